@@ -1,0 +1,38 @@
+// What the program asks about a file beside its name and content.
+#pragma once
+
+#include <string>
+
+#include "platform/Clock.h"
+#include "platform/Result.h"
+
+namespace vantory {
+
+class FileMetadata {
+ public:
+  virtual ~FileMetadata() = default;
+
+  // Sets or clears the immutable flag of a regular file or folder. Never follows a link.
+  virtual Status setLocked(const std::string& path, bool locked) = 0;
+
+  // Sets the time of last change; never creates a file.
+  virtual Status setModified(const std::string& path, Timestamp time) = 0;
+
+  // True when the process may write to the item.
+  virtual bool isWritable(const std::string& path) const = 0;
+
+  // True when the item is a regular file that the process may execute.
+  virtual bool isExecutable(const std::string& path) const = 0;
+
+  // True for a folder that the desktop shows as one document or program.
+  virtual bool isPackage(const std::string& path) const = 0;
+
+  // The text of a symbolic link.
+  virtual Result<std::string> linkTarget(const std::string& path) const = 0;
+
+  // The 32 bytes of Finder information, all zero when the item has none.
+  virtual Result<std::string> finderInfo(const std::string& path) const = 0;
+  virtual Status setFinderInfo(const std::string& path, const std::string& bytes) = 0;
+};
+
+}  // namespace vantory

@@ -1,0 +1,141 @@
+// The one seam between the program and the disk. Everything that lists, reads, writes, copies, trashes or
+// deletes goes through it, so that a test can stand a failing disk in its place.
+//
+// Paths are absolute byte strings: any byte but NUL and no promise of UTF-8. Unless a function says otherwise it acts
+// on the item itself and never on what a symbolic link at the end of the path points to. All functions may be called
+// from any thread.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/Clock.h"
+#include "platform/Result.h"
+
+namespace vantory {
+
+enum class FileType { File, Folder, SymbolicLink, Other };
+
+enum class Links { Follow, DoNotFollow };
+
+// Tells two names of one file or folder from two files.
+struct FileIdentity {
+  std::uint64_t device = 0;
+  std::uint64_t number = 0;
+
+  auto operator<=>(const FileIdentity&) const = default;
+};
+
+struct FileInfo {
+  FileType type = FileType::Other;
+  std::uint64_t size = 0;  // bytes of the item itself, never of a folder's contents
+  Timestamp modified;
+  FileIdentity identity;
+  bool locked = false;  // the immutable flag
+};
+
+struct DirectoryEntry {
+  std::string name;
+  FileType type = FileType::Other;
+  std::uint64_t size = 0;  // bytes; filled in only by Detail::Sizes
+};
+
+enum class Detail { Names, Sizes };
+
+// The largest file that read() is asked for: property lists, all of them small.
+inline constexpr std::uint64_t kLargestReadBytes = 4 * 1024 * 1024;
+
+// A file open for adding lines at its end.
+class AppendFile {
+ public:
+  virtual ~AppendFile() = default;
+  // Adds all of `bytes` or reports why not.
+  virtual Status append(std::string_view bytes) = 0;
+};
+
+// A finished copy that does not have its name yet. Destroying it before commit() leaves no trace of it.
+class StagedCopy {
+ public:
+  enum class Existing { Keep, Replace };
+
+  virtual ~StagedCopy() = default;
+  // Gives the copy its final name in one step. With Existing::Keep an item already there makes it fail with
+  // file_exists; with Existing::Replace it takes the old item's place atomically.
+  virtual Status commit(Existing existing) = 0;
+  // Sentences about what was left out on purpose or could not be kept: special files, unsupported attributes, files
+  // that vanished.
+  virtual const std::vector<std::string>& notes() const = 0;
+};
+
+// Holds a folder against other processes (not threads) until it is destroyed; the kernel lets go of it when a process
+// dies.
+class FolderHold {
+ public:
+  virtual ~FolderHold() = default;
+};
+
+struct CopyRequest {
+  std::string source;
+  std::string destination;
+  // When not empty, the source must lie below this folder and be reached without any symbolic link.
+  std::string sourceRoot = {};
+  Links links = Links::Follow;  // whether a symbolic link as the source stands for what it points to
+};
+
+struct WriteOptions {
+  bool durable = false;  // on disk before write() returns
+};
+
+class FileSystem {
+ public:
+  virtual ~FileSystem() = default;
+
+  virtual Result<FileInfo> info(const std::string& path, Links links) const = 0;
+
+  // The entries of a folder without "." and "..", in the order the system reports them. A link at the end of the
+  // path is followed.
+  virtual Result<std::vector<DirectoryEntry>> list(const std::string& path, Detail detail) const = 0;
+
+  // The bytes of a regular file (links followed). Fails with file_too_large above kLargestReadBytes; a FIFO or device
+  // is refused, never waited for.
+  virtual Result<std::string> read(const std::string& path) const = 0;
+
+  // Replaces the file at `path` by one holding `bytes`, whole or not at all. Mode, owner and access lists of a file
+  // that was there are kept; a new file is private (0600).
+  virtual Status write(const std::string& path, std::string_view bytes, WriteOptions options) = 0;
+
+  // Opens or creates (0600) a regular file for adding at its end.
+  virtual Result<std::unique_ptr<AppendFile>> openForAppending(const std::string& path) = 0;
+
+  // Copies a file, or a folder with all it holds, beside its destination, under no name or a hidden one. Content,
+  // mode, times and extended attributes are kept, links inside a folder stay links, the immutable flag is not carried
+  // over. A source that changes meanwhile is copied again, up to three times. Fails when the destination's folder is
+  // missing.
+  virtual Result<std::unique_ptr<StagedCopy>> stageCopy(const CopyRequest& request) = 0;
+
+  // Moves an item, also to another file system, never over an existing one (file_exists). Both paths are full.
+  virtual Status move(const std::string& source, const std::string& destination) = 0;
+
+  // Deletes an item for good, folders with their contents. A missing one is an error (no_such_file_or_directory).
+  virtual Status remove(const std::string& path) = 0;
+
+  // Creates a folder (0700 where it is new) and the folders above it. An existing folder is success.
+  virtual Status makeFolder(const std::string& path) = 0;
+
+  // Moves an item to the desktop's Trash: the one whose files lie in `trashFolder` when that is on the same file
+  // system, otherwise that of the item's own. Answers where it lies now.
+  virtual Result<std::string> trash(const std::string& path, const std::string& trashFolder) = 0;
+
+  // Returns once everything written to the file system that holds `path` is on disk.
+  virtual Status sync(const std::string& path) = 0;
+
+  // Takes hold of an existing folder, waiting at most `wait` for another process that has it (timed_out).
+  virtual Result<std::unique_ptr<FolderHold>> holdFolder(const std::string& path, std::chrono::milliseconds wait) = 0;
+};
+
+}  // namespace vantory

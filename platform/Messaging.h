@@ -1,0 +1,29 @@
+// The two ways a task speaks to the desktop: to the tool that started it, and to the person.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "platform/Result.h"
+
+namespace vantory {
+
+// The service that a companion tool registers to hear of a task it started.
+class TaskClient {
+ public:
+  virtual ~TaskClient() = default;
+
+  // A connection attempt to the named service; false when nobody has registered it.
+  virtual bool connect(const std::string& service) = 0;
+  // True when the connected client understands the message.
+  virtual bool understands(const std::string& message) = 0;
+  virtual Status send(const std::string& message, const std::vector<std::string>& arguments) = 0;
+};
+
+class DesktopNotifications {
+ public:
+  virtual ~DesktopNotifications() = default;
+  virtual Status post(const std::string& title, const std::string& text) = 0;
+};
+
+}  // namespace vantory

@@ -1,0 +1,37 @@
+// Everything the program asks of the operating system, handed over once at start-up.
+#pragma once
+
+namespace vantory {
+
+class Clock;
+class DesktopNotifications;
+class FileMetadata;
+class FileSystem;
+class PrivilegedRunner;
+class Processes;
+class StandardFolders;
+class SystemInfo;
+class SystemLog;
+class TaskClient;
+class Users;
+class Workspace;
+
+// The parts belong to whoever made the platform and outlive the Runtime that uses it.
+struct Platform {
+  Clock& clock;
+  Users& users;
+  StandardFolders& folders;
+  FileSystem& files;  // with the rights of the user whose files are handled
+  FileMetadata& metadata;
+  FileSystem&
+      machineFiles;  // for the machine-wide log: as files, or with the superuser's rights when the process has them
+  Processes& processes;
+  PrivilegedRunner& privileged;
+  SystemLog& systemLog;
+  SystemInfo& system;
+  Workspace& workspace;
+  TaskClient& taskClient;
+  DesktopNotifications& notifications;
+};
+
+}  // namespace vantory

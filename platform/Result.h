@@ -1,0 +1,63 @@
+// What an operation of the platform answers: a value, or an error that says what failed and why.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <system_error>
+#include <utility>
+#include <variant>
+
+namespace vantory {
+
+// A failed operation. `code` is what the caller decides by, `text` is what a person reads:
+// the path concerned and the reason.
+struct Error {
+  std::errc code{};
+  std::string text;
+};
+
+// True where another identity's rights could make the operation succeed.
+inline bool rightsCouldHelp(const Error& error) {
+  return error.code == std::errc::permission_denied || error.code == std::errc::operation_not_permitted ||
+         error.code == std::errc::file_exists;
+}
+
+// The outcome of an operation without a value.
+class [[nodiscard]] Status {
+ public:
+  Status() = default;
+  Status(Error error) : error_(std::move(error)) {}
+
+  bool ok() const { return !error_; }
+  explicit operator bool() const { return ok(); }
+  // Only when not ok().
+  const Error& error() const { return *error_; }
+
+ private:
+  std::optional<Error> error_;
+};
+
+// The outcome of an operation that yields a T.
+template <class T>
+class [[nodiscard]] Result {
+ public:
+  Result(T value) : content_(std::move(value)) {}
+  Result(Error error) : content_(std::move(error)) {}
+
+  bool ok() const { return content_.index() == 0; }
+  explicit operator bool() const { return ok(); }
+  // Only when ok().
+  T& value() { return std::get<0>(content_); }
+  const T& value() const { return std::get<0>(content_); }
+  T* operator->() { return &value(); }
+  const T* operator->() const { return &value(); }
+  T& operator*() { return value(); }
+  const T& operator*() const { return value(); }
+  // Only when not ok().
+  const Error& error() const { return std::get<1>(content_); }
+
+ private:
+  std::variant<T, Error> content_;
+};
+
+}  // namespace vantory

@@ -1,0 +1,25 @@
+// What the program asks about the machine and about itself.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace vantory {
+
+class SystemInfo {
+ public:
+  virtual ~SystemInfo() = default;
+
+  virtual std::string systemName() const = 0;  // for people, such as "Debian GNU/Linux 12 (bookworm)"
+  virtual int processorCount() const = 0;
+  virtual std::uint64_t memoryBytes() const = 0;
+  virtual std::string executablePath() const = 0;
+  // The whole argument list, the program first.
+  virtual const std::vector<std::string>& arguments() const = 0;
+  virtual std::string workingDirectory() const = 0;
+  // A string that no other call, process or machine is given.
+  virtual std::string uniqueString() const = 0;
+};
+
+}  // namespace vantory

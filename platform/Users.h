@@ -1,0 +1,31 @@
+// Who runs the program and for whom.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace vantory {
+
+struct User {
+  std::string name;
+  std::uint32_t id = 0;
+  std::uint32_t group = 0;
+  std::string home;  // absolute, no trailing slash
+};
+
+class Users {
+ public:
+  virtual ~Users() = default;
+
+  // True when the process's real user is the superuser.
+  virtual bool isSuperuser() const = 0;
+  // Takes the superuser's identity where the process may, else changes nothing. Called before anything else is asked.
+  virtual void becomeSuperuser() = 0;
+  // The process's own user; none when it has no home folder.
+  virtual std::optional<User> processUser() const = 0;
+  // The user at the console; none when nobody is.
+  virtual std::optional<User> consoleUser() const = 0;
+};
+
+}  // namespace vantory
