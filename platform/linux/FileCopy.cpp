@@ -1,0 +1,201 @@
+#include "platform/linux/FileCopy.h"
+
+#include <fcntl.h>
+#include <sys/xattr.h>
+
+#include <algorithm>
+#include <cstring>
+#include <ctime>
+#include <string_view>
+
+#include "platform/linux/Errors.h"
+#include "platform/linux/FileRights.h"
+
+namespace vantory {
+namespace {
+
+constexpr std::size_t kBufferBytes = 256 * 1024;
+constexpr off_t kRangeBytes = 64 * 1024 * 1024;
+constexpr std::string_view kAccessList = "system.posix_acl_access";
+constexpr std::string_view kDefaultAccessList = "system.posix_acl_default";
+
+bool sameTime(const timespec& left, const timespec& right) {
+  return left.tv_sec == right.tv_sec && left.tv_nsec == right.tv_nsec;
+}
+
+// The change time tells even a writer that sets the modification time back.
+bool unchanged(const struct stat& before, const struct stat& after) {
+  return before.st_size == after.st_size && sameTime(before.st_mtim, after.st_mtim) &&
+         sameTime(before.st_ctim, after.st_ctim);
+}
+
+// The kernel stamps changes with a clock that moves in steps of some milliseconds, so a change that follows another
+// within a step leaves no trace. A status is good to compare with only when its last change is older than that.
+constexpr long kClockStepNanoseconds = 10'000'000;
+
+bool settled(const struct stat& status) {
+  timespec now;
+  clock_gettime(CLOCK_REALTIME, &now);
+  const time_t seconds = now.tv_sec - status.st_ctim.tv_sec;
+  if (seconds < 0 || seconds > 1) return true;  // a clock that was set back says nothing
+  return seconds * 1'000'000'000L + now.tv_nsec - status.st_ctim.tv_nsec > kClockStepNanoseconds;
+}
+
+// A status to compare with later; waits a moment for one that is not settled.
+bool baseline(int source, struct stat& status) {
+  if (settled(status)) return true;
+  const timespec step{0, kClockStepNanoseconds};
+  nanosleep(&step, nullptr);
+  return fstat(source, &status) == 0 && settled(status);
+}
+
+// All of `length` bytes from the present positions, by reading and writing. Fewer when the source ends early.
+bool copyThroughBuffer(int source, int copy, off_t length) {
+  std::vector<char> buffer(kBufferBytes);
+  while (length > 0) {
+    const auto wanted = static_cast<std::size_t>(std::min<off_t>(length, kBufferBytes));
+    const ssize_t count = uninterrupted([&] { return read(source, buffer.data(), wanted); });
+    if (count < 0) return false;
+    if (count == 0) return true;
+    for (ssize_t written = 0; written < count;) {
+      const ssize_t step = uninterrupted(
+          [&] { return write(copy, buffer.data() + written, static_cast<std::size_t>(count - written)); });
+      if (step < 0) return false;
+      written += step;
+    }
+    length -= count;
+  }
+  return true;
+}
+
+bool kernelCannotCopy() {
+  return errno == EXDEV || errno == EOPNOTSUPP || errno == EINVAL || errno == ENOSYS || errno == EBADF ||
+         errno == ETXTBSY;
+}
+
+// The kernel copies by itself where it can, and shares the blocks where the file system can.
+bool copyBytes(int source, int copy, off_t length) {
+  while (length > 0) {
+    const auto wanted = static_cast<std::size_t>(std::min(length, kRangeBytes));
+    const ssize_t count = uninterrupted([&] { return copy_file_range(source, nullptr, copy, nullptr, wanted, 0); });
+    if (count < 0) return kernelCannotCopy() && copyThroughBuffer(source, copy, length);
+    // Some file systems answer nothing for files that only seem empty to the kernel.
+    if (count == 0) return copyThroughBuffer(source, copy, length);
+    length -= count;
+  }
+  return true;
+}
+
+// Copies the parts that hold data and leaves the holes between them.
+bool copySparse(int source, int copy, off_t size) {
+  for (off_t position = 0; position < size;) {
+    const off_t data = lseek(source, position, SEEK_DATA);
+    if (data < 0 && errno == ENXIO) break;
+    if (data < 0) return false;
+    const off_t hole = lseek(source, data, SEEK_HOLE);
+    if (hole < 0 || lseek(source, data, SEEK_SET) < 0 || lseek(copy, data, SEEK_SET) < 0) return false;
+    if (!copyBytes(source, copy, hole - data)) return false;
+    position = hole;
+  }
+  return ftruncate(copy, size) == 0;
+}
+
+bool copyContentOnce(int source, const struct stat& status, int copy) {
+  constexpr blkcnt_t kBlockBytes = 512;
+  if (status.st_size > 0 && status.st_blocks * kBlockBytes < status.st_size)
+    return copySparse(source, copy, status.st_size);
+  return copyBytes(source, copy, status.st_size);
+}
+
+bool isKept(std::string_view attribute) {
+  return attribute.substr(0, 5) == "user." || attribute == kAccessList || attribute == kDefaultAccessList;
+}
+
+// The names of all extended attributes, each ended by a NUL.
+std::string attributeNames(int file) {
+  char few[1024];
+  const ssize_t length = flistxattr(file, few, sizeof few);
+  if (length >= 0) return {few, static_cast<std::size_t>(length)};
+  if (errno != ERANGE) return {};
+  std::string many(static_cast<std::size_t>(XATTR_LIST_MAX), '\0');
+  const ssize_t all = flistxattr(file, many.data(), many.size());
+  many.resize(static_cast<std::size_t>(std::max<ssize_t>(all, 0)));
+  return many;
+}
+
+bool copyAttribute(int source, int copy, const char* name) {
+  const ssize_t length = fgetxattr(source, name, nullptr, 0);
+  if (length < 0) return false;
+  std::string value(static_cast<std::size_t>(length), '\0');
+  const ssize_t got = fgetxattr(source, name, value.data(), value.size());
+  return got >= 0 && fsetxattr(copy, name, value.data(), static_cast<std::size_t>(got), 0) == 0;
+}
+
+enum class Which { Plain, AccessLists };
+
+void copyNamedAttributes(int source, int copy, const std::string& names, Which which, const std::string& path,
+                         CopyNotes& notes) {
+  for (std::size_t start = 0; start < names.size(); start = names.find('\0', start) + 1) {
+    const char* name = names.c_str() + start;
+    const bool isAccessList = std::strncmp(name, "system.", 7) == 0;
+    if (!isKept(name) || isAccessList != (which == Which::AccessLists)) continue;
+    if (!copyAttribute(source, copy, name))
+      notes.addOnce(name, "The attribute " + std::string(name) + " could not be kept for " + systemError(path).text);
+  }
+}
+
+}  // namespace
+
+void CopyNotes::add(std::string note) {
+  const std::lock_guard lock(mutex_);
+  notes_.push_back(std::move(note));
+}
+
+void CopyNotes::addOnce(const std::string& kind, std::string note) {
+  const std::lock_guard lock(mutex_);
+  if (std::find(told_.begin(), told_.end(), kind) != told_.end()) return;
+  told_.push_back(kind);
+  notes_.push_back(std::move(note));
+}
+
+std::vector<std::string> CopyNotes::take() {
+  const std::lock_guard lock(mutex_);
+  return std::move(notes_);
+}
+
+Descriptor openSource(int folder, const char* name, int followFlag) {
+  return Descriptor(
+      uninterrupted([&] { return openat(folder, name, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC | followFlag); }));
+}
+
+Status copyFileContent(int source, struct stat status, int copy, const std::string& path,
+                       const std::string& destination, const FileRights& rights, CopyNotes& notes) {
+  constexpr int kAttempts = 3;
+  for (int attempt = 0; attempt < kAttempts; ++attempt) {
+    if (attempt > 0 && (ftruncate(copy, 0) != 0 || lseek(copy, 0, SEEK_SET) < 0 || lseek(source, 0, SEEK_SET) < 0))
+      return systemError(path);
+    const bool comparable = baseline(source, status);
+    if (!copyContentOnce(source, status, copy)) return systemError(path);
+    struct stat after;
+    if (fstat(source, &after) != 0) return systemError(path);
+    if (comparable && unchanged(status, after))
+      return copyAttributes(source, status, copy, path, destination, rights, notes);
+    status = after;
+  }
+  return errorWithText(std::errc::device_or_resource_busy, path, "it kept changing while it was copied");
+}
+
+Status copyAttributes(int source, const struct stat& status, int copy, const std::string& path,
+                      const std::string& destination, const FileRights& rights, CopyNotes& notes) {
+  if (const Status given = rights.giveAway(copy, destination, status.st_uid, status.st_gid); !given) return given;
+  // In this order: plain attributes need write permission, an access list says more than the mode, times come last.
+  const std::string names = attributeNames(source);
+  copyNamedAttributes(source, copy, names, Which::Plain, path, notes);
+  if (fchmod(copy, rights.permittedMode(status.st_mode)) != 0) return systemError(path);
+  copyNamedAttributes(source, copy, names, Which::AccessLists, path, notes);
+  const timespec times[2] = {status.st_atim, status.st_mtim};
+  if (futimens(copy, times) != 0) return systemError(path);
+  return {};
+}
+
+}  // namespace vantory

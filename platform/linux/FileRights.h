@@ -1,0 +1,79 @@
+// With whose rights files are touched, and how a path becomes a place that can be worked on safely with them.
+#pragma once
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/types.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/Result.h"
+#include "platform/Users.h"
+#include "platform/linux/Descriptor.h"
+
+namespace vantory {
+
+// A name in an open folder; with no folder open the name is a whole path.
+struct Place {
+  Descriptor folder;
+  std::string name;
+
+  int at() const { return folder.valid() ? folder.get() : AT_FDCWD; }
+};
+
+// Three kinds: the process's own rights; those of a user for whom the superuser works (the kernel then checks every
+// step as if that user made it); and the superuser's own, which serve only below certain folders and never pass a
+// symbolic link that is not the superuser's.
+class FileRights {
+ public:
+  static FileRights own();
+  static FileRights ofUser(const User& user);
+  static FileRights administrator(const User& user, std::vector<std::string> folders);
+
+  // Takes the rights on this thread while it lives; may be nested. Every system call on a path or on a new file belongs
+  // inside one.
+  class Scope {
+   public:
+    explicit Scope(const FileRights& rights);
+    ~Scope();
+    Scope(const Scope&) = delete;
+    Scope& operator=(const Scope&) = delete;
+
+   private:
+    bool releases_ = false;
+  };
+
+  // Where the item itself lies; fails when the rights do not serve there.
+  Result<Place> locate(const std::string& path) const;
+
+  // Added to the flags that open a folder or file named by a path: whether a link at its end may be followed.
+  int noFollowFlag() const { return kind_ == Kind::Administrator ? O_NOFOLLOW : 0; }
+  // The user whose files are handled.
+  uid_t fileOwner() const;
+  // The mode a copy may have: the superuser restores no set-id bits.
+  mode_t permittedMode(mode_t mode) const;
+  // Gives what the superuser made at `path` to its rightful owner: into the user's home to that user, elsewhere to
+  // `otherwise`.
+  Status giveAway(int descriptor, const std::string& path, uid_t otherwiseUser, gid_t otherwiseGroup) const;
+  // Whether an open file may be handed on to the user: not one that the superuser alone may read and the user merely
+  // has a second name for.
+  bool mayCopy(const struct stat& status) const;
+  bool isAdministrator() const { return kind_ == Kind::Administrator; }
+
+ private:
+  enum class Kind { Own, User, Administrator };
+
+  FileRights(Kind kind, User user) : kind_(kind), user_(std::move(user)) {}
+
+  Kind kind_;
+  User user_;
+  std::vector<gid_t> groups_;         // of the user
+  std::vector<std::string> folders_;  // where the administrator's rights serve
+};
+
+// Opens an item below an open folder without passing any symbolic link. errno tells why it failed; ELOOP for a link.
+Descriptor openBeneath(int folder, const std::string& relativePath, int flags);
+
+}  // namespace vantory

@@ -1,0 +1,121 @@
+#include "platform/linux/LinuxFileMetadata.h"
+
+#include <fcntl.h>
+#include <linux/fs.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <sys/xattr.h>
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <climits>
+#include <string_view>
+
+#include "platform/linux/Errors.h"
+
+namespace vantory {
+namespace {
+
+constexpr const char* kFinderInfo = "user.com.apple.FinderInfo";
+constexpr std::size_t kFinderInfoBytes = 32;
+
+constexpr std::array<std::string_view, 13> kPackageExtensions = {
+    "app",        "appex", "bundle", "fcpbundle", "framework", "imovielibrary", "kext",
+    "mdimporter", "pkg",   "plugin", "prefpane",  "vnt",       "vnt2"};
+
+// The flag of a file that belongs to somebody else, or that another name outside could stand for, is not ours to
+// change.
+bool mayBeLocked(const struct stat& status, uid_t owner) {
+  return S_ISDIR(status.st_mode) || (S_ISREG(status.st_mode) && (status.st_uid == owner || status.st_nlink == 1));
+}
+
+}  // namespace
+
+Result<Descriptor> LinuxFileMetadata::openItem(const std::string& path) const {
+  const FileRights::Scope scope(rights_);
+  Result<Place> place = rights_.locate(path);
+  if (!place) return place.error();
+  Descriptor item(uninterrupted([&] {
+    return openat(place->at(), place->name.c_str(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_NOCTTY | O_CLOEXEC);
+  }));
+  if (!item.valid()) return systemError(path);
+  return item;
+}
+
+// Opened with the user's rights, changed with the process's own: only those may set the flag.
+Status LinuxFileMetadata::setLocked(const std::string& path, bool locked) {
+  Result<Descriptor> item = openItem(path);
+  if (!item) return item.error();
+  struct stat status;
+  if (fstat(item->get(), &status) != 0) return systemError(path);
+  if (!S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode))
+    return errorWithText(std::errc::invalid_argument, path, "is neither a file nor a folder");
+  if (getuid() == 0 && !mayBeLocked(status, rights_.fileOwner()))
+    return errorWithText(std::errc::operation_not_permitted, path, "belongs to somebody else");
+  unsigned flags = 0;
+  if (ioctl(item->get(), FS_IOC_GETFLAGS, &flags) != 0) return systemError(path);
+  const unsigned wanted = locked ? flags | FS_IMMUTABLE_FL : flags & ~static_cast<unsigned>(FS_IMMUTABLE_FL);
+  if (wanted != flags && ioctl(item->get(), FS_IOC_SETFLAGS, &wanted) != 0) return systemError(path);
+  return {};
+}
+
+Status LinuxFileMetadata::setModified(const std::string& path, Timestamp time) {
+  const FileRights::Scope scope(rights_);
+  Result<Place> place = rights_.locate(path);
+  if (!place) return place.error();
+  const timespec times[2] = {{0, UTIME_OMIT}, {time.seconds, time.nanoseconds}};
+  const int flags = rights_.isAdministrator() ? AT_SYMLINK_NOFOLLOW : 0;
+  if (utimensat(place->at(), place->name.c_str(), times, flags) != 0) return systemError(path);
+  return {};
+}
+
+bool LinuxFileMetadata::isWritable(const std::string& path) const {
+  const FileRights::Scope scope(rights_);
+  return faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) == 0;
+}
+
+bool LinuxFileMetadata::isExecutable(const std::string& path) const {
+  const FileRights::Scope scope(rights_);
+  struct stat status;
+  return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
+         faccessat(AT_FDCWD, path.c_str(), X_OK, AT_EACCESS) == 0;
+}
+
+bool LinuxFileMetadata::isPackage(const std::string& path) const {
+  const std::size_t dot = path.find_last_of("./");
+  if (dot == std::string::npos || path[dot] != '.') return false;
+  std::string extension = path.substr(dot + 1);
+  std::transform(extension.begin(), extension.end(), extension.begin(),
+                 [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
+  if (std::find(kPackageExtensions.begin(), kPackageExtensions.end(), extension) == kPackageExtensions.end())
+    return false;
+  const FileRights::Scope scope(rights_);
+  struct stat status;
+  return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+Result<std::string> LinuxFileMetadata::linkTarget(const std::string& path) const {
+  const FileRights::Scope scope(rights_);
+  char target[PATH_MAX];
+  const ssize_t length = readlink(path.c_str(), target, sizeof target);
+  if (length < 0) return systemError(path);
+  return std::string(target, static_cast<std::size_t>(length));
+}
+
+Result<std::string> LinuxFileMetadata::finderInfo(const std::string& path) const {
+  const FileRights::Scope scope(rights_);
+  std::string bytes(kFinderInfoBytes, '\0');
+  const ssize_t length = lgetxattr(path.c_str(), kFinderInfo, bytes.data(), bytes.size());
+  if (length < 0 && errno != ENODATA) return systemError(path);
+  return bytes;
+}
+
+Status LinuxFileMetadata::setFinderInfo(const std::string& path, const std::string& bytes) {
+  const FileRights::Scope scope(rights_);
+  if (bytes.size() != kFinderInfoBytes) return errorWithText(std::errc::invalid_argument, path, "needs 32 bytes");
+  if (lsetxattr(path.c_str(), kFinderInfo, bytes.data(), bytes.size(), 0) != 0) return systemError(path);
+  return {};
+}
+
+}  // namespace vantory

@@ -1,0 +1,29 @@
+// Flags, times and labels of files, through Linux system calls.
+#pragma once
+
+#include "platform/FileMetadata.h"
+#include "platform/linux/FileRights.h"
+
+namespace vantory {
+
+class LinuxFileMetadata : public FileMetadata {
+ public:
+  explicit LinuxFileMetadata(FileRights rights = FileRights::own()) : rights_(std::move(rights)) {}
+
+  // Needs a process that may set the immutable flag; works then on the user's own files only.
+  Status setLocked(const std::string& path, bool locked) override;
+  Status setModified(const std::string& path, Timestamp time) override;
+  bool isWritable(const std::string& path) const override;
+  bool isExecutable(const std::string& path) const override;
+  bool isPackage(const std::string& path) const override;
+  Result<std::string> linkTarget(const std::string& path) const override;
+  Result<std::string> finderInfo(const std::string& path) const override;
+  Status setFinderInfo(const std::string& path, const std::string& bytes) override;
+
+ private:
+  Result<Descriptor> openItem(const std::string& path) const;
+
+  FileRights rights_;
+};
+
+}  // namespace vantory

@@ -1,0 +1,88 @@
+#include "platform/linux/LinuxPlatform.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+
+#include "platform/linux/LinuxClock.h"
+#include "platform/linux/LinuxFileMetadata.h"
+#include "platform/linux/LinuxFileSystem.h"
+#include "platform/linux/LinuxMessaging.h"
+#include "platform/linux/LinuxPrivilegedRunner.h"
+#include "platform/linux/LinuxProcesses.h"
+#include "platform/linux/LinuxStandardFolders.h"
+#include "platform/linux/LinuxSystemInfo.h"
+#include "platform/linux/LinuxSystemLog.h"
+#include "platform/linux/LinuxUsers.h"
+#include "platform/linux/LinuxWorkspace.h"
+
+namespace vantory {
+namespace {
+
+// A file opened later must not become one of the standard streams.
+void fillStandardStreams() {
+  int descriptor;
+  do descriptor = open("/dev/null", O_RDWR);
+  while (descriptor >= 0 && descriptor <= STDERR_FILENO);
+  if (descriptor >= 0) close(descriptor);
+}
+
+// An executable that was given somebody else's identity does not use it.
+void dropBorrowedIdentity() {
+  if (geteuid() == getuid() && getegid() == getgid()) return;
+  if (setresgid(getgid(), getgid(), getgid()) != 0 || setresuid(getuid(), getuid(), getuid()) != 0) std::abort();
+}
+
+}  // namespace
+
+struct LinuxPlatform::Parts {
+  explicit Parts(std::vector<std::string> arguments) : system(std::move(arguments)) {}
+
+  FileRights rightsForUser() const {
+    if (!users.isSuperuser()) return FileRights::own();
+    const auto user = users.consoleUser();
+    return user ? FileRights::ofUser(*user) : FileRights::administrator({}, {});
+  }
+
+  FileRights administratorRights() const {
+    const auto user = users.isSuperuser() ? users.consoleUser() : std::nullopt;
+    if (!user) return FileRights::administrator({}, {});
+    return FileRights::administrator(*user, {user->home, *folders.localFolder(StandardFolder::SharedUsers),
+                                             *folders.localFolder(StandardFolder::Library) + "/Logs"});
+  }
+
+  LinuxSystemLog systemLog;
+  LinuxClock clock;
+  LinuxUsers users;
+  LinuxStandardFolders folders;
+  LinuxSystemInfo system;
+  LinuxFileSystem files{rightsForUser()};
+  LinuxFileMetadata metadata{rightsForUser()};
+  LinuxFileSystem machineFiles;
+  LinuxFileSystem administratorFiles{administratorRights()};
+  LinuxFileMetadata administratorMetadata{administratorRights()};
+  LinuxPrivilegedRunner privileged{users.isSuperuser() ? &administratorFiles : nullptr, &administratorMetadata};
+  LinuxProcesses processes;
+  LinuxWorkspace workspace;
+  LinuxTaskClient taskClient;
+  LinuxDesktopNotifications notifications;
+};
+
+LinuxPlatform::LinuxPlatform(std::vector<std::string> arguments) {
+  dropBorrowedIdentity();
+  fillStandardStreams();
+  // A file-size limit, and a reader that has gone, are errors to report, not the end in the middle of a task.
+  signal(SIGXFSZ, SIG_IGN);
+  signal(SIGPIPE, SIG_IGN);
+  parts_ = std::make_unique<Parts>(std::move(arguments));
+  Parts& p = *parts_;
+  platform_ = std::make_unique<Platform>(Platform{p.clock, p.users, p.folders, p.files, p.metadata, p.machineFiles,
+                                                  p.processes, p.privileged, p.systemLog, p.system, p.workspace,
+                                                  p.taskClient, p.notifications});
+}
+
+LinuxPlatform::~LinuxPlatform() = default;
+
+}  // namespace vantory

@@ -1,0 +1,29 @@
+// The platform on Linux, put together for the process that runs.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/Platform.h"
+
+namespace vantory {
+
+// Made once, at the start of main(). An ordinary process works with its own rights. The superuser's process works with
+// the rights of the user at the console, and with its own only where those do not suffice; with nobody at the console
+// it can touch no user's file.
+class LinuxPlatform {
+ public:
+  explicit LinuxPlatform(std::vector<std::string> arguments);
+  ~LinuxPlatform();
+
+  Platform& platform() { return *platform_; }
+
+ private:
+  struct Parts;
+
+  std::unique_ptr<Parts> parts_;
+  std::unique_ptr<Platform> platform_;
+};
+
+}  // namespace vantory

@@ -1,0 +1,29 @@
+// The machine and this process, as the kernel and os-release describe them.
+#pragma once
+
+#include "platform/SystemInfo.h"
+
+namespace vantory {
+
+// Everything is looked up when asked for. Any thread.
+class LinuxSystemInfo : public SystemInfo {
+ public:
+  // The argument list as main() got it, the program first.
+  explicit LinuxSystemInfo(std::vector<std::string> arguments);
+
+  std::string systemName() const override;
+  int processorCount() const override;
+  std::uint64_t memoryBytes() const override;
+  // Empty when the kernel does not tell.
+  std::string executablePath() const override;
+  const std::vector<std::string>& arguments() const override { return arguments_; }
+  // Empty when that folder is gone.
+  std::string workingDirectory() const override;
+  // A random UUID in capitals.
+  std::string uniqueString() const override;
+
+ private:
+  std::vector<std::string> arguments_;
+};
+
+}  // namespace vantory

@@ -1,0 +1,21 @@
+// syslog, and standard error.
+#pragma once
+
+#include "platform/SystemLog.h"
+
+namespace vantory {
+
+// Messages go to syslog under the name "Vantory" and to standard error as "Vantory: <message>", one line each: line
+// ends inside a message become blanks. Writing never fails, and connects to syslog with the first message only. Any
+// thread.
+class LinuxSystemLog : public SystemLog {
+ public:
+  LinuxSystemLog();
+  void write(std::string_view message) override;
+
+ private:
+  // Asked once: a descriptor 2 that is opened later is some file that must not be written to.
+  const bool hasStandardError_;
+};
+
+}  // namespace vantory

@@ -1,0 +1,145 @@
+#include "platform/linux/LinuxUsers.h"
+
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <charconv>
+#include <cstdlib>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "platform/linux/AssignmentFile.h"
+#include "platform/linux/EnvironmentFolder.h"
+
+namespace vantory {
+
+namespace {
+
+bool exists(const std::string& path) {
+  return access(path.c_str(), F_OK) == 0;
+}
+
+// "/" is the home of service accounts: a task must never take the whole machine for a user's folder.
+std::optional<std::string> usableHome(std::optional<std::string> folder) {
+  if (folder && *folder == "/") return std::nullopt;
+  return folder;
+}
+
+// The user's entry in the password database, its home empty where that cannot serve as one.
+std::optional<User> databaseUser(uid_t id) {
+  std::vector<char> buffer(1024);
+  passwd entry{};
+  passwd* found = nullptr;
+  int failure = 0;
+  while ((failure = getpwuid_r(id, &entry, buffer.data(), buffer.size(), &found)) == ERANGE || failure == EINTR)
+    if (failure == ERANGE) buffer.resize(buffer.size() * 2);
+  if (!found) return std::nullopt;
+  const std::string_view home = entry.pw_dir ? entry.pw_dir : "";
+  return User{entry.pw_name, entry.pw_uid, entry.pw_gid, usableHome(normalisedFolder(home)).value_or("")};
+}
+
+std::optional<User> withHome(std::optional<User> user) {
+  if (!user || user->home.empty()) return std::nullopt;
+  return user;
+}
+
+// A user id in decimal digits that the password database knows.
+std::optional<User> userWithId(std::string_view digits) {
+  uid_t id = 0;
+  const char* end = digits.data() + digits.size();
+  const auto [rest, failure] = std::from_chars(digits.data(), end, id);
+  if (digits.empty() || rest != end || failure != std::errc()) return std::nullopt;
+  return databaseUser(id);
+}
+
+// Whoever gained the superuser's rights by pkexec or sudo.
+std::optional<User> invokingUser() {
+  for (const char* variable : {"PKEXEC_UID", "SUDO_UID"}) {
+    const char* digits = std::getenv(variable);
+    if (!digits) continue;
+    if (std::optional<User> user = userWithId(digits)) return user;
+  }
+  return std::nullopt;
+}
+
+bool ownsFolder(uid_t user, const std::string& path) {
+  struct stat info {};
+  return stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode) && info.st_uid == user;
+}
+
+// The process's user with the home of the password database.
+User ownUser() {
+  const uid_t id = getuid();
+  return databaseUser(id).value_or(User{std::to_string(id), id, getgid(), ""});
+}
+
+std::optional<User> ownUserWithTrustedHome() {
+  User user = ownUser();
+  const std::optional<std::string> home = usableHome(environmentFolder("HOME"));
+  if (home && ownsFolder(user.id, *home)) user.home = *home;
+  return withHome(std::move(user));
+}
+
+std::optional<User> ownUserWithAnyHome() {
+  User user = ownUser();
+  if (std::optional<std::string> home = usableHome(environmentFolder("HOME"))) user.home = std::move(*home);
+  return withHome(std::move(user));
+}
+
+}  // namespace
+
+LinuxUsers::LinuxUsers(std::string systemdState) : systemdState_(std::move(systemdState)) {}
+
+bool LinuxUsers::isSuperuser() const {
+  return getuid() == 0;
+}
+
+void LinuxUsers::becomeSuperuser() {
+  if (setuid(0) != 0) return;  // stays who it was
+}
+
+std::optional<User> LinuxUsers::processUser() const {
+  std::call_once(processUserFound_, [this] {
+    if (!isSuperuser())
+      processUser_ = ownUserWithAnyHome();
+    else
+      processUser_ = loginServiceAnswers() ? withHome(ownUser()) : ownUserWithTrustedHome();
+  });
+  return processUser_;
+}
+
+std::optional<User> LinuxUsers::consoleUser() const {
+  std::call_once(consoleUserFound_, [this] {
+    if (loginServiceAnswers())
+      consoleUser_ = activeUser();
+    else if (std::optional<User> user = invokingUser())
+      consoleUser_ = withHome(std::move(user));
+    else
+      consoleUser_ = ownUserWithTrustedHome();
+  });
+  return consoleUser_;
+}
+
+// The service writes the state of seat0 as soon as it runs. A machine that systemd runs is expected to have it and
+// counts as answering while it has not started yet; the folder alone says nothing, container images ship it.
+bool LinuxUsers::loginServiceAnswers() const {
+  const std::string seats = systemdState_ + "/seats";
+  return exists(seats + "/seat0") || (exists(seats) && exists(systemdState_ + "/system"));
+}
+
+// Read from the state files, as the service's own client library does: no library to load, and tests can move them.
+std::optional<User> LinuxUsers::activeUser() const {
+  const std::string session = assignedValue(systemdState_ + "/seats/seat0", "ACTIVE").value_or("");
+  if (session.empty() || session.find('/') != std::string::npos) return std::nullopt;
+  const std::string state = systemdState_ + "/sessions/" + session;
+  // "user" and its kinds, such as "user-early"; not "greeter", "lock-screen" or "background".
+  if (!assignedValue(state, "CLASS").value_or("").starts_with("user")) return std::nullopt;
+  const std::optional<User> user = userWithId(assignedValue(state, "UID").value_or(""));
+  if (user && user->name == "loginwindow") return std::nullopt;
+  return withHome(user);
+}
+
+}  // namespace vantory

@@ -1,0 +1,18 @@
+#include "platform/linux/ProgramReplacement.h"
+
+#include <unistd.h>
+
+#include "platform/linux/Errors.h"
+
+namespace vantory {
+
+Status replaceProgram(const std::string& program, const std::vector<std::string>& arguments) {
+  std::vector<char*> list;
+  list.reserve(arguments.size() + 1);
+  for (const std::string& argument : arguments) list.push_back(const_cast<char*>(argument.c_str()));
+  list.push_back(nullptr);
+  ::execv(program.c_str(), list.data());
+  return systemError(program);
+}
+
+}  // namespace vantory

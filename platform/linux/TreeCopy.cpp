@@ -1,0 +1,251 @@
+#include "platform/linux/TreeCopy.h"
+
+#include <fcntl.h>
+
+#include <algorithm>
+#include <atomic>
+#include <climits>
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <thread>
+#include <vector>
+
+#include "platform/linux/Errors.h"
+#include "platform/linux/FileCopy.h"
+#include "platform/linux/FileRights.h"
+#include "platform/linux/FolderReading.h"
+#include "platform/linux/TreeRemoval.h"
+
+namespace vantory {
+namespace {
+
+// Names handed to a thread at once: enough to make the hand-over cheap, few enough to share a folder out.
+constexpr std::size_t kBatch = 64;
+
+struct Folder;
+using FolderPointer = std::shared_ptr<Folder>;
+
+// Files of a folder, or one of its sub-folders, that wait to be copied.
+struct Job {
+  FolderPointer folder;
+  std::vector<std::string> files;
+  std::string subfolder;
+};
+
+class TreeCopier {
+ public:
+  TreeCopier(const FileRights& rights, CopyNotes& notes) : rights_(rights), notes_(notes) {}
+
+  Status run(FolderPointer root);
+
+  void finish(const Folder& folder);
+
+ private:
+  void work();
+  std::optional<Job> takeJob();
+  void addJobs(std::vector<Job> jobs);
+  void jobDone();
+  void fail(const Error& error);
+
+  void perform(const Job& job);
+  void enumerate(const FolderPointer& folder);
+  void openSubfolder(const FolderPointer& parent, const std::string& name);
+  void copyOne(const Folder& folder, const std::string& name);
+  void copyLink(const Folder& folder, const std::string& name);
+
+  const FileRights& rights_;
+  CopyNotes& notes_;
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  std::vector<Job> jobs_;  // the newest first, so that few folders are open at once
+  std::size_t unfinished_ = 0;
+  std::thread helper_;
+  std::atomic<bool> stopped_ = false;
+  std::optional<Error> error_;
+};
+
+// A folder that is being copied. Its jobs and sub-folders hold it; when the last of them is done it gets its attributes
+// and is closed.
+struct Folder {
+  Folder(TreeCopier& owner, FolderPointer above, Descriptor from, Descriptor to, std::string sourcePath,
+         std::string copyPath, int level)
+      : copier(owner),
+        parent(std::move(above)),
+        source(std::move(from)),
+        copy(std::move(to)),
+        path(std::move(sourcePath)),
+        destination(std::move(copyPath)),
+        depth(level) {}
+  ~Folder() { copier.finish(*this); }
+  Folder(const Folder&) = delete;
+  Folder& operator=(const Folder&) = delete;
+
+  TreeCopier& copier;
+  FolderPointer parent;
+  Descriptor source;
+  Descriptor copy;
+  std::string path;
+  std::string destination;
+  int depth;
+};
+
+Status TreeCopier::run(FolderPointer root) {
+  enumerate(root);
+  root.reset();
+  work();
+  if (helper_.joinable()) helper_.join();
+  if (error_) return *error_;
+  return {};
+}
+
+void TreeCopier::finish(const Folder& folder) {
+  if (stopped_) return;
+  struct stat status;
+  if (fstat(folder.source.get(), &status) != 0) return fail(systemError(folder.path));
+  const FileRights::Scope scope(rights_);
+  if (const Status copied = copyAttributes(folder.source.get(), status, folder.copy.get(), folder.path,
+                                           folder.destination, rights_, notes_);
+      !copied)
+    fail(copied.error());
+}
+
+void TreeCopier::work() {
+  const FileRights::Scope scope(rights_);
+  while (auto job = takeJob()) {
+    if (!stopped_) perform(*job);
+    job.reset();  // lets go of the folder before it counts as done
+    jobDone();
+  }
+}
+
+std::optional<Job> TreeCopier::takeJob() {
+  std::unique_lock lock(mutex_);
+  changed_.wait(lock, [&] { return !jobs_.empty() || unfinished_ == 0; });
+  if (jobs_.empty()) return std::nullopt;
+  Job job = std::move(jobs_.back());
+  jobs_.pop_back();
+  return job;
+}
+
+// A second thread pays as soon as there is more than one batch to do.
+void TreeCopier::addJobs(std::vector<Job> jobs) {
+  if (jobs.empty()) return;
+  const std::lock_guard lock(mutex_);
+  unfinished_ += jobs.size();
+  std::move(jobs.rbegin(), jobs.rend(), std::back_inserter(jobs_));
+  if (jobs_.size() > 1 && !helper_.joinable()) helper_ = std::thread([this] { work(); });
+  changed_.notify_all();
+}
+
+void TreeCopier::jobDone() {
+  const std::lock_guard lock(mutex_);
+  if (--unfinished_ == 0) changed_.notify_all();
+}
+
+void TreeCopier::fail(const Error& error) {
+  const std::lock_guard lock(mutex_);
+  if (!error_) error_ = error;
+  stopped_ = true;
+}
+
+void TreeCopier::perform(const Job& job) {
+  if (!job.subfolder.empty()) return openSubfolder(job.folder, job.subfolder);
+  for (const std::string& name : job.files) {
+    if (stopped_) return;
+    copyOne(*job.folder, name);
+  }
+}
+
+void TreeCopier::enumerate(const FolderPointer& folder) {
+  auto entries = readFolder(folder->source.get(), folder->path, Detail::Names);
+  if (!entries) return fail(entries.error());
+  std::vector<Job> jobs;
+  std::vector<std::string> files;
+  for (DirectoryEntry& entry : *entries) {
+    switch (entry.type) {
+      case FileType::File:
+        files.push_back(std::move(entry.name));
+        break;
+      case FileType::Folder:
+        jobs.push_back({folder, {}, std::move(entry.name)});
+        break;
+      case FileType::SymbolicLink:
+        copyLink(*folder, entry.name);
+        break;
+      case FileType::Other:
+        notes_.add("Left out " + folder->path + "/" + entry.name + ": it is a special file");
+        break;
+    }
+    if (files.size() == kBatch) jobs.push_back({folder, std::exchange(files, {}), {}});
+  }
+  if (!files.empty()) jobs.push_back({folder, std::move(files), {}});
+  addJobs(std::move(jobs));
+}
+
+void TreeCopier::openSubfolder(const FolderPointer& parent, const std::string& name) {
+  const std::string path = parent->path + "/" + name;
+  if (parent->depth >= kDeepestFolder - 32)  // a backup adds levels of its own, and must be deletable
+    return fail(errorWithText(std::errc::filename_too_long, path, "the folder is nested too deeply"));
+  Descriptor source(openat(parent->source.get(), name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+  if (!source.valid()) {
+    if (errno == ENOENT) return notes_.add(path + " vanished while its folder was copied");
+    return fail(systemError(path));
+  }
+  if (mkdirat(parent->copy.get(), name.c_str(), S_IRWXU) != 0) return fail(systemError(path));
+  Descriptor copy(openat(parent->copy.get(), name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+  if (!copy.valid()) return fail(systemError(path));
+  enumerate(std::make_shared<Folder>(*this, parent, std::move(source), std::move(copy), path,
+                                     parent->destination + "/" + name, parent->depth + 1));
+}
+
+void TreeCopier::copyOne(const Folder& folder, const std::string& name) {
+  const std::string path = folder.path + "/" + name;
+  const Descriptor source = openSource(folder.source.get(), name.c_str(), O_NOFOLLOW);
+  if (!source.valid()) {
+    if (errno == ENOENT) return notes_.add(path + " vanished while its folder was copied");
+    return fail(systemError(path));
+  }
+  struct stat status;
+  if (fstat(source.get(), &status) != 0) return fail(systemError(path));
+  if (!S_ISREG(status.st_mode)) return notes_.add("Left out " + path + ": it is a special file");
+  if (!rights_.mayCopy(status)) return fail(systemError(path, EPERM));
+  const Descriptor copy(uninterrupted([&] {
+    return openat(folder.copy.get(), name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
+                  S_IRUSR | S_IWUSR);
+  }));
+  if (!copy.valid()) return fail(systemError(path));
+  if (const Status copied =
+          copyFileContent(source.get(), status, copy.get(), path, folder.destination + "/" + name, rights_, notes_);
+      !copied)
+    fail(copied.error());
+}
+
+void TreeCopier::copyLink(const Folder& folder, const std::string& name) {
+  const std::string path = folder.path + "/" + name;
+  char target[PATH_MAX];
+  const ssize_t length = readlinkat(folder.source.get(), name.c_str(), target, sizeof target - 1);
+  if (length < 0) {
+    if (errno == ENOENT) return notes_.add(path + " vanished while its folder was copied");
+    return fail(systemError(path));
+  }
+  target[length] = '\0';
+  struct stat status;
+  if (symlinkat(target, folder.copy.get(), name.c_str()) != 0 ||
+      fstatat(folder.source.get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0)
+    return fail(systemError(path));
+  const timespec times[2] = {status.st_atim, status.st_mtim};
+  utimensat(folder.copy.get(), name.c_str(), times, AT_SYMLINK_NOFOLLOW);
+}
+
+}  // namespace
+
+Status copyTree(Descriptor source, Descriptor copy, const std::string& path, const std::string& destination,
+                const FileRights& rights, CopyNotes& notes) {
+  TreeCopier copier(rights, notes);
+  return copier.run(
+      std::make_shared<Folder>(copier, nullptr, std::move(source), std::move(copy), path, destination, 0));
+}
+
+}  // namespace vantory
