@@ -1,0 +1,25 @@
+// Small questions about text: trimming, cases, encodings.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vantory {
+
+// Without white space and line ends at both ends.
+std::string_view trimmed(std::string_view text);
+// ASCII letters only; all other bytes stay.
+std::string lowerCased(std::string_view text);
+// Below, at or above zero, ignoring the case of ASCII letters.
+int compareIgnoringCase(std::string_view left, std::string_view right);
+// Split at every separator; always at least one piece, empty pieces kept.
+std::vector<std::string> split(std::string_view text, char separator);
+bool isUtf8(std::string_view bytes);
+// The number of 16-bit units the text has in UTF-16; a byte that is no UTF-8 counts as one.
+std::size_t utf16Length(std::string_view text);
+// Control characters as "\n", "\t", "\x1b" and bytes that are no UTF-8 as "\xff": one line of text, whatever the bytes.
+std::string printable(std::string_view bytes);
+
+}  // namespace vantory
