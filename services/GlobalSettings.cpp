@@ -1,0 +1,34 @@
+#include "services/GlobalSettings.h"
+
+#include "platform/FileSystem.h"
+#include "services/Paths.h"
+#include "services/PropertyList.h"
+#include "services/QWLocalPaths.h"
+#include "services/Runtime.h"
+
+namespace vantory {
+
+namespace {
+
+bool isOn(const PropertyList& value) {
+  if (const bool* flag = value.asBoolean()) return *flag;
+  if (const auto* number = std::get_if<std::int64_t>(&value.content())) return *number == 1;
+  if (const auto* number = std::get_if<double>(&value.content())) return *number == 1;
+  const std::string* text = value.asString();
+  return text && *text == "1";
+}
+
+}  // namespace
+
+bool globalSwitch(const std::string& key) {
+  const auto folder = QWLocalPaths::prefsDirectory(true);
+  if (!folder) return false;
+  const auto bytes = Runtime::current().platform().files.read(paths::join(*folder, "com.quarrywell.global.plist"));
+  if (!bytes) return false;
+  const auto content = parsePropertyList(*bytes);
+  const PropertyListDictionary* switches = content ? content->asDictionary() : nullptr;
+  const PropertyList* value = switches ? switches->find(key) : nullptr;
+  return value && isOn(*value);
+}
+
+}  // namespace vantory

@@ -1,0 +1,76 @@
+#include "services/MainThread.h"
+
+#include "services/Runtime.h"
+
+namespace vantory {
+
+MainThread::MainThread() = default;
+
+MainThread& MainThread::shared() {
+  return Runtime::current().shared<MainThread>();
+}
+
+bool MainThread::isCurrent() const {
+  return std::this_thread::get_id() == thread_;
+}
+
+bool MainThread::runAndWait(const std::function<void()>& work) {
+  if (isCurrent()) {
+    work();
+    return true;
+  }
+  Job job{&work};
+  {
+    const std::lock_guard lock(mutex_);
+    if (shutDown_) return false;
+    jobs_.push_back(&job);
+    changed_.notify_all();
+  }
+  if (wake) wake();
+  std::unique_lock lock(mutex_);
+  changed_.wait(lock, [&job] { return job.finished || job.refused; });
+  return job.finished;
+}
+
+void MainThread::runUntil(const std::function<bool()>& done) {
+  std::unique_lock lock(mutex_);
+  for (;;) {
+    const std::uint64_t seen = notices_;
+    lock.unlock();
+    if (done()) return;
+    lock.lock();
+    changed_.wait(lock, [this, seen] { return notices_ != seen || !jobs_.empty(); });
+    if (!jobs_.empty()) runNextJob(lock);
+  }
+}
+
+void MainThread::notify() {
+  const std::lock_guard lock(mutex_);
+  ++notices_;
+  changed_.notify_all();
+}
+
+void MainThread::runPending() {
+  std::unique_lock lock(mutex_);
+  while (!jobs_.empty()) runNextJob(lock);
+}
+
+void MainThread::shutDown() {
+  const std::lock_guard lock(mutex_);
+  shutDown_ = true;
+  for (Job* job : jobs_) job->refused = true;
+  jobs_.clear();
+  changed_.notify_all();
+}
+
+void MainThread::runNextJob(std::unique_lock<std::mutex>& lock) {
+  Job* job = jobs_.front();
+  jobs_.pop_front();
+  lock.unlock();
+  (*job->work)();
+  lock.lock();
+  job->finished = true;
+  changed_.notify_all();
+}
+
+}  // namespace vantory

@@ -1,0 +1,62 @@
+#include "services/NotificationCenter.h"
+
+#include <utility>
+
+#include "services/MainThread.h"
+#include "services/Runtime.h"
+
+namespace vantory {
+
+struct NotificationCenter::Entry {
+  Entry(std::string name, std::function<void()> observer) : name(std::move(name)), observer(std::move(observer)) {}
+
+  const std::string name;
+  const std::function<void()> observer;
+  std::recursive_mutex mutex;  // held while the observer runs, which may end its own observation
+  bool ended = false;
+};
+
+NotificationCenter::Observation& NotificationCenter::Observation::operator=(Observation&& other) {
+  if (this == &other) return *this;
+  reset();
+  entry_ = std::move(other.entry_);
+  return *this;
+}
+
+void NotificationCenter::Observation::reset() {
+  const std::shared_ptr<Entry> entry = std::exchange(entry_, nullptr);
+  if (!entry) return;
+  const std::lock_guard lock(entry->mutex);
+  entry->ended = true;
+}
+
+NotificationCenter& NotificationCenter::shared() {
+  return Runtime::current().shared<NotificationCenter>();
+}
+
+NotificationCenter::Observation NotificationCenter::observe(std::string name, std::function<void()> observer) {
+  const auto entry = std::make_shared<Entry>(std::move(name), std::move(observer));
+  const std::lock_guard lock(mutex_);
+  std::erase_if(entries_, [](const std::weak_ptr<Entry>& known) { return known.expired(); });
+  entries_.push_back(entry);
+  return Observation(entry);
+}
+
+void NotificationCenter::post(std::string_view name) {
+  std::vector<std::shared_ptr<Entry>> called;
+  {
+    const std::lock_guard lock(mutex_);
+    for (const std::weak_ptr<Entry>& known : entries_)
+      if (auto entry = known.lock(); entry && entry->name == name) called.push_back(std::move(entry));
+  }
+  for (const std::shared_ptr<Entry>& entry : called) {
+    const std::lock_guard lock(entry->mutex);
+    if (!entry->ended) entry->observer();
+  }
+}
+
+bool NotificationCenter::postOnMainThread(std::string_view name) {
+  return MainThread::shared().runAndWait([this, name] { post(name); });
+}
+
+}  // namespace vantory

@@ -1,0 +1,67 @@
+// Administrator rights, and the file operations done with them.
+#pragma once
+
+#include <atomic>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/Platform.h"
+
+namespace vantory {
+
+// One for the process. The superuser is always authorized. Refusals of protected folders go to the system log and are
+// final. Any thread.
+class QWAuthorization {
+ public:
+  // The first call decides whether a password dialog may be shown; later calls answer the same instance unchanged.
+  static QWAuthorization& sharedController(bool hasGUI = true);
+
+  enum Status : int { Success = 0, NotAuthorized = -1, ToolMissing = -2 };
+
+  QWAuthorization();
+  ~QWAuthorization();  // gives the right up
+  QWAuthorization(const QWAuthorization&) = delete;
+  QWAuthorization& operator=(const QWAuthorization&) = delete;
+
+  bool isAuthorized() const;
+  bool canAuthorize() const;
+  bool hasGUI() const;
+  void setHasGUI(bool hasGUI);
+  // Obtains the right, asking the user; at once true when it is held already.
+  bool authStart();
+  void authEnd();
+
+  // Performs the tool's work with administrator rights, to its end; Success, NotAuthorized, ToolMissing or the
+  // service's own code.
+  int authExecTask(const std::string& tool, const std::vector<std::string>& parameters);
+
+  // Over what is at the destination. An empty path is an error that is told in the system log.
+  bool authCopyFile(const std::string& source, const std::string& toPath);
+  bool authMoveFile(const std::string& source, const std::string& toPath);
+  // Every entry of the folder is tried; true when all were moved.
+  bool authMoveFolderContents(const std::string& folder, const std::string& toPath);
+  // A missing item is success.
+  bool authRemoveFile(const std::string& path);
+  bool authCreateDir(const std::string& path);
+  // To the user's Trash, with the note beside it by which a file manager puts it back.
+  bool authTrashFile(const std::string& path, bool deleteOnRootAccount = false);
+  // Every entry of the folder is tried; true when none failed.
+  bool authTrashFolderContents(const std::string& folder, bool deleteOnRootAccount = false);
+
+ private:
+  bool isSuperuser() const;
+  bool isProtected(const std::string& path, const char* message) const;
+  bool refuse(const char* message) const;
+  // The superuser has no Trash of its own: whether its items are to be deleted instead.
+  bool deletesInsteadOfTrashing(bool deleteOnRootAccount) const;
+
+  Platform& platform_;
+  std::once_flag decided_;
+  std::mutex asking_;  // one password dialog at a time
+  std::atomic<bool> hasGUI_ = true;
+  std::optional<std::string> userDirectory_;  // none for the superuser
+};
+
+}  // namespace vantory

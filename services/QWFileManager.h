@@ -1,0 +1,98 @@
+// Everything the program does to files: finding them by pattern, asking about them, and changing them with a privileged
+// second attempt.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/FileSystem.h"
+#include "platform/Result.h"
+
+namespace vantory {
+
+// All functions may be called from any thread. A true result means that the effect is there.
+class QWFileManager {
+ public:
+  // Paths by pattern (WildcardPaths.cpp). In a pattern, every component that contains "*" stands for all matching
+  // entries of one folder.
+  static std::vector<std::string> filesMatchingWildcardPath(const std::string& pattern);
+  static std::vector<std::string> filesMatchingWildcardPath(const std::string& pattern,
+                                                            const std::string& fromBasePath);
+  // The first match, else the base joined with the pattern as written.
+  static std::string decodeWildcardPath(const std::string& pattern, const std::string& fromBasePath);
+
+  // Questions and names (FileUtilities.cpp).
+  static bool fileExistsAtPath(const std::string& path);   // links followed
+  static bool isDirectoryAtPath(const std::string& path);  // links followed
+  static bool isSymbolicLinkAtPath(const std::string& path);
+  static bool isPackageAtPath(const std::string& path);
+  // Whether anything bears this name, a dangling link included.
+  static bool itemExistsAtPath(const std::string& path);
+  // Whether it is certain that nothing bears this name; false where that cannot be told.
+  static bool isMissingAtPath(const std::string& path);
+  static bool meansMissing(const Error& error);
+  // The path itself, or with " 2", " 3" ... before its extension: the first that does not exist.
+  static std::string uniqueFilename(const std::string& path);
+  // The name without a leading dot, blanks at its ends, "/" and ":"; may be empty.
+  static std::string validateFilename(const std::string& name);
+  static std::string formatFileSize(double bytes);
+  // True for a folder without files; housekeeping files and folders of only such do not count.
+  static bool isFolderEmpty(const std::string& path);
+  // Bytes of a file, or of all files in a folder.
+  static std::uint64_t fileSize(const std::string& path);
+  // Names of a folder's entries; empty when it cannot be read.
+  static std::vector<std::string> contentsOfDirectory(const std::string& path);
+  // Sets the time of last change to now; never creates a file.
+  static bool touchFile(const std::string& path);
+
+  // Colour labels (FinderLabels.cpp).
+  struct LabelColor {
+    double hue, saturation, brightness;
+  };
+  // The whole flags word, 0 when unreadable.
+  static std::uint16_t finderColorIndexForPath(const std::string& path);
+  static void setFinderColorIndex(std::uint16_t index, const std::string& forPath);
+  static std::optional<LabelColor> finderColorForPath(const std::string& path);
+
+  // Changes (FileOperations.cpp). They clear the immutable flag where it is in the way, try as the user, and on failure
+  // log the reason and, with shouldAuth, try again with administrator rights where rights can help.
+  static bool copyFile(const std::string& source, const std::string& toPath, bool shouldAuth = true);
+  static bool copyFile(const std::string& source, const std::string& toPath, std::chrono::seconds timeout);
+  static bool moveFile(const std::string& source, const std::string& toPath, bool shouldAuth = true);
+  static bool moveFile(const std::string& source, const std::string& toPath, std::chrono::seconds timeout);
+  static bool removeFile(const std::string& path, bool shouldAuth = true);
+  static bool removeFile(const std::string& path, std::chrono::seconds timeout);
+  static bool trashFile(const std::string& path, bool shouldAuth = true);
+  static bool trashFile(const std::string& path, std::chrono::seconds timeout);
+  static bool createDirectory(const std::string& path, bool shouldAuth = true);
+  static bool createDirectory(const std::string& path, std::chrono::seconds timeout);
+  // The first step of a copy that replaces something: a finished copy without its name. Its notes are logged; a failure
+  // is logged by the caller.
+  static Result<std::unique_ptr<StagedCopy>> stageCopy(const CopyRequest& request);
+
+  // Whole folders (FolderOperations.cpp).
+  static bool copyContentsOfDirectory(const std::string& source, const std::string& toPath,
+                                      std::chrono::seconds timeout);
+  // Recreates the path's folder chain below the destination; answers the folder made.
+  static std::string createDirectoryStructure(const std::string& path, const std::string& destination);
+  static bool removeFolderIfEmpty(const std::string& path);
+  static bool trashDirectoryContents(const std::string& path, bool shouldAuth = true);
+  // The paths found, whether or not trashing them worked.
+  static std::vector<std::string> trashFilesNamed(const std::string& name, const std::string& inFolder);
+  static std::vector<std::string> trashFilesOfType(const std::string& extension, const std::string& inFolder);
+
+  // The immutable flag (FileLocks.cpp). A failure gets one log line and answers false; a missing path is
+  // none.
+  static bool lockFile(const std::string& path);
+  static bool unlockFile(const std::string& path);
+  static bool isFileLocked(const std::string& path);
+  // Everything inside the folder that is no folder, at every depth; links are not followed.
+  static void lockFolder(const std::string& path);
+  static void unlockFolder(const std::string& path);
+};
+
+}  // namespace vantory

@@ -1,0 +1,22 @@
+// Asked before the files of an application are touched.
+#pragma once
+
+#include <string>
+
+namespace vantory {
+
+enum class GuardDecision : int { NotRunning = -1, CloseAndRelaunch = 0, Skip = 1, Cancel = 2 };
+
+class RunningApplicationGuard {
+ public:
+  virtual ~RunningApplicationGuard() = default;
+
+  // What to do about the application: nothing when it does not run, else what the user (or, without a window, the flag)
+  // decides. May block for the user's answer.
+  virtual GuardDecision checkRunningAppsForName(const std::string& name, const std::string& bundleID,
+                                                bool closeAutomatically) = 0;
+  // Asks the application to quit and waits, at most 32 seconds; true once no copy of it runs.
+  virtual bool closeAppWithName(const std::string& name, const std::string& bundleID) = 0;
+};
+
+}  // namespace vantory
