@@ -1,0 +1,20 @@
+// Where a backup lies and how paths are named in it: all that a preference item knows of backups.
+#pragma once
+
+#include <string>
+
+namespace vantory {
+
+class BackupPlace {
+ public:
+  virtual ~BackupPlace() = default;
+  // The backup folder, without a slash at its end.
+  virtual std::string path() const = 0;
+  // The path with the user's home folder written as "/Users/user".
+  virtual std::string safeUserPath(const std::string& path) const = 0;
+};
+
+// The name of every user's home folder inside a backup.
+inline constexpr const char* kHomePlaceholder = "/Users/user";
+
+}  // namespace vantory

@@ -1,0 +1,13 @@
+// What a preference item needs of the record that holds it.
+#pragma once
+
+namespace vantory {
+
+class CatalogParent {
+ public:
+  virtual ~CatalogParent() = default;
+  virtual int selected() const = 0;
+  virtual void updateLockStatus(bool refreshChildren) = 0;
+};
+
+}  // namespace vantory

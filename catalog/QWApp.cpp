@@ -1,0 +1,106 @@
+#include "catalog/QWApp.h"
+
+#include <algorithm>
+
+namespace vantory {
+
+namespace {
+
+// How many children are off and how many on, and what that makes of their parent.
+struct Tally {
+  std::size_t total = 0;
+  std::size_t off = 0;
+  std::size_t on = 0;
+
+  int state() const {
+    if (off == total) return Off;
+    return on == total ? On : Mixed;
+  }
+};
+
+}  // namespace
+
+std::shared_ptr<QWApp> QWApp::appWithName(std::string name, std::string icon, std::string bundleID) {
+  return std::make_shared<QWApp>(
+      std::make_shared<const Definition>(Definition{std::move(name), std::move(icon), std::move(bundleID)}));
+}
+
+std::shared_ptr<QWApp> QWApp::copyWithoutChildren() const {
+  auto copied = std::make_shared<QWApp>(definition_);
+  copied->selected_ = selected();
+  copied->locked_ = locked();
+  return copied;
+}
+
+std::shared_ptr<QWApp> QWApp::copy() const {
+  auto copied = copyWithoutChildren();
+  copied->children_ = children_;
+  return copied;
+}
+
+void QWApp::addItem(const std::shared_ptr<QWPrefItem>& item) {
+  item->setParent(weak_from_this());
+  children_.push_back(item);
+  updateSelectionStatus();
+}
+
+std::shared_ptr<QWPrefItem> QWApp::addItemWithName(std::string name, std::string key, bool lockable,
+                                                   std::vector<std::string> files) {
+  auto item = std::make_shared<QWPrefItem>(std::move(name), std::move(key), lockable, std::move(files));
+  addItem(item);
+  return item;
+}
+
+void QWApp::updateSelectionStatus() {
+  Tally tally{.total = children_.size()};
+  for (const auto& item : children_) {
+    item->updateSelectionStatus();
+    ++(item->selected() == Off ? tally.off : tally.on);
+  }
+  selected_ = tally.state();
+}
+
+void QWApp::updateSelectionStatusForPrefs() {
+  Tally tally;
+  for (const auto& item : children_) {
+    if (!item->isPreferences()) continue;
+    item->updateSelectionStatus();
+    const int state = item->selected();
+    ++tally.total;
+    if (state == Off) ++tally.off;
+    if (state == On) ++tally.on;
+  }
+  selected_ = tally.state();
+}
+
+void QWApp::updateLockStatus(bool refreshChildren) {
+  Tally tally;
+  for (const auto& item : children_) {
+    if (refreshChildren) item->updateLockStatus();
+    if (!item->lockable()) continue;
+    const int state = item->locked();
+    ++tally.total;
+    if (state == Off) ++tally.off;
+    if (state == On) ++tally.on;
+  }
+  locked_ = tally.state();
+}
+
+void QWApp::lockFiles(int state) {
+  for (const auto& item : children_) item->lockFiles(state);
+  updateLockStatus();
+}
+
+std::uint64_t QWApp::size() const {
+  std::uint64_t total = 0;
+  for (const auto& item : children_) total += item->size().value_or(0);
+  return total;
+}
+
+std::optional<Timestamp> QWApp::date() const {
+  std::optional<Timestamp> newest;
+  for (const auto& item : children_) newest = std::max(newest, item->date());
+  return newest;
+}
+
+}  // namespace vantory

@@ -1,0 +1,73 @@
+// An application and what it remembers.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "catalog/CatalogParent.h"
+#include "catalog/QWPrefItem.h"
+
+namespace vantory {
+
+// An application of the live catalog, or the copy of one that a backup holds.
+class QWApp : public CatalogParent, public std::enable_shared_from_this<QWApp> {
+ public:
+  using Items = std::vector<std::shared_ptr<QWPrefItem>>;
+
+  // What never changes; shared by all copies of an application.
+  struct Definition {
+    std::string name;
+    std::string icon;
+    std::string bundleID;
+  };
+
+  // An application without items.
+  static std::shared_ptr<QWApp> appWithName(std::string name, std::string icon, std::string bundleID);
+  explicit QWApp(std::shared_ptr<const Definition> definition) : definition_(std::move(definition)) {}
+  // A copy shares the items; they keep this application as their parent.
+  std::shared_ptr<QWApp> copy() const;
+  // A copy without items.
+  std::shared_ptr<QWApp> copyWithoutChildren() const;
+
+  const std::string& name() const { return definition_->name; }
+  const std::string& bundleID() const { return definition_->bundleID; }
+  const std::string& icon() const { return definition_->icon; }  // resource name
+
+  int selected() const override { return selected_; }
+  void setSelected(int state) { selected_ = state; }
+  int locked() const { return locked_; }
+  void setLocked(int state) { locked_ = state; }
+
+  const Items& children() const { return children_; }
+  void setChildren(Items children) { children_ = std::move(children); }
+  // Becomes the item's parent, adds it and recomputes the selection.
+  void addItem(const std::shared_ptr<QWPrefItem>& item);
+  std::shared_ptr<QWPrefItem> addItemWithName(std::string name, std::string key, bool lockable,
+                                              std::vector<std::string> files);
+
+  // On when every item is on or mixed, off when every item is off: a mixed item counts as on here.
+  void updateSelectionStatus();
+  // Looks at the items that hold preferences proper only; a mixed one makes the application mixed.
+  void updateSelectionStatusForPrefs();
+  void updateLockStatus(bool refreshChildren) override;
+  void updateLockStatus() { updateLockStatus(true); }
+  // Locks (On) or unlocks the files of every lockable item.
+  void lockFiles(int state);
+
+  // Total size and newest change of the items, as far as they are known.
+  std::uint64_t size() const;
+  std::optional<Timestamp> date() const;
+
+ private:
+  std::shared_ptr<const Definition> definition_;
+  std::atomic<int> selected_ = Off;
+  std::atomic<int> locked_ = Off;
+  Items children_;
+};
+
+}  // namespace vantory

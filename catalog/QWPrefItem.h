@@ -1,0 +1,101 @@
+// One thing an application remembers: its preference files, its layouts, its presets.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "catalog/CatalogParent.h"
+#include "catalog/SelectionState.h"
+#include "platform/Clock.h"
+
+namespace vantory {
+
+class BackupPlace;
+
+// An item of the live catalog, or the copy of one that a backup holds. An Avid item also has one sub-item for each Avid
+// user. The states may be read and set from any thread; lists are replaced whole, by one thread at a time.
+class QWPrefItem : public CatalogParent, public std::enable_shared_from_this<QWPrefItem> {
+ public:
+  using Users = std::vector<std::shared_ptr<QWPrefItem>>;
+
+  // What never changes; shared by all copies of an item.
+  struct Definition {
+    std::string name;
+    std::string key;
+    bool lockable = true;
+    std::vector<std::string> files;
+  };
+
+  QWPrefItem(std::string name, std::string key, bool lockable, std::vector<std::string> files);
+  explicit QWPrefItem(std::shared_ptr<const Definition> definition) : definition_(std::move(definition)) {}
+  // A copy has the same states and users; it has no parent, date or size.
+  std::shared_ptr<QWPrefItem> copy() const;
+
+  const std::string& name() const { return definition_->name; }
+  const std::string& key() const { return definition_->key; }  // unique in the catalog
+  bool lockable() const { return definition_->lockable; }
+  // Absolute path patterns.
+  const std::vector<std::string>& files() const { return definition_->files; }
+  // True for an item that holds an application's preferences proper.
+  bool isPreferences() const;
+
+  int selected() const override { return selected_; }
+  void setSelected(int state) { selected_ = state; }
+  int locked() const { return locked_; }
+  void setLocked(int state) { locked_ = state; }
+
+  // The record that holds this item; null when it has gone or there is none.
+  std::shared_ptr<CatalogParent> parent() const { return parent_.lock(); }
+  void setParent(std::weak_ptr<CatalogParent> parent) { parent_ = std::move(parent); }
+
+  const Users& users() const { return users_; }
+  void setUsers(Users users) { users_ = std::move(users); }
+  // Becomes the sub-item's parent and adds it; recomputes nothing.
+  void addUser(const std::shared_ptr<QWPrefItem>& user);
+
+  // Newest change and total size of the item's files in its backup; none for an item that belongs to no backup. In a
+  // backup that was read they are measured when first asked for.
+  std::optional<Timestamp> date();
+  std::optional<std::uint64_t> size();
+  void measureWhenAsked(std::shared_ptr<const BackupPlace> backup) { measuredWhenAsked_ = std::move(backup); }
+  void populateFileDatesAndSizes(const BackupPlace& backup);
+
+  // Takes its state from its users; without users it keeps its own.
+  void updateSelectionStatus();
+  // Takes the parent's state, mixed as on, and gives it to all its users.
+  void inheritSelectionFromParent();
+
+  // Moves the item's files, and those of its ticked users, to the Trash; answers how many.
+  int trash();
+  // Locks (On) or unlocks the files of the item and its users, and brings all states up to date, the parent's too where
+  // asked. Nothing happens to an item that is not lockable.
+  void lockFiles(int state, bool refreshParent = true);
+  void updateLockStatus(bool refreshUsers) override;
+  void updateLockStatus() { updateLockStatus(true); }
+  // Puts the backup's files of the item, and of its ticked users, in place; what was there goes to the Trash. A failure
+  // leaves the file as it was, is logged, and does not stop the others.
+  void restoreFilesFromBackup(const BackupPlace& backup);
+
+  // Finds the Avid user folders, live or below a backup folder, and makes them the users.
+  void populateAvidUsers();
+  void populateAvidUsersInBackup(const std::optional<std::string>& backupPath);
+
+ private:
+  void measureIfDue();
+
+  std::shared_ptr<const Definition> definition_;
+  std::atomic<int> selected_ = On;
+  std::atomic<int> locked_ = Off;
+  std::weak_ptr<CatalogParent> parent_;
+  Users users_;
+  std::shared_ptr<const BackupPlace> measuredWhenAsked_;  // null once measured
+  std::optional<Timestamp> date_;
+  std::optional<std::uint64_t> size_;
+};
+
+}  // namespace vantory

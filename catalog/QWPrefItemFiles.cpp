@@ -1,0 +1,129 @@
+#include <algorithm>
+#include <chrono>
+
+#include "catalog/BackupPlace.h"
+#include "catalog/QWPrefItem.h"
+#include "platform/FileSystem.h"
+#include "services/FailureTally.h"
+#include "services/QWFileManager.h"
+#include "services/QWLog.h"
+#include "services/Runtime.h"
+
+namespace vantory {
+
+namespace {
+
+constexpr std::chrono::seconds kTimeout{10};
+
+// 1 when the file is in the Trash now, 0 when that failed.
+int moveToTrash(const std::string& path) {
+  if (QWFileManager::trashFile(path, kTimeout)) return 1;
+  FailureTally::shared().add();
+  return 0;
+}
+
+// The file, and the one that marks it as being in use.
+int trashWithCompanion(const std::string& path) {
+  int count = 0;
+  if (QWFileManager::itemExistsAtPath(path)) {
+    QWLog::appendLog("Trashing file %@", path);
+    count += moveToTrash(path);
+  }
+  const std::string companion = path + ".lockfile";
+  if (QWFileManager::itemExistsAtPath(companion)) count += moveToTrash(companion);
+  return count;
+}
+
+// How many files, or users, are locked and how many are not.
+struct LockCount {
+  std::size_t locked = 0;
+  std::size_t unlocked = 0;
+
+  void add(bool isLocked) { ++(isLocked ? locked : unlocked); }
+
+  int state() const {
+    if (locked == 0 && unlocked > 0) return Off;
+    return locked > 0 && unlocked == 0 ? On : Mixed;
+  }
+};
+
+LockCount countLocks(const std::vector<std::string>& patterns) {
+  LockCount count;
+  for (const std::string& pattern : patterns) {
+    const std::vector<std::string> matches = QWFileManager::filesMatchingWildcardPath(pattern);
+    if (matches.empty()) count.add(false);
+    for (const std::string& path : matches) count.add(QWFileManager::isFileLocked(path));
+  }
+  return count;
+}
+
+// The item's own attributes; none when it does not exist or is a link to nothing.
+std::optional<FileInfo> attributesOf(const std::string& path) {
+  const Result<FileInfo> info = Runtime::current().platform().files.info(path, Links::DoNotFollow);
+  if (!info) return std::nullopt;
+  if (info->type == FileType::SymbolicLink && !QWFileManager::fileExistsAtPath(path)) return std::nullopt;
+  return *info;
+}
+
+}  // namespace
+
+int QWPrefItem::trash() {
+  int count = 0;
+  for (const std::string& pattern : files())
+    for (const std::string& path : QWFileManager::filesMatchingWildcardPath(pattern)) count += trashWithCompanion(path);
+  for (const auto& user : users_)
+    if (user->selected() == On) count += user->trash();
+  locked_ = Off;
+  return count;
+}
+
+void QWPrefItem::lockFiles(int state, bool refreshParent) {
+  if (!lockable()) return;
+  for (const std::string& pattern : files())
+    for (const std::string& path : QWFileManager::filesMatchingWildcardPath(pattern)) {
+      QWLog::appendLog(state == On ? "Locking file %@" : "Unlocking file %@", path);
+      const bool done = state == On ? QWFileManager::lockFile(path) : QWFileManager::unlockFile(path);
+      if (!done) FailureTally::shared().add();
+    }
+  for (const auto& user : users_) user->lockFiles(state, false);
+  updateLockStatus();
+  if (!refreshParent) return;
+  if (const auto holder = parent()) holder->updateLockStatus(false);
+}
+
+void QWPrefItem::updateLockStatus(bool refreshUsers) {
+  if (refreshUsers)
+    for (const auto& user : users_) user->updateLockStatus();
+  if (!lockable()) {
+    locked_ = Off;
+    return;
+  }
+  LockCount count = countLocks(files());
+  // Users count only where the item has no files of its own.
+  if (files().empty())
+    for (const auto& user : users_) count.add(user->locked() != Off);
+  locked_ = count.state();
+}
+
+void QWPrefItem::populateFileDatesAndSizes(const BackupPlace& backup) {
+  measuredWhenAsked_ = nullptr;
+  std::optional<Timestamp> newest;
+  std::uint64_t total = 0;
+  const std::string root = backup.path();
+  for (const std::string& pattern : files())
+    for (const std::string& path : QWFileManager::filesMatchingWildcardPath(backup.safeUserPath(pattern), root)) {
+      const std::optional<FileInfo> info = attributesOf(path);
+      if (!info) continue;
+      newest = std::max(newest, std::optional(info->modified));
+      total += info->size;
+    }
+  for (const auto& user : users_) {
+    user->populateFileDatesAndSizes(backup);
+    newest = std::max(newest, user->date_);
+    total += user->size_.value_or(0);
+  }
+  date_ = newest;
+  size_ = total;
+}
+
+}  // namespace vantory
