@@ -1,0 +1,31 @@
+#include "backups/QWBackup.h"
+#include "backups/QWDataController.h"
+#include "services/Format.h"
+#include "services/LocalTime.h"
+#include "services/Paths.h"
+#include "services/Runtime.h"
+
+namespace vantory {
+
+namespace {
+
+std::shared_ptr<QWApp> copyOf(const QWApp& app, bool preferencesOnly) {
+  auto copy = app.copyWithoutChildren();
+  for (const auto& item : app.children())
+    if (!preferencesOnly || item->isPreferences()) copy->addItem(item->copy());
+  return copy;
+}
+
+}  // namespace
+
+std::shared_ptr<QWBackup> QWBackup::autoBackup(bool preferencesOnly) {
+  const Timestamp now = Runtime::current().platform().clock.now();
+  const std::string name = formatted("Auto Backup %@", localTimeText(now, "%Y-%m-%d_%H_%M_%S"));
+  const auto folder = QWDataController::autosaveLocation();
+  auto backup = backupWithName(name, folder ? paths::join(*folder, name + ".vnt") : std::string());
+  backup->setIsAutosave(true);
+  for (const auto& app : QWDataController::sharedController().appArray()) backup->addApp(copyOf(*app, preferencesOnly));
+  return backup;
+}
+
+}  // namespace vantory

@@ -1,0 +1,28 @@
+#include "backups/BackupFolder.h"
+
+#include "services/Paths.h"
+#include "services/QWLocalPaths.h"
+
+namespace vantory {
+
+BackupFolder::BackupFolder(std::string path) : BackupFolder(std::move(path), QWLocalPaths::userDirectory()) {}
+
+bool BackupFolder::isInHome(const std::string& path) const {
+  return home_ && paths::isWithin(path, *home_);
+}
+
+std::string BackupFolder::safeUserPath(const std::string& path) const {
+  if (!isInHome(path)) return path;
+  // "/", "Users" and the user's name: a home folder of another depth is mapped wrongly, and stays so for the sake of
+  // the backups that exist.
+  constexpr std::size_t kComponentsOfHome = 3;
+  const std::vector<std::string> components = paths::components(path);
+  std::string safe = std::string(kHomePlaceholder) + "/";
+  for (std::size_t i = kComponentsOfHome; i < components.size(); ++i) {
+    if (i > kComponentsOfHome) safe += '/';
+    safe += components[i];
+  }
+  return safe;
+}
+
+}  // namespace vantory

@@ -1,0 +1,84 @@
+#include "backups/LibraryHold.h"
+#include "backups/QWDataController.h"
+#include "platform/FileSystem.h"
+#include "services/MainThread.h"
+#include "services/Paths.h"
+#include "services/QWCmdUtils.h"
+#include "services/QWFileManager.h"
+#include "services/QWLog.h"
+#include "services/Runtime.h"
+#include "services/Text.h"
+
+namespace vantory {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+FileSystem& files() {
+  return Runtime::current().platform().files;
+}
+
+std::string absolutePath(const std::string& path) {
+  return path.starts_with('/') ? paths::join(path, "") : paths::join(QWCmdUtils::applicationPath(), path);
+}
+
+// Links and ".." may lead to a backup of the library under another name.
+bool isSameFolder(const std::string& left, const std::string& right) {
+  const auto one = files().info(left, Links::Follow);
+  const auto other = files().info(right, Links::Follow);
+  return one && other && one->identity == other->identity;
+}
+
+// Copies a backup to its place in the library. One that bears the name already goes to the Trash, when the copy is
+// ready to take its place.
+Status copyToLibrary(const std::string& source, const std::string& target) {
+  const std::string library = paths::parent(target);
+  if (!QWFileManager::createDirectory(library)) return Error{std::errc::io_error, library + " could not be made"};
+  auto copy = QWFileManager::stageCopy({.source = source, .destination = target});
+  if (!copy && !rightsCouldHelp(copy.error())) return copy.error();
+
+  const auto hold = holdBackupFolder(library);
+  if (!hold) return hold.error();
+  if (!clearBackupPath(target)) return Error{std::errc::file_exists, target + " is in the way"};
+  const Status named = copy ? (*copy)->commit(StagedCopy::Existing::Keep) : Status(copy.error());
+  if (!named && (copy || !QWFileManager::copyFile(source, target, 10s))) return named;
+  return files().sync(target);
+}
+
+}  // namespace
+
+bool QWDataController::addBackupFromFile(const std::string& path) {
+  QWLog::appendLog("Adding backup file %@", path);
+  std::string backup = absolutePath(path);
+  if (paths::extension(backup) == "vnt2") backup = paths::withoutExtension(backup) + ".vnt";
+  const std::string library = vantoryBackupLocation().value_or("");
+  const std::string extension = lowerCased(paths::extension(backup));
+  if (library.empty() || (extension != "vnt" && extension != "vnt2")) {
+    QWLog::appendLog("Unable to locate backup");
+    return false;
+  }
+
+  if (!paths::isWithin(backup, library)) {
+    const std::string target = paths::join(library, paths::lastComponent(backup));
+    if (!isSameFolder(backup, target)) {
+      if (const Status copied = copyToLibrary(backup, target); !copied) {
+        QWLog::appendLog("%@", copied.error().text);
+        QWLog::appendLog("Unable to copy file %@ to %@", backup, target);
+        return false;
+      }
+    }
+    backup = target;
+  }
+  MainThread::shared().runAndWait([this] { populateBackups(); });
+  for (const auto& node : backupArray()) {
+    const auto candidate = std::dynamic_pointer_cast<QWBackup>(node);
+    if (!candidate || candidate->path() != backup) continue;
+    candidate->restore();
+    return true;
+  }
+  QWLog::appendLog("Unable to locate backup");
+  return false;
+}
+
+}  // namespace vantory

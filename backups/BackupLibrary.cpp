@@ -1,0 +1,175 @@
+#include <algorithm>
+
+#include "backups/BackupReader.h"
+#include "backups/QWDataController.h"
+#include "platform/FileSystem.h"
+#include "services/FailureTally.h"
+#include "services/Format.h"
+#include "services/MainThread.h"
+#include "services/Paths.h"
+#include "services/PropertyList.h"
+#include "services/QWCmdUtils.h"
+#include "services/QWFileManager.h"
+#include "services/QWLocalPaths.h"
+#include "services/QWLog.h"
+#include "services/QWUserDefaults.h"
+#include "services/Runtime.h"
+#include "services/Text.h"
+
+namespace vantory {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+// The date of a backup's folder, a link to one included; none for everything else, which is never listed.
+std::optional<Timestamp> folderDate(const std::string& path) {
+  const auto info = Runtime::current().platform().files.info(path, Links::Follow);
+  if (!info || info->type != FileType::Folder) return std::nullopt;
+  return info->modified;
+}
+
+bool isBackupName(const std::string& name) {
+  const std::string extension = lowerCased(paths::extension(name));
+  return extension == "vnt" || extension == "vnt2";
+}
+
+// Where the backup lies after its older extension gave way to today's, if that name was free.
+std::string withCurrentExtension(const std::string& path) {
+  if (lowerCased(paths::extension(path)) != "vnt2") return path;
+  const std::string current = paths::withoutExtension(path) + ".vnt";
+  if (QWFileManager::itemExistsAtPath(current)) return path;
+  return QWFileManager::moveFile(path, current, 10s) ? current : path;
+}
+
+void moveToAutosaves(const std::string& path) {
+  const auto folder = QWDataController::autosaveLocation();
+  if (!folder || !QWFileManager::createDirectory(*folder)) return;
+  const std::string target = paths::join(*folder, paths::lastComponent(path));
+  QWFileManager::moveFile(path, QWFileManager::uniqueFilename(target), 10s);
+}
+
+BackupList listManualBackups(const std::string& location, const BackupReader& reader) {
+  BackupList backups;
+  for (const std::string& name : QWFileManager::contentsOfDirectory(location)) {
+    if (!isBackupName(name)) continue;
+    const std::string listed = paths::join(location, name);
+    const auto date = folderDate(listed);
+    if (!date) continue;
+    const std::string path = withCurrentExtension(listed);
+    if (name.starts_with("Auto Backup ")) {
+      moveToAutosaves(path);
+    } else {
+      backups.push_back(reader.read(path, date));
+    }
+  }
+  return backups;
+}
+
+BackupList listAutoBackups(const BackupReader& reader) {
+  BackupList backups;
+  const auto folder = QWDataController::autosaveLocation();
+  if (!folder) return backups;
+  for (const std::string& name : QWFileManager::contentsOfDirectory(*folder)) {
+    if (!isBackupName(name)) continue;
+    const std::string path = paths::join(*folder, name);
+    if (const auto date = folderDate(path)) backups.push_back(reader.read(path, date));
+  }
+  return backups;
+}
+
+// A window shows sizes at once, and must not wait for them.
+void measureForWindow(const BackupList& backups) {
+  if (!QWCmdUtils::sharedController().hasGUI()) return;
+  for (const auto& backup : backups) {
+    (void)backup->size();
+    for (const auto& app : backup->children()) (void)app->size();
+  }
+}
+
+}  // namespace
+
+std::optional<std::string> QWDataController::vantoryBackupLocation() {
+  const auto stored = QWUserDefaults::standardUserDefaults().objectForKey("backupPath");
+  const auto path = stored ? textOf(*stored) : std::nullopt;
+  // A relative path would depend on where the program was started.
+  if (path && path->starts_with('/')) return paths::join(*path, "");
+  const auto support = QWLocalPaths::appSupportDirectory(true);
+  if (!support) return std::nullopt;
+  return paths::join(*support, "Quarrywell/Vantory/Backups");
+}
+
+std::optional<std::string> QWDataController::autosaveLocation() {
+  const auto library = vantoryBackupLocation();
+  if (!library) return std::nullopt;
+  return paths::join(*library, "Autosaves");
+}
+
+std::string QWDataController::uniqueBackupName(const std::string& name) {
+  const std::string library = vantoryBackupLocation().value_or("");
+  if (library.empty()) return name;
+  std::string candidate = paths::join(library, formatted("%@.vnt", name));
+  for (int count = 2; QWFileManager::itemExistsAtPath(candidate); ++count)
+    candidate = paths::join(library, formatted("%@-%i.vnt", name, count));
+  return paths::withoutExtension(paths::lastComponent(candidate));
+}
+
+void QWDataController::populateBackups() {
+  QWLog::appendLog("Populating backups...");
+  const auto location = vantoryBackupLocation();
+  const BackupList manual = location ? listManualBackups(*location, BackupReader()) : BackupList();
+  measureForWindow(manual);
+  populateAutoBackups(false);
+
+  Library library = {QWAutosaveHeader::autosaveHeaderWithChildren(autoBackupArray())};
+  library.insert(library.end(), manual.begin(), manual.end());
+  MainThread::shared().runAndWait([&] { setBackupArray(std::move(library)); });
+  tellRestorePane();
+  QWLog::appendLog("Backup population complete");
+}
+
+void QWDataController::populateAutoBackups(bool reload) {
+  QWLog::appendLog("Populating auto backups...");
+  BackupList backups = listAutoBackups(BackupReader());
+  measureForWindow(backups);
+  MainThread::shared().runAndWait([&] { setAutoBackupArray(std::move(backups)); });
+  if (reload) tellRestorePane();
+  QWLog::appendLog("Auto backup population complete");
+}
+
+void QWDataController::manageAutoBackups() {
+  QWLog::appendLog("Managing old auto backups...");
+  const long long maximum = std::max(0LL, QWUserDefaults::standardUserDefaults().integerForKey("maxAutoBackups"));
+  QWLog::appendLog("Maximum auto backup count: %i", maximum);
+  populateAutoBackups(false);
+
+  BackupList backups = autoBackupArray();
+  if (backups.size() <= static_cast<unsigned long long>(maximum)) return;
+  std::ranges::stable_sort(backups, [](const auto& left, const auto& right) { return left->dateCompare(*right) < 0; });
+  const auto firstKept = backups.end() - maximum;
+  for (auto oldest = backups.begin(); oldest != firstKept; ++oldest) {
+    QWLog::appendLog("Removing auto backup %@...", (*oldest)->path());
+    if (!QWFileManager::removeFile((*oldest)->path(), 10s)) FailureTally::shared().add();
+  }
+  backups.erase(backups.begin(), firstKept);
+  MainThread::shared().runAndWait([&] { setAutoBackupArray(std::move(backups)); });
+  tellRestorePane();
+}
+
+void QWDataController::removeBackup(const std::shared_ptr<QWBackup>& backup) {
+  QWLog::appendLog("Removing backup...");
+  if (!QWFileManager::trashFile(backup->path(), 10s)) FailureTally::shared().add();
+  Library library = backupArray();
+  std::erase(library, std::static_pointer_cast<BackupNode>(backup));
+  setBackupArray(std::move(library));
+}
+
+std::shared_ptr<QWBackup> QWDataController::defaultBackup() const {
+  for (const auto& node : backupArray()) {
+    const auto backup = std::dynamic_pointer_cast<QWBackup>(node);
+    if (backup && backup->isDefault()) return backup;
+  }
+  return nullptr;
+}
+
+}  // namespace vantory

@@ -1,0 +1,111 @@
+#include "backups/BackupReader.h"
+
+#include <algorithm>
+
+#include "backups/BackupFolder.h"
+#include "backups/QWDataController.h"
+#include "platform/FileSystem.h"
+#include "services/Paths.h"
+#include "services/PropertyList.h"
+#include "services/QWLocalPaths.h"
+#include "services/Runtime.h"
+
+namespace vantory {
+
+namespace {
+
+FileSystem& files() {
+  return Runtime::current().platform().files;
+}
+
+// A dictionary, empty when there is no readable one.
+PropertyList readSettings(const std::string& backup) {
+  const auto bytes = files().read(paths::join(backup, "Settings.plist"));
+  auto settings = bytes ? parsePropertyList(*bytes) : std::nullopt;
+  if (settings && settings->asDictionary()) return std::move(*settings);
+  return PropertyListDictionary();
+}
+
+const PropertyListArray* arrayIn(const PropertyListDictionary& settings, const std::string& key) {
+  const PropertyList* value = settings.find(key);
+  return value ? value->asArray() : nullptr;
+}
+
+bool names(const PropertyListArray& list, const std::string& name) {
+  return std::ranges::any_of(list, [&](const PropertyList& entry) {
+    const std::string* text = entry.asString();
+    return text && *text == name;
+  });
+}
+
+bool holdsAvidUsers(const QWApp& app, const QWPrefItem& item) {
+  return app.name() == "Avid Media Composer" && item.name() == "Preferences";
+}
+
+// The application as the backup holds it; null when it holds none of its items.
+std::shared_ptr<QWApp> heldApp(const QWApp& app, const PropertyListArray& itemNames,
+                               const std::shared_ptr<const BackupFolder>& place) {
+  const auto held = app.copyWithoutChildren();
+  QWApp::Items items;
+  items.reserve(app.children().size());
+  for (const auto& item : app.children()) {
+    if (!names(itemNames, item->name())) continue;
+    const auto copy = item->copy();
+    copy->setSelected(On);
+    copy->setParent(held);
+    if (holdsAvidUsers(app, *item)) copy->populateAvidUsersInBackup(place->path());
+    copy->measureWhenAsked(place);
+    items.push_back(copy);
+  }
+  if (items.empty()) return nullptr;
+  held->setChildren(std::move(items));
+  held->updateSelectionStatus();
+  return held;
+}
+
+std::vector<std::string> linkedProjects(const PropertyListDictionary& settings) {
+  std::vector<std::string> projects;
+  if (const PropertyListArray* list = arrayIn(settings, "projects"))
+    for (const PropertyList& entry : *list)
+      if (auto path = textOf(entry)) projects.push_back(std::move(*path));
+  if (!projects.empty()) return projects;
+
+  // Older backups name one project only.
+  const PropertyList* single = settings.find("projectPath");
+  const auto path = single ? textOf(*single) : std::nullopt;
+  if (path && !path->empty()) projects.push_back(*path);
+  return projects;
+}
+
+}  // namespace
+
+BackupReader::BackupReader()
+    : catalog_(QWDataController::sharedController().appArray()),
+      home_(QWLocalPaths::userDirectory()),
+      defaultName_(QWBackup::defaultBackupName()) {}
+
+std::shared_ptr<QWBackup> BackupReader::read(const std::string& path, std::optional<Timestamp> date) const {
+  const auto backup = std::make_shared<QWBackup>(paths::withoutExtension(paths::lastComponent(path)), path, date);
+  backup->setIsAutosave(paths::lastComponent(paths::parent(path)) == "Autosaves");
+  backup->setIsDefault(defaultName_ == paths::lastComponent(path));
+
+  const auto place = std::make_shared<const BackupFolder>(path, home_);
+  const PropertyList content = readSettings(path);
+  const PropertyListDictionary& settings = *content.asDictionary();
+  AppList held;
+  for (const auto& app : catalog_) {
+    const PropertyListArray* itemNames = arrayIn(settings, app->name());
+    if (!itemNames) continue;
+    if (auto copy = heldApp(*app, *itemNames, place)) held.push_back(std::move(copy));
+  }
+  backup->setChildren(std::move(held));
+  backup->setProjects(linkedProjects(settings));
+  return backup;
+}
+
+std::shared_ptr<QWBackup> QWBackup::backupWithFile(const std::string& path) {
+  const auto info = files().info(path, Links::Follow);
+  return BackupReader().read(path, info ? std::optional(info->modified) : std::nullopt);
+}
+
+}  // namespace vantory

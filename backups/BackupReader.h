@@ -1,0 +1,28 @@
+// Reads backups from disk.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "backups/QWBackup.h"
+
+namespace vantory {
+
+// What backups are compared with (the catalog, the user's home folder, the default backup's name) is looked up once,
+// so that a reader may serve a whole library.
+class BackupReader {
+ public:
+  BackupReader();
+
+  // The backup in that folder, whose date is known. Without readable settings it holds no applications; what they name
+  // beyond the catalog is passed over. Sizes are measured when first asked for.
+  std::shared_ptr<QWBackup> read(const std::string& path, std::optional<Timestamp> date) const;
+
+ private:
+  AppList catalog_;
+  std::optional<std::string> home_;
+  std::optional<std::string> defaultName_;
+};
+
+}  // namespace vantory

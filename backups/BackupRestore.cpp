@@ -1,0 +1,109 @@
+#include "backups/BackupFolder.h"
+#include "backups/QWBackup.h"
+#include "platform/Clock.h"
+#include "platform/FileSystem.h"
+#include "platform/Workspace.h"
+#include "services/FailureTally.h"
+#include "services/QWLocalPaths.h"
+#include "services/QWLog.h"
+#include "services/RunningApplicationGuard.h"
+#include "services/Runtime.h"
+
+namespace vantory {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+GuardDecision askGuard(const QWApp& app, bool closeAutomatically) {
+  RunningApplicationGuard* guard = Runtime::current().guard;
+  return guard ? guard->checkRunningAppsForName(app.name(), app.bundleID(), closeAutomatically)
+               : GuardDecision::NotRunning;
+}
+
+bool close(const QWApp& app) {
+  const bool closed = Runtime::current().guard->closeAppWithName(app.name(), app.bundleID());
+  QWLog::appendLog(closed ? "App closed successfully" : "Unable to close app");
+  return closed;
+}
+
+// One run over a backup's applications.
+class RestoreRun {
+ public:
+  RestoreRun(const std::string& backup, bool closeAutomatically)
+      : place_(backup), closeAutomatically_(closeAutomatically) {}
+
+  // False when the user cancelled the whole run.
+  bool restore(const QWApp& app);
+  void makeDurable() const;
+  void relaunchClosed() const;
+
+ private:
+  void restoreItems(const QWApp& app);
+
+  const BackupFolder place_;
+  const bool closeAutomatically_;
+  std::vector<std::string> closed_;  // bundle identifiers, in the order they were closed
+  bool restoredAny_ = false;
+};
+
+bool RestoreRun::restore(const QWApp& app) {
+  switch (askGuard(app, closeAutomatically_)) {
+    case GuardDecision::Cancel:
+      QWLog::appendLog("User cancelled restore");
+      return false;
+    case GuardDecision::Skip:
+      QWLog::appendLog("User chose to skip app");
+      return true;
+    case GuardDecision::CloseAndRelaunch:
+      if (!close(app)) return true;
+      closed_.push_back(app.bundleID());
+      break;
+    case GuardDecision::NotRunning:
+      QWLog::appendLog("Application is not running");
+      break;
+  }
+  restoreItems(app);
+  return true;
+}
+
+void RestoreRun::restoreItems(const QWApp& app) {
+  restoredAny_ = true;
+  for (const auto& item : app.children())
+    if (item->selected() != Off) item->restoreFilesFromBackup(place_);
+}
+
+void RestoreRun::makeDurable() const {
+  const auto home = QWLocalPaths::userDirectory();
+  if (!restoredAny_ || !home) return;
+  const Status synced = Runtime::current().platform().files.sync(*home);
+  if (synced) return;
+  QWLog::appendLog("The restored files may not be on disk: %@", synced.error().text);
+  FailureTally::shared().add();
+}
+
+void RestoreRun::relaunchClosed() const {
+  if (closed_.empty()) return;
+  QWLog::appendLog("Relaunching applications...");
+  Platform& platform = Runtime::current().platform();
+  platform.clock.sleep(1s);
+  for (const std::string& bundleID : closed_) {
+    if (!platform.workspace.launchApplication(bundleID)) QWLog::appendLog("Couldn't relaunch %@", bundleID);
+  }
+}
+
+}  // namespace
+
+void QWBackup::restore(bool closeAutomatically) {
+  RestoreRun run(path_, closeAutomatically);
+  bool cancelled = false;
+  for (const auto& app : children_) {
+    if (app->selected() == Off) continue;
+    cancelled = !run.restore(*app);
+    if (cancelled) break;
+  }
+  run.makeDurable();
+  if (!cancelled) run.relaunchClosed();
+}
+
+}  // namespace vantory

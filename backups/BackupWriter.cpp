@@ -1,0 +1,250 @@
+#include <unordered_set>
+
+#include "backups/BackupFolder.h"
+#include "backups/LibraryHold.h"
+#include "backups/QWBackup.h"
+#include "backups/QWDataController.h"
+#include "platform/FileSystem.h"
+#include "services/FailureTally.h"
+#include "services/Paths.h"
+#include "services/PropertyList.h"
+#include "services/QWFileManager.h"
+#include "services/QWLocalPaths.h"
+#include "services/QWLog.h"
+#include "services/Runtime.h"
+
+namespace vantory {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+FileSystem& files() {
+  return Runtime::current().platform().files;
+}
+
+// A star in a folder's own name would be taken for a pattern.
+bool hasStar(const std::optional<std::string>& path) {
+  return path && path->find('*') != std::string::npos;
+}
+
+bool isMissing(const Error& error) {
+  return error.code == std::errc::no_such_file_or_directory || error.code == std::errc::not_a_directory;
+}
+
+// Takes the place of an older copy in one step, so that it stays until the new one is whole.
+bool replaceCopy(const std::string& source, const std::string& copy) {
+  QWFileManager::unlockFile(copy);
+  auto staged = QWFileManager::stageCopy({.source = source, .destination = copy});
+  const Status replaced = staged ? (*staged)->commit(StagedCopy::Existing::Replace) : Status(staged.error());
+  if (replaced) return true;
+  if (rightsCouldHelp(replaced.error())) return QWFileManager::copyFile(source, copy, 15s);
+  QWLog::appendLog("Error copying file: %@. Authorizing...", replaced.error().text);
+  return false;
+}
+
+// Copies the files of items into one backup.
+class ItemCopier {
+ public:
+  ItemCopier(const std::string& backup, bool filesOnly) : place_(backup), filesOnly_(filesOnly) {}
+
+  // Answers how many files were copied.
+  std::size_t copyItem(const QWPrefItem& item);
+
+ private:
+  struct Target {
+    std::string folder;
+    std::string copy;
+  };
+
+  bool copyFile(const std::string& source);
+  bool copyAvidFile(const std::string& source);
+  // Where the file goes, its folder made; none for what is not copied.
+  std::optional<Target> targetFor(const std::string& source);
+  std::string folderFor(const std::string& source, FileType type) const;
+  bool prepareFolder(const std::string& folder);
+  bool isReachedWithoutLinks(const std::string& folder) const;
+
+  const BackupFolder place_;
+  const bool filesOnly_;
+  std::unordered_set<std::string> folders_;  // prepared in this run
+};
+
+bool counted(bool copied) {
+  if (copied) return true;
+  QWLog::appendLog("File copy failed");
+  FailureTally::shared().add();
+  return false;
+}
+
+std::size_t ItemCopier::copyItem(const QWPrefItem& item) {
+  std::size_t count = 0;
+  for (const std::string& pattern : item.files())
+    for (const std::string& source : QWFileManager::filesMatchingWildcardPath(pattern)) count += copyFile(source);
+  for (const auto& user : item.users())
+    for (const std::string& pattern : user->files())
+      for (const std::string& source : QWFileManager::filesMatchingWildcardPath(pattern)) count += copyAvidFile(source);
+  return count;
+}
+
+bool ItemCopier::copyFile(const std::string& source) {
+  const auto target = targetFor(source);
+  if (!target) return false;
+  const bool replaces = QWFileManager::itemExistsAtPath(target->copy);
+  if (replaces) QWLog::appendLog("Destination file %@ exists - removing...", target->copy);
+  QWLog::appendLog("Copying %@ to %@", source, target->copy);
+  return counted(replaces ? replaceCopy(source, target->copy) : QWFileManager::copyFile(source, target->copy, 15s));
+}
+
+bool ItemCopier::copyAvidFile(const std::string& source) {
+  const auto target = targetFor(source);
+  if (!target) return false;
+  QWLog::appendLog("Copying Avid user %@ to %@", source, target->copy);
+  if (!counted(filesOnly_ ? replaceCopy(source, target->copy) : QWFileManager::copyFile(source, target->copy, 10s)))
+    return false;
+  // Not the copy's path, and normally nobody's: the copy keeps the flag that it has.
+  QWFileManager::unlockFile(paths::join(target->folder, source));
+  return true;
+}
+
+std::optional<ItemCopier::Target> ItemCopier::targetFor(const std::string& source) {
+  const auto info = files().info(source, Links::DoNotFollow);
+  if (!info) {
+    if (isMissing(info.error())) return std::nullopt;
+    QWLog::appendLog("%@", info.error().text);
+    counted(false);
+    return std::nullopt;
+  }
+  if (info->type == FileType::SymbolicLink) return std::nullopt;
+  if (info->type == FileType::Other) {
+    QWLog::appendLog("Skipping %@: it is neither a file nor a folder", source);
+    return std::nullopt;
+  }
+  const std::string folder = folderFor(source, info->type);
+  if (!prepareFolder(folder)) {
+    counted(false);
+    return std::nullopt;
+  }
+  return Target{folder, paths::join(folder, paths::lastComponent(source))};
+}
+
+std::string ItemCopier::folderFor(const std::string& source, FileType type) const {
+  const std::string safe = place_.safeUserPath(source);
+  // A plain folder outside the home folder lands inside a folder of its own name.
+  const bool nested = type == FileType::Folder && !place_.isInHome(source) && !QWFileManager::isPackageAtPath(source);
+  return paths::join(place_.path(), nested ? safe : paths::parent(safe));
+}
+
+bool ItemCopier::prepareFolder(const std::string& folder) {
+  if (folders_.contains(folder)) return true;
+  if (filesOnly_ && !isReachedWithoutLinks(folder)) {
+    QWLog::appendLog("Nothing is written to %@: a symbolic link leads out of the backup", folder);
+    return false;
+  }
+  if (!QWFileManager::createDirectory(folder)) return false;
+  folders_.insert(folder);
+  return true;
+}
+
+// An existing backup may come from elsewhere.
+bool ItemCopier::isReachedWithoutLinks(const std::string& folder) const {
+  const std::string backup = place_.path();
+  for (std::string path = folder; path.size() > backup.size(); path = paths::parent(path)) {
+    const auto info = files().info(path, Links::DoNotFollow);
+    if (info && info->type == FileType::SymbolicLink) return false;
+  }
+  return true;
+}
+
+// Makes the folder of a new backup, what bore its name in the Trash, and takes hold of it.
+Result<std::unique_ptr<FolderHold>> makeBackupFolder(const std::string& path, bool& created) {
+  const std::string library = paths::parent(path);
+  const Error failed = {std::errc::io_error, "The backup's folder could not be made: " + path};
+  if (!QWFileManager::createDirectory(library)) return failed;
+  // Held until the new folder is, so that of two processes one clears the path and the other finds the result.
+  const auto libraryHold = holdBackupFolder(library);
+  if (!libraryHold) return libraryHold.error();
+  if (!clearBackupPath(path)) return failed;
+  if (!QWFileManager::createDirectory(path)) return failed;
+  created = true;
+  return holdBackupFolder(path);
+}
+
+bool isPossiblePath(const std::string& path) {
+  if (path.empty()) {
+    QWLog::appendLog("There is no library to write the backup to");
+    return false;
+  }
+  const std::string library = paths::parent(path);
+  const auto home = QWLocalPaths::userDirectory();
+  if (!hasStar(library) && !hasStar(home)) return true;
+  QWLog::appendLog("No backup can be written: \"*\" in the name of a folder is not supported (%@)",
+                   hasStar(library) ? library : *home);
+  return false;
+}
+
+bool writeSettings(const std::string& backup, const PropertyListDictionary& settings) {
+  QWLog::appendLog("Writing settings file...");
+  const Status written = files().write(paths::join(backup, "Settings.plist"), writeXmlPropertyList(settings), {});
+  if (!written) QWLog::appendLog("The settings file could not be written: %@", written.error().text);
+  return written.ok();
+}
+
+PropertyListArray textArray(const std::vector<std::string>& texts) {
+  PropertyListArray array;
+  for (const std::string& text : texts) array.push_back(textValue(text));
+  return array;
+}
+
+// Copies everything; answers which items of which applications are in the backup now.
+PropertyListDictionary copyApps(const AppList& apps, ItemCopier& copier) {
+  PropertyListDictionary held;
+  for (const auto& app : apps) {
+    PropertyListArray names;
+    for (const auto& item : app->children())
+      if (copier.copyItem(*item) > 0) names.push_back(textValue(item->name()));
+    if (!names.empty()) held.set(app->name(), std::move(names));
+  }
+  return held;
+}
+
+}  // namespace
+
+WriteResult QWBackup::writeData(bool filesOnly) {
+  QWLog::appendLog("Writing backup data to disk for %@", path_);
+  createdFolder_ = false;
+  if (!isPossiblePath(path_)) return WriteResult::SettingsNotWritten;
+  auto hold = filesOnly ? holdBackupFolder(path_) : makeBackupFolder(path_, createdFolder_);
+  if (!hold) {
+    QWLog::appendLog("Nothing was written: %@", hold.error().text);
+    return WriteResult::SettingsNotWritten;
+  }
+
+  ItemCopier copier(path_, filesOnly);
+  PropertyListDictionary settings = copyApps(children_, copier);
+  if (!filesOnly) {
+    if (settings.empty()) {
+      QWLog::appendLog("Unable to create backup - no files to backup");
+      return WriteResult::NoFiles;
+    }
+    if (!projects_.empty()) {
+      settings.set("projectPath", textValue(projects_.front()));
+      settings.set("projects", textArray(projects_));
+    }
+    // Written last: it marks the backup as complete.
+    if (!writeSettings(path_, settings)) return WriteResult::SettingsNotWritten;
+  }
+  if (const Status synced = files().sync(path_); !synced) {
+    QWLog::appendLog("The backup may not be on disk: %@", synced.error().text);
+    return WriteResult::SettingsNotWritten;
+  }
+  if (isDefault_) setDefault();
+  QWLog::appendLog("Unlocking backup...");
+  QWFileManager::unlockFolder(path_);
+  QWFileManager::touchFile(path_);
+  hold->reset();
+  QWDataController::sharedController().populateBackups();
+  return WriteResult::Success;
+}
+
+}  // namespace vantory

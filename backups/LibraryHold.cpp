@@ -1,0 +1,29 @@
+#include "backups/LibraryHold.h"
+
+#include "services/QWFileManager.h"
+#include "services/QWLog.h"
+#include "services/Runtime.h"
+
+namespace vantory {
+
+using namespace std::chrono_literals;
+
+Result<std::unique_ptr<FolderHold>> holdBackupFolder(const std::string& folder) {
+  return Runtime::current().platform().files.holdFolder(folder, 2s);
+}
+
+bool clearBackupPath(const std::string& path) {
+  if (QWFileManager::isMissingAtPath(path)) return true;
+  const auto hold = holdBackupFolder(path);
+  // What cannot be held, such as a file, nobody writes into.
+  if (!hold && hold.error().code == std::errc::timed_out) {
+    QWLog::appendLog("Another process is working on %@: %@", path, hold.error().text);
+    return false;
+  }
+  QWFileManager::trashFile(path, 10s);
+  if (QWFileManager::isMissingAtPath(path)) return true;
+  QWLog::appendLog("%@ could not be moved to the Trash and is left as it was", path);
+  return false;
+}
+
+}  // namespace vantory

@@ -1,0 +1,31 @@
+#include "backups/QWAutosaveHeader.h"
+
+#include <algorithm>
+
+#include "services/Text.h"
+
+namespace vantory {
+
+std::shared_ptr<QWAutosaveHeader> QWAutosaveHeader::autosaveHeaderWithChildren(BackupList children) {
+  auto header = std::make_shared<QWAutosaveHeader>();
+  header->setChildren(std::move(children));
+  return header;
+}
+
+std::optional<Timestamp> QWAutosaveHeader::date() const {
+  std::optional<Timestamp> latest;
+  for (const auto& backup : children_) latest = std::max(latest, backup->date());
+  return latest;
+}
+
+std::uint64_t QWAutosaveHeader::size() const {
+  std::uint64_t total = 0;
+  for (const auto& backup : children_) total += backup->size();
+  return total;
+}
+
+int QWAutosaveHeader::nameCompare(const BackupNode& other) const {
+  return compareIgnoringCase(name(), other.name());
+}
+
+}  // namespace vantory

@@ -1,0 +1,96 @@
+#include "backups/QWBackup.h"
+
+#include "backups/BackupFolder.h"
+#include "backups/QWDataController.h"
+#include "platform/FileSystem.h"
+#include "services/Paths.h"
+#include "services/PropertyList.h"
+#include "services/QWFileManager.h"
+#include "services/QWUserDefaults.h"
+#include "services/Runtime.h"
+#include "services/Text.h"
+
+namespace vantory {
+
+namespace {
+
+constexpr const char* kDefaultBackupKey = "defaultBackup";
+
+template <class T>
+int compare(const T& left, const T& right) {
+  return left < right ? -1 : right < left ? 1 : 0;
+}
+
+void selectEveryItem(QWApp& app) {
+  for (const auto& item : app.children()) item->setSelected(On);
+  app.updateSelectionStatus();
+}
+
+}  // namespace
+
+QWBackup::QWBackup(std::string name, std::string path, std::optional<Timestamp> date)
+    : name_(std::move(name)), path_(std::move(path)), date_(date) {}
+
+std::shared_ptr<QWBackup> QWBackup::backupWithName(const std::string& name, const std::optional<std::string>& path) {
+  std::string place = path.value_or("");
+  if (!path) {
+    if (const auto library = QWDataController::vantoryBackupLocation()) place = paths::join(*library, name + ".vnt");
+  }
+  const auto info = Runtime::current().platform().files.info(place, Links::Follow);
+  return std::make_shared<QWBackup>(name, place, info ? std::optional(info->modified) : std::nullopt);
+}
+
+std::shared_ptr<QWBackup> QWBackup::backupWithName(const std::string& name, const std::optional<std::string>& path,
+                                                   AppList children) {
+  auto backup = backupWithName(name, path);
+  const auto place = std::make_shared<const BackupFolder>(backup->path());
+  for (const auto& app : children) {
+    selectEveryItem(*app);
+    for (const auto& item : app->children()) item->measureWhenAsked(place);
+  }
+  backup->setChildren(std::move(children));
+  return backup;
+}
+
+std::uint64_t QWBackup::size() const {
+  const std::lock_guard lock(sizeMutex_);
+  if (!size_) size_ = QWFileManager::fileSize(path_);
+  return *size_;
+}
+
+void QWBackup::addApp(const std::shared_ptr<QWApp>& app) {
+  selectEveryItem(*app);
+  children_.push_back(app);
+}
+
+std::string QWBackup::safeUserPath(const std::string& path) {
+  return BackupFolder("").safeUserPath(path);
+}
+
+std::optional<std::string> QWBackup::defaultBackupName() {
+  const auto value = QWUserDefaults::standardUserDefaults().objectForKey(kDefaultBackupKey);
+  return value ? textOf(*value) : std::nullopt;
+}
+
+void QWBackup::setDefault() {
+  if (path_.empty()) return;
+  QWUserDefaults::standardUserDefaults().setObject(kDefaultBackupKey, textValue(paths::lastComponent(path_)));
+}
+
+void QWBackup::updateDefault() {
+  isDefault_ = defaultBackupName() == paths::lastComponent(path_);
+}
+
+int QWBackup::nameCompare(const BackupNode& other) const {
+  return compareIgnoringCase(name(), other.name());
+}
+
+int QWBackup::dateCompare(const BackupNode& other) const {
+  return compare(date(), other.date());
+}
+
+int QWBackup::sizeCompare(const BackupNode& other) const {
+  return compare(size(), other.size());
+}
+
+}  // namespace vantory

@@ -1,0 +1,103 @@
+// One backup: a plain folder with copies of files at their absolute paths and a settings file that says what it holds.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "catalog/Catalog.h"
+#include "platform/Clock.h"
+
+namespace vantory {
+
+// What an entry of the library answers: a backup, or the group of automatic backups.
+class BackupNode {
+ public:
+  virtual ~BackupNode() = default;
+  virtual std::string name() const = 0;
+  virtual std::optional<Timestamp> date() const = 0;
+  virtual std::uint64_t size() const = 0;  // bytes; measured when first asked for
+  // Below, at or above zero, as sorting by that column puts this entry before, beside or behind the other.
+  virtual int nameCompare(const BackupNode& other) const = 0;
+  virtual int dateCompare(const BackupNode& other) const = 0;
+  virtual int sizeCompare(const BackupNode& other) const = 0;
+  // Brings isDefault up to date with the settings.
+  virtual void updateDefault() = 0;
+};
+
+enum class WriteResult : int { Success = 0, NoFiles = 1, SettingsNotWritten = 2 };
+
+class QWBackup : public BackupNode {
+ public:
+  // `date` is the folder's date of change; none while there is no folder.
+  QWBackup(std::string name, std::string path, std::optional<Timestamp> date);
+
+  // A record for a path, by default the library's folder for that name (empty when there is no library).
+  static std::shared_ptr<QWBackup> backupWithName(const std::string& name,
+                                                  const std::optional<std::string>& path = std::nullopt);
+  // A record about to be written, with every item of the applications selected.
+  static std::shared_ptr<QWBackup> backupWithName(const std::string& name, const std::optional<std::string>& path,
+                                                  AppList children);
+  // Reads a backup. Always answers a record; without a readable settings file one without applications.
+  static std::shared_ptr<QWBackup> backupWithFile(const std::string& path);
+  // An unwritten automatic backup of every catalog item, or of those that hold preferences proper.
+  static std::shared_ptr<QWBackup> autoBackup(bool preferencesOnly = false);
+
+  std::string name() const override { return name_; }
+  void setName(std::string name) { name_ = std::move(name); }
+  const std::string& path() const { return path_; }
+  void setPath(std::string path) { path_ = std::move(path); }
+  std::optional<Timestamp> date() const override { return date_; }
+  std::uint64_t size() const override;
+
+  const AppList& children() const { return children_; }
+  void setChildren(AppList children) { children_ = std::move(children); }
+  // Selects every item of the application and adds it.
+  void addApp(const std::shared_ptr<QWApp>& app);
+  const std::vector<std::string>& projects() const { return projects_; }
+  void setProjects(std::vector<std::string> projects) { projects_ = std::move(projects); }
+  bool isAutosave() const { return isAutosave_; }
+  void setIsAutosave(bool isAutosave) { isAutosave_ = isAutosave; }
+  bool isDefault() const { return isDefault_; }
+  void setIsDefault(bool isDefault) { isDefault_ = isDefault; }
+
+  // Writes the backup and returns when it is on disk. With filesOnly the files of an existing backup are replaced one
+  // by one and its settings stay. A folder that bears the path already goes to the Trash first; when it will not, or
+  // another process is writing there, nothing is written. Files that could not be copied are logged and counted.
+  WriteResult writeData(bool filesOnly = false);
+  // True when the last writeData() created the folder, so that a caller may remove what it left on failure.
+  bool createdFolder() const { return createdFolder_; }
+
+  // Puts the selected applications and items in place, asking the guard about each running application; those it closed
+  // are started again. What was restored is on disk when it returns.
+  void restore(bool closeAutomatically = false);
+
+  // The path with the user's home folder written as "/Users/user".
+  static std::string safeUserPath(const std::string& path);
+
+  // The folder name of the default backup; none when there is no default.
+  static std::optional<std::string> defaultBackupName();
+  // Makes this the default backup.
+  void setDefault();
+  void updateDefault() override;
+  int nameCompare(const BackupNode& other) const override;
+  int dateCompare(const BackupNode& other) const override;
+  int sizeCompare(const BackupNode& other) const override;
+
+ private:
+  std::string name_;
+  std::string path_;
+  std::optional<Timestamp> date_;
+  AppList children_;
+  std::vector<std::string> projects_;
+  bool isAutosave_ = false;
+  bool isDefault_ = false;
+  bool createdFolder_ = false;
+  mutable std::mutex sizeMutex_;
+  mutable std::optional<std::uint64_t> size_;
+};
+
+}  // namespace vantory

@@ -1,0 +1,65 @@
+#include "backups/QWDataController.h"
+
+#include "catalog/SavedSelections.h"
+#include "services/NotificationCenter.h"
+#include "services/QWLog.h"
+#include "services/Runtime.h"
+
+namespace vantory {
+
+QWDataController& QWDataController::sharedController() {
+  return Runtime::current().shared<QWDataController>();
+}
+
+AppList QWDataController::appArray() const {
+  const std::lock_guard lock(mutex_);
+  return apps_;
+}
+
+void QWDataController::setAppArray(AppList apps) {
+  const std::lock_guard lock(mutex_);
+  apps_.swap(apps);
+}
+
+QWDataController::Library QWDataController::backupArray() const {
+  const std::lock_guard lock(mutex_);
+  return backups_;
+}
+
+void QWDataController::setBackupArray(Library backups) {
+  const std::lock_guard lock(mutex_);
+  backups_.swap(backups);
+}
+
+BackupList QWDataController::autoBackupArray() const {
+  const std::lock_guard lock(mutex_);
+  return autoBackups_;
+}
+
+void QWDataController::setAutoBackupArray(BackupList backups) {
+  const std::lock_guard lock(mutex_);
+  autoBackups_.swap(backups);
+}
+
+void QWDataController::populateApps() {
+  QWLog::appendLog("Populating applications...");
+  const AppList apps = buildCatalog();
+  setAppArray(apps);
+  loadAppSelections(apps);
+  NotificationCenter::shared().postOnMainThread("QWVantoryAppRefresh");
+  QWLog::appendLog("App population complete");
+}
+
+std::shared_ptr<QWPrefItem> QWDataController::prefItemForKey(const std::string& key) const {
+  return vantory::prefItemForKey(appArray(), key);
+}
+
+void QWDataController::saveAppSelections() const {
+  vantory::saveAppSelections(appArray());
+}
+
+void QWDataController::tellRestorePane() const {
+  if (reloadRestorePane) reloadRestorePane();
+}
+
+}  // namespace vantory

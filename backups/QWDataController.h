@@ -1,0 +1,69 @@
+// The catalog and the library of backups, joined.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "backups/QWAutosaveHeader.h"
+#include "backups/QWBackup.h"
+#include "catalog/Catalog.h"
+
+namespace vantory {
+
+// One for the process. Its lists are replaced whole, on the main thread; callers keep two listings from overlapping.
+class QWDataController {
+ public:
+  using Library = std::vector<std::shared_ptr<BackupNode>>;
+
+  static QWDataController& sharedController();
+
+  AppList appArray() const;
+  void setAppArray(AppList apps);
+  // The group of automatic backups first, then the manual backups. Empty until populateBackups() has run.
+  Library backupArray() const;
+  void setBackupArray(Library backups);
+  BackupList autoBackupArray() const;
+  void setAutoBackupArray(BackupList backups);
+  // Told after a list has changed, on the thread that changed it; may be empty.
+  std::function<void()> reloadRestorePane;
+
+  // Builds the catalog, applies the saved ticks and tells its observers ("QWVantoryAppRefresh").
+  void populateApps();
+  // The item, or Avid user, with that key; null when there is none.
+  std::shared_ptr<QWPrefItem> prefItemForKey(const std::string& key) const;
+  void saveAppSelections() const;
+
+  // The library's folder; none when no user's folders can be resolved.
+  static std::optional<std::string> vantoryBackupLocation();
+  // The folder of the automatic backups, inside the library.
+  static std::optional<std::string> autosaveLocation();
+  // The name, or with "-2", "-3" ...: the first that no backup in the library's folder bears.
+  static std::string uniqueBackupName(const std::string& name);
+  // Lists the library anew. On the way a ".vnt2" backup is renamed to ".vnt" where that name is free, and an automatic
+  // backup in the library's own folder is moved to the others. With a window all sizes are measured.
+  void populateBackups();
+  void populateAutoBackups(bool reload = true);
+  // Deletes the oldest automatic backups beyond the number the user wants kept, for good.
+  void manageAutoBackups();
+  // Moves the backup to the Trash and drops it from the list.
+  void removeBackup(const std::shared_ptr<QWBackup>& backup);
+  // Copies a backup from elsewhere into the library and restores it, on any thread. False when that failed; the log
+  // says why. To tell the user is the caller's part.
+  bool addBackupFromFile(const std::string& path);
+  // The first manual backup marked as default; null when there is none.
+  std::shared_ptr<QWBackup> defaultBackup() const;
+
+ private:
+  void tellRestorePane() const;
+
+  mutable std::mutex mutex_;
+  AppList apps_;
+  Library backups_;
+  BackupList autoBackups_;
+};
+
+}  // namespace vantory
