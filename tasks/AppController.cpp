@@ -1,0 +1,40 @@
+#include "tasks/AppController.h"
+
+#include <vector>
+
+#include "platform/SystemInfo.h"
+#include "platform/SystemLog.h"
+#include "services/Paths.h"
+#include "services/QWAuthorization.h"
+#include "services/QWCmdUtils.h"
+#include "services/QWGrowl.h"
+#include "services/QWLocalPaths.h"
+#include "services/QWLog.h"
+#include "services/QWTaskNotification.h"
+#include "services/Runtime.h"
+#include "settings/QWBugReporter.h"
+
+namespace vantory {
+
+void AppController::initWithoutGUI() {
+  if (const auto preferences = QWLocalPaths::prefsDirectory(true))
+    QWBugReporter::startBugReporter("Vantory", paths::join(*preferences, "com.quarrywell.Vantory.plist"));
+  QWCmdUtils::sharedController().setHasGUI(false);
+  QWLog::createNewLog(kTaskLogName);
+  QWAuthorization::sharedController(false);
+}
+
+void AppController::postGrowlNotification(const std::string& title, const std::string& description) const {
+  const std::vector<std::string>& arguments = Runtime::current().platform().system.arguments();
+  if (arguments.empty() || (arguments.back() != "-hotkey" && arguments.back() != "-task")) return;
+  QWGrowl::postGrowlNotification(title, description);
+}
+
+void AppController::reportFailure(const TaskFailure& failure) const {
+  QWTaskNotification::postTaskErrorString(failure.text);
+  QWLog::appendLog("%@", failure.log.value_or(failure.text));
+  postGrowlNotification(failure.title, failure.description);
+  if (failure.console) Runtime::current().platform().systemLog.write(*failure.console);
+}
+
+}  // namespace vantory

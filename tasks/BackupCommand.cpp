@@ -1,0 +1,104 @@
+// "-backup": writes a backup of that name into the library.
+
+#include <algorithm>
+#include <chrono>
+
+#include "backups/QWBackup.h"
+#include "backups/QWDataController.h"
+#include "platform/SystemLog.h"
+#include "services/QWFileManager.h"
+#include "services/Runtime.h"
+#include "tasks/AppController.h"
+#include "tasks/Command.h"
+#include "tasks/KeyList.h"
+
+namespace vantory {
+
+namespace {
+
+constexpr std::chrono::seconds kTimeout{10};
+
+// A third argument is the key list, and the second is then passed over; callers rely on these positions.
+std::optional<std::string> keyOperand(const CommandContext& context) {
+  return context.operand(context.operandCount() == 2 ? 2 : 3);
+}
+
+// The application with copies of its items in the list; without a list, of all of them.
+std::shared_ptr<QWApp> reducedCopy(const QWApp& app, const std::optional<KeyList>& keys) {
+  auto copy = app.copyWithoutChildren();
+  for (const auto& item : app.children())
+    if (!keys || std::find(keys->begin(), keys->end(), item->key()) != keys->end()) copy->addItem(item->copy());
+  return copy;
+}
+
+std::shared_ptr<QWBackup> makeRecord(const std::string& name, const std::string& path,
+                                     const std::optional<KeyList>& keys) {
+  QWDataController& data = QWDataController::sharedController();
+  data.populateApps();
+  auto backup = QWBackup::backupWithName(name, path);
+  for (const auto& app : data.appArray()) {
+    const auto copy = reducedCopy(*app, keys);
+    if (!copy->children().empty()) backup->addApp(copy);
+  }
+  return backup;
+}
+
+void removeHalfMade(const QWBackup& backup) {
+  if (backup.createdFolder()) QWFileManager::removeFile(backup.path(), kTimeout);
+}
+
+void write(QWBackup& backup, const AppController& controller) {
+  switch (backup.writeData()) {
+    case WriteResult::NoFiles:
+      controller.reportFailure({.text = "Vantory: Backup not created - no files to copy.",
+                                .title = "Backup not created",
+                                .description = "No files to backup",
+                                .console = "Backup not created - no files to copy"});
+      removeHalfMade(backup);
+      break;
+    case WriteResult::SettingsNotWritten:
+      controller.reportFailure({.text = "Vantory: Error writing backup file.",
+                                .title = "Backup failed",
+                                .description = "Error writing backup file",
+                                .console = "Error writing backup file"});
+      removeHalfMade(backup);
+      break;
+    case WriteResult::Success:
+      controller.postGrowlNotification("Vantory", "Backup complete");
+      break;
+  }
+}
+
+}  // namespace
+
+int backupCommand(const CommandContext& context) {
+  const AppController& controller = context.controller;
+  controller.postGrowlNotification("Vantory", "Creating backup...");
+  if (context.operandCount() == 0) {
+    Runtime::current().platform().systemLog.write("Invalid number of arguments");
+    return 1;
+  }
+  const std::string name = QWFileManager::validateFilename(*context.operand(1));
+  if (name.empty()) {
+    controller.reportFailure({.text = "Vantory: Unable to backup - invalid filename.",
+                              .title = "Backup failed",
+                              .description = "Invalid filename",
+                              .console = "Invalid filename"});
+    return 1;
+  }
+  std::optional<KeyList> keys;
+  if (const auto operand = keyOperand(context)) keys = splitKeys(*operand);
+  if (keys && keys->empty()) {
+    controller.reportFailure({.text = "Vantory: Unable to backup - invalid keys.",
+                              .title = "Backup failed",
+                              .description = "Invalid keys",
+                              .console = "Invalid keys"});
+    return 1;
+  }
+  const std::string path = QWDataController::vantoryBackupLocation().value_or("") + "/" + name + ".vnt";
+  // Writing it moves a backup that has the name to the Trash, unless another process is at work on that.
+  write(*makeRecord(name, path, keys), controller);
+  return 0;  // also where there was nothing to back up
+}
+
+}  // namespace vantory

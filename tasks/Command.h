@@ -1,0 +1,57 @@
+// The tasks of the command line.
+#pragma once
+
+#include <cstddef>
+#include <iosfwd>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vantory {
+
+class AppController;
+
+// What a running command has to work with.
+struct CommandContext {
+  const std::vector<std::string>& arguments;  // the whole list, the program first
+  std::size_t position;                       // of the option
+  const AppController& controller;
+  std::ostream& output;
+
+  std::size_t operandCount() const { return arguments.size() - position - 1; }
+  // The n-th argument after the option, counted from 1; none when there are fewer.
+  std::optional<std::string> operand(std::size_t number) const;
+};
+
+// One row of the command table.
+struct Command {
+  std::string_view option;
+  std::string_view operands;  // as the help shows them
+  std::string_view purpose;
+  int (*run)(const CommandContext& context);  // answers the exit code
+  bool asSuperuser;                           // takes the superuser's identity where it can
+  bool usesBackups;                           // reads or writes backups
+};
+
+// In the order they are looked for: the first whose option is given anywhere wins.
+std::span<const Command> commandTable();
+
+// The command that the arguments ask for, and where its option stands.
+struct ChosenCommand {
+  const Command* command;
+  std::size_t position;
+};
+std::optional<ChosenCommand> chooseCommand(const std::vector<std::string>& arguments);
+
+int autoBackupCommand(const CommandContext& context);
+int restoreDefaultCommand(const CommandContext& context);
+int listCommand(const CommandContext& context);
+int trashCommand(const CommandContext& context);
+int lockCommand(const CommandContext& context);
+int unlockCommand(const CommandContext& context);
+int backupCommand(const CommandContext& context);
+int restoreCommand(const CommandContext& context);
+
+}  // namespace vantory

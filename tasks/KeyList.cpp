@@ -1,0 +1,26 @@
+#include "tasks/KeyList.h"
+
+#include "backups/QWDataController.h"
+#include "services/Text.h"
+
+namespace vantory {
+
+KeyList splitKeys(std::string_view operand) {
+  return split(operand, ',');
+}
+
+std::vector<std::shared_ptr<QWPrefItem>> itemsForOperand(std::string_view operand, const KeyList& keys) {
+  const QWDataController& controller = QWDataController::sharedController();
+  std::vector<std::shared_ptr<QWPrefItem>> items;
+  if (operand != kAllPrefs && operand != kAllFiles) {
+    for (const std::string& key : keys)
+      if (const auto item = controller.prefItemForKey(key)) items.push_back(item);
+    return items;
+  }
+  for (const auto& app : controller.appArray())
+    for (const auto& item : app->children())
+      if (operand == kAllFiles || item->isPreferences()) items.push_back(item);
+  return items;
+}
+
+}  // namespace vantory

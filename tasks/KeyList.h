@@ -1,0 +1,26 @@
+// How a task's operand names preference items.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "catalog/QWPrefItem.h"
+
+namespace vantory {
+
+using KeyList = std::vector<std::string>;
+
+// As a whole operand: every item that holds preferences proper, and every item.
+inline constexpr std::string_view kAllPrefs = "-allprefs";
+inline constexpr std::string_view kAllFiles = "-allfiles";
+
+// The keys between the commas; blanks stay, empty pieces too.
+KeyList splitKeys(std::string_view operand);
+
+// The catalog's items that the operand, split into `keys`, stands for: those of a selection word in catalog order, else
+// those of the keys in their order. Unknown keys stand for nothing.
+std::vector<std::shared_ptr<QWPrefItem>> itemsForOperand(std::string_view operand, const KeyList& keys);
+
+}  // namespace vantory

@@ -1,0 +1,39 @@
+// "-lock" and "-unlock": protect preference files against changes, and give them back.
+
+#include "backups/QWDataController.h"
+#include "tasks/AppController.h"
+#include "tasks/Command.h"
+#include "tasks/KeyList.h"
+
+namespace vantory {
+
+namespace {
+
+int setLocks(const CommandContext& context, State state) {
+  const AppController& controller = context.controller;
+  controller.postGrowlNotification("Vantory", state == On ? "Locking preferences..." : "Unlocking preferences...");
+  QWDataController::sharedController().populateApps();
+  const std::string operand = context.operand(1).value_or(std::string(kAllFiles));
+  const KeyList keys = splitKeys(operand);
+  if (keys.empty()) {
+    controller.reportFailure({.text = "Vantory: Unable to lock/unlock. Invalid keys.",
+                              .title = "Lock/unlock failed",
+                              .description = "Invalid keys"});
+    return 1;
+  }
+  for (const auto& item : itemsForOperand(operand, keys)) item->lockFiles(state);
+  controller.postGrowlNotification("Vantory", state == On ? "Lock complete" : "Unlock complete");
+  return 0;
+}
+
+}  // namespace
+
+int lockCommand(const CommandContext& context) {
+  return setLocks(context, On);
+}
+
+int unlockCommand(const CommandContext& context) {
+  return setLocks(context, Off);
+}
+
+}  // namespace vantory

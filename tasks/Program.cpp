@@ -1,0 +1,136 @@
+#include "tasks/Program.h"
+
+#include <algorithm>
+#include <exception>
+#include <optional>
+#include <ostream>
+#include <string_view>
+
+#include "backups/QWDataController.h"
+#include "platform/SystemInfo.h"
+#include "platform/SystemLog.h"
+#include "platform/Users.h"
+#include "services/FailureTally.h"
+#include "services/Paths.h"
+#include "services/QWException.h"
+#include "services/QWLocalPaths.h"
+#include "services/QWLog.h"
+#include "services/Runtime.h"
+#include "services/Text.h"
+#include "tasks/AppController.h"
+#include "tasks/Command.h"
+#include "tasks/Help.h"
+#include "tasks/QWVantoryUtilities.h"
+
+namespace vantory {
+
+namespace {
+
+using Folder = std::optional<std::string>;
+
+Platform& platform() {
+  return Runtime::current().platform();
+}
+
+// A folder whose own name has a "*" would be taken for a pattern.
+bool looksLikePattern(const Folder& folder) {
+  return folder && folder->find('*') != std::string::npos;
+}
+
+// Why the command must not touch anything; none when it may run.
+std::optional<std::string> reasonToRefuse(const Command& command, const Folder& home) {
+  if (!home && platform().users.isSuperuser()) return "Nobody is logged in at the console - nothing was done.";
+  if (!home) return "There is no home folder - nothing was done.";
+  if (looksLikePattern(home)) return formatted("The home folder %@ has a * in its name - nothing was done.", *home);
+  if (!command.usesBackups) return std::nullopt;
+  const Folder library = QWDataController::vantoryBackupLocation();
+  if (looksLikePattern(library))
+    return formatted("The backup folder %@ has a * in its name - nothing was done.", *library);
+  return std::nullopt;
+}
+
+int refuse(const std::string& reason, const Folder& home) {
+  // The superuser's log lies outside of all homes; everyone else's needs one.
+  const bool canLog = !looksLikePattern(home) && (home || platform().users.isSuperuser());
+  if (canLog) {
+    QWLog::createNewLog(AppController::kTaskLogName);
+    QWLog::appendLogAndPrint("%@", reason);
+    QWLog::finishWriting();
+  } else {
+    platform().systemLog.write(printable(reason));
+  }
+  return 1;
+}
+
+// "/Users/anna" has three components. Backups drop as many, whatever they are, to make a path fit every user's home.
+void warnOfUnusualHome(const std::string& home, std::ostream& errors) {
+  if (paths::components(home).size() == 3) return;
+  errors << "Vantory: The home folder " << printable(home)
+         << " is not two levels deep; paths in backups are mapped by dropping their first three components.\n";
+}
+
+void reportPartialFailure() {
+  const std::size_t failures = FailureTally::shared().count();
+  if (failures == 0) return;
+  QWLog::appendLogAndPrint("%i %@ could not be processed - see the log for details.", failures,
+                           failures == 1 ? "file" : "files");
+}
+
+int runCommand(const ChosenCommand& chosen, std::ostream& output, std::ostream& errors) {
+  const Command& command = *chosen.command;
+  if (command.asSuperuser) platform().users.becomeSuperuser();
+  const Folder home = QWLocalPaths::userDirectory();
+  if (const auto reason = reasonToRefuse(command, home)) return refuse(*reason, home);
+  if (command.usesBackups) warnOfUnusualHome(*home, errors);
+
+  Runtime& runtime = Runtime::current();
+  runtime.guard = &runtime.shared<QWVantoryUtilities>();
+  AppController controller;
+  controller.initWithoutGUI();
+  const int exitCode = command.run({platform().system.arguments(), chosen.position, controller, output});
+  reportPartialFailure();
+  QWLog::finishWriting();
+  return exitCode;
+}
+
+int openWindow(const std::vector<std::string>& arguments, std::ostream& errors, const ProgramReplacement& become) {
+  const std::string program = paths::join(paths::parent(platform().system.executablePath()), "vantory-window");
+  const Status status = become(program, arguments);
+  if (status.ok()) return 0;
+  if (status.error().code == std::errc::no_such_file_or_directory)
+    errors << "Vantory: No window is installed. \"vantory --help\" lists the tasks that need none.\n";
+  else
+    errors << "Vantory: The window cannot be opened. " << printable(status.error().text) << '\n';
+  return 1;
+}
+
+int runMode(std::ostream& output, std::ostream& errors, const ProgramReplacement& become) {
+  const std::vector<std::string>& arguments = platform().system.arguments();
+  const auto has = [&](std::string_view argument) {
+    return std::find(arguments.begin(), arguments.end(), argument) != arguments.end();
+  };
+  if (const auto chosen = chooseCommand(arguments)) return runCommand(*chosen, output, errors);
+  if (has("--help") || has("-h")) {
+    printHelp(output);
+  } else if (has("--version")) {
+    printVersion(output);
+  } else {
+    return openWindow(arguments, errors, become);
+  }
+  return 0;
+}
+
+}  // namespace
+
+int runProgram(std::ostream& output, std::ostream& errors, const ProgramReplacement& become) {
+  try {
+    const int exitCode = runMode(output, errors, become);
+    if (output.flush()) return exitCode;
+    errors << "Vantory: The output could not be written.\n";
+  } catch (const std::exception& exception) {
+    QWException::logException(exception, "runProgram");
+  }
+  return 1;
+}
+
+}  // namespace vantory

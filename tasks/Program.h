@@ -1,0 +1,19 @@
+// What the program does with its command line: one task, an answer about itself, or the window.
+#pragma once
+
+#include <functional>
+#include <iosfwd>
+#include <string>
+#include <vector>
+
+#include "platform/Result.h"
+
+namespace vantory {
+
+// Becomes another program with these arguments (its name first); returns only when that failed.
+using ProgramReplacement = std::function<Status(const std::string& program, const std::vector<std::string>& arguments)>;
+
+// Runs what the process's arguments ask for and answers the exit code. Called once, on the main thread.
+int runProgram(std::ostream& output, std::ostream& errors, const ProgramReplacement& become);
+
+}  // namespace vantory

@@ -1,0 +1,91 @@
+#include "tasks/QWVantoryUtilities.h"
+
+#include <algorithm>
+#include <chrono>
+#include <vector>
+
+#include "platform/Clock.h"
+#include "platform/Workspace.h"
+#include "services/Format.h"
+#include "services/MainThread.h"
+#include "services/QWAlert.h"
+#include "services/QWCmdUtils.h"
+#include "services/QWLog.h"
+#include "services/QWTaskNotification.h"
+#include "services/Runtime.h"
+
+namespace vantory {
+
+namespace {
+
+constexpr int kAttempts = 16;
+constexpr std::chrono::seconds kInterval{2};
+
+Platform& platform() {
+  return Runtime::current().platform();
+}
+
+bool isRunning(const std::string& bundleID) {
+  const std::vector<std::string> running = platform().workspace.runningApplications();
+  return std::find(running.begin(), running.end(), bundleID) != running.end();
+}
+
+GuardDecision askUser(const std::string& name, const QWAlert& alert) {
+  QWLog::appendLog("%@ is running - asking the user what to do...", name);
+  const int answer = alert.ask(
+      {.messageText = formatted("%@ is running", name),
+       .defaultButton = "Close and Relaunch",
+       .alternateButton = "Cancel",
+       .otherButton = "Skip Application",
+       .informativeText = formatted("This task cannot complete while %@ is running. Do you want to cancel processing, "
+                                    "skip all %@ tasks or close and relaunch %@?",
+                                    name, name, name)});
+  switch (answer) {
+    case QWAlert::Default:
+      QWLog::appendLog("User chose to close and relaunch app.");
+      return GuardDecision::CloseAndRelaunch;
+    case QWAlert::Alternate:
+      QWLog::appendLog("User chose to cancel.");
+      return GuardDecision::Cancel;
+    case QWAlert::Other:
+      QWLog::appendLog("User chose to skip app.");
+      return GuardDecision::Skip;
+  }
+  QWLog::appendLog("Unexpected value returned from alert box.");
+  return GuardDecision::NotRunning;
+}
+
+}  // namespace
+
+GuardDecision QWVantoryUtilities::checkRunningAppsForName(const std::string& name, const std::string& bundleID,
+                                                          bool closeAutomatically) {
+  if (!isRunning(bundleID)) return GuardDecision::NotRunning;
+  const QWAlert& alert = QWAlert::sharedController();
+  if (QWCmdUtils::sharedController().hasGUI() && alert.ask) return askUser(name, alert);
+  if (!closeAutomatically) {
+    QWLog::appendLog("%@ is running - skipping app...", name);
+    return GuardDecision::Skip;
+  }
+  QWLog::appendLog("%@ is running - closing application...", name);
+  return GuardDecision::CloseAndRelaunch;
+}
+
+bool QWVantoryUtilities::closeAppWithName(const std::string& name, const std::string& bundleID) {
+  QWLog::appendLog("Closing application %@...", name);
+  MainThread::shared().runAndWait([&] { sendQuitEventToApp(name, bundleID); });
+  QWLog::appendLog("Waiting for %@ to close...", name);
+  for (int attempt = 0; attempt < kAttempts; ++attempt) {
+    platform().clock.sleep(kInterval);
+    if (!isRunning(bundleID)) return true;
+  }
+  return false;
+}
+
+void QWVantoryUtilities::sendQuitEventToApp(const std::string& name, const std::string& bundleID) {
+  const Status status = platform().workspace.quitApplication(name, bundleID);
+  if (status.ok()) return;
+  QWLog::appendLog("Unable to quit %@ application  - %@", name, status.error().text);
+  QWTaskNotification::postTaskErrorString(formatted("Unable to quit %@ application - %@", name, status.error().text));
+}
+
+}  // namespace vantory

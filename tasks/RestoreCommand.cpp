@@ -1,0 +1,76 @@
+// "-restore": puts a backup in place.
+
+#include <algorithm>
+#include <filesystem>
+
+#include "backups/QWBackup.h"
+#include "backups/QWDataController.h"
+#include "platform/SystemInfo.h"
+#include "platform/SystemLog.h"
+#include "services/QWFileManager.h"
+#include "services/Runtime.h"
+#include "tasks/AppController.h"
+#include "tasks/Command.h"
+#include "tasks/KeyList.h"
+
+namespace vantory {
+
+namespace {
+
+// Absolute, without "." and "..", and without the slash that a completed folder name ends with. Nothing stays nothing.
+std::string absolutePath(const std::string& operand) {
+  if (operand.empty()) return operand;
+  const std::filesystem::path folder = Runtime::current().platform().system.workingDirectory();
+  std::string path = (folder / operand).lexically_normal().native();
+  if (path.size() > 1 && path.back() == '/') path.pop_back();
+  return path;
+}
+
+// An item that is not listed is left out with all its users; the others stay as they were saved.
+void deselectAllBut(const KeyList& keys, const QWBackup& backup) {
+  for (const auto& app : backup.children()) {
+    for (const auto& item : app->children()) {
+      if (std::find(keys.begin(), keys.end(), item->key()) != keys.end()) continue;
+      item->setSelected(Off);
+      for (const auto& user : item->users()) user->setSelected(Off);
+    }
+    app->updateSelectionStatus();
+  }
+}
+
+}  // namespace
+
+int restoreCommand(const CommandContext& context) {
+  const AppController& controller = context.controller;
+  controller.postGrowlNotification("Vantory", "Restoring preferences...");
+  if (context.operandCount() == 0) {
+    Runtime::current().platform().systemLog.write("Invalid number of arguments");
+    return 1;
+  }
+  const std::string path = absolutePath(*context.operand(1));
+  if (!QWFileManager::fileExistsAtPath(path)) {
+    controller.reportFailure({.text = "Vantory: Unable to restore backup - backup does not exist.",
+                              .log = "Unable to restore backup - backup does not exist",
+                              .title = "Restore failed",
+                              .description = "Backup does not exist",
+                              .console = "Unable to restore backup - backup does not exist"});
+    return 1;
+  }
+  std::optional<KeyList> keys;
+  if (const auto operand = context.operand(2)) keys = splitKeys(*operand);
+  if (keys && keys->empty()) {
+    controller.reportFailure({.text = "Vantory: Unable to restore - invalid keys.",
+                              .title = "Restore failed",
+                              .description = "Invalid keys",
+                              .console = "Invalid keys"});
+    return 1;
+  }
+  QWDataController::sharedController().populateApps();
+  const auto backup = QWBackup::backupWithFile(path);
+  if (keys) deselectAllBut(*keys, *backup);
+  backup->restore();
+  controller.postGrowlNotification("Vantory", "Restore complete");
+  return 0;
+}
+
+}  // namespace vantory

@@ -1,0 +1,75 @@
+// "-trash": moves preference files to the Trash.
+
+#include <algorithm>
+#include <string_view>
+
+#include "backups/QWDataController.h"
+#include "services/QWLog.h"
+#include "services/QWUserDefaults.h"
+#include "tasks/AppController.h"
+#include "tasks/Command.h"
+#include "tasks/KeyList.h"
+
+namespace vantory {
+
+namespace {
+
+// Short names that scripts use for an application's preferences.
+struct Alias {
+  std::string_view name;
+  std::string_view keys;
+};
+
+constexpr Alias kAliases[] = {
+    {"fcp", "fcpPrefs,borisPrefs"},
+    {"fce", "fcePrefs"},
+    {"stp", "stpPrefs"},
+    {"motion", "motionPrefs"},
+    {"color", "colorPrefs"},
+    {"dvdsp", "dvdspPrefs"},
+    {"livetype", "livetypePrefs"},
+    {"compressor", "compressorPrefs"},
+    {"batchmon", "batchmonPrefs"},
+    {"ct", "ctPrefs"},
+};
+
+std::string withoutAlias(const std::string& operand) {
+  for (const Alias& alias : kAliases)
+    if (operand == alias.name) return std::string(alias.keys);
+  return operand;
+}
+
+KeyList keysOf(const std::string& operand) {
+  KeyList keys = splitKeys(operand);
+  // The catalog has the Boris preferences under another key than the alias.
+  std::replace(keys.begin(), keys.end(), std::string("borisPrefs"), std::string("fcpBoris"));
+  return keys;
+}
+
+void restoreDefaultIfWanted() {
+  if (QWUserDefaults::standardUserDefaults().integerForKey("autoRestoreDefault") != 1) return;
+  QWLog::appendLog("Finding default backup to restore...");
+  // The library is searched as it stands: this task does not load it.
+  if (const auto backup = QWDataController::sharedController().defaultBackup()) backup->restore();
+}
+
+}  // namespace
+
+int trashCommand(const CommandContext& context) {
+  const AppController& controller = context.controller;
+  controller.postGrowlNotification("Vantory", "Trashing preferences...");
+  QWDataController::sharedController().populateApps();
+  const std::string operand = withoutAlias(context.operand(1).value_or(std::string(kAllPrefs)));
+  const KeyList keys = keysOf(operand);
+  if (keys.empty()) {
+    controller.reportFailure(
+        {.text = "Vantory: Unable to trash. Invalid keys.", .title = "Trash failed", .description = "Invalid keys"});
+    return 1;
+  }
+  for (const auto& item : itemsForOperand(operand, keys)) item->trash();
+  restoreDefaultIfWanted();
+  controller.postGrowlNotification("Vantory", "Trash complete");
+  return 0;
+}
+
+}  // namespace vantory
