@@ -1,0 +1,146 @@
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <thread>
+
+#include "platform/linux/LinuxProcesses.h"
+#include "tests/support/EnvironmentChange.h"
+
+namespace vantory::test {
+namespace {
+
+using ::testing::HasSubstr;
+using ::testing::Not;
+
+std::unique_ptr<Process> startShell(const std::string& script, Streams streams = Streams::Captured) {
+  auto process = LinuxProcesses().start("/bin/sh", {"-c", script}, streams);
+  if (!process) throw std::runtime_error(process.error().text);
+  return std::move(*process);
+}
+
+TEST(ProcessesTest, AnswersHowAProgramEnded) {
+  EXPECT_EQ(startShell("exit 7")->wait(), 7);
+  const auto killed = startShell("kill -KILL $$", Streams::Discarded);
+  EXPECT_EQ(killed->wait(), 128 + SIGKILL);
+  EXPECT_EQ(killed->wait(), 128 + SIGKILL) << "asked again";
+  EXPECT_FALSE(killed->isRunning());
+}
+
+TEST(ProcessesTest, SaysWhyAProgramCannotStart) {
+  LinuxProcesses processes;
+  const auto missing = processes.start("/missing/tool", {}, Streams::Captured);
+  ASSERT_FALSE(missing);
+  EXPECT_EQ(missing.error().code, std::errc::no_such_file_or_directory);
+  EXPECT_THAT(missing.error().text, HasSubstr("/missing/tool"));
+  EXPECT_EQ(processes.start("/etc/passwd", {}, Streams::Discarded).error().code, std::errc::permission_denied);
+  EXPECT_FALSE(processes.start("true", {}, Streams::Discarded)) << "found by a search";
+  EXPECT_FALSE(processes.start("/bin/echo", {std::string("/a\0b", 4)}, Streams::Discarded)) << "cut short";
+}
+
+TEST(ProcessesTest, ReadsBothStreamsWhateverTheirOrder) {
+  constexpr std::size_t kMegabyte = 1 << 20;
+  const auto process =
+      startShell("head -c 1048576 /dev/zero >&2; head -c 1048576 /dev/zero; head -c 1048576 /dev/zero >&2; exit 3");
+  const Process::Output streams = process->readAll();
+  EXPECT_EQ(streams.output.size(), kMegabyte);
+  EXPECT_EQ(streams.errors.size(), 2 * kMegabyte);
+  EXPECT_EQ(process->wait(), 3);
+}
+
+TEST(ProcessesTest, GivesBackOnlyTheStreamsThatWereAskedFor) {
+  const std::string script = "cat; echo out; echo err >&2";
+  EXPECT_EQ(startShell(script, Streams::OutputCaptured)->readAll().output, "out\n");
+  EXPECT_EQ(startShell(script, Streams::OutputCaptured)->readAll().errors, "");
+  EXPECT_EQ(startShell(script, Streams::Discarded)->readAll().output, "");
+  const auto process = startShell("echo one");
+  EXPECT_EQ(process->readSome(), "one\n");
+  EXPECT_EQ(process->readSome(), "");
+}
+
+TEST(ProcessesTest, PassesArgumentsAsTheyAre) {
+  const std::vector<std::string> arguments = {"%s|", "", "a b", "$HOME \"*\"", "-x", "\xff\n"};
+  auto process = LinuxProcesses().start("/usr/bin/printf", arguments, Streams::Captured);
+  ASSERT_TRUE(process);
+  EXPECT_EQ((*process)->readAll().output, "|a b|$HOME \"*\"|-x|\xff\n|");
+}
+
+TEST(ProcessesTest, HandsDownNothingButWhatToolsNeed) {
+  const EnvironmentChange secret("VANTORY_SECRET", "x");
+  const EnvironmentChange library("LD_LIBRARY_PATH", "/tmp/library");
+  const EnvironmentChange path("PATH", "/tmp/evil:/usr/bin:/bin");
+  const EnvironmentChange home("HOME", "/tmp/somewhere");
+  const int inheritable = dup(STDERR_FILENO);
+  const std::string environment = startShell("env")->readAll().output;
+  const std::string open = "[ -e /proc/$$/fd/" + std::to_string(inheritable) + " ]";
+  EXPECT_EQ(startShell(open)->wait(), 1);
+  close(inheritable);
+  EXPECT_THAT(environment, HasSubstr("PATH=/usr/bin:/bin\n"));
+  EXPECT_THAT(environment, HasSubstr("LANG=C.UTF-8\n"));
+  EXPECT_THAT(environment, Not(HasSubstr("VANTORY_SECRET")));
+  EXPECT_THAT(environment, Not(HasSubstr("LD_LIBRARY_PATH")));
+  EXPECT_EQ(environment.find("HOME=/tmp/somewhere") == std::string::npos, getuid() == 0);
+}
+
+// In a child process of the test's own, which may give up its standard streams.
+TEST(ProcessesTest, WorksWithoutStandardStreams) {
+  const pid_t child = fork();
+  if (child == 0) {
+    for (int standard : {0, 1, 2}) close(standard);
+    const auto process = startShell("cat; echo out; echo err >&2");
+    const Process::Output streams = process->readAll();
+    _exit(streams.output == "out\n" && streams.errors == "err\n" && process->wait() == 0 ? 0 : 1);
+  }
+  int status = -1;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  EXPECT_EQ(status, 0);
+}
+
+TEST(ProcessesTest, SignalSettingsOfThisProcessDoNotReachThePrograms) {
+  sigset_t blocked;
+  sigset_t previous;
+  sigemptyset(&blocked);
+  sigaddset(&blocked, SIGTERM);
+  pthread_sigmask(SIG_BLOCK, &blocked, &previous);
+  const auto pipeHandler = std::signal(SIGPIPE, SIG_IGN);
+  const auto childHandler = std::signal(SIGCHLD, SIG_IGN);
+  const int terminated = startShell("kill -TERM $$; exit 1", Streams::Discarded)->wait();
+  const int broken = startShell("kill -PIPE $$; exit 1", Streams::Discarded)->wait();
+  std::signal(SIGCHLD, childHandler);
+  std::signal(SIGPIPE, pipeHandler);
+  pthread_sigmask(SIG_SETMASK, &previous, nullptr);
+  EXPECT_EQ(terminated, 128 + SIGTERM);
+  EXPECT_EQ(broken, 128 + SIGPIPE);
+}
+
+TEST(ProcessesTest, CanBeEndedWhileAnotherThreadWaits) {
+  const auto process = startShell("echo ready; exec sleep 60");
+  EXPECT_EQ(process->readSome(), "ready\n");
+  EXPECT_TRUE(process->isRunning());
+  int status = 0;
+  std::thread waiting([&] { status = process->wait(); });
+  process->terminate();
+  waiting.join();
+  EXPECT_EQ(status, 128 + SIGTERM);
+  process->terminate();
+}
+
+TEST(ProcessesTest, AProgramThatIsLetGoRunsOnAndLeavesNoZombie) {
+  auto process = startShell("echo $$; exec sleep 60");
+  const pid_t child = std::stoi(process->readSome());
+  process.reset();
+  ASSERT_EQ(kill(child, 0), 0);
+  kill(child, SIGKILL);
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+  while (kill(child, 0) == 0 && std::chrono::steady_clock::now() < deadline) std::this_thread::yield();
+  EXPECT_EQ(kill(child, 0), -1);
+  EXPECT_EQ(errno, ESRCH);
+}
+
+}  // namespace
+}  // namespace vantory::test

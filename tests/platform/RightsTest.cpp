@@ -1,0 +1,137 @@
+// The superuser at work in a user's folders, with that user trying to lead it astray.
+#include <gtest/gtest.h>
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "platform/linux/LinuxFileMetadata.h"
+#include "platform/linux/LinuxFileSystem.h"
+#include "platform/linux/LinuxPrivilegedRunner.h"
+#include "tests/support/ScratchFolder.h"
+
+namespace vantory::test {
+namespace {
+
+class RightsTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    if (geteuid() != 0) GTEST_SKIP() << "only the superuser takes other rights";
+    const passwd* nobody = getpwnam("nobody");
+    ASSERT_NE(nobody, nullptr);
+    user = {"nobody", nobody->pw_uid, nobody->pw_gid, scratch / "home"};
+    makeFolders(user.home);
+    ASSERT_EQ(chown(user.home.c_str(), user.id, user.group), 0);
+    chmod(scratch.path().c_str(), 0755);
+    chmod(user.home.c_str(), 0755);
+    writeFile(scratch / "foreign/secret", "root's");
+    chmod((scratch / "foreign").c_str(), 0700);
+  }
+  // A file or folder of the user's own.
+  void give(const std::string& path) { ASSERT_EQ(lchown(path.c_str(), user.id, user.group), 0); }
+  uid_t ownerOf(const std::string& path) {
+    struct stat status {};
+    return lstat(path.c_str(), &status) == 0 ? status.st_uid : static_cast<uid_t>(-1);
+  }
+
+  ScratchFolder scratch;
+  User user;
+};
+
+TEST_F(RightsTest, WithTheUsersRightsAPlantedLinkLeadsOnlyWhereTheUserCouldGo) {
+  LinuxFileSystem files(FileRights::ofUser(user));
+  ASSERT_EQ(symlink((scratch / "foreign").c_str(), (user.home + "/Library").c_str()), 0);
+  EXPECT_FALSE(files.read(user.home + "/Library/secret").ok());
+  EXPECT_FALSE(files.write(user.home + "/Library/secret", "x", {}).ok());
+  EXPECT_FALSE(files.trash(user.home + "/Library/secret", user.home + "/Trash/files").ok());
+  EXPECT_FALSE(files.remove(user.home + "/Library/secret").ok());
+  EXPECT_EQ(readFile(scratch / "foreign/secret"), "root's");
+
+  ASSERT_TRUE(files.makeFolder(user.home + "/a/b").ok());
+  ASSERT_TRUE(files.write(user.home + "/a/b/file", "x", {.durable = true}).ok());
+  for (int i = 0; i < 200; ++i) ASSERT_TRUE(files.write(user.home + "/a/b/" + std::to_string(i), "x", {}).ok());
+  auto copy = files.stageCopy({user.home + "/a", user.home + "/c"});
+  ASSERT_TRUE(copy.ok());
+  ASSERT_TRUE((*copy)->commit(StagedCopy::Existing::Keep).ok());
+  for (const char* made : {"/a", "/a/b", "/a/b/file", "/c", "/c/b/file", "/c/b/199"})
+    EXPECT_EQ(ownerOf(user.home + made), user.id) << made;
+  EXPECT_EQ(geteuid(), 0u);
+  EXPECT_EQ(readFile(scratch / "foreign/secret"), "root's") << "the superuser's own rights are back";
+}
+
+TEST_F(RightsTest, AdministratorRightsServeBelowTheHomeOnlyAndPassNoLinkOfTheUsers) {
+  LinuxFileSystem files(FileRights::administrator(user, {user.home}));
+  writeFile(user.home + "/locked/file", "root's file in the home");
+  chmod((user.home + "/locked").c_str(), 0700);
+
+  EXPECT_FALSE(files.read(scratch / "foreign/secret").ok());
+  EXPECT_FALSE(files.read(user.home + "/../foreign/secret").ok());
+  EXPECT_FALSE(files.remove(user.home).ok()) << "the home itself";
+  ASSERT_EQ(symlink((scratch / "foreign").c_str(), (user.home + "/trap").c_str()), 0);
+  give(user.home + "/trap");
+  EXPECT_FALSE(files.read(user.home + "/trap/secret").ok());
+  EXPECT_FALSE(files.makeFolder(user.home + "/trap/made").ok());
+  EXPECT_FALSE(files.stageCopy({user.home + "/locked/file", user.home + "/trap/file"}).ok());
+  EXPECT_FALSE(files.remove(user.home + "/trap/secret").ok());
+  EXPECT_EQ(files.info(user.home + "/trap", Links::Follow)->type, FileType::SymbolicLink);
+  EXPECT_EQ(readFile(scratch / "foreign/secret"), "root's");
+
+  // A link of the superuser's own is a way like any other, and what is made belongs to the owner of the home.
+  ASSERT_EQ(symlink("locked", (user.home + "/way").c_str()), 0);
+  EXPECT_TRUE(files.read(user.home + "/way/file").ok());
+  auto copy = files.stageCopy({user.home + "/locked", user.home + "/copy"});
+  ASSERT_TRUE(copy.ok()) << copy.error().text;
+  ASSERT_TRUE((*copy)->commit(StagedCopy::Existing::Keep).ok());
+  EXPECT_EQ(ownerOf(user.home + "/copy"), user.id);
+  EXPECT_EQ(ownerOf(user.home + "/copy/file"), user.id);
+}
+
+TEST_F(RightsTest, TheRunnerKnowsItsToolsAndNoOthers) {
+  LinuxFileSystem files(FileRights::administrator(user, {user.home}));
+  LinuxFileMetadata metadata(FileRights::administrator(user, {user.home}));
+  LinuxPrivilegedRunner runner(&files, &metadata);
+  const std::string source = user.home + "/source";
+  const std::string target = user.home + "/target";
+  writeFile(source, "new");
+  chmod(source.c_str(), 04755);
+  writeFile(target, "old");
+  give(target);
+
+  EXPECT_NE(runner.run("/bin/sh", {"-c", "true"}), 0);
+  EXPECT_NE(runner.run("/bin/cp", {"-f", "-p", "-R", source}), 0);
+  EXPECT_NE(runner.run("/bin/rm", {"-Rdf", source, target}), 0);
+  EXPECT_EQ(runner.run("/bin/cp", {"-f", "-p", "-R", source, target}), 0);
+  EXPECT_EQ(readFile(target), "new");
+  struct stat status {};
+  ASSERT_EQ(stat(target.c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 07777, 0755u) << "no set-id bits";
+  EXPECT_EQ(runner.run("/bin/mkdir", {"-p", user.home + "/x/y"}), 0);
+  EXPECT_EQ(ownerOf(user.home + "/x/y"), user.id);
+  EXPECT_NE(runner.run("/bin/mv", {"-f", source, target}), 0) << "never over an existing item";
+  EXPECT_EQ(runner.run("/bin/mv", {"-f", source, user.home + "/x/moved"}), 0);
+  EXPECT_EQ(runner.run("/bin/rm", {"-Rdf", user.home + "/x"}), 0);
+  EXPECT_EQ(runner.run("/bin/rm", {"-Rdf", user.home + "/x"}), 0) << "a missing item is success";
+  EXPECT_EQ(runner.run("/usr/bin/touch", {"-c", user.home + "/none"}), 0);
+  EXPECT_FALSE(exists(user.home + "/none"));
+  EXPECT_NE(LinuxPrivilegedRunner(nullptr, nullptr).run("/bin/rm", {"-Rdf", target}), 0);
+}
+
+TEST_F(RightsTest, OnlyTheUsersOwnFilesAreLocked) {
+  LinuxFileMetadata metadata(FileRights::ofUser(user));
+  LinuxFileSystem files(FileRights::ofUser(user));
+  writeFile(user.home + "/own", "x");
+  give(user.home + "/own");
+  const Status locked = metadata.setLocked(user.home + "/own", true);
+  if (!locked && locked.error().code != std::errc::permission_denied)
+    GTEST_SKIP() << "the immutable flag cannot be set here: " << locked.error().text;
+  EXPECT_TRUE(files.info(user.home + "/own", Links::Follow)->locked);
+  EXPECT_TRUE(metadata.setLocked(user.home + "/own", false).ok());
+
+  ASSERT_EQ(link((scratch / "foreign/secret").c_str(), (user.home + "/planted").c_str()), 0);
+  chmod((scratch / "foreign/secret").c_str(), 0644);
+  EXPECT_FALSE(metadata.setLocked(user.home + "/planted", true).ok());
+  ASSERT_EQ(symlink((scratch / "foreign/secret").c_str(), (user.home + "/link").c_str()), 0);
+  EXPECT_FALSE(metadata.setLocked(user.home + "/link", true).ok());
+}
+
+}  // namespace
+}  // namespace vantory::test

@@ -1,0 +1,104 @@
+// The desktop's Trash: every item kept, each with the note that brings it back.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <thread>
+
+#include "platform/linux/LinuxFileSystem.h"
+#include "tests/support/ScratchFolder.h"
+
+namespace vantory::test {
+namespace {
+
+class TrashTest : public testing::Test {
+ protected:
+  std::string trash(const std::string& path) {
+    auto result = files.trash(path, files_);
+    return result ? *result : "failed: " + result.error().text;
+  }
+  std::string infoOf(const std::string& name) {
+    return readFile(home / (".local/share/Trash/info/" + name + ".trashinfo"));
+  }
+
+  ScratchFolder home;
+  LinuxFileSystem files;
+  std::string files_ = home / ".local/share/Trash/files";
+};
+
+TEST_F(TrashTest, WritesWhereTheItemLayAndMakesThePrivateFolders) {
+  writeFile(home / "Library/a b%\xC3\xBC\n\xFF.plist", "x");
+  EXPECT_EQ(trash(home / "Library/a b%\xC3\xBC\n\xFF.plist"), files_ + "/a b%\xC3\xBC\n\xFF.plist");
+  const std::string info = infoOf("a b%\xC3\xBC\n\xFF.plist");
+  EXPECT_EQ(info.rfind("[Trash Info]\nPath=" + home.path() + "/Library/a%20b%25%C3%BC%0A%FF.plist\nDeletionDate=2", 0),
+            0u)
+      << info;
+  struct stat status {};
+  ASSERT_EQ(stat((home / ".local/share/Trash").c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777, 0700u);
+}
+
+TEST_F(TrashTest, KeepsEveryItemOfOneName) {
+  for (int i = 0; i < 20; ++i) {
+    writeFile(home / "p.plist", std::to_string(i));
+    EXPECT_EQ(readFile(trash(home / "p.plist")), std::to_string(i));
+  }
+  // Other processes, which know nothing of ours, find a free name as well and never take a used one.
+  for (int i = 20; i < 80; ++i) {
+    LinuxFileSystem other;
+    writeFile(home / "p.plist", std::to_string(i));
+    auto trashed = other.trash(home / "p.plist", files_);
+    ASSERT_TRUE(trashed.ok()) << trashed.error().text;
+    EXPECT_EQ(readFile(*trashed), std::to_string(i));
+  }
+  EXPECT_EQ(files.list(files_, Detail::Names)->size(), 80u);
+  EXPECT_EQ(files.list(home / ".local/share/Trash/info", Detail::Names)->size(), 80u);
+}
+
+TEST_F(TrashTest, ManyAtOnceAllArrive) {
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 4; ++t)
+    threads.emplace_back([this, t] {
+      LinuxFileSystem own;
+      for (int i = 0; i < 25; ++i) {
+        const std::string path = home / ("d" + std::to_string(t) + "/same");
+        writeFile(path, "x");
+        EXPECT_TRUE(own.trash(path, files_).ok());
+      }
+    });
+  for (auto& thread : threads) thread.join();
+  EXPECT_EQ(files.list(files_, Detail::Names)->size(), 100u);
+}
+
+TEST_F(TrashTest, TakesFoldersLinksAndTheLongestNames) {
+  const std::string longest(255, 'n');
+  writeFile(home / longest, "long");
+  EXPECT_EQ(readFile(trash(home / longest)), "long");
+  ASSERT_EQ(symlink("/nonexistent", (home / "dangling").c_str()), 0);
+  EXPECT_EQ(trash(home / "dangling"), files_ + "/dangling");
+  writeFile(home / "folder/file", "x");
+  ASSERT_EQ(chmod((home / "folder").c_str(), 0500), 0);
+  EXPECT_EQ(trash(home / "folder"), files_ + "/folder");
+  struct stat status {};
+  ASSERT_EQ(stat((files_ + "/folder").c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777, 0500u);
+  chmod((files_ + "/folder").c_str(), 0700);
+}
+
+TEST_F(TrashTest, AnUnusableTrashIsRefusedAndTheItemStays) {
+  writeFile(home / "file", "x");
+  writeFile(home / ".local/share/Trash", "a file where the folder should be");
+  EXPECT_FALSE(files.trash(home / "file", files_).ok());
+  EXPECT_EQ(readFile(home / "file"), "x");
+}
+
+TEST_F(TrashTest, ATrashEmptiedMeanwhileIsMadeAnew) {
+  writeFile(home / "one", "1");
+  trash(home / "one");
+  ASSERT_TRUE(files.remove(home / ".local/share/Trash").ok());
+  writeFile(home / "two", "2");
+  EXPECT_EQ(readFile(trash(home / "two")), "2");
+}
+
+}  // namespace
+}  // namespace vantory::test

@@ -1,0 +1,60 @@
+#include "services/QWLocalPaths.h"
+
+#include <filesystem>
+
+#include "tests/services/ServicesTest.h"
+
+namespace vantory::test {
+namespace {
+
+class LocalPathsTest : public ServicesTest {};
+
+TEST_F(LocalPathsTest, AreThoseOfTheConsoleUserForTheSuperuser) {
+  fake_.users.process = User{"root", 0, 0, "/root"};
+  EXPECT_EQ(QWLocalPaths::prefsDirectory(true), "/root/Library/Preferences");
+  fake_.users.superuser = true;
+  EXPECT_EQ(QWLocalPaths::prefsDirectory(true), home_ / "Library/Preferences");
+  EXPECT_EQ(QWLocalPaths::movieDirectory(), home_ / "Movies");
+  EXPECT_EQ(QWLocalPaths::username(), "anna");
+  EXPECT_EQ(QWLocalPaths::prefsDirectory(false), machine_ / "Library/Preferences");
+
+  fake_.users.console.reset();
+  EXPECT_EQ(QWLocalPaths::prefsDirectory(true), std::nullopt);
+  EXPECT_EQ(QWLocalPaths::movieDirectory(), std::nullopt);
+  EXPECT_EQ(QWLocalPaths::trashDirectory(), std::nullopt);
+  EXPECT_EQ(QWLocalPaths::tempFile(), std::nullopt);
+  EXPECT_FALSE(QWLocalPaths::isPathSystemDirectory("/tmp/anything"));
+}
+
+TEST_F(LocalPathsTest, TemporaryFilesLieInAPrivateFolder) {
+  const auto file = QWLocalPaths::tempFile();
+  ASSERT_TRUE(file);
+  EXPECT_FALSE(exists(*file));
+  EXPECT_NE(file, QWLocalPaths::tempFile());
+  const auto folder = *QWLocalPaths::tempDirectory();
+  EXPECT_EQ(std::filesystem::status(folder).permissions(), std::filesystem::perms::owner_all);
+}
+
+TEST_F(LocalPathsTest, ProtectTheFoldersOfTheSystem) {
+  const auto isProtected = [](const std::string& path) { return QWLocalPaths::isPathSystemDirectory(path); };
+  const std::string shared = machine_ / "Users/Shared";
+  for (const std::string& path : {std::string("/"), std::string("/usr/local/bin"), std::string("/Systemfoo"), shared,
+                                  machine_ / "Volumes", home_.path(), home_ / "Library/Preferences"})
+    EXPECT_TRUE(isProtected(path)) << path;
+  for (const std::string& path : {std::string("/ab"), std::string(), shared + "/x", shared + "/", home_ / "Movies"})
+    EXPECT_FALSE(isProtected(path)) << path;
+  // A trailing slash takes the character before it along, whatever its length.
+  EXPECT_TRUE(isProtected(shared + "x/"));
+  EXPECT_TRUE(isProtected(shared + "\u00e9/"));
+  EXPECT_FALSE(QWLocalPaths::isPathSystemDirectory("/usr/local", true));
+}
+
+TEST_F(LocalPathsTest, TellTimeMachineVolumes) {
+  const std::string volumes = machine_ / "Volumes";
+  EXPECT_TRUE(QWLocalPaths::isPathOnTimeMachineVolume(volumes + "/TM/Backups.backupdb/x"));
+  EXPECT_FALSE(QWLocalPaths::isPathOnTimeMachineVolume(volumes + "/TM/Backups.backupdb2"));
+  EXPECT_FALSE(QWLocalPaths::isPathOnTimeMachineVolume("/Backups.backupdb/x"));
+}
+
+}  // namespace
+}  // namespace vantory::test

@@ -1,0 +1,195 @@
+#include "services/Runtime.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <functional>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "platform/linux/LinuxFileSystem.h"
+#include "services/MainThread.h"
+#include "services/NotificationCenter.h"
+#include "tests/support/FakePlatform.h"
+
+namespace vantory {
+namespace {
+
+using testing::ElementsAre;
+
+class RuntimeTest : public testing::Test {
+ protected:
+  LinuxFileSystem files_;
+  test::FakeMetadata metadata_;
+  test::FakePlatform fakes_{files_, metadata_, "/nowhere", "/nowhere/anna"};
+  std::optional<Runtime> runtime_{std::in_place, fakes_.platform};
+  std::vector<std::string> told_;
+};
+
+std::vector<std::string> destroyed;
+
+struct Lower {
+  ~Lower() { destroyed.push_back("lower"); }
+};
+
+struct Upper {
+  ~Upper() { destroyed.push_back("upper"); }
+  Lower& lower = Runtime::current().shared<Lower>();
+};
+
+TEST_F(RuntimeTest, InstancesAreSingleAndEndNewestFirst) {
+  destroyed.clear();
+  Lower& lower = runtime_->shared<Lower>();
+  EXPECT_EQ(&runtime_->shared<Upper>().lower, &lower);
+  EXPECT_EQ(&runtime_->shared<Upper>(), &runtime_->shared<Upper>());
+  runtime_.reset();
+  EXPECT_THAT(destroyed, ElementsAre("upper", "lower"));
+}
+
+TEST_F(RuntimeTest, NewestRuntimeIsCurrent) {
+  {
+    Runtime inner(fakes_.platform);
+    EXPECT_EQ(&Runtime::current(), &inner);
+  }
+  EXPECT_EQ(&Runtime::current(), &*runtime_);
+}
+
+class MainThreadTest : public RuntimeTest {
+ protected:
+  MainThread& main_ = MainThread::shared();
+};
+
+TEST_F(MainThreadTest, WorkRunsOnTheMainThreadWhileTheCallerWaits) {
+  bool ranInline = false;
+  EXPECT_TRUE(main_.runAndWait([&] { ranInline = true; }));
+  EXPECT_TRUE(ranInline);
+
+  std::atomic<int> woken = 0;
+  main_.wake = [&] { ++woken; };
+  std::vector<int> order;  // written on the main thread only
+  std::atomic<bool> ended = false;
+  std::thread worker([&] {
+    EXPECT_FALSE(main_.isCurrent());
+    for (int i = 0; i < 3; ++i) EXPECT_TRUE(main_.runAndWait([&order, i] { order.push_back(i); }));
+    ended = true;
+    main_.notify();
+  });
+  main_.runUntil([&] { return ended.load(); });
+  worker.join();
+  EXPECT_THAT(order, ElementsAre(0, 1, 2));
+  EXPECT_EQ(woken, 3);
+}
+
+TEST_F(MainThreadTest, AJobMayWaitForFurtherJobs) {
+  std::atomic<bool> innerDone = false;
+  bool outerDone = false;
+  std::thread outer([&] {
+    main_.runAndWait([&] {
+      std::thread inner([&] { main_.runAndWait([&] { innerDone = true; }); });
+      main_.runUntil([&] { return innerDone.load(); });
+      inner.join();
+      outerDone = true;
+    });
+  });
+  main_.runUntil([&] { return outerDone; });
+  outer.join();
+  EXPECT_TRUE(innerDone);
+}
+
+TEST_F(MainThreadTest, ShutDownRefusesWhatWaitsAndWhatComes) {
+  std::atomic<bool> waiting = false;
+  main_.wake = [&] {
+    waiting = true;
+    main_.notify();
+  };
+  bool ran = false;
+  std::thread worker([&] {
+    EXPECT_FALSE(main_.runAndWait([&] { ran = true; }));
+    EXPECT_FALSE(main_.runAndWait([&] { ran = true; }));
+  });
+  while (!waiting) std::this_thread::yield();
+  main_.shutDown();
+  worker.join();
+  main_.runPending();
+  EXPECT_FALSE(ran);
+}
+
+class NotificationTest : public RuntimeTest {
+ protected:
+  NotificationCenter::Observation observe(const std::string& name, const std::string& text) {
+    return center_.observe(name, [this, text] { told_.push_back(text); });
+  }
+
+  NotificationCenter& center_ = NotificationCenter::shared();
+};
+
+TEST_F(NotificationTest, ObserversOfTheNameAreCalledInOrderWhileTheyObserve) {
+  auto first = observe("refresh", "first");
+  auto other = observe("switch", "other");
+  auto second = observe("refresh", "second");
+  center_.post("refresh");
+  EXPECT_THAT(told_, ElementsAre("first", "second"));
+  first = std::move(second);
+  center_.post("refresh");
+  first.reset();
+  center_.post("refresh");
+  EXPECT_THAT(told_, ElementsAre("first", "second", "second"));
+}
+
+TEST_F(NotificationTest, ObservationsMayBeginAndEndDuringDelivery) {
+  NotificationCenter::Observation once, victim, late;
+  once = center_.observe("refresh", [&] {
+    told_.push_back("once");
+    once.reset();
+    victim.reset();
+    late = observe("refresh", "late");
+  });
+  victim = observe("refresh", "victim");
+  center_.post("refresh");
+  EXPECT_THAT(told_, ElementsAre("once"));
+  center_.post("refresh");
+  EXPECT_THAT(told_, ElementsAre("once", "late"));
+}
+
+TEST_F(NotificationTest, EndingWaitsForADeliveryOnAnotherThread) {
+  std::atomic<bool> begun = false;
+  std::atomic<bool> finish = false;
+  bool ran = false;  // unguarded: the end of the observation is what orders the accesses
+  auto observation = center_.observe("refresh", [&] {
+    begun = true;
+    while (!finish) std::this_thread::yield();
+    ran = true;
+  });
+  std::thread poster([&] { center_.post("refresh"); });
+  while (!begun) std::this_thread::yield();
+  finish = true;
+  observation.reset();
+  EXPECT_TRUE(ran);
+  poster.join();
+}
+
+TEST_F(NotificationTest, PostOnMainThreadWaitsForTheObservers) {
+  MainThread& main = MainThread::shared();
+  bool told = false;
+  auto observation = center_.observe("refresh", [&] {
+    EXPECT_TRUE(main.isCurrent());
+    told = true;
+  });
+  std::atomic<bool> ended = false;
+  std::thread worker([&] {
+    EXPECT_TRUE(center_.postOnMainThread("refresh"));
+    EXPECT_TRUE(told);
+    ended = true;
+    main.notify();
+  });
+  main.runUntil([&] { return ended.load(); });
+  worker.join();
+  main.shutDown();
+  std::thread([&] { EXPECT_FALSE(center_.postOnMainThread("refresh")); }).join();
+}
+
+}  // namespace
+}  // namespace vantory

@@ -1,0 +1,150 @@
+#include "services/QWUserDefaults.h"
+
+#include <filesystem>
+#include <thread>
+
+#include "services/GlobalSettings.h"
+#include "services/QWFileManager.h"
+#include "tests/services/ServicesTest.h"
+
+namespace vantory::test {
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::SizeIs;
+using testing::StartsWith;
+
+class UserDefaultsTest : public ServicesTest {
+ protected:
+  void write(const std::string& entries) {
+    writeFile(file_, "<plist version=\"1.0\"><dict>" + entries + "</dict></plist>");
+  }
+  std::vector<std::string> filesInFolder() { return QWFileManager::contentsOfDirectory(home_ / "Library/Preferences"); }
+
+  const std::string file_ = home_ / "Library/Preferences/com.quarrywell.Vantory.plist";
+  QWUserDefaults& defaults_ = QWUserDefaults::standardUserDefaults();
+};
+
+TEST_F(UserDefaultsTest, LooksAtTheUserThenTheMachineThenTheRegistered) {
+  defaults_.registerDefaults({{"a", 1}, {"b", 1}, {"c", 1}});
+  writeFile(machine_ / "Library/Preferences/com.quarrywell.Vantory.plist",
+            "<plist><dict><key>a</key><integer>2</integer><key>b</key><integer>2</integer></dict></plist>");
+  ASSERT_TRUE(defaults_.setObject("a", 3));
+  EXPECT_EQ(defaults_.integerForKey("a"), 3);
+  EXPECT_EQ(defaults_.integerForKey("b"), 2);
+  EXPECT_EQ(defaults_.integerForKey("c"), 1);
+  EXPECT_EQ(defaults_.objectForKey("d"), std::nullopt);
+  ASSERT_TRUE(defaults_.removeObjectForKey("a"));
+  EXPECT_EQ(defaults_.integerForKey("a"), 2);
+  EXPECT_EQ(std::filesystem::status(file_).permissions(), std::filesystem::perms(0600));
+}
+
+TEST_F(UserDefaultsTest, ConvertsNumbersAndTexts) {
+  write(
+      "<key>t</key><string> 12 days</string><key>big</key><string>-99999999999999999999</string>"
+      "<key>r</key><real>-7.9</real><key>huge</key><real>1e300</real><key>nan</key><real>nan</real>"
+      "<key>yes</key><true/><key>y</key><string>yes</string><key>n</key><string>-00</string>"
+      "<key>list</key><array><string>a</string><string>b</string></array>"
+      "<key>mixed</key><array><string>a</string><integer>1</integer></array>");
+  EXPECT_EQ(defaults_.integerForKey("t"), 12);
+  EXPECT_EQ(defaults_.integerForKey("big"), INT64_MIN);
+  EXPECT_EQ(defaults_.integerForKey("r"), -7);
+  EXPECT_EQ(defaults_.integerForKey("huge"), INT64_MAX);
+  EXPECT_EQ(defaults_.integerForKey("nan"), 0);
+  EXPECT_EQ(defaults_.integerForKey("yes"), 1);
+  EXPECT_EQ(defaults_.integerForKey("list"), 0);
+  EXPECT_TRUE(defaults_.boolForKey("y"));
+  EXPECT_FALSE(defaults_.boolForKey("n"));
+  EXPECT_EQ(defaults_.stringForKey("r"), std::nullopt);
+  EXPECT_THAT(*defaults_.stringArrayForKey("list"), ElementsAre("a", "b"));
+  EXPECT_EQ(defaults_.stringArrayForKey("mixed"), std::nullopt);
+  ASSERT_TRUE(defaults_.setObject("backupPath", "/no\xffutf8"));
+  EXPECT_EQ(defaults_.stringForKey("backupPath"), "/no\xffutf8");
+}
+
+TEST_F(UserDefaultsTest, KeepsWhatOthersWrite) {
+  ASSERT_TRUE(defaults_.setObject("mine", 1));
+  write("<key>other</key><integer>5</integer>");
+  EXPECT_EQ(defaults_.integerForKey("other"), 5);
+  ASSERT_TRUE(defaults_.setObject("mine", 2));
+  EXPECT_EQ(defaults_.integerForKey("other"), 5);
+
+  SettingsFile second(file_);
+  const auto addMany = [](SettingsFile& file, const std::string& prefix) {
+    for (int i = 0; i < 20; ++i)
+      file.change([&](auto& settings) { settings.set(prefix + std::to_string(i), i); },
+                  SettingsFile::Durability::Passing);
+  };
+  std::thread other([&] { addMany(second, "b"); });
+  SettingsFile first(file_);
+  addMany(first, "a");
+  other.join();
+  EXPECT_THAT(first.read().entries(), SizeIs(42));
+
+  files_.heal();
+  for (int i = 0; i < 3; ++i) defaults_.integerForKey("other");
+  EXPECT_LE(files_.calls(Operation::Read), 1);
+}
+
+TEST_F(UserDefaultsTest, SetsADamagedFileAside) {
+  writeFile(file_, "damaged");
+  EXPECT_EQ(defaults_.integerForKey("a"), 0);
+  EXPECT_EQ(defaults_.integerForKey("a"), 0);
+  EXPECT_THAT(logged(), ElementsAre("The settings in " + file_ + " are damaged and are not used."));
+  files_.fail(Operation::Move, std::errc::io_error);
+  EXPECT_FALSE(defaults_.setObject("a", 1));
+  EXPECT_EQ(readFile(file_), "damaged");
+  EXPECT_TRUE(defaults_.setObject("a", 1));
+  EXPECT_EQ(defaults_.integerForKey("a"), 1);
+  EXPECT_THAT(filesInFolder(), SizeIs(2));
+  EXPECT_THAT(filesInFolder(), Contains(StartsWith("com.quarrywell.Vantory.plist.damaged-2026")));
+  EXPECT_THAT(logged().back(), HasSubstr("were damaged and now lie at"));
+}
+
+TEST_F(UserDefaultsTest, NeverReplacesWhatCannotBeReadOrWritten) {
+  write("<key>a</key><integer>5</integer>");
+  const std::string before = readFile(file_);
+  files_.fail(Operation::Read, std::errc::permission_denied, FaultyFileSystem::kEveryCall);
+  for (int i = 0; i < 2; ++i) EXPECT_EQ(defaults_.integerForKey("a"), 0);
+  EXPECT_FALSE(defaults_.setObject("a", 6));
+  EXPECT_THAT(logged(), Contains("Unable to read the settings: " + file_ + ": Permission denied").Times(1));
+  EXPECT_THAT(logged(), Contains("Unable to save the settings: " + file_ + ": Permission denied"));
+  files_.heal();
+  EXPECT_EQ(defaults_.integerForKey("a"), 5);
+  for (const Operation operation : {Operation::Write, Operation::HoldFolder}) {
+    files_.fail(operation, std::errc::no_space_on_device);
+    EXPECT_FALSE(defaults_.setObject("a", 7));
+    files_.heal();
+  }
+  files_.crashBefore(Operation::Write);
+  EXPECT_THROW(defaults_.setObject("a", 8), SimulatedCrash);
+  EXPECT_EQ(readFile(file_), before);
+  files_.heal();
+  EXPECT_TRUE(defaults_.setObject("a", 9));
+}
+
+TEST_F(UserDefaultsTest, BelongToNobodyWhenNobodyIsAtTheConsole) {
+  fake_.users.superuser = true;
+  fake_.users.console.reset();
+  QWUserDefaults defaults;
+  EXPECT_FALSE(defaults.setObject("a", 1));
+  EXPECT_EQ(defaults.integerForKey("a"), 0);
+}
+
+TEST_F(UserDefaultsTest, GlobalSwitches) {
+  const std::string global = home_ / "Library/Preferences/com.quarrywell.global.plist";
+  EXPECT_FALSE(globalSwitch("a"));
+  writeFile(global,
+            "<plist><dict><key>a</key><true/><key>b</key><string>1</string><key>c</key><integer>1</integer>"
+            "<key>d</key><string>true</string><key>e</key><integer>2</integer></dict></plist>");
+  for (const char* key : {"a", "b", "c"}) EXPECT_TRUE(globalSwitch(key)) << key;
+  for (const char* key : {"d", "e", "f"}) EXPECT_FALSE(globalSwitch(key)) << key;
+  writeFile(global, "damaged");
+  EXPECT_FALSE(globalSwitch("a"));
+}
+
+}  // namespace
+}  // namespace vantory::test

@@ -1,0 +1,239 @@
+// A platform made of fakes: time stands still, nobody is asked, nothing outside the given folders is touched.
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/Clock.h"
+#include "platform/FileMetadata.h"
+#include "platform/FileSystem.h"
+#include "platform/Messaging.h"
+#include "platform/Platform.h"
+#include "platform/PrivilegedRunner.h"
+#include "platform/Processes.h"
+#include "platform/StandardFolders.h"
+#include "platform/SystemInfo.h"
+#include "platform/SystemLog.h"
+#include "platform/Users.h"
+#include "platform/Workspace.h"
+
+namespace vantory::test {
+
+// Stands still at 2026-11-14 21:35:17 UTC until set; sleeping moves it on at once. Any thread.
+class FakeClock : public Clock {
+ public:
+  Timestamp now() const override;
+  void sleep(std::chrono::microseconds duration) override;
+  void set(Timestamp time);
+  void advance(std::chrono::microseconds duration) { sleep(duration); }
+
+ private:
+  mutable std::mutex mutex_;
+  Timestamp now_{1794692117, 0};
+};
+
+class FakeUsers : public Users {
+ public:
+  bool isSuperuser() const override { return superuser; }
+  void becomeSuperuser() override { ++superuserRequests; }
+  std::optional<User> processUser() const override { return process; }
+  std::optional<User> consoleUser() const override { return console; }
+
+  bool superuser = false;
+  int superuserRequests = 0;
+  std::optional<User> process;
+  std::optional<User> console;
+};
+
+// The usual layout below a home, and below `root` for the whole machine.
+class FakeFolders : public StandardFolders {
+ public:
+  explicit FakeFolders(std::string root) : root_(std::move(root)) {}
+  std::optional<std::string> userFolder(StandardFolder folder, const std::string& home) const override;
+  std::optional<std::string> localFolder(StandardFolder folder) const override;
+  std::string systemLibraryFolder() const override { return root_ + "/System/Library"; }
+
+ private:
+  std::string root_;
+};
+
+// For tests that do not need the real one: notes in memory, about paths that need not exist.
+class FakeMetadata : public FileMetadata {
+ public:
+  Status setLocked(const std::string& path, bool locked) override;
+  Status setModified(const std::string& path, Timestamp time) override;
+  bool isWritable(const std::string& path) const override { return !unwritable.contains(path); }
+  bool isExecutable(const std::string& path) const override { return executable.contains(path); }
+  bool isPackage(const std::string& path) const override { return packages.contains(path); }
+  Result<std::string> linkTarget(const std::string& path) const override;
+  Result<std::string> finderInfo(const std::string& path) const override;
+  Status setFinderInfo(const std::string& path, const std::string& bytes) override;
+
+  std::set<std::string> locked;
+  std::set<std::string> unwritable;
+  std::set<std::string> executable;
+  std::set<std::string> packages;
+  std::map<std::string, Timestamp> modified;
+  std::map<std::string, std::string> finderInfos;
+};
+
+// Any thread.
+class RecordingSystemLog : public SystemLog {
+ public:
+  void write(std::string_view message) override;
+  std::vector<std::string> messages() const;
+
+ private:
+  mutable std::mutex mutex_;
+  std::vector<std::string> messages_;
+};
+
+class FakeSystemInfo : public SystemInfo {
+ public:
+  std::string systemName() const override { return name; }
+  int processorCount() const override { return processors; }
+  std::uint64_t memoryBytes() const override { return memory; }
+  std::string executablePath() const override { return executable; }
+  const std::vector<std::string>& arguments() const override { return argumentList; }
+  std::string workingDirectory() const override { return directory; }
+  std::string uniqueString() const override { return "unique-" + std::to_string(++count_); }
+
+  std::string name = "Test System 1.0";
+  int processors = 4;
+  std::uint64_t memory = std::uint64_t{16} << 30;
+  std::string executable = "/opt/vantory/vantory";
+  std::vector<std::string> argumentList = {"vantory"};
+  std::string directory = "/";
+
+ private:
+  mutable std::atomic<int> count_ = 0;
+};
+
+// Starts nothing: records each call and plays what `behaviour` answers for it. Any thread.
+class FakeProcesses : public Processes {
+ public:
+  struct Call {
+    std::string program;
+    std::vector<std::string> arguments;
+    Streams streams;
+    bool operator==(const Call&) const = default;
+  };
+  struct Run {
+    int status = 0;
+    std::string output = {};
+    std::string errors = {};
+    bool untilTerminated = false;       // wait() and readAll() block until terminate()
+    std::optional<Error> failure = {};  // start() fails with it
+  };
+
+  Result<std::unique_ptr<Process>> start(const std::string& program, const std::vector<std::string>& arguments,
+                                         Streams streams) override;
+  std::vector<Call> calls() const;
+
+  std::function<Run(const Call&)> behaviour = [](const Call&) { return Run{}; };
+
+ private:
+  mutable std::mutex mutex_;
+  std::vector<Call> calls_;
+};
+
+// Records each call and answers what `behaviour` does; nothing is changed on disk.
+class FakePrivilegedRunner : public PrivilegedRunner {
+ public:
+  struct Call {
+    std::string tool;
+    std::vector<std::string> arguments;
+    bool operator==(const Call&) const = default;
+  };
+
+  bool authorize() override;
+  void release() override { authorized = false; }
+  bool isAuthorized() const override { return authorized; }
+  int run(const std::string& tool, const std::vector<std::string>& arguments) override;
+
+  bool grants = true;  // the answer to the next request
+  bool authorized = false;
+  int requests = 0;
+  std::vector<Call> calls;
+  std::function<int(const Call&)> behaviour = [](const Call&) { return 0; };
+};
+
+class FakeWorkspace : public Workspace {
+ public:
+  std::vector<std::string> runningApplications() const override { return running; }
+  // Recorded, then handed to `onQuit`.
+  Status quitApplication(const std::string& name, const std::string& bundleIdentifier) override;
+  // Recorded; the application runs from then on.
+  Status launchApplication(const std::string& bundleIdentifier) override;
+
+  std::vector<std::string> running;
+  std::vector<std::string> quitRequests;  // bundle identifiers
+  std::vector<std::string> launched;
+  // By default every copy of the application quits at once.
+  std::function<Status(const std::string& bundleIdentifier)> onQuit = [this](const std::string& identifier) {
+    std::erase(running, identifier);
+    return Status();
+  };
+};
+
+class FakeTaskClient : public TaskClient {
+ public:
+  struct Message {
+    std::string name;
+    std::vector<std::string> arguments;
+    bool operator==(const Message&) const = default;
+  };
+
+  bool connect(const std::string& service) override { return services.contains(service); }
+  bool understands(const std::string& message) override { return understood.contains(message); }
+  Status send(const std::string& message, const std::vector<std::string>& arguments) override;
+
+  std::set<std::string> services;    // registered ones
+  std::set<std::string> understood;  // messages
+  std::vector<Message> sent;
+};
+
+class FakeNotifications : public DesktopNotifications {
+ public:
+  struct Note {
+    std::string title;
+    std::string text;
+    bool operator==(const Note&) const = default;
+  };
+
+  Status post(const std::string& title, const std::string& text) override;
+
+  std::vector<Note> posted;
+};
+
+// All of them. The file system is the test's choice; the ordinary user "anna", who is also at the console, lives in
+// `home`, the machine-wide folders lie below `root`.
+class FakePlatform {
+ public:
+  FakePlatform(FileSystem& files, FileMetadata& metadata, const std::string& root, const std::string& home);
+
+  FakeClock clock;
+  FakeUsers users;
+  FakeFolders folders;
+  FakeProcesses processes;
+  FakePrivilegedRunner privileged;
+  RecordingSystemLog systemLog;
+  FakeSystemInfo system;
+  FakeWorkspace workspace;
+  FakeTaskClient taskClient;
+  FakeNotifications notifications;
+  Platform platform;
+};
+
+}  // namespace vantory::test

@@ -1,0 +1,81 @@
+// A disk that fails when a test wants it to.
+#pragma once
+
+#include <map>
+#include <mutex>
+#include <optional>
+
+#include "platform/FileSystem.h"
+
+namespace vantory::test {
+
+enum class Operation {
+  Info,
+  List,
+  Read,
+  Write,
+  OpenForAppending,
+  StageCopy,
+  Commit,
+  Move,
+  Remove,
+  MakeFolder,
+  Trash,
+  Sync,
+  HoldFolder
+};
+
+// Thrown where the process is to have died. What was not done then is never done.
+struct SimulatedCrash {};
+
+// Hands everything on to another file system but for the faults set. Calls are counted from 1 for each operation, from
+// the start or the last heal(). Any thread.
+class FaultyFileSystem : public FileSystem {
+ public:
+  static constexpr int kEveryCall = 0;
+
+  explicit FaultyFileSystem(FileSystem& disk) : disk_(disk) {}
+
+  void fail(Operation operation, std::errc code, int call = 1) { set(operation, {call, Fault::Error, code}); }
+  void crashBefore(Operation operation, int call = 1) { set(operation, {call, Fault::CrashBefore, {}}); }
+  void crashAfter(Operation operation, int call = 1) { set(operation, {call, Fault::CrashAfter, {}}); }
+  // Every operation that changes the disk fails.
+  void refuseWrites(std::errc code = std::errc::read_only_file_system);
+  void heal();
+  int calls(Operation operation) const;
+
+  Result<FileInfo> info(const std::string& path, Links links) const override;
+  Result<std::vector<DirectoryEntry>> list(const std::string& path, Detail detail) const override;
+  Result<std::string> read(const std::string& path) const override;
+  Status write(const std::string& path, std::string_view bytes, WriteOptions options) override;
+  Result<std::unique_ptr<AppendFile>> openForAppending(const std::string& path) override;
+  Result<std::unique_ptr<StagedCopy>> stageCopy(const CopyRequest& request) override;
+  Status move(const std::string& source, const std::string& destination) override;
+  Status remove(const std::string& path) override;
+  Status makeFolder(const std::string& path) override;
+  Result<std::string> trash(const std::string& path, const std::string& trashFolder) override;
+  Status sync(const std::string& path) override;
+  Result<std::unique_ptr<FolderHold>> holdFolder(const std::string& path, std::chrono::milliseconds wait) override;
+
+ private:
+  class FaultyCopy;
+  enum class Fault { Error, CrashBefore, CrashAfter };
+  struct Plan {
+    int call;
+    Fault fault;
+    std::errc code;
+  };
+
+  void set(Operation operation, Plan plan);
+  // Counts the call; the plan that applies to it.
+  std::optional<Plan> next(Operation operation) const;
+  template <class Work>
+  auto run(Operation operation, const std::string& path, Work work) const -> decltype(work());
+
+  FileSystem& disk_;
+  mutable std::mutex mutex_;
+  mutable std::map<Operation, int> calls_;
+  std::map<Operation, Plan> plans_;
+};
+
+}  // namespace vantory::test

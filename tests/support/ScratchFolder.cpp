@@ -1,0 +1,66 @@
+#include "tests/support/ScratchFolder.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+#include <system_error>
+
+namespace vantory::test {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+void makeFoldersWritable(const fs::path& root) {
+  std::error_code ignored;
+  fs::permissions(root, fs::perms::owner_all, fs::perm_options::add, ignored);
+  for (fs::recursive_directory_iterator entry(root, ignored), end; entry != end; entry.increment(ignored))
+    if (entry->symlink_status(ignored).type() == fs::file_type::directory)
+      fs::permissions(entry->path(), fs::perms::owner_all, fs::perm_options::add, ignored);
+}
+
+}  // namespace
+
+ScratchFolder::ScratchFolder() {
+  std::string name = "/tmp/vantory-test-XXXXXX";
+  if (!mkdtemp(name.data())) throw std::runtime_error("no scratch folder can be made below /tmp");
+  path_ = name;
+}
+
+ScratchFolder::~ScratchFolder() {
+  std::error_code failure;
+  fs::remove_all(path_, failure);
+  if (!failure) return;
+  makeFoldersWritable(path_);
+  fs::remove_all(path_, failure);
+}
+
+std::string ScratchFolder::operator/(std::string_view relative) const {
+  return path_ + "/" + std::string(relative);
+}
+
+void writeFile(const std::string& path, std::string_view bytes) {
+  fs::create_directories(fs::path(path).parent_path());
+  std::ofstream stream(path, std::ios::binary | std::ios::trunc);
+  stream.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  stream.flush();
+  if (!stream) throw std::runtime_error("cannot write " + path);
+}
+
+std::string readFile(const std::string& path) {
+  std::ifstream stream(path, std::ios::binary);
+  if (!stream) throw std::runtime_error("cannot read " + path);
+  return std::string(std::istreambuf_iterator<char>(stream), {});
+}
+
+void makeFolders(const std::string& path) {
+  fs::create_directories(path);
+}
+
+bool exists(const std::string& path) {
+  return fs::symlink_status(path).type() != fs::file_type::not_found;
+}
+
+}  // namespace vantory::test

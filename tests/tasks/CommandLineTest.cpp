@@ -1,0 +1,310 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <optional>
+#include <set>
+#include <sstream>
+
+#include "backups/QWBackup.h"
+#include "platform/linux/LinuxFileMetadata.h"
+#include "platform/linux/LinuxFileSystem.h"
+#include "services/MainThread.h"
+#include "services/PropertyList.h"
+#include "services/QWUserDefaults.h"
+#include "services/Runtime.h"
+#include "tasks/Command.h"
+#include "tasks/Program.h"
+#include "tests/support/FakePlatform.h"
+#include "tests/support/FaultyFileSystem.h"
+#include "tests/support/ScratchFolder.h"
+
+namespace vantory::test {
+namespace {
+
+using ::testing::Contains;
+using ::testing::Each;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::Not;
+using ::testing::StartsWith;
+namespace fs = std::filesystem;
+using Names = std::set<std::string>;
+using Note = FakeNotifications::Note;
+
+// Remembers what would be locked: the flag itself takes rights that a test may not have.
+class RecordingMetadata : public LinuxFileMetadata {
+ public:
+  Status setLocked(const std::string& path, bool locked) override {
+    if (locked) lockedFiles.insert(fs::path(path).filename());
+    return {};
+  }
+  Names lockedFiles;
+};
+
+// Runs command lines in this process, for a home with one file of each of a few items.
+class CommandLineTest : public ::testing::Test {
+ protected:
+  static inline const std::vector<std::pair<std::string, std::string>> kFiles = {
+      {"boris", "Library/Preferences/com.borisfx.Title 3D"},
+      {"fcp", "Library/Preferences/com.apple.FinalCutPro.plist"},
+      {"motion", "Library/Preferences/com.apple.motion.plist"},
+      {"plugins", "Library/Preferences/Final Cut Pro User Data/Plugins"},
+      {"setting", "Library/Application Support/Compressor/a.setting"}};
+  static inline const Names kAll = {"boris", "fcp", "motion", "plugins", "setting"};
+
+  CommandLineTest() {
+    fill();
+    fake_.taskClient.services = {"QWProClientCallback"};
+    fake_.taskClient.understood = {"postErrorString:userInfo:"};
+  }
+
+  void fill(const std::optional<std::string>& content = {}) {
+    for (const auto& [name, path] : kFiles) writeFile(home_ / path, content.value_or(name));
+  }
+  // The names whose files are there with their first content.
+  static Names intactIn(const std::string& folder) {
+    Names names;
+    for (const auto& [name, path] : kFiles)
+      if (exists(folder + "/" + path) && readFile(folder + "/" + path) == name) names.insert(name);
+    return names;
+  }
+  Names intact() const { return intactIn(home_.path()); }
+  Names heldBy(const std::string& backup) const { return intactIn(backup + "/Users/user"); }
+  std::string library(const std::string& name = "") const {
+    return home_ / ("Library/Application Support/Quarrywell/Vantory/Backups" + name);
+  }
+  void set(const std::string& key, PropertyList value) {
+    const Runtime runtime(fake_.platform);
+    QWUserDefaults::standardUserDefaults().setObject(key, std::move(value));
+  }
+
+  int run(std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), "vantory");
+    fake_.system.argumentList = std::move(arguments);
+    output_.str("");
+    errors_.str("");
+    Runtime runtime(fake_.platform);
+    runtime.shared<MainThread>();
+    return runProgram(output_, errors_, [this](const std::string& program, const auto& list) {
+      window_ = list;
+      window_.insert(window_.begin(), program);
+      return windowStatus_;
+    });
+  }
+  std::string log() const { return readFile(home_ / "Library/Logs/Quarrywell/Vantory.task.1.log"); }
+  std::vector<std::string> sentErrors() const {
+    std::vector<std::string> texts;
+    for (const auto& message : fake_.taskClient.sent) texts.push_back(message.arguments.at(0));
+    return texts;
+  }
+
+  ScratchFolder home_;
+  ScratchFolder machine_;
+  LinuxFileSystem disk_;
+  FaultyFileSystem files_{disk_};
+  RecordingMetadata metadata_;
+  FakePlatform fake_{files_, metadata_, machine_.path(), home_.path()};
+  std::ostringstream output_;
+  std::ostringstream errors_;
+  Status windowStatus_;
+  std::vector<std::string> window_;
+};
+
+TEST_F(CommandLineTest, ChoosesTheFirstCommandOfTheTableGivenAnywhere) {
+  const auto chosen = [](const std::vector<std::string>& arguments) {
+    const auto choice = chooseCommand(arguments);
+    return choice ? std::string(choice->command->option) + " " + std::to_string(choice->position) : "";
+  };
+  EXPECT_EQ(chosen({"vantory", "x", "-trash", "-list"}), "-list 3");
+  EXPECT_EQ(chosen({"vantory", "-trash", "-autobackup"}), "-autobackup 2");
+  EXPECT_EQ(chosen({"vantory", "-unlock", "-lock", "-lock"}), "-lock 2");
+  EXPECT_EQ(chosen({"vantory", "-Trash", "--list", "-psn_0_1", "-task"}), "");
+  EXPECT_EQ(chosen({}), "");
+}
+
+TEST_F(CommandLineTest, WithoutATaskAnswersAboutItselfOrBecomesTheWindow) {
+  EXPECT_EQ(run({"--help"}), 0);
+  for (const Command& command : commandTable())
+    EXPECT_THAT(output_.str(), HasSubstr("\n  " + std::string(command.option) + " "));
+  EXPECT_EQ(run({"--version"}), 0);
+  EXPECT_EQ(output_.str(), "Vantory " VANTORY_VERSION "\n");
+  EXPECT_THAT(window_, IsEmpty());
+
+  EXPECT_EQ(run({"/x/My.vnt", "-psn"}), 0);
+  EXPECT_THAT(window_, ElementsAre("/opt/vantory/vantory-window", "vantory", "/x/My.vnt", "-psn"));
+  windowStatus_ = Error{std::errc::no_such_file_or_directory, "gone"};
+  EXPECT_EQ(run({}), 1);
+  EXPECT_THAT(errors_.str(), StartsWith("Vantory: No window is installed."));
+  EXPECT_FALSE(exists(home_ / "Library/Logs"));
+
+  EXPECT_EQ(run({"--help", "-list"}), 0);
+  EXPECT_THAT(output_.str(), Not(HasSubstr("Usage")));
+}
+
+TEST_F(CommandLineTest, TrashTakesTheItemsThatItsOperandNames) {
+  const std::vector<std::pair<std::vector<std::string>, Names>> rows = {
+      {{"-trash", "fcpPrefs,,motionPrefs"}, {"boris", "plugins", "setting"}},
+      {{"-trash", "-allprefs,fcpPrefs"}, {"boris", "motion", "plugins", "setting"}},
+      {{"-trash", "fcp"}, {"motion", "plugins", "setting"}},
+      {{"-trash", "fcp,motion"}, kAll},
+      {{"-trash", "-task"}, kAll},
+      {{"-trash"}, {"plugins", "setting"}},
+      {{"-trash", "-allfiles"}, {}}};
+  for (const auto& [arguments, left] : rows) {
+    fill();
+    EXPECT_EQ(run(arguments), 0);
+    EXPECT_EQ(intact(), left) << ::testing::PrintToString(arguments);
+  }
+}
+
+TEST_F(CommandLineTest, LockAndUnlockTakeEverythingWithoutAnOperand) {
+  EXPECT_EQ(run({"-lock", "-allprefs"}), 0);
+  EXPECT_THAT(metadata_.lockedFiles,
+              ElementsAre("com.apple.FinalCutPro.plist", "com.apple.motion.plist", "com.borisfx.Title 3D"));
+  EXPECT_EQ(run({"-unlock", "x", "-lock"}), 0);
+  EXPECT_EQ(metadata_.lockedFiles.size(), kAll.size());
+  EXPECT_EQ(run({"-unlock", "fcpPrefs", "-task"}), 0);
+  EXPECT_THAT(fake_.notifications.posted,
+              ElementsAre(Note{"Vantory", "Unlocking preferences..."}, Note{"Vantory", "Unlock complete"}));
+}
+
+TEST_F(CommandLineTest, BackupTakesItsKeysByPositionAndTrashesItsNamesake) {
+  EXPECT_EQ(run({"-backup", " .Mine/:"}), 0);
+  EXPECT_EQ(heldBy(library("/.Mine.vnt")), kAll);
+  EXPECT_EQ(run({"-backup", "Mine", "fcpPrefs"}), 0);
+  EXPECT_THAT(heldBy(library("/Mine.vnt")), ElementsAre("fcp"));
+  EXPECT_EQ(run({"-backup", "Mine", "fcpPrefs", "motionPrefs", "-task"}), 0);
+  EXPECT_THAT(heldBy(library("/Mine.vnt")), ElementsAre("motion"));
+  EXPECT_THAT(heldBy(home_ / ".local/share/Trash/files/Mine.vnt"), ElementsAre("fcp"));
+  EXPECT_EQ(intact(), kAll);
+}
+
+TEST_F(CommandLineTest, EachFailureIsToldWhereItBelongs) {
+  EXPECT_EQ(run({"-backup"}), 1);
+  EXPECT_EQ(run({"x", "-restore"}), 1);
+  EXPECT_THAT(fake_.systemLog.messages(), ElementsAre("Invalid number of arguments", "Invalid number of arguments"));
+  EXPECT_THAT(sentErrors(), IsEmpty());
+  EXPECT_THAT(log(), Not(HasSubstr("Invalid")));
+
+  EXPECT_EQ(run({"-backup", "/:", "x", "-hotkey"}), 1);
+  EXPECT_THAT(sentErrors(), ElementsAre("Vantory: Unable to backup - invalid filename."));
+  EXPECT_EQ(fake_.systemLog.messages().back(), "Invalid filename");
+  EXPECT_EQ(fake_.notifications.posted.back(), (Note{"Backup failed", "Invalid filename"}));
+
+  EXPECT_EQ(run({"-backup", "None", "noSuchKey"}), 0);
+  EXPECT_FALSE(exists(library("/None.vnt")));
+  EXPECT_EQ(sentErrors().back(), "Vantory: Backup not created - no files to copy.");
+  EXPECT_THAT(log(), HasSubstr(" - Vantory: Backup not created - no files to copy.\n"));
+  EXPECT_EQ(fake_.systemLog.messages().back(), "Backup not created - no files to copy");
+
+  for (const char* path : {"None", ""}) EXPECT_EQ(run({"-restore", path}), 1);
+  EXPECT_EQ(sentErrors().back(), "Vantory: Unable to restore backup - backup does not exist.");
+  EXPECT_THAT(log(), HasSubstr(" - Unable to restore backup - backup does not exist\n"));
+}
+
+TEST_F(CommandLineTest, RestoreTakesAPathAndTheListedItems) {
+  const std::string avid = machine_ / "Users/Shared/AvidMediaComposer/Avid Users/eva/MCState";
+  writeFile(avid, "old");
+  ASSERT_EQ(run({"-backup", "Set"}), 0);
+  writeFile(avid, "new");
+  fill("new");
+  fake_.system.directory = library("/Autosaves");
+  EXPECT_EQ(run({"-restore", "../Set.vnt/", "fcpPrefs,fcpPlugins"}), 0);
+  EXPECT_THAT(intact(), ElementsAre("fcp", "plugins"));
+  EXPECT_EQ(readFile(avid), "new");
+  EXPECT_EQ(run({"-restore", library("/Set.vnt")}), 0);
+  EXPECT_EQ(intact(), kAll);
+  EXPECT_EQ(readFile(avid), "old");
+}
+
+TEST_F(CommandLineTest, TheDefaultBackupIsRestoredOnRequestOnly) {
+  EXPECT_EQ(run({"-restoredefault"}), 1);
+  EXPECT_THAT(fake_.systemLog.messages(), ElementsAre("Unable to restore backup - no default backup set."));
+  EXPECT_THAT(sentErrors(), IsEmpty());
+
+  ASSERT_EQ(run({"-backup", "Good"}), 0);
+  set("defaultBackup", "Good.vnt");
+  set("autoRestoreDefault", 1);
+  EXPECT_EQ(run({"-trash"}), 0);
+  EXPECT_THAT(log(), HasSubstr("Finding default backup to restore...\n"));
+  EXPECT_THAT(intact(), ElementsAre("plugins", "setting"));  // the task has loaded no library to find one in
+  EXPECT_EQ(run({"-restoredefault", "-task"}), 0);
+  EXPECT_EQ(intact(), kAll);
+  EXPECT_EQ(fake_.notifications.posted.back(), (Note{"Default backup restored", "Good"}));
+}
+
+TEST_F(CommandLineTest, ListCanBeReadBack) {
+  EXPECT_EQ(run({"-list"}), 0);
+  EXPECT_TRUE(parsePropertyList(output_.str())->asDictionary()->empty());
+  EXPECT_EQ(fake_.users.superuserRequests, 0);
+
+  const std::string odd = "B\xff\"; x = \n\xc3\xa4";
+  for (const std::string& name : {odd, std::string("A")}) ASSERT_EQ(run({"-backup", name}), 0);
+  set("maxAutoBackups", 1);
+  for (int time = 0; time < 2; ++time) {
+    ASSERT_EQ(run({"-autobackup"}), 0);
+    fake_.clock.advance(std::chrono::seconds(1));
+  }
+  EXPECT_EQ(std::distance(fs::directory_iterator(library("/Autosaves")), {}), 2);  // a task never prunes
+
+  EXPECT_EQ(run({"-list"}), 0);
+  EXPECT_EQ(output_.str().back(), '}');
+  const auto listing = parsePropertyList(output_.str());
+  std::vector<std::string> names;
+  for (const auto& [path, entry] : listing->asDictionary()->entries()) {
+    const auto text = [&entry = entry](const char* key) { return textOf(*entry.asDictionary()->find(key)).value(); };
+    names.push_back(text("name"));
+    EXPECT_EQ(path, library("/" + names.back() + ".vnt"));
+    EXPECT_EQ(text("path"), path);
+    EXPECT_THAT(text("date"), ::testing::MatchesRegex("[A-Z][a-z]+ [0-9]+, 20[0-9]+ [0-9]+:[0-9]+:[0-9]+"));
+  }
+  EXPECT_THAT(names, ElementsAre("A", odd));
+
+  output_.setstate(std::ios::badbit);  // as on a full disk
+  EXPECT_EQ(run({"-list"}), 1);
+}
+
+TEST_F(CommandLineTest, TouchesNothingWithoutAUsableHomeOrLibrary) {
+  set("backupPath", home_ / "a*b");
+  EXPECT_EQ(run({"-backup", "x"}), 1);
+  EXPECT_THAT(fake_.systemLog.messages().back(), StartsWith("The backup folder "));
+  EXPECT_FALSE(exists(home_ / "a*b"));
+
+  fs::remove_all(home_ / "Library");
+  fake_.users.process->home = home_ / "a*b";
+  EXPECT_EQ(run({"-autobackup"}), 1);
+  EXPECT_THAT(fake_.systemLog.messages().back(), StartsWith("The home folder "));
+
+  fake_.users.superuser = true;
+  fake_.users.console.reset();
+  const std::string reason = "Nobody is logged in at the console - nothing was done.";
+  for (const Command& command : commandTable()) {
+    EXPECT_EQ(run({std::string(command.option), "x"}), 1);
+    EXPECT_EQ(fake_.systemLog.messages().back(), reason);
+  }
+  EXPECT_THAT(readFile(machine_ / "Library/Logs/Quarrywell/Vantory.task.1.log"), HasSubstr(reason));
+  EXPECT_TRUE(fs::is_empty(home_.path()));
+}
+
+TEST_F(CommandLineTest, SaysWhatPeopleMustKnowOnStandardError) {
+  files_.fail(Operation::Trash, std::errc::io_error, FaultyFileSystem::kEveryCall);
+  EXPECT_EQ(run({"-trash", "motionPrefs"}), 0);
+  EXPECT_EQ(intact(), kAll);
+  EXPECT_THAT(fake_.systemLog.messages().back(), StartsWith("1 file could not be processed"));
+  EXPECT_THAT(log(), HasSubstr("1 file could not be processed"));
+
+  files_.fail(Operation::StageCopy, std::errc::no_space_on_device, FaultyFileSystem::kEveryCall);
+  EXPECT_EQ(run({"-autobackup"}), 0);
+  EXPECT_THAT(fake_.systemLog.messages().back(), HasSubstr("could not be processed"));
+
+  fake_.users.process->home = home_ / "deeper";
+  EXPECT_EQ(run({"-backup", "x"}), 0);
+  EXPECT_THAT(errors_.str(), HasSubstr("is not two levels deep"));
+  EXPECT_EQ(run({"-lock"}), 0);
+  EXPECT_EQ(errors_.str(), "");
+}
+
+}  // namespace
+}  // namespace vantory::test

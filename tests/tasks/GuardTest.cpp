@@ -1,0 +1,89 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "platform/linux/LinuxFileMetadata.h"
+#include "platform/linux/LinuxFileSystem.h"
+#include "services/MainThread.h"
+#include "services/QWAlert.h"
+#include "services/QWCmdUtils.h"
+#include "services/QWLog.h"
+#include "services/Runtime.h"
+#include "tasks/QWVantoryUtilities.h"
+#include "tests/support/FakePlatform.h"
+#include "tests/support/ScratchFolder.h"
+
+namespace vantory::test {
+namespace {
+
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+
+class GuardTest : public ::testing::Test {
+ protected:
+  GuardTest() {
+    runtime_.shared<MainThread>();
+    QWLog::createNewLog("Guard");
+    fake_.workspace.running = {"other", "app", "app"};
+  }
+
+  GuardDecision decide(bool closeAutomatically, const std::string& bundleID = "app") {
+    return guard_.checkRunningAppsForName("App", bundleID, closeAutomatically);
+  }
+  std::string log() {
+    QWLog::finishWriting();
+    return readFile(home_ / "Library/Logs/Quarrywell/Guard.1.log");
+  }
+
+  ScratchFolder home_;
+  LinuxFileSystem files_;
+  LinuxFileMetadata metadata_;
+  FakePlatform fake_{files_, metadata_, home_.path(), home_.path()};
+  Runtime runtime_{fake_.platform};
+  QWVantoryUtilities guard_;
+};
+
+TEST_F(GuardTest, WithoutAWindowTheCallerDecides) {
+  const std::string before = log();
+  EXPECT_EQ(decide(true, "App"), GuardDecision::NotRunning);  // another identifier
+  EXPECT_EQ(log(), before);
+  EXPECT_EQ(decide(false), GuardDecision::Skip);  // a user interface is claimed, but none is there to ask
+  EXPECT_THAT(log(), HasSubstr("App is running - skipping app...\n"));
+
+  QWCmdUtils::sharedController().setHasGUI(false);
+  QWAlert::sharedController().ask = [](const AlertTexts&) { return QWAlert::Alternate; };
+  EXPECT_EQ(decide(true), GuardDecision::CloseAndRelaunch);
+  EXPECT_THAT(log(), HasSubstr("App is running - closing application...\n"));
+  EXPECT_THAT(fake_.workspace.quitRequests, IsEmpty());
+}
+
+TEST_F(GuardTest, WithAWindowTheUserDecides) {
+  int answer = 0;
+  QWAlert::sharedController().ask = [&](const AlertTexts&) { return answer; };
+  const std::pair<int, GuardDecision> rows[] = {{1, GuardDecision::CloseAndRelaunch},
+                                                {0, GuardDecision::Cancel},
+                                                {-1, GuardDecision::Skip},
+                                                {7, GuardDecision::NotRunning}};
+  for (const auto& [button, decision] : rows) {
+    answer = button;
+    EXPECT_EQ(decide(true), decision);
+  }
+}
+
+TEST_F(GuardTest, ClosingWaitsForTheLastCopyWithinItsLimit) {
+  fake_.taskClient.services = {"QWProClientCallback"};
+  fake_.taskClient.understood = {"postErrorString:userInfo:"};
+  fake_.workspace.onQuit = [](const std::string&) { return Error{std::errc::timed_out, "no answer"}; };
+  EXPECT_FALSE(guard_.closeAppWithName("App", "app"));
+  EXPECT_THAT(log(), HasSubstr("Unable to quit App application  - no answer\n"));
+  EXPECT_EQ(fake_.taskClient.sent.at(0).arguments.at(0), "Unable to quit App application - no answer");
+
+  fake_.workspace.onQuit = [this](const std::string&) { return fake_.workspace.running.pop_back(), Status(); };
+  const Timestamp start = fake_.clock.now();
+  EXPECT_FALSE(guard_.closeAppWithName("App", "app"));
+  EXPECT_EQ(fake_.clock.now().seconds - start.seconds, 32);
+  EXPECT_TRUE(guard_.closeAppWithName("App", "app"));
+  EXPECT_EQ(fake_.clock.now().seconds - start.seconds, 34);
+}
+
+}  // namespace
+}  // namespace vantory::test
