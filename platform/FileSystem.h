@@ -124,7 +124,8 @@ class FileSystem {
   // Deletes an item for good, folders with their contents. A missing one is an error (no_such_file_or_directory).
   virtual Status remove(const std::string& path) = 0;
 
-  // Creates a folder (0700 where it is new) and the folders above it. An existing folder is success.
+  // Creates a folder (0700 where it is new; 0755 where administrator rights make it outside of the user's home) and the
+  // folders above it. An existing folder is success.
   virtual Status makeFolder(const std::string& path) = 0;
 
   // Moves an item to the desktop's Trash: the one whose files lie in `trashFolder` when that is on the same file

@@ -9,6 +9,11 @@
 namespace vantory {
 
 // The service that a companion tool registers to hear of a task it started.
+//
+// Services are named without a domain ("QWProClientCallback"), messages with their colons ("postError:forApp:"). Each
+// platform makes its own names of them; on D-Bus the service gets the maker's domain in front and the member loses its
+// colons, and no two members share a name. Every argument is a text; the second one of "postErrorString:userInfo:" is
+// the value of "appName" in the dictionary that travels.
 class TaskClient {
  public:
   virtual ~TaskClient() = default;

@@ -18,8 +18,8 @@ class PrivilegedRunner {
   // True while the right is held.
   virtual bool isAuthorized() const = 0;
   // Performs what the tool would do with these arguments, to its end, and answers 0 when it succeeded. Only "/bin/cp",
-  // "/bin/mv", "/bin/rm",
-  // "/bin/mkdir" and "/usr/bin/touch" in the argument shapes of QWAuthorization are known; all else is refused.
+  // "/bin/mv", "/bin/rm", "/bin/mkdir", "/usr/bin/touch" and "/usr/bin/chattr" are known, in the argument shapes that
+  // QWAuthorization and the locks of QWFileManager use; all else is refused.
   virtual int run(const std::string& tool, const std::vector<std::string>& arguments) = 0;
 };
 

@@ -34,10 +34,12 @@ std::string percentEncoded(std::string_view path) {
   return encoded;
 }
 
-// At most `length` bytes of the text, not cut inside a character.
+// At most `length` bytes of the text, not cut inside a character where it consists of characters.
 std::string shortened(const std::string& text, std::size_t length) {
+  constexpr std::size_t kLongestCharacter = 4;
   if (text.size() <= length) return text;
-  while (length > 0 && (static_cast<unsigned char>(text[length]) & 0xC0) == 0x80) --length;
+  for (std::size_t back = 0; back < std::min(kLongestCharacter, length); ++back)
+    if ((static_cast<unsigned char>(text[length - back]) & 0xC0) != 0x80) return text.substr(0, length - back);
   return text.substr(0, length);
 }
 
@@ -144,6 +146,18 @@ bool isSharedTrash(const std::string& path) {
   return lstat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode) && (status.st_mode & S_ISVTX) != 0;
 }
 
+// Whether an item is on the file system of a folder, or of where that folder would be made.
+bool lieTogether(const Place& item, std::string folder) {
+  struct stat itemStatus;
+  struct stat folderStatus;
+  if (fstatat(item.at(), item.name.c_str(), &itemStatus, AT_SYMLINK_NOFOLLOW) != 0) return true;
+  while (stat(folder.c_str(), &folderStatus) != 0) {
+    if (folder == "/") return false;
+    folder = parentOf(folder);
+  }
+  return itemStatus.st_dev == folderStatus.st_dev;
+}
+
 }  // namespace
 
 Result<std::string> DesktopTrash::put(const std::string& path, const std::string& homeFiles) {
@@ -151,18 +165,15 @@ Result<std::string> DesktopTrash::put(const std::string& path, const std::string
   const FileRights::Scope scope(rights_);
   Result<Place> item = rights_.locate(path);
   if (!item) return item.error();
-  struct stat status;
-  if (fstatat(item->at(), item->name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) return systemError(path);
-
-  Result<std::string> trashed = putInto(*item, status.st_dev, path, homeFiles);
+  Result<std::string> trashed = putInto(*item, path, homeFiles);
   const bool folderVanished = !trashed && trashed.error().code == std::errc::no_such_file_or_directory;
-  return folderVanished ? putInto(*item, status.st_dev, path, homeFiles) : trashed;
+  return folderVanished ? putInto(*item, path, homeFiles) : trashed;
 }
 
-Result<std::string> DesktopTrash::putInto(const Place& item, dev_t device, const std::string& path,
-                                          const std::string& homeFiles) {
-  // An item beside the user's own Trash belongs there or nowhere.
-  if (deviceOf(homeFiles) == device) {
+Result<std::string> DesktopTrash::putInto(const Place& item, const std::string& path, const std::string& homeFiles) {
+  // An item beside the user's own Trash belongs there or nowhere. Where that Trash is open already, moving the item
+  // there tells.
+  if (knownCan(parentOf(homeFiles)) || lieTogether(item, homeFiles)) {
     Result<Can*> can = homeCan(homeFiles);
     if (!can) return can.error();
     Result<std::string> trashed = putInto(**can, item, path);
@@ -173,23 +184,15 @@ Result<std::string> DesktopTrash::putInto(const Place& item, dev_t device, const
   return putInto(**volume, item, path);
 }
 
-// Of the folder, or where it would be made.
-dev_t DesktopTrash::deviceOf(const std::string& homeFiles) const {
+DesktopTrash::Can* DesktopTrash::knownCan(const std::string& path) const {
   for (const auto& can : cans_)
-    if (can->path == parentOf(homeFiles)) return can->device;
-  struct stat status;
-  std::string path = homeFiles;
-  while (stat(path.c_str(), &status) != 0) {
-    if (path == "/") return 0;
-    path = parentOf(path);
-  }
-  return status.st_dev;
+    if (can->path == path) return can.get();
+  return nullptr;
 }
 
 Result<DesktopTrash::Can*> DesktopTrash::homeCan(const std::string& homeFiles) {
   const std::string path = parentOf(homeFiles);
-  for (const auto& can : cans_)
-    if (can->path == path) return can.get();
+  if (Can* known = knownCan(path)) return known;
   Result<Can> opened = openCan(path, "");
   if (!opened) return opened.error();
   return cans_.emplace_back(std::make_unique<Can>(std::move(*opened))).get();
@@ -218,7 +221,7 @@ Result<DesktopTrash::Can> DesktopTrash::openCan(const std::string& path, const s
   if (status.st_uid != rights_.fileOwner())
     return errorWithText(std::errc::operation_not_permitted, path, "this Trash belongs to somebody else");
 
-  Can can{path, topDirectory, status.st_dev, {}, {}, {}};
+  Can can{path, topDirectory, {}, {}, {}};
   for (const auto& [name, folder] : {std::pair{"files", &can.files}, std::pair{"info", &can.info}}) {
     mkdirat(base.get(), name, S_IRWXU);
     *folder = Descriptor(openat(base.get(), name, kFlags | O_NOFOLLOW));
@@ -252,6 +255,7 @@ Result<std::string> DesktopTrash::putInto(Can& can, const Place& item, const std
         return can.path + "/files/" + trashed;
       }
       unlinkat(can.info.get(), infoName(trashed).c_str(), 0);
+      if (moved.error().code == std::errc::no_such_file_or_directory) forget(can);
       if (moved.error().code != std::errc::file_exists) return moved.error();
       ++number;  // a file without its note; no other item may take its place
     } else {

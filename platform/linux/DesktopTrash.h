@@ -31,17 +31,16 @@ class DesktopTrash {
   struct Can {
     std::string path;          // the folder that holds "files" and "info"
     std::string topDirectory;  // of the file system; empty for the user's own Trash
-    dev_t device = 0;          // of the folder "files"
     Descriptor files;
     Descriptor info;
     std::unordered_map<std::string, int> lastNumbers;
   };
 
-  dev_t deviceOf(const std::string& homeFiles) const;
+  Can* knownCan(const std::string& path) const;
   Result<Can*> homeCan(const std::string& homeFiles);
   Result<Can*> volumeCan(const std::string& path);
   Result<Can> openCan(const std::string& path, const std::string& topDirectory) const;
-  Result<std::string> putInto(const Place& item, dev_t device, const std::string& path, const std::string& homeFiles);
+  Result<std::string> putInto(const Place& item, const std::string& path, const std::string& homeFiles);
   Result<std::string> putInto(Can& can, const Place& item, const std::string& path);
   void forget(const Can& can);
 

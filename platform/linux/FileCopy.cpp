@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstring>
 #include <ctime>
+#include <optional>
 #include <string_view>
 
 #include "platform/linux/Errors.h"
@@ -16,8 +17,8 @@ namespace {
 
 constexpr std::size_t kBufferBytes = 256 * 1024;
 constexpr off_t kRangeBytes = 64 * 1024 * 1024;
-constexpr std::string_view kAccessList = "system.posix_acl_access";
-constexpr std::string_view kDefaultAccessList = "system.posix_acl_default";
+constexpr const char* kAccessList = "system.posix_acl_access";
+constexpr const char* kDefaultAccessList = "system.posix_acl_default";
 
 bool sameTime(const timespec& left, const timespec& right) {
   return left.tv_sec == right.tv_sec && left.tv_nsec == right.tv_nsec;
@@ -91,7 +92,7 @@ bool copySparse(int source, int copy, off_t size) {
   for (off_t position = 0; position < size;) {
     const off_t data = lseek(source, position, SEEK_DATA);
     if (data < 0 && errno == ENXIO) break;
-    if (data < 0) return false;
+    if (data < 0) return position == 0 && errno == EINVAL && copyBytes(source, copy, size);
     const off_t hole = lseek(source, data, SEEK_HOLE);
     if (hole < 0 || lseek(source, data, SEEK_SET) < 0 || lseek(copy, data, SEEK_SET) < 0) return false;
     if (!copyBytes(source, copy, hole - data)) return false;
@@ -111,15 +112,17 @@ bool isKept(std::string_view attribute) {
   return attribute.substr(0, 5) == "user." || attribute == kAccessList || attribute == kDefaultAccessList;
 }
 
-// The names of all extended attributes, each ended by a NUL.
-std::string attributeNames(int file) {
+// The names of all extended attributes, each ended by a NUL; none when they cannot be told.
+std::optional<std::string> attributeNames(int file) {
   char few[1024];
-  const ssize_t length = flistxattr(file, few, sizeof few);
-  if (length >= 0) return {few, static_cast<std::size_t>(length)};
-  if (errno != ERANGE) return {};
+  ssize_t length = flistxattr(file, few, sizeof few);
+  if (length >= 0) return std::string(few, static_cast<std::size_t>(length));
+  if (errno == EOPNOTSUPP) return "";
+  if (errno != ERANGE) return std::nullopt;
   std::string many(static_cast<std::size_t>(XATTR_LIST_MAX), '\0');
-  const ssize_t all = flistxattr(file, many.data(), many.size());
-  many.resize(static_cast<std::size_t>(std::max<ssize_t>(all, 0)));
+  length = flistxattr(file, many.data(), many.size());
+  if (length < 0) return std::nullopt;
+  many.resize(static_cast<std::size_t>(length));
   return many;
 }
 
@@ -144,7 +147,22 @@ void copyNamedAttributes(int source, int copy, const std::string& names, Which w
   }
 }
 
+bool dropAccessList(int item, const char* name) {
+  return fremovexattr(item, name) == 0 || errno == ENODATA || errno == EOPNOTSUPP;
+}
+
+// The mode or the times: a file system without owners or dates of its own refuses them, and the content matters more.
+bool cannotHold() {
+  return errno == EPERM || errno == EOPNOTSUPP || errno == ENOSYS;
+}
+
 }  // namespace
+
+bool dropInherited(int item) {
+  struct stat status;
+  if (fstat(item, &status) != 0) return false;
+  return dropAccessList(item, kAccessList) && (!S_ISDIR(status.st_mode) || dropAccessList(item, kDefaultAccessList));
+}
 
 void CopyNotes::add(std::string note) {
   const std::lock_guard lock(mutex_);
@@ -189,12 +207,20 @@ Status copyAttributes(int source, const struct stat& status, int copy, const std
                       const std::string& destination, const FileRights& rights, CopyNotes& notes) {
   if (const Status given = rights.giveAway(copy, destination, status.st_uid, status.st_gid); !given) return given;
   // In this order: plain attributes need write permission, an access list says more than the mode, times come last.
-  const std::string names = attributeNames(source);
+  const auto listed = attributeNames(source);
+  if (!listed) notes.addOnce("list", "The attributes could not be read of " + systemError(path).text);
+  const std::string names = listed.value_or("");
   copyNamedAttributes(source, copy, names, Which::Plain, path, notes);
-  if (fchmod(copy, rights.permittedMode(status.st_mode)) != 0) return systemError(path);
+  if (uninterrupted([&] { return fchmod(copy, rights.permittedMode(status.st_mode)); }) != 0) {
+    if (!cannotHold()) return systemError(path);
+    notes.addOnce("mode", "The mode could not be kept for " + systemError(path).text);
+  }
   copyNamedAttributes(source, copy, names, Which::AccessLists, path, notes);
   const timespec times[2] = {status.st_atim, status.st_mtim};
-  if (futimens(copy, times) != 0) return systemError(path);
+  if (uninterrupted([&] { return futimens(copy, times); }) != 0) {
+    if (!cannotHold()) return systemError(path);
+    notes.addOnce("times", "The times could not be kept for " + systemError(path).text);
+  }
   return {};
 }
 

@@ -31,6 +31,10 @@ class CopyNotes {
 // leaves errno.
 Descriptor openSource(int folder, const char* name, int followFlag);
 
+// Takes from a new file or folder the access lists that it inherited from the folder it was made in: they would let
+// others in as soon as the copy gets its mode. False, with errno, when it may still have them.
+bool dropInherited(int item);
+
 // Copies the content and attributes of an open regular file of this status into a new empty one. A source that changes
 // meanwhile is copied again, up to three times. `path` names the source in messages; `destination` decides who owns the
 // copy.

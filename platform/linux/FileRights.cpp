@@ -32,26 +32,26 @@ bool liesBelow(std::string_view path, std::string_view folder) {
   return path.size() > folder.size() + 1 && path.substr(0, folder.size()) == folder && path[folder.size()] == '/';
 }
 
-// The target of a link of the superuser's; empty, with errno ELOOP, for anyone else's.
+// The target of a link of the superuser's; empty, with errno ELOOP, for anyone else's, and for one that may have been
+// brought here by a second name.
 std::string trustedTarget(int folder, const std::string& name) {
+  const Descriptor link(openat(folder, name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
   struct stat status;
-  if (fstatat(folder, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) return {};
+  if (!link.valid() || fstat(link.get(), &status) != 0) return {};
   char target[PATH_MAX];
-  const ssize_t length = readlinkat(folder, name.c_str(), target, sizeof target);
+  const ssize_t length = readlinkat(link.get(), "", target, sizeof target);
   if (length <= 0) return {};
-  if (status.st_uid != 0 || length == sizeof target) {
+  if (status.st_uid != 0 || status.st_nlink != 1 || length == sizeof target) {
     errno = ELOOP;
     return {};
   }
   return std::string(target, static_cast<std::size_t>(length));
 }
 
-// Opens a folder by an absolute path, following links of the superuser's only.
-Descriptor openTrusted(const std::string& path) {
+// Opens the folder that these names lead to from the root, following links of the superuser's only.
+Descriptor openTrusted(std::deque<std::string> ahead) {
   constexpr int kFlags = O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
   constexpr int kMostLinks = 40;
-  const auto parts = componentsOf(path);
-  std::deque<std::string> ahead(parts.begin(), parts.end());
   Descriptor folder(open("/", kFlags));
   for (int links = 0; !ahead.empty() && folder.valid();) {
     const std::string name = std::move(ahead.front());
@@ -100,20 +100,26 @@ FileRights FileRights::administrator(const User& user, std::vector<std::string> 
   return rights;
 }
 
+FileRights FileRights::machine() {
+  return administrator({}, {""});  // every path lies below
+}
+
 // Whether this thread works with a user's rights already.
 thread_local bool taken = false;
 
 // The calls of the kernel, not of the C library: those change one thread, these would change all. The user id goes last
-// because it takes the right to change the others away, and comes back first.
+// because it takes the right to change the others away, and comes back first. Working on with the superuser's identity
+// would be worse than ending.
 FileRights::Scope::Scope(const FileRights& rights) {
   if (rights.kind_ != Kind::User || taken) return;
   releases_ = taken = true;
-  syscall(SYS_setgroups, rights.groups_.size(), rights.groups_.data());
+  if (syscall(SYS_setgroups, rights.groups_.size(), rights.groups_.data()) != 0) std::abort();
   setfsgid(rights.user_.group);
   setfsuid(rights.user_.id);
-  // A negative id changes nothing and answers the present one. Working on with the superuser's identity would be worse
-  // than ending.
-  if (static_cast<uid_t>(setfsuid(static_cast<uid_t>(-1))) != rights.user_.id) std::abort();
+  // A negative id changes nothing and answers the present one.
+  if (static_cast<gid_t>(setfsgid(static_cast<gid_t>(-1))) != rights.user_.group ||
+      static_cast<uid_t>(setfsuid(static_cast<uid_t>(-1))) != rights.user_.id)
+    std::abort();
 }
 
 FileRights::Scope::~Scope() {
@@ -130,12 +136,13 @@ Result<Place> FileRights::locate(const std::string& path) const {
   if (kind_ != Kind::Administrator) return Place{{}, path};
 
   const auto parts = componentsOf(path);
-  const bool serves =
-      std::any_of(folders_.begin(), folders_.end(), [&](const std::string& folder) { return liesBelow(path, folder); });
+  std::string plain;  // as the parts alone say it: no extra slash or dot makes a folder look like something in it
+  for (const std::string& part : parts) plain.append("/").append(part);
+  const bool serves = std::any_of(folders_.begin(), folders_.end(),
+                                  [&](const std::string& folder) { return liesBelow(plain, folder); });
   if (!serves || std::find(parts.begin(), parts.end(), "..") != parts.end())
     return errorWithText(std::errc::operation_not_permitted, path, "administrator rights do not serve here");
-  const std::string parent = path.substr(0, path.find_last_of('/', path.find_last_not_of('/')));
-  Place place{openTrusted(parent), parts.back()};
+  Place place{openTrusted({parts.begin(), parts.end() - 1}), parts.back()};
   if (!place.folder.valid()) return systemError(path);
   return place;
 }
@@ -148,12 +155,26 @@ mode_t FileRights::permittedMode(mode_t mode) const {
   return getuid() == 0 ? mode & 01777U : mode & 07777U;
 }
 
+bool FileRights::isInHome(const std::string& path) const {
+  return !user_.home.empty() && liesBelow(path, user_.home);
+}
+
 Status FileRights::giveAway(int descriptor, const std::string& path, uid_t otherwiseUser, gid_t otherwiseGroup) const {
+  return giveAway(descriptor, "", path, otherwiseUser, otherwiseGroup);
+}
+
+Status FileRights::giveAway(int folder, const char* name, const std::string& path, uid_t otherwiseUser,
+                            gid_t otherwiseGroup) const {
   if (kind_ != Kind::Administrator) return {};
-  const bool inHome = liesBelow(path, user_.home);
-  if (fchown(descriptor, inHome ? user_.id : otherwiseUser, inHome ? user_.group : otherwiseGroup) != 0)
+  const bool inHome = isInHome(path);
+  if (fchownat(folder, name, inHome ? user_.id : otherwiseUser, inHome ? user_.group : otherwiseGroup,
+               AT_EMPTY_PATH | AT_SYMLINK_NOFOLLOW) != 0)
     return systemError(path);
   return {};
+}
+
+mode_t FileRights::folderMode(const std::string& path) const {
+  return kind_ != Kind::Administrator || isInHome(path) ? 0700 : 0755;
 }
 
 bool FileRights::mayCopy(const struct stat& status) const {

@@ -31,6 +31,9 @@ class FileRights {
   static FileRights own();
   static FileRights ofUser(const User& user);
   static FileRights administrator(const User& user, std::vector<std::string> folders);
+  // The superuser's own, on every path, for folders that belong to the machine: everyone may look into those that are
+  // made. Passes no user's link either.
+  static FileRights machine();
 
   // Takes the rights on this thread while it lives; may be nested. Every system call on a path or on a new file belongs
   // inside one.
@@ -57,6 +60,11 @@ class FileRights {
   // Gives what the superuser made at `path` to its rightful owner: into the user's home to that user, elsewhere to
   // `otherwise`.
   Status giveAway(int descriptor, const std::string& path, uid_t otherwiseUser, gid_t otherwiseGroup) const;
+  // The same for a link, which cannot be opened, called `name` in an open folder.
+  Status giveAway(int folder, const char* name, const std::string& path, uid_t otherwiseUser,
+                  gid_t otherwiseGroup) const;
+  // The mode of a new folder: private, but for what the superuser makes outside of the home for all to use.
+  mode_t folderMode(const std::string& path) const;
   // Whether an open file may be handed on to the user: not one that the superuser alone may read and the user merely
   // has a second name for.
   bool mayCopy(const struct stat& status) const;
@@ -66,6 +74,8 @@ class FileRights {
   enum class Kind { Own, User, Administrator };
 
   FileRights(Kind kind, User user) : kind_(kind), user_(std::move(user)) {}
+
+  bool isInHome(const std::string& path) const;
 
   Kind kind_;
   User user_;

@@ -14,10 +14,10 @@ Status createFolder(const std::string& path, const FileRights& rights) {
   Result<Place> place = rights.locate(path);
   if (!place) return place.error();
   const char* name = place->name.c_str();
-  if (mkdirat(place->at(), name, S_IRWXU) == 0) {
+  if (uninterrupted([&] { return mkdirat(place->at(), name, S_IRWXU); }) == 0) {
     if (!rights.isAdministrator()) return {};
     const Descriptor made(openat(place->at(), name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-    if (!made.valid()) return systemError(path);
+    if (!made.valid() || fchmod(made.get(), rights.folderMode(path)) != 0) return systemError(path);
     return rights.giveAway(made.get(), path, getuid(), getgid());
   }
   if (errno != EEXIST) return systemError(path);

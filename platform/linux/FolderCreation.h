@@ -9,8 +9,8 @@ namespace vantory {
 
 class FileRights;
 
-// Creates the folder at an absolute path and those above it, private (0700) where they are new. A folder, or a link to
-// one, that is there already is success.
+// Creates the folder at an absolute path and those above it, with the mode that the rights say where they are new. A
+// folder, or a link to one, that is there already is success.
 Status createFolders(const std::string& path, const FileRights& rights);
 
 }  // namespace vantory

@@ -4,9 +4,9 @@
 #include <fcntl.h>
 #include <sys/fsuid.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 
 #include <cstring>
-#include <memory>
 
 #include "platform/linux/Descriptor.h"
 #include "platform/linux/Errors.h"
@@ -14,8 +14,13 @@
 namespace vantory {
 namespace {
 
-struct CloseFolder {
-  void operator()(DIR* stream) const { closedir(stream); }
+// An entry as the kernel hands it out; the name follows, ended by a NUL.
+struct KernelEntry {
+  std::uint64_t number;
+  std::int64_t position;
+  std::uint16_t length;
+  std::uint8_t type;
+  char name[1];
 };
 
 FileType typeOf(unsigned char kind) {
@@ -31,45 +36,55 @@ FileType typeOf(unsigned char kind) {
   }
 }
 
-FileType typeOfMode(mode_t mode) {
+}  // namespace
+
+FileType typeOfMode(unsigned mode) {
   return S_ISREG(mode)   ? FileType::File
          : S_ISDIR(mode) ? FileType::Folder
          : S_ISLNK(mode) ? FileType::SymbolicLink
                          : FileType::Other;
 }
 
+namespace {
+
 bool isSelfOrParent(const char* name) {
   return std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0;
 }
 
-}  // namespace
-
-Result<std::vector<DirectoryEntry>> readFolder(int folder, const std::string& path, Detail detail) {
-  Descriptor own(openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (!own.valid()) return systemError(path);
-  return readFolder(std::move(own), path, detail);
+// Adds the entry, with what the kernel did not tell asked for where it is wanted. One that vanished meanwhile is left
+// out.
+Status addEntry(std::vector<DirectoryEntry>& entries, int folder, const KernelEntry& read, Detail detail,
+                const std::string& path) {
+  DirectoryEntry entry{read.name, typeOf(read.type), 0};
+  if (detail == Detail::Sizes || read.type == DT_UNKNOWN) {
+    struct stat status;
+    if (fstatat(folder, read.name, &status, AT_SYMLINK_NOFOLLOW) != 0)
+      return errno == ENOENT ? Status() : systemError(path + "/" + entry.name);
+    entry.type = typeOfMode(status.st_mode);
+    entry.size = static_cast<std::uint64_t>(status.st_size);
+  }
+  entries.push_back(std::move(entry));
+  return {};
 }
 
-Result<std::vector<DirectoryEntry>> readFolder(Descriptor folder, const std::string& path, Detail detail) {
-  const std::unique_ptr<DIR, CloseFolder> stream(fdopendir(folder.get()));
-  if (!stream) return systemError(path);
-  const int number = folder.release();
+}  // namespace
 
+// By the kernel's own call: the C library's costs four more calls and an allocation for each folder.
+Result<std::vector<DirectoryEntry>> readFolder(int folder, const std::string& path, Detail detail) {
+  if (lseek(folder, 0, SEEK_SET) != 0) return systemError(path);
   std::vector<DirectoryEntry> entries;
+  alignas(KernelEntry) char buffer[16 * 1024];
   for (;;) {
-    errno = 0;
-    const dirent* entry = readdir(stream.get());
-    if (!entry) break;
-    if (isSelfOrParent(entry->d_name)) continue;
-    DirectoryEntry& added = entries.emplace_back(DirectoryEntry{entry->d_name, typeOf(entry->d_type), 0});
-    if (detail == Detail::Names && entry->d_type != DT_UNKNOWN) continue;
-    struct stat status;
-    if (fstatat(number, entry->d_name, &status, AT_SYMLINK_NOFOLLOW) != 0) continue;
-    added.type = typeOfMode(status.st_mode);
-    added.size = static_cast<std::uint64_t>(status.st_size);
+    const long bytes = uninterrupted([&] { return syscall(SYS_getdents64, folder, buffer, sizeof buffer); });
+    if (bytes < 0) return systemError(path);
+    if (bytes == 0) return entries;
+    for (long offset = 0; offset < bytes;) {
+      const auto* read = reinterpret_cast<const KernelEntry*>(buffer + offset);
+      offset += read->length;
+      if (isSelfOrParent(read->name)) continue;
+      if (const Status added = addEntry(entries, folder, *read, detail, path); !added) return added.error();
+    }
   }
-  if (errno != 0) return systemError(path);
-  return entries;
 }
 
 bool openUp(int folder) {

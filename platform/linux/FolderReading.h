@@ -5,13 +5,13 @@
 #include <vector>
 
 #include "platform/FileSystem.h"
-#include "platform/linux/Descriptor.h"
 
 namespace vantory {
 
-// The entries of a folder that was opened for reading, from its beginning.
-Result<std::vector<DirectoryEntry>> readFolder(Descriptor folder, const std::string& path, Detail detail);
-// The same, keeping the folder open.
+// The kind of item that a mode tells of.
+FileType typeOfMode(unsigned mode);
+
+// The entries of a folder that is open for reading, from its beginning.
 Result<std::vector<DirectoryEntry>> readFolder(int folder, const std::string& path, Detail detail);
 
 // Gives the owner all rights to an open folder that is the caller's own; false when it is not or that failed. Works on

@@ -24,10 +24,12 @@ constexpr std::array<std::string_view, 13> kPackageExtensions = {
     "app",        "appex", "bundle", "fcpbundle", "framework", "imovielibrary", "kext",
     "mdimporter", "pkg",   "plugin", "prefpane",  "vnt",       "vnt2"};
 
-// The flag of a file that belongs to somebody else, or that another name outside could stand for, is not ours to
-// change.
-bool mayBeLocked(const struct stat& status, uid_t owner) {
-  return S_ISDIR(status.st_mode) || (S_ISREG(status.st_mode) && (status.st_uid == owner || status.st_nlink == 1));
+// Whether the superuser may change the flag for the user. With the user's rights a link of the user's may have led
+// anywhere, so only what is the user's own counts; administrator rights come by a trusted way, but must not reach a
+// file through a second name.
+bool mayBeLocked(const struct stat& status, const FileRights& rights) {
+  if (status.st_uid == rights.fileOwner()) return true;
+  return rights.isAdministrator() && (S_ISDIR(status.st_mode) || status.st_nlink == 1);
 }
 
 }  // namespace
@@ -51,7 +53,7 @@ Status LinuxFileMetadata::setLocked(const std::string& path, bool locked) {
   if (fstat(item->get(), &status) != 0) return systemError(path);
   if (!S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode))
     return errorWithText(std::errc::invalid_argument, path, "is neither a file nor a folder");
-  if (getuid() == 0 && !mayBeLocked(status, rights_.fileOwner()))
+  if (getuid() == 0 && !mayBeLocked(status, rights_))
     return errorWithText(std::errc::operation_not_permitted, path, "belongs to somebody else");
   unsigned flags = 0;
   if (ioctl(item->get(), FS_IOC_GETFLAGS, &flags) != 0) return systemError(path);
@@ -114,7 +116,9 @@ Result<std::string> LinuxFileMetadata::finderInfo(const std::string& path) const
 Status LinuxFileMetadata::setFinderInfo(const std::string& path, const std::string& bytes) {
   const FileRights::Scope scope(rights_);
   if (bytes.size() != kFinderInfoBytes) return errorWithText(std::errc::invalid_argument, path, "needs 32 bytes");
-  if (lsetxattr(path.c_str(), kFinderInfo, bytes.data(), bytes.size(), 0) != 0) return systemError(path);
+  const Result<Descriptor> item = openItem(path);
+  if (!item) return item.error();
+  if (fsetxattr(item->get(), kFinderInfo, bytes.data(), bytes.size(), 0) != 0) return systemError(path);
   return {};
 }
 

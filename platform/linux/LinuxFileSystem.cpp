@@ -20,16 +20,9 @@ namespace {
 
 constexpr mode_t kPrivate = S_IRUSR | S_IWUSR;
 
-FileType typeOf(unsigned mode) {
-  return S_ISREG(mode)   ? FileType::File
-         : S_ISDIR(mode) ? FileType::Folder
-         : S_ISLNK(mode) ? FileType::SymbolicLink
-                         : FileType::Other;
-}
-
 FileInfo infoOf(const struct statx& status) {
   FileInfo info;
-  info.type = typeOf(status.stx_mode);
+  info.type = typeOfMode(status.stx_mode);
   info.size = status.stx_size;
   info.modified = {status.stx_mtime.tv_sec, static_cast<std::int32_t>(status.stx_mtime.tv_nsec)};
   info.identity = {makedev(status.stx_dev_major, status.stx_dev_minor), status.stx_ino};
@@ -107,7 +100,7 @@ Result<std::vector<DirectoryEntry>> LinuxFileSystem::list(const std::string& pat
   const FileRights::Scope scope(rights_);
   Result<Descriptor> folder = openAt(path, O_RDONLY | O_DIRECTORY | O_NONBLOCK);
   if (!folder) return folder.error();
-  return readFolder(std::move(*folder), path, detail);
+  return readFolder(folder->get(), path, detail);
 }
 
 Result<std::string> LinuxFileSystem::read(const std::string& path) const {
@@ -152,7 +145,7 @@ Status LinuxFileSystem::write(const std::string& path, std::string_view bytes, W
   if (!options.durable) return {};
 
   Result<Descriptor> folder = openAt(path.substr(0, path.find_last_of('/') + 1), O_RDONLY | O_DIRECTORY);
-  if (folder && fsync(folder->get()) != 0) return systemError(path);
+  if (folder && fsync(folder->get()) != 0 && errno != EINVAL) return systemError(path);
   return {};
 }
 
@@ -163,6 +156,7 @@ Result<std::unique_ptr<AppendFile>> LinuxFileSystem::openForAppending(const std:
   struct stat status;
   if (fstat(file->get(), &status) != 0) return systemError(path);
   if (!S_ISREG(status.st_mode)) return errorWithText(std::errc::invalid_argument, path, "is no file");
+  if (rights_.isAdministrator() && status.st_nlink != 1) return systemError(path, EPERM);  // whose else is it?
   return std::unique_ptr<AppendFile>(std::make_unique<LinuxAppendFile>(std::move(*file), path));
 }
 

@@ -21,12 +21,11 @@
 namespace vantory {
 namespace {
 
-// A file opened later must not become one of the standard streams.
+// A file opened later must not become one of the standard streams. They are opened the wrong way round, so that whoever
+// writes to a closed stream is told.
 void fillStandardStreams() {
-  int descriptor;
-  do descriptor = open("/dev/null", O_RDWR);
-  while (descriptor >= 0 && descriptor <= STDERR_FILENO);
-  if (descriptor >= 0) close(descriptor);
+  for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+    if (fcntl(stream, F_GETFD) < 0) (void)open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
 }
 
 // An executable that was given somebody else's identity does not use it.
@@ -60,7 +59,7 @@ struct LinuxPlatform::Parts {
   LinuxSystemInfo system;
   LinuxFileSystem files{rightsForUser()};
   LinuxFileMetadata metadata{rightsForUser()};
-  LinuxFileSystem machineFiles;
+  LinuxFileSystem machineFiles{users.isSuperuser() ? FileRights::machine() : FileRights::own()};
   LinuxFileSystem administratorFiles{administratorRights()};
   LinuxFileMetadata administratorMetadata{administratorRights()};
   LinuxPrivilegedRunner privileged{users.isSuperuser() ? &administratorFiles : nullptr, &administratorMetadata};

@@ -1,5 +1,6 @@
 #include "platform/linux/LinuxPrivilegedRunner.h"
 
+#include <algorithm>
 #include <ctime>
 #include <memory>
 

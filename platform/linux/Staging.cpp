@@ -36,6 +36,20 @@ Result<Place> openFolderOf(const Place& place, const std::string& path) {
   return opened;
 }
 
+enum class Work { Ours, LeftBehind };
+
+// Takes hold of an open item of unfinished work, if nobody else has it and it still bears the name. Where the file
+// system knows no locks everybody has their own, and nobody can tell what was left behind.
+bool takeHold(Work work, int item, int folder, const std::string& name) {
+  struct stat opened;
+  struct stat named;
+  if (uninterrupted([&] { return flock(item, LOCK_EX | LOCK_NB); }) != 0 &&
+      (errno == EWOULDBLOCK || work == Work::LeftBehind))
+    return false;
+  return fstat(item, &opened) == 0 && fstatat(folder, name.c_str(), &named, AT_SYMLINK_NOFOLLOW) == 0 &&
+         opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
+}
+
 int renameKeeping(int fromFolder, const char* from, int toFolder, const char* to) {
   const int renamed = uninterrupted([&] { return renameat2(fromFolder, from, toFolder, to, RENAME_NOREPLACE); });
   if (renamed == 0 || errno != EINVAL) return renamed;
@@ -57,6 +71,10 @@ class StagedFile : public StagedCopy {
         path_(std::move(path)),
         rights_(rights),
         notes_(std::move(notes)) {}
+  ~StagedFile() override {
+    const FileRights::Scope scope(rights_);
+    file_.discard();
+  }
 
   Status commit(Existing existing) override {
     const FileRights::Scope scope(rights_);
@@ -79,15 +97,23 @@ class StagingFolder {
   static Result<StagingFolder> create(const Place& destination, const std::string& path) {
     Result<Place> parent = openFolderOf(destination, path);
     if (!parent) return parent.error();
-    for (int attempt = 0; attempt < kAttempts; ++attempt) {
-      const std::string name = stagingName(parent->name, attempt);
-      if (mkdirat(parent->folder.get(), name.c_str(), S_IRWXU) == 0) {
-        Descriptor folder = lock(parent->folder.get(), name);
-        if (folder.valid()) return StagingFolder(std::move(*parent), name, std::move(folder), path);
+    const int above = parent->folder.get();
+    for (int attempt = 0, number = 0; attempt < kAttempts; ++attempt) {
+      const std::string name = stagingName(parent->name, number);
+      if (uninterrupted([&] { return mkdirat(above, name.c_str(), S_IRWXU); }) == 0) {
+        Descriptor folder = open(above, name);
+        if (!folder.valid() && errno == ENOENT) continue;  // another process took it for a leftover
+        if (!folder.valid() || !dropInherited(folder.get())) {
+          const Error error = systemError(path);
+          unlinkat(above, name.c_str(), AT_REMOVEDIR);
+          return error;
+        }
+        if (takeHold(Work::Ours, folder.get(), above, name))
+          return StagingFolder(std::move(*parent), name, std::move(folder), path);
       } else if (errno != EEXIST) {
         return systemError(path);
-      } else if (clearLeftover(parent->folder.get(), name, path)) {
-        --attempt;
+      } else if (!clearLeftover(above, name, path)) {
+        ++number;
       }
     }
     return errorWithText(std::errc::device_or_resource_busy, path, "others are copying to the same place");
@@ -108,10 +134,14 @@ class StagingFolder {
   Status name(StagedCopy::Existing existing) {
     const int parent = parent_.folder.get();
     const char* final = parent_.name.c_str();
-    if (existing == StagedCopy::Existing::Replace &&
-        uninterrupted([&] { return renameat2(parent, name_.c_str(), parent, final, RENAME_EXCHANGE); }) == 0) {
-      discard();  // now the old folder bears the hidden name
-      return {};
+    if (existing == StagedCopy::Existing::Replace) {
+      if (uninterrupted([&] { return renameat2(parent, name_.c_str(), parent, final, RENAME_EXCHANGE); }) == 0) {
+        discard();  // now the old folder bears the hidden name
+        return {};
+      }
+      struct stat old;
+      if (errno == EINVAL && fstatat(parent, final, &old, AT_SYMLINK_NOFOLLOW) == 0)
+        return errorWithText(std::errc::not_supported, path_, "this file system replaces no folder in one step");
     }
     if (renameKeeping(parent, name_.c_str(), parent, final) != 0) return systemError(path_);
     parent_.folder = Descriptor();
@@ -122,21 +152,14 @@ class StagingFolder {
   StagingFolder(Place parent, std::string name, Descriptor folder, std::string path)
       : parent_(std::move(parent)), name_(std::move(name)), folder_(std::move(folder)), path_(std::move(path)) {}
 
-  // Opens and locks the folder if nobody else has it and it still bears the name.
-  static Descriptor lock(int parent, const std::string& name) {
-    Descriptor folder(openat(parent, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-    struct stat opened;
-    struct stat named;
-    if (!folder.valid() || (flock(folder.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) ||
-        fstat(folder.get(), &opened) != 0 || fstatat(parent, name.c_str(), &named, AT_SYMLINK_NOFOLLOW) != 0 ||
-        opened.st_ino != named.st_ino)
-      return {};
-    return folder;
+  static Descriptor open(int parent, const std::string& name) {
+    return Descriptor(
+        uninterrupted([&] { return openat(parent, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC); }));
   }
 
   static bool clearLeftover(int parent, const std::string& name, const std::string& path) {
-    const Descriptor left = lock(parent, name);
-    return left.valid() && removeItem(parent, name, path).ok();
+    const Descriptor left = open(parent, name);
+    return left.valid() && takeHold(Work::LeftBehind, left.get(), parent, name) && removeItem(parent, name, path).ok();
   }
 
   Place parent_;      // the open folder, and the final name
@@ -173,32 +196,44 @@ Result<UnnamedFile> UnnamedFile::create(const Place& destination, const std::str
   Descriptor file(uninterrupted([&] {
     return openat(destination.at(), folderOf(destination).c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, kPrivate);
   }));
-  if (file.valid()) return UnnamedFile(std::move(file));
+  if (file.valid()) {
+    if (!dropInherited(file.get())) return systemError(path);
+    return UnnamedFile(std::move(file));
+  }
   if (errno != EOPNOTSUPP && errno != EISDIR && errno != EINVAL) return systemError(path);
 
   Result<Place> folder = openFolderOf(destination, path);
   if (!folder) return folder.error();
-  for (int attempt = 0; attempt < kAttempts; ++attempt) {
-    const std::string name = stagingName(folder->name, attempt);
-    Descriptor named(
-        openat(folder->folder.get(), name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, kPrivate));
-    if (named.valid() && flock(named.get(), LOCK_EX | LOCK_NB) == 0) {
+  const int above = folder->folder.get();
+  for (int attempt = 0, number = 0; attempt < kAttempts; ++attempt) {
+    const std::string name = stagingName(folder->name, number);
+    Descriptor named(uninterrupted(
+        [&] { return openat(above, name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, kPrivate); }));
+    if (named.valid()) {
+      if (!takeHold(Work::Ours, named.get(), above, name)) continue;  // another process took it for a leftover
+      const bool isPrivate = dropInherited(named.get());
+      const int error = errno;
       UnnamedFile result(std::move(named));
-      result.hidden_ = std::make_shared<Place>(Place{std::move(folder->folder), name});
+      result.hidden_ = std::make_unique<Place>(Place{std::move(folder->folder), name});
+      if (!isPrivate) return systemError(path, error);
       return result;
     }
-    if (!named.valid() && errno != EEXIST) return systemError(path);
+    if (errno != EEXIST) return systemError(path);
     // What a killed process left is not locked.
-    const Descriptor left(openat(folder->folder.get(), name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-    if (left.valid() && flock(left.get(), LOCK_EX | LOCK_NB) == 0 &&
-        unlinkat(folder->folder.get(), name.c_str(), 0) == 0)
-      --attempt;
+    const Descriptor left(openat(above, name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    if (!left.valid() || !takeHold(Work::LeftBehind, left.get(), above, name) || unlinkat(above, name.c_str(), 0) != 0)
+      ++number;
   }
   return errorWithText(std::errc::device_or_resource_busy, path, "others are writing to the same place");
 }
 
 UnnamedFile::~UnnamedFile() {
+  discard();
+}
+
+void UnnamedFile::discard() {
   if (hidden_) unlinkat(hidden_->folder.get(), hidden_->name.c_str(), 0);
+  hidden_.reset();
 }
 
 Status UnnamedFile::linkTo(int folder, const std::string& name, const std::string& path) const {
@@ -210,6 +245,9 @@ Status UnnamedFile::linkTo(int folder, const std::string& name, const std::strin
 
 Status UnnamedFile::name(const Place& destination, const std::string& path, StagedCopy::Existing existing) {
   if (hidden_) {
+    // Closing tells of late errors. Ours stays open, because its lock guards the name.
+    Descriptor twin(fcntl(file_.get(), F_DUPFD_CLOEXEC, 0));
+    if (!twin.valid() || !twin.closeWritten()) return systemError(path);
     const int renamed =
         existing == StagedCopy::Existing::Replace
             ? renameat(hidden_->folder.get(), hidden_->name.c_str(), destination.at(), destination.name.c_str())

@@ -22,7 +22,9 @@ class UnnamedFile {
   ~UnnamedFile();
 
   int get() const { return file_.get(); }
-  // Gives the file its destination's name, over an existing file only with Existing::Replace.
+  // Lets go of a file that has not been named; the destructor does the same.
+  void discard();
+  // Gives the complete file its destination's name, over an existing file only with Existing::Replace.
   Status name(const Place& destination, const std::string& path, StagedCopy::Existing existing);
 
  private:
@@ -33,7 +35,7 @@ class UnnamedFile {
 
   Descriptor file_;
   // Only where the file has a hidden name: the folder it is in, and the name.
-  std::shared_ptr<Place> hidden_;
+  std::unique_ptr<Place> hidden_;
 };
 
 // Copies an open regular file or folder beside its destination.

@@ -6,9 +6,12 @@
 #include <atomic>
 #include <climits>
 #include <condition_variable>
+#include <exception>
+#include <iterator>
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -40,16 +43,18 @@ class TreeCopier {
 
   Status run(FolderPointer root);
 
-  void finish(const Folder& folder);
+  void finish(const Folder& folder) noexcept;
 
  private:
+  void giveAttributes(const Folder& folder);
   void work();
   std::optional<Job> takeJob();
   void addJobs(std::vector<Job> jobs);
   void jobDone();
-  void fail(const Error& error);
+  void startHelper();
+  void fail(Error error);
 
-  void perform(const Job& job);
+  void perform(const Job& job) noexcept;
   void enumerate(const FolderPointer& folder);
   void openSubfolder(const FolderPointer& parent, const std::string& name);
   void copyOne(const Folder& folder, const std::string& name);
@@ -62,6 +67,7 @@ class TreeCopier {
   std::vector<Job> jobs_;  // the newest first, so that few folders are open at once
   std::size_t unfinished_ = 0;
   std::thread helper_;
+  bool helperWanted_ = true;  // until it was started, or could not be
   std::atomic<bool> stopped_ = false;
   std::optional<Error> error_;
 };
@@ -91,8 +97,19 @@ struct Folder {
   int depth;
 };
 
+// What one step throws is a failure of the copy: an exception that left a thread would end the program.
+template <class Step>
+std::optional<Error> caught(Step step) noexcept {
+  try {
+    step();
+  } catch (const std::exception&) {
+    return Error{std::errc::not_enough_memory, "out of memory"};  // short enough to need none
+  }
+  return std::nullopt;
+}
+
 Status TreeCopier::run(FolderPointer root) {
-  enumerate(root);
+  if (auto error = caught([&] { enumerate(root); })) fail(std::move(*error));
   root.reset();
   work();
   if (helper_.joinable()) helper_.join();
@@ -100,8 +117,12 @@ Status TreeCopier::run(FolderPointer root) {
   return {};
 }
 
-void TreeCopier::finish(const Folder& folder) {
+void TreeCopier::finish(const Folder& folder) noexcept {
   if (stopped_) return;
+  if (auto error = caught([&] { giveAttributes(folder); })) fail(std::move(*error));
+}
+
+void TreeCopier::giveAttributes(const Folder& folder) {
   struct stat status;
   if (fstat(folder.source.get(), &status) != 0) return fail(systemError(folder.path));
   const FileRights::Scope scope(rights_);
@@ -129,14 +150,23 @@ std::optional<Job> TreeCopier::takeJob() {
   return job;
 }
 
-// A second thread pays as soon as there is more than one batch to do.
 void TreeCopier::addJobs(std::vector<Job> jobs) {
   if (jobs.empty()) return;
   const std::lock_guard lock(mutex_);
+  jobs_.insert(jobs_.end(), std::move_iterator(jobs.rbegin()), std::move_iterator(jobs.rend()));
   unfinished_ += jobs.size();
-  std::move(jobs.rbegin(), jobs.rend(), std::back_inserter(jobs_));
-  if (jobs_.size() > 1 && !helper_.joinable()) helper_ = std::thread([this] { work(); });
+  // A second thread pays as soon as there is more than one batch to do.
+  if (jobs_.size() > 1 && helperWanted_) startHelper();
   changed_.notify_all();
+}
+
+void TreeCopier::startHelper() {
+  helperWanted_ = false;
+  try {
+    helper_ = std::thread([this] { work(); });
+  } catch (const std::system_error&) {
+    // No thread is to be had, so this one does it all.
+  }
 }
 
 void TreeCopier::jobDone() {
@@ -144,18 +174,21 @@ void TreeCopier::jobDone() {
   if (--unfinished_ == 0) changed_.notify_all();
 }
 
-void TreeCopier::fail(const Error& error) {
+void TreeCopier::fail(Error error) {
   const std::lock_guard lock(mutex_);
-  if (!error_) error_ = error;
+  if (!error_) error_ = std::move(error);
   stopped_ = true;
 }
 
-void TreeCopier::perform(const Job& job) {
-  if (!job.subfolder.empty()) return openSubfolder(job.folder, job.subfolder);
-  for (const std::string& name : job.files) {
-    if (stopped_) return;
-    copyOne(*job.folder, name);
-  }
+void TreeCopier::perform(const Job& job) noexcept {
+  auto error = caught([&] {
+    if (!job.subfolder.empty()) openSubfolder(job.folder, job.subfolder);
+    for (const std::string& name : job.files) {
+      if (stopped_) return;
+      copyOne(*job.folder, name);
+    }
+  });
+  if (error) fail(std::move(*error));
 }
 
 void TreeCopier::enumerate(const FolderPointer& folder) {
@@ -193,7 +226,8 @@ void TreeCopier::openSubfolder(const FolderPointer& parent, const std::string& n
     if (errno == ENOENT) return notes_.add(path + " vanished while its folder was copied");
     return fail(systemError(path));
   }
-  if (mkdirat(parent->copy.get(), name.c_str(), S_IRWXU) != 0) return fail(systemError(path));
+  if (uninterrupted([&] { return mkdirat(parent->copy.get(), name.c_str(), S_IRWXU); }) != 0)
+    return fail(systemError(path));
   Descriptor copy(openat(parent->copy.get(), name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
   if (!copy.valid()) return fail(systemError(path));
   enumerate(std::make_shared<Folder>(*this, parent, std::move(source), std::move(copy), path,
@@ -211,7 +245,7 @@ void TreeCopier::copyOne(const Folder& folder, const std::string& name) {
   if (fstat(source.get(), &status) != 0) return fail(systemError(path));
   if (!S_ISREG(status.st_mode)) return notes_.add("Left out " + path + ": it is a special file");
   if (!rights_.mayCopy(status)) return fail(systemError(path, EPERM));
-  const Descriptor copy(uninterrupted([&] {
+  Descriptor copy(uninterrupted([&] {
     return openat(folder.copy.get(), name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
                   S_IRUSR | S_IWUSR);
   }));
@@ -219,7 +253,8 @@ void TreeCopier::copyOne(const Folder& folder, const std::string& name) {
   if (const Status copied =
           copyFileContent(source.get(), status, copy.get(), path, folder.destination + "/" + name, rights_, notes_);
       !copied)
-    fail(copied.error());
+    return fail(copied.error());
+  if (!copy.closeWritten()) fail(systemError(path));
 }
 
 void TreeCopier::copyLink(const Folder& folder, const std::string& name) {
@@ -235,6 +270,11 @@ void TreeCopier::copyLink(const Folder& folder, const std::string& name) {
   if (symlinkat(target, folder.copy.get(), name.c_str()) != 0 ||
       fstatat(folder.source.get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0)
     return fail(systemError(path));
+  // A link that stayed the superuser's would count as a way to be trusted.
+  if (const Status given = rights_.giveAway(folder.copy.get(), name.c_str(), folder.destination + "/" + name,
+                                            status.st_uid, status.st_gid);
+      !given)
+    return fail(given.error());
   const timespec times[2] = {status.st_atim, status.st_mtim};
   utimensat(folder.copy.get(), name.c_str(), times, AT_SYMLINK_NOFOLLOW);
 }

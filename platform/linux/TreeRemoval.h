@@ -7,7 +7,7 @@
 
 namespace vantory {
 
-// How deep a folder may nest to be copied or deleted; deeper ones are refused before anything is done to them.
+// How deep a folder may nest to be copied or deleted. A deeper one is refused where it goes deeper.
 inline constexpr int kDeepestFolder = 256;
 
 // Deletes the item called `name` in an open folder (AT_FDCWD for a whole path), a folder with all it holds. Never

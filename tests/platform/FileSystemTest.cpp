@@ -70,6 +70,21 @@ TEST_F(FileSystemTest, CopiesAFileWithAllThatBelongsToIt) {
   EXPECT_EQ(names(folder.path()).size(), 2u) << "a temporary file is left";
 }
 
+TEST_F(FileSystemTest, AFolderThatLetsOthersInPassesThatOnToNoCopy) {
+  writeFile(folder / "from/sub/file", "private");
+  for (const char* name : {"from/sub/file", "from/sub", "from"}) ASSERT_EQ(chmod((folder / name).c_str(), 0750), 0);
+  makeFolders(folder / "to");
+  // Version 2: everything to the owner and to user 1, nothing to the rest.
+  const unsigned list[] = {2, 0x70001, ~0u, 0x70002, 1, 0x00004, ~0u, 0x70010, ~0u, 0x00020, ~0u};
+  if (setxattr((folder / "to").c_str(), "system.posix_acl_default", list, sizeof list, 0) != 0)
+    GTEST_SKIP() << "no access lists here";
+  ASSERT_TRUE(copy("from", "to/tree").ok());
+  ASSERT_TRUE(copy("from/sub/file", "to/file").ok());
+  for (const char* name : {"to/tree", "to/tree/sub", "to/tree/sub/file", "to/file"})
+    for (const char* kind : {"system.posix_acl_access", "system.posix_acl_default"})
+      EXPECT_LT(getxattr((folder / name).c_str(), kind, nullptr, 0), 0) << name << " " << kind;
+}
+
 TEST_F(FileSystemTest, NeverCopiesOverSomethingUnlessAskedTo) {
   writeFile(folder / "new", "new");
   writeFile(folder / "old", "old");
@@ -252,6 +267,10 @@ TEST_F(FileSystemTest, AFolderTooDeepIsRefusedAndCleanedUp) {
   ASSERT_FALSE(copied.ok());
   EXPECT_NE(copied.error().text.find("deeply"), std::string::npos);
   EXPECT_EQ(names(folder.path()), std::vector<std::string>{"deep"});
+
+  ASSERT_EQ(chmod(path.c_str(), 0500), 0);
+  EXPECT_FALSE(files.remove(path).ok());
+  EXPECT_EQ(status(path).st_mode & 07777, 0500u) << "opened up for nothing";
 }
 
 TEST_F(FileSystemTest, AHeldFolderIsRefusedToOthers) {

@@ -65,7 +65,8 @@ TEST_F(RightsTest, AdministratorRightsServeBelowTheHomeOnlyAndPassNoLinkOfTheUse
 
   EXPECT_FALSE(files.read(scratch / "foreign/secret").ok());
   EXPECT_FALSE(files.read(user.home + "/../foreign/secret").ok());
-  EXPECT_FALSE(files.remove(user.home).ok()) << "the home itself";
+  for (const char* end : {"", "/", "//", "/.", "/./"})
+    EXPECT_FALSE(files.remove(user.home + end).ok()) << "the home itself" << end;
   ASSERT_EQ(symlink((scratch / "foreign").c_str(), (user.home + "/trap").c_str()), 0);
   give(user.home + "/trap");
   EXPECT_FALSE(files.read(user.home + "/trap/secret").ok());
@@ -77,12 +78,41 @@ TEST_F(RightsTest, AdministratorRightsServeBelowTheHomeOnlyAndPassNoLinkOfTheUse
 
   // A link of the superuser's own is a way like any other, and what is made belongs to the owner of the home.
   ASSERT_EQ(symlink("locked", (user.home + "/way").c_str()), 0);
+  ASSERT_EQ(symlink((scratch / "foreign").c_str(), (user.home + "/locked/trap").c_str()), 0);
+  give(user.home + "/locked/trap");
   EXPECT_TRUE(files.read(user.home + "/way/file").ok());
   auto copy = files.stageCopy({user.home + "/locked", user.home + "/copy"});
   ASSERT_TRUE(copy.ok()) << copy.error().text;
   ASSERT_TRUE((*copy)->commit(StagedCopy::Existing::Keep).ok());
   EXPECT_EQ(ownerOf(user.home + "/copy"), user.id);
   EXPECT_EQ(ownerOf(user.home + "/copy/file"), user.id);
+  EXPECT_EQ(ownerOf(user.home + "/copy/trap"), user.id);
+  EXPECT_FALSE(files.remove(user.home + "/copy/trap/secret").ok()) << "copying a link does not make it trusted";
+  EXPECT_EQ(readFile(scratch / "foreign/secret"), "root's");
+}
+
+TEST_F(RightsTest, TheMachinesFoldersAreForAllToReadAndNoUserBendsTheWay) {
+  LinuxFileSystem files(FileRights::machine());
+  const std::string logs = scratch / "Library/Logs/Maker";
+  ASSERT_TRUE(files.makeFolder(logs).ok());
+  struct stat status {};
+  for (const char* name : {"Library", "Library/Logs", "Library/Logs/Maker"}) {
+    ASSERT_EQ(stat((scratch / name).c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777, 0755u) << name;
+    EXPECT_EQ(status.st_uid, 0u) << name;
+  }
+  ASSERT_TRUE(files.write(logs + "/own.log", "x", {}).ok());
+  EXPECT_TRUE(files.openForAppending(logs + "/own.log").ok());
+
+  ASSERT_EQ(link((scratch / "foreign/secret").c_str(), (logs + "/second.log").c_str()), 0);
+  EXPECT_FALSE(files.openForAppending(logs + "/second.log").ok());
+  ASSERT_EQ(symlink((scratch / "foreign/secret").c_str(), (logs + "/link.log").c_str()), 0);
+  EXPECT_FALSE(files.openForAppending(logs + "/link.log").ok());
+  ASSERT_EQ(symlink((scratch / "foreign").c_str(), (scratch / "Library/Logs/Bent").c_str()), 0);
+  give(scratch / "Library/Logs/Bent");
+  EXPECT_FALSE(files.makeFolder(scratch / "Library/Logs/Bent").ok());
+  EXPECT_FALSE(files.write(scratch / "Library/Logs/Bent/made", "x", {}).ok());
+  EXPECT_FALSE(exists(scratch / "foreign/made"));
 }
 
 TEST_F(RightsTest, TheRunnerKnowsItsToolsAndNoOthers) {
@@ -131,6 +161,15 @@ TEST_F(RightsTest, OnlyTheUsersOwnFilesAreLocked) {
   EXPECT_FALSE(metadata.setLocked(user.home + "/planted", true).ok());
   ASSERT_EQ(symlink((scratch / "foreign/secret").c_str(), (user.home + "/link").c_str()), 0);
   EXPECT_FALSE(metadata.setLocked(user.home + "/link", true).ok());
+  // Nor what a link in the way leads to, with either rights, even where the user may look.
+  chmod((scratch / "foreign").c_str(), 0755);
+  ASSERT_EQ(symlink((scratch / "foreign").c_str(), (user.home + "/way").c_str()), 0);
+  give(user.home + "/way");
+  LinuxFileMetadata administrator(FileRights::administrator(user, {user.home}));
+  for (LinuxFileMetadata* either : {&metadata, &administrator}) {
+    EXPECT_FALSE(either->setLocked(user.home + "/way/secret", true).ok());
+    EXPECT_FALSE(either->setLocked(user.home + "/way/.", true).ok());
+  }
 }
 
 }  // namespace

@@ -74,6 +74,8 @@ TEST_F(TrashTest, TakesFoldersLinksAndTheLongestNames) {
   const std::string longest(255, 'n');
   writeFile(home / longest, "long");
   EXPECT_EQ(readFile(trash(home / longest)), "long");
+  writeFile(home / std::string(255, '\x80'), "no text");
+  EXPECT_EQ(readFile(trash(home / std::string(255, '\x80'))), "no text");
   ASSERT_EQ(symlink("/nonexistent", (home / "dangling").c_str()), 0);
   EXPECT_EQ(trash(home / "dangling"), files_ + "/dangling");
   writeFile(home / "folder/file", "x");
