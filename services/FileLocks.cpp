@@ -9,46 +9,39 @@ namespace vantory {
 
 namespace {
 
-// Sets or clears the flag of one item after another. Once administrator rights were refused they are not asked for
-// again.
-class LockChange {
- public:
-  explicit LockChange(bool locked) : locked_(locked) {}
+bool report(const Error& error, bool locked) {
+  QWLog::appendLog(locked ? "Unable to lock %@" : "Unable to unlock %@", error.text);
+  return false;
+}
 
-  bool apply(const std::string& path) {
-    const auto info = platform_.files.info(path, Links::DoNotFollow);
-    if (!info) return QWFileManager::meansMissing(info.error()) || report(info.error());
-    if (info->locked == locked_) return true;
-    const Status changed = platform_.metadata.setLocked(path, locked_);
-    if (changed || (rightsCouldHelp(changed.error()) && applyWithRights(path))) return true;
-    return report(changed.error());
-  }
+bool changeWithRights(const std::string& path, bool locked) {
+  QWAuthorization& authorization = QWAuthorization::sharedController();
+  return authorization.canAuthorize() &&
+         authorization.authExecTask("/usr/bin/chattr", {locked ? "+i" : "-i", path}) == QWAuthorization::Success;
+}
 
- private:
-  bool report(const Error& error) const {
-    QWLog::appendLog(locked_ ? "Unable to lock %@" : "Unable to unlock %@", error.text);
-    return false;
-  }
+bool change(const std::string& path, bool locked) {
+  const Status changed = Runtime::current().platform().metadata.setLocked(path, locked);
+  if (changed || QWFileManager::meansMissing(changed.error())) return true;
+  if (rightsCouldHelp(changed.error()) && changeWithRights(path, locked)) return true;
+  return report(changed.error(), locked);
+}
 
-  bool applyWithRights(const std::string& path) {
-    QWAuthorization& authorization = QWAuthorization::sharedController();
-    if (refused_ || !authorization.canAuthorize()) return false;
-    const int status = authorization.authExecTask("/usr/bin/chattr", {locked_ ? "+i" : "-i", path});
-    refused_ = status == QWAuthorization::NotAuthorized;
-    return status == QWAuthorization::Success;
-  }
-
-  const Platform& platform_ = Runtime::current().platform();
-  const bool locked_;
-  bool refused_ = false;
-};
+// Looks first: nearly everything is unlocked, and a file that is need not even be ours to open.
+bool unlock(const std::string& path) {
+  const auto info = Runtime::current().platform().files.info(path, Links::DoNotFollow);
+  if (!info) return QWFileManager::meansMissing(info.error()) || report(info.error(), false);
+  return !info->locked || change(path, false);
+}
 
 void changeFolder(const std::string& folder, bool locked) {
   const auto info = Runtime::current().platform().files.info(folder, Links::DoNotFollow);
   if (!info || info->type != FileType::Folder) return;
-  LockChange change(locked);
   walkFolder(folder, Detail::Names, Links::DoNotFollow, [&](const std::string& path, const DirectoryEntry&) {
-    change.apply(path);
+    if (locked)
+      change(path, true);
+    else
+      unlock(path);
     return true;
   });
 }
@@ -56,11 +49,11 @@ void changeFolder(const std::string& folder, bool locked) {
 }  // namespace
 
 bool QWFileManager::lockFile(const std::string& path) {
-  return LockChange(true).apply(path);
+  return change(path, true);
 }
 
 bool QWFileManager::unlockFile(const std::string& path) {
-  return LockChange(false).apply(path);
+  return unlock(path);
 }
 
 bool QWFileManager::isFileLocked(const std::string& path) {

@@ -33,29 +33,39 @@ bool onlyRightsAreMissing(const Error& error) {
   return rightsCouldHelp(error) && error.code != std::errc::file_exists;
 }
 
-// Keeps a window alive on the main thread.
-void pauseBetweenChecks() {
+// Keeps a window alive on the main thread. Answers how long it slept.
+std::chrono::milliseconds pauseBetweenChecks() {
   MainThread& mainThread = MainThread::shared();
-  if (mainThread.isCurrent()) {
-    mainThread.runPending();
-    clock().sleep(10ms);
-  } else {
-    clock().sleep(300ms);
-  }
+  const bool isMain = mainThread.isCurrent();
+  if (isMain) mainThread.runPending();
+  const auto pause = isMain ? 10ms : 300ms;
+  clock().sleep(pause);
+  return pause;
 }
 
+// Adds up the pauses instead of asking for the time, which may be set back meanwhile.
 bool waitUntil(const std::function<bool()>& isVisible, std::chrono::seconds timeout) {
-  const Timestamp start = clock().now();
-  const Timestamp deadline = {start.seconds + timeout.count(), start.nanoseconds};
-  while (!isVisible()) {
-    if (clock().now() >= deadline) return false;
-    pauseBetweenChecks();
-  }
+  for (auto waited = 0ms; !isVisible(); waited += pauseBetweenChecks())
+    if (waited >= timeout) return false;
   return true;
 }
 
-bool waitUntilGone(const std::string& path, std::chrono::seconds timeout) {
-  return waitUntil([&] { return QWFileManager::isMissingAtPath(path); }, timeout);
+// Clears the immutable flag of an item that is to go. False when nothing bears its name.
+bool unlockIfThere(const std::string& path) {
+  const auto info = files().info(path, Links::DoNotFollow);
+  if (info && info->locked) QWFileManager::unlockFile(path);
+  return info || !QWFileManager::meansMissing(info.error());
+}
+
+// How an operation ended. What the user's own rights did is there at once; what was handed over is looked for.
+enum class Outcome { Failed, Done, HandedOver };
+
+Outcome handedOver(bool accepted) {
+  return accepted ? Outcome::HandedOver : Outcome::Failed;
+}
+
+bool arrives(Outcome outcome, const std::function<bool()>& isVisible, std::chrono::seconds timeout) {
+  return outcome == Outcome::Done || (outcome == Outcome::HandedOver && waitUntil(isVisible, timeout));
 }
 
 // Where a move really goes: into a folder under the item's own name, but never into a package or into itself.
@@ -80,87 +90,107 @@ Status trashAsUser(const std::string& path) {
   return place ? Status() : Status(place.error());
 }
 
-}  // namespace
-
-bool QWFileManager::copyFile(const std::string& source, const std::string& toPath, bool shouldAuth) {
+Outcome copy(const std::string& source, const std::string& toPath, bool shouldAuth) {
   if (source.empty()) {
     QWLog::appendLogAndPrint("Error copying file: source path is nil");
-    return false;
+    return Outcome::Failed;
   }
   if (toPath.empty()) {
     QWLog::appendLogAndPrint("Error copying file %@: destination path is nil", source);
-    return false;
+    return Outcome::Failed;
   }
-  unlockFile(paths::parent(toPath));
+  QWFileManager::unlockFile(paths::parent(toPath));
   const Status copied = copyAsUser(source, toPath);
-  if (copied) return true;
+  if (copied) return Outcome::Done;
   QWLog::appendLog("Error copying file: %@. Authorizing...", copied.error().text);
-  return shouldAuth && rightsCouldHelp(copied.error()) && authorization().authCopyFile(source, toPath);
+  return handedOver(shouldAuth && rightsCouldHelp(copied.error()) && authorization().authCopyFile(source, toPath));
+}
+
+Outcome move(const std::string& source, const std::string& toPath, bool shouldAuth) {
+  QWFileManager::unlockFile(toPath);
+  QWFileManager::unlockFolder(paths::join(toPath, paths::lastComponent(source)));
+  const std::string target = moveTarget(source, toPath);
+  const Status moved = files().move(source, target);
+  if (moved) return Outcome::Done;
+  QWLog::appendLog("Error moving file: %@. Authorizing...", moved.error().text);
+  return handedOver(shouldAuth && onlyRightsAreMissing(moved.error()) && authorization().authMoveFile(source, target));
+}
+
+Outcome remove(const std::string& path, bool shouldAuth) {
+  if (!unlockIfThere(path)) return Outcome::Done;
+  const Status removed = files().remove(path);
+  if (removed || QWFileManager::isMissingAtPath(path)) return Outcome::Done;
+  QWLog::appendLog("Error removing file: %@. Authorizing...", removed.error().text);
+  return handedOver(shouldAuth && rightsCouldHelp(removed.error()) && authorization().authRemoveFile(path));
+}
+
+Outcome trash(const std::string& path, bool shouldAuth) {
+  if (!unlockIfThere(path)) return Outcome::Done;
+  const Status trashed = trashAsUser(path);
+  if (trashed || QWFileManager::isMissingAtPath(path)) return Outcome::Done;
+  if (shouldAuth && rightsCouldHelp(trashed.error()) && authorization().authTrashFile(path)) return Outcome::HandedOver;
+  QWLog::appendLog("Unable to trash %@: %@", path, trashed.error().text);
+  return Outcome::Failed;
+}
+
+Outcome makeFolder(const std::string& path, bool shouldAuth) {
+  const Status made = files().makeFolder(path);
+  if (made) return Outcome::Done;
+  QWLog::appendLog("Error creating folder: %@. Authorizing...", made.error().text);
+  return handedOver(shouldAuth && onlyRightsAreMissing(made.error()) && authorization().authCreateDir(path));
+}
+
+}  // namespace
+
+bool QWFileManager::copyFile(const std::string& source, const std::string& toPath, bool shouldAuth) {
+  return copy(source, toPath, shouldAuth) != Outcome::Failed;
 }
 
 bool QWFileManager::copyFile(const std::string& source, const std::string& toPath, std::chrono::seconds timeout) {
-  return copyFile(source, toPath) && waitUntil([&] { return itemExistsAtPath(toPath); }, timeout);
+  return arrives(
+      copy(source, toPath, true), [&] { return itemExistsAtPath(toPath); }, timeout);
 }
 
 bool QWFileManager::moveFile(const std::string& source, const std::string& toPath, bool shouldAuth) {
-  unlockFile(toPath);
-  const std::string inside = paths::join(toPath, paths::lastComponent(source));
-  const auto insideInfo = files().info(inside, Links::DoNotFollow);
-  if (insideInfo && insideInfo->type == FileType::Folder) unlockFolder(inside);
-
-  const std::string target = moveTarget(source, toPath);
-  const Status moved = files().move(source, target);
-  if (moved) return true;
-  QWLog::appendLog("Error moving file: %@. Authorizing...", moved.error().text);
-  return shouldAuth && onlyRightsAreMissing(moved.error()) && authorization().authMoveFile(source, target);
+  return move(source, toPath, shouldAuth) != Outcome::Failed;
 }
 
 bool QWFileManager::moveFile(const std::string& source, const std::string& toPath, std::chrono::seconds timeout) {
-  if (!moveFile(source, toPath)) return false;
-  if (compareIgnoringCase(source, toPath) == 0) {
+  const Outcome outcome = move(source, toPath, true);
+  if (outcome != Outcome::Failed && compareIgnoringCase(source, toPath) == 0) {
     // Where names ignore case the old one still answers.
     clock().sleep(500us);
     return true;
   }
-  return waitUntilGone(source, timeout);
+  return arrives(
+      outcome, [&] { return isMissingAtPath(source); }, timeout);
 }
 
 bool QWFileManager::removeFile(const std::string& path, bool shouldAuth) {
-  unlockFile(path);
-  if (isMissingAtPath(path)) return true;
-  const Status removed = files().remove(path);
-  if (removed || isMissingAtPath(path)) return true;
-  QWLog::appendLog("Error removing file: %@. Authorizing...", removed.error().text);
-  return shouldAuth && rightsCouldHelp(removed.error()) && authorization().authRemoveFile(path);
+  return remove(path, shouldAuth) != Outcome::Failed;
 }
 
 bool QWFileManager::removeFile(const std::string& path, std::chrono::seconds timeout) {
-  return removeFile(path) && waitUntilGone(path, timeout);
+  return arrives(
+      remove(path, true), [&] { return isMissingAtPath(path); }, timeout);
 }
 
 bool QWFileManager::trashFile(const std::string& path, bool shouldAuth) {
-  unlockFile(path);
-  if (isMissingAtPath(path)) return true;
-  const Status trashed = trashAsUser(path);
-  if (trashed || isMissingAtPath(path)) return true;
-  if (shouldAuth && rightsCouldHelp(trashed.error()) && authorization().authTrashFile(path)) return true;
-  QWLog::appendLog("Unable to trash %@: %@", path, trashed.error().text);
-  return false;
+  return trash(path, shouldAuth) != Outcome::Failed;
 }
 
 bool QWFileManager::trashFile(const std::string& path, std::chrono::seconds timeout) {
-  return trashFile(path) && waitUntilGone(path, timeout);
+  return arrives(
+      trash(path, true), [&] { return isMissingAtPath(path); }, timeout);
 }
 
 bool QWFileManager::createDirectory(const std::string& path, bool shouldAuth) {
-  const Status made = files().makeFolder(path);
-  if (made) return true;
-  QWLog::appendLog("Error creating folder: %@. Authorizing...", made.error().text);
-  return shouldAuth && onlyRightsAreMissing(made.error()) && authorization().authCreateDir(path);
+  return makeFolder(path, shouldAuth) != Outcome::Failed;
 }
 
 bool QWFileManager::createDirectory(const std::string& path, std::chrono::seconds timeout) {
-  return createDirectory(path) && waitUntil([&] { return isDirectoryAtPath(path); }, timeout);
+  return arrives(
+      makeFolder(path, true), [&] { return isDirectoryAtPath(path); }, timeout);
 }
 
 Result<std::unique_ptr<StagedCopy>> QWFileManager::stageCopy(const CopyRequest& request) {

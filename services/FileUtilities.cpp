@@ -22,10 +22,6 @@ FileMetadata& metadata() {
   return Runtime::current().platform().metadata;
 }
 
-bool isHousekeeping(std::string_view name) {
-  return name == ".DS_Store" || name == "Icon\r";
-}
-
 }  // namespace
 
 bool QWFileManager::fileExistsAtPath(const std::string& path) {
@@ -87,8 +83,7 @@ std::string QWFileManager::formatFileSize(double bytes) {
 }
 
 bool QWFileManager::isFolderEmpty(const std::string& path) {
-  return walkFolder(path, Detail::Names, Links::Follow,
-                    [](const std::string&, const DirectoryEntry& entry) { return isHousekeeping(entry.name); });
+  return walkFolder(path, Detail::Names, Links::Follow, isHousekeepingEntry);
 }
 
 std::uint64_t QWFileManager::fileSize(const std::string& path) {

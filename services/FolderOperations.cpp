@@ -39,9 +39,11 @@ std::string QWFileManager::createDirectoryStructure(const std::string& path, con
 
 bool QWFileManager::removeFolderIfEmpty(const std::string& path) {
   const auto info = Runtime::current().platform().files.info(path, Links::DoNotFollow);
-  if (info && info->type != FileType::Folder) return false;
-  // A folder that cannot be read counts as empty: administrator rights would delete what it holds.
-  return isFolderEmpty(path) && removeFile(path, false);
+  if (!info) return meansMissing(info.error());
+  if (info->type != FileType::Folder) return false;
+  // A folder that cannot be read counts as empty elsewhere, but removing opens it up and would delete what it holds.
+  const bool isSurelyEmpty = walkFolder(path, Detail::Names, Links::Follow, isHousekeepingEntry, Unreadable::End);
+  return isSurelyEmpty && removeFile(path, false);
 }
 
 bool QWFileManager::trashDirectoryContents(const std::string& path, bool shouldAuth) {

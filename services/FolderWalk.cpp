@@ -11,7 +11,8 @@ namespace {
 
 class Walk {
  public:
-  Walk(Detail detail, Links links, const FileVisitor& visit) : detail_(detail), links_(links), visit_(visit) {}
+  Walk(Detail detail, Links links, const FileVisitor& visit, Unreadable unreadable)
+      : detail_(detail), links_(links), visit_(visit), unreadable_(unreadable) {}
 
   // A folder that the walk is inside of, and the one around it.
   struct Level {
@@ -21,7 +22,7 @@ class Walk {
 
   bool enter(const Level& level) {
     const auto entries = files_.list(level.folder, detail_);
-    if (!entries) return true;
+    if (!entries) return unreadable_ == Unreadable::PassOver;
     for (const DirectoryEntry& entry : *entries) {
       const std::string path = paths::join(level.folder, entry.name);
       if (entry.type == FileType::Folder) {
@@ -57,13 +58,19 @@ class Walk {
   const Detail detail_;
   const Links links_;
   const FileVisitor& visit_;
+  const Unreadable unreadable_;
   std::set<FileIdentity> enteredByLink_;
 };
 
 }  // namespace
 
-bool walkFolder(const std::string& folder, Detail detail, Links links, const FileVisitor& visit) {
-  return Walk(detail, links, visit).enter({folder, nullptr});
+bool walkFolder(const std::string& folder, Detail detail, Links links, const FileVisitor& visit,
+                Unreadable unreadable) {
+  return Walk(detail, links, visit, unreadable).enter({folder, nullptr});
+}
+
+bool isHousekeepingEntry(const std::string&, const DirectoryEntry& entry) {
+  return entry.name == ".DS_Store" || entry.name == "Icon\r";
 }
 
 }  // namespace vantory

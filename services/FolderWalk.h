@@ -11,9 +11,15 @@ namespace vantory {
 // Called with the full path of an entry that is no folder; false ends the walk.
 using FileVisitor = std::function<bool(const std::string& path, const DirectoryEntry& entry)>;
 
-// Visits every entry that is no folder, at all depths, in the order the system lists them; folders that cannot be read
-// are passed over. With Links::Follow a link to a folder counts as one, but none is entered that the walk is inside of
-// already, and each only once through a link. False when the visitor ended the walk.
-bool walkFolder(const std::string& folder, Detail detail, Links links, const FileVisitor& visit);
+enum class Unreadable { PassOver, End };
+
+// Visits every entry that is no folder, at all depths, in the order the system lists them; `unreadable` says what a
+// folder that cannot be read does. With Links::Follow a link to a folder counts as one, but none is entered that the
+// walk is inside of already, and each only once through a link. False when the walk was ended early.
+bool walkFolder(const std::string& folder, Detail detail, Links links, const FileVisitor& visit,
+                Unreadable unreadable = Unreadable::PassOver);
+
+// A visitor that goes on past the files that a desktop leaves behind, and ends the walk at any other.
+bool isHousekeepingEntry(const std::string& path, const DirectoryEntry& entry);
 
 }  // namespace vantory

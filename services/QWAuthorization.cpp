@@ -13,6 +13,7 @@
 #include "services/QWFileManager.h"
 #include "services/QWLocalPaths.h"
 #include "services/Runtime.h"
+#include "services/Text.h"
 
 namespace vantory {
 
@@ -66,10 +67,15 @@ std::string noteText(const std::string& path, Timestamp now) {
          "\n";
 }
 
+// Written under another name first: only a move never replaces what another process just put there.
 Status writeNote(FileSystem& files, const TrashPlace& place, const std::string& text) {
   for (const std::string& path : {place.item, place.note})
     if (Status made = files.makeFolder(paths::parent(path)); !made) return made;
-  return files.write(place.note, text, {});
+  const std::string draft = paths::join(paths::parent(place.note), formatted(".%@", QWLocalPaths::uuid()));
+  Status done = files.write(draft, text, {});
+  if (done) done = files.move(draft, place.note);
+  if (!done) (void)files.remove(draft);
+  return done;
 }
 
 }  // namespace
@@ -110,21 +116,32 @@ void QWAuthorization::setHasGUI(bool hasGUI) {
 
 bool QWAuthorization::authStart() {
   const std::lock_guard lock(asking_);
-  if (isAuthorized()) return true;
-  if (!hasGUI_) return refuse("Unable to authorize");
-  return platform_.privileged.authorize();
+  return isAuthorized() || ask();
 }
 
 void QWAuthorization::authEnd() {
+  const std::lock_guard lock(asking_);
+  refused_ = false;
   if (!isSuperuser()) platform_.privileged.release();
+}
+
+bool QWAuthorization::authorizeForTask() {
+  const std::lock_guard lock(asking_);
+  return isAuthorized() || (!refused_ && ask());
+}
+
+bool QWAuthorization::ask() {
+  if (!hasGUI_) return refuse("Unable to authorize");
+  refused_ = !platform_.privileged.authorize();
+  return !refused_;
 }
 
 int QWAuthorization::authExecTask(const std::string& tool, const std::vector<std::string>& parameters) {
   if (!QWFileManager::fileExistsAtPath(tool)) {
-    platform_.systemLog.write(formatted("Unable to execute task: path %@ doesn't exist", tool));
+    platform_.systemLog.write(printable(formatted("Unable to execute task: path %@ doesn't exist", tool)));
     return ToolMissing;
   }
-  if (!authStart()) return NotAuthorized;
+  if (!authorizeForTask()) return NotAuthorized;
   return platform_.privileged.run(tool, parameters);
 }
 
@@ -137,7 +154,7 @@ bool QWAuthorization::isProtected(const std::string& path, const char* message) 
   std::string_view folder = path;
   while (folder.size() > 1 && folder.ends_with('/')) folder.remove_suffix(1);
   if (!QWLocalPaths::isPathSystemDirectory(folder, true)) return false;
-  platform_.systemLog.write(formatted(message, path));
+  platform_.systemLog.write(printable(formatted(message, path)));
   return true;
 }
 

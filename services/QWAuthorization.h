@@ -29,12 +29,14 @@ class QWAuthorization {
   bool canAuthorize() const;
   bool hasGUI() const;
   void setHasGUI(bool hasGUI);
-  // Obtains the right, asking the user; at once true when it is held already.
+  // Obtains the right, asking the user, also one who refused before; at once true when it is held already.
   bool authStart();
+  // Gives the right up, and forgets a refusal.
   void authEnd();
 
   // Performs the tool's work with administrator rights, to its end; Success, NotAuthorized, ToolMissing or the
-  // service's own code.
+  // service's own code. Asks the user for the right when it is not held, but not again after a refusal. The operations
+  // below do their work by this, and each answers whether the work was done, also for the superuser.
   int authExecTask(const std::string& tool, const std::vector<std::string>& parameters);
 
   // Over what is at the destination. An empty path is an error that is told in the system log.
@@ -54,12 +56,15 @@ class QWAuthorization {
   bool isSuperuser() const;
   bool isProtected(const std::string& path, const char* message) const;
   bool refuse(const char* message) const;
+  bool authorizeForTask();
+  bool ask();
   // The superuser has no Trash of its own: whether its items are to be deleted instead.
   bool deletesInsteadOfTrashing(bool deleteOnRootAccount) const;
 
   Platform& platform_;
   std::once_flag decided_;
-  std::mutex asking_;  // one password dialog at a time
+  std::mutex asking_;     // one password dialog at a time
+  bool refused_ = false;  // the last dialog was; under the mutex
   std::atomic<bool> hasGUI_ = true;
   std::optional<std::string> userDirectory_;  // none for the superuser
 };

@@ -1,5 +1,6 @@
 #include "services/QWLog.h"
 
+#include <chrono>
 #include <exception>
 #include <system_error>
 #include <utility>
@@ -74,7 +75,7 @@ void QWLog::append(std::string_view message) {
   queue_.push_back(std::move(entry));
   if (insideWriter()) return;
   wakeWriter(lock);
-  if (waits) turnEnded_.wait(lock, [this, number] { return finished_ >= number; });
+  if (waits) waitUntilFinished(lock, number);
 }
 
 void QWLog::appendAndPrint(const std::string& text) {
@@ -109,8 +110,14 @@ void QWLog::startNewLog(const std::optional<std::string>& name) {
 }
 
 void QWLog::drain(Lock& lock) {
-  if (insideWriter()) return;
-  turnEnded_.wait(lock, [this, number = handedOver_] { return finished_ >= number; });
+  if (!insideWriter()) waitUntilFinished(lock, handedOver_);
+}
+
+void QWLog::waitUntilFinished(Lock& lock, std::uint64_t number) {
+  ++waiters_;
+  if (gathering_) queued_.notify_one();
+  turnEnded_.wait(lock, [this, number] { return finished_ >= number; });
+  --waiters_;
 }
 
 void QWLog::endTurn() {
@@ -146,15 +153,23 @@ void QWLog::wakeWriter(Lock& lock) {
       writeQueued(lock);
     }
   }
-  queued_.notify_one();
+  if (!gathering_) queued_.notify_one();
 }
 
+// Waking a sleeping thread costs more than writing an entry, so the writer lets entries gather for a moment that nobody
+// has to wait for.
 void QWLog::runWriter() {
+  constexpr std::chrono::milliseconds kGatheringTime{1};
   Lock lock(mutex_);
   for (;;) {
-    queued_.wait(lock, [this] { return nobodyWrites() && (stopping_ || !queue_.empty()); });
-    if (queue_.empty()) return;
-    writeQueued(lock);
+    queued_.wait(lock, [this] { return stopping_ || !queue_.empty(); });
+    gathering_ = true;
+    queued_.wait_for(lock, kGatheringTime, [this] { return stopping_ || waiters_ > 0; });
+    gathering_ = false;
+    turnEnded_.wait(lock, [this] { return nobodyWrites(); });
+    if (stopping_ && queue_.empty()) return;
+    const std::vector<std::string> entries = std::exchange(queue_, {});
+    writeInTurn(lock, entries);
   }
 }
 

@@ -71,6 +71,7 @@ class QWLog {
   void hold(std::string message);
   void startNewLog(const std::optional<std::string>& name);
   void drain(Lock& lock);
+  void waitUntilFinished(Lock& lock, std::uint64_t number);
 
   bool insideWriter() const { return writing_ == std::this_thread::get_id(); }
   bool nobodyWrites() const { return writing_ == std::thread::id(); }
@@ -101,6 +102,8 @@ class QWLog {
   std::thread::id writing_;       // the thread whose turn it is
   bool logStarted_ = false;
   std::vector<std::string> held_;
+  std::size_t waiters_ = 0;  // threads that wait for an entry to be finished
+  bool gathering_ = false;   // the writer is awake and waits for more
   bool stopping_ = false;
   std::thread writer_;
 };

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <condition_variable>
+#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -69,7 +70,13 @@ class QWTask::TimedRun {
   TimedRun(ProcessPointer process, std::string tool, std::chrono::seconds limit)
       : tool_(std::move(tool)), limit_(limit) {
     task_.setTheTask(std::move(process));
-    if (!MainThread::shared().isCurrent()) timer_ = std::thread([this] { waitForLimit(); });
+    if (MainThread::shared().isCurrent()) return;
+    try {
+      timer_ = std::thread([this] { waitForLimit(); });
+    } catch (const std::system_error&) {
+      // No thread is to be had: the run has no limit.
+      logToSystem("Error: the time of %@ cannot be limited", tool_);
+    }
   }
 
   ~TimedRun() {

@@ -90,7 +90,14 @@ bool SettingsFile::change(const std::function<void(PropertyListDictionary&)>& ch
   const std::lock_guard lock(changing());
   const Status replaced = replace(change, durability);
   if (!replaced) report("Unable to save the settings: %@", replaced.error().text);
+  forget();
   return replaced.ok();
+}
+
+// Two changes in a moment may leave a file that looks like the one before them.
+void SettingsFile::forget() const {
+  const std::lock_guard lock(mutex_);
+  cached_ = nullptr;
 }
 
 Status SettingsFile::replace(const std::function<void(PropertyListDictionary&)>& change, Durability durability) {

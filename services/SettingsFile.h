@@ -41,6 +41,7 @@ class SettingsFile {
   Content load() const;
   std::shared_ptr<const Content> current() const;
   void tell(const Content& content) const;
+  void forget() const;
   Status replace(const std::function<void(PropertyListDictionary&)>& change, Durability durability);
   Status setAside() const;
 

@@ -42,6 +42,9 @@ TEST_F(AuthorizationTest, AsksOnceAndAnswersWhatTheToolDid) {
   fake_.privileged.grants = false;
   EXPECT_EQ(authorization.authExecTask("/bin/rm", {}), QWAuthorization::NotAuthorized);
   fake_.privileged.grants = true;
+  EXPECT_EQ(authorization.authExecTask("/bin/rm", {}), QWAuthorization::NotAuthorized);
+  EXPECT_EQ(fake_.privileged.requests, 1);
+  authorization.authEnd();
   EXPECT_TRUE(authorization.authCopyFile(file_, "/b"));
   EXPECT_TRUE(authorization.authMoveFile(file_, "/b"));
   EXPECT_TRUE(authorization.authCreateDir("/c"));

@@ -37,6 +37,7 @@ using Note = FakeNotifications::Note;
 class RecordingMetadata : public LinuxFileMetadata {
  public:
   Status setLocked(const std::string& path, bool locked) override {
+    if (!fs::exists(path)) return Error{std::errc::no_such_file_or_directory, path};
     if (locked) lockedFiles.insert(fs::path(path).filename());
     return {};
   }
