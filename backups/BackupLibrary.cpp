@@ -7,7 +7,6 @@
 #include "services/Format.h"
 #include "services/MainThread.h"
 #include "services/Paths.h"
-#include "services/PropertyList.h"
 #include "services/QWCmdUtils.h"
 #include "services/QWFileManager.h"
 #include "services/QWLocalPaths.h"
@@ -81,17 +80,13 @@ BackupList listAutoBackups(const BackupReader& reader) {
 // A window shows sizes at once, and must not wait for them.
 void measureForWindow(const BackupList& backups) {
   if (!QWCmdUtils::sharedController().hasGUI()) return;
-  for (const auto& backup : backups) {
-    (void)backup->size();
-    for (const auto& app : backup->children()) (void)app->size();
-  }
+  for (const auto& backup : backups) (void)backup->size();
 }
 
 }  // namespace
 
 std::optional<std::string> QWDataController::vantoryBackupLocation() {
-  const auto stored = QWUserDefaults::standardUserDefaults().objectForKey("backupPath");
-  const auto path = stored ? textOf(*stored) : std::nullopt;
+  const auto path = QWUserDefaults::standardUserDefaults().stringForKey("backupPath");
   // A relative path would depend on where the program was started.
   if (path && path->starts_with('/')) return paths::join(*path, "");
   const auto support = QWLocalPaths::appSupportDirectory(true);
