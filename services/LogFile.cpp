@@ -3,6 +3,7 @@
 #include <array>
 #include <chrono>
 #include <cstdio>
+#include <utility>
 
 #include "platform/FileSystem.h"
 #include "platform/SystemInfo.h"
@@ -89,13 +90,19 @@ void LogFile::close() {
   file_.reset();
 }
 
-Result<std::size_t> LogFile::append(std::string_view message) {
-  std::string line = dateText();
-  line += " - ";
-  line += printable(message);
-  line += '\n';
-  if (const Status added = file_->append(line); !added) return added.error();
-  return line.size();
+std::size_t LogFile::add(std::string_view message) {
+  const std::size_t before = pending_.size();
+  pending_ += dateText();
+  pending_ += " - ";
+  pending_ += printable(message);
+  pending_ += '\n';
+  return pending_.size() - before;
+}
+
+Status LogFile::flush() {
+  if (pending_.empty()) return {};
+  const std::string lines = std::exchange(pending_, {});
+  return file_->append(lines);
 }
 
 bool LogFile::makeFolder(FileSystem& files, const std::optional<std::string>& folder) {

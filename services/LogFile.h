@@ -32,8 +32,10 @@ class LogFile {
   bool open(const std::string& name);
   bool isOpen() const { return file_ != nullptr; }
   void close();
-  // Adds one dated line; answers its length in bytes. Only while the file is open.
-  Result<std::size_t> append(std::string_view message);
+  // Adds one dated line, which is in the file once flush() has run; answers its length in bytes.
+  std::size_t add(std::string_view message);
+  // Writes the lines added since the last time. Only while the file is open; lines that cannot be written are given up.
+  Status flush();
 
  private:
   bool makeFolder(FileSystem& files, const std::optional<std::string>& folder);
@@ -44,6 +46,7 @@ class LogFile {
 
   Platform& platform_;
   std::unique_ptr<AppendFile> file_;
+  std::string pending_;                  // lines
   std::int64_t dateSecond_ = INT64_MIN;  // the second that dateText_ describes
   std::string dateText_;
 };

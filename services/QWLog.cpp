@@ -104,6 +104,7 @@ void QWLog::startNewLog(const std::optional<std::string>& name) {
   lock.unlock();
   startFile(name);
   for (const std::string& message : held) write(std::string(trimmed(message)));
+  flush();
   lock.lock();
   endTurn();
   if (!queue_.empty()) wakeWriter(lock);
@@ -129,8 +130,10 @@ void QWLog::endTurn() {
 void QWLog::writeInTurn(Lock& lock, std::span<const std::string> entries) {
   writing_ = std::this_thread::get_id();
   lock.unlock();
+  std::size_t length = 0;
   for (const std::string& entry : entries)
-    if (write(entry)) bytesInQueue_ -= utf16Length(entry);
+    if (write(entry)) length += utf16Length(entry);
+  if (flush()) bytesInQueue_ -= length;
   lock.lock();
   finished_ += entries.size();
   endTurn();
@@ -188,34 +191,39 @@ void QWLog::startFile(const std::optional<std::string>& name) {
   file_.create(appName());
 }
 
-// True when the entry counts as written: it is, or no file could be opened for it.
+// True when the entry counts as written: it will be, or no file could be opened for it.
 bool QWLog::write(const std::string& entry) {
   if (loggingDisabled_) return false;
   try {
-    return writeToFile(entry);
+    addToFile(entry);
+    return true;
   } catch (const std::exception& exception) {
-    platform_.systemLog.write(printable(formatted("Exception writing to log: %@", exception.what())));
-    return false;
+    return fail(exception.what());
   }
 }
 
-bool QWLog::writeToFile(const std::string& entry) {
+void QWLog::addToFile(const std::string& entry) {
   if (!file_.isOpen() && !file_.open(appName())) {
     platform_.systemLog.write(printable(formatted("Unable to log the following information: %@", entry)));
     platform_.systemLog.write("Unable to open log for output");
-    return true;
+    return;
   }
-  const Result<std::size_t> bytes = file_.append(entry);
-  if (!bytes) {
-    platform_.systemLog.write(printable(formatted("Exception writing to log: %@", bytes.error().text)));
-    return false;
-  }
-  bytesWritten_ += *bytes;
+  bytesWritten_ += file_.add(entry);
   if (bytesWritten_ > kLargestFile) {
+    flush();
     startFile(appName());
     append("Log truncated at 500KB");
   }
-  return true;
+}
+
+bool QWLog::flush() {
+  const Status written = file_.flush();
+  return written || fail(written.error().text);
+}
+
+bool QWLog::fail(std::string_view reason) const {
+  if (!loggingDisabled_) platform_.systemLog.write(printable(formatted("Exception writing to log: %@", reason)));
+  return false;
 }
 
 }  // namespace vantory

@@ -84,7 +84,9 @@ class QWLog {
   // The rest belongs to the thread whose turn it is to write, and is called without the lock.
   void startFile(const std::optional<std::string>& name);
   bool write(const std::string& entry);
-  bool writeToFile(const std::string& entry);
+  void addToFile(const std::string& entry);
+  bool flush();
+  bool fail(std::string_view reason) const;
 
   Platform& platform_;
   LogFile file_;  // only in turn
