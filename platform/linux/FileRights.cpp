@@ -152,7 +152,7 @@ uid_t FileRights::fileOwner() const {
 }
 
 mode_t FileRights::permittedMode(mode_t mode) const {
-  return getuid() == 0 ? mode & 01777U : mode & 07777U;
+  return superuser_ ? mode & 01777U : mode & 07777U;
 }
 
 bool FileRights::isInHome(const std::string& path) const {

@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/types.h>
+#include <unistd.h>
 
 #include <memory>
 #include <string>
@@ -68,6 +69,8 @@ class FileRights {
   // Whether an open file may be handed on to the user: not one that the superuser alone may read and the user merely
   // has a second name for.
   bool mayCopy(const struct stat& status) const;
+  // Whether the process is the superuser's, with whatever rights it works.
+  bool isSuperuser() const { return superuser_; }
   bool isAdministrator() const { return kind_ == Kind::Administrator; }
 
  private:
@@ -78,6 +81,7 @@ class FileRights {
   bool isInHome(const std::string& path) const;
 
   Kind kind_;
+  bool superuser_ = getuid() == 0;
   User user_;
   std::vector<gid_t> groups_;         // of the user
   std::vector<std::string> folders_;  // where the administrator's rights serve

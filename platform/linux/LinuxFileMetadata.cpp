@@ -53,7 +53,7 @@ Status LinuxFileMetadata::setLocked(const std::string& path, bool locked) {
   if (fstat(item->get(), &status) != 0) return systemError(path);
   if (!S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode))
     return errorWithText(std::errc::invalid_argument, path, "is neither a file nor a folder");
-  if (getuid() == 0 && !mayBeLocked(status, rights_))
+  if (rights_.isSuperuser() && !mayBeLocked(status, rights_))
     return errorWithText(std::errc::operation_not_permitted, path, "belongs to somebody else");
   unsigned flags = 0;
   if (ioctl(item->get(), FS_IOC_GETFLAGS, &flags) != 0) return systemError(path);

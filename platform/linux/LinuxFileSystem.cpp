@@ -66,7 +66,7 @@ bool cannotLock() {
 void keepAttributes(int old, int successor, const FileRights& rights, const std::string& path) {
   struct stat status;
   if (fstat(old, &status) != 0) return;
-  if (getuid() == 0 || rights.isAdministrator()) (void)!fchown(successor, status.st_uid, status.st_gid);
+  if (rights.isSuperuser()) (void)!fchown(successor, status.st_uid, status.st_gid);
   CopyNotes ignored;
   const timespec now[2] = {{0, UTIME_NOW}, {0, UTIME_NOW}};
   (void)copyAttributes(old, status, successor, path, path, rights, ignored);
