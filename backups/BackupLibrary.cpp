@@ -6,6 +6,7 @@
 #include "services/FailureTally.h"
 #include "services/Format.h"
 #include "services/MainThread.h"
+#include "services/Parallel.h"
 #include "services/Paths.h"
 #include "services/QWCmdUtils.h"
 #include "services/QWFileManager.h"
@@ -80,7 +81,7 @@ BackupList listAutoBackups(const BackupReader& reader) {
 // A window shows sizes at once, and must not wait for them.
 void measureForWindow(const BackupList& backups) {
   if (!QWCmdUtils::sharedController().hasGUI()) return;
-  for (const auto& backup : backups) (void)backup->size();
+  forEachInParallel(backups.size(), [&](std::size_t index) { (void)backups[index]->size(); });
 }
 
 }  // namespace
