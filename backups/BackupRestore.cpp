@@ -4,6 +4,7 @@
 #include "platform/FileSystem.h"
 #include "platform/Workspace.h"
 #include "services/FailureTally.h"
+#include "services/QWFileManager.h"
 #include "services/QWLocalPaths.h"
 #include "services/QWLog.h"
 #include "services/RunningApplicationGuard.h"
@@ -27,6 +28,15 @@ bool close(const QWApp& app) {
   return closed;
 }
 
+// Returns when what was written to the folder's file system is on disk.
+void syncFolder(const std::optional<std::string>& folder) {
+  if (!folder || QWFileManager::isMissingAtPath(*folder)) return;
+  const Status synced = Runtime::current().platform().files.sync(*folder);
+  if (synced) return;
+  QWLog::appendLog("The restored files may not be on disk: %@", synced.error().text);
+  FailureTally::shared().add();
+}
+
 // One run over a backup's applications.
 class RestoreRun {
  public:
@@ -45,6 +55,7 @@ class RestoreRun {
   const bool closeAutomatically_;
   std::vector<std::string> closed_;  // bundle identifiers, in the order they were closed
   bool restoredAny_ = false;
+  bool restoredAvidUsers_ = false;  // their files lie outside the home folder
 };
 
 bool RestoreRun::restore(const QWApp& app) {
@@ -69,17 +80,16 @@ bool RestoreRun::restore(const QWApp& app) {
 
 void RestoreRun::restoreItems(const QWApp& app) {
   restoredAny_ = true;
-  for (const auto& item : app.children())
-    if (item->selected() != Off) item->restoreFilesFromBackup(place_);
+  for (const auto& item : app.children()) {
+    if (item->selected() == Off) continue;
+    restoredAvidUsers_ |= !item->users().empty();
+    item->restoreFilesFromBackup(place_);
+  }
 }
 
 void RestoreRun::makeDurable() const {
-  const auto home = QWLocalPaths::userDirectory();
-  if (!restoredAny_ || !home) return;
-  const Status synced = Runtime::current().platform().files.sync(*home);
-  if (synced) return;
-  QWLog::appendLog("The restored files may not be on disk: %@", synced.error().text);
-  FailureTally::shared().add();
+  if (restoredAny_) syncFolder(QWLocalPaths::userDirectory());
+  if (restoredAvidUsers_) syncFolder(QWLocalPaths::sharedUsersDirectory());
 }
 
 void RestoreRun::relaunchClosed() const {

@@ -28,10 +28,6 @@ bool hasStar(const std::optional<std::string>& path) {
   return path && path->find('*') != std::string::npos;
 }
 
-bool isMissing(const Error& error) {
-  return error.code == std::errc::no_such_file_or_directory || error.code == std::errc::not_a_directory;
-}
-
 // Takes the place of an older copy in one step, so that it stays until the new one is whole.
 bool replaceCopy(const std::string& source, const std::string& copy) {
   QWFileManager::unlockFile(copy);
@@ -59,6 +55,7 @@ class ItemCopier {
 
   bool copyFile(const std::string& source);
   bool copyAvidFile(const std::string& source);
+  bool isThere(const std::string& copy) const;
   // Where the file goes, its folder made; none for what is not copied.
   std::optional<Target> targetFor(const std::string& source);
   std::string folderFor(const std::string& source, FileType type) const;
@@ -68,6 +65,7 @@ class ItemCopier {
   const BackupFolder place_;
   const bool filesOnly_;
   std::unordered_set<std::string> folders_;  // prepared in this run
+  std::unordered_set<std::string> copies_;   // made in this run
 };
 
 bool counted(bool copied) {
@@ -90,10 +88,18 @@ std::size_t ItemCopier::copyItem(const QWPrefItem& item) {
 bool ItemCopier::copyFile(const std::string& source) {
   const auto target = targetFor(source);
   if (!target) return false;
-  const bool replaces = QWFileManager::itemExistsAtPath(target->copy);
+  const bool replaces = isThere(target->copy);
   if (replaces) QWLog::appendLog("Destination file %@ exists - removing...", target->copy);
   QWLog::appendLog("Copying %@ to %@", source, target->copy);
-  return counted(replaces ? replaceCopy(source, target->copy) : QWFileManager::copyFile(source, target->copy, 15s));
+  if (!counted(replaces ? replaceCopy(source, target->copy) : QWFileManager::copyFile(source, target->copy, 15s)))
+    return false;
+  copies_.insert(target->copy);
+  return true;
+}
+
+// A new backup holds nothing but what this run put there.
+bool ItemCopier::isThere(const std::string& copy) const {
+  return filesOnly_ ? QWFileManager::itemExistsAtPath(copy) : copies_.contains(copy);
 }
 
 bool ItemCopier::copyAvidFile(const std::string& source) {
@@ -110,7 +116,7 @@ bool ItemCopier::copyAvidFile(const std::string& source) {
 std::optional<ItemCopier::Target> ItemCopier::targetFor(const std::string& source) {
   const auto info = files().info(source, Links::DoNotFollow);
   if (!info) {
-    if (isMissing(info.error())) return std::nullopt;
+    if (QWFileManager::meansMissing(info.error())) return std::nullopt;
     QWLog::appendLog("%@", info.error().text);
     counted(false);
     return std::nullopt;
@@ -157,7 +163,7 @@ bool ItemCopier::isReachedWithoutLinks(const std::string& folder) const {
 }
 
 // Makes the folder of a new backup, what bore its name in the Trash, and takes hold of it.
-Result<std::unique_ptr<FolderHold>> makeBackupFolder(const std::string& path, bool& created) {
+Result<std::unique_ptr<FolderHold>> makeBackupFolder(const std::string& path, std::optional<FileIdentity>& created) {
   const std::string library = paths::parent(path);
   const Error failed = {std::errc::io_error, "The backup's folder could not be made: " + path};
   if (!QWFileManager::createDirectory(library)) return failed;
@@ -166,7 +172,7 @@ Result<std::unique_ptr<FolderHold>> makeBackupFolder(const std::string& path, bo
   if (!libraryHold) return libraryHold.error();
   if (!clearBackupPath(path)) return failed;
   if (!QWFileManager::createDirectory(path)) return failed;
-  created = true;
+  if (const auto info = files().info(path, Links::DoNotFollow)) created = info->identity;
   return holdBackupFolder(path);
 }
 
@@ -212,7 +218,7 @@ PropertyListDictionary copyApps(const AppList& apps, ItemCopier& copier) {
 
 WriteResult QWBackup::writeData(bool filesOnly) {
   QWLog::appendLog("Writing backup data to disk for %@", path_);
-  createdFolder_ = false;
+  createdFolder_.reset();
   if (!isPossiblePath(path_)) return WriteResult::SettingsNotWritten;
   auto hold = filesOnly ? holdBackupFolder(path_) : makeBackupFolder(path_, createdFolder_);
   if (!hold) {
@@ -245,6 +251,19 @@ WriteResult QWBackup::writeData(bool filesOnly) {
   hold->reset();
   QWDataController::sharedController().populateBackups();
   return WriteResult::Success;
+}
+
+void QWBackup::removeCreatedFolder() {
+  if (!createdFolder_) return;
+  // While the library is held nobody else can clear the path and make a folder of their own.
+  const auto libraryHold = holdBackupFolder(paths::parent(path_));
+  const auto info = files().info(path_, Links::DoNotFollow);
+  if (!libraryHold || !info || info->identity != *createdFolder_) {
+    QWLog::appendLog("%@ is left as it is: another process is working there", path_);
+    return;
+  }
+  if (!QWFileManager::removeFile(path_, 10s)) FailureTally::shared().add();
+  createdFolder_.reset();
 }
 
 }  // namespace vantory

@@ -68,8 +68,7 @@ std::string QWBackup::safeUserPath(const std::string& path) {
 }
 
 std::optional<std::string> QWBackup::defaultBackupName() {
-  const auto value = QWUserDefaults::standardUserDefaults().objectForKey(kDefaultBackupKey);
-  return value ? textOf(*value) : std::nullopt;
+  return QWUserDefaults::standardUserDefaults().stringForKey(kDefaultBackupKey);
 }
 
 void QWBackup::setDefault() {

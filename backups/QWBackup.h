@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "catalog/Catalog.h"
-#include "platform/Clock.h"
+#include "platform/FileSystem.h"
 
 namespace vantory {
 
@@ -68,8 +68,10 @@ class QWBackup : public BackupNode {
   // by one and its settings stay. A folder that bears the path already goes to the Trash first; when it will not, or
   // another process is writing there, nothing is written. Files that could not be copied are logged and counted.
   WriteResult writeData(bool filesOnly = false);
-  // True when the last writeData() created the folder, so that a caller may remove what it left on failure.
-  bool createdFolder() const { return createdFolder_; }
+  // True when the last writeData() created the folder.
+  bool createdFolder() const { return createdFolder_.has_value(); }
+  // Deletes what a failed writeData() left: the folder that it created, unless another process has put its own there.
+  void removeCreatedFolder();
 
   // Puts the selected applications and items in place, asking the guard about each running application; those it closed
   // are started again. What was restored is on disk when it returns.
@@ -95,7 +97,7 @@ class QWBackup : public BackupNode {
   std::vector<std::string> projects_;
   bool isAutosave_ = false;
   bool isDefault_ = false;
-  bool createdFolder_ = false;
+  std::optional<FileIdentity> createdFolder_;
   mutable std::mutex sizeMutex_;
   mutable std::optional<std::uint64_t> size_;
 };

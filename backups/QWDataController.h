@@ -44,7 +44,7 @@ class QWDataController {
   // The name, or with "-2", "-3" ...: the first that no backup in the library's folder bears.
   static std::string uniqueBackupName(const std::string& name);
   // Lists the library anew. On the way a ".vnt2" backup is renamed to ".vnt" where that name is free, and an automatic
-  // backup in the library's own folder is moved to the others. With a window all sizes are measured.
+  // backup in the library's own folder is moved to the others. With a window the sizes of all backups are measured.
   void populateBackups();
   void populateAutoBackups(bool reload = true);
   // Deletes the oldest automatic backups beyond the number the user wants kept, for good.

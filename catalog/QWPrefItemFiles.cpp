@@ -25,7 +25,8 @@ int moveToTrash(const std::string& path) {
 // The file, and the one that marks it as being in use.
 int trashWithCompanion(const std::string& path) {
   int count = 0;
-  if (QWFileManager::itemExistsAtPath(path)) {
+  // What cannot even be looked at is tried too, so that its failure is told.
+  if (!QWFileManager::isMissingAtPath(path)) {
     QWLog::appendLog("Trashing file %@", path);
     count += moveToTrash(path);
   }

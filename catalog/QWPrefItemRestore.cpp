@@ -62,7 +62,7 @@ bool areRightsMissingIn(const std::string& folder, const Error& error) {
 }
 
 void trashLiveFile(const std::string& path) {
-  if (!QWFileManager::itemExistsAtPath(path)) return;
+  if (QWFileManager::isMissingAtPath(path)) return;
   QWLog::appendLog("Trashing file %@", path);
   const bool trashed = QWFileManager::trashFile(path, kTimeout);
   QWLog::appendLog(trashed ? "File trashed successfully." : "File failed to trash.");
@@ -74,9 +74,15 @@ bool putInPlace(const Staged& staged, const std::string& source, const std::stri
     if (!committed) logCause(committed.error().text);
     return committed.ok();
   }
-  // With administrator rights a live file that could not be trashed would be written over.
-  if (QWFileManager::itemExistsAtPath(destination)) return QWFileManager::copyFile(source, destination, false);
+  // With administrator rights a live file that could not be trashed, or not even seen, would be written over.
+  if (!QWFileManager::isMissingAtPath(destination)) return QWFileManager::copyFile(source, destination, false);
   return QWFileManager::copyFile(source, destination, kTimeout);
+}
+
+// False for what the backup does not hold; a file that cannot be looked at is tried, so that its failure is told.
+bool mayBeHeld(const std::string& path) {
+  const Result<FileInfo> info = Runtime::current().platform().files.info(path, Links::Follow);
+  return info || !QWFileManager::meansMissing(info.error());
 }
 
 void restoreMatch(const std::string& source, const std::string& backupPath) {
@@ -108,7 +114,7 @@ void QWPrefItem::restoreFilesFromBackup(const BackupPlace& backup) {
   const std::string root = paths::join(backup.path(), "");
   for (const std::string& pattern : files())
     for (const std::string& path : QWFileManager::filesMatchingWildcardPath(backup.safeUserPath(pattern), root))
-      if (QWFileManager::fileExistsAtPath(path)) restoreMatch(path, root);
+      if (mayBeHeld(path)) restoreMatch(path, root);
   for (const auto& user : users_)
     if (user->selected() == On) user->restoreFilesFromBackup(backup);
 }

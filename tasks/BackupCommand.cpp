@@ -1,7 +1,6 @@
 // "-backup": writes a backup of that name into the library.
 
 #include <algorithm>
-#include <chrono>
 
 #include "backups/QWBackup.h"
 #include "backups/QWDataController.h"
@@ -15,8 +14,6 @@
 namespace vantory {
 
 namespace {
-
-constexpr std::chrono::seconds kTimeout{10};
 
 // A third argument is the key list, and the second is then passed over; callers rely on these positions.
 std::optional<std::string> keyOperand(const CommandContext& context) {
@@ -43,10 +40,6 @@ std::shared_ptr<QWBackup> makeRecord(const std::string& name, const std::string&
   return backup;
 }
 
-void removeHalfMade(const QWBackup& backup) {
-  if (backup.createdFolder()) QWFileManager::removeFile(backup.path(), kTimeout);
-}
-
 void write(QWBackup& backup, const AppController& controller) {
   switch (backup.writeData()) {
     case WriteResult::NoFiles:
@@ -54,14 +47,14 @@ void write(QWBackup& backup, const AppController& controller) {
                                 .title = "Backup not created",
                                 .description = "No files to backup",
                                 .console = "Backup not created - no files to copy"});
-      removeHalfMade(backup);
+      backup.removeCreatedFolder();
       break;
     case WriteResult::SettingsNotWritten:
       controller.reportFailure({.text = "Vantory: Error writing backup file.",
                                 .title = "Backup failed",
                                 .description = "Error writing backup file",
                                 .console = "Error writing backup file"});
-      removeHalfMade(backup);
+      backup.removeCreatedFolder();
       break;
     case WriteResult::Success:
       controller.postGrowlNotification("Vantory", "Backup complete");
