@@ -22,11 +22,11 @@ int moveToTrash(const std::string& path) {
   return 0;
 }
 
-// The file, and the one that marks it as being in use.
-int trashWithCompanion(const std::string& path) {
+// The file, and the one that marks it as being in use. A path that is not known to exist is looked for first.
+int trashWithCompanion(const std::string& path, bool exists) {
   int count = 0;
   // What cannot even be looked at is tried too, so that its failure is told.
-  if (!QWFileManager::isMissingAtPath(path)) {
+  if (exists || !QWFileManager::isMissingAtPath(path)) {
     QWLog::appendLog("Trashing file %@", path);
     count += moveToTrash(path);
   }
@@ -71,7 +71,8 @@ std::optional<FileInfo> attributesOf(const std::string& path) {
 int QWPrefItem::trash() {
   int count = 0;
   for (const std::string& pattern : files())
-    for (const std::string& path : QWFileManager::filesMatchingWildcardPath(pattern)) count += trashWithCompanion(path);
+    for (const std::string& path : QWFileManager::filesMatchingWildcardPath(pattern))
+      count += trashWithCompanion(path, QWFileManager::isWildcardPath(pattern));
   for (const auto& user : users_)
     if (user->selected() == On) count += user->trash();
   locked_ = Off;

@@ -20,6 +20,8 @@ class QWFileManager {
   // Paths by pattern (WildcardPaths.cpp). In a pattern, every component that contains "*" stands for all matching
   // entries of one folder.
   static std::vector<std::string> filesMatchingWildcardPath(const std::string& pattern);
+  // Whether the path is a pattern, all of whose matches exist; any other path matches itself, whether or not it does.
+  static bool isWildcardPath(const std::string& path);
   static std::vector<std::string> filesMatchingWildcardPath(const std::string& pattern,
                                                             const std::string& fromBasePath);
   // The first match, else the base joined with the pattern as written.

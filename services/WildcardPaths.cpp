@@ -90,6 +90,10 @@ Paths expand(const std::string& pattern, const std::string& start) {
 
 }  // namespace
 
+bool QWFileManager::isWildcardPath(const std::string& path) {
+  return isPattern(path);
+}
+
 Paths QWFileManager::filesMatchingWildcardPath(const std::string& pattern) {
   if (!isPattern(pattern)) return {pattern};
   return expand(pattern, "/");
