@@ -1,12 +1,9 @@
 // Putting backups back in place.
-
 #include "services/RunningApplicationGuard.h"
 #include "tests/backups/BackupsTest.h"
 
 namespace vantory::test {
 namespace {
-
-namespace fs = std::filesystem;
 
 // Decides as told; applications it is not told about do not run.
 class FakeGuard : public RunningApplicationGuard {
@@ -50,14 +47,14 @@ TEST_F(RestoreTest, EachRunningApplicationIsDealtWithAsDecided) {
                       {"stubborn", GuardDecision::CloseAndRelaunch},
                       {"two", GuardDecision::CloseAndRelaunch},
                       {"off", GuardDecision::Cancel}};
-  const Timestamp before = fake_.clock.now();
+  const Timestamp before = fakes_.clock.now();
   backup->restore(true);
   for (const char* restored : {"one", "idle", "two"}) EXPECT_TRUE(isRestored(restored)) << restored;
   for (const char* left : {"skipped", "stubborn", "off"}) EXPECT_FALSE(isRestored(left)) << left;
   EXPECT_EQ(readFile(inTrash("one")), "changed");
   EXPECT_TRUE(guard_.closeAutomatically);
-  EXPECT_THAT(fake_.workspace.launched, ElementsAre("one", "two"));
-  EXPECT_EQ(fake_.clock.now().seconds, before.seconds + 1);
+  EXPECT_THAT(fakes_.workspace.launched, ElementsAre("one", "two"));
+  EXPECT_EQ(fakes_.clock.now().seconds, before.seconds + 1);
 }
 
 TEST_F(RestoreTest, CancellingKeepsWhatIsRestoredAndRelaunchesNothing) {
@@ -69,14 +66,14 @@ TEST_F(RestoreTest, CancellingKeepsWhatIsRestoredAndRelaunchesNothing) {
   EXPECT_TRUE(isRestored("one"));
   EXPECT_FALSE(isRestored("two"));
   EXPECT_FALSE(isRestored("three"));
-  EXPECT_THAT(fake_.workspace.launched, IsEmpty());
+  EXPECT_THAT(fakes_.workspace.launched, IsEmpty());
   EXPECT_EQ(files_.calls(Operation::Sync), 1) << "what was restored is on disk";
 }
 
 TEST_F(RestoreTest, AnotherUserGetsTheFilesInTheirOwnHome) {
   const auto backup = backupOf({"one"});
   const ScratchFolder other;
-  fake_.users.process->home = other.path();
+  fakes_.users.process->home = other.path();
   const auto app = QWApp::appWithName("App one", "", "one");
   app->addItemWithName("Preferences", "key", true, {other / "Library/Preferences/one"});
   controller().setAppArray({app});
@@ -85,21 +82,21 @@ TEST_F(RestoreTest, AnotherUserGetsTheFilesInTheirOwnHome) {
   EXPECT_FALSE(isRestored("one"));
 }
 
-TEST_F(RestoreTest, AHostileBackupChangesNothing) {
-  const auto backup = backupOf({"file", "folder"});
-  const std::string stored = backup->path() + "/Users/user/Library/Preferences/";
-  writeFile(machine_ / "secret", "secret");
-  fs::remove(stored + "file");
-  fs::create_symlink(machine_ / "secret", stored + "file");
+TEST_F(RestoreTest, AvidUsersComeBackAndAreOnDisk) {
+  const std::string users = machine_ / "Users/Shared/AvidMediaComposer/Avid Users";
+  writeFile(users + "/Anna/Anna Settings.avs", "anna");
+  makeFolders(users + "/Empty");
+  controller().populateApps();
+  EXPECT_EQ(QWBackup::autoBackup()->writeData(), WriteResult::Success);
+  std::filesystem::remove_all(users);
+  ASSERT_EQ(controller().autoBackupArray().size(), 1U);
+  const auto backup = controller().autoBackupArray()[0];
+  ASSERT_EQ(backup->children().size(), 1U);
+  EXPECT_EQ(backup->children()[0]->children()[0]->users().size(), 1U);
+  files_.heal();
   backup->restore();
-  EXPECT_EQ(readFile(prefs("file")), "changed");
-  EXPECT_TRUE(isRestored("folder"));
-
-  writeFile(prefs("folder"), "changed");
-  fs::rename(backup->path() + "/Users/user/Library", machine_ / "Library");
-  fs::create_symlink(machine_ / "Library", backup->path() + "/Users/user/Library");
-  backup->restore();
-  EXPECT_EQ(readFile(prefs("folder")), "changed");
+  EXPECT_EQ(readFile(users + "/Anna/Anna Settings.avs"), "anna");
+  EXPECT_EQ(files_.calls(Operation::Sync), 2) << "the home and the shared folder";
 }
 
 }  // namespace

@@ -1,17 +1,20 @@
-// A home, a machine and a disk for tests of the catalog.
+// A home, a machine and a disk for tests of the catalog and of what builds on it.
 #pragma once
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "catalog/BackupPlace.h"
 #include "catalog/QWPrefItem.h"
+#include "platform/linux/LinuxFileMetadata.h"
 #include "platform/linux/LinuxFileSystem.h"
+#include "services/FailureTally.h"
 #include "services/QWLog.h"
 #include "services/Runtime.h"
 #include "services/Text.h"
@@ -21,18 +24,31 @@
 
 namespace vantory::test {
 
-// The real disk, on which the immutable flag can be set without rights.
-class LockableFiles : public LinuxFileSystem {
+// The real disk, but for flags that need no rights, and nothing waits to be written.
+class HandyMetadata : public LinuxFileMetadata {
  public:
-  explicit LockableFiles(const FakeMetadata& metadata) : metadata_(metadata) {}
+  Status setLocked(const std::string& path, bool lock) override {
+    lock ? (void)locked.insert(path) : (void)locked.erase(path);
+    return {};
+  }
+  bool isWritable(const std::string& path) const override { return !unwritable.contains(path); }
+
+  std::set<std::string> locked;
+  std::set<std::string> unwritable;
+};
+
+class HandyFileSystem : public LinuxFileSystem {
+ public:
+  explicit HandyFileSystem(const HandyMetadata& metadata) : metadata_(metadata) {}
   Result<FileInfo> info(const std::string& path, Links links) const override {
     auto found = LinuxFileSystem::info(path, links);
     if (found) found->locked = metadata_.locked.contains(path);
     return found;
   }
+  Status sync(const std::string&) override { return {}; }
 
  private:
-  const FakeMetadata& metadata_;
+  const HandyMetadata& metadata_;
 };
 
 // A backup folder of the user who lives in `home`.
@@ -76,8 +92,8 @@ class CatalogTest : public testing::Test {
 
   ScratchFolder home_;
   ScratchFolder machine_;
-  FakeMetadata metadata_;
-  LockableFiles disk_{metadata_};
+  HandyMetadata metadata_;
+  HandyFileSystem disk_{metadata_};
   FaultyFileSystem files_{disk_};
   FakePlatform fakes_{files_, metadata_, machine_.path(), home_.path()};
   Runtime runtime_{fakes_.platform};

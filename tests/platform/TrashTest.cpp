@@ -3,8 +3,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <thread>
-
 #include "platform/linux/LinuxFileSystem.h"
 #include "tests/support/ScratchFolder.h"
 
@@ -55,21 +53,6 @@ TEST_F(TrashTest, KeepsEveryItemOfOneName) {
   EXPECT_EQ(files.list(home / ".local/share/Trash/info", Detail::Names)->size(), 80u);
 }
 
-TEST_F(TrashTest, ManyAtOnceAllArrive) {
-  std::vector<std::thread> threads;
-  for (int t = 0; t < 4; ++t)
-    threads.emplace_back([this, t] {
-      LinuxFileSystem own;
-      for (int i = 0; i < 25; ++i) {
-        const std::string path = home / ("d" + std::to_string(t) + "/same");
-        writeFile(path, "x");
-        EXPECT_TRUE(own.trash(path, files_).ok());
-      }
-    });
-  for (auto& thread : threads) thread.join();
-  EXPECT_EQ(files.list(files_, Detail::Names)->size(), 100u);
-}
-
 TEST_F(TrashTest, TakesFoldersLinksAndTheLongestNames) {
   const std::string longest(255, 'n');
   writeFile(home / longest, "long");
@@ -92,14 +75,6 @@ TEST_F(TrashTest, AnUnusableTrashIsRefusedAndTheItemStays) {
   writeFile(home / ".local/share/Trash", "a file where the folder should be");
   EXPECT_FALSE(files.trash(home / "file", files_).ok());
   EXPECT_EQ(readFile(home / "file"), "x");
-}
-
-TEST_F(TrashTest, ATrashEmptiedMeanwhileIsMadeAnew) {
-  writeFile(home / "one", "1");
-  trash(home / "one");
-  ASSERT_TRUE(files.remove(home / ".local/share/Trash").ok());
-  writeFile(home / "two", "2");
-  EXPECT_EQ(readFile(trash(home / "two")), "2");
 }
 
 }  // namespace

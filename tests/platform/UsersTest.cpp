@@ -48,25 +48,15 @@ TEST_F(UsersTest, NobodyIsAtTheConsoleWithoutAPersonsSession) {
   const std::string person = "UID=1\nCLASS=user\n";
   for (const auto& [seat, session] : std::vector<std::pair<std::string, std::string>>{
            {"", person},
-           {"ACTIVE=\n", person},
            {"ACTIVE=c8\n", person},
            {"ACTIVE=../sessions/c7\n", person},
            {"ACTIVE=c7\n", "UID=1\nCLASS=greeter\n"},
-           {"ACTIVE=c7\n", "UID=1\n"},
            {"ACTIVE=c7\n", "UID=4294967295\nCLASS=user\n"},
            {"ACTIVE=c7\n", "UID=1 0\nCLASS=user\n"},
        }) {
     loginServiceSays(seat, session);
     EXPECT_EQ(consoleUser(), "nobody") << seat << session;
   }
-}
-
-TEST_F(UsersTest, ALoginServiceThatHasNotStartedYetMeansNobody) {
-  const EnvironmentChange sudo("SUDO_UID", kPersonId);
-  makeFolders(state_ / "seats");
-  EXPECT_EQ(consoleUser(), person_) << "the folder alone is what container images ship";
-  makeFolders(state_ / "system");
-  EXPECT_EQ(consoleUser(), "nobody");
 }
 
 TEST_F(UsersTest, WithoutALoginServiceTheInvokingUserCounts) {
@@ -100,20 +90,6 @@ TEST_F(UsersTest, HomeIsNormalisedAndMustBeAbsolute) {
     setenv("HOME", unusable, 1);
     EXPECT_EQ(homeOfProcess(), ownHome_) << unusable;
   }
-}
-
-TEST_F(UsersTest, TheSuperusersHomeIsNotMovedWhereALoginServiceAnswers) {
-  loginServiceSays("", "");
-  EXPECT_EQ(homeOfProcess(), getuid() == 0 ? ownHome_ : home_.path());
-}
-
-TEST_F(UsersTest, AnswersAreKept) {
-  const LinuxUsers users(state_.path());
-  const std::optional<User> first = users.consoleUser();
-  ASSERT_TRUE(first);
-  loginServiceSays("", "");
-  ASSERT_TRUE(users.consoleUser());
-  EXPECT_EQ(users.consoleUser()->home, first->home);
 }
 
 }  // namespace

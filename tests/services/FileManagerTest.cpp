@@ -41,22 +41,6 @@ TEST_F(FileManagerTest, FindsFreeNames) {
   EXPECT_EQ(Manager::uniqueFilename(home_ / "Folder"), home_ / "Folder 2");
 }
 
-TEST_F(FileManagerTest, CleansNames) {
-  EXPECT_EQ(Manager::validateFilename("  My:Backup/1 \n"), "MyBackup1");
-  EXPECT_EQ(Manager::validateFilename("."), "");
-  EXPECT_EQ(Manager::validateFilename("..x"), ".x");
-  EXPECT_EQ(Manager::validateFilename(" .x"), ".x");
-  EXPECT_EQ(Manager::validateFilename("/ :/"), " ");
-}
-
-TEST_F(FileManagerTest, WritesSizesForPeople) {
-  EXPECT_EQ(Manager::formatFileSize(1023), "1023 B");
-  EXPECT_EQ(Manager::formatFileSize(1024), "1.00 KB");
-  EXPECT_EQ(Manager::formatFileSize(1048575), "1024.00 KB");
-  EXPECT_EQ(Manager::formatFileSize(1048576), "1.00 MB");
-  EXPECT_EQ(Manager::formatFileSize(1073741824), "1.00 GB");
-}
-
 TEST_F(FileManagerTest, WalksThroughFoldersAndLinksWithoutGoingInCircles) {
   writeFile(home_ / "tree/one/f", "12345");
   writeFile(home_ / "outside/g", "123");
@@ -75,17 +59,6 @@ TEST_F(FileManagerTest, WalksThroughFoldersAndLinksWithoutGoingInCircles) {
   std::filesystem::create_directory_symlink("..", home_ / "empty/deep/up");
   EXPECT_TRUE(Manager::isFolderEmpty(home_ / "empty"));
   EXPECT_TRUE(Manager::isFolderEmpty(home_ / "none"));
-}
-
-TEST_F(FileManagerTest, CopiesAFileThatIsNotThereYet) {
-  EXPECT_TRUE(Manager::copyFile(a_, b_));
-  EXPECT_EQ(readFile(b_), "content");
-  EXPECT_FALSE(Manager::copyFile("", b_));
-  EXPECT_FALSE(Manager::copyFile(a_, ""));
-  EXPECT_THAT(logged(), ElementsAre("Error copying file: source path is nil",
-                                    "Error copying file " + a_ + ": destination path is nil"));
-  EXPECT_EQ(fake_.systemLog.messages().size(), 2u);
-  EXPECT_THAT(metadata_.changes, IsEmpty());
 }
 
 TEST_F(FileManagerTest, AsksForRightsOnlyWhereTheyHelp) {
@@ -181,19 +154,6 @@ TEST_F(FileManagerTest, UnlocksOnlyWhatIsLocked) {
   EXPECT_LE(fake_.privileged.requests, 1);
 }
 
-TEST_F(FileManagerTest, TrashesByNameAndType) {
-  for (const char* name : {"t/.DS_Store", "t/d/.DS_Store", "t/d/a.plist", "t/b.Plist", "t/c.txt"})
-    writeFile(home_ / name, name);
-  makeFolders(home_ / "t/e/.DS_Store/f");
-  EXPECT_THAT(Manager::trashFilesNamed(".DS_Store", home_ / "t"),
-              UnorderedElementsAre(home_ / "t/.DS_Store", home_ / "t/d/.DS_Store"));
-  EXPECT_THAT(Manager::trashFilesOfType("PLIST", home_ / "t"),
-              UnorderedElementsAre(home_ / "t/d/a.plist", home_ / "t/b.Plist"));
-  EXPECT_TRUE(Manager::trashDirectoryContents(home_ / "t"));
-  EXPECT_THAT(Manager::contentsOfDirectory(home_ / "t"), IsEmpty());
-  EXPECT_EQ(readFile(trash_ + "/c.txt"), "t/c.txt");
-}
-
 TEST_F(FileManagerTest, RemovesNoFolderThatMayHoldSomething) {
   EXPECT_FALSE(Manager::removeFolderIfEmpty(a_));
   writeFile(home_ / "full/x", "");
@@ -206,41 +166,6 @@ TEST_F(FileManagerTest, RemovesNoFolderThatMayHoldSomething) {
   std::filesystem::remove(home_ / "full/x");
   EXPECT_TRUE(Manager::removeFolderIfEmpty(home_ / "full"));
   EXPECT_FALSE(exists(home_ / "full"));
-}
-
-TEST_F(FileManagerTest, RecreatesFolderChainsAndCopiesContents) {
-  makeFolders(home_ / "backup/p.vnt");
-  EXPECT_EQ(Manager::createDirectoryStructure(a_, home_ / "out"), (home_ / "out") + home_.path());
-  EXPECT_EQ(Manager::createDirectoryStructure(home_ / "backup/p.vnt", home_ / "out"),
-            (home_ / "out") + (home_ / "backup"));
-  EXPECT_TRUE(exists((home_ / "out") + (home_ / "backup")));
-  writeFile(home_ / "from/1/x", "x");
-  makeFolders(home_ / "to");
-  EXPECT_TRUE(Manager::copyContentsOfDirectory(home_ / "from", home_ / "to", 10s));
-  EXPECT_EQ(readFile(home_ / "to/1/x"), "x");
-  EXPECT_FALSE(Manager::createDirectory(a_));
-  EXPECT_THAT(fake_.privileged.calls, IsEmpty());
-}
-
-TEST_F(FileManagerTest, TouchesOnlyWhatExists) {
-  EXPECT_FALSE(Manager::touchFile(home_ / "missing"));
-  EXPECT_FALSE(exists(home_ / "missing"));
-  EXPECT_TRUE(Manager::touchFile(a_));
-  EXPECT_EQ(disk_.info(a_, Links::Follow)->modified, fake_.clock.now());
-  EXPECT_EQ(fake_.privileged.requests, 0);
-}
-
-TEST_F(FileManagerTest, KeepsOtherFinderFlagsWithALabel) {
-  std::string info(32, '\0');
-  info[8] = '\x04';  // a custom icon
-  if (!metadata_.setFinderInfo(a_, info)) GTEST_SKIP() << "no extended attributes here";
-  Manager::setFinderColorIndex(13, a_);
-  EXPECT_EQ(Manager::finderColorIndexForPath(a_), 0x040C);
-  EXPECT_FALSE(Manager::finderColorForPath(a_));
-  ASSERT_TRUE(metadata_.setFinderInfo(a_, std::string(32, '\0')));
-  Manager::setFinderColorIndex(14, a_);
-  EXPECT_EQ(Manager::finderColorForPath(a_)->hue, 0.0888);
-  EXPECT_FALSE(Manager::finderColorForPath(b_));
 }
 
 }  // namespace

@@ -1,7 +1,5 @@
 #include "services/QWLocalPaths.h"
 
-#include <filesystem>
-
 #include "tests/services/ServicesTest.h"
 
 namespace vantory::test {
@@ -26,15 +24,6 @@ TEST_F(LocalPathsTest, AreThoseOfTheConsoleUserForTheSuperuser) {
   EXPECT_FALSE(QWLocalPaths::isPathSystemDirectory("/tmp/anything"));
 }
 
-TEST_F(LocalPathsTest, TemporaryFilesLieInAPrivateFolder) {
-  const auto file = QWLocalPaths::tempFile();
-  ASSERT_TRUE(file);
-  EXPECT_FALSE(exists(*file));
-  EXPECT_NE(file, QWLocalPaths::tempFile());
-  const auto folder = *QWLocalPaths::tempDirectory();
-  EXPECT_EQ(std::filesystem::status(folder).permissions(), std::filesystem::perms::owner_all);
-}
-
 TEST_F(LocalPathsTest, ProtectTheFoldersOfTheSystem) {
   const auto isProtected = [](const std::string& path) { return QWLocalPaths::isPathSystemDirectory(path); };
   const std::string shared = machine_ / "Users/Shared";
@@ -47,13 +36,6 @@ TEST_F(LocalPathsTest, ProtectTheFoldersOfTheSystem) {
   EXPECT_TRUE(isProtected(shared + "x/"));
   EXPECT_TRUE(isProtected(shared + "\u00e9/"));
   EXPECT_FALSE(QWLocalPaths::isPathSystemDirectory("/usr/local", true));
-}
-
-TEST_F(LocalPathsTest, TellTimeMachineVolumes) {
-  const std::string volumes = machine_ / "Volumes";
-  EXPECT_TRUE(QWLocalPaths::isPathOnTimeMachineVolume(volumes + "/TM/Backups.backupdb/x"));
-  EXPECT_FALSE(QWLocalPaths::isPathOnTimeMachineVolume(volumes + "/TM/Backups.backupdb2"));
-  EXPECT_FALSE(QWLocalPaths::isPathOnTimeMachineVolume("/Backups.backupdb/x"));
 }
 
 }  // namespace

@@ -9,13 +9,12 @@
 #include <latch>
 #include <memory>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "platform/linux/LinuxFileMetadata.h"
 #include "platform/linux/LinuxFileSystem.h"
-#include "services/QWException.h"
 #include "services/Runtime.h"
 #include "tests/support/FakePlatform.h"
 #include "tests/support/ScratchFolder.h"
@@ -78,7 +77,7 @@ class LogTest : public testing::Test {
   test::ScratchFolder home_;
   test::ScratchFolder machine_;
   InterferedFiles files_;
-  test::FakeMetadata metadata_;
+  LinuxFileMetadata metadata_;
   test::FakePlatform fakes_{files_, metadata_, machine_.path(), home_.path()};
   std::optional<Runtime> runtime_{std::in_place, fakes_.platform};
 };
@@ -95,8 +94,6 @@ TEST_F(LogTest, NewLogHasItsHeaderAndShortEntriesAreThereAtOnce) {
   QWLog::appendLog(" \t ");
   QWLog::finishWriting();
   EXPECT_EQ(readFile(log()), header + entry("Trashing /x/a\\n\\xff%@ (2)") + "2027-11-14 21:35:17 +0000 - \n");
-  EXPECT_EQ(QWLog::sharedController().bytesInQueue(), 0u);
-  EXPECT_EQ(QWLog::sharedController().bytesWritten(), readFile(log()).size() - header.size());
   const auto mode = std::filesystem::status(log()).permissions();
   EXPECT_EQ(mode, std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
 }
@@ -111,32 +108,6 @@ TEST_F(LogTest, SixCreationsLeaveFiveGenerationsUnderTheFirstName) {
     EXPECT_THAT(messages(log(generation)), ElementsAre("run " + std::to_string(7 - generation)));
   const std::filesystem::directory_iterator entries(home_ / "Library/Logs/Quarrywell");
   EXPECT_EQ(std::distance(begin(entries), end(entries)), 5);
-}
-
-TEST_F(LogTest, EntriesBeforeANewLogGoToTheFileThatIsThere) {
-  const std::string path = home_ / "Library/Logs/Quarrywell/Vantory.1.log";
-  writeFile(path, "before\n");
-  QWLog::appendLog("first");
-  EXPECT_EQ(readFile(path), "before\n" + entry("first"));
-  QWLog::createNewLog();
-  EXPECT_THAT(messages(path), IsEmpty());
-  EXPECT_EQ(readFile(home_ / "Library/Logs/Quarrywell/Vantory.2.log"), "before\n" + entry("first"));
-}
-
-TEST_F(LogTest, HeldMessagesComeFirstInTheNewLog) {
-  QWLog::holdUntilNewLog("settings are damaged");
-  EXPECT_FALSE(exists(home_ / "Library"));
-  QWLog::createNewLog("Vantory.task");
-  QWLog::appendLog("Task started");
-  QWLog::holdUntilNewLog("and again");
-  EXPECT_THAT(messages(log()), ElementsAre("settings are damaged", "Task started", "and again"));
-}
-
-TEST_F(LogTest, PrintedTextIsAFormatOnceMoreOnItsWayToTheLog) {
-  QWLog::createNewLog("Vantory.task");
-  QWLog::appendLogAndPrint(" %@ done\n", " 100%% of %@\n");
-  EXPECT_THAT(messages(log()), ElementsAre("100% of (null)\\n done"));
-  EXPECT_THAT(fakes_.systemLog.messages(), ElementsAre(" 100%% of %@\\n done"));
 }
 
 TEST_F(LogTest, LongEntriesAndEntriesBehindABacklogAreNotWaitedFor) {
@@ -258,17 +229,6 @@ TEST_F(LogTest, SuperuserWritesTheMachineWideFileAndMovesTheUsersGenerations) {
   QWLog::appendLog("Nobody is logged in");
   EXPECT_THAT(messages(machineLog), ElementsAre("Nobody is logged in"));
   EXPECT_THAT(fakes_.systemLog.messages(), IsEmpty());
-}
-
-TEST_F(LogTest, ExceptionsAreToldWithMethodNameAndReason) {
-  QWLog::createNewLog("Vantory.task");
-  const std::string text = QWException::logException(std::runtime_error("100% %@"), "copy");
-  EXPECT_EQ(text, "Exception in copy. std::runtime_error - 100% %@.");
-  EXPECT_THAT(messages(log()), ElementsAre(text));
-  EXPECT_THAT(fakes_.systemLog.messages(), ElementsAre(text));
-  EXPECT_TRUE(QWException::didTimeout(std::system_error(std::make_error_code(std::errc::timed_out))));
-  EXPECT_FALSE(QWException::didTimeout(std::system_error(std::make_error_code(std::errc::io_error))));
-  EXPECT_FALSE(QWException::didTimeout(std::runtime_error("timed out")));
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include <thread>
 #include <vector>
 
+#include "platform/linux/LinuxFileMetadata.h"
 #include "platform/linux/LinuxFileSystem.h"
 #include "services/MainThread.h"
 #include "services/NotificationCenter.h"
@@ -23,7 +24,7 @@ using testing::ElementsAre;
 class RuntimeTest : public testing::Test {
  protected:
   LinuxFileSystem files_;
-  test::FakeMetadata metadata_;
+  LinuxFileMetadata metadata_;
   test::FakePlatform fakes_{files_, metadata_, "/nowhere", "/nowhere/anna"};
   std::optional<Runtime> runtime_{std::in_place, fakes_.platform};
   std::vector<std::string> told_;
@@ -47,14 +48,6 @@ TEST_F(RuntimeTest, InstancesAreSingleAndEndNewestFirst) {
   EXPECT_EQ(&runtime_->shared<Upper>(), &runtime_->shared<Upper>());
   runtime_.reset();
   EXPECT_THAT(destroyed, ElementsAre("upper", "lower"));
-}
-
-TEST_F(RuntimeTest, NewestRuntimeIsCurrent) {
-  {
-    Runtime inner(fakes_.platform);
-    EXPECT_EQ(&Runtime::current(), &inner);
-  }
-  EXPECT_EQ(&Runtime::current(), &*runtime_);
 }
 
 class MainThreadTest : public RuntimeTest {
@@ -83,22 +76,6 @@ TEST_F(MainThreadTest, WorkRunsOnTheMainThreadWhileTheCallerWaits) {
   EXPECT_EQ(woken, 3);
 }
 
-TEST_F(MainThreadTest, AJobMayWaitForFurtherJobs) {
-  std::atomic<bool> innerDone = false;
-  bool outerDone = false;
-  std::thread outer([&] {
-    main_.runAndWait([&] {
-      std::thread inner([&] { main_.runAndWait([&] { innerDone = true; }); });
-      main_.runUntil([&] { return innerDone.load(); });
-      inner.join();
-      outerDone = true;
-    });
-  });
-  main_.runUntil([&] { return outerDone; });
-  outer.join();
-  EXPECT_TRUE(innerDone);
-}
-
 TEST_F(MainThreadTest, ShutDownRefusesWhatWaitsAndWhatComes) {
   std::atomic<bool> waiting = false;
   main_.wake = [&] {
@@ -125,19 +102,6 @@ class NotificationTest : public RuntimeTest {
 
   NotificationCenter& center_ = NotificationCenter::shared();
 };
-
-TEST_F(NotificationTest, ObserversOfTheNameAreCalledInOrderWhileTheyObserve) {
-  auto first = observe("refresh", "first");
-  auto other = observe("switch", "other");
-  auto second = observe("refresh", "second");
-  center_.post("refresh");
-  EXPECT_THAT(told_, ElementsAre("first", "second"));
-  first = std::move(second);
-  center_.post("refresh");
-  first.reset();
-  center_.post("refresh");
-  EXPECT_THAT(told_, ElementsAre("first", "second", "second"));
-}
 
 TEST_F(NotificationTest, ObservationsMayBeginAndEndDuringDelivery) {
   NotificationCenter::Observation once, victim, late;
@@ -169,26 +133,6 @@ TEST_F(NotificationTest, EndingWaitsForADeliveryOnAnotherThread) {
   observation.reset();
   EXPECT_TRUE(ran);
   poster.join();
-}
-
-TEST_F(NotificationTest, PostOnMainThreadWaitsForTheObservers) {
-  MainThread& main = MainThread::shared();
-  bool told = false;
-  auto observation = center_.observe("refresh", [&] {
-    EXPECT_TRUE(main.isCurrent());
-    told = true;
-  });
-  std::atomic<bool> ended = false;
-  std::thread worker([&] {
-    EXPECT_TRUE(center_.postOnMainThread("refresh"));
-    EXPECT_TRUE(told);
-    ended = true;
-    main.notify();
-  });
-  main.runUntil([&] { return ended.load(); });
-  worker.join();
-  main.shutDown();
-  std::thread([&] { EXPECT_FALSE(center_.postOnMainThread("refresh")); }).join();
 }
 
 }  // namespace

@@ -1,57 +1,25 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <sys/stat.h>
+#include "services/QWTask.h"
 
 #include <atomic>
 #include <thread>
 
-#include "platform/linux/LinuxFileMetadata.h"
-#include "platform/linux/LinuxFileSystem.h"
-#include "platform/linux/LinuxProcesses.h"
 #include "services/MainThread.h"
-#include "services/QWLog.h"
-#include "services/QWTask.h"
-#include "services/Runtime.h"
-#include "tests/support/FakePlatform.h"
-#include "tests/support/ScratchFolder.h"
+#include "tests/services/ServicesTest.h"
 
 namespace vantory::test {
 namespace {
 
 using std::chrono::seconds;
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::IsEmpty;
 
 constexpr const char* kShell = "/bin/sh";
-constexpr seconds kNever = std::chrono::hours(24);
 
-// Tools are real files; whether they are really started is the derived fixture's choice.
-class TaskTest : public ::testing::Test {
+class TaskTest : public ServicesTest {
  protected:
-  explicit TaskTest(bool realProcesses = false)
-      : platform_{fakes_.clock,
-                  fakes_.users,
-                  fakes_.folders,
-                  files_,
-                  metadata_,
-                  files_,
-                  realProcesses ? static_cast<Processes&>(processes_) : fakes_.processes,
-                  fakes_.privileged,
-                  fakes_.systemLog,
-                  fakes_.system,
-                  fakes_.workspace,
-                  fakes_.taskClient,
-                  fakes_.notifications} {
-    MainThread::shared();
-    QWLog::createNewLog("Vantory.task");
-  }
-
-  std::string log() const {
-    QWLog::finishWriting();
-    return readFile(scratch_ / "home/Library/Logs/Quarrywell/Vantory.task.1.log");
-  }
-  std::vector<std::string> systemLog() const { return fakes_.systemLog.messages(); }
+  TaskTest() { MainThread::shared(); }
+  std::vector<std::string> systemLog() const { return fake_.systemLog.messages(); }
 
   // What the work answers on a thread of its own, while the main thread serves whoever hands it work.
   template <class Work>
@@ -67,103 +35,46 @@ class TaskTest : public ::testing::Test {
     worker.join();
     return answer;
   }
-
-  ScratchFolder scratch_;
-  LinuxFileSystem files_;
-  LinuxFileMetadata metadata_;
-  FakePlatform fakes_{files_, metadata_, scratch_ / "root", scratch_ / "home"};
-  LinuxProcesses processes_;
-  Platform platform_;
-  Runtime runtime_{platform_};
-};
-
-class RealTaskTest : public TaskTest {
- protected:
-  RealTaskTest() : TaskTest(true) {}
 };
 
 TEST_F(TaskTest, RefusesWhatIsNoTool) {
-  const std::string plain = scratch_ / "plain%@file";
-  const std::string application = scratch_ / "Some.app";
+  const std::string plain = home_ / "plain%@file";
+  const std::string application = home_ / "Some.app";
   writeFile(plain, "#!/bin/sh\n");
   writeFile(application + "/Contents/Info.plist", "");
   EXPECT_FALSE(QWTask::runTask(plain, {}));
   EXPECT_FALSE(QWTask::runTaskAndReturn(application, {}));
   EXPECT_EQ(QWTask::terminationCodeFromTask("/missing", {}), -1);
-  EXPECT_EQ(QWTask::dataFromTask("/missing", {}, seconds(1)), std::nullopt);
-  EXPECT_EQ(QWTask::stringFromTask("/missing", {}), "");
-  EXPECT_THAT(fakes_.processes.calls(), IsEmpty());
   EXPECT_THAT(systemLog(),
               ElementsAre("Error: " + plain + " is not executable", "Error: " + application + " is not executable",
-                          "Error: /missing is not executable", "Error: /missing is not executable",
                           "Error: /missing is not executable"));
-  EXPECT_THAT(log(), HasSubstr(" - Error: " + plain + " is not executable\n"));
-}
-
-TEST_F(TaskTest, SaysWhyAToolCouldNotBeStarted) {
-  fakes_.processes.behaviour = [](const auto&) {
-    return FakeProcesses::Run{.failure = Error{std::errc::not_enough_memory, "/bin/sh: Cannot allocate memory"}};
-  };
-  EXPECT_EQ(QWTask::terminationCodeFromTask(kShell, {}), -1);
-  EXPECT_THAT(systemLog(), ElementsAre("Error: /bin/sh: Cannot allocate memory"));
-  EXPECT_THAT(log(), HasSubstr("Error: /bin/sh: Cannot allocate memory\n"));
-}
-
-TEST_F(TaskTest, OnlyTheWaitingFormsWait) {
-  fakes_.processes.behaviour = [](const auto&) { return FakeProcesses::Run{.untilTerminated = true}; };
-  EXPECT_TRUE(QWTask::runTaskAndReturn(kShell, {"-c", "a"}));
-  fakes_.processes.behaviour = [](const auto&) { return FakeProcesses::Run{.status = 3, .output = "out"}; };
-  std::shared_ptr<Process> task;
-  EXPECT_TRUE(QWTask::runTask(kShell, {}, task));
-  EXPECT_NE(task, nullptr);
-  EXPECT_EQ(QWTask::terminationCodeFromTask(kShell, {}, task), 3);
-  EXPECT_EQ(QWTask::dataFromTask(kShell, {}, task), "out");
-  using Call = FakeProcesses::Call;
-  EXPECT_THAT(fakes_.processes.calls(),
-              ElementsAre(Call{kShell, {"-c", "a"}, Streams::Discarded}, Call{kShell, {}, Streams::Discarded},
-                          Call{kShell, {}, Streams::Discarded}, Call{kShell, {}, Streams::Captured}));
+  EXPECT_THAT(logged(), Contains("Error: " + plain + " is not executable"));
 }
 
 TEST_F(TaskTest, TextMustBeOfItsEncoding) {
-  std::string output;
-  fakes_.processes.behaviour = [&](const auto&) { return FakeProcesses::Run{.output = output}; };
-  const auto utf8 = [] { return QWTask::stringFromTask(kShell, {}, QWTask::Encoding::Utf8, kNever); };
-  output = "plain\x7f\n";
-  EXPECT_EQ(QWTask::stringFromTask(kShell, {}), output);
-  output =
-      "Gr\xc3\xb6\xc3\x9f"
-      "e";
-  EXPECT_EQ(QWTask::stringFromTask(kShell, {}), std::nullopt);
-  EXPECT_EQ(utf8(), output);
-  output = "\xff";
-  EXPECT_EQ(utf8(), std::nullopt);
+  const auto printed = [](const char* text, QWTask::Encoding encoding) {
+    return QWTask::stringFromTask("/usr/bin/printf", {text}, encoding, std::chrono::hours(24));
+  };
+  EXPECT_EQ(printed("plain\x7f\n", QWTask::Encoding::Ascii), "plain\x7f\n");
+  EXPECT_EQ(printed("Gr\u00f6\u00dfe", QWTask::Encoding::Ascii), std::nullopt);
+  EXPECT_EQ(printed("Gr\u00f6\u00dfe", QWTask::Encoding::Utf8), "Gr\u00f6\u00dfe");
+  EXPECT_EQ(printed("\xff", QWTask::Encoding::Utf8), std::nullopt);
 }
 
 TEST_F(TaskTest, ATimeLimitEndsTheToolAndSaysSo) {
-  fakes_.processes.behaviour = [](const auto&) { return FakeProcesses::Run{.untilTerminated = true}; };
-  EXPECT_EQ(offTheMainThread([] { return QWTask::terminationCodeFromTask(kShell, {}, seconds(0)); }), 128 + 15);
-  EXPECT_THAT(systemLog(), ElementsAre("Task timed out. Terminating..."));
-  EXPECT_THAT(log(), HasSubstr(" - Task /bin/sh timed out. Terminating...\n"));
+  const auto code = [] { return QWTask::terminationCodeFromTask("/bin/sleep", {"60"}, seconds(0)); };
+  EXPECT_EQ(offTheMainThread(code), 128 + 15);
+  EXPECT_EQ(offTheMainThread([] { return QWTask::dataFromTask("/bin/sleep", {"60"}, seconds(0)); }), "");
+  EXPECT_THAT(systemLog(), ElementsAre("Task timed out. Terminating...", "Task timed out. Terminating..."));
+  EXPECT_THAT(logged(), Contains("Task /bin/sleep timed out. Terminating...").Times(2));
 }
 
-TEST_F(TaskTest, ATimeLimitThatIsNotReachedLeavesNoTrace) {
-  fakes_.processes.behaviour = [](const auto&) { return FakeProcesses::Run{.status = 4}; };
-  EXPECT_EQ(offTheMainThread([] { return QWTask::terminationCodeFromTask(kShell, {}, kNever); }), 4);
-  EXPECT_EQ(offTheMainThread([] { return QWTask::terminationCodeFromTask(kShell, {}, seconds(0)); }), 4);
-  EXPECT_THAT(systemLog(), IsEmpty());
-}
-
-TEST_F(RealTaskTest, ATimeLimitNeverActsOnTheMainThread) {
+TEST_F(TaskTest, ATimeLimitNeverActsOnTheMainThread) {
   EXPECT_EQ(QWTask::terminationCodeFromTask(kShell, {"-c", "sleep 0.1; exit 5"}, seconds(0)), 5);
   EXPECT_THAT(systemLog(), IsEmpty());
 }
 
-TEST_F(RealTaskTest, ATimeLimitEndsARealTool) {
-  EXPECT_EQ(offTheMainThread([] { return QWTask::dataFromTask("/bin/sleep", {"60"}, seconds(0)); }), "");
-  EXPECT_THAT(systemLog(), ElementsAre("Task timed out. Terminating..."));
-}
-
-TEST_F(RealTaskTest, ErrorTextTakesPrecedenceOverOutput) {
+TEST_F(TaskTest, ErrorTextTakesPrecedenceOverOutput) {
   std::shared_ptr<Process> task;
   EXPECT_EQ(QWTask::dataFromTask(kShell, {"-c", "echo out; echo err >&2; echo out"}, task), "err\n");
   const auto large = QWTask::dataFromTask(kShell, {"-c", "head -c 300000 /dev/zero"}, task);

@@ -3,7 +3,6 @@
 #include <filesystem>
 #include <thread>
 
-#include "services/GlobalSettings.h"
 #include "services/QWFileManager.h"
 #include "tests/services/ServicesTest.h"
 
@@ -45,20 +44,16 @@ TEST_F(UserDefaultsTest, LooksAtTheUserThenTheMachineThenTheRegistered) {
 TEST_F(UserDefaultsTest, ConvertsNumbersAndTexts) {
   write(
       "<key>t</key><string> 12 days</string><key>big</key><string>-99999999999999999999</string>"
-      "<key>r</key><real>-7.9</real><key>huge</key><real>1e300</real><key>nan</key><real>nan</real>"
-      "<key>yes</key><true/><key>y</key><string>yes</string><key>n</key><string>-00</string>"
+      "<key>r</key><real>-7.9</real><key>huge</key><real>1e300</real>"
+      "<key>y</key><string>yes</string><key>n</key><string>-00</string>"
       "<key>list</key><array><string>a</string><string>b</string></array>"
       "<key>mixed</key><array><string>a</string><integer>1</integer></array>");
   EXPECT_EQ(defaults_.integerForKey("t"), 12);
   EXPECT_EQ(defaults_.integerForKey("big"), INT64_MIN);
   EXPECT_EQ(defaults_.integerForKey("r"), -7);
   EXPECT_EQ(defaults_.integerForKey("huge"), INT64_MAX);
-  EXPECT_EQ(defaults_.integerForKey("nan"), 0);
-  EXPECT_EQ(defaults_.integerForKey("yes"), 1);
-  EXPECT_EQ(defaults_.integerForKey("list"), 0);
   EXPECT_TRUE(defaults_.boolForKey("y"));
   EXPECT_FALSE(defaults_.boolForKey("n"));
-  EXPECT_EQ(defaults_.stringForKey("r"), std::nullopt);
   EXPECT_THAT(*defaults_.stringArrayForKey("list"), ElementsAre("a", "b"));
   EXPECT_EQ(defaults_.stringArrayForKey("mixed"), std::nullopt);
   ASSERT_TRUE(defaults_.setObject("backupPath", "/no\xffutf8"));
@@ -124,26 +119,6 @@ TEST_F(UserDefaultsTest, NeverReplacesWhatCannotBeReadOrWritten) {
   EXPECT_EQ(readFile(file_), before);
   files_.heal();
   EXPECT_TRUE(defaults_.setObject("a", 9));
-}
-
-TEST_F(UserDefaultsTest, BelongToNobodyWhenNobodyIsAtTheConsole) {
-  fake_.users.superuser = true;
-  fake_.users.console.reset();
-  QWUserDefaults defaults;
-  EXPECT_FALSE(defaults.setObject("a", 1));
-  EXPECT_EQ(defaults.integerForKey("a"), 0);
-}
-
-TEST_F(UserDefaultsTest, GlobalSwitches) {
-  const std::string global = home_ / "Library/Preferences/com.quarrywell.global.plist";
-  EXPECT_FALSE(globalSwitch("a"));
-  writeFile(global,
-            "<plist><dict><key>a</key><true/><key>b</key><string>1</string><key>c</key><integer>1</integer>"
-            "<key>d</key><string>true</string><key>e</key><integer>2</integer></dict></plist>");
-  for (const char* key : {"a", "b", "c"}) EXPECT_TRUE(globalSwitch(key)) << key;
-  for (const char* key : {"d", "e", "f"}) EXPECT_FALSE(globalSwitch(key)) << key;
-  writeFile(global, "damaged");
-  EXPECT_FALSE(globalSwitch("a"));
 }
 
 }  // namespace

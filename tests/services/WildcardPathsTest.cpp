@@ -73,15 +73,5 @@ TEST_F(WildcardPathsTest, LeavesLiteralPathsAlone) {
   EXPECT_EQ(QWFileManager::decodeWildcardPath("n*", folder_), folder_ + "/none");
 }
 
-TEST_F(WildcardPathsTest, ReadsEachFolderOnce) {
-  make({"a1", "a2", "a3"});
-  files_.heal();
-  find("a*");
-  EXPECT_EQ(files_.calls(Operation::List), 1);
-  EXPECT_EQ(files_.calls(Operation::Info), 0);
-  find("literal");
-  EXPECT_EQ(files_.calls(Operation::List) + files_.calls(Operation::Info), 1);
-}
-
 }  // namespace
 }  // namespace vantory::test

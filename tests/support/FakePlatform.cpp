@@ -1,53 +1,29 @@
 #include "tests/support/FakePlatform.h"
 
-#include <utility>
+#include <map>
+#include <set>
 
 namespace vantory::test {
 
 namespace {
 
-// Plays one scripted run.
-class FakeProcess : public Process {
- public:
-  explicit FakeProcess(FakeProcesses::Run run) : run_(std::move(run)), running_(run_.untilTerminated) {}
-
-  int wait() override {
-    waitForEnd();
-    return run_.status;
-  }
-  Output readAll() override {
-    waitForEnd();
-    return {run_.output, run_.errors};
-  }
-  std::string readSome() override {
-    const std::lock_guard lock(mutex_);
-    return std::exchange(run_.output, {});
-  }
-  bool isRunning() override {
-    const std::lock_guard lock(mutex_);
-    return running_;
-  }
-  void terminate() override {
-    const std::lock_guard lock(mutex_);
-    if (!running_) return;
-    running_ = false;
-    run_.status = 128 + 15;
-    ended_.notify_all();
-  }
-
- private:
-  void waitForEnd() {
-    std::unique_lock lock(mutex_);
-    ended_.wait(lock, [this] { return !running_; });
-  }
-
-  std::mutex mutex_;
-  std::condition_variable ended_;
-  FakeProcesses::Run run_;
-  bool running_;
-};
-
 constexpr std::int64_t kMicrosecondsPerSecond = 1'000'000;
+
+const std::map<StandardFolder, std::string> kFolders = {
+    {StandardFolder::Applications, "/Applications"},
+    {StandardFolder::AdministrationApplications, "/Applications/Utilities"},
+    {StandardFolder::Documents, "/Documents"},
+    {StandardFolder::Library, "/Library"},
+    {StandardFolder::Caches, "/Library/Caches"},
+    {StandardFolder::ApplicationSupport, "/Library/Application Support"},
+    {StandardFolder::Desktop, "/Desktop"},
+    {StandardFolder::Documentation, "/Library/Documentation"},
+    {StandardFolder::Trash, "/.local/share/Trash/files"},
+    {StandardFolder::SharedUsers, "/Users/Shared"},
+    {StandardFolder::Volumes, "/Volumes"}};
+
+const std::set<StandardFolder> kUsersOnly = {StandardFolder::Documents, StandardFolder::Desktop, StandardFolder::Trash};
+const std::set<StandardFolder> kMachineOnly = {StandardFolder::SharedUsers, StandardFolder::Volumes};
 
 }  // namespace
 
@@ -69,83 +45,13 @@ void FakeClock::set(Timestamp time) {
 }
 
 std::optional<std::string> FakeFolders::userFolder(StandardFolder folder, const std::string& home) const {
-  switch (folder) {
-    case StandardFolder::Applications:
-      return home + "/Applications";
-    case StandardFolder::AdministrationApplications:
-      return home + "/Applications/Utilities";
-    case StandardFolder::Documents:
-      return home + "/Documents";
-    case StandardFolder::Library:
-      return home + "/Library";
-    case StandardFolder::Caches:
-      return home + "/Library/Caches";
-    case StandardFolder::ApplicationSupport:
-      return home + "/Library/Application Support";
-    case StandardFolder::Desktop:
-      return home + "/Desktop";
-    case StandardFolder::Documentation:
-      return home + "/Library/Documentation";
-    case StandardFolder::Trash:
-      return home + "/.local/share/Trash/files";
-    case StandardFolder::SharedUsers:
-    case StandardFolder::Volumes:
-      break;
-  }
-  return std::nullopt;
+  if (kMachineOnly.contains(folder)) return std::nullopt;
+  return home + kFolders.at(folder);
 }
 
 std::optional<std::string> FakeFolders::localFolder(StandardFolder folder) const {
-  switch (folder) {
-    case StandardFolder::Applications:
-      return root_ + "/Applications";
-    case StandardFolder::AdministrationApplications:
-      return root_ + "/Applications/Utilities";
-    case StandardFolder::Library:
-      return root_ + "/Library";
-    case StandardFolder::Caches:
-      return root_ + "/Library/Caches";
-    case StandardFolder::ApplicationSupport:
-      return root_ + "/Library/Application Support";
-    case StandardFolder::Documentation:
-      return root_ + "/Library/Documentation";
-    case StandardFolder::SharedUsers:
-      return root_ + "/Users/Shared";
-    case StandardFolder::Volumes:
-      return root_ + "/Volumes";
-    case StandardFolder::Documents:
-    case StandardFolder::Desktop:
-    case StandardFolder::Trash:
-      break;
-  }
-  return std::nullopt;
-}
-
-Status FakeMetadata::setLocked(const std::string& path, bool lock) {
-  if (lock)
-    locked.insert(path);
-  else
-    locked.erase(path);
-  return {};
-}
-
-Status FakeMetadata::setModified(const std::string& path, Timestamp time) {
-  modified[path] = time;
-  return {};
-}
-
-Result<std::string> FakeMetadata::linkTarget(const std::string& path) const {
-  return Error{std::errc::invalid_argument, path + ": no link"};
-}
-
-Result<std::string> FakeMetadata::finderInfo(const std::string& path) const {
-  const auto known = finderInfos.find(path);
-  return known == finderInfos.end() ? std::string(32, '\0') : known->second;
-}
-
-Status FakeMetadata::setFinderInfo(const std::string& path, const std::string& bytes) {
-  finderInfos[path] = bytes;
-  return {};
+  if (kUsersOnly.contains(folder)) return std::nullopt;
+  return root_ + kFolders.at(folder);
 }
 
 void RecordingSystemLog::write(std::string_view message) {
@@ -156,23 +62,6 @@ void RecordingSystemLog::write(std::string_view message) {
 std::vector<std::string> RecordingSystemLog::messages() const {
   const std::lock_guard lock(mutex_);
   return messages_;
-}
-
-Result<std::unique_ptr<Process>> FakeProcesses::start(const std::string& program,
-                                                      const std::vector<std::string>& arguments, Streams streams) {
-  const Call call{program, arguments, streams};
-  {
-    const std::lock_guard lock(mutex_);
-    calls_.push_back(call);
-  }
-  Run run = behaviour(call);
-  if (run.failure) return *run.failure;
-  return std::unique_ptr<Process>(std::make_unique<FakeProcess>(std::move(run)));
-}
-
-std::vector<FakeProcesses::Call> FakeProcesses::calls() const {
-  const std::lock_guard lock(mutex_);
-  return calls_;
 }
 
 bool FakePrivilegedRunner::authorize() {

@@ -1,13 +1,11 @@
-// A platform made of fakes: time stands still, nobody is asked, nothing outside the given folders is touched.
+// A platform of fakes but for its processes: time stands still, nobody is asked, nothing outside the given folders is
+// touched.
 #pragma once
 
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
 #include <cstdint>
 #include <functional>
-#include <map>
-#include <memory>
 #include <mutex>
 #include <optional>
 #include <set>
@@ -21,12 +19,12 @@
 #include "platform/Messaging.h"
 #include "platform/Platform.h"
 #include "platform/PrivilegedRunner.h"
-#include "platform/Processes.h"
 #include "platform/StandardFolders.h"
 #include "platform/SystemInfo.h"
 #include "platform/SystemLog.h"
 #include "platform/Users.h"
 #include "platform/Workspace.h"
+#include "platform/linux/LinuxProcesses.h"
 
 namespace vantory::test {
 
@@ -68,26 +66,6 @@ class FakeFolders : public StandardFolders {
   std::string root_;
 };
 
-// For tests that do not need the real one: notes in memory, about paths that need not exist.
-class FakeMetadata : public FileMetadata {
- public:
-  Status setLocked(const std::string& path, bool locked) override;
-  Status setModified(const std::string& path, Timestamp time) override;
-  bool isWritable(const std::string& path) const override { return !unwritable.contains(path); }
-  bool isExecutable(const std::string& path) const override { return executable.contains(path); }
-  bool isPackage(const std::string& path) const override { return packages.contains(path); }
-  Result<std::string> linkTarget(const std::string& path) const override;
-  Result<std::string> finderInfo(const std::string& path) const override;
-  Status setFinderInfo(const std::string& path, const std::string& bytes) override;
-
-  std::set<std::string> locked;
-  std::set<std::string> unwritable;
-  std::set<std::string> executable;
-  std::set<std::string> packages;
-  std::map<std::string, Timestamp> modified;
-  std::map<std::string, std::string> finderInfos;
-};
-
 // Any thread.
 class RecordingSystemLog : public SystemLog {
  public:
@@ -101,51 +79,19 @@ class RecordingSystemLog : public SystemLog {
 
 class FakeSystemInfo : public SystemInfo {
  public:
-  std::string systemName() const override { return name; }
-  int processorCount() const override { return processors; }
-  std::uint64_t memoryBytes() const override { return memory; }
-  std::string executablePath() const override { return executable; }
+  std::string systemName() const override { return "Test System 1.0"; }
+  int processorCount() const override { return 4; }
+  std::uint64_t memoryBytes() const override { return std::uint64_t{16} << 30; }
+  std::string executablePath() const override { return "/opt/vantory/vantory"; }
   const std::vector<std::string>& arguments() const override { return argumentList; }
   std::string workingDirectory() const override { return directory; }
   std::string uniqueString() const override { return "unique-" + std::to_string(++count_); }
 
-  std::string name = "Test System 1.0";
-  int processors = 4;
-  std::uint64_t memory = std::uint64_t{16} << 30;
-  std::string executable = "/opt/vantory/vantory";
   std::vector<std::string> argumentList = {"vantory"};
   std::string directory = "/";
 
  private:
   mutable std::atomic<int> count_ = 0;
-};
-
-// Starts nothing: records each call and plays what `behaviour` answers for it. Any thread.
-class FakeProcesses : public Processes {
- public:
-  struct Call {
-    std::string program;
-    std::vector<std::string> arguments;
-    Streams streams;
-    bool operator==(const Call&) const = default;
-  };
-  struct Run {
-    int status = 0;
-    std::string output = {};
-    std::string errors = {};
-    bool untilTerminated = false;       // wait() and readAll() block until terminate()
-    std::optional<Error> failure = {};  // start() fails with it
-  };
-
-  Result<std::unique_ptr<Process>> start(const std::string& program, const std::vector<std::string>& arguments,
-                                         Streams streams) override;
-  std::vector<Call> calls() const;
-
-  std::function<Run(const Call&)> behaviour = [](const Call&) { return Run{}; };
-
- private:
-  mutable std::mutex mutex_;
-  std::vector<Call> calls_;
 };
 
 // Records each call and answers what `behaviour` does; nothing is changed on disk.
@@ -226,7 +172,7 @@ class FakePlatform {
   FakeClock clock;
   FakeUsers users;
   FakeFolders folders;
-  FakeProcesses processes;
+  LinuxProcesses processes;
   FakePrivilegedRunner privileged;
   RecordingSystemLog systemLog;
   FakeSystemInfo system;

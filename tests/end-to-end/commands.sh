@@ -1,0 +1,46 @@
+#!/usr/bin/env bash
+# What only the real program shows: its streams, the log and the settings that it leaves on disk, and what others read.
+. "$(dirname "$0")/lib.sh"
+begin ordinary "$@"
+
+fcp=com.apple.FinalCutPro.plist motion=com.apple.motion.plist
+listed() { plist listing "$@" <"$work/out"; }
+
+use_home anna
+run --version
+check "version" eval 'ran && grep -qxE "Vantory [0-9]+\.[0-9]+\.[0-9]+" "$work/out"'
+check "it does not touch the home" [ -z "$(find "$home" -type f)" ]
+run -backup
+check "no operand: said, not logged" eval 'ended 1 && said "Vantory: Invalid number of arguments" && not grep -q "Invalid number" "$log"'
+
+# --- Backup and restore ----------------------------------------------------------------------------------------------
+put "$preferences/$fcp" fcp; put "$preferences/$motion" motion; put "$user_data/Button Bars/a.fcbar" bar
+run -backup "Clean setup"
+check "others can read the backup's settings" eval 'ran && [ "$(plist get "$library/Clean setup.vnt/Settings.plist" "Final Cut Pro")" = "Preferences,Button Bars" ]'
+check "the log begins with its header" eval 'head -5 "$log" | paste -sd"|" | grep -qE "^Log started: [-0-9]+ [:0-9]+ \+0000\|Version: [^|]+\|Path: /[^|]*vantory\|System: OS X [^|]+, [0-9]+ CPU\(s\), [0-9]+\.[0-9][0-9] GB RAM\|Running in 64-bit mode$"'
+check "the log tells each step" eval 'logged "Writing backup data to disk for $library/Clean setup.vnt" && logged "Copying $preferences/$motion to $library/Clean setup.vnt/Users/user/Library/Preferences/$motion" && logged "Writing settings file..." && logged "Unlocking backup..." && logged "Backup population complete"'
+check "settings and log are the user's alone" [ "$(stat -c %a "$log" "$settings" | sort -u)" = 600 ]
+run -backup " /:./odd*:name " motionPrefs
+run -list
+check "-list, read back: names, paths and dates" eval 'ran && [ "$(listed name | paste -sd,)" = ".odd*name,Clean setup" ] && [ "$(listed path | tail -1)" = "$library/Clean setup.vnt" ] && [ "$(listed date | tail -1)" = "$(date -r "$library/Clean setup.vnt" "+%b %-d, %Y %T")" ]'
+run -restore "$library/.odd*name.vnt"; check "a star in a backup's name is no pattern" eval 'ran && logged "File copied successfully."'
+put "$preferences/$fcp" changed
+(cd "$library" && run -restore "Clean setup.vnt" fcpPrefs; exit "$code"); check "a relative path" holds "$preferences/$fcp" fcp
+run -unlock -lock fcpPrefs
+check "without the right to lock: said how many, nothing changed" eval 'ended 0 && said "Vantory: 1 file could not be processed - see the log for details." && [ -w "$preferences/$fcp" ]'
+check "five logs are kept" [ "$(cd "$home/Library/Logs/Quarrywell" && echo *)" = "Vantory.task.1.log Vantory.task.2.log Vantory.task.3.log Vantory.task.4.log Vantory.task.5.log" ]
+
+# --- Settings --------------------------------------------------------------------------------------------------------
+plist write "$settings" binary "defaultBackup=Clean setup.vnt" "somebody else=kept" number=7
+put "$preferences/$fcp" changed
+run -restoredefault
+check "-restoredefault, from settings in binary form" eval 'ran && holds "$preferences/$fcp" fcp'
+check "settings it does not know stay" eval '[ "$(plist get "$settings" "somebody else")" = kept ] && [ "$(plist get "$settings" number)" = 7 ] && [ -n "$(plist get "$settings" launch)" ]'
+printf '<?xml version="1.0"?><plist><dict><key>a</key>' >"$settings"
+run -list
+check "damaged settings are set aside and told of" eval 'ended 0 && [ "$(count "$preferences" -name "com.quarrywell.Vantory.plist.damaged-*")" = 1 ] && grep -q "were damaged and now lie at" "$log" && [ -n "$(plist get "$settings" launch)" ]'
+plist write "$preferences/com.quarrywell.global.plist" xml disable-logging=true; rm "$log"
+run -trash nokey
+check "logging switched off" eval 'ended 0 && said "Vantory: Logging is disabled" && [ ! -e "$log" ]'
+check "no temporary files are left" no_leftovers
+summary
