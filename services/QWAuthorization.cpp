@@ -6,6 +6,7 @@
 #include "platform/FileSystem.h"
 #include "platform/PrivilegedRunner.h"
 #include "platform/SystemLog.h"
+#include "platform/TrashNote.h"
 #include "platform/Users.h"
 #include "services/Format.h"
 #include "services/LocalTime.h"
@@ -45,26 +46,6 @@ TrashPlace freePlaceInTrash(const std::string& trashFolder, const std::string& n
     place = placeInTrash(trashFolder, stem + mark + "." + extension);
   }
   return place;
-}
-
-std::string percentEncoded(std::string_view path) {
-  constexpr std::string_view kPlain = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-._~/";
-  constexpr std::string_view kDigits = "0123456789ABCDEF";
-  std::string encoded;
-  for (const char character : path) {
-    const auto byte = static_cast<unsigned char>(character);
-    if (kPlain.find(character) != std::string_view::npos) {
-      encoded += character;
-    } else {
-      encoded += {'%', kDigits[byte >> 4], kDigits[byte & 0xF]};
-    }
-  }
-  return encoded;
-}
-
-std::string noteText(const std::string& path, Timestamp now) {
-  return "[Trash Info]\nPath=" + percentEncoded(path) + "\nDeletionDate=" + localTimeText(now, "%Y-%m-%dT%H:%M:%S") +
-         "\n";
 }
 
 // Written under another name first: only a move never replaces what another process just put there.
@@ -206,7 +187,7 @@ bool QWAuthorization::authTrashFile(const std::string& path, bool deleteOnRootAc
   if (deletesInsteadOfTrashing(deleteOnRootAccount)) return authRemoveFile(place.item);
 
   // The note comes first, so that nothing ever lies in the Trash without one.
-  if (!writeNote(platform_.files, place, noteText(path, now))) return false;
+  if (!writeNote(platform_.files, place, trashNote(path, localTimeText(now, "%Y-%m-%dT%H:%M:%S")))) return false;
   if (authMoveFile(path, place.item)) return true;
   (void)platform_.files.remove(place.note);
   return false;

@@ -34,7 +34,7 @@ QWLog& QWLog::sharedController() {
   return Runtime::current().shared<QWLog>();
 }
 
-void QWLog::createNewLog(std::optional<std::string> name) {
+void QWLog::createNewLog(const std::optional<std::string>& name) {
   sharedController().startNewLog(name);
 }
 

@@ -34,7 +34,7 @@ class QWLog {
   static QWLog& sharedController();
 
   // Starts a new file under that name (the first name given stays for good) and moves older ones one generation on.
-  static void createNewLog(std::optional<std::string> name = std::nullopt);
+  static void createNewLog(const std::optional<std::string>& name = std::nullopt);
 
   // Formats the message, trims it and writes it with date and time. Any thread.
   template <class... Arguments>

@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <ctime>
 
+#include "platform/TrashNote.h"
 #include "platform/linux/Errors.h"
 #include "platform/linux/FolderCreation.h"
 #include "platform/linux/Names.h"
@@ -17,22 +18,6 @@ namespace vantory {
 namespace {
 
 constexpr std::string_view kInfoSuffix = ".trashinfo";
-
-std::string percentEncoded(std::string_view path) {
-  constexpr char kDigits[] = "0123456789ABCDEF";
-  std::string encoded;
-  for (const char character : path) {
-    const auto byte = static_cast<unsigned char>(character);
-    const bool plain = (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') || (byte >= '0' && byte <= '9') ||
-                       std::string_view("/-_.~").find(character) != std::string::npos;
-    if (plain) {
-      encoded += character;
-    } else {
-      encoded += {'%', kDigits[byte >> 4], kDigits[byte & 15]};
-    }
-  }
-  return encoded;
-}
 
 // At most `length` bytes of the text, not cut inside a character where it consists of characters.
 std::string shortened(const std::string& text, std::size_t length) {
@@ -83,7 +68,7 @@ std::string infoText(const std::string& originalPath) {
   localtime_r(&now, &local);
   char date[32];
   std::strftime(date, sizeof date, "%Y-%m-%dT%H:%M:%S", &local);
-  return "[Trash Info]\nPath=" + percentEncoded(originalPath) + "\nDeletionDate=" + date + "\n";
+  return trashNote(originalPath, date);
 }
 
 Status writeInfo(int folder, const std::string& name, const std::string& text, const std::string& path) {
