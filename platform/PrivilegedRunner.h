@@ -6,20 +6,29 @@
 
 namespace vantory {
 
+// No program but a tool like the others: with "requireAdminPassword" and "0" or "1" it writes the machine-wide setting
+// of that name.
+inline constexpr const char* kMachineSettingTool = "machine-setting";
+
+// Any thread.
 class PrivilegedRunner {
  public:
+  enum Answer : int { kDone = 0, kFailed = 1 };
+
   virtual ~PrivilegedRunner() = default;
 
-  // Obtains the administrator right, asking the user when it must. False when it was not granted. The superuser has it
-  // always.
+  // Obtains the administrator right, asking the user when it must, and waits for the answer. False when it was not
+  // granted. The superuser has it always.
   virtual bool authorize() = 0;
   // Gives the right up.
   virtual void release() = 0;
   // True while the right is held.
   virtual bool isAuthorized() const = 0;
-  // Performs what the tool would do with these arguments, to its end, and answers 0 when it succeeded. Only "/bin/cp",
-  // "/bin/mv", "/bin/rm", "/bin/mkdir", "/usr/bin/touch" and "/usr/bin/chattr" are known, in the argument shapes that
-  // QWAuthorization and the locks of QWFileManager use; all else is refused.
+  // True for the tools whose work run() does, whether or not the machine has such programs: "/bin/cp", "/bin/mv",
+  // "/bin/rm", "/bin/mkdir", "/bin/chmod", "/usr/bin/touch", "/usr/bin/chattr", "/usr/sbin/chown" and the one above.
+  virtual bool knows(const std::string& tool) const = 0;
+  // Performs what the tool would do with these arguments, to its end, and answers 0 when it succeeded. Only the
+  // argument shapes that QWAuthorization, QWLaunchd and QWFileManager use are known; all else is refused.
   virtual int run(const std::string& tool, const std::vector<std::string>& arguments) = 0;
 };
 

@@ -50,8 +50,6 @@ TrashPlace freePlaceInTrash(const std::string& trashFolder, const std::string& n
 
 // Written under another name first: only a move never replaces what another process just put there.
 Status writeNote(FileSystem& files, const TrashPlace& place, const std::string& text) {
-  for (const std::string& path : {place.item, place.note})
-    if (Status made = files.makeFolder(paths::parent(path)); !made) return made;
   const std::string draft = paths::join(paths::parent(place.note), formatted(".%@", QWLocalPaths::uuid()));
   Status done = files.write(draft, text, {});
   if (done) done = files.move(draft, place.note);
@@ -100,6 +98,20 @@ bool QWAuthorization::authStart() {
   return isAuthorized() || ask();
 }
 
+bool QWAuthorization::authStartWithUser(const std::string& user, const std::string& password) {
+  if (isSuperuser()) return true;
+  if (user.empty() || password.empty()) return false;
+  authEnd();
+  platform_.systemLog.write(
+      formatted("Unable to create authRef - error %d", static_cast<int>(std::errc::not_supported)));
+  return false;
+}
+
+void QWAuthorization::beginTask() {
+  const std::lock_guard lock(asking_);
+  refused_ = false;
+}
+
 void QWAuthorization::authEnd() {
   const std::lock_guard lock(asking_);
   refused_ = false;
@@ -118,7 +130,7 @@ bool QWAuthorization::ask() {
 }
 
 int QWAuthorization::authExecTask(const std::string& tool, const std::vector<std::string>& parameters) {
-  if (!QWFileManager::fileExistsAtPath(tool)) {
+  if (!platform_.privileged.knows(tool) && !QWFileManager::fileExistsAtPath(tool)) {
     platform_.systemLog.write(printable(formatted("Unable to execute task: path %@ doesn't exist", tool)));
     return ToolMissing;
   }
@@ -177,6 +189,11 @@ bool QWAuthorization::deletesInsteadOfTrashing(bool deleteOnRootAccount) const {
   return !userDirectory_ && deleteOnRootAccount && isSuperuser();
 }
 
+bool QWAuthorization::makeFolder(const std::string& path) {
+  const vantory::Status made = platform_.files.makeFolder(path);
+  return made || (rightsCouldHelp(made.error()) && authCreateDir(path));
+}
+
 bool QWAuthorization::authTrashFile(const std::string& path, bool deleteOnRootAccount) {
   if (isProtected(path, "Unable to trash path %@ because it is a system directory.")) return false;
   const auto trashFolder = QWLocalPaths::trashDirectory();
@@ -186,6 +203,8 @@ bool QWAuthorization::authTrashFile(const std::string& path, bool deleteOnRootAc
   // What is deleted is the place in the Trash; the item itself stays.
   if (deletesInsteadOfTrashing(deleteOnRootAccount)) return authRemoveFile(place.item);
 
+  for (const std::string& folder : {paths::parent(place.item), paths::parent(place.note)})
+    if (!makeFolder(folder)) return false;
   // The note comes first, so that nothing ever lies in the Trash without one.
   if (!writeNote(platform_.files, place, trashNote(path, localTimeText(now, "%Y-%m-%dT%H:%M:%S")))) return false;
   if (authMoveFile(path, place.item)) return true;
@@ -202,6 +221,10 @@ bool QWAuthorization::authTrashFolderContents(const std::string& folder, bool de
                                                          : authTrashFile(path);
   }
   return all;
+}
+
+bool QWAuthorization::authRequireAdministrator(bool required) {
+  return authExecTask(kMachineSettingTool, {"requireAdminPassword", required ? "1" : "0"}) == Success;
 }
 
 }  // namespace vantory

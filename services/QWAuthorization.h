@@ -31,6 +31,11 @@ class QWAuthorization {
   void setHasGUI(bool hasGUI);
   // Obtains the right, asking the user, also one who refused before; at once true when it is held already.
   bool authStart();
+  // The same without asking, by name and password. The system's own dialog alone takes passwords here: nobody but the
+  // superuser gets the right, which is told in the system log, and the right that was held is given up.
+  bool authStartWithUser(const std::string& user, const std::string& password);
+  // A task begins, which may ask again after the refusal of an earlier one. The right is kept.
+  void beginTask();
   // Gives the right up, and forgets a refusal.
   void authEnd();
 
@@ -52,12 +57,16 @@ class QWAuthorization {
   // Every entry of the folder is tried; true when none failed.
   bool authTrashFolderContents(const std::string& folder, bool deleteOnRootAccount = false);
 
+  // Sets, for all users of the machine, whether the program asks for the right when it starts.
+  bool authRequireAdministrator(bool required);
+
  private:
   bool isSuperuser() const;
   bool isProtected(const std::string& path, const char* message) const;
   bool refuse(const char* message) const;
   bool authorizeForTask();
   bool ask();
+  bool makeFolder(const std::string& path);
   // The superuser has no Trash of its own: whether its items are to be deleted instead.
   bool deletesInsteadOfTrashing(bool deleteOnRootAccount) const;
 

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "platform/FileSystem.h"
+#include "platform/ProtectedFolders.h"
 #include "platform/SystemInfo.h"
 #include "platform/Users.h"
 #include "services/Paths.h"
@@ -28,31 +29,6 @@ std::optional<User> handledUser() {
 Folder below(const Folder& folder, std::string_view component) {
   if (!folder) return std::nullopt;
   return paths::join(*folder, component);
-}
-
-// The folders that are protected themselves, but not what they hold.
-std::vector<Folder> protectedFolders() {
-  using P = QWLocalPaths;
-  return {P::applicationDirectory(true),
-          P::applicationDirectory(false),
-          P::adminApplicationDirectory(true),
-          P::adminApplicationDirectory(false),
-          P::documentDirectory(true),
-          P::documentDirectory(false),
-          P::libraryDirectory(true),
-          P::libraryDirectory(false),
-          P::prefsDirectory(true),
-          P::prefsDirectory(false),
-          P::cacheDirectory(true),
-          P::cacheDirectory(false),
-          P::appSupportDirectory(true),
-          P::appSupportDirectory(false),
-          P::desktopDirectory(),
-          P::userDirectory(),
-          P::systemLibraryDirectory(),
-          P::localDocumentationDirectory(),
-          P::sharedUsersDirectory(),
-          P::pathForDirectory(StandardFolder::Volumes, false)};
 }
 
 void dropLastCharacter(std::string_view& text) {
@@ -166,7 +142,7 @@ bool QWLocalPaths::isPathSystemDirectory(std::string_view path, bool exactMatch)
     path.remove_suffix(1);
     dropLastCharacter(path);
   }
-  const std::vector<Folder> folders = protectedFolders();
+  const std::vector<std::string> folders = protectedFolders(platform().folders, userDirectory());
   if (std::find(folders.begin(), folders.end(), path) != folders.end()) return true;
   if (exactMatch) return false;
   // Plain prefixes on purpose: "/usrdata" and "/Systems" are protected too.

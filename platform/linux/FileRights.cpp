@@ -48,12 +48,21 @@ std::string trustedTarget(int folder, const std::string& name) {
   return std::string(target, static_cast<std::size_t>(length));
 }
 
-// Opens the folder that these names lead to from the root, following links of the superuser's only.
+bool onlySuperuserChanges(const Descriptor& folder) {
+  struct stat status;
+  return fstat(folder.get(), &status) == 0 && status.st_uid == 0 && (status.st_mode & (S_IWGRP | S_IWOTH)) == 0;
+}
+
+// Opens the folder that these names lead to from the root, following links of the superuser's only. In a folder that
+// others may change, and anywhere below, a user can have moved such a link, so that it leads elsewhere than it was
+// meant to: there none is followed.
 Descriptor openTrusted(std::deque<std::string> ahead) {
   constexpr int kFlags = O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
   constexpr int kMostLinks = 40;
   Descriptor folder(open("/", kFlags));
+  bool trusted = true;
   for (int links = 0; !ahead.empty() && folder.valid();) {
+    trusted = trusted && onlySuperuserChanges(folder);
     const std::string name = std::move(ahead.front());
     ahead.pop_front();
     Descriptor next(openat(folder.get(), name.c_str(), kFlags));
@@ -61,7 +70,7 @@ Descriptor openTrusted(std::deque<std::string> ahead) {
       folder = std::move(next);
       continue;
     }
-    if (errno != ENOTDIR && errno != ELOOP) return {};
+    if (!trusted || (errno != ENOTDIR && errno != ELOOP)) return {};
     const std::string target = trustedTarget(folder.get(), name);
     if (target.empty()) return {};
     if (++links > kMostLinks) {

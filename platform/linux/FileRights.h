@@ -26,7 +26,7 @@ struct Place {
 
 // Three kinds: the process's own rights; those of a user for whom the superuser works (the kernel then checks every
 // step as if that user made it); and the superuser's own, which serve only below certain folders and never pass a
-// symbolic link that is not the superuser's.
+// symbolic link but one of the superuser's in a folder that nobody else can change.
 class FileRights {
  public:
   static FileRights own();

@@ -1,6 +1,5 @@
 #include "platform/linux/LinuxPlatform.h"
 
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -10,23 +9,18 @@
 #include "platform/linux/LinuxFileMetadata.h"
 #include "platform/linux/LinuxFileSystem.h"
 #include "platform/linux/LinuxMessaging.h"
-#include "platform/linux/LinuxPrivilegedRunner.h"
 #include "platform/linux/LinuxProcesses.h"
 #include "platform/linux/LinuxStandardFolders.h"
 #include "platform/linux/LinuxSystemInfo.h"
 #include "platform/linux/LinuxSystemLog.h"
 #include "platform/linux/LinuxUsers.h"
 #include "platform/linux/LinuxWorkspace.h"
+#include "platform/linux/PkexecRunner.h"
+#include "platform/linux/StandardStreams.h"
+#include "platform/linux/SuperuserRunner.h"
 
 namespace vantory {
 namespace {
-
-// A file opened later must not become one of the standard streams. They are opened the wrong way round, so that whoever
-// writes to a closed stream is told.
-void fillStandardStreams() {
-  for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
-    if (fcntl(stream, F_GETFD) < 0) (void)open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
-}
 
 // An executable that was given somebody else's identity does not use it.
 void dropBorrowedIdentity() {
@@ -45,11 +39,11 @@ struct LinuxPlatform::Parts {
     return user ? FileRights::ofUser(*user) : FileRights::administrator({}, {});
   }
 
-  FileRights administratorRights() const {
-    const auto user = users.isSuperuser() ? users.consoleUser() : std::nullopt;
-    if (!user) return FileRights::administrator({}, {});
-    return FileRights::administrator(*user, {user->home, *folders.localFolder(StandardFolder::SharedUsers),
-                                             *folders.localFolder(StandardFolder::Library) + "/Logs"});
+  std::unique_ptr<PrivilegedRunner> privilegedRunner() const {
+    if (!users.isSuperuser()) return std::make_unique<PkexecRunner>();
+    return std::make_unique<SuperuserRunner>(users.consoleUser(), folders,
+                                             std::vector{*folders.localFolder(StandardFolder::SharedUsers),
+                                                         *folders.localFolder(StandardFolder::Library) + "/Logs"});
   }
 
   LinuxSystemLog systemLog;
@@ -60,9 +54,7 @@ struct LinuxPlatform::Parts {
   LinuxFileSystem files{rightsForUser()};
   LinuxFileMetadata metadata{rightsForUser()};
   LinuxFileSystem machineFiles{users.isSuperuser() ? FileRights::machine() : FileRights::own()};
-  LinuxFileSystem administratorFiles{administratorRights()};
-  LinuxFileMetadata administratorMetadata{administratorRights()};
-  LinuxPrivilegedRunner privileged{users.isSuperuser() ? &administratorFiles : nullptr, &administratorMetadata};
+  std::unique_ptr<PrivilegedRunner> privileged = privilegedRunner();
   LinuxProcesses processes;
   LinuxWorkspace workspace;
   LinuxTaskClient taskClient;
@@ -78,7 +70,7 @@ LinuxPlatform::LinuxPlatform(std::vector<std::string> arguments) {
   parts_ = std::make_unique<Parts>(std::move(arguments));
   Parts& p = *parts_;
   platform_ = std::make_unique<Platform>(Platform{p.clock, p.users, p.folders, p.files, p.metadata, p.machineFiles,
-                                                  p.processes, p.privileged, p.systemLog, p.system, p.workspace,
+                                                  p.processes, *p.privileged, p.systemLog, p.system, p.workspace,
                                                   p.taskClient, p.notifications});
 }
 

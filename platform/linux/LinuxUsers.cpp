@@ -1,18 +1,15 @@
 #include "platform/linux/LinuxUsers.h"
 
-#include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cerrno>
-#include <charconv>
 #include <cstdlib>
 #include <string_view>
 #include <utility>
-#include <vector>
 
 #include "platform/linux/AssignmentFile.h"
 #include "platform/linux/EnvironmentFolder.h"
+#include "platform/linux/PasswordDatabase.h"
 
 namespace vantory {
 
@@ -22,37 +19,9 @@ bool exists(const std::string& path) {
   return access(path.c_str(), F_OK) == 0;
 }
 
-// "/" is the home of service accounts: a task must never take the whole machine for a user's folder.
-std::optional<std::string> usableHome(std::optional<std::string> folder) {
-  if (folder && *folder == "/") return std::nullopt;
-  return folder;
-}
-
-// The user's entry in the password database, its home empty where that cannot serve as one.
-std::optional<User> databaseUser(uid_t id) {
-  std::vector<char> buffer(1024);
-  passwd entry{};
-  passwd* found = nullptr;
-  int failure = 0;
-  while ((failure = getpwuid_r(id, &entry, buffer.data(), buffer.size(), &found)) == ERANGE || failure == EINTR)
-    if (failure == ERANGE) buffer.resize(buffer.size() * 2);
-  if (!found) return std::nullopt;
-  const std::string_view home = entry.pw_dir ? entry.pw_dir : "";
-  return User{entry.pw_name, entry.pw_uid, entry.pw_gid, usableHome(normalisedFolder(home)).value_or("")};
-}
-
 std::optional<User> withHome(std::optional<User> user) {
   if (!user || user->home.empty()) return std::nullopt;
   return user;
-}
-
-// A user id in decimal digits that the password database knows.
-std::optional<User> userWithId(std::string_view digits) {
-  uid_t id = 0;
-  const char* end = digits.data() + digits.size();
-  const auto [rest, failure] = std::from_chars(digits.data(), end, id);
-  if (digits.empty() || rest != end || failure != std::errc()) return std::nullopt;
-  return databaseUser(id);
 }
 
 // Whoever gained the superuser's rights by pkexec or sudo.

@@ -106,6 +106,9 @@ class FakePrivilegedRunner : public PrivilegedRunner {
   bool authorize() override;
   void release() override { authorized = false; }
   bool isAuthorized() const override { return authorized; }
+  bool knows(const std::string& tool) const override {
+    return tool == kMachineSettingTool || tool.starts_with("/usr/sbin/");
+  }
   int run(const std::string& tool, const std::vector<std::string>& arguments) override;
 
   bool grants = true;  // the answer to the next request

@@ -1,0 +1,149 @@
+#!/usr/bin/env bash
+# authorization.sh DRIVER HELPER POLICY: an ordinary user's process gains administrator rights for its files, with a
+# real system bus, polkitd and set-user-id pkexec. They, the helper and the policy are only this script's.
+. "$(dirname "$0")/lib.sh"
+[ "$(id -u)" = 0 ] || skip "needs root, to run a system bus and polkitd of its own"
+also=("${@:2:2}")
+begin any "$1"
+need dbus-daemon pkexec pkttyagent gdbus openssl
+polkitd=/usr/lib/polkit-1/polkitd
+[ -x "$polkitd" ] || polkitd=/usr/libexec/polkitd
+[ -x "$polkitd" ] || skip "polkitd is not installed"
+
+uid=64201 action=com.quarrywell.vantory.system.privilege.admin
+helper=$(sed -n 's|.*exec.path">\(.*\)</annotate>.*|\1|p' "$work/com.quarrywell.vantory.policy")
+
+# --- The machine -----------------------------------------------------------------------------------------------------
+{ cat /etc/shadow; echo "vanna:$(openssl passwd -6 right):19000:0:99999:7:::"; } >"$work/shadow"
+chmod 600 "$work/shadow"; mount --bind "$work/shadow" /etc/shadow
+place=$helper
+until [ -d "$place" ]; do place=$(dirname "$place"); done
+[ "$place" != /usr ] || skip "there is no folder below /usr that leads to $helper"
+mount -t tmpfs -o mode=755 tmpfs "$place"
+mkdir -p "$(dirname "$helper")"; install -m 755 "$work/vantory-root-helper" "$helper"
+mkdir "$work/actions"; cp /usr/share/polkit-1/actions/org.freedesktop.policykit.policy "$work"/*.policy "$work/actions/"
+mount --bind "$work/actions" /usr/share/polkit-1/actions
+mkdir "$work/rules"; mount --bind "$work/rules" /etc/polkit-1/rules.d
+cat >"$work/rules/10-test.rules" <<EOF
+polkit.addAdminRule(function(action, subject) { return ["unix-user:vanna"]; });
+polkit.addRule(function(action, subject) {
+  if (action.id == "$action") return { yes: polkit.Result.YES, no: polkit.Result.NO }[polkit.spawn(["/bin/cat", "/tmp/answer"])];
+});
+EOF
+chmod -R a+rX "$work/rules" "$work/actions"
+rule() { printf %s "$1" >/tmp/answer; chmod 644 /tmp/answer; }  # yes, no, or ask the person
+rule yes
+
+soon() { local i; for i in $(seq 100); do "$@" >/dev/null 2>&1 && return; sleep 0.1; done; return 1; }
+mkdir -p /run/dbus; ln -s /run /var/run
+dbus-daemon --system --nofork --nopidfile >"$work/bus" 2>&1 &
+soon test -S /run/dbus/system_bus_socket || skip "no system bus can be started here: $(cat "$work/bus")"
+"$polkitd" --no-debug >"$work/polkitd" 2>&1 &
+polkit=$!
+soon pkaction --action-id "$action" || skip "polkitd cannot be started here: $(cat "$work/polkitd")"
+
+as_anna() { setpriv --reuid=$uid --regid=$uid --clear-groups $(clean_environment) HOME=/tmp/vanna "$@"; }
+# drive OPERATION [OPERAND...] [-- OPERATION ...]: one process of anna's. Its answers are put together in `answers`.
+script() { local word; for word; do if [ "$word" = -- ]; then echo; else printf '%s\t' "$word"; fi; done | sed 's/\t$//'; echo; }
+drive() { answers=$(script "$@" | timeout 60 setpriv --reuid=$uid --regid=$uid --clear-groups $(clean_environment) HOME=/tmp/vanna "${with[@]}" "$program" 2>"$work/err" | tr -d '\n'); }
+with=()
+answered() { [ "$answers" = "$1" ]; }
+helpers() { grep -lsz "^$helper" /proc/[0-9]*/cmdline | wc -l; }
+no_helper_runs() { soon eval '[ "$(helpers)" = 0 ]'; }
+quickly() { local start=$SECONDS; "$@"; [ $((SECONDS - start)) -le 4 ]; }
+
+# A home in which the folder "theirs" is root's.
+fresh() {
+  use_home vanna
+  chattr -R -f -i "$home" /tmp/foreign /Library /Users; rm -rf "$home" /tmp/foreign; find /Library /Users -mindepth 1 -delete
+  use_home vanna
+  theirs=$home/theirs
+  put "$home/own" own; chown -R "$uid:$uid" "$home"
+  put "$theirs/a" a; put "$theirs/b" b
+  put /tmp/foreign/secret secret; chmod 700 /tmp/foreign
+}
+owned() { [ "$(stat -c %u "$1")" = "$uid" ]; }
+
+# --- Granted ---------------------------------------------------------------------------------------------------------
+check "polkit knows the action" eval 'pkaction --verbose --action-id "$action" | grep -q "implicit active: *auth_admin_keep"'
+fresh
+drive copy "$home/own" "$theirs/copy" -- trash "$theirs/a" -- move "$theirs/b" "$home/moved" -- mkdir "$theirs/x/y" -- authorized
+check "copy, trash, move and mkdir are repeated as root" eval 'answered 11111 && holds "$theirs/copy" own && owned "$theirs/copy" && holds "$trash/files/a" a && grep -qx "Path=$theirs/a" "$trash/info/a.trashinfo" && holds "$home/moved" b && owned "$theirs/x/y"'
+check "the helper ends with its caller" no_helper_runs
+drive touch "$theirs/copy" -- copy "$home/moved" "$theirs/copy" -- remove "$theirs" -- remove "$theirs/x"
+check "touch, copy over a file, remove a tree" eval 'answered 1111 && not test -e "$theirs"'
+fresh
+if chattr +i "$theirs/a" 2>/dev/null; then
+  drive unlock "$theirs/a" -- lock "$home/own" -- lock "$home/Library/Preferences"
+  check "locks of files, never of the standard folders" eval 'answered 110 && not chattr +i "$theirs/none" && lsattr "$home/own" | cut -d" " -f1 | grep -q i && not eval "lsattr -d \"\$preferences\" | cut -d\" \" -f1 | grep -q i"'
+fi
+fresh; rm -rf "$home/.local"; mkdir -m 755 "$home/.local"
+drive trash "$theirs/a"
+check "a Trash that the user cannot make" eval 'answered 1 && holds "$trash/files/a" a && owned "$trash/info" && [ "$(stat -c %a "$trash")" = 700 ]'
+fresh
+drive require 1
+check "the machine-wide setting" eval 'answered 1 && [ "$(stat -c "%u %a" /Library/Preferences/com.quarrywell.Vantory.plist)" = "0 644" ] && grep -q "<key>requireAdminPassword</key><integer>1</integer>" /Library/Preferences/com.quarrywell.Vantory.plist'
+put "$home/job" job; chown "$uid:$uid" "$home/job"; job=/Library/LaunchDaemons/com.quarrywell.Test.plist
+drive tool /bin/mkdir -p /Library/LaunchDaemons -- tool /bin/mv -f "$home/job" "$job" -- tool /usr/sbin/chown root:wheel "$job" -- tool /bin/chmod 644 "$job"
+check "a job of the machine's" eval 'answered 1111 && holds "$job" job && [ "$(stat -c "%u %a" "$job")" = "0 644" ] && not test -e "$home/job"'
+
+# --- Not abused ------------------------------------------------------------------------------------------------------
+fresh; as_anna ln -s /tmp/foreign "$home/trap"; ln -s ../../tmp/foreign "$theirs/link"; mv "$theirs/link" "$home/link"
+drive remove "$home/trap/secret" -- copy "$home/own" "$home/trap/secret" -- copy "$home/trap/secret" "$home/got" -- move "$home/link/secret" "$home/got" -- remove /tmp/foreign/secret -- remove "$home/../foreign/secret" -- tool /bin/rm -Rdf "$preferences" -- tool /bin/chmod 644 /tmp/foreign/secret -- tool /bin/sh -c true
+check "no planted link, no foreign folder, no standard folder, no other tool" eval 'answered 000000000 && holds /tmp/foreign/secret secret && [ "$(stat -c %a /tmp/foreign/secret)" = 644 ] && not test -e "$home/got" && [ -d "$preferences" ]'
+by_hand() { as_anna bash -c 'pkexec --disable-internal-agent "$@"; exit' _ "$helper" "$@" </dev/null >"$work/out" 2>"$work/err"; code=$?; }
+by_hand; check "the helper serves nobody whom it cannot see" ended 77
+by_hand --verbose; check "the helper takes no arguments" ended 77
+as_anna "$helper"; code=$?; check "the helper without rights does nothing" ended 77
+
+# --- The conversation ------------------------------------------------------------------------------------------------
+fresh
+coproc held { exec setpriv --reuid=$uid --regid=$uid --clear-groups $(clean_environment) HOME=/tmp/vanna "$program" 2>/dev/null; }
+holder=$held_PID
+ask() { script "$@" >&"${held[1]}"; read -r -t 20 answers <&"${held[0]}"; }
+ask start
+check "the right is held by one helper, root's" eval 'answered 1 && [ "$(helpers)" = 1 ] && [ -n "$(pgrep -u 0 -f "^$helper")" ]'
+ask end; check "giving the right up ends the helper" no_helper_runs
+ask remove "$theirs/a"; check "the right is asked for anew" eval 'answered 1 && [ "$(helpers)" = 1 ]'
+kill -9 "$(pgrep -u 0 -f "^$helper")"
+ask remove "$theirs/b"; check "a helper that has died fails its request at once" eval 'answered 0 && holds "$theirs/b" b'
+ask authorized; check "and takes the right with it" answered 0
+ask remove "$theirs/b"; check "which the next operation asks for again" eval 'answered 1 && [ "$(helpers)" = 1 ]'
+kill -9 "$holder"
+check "a caller that is killed takes the helper with it" no_helper_runs
+
+# --- Refused ---------------------------------------------------------------------------------------------------------
+fresh; rule no
+check "a rule says no: soon, and nothing is done" eval 'quickly drive remove "$theirs/a" -- remove "$theirs/b" && answered 00 && holds "$theirs/a" a'
+rule ask
+check "no agent: the same" eval 'quickly drive remove "$theirs/a" -- remove "$theirs/b" && answered 00 && holds "$theirs/a" a'
+rule yes
+check "without a window nobody is asked" eval 'quickly drive remove-without-window "$theirs/a" -- authorized && answered 00 && grep -qx "Vantory: Unable to authorize" "$work/err" && no_helper_runs'
+chmod 775 "$helper"; drive remove "$theirs/a"; check "a helper that others may write is never started" answered 0
+chmod 755 "$helper"; chown "$uid" "$(dirname "$helper")"; drive remove "$theirs/a"; check "nor one in a user's folder" answered 0
+chown 0 "$(dirname "$helper")"; mv "$helper" "$helper-gone"
+check "no helper: refused at once" eval 'quickly drive remove "$theirs/a" && answered 0 && holds "$theirs/a" a'
+mv "$helper-gone" "$helper"
+
+# --- A person at the screen ------------------------------------------------------------------------------------------
+rule ask
+prompted() { [ "$(cat "$work/prompts" 2>/dev/null | wc -l)" = "$1" ]; }
+person() { rm -f "$work/prompts"; with=(/usr/bin/python3 "$here/answer_agent.py" "$1" "$work/prompts"); }
+chmod 777 "$work"
+fresh; many=()
+for i in $(seq 30); do put "$theirs/file$i" x; many+=(-- trash "$theirs/file$i"); done
+person right
+drive "${many[@]:1}"
+check "one password for thirty files" eval 'answered $(printf "1%.0s" {1..30}) && prompted 1 && [ "$(count "$trash/files" -type f)" = 30 ]'
+person wrong
+drive remove "$theirs/a" -- remove "$theirs/b"
+check "a wrong password is a refusal, told once" eval 'answered 00 && holds "$theirs/a" a && test -s "$work/prompts" && cp "$work/prompts" "$work/first"'
+drive remove "$theirs/a"
+check "no more prompts for two files than for one" eval 'prompted $((2 * $(wc -l <"$work/first")))'
+person "hang up"
+drive remove "$theirs/a" -- remove "$theirs/b"
+check "a dialog that is dismissed is a refusal" eval 'answered 00 && holds "$theirs/a" a && prompted 1 || { cat "$work/prompts"; echo $answers; false; }'
+with=()
+kill "$polkit"; wait "$polkit" 2>/dev/null
+check "no polkitd: refused" eval 'drive remove "$theirs/a" && answered 0 && holds "$theirs/a" a'
+summary

@@ -1,0 +1,64 @@
+// File operations as the windowed program asks for them: authorization may be asked for. Each line of standard input is
+// an operation and its operands, separated by tabs; each answer is a line with 1 or 0.
+#include <functional>
+#include <iostream>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "platform/linux/LinuxPlatform.h"
+#include "services/QWAuthorization.h"
+#include "services/QWFileManager.h"
+#include "services/QWLog.h"
+#include "services/Runtime.h"
+#include "services/Text.h"
+
+namespace {
+
+using namespace vantory;
+using Files = QWFileManager;
+using Operands = std::vector<std::string>;
+
+QWAuthorization& authorization() {
+  return QWAuthorization::sharedController();
+}
+
+bool withoutWindow(const std::function<bool()>& operation) {
+  authorization().setHasGUI(false);
+  const bool done = operation();
+  authorization().setHasGUI(true);
+  return done;
+}
+
+const std::map<std::string, std::function<bool(const Operands&)>> kOperations = {
+    {"copy", [](const Operands& o) { return Files::copyFile(o.at(1), o.at(2)); }},
+    {"move", [](const Operands& o) { return Files::moveFile(o.at(1), o.at(2)); }},
+    {"remove", [](const Operands& o) { return Files::removeFile(o.at(1)); }},
+    {"trash", [](const Operands& o) { return Files::trashFile(o.at(1)); }},
+    {"mkdir", [](const Operands& o) { return Files::createDirectory(o.at(1)); }},
+    {"touch", [](const Operands& o) { return Files::touchFile(o.at(1)); }},
+    {"lock", [](const Operands& o) { return Files::lockFile(o.at(1)); }},
+    {"unlock", [](const Operands& o) { return Files::unlockFile(o.at(1)); }},
+    {"require", [](const Operands& o) { return authorization().authRequireAdministrator(o.at(1) == "1"); }},
+    {"tool",
+     [](const Operands& o) {
+       return authorization().authExecTask(o.at(1), {o.begin() + 2, o.end()}) == 0;
+     }},
+    {"start", [](const Operands&) { return authorization().authStart(); }},
+    {"end", [](const Operands&) { return authorization().authEnd(), true; }},
+    {"authorized", [](const Operands&) { return authorization().isAuthorized(); }},
+    {"remove-without-window",
+     [](const Operands& o) { return withoutWindow([&] { return Files::removeFile(o.at(1)); }); }},
+};
+
+}  // namespace
+
+int main(int count, char** arguments) {
+  LinuxPlatform platform({arguments, arguments + count});
+  Runtime runtime(platform.platform());
+  QWLog::createNewLog("Driver");
+  for (std::string line; std::getline(std::cin, line);) {
+    const Operands operands = split(line, '\t');
+    std::cout << kOperations.at(operands.front())(operands) << std::endl;
+  }
+}
