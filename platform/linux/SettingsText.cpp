@@ -49,7 +49,10 @@ Result<std::string> withSetting(std::string_view settings, const std::string& ke
   number.remove_children();
   number.text().set(value);
   std::ostringstream bytes;
-  document.save(bytes, "", pugi::format_raw | pugi::format_no_declaration, pugi::encoding_utf8);
+  for (const pugi::xml_node part : document.children()) {
+    part.print(bytes, "", pugi::format_raw, pugi::encoding_utf8);
+    bytes << '\n';
+  }
   return bytes.str();
 }
 

@@ -7,6 +7,15 @@ the file PROMPTS gets a line for each. Ends with the program's exit code.
 import os
 import pty
 import sys
+import termios
+import time
+
+
+def wait_until_unseen(terminal):
+    """Waits for the agent to turn echoing off; what is typed before that is thrown away."""
+    while termios.tcgetattr(terminal)[3] & termios.ECHO:
+        time.sleep(0.01)
+
 
 answer, prompts, program = sys.argv[1], sys.argv[2], sys.argv[3:]
 go, gate = os.pipe()
@@ -35,6 +44,7 @@ if os.fork() == 0:
                 seen = b""
                 with open(prompts, "a") as file:
                     file.write("asked\n")
+                wait_until_unseen(terminal)
                 os.write(terminal, b"\x04" if answer == "hang up" else answer.encode() + b"\n")
     except OSError:
         os._exit(0)

@@ -88,9 +88,9 @@ drive tool /bin/mkdir -p /Library/LaunchDaemons -- tool /bin/mv -f "$home/job" "
 check "a job of the machine's" eval 'answered 1111 && holds "$job" job && [ "$(stat -c "%u %a" "$job")" = "0 644" ] && not test -e "$home/job"'
 
 # --- Not abused ------------------------------------------------------------------------------------------------------
-fresh; as_anna ln -s /tmp/foreign "$home/trap"; ln -s ../../tmp/foreign "$theirs/link"; mv "$theirs/link" "$home/link"
-drive remove "$home/trap/secret" -- copy "$home/own" "$home/trap/secret" -- copy "$home/trap/secret" "$home/got" -- move "$home/link/secret" "$home/got" -- remove /tmp/foreign/secret -- remove "$home/../foreign/secret" -- tool /bin/rm -Rdf "$preferences" -- tool /bin/chmod 644 /tmp/foreign/secret -- tool /bin/sh -c true
-check "no planted link, no foreign folder, no standard folder, no other tool" eval 'answered 000000000 && holds /tmp/foreign/secret secret && [ "$(stat -c %a /tmp/foreign/secret)" = 644 ] && not test -e "$home/got" && [ -d "$preferences" ]'
+fresh; put /Users/Shared/x; as_anna ln -s /tmp/foreign "$home/trap"; ln -s ../../tmp/foreign "$theirs/link"; mv "$theirs/link" "$home/link"
+drive remove "$home/trap/secret" -- copy "$home/own" "$home/trap/secret" -- copy "$home/trap/secret" "$home/got" -- move "$home/link/secret" "$home/got" -- remove /tmp/foreign/secret -- remove "$home/../foreign/secret" -- tool /bin/rm -Rdf "$preferences" -- tool /bin/rm -Rdf /Users/Shared -- tool /bin/mv -f /Users/Shared "$home/got" -- tool /bin/chmod 644 /tmp/foreign/secret -- tool /bin/sh -c true
+check "no planted link, no foreign folder, no standard folder, no other tool" eval 'answered 00000000000 && holds /tmp/foreign/secret secret && [ "$(stat -c %a /tmp/foreign/secret)" = 644 ] && not test -e "$home/got" && [ -d "$preferences" ] && [ -e /Users/Shared/x ]'
 by_hand() { as_anna bash -c 'pkexec --disable-internal-agent "$@"; exit' _ "$helper" "$@" </dev/null >"$work/out" 2>"$work/err"; code=$?; }
 by_hand; check "the helper serves nobody whom it cannot see" ended 77
 by_hand --verbose; check "the helper takes no arguments" ended 77
@@ -139,10 +139,10 @@ person wrong
 drive remove "$theirs/a" -- remove "$theirs/b"
 check "a wrong password is a refusal, told once" eval 'answered 00 && holds "$theirs/a" a && test -s "$work/prompts" && cp "$work/prompts" "$work/first"'
 drive remove "$theirs/a"
-check "no more prompts for two files than for one" eval 'prompted $((2 * $(wc -l <"$work/first")))'
+check "no more prompts for two files than for one" eval 'answered 0 && prompted $((2 * $(wc -l <"$work/first")))'
 person "hang up"
 drive remove "$theirs/a" -- remove "$theirs/b"
-check "a dialog that is dismissed is a refusal" eval 'answered 00 && holds "$theirs/a" a && prompted 1 || { cat "$work/prompts"; echo $answers; false; }'
+check "a dialog that is dismissed is a refusal" eval 'answered 00 && holds "$theirs/a" a && prompted 1'
 with=()
 kill "$polkit"; wait "$polkit" 2>/dev/null
 check "no polkitd: refused" eval 'drive remove "$theirs/a" && answered 0 && holds "$theirs/a" a'

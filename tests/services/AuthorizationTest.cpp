@@ -59,6 +59,29 @@ TEST_F(AuthorizationTest, AsksOnceAndAnswersWhatTheToolDid) {
                                                       "Error in authMoveFile: new path is null"));
 }
 
+TEST_F(AuthorizationTest, AsksAgainForAnotherTaskAndNeverByPassword) {
+  QWAuthorization authorization;
+  fake_.privileged.grants = false;
+  EXPECT_FALSE(authorization.authRemoveFile(file_));
+  EXPECT_FALSE(authorization.authRequireAdministrator(false));
+  EXPECT_EQ(fake_.privileged.requests, 1);
+  authorization.beginTask();
+  fake_.privileged.grants = true;
+  EXPECT_EQ(authorization.authExecTask("/usr/sbin/chown", {"root:wheel", file_}), QWAuthorization::Success)
+      << "done without such a program";
+  authorization.beginTask();
+  EXPECT_TRUE(authorization.authRequireAdministrator(true));
+  EXPECT_EQ(fake_.privileged.requests, 2);
+
+  EXPECT_FALSE(authorization.authStartWithUser("anna", ""));
+  EXPECT_THAT(fake_.systemLog.messages(), IsEmpty());
+  EXPECT_FALSE(authorization.authStartWithUser("anna", "secret"));
+  EXPECT_THAT(fake_.systemLog.messages(), ElementsAre("Unable to create authRef - error 95"));
+  EXPECT_FALSE(authorization.isAuthorized());
+  fake_.users.superuser = true;
+  EXPECT_TRUE(authorization.authStartWithUser("", ""));
+}
+
 TEST_F(AuthorizationTest, RefusesProtectedFolders) {
   QWAuthorization authorization;
   const std::string folder = home_ / "Library/Preferences";
@@ -93,6 +116,21 @@ TEST_F(AuthorizationTest, TrashesWithANoteToPutTheItemBack) {
   EXPECT_TRUE(authorization.authTrashFile(odd));
   EXPECT_THAT(readFile(inTrash("info/f\n%\xff.trashinfo")),
               StartsWith("[Trash Info]\nPath=" + home_.path() + "/f%0A%25%FF\n"));
+}
+
+TEST_F(AuthorizationTest, MakesATrashThatTheUserMayNotMake) {
+  QWAuthorization authorization;
+  for (const std::errc code : {std::errc::permission_denied, std::errc::no_space_on_device}) {
+    fake_.privileged.calls.clear();
+    files_.fail(Operation::MakeFolder, code, FaultyFileSystem::kEveryCall);
+    fake_.privileged.behaviour = [](const Call&) { return 1; };
+    EXPECT_FALSE(authorization.authTrashFile(file_));
+    files_.heal();
+    if (code == std::errc::permission_denied)
+      EXPECT_THAT(fake_.privileged.calls, ElementsAre(Call{"/bin/mkdir", {"-p", inTrash("files")}}));
+    else
+      EXPECT_THAT(fake_.privileged.calls, IsEmpty());
+  }
 }
 
 TEST_F(AuthorizationTest, LeavesNoNoteOfAFailedTrash) {
