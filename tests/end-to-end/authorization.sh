@@ -5,7 +5,7 @@
 [ "$(id -u)" = 0 ] || skip "needs root, to run a system bus and polkitd of its own"
 also=("${@:2:2}")
 begin any "$1"
-need dbus-daemon pkexec pkttyagent gdbus openssl
+need dbus-daemon pkexec pkttyagent openssl
 polkitd=/usr/lib/polkit-1/polkitd
 [ -x "$polkitd" ] || polkitd=/usr/libexec/polkitd
 [ -x "$polkitd" ] || skip "polkitd is not installed"
@@ -91,6 +91,20 @@ check "a job of the machine's" eval 'answered 1111 && holds "$job" job && [ "$(s
 fresh; put /Users/Shared/x; as_anna ln -s /tmp/foreign "$home/trap"; ln -s ../../tmp/foreign "$theirs/link"; mv "$theirs/link" "$home/link"
 drive remove "$home/trap/secret" -- copy "$home/own" "$home/trap/secret" -- copy "$home/trap/secret" "$home/got" -- move "$home/link/secret" "$home/got" -- remove /tmp/foreign/secret -- remove "$home/../foreign/secret" -- tool /bin/rm -Rdf "$preferences" -- tool /bin/rm -Rdf /Users/Shared -- tool /bin/mv -f /Users/Shared "$home/got" -- tool /bin/chmod 644 /tmp/foreign/secret -- tool /bin/sh -c true
 check "no planted link, no foreign folder, no standard folder, no other tool" eval 'answered 00000000000 && holds /tmp/foreign/secret secret && [ "$(stat -c %a /tmp/foreign/secret)" = 644 ] && not test -e "$home/got" && [ -d "$preferences" ] && [ -e /Users/Shared/x ]'
+fresh
+as_anna mkdir "$home/way"
+as_anna /usr/bin/python3 -c '
+import os, sys
+os.chdir(sys.argv[1])
+while os.getppid() != 1:
+    os.rename("way", "real"); os.symlink("/tmp/foreign", "way"); os.unlink("way"); os.rename("real", "way")
+' "$home" &
+swapper=$! race=()
+for i in $(seq 300); do race+=(-- tool /bin/cp -f -p -R "$home/own" "$home/way/secret" -- tool /bin/rm -Rdf "$home/way/secret" -- tool /usr/bin/touch -c "$home/way/secret"); done
+sleep 0.1; touch "$work/mark"; sleep 0.1
+drive "${race[@]:1}"
+kill "$swapper" 2>/dev/null; wait "$swapper" 2>/dev/null
+check "a folder that turns into a link and back, 900 times" eval '[[ $answers == *1*0*1* ]] && [ ${#answers} = 900 ] && holds /tmp/foreign/secret secret && [ "$(count /tmp/foreign -mindepth 1)" = 1 ] && [ -z "$(find /tmp/foreign -newer "$work/mark")" ]'
 by_hand() { as_anna bash -c 'pkexec --disable-internal-agent "$@"; exit' _ "$helper" "$@" </dev/null >"$work/out" 2>"$work/err"; code=$?; }
 by_hand; check "the helper serves nobody whom it cannot see" ended 77
 by_hand --verbose; check "the helper takes no arguments" ended 77
@@ -109,7 +123,7 @@ kill -9 "$(pgrep -u 0 -f "^$helper")"
 ask remove "$theirs/b"; check "a helper that has died fails its request at once" eval 'answered 0 && holds "$theirs/b" b'
 ask authorized; check "and takes the right with it" answered 0
 ask remove "$theirs/b"; check "which the next operation asks for again" eval 'answered 1 && [ "$(helpers)" = 1 ]'
-kill -9 "$holder"
+kill -9 "$holder"; wait "$holder" 2>/dev/null
 check "a caller that is killed takes the helper with it" no_helper_runs
 
 # --- Refused ---------------------------------------------------------------------------------------------------------
@@ -144,6 +158,6 @@ person "hang up"
 drive remove "$theirs/a" -- remove "$theirs/b"
 check "a dialog that is dismissed is a refusal" eval 'answered 00 && holds "$theirs/a" a && prompted 1'
 with=()
-kill "$polkit"; wait "$polkit" 2>/dev/null
+kill "$polkit" 2>/dev/null; wait "$polkit" 2>/dev/null
 check "no polkitd: refused" eval 'drive remove "$theirs/a" && answered 0 && holds "$theirs/a" a'
 summary

@@ -29,7 +29,7 @@ bool ownsHome(const User& user) {
 
 std::optional<User> caller() {
   const char* digits = std::getenv("PKEXEC_UID");
-  const std::optional<User> user = userWithId(digits ? digits : "");
+  std::optional<User> user = userWithId(digits ? digits : "");
   if (!user || user->id == 0 || !speaksThroughStandardInput(*user) || !ownsHome(*user)) return std::nullopt;
   return user;
 }
