@@ -96,15 +96,16 @@ void QWPrefItem::lockFiles(int state, bool refreshParent) {
 void QWPrefItem::updateLockStatus(bool refreshUsers) {
   if (refreshUsers)
     for (const auto& user : users_) user->updateLockStatus();
-  if (!lockable()) {
-    locked_ = Off;
-    return;
-  }
+  locked_.becomeDue([this] { return lockStateOfFiles(); });
+}
+
+int QWPrefItem::lockStateOfFiles() const {
+  if (!lockable()) return Off;
   LockCount count = countLocks(files());
   // Users count only where the item has no files of its own.
   if (files().empty())
     for (const auto& user : users_) count.add(user->locked() != Off);
-  locked_ = count.state();
+  return count.state();
 }
 
 void QWPrefItem::populateFileDatesAndSizes(const BackupPlace& backup) {
