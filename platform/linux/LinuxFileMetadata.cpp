@@ -1,8 +1,6 @@
 #include "platform/linux/LinuxFileMetadata.h"
 
 #include <fcntl.h>
-#include <linux/fs.h>
-#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 
@@ -13,6 +11,7 @@
 #include <string_view>
 
 #include "platform/linux/Errors.h"
+#include "platform/linux/ImmutableFlag.h"
 
 namespace vantory {
 namespace {
@@ -30,6 +29,14 @@ constexpr std::array<std::string_view, 13> kPackageExtensions = {
 bool mayBeLocked(const struct stat& status, const FileRights& rights) {
   if (status.st_uid == rights.fileOwner()) return true;
   return rights.isAdministrator() && (S_ISDIR(status.st_mode) || status.st_nlink == 1);
+}
+
+// The path of an open item as it is once every link on its way has been followed.
+std::string wayWithoutLinks(int item, const std::string& path) {
+  char way[PATH_MAX];
+  const std::string link = "/proc/self/fd/" + std::to_string(item);
+  const ssize_t length = readlink(link.c_str(), way, sizeof way);
+  return length > 0 && length < PATH_MAX ? std::string(way, static_cast<std::size_t>(length)) : path;
 }
 
 }  // namespace
@@ -51,15 +58,14 @@ Status LinuxFileMetadata::setLocked(const std::string& path, bool locked) {
   if (!item) return item.error();
   struct stat status;
   if (fstat(item->get(), &status) != 0) return systemError(path);
-  if (!S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode))
+  if (!canBeImmutable(status))
     return errorWithText(std::errc::invalid_argument, path, "is neither a file nor a folder");
   if (rights_.isSuperuser() && !mayBeLocked(status, rights_))
     return errorWithText(std::errc::operation_not_permitted, path, "belongs to somebody else");
-  unsigned flags = 0;
-  if (ioctl(item->get(), FS_IOC_GETFLAGS, &flags) != 0) return systemError(path);
-  const unsigned wanted = locked ? flags | FS_IMMUTABLE_FL : flags & ~static_cast<unsigned>(FS_IMMUTABLE_FL);
-  if (wanted != flags && ioctl(item->get(), FS_IOC_SETFLAGS, &wanted) != 0) return systemError(path);
-  return {};
+  Status changed = setImmutable(item->get(), path, locked);
+  const bool helperMay = !rights_.isSuperuser() && status.st_uid == rights_.fileOwner();
+  if (changed || changed.error().code != std::errc::operation_not_permitted || !helperMay) return changed;
+  return lockHelper_.setLocked(wayWithoutLinks(item->get(), path), locked).value_or(changed);
 }
 
 Status LinuxFileMetadata::setModified(const std::string& path, Timestamp time) {

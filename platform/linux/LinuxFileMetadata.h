@@ -3,6 +3,7 @@
 
 #include "platform/FileMetadata.h"
 #include "platform/linux/FileRights.h"
+#include "platform/linux/LockHelper.h"
 
 namespace vantory {
 
@@ -10,7 +11,7 @@ class LinuxFileMetadata : public FileMetadata {
  public:
   explicit LinuxFileMetadata(FileRights rights = FileRights::own()) : rights_(std::move(rights)) {}
 
-  // Needs a process that may set the immutable flag; works then on the user's own files only.
+  // Works on the user's own files only, and needs a process that may set the immutable flag or the lock helper.
   Status setLocked(const std::string& path, bool locked) override;
   Status setModified(const std::string& path, Timestamp time) override;
   bool isWritable(const std::string& path) const override;
@@ -24,6 +25,7 @@ class LinuxFileMetadata : public FileMetadata {
   Result<Descriptor> openItem(const std::string& path) const;
 
   FileRights rights_;
+  LockHelper lockHelper_;
 };
 
 }  // namespace vantory
