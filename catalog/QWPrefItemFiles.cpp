@@ -76,6 +76,14 @@ int trashWithCompanion(const std::string& path, bool exists, Companions& compani
   return count;
 }
 
+void tellLocking(const std::string& path) {
+  QWLog::appendLog("Locking file %@", path);
+}
+
+void tellUnlocking(const std::string& path) {
+  QWLog::appendLog("Unlocking file %@", path);
+}
+
 // How many files, or users, are locked and how many are not.
 struct LockCount {
   std::size_t locked = 0;
@@ -124,12 +132,11 @@ int QWPrefItem::trash() {
 
 void QWPrefItem::lockFiles(int state, bool refreshParent) {
   if (!lockable()) return;
-  for (const std::string& pattern : files())
-    for (const std::string& path : QWFileManager::filesMatchingWildcardPath(pattern)) {
-      QWLog::appendLog(state == On ? "Locking file %@" : "Unlocking file %@", path);
-      const bool done = state == On ? QWFileManager::lockFile(path) : QWFileManager::unlockFile(path);
-      if (!done) FailureTally::shared().add();
-    }
+  for (const std::string& pattern : files()) {
+    const std::vector<std::string> matches = QWFileManager::filesMatchingWildcardPath(pattern);
+    FailureTally::shared().add(state == On ? QWFileManager::lockFiles(matches, tellLocking)
+                                           : QWFileManager::unlockFiles(matches, tellUnlocking));
+  }
   for (const auto& user : users_) user->lockFiles(state, false);
   updateLockStatus();
   if (!refreshParent) return;

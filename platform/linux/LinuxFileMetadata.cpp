@@ -52,8 +52,10 @@ Result<Descriptor> LinuxFileMetadata::openItem(const std::string& path) const {
   return item;
 }
 
-// Opened with the user's rights, changed with the process's own: only those may set the flag.
-Status LinuxFileMetadata::setLocked(const std::string& path, bool locked) {
+// Opened with the user's rights, changed with the process's own: only those may set the flag. Where they may not
+// either, but the helper may, `wayForHelper` says how it gets there.
+Status LinuxFileMetadata::setLockedByItself(const std::string& path, bool locked,
+                                            std::optional<std::string>& wayForHelper) const {
   Result<Descriptor> item = openItem(path);
   if (!item) return item.error();
   struct stat status;
@@ -63,9 +65,27 @@ Status LinuxFileMetadata::setLocked(const std::string& path, bool locked) {
   if (rights_.isSuperuser() && !mayBeLocked(status, rights_))
     return errorWithText(std::errc::operation_not_permitted, path, "belongs to somebody else");
   Status changed = setImmutable(item->get(), path, locked);
-  const bool helperMay = !rights_.isSuperuser() && status.st_uid == rights_.fileOwner();
-  if (changed || changed.error().code != std::errc::operation_not_permitted || !helperMay) return changed;
-  return lockHelper_.setLocked(wayWithoutLinks(item->get(), path), locked).value_or(changed);
+  const bool helps = !rights_.isSuperuser() && status.st_uid == rights_.fileOwner();
+  if (!changed && changed.error().code == std::errc::operation_not_permitted && helps)
+    wayForHelper = wayWithoutLinks(item->get(), path);
+  return changed;
+}
+
+std::vector<Status> LinuxFileMetadata::setAllLocked(const std::vector<std::string>& paths, bool locked) {
+  std::vector<Status> results(paths.size());
+  std::vector<std::size_t> left;
+  std::vector<std::string> ways;
+  for (std::size_t i = 0; i < paths.size(); ++i) {
+    std::optional<std::string> way;
+    results[i] = setLockedByItself(paths[i], locked, way);
+    if (!way) continue;
+    left.push_back(i);
+    ways.push_back(std::move(*way));
+  }
+  const std::vector<int> numbers = lockHelper_.setLocked(ways, locked);
+  for (std::size_t i = 0; i < left.size(); ++i)
+    results[left[i]] = numbers[i] == 0 ? Status() : Status(systemError(paths[left[i]], numbers[i]));
+  return results;
 }
 
 Status LinuxFileMetadata::setModified(const std::string& path, Timestamp time) {

@@ -21,15 +21,19 @@ std::optional<int> numberIn(const std::string& text) {
   return number;
 }
 
-}  // namespace
-
-std::optional<Status> LockHelper::setLocked(const std::string& path, bool locked) {
-  const auto answer = ask({std::string(locked ? kLock : kUnlock), path});
-  if (!answer) return std::nullopt;
-  const auto number = answer->size() == 1 ? numberIn(answer->front()) : std::nullopt;
-  if (!number) return std::nullopt;
-  return *number == 0 ? Status() : Status(systemError(path, *number));
+// The request for as many of the paths, from the given one on, as fit into a message; at least one.
+Message requestFor(const std::vector<std::string>& paths, std::size_t first, bool locked) {
+  Message request{std::string(locked ? kLock : kUnlock)};
+  std::size_t bytes = request.front().size() + 1;
+  for (std::size_t i = first; i < paths.size() && request.size() <= kMostPathsAtOnce; ++i) {
+    bytes += paths[i].size() + 1;
+    if (i > first && bytes > kMaxMessageBytes) break;
+    request.push_back(paths[i]);
+  }
+  return request;
 }
+
+}  // namespace
 
 void LockHelper::start() {
   if (std::exchange(tried_, true)) return;
@@ -38,15 +42,28 @@ void LockHelper::start() {
   if (auto started = HelperProcess::start(program_)) process_.emplace(std::move(*started));
 }
 
-// A helper that failed once is given up: a late answer of its would be taken for that to another question.
-std::optional<Message> LockHelper::ask(const Message& request) {
+// Adds the answer's numbers. False when none that fits the request comes.
+bool LockHelper::ask(const Message& request, std::vector<int>& numbers) {
+  if (!process_->channel().send(request)) return false;
+  const auto answer = process_->channel().receive(kPatience);
+  if (!answer || answer->size() != request.size() - 1) return false;
+  for (const std::string& text : *answer) {
+    const auto number = numberIn(text);
+    if (!number) return false;
+    numbers.push_back(*number);
+  }
+  return true;
+}
+
+// A helper that failed once is given up: a late answer of its would be taken for that to another request.
+std::vector<int> LockHelper::setLocked(const std::vector<std::string>& paths, bool locked) {
   const std::lock_guard lock(mutex_);
-  start();
-  if (!process_) return std::nullopt;
-  if (process_->channel().send(request))
-    if (auto answer = process_->channel().receive(kPatience)) return std::move(*answer);
-  process_.reset();
-  return std::nullopt;
+  std::vector<int> numbers;
+  if (!paths.empty()) start();
+  while (process_ && numbers.size() < paths.size())
+    if (!ask(requestFor(paths, numbers.size(), locked), numbers)) process_.reset();
+  numbers.resize(paths.size(), EPERM);
+  return numbers;
 }
 
 }  // namespace vantory

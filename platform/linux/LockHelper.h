@@ -4,6 +4,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "platform/Result.h"
 #include "platform/linux/HelperProcess.h"
@@ -16,13 +17,14 @@ class LockHelper {
   // How it is started; without a path, the installed one, looked for when it is needed.
   explicit LockHelper(ChildProgram program = {}) : program_(std::move(program)) {}
 
-  // Locks or unlocks a file or folder of the user's own. `path` is absolute and free of symbolic links. None where no
-  // helper serves: none is installed, it lacks its capability, or it is gone.
-  std::optional<Status> setLocked(const std::string& path, bool locked);
+  // Locks or unlocks files and folders of the user's own, and answers for each in that order: 0, or the errno that says
+  // why not. EPERM where no helper serves: none is installed, it lacks its capability, or it is gone. The paths are
+  // absolute and free of symbolic links.
+  std::vector<int> setLocked(const std::vector<std::string>& paths, bool locked);
 
  private:
   void start();
-  std::optional<Message> ask(const Message& request);
+  bool ask(const Message& request, std::vector<int>& numbers);
 
   ChildProgram program_;
   std::mutex mutex_;
