@@ -71,18 +71,23 @@ Status LinuxFileMetadata::setLockedByItself(const std::string& path, bool locked
   return changed;
 }
 
+// A helper that runs is asked first. What it could not change is tried without it, which also tells the reason best,
+// and then with it again where links stood in its way.
 std::vector<Status> LinuxFileMetadata::setAllLocked(const std::vector<std::string>& paths, bool locked) {
+  std::vector<int> numbers(paths.size(), EPERM);
+  if (lockHelper_.isRunning()) numbers = lockHelper_.setLocked(paths, locked);
   std::vector<Status> results(paths.size());
   std::vector<std::size_t> left;
   std::vector<std::string> ways;
   for (std::size_t i = 0; i < paths.size(); ++i) {
+    if (numbers[i] == 0) continue;
     std::optional<std::string> way;
     results[i] = setLockedByItself(paths[i], locked, way);
     if (!way) continue;
     left.push_back(i);
     ways.push_back(std::move(*way));
   }
-  const std::vector<int> numbers = lockHelper_.setLocked(ways, locked);
+  numbers = lockHelper_.setLocked(ways, locked);
   for (std::size_t i = 0; i < left.size(); ++i)
     results[left[i]] = numbers[i] == 0 ? Status() : Status(systemError(paths[left[i]], numbers[i]));
   return results;

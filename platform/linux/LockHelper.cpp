@@ -66,4 +66,9 @@ std::vector<int> LockHelper::setLocked(const std::vector<std::string>& paths, bo
   return numbers;
 }
 
+bool LockHelper::isRunning() {
+  const std::lock_guard lock(mutex_);
+  return process_.has_value();
+}
+
 }  // namespace vantory

@@ -18,9 +18,12 @@ class LockHelper {
   explicit LockHelper(ChildProgram program = {}) : program_(std::move(program)) {}
 
   // Locks or unlocks files and folders of the user's own, and answers for each in that order: 0, or the errno that says
-  // why not. EPERM where no helper serves: none is installed, it lacks its capability, or it is gone. The paths are
-  // absolute and free of symbolic links.
+  // why not. ELOOP where a symbolic link is on the way; EPERM where no helper serves: none is installed, it lacks its
+  // capability, or it is gone. The paths are absolute.
   std::vector<int> setLocked(const std::vector<std::string>& paths, bool locked);
+
+  // Whether it has been started and serves.
+  bool isRunning();
 
  private:
   void start();

@@ -48,8 +48,8 @@ run -lock; run -unlock
 check "-unlock unlocks" eval 'ran && not locked_below "$home"'
 
 mv "$preferences" "$home/Library/dotfiles"; ln -s dotfiles "$preferences"; give
-run -lock fcpPrefs
-check "the way may lead over the user's own links" eval 'ran && locked "$home/Library/dotfiles/Final Cut Pro User Data/Final Cut Pro 7 Prefs.fcset"'
+run -lock
+check "the way may lead over the user's own links" eval 'ran && locked "$fcp" && locked "$user_data/Button Bars"'
 
 fill_home
 put "$home/Library/mine" mine; give; rm "$preferences/$motion"; ln -s "$home/Library/mine" "$preferences/$motion"
