@@ -28,7 +28,7 @@ std::shared_ptr<QWApp> QWApp::appWithName(std::string name, std::string icon, st
 std::shared_ptr<QWApp> QWApp::copyWithoutChildren() const {
   auto copied = std::make_shared<QWApp>(definition_);
   copied->selected_ = selected();
-  copied->locked_ = locked();
+  copied->locked_ = locked_;
   return copied;
 }
 
@@ -74,16 +74,21 @@ void QWApp::updateSelectionStatusForPrefs() {
 }
 
 void QWApp::updateLockStatus(bool refreshChildren) {
+  if (refreshChildren)
+    for (const auto& item : children_) item->updateLockStatus();
+  locked_.becomeDue([this] { return lockStateOfItems(); });
+}
+
+int QWApp::lockStateOfItems() const {
   Tally tally;
   for (const auto& item : children_) {
-    if (refreshChildren) item->updateLockStatus();
     if (!item->lockable()) continue;
     const int state = item->locked();
     ++tally.total;
     if (state == Off) ++tally.off;
     if (state == On) ++tally.on;
   }
-  locked_ = tally.state();
+  return tally.state();
 }
 
 void QWApp::lockFiles(int state) {

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "catalog/CatalogParent.h"
+#include "catalog/LockState.h"
 #include "catalog/QWPrefItem.h"
 
 namespace vantory {
@@ -31,7 +32,7 @@ class QWApp : public CatalogParent, public std::enable_shared_from_this<QWApp> {
   explicit QWApp(std::shared_ptr<const Definition> definition) : definition_(std::move(definition)) {}
   // A copy shares the items; they keep this application as their parent.
   std::shared_ptr<QWApp> copy() const;
-  // A copy without items.
+  // A copy without items; a lock state that nobody has worked out yet is that of an application without any.
   std::shared_ptr<QWApp> copyWithoutChildren() const;
 
   const std::string& name() const { return definition_->name; }
@@ -40,7 +41,9 @@ class QWApp : public CatalogParent, public std::enable_shared_from_this<QWApp> {
 
   int selected() const override { return selected_; }
   void setSelected(int state) { selected_ = state; }
-  int locked() const { return locked_; }
+  int locked() const {
+    return locked_.value([this] { return lockStateOfItems(); });
+  }
   void setLocked(int state) { locked_ = state; }
 
   const Items& children() const { return children_; }
@@ -64,9 +67,11 @@ class QWApp : public CatalogParent, public std::enable_shared_from_this<QWApp> {
   std::optional<Timestamp> date() const;
 
  private:
+  int lockStateOfItems() const;
+
   std::shared_ptr<const Definition> definition_;
   std::atomic<int> selected_ = Off;
-  std::atomic<int> locked_ = Off;
+  LockState locked_;
   Items children_;
 };
 

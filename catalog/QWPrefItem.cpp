@@ -13,7 +13,7 @@ QWPrefItem::QWPrefItem(std::string name, std::string key, bool lockable, std::ve
 std::shared_ptr<QWPrefItem> QWPrefItem::copy() const {
   auto copied = std::make_shared<QWPrefItem>(definition_);
   copied->selected_.store(selected(), std::memory_order_relaxed);  // nobody else knows the copy yet
-  copied->locked_.store(locked(), std::memory_order_relaxed);
+  copied->locked_ = locked_;
   copied->users_ = users_;
   return copied;
 }

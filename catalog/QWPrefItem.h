@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "catalog/CatalogParent.h"
+#include "catalog/LockState.h"
 #include "catalog/SelectionState.h"
 #include "platform/Clock.h"
 
@@ -46,7 +47,9 @@ class QWPrefItem : public CatalogParent, public std::enable_shared_from_this<QWP
 
   int selected() const override { return selected_; }
   void setSelected(int state) { selected_ = state; }
-  int locked() const { return locked_; }
+  int locked() const {
+    return locked_.value([this] { return lockStateOfFiles(); });
+  }
   void setLocked(int state) { locked_ = state; }
 
   // The record that holds this item; null when it has gone or there is none.
@@ -87,10 +90,11 @@ class QWPrefItem : public CatalogParent, public std::enable_shared_from_this<QWP
 
  private:
   void measureIfDue();
+  int lockStateOfFiles() const;
 
   std::shared_ptr<const Definition> definition_;
   std::atomic<int> selected_ = On;
-  std::atomic<int> locked_ = Off;
+  LockState locked_;
   std::weak_ptr<CatalogParent> parent_;
   Users users_;
   std::shared_ptr<const BackupPlace> measuredWhenAsked_;  // null once measured

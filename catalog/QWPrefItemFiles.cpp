@@ -1,10 +1,13 @@
 #include <algorithm>
 #include <chrono>
+#include <set>
+#include <string_view>
 
 #include "catalog/BackupPlace.h"
 #include "catalog/QWPrefItem.h"
 #include "platform/FileSystem.h"
 #include "services/FailureTally.h"
+#include "services/Paths.h"
 #include "services/QWFileManager.h"
 #include "services/QWLog.h"
 #include "services/Runtime.h"
@@ -22,17 +25,63 @@ int moveToTrash(const std::string& path) {
   return 0;
 }
 
-// The file, and the one that marks it as being in use. A path that is not known to exist is looked for first.
-int trashWithCompanion(const std::string& path, bool exists) {
+// Finds the files that mark another as being in use.
+class Companions {
+ public:
+  // Of a folder that is listed as a whole anyway, one more look tells the companions of all its files.
+  explicit Companions(bool listFolders) : listFolders_(listFolders) {}
+
+  // The companion's path, none when it does not exist.
+  std::optional<std::string> of(const std::string& path) {
+    std::string companion = path + kSuffix;
+    if (listFolders_ && !mayExist(companion)) return std::nullopt;
+    if (!QWFileManager::itemExistsAtPath(companion)) return std::nullopt;
+    return companion;
+  }
+
+ private:
+  static constexpr const char* kSuffix = ".lockfile";
+
+  bool mayExist(const std::string& companion) {
+    const std::string_view folder = std::string_view(companion).substr(0, companion.find_last_of('/'));
+    if (folder != folder_) list(std::string(folder));
+    return !listed_ || names_.contains(companion.substr(folder.size() + 1));
+  }
+
+  void list(std::string folder) {
+    const auto entries = Runtime::current().platform().files.list(folder, Detail::Names);
+    listed_ = entries.ok();
+    names_.clear();
+    folder_ = std::move(folder);
+    if (!listed_) return;
+    for (const DirectoryEntry& entry : *entries)
+      if (entry.name.ends_with(kSuffix)) names_.insert(entry.name);
+  }
+
+  const bool listFolders_;
+  std::string folder_;
+  bool listed_ = false;  // else every name may exist
+  std::set<std::string> names_;
+};
+
+// The file, and its companion. A path that is not known to exist is looked for first.
+int trashWithCompanion(const std::string& path, bool exists, Companions& companions) {
   int count = 0;
   // What cannot even be looked at is tried too, so that its failure is told.
   if (exists || !QWFileManager::isMissingAtPath(path)) {
     QWLog::appendLog("Trashing file %@", path);
     count += moveToTrash(path);
   }
-  const std::string companion = path + ".lockfile";
-  if (QWFileManager::itemExistsAtPath(companion)) count += moveToTrash(companion);
+  if (const auto companion = companions.of(path)) count += moveToTrash(*companion);
   return count;
+}
+
+void tellLocking(const std::string& path) {
+  QWLog::appendLog("Locking file %@", path);
+}
+
+void tellUnlocking(const std::string& path) {
+  QWLog::appendLog("Unlocking file %@", path);
 }
 
 // How many files, or users, are locked and how many are not.
@@ -70,9 +119,11 @@ std::optional<FileInfo> attributesOf(const std::string& path) {
 
 int QWPrefItem::trash() {
   int count = 0;
-  for (const std::string& pattern : files())
+  for (const std::string& pattern : files()) {
+    Companions companions(QWFileManager::isWildcardPath(paths::lastComponent(pattern)));
     for (const std::string& path : QWFileManager::filesMatchingWildcardPath(pattern))
-      count += trashWithCompanion(path, QWFileManager::isWildcardPath(pattern));
+      count += trashWithCompanion(path, QWFileManager::isWildcardPath(pattern), companions);
+  }
   for (const auto& user : users_)
     if (user->selected() == On) count += user->trash();
   locked_ = Off;
@@ -81,12 +132,11 @@ int QWPrefItem::trash() {
 
 void QWPrefItem::lockFiles(int state, bool refreshParent) {
   if (!lockable()) return;
-  for (const std::string& pattern : files())
-    for (const std::string& path : QWFileManager::filesMatchingWildcardPath(pattern)) {
-      QWLog::appendLog(state == On ? "Locking file %@" : "Unlocking file %@", path);
-      const bool done = state == On ? QWFileManager::lockFile(path) : QWFileManager::unlockFile(path);
-      if (!done) FailureTally::shared().add();
-    }
+  for (const std::string& pattern : files()) {
+    const std::vector<std::string> matches = QWFileManager::filesMatchingWildcardPath(pattern);
+    FailureTally::shared().add(state == On ? QWFileManager::lockFiles(matches, tellLocking)
+                                           : QWFileManager::unlockFiles(matches, tellUnlocking));
+  }
   for (const auto& user : users_) user->lockFiles(state, false);
   updateLockStatus();
   if (!refreshParent) return;
@@ -96,15 +146,16 @@ void QWPrefItem::lockFiles(int state, bool refreshParent) {
 void QWPrefItem::updateLockStatus(bool refreshUsers) {
   if (refreshUsers)
     for (const auto& user : users_) user->updateLockStatus();
-  if (!lockable()) {
-    locked_ = Off;
-    return;
-  }
+  locked_.becomeDue([this] { return lockStateOfFiles(); });
+}
+
+int QWPrefItem::lockStateOfFiles() const {
+  if (!lockable()) return Off;
   LockCount count = countLocks(files());
   // Users count only where the item has no files of its own.
   if (files().empty())
     for (const auto& user : users_) count.add(user->locked() != Off);
-  locked_ = count.state();
+  return count.state();
 }
 
 void QWPrefItem::populateFileDatesAndSizes(const BackupPlace& backup) {

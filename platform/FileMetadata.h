@@ -2,6 +2,8 @@
 #pragma once
 
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "platform/Clock.h"
 #include "platform/Result.h"
@@ -12,8 +14,10 @@ class FileMetadata {
  public:
   virtual ~FileMetadata() = default;
 
-  // Sets or clears the immutable flag of a regular file or folder. Never follows a link.
-  virtual Status setLocked(const std::string& path, bool locked) = 0;
+  // Sets or clears the immutable flag of regular files or folders, and answers for each in that order. Never follows a
+  // link.
+  virtual std::vector<Status> setAllLocked(const std::vector<std::string>& paths, bool locked) = 0;
+  Status setLocked(const std::string& path, bool locked) { return std::move(setAllLocked({path}, locked).front()); }
 
   // Sets the time of last change; never creates a file.
   virtual Status setModified(const std::string& path, Timestamp time) = 0;

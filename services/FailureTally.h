@@ -11,7 +11,7 @@ class FailureTally {
  public:
   static FailureTally& shared();
 
-  void add() { ++count_; }
+  void add(std::size_t count = 1) { count_ += count; }
   std::size_t count() const { return count_; }
 
  private:

@@ -1,3 +1,6 @@
+#include <string>
+#include <vector>
+
 #include "platform/FileMetadata.h"
 #include "services/FolderWalk.h"
 #include "services/QWAuthorization.h"
@@ -20,40 +23,86 @@ bool changeWithRights(const std::string& path, bool locked) {
          authorization.authExecTask("/usr/bin/chattr", {locked ? "+i" : "-i", path}) == QWAuthorization::Success;
 }
 
-bool change(const std::string& path, bool locked) {
-  const Status changed = Runtime::current().platform().metadata.setLocked(path, locked);
-  if (changed || QWFileManager::meansMissing(changed.error())) return true;
-  if (rightsCouldHelp(changed.error()) && changeWithRights(path, locked)) return true;
-  return report(changed.error(), locked);
+// An item whose flag is to change.
+struct Item {
+  std::string path;
+  bool differs = true;  // as far as is known
+  Status looked = {};
+  Status changed = {};
+};
+
+// Looks before it unlocks: nearly everything is unlocked, and a file that is need not even be ours to open.
+Item itemAt(const std::string& path, bool locked) {
+  if (locked) return {path};
+  const auto info = Runtime::current().platform().files.info(path, Links::DoNotFollow);
+  return info ? Item{path, info->locked} : Item{path, false, info.error()};
 }
 
-// Looks first: nearly everything is unlocked, and a file that is need not even be ours to open.
-bool unlock(const std::string& path) {
-  const auto info = Runtime::current().platform().files.info(path, Links::DoNotFollow);
-  if (!info) return QWFileManager::meansMissing(info.error()) || report(info.error(), false);
-  return !info->locked || change(path, false);
+void changeThose(std::vector<Item>& items, bool locked) {
+  std::vector<std::string> paths;
+  for (const Item& item : items)
+    if (item.differs) paths.push_back(item.path);
+  if (paths.empty()) return;
+  auto results = Runtime::current().platform().metadata.setAllLocked(paths, locked);
+  auto next = results.begin();
+  for (Item& item : items)
+    if (item.differs) item.changed = std::move(*next++);
+}
+
+// Whether the item is as wanted in the end, if need be with more rights.
+bool settle(const Item& item, bool locked) {
+  if (!item.looked) return QWFileManager::meansMissing(item.looked.error()) || report(item.looked.error(), locked);
+  if (item.changed || QWFileManager::meansMissing(item.changed.error())) return true;
+  if (rightsCouldHelp(item.changed.error()) && changeWithRights(item.path, locked)) return true;
+  return report(item.changed.error(), locked);
+}
+
+void sayNothing(const std::string&) {}
+
+// Some at a time: each has its cost where another program does it, yet the log should be close behind what is done.
+std::size_t changeAll(const std::vector<std::string>& paths, bool locked,
+                      const QWFileManager::Announcement& announce = sayNothing) {
+  constexpr std::size_t kAtOnce = 100;
+  std::size_t failed = 0;
+  for (auto next = paths.begin(); next != paths.end();) {
+    std::vector<Item> items;
+    for (; next != paths.end() && items.size() < kAtOnce; ++next) items.push_back(itemAt(*next, locked));
+    changeThose(items, locked);
+    for (const Item& item : items) {
+      announce(item.path);
+      if (!settle(item, locked)) ++failed;
+    }
+  }
+  return failed;
 }
 
 void changeFolder(const std::string& folder, bool locked) {
   const auto info = Runtime::current().platform().files.info(folder, Links::DoNotFollow);
   if (!info || info->type != FileType::Folder) return;
+  std::vector<std::string> paths;
   walkFolder(folder, Detail::Names, Links::DoNotFollow, [&](const std::string& path, const DirectoryEntry&) {
-    if (locked)
-      change(path, true);
-    else
-      unlock(path);
+    paths.push_back(path);
     return true;
   });
+  changeAll(paths, locked);
 }
 
 }  // namespace
 
 bool QWFileManager::lockFile(const std::string& path) {
-  return change(path, true);
+  return changeAll({path}, true) == 0;
 }
 
 bool QWFileManager::unlockFile(const std::string& path) {
-  return unlock(path);
+  return changeAll({path}, false) == 0;
+}
+
+std::size_t QWFileManager::lockFiles(const std::vector<std::string>& paths, const Announcement& announce) {
+  return changeAll(paths, true, announce);
+}
+
+std::size_t QWFileManager::unlockFiles(const std::vector<std::string>& paths, const Announcement& announce) {
+  return changeAll(paths, false, announce);
 }
 
 bool QWFileManager::isFileLocked(const std::string& path) {

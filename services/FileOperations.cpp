@@ -50,11 +50,9 @@ bool waitUntil(const std::function<bool()>& isVisible, std::chrono::seconds time
   return true;
 }
 
-// Clears the immutable flag of an item that is to go. False when nothing bears its name.
-bool unlockIfThere(const std::string& path) {
-  const auto info = files().info(path, Links::DoNotFollow);
-  if (info && info->locked) QWFileManager::unlockFile(path);
-  return info || !QWFileManager::meansMissing(info.error());
+// Clears the immutable flag of an item that is to go. True when it was set and is no more.
+bool unlockIfLocked(const std::string& path) {
+  return QWFileManager::isFileLocked(path) && QWFileManager::unlockFile(path);
 }
 
 // How an operation ended. What the user's own rights did is there at once; what was handed over is looked for.
@@ -117,7 +115,7 @@ Outcome move(const std::string& source, const std::string& toPath, bool shouldAu
 }
 
 Outcome remove(const std::string& path, bool shouldAuth) {
-  if (!unlockIfThere(path)) return Outcome::Done;
+  unlockIfLocked(path);
   const Status removed = files().remove(path);
   if (removed || QWFileManager::isMissingAtPath(path)) return Outcome::Done;
   QWLog::appendLog("Error removing file: %@. Authorizing...", removed.error().text);
@@ -125,8 +123,9 @@ Outcome remove(const std::string& path, bool shouldAuth) {
 }
 
 Outcome trash(const std::string& path, bool shouldAuth) {
-  if (!unlockIfThere(path)) return Outcome::Done;
-  const Status trashed = trashAsUser(path);
+  // The flag that keeps a file's content keeps its name too, so what could be moved needed no look at it.
+  Status trashed = trashAsUser(path);
+  if (!trashed && unlockIfLocked(path)) trashed = trashAsUser(path);
   if (trashed || QWFileManager::isMissingAtPath(path)) return Outcome::Done;
   if (shouldAuth && rightsCouldHelp(trashed.error()) && authorization().authTrashFile(path)) return Outcome::HandedOver;
   QWLog::appendLog("Unable to trash %@: %@", path, trashed.error().text);

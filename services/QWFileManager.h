@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -91,6 +92,11 @@ class QWFileManager {
   // none.
   static bool lockFile(const std::string& path);
   static bool unlockFile(const std::string& path);
+  // The same for many, sooner than one by one. `announce` is called for each in turn before its failure is logged.
+  // Answers how many failed.
+  using Announcement = std::function<void(const std::string& path)>;
+  static std::size_t lockFiles(const std::vector<std::string>& paths, const Announcement& announce);
+  static std::size_t unlockFiles(const std::vector<std::string>& paths, const Announcement& announce);
   static bool isFileLocked(const std::string& path);
   // Everything inside the folder that is no folder, at every depth; links are not followed.
   static void lockFolder(const std::string& path);

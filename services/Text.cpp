@@ -46,12 +46,27 @@ std::size_t characterLength(std::string_view bytes, std::size_t start) {
   return length;
 }
 
-// Past blocks of eight ASCII bytes, which most text consists of.
-std::size_t pastAscii(std::string_view bytes, std::size_t start) {
+constexpr std::uint64_t inEveryByte(std::uint64_t byte) {
+  return byte * 0x0101010101010101;
+}
+
+bool isAscii(std::uint64_t block) {
+  return (block & inEveryByte(0x80)) == 0;
+}
+
+// No control characters: adding so much to each byte sets its highest bit from the given value on.
+bool isPlainAscii(std::uint64_t block) {
+  const std::uint64_t from0x20 = block + inEveryByte(0x80 - 0x20);
+  const std::uint64_t from0x7f = block + inEveryByte(0x80 - 0x7f);
+  return isAscii(block) && (from0x20 & ~from0x7f & inEveryByte(0x80)) == inEveryByte(0x80);
+}
+
+// Past blocks of eight bytes of a kind that most text consists of.
+std::size_t past(bool (*isCommon)(std::uint64_t block), std::string_view bytes, std::size_t start) {
   std::uint64_t block;
   for (; bytes.size() - start >= sizeof block; start += sizeof block) {
     std::memcpy(&block, bytes.data() + start, sizeof block);
-    if (block & 0x8080808080808080) break;
+    if (!isCommon(block)) break;
   }
   return start;
 }
@@ -108,7 +123,7 @@ std::vector<std::string> split(std::string_view text, char separator) {
 }
 
 bool isUtf8(std::string_view bytes) {
-  for (std::size_t i = pastAscii(bytes, 0); i < bytes.size(); i = pastAscii(bytes, i)) {
+  for (std::size_t i = past(isAscii, bytes, 0); i < bytes.size(); i = past(isAscii, bytes, i)) {
     const std::size_t length = characterLength(bytes, i);
     if (length == 0) return false;
     i += length;
@@ -119,6 +134,10 @@ bool isUtf8(std::string_view bytes) {
 std::size_t utf16Length(std::string_view text) {
   std::size_t units = 0;
   for (std::size_t i = 0; i < text.size();) {
+    const std::size_t next = past(isAscii, text, i);
+    units += next - i;
+    i = next;
+    if (i == text.size()) break;
     const std::size_t length = characterLength(text, i);
     units += length == 4 ? 2 : 1;
     i += std::max<std::size_t>(length, 1);
@@ -130,6 +149,10 @@ std::string printable(std::string_view bytes) {
   std::string text;
   text.reserve(bytes.size());
   for (std::size_t i = 0; i < bytes.size();) {
+    const std::size_t next = past(isPlainAscii, bytes, i);
+    text += bytes.substr(i, next - i);
+    i = next;
+    if (i == bytes.size()) break;
     const std::size_t length = characterLength(bytes, i);
     const std::string_view character = bytes.substr(i, std::max<std::size_t>(length, 1));
     if (length == 0 || isControlCharacter(character))

@@ -62,13 +62,12 @@ int freeNumber(int infoFolder, const std::string& name, int taken) {
   return free;
 }
 
-std::string infoText(const std::string& originalPath) {
-  const std::time_t now = std::time(nullptr);
+std::string localDateText(std::time_t time) {
   std::tm local{};
-  localtime_r(&now, &local);
+  localtime_r(&time, &local);
   char date[32];
   std::strftime(date, sizeof date, "%Y-%m-%dT%H:%M:%S", &local);
-  return trashNote(originalPath, date);
+  return date;
 }
 
 Status writeInfo(int folder, const std::string& name, const std::string& text, const std::string& path) {
@@ -224,7 +223,9 @@ Result<std::string> DesktopTrash::putInto(Can& can, const Place& item, const std
     if (!folder) return folder.error();
     original = below(*folder, name).substr(can.topDirectory == "/" ? 1 : can.topDirectory.size() + 1);
   }
-  const std::string text = infoText(original);
+  const std::time_t now = std::time(nullptr);
+  if (now != dateTime_) date_ = localDateText(dateTime_ = now);
+  const std::string text = trashNote(original, date_);
 
   const auto last = can.lastNumbers.find(name);
   int number = last == can.lastNumbers.end() ? 1 : last->second + 1;
@@ -236,7 +237,7 @@ Result<std::string> DesktopTrash::putInto(Can& can, const Place& item, const std
     if (noted) {
       const Status moved = renameItem(item, can.files.get(), trashed, path);
       if (moved) {
-        can.lastNumbers[name] = number;
+        if (number > 1) can.lastNumbers[name] = number;
         return can.path + "/files/" + trashed;
       }
       unlinkat(can.info.get(), infoName(trashed).c_str(), 0);

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <sys/types.h>
 
+#include <ctime>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -47,6 +48,8 @@ class DesktopTrash {
   const FileRights& rights_;
   std::mutex mutex_;
   std::vector<std::unique_ptr<Can>> cans_;
+  std::time_t dateTime_ = -1;  // of the date text
+  std::string date_;           // local; worked out once a second
 };
 
 }  // namespace vantory

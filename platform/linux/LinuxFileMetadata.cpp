@@ -1,8 +1,6 @@
 #include "platform/linux/LinuxFileMetadata.h"
 
 #include <fcntl.h>
-#include <linux/fs.h>
-#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 
@@ -13,6 +11,7 @@
 #include <string_view>
 
 #include "platform/linux/Errors.h"
+#include "platform/linux/ImmutableFlag.h"
 
 namespace vantory {
 namespace {
@@ -32,6 +31,14 @@ bool mayBeLocked(const struct stat& status, const FileRights& rights) {
   return rights.isAdministrator() && (S_ISDIR(status.st_mode) || status.st_nlink == 1);
 }
 
+// The path of an open item as it is once every link on its way has been followed.
+std::string wayWithoutLinks(int item, const std::string& path) {
+  char way[PATH_MAX];
+  const std::string link = "/proc/self/fd/" + std::to_string(item);
+  const ssize_t length = readlink(link.c_str(), way, sizeof way);
+  return length > 0 && length < PATH_MAX ? std::string(way, static_cast<std::size_t>(length)) : path;
+}
+
 }  // namespace
 
 Result<Descriptor> LinuxFileMetadata::openItem(const std::string& path) const {
@@ -45,21 +52,45 @@ Result<Descriptor> LinuxFileMetadata::openItem(const std::string& path) const {
   return item;
 }
 
-// Opened with the user's rights, changed with the process's own: only those may set the flag.
-Status LinuxFileMetadata::setLocked(const std::string& path, bool locked) {
+// Opened with the user's rights, changed with the process's own: only those may set the flag. Where they may not
+// either, but the helper may, `wayForHelper` says how it gets there.
+Status LinuxFileMetadata::setLockedByItself(const std::string& path, bool locked,
+                                            std::optional<std::string>& wayForHelper) const {
   Result<Descriptor> item = openItem(path);
   if (!item) return item.error();
   struct stat status;
   if (fstat(item->get(), &status) != 0) return systemError(path);
-  if (!S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode))
+  if (!canBeImmutable(status))
     return errorWithText(std::errc::invalid_argument, path, "is neither a file nor a folder");
   if (rights_.isSuperuser() && !mayBeLocked(status, rights_))
     return errorWithText(std::errc::operation_not_permitted, path, "belongs to somebody else");
-  unsigned flags = 0;
-  if (ioctl(item->get(), FS_IOC_GETFLAGS, &flags) != 0) return systemError(path);
-  const unsigned wanted = locked ? flags | FS_IMMUTABLE_FL : flags & ~static_cast<unsigned>(FS_IMMUTABLE_FL);
-  if (wanted != flags && ioctl(item->get(), FS_IOC_SETFLAGS, &wanted) != 0) return systemError(path);
-  return {};
+  Status changed = setImmutable(item->get(), path, locked);
+  const bool helps = !rights_.isSuperuser() && status.st_uid == rights_.fileOwner();
+  if (!changed && changed.error().code == std::errc::operation_not_permitted && helps)
+    wayForHelper = wayWithoutLinks(item->get(), path);
+  return changed;
+}
+
+// A helper that runs is asked first. What it could not change is tried without it, which also tells the reason best,
+// and then with it again where links stood in its way.
+std::vector<Status> LinuxFileMetadata::setAllLocked(const std::vector<std::string>& paths, bool locked) {
+  std::vector<int> numbers(paths.size(), EPERM);
+  if (lockHelper_.isRunning()) numbers = lockHelper_.setLocked(paths, locked);
+  std::vector<Status> results(paths.size());
+  std::vector<std::size_t> left;
+  std::vector<std::string> ways;
+  for (std::size_t i = 0; i < paths.size(); ++i) {
+    if (numbers[i] == 0) continue;
+    std::optional<std::string> way;
+    results[i] = setLockedByItself(paths[i], locked, way);
+    if (!way) continue;
+    left.push_back(i);
+    ways.push_back(std::move(*way));
+  }
+  numbers = lockHelper_.setLocked(ways, locked);
+  for (std::size_t i = 0; i < left.size(); ++i)
+    results[left[i]] = numbers[i] == 0 ? Status() : Status(systemError(paths[left[i]], numbers[i]));
+  return results;
 }
 
 Status LinuxFileMetadata::setModified(const std::string& path, Timestamp time) {

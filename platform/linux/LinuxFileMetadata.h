@@ -1,8 +1,13 @@
 // Flags, times and labels of files, through Linux system calls.
 #pragma once
 
+#include <optional>
+#include <string>
+#include <vector>
+
 #include "platform/FileMetadata.h"
 #include "platform/linux/FileRights.h"
+#include "platform/linux/LockHelper.h"
 
 namespace vantory {
 
@@ -10,8 +15,8 @@ class LinuxFileMetadata : public FileMetadata {
  public:
   explicit LinuxFileMetadata(FileRights rights = FileRights::own()) : rights_(std::move(rights)) {}
 
-  // Needs a process that may set the immutable flag; works then on the user's own files only.
-  Status setLocked(const std::string& path, bool locked) override;
+  // Works on the user's own files only, and needs a process that may set the immutable flag or the lock helper.
+  std::vector<Status> setAllLocked(const std::vector<std::string>& paths, bool locked) override;
   Status setModified(const std::string& path, Timestamp time) override;
   bool isWritable(const std::string& path) const override;
   bool isExecutable(const std::string& path) const override;
@@ -22,8 +27,10 @@ class LinuxFileMetadata : public FileMetadata {
 
  private:
   Result<Descriptor> openItem(const std::string& path) const;
+  Status setLockedByItself(const std::string& path, bool locked, std::optional<std::string>& wayForHelper) const;
 
   FileRights rights_;
+  LockHelper lockHelper_;
 };
 
 }  // namespace vantory

@@ -27,9 +27,9 @@ namespace vantory::test {
 // The real disk, but for flags that need no rights, and nothing waits to be written.
 class HandyMetadata : public LinuxFileMetadata {
  public:
-  Status setLocked(const std::string& path, bool lock) override {
-    lock ? (void)locked.insert(path) : (void)locked.erase(path);
-    return {};
+  std::vector<Status> setAllLocked(const std::vector<std::string>& paths, bool lock) override {
+    for (const std::string& path : paths) lock ? (void)locked.insert(path) : (void)locked.erase(path);
+    return std::vector<Status>(paths.size());
   }
   bool isWritable(const std::string& path) const override { return !unwritable.contains(path); }
 

@@ -21,9 +21,9 @@ namespace vantory::test {
 // The real disk, except that no flag is really set: who may set it differs from machine to machine.
 class FakeLocks : public LinuxFileMetadata {
  public:
-  Status setLocked(const std::string& path, bool locked) override {
-    changes.emplace_back(path, locked);
-    return answer;
+  std::vector<Status> setAllLocked(const std::vector<std::string>& paths, bool locked) override {
+    for (const std::string& path : paths) changes.emplace_back(path, locked);
+    return std::vector<Status>(paths.size(), answer);
   }
 
   std::vector<std::pair<std::string, bool>> changes;

@@ -33,10 +33,14 @@ using Note = FakeNotifications::Note;
 // Remembers what would be locked: the flag itself takes rights that a test may not have.
 class RecordingMetadata : public LinuxFileMetadata {
  public:
-  Status setLocked(const std::string& path, bool locked) override {
-    if (!fs::exists(path)) return Error{std::errc::no_such_file_or_directory, path};
-    if (locked) lockedFiles.insert(fs::path(path).filename());
-    return {};
+  std::vector<Status> setAllLocked(const std::vector<std::string>& paths, bool locked) override {
+    std::vector<Status> results;
+    for (const std::string& path : paths) {
+      const bool there = fs::exists(path);
+      if (there && locked) lockedFiles.insert(fs::path(path).filename());
+      results.push_back(there ? Status() : Status(Error{std::errc::no_such_file_or_directory, path}));
+    }
+    return results;
   }
   Names lockedFiles;
 };

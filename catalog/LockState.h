@@ -1,0 +1,48 @@
+// The lock state of a record of the catalog.
+#pragma once
+
+#include <atomic>
+
+#include "catalog/SelectionState.h"
+#include "services/QWCmdUtils.h"
+
+namespace vantory {
+
+// Finding out means looking at every file. A window shows the states, and its main thread must not wait for the disk,
+// so there they are worked out by whoever says that they are due; a task without a window works out what is asked for,
+// which mostly is nothing. May be read and set from any thread.
+class LockState {
+ public:
+  LockState() = default;
+  LockState(const LockState& other) : value_(other.value_.load()) {}
+  LockState& operator=(const LockState& other) {
+    value_ = other.value_.load();
+    return *this;
+  }
+  LockState& operator=(int state) {
+    value_ = state;
+    return *this;
+  }
+
+  // The state, by `workOut` when it is due.
+  template <class WorkOut>
+  int value(WorkOut workOut) const {
+    int state = value_;
+    if (state != kDue) return state;
+    state = workOut();
+    value_ = state;
+    return state;
+  }
+  // From now on the state is what `workOut` tells.
+  template <class WorkOut>
+  void becomeDue(WorkOut workOut) {
+    value_ = QWCmdUtils::sharedController().hasGUI() ? workOut() : kDue;
+  }
+
+ private:
+  static constexpr int kDue = 2;
+
+  mutable std::atomic<int> value_ = Off;
+};
+
+}  // namespace vantory

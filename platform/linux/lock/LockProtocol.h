@@ -1,0 +1,18 @@
+// What Vantory and its lock helper say to each other.
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+namespace vantory {
+
+constexpr std::string_view kLockHelper = "vantory-lock-helper";
+
+// A request is one of these and the absolute paths of the items, free of symbolic links. The answer has one number in
+// decimal for each, in that order: 0 where the item is as wanted now, else the errno that says why not.
+constexpr std::string_view kLock = "lock";
+constexpr std::string_view kUnlock = "unlock";
+
+constexpr std::size_t kMostPathsAtOnce = 4096;
+
+}  // namespace vantory

@@ -1,0 +1,81 @@
+#!/usr/bin/env bash
+# Locking by an ordinary user, with the lock helper installed and without it, on a file system that knows the flag.
+. "$(dirname "$0")/lib.sh"
+[ "$(id -u)" = 0 ] || skip "needs root, to mount a file system and install the helper"
+need setcap lsattr mkfs.ext4
+helper=$(dirname "${2:-$1}")/vantory-lock-helper
+[ -n "${VANTORY_WORK:-}" ] || [ -x "$helper" ] || skip "there is no $helper"
+begin any "$@"
+
+use_home anna
+truncate -s 512M "$work/disk" && mkfs.ext4 -q -F "$work/disk" && mount -o loop "$work/disk" "$home" || skip "no file system can be mounted here"
+use_home anna
+mkdir "$home/bin"
+cp "$program" "$work/vantory-lock-helper" "$home/bin/"
+program=$home/bin/vantory helper=$home/bin/vantory-lock-helper
+install_helper() { setcap cap_linux_immutable=ep "$helper" || skip "no capabilities can be given here"; }
+take_helper_away() { setcap -r "$helper"; }
+
+motion=com.apple.motion.plist
+fcp="$user_data/Final Cut Pro 7 Prefs.fcset"
+sets="$home/Library/Application Support/Motion/Command Sets"
+fill_home() {
+  chattr -R -f -i "$home"; rm -rf "$home/Library" "$home/.local"
+  put "$preferences/$motion" motion; put "$fcp" prefs; put "$user_data/Button Bars/a" bar
+  for i in $(seq 250); do put "$sets/$i.commandset"; done
+  give
+}
+give() { chown "$nobody" "$home"; chown -Rh "$nobody:$nobody" "$home/Library"; }
+locked() { lsattr -d "$1" | cut -d' ' -f1 | grep -q i; }
+locked_below() { lsattr -aR "$1" 2>/dev/null | grep -E '^[-A-Za-z]*i[-A-Za-z]* +/'; }
+counted() { grep -c "$1" "$log"; }
+
+# --- With the helper -------------------------------------------------------------------------------------------------
+install_helper
+fill_home
+run -lock
+check "-lock locks files, and folders themselves" eval 'ran && locked "$preferences/$motion" && locked "$fcp" && locked "$user_data/Button Bars" && not locked "$user_data/Button Bars/a" && [ "$(locked_below "$sets" | wc -l)" = 250 ] && not locked "$sets"'
+check "the user cannot change them now" not as_user sh -c 'echo changed >"$1"' _ "$preferences/$motion"
+run -lock fcpPrefs,motionPrefs
+check "what is locked stays so" eval 'ran && locked "$preferences/$motion"'
+run -backup Locked
+check "a copy of a locked file is not locked" eval 'ran && holds "$library/Locked.vnt/Users/user/Library/Preferences/$motion" motion && not locked_below "$library"'
+run -restore "$library/Locked.vnt"
+check "locked files and folders can be restored" eval 'ran && holds "$preferences/$motion" motion && [ -e "$trash/files/$motion" ] && [ -e "$trash/files/Button Bars/a" ] && not locked_below "$home"'
+run -lock motionPrefs; run -trash motionPrefs
+check "and trashed" eval 'ran && [ ! -e "$preferences/$motion" ] && [ "$(count "$trash/files" -name "*motion*")" = 2 ] && not locked_below "$home"'
+run -lock; run -unlock
+check "-unlock unlocks" eval 'ran && not locked_below "$home"'
+
+mv "$preferences" "$home/Library/dotfiles"; ln -s dotfiles "$preferences"; give
+run -lock
+check "the way may lead over the user's own links" eval 'ran && locked "$fcp" && locked "$user_data/Button Bars"'
+
+fill_home
+put "$home/Library/mine" mine; give; rm "$preferences/$motion"; ln -s "$home/Library/mine" "$preferences/$motion"
+for i in 30 180; do chown 0 "$sets/$i.commandset"; done
+run -lock motionPrefs,motionKeyLayout
+check "a link as the file itself, and somebody else's files: left, and said" eval 'ended 0 && said "Vantory: 3 files could not be processed - see the log for details." && not locked "$home/Library/mine" && not locked "$sets/30.commandset" && not locked "$sets/180.commandset" && [ "$(locked_below "$sets" | wc -l)" = 248 ]'
+check "each failure stands below its file in the log" eval '[ "$(counted "Unable to lock")" = 3 ] && for file in "$preferences/$motion" "$sets/30.commandset" "$sets/180.commandset"; do grep -F -A1 "Locking file $file" "$log" | grep -qF "Unable to lock $file: " || exit 1; done'
+check "and every file once" [ "$(grep -o "Locking file .*" "$log" | sort -u | wc -l) $(counted "Locking file")" = "252 252" ]
+
+# --- Without ---------------------------------------------------------------------------------------------------------
+fill_home
+run -lock motionPrefs; run -backup Kept motionPrefs
+take_helper_away
+one_failed="Vantory: 1 file could not be processed - see the log for details."
+for without in "lacks its capability" "is not installed"; do
+  run -lock motionKeyLayout
+  check "the helper $without: nothing is locked, and each file is said" eval 'ended 0 && said "Vantory: 250 files could not be processed - see the log for details." && [ "$(counted "Unable to lock")" = 250 ] && not locked_below "$sets"'
+  run -unlock motionPrefs
+  check "nor unlocked" eval 'ended 0 && said "$one_failed" && [ "$(counted "Unable to unlock")" = 1 ] && locked "$preferences/$motion"'
+  run -trash motionPrefs
+  check "a locked file is not trashed, and said" eval 'ended 0 && grep -qxF "$one_failed" "$work/err" && holds "$preferences/$motion" motion && locked "$preferences/$motion" && [ "$(count "$trash/files" -mindepth 1)" = 0 ]'
+  run -restore "$library/Kept.vnt"
+  check "nor written over" eval 'ended 0 && [ -s "$work/err" ] && holds "$preferences/$motion" motion && locked "$preferences/$motion"'
+  rm -f "$helper"
+done
+check "no temporary files are left" no_leftovers
+chattr -R -f -i "$home"
+umount "$home"
+summary
