@@ -7,6 +7,7 @@ class Clock;
 class DesktopNotifications;
 class FileMetadata;
 class FileSystem;
+class JobControl;
 class PrivilegedRunner;
 class Processes;
 class StandardFolders;
@@ -32,6 +33,7 @@ struct Platform {
   Workspace& workspace;
   TaskClient& taskClient;
   DesktopNotifications& notifications;
+  JobControl& jobs;
 };
 
 }  // namespace vantory

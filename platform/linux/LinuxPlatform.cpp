@@ -8,6 +8,7 @@
 #include "platform/linux/LinuxClock.h"
 #include "platform/linux/LinuxFileMetadata.h"
 #include "platform/linux/LinuxFileSystem.h"
+#include "platform/linux/LinuxJobControl.h"
 #include "platform/linux/LinuxMessaging.h"
 #include "platform/linux/LinuxProcesses.h"
 #include "platform/linux/LinuxStandardFolders.h"
@@ -59,6 +60,7 @@ struct LinuxPlatform::Parts {
   LinuxWorkspace workspace;
   LinuxTaskClient taskClient;
   LinuxDesktopNotifications notifications;
+  LinuxJobControl jobs{users, files, metadata, UserManager(users)};
 };
 
 LinuxPlatform::LinuxPlatform(std::vector<std::string> arguments) {
@@ -71,7 +73,7 @@ LinuxPlatform::LinuxPlatform(std::vector<std::string> arguments) {
   Parts& p = *parts_;
   platform_ = std::make_unique<Platform>(Platform{p.clock, p.users, p.folders, p.files, p.metadata, p.machineFiles,
                                                   p.processes, *p.privileged, p.systemLog, p.system, p.workspace,
-                                                  p.taskClient, p.notifications});
+                                                  p.taskClient, p.notifications, p.jobs});
 }
 
 LinuxPlatform::~LinuxPlatform() = default;

@@ -96,9 +96,23 @@ Status FakeNotifications::post(const std::string& title, const std::string& text
   return {};
 }
 
+Status FakeJobControl::load(const Job& job) {
+  loaded.push_back(job);
+  return onCall("load");
+}
+
+Status FakeJobControl::unload(const JobName&) {
+  return onCall("unload");
+}
+
+Status FakeJobControl::remove(const JobName& job) {
+  removed.push_back(job);
+  return onCall("remove");
+}
+
 FakePlatform::FakePlatform(FileSystem& files, FileMetadata& metadata, const std::string& root, const std::string& home)
-    : folders(root), platform{clock,      users,     folders, files,     metadata,   files,        processes,
-                              privileged, systemLog, system,  workspace, taskClient, notifications} {
+    : folders(root), platform{clock,      users,     folders, files,     metadata,   files,         processes,
+                              privileged, systemLog, system,  workspace, taskClient, notifications, jobs} {
   users.process = users.console = User{"anna", 1000, 1000, home};
 }
 

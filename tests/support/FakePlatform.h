@@ -16,6 +16,7 @@
 #include "platform/Clock.h"
 #include "platform/FileMetadata.h"
 #include "platform/FileSystem.h"
+#include "platform/JobControl.h"
 #include "platform/Messaging.h"
 #include "platform/Platform.h"
 #include "platform/PrivilegedRunner.h"
@@ -166,6 +167,20 @@ class FakeNotifications : public DesktopNotifications {
   std::vector<Note> posted;
 };
 
+// Records each call ("load", "unload", "remove") by way of `onCall`; nothing is scheduled.
+class FakeJobControl : public JobControl {
+ public:
+  Status load(const Job& job) override;
+  Status unload(const JobName& job) override;
+  Status remove(const JobName& job) override;
+  std::optional<Timestamp> lastRun(const JobName&) const override { return stamp; }
+
+  std::vector<Job> loaded;
+  std::vector<JobName> removed;
+  std::optional<Timestamp> stamp;
+  std::function<Status(const std::string& call)> onCall = [](const std::string&) { return Status(); };
+};
+
 // All of them. The file system is the test's choice; the ordinary user "anna", who is also at the console, lives in
 // `home`, the machine-wide folders lie below `root`.
 class FakePlatform {
@@ -182,6 +197,7 @@ class FakePlatform {
   FakeWorkspace workspace;
   FakeTaskClient taskClient;
   FakeNotifications notifications;
+  FakeJobControl jobs;
   Platform platform;
 };
 

@@ -1,0 +1,52 @@
+#include "backups/AutosaveSchedule.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <limits>
+
+#include "backups/QWLaunchd.h"
+#include "platform/SystemInfo.h"
+#include "services/QWLog.h"
+#include "services/QWUserDefaults.h"
+#include "services/Runtime.h"
+
+namespace vantory {
+
+namespace {
+
+constexpr std::int64_t kSecondsPerDay = 86400;
+
+bool isOn() {
+  return QWUserDefaults::standardUserDefaults().integerForKey("periodicAutosave") == 1;
+}
+
+std::int64_t intervalInSeconds() {
+  constexpr long long kMostDays = std::numeric_limits<std::int64_t>::max() / kSecondsPerDay;
+  const long long days = QWUserDefaults::standardUserDefaults().integerForKey("autosaveFrequency");
+  return std::clamp(days, 1LL, kMostDays) * kSecondsPerDay;
+}
+
+void load() {
+  PropertyListDictionary job;
+  job.set("Label", AutosaveSchedule::kLabel);
+  job.set("Program", textValue(Runtime::current().platform().system.executablePath()));
+  job.set("ProgramArguments", PropertyListArray{"Vantory", "-autobackup"});
+  job.set("StartInterval", intervalInSeconds());
+  QWLog::appendLog("Reloading autosave launchd job");
+  // A failure has been told where it happened; the settings stay.
+  (void)QWLaunchd::startLaunchAgent(AutosaveSchedule::kLabel, job, true);
+}
+
+}  // namespace
+
+void AutosaveSchedule::apply() {
+  if (isOn()) return load();
+  QWLog::appendLog("Removing autosave launchd job");
+  QWLaunchd::removeLaunchAgent(kLabel, true);
+}
+
+void AutosaveSchedule::applyAtStart() {
+  if (isOn()) load();
+}
+
+}  // namespace vantory

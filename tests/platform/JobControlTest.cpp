@@ -1,0 +1,237 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <ctime>
+#include <filesystem>
+
+#include "platform/linux/HelperProcess.h"
+#include "platform/linux/JobUnits.h"
+#include "platform/linux/LinuxFileMetadata.h"
+#include "platform/linux/LinuxFileSystem.h"
+#include "platform/linux/LinuxJobControl.h"
+#include "platform/linux/LinuxProcesses.h"
+#include "tests/support/EnvironmentChange.h"
+#include "tests/support/FakePlatform.h"
+#include "tests/support/FaultyFileSystem.h"
+#include "tests/support/ScratchFolder.h"
+
+namespace vantory::test {
+namespace {
+
+using std::chrono::hours;
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+
+Process::Output outputOf(const std::string& program, const std::vector<std::string>& arguments, int& status) {
+  auto process = LinuxProcesses().start(program, arguments, Streams::Captured);
+  if (!process) throw std::runtime_error(process.error().text);
+  const Process::Output output = (*process)->readAll();
+  status = (*process)->wait();
+  return output;
+}
+
+class JobControlTest : public ::testing::Test {
+ protected:
+  JobControlTest() {
+    users_.process = users_.console = User{"anna", getuid(), getgid(), home_.path()};
+    systemctlDoes("");
+  }
+
+  // Stands in for the tool: records its arguments, then does what the script says.
+  void systemctlDoes(const std::string& script) {
+    writeFile(tool_, "#!/bin/sh\necho \"$*\" >> " + calls_ + "\n" + script + "\n");
+    chmod(tool_.c_str(), 0755);
+  }
+  std::string systemctlCalls() {
+    const std::string calls = exists(calls_) ? readFile(calls_) : "";
+    std::filesystem::remove(calls_);
+    return calls;
+  }
+  LinuxJobControl control() {
+    return LinuxJobControl(users_, files_, metadata_, UserManager(users_, tool_, milliseconds(300)));
+  }
+  // Everything that loading may have left in the home.
+  std::vector<std::string> left() const {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(home_.path()))
+      if (!entry.is_directory()) names.push_back(entry.path());
+    return names;
+  }
+
+  const EnvironmentChange config_{"XDG_CONFIG_HOME", std::nullopt};
+  const EnvironmentChange state_{"XDG_STATE_HOME", std::nullopt};
+  const EnvironmentChange data_{"XDG_DATA_HOME", std::nullopt};
+  ScratchFolder home_;
+  ScratchFolder tools_;
+  const std::string tool_ = tools_ / "systemctl";
+  const std::string calls_ = tools_ / "calls";
+  const std::string units_ = home_ / ".config/systemd/user/";
+  const std::string stamp_ = home_ / ".local/state/com.example.Job.lastrun";
+  FakeUsers users_;
+  LinuxFileSystem disk_;
+  FaultyFileSystem files_{disk_};
+  LinuxFileMetadata metadata_;
+  Job job_{.name = {"com.example.Job", "/Library/LaunchAgents/com.example.Job.plist"},
+           .program = "/usr/bin/true",
+           .arguments = {"Vantory", "-autobackup"},
+           .interval = hours(24 * 7)};
+};
+
+TEST_F(JobControlTest, LoadsAsTimerAndLeavesNothingWhenRemoved) {
+  LinuxJobControl jobs = control();
+  EXPECT_TRUE(jobs.unload(job_.name));
+  EXPECT_EQ(jobs.lastRun(job_.name), std::nullopt);
+  ASSERT_TRUE(jobs.load(job_));
+  EXPECT_EQ(systemctlCalls(),
+            "--user --no-ask-password daemon-reload\n"
+            "--user --no-ask-password --quiet enable --now com.example.Job.timer\n")
+      << "what is not loaded need not be unloaded";
+  EXPECT_THAT(readFile(units_ + "com.example.Job.service"), HasSubstr("Vantory\" \"-autobackup\"\n"));
+  EXPECT_NEAR(static_cast<double>(jobs.lastRun(job_.name)->seconds), static_cast<double>(std::time(nullptr)), 5);
+
+  job_.lastRun = Timestamp{1700000000, 0};
+  ASSERT_TRUE(jobs.load(job_));
+  EXPECT_EQ(jobs.lastRun(job_.name), job_.lastRun);
+  systemctlCalls();
+  EXPECT_TRUE(jobs.unload(job_.name));
+  EXPECT_EQ(systemctlCalls(), "--user --no-ask-password --quiet disable --now com.example.Job.timer\n");
+  writeFile(home_ / ".local/share/systemd/timers/stamp-com.example.Job.timer", "");
+  writeFile(units_ + "timers.target.wants/com.example.Job.timer", "");
+  EXPECT_TRUE(jobs.remove(job_.name));
+  EXPECT_THAT(left(), IsEmpty());
+  EXPECT_TRUE(jobs.remove(job_.name));
+}
+
+TEST_F(JobControlTest, FollowsTheConfiguredFolders) {
+  const EnvironmentChange config("XDG_CONFIG_HOME", home_ / "settings");
+  ASSERT_TRUE(control().load(job_));
+  EXPECT_TRUE(exists(home_ / "settings/systemd/user/com.example.Job.timer"));
+}
+
+TEST_F(JobControlTest, TheSuperuserSpeaksAsTheUserAndTakesNothingFromTheEnvironment) {
+  const EnvironmentChange config("XDG_CONFIG_HOME", home_ / "settings");
+  if (getuid() != 0) GTEST_SKIP() << "only the superuser can speak as another user";
+  users_.superuser = true;
+  users_.console = User{"daemon", 1, 1, home_.path()};
+  chmod(tools_.path().c_str(), 0777);
+  systemctlDoes("{ id -u; echo $HOME $XDG_RUNTIME_DIR $SUDO_UID; } > " + (tools_ / "who"));
+  std::filesystem::remove(calls_);
+  const EnvironmentChange ignored("SUDO_UID", "7");
+  ASSERT_TRUE(control().load(job_));
+  EXPECT_TRUE(exists(units_ + "com.example.Job.timer"));
+  EXPECT_EQ(readFile(tools_ / "who"), "1\n" + home_.path() + " /run/user/1\n");
+}
+
+TEST_F(JobControlTest, AFailureLeavesNothing) {
+  systemctlDoes("echo 'Failed to connect to bus' >&2; echo more >&2; exit 1");
+  const Status refused = control().load(job_);
+  ASSERT_FALSE(refused);
+  EXPECT_EQ(refused.error().text, tool_ + ": Failed to connect to bus");
+  EXPECT_THAT(left(), IsEmpty());
+
+  systemctlDoes("exec sleep 60");
+  const Status slow = control().load(job_);
+  ASSERT_FALSE(slow);
+  EXPECT_EQ(slow.error().code, std::errc::timed_out);
+  EXPECT_THAT(left(), IsEmpty());
+
+  systemctlDoes("head -c 100000 /dev/zero >&2; exit 1");
+  EXPECT_FALSE(control().load(job_)) << "much to say";
+
+  systemctlDoes("");
+  for (int call = 1; call <= 3; ++call) {
+    files_.heal();
+    files_.fail(Operation::Write, std::errc::no_space_on_device, call);
+    EXPECT_FALSE(control().load(job_));
+    EXPECT_THAT(left(), IsEmpty()) << call;
+  }
+}
+
+TEST_F(JobControlTest, RefusesWhatIsNoUsersJob) {
+  LinuxJobControl jobs = control();
+  systemctlCalls();
+  for (const char* label : {"", "../x", "a/b", "a\nb", "a b", ".a", "-a", "a%i"}) {
+    Job bad = job_;
+    bad.name.label = label;
+    EXPECT_FALSE(jobs.load(bad)) << label;
+    EXPECT_TRUE(jobs.unload(bad.name));
+    EXPECT_TRUE(jobs.remove(bad.name));
+  }
+  Job without = job_;
+  without.interval = seconds(0);
+  EXPECT_FALSE(jobs.load(without));
+  without = job_;
+  without.program = "vantory";
+  EXPECT_FALSE(jobs.load(without));
+  Job machine = job_;
+  machine.name.domain = JobName::Domain::Machine;
+  EXPECT_THAT(jobs.load(machine).error().text, HasSubstr("not supported"));
+  EXPECT_EQ(systemctlCalls(), "");
+  ASSERT_TRUE(jobs.load(job_));
+  EXPECT_TRUE(jobs.unload(machine.name));
+  EXPECT_TRUE(jobs.remove(machine.name));
+  EXPECT_EQ(left().size(), 3u) << "the user's job of the same label stays";
+}
+
+TEST_F(JobControlTest, SystemdUnderstandsTheUnits) {
+  if (access("/usr/bin/systemd-analyze", X_OK) != 0) GTEST_SKIP() << "systemd-analyze is not installed";
+  const std::string odd = home_ / "a b %h $HOME ${x} \xc3\xa9;/tool";
+  writeFile(odd, "#!/bin/sh\n");
+  chmod(odd.c_str(), 0755);
+  job_.program = odd;
+  job_.arguments = {"Vantory", "", "\"%n\"\\ $HOME\n"};
+  for (const seconds interval : {seconds(2), seconds(hours(1)), seconds(hours(24))}) {
+    job_.interval = interval;
+    writeFile(units_ + "job.service", serviceUnit(job_, {odd, home_ / "st amp"}));
+    writeFile(units_ + "job.timer", timerUnit(job_));
+    int status = 0;
+    const Process::Output said =
+        outputOf("/usr/bin/env",
+                 {"HOME=" + home_.path(), "XDG_RUNTIME_DIR=" + home_.path(), "SYSTEMD_LOG_LEVEL=info",
+                  "/usr/bin/systemd-analyze", "--user", "verify", units_ + "job.service", units_ + "job.timer"},
+                 status);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(said.output + said.errors, "");
+  }
+}
+
+TEST_F(JobControlTest, ARunIsDueOneIntervalAfterTheStamp) {
+  const auto answer = [&](std::vector<std::string> arguments) {
+    int status = 0;
+    outputOf(helperProgram("vantory-due"), arguments, status);
+    return status;
+  };
+  const auto answerAt = [&](seconds age) {
+    EXPECT_TRUE(metadata_.setModified(stamp_, {std::time(nullptr) - age.count(), 0}));
+    return answer({stamp_, "604800", "1800"});
+  };
+  std::filesystem::create_directories(home_ / ".local/state");
+  EXPECT_EQ(answer({stamp_, "604800", "1800"}), 1) << "the first run comes after one interval";
+  EXPECT_EQ(answerAt(seconds(604800)), 0);
+  EXPECT_EQ(answerAt(seconds(603060)), 0);
+  EXPECT_EQ(answerAt(seconds(602900)), 1);
+  EXPECT_EQ(answerAt(seconds(0)), 1);
+  EXPECT_EQ(answerAt(-hours(24)), 1) << "the clock was set back a little";
+  EXPECT_EQ(answerAt(-hours(24 * 365)), 0) << "the clock was wrong";
+  EXPECT_EQ(answerAt(seconds(std::time(nullptr))), 0) << "1970";
+
+  for (const std::vector<std::string>& wrong : std::vector<std::vector<std::string>>{{},
+                                                                                     {stamp_},
+                                                                                     {stamp_, "-1", "0"},
+                                                                                     {stamp_, "9x", "0"},
+                                                                                     {stamp_, "60", "60"},
+                                                                                     {home_ / "missing/x", "60", "1"}})
+    EXPECT_EQ(answer(wrong), 255);
+  EXPECT_EQ(answer({home_.path(), "60", "1"}), 255);
+  std::filesystem::create_symlink(stamp_, home_ / "link");
+  EXPECT_EQ(answer({home_ / "link", "60", "1"}), 255);
+  ASSERT_EQ(mkfifo((home_ / "fifo").c_str(), 0600), 0);
+  EXPECT_EQ(answer({home_ / "fifo", "60", "1"}), 255);
+}
+
+}  // namespace
+}  // namespace vantory::test
