@@ -1,6 +1,7 @@
 // The two ways a task speaks to the desktop: to the tool that started it, and to the person.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -25,10 +26,19 @@ class TaskClient {
   virtual Status send(const std::string& message, const std::vector<std::string>& arguments) = 0;
 };
 
+// Messages that the desktop shows for a while. Any thread.
 class DesktopNotifications {
  public:
+  enum class Outcome { Clicked, TimedOut };
+  // Called on a thread of the platform's, which it must not hold up, with the context of the message concerned.
+  using Listener = std::function<void(Outcome, const std::string& context)>;
+
   virtual ~DesktopNotifications() = default;
-  virtual Status post(const std::string& title, const std::string& text) = 0;
+
+  // Returns when the desktop has taken the message or, after two seconds or so, has not. `context` is any text.
+  virtual Status post(const std::string& title, const std::string& text, const std::string& context) = 0;
+  // Who hears from now on what becomes of the messages; null for nobody. When this returns no earlier listener runs.
+  virtual void listen(Listener listener) = 0;
 };
 
 }  // namespace vantory

@@ -9,7 +9,7 @@ namespace vantory {
 
 void QWGrowl::postGrowlNotification(const std::string& title, const std::string& description) {
   if (globalSwitch("growlDisabled")) return;
-  const Status posted = Runtime::current().platform().notifications.post(title, description);
+  const Status posted = Runtime::current().platform().notifications.post(title, description, "");
   if (!posted) QWLog::appendLog("Unable to show the notification \"%@\": %@", title, posted.error().text);
 }
 

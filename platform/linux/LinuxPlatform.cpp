@@ -6,6 +6,8 @@
 #include <csignal>
 #include <cstdlib>
 
+#include "platform/linux/DesktopHelper.h"
+#include "platform/linux/DesktopSession.h"
 #include "platform/linux/LinuxClock.h"
 #include "platform/linux/LinuxFileMetadata.h"
 #include "platform/linux/LinuxFileSystem.h"
@@ -64,9 +66,10 @@ struct LinuxPlatform::Parts {
   LinuxFileMetadata administratorMetadata{administratorRights()};
   LinuxPrivilegedRunner privileged{users.isSuperuser() ? &administratorFiles : nullptr, &administratorMetadata};
   LinuxProcesses processes;
+  DesktopHelper desktop{[this] { return desktopHelperProgram(users); }};
   LinuxWorkspace workspace;
   LinuxTaskClient taskClient;
-  LinuxDesktopNotifications notifications;
+  LinuxDesktopNotifications notifications{desktop, users};
 };
 
 LinuxPlatform::LinuxPlatform(std::vector<std::string> arguments) {

@@ -91,9 +91,10 @@ Status FakeTaskClient::send(const std::string& message, const std::vector<std::s
   return {};
 }
 
-Status FakeNotifications::post(const std::string& title, const std::string& text) {
+Status FakeNotifications::post(const std::string& title, const std::string& text, const std::string& context) {
   posted.push_back({title, text});
-  return {};
+  lastContext = context;
+  return answer;
 }
 
 FakePlatform::FakePlatform(FileSystem& files, FileMetadata& metadata, const std::string& root, const std::string& home)

@@ -158,9 +158,13 @@ class FakeNotifications : public DesktopNotifications {
     bool operator==(const Note&) const = default;
   };
 
-  Status post(const std::string& title, const std::string& text) override;
+  Status post(const std::string& title, const std::string& text, const std::string& context) override;
+  void listen(Listener newListener) override { listener = std::move(newListener); }
 
   std::vector<Note> posted;
+  std::string lastContext;
+  Listener listener;
+  Status answer;
 };
 
 // All of them. The file system is the test's choice; the ordinary user "anna", who is also at the console, lives in
