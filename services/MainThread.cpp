@@ -1,5 +1,7 @@
 #include "services/MainThread.h"
 
+#include <utility>
+
 #include "services/Runtime.h"
 
 namespace vantory {
@@ -19,17 +21,27 @@ bool MainThread::runAndWait(const std::function<void()>& work) {
     work();
     return true;
   }
-  Job job{&work};
+  const std::shared_ptr<Job> job = handOver(work);
+  std::unique_lock lock(mutex_);
+  changed_.wait(lock, [&job] { return job->finished || job->refused; });
+  return job->finished;
+}
+
+void MainThread::runLater(std::function<void()> work) {
+  handOver(std::move(work));
+}
+
+std::shared_ptr<MainThread::Job> MainThread::handOver(std::function<void()> work) {
+  const auto job = std::make_shared<Job>(Job{std::move(work)});
   {
     const std::lock_guard lock(mutex_);
-    if (shutDown_) return false;
-    jobs_.push_back(&job);
+    job->refused = shutDown_;
+    if (shutDown_) return job;
+    jobs_.push_back(job);
     changed_.notify_all();
   }
   if (wake) wake();
-  std::unique_lock lock(mutex_);
-  changed_.wait(lock, [&job] { return job.finished || job.refused; });
-  return job.finished;
+  return job;
 }
 
 void MainThread::runUntil(const std::function<bool()>& done) {
@@ -58,16 +70,16 @@ void MainThread::runPending() {
 void MainThread::shutDown() {
   const std::lock_guard lock(mutex_);
   shutDown_ = true;
-  for (Job* job : jobs_) job->refused = true;
+  for (const std::shared_ptr<Job>& job : jobs_) job->refused = true;
   jobs_.clear();
   changed_.notify_all();
 }
 
 void MainThread::runNextJob(std::unique_lock<std::mutex>& lock) {
-  Job* job = jobs_.front();
+  const std::shared_ptr<Job> job = std::move(jobs_.front());
   jobs_.pop_front();
   lock.unlock();
-  (*job->work)();
+  job->work();
   lock.lock();
   job->finished = true;
   changed_.notify_all();

@@ -68,7 +68,7 @@ struct LinuxPlatform::Parts {
   LinuxProcesses processes;
   DesktopHelper desktop{[this] { return desktopHelperProgram(users); }};
   LinuxWorkspace workspace;
-  LinuxTaskClient taskClient;
+  LinuxTaskClient taskClient{desktop, users};
   LinuxDesktopNotifications notifications{desktop, users};
 };
 

@@ -86,9 +86,12 @@ Status FakeWorkspace::launchApplication(const std::string& bundleIdentifier) {
   return {};
 }
 
-Status FakeTaskClient::send(const std::string& message, const std::vector<std::string>& arguments) {
-  sent.push_back({message, arguments});
-  return {};
+Result<TaskClient::Answer> FakeTaskClient::send(const std::string& service, const TaskMessage& message) {
+  if (!services.contains(service)) return Answer::NotRegistered;
+  if (!understood.contains(message.name)) return Answer::NotUnderstood;
+  if (!failure) return failure.error();
+  sent.push_back(message);
+  return Answer::Received;
 }
 
 Status FakeNotifications::post(const std::string& title, const std::string& text, const std::string& context) {

@@ -26,5 +26,6 @@ using EventSink = std::function<void(Message event)>;
 
 // One table for each service.
 Verbs notificationVerbs(EventSink tell);
+Verbs taskClientVerbs();
 
 }  // namespace vantory::desktop

@@ -24,7 +24,10 @@ namespace {
 
 class Server {
  public:
-  explicit Server(Descriptor conversation) : channel_(std::move(conversation)) { add(notificationVerbs(events())); }
+  explicit Server(Descriptor conversation) : channel_(std::move(conversation)) {
+    add(notificationVerbs(events()));
+    add(taskClientVerbs());
+  }
 
   // Requests are received on a thread of their own, so that the end of the conversation ends a program that hangs.
   void run() {
@@ -73,7 +76,7 @@ class Server {
   Result<Message> outcome(const Message& request) const {
     const auto verb =
         std::find_if(verbs_.begin(), verbs_.end(), [&](const Verb& known) { return known.name == request.front(); });
-    if (verb == verbs_.end()) return systemError(request.front(), ENOSYS);
+    if (verb == verbs_.end()) return systemError(request.front(), EBADMSG);
     if (request.size() - 1 < verb->arguments) return systemError(request.front(), EINVAL);
     return verb->work(Message(request.begin() + 1, request.end()));
   }
