@@ -21,27 +21,15 @@ bool MainThread::runAndWait(const std::function<void()>& work) {
     work();
     return true;
   }
-  const std::shared_ptr<Job> job = handOver(work);
+  const auto job = enqueue(std::cref(work));
+  if (!job) return false;
   std::unique_lock lock(mutex_);
   changed_.wait(lock, [&job] { return job->finished || job->refused; });
   return job->finished;
 }
 
-void MainThread::runLater(std::function<void()> work) {
-  handOver(std::move(work));
-}
-
-std::shared_ptr<MainThread::Job> MainThread::handOver(std::function<void()> work) {
-  const auto job = std::make_shared<Job>(Job{std::move(work)});
-  {
-    const std::lock_guard lock(mutex_);
-    job->refused = shutDown_;
-    if (shutDown_) return job;
-    jobs_.push_back(job);
-    changed_.notify_all();
-  }
-  if (wake) wake();
-  return job;
+bool MainThread::post(std::function<void()> work) {
+  return enqueue(std::move(work)) != nullptr;
 }
 
 void MainThread::runUntil(const std::function<bool()>& done) {
@@ -68,11 +56,25 @@ void MainThread::runPending() {
 }
 
 void MainThread::shutDown() {
+  std::deque<std::shared_ptr<Job>> refused;  // outlives the lock: what the work holds may need it when it goes
   const std::lock_guard lock(mutex_);
   shutDown_ = true;
-  for (const std::shared_ptr<Job>& job : jobs_) job->refused = true;
-  jobs_.clear();
+  refused.swap(jobs_);
+  for (const auto& job : refused) job->refused = true;
   changed_.notify_all();
+}
+
+std::shared_ptr<MainThread::Job> MainThread::enqueue(std::function<void()> work) {
+  auto job = std::make_shared<Job>();
+  job->work = std::move(work);
+  {
+    const std::lock_guard lock(mutex_);
+    if (shutDown_) return nullptr;
+    jobs_.push_back(job);
+    changed_.notify_all();
+  }
+  if (wake) wake();
+  return job;
 }
 
 void MainThread::runNextJob(std::unique_lock<std::mutex>& lock) {
@@ -80,6 +82,7 @@ void MainThread::runNextJob(std::unique_lock<std::mutex>& lock) {
   jobs_.pop_front();
   lock.unlock();
   job->work();
+  job->work = nullptr;
   lock.lock();
   job->finished = true;
   changed_.notify_all();

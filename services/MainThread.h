@@ -24,8 +24,8 @@ class MainThread {
   // Runs the work at once on the main thread, else hands it over and blocks until it has run. False when it never will,
   // because the program is ending.
   bool runAndWait(const std::function<void()>& work);
-  // Hands the work over and returns. It never runs when the program ends first. Any thread.
-  void runLater(std::function<void()> work);
+  // Hands the work over and returns; on the main thread too it runs only later. False when it never will.
+  bool post(std::function<void()> work);
   // Called on the main thread: runs work as it comes until `done` answers true. Whoever makes `done` true off the main
   // thread calls notify().
   void runUntil(const std::function<bool()>& done);
@@ -45,7 +45,8 @@ class MainThread {
     bool refused = false;
   };
 
-  std::shared_ptr<Job> handOver(std::function<void()> work);
+  // Null when the program is ending.
+  std::shared_ptr<Job> enqueue(std::function<void()> work);
   void runNextJob(std::unique_lock<std::mutex>& lock);
 
   const std::thread::id thread_ = std::this_thread::get_id();

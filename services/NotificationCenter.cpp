@@ -66,7 +66,7 @@ bool NotificationCenter::postOnMainThread(std::string_view name) {
 }
 
 void NotificationCenter::postOnMainThreadLater(std::string name, UserInfo info) {
-  MainThread::shared().runLater([this, name = std::move(name), info = std::move(info)] { post(name, info); });
+  MainThread::shared().post([this, name = std::move(name), info = std::move(info)] { post(name, info); });
 }
 
 }  // namespace vantory

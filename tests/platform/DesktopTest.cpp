@@ -111,6 +111,21 @@ TEST_F(DesktopTest, TellsWhatBecameOfItsOwnNotificationsOnly) {
   EXPECT_EQ(pair->other.receive(200ms).error().code, std::errc::timed_out);
 }
 
+TEST_F(DesktopTest, ARealServerTellsOfAClick) {
+  for (const char* program : {"/usr/bin/dunst", "/usr/bin/Xvfb"})
+    if (!exists(program)) GTEST_SKIP() << program << " is not installed";
+  HelperProcess server = bus_->start("dunst.py");
+  std::promise<std::string> clicked;
+  notifications_.listen([&](Outcome outcome, const std::string& context) {
+    if (outcome == Outcome::Clicked) clicked.set_value(context);
+  });
+  ASSERT_TRUE(notifications_.post("Backup failed", "Disk <full>", "then"));
+  ASSERT_TRUE(server.channel().send({"click"}));
+  std::future<std::string> context = clicked.get_future();
+  ASSERT_EQ(context.wait_for(10s), std::future_status::ready);
+  EXPECT_EQ(context.get(), "then");
+}
+
 TEST_F(DesktopTest, ADesktopWithoutNotificationsIsToldAtOnceAndASilentOneInTime) {
   EXPECT_EQ(notifications_.post("Title", "Text", "").error().text, "Nothing on this desktop shows notifications.");
   HelperProcess server = bus_->start("notification_server.py", {"hangs"});

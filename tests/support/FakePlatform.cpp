@@ -87,6 +87,7 @@ Status FakeWorkspace::launchApplication(const std::string& bundleIdentifier) {
 }
 
 Result<TaskClient::Answer> FakeTaskClient::send(const std::string& service, const TaskMessage& message) {
+  asked.push_back(service);
   if (!services.contains(service)) return Answer::NotRegistered;
   if (!understood.contains(message.name)) return Answer::NotUnderstood;
   if (!failure) return failure.error();

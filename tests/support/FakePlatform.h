@@ -139,6 +139,7 @@ class FakeTaskClient : public TaskClient {
 
   std::set<std::string> services;    // registered ones
   std::set<std::string> understood;  // messages
+  std::vector<std::string> asked;    // services
   std::vector<TaskMessage> sent;
   Status failure;  // of what is understood
 };
