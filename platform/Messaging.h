@@ -29,9 +29,8 @@ class TaskClient {
 
   virtual ~TaskClient() = default;
 
-  // Returns when the service has received the message, or never will; an error says that it got no further than
-  // registering, or did not answer within two seconds or so. Nothing is started for it, and where nobody can have
-  // registered it costs nothing.
+  // Returns when the message was received. Fails when the service refuses it, dies, or does not answer within two
+  // seconds or so. Nobody is started for it, and where nobody can have registered it costs nothing.
   virtual Result<Answer> send(const std::string& service, const TaskMessage& message) = 0;
 };
 

@@ -1,7 +1,6 @@
 #include "platform/linux/LinuxMessaging.h"
 
 #include <chrono>
-#include <utility>
 
 #include "platform/linux/DesktopHelper.h"
 #include "platform/linux/DesktopSession.h"
@@ -34,11 +33,14 @@ Status LinuxDesktopNotifications::post(const std::string& title, const std::stri
 }
 
 void LinuxDesktopNotifications::listen(Listener listener) {
-  for (const auto& [event, outcome] : {std::pair("clicked", Outcome::Clicked), std::pair("expired", Outcome::TimedOut)})
-    helper_.handle(
-        event, !listener ? DesktopHelper::EventHandler() : [listener, outcome](const Message& values) {
-          if (!values.empty()) listener(outcome, values.front());
-        });
+  const auto handler = [&listener](Outcome outcome) -> DesktopHelper::EventHandler {
+    if (!listener) return nullptr;
+    return [listener, outcome](const Message& values) {
+      if (!values.empty()) listener(outcome, values.front());
+    };
+  };
+  helper_.handle("clicked", handler(Outcome::Clicked));
+  helper_.handle("expired", handler(Outcome::TimedOut));
 }
 
 }  // namespace vantory

@@ -164,7 +164,7 @@ TEST_F(DesktopTest, ATaskClientIsNeverStartedForAMessage) {
 
 TEST_F(DesktopTest, ATaskClientThatHangsOrDiesHoldsNothingUpForLong) {
   HelperProcess dying = bus_->start("task_client.py", {kFirst, "dies", "postDisconnect"});
-  EXPECT_LT(timeOf([&] { EXPECT_FALSE(client_.send(kFirst, {"postDisconnect"})); }), 1s);
+  EXPECT_LT(timeOf([&] { EXPECT_FALSE(client_.send(kFirst, {"postDisconnect"})); }), 1900ms);
   HelperProcess hanging = bus_->start("task_client.py", {kSecond, "hangs", "postDisconnect"});
   EXPECT_LT(timeOf([&] { EXPECT_EQ(client_.send(kSecond, {"postDisconnect"}).error().code, std::errc::timed_out); }),
             2900ms);
@@ -175,13 +175,10 @@ TEST_F(DesktopTest, AFrozenBusEndsTheHelperAndTheNextUseStartsAnother) {
   HelperProcess client = bus_->start("task_client.py", {kFirst, "answers", "postDisconnect"});
   bus_->signal(SIGSTOP);
   EXPECT_LT(timeOf([&] { EXPECT_EQ(client_.send(kFirst, {"postDisconnect"}).error().code, std::errc::timed_out); }),
-            3900ms);
+            4900ms);
   bus_->signal(SIGCONT);
   EXPECT_EQ(sent(kFirst, {"postDisconnect"}), Answer::Received);
   EXPECT_EQ(started_, 2);
-  bus_.reset();
-  const EnvironmentChange gone("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nowhere/bus");
-  EXPECT_EQ(sent(kFirst, {"postDisconnect"}), Answer::NotRegistered);
 }
 
 TEST_F(DesktopTest, WithoutABusNothingIsStarted) {
@@ -191,6 +188,8 @@ TEST_F(DesktopTest, WithoutABusNothingIsStarted) {
   EXPECT_EQ(sent(kFirst, {"postDisconnect"}), Answer::NotRegistered);
   EXPECT_FALSE(notifications_.post("Title", "Text", ""));
   EXPECT_EQ(started_, 0);
+  const EnvironmentChange stale("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nowhere/bus");
+  EXPECT_EQ(sent(kFirst, {"postDisconnect"}), Answer::NotRegistered);
 }
 
 TEST_F(DesktopTest, AsksFromSeveralThreadsAtOnce) {

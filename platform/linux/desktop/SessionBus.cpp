@@ -10,7 +10,8 @@ namespace vantory::desktop {
 namespace {
 
 int numberOf(const GError& error) {
-  if (error.domain == G_IO_ERROR) return error.code == G_IO_ERROR_TIMED_OUT ? ETIMEDOUT : EIO;
+  if (g_error_matches(&error, G_IO_ERROR, G_IO_ERROR_TIMED_OUT)) return ETIMEDOUT;
+  if (g_error_matches(&error, G_IO_ERROR, G_IO_ERROR_CLOSED)) return ENXIO;
   if (error.domain != G_DBUS_ERROR) return EIO;
   switch (error.code) {
     case G_DBUS_ERROR_SERVICE_UNKNOWN:
