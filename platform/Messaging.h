@@ -1,6 +1,7 @@
 // The two ways a task speaks to the desktop: to the tool that started it, and to the person.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -8,27 +9,44 @@
 
 namespace vantory {
 
-// The service that a companion tool registers to hear of a task it started.
-//
-// Services are named without a domain ("QWProClientCallback"), messages with their colons ("postError:forApp:"). Each
-// platform makes its own names of them; on D-Bus the service gets the maker's domain in front and the member loses its
-// colons, and no two members share a name. Every argument is a text; the second one of "postErrorString:userInfo:" is
-// the value of "appName" in the dictionary that travels.
-class TaskClient {
- public:
-  virtual ~TaskClient() = default;
+// Messages are named with their colons ("postError:forApp:"); every argument is a text.
+struct TaskMessage {
+  std::string name;
+  std::vector<std::string> arguments = {};
 
-  // A connection attempt to the named service; false when nobody has registered it.
-  virtual bool connect(const std::string& service) = 0;
-  // True when the connected client understands the message.
-  virtual bool understands(const std::string& message) = 0;
-  virtual Status send(const std::string& message, const std::vector<std::string>& arguments) = 0;
+  bool operator==(const TaskMessage&) const = default;
 };
 
+// A companion tool that registered a service in order to hear of a task it started. Any thread.
+//
+// Services are named without a domain ("QWProClientCallback"). Each platform makes its own names of them; on D-Bus the
+// service gets the maker's domain in front, it is the object of the same name, the member loses its colons, and no two
+// members share a name. The second argument of "postErrorString:userInfo:" is the value of "appName" in the dictionary
+// that travels.
+class TaskClient {
+ public:
+  enum class Answer { Received, NotUnderstood, NotRegistered };
+
+  virtual ~TaskClient() = default;
+
+  // Returns when the message was received. Fails when the service refuses it, dies, or does not answer within two
+  // seconds or so. Nobody is started for it, and where nobody can have registered it costs nothing.
+  virtual Result<Answer> send(const std::string& service, const TaskMessage& message) = 0;
+};
+
+// Messages that the desktop shows for a while. Any thread.
 class DesktopNotifications {
  public:
+  enum class Outcome { Clicked, TimedOut };
+  // Called on a thread of the platform's, which it must not hold up, with the context of the message concerned.
+  using Listener = std::function<void(Outcome, const std::string& context)>;
+
   virtual ~DesktopNotifications() = default;
-  virtual Status post(const std::string& title, const std::string& text) = 0;
+
+  // Returns when the desktop has taken the message or, after two seconds or so, has not. `context` is any text.
+  virtual Status post(const std::string& title, const std::string& text, const std::string& context) = 0;
+  // Who hears from now on what becomes of the messages; null for nobody. When this returns no earlier listener runs.
+  virtual void listen(Listener listener) = 0;
 };
 
 }  // namespace vantory

@@ -69,4 +69,8 @@ Result<Message> Channel::receive(std::optional<std::chrono::milliseconds> limit)
   return decoded(bytes);
 }
 
+void Channel::end() {
+  (void)shutdown(socket_.get(), SHUT_RDWR);
+}
+
 }  // namespace vantory

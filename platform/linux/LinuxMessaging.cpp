@@ -1,21 +1,46 @@
 #include "platform/linux/LinuxMessaging.h"
 
+#include <chrono>
+
+#include "platform/linux/DesktopHelper.h"
+#include "platform/linux/DesktopSession.h"
+
 namespace vantory {
 
-bool LinuxTaskClient::connect(const std::string&) {
-  return false;
+namespace {
+
+// The helper program gives up after two seconds; this is for one that hangs.
+constexpr std::chrono::seconds kPatience{3};
+
+}  // namespace
+
+Result<TaskClient::Answer> LinuxTaskClient::send(const std::string& service, const TaskMessage& message) {
+  if (!hasSessionBus(users_)) return Answer::NotRegistered;
+  Message request = {"tell-client", service, message.name};
+  request.insert(request.end(), message.arguments.begin(), message.arguments.end());
+  const Result<Message> sent = helper_.ask(request, kPatience);
+  if (sent) return Answer::Received;
+  if (sent.error().code == std::errc::no_such_device_or_address) return Answer::NotRegistered;
+  if (sent.error().code == std::errc::function_not_supported) return Answer::NotUnderstood;
+  return sent.error();
 }
 
-bool LinuxTaskClient::understands(const std::string&) {
-  return false;
+Status LinuxDesktopNotifications::post(const std::string& title, const std::string& text, const std::string& context) {
+  if (!hasSessionBus(users_)) return Error{std::errc::no_such_device_or_address, "There is no desktop session."};
+  const Result<Message> posted = helper_.ask({"notify", title, text, context}, kPatience);
+  if (!posted) return posted.error();
+  return {};
 }
 
-Status LinuxTaskClient::send(const std::string&, const std::vector<std::string>&) {
-  return Error{std::errc::not_connected, "No task client is connected."};
-}
-
-Status LinuxDesktopNotifications::post(const std::string&, const std::string&) {
-  return Error{std::errc::not_supported, "Desktop notifications are not available in this version."};
+void LinuxDesktopNotifications::listen(Listener listener) {
+  const auto handler = [&listener](Outcome outcome) -> DesktopHelper::EventHandler {
+    if (!listener) return nullptr;
+    return [listener, outcome](const Message& values) {
+      if (!values.empty()) listener(outcome, values.front());
+    };
+  };
+  helper_.handle("clicked", handler(Outcome::Clicked));
+  helper_.handle("expired", handler(Outcome::TimedOut));
 }
 
 }  // namespace vantory

@@ -5,6 +5,8 @@
 #include <csignal>
 #include <cstdlib>
 
+#include "platform/linux/DesktopHelper.h"
+#include "platform/linux/DesktopSession.h"
 #include "platform/linux/LinuxClock.h"
 #include "platform/linux/LinuxFileMetadata.h"
 #include "platform/linux/LinuxFileSystem.h"
@@ -57,9 +59,10 @@ struct LinuxPlatform::Parts {
   LinuxFileSystem machineFiles{users.isSuperuser() ? FileRights::machine() : FileRights::own()};
   std::unique_ptr<PrivilegedRunner> privileged = privilegedRunner();
   LinuxProcesses processes;
+  DesktopHelper desktop{[this] { return desktopHelperProgram(users); }};
   LinuxWorkspace workspace;
-  LinuxTaskClient taskClient;
-  LinuxDesktopNotifications notifications;
+  LinuxTaskClient taskClient{desktop, users};
+  LinuxDesktopNotifications notifications{desktop, users};
   LinuxJobControl jobs{users, files, metadata, UserManager(users)};
 };
 

@@ -86,14 +86,19 @@ Status FakeWorkspace::launchApplication(const std::string& bundleIdentifier) {
   return {};
 }
 
-Status FakeTaskClient::send(const std::string& message, const std::vector<std::string>& arguments) {
-  sent.push_back({message, arguments});
-  return {};
+Result<TaskClient::Answer> FakeTaskClient::send(const std::string& service, const TaskMessage& message) {
+  asked.push_back(service);
+  if (!services.contains(service)) return Answer::NotRegistered;
+  if (!understood.contains(message.name)) return Answer::NotUnderstood;
+  if (!failure) return failure.error();
+  sent.push_back(message);
+  return Answer::Received;
 }
 
-Status FakeNotifications::post(const std::string& title, const std::string& text) {
+Status FakeNotifications::post(const std::string& title, const std::string& text, const std::string& context) {
   posted.push_back({title, text});
-  return {};
+  lastContext = context;
+  return answer;
 }
 
 Status FakeJobControl::load(const Job& job) {

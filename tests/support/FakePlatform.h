@@ -139,19 +139,13 @@ class FakeWorkspace : public Workspace {
 
 class FakeTaskClient : public TaskClient {
  public:
-  struct Message {
-    std::string name;
-    std::vector<std::string> arguments;
-    bool operator==(const Message&) const = default;
-  };
-
-  bool connect(const std::string& service) override { return services.contains(service); }
-  bool understands(const std::string& message) override { return understood.contains(message); }
-  Status send(const std::string& message, const std::vector<std::string>& arguments) override;
+  Result<Answer> send(const std::string& service, const TaskMessage& message) override;
 
   std::set<std::string> services;    // registered ones
   std::set<std::string> understood;  // messages
-  std::vector<Message> sent;
+  std::vector<std::string> asked;    // services
+  std::vector<TaskMessage> sent;
+  Status failure;  // of what is understood
 };
 
 class FakeNotifications : public DesktopNotifications {
@@ -162,9 +156,13 @@ class FakeNotifications : public DesktopNotifications {
     bool operator==(const Note&) const = default;
   };
 
-  Status post(const std::string& title, const std::string& text) override;
+  Status post(const std::string& title, const std::string& text, const std::string& context) override;
+  void listen(Listener newListener) override { listener = std::move(newListener); }
 
   std::vector<Note> posted;
+  std::string lastContext;
+  Listener listener;
+  Status answer;
 };
 
 // Records each call ("load", "unload", "remove") by way of `onCall`; nothing is scheduled.

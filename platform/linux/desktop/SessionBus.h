@@ -1,0 +1,44 @@
+// Calls to other programs on the user's session bus.
+#pragma once
+
+#include <chrono>
+#include <string>
+
+#include "platform/Result.h"
+#include "platform/linux/desktop/GLibPointers.h"
+
+namespace vantory::desktop {
+
+// A moment until which several steps may take, together.
+class Deadline {
+ public:
+  explicit Deadline(std::chrono::milliseconds limit) : end_(std::chrono::steady_clock::now() + limit) {}
+  // Milliseconds, at least one.
+  int remaining() const;
+
+ private:
+  std::chrono::steady_clock::time_point end_;
+};
+
+struct BusCall {
+  std::string service;
+  std::string path;
+  std::string interface;
+  std::string member;
+  VariantPointer arguments = {};  // a tuple; none for a member without arguments
+  const char* reply = nullptr;    // the type that the reply must have, such as "(u)"; any when null
+  bool startService = true;       // whether the bus may start a program that offers the service
+};
+
+// The connection is made on first use and kept. The program ends with the bus. A bus that cannot be reached offers no
+// service (no_such_device_or_address).
+Result<GDBusConnection*> sessionBus();
+
+// Blocks until the reply or the deadline. Errors that callers tell apart: nobody offers the service
+// (no_such_device_or_address), it does not know the member (function_not_supported), no reply in time (timed_out).
+Result<VariantPointer> callBus(const BusCall& call, const Deadline& deadline);
+
+// A bus carries text that is UTF-8 only; bytes that are none become replacement characters.
+TextPointer busText(const std::string& text);
+
+}  // namespace vantory::desktop

@@ -1,0 +1,43 @@
+// A session bus of a test's own, and programs on it that are not ours.
+#pragma once
+
+#include <sys/types.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/linux/HelperProcess.h"
+#include "tests/support/EnvironmentChange.h"
+#include "tests/support/ScratchFolder.h"
+
+namespace vantory::test {
+
+// A bus where nobody is yet. While it exists it is the session bus of this process and of what this process starts.
+class SessionBus {
+ public:
+  SessionBus();
+  ~SessionBus();
+  SessionBus(const SessionBus&) = delete;
+  SessionBus& operator=(const SessionBus&) = delete;
+
+  // Why this machine can have none; empty when it can.
+  static std::string missing();
+
+  // A program that the bus starts when somebody calls the name, unless asked not to.
+  void offer(const std::string& name, const std::string& program);
+  // Starts tests/peers/SCRIPT, which tells what it hears through its channel, and waits until it is on the bus.
+  HelperProcess start(const std::string& script, std::vector<std::string> arguments = {}) const;
+  // Lets the daemon go on, or stand still.
+  void signal(int number) const;
+
+ private:
+  ScratchFolder folder_;
+  EnvironmentChange address_;
+  pid_t daemon_ = -1;
+};
+
+// The next thing the peer tells; empty when it tells nothing within the time.
+Message heardBy(HelperProcess& peer, std::chrono::milliseconds limit = std::chrono::seconds(10));
+
+}  // namespace vantory::test
