@@ -12,6 +12,7 @@ class Processes;
 class StandardFolders;
 class SystemInfo;
 class SystemLog;
+class SystemTools;
 class TaskClient;
 class Users;
 class Workspace;
@@ -32,6 +33,7 @@ struct Platform {
   Workspace& workspace;
   TaskClient& taskClient;
   DesktopNotifications& notifications;
+  SystemTools& tools;
 };
 
 }  // namespace vantory

@@ -15,6 +15,7 @@
 #include "platform/linux/LinuxStandardFolders.h"
 #include "platform/linux/LinuxSystemInfo.h"
 #include "platform/linux/LinuxSystemLog.h"
+#include "platform/linux/LinuxSystemTools.h"
 #include "platform/linux/LinuxUsers.h"
 #include "platform/linux/LinuxWorkspace.h"
 
@@ -67,6 +68,7 @@ struct LinuxPlatform::Parts {
   LinuxWorkspace workspace;
   LinuxTaskClient taskClient;
   LinuxDesktopNotifications notifications;
+  LinuxSystemTools tools;
 };
 
 LinuxPlatform::LinuxPlatform(std::vector<std::string> arguments) {
@@ -79,7 +81,7 @@ LinuxPlatform::LinuxPlatform(std::vector<std::string> arguments) {
   Parts& p = *parts_;
   platform_ = std::make_unique<Platform>(Platform{p.clock, p.users, p.folders, p.files, p.metadata, p.machineFiles,
                                                   p.processes, p.privileged, p.systemLog, p.system, p.workspace,
-                                                  p.taskClient, p.notifications});
+                                                  p.taskClient, p.notifications, p.tools});
 }
 
 LinuxPlatform::~LinuxPlatform() = default;

@@ -97,8 +97,8 @@ Status FakeNotifications::post(const std::string& title, const std::string& text
 }
 
 FakePlatform::FakePlatform(FileSystem& files, FileMetadata& metadata, const std::string& root, const std::string& home)
-    : folders(root), platform{clock,      users,     folders, files,     metadata,   files,        processes,
-                              privileged, systemLog, system,  workspace, taskClient, notifications} {
+    : folders(root), platform{clock,      users,     folders, files,     metadata,   files,         processes,
+                              privileged, systemLog, system,  workspace, taskClient, notifications, tools} {
   users.process = users.console = User{"anna", 1000, 1000, home};
 }
 

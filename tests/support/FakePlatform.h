@@ -1,5 +1,5 @@
-// A platform of fakes but for its processes: time stands still, nobody is asked, nothing outside the given folders is
-// touched.
+// A platform of fakes but for its processes and tools: time stands still, nobody is asked, nothing outside the given
+// folders is touched.
 #pragma once
 
 #include <atomic>
@@ -25,6 +25,7 @@
 #include "platform/Users.h"
 #include "platform/Workspace.h"
 #include "platform/linux/LinuxProcesses.h"
+#include "platform/linux/LinuxSystemTools.h"
 
 namespace vantory::test {
 
@@ -179,6 +180,7 @@ class FakePlatform {
   FakeWorkspace workspace;
   FakeTaskClient taskClient;
   FakeNotifications notifications;
+  LinuxSystemTools tools;
   Platform platform;
 };
 
