@@ -27,6 +27,9 @@ class Process {
   virtual Output readAll() = 0;
   // Blocks until standard output has bytes or ends; empty at the end.
   virtual std::string readSome() = 0;
+  // Ends readAll(), with what is there to be read, and readSome(), now and from now on: the program's own children may
+  // hold its streams open for long.
+  virtual void stopReading() = 0;
   virtual bool isRunning() = 0;
   // Asks the program to end.
   virtual void terminate() = 0;
