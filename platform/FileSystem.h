@@ -79,12 +79,17 @@ class FolderHold {
   virtual ~FolderHold() = default;
 };
 
+// Hears how much more of a copy is done: bytes, fewer than none where a file that has changed is copied again, and
+// finished files and links. False ends the copy with operation_canceled. Called from several threads, also at once.
+using CopyObserver = std::function<bool(std::int64_t bytes, int objects)>;
+
 struct CopyRequest {
   std::string source;
   std::string destination;
   // When not empty, the source must lie below this folder and be reached without any symbolic link.
   std::string sourceRoot = {};
   Links links = Links::Follow;  // whether a symbolic link as the source stands for what it points to
+  CopyObserver observer = {};   // may be empty
 };
 
 struct WriteOptions {
@@ -115,7 +120,7 @@ class FileSystem {
   // Copies a file, or a folder with all it holds, beside its destination, under no name or a hidden one. Content,
   // mode, times and extended attributes are kept, links inside a folder stay links, the immutable flag is not carried
   // over. A source that changes meanwhile is copied again, up to three times. Fails when the destination's folder is
-  // missing.
+  // missing; a copy that fails or is ended leaves nothing behind.
   virtual Result<std::unique_ptr<StagedCopy>> stageCopy(const CopyRequest& request) = 0;
 
   // Moves an item, also to another file system, never over an existing one (file_exists). Both paths are full.

@@ -17,6 +17,8 @@ namespace {
 
 constexpr std::size_t kBufferBytes = 256 * 1024;
 constexpr off_t kRangeBytes = 64 * 1024 * 1024;
+// Small enough for a slow disk to be done with it soon: between two of them a copy can be ended.
+constexpr off_t kObservedRangeBytes = 1024 * 1024;
 constexpr const char* kAccessList = "system.posix_acl_access";
 constexpr const char* kDefaultAccessList = "system.posix_acl_default";
 
@@ -50,8 +52,27 @@ bool baseline(int source, struct stat& status) {
   return fstat(source, &status) == 0 && settled(status);
 }
 
+// How far the copy of one file is.
+class FileProgress {
+ public:
+  explicit FileProgress(const CopyReport& report) : report_(report) {}
+
+  off_t rangeBytes() const { return report_.isObserved() ? kObservedRangeBytes : kRangeBytes; }
+  // False, with errno, when the copy is to end.
+  bool advance(off_t bytes) {
+    told_ += bytes;
+    return report_.advance(bytes, 0);
+  }
+  bool startAgain() { return advance(-told_); }
+  bool finish() const { return report_.advance(0, 1); }
+
+ private:
+  const CopyReport& report_;
+  off_t told_ = 0;
+};
+
 // All of `length` bytes from the present positions, by reading and writing. Fewer when the source ends early.
-bool copyThroughBuffer(int source, int copy, off_t length) {
+bool copyThroughBuffer(int source, int copy, off_t length, FileProgress& progress) {
   std::vector<char> buffer(kBufferBytes);
   while (length > 0) {
     const auto wanted = static_cast<std::size_t>(std::min<off_t>(length, kBufferBytes));
@@ -64,6 +85,7 @@ bool copyThroughBuffer(int source, int copy, off_t length) {
       if (step < 0) return false;
       written += step;
     }
+    if (!progress.advance(count)) return false;
     length -= count;
   }
   return true;
@@ -75,37 +97,39 @@ bool kernelCannotCopy() {
 }
 
 // The kernel copies by itself where it can, and shares the blocks where the file system can.
-bool copyBytes(int source, int copy, off_t length) {
+bool copyBytes(int source, int copy, off_t length, FileProgress& progress) {
   while (length > 0) {
-    const auto wanted = static_cast<std::size_t>(std::min(length, kRangeBytes));
+    const auto wanted = static_cast<std::size_t>(std::min(length, progress.rangeBytes()));
     const ssize_t count = uninterrupted([&] { return copy_file_range(source, nullptr, copy, nullptr, wanted, 0); });
-    if (count < 0) return kernelCannotCopy() && copyThroughBuffer(source, copy, length);
+    if (count < 0) return kernelCannotCopy() && copyThroughBuffer(source, copy, length, progress);
     // Some file systems answer nothing for files that only seem empty to the kernel.
-    if (count == 0) return copyThroughBuffer(source, copy, length);
+    if (count == 0) return copyThroughBuffer(source, copy, length, progress);
+    if (!progress.advance(count)) return false;
     length -= count;
   }
   return true;
 }
 
 // Copies the parts that hold data and leaves the holes between them.
-bool copySparse(int source, int copy, off_t size) {
-  for (off_t position = 0; position < size;) {
+bool copySparse(int source, int copy, off_t size, FileProgress& progress) {
+  off_t position = 0;
+  while (position < size) {
     const off_t data = lseek(source, position, SEEK_DATA);
     if (data < 0 && errno == ENXIO) break;
-    if (data < 0) return position == 0 && errno == EINVAL && copyBytes(source, copy, size);
+    if (data < 0) return position == 0 && errno == EINVAL && copyBytes(source, copy, size, progress);
     const off_t hole = lseek(source, data, SEEK_HOLE);
     if (hole < 0 || lseek(source, data, SEEK_SET) < 0 || lseek(copy, data, SEEK_SET) < 0) return false;
-    if (!copyBytes(source, copy, hole - data)) return false;
+    if (!progress.advance(data - position) || !copyBytes(source, copy, hole - data, progress)) return false;
     position = hole;
   }
-  return ftruncate(copy, size) == 0;
+  return progress.advance(size - position) && ftruncate(copy, size) == 0;
 }
 
-bool copyContentOnce(int source, const struct stat& status, int copy) {
+bool copyContentOnce(int source, const struct stat& status, int copy, FileProgress& progress) {
   constexpr blkcnt_t kBlockBytes = 512;
   if (status.st_size > 0 && status.st_blocks * kBlockBytes < status.st_size)
-    return copySparse(source, copy, status.st_size);
-  return copyBytes(source, copy, status.st_size);
+    return copySparse(source, copy, status.st_size, progress);
+  return copyBytes(source, copy, status.st_size, progress);
 }
 
 bool isKept(std::string_view attribute) {
@@ -137,13 +161,13 @@ bool copyAttribute(int source, int copy, const char* name) {
 enum class Which { Plain, AccessLists };
 
 void copyNamedAttributes(int source, int copy, const std::string& names, Which which, const std::string& path,
-                         CopyNotes& notes) {
+                         CopyReport& report) {
   for (std::size_t start = 0; start < names.size(); start = names.find('\0', start) + 1) {
     const char* name = names.c_str() + start;
     const bool isAccessList = std::strncmp(name, "system.", 7) == 0;
     if (!isKept(name) || isAccessList != (which == Which::AccessLists)) continue;
     if (!copyAttribute(source, copy, name))
-      notes.addOnce(name, "The attribute " + std::string(name) + " could not be kept for " + systemError(path).text);
+      report.noteOnce(name, "The attribute " + std::string(name) + " could not be kept for " + systemError(path).text);
   }
 }
 
@@ -164,21 +188,27 @@ bool dropInherited(int item) {
   return dropAccessList(item, kAccessList) && (!S_ISDIR(status.st_mode) || dropAccessList(item, kDefaultAccessList));
 }
 
-void CopyNotes::add(std::string note) {
+void CopyReport::note(std::string sentence) {
   const std::lock_guard lock(mutex_);
-  notes_.push_back(std::move(note));
+  notes_.push_back(std::move(sentence));
 }
 
-void CopyNotes::addOnce(const std::string& kind, std::string note) {
+void CopyReport::noteOnce(const std::string& kind, std::string sentence) {
   const std::lock_guard lock(mutex_);
   if (std::find(told_.begin(), told_.end(), kind) != told_.end()) return;
   told_.push_back(kind);
-  notes_.push_back(std::move(note));
+  notes_.push_back(std::move(sentence));
 }
 
-std::vector<std::string> CopyNotes::take() {
+std::vector<std::string> CopyReport::takeNotes() {
   const std::lock_guard lock(mutex_);
   return std::move(notes_);
+}
+
+bool CopyReport::advance(std::int64_t bytes, int objects) const {
+  if (!observer_ || observer_(bytes, objects)) return true;
+  errno = ECANCELED;
+  return false;
 }
 
 Descriptor openSource(int folder, const char* name, int followFlag) {
@@ -187,39 +217,44 @@ Descriptor openSource(int folder, const char* name, int followFlag) {
 }
 
 Status copyFileContent(int source, struct stat status, int copy, const std::string& path,
-                       const std::string& destination, const FileRights& rights, CopyNotes& notes) {
+                       const std::string& destination, const FileRights& rights, CopyReport& report) {
   constexpr int kAttempts = 3;
+  FileProgress progress(report);
   for (int attempt = 0; attempt < kAttempts; ++attempt) {
-    if (attempt > 0 && (ftruncate(copy, 0) != 0 || lseek(copy, 0, SEEK_SET) < 0 || lseek(source, 0, SEEK_SET) < 0))
+    if (attempt > 0 && (ftruncate(copy, 0) != 0 || lseek(copy, 0, SEEK_SET) < 0 || lseek(source, 0, SEEK_SET) < 0 ||
+                        !progress.startAgain()))
       return systemError(path);
     const bool comparable = baseline(source, status);
-    if (!copyContentOnce(source, status, copy)) return systemError(path);
+    if (!copyContentOnce(source, status, copy, progress)) return systemError(path);
     struct stat after;
     if (fstat(source, &after) != 0) return systemError(path);
-    if (comparable && unchanged(status, after))
-      return copyAttributes(source, status, copy, path, destination, rights, notes);
+    if (comparable && unchanged(status, after)) {
+      Status copied = copyAttributes(source, status, copy, path, destination, rights, report);
+      if (copied && !progress.finish()) return systemError(path);
+      return copied;
+    }
     status = after;
   }
   return errorWithText(std::errc::device_or_resource_busy, path, "it kept changing while it was copied");
 }
 
 Status copyAttributes(int source, const struct stat& status, int copy, const std::string& path,
-                      const std::string& destination, const FileRights& rights, CopyNotes& notes) {
+                      const std::string& destination, const FileRights& rights, CopyReport& report) {
   if (const Status given = rights.giveAway(copy, destination, status.st_uid, status.st_gid); !given) return given;
   // In this order: plain attributes need write permission, an access list says more than the mode, times come last.
   const auto listed = attributeNames(source);
-  if (!listed) notes.addOnce("list", "The attributes could not be read of " + systemError(path).text);
+  if (!listed) report.noteOnce("list", "The attributes could not be read of " + systemError(path).text);
   const std::string names = listed.value_or("");
-  copyNamedAttributes(source, copy, names, Which::Plain, path, notes);
+  copyNamedAttributes(source, copy, names, Which::Plain, path, report);
   if (uninterrupted([&] { return fchmod(copy, rights.permittedMode(status.st_mode)); }) != 0) {
     if (!cannotHold()) return systemError(path);
-    notes.addOnce("mode", "The mode could not be kept for " + systemError(path).text);
+    report.noteOnce("mode", "The mode could not be kept for " + systemError(path).text);
   }
-  copyNamedAttributes(source, copy, names, Which::AccessLists, path, notes);
+  copyNamedAttributes(source, copy, names, Which::AccessLists, path, report);
   const timespec times[2] = {status.st_atim, status.st_mtim};
   if (uninterrupted([&] { return futimens(copy, times); }) != 0) {
     if (!cannotHold()) return systemError(path);
-    notes.addOnce("times", "The times could not be kept for " + systemError(path).text);
+    report.noteOnce("times", "The times could not be kept for " + systemError(path).text);
   }
   return {};
 }

@@ -3,10 +3,13 @@
 
 #include <sys/stat.h>
 
+#include <cstdint>
 #include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "platform/FileSystem.h"
 #include "platform/Result.h"
 #include "platform/linux/Descriptor.h"
 
@@ -14,14 +17,23 @@ namespace vantory {
 
 class FileRights;
 
-// Sentences about what was left out, gathered from several threads; what a whole file system cannot hold is told once.
-class CopyNotes {
+// What the threads of a copy tell: sentences about what was left out, and to an observer how far they are.
+class CopyReport {
  public:
-  void add(std::string note);
-  void addOnce(const std::string& kind, std::string note);
-  std::vector<std::string> take();
+  CopyReport() = default;
+  explicit CopyReport(CopyObserver observer) : observer_(std::move(observer)) {}
+
+  void note(std::string sentence);
+  // Only the first of its kind: what a whole file system cannot hold is told once.
+  void noteOnce(const std::string& kind, std::string sentence);
+  std::vector<std::string> takeNotes();
+
+  bool isObserved() const { return observer_ != nullptr; }
+  // False, with errno, when the observer wants the copy to end.
+  bool advance(std::int64_t bytes, int objects) const;
 
  private:
+  const CopyObserver observer_;
   std::mutex mutex_;
   std::vector<std::string> notes_;
   std::vector<std::string> told_;
@@ -39,11 +51,11 @@ bool dropInherited(int item);
 // meanwhile is copied again, up to three times. `path` names the source in messages; `destination` decides who owns the
 // copy.
 Status copyFileContent(int source, struct stat status, int copy, const std::string& path,
-                       const std::string& destination, const FileRights& rights, CopyNotes& notes);
+                       const std::string& destination, const FileRights& rights, CopyReport& report);
 
 // Gives a copy the extended attributes, mode and times of its source. Content must be complete: it may be read-only
 // afterwards.
 Status copyAttributes(int source, const struct stat& status, int copy, const std::string& path,
-                      const std::string& destination, const FileRights& rights, CopyNotes& notes);
+                      const std::string& destination, const FileRights& rights, CopyReport& report);
 
 }  // namespace vantory

@@ -67,7 +67,7 @@ void keepAttributes(int old, int successor, const FileRights& rights, const std:
   struct stat status;
   if (fstat(old, &status) != 0) return;
   if (rights.isSuperuser()) (void)!fchown(successor, status.st_uid, status.st_gid);
-  CopyNotes ignored;
+  CopyReport ignored;
   const timespec now[2] = {{0, UTIME_NOW}, {0, UTIME_NOW}};
   (void)copyAttributes(old, status, successor, path, path, rights, ignored);
   futimens(successor, now);

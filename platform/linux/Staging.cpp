@@ -286,27 +286,27 @@ Result<std::unique_ptr<StagedCopy>> stageFile(const Descriptor& source, const st
                                               const CopyRequest& request, Place destination, const FileRights& rights) {
   Result<UnnamedFile> copy = UnnamedFile::create(destination, request.destination);
   if (!copy) return copy.error();
-  CopyNotes notes;
+  CopyReport report(request.observer);
   if (const Status copied =
-          copyFileContent(source.get(), status, copy->get(), request.source, request.destination, rights, notes);
+          copyFileContent(source.get(), status, copy->get(), request.source, request.destination, rights, report);
       !copied)
     return copied.error();
   return std::unique_ptr<StagedCopy>(std::make_unique<StagedFile>(std::move(*copy), std::move(destination),
-                                                                  request.destination, rights, notes.take()));
+                                                                  request.destination, rights, report.takeNotes()));
 }
 
 Result<std::unique_ptr<StagedCopy>> stageFolder(Descriptor source, const CopyRequest& request, Place destination,
                                                 const FileRights& rights) {
   Result<StagingFolder> staging = StagingFolder::create(destination, request.destination);
   if (!staging) return staging.error();
-  CopyNotes notes;
+  CopyReport report(request.observer);
   Descriptor copy(fcntl(staging->folder().get(), F_DUPFD_CLOEXEC, 0));
   if (!copy.valid()) return systemError(request.destination);
   if (const Status copied =
-          copyTree(std::move(source), std::move(copy), request.source, request.destination, rights, notes);
+          copyTree(std::move(source), std::move(copy), request.source, request.destination, rights, report);
       !copied)
     return copied.error();
-  return std::unique_ptr<StagedCopy>(std::make_unique<StagedFolder>(std::move(*staging), rights, notes.take()));
+  return std::unique_ptr<StagedCopy>(std::make_unique<StagedFolder>(std::move(*staging), rights, report.takeNotes()));
 }
 
 Status renameItem(const Place& from, int toFolder, const std::string& toName, const std::string& path) {

@@ -39,7 +39,7 @@ struct Job {
 
 class TreeCopier {
  public:
-  TreeCopier(const FileRights& rights, CopyNotes& notes) : rights_(rights), notes_(notes) {}
+  TreeCopier(const FileRights& rights, CopyReport& report) : rights_(rights), report_(report) {}
 
   Status run(FolderPointer root);
 
@@ -61,7 +61,7 @@ class TreeCopier {
   void copyLink(const Folder& folder, const std::string& name);
 
   const FileRights& rights_;
-  CopyNotes& notes_;
+  CopyReport& report_;
   std::mutex mutex_;
   std::condition_variable changed_;
   std::vector<Job> jobs_;  // the newest first, so that few folders are open at once
@@ -127,7 +127,7 @@ void TreeCopier::giveAttributes(const Folder& folder) {
   if (fstat(folder.source.get(), &status) != 0) return fail(systemError(folder.path));
   const FileRights::Scope scope(rights_);
   if (const Status copied = copyAttributes(folder.source.get(), status, folder.copy.get(), folder.path,
-                                           folder.destination, rights_, notes_);
+                                           folder.destination, rights_, report_);
       !copied)
     fail(copied.error());
 }
@@ -197,6 +197,7 @@ void TreeCopier::enumerate(const FolderPointer& folder) {
   std::vector<Job> jobs;
   std::vector<std::string> files;
   for (DirectoryEntry& entry : *entries) {
+    if (stopped_) return;
     switch (entry.type) {
       case FileType::File:
         files.push_back(std::move(entry.name));
@@ -208,7 +209,7 @@ void TreeCopier::enumerate(const FolderPointer& folder) {
         copyLink(*folder, entry.name);
         break;
       case FileType::Other:
-        notes_.add("Left out " + folder->path + "/" + entry.name + ": it is a special file");
+        report_.note("Left out " + folder->path + "/" + entry.name + ": it is a special file");
         break;
     }
     if (files.size() == kBatch) jobs.push_back({folder, std::exchange(files, {}), {}});
@@ -223,7 +224,7 @@ void TreeCopier::openSubfolder(const FolderPointer& parent, const std::string& n
     return fail(errorWithText(std::errc::filename_too_long, path, "the folder is nested too deeply"));
   Descriptor source(openat(parent->source.get(), name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
   if (!source.valid()) {
-    if (errno == ENOENT) return notes_.add(path + " vanished while its folder was copied");
+    if (errno == ENOENT) return report_.note(path + " vanished while its folder was copied");
     return fail(systemError(path));
   }
   if (uninterrupted([&] { return mkdirat(parent->copy.get(), name.c_str(), S_IRWXU); }) != 0)
@@ -238,12 +239,12 @@ void TreeCopier::copyOne(const Folder& folder, const std::string& name) {
   const std::string path = folder.path + "/" + name;
   const Descriptor source = openSource(folder.source.get(), name.c_str(), O_NOFOLLOW);
   if (!source.valid()) {
-    if (errno == ENOENT) return notes_.add(path + " vanished while its folder was copied");
+    if (errno == ENOENT) return report_.note(path + " vanished while its folder was copied");
     return fail(systemError(path));
   }
   struct stat status;
   if (fstat(source.get(), &status) != 0) return fail(systemError(path));
-  if (!S_ISREG(status.st_mode)) return notes_.add("Left out " + path + ": it is a special file");
+  if (!S_ISREG(status.st_mode)) return report_.note("Left out " + path + ": it is a special file");
   if (!rights_.mayCopy(status)) return fail(systemError(path, EPERM));
   Descriptor copy(uninterrupted([&] {
     return openat(folder.copy.get(), name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
@@ -251,7 +252,7 @@ void TreeCopier::copyOne(const Folder& folder, const std::string& name) {
   }));
   if (!copy.valid()) return fail(systemError(path));
   if (const Status copied =
-          copyFileContent(source.get(), status, copy.get(), path, folder.destination + "/" + name, rights_, notes_);
+          copyFileContent(source.get(), status, copy.get(), path, folder.destination + "/" + name, rights_, report_);
       !copied)
     return fail(copied.error());
   if (!copy.closeWritten()) fail(systemError(path));
@@ -262,7 +263,7 @@ void TreeCopier::copyLink(const Folder& folder, const std::string& name) {
   char target[PATH_MAX];
   const ssize_t length = readlinkat(folder.source.get(), name.c_str(), target, sizeof target - 1);
   if (length < 0) {
-    if (errno == ENOENT) return notes_.add(path + " vanished while its folder was copied");
+    if (errno == ENOENT) return report_.note(path + " vanished while its folder was copied");
     return fail(systemError(path));
   }
   target[length] = '\0';
@@ -277,13 +278,14 @@ void TreeCopier::copyLink(const Folder& folder, const std::string& name) {
     return fail(given.error());
   const timespec times[2] = {status.st_atim, status.st_mtim};
   utimensat(folder.copy.get(), name.c_str(), times, AT_SYMLINK_NOFOLLOW);
+  if (!report_.advance(0, 1)) fail(systemError(path));
 }
 
 }  // namespace
 
 Status copyTree(Descriptor source, Descriptor copy, const std::string& path, const std::string& destination,
-                const FileRights& rights, CopyNotes& notes) {
-  TreeCopier copier(rights, notes);
+                const FileRights& rights, CopyReport& report) {
+  TreeCopier copier(rights, report);
   return copier.run(
       std::make_shared<Folder>(copier, nullptr, std::move(source), std::move(copy), path, destination, 0));
 }

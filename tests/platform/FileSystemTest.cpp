@@ -143,6 +143,47 @@ TEST_F(FileSystemTest, AFileThatKeepsChangingIsNotCopiedHalf) {
   EXPECT_FALSE(exists(folder / "copy"));
 }
 
+TEST_F(FileSystemTest, ACopyTellsHowMuchOfItIsDone) {
+  writeFile(folder / "tree/sub/file", std::string(3 << 20, 'x'));
+  writeFile(folder / "tree/hollow", "begin");
+  ASSERT_EQ(truncate((folder / "tree/hollow").c_str(), 5 << 20), 0);
+  ASSERT_EQ(symlink("nowhere", (folder / "tree/link").c_str()), 0);
+  ASSERT_EQ(mkfifo((folder / "tree/pipe").c_str(), 0600), 0);
+  std::atomic<std::int64_t> bytes = 0;
+  std::atomic<int> objects = 0;
+  std::atomic<bool> changed = false;
+  const auto observer = [&](std::int64_t more, int done) {
+    objects += done;
+    // A change in the middle of the copy: that file is copied, and counted, anew.
+    if ((bytes += more) > 1 << 20 && !changed.exchange(true))
+      writeFile(folder / "tree/sub/file", std::string(2000, 'y'));
+    return true;
+  };
+  auto staged = files.stageCopy({.source = folder / "tree", .destination = folder / "copy", .observer = observer});
+  ASSERT_TRUE(staged.ok());
+  ASSERT_TRUE((*staged)->commit(StagedCopy::Existing::Keep).ok());
+  EXPECT_EQ(bytes, 2000 + (5 << 20));
+  EXPECT_EQ(objects, 3);
+}
+
+TEST_F(FileSystemTest, ACopyEndsInsideAHugeFileWhenItsObserverSaysSo) {
+  constexpr std::int64_t kMegabyte = 1 << 20;
+  makeFolders(folder / "tree");
+  const int file = open((folder / "tree/huge").c_str(), O_CREAT | O_WRONLY, 0600);
+  ASSERT_EQ(posix_fallocate(file, 0, 512 * kMegabyte), 0);
+  close(file);
+  for (const char* source : {"tree", "tree/huge"}) {
+    std::int64_t bytes = 0;
+    const auto observer = [&](std::int64_t more, int) { return (bytes += more) < 3 * kMegabyte; };
+    const auto staged =
+        files.stageCopy({.source = folder / source, .destination = folder / "copy", .observer = observer});
+    ASSERT_FALSE(staged.ok());
+    EXPECT_EQ(staged.error().code, std::errc::operation_canceled);
+    EXPECT_LE(bytes, 4 * kMegabyte);
+  }
+  EXPECT_EQ(names(folder.path()), std::vector<std::string>{"tree"});
+}
+
 TEST_F(FileSystemTest, AFailedWriteLeavesTheOldFile) {
   writeFile(folder / "settings", "old");
   ASSERT_EQ(chmod((folder / "settings").c_str(), 0640), 0);
