@@ -12,6 +12,7 @@
 
 #include "platform/FileSystem.h"
 #include "platform/Result.h"
+#include "services/FileOperation.h"
 
 namespace vantory {
 
@@ -76,6 +77,16 @@ class QWFileManager {
   // The first step of a copy that replaces something: a finished copy without its name. Its notes are logged; a failure
   // is logged by the caller.
   static Result<std::unique_ptr<StagedCopy>> stageCopy(const CopyRequest& request);
+
+  // A copy in the background, never over an item that exists (FileOperation.cpp). It has its name when it is complete,
+  // and its folder is made when missing. Answers the operation once it has started, null when it cannot. The delegate
+  // is kept until its last call.
+  static std::shared_ptr<FileOperation> copyFileWithProgress(FileOperationContext context);
+  static std::shared_ptr<FileOperation> copyFileWithProgress(const std::string& source, const std::string& destination,
+                                                             std::shared_ptr<FileOperationDelegate> delegate,
+                                                             std::any object);
+  // Within a second, also inside a file; nothing of the copy stays. The delegate is told as of any other end.
+  static void cancelFileOperation(FileOperation& operation);
 
   // Whole folders (FolderOperations.cpp).
   static bool copyContentsOfDirectory(const std::string& source, const std::string& toPath,
