@@ -13,6 +13,7 @@ class Processes;
 class StandardFolders;
 class SystemInfo;
 class SystemLog;
+class SystemTools;
 class TaskClient;
 class Users;
 class Workspace;
@@ -34,6 +35,7 @@ struct Platform {
   TaskClient& taskClient;
   DesktopNotifications& notifications;
   JobControl& jobs;
+  SystemTools& tools;
 };
 
 }  // namespace vantory

@@ -88,6 +88,12 @@ class QWFileManager {
   // Within a second, also inside a file; nothing of the copy stays. The delegate is told as of any other end.
   static void cancelFileOperation(FileOperation& operation);
 
+  // By the system's own tools (ToolOperations.cpp). The zip archive holds the item under its own name and is there
+  // whole or not at all; an older one of that name goes to the Trash first. Private to the user (0600).
+  static bool compressFile(const std::string& source, const std::string& toDestinationFile);
+  // Makes the application that the path stands for known to the desktop, also when it has changed.
+  static bool registerApplicationWithLaunchServices(const std::string& path);
+
   // Whole folders (FolderOperations.cpp).
   static bool copyContentsOfDirectory(const std::string& source, const std::string& toPath,
                                       std::chrono::seconds timeout);

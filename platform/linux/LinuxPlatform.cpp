@@ -16,6 +16,7 @@
 #include "platform/linux/LinuxStandardFolders.h"
 #include "platform/linux/LinuxSystemInfo.h"
 #include "platform/linux/LinuxSystemLog.h"
+#include "platform/linux/LinuxSystemTools.h"
 #include "platform/linux/LinuxUsers.h"
 #include "platform/linux/LinuxWorkspace.h"
 #include "platform/linux/PkexecRunner.h"
@@ -64,6 +65,7 @@ struct LinuxPlatform::Parts {
   LinuxTaskClient taskClient{desktop, users};
   LinuxDesktopNotifications notifications{desktop, users};
   LinuxJobControl jobs{users, files, metadata, UserManager(users)};
+  LinuxSystemTools tools;
 };
 
 LinuxPlatform::LinuxPlatform(std::vector<std::string> arguments) {
@@ -76,7 +78,7 @@ LinuxPlatform::LinuxPlatform(std::vector<std::string> arguments) {
   Parts& p = *parts_;
   platform_ = std::make_unique<Platform>(Platform{p.clock, p.users, p.folders, p.files, p.metadata, p.machineFiles,
                                                   p.processes, *p.privileged, p.systemLog, p.system, p.workspace,
-                                                  p.taskClient, p.notifications, p.jobs});
+                                                  p.taskClient, p.notifications, p.jobs, p.tools});
 }
 
 LinuxPlatform::~LinuxPlatform() = default;

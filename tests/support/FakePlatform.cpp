@@ -116,8 +116,8 @@ Status FakeJobControl::remove(const JobName& job) {
 }
 
 FakePlatform::FakePlatform(FileSystem& files, FileMetadata& metadata, const std::string& root, const std::string& home)
-    : folders(root), platform{clock,      users,     folders, files,     metadata,   files,         processes,
-                              privileged, systemLog, system,  workspace, taskClient, notifications, jobs} {
+    : folders(root), platform{clock,     users,  folders,   files,      metadata,      files, processes, privileged,
+                              systemLog, system, workspace, taskClient, notifications, jobs,  tools} {
   users.process = users.console = User{"anna", 1000, 1000, home};
 }
 

@@ -1,5 +1,5 @@
-// A platform of fakes but for its processes: time stands still, nobody is asked, nothing outside the given folders is
-// touched.
+// A platform of fakes but for its processes and tools: time stands still, nobody is asked, nothing outside the given
+// folders is touched.
 #pragma once
 
 #include <atomic>
@@ -26,6 +26,7 @@
 #include "platform/Users.h"
 #include "platform/Workspace.h"
 #include "platform/linux/LinuxProcesses.h"
+#include "platform/linux/LinuxSystemTools.h"
 
 namespace vantory::test {
 
@@ -196,6 +197,7 @@ class FakePlatform {
   FakeTaskClient taskClient;
   FakeNotifications notifications;
   FakeJobControl jobs;
+  LinuxSystemTools tools;
   Platform platform;
 };
 
