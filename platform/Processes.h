@@ -27,6 +27,8 @@ class Process {
   virtual Output readAll() = 0;
   // Blocks until standard output has bytes or ends; empty at the end.
   virtual std::string readSome() = 0;
+  // Ends readSome(), now and from now on, whoever still holds the output open. Only with Streams::OutputCaptured.
+  virtual void stopReading() = 0;
   virtual bool isRunning() = 0;
   // Asks the program to end.
   virtual void terminate() = 0;

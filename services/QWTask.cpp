@@ -35,16 +35,6 @@ bool isTool(const std::string& path) {
   return false;
 }
 
-// Null when the tool could not be started.
-ProcessPointer launch(const std::string& tool, const QWTask::Arguments& arguments, Streams streams) {
-  if (!isTool(tool)) return nullptr;
-  auto process = Runtime::current().platform().processes.start(tool, arguments, streams);
-  if (process) return std::move(*process);
-  logToSystem("Error: %@", process.error().text);
-  QWLog::appendLog("Error: %@", process.error().text);
-  return nullptr;
-}
-
 // Error text takes precedence over output.
 std::string outputOf(Process& process) {
   Process::Output streams = process.readAll();
@@ -110,6 +100,15 @@ class QWTask::TimedRun {
   bool ended_ = false;
   std::thread timer_;
 };
+
+ProcessPointer QWTask::launch(const std::string& tool, const Arguments& arguments, Streams streams) {
+  if (!isTool(tool)) return nullptr;
+  auto process = Runtime::current().platform().processes.start(tool, arguments, streams);
+  if (process) return std::move(*process);
+  logToSystem("Error: %@", process.error().text);
+  QWLog::appendLog("Error: %@", process.error().text);
+  return nullptr;
+}
 
 bool QWTask::runTask(const std::string& tool, const Arguments& arguments) {
   ProcessPointer task;

@@ -1,6 +1,7 @@
 #include "platform/linux/LinuxProcess.h"
 
 #include <poll.h>
+#include <sys/eventfd.h>
 #include <sys/wait.h>
 
 #include <array>
@@ -40,9 +41,6 @@ void collectLater(pid_t child) {
 
 }  // namespace
 
-LinuxProcess::LinuxProcess(pid_t child, Descriptor output, Descriptor errors)
-    : child_(child), output_(std::move(output)), errors_(std::move(errors)) {}
-
 LinuxProcess::~LinuxProcess() {
   collectIfEnded();
   if (!status_) collectLater(child_);
@@ -63,7 +61,7 @@ int LinuxProcess::wait() {
 
 Process::Output LinuxProcess::readAll() {
   Output result;
-  std::array<pollfd, 2> streams{pollfd{output_.get(), POLLIN, 0}, pollfd{errors_.get(), POLLIN, 0}};
+  std::array<pollfd, 2> streams{pollfd{ends_.output.get(), POLLIN, 0}, pollfd{ends_.errors.get(), POLLIN, 0}};
   const std::array<std::string*, 2> texts{&result.output, &result.errors};
   while (streams[0].fd >= 0 || streams[1].fd >= 0) {
     if (uninterrupted([&] { return poll(streams.data(), streams.size(), -1); }) < 0) break;
@@ -75,8 +73,14 @@ Process::Output LinuxProcess::readAll() {
 
 std::string LinuxProcess::readSome() {
   std::string chunk;
-  if (output_.valid()) readChunk(output_.get(), chunk);
+  std::array<pollfd, 2> events{pollfd{ends_.output.get(), POLLIN, 0}, pollfd{ends_.stop.get(), POLLIN, 0}};
+  if (!ends_.output.valid() || uninterrupted([&] { return poll(events.data(), events.size(), -1); }) < 0) return chunk;
+  if (events[1].revents == 0) readChunk(ends_.output.get(), chunk);
   return chunk;
+}
+
+void LinuxProcess::stopReading() {
+  if (ends_.stop.valid()) eventfd_write(ends_.stop.get(), 1);
 }
 
 bool LinuxProcess::isRunning() {

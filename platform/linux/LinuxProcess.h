@@ -5,6 +5,7 @@
 
 #include <mutex>
 #include <optional>
+#include <utility>
 
 #include "platform/Processes.h"
 #include "platform/linux/Descriptor.h"
@@ -14,8 +15,15 @@ namespace vantory {
 // One thread may read the streams while others wait for the program or end it.
 class LinuxProcess : public Process {
  public:
-  // A child that nobody else waits for, and the reading ends of its streams where they are captured.
-  LinuxProcess(pid_t child, Descriptor output, Descriptor errors);
+  // The reading ends of the child's streams where they are captured, and an event counter that ends the reading.
+  struct Ends {
+    Descriptor output;
+    Descriptor errors;
+    Descriptor stop;
+  };
+
+  // A child that nobody else waits for.
+  LinuxProcess(pid_t child, Ends ends) : child_(child), ends_(std::move(ends)) {}
   ~LinuxProcess() override;
   LinuxProcess(const LinuxProcess&) = delete;
   LinuxProcess& operator=(const LinuxProcess&) = delete;
@@ -23,6 +31,7 @@ class LinuxProcess : public Process {
   int wait() override;
   Output readAll() override;
   std::string readSome() override;
+  void stopReading() override;
   bool isRunning() override;
   void terminate() override;
 
@@ -30,8 +39,7 @@ class LinuxProcess : public Process {
   void collectIfEnded();
 
   const pid_t child_;
-  const Descriptor output_;
-  const Descriptor errors_;
+  const Ends ends_;
   std::mutex mutex_;           // held while the child is collected or sent a signal: its number is its own until then
   std::optional<int> status_;  // none until collected
 };

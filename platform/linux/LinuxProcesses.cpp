@@ -1,6 +1,7 @@
 #include "platform/linux/LinuxProcesses.h"
 
 #include <fcntl.h>
+#include <sys/eventfd.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -29,14 +30,21 @@ int openPipe(Pipe& pipe) {
   return 0;
 }
 
+int openEventCounter(Descriptor& counter) {
+  counter = Descriptor(eventfd(0, EFD_CLOEXEC));
+  return counter.valid() ? 0 : errno;
+}
+
 }  // namespace
 
 Result<std::unique_ptr<Process>> LinuxProcesses::start(const std::string& program,
                                                        const std::vector<std::string>& arguments, Streams streams) {
   Pipe output;
   Pipe errors;
+  Descriptor stop;
   int number = streams != Streams::Discarded ? openPipe(output) : 0;
   if (number == 0 && streams == Streams::Captured) number = openPipe(errors);
+  if (number == 0 && streams == Streams::OutputCaptured) number = openEventCounter(stop);
   if (number != 0) return systemError(program, number);
   const Result<pid_t> child = startChild({.path = program,
                                           .arguments = arguments,
@@ -44,8 +52,8 @@ Result<std::unique_ptr<Process>> LinuxProcesses::start(const std::string& progra
                                           .output = output.writeEnd.get(),
                                           .errors = errors.writeEnd.get()});
   if (!child) return child.error();
-  return std::unique_ptr<Process>(
-      std::make_unique<LinuxProcess>(*child, std::move(output.readEnd), std::move(errors.readEnd)));
+  return std::unique_ptr<Process>(std::make_unique<LinuxProcess>(
+      *child, LinuxProcess::Ends{std::move(output.readEnd), std::move(errors.readEnd), std::move(stop)}));
 }
 
 }  // namespace vantory

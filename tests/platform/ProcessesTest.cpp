@@ -80,6 +80,18 @@ TEST(ProcessesTest, CanBeEndedWhileAnotherThreadWaits) {
   process->terminate();
 }
 
+TEST(ProcessesTest, ReadingCanBeEndedWhoeverHoldsTheOutputOpen) {
+  const auto process = startShell("sleep 60 & echo $!", Streams::OutputCaptured);
+  const pid_t grandchild = std::stoi(process->readSome());
+  std::string read = "nothing yet";
+  std::thread reader([&] { read = process->readSome(); });
+  process->stopReading();
+  reader.join();
+  EXPECT_EQ(read, "");
+  EXPECT_EQ(process->readSome(), "");
+  EXPECT_EQ(kill(grandchild, SIGKILL), 0);
+}
+
 TEST(ProcessesTest, AProgramThatIsLetGoRunsOnAndLeavesNoZombie) {
   auto process = startShell("echo $$; exec sleep 60");
   const pid_t child = std::stoi(process->readSome());
