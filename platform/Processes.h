@@ -27,7 +27,8 @@ class Process {
   virtual Output readAll() = 0;
   // Blocks until standard output has bytes or ends; empty at the end.
   virtual std::string readSome() = 0;
-  // Ends readSome(), now and from now on, whoever still holds the output open. Only with Streams::OutputCaptured.
+  // Ends readAll(), with what is there to be read, and readSome(), now and from now on: the program's own children may
+  // hold its streams open for long.
   virtual void stopReading() = 0;
   virtual bool isRunning() = 0;
   // Asks the program to end.

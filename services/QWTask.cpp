@@ -203,6 +203,7 @@ void QWTask::timeout(const std::string& tool) {
   logToSystem("Task timed out. Terminating...");
   QWLog::appendLog("Task %@ timed out. Terminating...", tool);
   task->terminate();
+  task->stopReading();  // what the tool started may hold its output open
 }
 
 }  // namespace vantory

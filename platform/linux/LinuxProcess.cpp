@@ -61,12 +61,14 @@ int LinuxProcess::wait() {
 
 Process::Output LinuxProcess::readAll() {
   Output result;
-  std::array<pollfd, 2> streams{pollfd{ends_.output.get(), POLLIN, 0}, pollfd{ends_.errors.get(), POLLIN, 0}};
+  std::array<pollfd, 3> streams{pollfd{ends_.output.get(), POLLIN, 0}, pollfd{ends_.errors.get(), POLLIN, 0},
+                                pollfd{ends_.stop.get(), POLLIN, 0}};
   const std::array<std::string*, 2> texts{&result.output, &result.errors};
   while (streams[0].fd >= 0 || streams[1].fd >= 0) {
     if (uninterrupted([&] { return poll(streams.data(), streams.size(), -1); }) < 0) break;
-    for (std::size_t i = 0; i < streams.size(); ++i)
+    for (std::size_t i = 0; i < texts.size(); ++i)
       if (streams[i].revents != 0 && !readChunk(streams[i].fd, *texts[i])) streams[i].fd = -1;
+    if (streams[2].revents != 0) break;  // a pipe holds no more than one chunk
   }
   return result;
 }

@@ -43,8 +43,8 @@ Result<std::unique_ptr<Process>> LinuxProcesses::start(const std::string& progra
   Pipe errors;
   Descriptor stop;
   int number = streams != Streams::Discarded ? openPipe(output) : 0;
+  if (number == 0 && streams != Streams::Discarded) number = openEventCounter(stop);
   if (number == 0 && streams == Streams::Captured) number = openPipe(errors);
-  if (number == 0 && streams == Streams::OutputCaptured) number = openEventCounter(stop);
   if (number != 0) return systemError(program, number);
   const Result<pid_t> child = startChild({.path = program,
                                           .arguments = arguments,

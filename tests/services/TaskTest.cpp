@@ -1,6 +1,7 @@
 #include "services/QWTask.h"
 
 #include <atomic>
+#include <csignal>
 #include <thread>
 
 #include "services/MainThread.h"
@@ -67,6 +68,15 @@ TEST_F(TaskTest, ATimeLimitEndsTheToolAndSaysSo) {
   EXPECT_EQ(offTheMainThread([] { return QWTask::dataFromTask("/bin/sleep", {"60"}, seconds(0)); }), "");
   EXPECT_THAT(systemLog(), ElementsAre("Task timed out. Terminating...", "Task timed out. Terminating..."));
   EXPECT_THAT(logged(), Contains("Task /bin/sleep timed out. Terminating...").Times(2));
+}
+
+TEST_F(TaskTest, ATimeLimitHoldsThoughWhatTheToolStartedKeepsItsOutputOpen) {
+  const auto output = offTheMainThread([] {
+    return QWTask::dataFromTask(kShell, {"-c", "sleep 60 & echo $!; wait"}, seconds(1));
+  });
+  const pid_t grandchild = std::stoi(output.value_or("0"));
+  ASSERT_GT(grandchild, 0);
+  EXPECT_EQ(kill(grandchild, SIGKILL), 0);
 }
 
 TEST_F(TaskTest, ATimeLimitNeverActsOnTheMainThread) {
