@@ -240,7 +240,7 @@ Status copyFileContent(int source, struct stat status, int copy, const std::stri
 
 Status copyAttributes(int source, const struct stat& status, int copy, const std::string& path,
                       const std::string& destination, const FileRights& rights, CopyReport& report) {
-  if (const Status given = rights.giveAway(copy, destination, status.st_uid, status.st_gid); !given) return given;
+  if (Status given = rights.giveAway(copy, destination, status.st_uid, status.st_gid); !given) return given;
   // In this order: plain attributes need write permission, an access list says more than the mode, times come last.
   const auto listed = attributeNames(source);
   if (!listed) report.noteOnce("list", "The attributes could not be read of " + systemError(path).text);

@@ -55,6 +55,7 @@ class Listener : public FileOperationDelegate {
 // Cancels at its first report.
 class Canceller : public Listener {
  public:
+  using Listener::fileOperationProgress;
   void fileOperationProgress(const FileOperationInfo&, FileOperation& operation) override {
     QWFileManager::cancelFileOperation(operation);
     cancelled = true;
