@@ -1,0 +1,113 @@
+#include "platform/linux/ApplicationProcesses.h"
+
+#include <fcntl.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <csignal>
+#include <map>
+#include <set>
+#include <string_view>
+
+#include "platform/linux/ApplicationUnits.h"
+#include "platform/linux/FolderReading.h"
+#include "platform/linux/ProcessView.h"
+
+namespace vantory {
+
+namespace {
+
+// What holds a sandbox up is not the application: it ends by itself and passes no signal on.
+constexpr std::array<std::string_view, 2> kSandboxPrograms = {"bwrap", "xdg-dbus-proxy"};
+
+// Set by whatever starts applications from desktop entries, and inherited by all that they start in turn.
+constexpr const char* kStartedEntry = "GIO_LAUNCHED_DESKTOP_FILE";
+constexpr const char* kStartedProcess = "GIO_LAUNCHED_DESKTOP_FILE_PID";
+
+// 0 when the text is no process number.
+pid_t processNumber(std::string_view text) {
+  pid_t number = 0;
+  const char* end = text.data() + text.size();
+  const auto [rest, failure] = std::from_chars(text.data(), end, number);
+  return failure == std::errc() && rest == end && number > 0 ? number : 0;
+}
+
+bool isOfSandbox(const ProcessView& process) {
+  const std::string name = process.programName();
+  return std::find(kSandboxPrograms.begin(), kSandboxPrograms.end(), name) != kSandboxPrograms.end();
+}
+
+// Whether an ancestor of the process is among those found.
+bool hasAncestor(pid_t number, const std::map<pid_t, pid_t>& parents, const std::set<pid_t>& found) {
+  for (std::size_t steps = 0; steps <= parents.size(); ++steps) {
+    const auto known = parents.find(number);
+    if (known == parents.end()) return false;
+    number = known->second;
+    if (found.contains(number)) return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+ApplicationProcesses::ApplicationProcesses(uid_t user, const std::string& folder)
+    : user_(user), folder_(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {}
+
+std::vector<pid_t> ApplicationProcesses::copies(const ApplicationTraits& application) const {
+  const Result<std::vector<DirectoryEntry>> entries = readFolder(folder_.get(), "/proc", Detail::Names);
+  std::map<pid_t, pid_t> parents;
+  std::set<pid_t> found;
+  if (!entries) return {};
+  for (const DirectoryEntry& entry : *entries) {
+    const pid_t number = processNumber(entry.name);
+    if (number == 0) continue;
+    const ProcessView process(folder_.get(), number);
+    if (!process.isAliveFor(user_)) continue;
+    parents[number] = process.parent();
+    if (isOf(application, process)) found.insert(number);
+  }
+  std::vector<pid_t> first;
+  std::copy_if(found.begin(), found.end(), std::back_inserter(first),
+               [&](pid_t number) { return !hasAncestor(number, parents, found); });
+  return first;
+}
+
+// The descriptor keeps to the process that is looked at after it was opened, also should its number be given away.
+bool ApplicationProcesses::terminate(pid_t number, const ApplicationTraits& application) const {
+  const Descriptor handle(static_cast<int>(syscall(SYS_pidfd_open, number, 0)));
+  const ProcessView process(folder_.get(), number);
+  if (!handle.valid() || !process.isAliveFor(user_) || !isOf(application, process)) return false;
+  return syscall(SYS_pidfd_send_signal, handle.get(), SIGTERM, nullptr, 0) == 0;
+}
+
+bool ApplicationProcesses::isOf(const ApplicationTraits& application, const ProcessView& process) const {
+  const pid_t number = process.number();
+  if (number == getpid() || number == getppid() || isOfSandbox(process)) return false;
+  if (number == application.busOwner || isInUnitOf(application, process)) return true;
+  if (process.flatpakApplication() == application.identifier) return true;
+  const bool isStarted = processNumber(process.variable(kStartedProcess)) == number;
+  const std::string entry = isStarted ? process.variable(kStartedEntry) : "";
+  return entry.substr(entry.rfind('/') + 1) == application.identifier + ".desktop" ||
+         application.command.isRunBy(process);
+}
+
+bool ApplicationProcesses::isInUnitOf(const ApplicationTraits& application, const ProcessView& process) const {
+  const std::string unit = unitOfProcess(process.controlGroups());
+  if (!isUnitOfApplication(unit, application.identifier) && !isUnitOfSnap(unit, application.snap)) return false;
+  return !wasStartedAsAnother(application, process);
+}
+
+// An application may have started another one, which then lives in its unit, maybe longer than itself. What a process
+// has inherited from outside of the unit says nothing.
+bool ApplicationProcesses::wasStartedAsAnother(const ApplicationTraits& application, const ProcessView& process) const {
+  const std::string entry = process.variable(kStartedEntry);
+  const std::string name = entry.substr(entry.rfind('/') + 1);
+  if (name.empty() || name == application.identifier + ".desktop") return false;
+  const ProcessView started(folder_.get(), processNumber(process.variable(kStartedProcess)));
+  return started.controlGroups() == process.controlGroups();
+}
+
+}  // namespace vantory
