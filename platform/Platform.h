@@ -4,7 +4,9 @@
 namespace vantory {
 
 class Clock;
+class DefaultHandlers;
 class DesktopNotifications;
+class Documents;
 class FileMetadata;
 class FileSystem;
 class PrivilegedRunner;
@@ -30,6 +32,8 @@ struct Platform {
   SystemLog& systemLog;
   SystemInfo& system;
   Workspace& workspace;
+  Documents& documents;
+  DefaultHandlers& defaultHandlers;
   TaskClient& taskClient;
   DesktopNotifications& notifications;
 };

@@ -75,6 +75,13 @@ std::vector<pid_t> ApplicationProcesses::copies(const ApplicationTraits& applica
   return first;
 }
 
+bool ApplicationProcesses::descends(pid_t number, pid_t ancestor) const {
+  constexpr int kDeepest = 1000;
+  for (int steps = 0; number != ancestor && number > 0 && steps < kDeepest; ++steps)
+    number = ProcessView(folder_.get(), number).parent();
+  return number == ancestor;
+}
+
 // The descriptor keeps to the process that is looked at after it was opened, also should its number be given away.
 bool ApplicationProcesses::terminate(pid_t number, const ApplicationTraits& application) const {
   const Descriptor handle(static_cast<int>(syscall(SYS_pidfd_open, number, 0)));

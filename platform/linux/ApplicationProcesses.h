@@ -31,6 +31,8 @@ class ApplicationProcesses {
 
   // The first process of each running copy: those whose ancestors are not the application's.
   std::vector<pid_t> copies(const ApplicationTraits& application) const;
+  // Whether a process is the other one or descends from it.
+  bool descends(pid_t number, pid_t ancestor) const;
   // Sends SIGTERM to the process when it is the application's; false when it is not.
   bool terminate(pid_t number, const ApplicationTraits& application) const;
 

@@ -9,6 +9,8 @@
 #include "platform/linux/DesktopHelper.h"
 #include "platform/linux/DesktopSession.h"
 #include "platform/linux/LinuxClock.h"
+#include "platform/linux/LinuxDefaultHandlers.h"
+#include "platform/linux/LinuxDocuments.h"
 #include "platform/linux/LinuxFileMetadata.h"
 #include "platform/linux/LinuxFileSystem.h"
 #include "platform/linux/LinuxMessaging.h"
@@ -67,7 +69,9 @@ struct LinuxPlatform::Parts {
   LinuxPrivilegedRunner privileged{users.isSuperuser() ? &administratorFiles : nullptr, &administratorMetadata};
   LinuxProcesses processes;
   DesktopHelper desktop{[this] { return desktopHelperProgram(users); }};
-  LinuxWorkspace workspace;
+  LinuxWorkspace workspace{desktop, users};
+  LinuxDocuments documents{desktop};
+  LinuxDefaultHandlers defaultHandlers{users};
   LinuxTaskClient taskClient;
   LinuxDesktopNotifications notifications{desktop, users};
 };
@@ -82,7 +86,7 @@ LinuxPlatform::LinuxPlatform(std::vector<std::string> arguments) {
   Parts& p = *parts_;
   platform_ = std::make_unique<Platform>(Platform{p.clock, p.users, p.folders, p.files, p.metadata, p.machineFiles,
                                                   p.processes, p.privileged, p.systemLog, p.system, p.workspace,
-                                                  p.taskClient, p.notifications});
+                                                  p.documents, p.defaultHandlers, p.taskClient, p.notifications});
 }
 
 LinuxPlatform::~LinuxPlatform() = default;

@@ -24,7 +24,13 @@ namespace {
 
 class Server {
  public:
-  explicit Server(Descriptor conversation) : channel_(std::move(conversation)) { add(notificationVerbs(events())); }
+  explicit Server(Descriptor conversation) : channel_(std::move(conversation)) {
+    add(notificationVerbs(events()));
+    add(runningApplicationVerbs());
+    add(launchVerbs());
+    add(documentVerbs());
+    add(defaultViewerVerbs());
+  }
 
   // Requests are received on a thread of their own, so that the end of the conversation ends a program that hangs.
   void run() {
@@ -94,6 +100,7 @@ Descriptor takeStandardInput() {
 }  // namespace vantory::desktop
 
 int main() {
+  setsid();  // keys pressed at the terminal are not for what is started from here
   std::signal(SIGPIPE, SIG_IGN);
   vantory::desktop::Server(vantory::desktop::takeStandardInput()).run();
 }
