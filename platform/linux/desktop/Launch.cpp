@@ -134,13 +134,9 @@ Result<Message> findApplication(const Message& arguments) {
 }  // namespace
 
 Status launch(GDesktopAppInfo* application, const std::vector<std::string>& addresses) {
-  if (isOnBus(application)) {
-    const std::string identifier = identifierOf(application);
-    const Status status = addresses.empty() ? activate(identifier, true) : openOnBus(identifier, addresses);
-    const bool isUnknown = !status && status.error().code == std::errc::no_such_device_or_address;
-    if (!isUnknown) return status;
-  }
-  return spawn(application, addresses);
+  if (!isOnBus(application)) return spawn(application, addresses);
+  const std::string identifier = identifierOf(application);
+  return addresses.empty() ? activate(identifier, true) : openOnBus(identifier, addresses);
 }
 
 Result<std::string> addressOf(const std::string& path) {

@@ -7,7 +7,6 @@
 #include <utility>
 
 #include "platform/linux/DesktopSession.h"
-#include "platform/linux/LinuxUsers.h"
 #include "platform/linux/desktop/SessionBus.h"
 
 namespace vantory::desktop {
@@ -29,7 +28,7 @@ void adopt(const std::string& assignment) {
 }  // namespace
 
 bool hasBus() {
-  static const bool found = hasSessionBus(LinuxUsers());
+  static const bool found = hasSessionBus();
   return found;
 }
 
