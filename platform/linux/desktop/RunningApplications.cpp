@@ -62,24 +62,30 @@ Result<Message> countCopies(const Message& arguments) {
   return Message{std::to_string(std::max(copies, onBus))};
 }
 
+bool quitsOnBus(const ApplicationTraits& application) {
+  return application.busOwner != 0 && offersAction(application.identifier, kQuitAction) &&
+         activateAction(application.identifier, kQuitAction);
+}
+
 // Arguments: identifier. No values. The copy that has the application's name on the bus is asked there when it offers
 // that, all others by a signal.
 Result<Message> quit(const Message& arguments) {
   const ApplicationTraits application = traitsOf(arguments[0]);
   const ApplicationProcesses processes(getuid());
-  std::set<pid_t> spared;
-  if (application.busOwner != 0 && offersAction(application.identifier, kQuitAction) &&
-      activateAction(application.identifier, kQuitAction)) {
-    const std::vector<pid_t> copies = processes.copies(application);
-    for (const pid_t copy : copies)
-      if (processes.descends(application.busOwner, copy)) spared.insert(copy);
+  const std::vector<pid_t> copies = processes.copies(application);
+  // Found before it is asked, since it may be gone right after.
+  std::set<pid_t> onBus;
+  for (const pid_t copy : copies)
+    if (processes.descends(application.busOwner, copy)) onBus.insert(copy);
+  if (quitsOnBus(application)) {
     // Behind a sandbox's proxy any of them may be the one that was asked.
-    if (spared.empty()) return Message{};
-  } else if (application.busOwner != 0 && processes.copies(application).empty()) {
+    if (!onBus.empty()) endCopies(processes, application, onBus);
+    return Message{};
+  }
+  if (application.busOwner != 0 && copies.empty())
     return errorWithText(std::errc::operation_not_supported, application.identifier,
                          "It runs out of reach and offers no way to quit.");
-  }
-  endCopies(processes, application, spared);
+  endCopies(processes, application, {});
   return Message{};
 }
 
