@@ -9,21 +9,30 @@
 
 namespace vantory {
 
-// The service that a companion tool registers to hear of a task it started.
+// Messages are named with their colons ("postError:forApp:"); every argument is a text.
+struct TaskMessage {
+  std::string name;
+  std::vector<std::string> arguments = {};
+
+  bool operator==(const TaskMessage&) const = default;
+};
+
+// A companion tool that registered a service in order to hear of a task it started. Any thread.
 //
-// Services are named without a domain ("QWProClientCallback"), messages with their colons ("postError:forApp:"). Each
-// platform makes its own names of them; on D-Bus the service gets the maker's domain in front and the member loses its
-// colons, and no two members share a name. Every argument is a text; the second one of "postErrorString:userInfo:" is
-// the value of "appName" in the dictionary that travels.
+// Services are named without a domain ("QWProClientCallback"). Each platform makes its own names of them; on D-Bus the
+// service gets the maker's domain in front, it is the object of the same name, the member loses its colons, and no two
+// members share a name. The second argument of "postErrorString:userInfo:" is the value of "appName" in the dictionary
+// that travels.
 class TaskClient {
  public:
+  enum class Answer { Received, NotUnderstood, NotRegistered };
+
   virtual ~TaskClient() = default;
 
-  // A connection attempt to the named service; false when nobody has registered it.
-  virtual bool connect(const std::string& service) = 0;
-  // True when the connected client understands the message.
-  virtual bool understands(const std::string& message) = 0;
-  virtual Status send(const std::string& message, const std::vector<std::string>& arguments) = 0;
+  // Returns when the service has received the message, or never will; an error says that it got no further than
+  // registering, or did not answer within two seconds or so. Nothing is started for it, and where nobody can have
+  // registered it costs nothing.
+  virtual Result<Answer> send(const std::string& service, const TaskMessage& message) = 0;
 };
 
 // Messages that the desktop shows for a while. Any thread.

@@ -1,5 +1,7 @@
 #include "services/MainThread.h"
 
+#include <utility>
+
 #include "services/Runtime.h"
 
 namespace vantory {
@@ -19,17 +21,15 @@ bool MainThread::runAndWait(const std::function<void()>& work) {
     work();
     return true;
   }
-  Job job{&work};
-  {
-    const std::lock_guard lock(mutex_);
-    if (shutDown_) return false;
-    jobs_.push_back(&job);
-    changed_.notify_all();
-  }
-  if (wake) wake();
+  const auto job = enqueue(std::cref(work));
+  if (!job) return false;
   std::unique_lock lock(mutex_);
-  changed_.wait(lock, [&job] { return job.finished || job.refused; });
-  return job.finished;
+  changed_.wait(lock, [&job] { return job->finished || job->refused; });
+  return job->finished;
+}
+
+bool MainThread::post(std::function<void()> work) {
+  return enqueue(std::move(work)) != nullptr;
 }
 
 void MainThread::runUntil(const std::function<bool()>& done) {
@@ -56,18 +56,33 @@ void MainThread::runPending() {
 }
 
 void MainThread::shutDown() {
+  std::deque<std::shared_ptr<Job>> refused;  // outlives the lock: what the work holds may need it when it goes
   const std::lock_guard lock(mutex_);
   shutDown_ = true;
-  for (Job* job : jobs_) job->refused = true;
-  jobs_.clear();
+  refused.swap(jobs_);
+  for (const auto& job : refused) job->refused = true;
   changed_.notify_all();
 }
 
+std::shared_ptr<MainThread::Job> MainThread::enqueue(std::function<void()> work) {
+  auto job = std::make_shared<Job>();
+  job->work = std::move(work);
+  {
+    const std::lock_guard lock(mutex_);
+    if (shutDown_) return nullptr;
+    jobs_.push_back(job);
+    changed_.notify_all();
+  }
+  if (wake) wake();
+  return job;
+}
+
 void MainThread::runNextJob(std::unique_lock<std::mutex>& lock) {
-  Job* job = jobs_.front();
+  const std::shared_ptr<Job> job = std::move(jobs_.front());
   jobs_.pop_front();
   lock.unlock();
-  (*job->work)();
+  job->work();
+  job->work = nullptr;
   lock.lock();
   job->finished = true;
   changed_.notify_all();

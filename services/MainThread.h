@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
+#include <memory>
 #include <mutex>
 #include <thread>
 
@@ -23,6 +24,8 @@ class MainThread {
   // Runs the work at once on the main thread, else hands it over and blocks until it has run. False when it never will,
   // because the program is ending.
   bool runAndWait(const std::function<void()>& work);
+  // Hands the work over and returns; on the main thread too it runs only later. False when it never will.
+  bool post(std::function<void()> work);
   // Called on the main thread: runs work as it comes until `done` answers true. Whoever makes `done` true off the main
   // thread calls notify().
   void runUntil(const std::function<bool()>& done);
@@ -37,18 +40,20 @@ class MainThread {
 
  private:
   struct Job {
-    const std::function<void()>* work;
+    std::function<void()> work;
     bool finished = false;
     bool refused = false;
   };
 
+  // Null when the program is ending.
+  std::shared_ptr<Job> enqueue(std::function<void()> work);
   void runNextJob(std::unique_lock<std::mutex>& lock);
 
   const std::thread::id thread_ = std::this_thread::get_id();
   std::mutex mutex_;
   std::condition_variable changed_;
-  std::deque<Job*> jobs_;      // those not begun
-  std::uint64_t notices_ = 0;  // calls of notify()
+  std::deque<std::shared_ptr<Job>> jobs_;  // those not begun
+  std::uint64_t notices_ = 0;              // calls of notify()
   bool shutDown_ = false;
 };
 

@@ -8,10 +8,11 @@
 namespace vantory {
 
 struct NotificationCenter::Entry {
-  Entry(std::string name, std::function<void()> observer) : name(std::move(name)), observer(std::move(observer)) {}
+  Entry(std::string name, std::function<void(const UserInfo&)> observer)
+      : name(std::move(name)), observer(std::move(observer)) {}
 
   const std::string name;
-  const std::function<void()> observer;
+  const std::function<void(const UserInfo&)> observer;
   std::recursive_mutex mutex;  // held while the observer runs, which may end its own observation
   bool ended = false;
 };
@@ -34,7 +35,8 @@ NotificationCenter& NotificationCenter::shared() {
   return Runtime::current().shared<NotificationCenter>();
 }
 
-NotificationCenter::Observation NotificationCenter::observe(std::string name, std::function<void()> observer) {
+NotificationCenter::Observation NotificationCenter::observe(std::string name,
+                                                            std::function<void(const UserInfo&)> observer) {
   const auto entry = std::make_shared<Entry>(std::move(name), std::move(observer));
   const std::lock_guard lock(mutex_);
   std::erase_if(entries_, [](const std::weak_ptr<Entry>& known) { return known.expired(); });
@@ -42,7 +44,11 @@ NotificationCenter::Observation NotificationCenter::observe(std::string name, st
   return Observation(entry);
 }
 
-void NotificationCenter::post(std::string_view name) {
+NotificationCenter::Observation NotificationCenter::observe(std::string name, std::function<void()> observer) {
+  return observe(std::move(name), [observer = std::move(observer)](const UserInfo&) { observer(); });
+}
+
+void NotificationCenter::post(std::string_view name, const UserInfo& info) {
   std::vector<std::shared_ptr<Entry>> called;
   {
     const std::lock_guard lock(mutex_);
@@ -51,12 +57,16 @@ void NotificationCenter::post(std::string_view name) {
   }
   for (const std::shared_ptr<Entry>& entry : called) {
     const std::lock_guard lock(entry->mutex);
-    if (!entry->ended) entry->observer();
+    if (!entry->ended) entry->observer(info);
   }
 }
 
 bool NotificationCenter::postOnMainThread(std::string_view name) {
   return MainThread::shared().runAndWait([this, name] { post(name); });
+}
+
+void NotificationCenter::postOnMainThreadLater(std::string name, UserInfo info) {
+  MainThread::shared().post([this, name = std::move(name), info = std::move(info)] { post(name, info); });
 }
 
 }  // namespace vantory

@@ -8,7 +8,12 @@
 #include <string_view>
 #include <vector>
 
+#include "services/PropertyList.h"
+
 namespace vantory {
+
+// What is told along with a name.
+using UserInfo = PropertyListDictionary;
 
 // Any thread may post and observe.
 class NotificationCenter {
@@ -35,11 +40,15 @@ class NotificationCenter {
   static NotificationCenter& shared();
 
   // `observer` is called at each later post of that name, on the posting thread.
+  Observation observe(std::string name, std::function<void(const UserInfo&)> observer);
+  // For observers that the name says enough.
   Observation observe(std::string name, std::function<void()> observer);
   // Calls the observers of that name, in the order they came, and returns when the last has run.
-  void post(std::string_view name);
+  void post(std::string_view name, const UserInfo& info = {});
   // The same on the main thread, waiting for it. False when the program is ending and nobody was called.
   bool postOnMainThread(std::string_view name);
+  // The same on the main thread without waiting for it.
+  void postOnMainThreadLater(std::string name, UserInfo info);
 
  private:
   std::mutex mutex_;

@@ -15,25 +15,25 @@ namespace {
 
 constexpr const char* kProcessName = "Vantory";
 
-struct Message {
-  std::string name;
-  std::vector<std::string> arguments;
-};
+using Answer = TaskClient::Answer;
 
-bool connectToAnyClient(TaskClient& client) {
-  return client.connect("QWProClientCallback") || client.connect("QWGearwrightClientCallback");
+// What became of the messages: the first that the service understands is sent.
+Result<Answer> post(TaskClient& client, const std::string& service, const std::vector<TaskMessage>& messages) {
+  Result<Answer> answer = Answer::NotUnderstood;
+  for (const TaskMessage& message : messages) {
+    answer = client.send(service, message);
+    if (!answer || *answer != Answer::NotUnderstood) break;
+  }
+  return answer;
 }
 
-// Sends the first of the messages that the client understands.
-void post(const char* operation, const std::vector<Message>& messages) {
+void post(const char* operation, const std::vector<TaskMessage>& messages) {
   const Platform& platform = Runtime::current().platform();
-  TaskClient& client = platform.taskClient;
-  if (!connectToAnyClient(client)) return;
-  for (const Message& message : messages) {
-    if (!client.understands(message.name)) continue;
-    const Status sent = client.send(message.name, message.arguments);
-    if (!sent) QWException::logException(std::runtime_error(sent.error().text), operation);
-    platform.clock.sleep(std::chrono::milliseconds(15));
+  for (const char* service : {"QWProClientCallback", "QWGearwrightClientCallback"}) {
+    const Result<Answer> answer = post(platform.taskClient, service, messages);
+    if (!answer) QWException::logException(std::runtime_error(answer.error().text), operation);
+    if (answer && *answer == Answer::NotRegistered) continue;
+    if (answer && *answer == Answer::Received) platform.clock.sleep(std::chrono::milliseconds(15));
     return;
   }
 }
@@ -49,15 +49,15 @@ void QWTaskNotification::postTaskError(const std::string& error) {
 }
 
 void QWTaskNotification::postTaskFinished() {
-  post("postTaskFinished", {{"postFinishedTask", {}}});
+  post("postTaskFinished", {{"postFinishedTask"}});
 }
 
 void QWTaskNotification::postIncrementProgress() {
-  post("postIncrementProgress", {{"incrementRemoteProgress", {}}});
+  post("postIncrementProgress", {{"incrementRemoteProgress"}});
 }
 
 void QWTaskNotification::postDisconnect() {
-  post("postDisconnect", {{"postDisconnect", {}}});
+  post("postDisconnect", {{"postDisconnect"}});
 }
 
 }  // namespace vantory

@@ -5,8 +5,8 @@
 
 namespace vantory {
 
-// Each message is followed by a pause of 15 milliseconds, so that a process that ends right afterwards does not cut it
-// off. Nobody listening is normal and costs nothing. Any thread.
+// A message that was received is followed by a pause of 15 milliseconds, so that a process that ends right afterwards
+// does not cut it off. Nobody listening is normal and passes without a pause; a failure is logged. Any thread.
 class QWTaskNotification {
  public:
   static void postTaskErrorString(const std::string& text);

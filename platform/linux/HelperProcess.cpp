@@ -16,7 +16,7 @@ namespace vantory {
 
 namespace {
 
-constexpr std::chrono::milliseconds kPause{5};
+constexpr std::chrono::milliseconds kPause{1};
 constexpr std::chrono::seconds kPatience{2};
 
 bool hasEnded(pid_t child) {

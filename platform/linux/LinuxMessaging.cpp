@@ -15,16 +15,15 @@ constexpr std::chrono::seconds kPatience{3};
 
 }  // namespace
 
-bool LinuxTaskClient::connect(const std::string&) {
-  return false;
-}
-
-bool LinuxTaskClient::understands(const std::string&) {
-  return false;
-}
-
-Status LinuxTaskClient::send(const std::string&, const std::vector<std::string>&) {
-  return Error{std::errc::not_connected, "No task client is connected."};
+Result<TaskClient::Answer> LinuxTaskClient::send(const std::string& service, const TaskMessage& message) {
+  if (!hasSessionBus(users_)) return Answer::NotRegistered;
+  Message request = {"tell-client", service, message.name};
+  request.insert(request.end(), message.arguments.begin(), message.arguments.end());
+  const Result<Message> sent = helper_.ask(request, kPatience);
+  if (sent) return Answer::Received;
+  if (sent.error().code == std::errc::no_such_device_or_address) return Answer::NotRegistered;
+  if (sent.error().code == std::errc::function_not_supported) return Answer::NotUnderstood;
+  return sent.error();
 }
 
 Status LinuxDesktopNotifications::post(const std::string& title, const std::string& text, const std::string& context) {

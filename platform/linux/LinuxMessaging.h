@@ -8,11 +8,17 @@ namespace vantory {
 class DesktopHelper;
 class Users;
 
+// Services are names on the session bus.
 class LinuxTaskClient : public TaskClient {
  public:
-  bool connect(const std::string& service) override;
-  bool understands(const std::string& message) override;
-  Status send(const std::string& message, const std::vector<std::string>& arguments) override;
+  // Both outlive it.
+  LinuxTaskClient(DesktopHelper& helper, const Users& users) : helper_(helper), users_(users) {}
+
+  Result<Answer> send(const std::string& service, const TaskMessage& message) override;
+
+ private:
+  DesktopHelper& helper_;
+  const Users& users_;
 };
 
 // org.freedesktop.Notifications on the session bus.

@@ -72,7 +72,7 @@ struct LinuxPlatform::Parts {
   LinuxWorkspace workspace{desktop, users};
   LinuxDocuments documents{desktop};
   LinuxDefaultHandlers defaultHandlers{users};
-  LinuxTaskClient taskClient;
+  LinuxTaskClient taskClient{desktop, users};
   LinuxDesktopNotifications notifications{desktop, users};
 };
 

@@ -17,7 +17,8 @@ namespace {
 
 using std::chrono::seconds;
 
-// For the helper program, which has limits of its own, to find what it is asked for.
+// The helper program has limits of its own; these are for one that hangs.
+constexpr seconds kPatienceForQuestion{5};
 constexpr seconds kPatience{10};
 // For an application that the bus has to start.
 constexpr seconds kPatienceForStart{30};
@@ -31,7 +32,7 @@ Status statusOf(const Result<Message>& answer) {
 
 Result<bool> LinuxWorkspace::isRunning(const std::string& bundleIdentifier) const {
   if (!mayRun(bundleIdentifier)) return false;
-  const Result<Message> copies = helper_.ask({"count-copies", bundleIdentifier}, kPatience);
+  const Result<Message> copies = helper_.ask({"count-copies", bundleIdentifier}, kPatienceForQuestion);
   if (!copies) return copies.error();
   return *copies != Message{"0"};
 }
@@ -41,7 +42,7 @@ Status LinuxWorkspace::quitApplication(const std::string&, const std::string& bu
 }
 
 std::optional<std::string> LinuxWorkspace::applicationPath(const std::string& bundleIdentifier) const {
-  const Result<Message> path = helper_.ask({"find-application", bundleIdentifier}, kPatience);
+  const Result<Message> path = helper_.ask({"find-application", bundleIdentifier}, kPatienceForQuestion);
   if (!path || path->empty()) return std::nullopt;
   return path->front();
 }

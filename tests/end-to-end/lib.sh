@@ -7,6 +7,7 @@ umask 022
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 passed=0 failed=0
 nobody=$(id -u nobody 2>/dev/null || echo 65534)
+also=()  # files that begin() puts beside the program
 
 skip() { echo "skipped: $*"; exit 77; }
 need() { local tool; for tool; do command -v "$tool" >/dev/null || skip "$tool is not installed"; done; }
@@ -28,7 +29,7 @@ begin() {
   chmod 755 "$work"
   mkdir -p "$work/tmp/work"
   cp "$2" "$work/tmp/work/vantory"
-  cp "$here"/*.sh "$here"/*.py "$here/../faults/fault_loop.py" "$work/tmp/work/"
+  cp "$here"/*.sh "$here"/*.py "$here/../faults/fault_loop.py" "${also[@]}" "$work/tmp/work/"
   if [ "$(id -u)" != 0 ]; then
     work=$work/tmp/work program=$work/vantory
     return

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """A notification server as the Desktop Notifications Specification 1.2 has it: numbers what it is given, and says that
 a message was clicked, has expired or was closed when the test says "ActionInvoked ID ACTION" or "NotificationClosed ID
-REASON". The arguments are its capabilities."""
+REASON". The arguments are its capabilities; with "hangs" among them it never answers the call that shows a message."""
 
 import sys
 
@@ -19,11 +19,14 @@ class Server(dbus.service.Object):
     def GetCapabilities(self):
         return dbus.Array(sys.argv[1:], signature="s")
 
-    @dbus.service.method(NAME, in_signature="susssasa{sv}i", out_signature="u")
-    def Notify(self, application, replaces, icon, title, text, actions, hints, expiry):
+    @dbus.service.method(
+        NAME, in_signature="susssasa{sv}i", out_signature="u", async_callbacks=("done", "failed")
+    )
+    def Notify(self, application, replaces, icon, title, text, actions, hints, expiry, done, failed):
         self.last += 1
         peer.tell("Notify", application, replaces, title, text, ",".join(actions[::2]), int(hints["urgency"]), expiry)
-        return self.last
+        if "hangs" not in sys.argv:
+            done(self.last)
 
     @dbus.service.signal(NAME, signature="us")
     def ActionInvoked(self, message, action):

@@ -199,6 +199,27 @@ TEST_F(WorkspaceTest, OpensAFileWithAnApplicationNamedInAnotherCase) {
   EXPECT_EQ(started().arguments, "--open " + film.substr(0, film.find('\n')));
 }
 
+TEST_F(WorkspaceTest, TheSuperuserActsAsTheUserAtTheConsole) {
+  if (getuid() != 0) GTEST_SKIP() << "only the superuser can become others";
+  constexpr uid_t kUser = 65534;
+  desktop_.declare(kEd, recorder());
+  desktop_.giveTo(kUser);
+  const Running own(desktop_ / "bin/waiting", kWait);
+  users_.superuser = true;
+  users_.console = User{"nobody", kUser, kUser, desktop_.home()};
+  const EnvironmentChange misleading("XDG_DATA_HOME", "/nonexistent");
+  const Status launched = workspace_.launchApplication(kEd);
+  ASSERT_TRUE(launched) << launched.error().text;
+  struct stat status {};
+  ASSERT_EQ(stat(("/proc/" + std::to_string(started().process)).c_str(), &status), 0);
+  EXPECT_EQ(status.st_uid, kUser);
+  EXPECT_EQ(copies(), 1);
+  EXPECT_TRUE(workspace_.quitApplication("Ed", kEd));
+  EXPECT_TRUE(soon([this] { return !*workspace_.isRunning(kEd); }));
+  users_.console.reset();
+  EXPECT_FALSE(*workspace_.isRunning(kEd));
+}
+
 TEST_F(WorkspaceTest, SaysWhatIsWrongWithAnEntry) {
   const auto failure = [this](const std::string& identifier) {
     const Status launched = workspace_.launchApplication(identifier);
@@ -287,6 +308,33 @@ TEST_F(ApplicationBusTest, StartsAndShowsActivatableApplicationsThere) {
     EXPECT_THAT(heardBy(ed), ElementsAre("open", "/tmp/a film.fcp"));
   }
   EXPECT_FALSE(workspace_.launchApplication(kEd)) << "nobody offers the name now, and the bus cannot start anyone";
+}
+
+TEST_F(ApplicationBusTest, TheServiceManagerTellsOfTheSessionAndMakesUnits) {
+  const std::string elsewhere = desktop_ / "elsewhere";
+  const EnvironmentChange folders("XDG_DATA_DIRS", std::nullopt);
+  const std::string program = recorder();
+  HelperProcess manager =
+      bus_->start("service_manager.py", {"XDG_DATA_DIRS=" + elsewhere, "PATH=" + elsewhere + ":/usr/bin:/bin",
+                                         "HOME=/nonexistent", "=odd", "WAYLAND_DISPLAY=test-0"});
+  desktop_.declare("org.example.Ed-2", "sh -c \"exec ed $WAYLAND_DISPLAY\"");
+  makeFolders(elsewhere + "/applications");
+  fs::rename(desktop_.entry("org.example.Ed-2"), elsewhere + "/applications/org.example.Ed-2.desktop");
+  fs::rename(program, elsewhere + "/ed");
+  const Status launched = workspace_.launchApplication("org.example.Ed-2");
+  ASSERT_TRUE(launched) << launched.error().text;
+  const Start start = started();
+  EXPECT_EQ(start.arguments, "test-0");
+  const std::string number = std::to_string(start.process);
+  EXPECT_THAT(heardBy(manager), ElementsAre("StartTransientUnit",
+                                            "app-vantory-org.example.Ed\\x2d2-" + number + ".scope", "fail", number));
+}
+
+TEST_F(ApplicationBusTest, AFrozenBusHoldsNobodyUp) {
+  bus_->signal(SIGSTOP);
+  EXPECT_EQ(workspace_.isRunning(kEd).error().code, std::errc::timed_out);
+  bus_->signal(SIGCONT);
+  EXPECT_FALSE(*workspace_.isRunning(kEd));
 }
 
 }  // namespace

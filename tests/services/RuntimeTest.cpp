@@ -76,6 +76,23 @@ TEST_F(MainThreadTest, WorkRunsOnTheMainThreadWhileTheCallerWaits) {
   EXPECT_EQ(woken, 3);
 }
 
+TEST_F(MainThreadTest, PostedWorkRunsLaterInItsOrder) {
+  std::vector<std::string> order;
+  EXPECT_TRUE(main_.post([&] {
+    order.push_back("first");
+    main_.post([&] { order.push_back("third"); });
+  }));
+  std::thread([&] { EXPECT_TRUE(main_.post([&] { order.push_back("second"); })); }).join();
+  EXPECT_TRUE(order.empty());
+  main_.runPending();
+  EXPECT_THAT(order, ElementsAre("first", "second", "third"));
+
+  // What refused work holds may come back as it goes.
+  const auto held = std::shared_ptr<void>(nullptr, [&](void*) { EXPECT_FALSE(main_.post([] {})); });
+  main_.post([held = std::move(held)] {});
+  main_.shutDown();
+}
+
 TEST_F(MainThreadTest, ShutDownRefusesWhatWaitsAndWhatComes) {
   std::atomic<bool> waiting = false;
   main_.wake = [&] {

@@ -1,6 +1,7 @@
 #include "tests/support/DesktopFolders.h"
 
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <csignal>
@@ -53,6 +54,12 @@ std::string DesktopFolders::script(const std::string& name, const std::string& t
   writeFile(home_ / name, text);
   fs::permissions(home_ / name, fs::perms::owner_all);
   return home_ / name;
+}
+
+void DesktopFolders::giveTo(uid_t user) const {
+  if (chown(home_.path().c_str(), user, user) != 0) throw std::runtime_error("the home cannot be given away");
+  for (const fs::directory_entry& entry : fs::recursive_directory_iterator(home_.path()))
+    if (lchown(entry.path().c_str(), user, user) != 0) throw std::runtime_error("the home cannot be given away");
 }
 
 Running::Running(const std::string& program, std::vector<std::string> arguments) {

@@ -29,6 +29,8 @@ class DesktopFolders {
   std::string program(const std::string& name);
   // An executable text file in the home.
   std::string script(const std::string& name, const std::string& text);
+  // Makes all that is in the home another user's.
+  void giveTo(uid_t user) const;
 
  private:
   ScratchFolder home_;

@@ -123,9 +123,13 @@ std::optional<std::string> FakeDefaultHandlers::defaultViewer(const std::string&
   return known == viewers.end() ? std::nullopt : std::optional(known->second);
 }
 
-Status FakeTaskClient::send(const std::string& message, const std::vector<std::string>& arguments) {
-  sent.push_back({message, arguments});
-  return {};
+Result<TaskClient::Answer> FakeTaskClient::send(const std::string& service, const TaskMessage& message) {
+  asked.push_back(service);
+  if (!services.contains(service)) return Answer::NotRegistered;
+  if (!understood.contains(message.name)) return Answer::NotUnderstood;
+  if (!failure) return failure.error();
+  sent.push_back(message);
+  return Answer::Received;
 }
 
 Status FakeNotifications::post(const std::string& title, const std::string& text, const std::string& context) {

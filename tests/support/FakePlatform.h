@@ -170,19 +170,13 @@ class FakeDefaultHandlers : public DefaultHandlers {
 
 class FakeTaskClient : public TaskClient {
  public:
-  struct Message {
-    std::string name;
-    std::vector<std::string> arguments;
-    bool operator==(const Message&) const = default;
-  };
-
-  bool connect(const std::string& service) override { return services.contains(service); }
-  bool understands(const std::string& message) override { return understood.contains(message); }
-  Status send(const std::string& message, const std::vector<std::string>& arguments) override;
+  Result<Answer> send(const std::string& service, const TaskMessage& message) override;
 
   std::set<std::string> services;    // registered ones
   std::set<std::string> understood;  // messages
-  std::vector<Message> sent;
+  std::vector<std::string> asked;    // services
+  std::vector<TaskMessage> sent;
+  Status failure;  // of what is understood
 };
 
 class FakeNotifications : public DesktopNotifications {

@@ -37,6 +37,8 @@ class Notifications {
   Result<Message> post(const Message& arguments) {
     const Deadline deadline(kPatience);
     const Result<Capabilities> server = capabilities(deadline);
+    if (!server && server.error().code == std::errc::no_such_device_or_address)
+      return Error{server.error().code, "Nothing on this desktop shows notifications."};
     if (!server) return server.error();
     listen();
     const Result<VariantPointer> reply = callBus(message(*server, arguments[0], arguments[1]), deadline);

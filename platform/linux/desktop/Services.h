@@ -26,6 +26,7 @@ using EventSink = std::function<void(Message event)>;
 
 // One table for each service.
 Verbs notificationVerbs(EventSink tell);
+Verbs taskClientVerbs();
 Verbs runningApplicationVerbs();
 Verbs launchVerbs();
 Verbs documentVerbs();

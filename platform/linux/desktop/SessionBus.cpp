@@ -48,8 +48,9 @@ Result<GDBusConnection*> sessionBus() {
   if (connection) return connection;
   GError* error = nullptr;
   connection = g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, &error);
-  if (!connection) return errorFrom("the session bus", error);
-  return connection;
+  if (connection) return connection;
+  const ErrorPointer owner(error);
+  return errorWithText(std::errc::no_such_device_or_address, "the session bus", error->message);
 }
 
 Result<VariantPointer> callBus(const BusCall& call, const Deadline& deadline) {

@@ -30,7 +30,8 @@ struct BusCall {
   bool startService = true;       // whether the bus may start a program that offers the service
 };
 
-// The connection is made on first use and kept. The program ends with the bus.
+// The connection is made on first use and kept. The program ends with the bus. A bus that cannot be reached offers no
+// service (no_such_device_or_address).
 Result<GDBusConnection*> sessionBus();
 
 // Blocks until the reply or the deadline. Errors that callers tell apart: nobody offers the service

@@ -26,6 +26,7 @@ class Server {
  public:
   explicit Server(Descriptor conversation) : channel_(std::move(conversation)) {
     add(notificationVerbs(events()));
+    add(taskClientVerbs());
     add(runningApplicationVerbs());
     add(launchVerbs());
     add(documentVerbs());
@@ -79,7 +80,7 @@ class Server {
   Result<Message> outcome(const Message& request) const {
     const auto verb =
         std::find_if(verbs_.begin(), verbs_.end(), [&](const Verb& known) { return known.name == request.front(); });
-    if (verb == verbs_.end()) return systemError(request.front(), ENOSYS);
+    if (verb == verbs_.end()) return systemError(request.front(), EBADMSG);
     if (request.size() - 1 < verb->arguments) return systemError(request.front(), EINVAL);
     return verb->work(Message(request.begin() + 1, request.end()));
   }
