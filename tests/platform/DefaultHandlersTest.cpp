@@ -82,6 +82,22 @@ TEST_F(DefaultHandlersTest, ProjectsAreDeclaredForTheUser) {
   EXPECT_EQ(handlers_.typeOfExtension("no-such-extension").error().code, std::errc::no_such_file_or_directory);
 }
 
+// The program's own entry and declaration, as they are installed.
+TEST_F(DefaultHandlersTest, TheProgramsEntryNamesEveryKindOfProject) {
+  if (!exists("/usr/bin/desktop-file-validate")) GTEST_SKIP() << "desktop-file-utils is not installed";
+  fs::copy_file(std::string(VANTORY_RESOURCES) + "/com.quarrywell.Vantory.desktop", desktop_.entry(kVantory),
+                fs::copy_options::overwrite_existing);
+  desktop_.script("bin/vantory", "#!/bin/sh\n");
+  fs::remove(desktop_.entry(kFinalCut));
+  EXPECT_EQ(printed("/usr/bin/desktop-file-validate", {desktop_.entry(kVantory)}), "");
+  printed("/usr/bin/update-desktop-database", {desktop_ / ".local/share/applications"});
+  for (const std::string extension : {"fcp", "stap", "stmp", "motn", "ipr", "dspproj", "compressor", "colorproj"}) {
+    const Result<std::string> type = handlers_.typeOfExtension(extension);
+    ASSERT_TRUE(type) << extension;
+    EXPECT_EQ(handlers_.defaultViewer(*type), "com.quarrywell.vantory") << extension;
+  }
+}
+
 TEST_F(DefaultHandlersTest, OnlyTheOneEntryOfTheListChanges) {
   const std::string real = desktop_ / "dotfiles/mimeapps.list";
   writeFile(real, "# by hand\n\n[Added Associations]\ntext/plain=a.desktop;b.desktop;\n\n[Default Applications]\n" +
