@@ -8,8 +8,7 @@
 #include <array>
 #include <charconv>
 #include <csignal>
-#include <map>
-#include <set>
+#include <iterator>
 #include <string_view>
 
 #include "platform/linux/ApplicationUnits.h"
@@ -40,15 +39,10 @@ bool isOfSandbox(const ProcessView& process) {
   return std::find(kSandboxPrograms.begin(), kSandboxPrograms.end(), name) != kSandboxPrograms.end();
 }
 
-// Whether an ancestor of the process is among those found.
-bool hasAncestor(pid_t number, const std::map<pid_t, pid_t>& parents, const std::set<pid_t>& found) {
-  for (std::size_t steps = 0; steps <= parents.size(); ++steps) {
-    const auto known = parents.find(number);
-    if (known == parents.end()) return false;
-    number = known->second;
-    if (found.contains(number)) return true;
-  }
-  return false;
+// The name of the desktop entry that it, or what it descends from, was started by; empty when there was none.
+std::string entryName(const ProcessView& process) {
+  const std::string entry = process.variable(kStartedEntry);
+  return entry.substr(entry.rfind('/') + 1);
 }
 
 }  // namespace
@@ -58,28 +52,34 @@ ApplicationProcesses::ApplicationProcesses(uid_t user, const std::string& folder
 
 std::vector<pid_t> ApplicationProcesses::copies(const ApplicationTraits& application) const {
   const Result<std::vector<DirectoryEntry>> entries = readFolder(folder_.get(), "/proc", Detail::Names);
-  std::map<pid_t, pid_t> parents;
-  std::set<pid_t> found;
   if (!entries) return {};
+  std::vector<pid_t> found;
   for (const DirectoryEntry& entry : *entries) {
     const pid_t number = processNumber(entry.name);
     if (number == 0) continue;
     const ProcessView process(folder_.get(), number);
-    if (!process.isAliveFor(user_)) continue;
-    parents[number] = process.parent();
-    if (isOf(application, process)) found.insert(number);
+    if (process.isAliveFor(user_) && isOf(application, process)) found.push_back(number);
   }
+  const auto isAmongFound = [&](pid_t number) { return std::find(found.begin(), found.end(), number) != found.end(); };
   std::vector<pid_t> first;
   std::copy_if(found.begin(), found.end(), std::back_inserter(first),
-               [&](pid_t number) { return !hasAncestor(number, parents, found); });
+               [&](pid_t number) { return !anyAncestor(number, isAmongFound); });
   return first;
 }
 
 bool ApplicationProcesses::descends(pid_t number, pid_t ancestor) const {
+  return number == ancestor || anyAncestor(number, [&](pid_t above) { return above == ancestor; });
+}
+
+// Processes come and go meanwhile, so that parents may seem to form a ring.
+bool ApplicationProcesses::anyAncestor(pid_t number, const std::function<bool(pid_t)>& condition) const {
   constexpr int kDeepest = 1000;
-  for (int steps = 0; number != ancestor && number > 0 && steps < kDeepest; ++steps)
+  for (int steps = 0; steps < kDeepest; ++steps) {
     number = ProcessView(folder_.get(), number).parent();
-  return number == ancestor;
+    if (number <= 0) return false;
+    if (condition(number)) return true;
+  }
+  return false;
 }
 
 // The descriptor keeps to the process that is looked at after it was opened, also should its number be given away.
@@ -92,13 +92,16 @@ bool ApplicationProcesses::terminate(pid_t number, const ApplicationTraits& appl
 
 bool ApplicationProcesses::isOf(const ApplicationTraits& application, const ProcessView& process) const {
   const pid_t number = process.number();
-  if (number == getpid() || number == getppid() || isOfSandbox(process)) return false;
-  if (number == application.busOwner || isInUnitOf(application, process)) return true;
-  if (process.flatpakApplication() == application.identifier) return true;
-  const bool isStarted = processNumber(process.variable(kStartedProcess)) == number;
-  const std::string entry = isStarted ? process.variable(kStartedEntry) : "";
-  return entry.substr(entry.rfind('/') + 1) == application.identifier + ".desktop" ||
-         application.command.isRunBy(process);
+  if (number == getpid() || number == getppid()) return false;
+  const bool shows = number == application.busOwner || isInUnitOf(application, process) ||
+                     process.flatpakApplication() == application.identifier || wasStartedAs(application, process) ||
+                     application.command.isRunBy(process);
+  return shows && !isOfSandbox(process);
+}
+
+bool ApplicationProcesses::wasStartedAs(const ApplicationTraits& application, const ProcessView& process) const {
+  if (processNumber(process.variable(kStartedProcess)) != process.number()) return false;
+  return entryName(process) == application.identifier + ".desktop";
 }
 
 bool ApplicationProcesses::isInUnitOf(const ApplicationTraits& application, const ProcessView& process) const {
@@ -110,8 +113,7 @@ bool ApplicationProcesses::isInUnitOf(const ApplicationTraits& application, cons
 // An application may have started another one, which then lives in its unit, maybe longer than itself. What a process
 // has inherited from outside of the unit says nothing.
 bool ApplicationProcesses::wasStartedAsAnother(const ApplicationTraits& application, const ProcessView& process) const {
-  const std::string entry = process.variable(kStartedEntry);
-  const std::string name = entry.substr(entry.rfind('/') + 1);
+  const std::string name = entryName(process);
   if (name.empty() || name == application.identifier + ".desktop") return false;
   const ProcessView started(folder_.get(), processNumber(process.variable(kStartedProcess)));
   return started.controlGroups() == process.controlGroups();

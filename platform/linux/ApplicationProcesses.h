@@ -3,6 +3,7 @@
 
 #include <sys/types.h>
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -37,8 +38,10 @@ class ApplicationProcesses {
   bool terminate(pid_t number, const ApplicationTraits& application) const;
 
  private:
+  bool anyAncestor(pid_t number, const std::function<bool(pid_t)>& condition) const;
   bool isOf(const ApplicationTraits& application, const ProcessView& process) const;
   bool isInUnitOf(const ApplicationTraits& application, const ProcessView& process) const;
+  bool wasStartedAs(const ApplicationTraits& application, const ProcessView& process) const;
   bool wasStartedAsAnother(const ApplicationTraits& application, const ProcessView& process) const;
 
   const uid_t user_;
