@@ -9,6 +9,7 @@
 #include <charconv>
 #include <csignal>
 #include <iterator>
+#include <span>
 #include <string_view>
 
 #include "platform/linux/ApplicationUnits.h"
@@ -22,6 +23,8 @@ namespace {
 // What holds a sandbox up is not the application: it ends by itself and passes no signal on.
 constexpr std::array<std::string_view, 2> kSandboxPrograms = {"bwrap", "xdg-dbus-proxy"};
 
+constexpr std::array<std::string_view, 5> kShells = {"sh", "bash", "dash", "zsh", "busybox"};
+
 // Set by whatever starts applications from desktop entries, and inherited by all that they start in turn.
 constexpr const char* kStartedEntry = "GIO_LAUNCHED_DESKTOP_FILE";
 constexpr const char* kStartedProcess = "GIO_LAUNCHED_DESKTOP_FILE_PID";
@@ -34,9 +37,13 @@ pid_t processNumber(std::string_view text) {
   return failure == std::errc() && rest == end && number > 0 ? number : 0;
 }
 
-bool isOfSandbox(const ProcessView& process) {
-  const std::string name = process.programName();
-  return std::find(kSandboxPrograms.begin(), kSandboxPrograms.end(), name) != kSandboxPrograms.end();
+bool runsOneOf(std::span<const std::string_view> programs, const ProcessView& process) {
+  return std::find(programs.begin(), programs.end(), process.programName()) != programs.end();
+}
+
+// A shell script that starts an application and waits for it would leave it alone when it ended itself.
+bool isShell(const ProcessView& process) {
+  return runsOneOf(kShells, process);
 }
 
 // The name of the desktop entry that it, or what it descends from, was started by; empty when there was none.
@@ -51,12 +58,8 @@ ApplicationProcesses::ApplicationProcesses(uid_t user, const std::string& folder
     : user_(user), folder_(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {}
 
 std::vector<pid_t> ApplicationProcesses::copies(const ApplicationTraits& application) const {
-  const Result<std::vector<DirectoryEntry>> entries = readFolder(folder_.get(), "/proc", Detail::Names);
-  if (!entries) return {};
   std::vector<pid_t> found;
-  for (const DirectoryEntry& entry : *entries) {
-    const pid_t number = processNumber(entry.name);
-    if (number == 0) continue;
+  for (const pid_t number : numbers()) {
     const ProcessView process(folder_.get(), number);
     if (process.isAliveFor(user_) && isOf(application, process)) found.push_back(number);
   }
@@ -69,6 +72,23 @@ std::vector<pid_t> ApplicationProcesses::copies(const ApplicationTraits& applica
 
 bool ApplicationProcesses::descends(pid_t number, pid_t ancestor) const {
   return number == ancestor || anyAncestor(number, [&](pid_t above) { return above == ancestor; });
+}
+
+std::vector<pid_t> ApplicationProcesses::toBeAsked(pid_t copy) const {
+  if (!isShell(ProcessView(folder_.get(), copy))) return {copy};
+  std::vector<pid_t> programs;
+  for (const pid_t number : numbers())
+    if (ProcessView(folder_.get(), number).parent() == copy) programs.push_back(number);
+  return programs.empty() ? std::vector<pid_t>{copy} : programs;
+}
+
+std::vector<pid_t> ApplicationProcesses::numbers() const {
+  const Result<std::vector<DirectoryEntry>> entries = readFolder(folder_.get(), "/proc", Detail::Names);
+  std::vector<pid_t> numbers;
+  if (!entries) return numbers;
+  for (const DirectoryEntry& entry : *entries)
+    if (const pid_t number = processNumber(entry.name); number != 0) numbers.push_back(number);
+  return numbers;
 }
 
 // Processes come and go meanwhile, so that parents may seem to form a ring.
@@ -86,7 +106,10 @@ bool ApplicationProcesses::anyAncestor(pid_t number, const std::function<bool(pi
 bool ApplicationProcesses::terminate(pid_t number, const ApplicationTraits& application) const {
   const Descriptor handle(static_cast<int>(syscall(SYS_pidfd_open, number, 0)));
   const ProcessView process(folder_.get(), number);
-  if (!handle.valid() || !process.isAliveFor(user_) || !isOf(application, process)) return false;
+  const ProcessView parent(folder_.get(), process.parent());
+  const auto isOwn = [&](const ProcessView& one) { return one.isAliveFor(user_) && isOf(application, one); };
+  const bool isWrapped = process.isAliveFor(user_) && isShell(parent) && isOwn(parent);
+  if (!handle.valid() || (!isOwn(process) && !isWrapped)) return false;
   return syscall(SYS_pidfd_send_signal, handle.get(), SIGTERM, nullptr, 0) == 0;
 }
 
@@ -96,7 +119,7 @@ bool ApplicationProcesses::isOf(const ApplicationTraits& application, const Proc
   const bool shows = number == application.busOwner || isInUnitOf(application, process) ||
                      process.flatpakApplication() == application.identifier || wasStartedAs(application, process) ||
                      application.command.isRunBy(process);
-  return shows && !isOfSandbox(process);
+  return shows && !runsOneOf(kSandboxPrograms, process);
 }
 
 bool ApplicationProcesses::wasStartedAs(const ApplicationTraits& application, const ProcessView& process) const {

@@ -12,8 +12,8 @@
 namespace vantory::test {
 namespace {
 
-using ::testing::ElementsAre;
 using ::testing::IsEmpty;
+using ::testing::UnorderedElementsAre;
 
 constexpr const char* kUser = "0::/user.slice/user-1000.slice/user@1000.service/app.slice/";
 
@@ -99,7 +99,7 @@ TEST_F(ProcessTreeTest, ACopyIsATreeOfProcesses) {
   show(5, {.unit = "app-org.example.Ed@5.service"});
   show(6, {.unit = "app-org.example.Ed@6.service", .state = 'Z'});
   show(7, {.unit = "app-org.example.Edit@7.service"});
-  EXPECT_THAT(copies(), ElementsAre(1, 5));
+  EXPECT_THAT(copies(), UnorderedElementsAre(1, 5));
 }
 
 TEST_F(ProcessTreeTest, WhoeverStartedItMarksTheFirstProcessOnly) {
@@ -107,7 +107,7 @@ TEST_F(ProcessTreeTest, WhoeverStartedItMarksTheFirstProcessOnly) {
   startedAs(2, "org.example.Ed.desktop", 1, {});
   startedAs(3, "org.example.Editor.desktop", 3, {});
   startedAs(4, "my.org.example.Ed.desktop", 4, {});
-  EXPECT_THAT(copies(), ElementsAre(1));
+  EXPECT_THAT(copies(), UnorderedElementsAre(1));
 }
 
 TEST_F(ProcessTreeTest, AnotherApplicationInItsUnitIsAnother) {
@@ -117,7 +117,7 @@ TEST_F(ProcessTreeTest, AnotherApplicationInItsUnitIsAnother) {
   // A terminal's mark, inherited from outside of the unit.
   startedAs(3, "org.example.Terminal.desktop", 4, {.unit = "app-org.example.Ed-3.scope"});
   startedAs(4, "org.example.Terminal.desktop", 4, {.unit = "app-org.example.Terminal-4.scope"});
-  EXPECT_THAT(copies(), ElementsAre(3));
+  EXPECT_THAT(copies(), UnorderedElementsAre(3));
 }
 
 TEST_F(ProcessTreeTest, SandboxesAreToldByTheirMarkOrUnit) {
@@ -128,7 +128,7 @@ TEST_F(ProcessTreeTest, SandboxesAreToldByTheirMarkOrUnit) {
   show(4, {});
   writeFile(processes_ / "5000004/root/.flatpak-info", "[Application]\nname=org.example.Editor\n");
   show(5, {.unit = "snap.studio.edit.0a1b2c3d-0a1b-0a1b-0a1b-0a1b2c3d4e5f.scope"});
-  EXPECT_THAT(copies("studio.edit"), ElementsAre(2, 3, 5));
+  EXPECT_THAT(copies("studio.edit"), UnorderedElementsAre(2, 3, 5));
 }
 
 TEST_F(ProcessTreeTest, WhatCannotBeReadIsNoApplication) {

@@ -147,7 +147,6 @@ TEST_F(WorkspaceTest, OtherPeoplesProgramsDoNotCount) {
 TEST_F(WorkspaceTest, QuittingEndsEveryCopyAndNothingElse) {
   const std::string program = desktop_.program("bin/ed");
   desktop_.declare(kEd, program);
-  desktop_.declare("org.example.Wrapped", desktop_.script("bin/wrapper", "#!/bin/sh\n" + program + " $*\nexit\n"));
   Running first(program, kWait);
   Running second(program, kWait);
   Running similar(desktop_.program("bin/editor"), kWait);
@@ -159,14 +158,32 @@ TEST_F(WorkspaceTest, QuittingEndsEveryCopyAndNothingElse) {
   EXPECT_TRUE(workspace_.quitApplication("Ed", kEd)) << "nothing runs any more";
 }
 
+TEST_F(WorkspaceTest, AScriptThatWaitsForItsProgramEndsAfterIt) {
+  const std::string program = desktop_.program("bin/real");
+  const std::string wrapper =
+      desktop_.script("bin/ed", "#!/bin/sh\n" + program + " -f /dev/null\necho $? > $HOME/ended\n");
+  desktop_.declare(kEd, wrapper);
+  desktop_.declare("org.example.Real", program);
+  Running ed(wrapper);
+  ASSERT_TRUE(soon([this] { return copies("org.example.Real") == 1; }));
+  EXPECT_TRUE(workspace_.quitApplication("Ed", kEd));
+  EXPECT_TRUE(soon([&] { return !ed.isAlive(); }));
+  EXPECT_EQ(copies("org.example.Real"), 0);
+  EXPECT_EQ(readFile(desktop_ / "ended"), "143\n") << "the script was not cut short";
+}
+
 TEST_F(WorkspaceTest, AnApplicationThatStaysIsAskedOnceAndLeftAlone) {
-  const std::string ed = desktop_.script(
-      "bin/ed", "#!/bin/sh\ntrap 'echo asked >> $HOME/asked' TERM\ntouch $HOME/ready\nwhile :; do sleep 0.05; done\n");
+  const std::string ed = desktop_.script("bin/ed",
+                                         "#!/usr/bin/python3\nimport os, signal\n"
+                                         "home = os.environ['HOME']\n"
+                                         "asked = lambda *_: open(home + '/asked', 'a').write('asked\\n')\n"
+                                         "signal.signal(signal.SIGTERM, asked)\n"
+                                         "open(home + '/ready', 'w')\n"
+                                         "while True: signal.pause()\n");
   desktop_.declare(kEd, ed);
   Running stubborn(ed);
   ASSERT_TRUE(soon([this] { return exists(desktop_ / "ready"); }));
   EXPECT_TRUE(workspace_.quitApplication("Ed", kEd));
-  EXPECT_TRUE(soon([this] { return exists(desktop_ / "asked"); }));
   EXPECT_TRUE(*workspace_.isRunning(kEd));
   EXPECT_EQ(readFile(desktop_ / "asked"), "asked\n");
 }

@@ -20,8 +20,8 @@ namespace vantory::desktop {
 namespace {
 
 constexpr const char* kQuitAction = "quit";
-// For a wrapper to end, so that the program it waited for can be asked.
-constexpr std::chrono::milliseconds kWrapperPatience{500};
+// For a process to end, so that those it leaves behind can be asked.
+constexpr std::chrono::milliseconds kEndPatience{500};
 constexpr std::chrono::milliseconds kPause{25};
 
 std::string snapOf(const DesktopEntry& entry) {
@@ -43,13 +43,15 @@ ApplicationTraits traitsOf(const std::string& identifier) {
 // Asks every copy but the spared ones, each once; then whoever a copy has left behind.
 void endCopies(const ApplicationProcesses& processes, const ApplicationTraits& application,
                const std::set<pid_t>& spared) {
-  std::set<pid_t> asked = spared;
-  const auto end = std::chrono::steady_clock::now() + kWrapperPatience;
+  std::set<pid_t> asked;
+  const auto end = std::chrono::steady_clock::now() + kEndPatience;
   do {
     const std::vector<pid_t> copies = processes.copies(application);
     if (std::all_of(copies.begin(), copies.end(), [&](pid_t copy) { return spared.contains(copy); })) return;
     for (const pid_t copy : copies)
-      if (asked.insert(copy).second) (void)processes.terminate(copy, application);
+      if (!spared.contains(copy))
+        for (const pid_t process : processes.toBeAsked(copy))
+          if (asked.insert(process).second) (void)processes.terminate(process, application);
     std::this_thread::sleep_for(kPause);
   } while (std::chrono::steady_clock::now() < end);
 }
