@@ -43,14 +43,13 @@ class WorkspaceTest : public ::testing::Test {
   std::string recorder() {
     const std::string waiting = desktop_.program("bin/waiting");
     return desktop_.script("bin/recorder",
-                           "#!/bin/sh\nsid=$(ps -o sid= -p $$)\n"
-                           "echo \"$$ $((sid)) $PWD $(readlink /proc/$$/fd/1) $*\" > $HOME/new\n"
+                           "#!/bin/sh\n"
+                           "echo \"$$ $PWD $(readlink /proc/$$/fd/1) $*\" > $HOME/new\n"
                            "mv $HOME/new $HOME/started\nexec " +
                                waiting + " -f /dev/null\n");
   }
   struct Start {
     pid_t process = 0;
-    pid_t session = 0;
     std::string folder, output, arguments;
   };
   // What the recorder wrote down, once it has.
@@ -58,7 +57,7 @@ class WorkspaceTest : public ::testing::Test {
     Start start;
     if (!soon([this] { return exists(desktop_ / "started"); })) return start;
     std::istringstream text(readFile(desktop_ / "started"));
-    text >> start.process >> start.session >> start.folder >> start.output >> std::ws;
+    text >> start.process >> start.folder >> start.output >> std::ws;
     std::getline(text, start.arguments);
     if (start.process > 0) launched_.push_back(start.process);
     return start;
@@ -193,7 +192,7 @@ TEST_F(WorkspaceTest, ALaunchedApplicationStandsOnItsOwn) {
   const Status launched = workspace_.launchApplication(kEd);
   ASSERT_TRUE(launched) << launched.error().text;
   const Start start = started();
-  EXPECT_EQ(start.session, start.process);
+  EXPECT_EQ(getsid(start.process), start.process);
   EXPECT_EQ(start.folder, desktop_.home());
   EXPECT_EQ(start.output, "/dev/null");
   // Its program is another by now, but whoever starts an entry leaves a mark.
