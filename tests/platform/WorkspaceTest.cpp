@@ -347,6 +347,7 @@ TEST_F(ApplicationBusTest, TheServiceManagerTellsOfTheSessionAndMakesUnits) {
 }
 
 TEST_F(ApplicationBusTest, AFrozenBusHoldsNobodyUp) {
+  const HelperProcess other = bus_->start("application.py", {"org.example.Other"});
   bus_->signal(SIGSTOP);
   EXPECT_EQ(workspace_.isRunning(kEd).error().code, std::errc::timed_out);
   bus_->signal(SIGCONT);
