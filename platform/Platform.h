@@ -4,7 +4,9 @@
 namespace vantory {
 
 class Clock;
+class DefaultHandlers;
 class DesktopNotifications;
+class Documents;
 class FileMetadata;
 class FileSystem;
 class JobControl;
@@ -32,6 +34,8 @@ struct Platform {
   SystemLog& systemLog;
   SystemInfo& system;
   Workspace& workspace;
+  Documents& documents;
+  DefaultHandlers& defaultHandlers;
   TaskClient& taskClient;
   DesktopNotifications& notifications;
   JobControl& jobs;

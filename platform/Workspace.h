@@ -1,23 +1,33 @@
-// The applications that run on the user's desktop.
+// The applications on the user's desktop.
 #pragma once
 
+#include <optional>
 #include <string>
-#include <vector>
 
 #include "platform/Result.h"
 
 namespace vantory {
 
+// Any thread. Nothing here waits for an application for longer than it takes to reach it, half a minute at most.
 class Workspace {
  public:
   virtual ~Workspace() = default;
 
-  // The bundle identifiers of the running applications, one for each running copy.
-  virtual std::vector<std::string> runningApplications() const = 0;
-  // Asks an application politely to quit; does not wait for it.
+  // Whether any copy of the application with exactly this bundle identifier runs. Fails when that cannot be told.
+  virtual Result<bool> isRunning(const std::string& bundleIdentifier) const = 0;
+  // Asks every copy of an application politely to quit; does not wait for it.
   virtual Status quitApplication(const std::string& name, const std::string& bundleIdentifier) = 0;
+
+  // For the rest an identifier in another case finds the application too.
+
+  // Where the application, or what declares it, lies; none when it is not installed.
+  virtual std::optional<std::string> applicationPath(const std::string& bundleIdentifier) const = 0;
   // Starts an application; does not wait for it.
   virtual Status launchApplication(const std::string& bundleIdentifier) = 0;
+  // Opens a file, by its full path, with an application; does not wait for it.
+  virtual Status openFile(const std::string& path, const std::string& bundleIdentifier) = 0;
+  // Brings a running application to the front where the desktop lets others do that.
+  virtual Status activateApplication(const std::string& bundleIdentifier) = 0;
 };
 
 }  // namespace vantory

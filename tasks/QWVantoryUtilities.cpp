@@ -1,8 +1,6 @@
 #include "tasks/QWVantoryUtilities.h"
 
-#include <algorithm>
 #include <chrono>
-#include <vector>
 
 #include "platform/Clock.h"
 #include "platform/Workspace.h"
@@ -25,9 +23,12 @@ Platform& platform() {
   return Runtime::current().platform();
 }
 
-bool isRunning(const std::string& bundleID) {
-  const std::vector<std::string> running = platform().workspace.runningApplications();
-  return std::find(running.begin(), running.end(), bundleID) != running.end();
+// Where it cannot be told, the answer is what does least harm: a task that begins goes on, one that waits does not.
+bool isRunning(const std::string& name, const std::string& bundleID, bool otherwise) {
+  const Result<bool> running = platform().workspace.isRunning(bundleID);
+  if (running) return *running;
+  QWLog::appendLog("Unable to tell whether %@ is running: %@", name, running.error().text);
+  return otherwise;
 }
 
 GuardDecision askUser(const std::string& name, const QWAlert& alert) {
@@ -59,7 +60,7 @@ GuardDecision askUser(const std::string& name, const QWAlert& alert) {
 
 GuardDecision QWVantoryUtilities::checkRunningAppsForName(const std::string& name, const std::string& bundleID,
                                                           bool closeAutomatically) {
-  if (!isRunning(bundleID)) return GuardDecision::NotRunning;
+  if (!isRunning(name, bundleID, false)) return GuardDecision::NotRunning;
   const QWAlert& alert = QWAlert::sharedController();
   if (QWCmdUtils::sharedController().hasGUI() && alert.ask) return askUser(name, alert);
   if (!closeAutomatically) {
@@ -76,7 +77,7 @@ bool QWVantoryUtilities::closeAppWithName(const std::string& name, const std::st
   QWLog::appendLog("Waiting for %@ to close...", name);
   for (int attempt = 0; attempt < kAttempts; ++attempt) {
     platform().clock.sleep(kInterval);
-    if (!isRunning(bundleID)) return true;
+    if (!isRunning(name, bundleID, true)) return true;
   }
   return false;
 }

@@ -56,15 +56,17 @@ Result<ChildProgram> desktopHelperProgram(const Users& users) {
                       .environment = environmentOf(*user)};
 }
 
-bool hasSessionBus(const Users& users) {
-  if (users.isSuperuser()) {
-    const std::optional<User> user = users.consoleUser();
-    const std::optional<std::string> folder = user ? runtimeFolder(*user) : std::nullopt;
-    return folder && isSocket(*folder + "/bus");
-  }
+bool hasSessionBus() {
   const char* address = std::getenv("DBUS_SESSION_BUS_ADDRESS");
   if (address && *address != '\0') return true;
   const std::optional<std::string> folder = environmentFolder("XDG_RUNTIME_DIR");
+  return folder && isSocket(*folder + "/bus");
+}
+
+bool hasSessionBus(const Users& users) {
+  if (!users.isSuperuser()) return hasSessionBus();
+  const std::optional<User> user = users.consoleUser();
+  const std::optional<std::string> folder = user ? runtimeFolder(*user) : std::nullopt;
   return folder && isSocket(*folder + "/bus");
 }
 

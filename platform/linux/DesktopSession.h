@@ -15,5 +15,7 @@ Result<ChildProgram> desktopHelperProgram(const Users& users);
 
 // Whether that user has a session bus. Costs next to nothing.
 bool hasSessionBus(const Users& users);
+// The same for a process that has the user's environment.
+bool hasSessionBus();
 
 }  // namespace vantory

@@ -8,6 +8,8 @@
 #include "platform/linux/DesktopHelper.h"
 #include "platform/linux/DesktopSession.h"
 #include "platform/linux/LinuxClock.h"
+#include "platform/linux/LinuxDefaultHandlers.h"
+#include "platform/linux/LinuxDocuments.h"
 #include "platform/linux/LinuxFileMetadata.h"
 #include "platform/linux/LinuxFileSystem.h"
 #include "platform/linux/LinuxJobControl.h"
@@ -61,7 +63,9 @@ struct LinuxPlatform::Parts {
   std::unique_ptr<PrivilegedRunner> privileged = privilegedRunner();
   LinuxProcesses processes;
   DesktopHelper desktop{[this] { return desktopHelperProgram(users); }};
-  LinuxWorkspace workspace;
+  LinuxWorkspace workspace{desktop, users};
+  LinuxDocuments documents{desktop};
+  LinuxDefaultHandlers defaultHandlers{users};
   LinuxTaskClient taskClient{desktop, users};
   LinuxDesktopNotifications notifications{desktop, users};
   LinuxJobControl jobs{users, files, metadata, UserManager(users)};
@@ -76,9 +80,9 @@ LinuxPlatform::LinuxPlatform(std::vector<std::string> arguments) {
   signal(SIGPIPE, SIG_IGN);
   parts_ = std::make_unique<Parts>(std::move(arguments));
   Parts& p = *parts_;
-  platform_ = std::make_unique<Platform>(Platform{p.clock, p.users, p.folders, p.files, p.metadata, p.machineFiles,
-                                                  p.processes, *p.privileged, p.systemLog, p.system, p.workspace,
-                                                  p.taskClient, p.notifications, p.jobs, p.tools});
+  platform_ = std::make_unique<Platform>(Platform{
+      p.clock, p.users, p.folders, p.files, p.metadata, p.machineFiles, p.processes, *p.privileged, p.systemLog,
+      p.system, p.workspace, p.documents, p.defaultHandlers, p.taskClient, p.notifications, p.jobs, p.tools});
 }
 
 LinuxPlatform::~LinuxPlatform() = default;

@@ -1,5 +1,6 @@
 #include "tests/support/FakePlatform.h"
 
+#include <algorithm>
 #include <map>
 #include <set>
 
@@ -75,6 +76,11 @@ int FakePrivilegedRunner::run(const std::string& tool, const std::vector<std::st
   return behaviour(calls.back());
 }
 
+Result<bool> FakeWorkspace::isRunning(const std::string& bundleIdentifier) const {
+  if (runningFailure) return *runningFailure;
+  return std::find(running.begin(), running.end(), bundleIdentifier) != running.end();
+}
+
 Status FakeWorkspace::quitApplication(const std::string&, const std::string& bundleIdentifier) {
   quitRequests.push_back(bundleIdentifier);
   return onQuit(bundleIdentifier);
@@ -84,6 +90,37 @@ Status FakeWorkspace::launchApplication(const std::string& bundleIdentifier) {
   launched.push_back(bundleIdentifier);
   running.push_back(bundleIdentifier);
   return {};
+}
+
+std::optional<std::string> FakeWorkspace::applicationPath(const std::string& bundleIdentifier) const {
+  const auto known = paths.find(bundleIdentifier);
+  return known == paths.end() ? std::nullopt : std::optional(known->second);
+}
+
+Status FakeWorkspace::openFile(const std::string& path, const std::string& bundleIdentifier) {
+  opened.emplace_back(path, bundleIdentifier);
+  return {};
+}
+
+Status FakeWorkspace::activateApplication(const std::string& bundleIdentifier) {
+  activated.push_back(bundleIdentifier);
+  return {};
+}
+
+Result<std::string> FakeDefaultHandlers::typeOfExtension(const std::string& extension) const {
+  if (unknownExtensions.contains(extension)) return Error{std::errc::no_such_file_or_directory, extension};
+  std::string type = "type/";
+  return type += extension;
+}
+
+Status FakeDefaultHandlers::setDefaultViewer(const std::string& type, const std::string& bundleIdentifier) {
+  viewers[type] = bundleIdentifier;
+  return {};
+}
+
+std::optional<std::string> FakeDefaultHandlers::defaultViewer(const std::string& type) const {
+  const auto known = viewers.find(type);
+  return known == viewers.end() ? std::nullopt : std::optional(known->second);
 }
 
 Result<TaskClient::Answer> FakeTaskClient::send(const std::string& service, const TaskMessage& message) {
@@ -116,8 +153,9 @@ Status FakeJobControl::remove(const JobName& job) {
 }
 
 FakePlatform::FakePlatform(FileSystem& files, FileMetadata& metadata, const std::string& root, const std::string& home)
-    : folders(root), platform{clock,     users,  folders,   files,      metadata,      files, processes, privileged,
-                              systemLog, system, workspace, taskClient, notifications, jobs,  tools} {
+    : folders(root), platform{clock,           users,      folders,       files,  metadata,  files,
+                              processes,       privileged, systemLog,     system, workspace, documents,
+                              defaultHandlers, taskClient, notifications, jobs,   tools} {
   users.process = users.console = User{"anna", 1000, 1000, home};
 }
 

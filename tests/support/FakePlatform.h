@@ -6,14 +6,18 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <mutex>
 #include <optional>
 #include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/Clock.h"
+#include "platform/DefaultHandlers.h"
+#include "platform/Documents.h"
 #include "platform/FileMetadata.h"
 #include "platform/FileSystem.h"
 #include "platform/JobControl.h"
@@ -122,20 +126,51 @@ class FakePrivilegedRunner : public PrivilegedRunner {
 
 class FakeWorkspace : public Workspace {
  public:
-  std::vector<std::string> runningApplications() const override { return running; }
+  Result<bool> isRunning(const std::string& bundleIdentifier) const override;
   // Recorded, then handed to `onQuit`.
   Status quitApplication(const std::string& name, const std::string& bundleIdentifier) override;
   // Recorded; the application runs from then on.
   Status launchApplication(const std::string& bundleIdentifier) override;
+  std::optional<std::string> applicationPath(const std::string& bundleIdentifier) const override;
+  Status openFile(const std::string& path, const std::string& bundleIdentifier) override;
+  Status activateApplication(const std::string& bundleIdentifier) override;
 
-  std::vector<std::string> running;
-  std::vector<std::string> quitRequests;  // bundle identifiers
+  std::vector<std::string> running;     // one entry for each copy
+  std::optional<Error> runningFailure;  // why it cannot be told what runs
+  std::vector<std::string> activated;
+  std::map<std::string, std::string> paths;                 // of installed applications, by bundle identifier
+  std::vector<std::pair<std::string, std::string>> opened;  // path and bundle identifier
+  std::vector<std::string> quitRequests;                    // bundle identifiers
   std::vector<std::string> launched;
   // By default every copy of the application quits at once.
   std::function<Status(const std::string& bundleIdentifier)> onQuit = [this](const std::string& identifier) {
     std::erase(running, identifier);
     return Status();
   };
+};
+
+// Records what it is given.
+class FakeDocuments : public Documents {
+ public:
+  Status open(const std::string& pathOrAddress) override { return opened.push_back(pathOrAddress), answer; }
+  Status reveal(const std::vector<std::string>& paths) override { return revealed = paths, answer; }
+  Status mail(const std::string& path) override { return mailed.push_back(path), answer; }
+
+  std::vector<std::string> opened;
+  std::vector<std::string> revealed;
+  std::vector<std::string> mailed;
+  Status answer;
+};
+
+// Every extension has the type "type/EXTENSION" but for those that are unknown.
+class FakeDefaultHandlers : public DefaultHandlers {
+ public:
+  Result<std::string> typeOfExtension(const std::string& extension) const override;
+  Status setDefaultViewer(const std::string& type, const std::string& bundleIdentifier) override;
+  std::optional<std::string> defaultViewer(const std::string& type) const override;
+
+  std::set<std::string> unknownExtensions;
+  std::map<std::string, std::string> viewers;  // by type
 };
 
 class FakeTaskClient : public TaskClient {
@@ -194,6 +229,8 @@ class FakePlatform {
   RecordingSystemLog systemLog;
   FakeSystemInfo system;
   FakeWorkspace workspace;
+  FakeDocuments documents;
+  FakeDefaultHandlers defaultHandlers;
   FakeTaskClient taskClient;
   FakeNotifications notifications;
   FakeJobControl jobs;

@@ -67,5 +67,12 @@ TEST_F(GuardTest, ClosingWaitsForTheLastCopyWithinItsLimit) {
   EXPECT_EQ(fake_.clock.now().seconds - start.seconds, 34);
 }
 
+TEST_F(GuardTest, WhereNobodyCanTellATaskGoesOnButAWaitDoesNotEnd) {
+  fake_.workspace.runningFailure = Error{std::errc::timed_out, "no answer"};
+  EXPECT_EQ(decide(true), GuardDecision::NotRunning);
+  EXPECT_THAT(log(), HasSubstr("Unable to tell whether App is running: no answer\n"));
+  EXPECT_FALSE(guard_.closeAppWithName("App", "app"));
+}
+
 }  // namespace
 }  // namespace vantory::test

@@ -20,6 +20,7 @@ using ObjectPointer = std::unique_ptr<T, Releaser<g_object_unref>>;
 using VariantPointer = std::unique_ptr<GVariant, Releaser<g_variant_unref>>;
 using ErrorPointer = std::unique_ptr<GError, Releaser<g_error_free>>;
 using TextPointer = std::unique_ptr<char, Releaser<g_free>>;
+using TextListPointer = std::unique_ptr<char*, Releaser<g_strfreev>>;
 
 // Takes a value as GLib's constructors return it, which nobody owns yet.
 inline VariantPointer owned(GVariant* fresh) {

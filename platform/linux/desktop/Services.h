@@ -27,5 +27,9 @@ using EventSink = std::function<void(Message event)>;
 // One table for each service.
 Verbs notificationVerbs(EventSink tell);
 Verbs taskClientVerbs();
+Verbs runningApplicationVerbs();
+Verbs launchVerbs();
+Verbs documentVerbs();
+Verbs defaultViewerVerbs();
 
 }  // namespace vantory::desktop

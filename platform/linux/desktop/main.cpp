@@ -27,6 +27,10 @@ class Server {
   explicit Server(Descriptor conversation) : channel_(std::move(conversation)) {
     add(notificationVerbs(events()));
     add(taskClientVerbs());
+    add(runningApplicationVerbs());
+    add(launchVerbs());
+    add(documentVerbs());
+    add(defaultViewerVerbs());
   }
 
   // Requests are received on a thread of their own, so that the end of the conversation ends a program that hangs.
@@ -97,6 +101,7 @@ Descriptor takeStandardInput() {
 }  // namespace vantory::desktop
 
 int main() {
+  setsid();  // keys pressed at the terminal are not for what is started from here
   std::signal(SIGPIPE, SIG_IGN);
   vantory::desktop::Server(vantory::desktop::takeStandardInput()).run();
 }

@@ -1,0 +1,94 @@
+// Showing, opening and mailing files, with stand-ins for the programs that do it.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "platform/linux/DesktopHelper.h"
+#include "platform/linux/DesktopSession.h"
+#include "platform/linux/LinuxDocuments.h"
+#include "tests/support/DesktopFolders.h"
+#include "tests/support/FakePlatform.h"
+#include "tests/support/SessionBus.h"
+
+namespace vantory::test {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+
+class DocumentsTest : public ::testing::Test {
+ protected:
+  // Writes its arguments to a file, each followed by "|".
+  std::string recorder(const std::string& name, const std::string& end = "") {
+    return desktop_.script(name, "#!/bin/sh\nprintf '%s|' \"$@\" > $HOME/new\nmv $HOME/new $HOME/given\n" + end + "\n");
+  }
+  std::string given() {
+    return soon([this] { return exists(desktop_ / "given"); }) ? readFile(desktop_ / "given") : "nothing";
+  }
+  void openFoldersWithRecorder() {
+    desktop_.declare("org.example.Files", recorder("bin/files") + " %f", "MimeType=inode/directory;\n");
+    writeFile(desktop_ / ".config/mimeapps.list",
+              "[Default Applications]\ninode/directory=org.example.Files.desktop\n");
+  }
+
+  DesktopFolders desktop_;
+  FakeUsers users_;
+  DesktopHelper helper_{[this] { return desktopHelperProgram(users_); }};
+  LinuxDocuments documents_{helper_};
+};
+
+TEST_F(DocumentsTest, TheFileManagerShowsTheFiles) {
+  if (const std::string reason = SessionBus::missing(); !reason.empty()) GTEST_SKIP() << reason;
+  const SessionBus bus;
+  HelperProcess manager = bus.start("file_manager.py");
+  const Status revealed = documents_.reveal({"/tmp/a b/1.vnt", "/tmp/\xff%#"});
+  ASSERT_TRUE(revealed) << revealed.error().text;
+  EXPECT_THAT(heardBy(manager), ElementsAre("ShowItems", "file:///tmp/a%20b/1.vnt", "file:///tmp/%FF%25%23"));
+}
+
+TEST_F(DocumentsTest, OneThatRefusesIsGivenTheFolder) {
+  if (const std::string reason = SessionBus::missing(); !reason.empty()) GTEST_SKIP() << reason;
+  const SessionBus bus;
+  const HelperProcess manager = bus.start("file_manager.py", {"refuse"});
+  openFoldersWithRecorder();
+  makeFolders(desktop_ / "Auto saves");
+  EXPECT_TRUE(documents_.reveal({desktop_ / "Auto saves/1.vnt", desktop_ / "Auto saves/2.vnt"}));
+  EXPECT_EQ(given(), desktop_ / "Auto saves|");
+}
+
+TEST_F(DocumentsTest, WithoutABusTheFolderIsOpened) {
+  EXPECT_FALSE(documents_.reveal({desktop_ / "1.vnt"}));
+  openFoldersWithRecorder();
+  EXPECT_TRUE(soon([this] { return documents_.reveal({desktop_ / "1.vnt"}).ok(); }));
+  EXPECT_EQ(given(), desktop_.home() + "|");
+}
+
+TEST_F(DocumentsTest, AddressesAreOpenedByTheirScheme) {
+  desktop_.declare("org.example.Web", recorder("bin/web") + " %u", "MimeType=x-scheme-handler/https;\n");
+  writeFile(desktop_ / ".config/mimeapps.list",
+            "[Default Applications]\nx-scheme-handler/https=org.example.Web.desktop\n");
+  const Status opened = documents_.open("https://example.org/report?app=vantory&version=1.0");
+  ASSERT_TRUE(opened) << opened.error().text;
+  EXPECT_EQ(given(), "https://example.org/report?app=vantory&version=1.0|");
+  EXPECT_FALSE(documents_.open("unheard-of:x"));
+  EXPECT_FALSE(documents_.open(desktop_ / "missing"));
+}
+
+TEST_F(DocumentsTest, TheMailToolGetsTheFile) {
+  recorder("bin/xdg-email");
+  const Status mailed = documents_.mail("/tmp/my backup;x.zip");
+  ASSERT_TRUE(mailed) << mailed.error().text;
+  EXPECT_EQ(given(), "--utf8|--attach|/tmp/my backup;x.zip|");
+}
+
+TEST_F(DocumentsTest, SaysWhyNoMailCanBeWritten) {
+  recorder("bin/xdg-email", "exit 3");
+  EXPECT_THAT(documents_.mail("/tmp/a.zip").error().text, HasSubstr("No mail program is installed."));
+  const EnvironmentChange path("PATH", desktop_ / "nothing");
+  DesktopHelper other([this] { return desktopHelperProgram(users_); });
+  EXPECT_THAT(LinuxDocuments(other).mail("/tmp/a.zip").error().text, HasSubstr("xdg-email"));
+}
+
+}  // namespace
+}  // namespace vantory::test

@@ -1,0 +1,358 @@
+// The user's applications: real programs, declared in folders of the test's own.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <filesystem>
+#include <sstream>
+
+#include "platform/linux/DesktopHelper.h"
+#include "platform/linux/DesktopSession.h"
+#include "platform/linux/LinuxWorkspace.h"
+#include "tests/support/DesktopFolders.h"
+#include "tests/support/FakePlatform.h"
+#include "tests/support/SessionBus.h"
+
+namespace vantory::test {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+
+namespace fs = std::filesystem;
+
+constexpr const char* kEd = "org.example.Ed";
+constexpr const char* kPython = "/usr/bin/python3";
+const std::vector<std::string> kWait = {"-f", "/dev/null"};
+
+class WorkspaceTest : public ::testing::Test {
+ protected:
+  WorkspaceTest() { users_.process = User{"anna", getuid(), getgid(), desktop_.home()}; }
+
+  void TearDown() override {
+    for (const pid_t number : launched_) kill(number, SIGKILL);
+  }
+
+  int copies(const std::string& identifier = kEd) {
+    const Result<Message> answer = helper_->ask({"count-copies", identifier}, std::chrono::seconds(10));
+    return answer ? std::stoi(answer->front()) : -1;
+  }
+  // A program that writes down how it was started and then waits.
+  std::string recorder() {
+    const std::string waiting = desktop_.program("bin/waiting");
+    return desktop_.script("bin/recorder",
+                           "#!/bin/sh\n"
+                           "echo \"$$ $PWD $(readlink /proc/$$/fd/1) $*\" > $HOME/new\n"
+                           "mv $HOME/new $HOME/started\nexec " +
+                               waiting + " -f /dev/null\n");
+  }
+  struct Start {
+    pid_t process = 0;
+    std::string folder, output, arguments;
+  };
+  // What the recorder wrote down, once it has.
+  Start started() {
+    Start start;
+    if (!soon([this] { return exists(desktop_ / "started"); })) return start;
+    std::istringstream text(readFile(desktop_ / "started"));
+    text >> start.process >> start.folder >> start.output >> std::ws;
+    std::getline(text, start.arguments);
+    if (start.process > 0) launched_.push_back(start.process);
+    return start;
+  }
+
+  DesktopFolders desktop_;
+  FakeUsers users_;
+  std::optional<DesktopHelper> helper_{std::in_place, [this] { return desktopHelperProgram(users_); }};
+  LinuxWorkspace workspace_{*helper_, users_};
+  std::vector<pid_t> launched_;
+};
+
+TEST_F(WorkspaceTest, FindsAProgramStartedFromATerminalByItsEntry) {
+  const std::string program = desktop_.program("my bin/ed");
+  fs::create_symlink(program, desktop_ / "bin/ed");
+  desktop_.declare(kEd, "env -u NOTHING A=1 \"" + program + "\" --fresh %F");
+  desktop_.declare("org.example.ByPath", "ed %U");
+  desktop_.declare("org.example.Ed2", desktop_.program("bin/ed2"));
+  EXPECT_EQ(copies(), 0);
+  const Running first(desktop_ / "bin/ed", kWait);
+  const Running second(program, kWait);
+  EXPECT_EQ(copies(), 2);
+  EXPECT_EQ(copies("org.example.ByPath"), 2);
+  for (const char* other : {"org.example.Ed2", "org.example.E", "org.example.ed", "example.Ed",
+                            "org.example.Ed.desktop", "../applications/org.example.Ed", "", "."})
+    EXPECT_FALSE(*workspace_.isRunning(other)) << other;
+}
+
+TEST_F(WorkspaceTest, AnEndedProgramIsGoneAndAReplacedOneIsNot) {
+  const std::string program = desktop_.program("bin/ed");
+  desktop_.declare(kEd, program);
+  Running old(program, kWait);
+  fs::rename(desktop_.program("bin/ed.new"), program);
+  EXPECT_TRUE(*workspace_.isRunning(kEd));
+  fs::remove(program);
+  EXPECT_TRUE(*workspace_.isRunning(kEd));
+  kill(old.number(), SIGKILL);
+  EXPECT_TRUE(soon([this] { return copies() == 0; })) << "nobody has collected it";
+  // The name alone, of another program, is no evidence.
+  const Running pretender(desktop_.program("bin/ed (deleted)"), kWait);
+  EXPECT_FALSE(*workspace_.isRunning(kEd));
+}
+
+TEST_F(WorkspaceTest, AnInterpreterIsNotTheApplication) {
+  const std::string text = "#!/usr/bin/env python3\nimport signal\nsignal.pause()\n";
+  const std::string script = desktop_.script("bin/ed.py", text);
+  const std::string other = desktop_.script("bin/other.py", text);
+  desktop_.declare(kEd, script + " %F");
+  desktop_.declare("org.example.Explicit", "python3 -u " + script);
+  desktop_.declare("org.example.Python", "/usr/bin/python3");
+  desktop_.declare("org.example.Shell", "sh -c \"exec " + script + "\"");
+  const Running unrelated(kPython, {other, script});
+  EXPECT_EQ(copies(), 0);
+  const Running direct(script);
+  const Running named(kPython, {"-u", desktop_ / "bin/../bin/ed.py", "film"});
+  EXPECT_TRUE(soon([this] { return copies() == 2; })) << copies();
+  EXPECT_EQ(copies("org.example.Explicit"), 2);
+  EXPECT_EQ(copies("org.example.Python"), 0);
+  EXPECT_EQ(copies("org.example.Shell"), 0);
+}
+
+TEST_F(WorkspaceTest, OptionsWithAValueTellApplicationsOfOneProgramApart) {
+  const std::string browser = desktop_.program("bin/browser");
+  desktop_.declare(kEd, browser + " --quiet --pid=" + std::to_string(getpid()));
+  desktop_.declare("org.example.Browser", browser + " %U");
+  const Running window(browser, kWait);
+  EXPECT_EQ(copies(), 0);
+  const Running web(browser, {"--pid=" + std::to_string(getpid()), "-f", "/dev/null"});
+  EXPECT_EQ(copies(), 1);
+  EXPECT_EQ(copies("org.example.Browser"), 2);
+}
+
+TEST_F(WorkspaceTest, OtherPeoplesProgramsDoNotCount) {
+  if (getuid() != 0) GTEST_SKIP() << "only the superuser can start programs of others";
+  const std::string program = desktop_.program("bin/ed");
+  fs::permissions(desktop_.home(), fs::perms::others_exec | fs::perms::group_exec, fs::perm_options::add);
+  desktop_.declare(kEd, program);
+  Running other("/usr/bin/setpriv", {"--reuid=65534", "--clear-groups", program, "-f", "/dev/null"});
+  const std::string link = "/proc/" + std::to_string(other.number()) + "/exe";
+  ASSERT_TRUE(soon([&] { return fs::read_symlink(link) == program; }));
+  EXPECT_EQ(copies(), 0);
+  EXPECT_TRUE(workspace_.quitApplication("Ed", kEd));
+  EXPECT_TRUE(other.isAlive());
+}
+
+TEST_F(WorkspaceTest, QuittingEndsEveryCopyAndNothingElse) {
+  const std::string program = desktop_.program("bin/ed");
+  desktop_.declare(kEd, program);
+  Running first(program, kWait);
+  Running second(program, kWait);
+  Running similar(desktop_.program("bin/editor"), kWait);
+  EXPECT_TRUE(workspace_.quitApplication("Ed", kEd));
+  EXPECT_TRUE(first.endsBy(SIGTERM));
+  EXPECT_TRUE(second.endsBy(SIGTERM));
+  EXPECT_TRUE(similar.isAlive());
+  EXPECT_FALSE(*workspace_.isRunning(kEd));
+  EXPECT_TRUE(workspace_.quitApplication("Ed", kEd)) << "nothing runs any more";
+}
+
+TEST_F(WorkspaceTest, AScriptThatWaitsForItsProgramEndsAfterIt) {
+  const std::string program = desktop_.program("bin/real");
+  const std::string wrapper =
+      desktop_.script("bin/ed", "#!/bin/sh\n" + program + " -f /dev/null\necho $? > $HOME/ended\n");
+  desktop_.declare(kEd, wrapper);
+  desktop_.declare("org.example.Real", program);
+  Running ed(wrapper);
+  ASSERT_TRUE(soon([this] { return copies("org.example.Real") == 1; }));
+  EXPECT_TRUE(workspace_.quitApplication("Ed", kEd));
+  EXPECT_TRUE(soon([&] { return !ed.isAlive(); }));
+  EXPECT_EQ(copies("org.example.Real"), 0);
+  EXPECT_EQ(readFile(desktop_ / "ended"), "143\n") << "the script was not cut short";
+}
+
+TEST_F(WorkspaceTest, AnApplicationThatStaysIsAskedOnceAndLeftAlone) {
+  const std::string ed = desktop_.script("bin/ed",
+                                         "#!/usr/bin/python3\nimport os, signal\n"
+                                         "home = os.environ['HOME']\n"
+                                         "asked = lambda *_: open(home + '/asked', 'a').write('asked\\n')\n"
+                                         "signal.signal(signal.SIGTERM, asked)\n"
+                                         "open(home + '/ready', 'w')\n"
+                                         "while True: signal.pause()\n");
+  desktop_.declare(kEd, ed);
+  Running stubborn(ed);
+  ASSERT_TRUE(soon([this] { return exists(desktop_ / "ready"); }));
+  EXPECT_TRUE(workspace_.quitApplication("Ed", kEd));
+  EXPECT_TRUE(*workspace_.isRunning(kEd));
+  EXPECT_EQ(readFile(desktop_ / "asked"), "asked\n");
+}
+
+TEST_F(WorkspaceTest, ALaunchedApplicationStandsOnItsOwn) {
+  desktop_.declare(kEd, recorder());
+  const Status launched = workspace_.launchApplication(kEd);
+  ASSERT_TRUE(launched) << launched.error().text;
+  const Start start = started();
+  EXPECT_EQ(getsid(start.process), start.process);
+  EXPECT_EQ(start.folder, desktop_.home());
+  EXPECT_EQ(start.output, "/dev/null");
+  // Its program is another by now, but whoever starts an entry leaves a mark.
+  EXPECT_TRUE(*workspace_.isRunning(kEd));
+  EXPECT_EQ(fs::read_symlink("/proc/" + std::to_string(start.process) + "/exe"), desktop_ / "bin/waiting");
+  helper_.reset();
+  EXPECT_EQ(kill(start.process, 0), 0);
+  helper_.emplace([this] { return desktopHelperProgram(users_); });
+  EXPECT_TRUE(workspace_.quitApplication("Ed", kEd));
+  EXPECT_TRUE(soon([this] { return copies() == 0; }));
+}
+
+TEST_F(WorkspaceTest, OpensAFileWithAnApplicationNamedInAnotherCase) {
+  desktop_.declare(kEd, recorder() + " --open %f");
+  const std::string film = desktop_ / "my film; touch x\n\xff.fcp";
+  writeFile(film, "data");
+  EXPECT_EQ(workspace_.applicationPath("ORG.example.ed"), desktop_.entry(kEd));
+  const Status opened = workspace_.openFile(film, "org.example.ed");
+  ASSERT_TRUE(opened) << opened.error().text;
+  EXPECT_EQ(started().arguments, "--open " + film.substr(0, film.find('\n')));
+}
+
+TEST_F(WorkspaceTest, TheSuperuserActsAsTheUserAtTheConsole) {
+  if (getuid() != 0) GTEST_SKIP() << "only the superuser can become others";
+  constexpr uid_t kUser = 65534;
+  desktop_.declare(kEd, recorder());
+  desktop_.giveTo(kUser);
+  const Running own(desktop_ / "bin/waiting", kWait);
+  users_.superuser = true;
+  users_.console = User{"nobody", kUser, kUser, desktop_.home()};
+  const EnvironmentChange misleading("XDG_DATA_HOME", "/nonexistent");
+  const Status launched = workspace_.launchApplication(kEd);
+  ASSERT_TRUE(launched) << launched.error().text;
+  struct stat status {};
+  ASSERT_EQ(stat(("/proc/" + std::to_string(started().process)).c_str(), &status), 0);
+  EXPECT_EQ(status.st_uid, kUser);
+  EXPECT_EQ(copies(), 1);
+  EXPECT_TRUE(workspace_.quitApplication("Ed", kEd));
+  EXPECT_TRUE(soon([this] { return !*workspace_.isRunning(kEd); }));
+  users_.console.reset();
+  EXPECT_FALSE(*workspace_.isRunning(kEd));
+}
+
+TEST_F(WorkspaceTest, SaysWhatIsWrongWithAnEntry) {
+  const auto failure = [this](const std::string& identifier) {
+    const Status launched = workspace_.launchApplication(identifier);
+    return launched ? "started" : launched.error().text;
+  };
+  EXPECT_EQ(failure(kEd), "org.example.Ed: No application of this identifier is installed.");
+  desktop_.declare(kEd, desktop_ / "bin/missing");
+  EXPECT_THAT(failure(kEd), HasSubstr("The program that this names is not installed."));
+  EXPECT_FALSE(workspace_.applicationPath(kEd));
+  desktop_.declare("org.example.Hidden", "/usr/bin/tail -f /dev/null", "Hidden=true\n");
+  EXPECT_THAT(failure("org.example.Hidden"), HasSubstr("No application of this identifier"));
+
+  mkfifo(desktop_.entry("org.example.Fifo").c_str(), 0600);
+  makeFolders(desktop_.entry("org.example.Folder"));
+  writeFile(desktop_.entry("org.example.Text"), "no key file\n[");
+  writeFile(desktop_.entry("org.example.Empty"), "");
+  writeFile(desktop_.entry("org.example.Large"), "[Desktop Entry]\nExec=tail\n" + std::string(1 << 20, '#'));
+  desktop_.declare("org.example.Quotes", "\"unfinished");
+  desktop_.declare("org.example.NoCommand", "");
+  for (const char* name : {"Fifo", "Folder", "Text", "Empty", "Large", "Quotes", "NoCommand"}) {
+    const std::string identifier = std::string("org.example.").append(name);
+    EXPECT_NE(failure(identifier), "started") << name;
+    EXPECT_FALSE(*workspace_.isRunning(identifier)) << name;
+  }
+}
+
+TEST_F(WorkspaceTest, AsksNobodyWhereNothingCanRun) {
+  int asked = 0;
+  DesktopHelper helper([&]() -> Result<ChildProgram> { return ++asked, Error{std::errc::io_error, "no helper"}; });
+  const LinuxWorkspace workspace(helper, users_);
+  EXPECT_FALSE(*workspace.isRunning(kEd));
+  EXPECT_EQ(asked, 0);
+  desktop_.declare(kEd, "/usr/bin/tail");
+  EXPECT_EQ(workspace.isRunning(kEd).error().text, "no helper");
+  users_.process.reset();
+  EXPECT_FALSE(*workspace.isRunning(kEd));
+}
+
+class ApplicationBusTest : public WorkspaceTest {
+ protected:
+  void SetUp() override {
+    if (const std::string reason = SessionBus::missing(); !reason.empty()) GTEST_SKIP() << reason;
+    bus_.emplace();
+  }
+  std::optional<SessionBus> bus_;
+};
+
+TEST_F(ApplicationBusTest, ANameOnTheBusIsARunningApplication) {
+  const HelperProcess similar = bus_->start("application.py", {"org.example.Editor"});
+  EXPECT_FALSE(*workspace_.isRunning(kEd));
+  const HelperProcess ed = bus_->start("application.py", {kEd});
+  EXPECT_TRUE(*workspace_.isRunning(kEd));
+  EXPECT_EQ(copies(), 1);
+}
+
+TEST_F(ApplicationBusTest, IsAskedToQuitByItsActionAndOtherCopiesByASignal) {
+  const std::string program = desktop_.program("bin/ed");
+  desktop_.declare(kEd, program);
+  HelperProcess ed = bus_->start("application.py", {kEd, "save", "quit"});
+  Running copy(program, kWait);
+  EXPECT_EQ(copies(), 2);
+  EXPECT_TRUE(workspace_.quitApplication("Ed", kEd));
+  EXPECT_THAT(heardBy(ed), ElementsAre("quit"));
+  EXPECT_TRUE(copy.endsBy(SIGTERM));
+  EXPECT_TRUE(soon([this] { return copies() == 0; }));
+}
+
+TEST_F(ApplicationBusTest, WithoutAQuitActionItGetsASignal) {
+  HelperProcess ed = bus_->start("application.py", {kEd, "save"});
+  HelperProcess similar = bus_->start("application.py", {"org.example.Editor", "quit"});
+  EXPECT_TRUE(workspace_.quitApplication("Ed", kEd));
+  EXPECT_THAT(heardBy(ed), ElementsAre("SIGTERM"));
+  EXPECT_TRUE(*workspace_.isRunning("org.example.Editor"));
+}
+
+TEST_F(ApplicationBusTest, StartsAndShowsActivatableApplicationsThere) {
+  desktop_.declare(kEd, "/usr/bin/false", "DBusActivatable=true\n");
+  EXPECT_EQ(workspace_.activateApplication(kEd).error().code, std::errc::not_supported);
+  {
+    HelperProcess ed = bus_->start("application.py", {kEd});
+    EXPECT_TRUE(workspace_.launchApplication(kEd));
+    EXPECT_THAT(heardBy(ed), ElementsAre("activate"));
+    EXPECT_TRUE(workspace_.activateApplication("ORG.EXAMPLE.ED"));
+    EXPECT_THAT(heardBy(ed), ElementsAre("activate"));
+    EXPECT_TRUE(workspace_.openFile("/tmp/a film.fcp", kEd));
+    EXPECT_THAT(heardBy(ed), ElementsAre("open", "/tmp/a film.fcp"));
+  }
+  EXPECT_FALSE(workspace_.launchApplication(kEd)) << "nobody offers the name now, and the bus cannot start anyone";
+}
+
+TEST_F(ApplicationBusTest, TheServiceManagerTellsOfTheSessionAndMakesUnits) {
+  const std::string elsewhere = desktop_ / "elsewhere";
+  const EnvironmentChange folders("XDG_DATA_DIRS", std::nullopt);
+  const std::string program = recorder();
+  HelperProcess manager =
+      bus_->start("service_manager.py", {"XDG_DATA_DIRS=" + elsewhere, "PATH=" + elsewhere + ":/usr/bin:/bin",
+                                         "HOME=/nonexistent", "=odd", "WAYLAND_DISPLAY=test-0"});
+  desktop_.declare("org.example.Ed-2", "sh -c \"exec ed $WAYLAND_DISPLAY\"");
+  makeFolders(elsewhere + "/applications");
+  fs::rename(desktop_.entry("org.example.Ed-2"), elsewhere + "/applications/org.example.Ed-2.desktop");
+  fs::rename(program, elsewhere + "/ed");
+  const Status launched = workspace_.launchApplication("org.example.Ed-2");
+  ASSERT_TRUE(launched) << launched.error().text;
+  const Start start = started();
+  EXPECT_EQ(start.arguments, "test-0");
+  const std::string number = std::to_string(start.process);
+  EXPECT_THAT(heardBy(manager), ElementsAre("StartTransientUnit",
+                                            "app-vantory-org.example.Ed\\x2d2-" + number + ".scope", "fail", number));
+}
+
+TEST_F(ApplicationBusTest, AFrozenBusHoldsNobodyUp) {
+  const HelperProcess other = bus_->start("application.py", {"org.example.Other"});
+  bus_->signal(SIGSTOP);
+  EXPECT_EQ(workspace_.isRunning(kEd).error().code, std::errc::timed_out);
+  bus_->signal(SIGCONT);
+  EXPECT_FALSE(*workspace_.isRunning(kEd));
+}
+
+}  // namespace
+}  // namespace vantory::test
