@@ -115,6 +115,7 @@ bool ApplicationProcesses::terminate(pid_t number, const ApplicationTraits& appl
 
 bool ApplicationProcesses::isOf(const ApplicationTraits& application, const ProcessView& process) const {
   const pid_t number = process.number();
+  if (application.identifier.empty()) return false;  // what has no name at all would pass for it
   if (number == getpid() || number == getppid()) return false;
   const bool shows = number == application.busOwner || isInUnitOf(application, process) ||
                      process.flatpakApplication() == application.identifier || wasStartedAs(application, process) ||
