@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """A GTK-like application: IDENTIFIER ACTION... It tells when it is activated, when it is given files, when one of its
-actions is called and when it gets SIGTERM; the action "quit" and SIGTERM end it."""
+actions is called and when it gets SIGTERM; the action "quit" and SIGTERM end it. With the argument "--asks" the action
+asks the user first, who is away: it does not return, and the application goes on meanwhile."""
 
 import signal
 import sys
@@ -15,7 +16,9 @@ application.connect("open", lambda _, files, *rest: peer.tell("open", *[file.get
 
 def end(reason):
     peer.tell(reason)
-    if reason in ("quit", "SIGTERM"):
+    if reason == "quit" and "--asks" in sys.argv:
+        GLib.MainLoop().run()
+    elif reason in ("quit", "SIGTERM"):
         peer.loop.quit()
 
 

@@ -20,6 +20,7 @@ namespace {
 
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
+using ::testing::IsEmpty;
 
 namespace fs = std::filesystem;
 
@@ -309,6 +310,16 @@ TEST_F(ApplicationBusTest, WithoutAQuitActionItGetsASignal) {
   EXPECT_TRUE(workspace_.quitApplication("Ed", kEd));
   EXPECT_THAT(heardBy(ed), ElementsAre("SIGTERM"));
   EXPECT_TRUE(*workspace_.isRunning("org.example.Editor"));
+}
+
+TEST_F(ApplicationBusTest, OneThatTakesTimeToAnswerIsNotCutShort) {
+  HelperProcess ed = bus_->start("application.py", {kEd, "quit", "--asks"});
+  EXPECT_TRUE(workspace_.quitApplication("Ed", kEd));
+  EXPECT_THAT(heardBy(ed), ElementsAre("quit"));
+  EXPECT_TRUE(*workspace_.isRunning(kEd));
+  EXPECT_THAT(heardBy(ed, std::chrono::milliseconds(500)), IsEmpty()) << "it has unsaved work";
+  EXPECT_TRUE(workspace_.quitApplication("Ed", kEd));
+  EXPECT_THAT(heardBy(ed), ElementsAre("quit")) << "nor when it is asked once more";
 }
 
 TEST_F(ApplicationBusTest, StartsAndShowsActivatableApplicationsThere) {
