@@ -322,6 +322,13 @@ TEST_F(ApplicationBusTest, OneThatTakesTimeToAnswerIsNotCutShort) {
   EXPECT_THAT(heardBy(ed), ElementsAre("quit")) << "nor when it is asked once more";
 }
 
+TEST_F(ApplicationBusTest, AnEntryWhoseNameCannotBeOnTheBusIsStartedByItsCommand) {
+  desktop_.declare("an editor", recorder() + " --here", "DBusActivatable=true\n");
+  const Status launched = workspace_.launchApplication("an editor");
+  ASSERT_TRUE(launched) << launched.error().text;
+  EXPECT_EQ(started().arguments, "--here");
+}
+
 TEST_F(ApplicationBusTest, StartsAndShowsActivatableApplicationsThere) {
   desktop_.declare(kEd, "/usr/bin/false", "DBusActivatable=true\n");
   EXPECT_EQ(workspace_.activateApplication(kEd).error().code, std::errc::not_supported);

@@ -14,10 +14,6 @@ constexpr const char* kBus = "org.freedesktop.DBus";
 constexpr std::chrono::seconds kPatience{2};
 constexpr std::chrono::seconds kPatienceForStart{20};
 
-bool isBusName(const std::string& identifier) {
-  return g_dbus_is_name(identifier.c_str()) && !g_dbus_is_unique_name(identifier.c_str());
-}
-
 std::string objectPath(std::string identifier) {
   std::replace(identifier.begin(), identifier.end(), '.', '/');
   std::replace(identifier.begin(), identifier.end(), '-', '_');
@@ -52,6 +48,10 @@ GVariant* textArray(const std::vector<std::string>& texts) {
 }  // namespace
 
 pid_t busOwner(const std::string& identifier) {
+bool isBusName(const std::string& identifier) {
+  return g_dbus_is_name(identifier.c_str()) && !g_dbus_is_unique_name(identifier.c_str());
+}
+
   if (!isBusName(identifier) || !hasBus()) return 0;
   const BusCall question{.service = kBus,
                          .path = "/org/freedesktop/DBus",

@@ -11,6 +11,9 @@
 
 namespace vantory::desktop {
 
+// Whether an application can have the identifier as its name on the bus.
+bool isBusName(const std::string& identifier);
+
 // The process that has the identifier as its name on the bus; 0 when none has or there is no bus.
 pid_t busOwner(const std::string& identifier);
 

@@ -84,7 +84,8 @@ Status spawn(GDesktopAppInfo* application, const std::vector<std::string>& addre
 }
 
 bool isOnBus(GDesktopAppInfo* application) {
-  return hasBus() && g_desktop_app_info_get_boolean(application, "DBusActivatable");
+  return hasBus() && isBusName(identifierOf(application)) &&
+         g_desktop_app_info_get_boolean(application, "DBusActivatable");
 }
 
 Result<ApplicationPointer> applicationFor(const std::string& identifier) {
