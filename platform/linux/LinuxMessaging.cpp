@@ -9,8 +9,8 @@ namespace vantory {
 
 namespace {
 
-// The helper program gives up after two seconds; this is for one that hangs.
-constexpr std::chrono::seconds kPatience{3};
+// The helper program gives up after three seconds; this is for one that hangs.
+constexpr std::chrono::seconds kPatience{4};
 
 }  // namespace
 

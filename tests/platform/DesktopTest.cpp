@@ -13,6 +13,7 @@
 #include "platform/linux/DesktopHelper.h"
 #include "platform/linux/DesktopSession.h"
 #include "platform/linux/LinuxMessaging.h"
+#include "tests/support/DesktopFolders.h"
 #include "tests/support/FakePlatform.h"
 #include "tests/support/SessionBus.h"
 
@@ -131,6 +132,8 @@ TEST_F(DesktopTest, ADesktopWithoutNotificationsIsToldAtOnceAndASilentOneInTime)
   HelperProcess server = bus_->start("notification_server.py", {"hangs"});
   EXPECT_LT(timeOf([&] { EXPECT_EQ(notifications_.post("Title", "Text", "").error().code, std::errc::timed_out); }),
             2900ms);
+  EXPECT_LT(timeOf([&] { EXPECT_EQ(notifications_.post("Title", "Text", "").error().code, std::errc::timed_out); }), 1s)
+      << "not for each message";
   EXPECT_EQ(started_, 1) << "the helper program does not suffer from a silent server";
 }
 
@@ -171,14 +174,22 @@ TEST_F(DesktopTest, ATaskClientThatHangsOrDiesHoldsNothingUpForLong) {
   EXPECT_EQ(started_, 1);
 }
 
-TEST_F(DesktopTest, AFrozenBusEndsTheHelperAndTheNextUseStartsAnother) {
+TEST_F(DesktopTest, AFrozenBusIsWaitedForOnceAndServesAgainWhenItGoesOn) {
   HelperProcess client = bus_->start("task_client.py", {kFirst, "answers", "postDisconnect"});
   bus_->signal(SIGSTOP);
-  EXPECT_LT(timeOf([&] { EXPECT_EQ(client_.send(kFirst, {"postDisconnect"}).error().code, std::errc::timed_out); }),
-            4900ms);
+  const auto time = timeOf([&] {
+    for (int i = 0; i < 10; ++i) {
+      EXPECT_EQ(client_.send(kFirst, {"postDisconnect"}).error().code, std::errc::timed_out);
+      EXPECT_EQ(notifications_.post("Title", "Text", "").error().code, std::errc::timed_out);
+    }
+  });
+  EXPECT_LT(time, 2900ms);
   bus_->signal(SIGCONT);
-  EXPECT_EQ(sent(kFirst, {"postDisconnect"}), Answer::Received);
-  EXPECT_EQ(started_, 2);
+  EXPECT_TRUE(soon([&] {
+    const Result<Answer> answer = client_.send(kFirst, {"postDisconnect"});
+    return answer && *answer == Answer::Received;
+  }));
+  EXPECT_EQ(started_, 1);
 }
 
 TEST_F(DesktopTest, WithoutABusNothingIsStarted) {

@@ -365,11 +365,29 @@ TEST_F(ApplicationBusTest, TheServiceManagerTellsOfTheSessionAndMakesUnits) {
 }
 
 TEST_F(ApplicationBusTest, AFrozenBusHoldsNobodyUp) {
+  const std::string program = desktop_.program("bin/ed");
+  desktop_.declare(kEd, program);
   const HelperProcess other = bus_->start("application.py", {"org.example.Other"});
   bus_->signal(SIGSTOP);
-  EXPECT_EQ(workspace_.isRunning(kEd).error().code, std::errc::timed_out);
+  const auto start = std::chrono::steady_clock::now();
+  {
+    const Running ed(program, kWait);
+    EXPECT_EQ(copies(), 1) << "it needs no bus to be seen";
+  }
+  for (int i = 0; i < 10; ++i) EXPECT_FALSE(*workspace_.isRunning(kEd));
+  EXPECT_EQ(workspace_.launchApplication(kEd).error().code, std::errc::timed_out);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(4));
   bus_->signal(SIGCONT);
-  EXPECT_FALSE(*workspace_.isRunning(kEd));
+  EXPECT_TRUE(soon([this] { return *workspace_.isRunning("org.example.Other"); }));
+}
+
+TEST_F(ApplicationBusTest, ABusThatFreezesLaterHoldsNobodyUpEither) {
+  EXPECT_EQ(copies(), 0);
+  bus_->signal(SIGSTOP);
+  const auto start = std::chrono::steady_clock::now();
+  for (int i = 0; i < 10; ++i) EXPECT_FALSE(*workspace_.isRunning(kEd));
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(4));
+  bus_->signal(SIGCONT);
 }
 
 }  // namespace

@@ -24,7 +24,8 @@ BusCall applicationCall(const std::string& identifier, const char* member) {
   return {.service = identifier,
           .path = objectPath(identifier),
           .interface = "org.freedesktop.Application",
-          .member = member};
+          .member = member,
+          .insist = true};
 }
 
 Status outcome(const BusCall& call) {
@@ -47,11 +48,11 @@ GVariant* textArray(const std::vector<std::string>& texts) {
 
 }  // namespace
 
-pid_t busOwner(const std::string& identifier) {
 bool isBusName(const std::string& identifier) {
   return g_dbus_is_name(identifier.c_str()) && !g_dbus_is_unique_name(identifier.c_str());
 }
 
+pid_t busOwner(const std::string& identifier) {
   if (!isBusName(identifier) || !hasBus()) return 0;
   const BusCall question{.service = kBus,
                          .path = "/org/freedesktop/DBus",
@@ -72,7 +73,8 @@ bool offersAction(const std::string& identifier, const std::string& action) {
                          .interface = "org.gtk.Actions",
                          .member = "List",
                          .reply = "(as)",
-                         .startService = false};
+                         .startService = false,
+                         .insist = true};
   const Result<VariantPointer> reply = callBus(question, Deadline(kPatience));
   if (!reply) return false;
   const VariantPointer names(g_variant_get_child_value(reply->get(), 0));

@@ -26,6 +26,7 @@ constexpr const char* kMailTool = "xdg-email";
 
 // With the application that is usual for what the address, a URI, names.
 Status openUsually(const std::string& address) {
+  if (Status usable = checkBus(); !usable) return usable;
   adoptSessionEnvironment();
   const ObjectPointer<GFile> file(g_file_new_for_uri(address.c_str()));
   GError* error = nullptr;

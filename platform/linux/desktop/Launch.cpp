@@ -135,6 +135,7 @@ Result<Message> findApplication(const Message& arguments) {
 }  // namespace
 
 Status launch(GDesktopAppInfo* application, const std::vector<std::string>& addresses) {
+  if (Status usable = checkBus(); !usable) return usable;
   if (!isOnBus(application)) return spawn(application, addresses);
   const std::string identifier = identifierOf(application);
   return addresses.empty() ? activate(identifier, true) : openOnBus(identifier, addresses);

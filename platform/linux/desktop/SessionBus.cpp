@@ -2,12 +2,21 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <future>
+#include <map>
+#include <thread>
+#include <utility>
 
 #include "platform/linux/Errors.h"
 
 namespace vantory::desktop {
 
 namespace {
+
+using std::chrono::steady_clock;
+
+constexpr std::chrono::seconds kConnectPatience{1};
+constexpr std::chrono::seconds kSilence{30};
 
 int numberOf(const GError& error) {
   if (g_error_matches(&error, G_IO_ERROR, G_IO_ERROR_TIMED_OUT)) return ETIMEDOUT;
@@ -37,6 +46,32 @@ Error errorFrom(const std::string& about, GError* error) {
   return errorWithText(static_cast<std::errc>(numberOf(*error)), about, error->message);
 }
 
+Result<GDBusConnection*> connect() {
+  GError* error = nullptr;
+  if (GDBusConnection* connection = g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, &error)) return connection;
+  const ErrorPointer owner(error);
+  return errorWithText(std::errc::no_such_device_or_address, "the session bus", error->message);
+}
+
+// On a thread of its own, because GIO waits without end for a bus that hangs.
+std::future<Result<GDBusConnection*>> beginToConnect() {
+  std::promise<Result<GDBusConnection*>> promise;
+  auto outcome = promise.get_future();
+  std::thread([promise = std::move(promise)]() mutable { promise.set_value(connect()); }).detach();
+  return outcome;
+}
+
+// Until when the services that did not answer are left alone.
+std::map<std::string, steady_clock::time_point>& silences() {
+  static std::map<std::string, steady_clock::time_point> moments;
+  return moments;
+}
+
+bool isSilent(const std::string& service) {
+  const auto known = silences().find(service);
+  return known != silences().end() && steady_clock::now() < known->second;
+}
+
 }  // namespace
 
 int Deadline::remaining() const {
@@ -46,15 +81,22 @@ int Deadline::remaining() const {
 
 Result<GDBusConnection*> sessionBus() {
   static GDBusConnection* connection = nullptr;
+  static std::future<Result<GDBusConnection*>> attempt;
   if (connection) return connection;
-  GError* error = nullptr;
-  connection = g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, &error);
-  if (connection) return connection;
-  const ErrorPointer owner(error);
-  return errorWithText(std::errc::no_such_device_or_address, "the session bus", error->message);
+  std::chrono::seconds patience{0};
+  if (!attempt.valid()) {
+    attempt = beginToConnect();
+    patience = kConnectPatience;
+  }
+  if (attempt.wait_for(patience) != std::future_status::ready)
+    return errorWithText(std::errc::timed_out, "the session bus", "It does not answer.");
+  Result<GDBusConnection*> outcome = attempt.get();
+  if (outcome) connection = *outcome;
+  return outcome;
 }
 
 Result<VariantPointer> callBus(const BusCall& call, const Deadline& deadline) {
+  if (!call.insist && isSilent(call.service)) return systemError(call.service, ETIMEDOUT);
   const Result<GDBusConnection*> bus = sessionBus();
   if (!bus) return bus.error();
   GError* error = nullptr;
@@ -63,8 +105,10 @@ Result<VariantPointer> callBus(const BusCall& call, const Deadline& deadline) {
       call.reply ? G_VARIANT_TYPE(call.reply) : nullptr,
       call.startService ? G_DBUS_CALL_FLAGS_NONE : G_DBUS_CALL_FLAGS_NO_AUTO_START, deadline.remaining(), nullptr,
       &error));
-  if (!reply) return errorFrom(call.service, error);
-  return reply;
+  if (reply) return reply;
+  Error failure = errorFrom(call.service, error);
+  if (failure.code == std::errc::timed_out) silences()[call.service] = steady_clock::now() + kSilence;
+  return failure;
 }
 
 TextPointer busText(const std::string& text) {

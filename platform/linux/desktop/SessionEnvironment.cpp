@@ -32,6 +32,13 @@ bool hasBus() {
   return found;
 }
 
+Status checkBus() {
+  if (!hasBus()) return {};
+  const Result<GDBusConnection*> bus = sessionBus();
+  if (!bus && bus.error().code == std::errc::timed_out) return bus.error();
+  return {};
+}
+
 void adoptSessionEnvironment() {
   static bool adopted = false;
   if (std::exchange(adopted, true) || !hasBus()) return;

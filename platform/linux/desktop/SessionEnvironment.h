@@ -1,6 +1,8 @@
 // The environment of the user's graphical session.
 #pragma once
 
+#include "platform/Result.h"
+
 namespace vantory::desktop {
 
 // Takes over, once, what the user's service manager knows of the session (display, folders of applications, ...) and
@@ -10,5 +12,9 @@ void adoptSessionEnvironment();
 
 // Whether there is a bus to speak on. Looking for one without asking this may start one.
 bool hasBus();
+
+// Fails (timed_out) where there is a bus that hangs. To be called before GIO starts programs or looks at files of any
+// kind: it speaks to the bus then, and waits without end.
+Status checkBus();
 
 }  // namespace vantory::desktop
