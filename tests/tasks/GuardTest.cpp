@@ -54,6 +54,27 @@ TEST_F(GuardTest, WithoutAWindowTheCallerDecides) {
   EXPECT_THAT(fake_.workspace.quitRequests, IsEmpty());
 }
 
+TEST_F(GuardTest, WithAWindowTheUserDecides) {
+  AlertTexts shown;
+  int button = QWAlert::Default;
+  QWAlert::sharedController().ask = [&](const AlertTexts& texts) { return shown = texts, button; };
+  EXPECT_EQ(decide(false), GuardDecision::CloseAndRelaunch);
+  EXPECT_EQ(shown.messageText, "App is running");
+  EXPECT_EQ(shown.defaultButton, "Close and Relaunch");
+  EXPECT_EQ(shown.alternateButton, "Cancel");
+  EXPECT_EQ(shown.otherButton, "Skip Application");
+  EXPECT_EQ(shown.informativeText,
+            "This task cannot complete while App is running. Do you want to cancel processing, skip all App tasks or "
+            "close and relaunch App?");
+  button = QWAlert::Alternate;
+  EXPECT_EQ(decide(true), GuardDecision::Cancel);
+  button = QWAlert::Other;
+  EXPECT_EQ(decide(true), GuardDecision::Skip);
+  button = 7;
+  EXPECT_EQ(decide(true), GuardDecision::NotRunning);
+  EXPECT_THAT(log(), HasSubstr("App is running - asking the user what to do...\n"));
+}
+
 TEST_F(GuardTest, ClosingWaitsForTheLastCopyWithinItsLimit) {
   fake_.workspace.onQuit = [](const std::string&) { return Error{std::errc::timed_out, "no answer"}; };
   EXPECT_FALSE(guard_.closeAppWithName("App", "app"));
