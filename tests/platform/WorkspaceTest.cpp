@@ -24,7 +24,9 @@ using ::testing::IsEmpty;
 
 namespace fs = std::filesystem;
 
-constexpr const char* kEd = "org.example.Ed";
+// Its own in each process: a test that asks all copies to quit must not reach those of another.
+const std::string kNumber = std::to_string(getpid());
+const std::string kEd = "org.example.Ed" + kNumber;
 constexpr const char* kPython = "/usr/bin/python3";
 const std::vector<std::string> kWait = {"-f", "/dev/null"};
 
@@ -76,14 +78,15 @@ TEST_F(WorkspaceTest, FindsAProgramStartedFromATerminalByItsEntry) {
   fs::create_symlink(program, desktop_ / "bin/ed");
   desktop_.declare(kEd, "env -u NOTHING A=1 \"" + program + "\" --fresh %F");
   desktop_.declare("org.example.ByPath", "ed %U");
-  desktop_.declare("org.example.Ed2", desktop_.program("bin/ed2"));
+  desktop_.declare(kEd + "2", desktop_.program("bin/ed2"));
   EXPECT_EQ(copies(), 0);
   const Running first(desktop_ / "bin/ed", kWait);
   const Running second(program, kWait);
   EXPECT_EQ(copies(), 2);
   EXPECT_EQ(copies("org.example.ByPath"), 2);
-  for (const char* other : {"org.example.Ed2", "org.example.E", "org.example.ed", "example.Ed",
-                            "org.example.Ed.desktop", "../applications/org.example.Ed", "", "."})
+  for (const std::string& other :
+       {kEd + "2", std::string("org.example.Ed"), "org.example.ed" + kNumber, "example.Ed" + kNumber, kEd + ".desktop",
+        "../applications/" + kEd, std::string(), std::string(".")})
     EXPECT_EQ(copies(other), 0) << other;
 }
 
@@ -210,8 +213,8 @@ TEST_F(WorkspaceTest, OpensAFileWithAnApplicationNamedInAnotherCase) {
   desktop_.declare(kEd, recorder() + " --open %f");
   const std::string film = desktop_ / "my film; touch x\n\xff.fcp";
   writeFile(film, "data");
-  EXPECT_EQ(workspace_.applicationPath("ORG.example.ed"), desktop_.entry(kEd));
-  const Status opened = workspace_.openFile(film, "org.example.ed");
+  EXPECT_EQ(workspace_.applicationPath("ORG.example.ed" + kNumber), desktop_.entry(kEd));
+  const Status opened = workspace_.openFile(film, "org.example.ed" + kNumber);
   ASSERT_TRUE(opened) << opened.error().text;
   EXPECT_EQ(started().arguments, "--open " + film.substr(0, film.find('\n')));
 }
@@ -242,7 +245,7 @@ TEST_F(WorkspaceTest, SaysWhatIsWrongWithAnEntry) {
     const Status launched = workspace_.launchApplication(identifier);
     return launched ? "started" : launched.error().text;
   };
-  EXPECT_EQ(failure(kEd), "org.example.Ed: No application of this identifier is installed.");
+  EXPECT_EQ(failure(kEd), kEd + ": No application of this identifier is installed.");
   desktop_.declare(kEd, desktop_ / "bin/missing");
   EXPECT_THAT(failure(kEd), HasSubstr("The program that this names is not installed."));
   EXPECT_FALSE(workspace_.applicationPath(kEd));
