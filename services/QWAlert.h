@@ -1,10 +1,14 @@
 // Questions to the person at the window.
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <string>
 
 namespace vantory {
+
+// The window that an alert belongs to.
+enum class AlertParent { MainWindow, BackupDialog, SettingsWindow };
 
 // An alert's texts; a button without a title is not shown.
 struct AlertTexts {
@@ -13,6 +17,9 @@ struct AlertTexts {
   std::string alternateButton = {};
   std::string otherButton = {};
   std::string informativeText = {};
+  AlertParent parentWindow = AlertParent::MainWindow;
+  // After so long it answers itself with the default button; never when zero.
+  std::chrono::seconds interval{0};
 };
 
 class QWAlert {
@@ -21,8 +28,12 @@ class QWAlert {
 
   static QWAlert& sharedController();
 
-  // Shows the alert on the main window, blocks until it is answered, and answers the button's code. Set once by the
-  // front end that has a window, called from any thread; empty when there is none.
+  // Shows a message with the default button only and blocks until it is answered. Nothing without a window. Any thread.
+  static void alertSheetWithMessageText(const std::string& messageText, const std::string& informativeText,
+                                        AlertParent parentWindow = AlertParent::MainWindow);
+
+  // Shows the alert on its window, blocks until it is answered, and answers the button's code. Set once by the front
+  // end that has a window, called from any thread; empty when there is none.
   std::function<int(const AlertTexts&)> ask;
 };
 

@@ -1,0 +1,48 @@
+// Small parts of a window, as controllers see them. Everything here belongs to the main thread.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace vantory {
+
+class Button {
+ public:
+  virtual ~Button() = default;
+  virtual void setEnabled(bool enabled) = 0;
+  virtual void setTitle(const std::string& title) = 0;
+};
+
+// Turns while something is being done.
+class BusyIndicator {
+ public:
+  virtual ~BusyIndicator() = default;
+  virtual void startAnimation() = 0;
+  virtual void stopAnimation() = 0;
+};
+
+// A sheet over the main window with a label, a bar and a cancel button.
+class ProgressSheet {
+ public:
+  virtual ~ProgressSheet() = default;
+  virtual void show() = 0;
+  virtual void hide() = 0;
+  virtual void setLabel(const std::string& text) = 0;
+  virtual void setIndeterminate() = 0;
+  virtual void setMaximum(double maximum) = 0;
+  virtual void setValue(double value) = 0;
+};
+
+// Asks the person for files. Answers absolute paths; none when the person cancelled.
+class FileChooser {
+ public:
+  virtual ~FileChooser() = default;
+  struct Request {
+    std::vector<std::string> extensions = {};  // without dots; empty for all
+    bool folders = false;                      // folders instead of files, and new ones may be made
+    bool several = false;
+  };
+  virtual std::vector<std::string> choose(const Request& request) = 0;
+};
+
+}  // namespace vantory

@@ -1,0 +1,57 @@
+#include "services/BackgroundThreads.h"
+
+#include <exception>
+#include <system_error>
+#include <thread>
+#include <utility>
+
+#include "services/MainThread.h"
+#include "services/QWException.h"
+#include "services/QWLog.h"
+#include "services/Runtime.h"
+
+namespace vantory {
+
+BackgroundThreads& BackgroundThreads::shared() {
+  return Runtime::current().shared<BackgroundThreads>();
+}
+
+bool BackgroundThreads::start(std::function<void()> work) {
+  {
+    const std::lock_guard lock(mutex_);
+    ++running_;
+  }
+  try {
+    std::thread([this, work = std::move(work)] { run(work); }).detach();
+    return true;
+  } catch (const std::system_error& error) {
+    const std::lock_guard lock(mutex_);
+    --running_;
+    QWLog::appendLog("Unable to start a task: %@", error.what());
+    return false;
+  }
+}
+
+void BackgroundThreads::run(const std::function<void()>& work) {
+  MainThread& mainThread = MainThread::shared();
+  try {
+    work();
+  } catch (const std::exception& exception) {
+    QWException::logException(exception, "BackgroundThreads");
+  }
+  // Whoever waits may destroy this object as soon as the lock is given up.
+  const std::lock_guard lock(mutex_);
+  --running_;
+  mainThread.notify();
+}
+
+bool BackgroundThreads::isWorking() const {
+  const std::lock_guard lock(mutex_);
+  return running_ > 0;
+}
+
+void BackgroundThreads::waitForAll() {
+  MainThread::shared().runUntil([this] { return !isWorking(); });
+}
+
+}  // namespace vantory
