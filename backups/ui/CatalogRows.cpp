@@ -1,0 +1,51 @@
+#include "backups/ui/CatalogRows.h"
+
+namespace vantory {
+
+Rows rowsOf(const AppList& apps) {
+  return {apps.begin(), apps.end()};
+}
+
+Rows rowsBelow(const OutlineItemPointer& item) {
+  if (const auto app = rowAs<QWApp>(item)) return {app->children().begin(), app->children().end()};
+  if (const auto prefItem = rowAs<QWPrefItem>(item)) return {prefItem->users().begin(), prefItem->users().end()};
+  return {};
+}
+
+std::shared_ptr<QWApp> applicationOfRow(const OutlineItemPointer& item) {
+  OutlineItemPointer row = item;
+  while (const auto prefItem = rowAs<QWPrefItem>(row)) row = prefItem->parent();
+  return rowAs<QWApp>(row);
+}
+
+int selectionOfRow(const OutlineItemPointer& item) {
+  const auto record = rowAs<CatalogParent>(item);
+  return record ? record->selected() : Off;
+}
+
+std::string nameOfRow(const OutlineItemPointer& item) {
+  if (const auto app = rowAs<QWApp>(item)) return app->name();
+  if (const auto prefItem = rowAs<QWPrefItem>(item)) return prefItem->name();
+  return {};
+}
+
+int clickedState(const ObjectValue& value) {
+  const int* state = std::get_if<int>(&value);
+  return state && *state != Off ? On : Off;
+}
+
+void selectRow(const OutlineItemPointer& item, int state) {
+  if (const auto app = rowAs<QWApp>(item)) {
+    app->setSelected(state);
+    for (const auto& child : app->children()) child->inheritSelectionFromParent();
+    return;
+  }
+  const auto prefItem = rowAs<QWPrefItem>(item);
+  if (!prefItem) return;
+  prefItem->setSelected(state);
+  for (const auto& user : prefItem->users()) user->inheritSelectionFromParent();
+  // The application's own walk reaches the item between it and an Avid user.
+  if (const auto app = applicationOfRow(prefItem)) app->updateSelectionStatus();
+}
+
+}  // namespace vantory

@@ -1,0 +1,34 @@
+// Applications, their items and Avid users as rows of an outline.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "catalog/Catalog.h"
+#include "platform/OutlineView.h"
+
+namespace vantory {
+
+using Rows = std::vector<OutlineItemPointer>;
+
+template <class T>
+std::shared_ptr<T> rowAs(const OutlineItemPointer& item) {
+  return std::dynamic_pointer_cast<T>(item);
+}
+
+Rows rowsOf(const AppList& apps);
+// The items of an application, the Avid users of an item; nothing below other rows.
+Rows rowsBelow(const OutlineItemPointer& item);
+
+// The application that the row is or lies in; null for other rows.
+std::shared_ptr<QWApp> applicationOfRow(const OutlineItemPointer& item);
+int selectionOfRow(const OutlineItemPointer& item);
+std::string nameOfRow(const OutlineItemPointer& item);
+
+// What a click makes of a check box: a mixed one becomes on.
+int clickedState(const ObjectValue& value);
+// Ticks or unticks an application, an item or an Avid user, with all below it, and brings the rows above up to date.
+void selectRow(const OutlineItemPointer& item, int state);
+
+}  // namespace vantory

@@ -1,0 +1,49 @@
+#include "backups/ui/LibrarySorting.h"
+
+#include <algorithm>
+
+#include "services/QWUserDefaults.h"
+
+namespace vantory {
+
+namespace {
+
+int compare(const BackupNode& left, const BackupNode& right, const std::string& column) {
+  if (column == "name") return left.nameCompare(right);
+  return column == "date" ? left.dateCompare(right) : left.sizeCompare(right);
+}
+
+template <class List>
+void sort(List& list, const SortOrder& order) {
+  std::stable_sort(list.begin(), list.end(),
+                   [&](const auto& left, const auto& right) { return compare(*left, *right, order.column) < 0; });
+  if (order.descending) std::reverse(list.begin(), list.end());
+}
+
+}  // namespace
+
+SortOrder storedSortOrder() {
+  const QWUserDefaults& defaults = QWUserDefaults::standardUserDefaults();
+  return {defaults.stringForKey("sortedColumn").value_or("date"), defaults.boolForKey("sortedDescending")};
+}
+
+void storeSortOrder(const SortOrder& order) {
+  QWUserDefaults& defaults = QWUserDefaults::standardUserDefaults();
+  defaults.setObject("sortedColumn", PropertyList(order.column));
+  defaults.setObject("sortedDescending", PropertyList(order.descending));
+}
+
+QWDataController::Library sortedLibrary(QWDataController::Library library, const SortOrder& order) {
+  std::shared_ptr<QWAutosaveHeader> header;
+  if (!library.empty()) header = std::dynamic_pointer_cast<QWAutosaveHeader>(library.front());
+  if (header) library.erase(library.begin());
+  sort(library, order);
+  if (!header) return library;
+  BackupList children = header->children();
+  sort(children, order);
+  header->setChildren(std::move(children));
+  library.insert(library.begin(), header);
+  return library;
+}
+
+}  // namespace vantory

@@ -1,0 +1,61 @@
+// The backup dialog: makes a new backup, or edits one.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "backups/QWBackup.h"
+
+namespace vantory {
+
+class BackupDialogView;
+class FileChooser;
+class QWBackupOutlineController;
+class QWRestoreOutlineController;
+
+// Main thread. What it is given outlives it.
+class QWBackupEditController {
+ public:
+  struct Parts {
+    BackupDialogView& dialog;
+    FileChooser& chooser;
+    QWBackupOutlineController& backupController;
+    QWRestoreOutlineController& restoreController;
+    // Whether this program opens the project files, and what makes it do so.
+    std::function<bool()> handlesProjects;
+    std::function<void()> changeHandlerToVantory;
+  };
+  explicit QWBackupEditController(Parts parts) : parts_(std::move(parts)) {}
+
+  // For a new backup.
+  void showBackupDialog();
+  // For one that exists: it will be written anew, from the files that are there now.
+  void editBackup(const std::shared_ptr<QWBackup>& backup);
+
+  // The dialog's commands. backup() leaves it open while something is wrong with the name.
+  void backup();
+  void cancelBackup();
+  void addProject();
+  void removeProject();
+  void enableProjectHandling();
+  void expandProjectView();
+  void contractProjectView();
+
+  std::shared_ptr<QWBackup> editedBackup() const { return editedBackup_; }
+  void setEditedBackup(std::shared_ptr<QWBackup> backup) { editedBackup_ = std::move(backup); }
+
+ private:
+  void show(const std::string& confirmTitle);
+  bool isAcceptable(const std::string& name) const;
+  bool makesRoomFor(const std::string& name, const std::string& target) const;
+  void renameEdited(const std::string& name, const std::string& target);
+  std::shared_ptr<QWBackup> newBackup(const std::string& name, const std::string& target) const;
+
+  Parts parts_;
+  std::vector<std::string> projects_;
+  std::shared_ptr<QWBackup> editedBackup_;  // null while a new backup is made
+};
+
+}  // namespace vantory

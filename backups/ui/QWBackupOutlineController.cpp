@@ -1,0 +1,131 @@
+#include "backups/ui/QWBackupOutlineController.h"
+
+#include <algorithm>
+
+#include "backups/QWBackup.h"
+#include "backups/QWDataController.h"
+#include "backups/ui/CatalogRows.h"
+#include "backups/ui/PaneSwitcher.h"
+#include "backups/ui/QWRestoreOutlineController.h"
+#include "platform/Controls.h"
+#include "services/Format.h"
+#include "services/MainThread.h"
+#include "services/QWAlert.h"
+#include "services/QWLog.h"
+
+namespace vantory {
+
+namespace {
+
+AppList apps() {
+  return QWDataController::sharedController().appArray();
+}
+
+Rows below(const OutlineItemPointer& item) {
+  return item ? rowsBelow(item) : rowsOf(apps());
+}
+
+// What a failed writing left goes, and the lists say what is there.
+void dropFailedBackup(QWBackup& backup) {
+  backup.removeCreatedFolder();
+  MainThread::shared().runAndWait([] { QWDataController::sharedController().populateBackups(); });
+}
+
+}  // namespace
+
+QWBackupOutlineController::QWBackupOutlineController(const Parts& parts)
+    : parts_(parts),
+      appRefresh_(NotificationCenter::shared().observe("QWVantoryAppRefresh", [this] { reload(); })),
+      tabSwitch_(NotificationCenter::shared().observe("QWVantoryBackupTabSwitch", [this] { reload(); })) {
+  updateHeaderCheckCell();
+}
+
+void QWBackupOutlineController::reload() {
+  parts_.outline.reloadData();
+  updateHeaderCheckCell();
+}
+
+void QWBackupOutlineController::updateHeaderCheckCell() {
+  const AppList all = apps();
+  const auto on = std::count_if(all.begin(), all.end(), [](const auto& app) { return app->selected() == On; });
+  const bool any = std::any_of(all.begin(), all.end(), [](const auto& app) { return app->selected() != Off; });
+  if (on == 0)
+    headerState_ = Off;
+  else
+    headerState_ = static_cast<std::size_t>(on) == all.size() ? On : Mixed;
+  parts_.outline.setHeaderState(headerState_);
+  parts_.backupButton.setEnabled(any);
+}
+
+void QWBackupOutlineController::writeBackupOnThread(const std::shared_ptr<QWBackup>& backup) {
+  MainThread& mainThread = MainThread::shared();
+  QWLog::appendLog("Writing backup...");
+  mainThread.runAndWait([this] { parts_.spinner.startAnimation(); });
+  switch (backup->writeData()) {
+    case WriteResult::NoFiles:
+      QWLog::appendLog("Backup failed - no files to copy");
+      QWAlert::alertSheetWithMessageText(
+          "No files to copy",
+          "The backup was not created because none of the selected preference files exist on disk. To recreate them, "
+          "launch the selected applications or restore an existing backup.");
+      dropFailedBackup(*backup);
+      break;
+    case WriteResult::SettingsNotWritten:
+      QWLog::appendLog("Backup failed - error creating file");
+      QWAlert::alertSheetWithMessageText("Error creating file",
+                                         formatted("Please make sure you have write permissions for the folder %@.",
+                                                   QWDataController::vantoryBackupLocation()));
+      dropFailedBackup(*backup);
+      break;
+    case WriteResult::Success:
+      QWLog::appendLog("Backup successful");
+      // Writing it rebuilt the lists.
+      mainThread.runAndWait([&] { selectBackupInRestoreTab(backup); });
+      break;
+  }
+  mainThread.runAndWait([this] { parts_.spinner.stopAnimation(); });
+}
+
+void QWBackupOutlineController::selectBackupInRestoreTab(const std::shared_ptr<QWBackup>& backup) {
+  parts_.restoreController.reload();
+  parts_.panes.toolbarRestore();
+  parts_.restoreController.selectBackupWithPath(backup->path());
+}
+
+std::size_t QWBackupOutlineController::numberOfChildrenOfItem(const OutlineItemPointer& item) {
+  return below(item).size();
+}
+
+OutlineItemPointer QWBackupOutlineController::child(std::size_t index, const OutlineItemPointer& ofItem) {
+  const Rows rows = below(ofItem);
+  return index < rows.size() ? rows[index] : nullptr;
+}
+
+bool QWBackupOutlineController::isItemExpandable(const OutlineItemPointer& item) {
+  return !below(item).empty();
+}
+
+ObjectValue QWBackupOutlineController::objectValueForTableColumn(const std::string&, const OutlineItemPointer& byItem) {
+  return selectionOfRow(byItem);
+}
+
+void QWBackupOutlineController::setObjectValue(const ObjectValue& value, const std::string&,
+                                               const OutlineItemPointer& byItem) {
+  selectRow(byItem, clickedState(value));
+  const auto app = applicationOfRow(byItem);
+  parts_.outline.reloadItem(app ? app : byItem, true);
+  updateHeaderCheckCell();
+}
+
+void QWBackupOutlineController::willDisplayCell(OutlineCell& cell, const std::string&, const OutlineItemPointer& item) {
+  cell.title = nameOfRow(item);
+  if (const auto app = rowAs<QWApp>(item)) cell.icon = app->icon();
+}
+
+void QWBackupOutlineController::mouseDownInHeaderOfTableColumn(const std::string&) {
+  const int state = headerState_ == On ? Off : On;
+  for (const auto& app : apps()) selectRow(app, state);
+  reload();
+}
+
+}  // namespace vantory

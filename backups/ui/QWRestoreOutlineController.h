@@ -1,0 +1,83 @@
+// The Restore pane: the library of backups, and what can be done with one.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "backups/QWDataController.h"
+#include "platform/OutlineView.h"
+#include "services/NotificationCenter.h"
+
+namespace vantory {
+
+class BusyIndicator;
+class Button;
+class PaneSwitcher;
+class QWBackupEditController;
+
+// Main thread, but for the operations "OnThread". What it is given outlives it.
+class QWRestoreOutlineController : public OutlineDelegate, public OutlineActions {
+ public:
+  struct Parts {
+    OutlineView& outline;
+    Button& defaultCommand;
+    BusyIndicator& spinner;
+    PaneSwitcher& panes;
+  };
+  explicit QWRestoreOutlineController(const Parts& parts);
+  ~QWRestoreOutlineController() override;
+
+  // The dialog that edits a backup; set before the pane is shown.
+  void setEditController(QWBackupEditController& dialog) { dialog_ = &dialog; }
+
+  // Shows the library anew, sorted as the person left it. Any thread.
+  void reload();
+  // The backup of the selected row, or the one that the selected row lies in; null for none.
+  std::shared_ptr<QWBackup> selectedBackup() const;
+  // Nothing when the library does not hold it.
+  void selectBackupWithPath(const std::string& path);
+  void resetSelection();
+  void collapseAll();
+
+  // The commands. Each does nothing without a selected backup.
+  void restore();
+  void editBackup();
+  void toggleDefault();
+  void linkProject();
+  void unlinkProjects();
+  void revealLinkedProjects();
+  void sendToMail();
+  void updateFiles();
+  // On the row of the automatic backups their folder is shown.
+  void revealFinder();
+
+  // Worker threads.
+  void restoreOnThread(const std::shared_ptr<QWBackup>& backup);
+  void updateBackupFilesOnThread(const std::shared_ptr<QWBackup>& backup);
+
+  void applySortingForOutlineView();
+  void sortColumnWithIdentifier(const std::string& column, bool descending);
+
+  std::size_t numberOfChildrenOfItem(const OutlineItemPointer& item) override;
+  OutlineItemPointer child(std::size_t index, const OutlineItemPointer& ofItem) override;
+  bool isItemExpandable(const OutlineItemPointer& item) override;
+  ObjectValue objectValueForTableColumn(const std::string& column, const OutlineItemPointer& byItem) override;
+  void setObjectValue(const ObjectValue& value, const std::string& forTableColumn,
+                      const OutlineItemPointer& byItem) override;
+  void willDisplayCell(OutlineCell& cell, const std::string& forTableColumn, const OutlineItemPointer& item) override;
+  void didClickTableColumn(const std::string& column) override;
+  void selectionDidChange() override;
+  void doubleClick() override { restore(); }
+  bool keyUp(OutlineKey key) override;
+
+ private:
+  void rename(const std::shared_ptr<QWBackup>& backup, const std::string& name);
+  void runOnThread(std::function<void()> work);
+
+  Parts parts_;
+  QWBackupEditController* dialog_ = nullptr;
+  NotificationCenter::Observation tabSwitch_;
+};
+
+}  // namespace vantory

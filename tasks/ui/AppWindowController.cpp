@@ -1,0 +1,111 @@
+#include "tasks/ui/AppWindowController.h"
+
+#include "backups/QWDataController.h"
+#include "platform/Controls.h"
+#include "platform/Workspace.h"
+#include "services/BackgroundThreads.h"
+#include "services/MainThread.h"
+#include "services/NotificationCenter.h"
+#include "services/Paths.h"
+#include "services/QWLocalPaths.h"
+#include "services/QWLog.h"
+#include "services/Runtime.h"
+#include "settings/QWBugReporter.h"
+#include "tasks/ui/MainWindowView.h"
+
+namespace vantory {
+
+namespace {
+
+constexpr const char* kCrashAnalysis = "com.quarrywell.Faultlens";
+
+// The ticks of the panes stay as they are: a backup selects all that it holds.
+AppList copiesOf(const AppList& apps) {
+  AppList copies;
+  for (const auto& app : apps) {
+    auto copy = app->copyWithoutChildren();
+    for (const auto& item : app->children()) copy->addItem(item->copy());
+    copies.push_back(copy);
+  }
+  return copies;
+}
+
+}  // namespace
+
+void AppWindowController::startLog() {
+  if (const auto preferences = QWLocalPaths::prefsDirectory(true))
+    QWBugReporter::startBugReporter("Vantory", paths::join(*preferences, "com.quarrywell.Vantory.plist"));
+  QWLog::createNewLog(std::nullopt);
+}
+
+void AppWindowController::load(std::function<void()> shown) {
+  BackgroundThreads::shared().start([this, shown = std::move(shown)] {
+    QWDataController& data = QWDataController::sharedController();
+    data.populateApps();
+    data.populateBackups();
+    const bool hasCrashAnalysis = Runtime::current().platform().workspace.applicationPath(kCrashAnalysis).has_value();
+    MainThread::shared().runAndWait([&] {
+      if (hasCrashAnalysis) parts_.window.removeLinkItem();
+      toolbarTrash();
+      if (shown) shown();
+    });
+    if (data.backupArray().size() <= 1) makeFirstBackup();
+  });
+}
+
+void AppWindowController::makeFirstBackup() {
+  const auto name = QWLocalPaths::username();
+  if (!name) return;
+  const auto backup =
+      QWBackup::backupWithName(*name, std::nullopt, copiesOf(QWDataController::sharedController().appArray()));
+  if (backup->writeData() != WriteResult::Success) backup->removeCreatedFolder();
+}
+
+void AppWindowController::toolbarTrash() {
+  QWLog::appendLog("Switched to Trash pane");
+  parts_.window.showPane(Pane::Trash);
+  NotificationCenter::shared().post("QWVantoryTrashTabSwitch");
+}
+
+void AppWindowController::toolbarBackup() {
+  QWLog::appendLog("Switched to Backup pane");
+  parts_.window.showPane(Pane::Backup);
+  NotificationCenter::shared().post("QWVantoryBackupTabSwitch");
+}
+
+void AppWindowController::toolbarLock() {
+  QWLog::appendLog("Switched to Lock pane");
+  parts_.window.showPane(Pane::Lock);
+  NotificationCenter::shared().post("QWVantoryLockTabSwitch");
+}
+
+void AppWindowController::toolbarRestore() {
+  QWLog::appendLog("Switched to Restore pane");
+  parts_.window.showPane(Pane::Restore);
+  NotificationCenter::shared().post("QWVantoryRestoreTabSwitch");
+}
+
+WriteResult AppWindowController::autoBackup() {
+  QWLog::appendLog("Creating auto backup...");
+  return writeAutoBackup(false);
+}
+
+WriteResult AppWindowController::autoBackupPrefs() {
+  QWLog::appendLog("Creating auto backup of prefs...");
+  return writeAutoBackup(true);
+}
+
+WriteResult AppWindowController::writeAutoBackup(bool preferencesOnly) {
+  const auto backup = QWBackup::autoBackup(preferencesOnly);
+  const WriteResult result = backup->writeData();
+  if (result == WriteResult::Success) {
+    QWLog::appendLog("Backup successful.");
+  } else {
+    QWLog::appendLog("Backup failed with error code %i.", static_cast<int>(result));
+    backup->removeCreatedFolder();
+  }
+  MainThread::shared().runAndWait([] { QWDataController::sharedController().manageAutoBackups(); });
+  return result;
+}
+
+}  // namespace vantory

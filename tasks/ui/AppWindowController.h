@@ -1,0 +1,71 @@
+// The AppController of the windowed program: the main window's panes and the tasks that they start.
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "backups/QWBackup.h"
+#include "backups/ui/PaneSwitcher.h"
+#include "services/QWProgressController.h"
+#include "tasks/AppController.h"
+
+namespace vantory {
+
+class BusyIndicator;
+class MainWindowView;
+class QWLockOutlineController;
+
+// Main thread, but for the operations that say otherwise. What it is given outlives it.
+class AppWindowController : public AppController, public PaneSwitcher {
+ public:
+  struct Parts {
+    MainWindowView& window;
+    BusyIndicator& trashSpinner;
+    ProgressSheet& progressSheet;
+    QWLockOutlineController& lockController;
+  };
+
+  // Records the start and opens a new log named after the program. Called before any pane is made.
+  static void startLog();
+
+  explicit AppWindowController(const Parts& parts) : parts_(parts), progressController_(parts.progressSheet) {}
+
+  // Loads the catalog and the library and shows the Trash pane, on a thread of its own; a person without a manual
+  // backup gets a first one. Called once the window is painted; `shown` is called on the main thread when the pane is.
+  void load(std::function<void()> shown = {});
+
+  void toolbarTrash();
+  void toolbarBackup() override;
+  void toolbarLock();
+  void toolbarRestore() override;
+
+  // Starts the trash workflow on a thread of its own, unless one runs.
+  void trash();
+  // The workflow. Worker thread.
+  void trashPreferences();
+
+  // Make an automatic backup, of everything or of preferences proper, and delete the oldest beyond the number wanted.
+  // Worker threads.
+  WriteResult autoBackup();
+  WriteResult autoBackupPrefs();
+
+  QWProgressController& progressController() { return progressController_; }
+
+ private:
+  struct TrashRun;
+
+  void makeFirstBackup();
+  WriteResult writeAutoBackup(bool preferencesOnly);
+  bool trashApplication(QWApp& app, TrashRun& run);
+  void restoreDefault();
+  void relaunch(const std::vector<std::string>& bundleIDs);
+  void finishTrash(int trashed);
+
+  Parts parts_;
+  QWProgressController progressController_;
+  std::atomic<bool> trashing_ = false;
+};
+
+}  // namespace vantory

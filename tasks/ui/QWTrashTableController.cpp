@@ -1,0 +1,110 @@
+#include "tasks/ui/QWTrashTableController.h"
+
+#include <algorithm>
+
+#include "backups/QWDataController.h"
+#include "backups/ui/CatalogRows.h"
+#include "platform/Controls.h"
+
+namespace vantory {
+
+namespace {
+
+AppList apps() {
+  return QWDataController::sharedController().appArray();
+}
+
+// An application shows the users of its first item that has any; whatever else it holds is not listed.
+Rows shownBelow(const OutlineItemPointer& item) {
+  if (!item) return rowsOf(apps());
+  const auto app = rowAs<QWApp>(item);
+  if (!app) return {};
+  for (const auto& prefItem : app->children())
+    if (!prefItem->users().empty()) return rowsBelow(prefItem);
+  return {};
+}
+
+void setAll(const QWApp& app, int state) {
+  for (const auto& item : app.children()) {
+    item->setSelected(state);
+    for (const auto& user : item->users()) user->setSelected(state);
+  }
+}
+
+}  // namespace
+
+QWTrashTableController::QWTrashTableController(OutlineView& outline, Button& trashButton)
+    : outline_(outline),
+      trashButton_(trashButton),
+      appRefresh_(NotificationCenter::shared().observe("QWVantoryAppRefresh", [this] { reload(); })),
+      tabSwitch_(NotificationCenter::shared().observe("QWVantoryTrashTabSwitch", [this] { reload(); })) {
+  updateHeaderCheckCell();
+}
+
+void QWTrashTableController::reload() {
+  outline_.reloadData();
+  updateHeaderCheckCell();
+}
+
+void QWTrashTableController::updateHeaderCheckCell() {
+  const AppList all = apps();
+  const auto count = [&](int state) {
+    return static_cast<std::size_t>(
+        std::count_if(all.begin(), all.end(), [=](const auto& app) { return app->selected() == state; }));
+  };
+  headerState_ = Mixed;
+  if (count(On) == all.size()) headerState_ = On;
+  if (count(Off) == all.size()) headerState_ = Off;
+  outline_.setHeaderState(headerState_);
+  trashButton_.setEnabled(headerState_ != Off);
+}
+
+std::size_t QWTrashTableController::numberOfChildrenOfItem(const OutlineItemPointer& item) {
+  return shownBelow(item).size();
+}
+
+OutlineItemPointer QWTrashTableController::child(std::size_t index, const OutlineItemPointer& ofItem) {
+  const Rows rows = shownBelow(ofItem);
+  return index < rows.size() ? rows[index] : nullptr;
+}
+
+bool QWTrashTableController::isItemExpandable(const OutlineItemPointer& item) {
+  return !shownBelow(item).empty();
+}
+
+ObjectValue QWTrashTableController::objectValueForTableColumn(const std::string&, const OutlineItemPointer& byItem) {
+  return selectionOfRow(byItem);
+}
+
+void QWTrashTableController::setObjectValue(const ObjectValue& value, const std::string&,
+                                            const OutlineItemPointer& byItem) {
+  const int state = clickedState(value);
+  if (const auto app = rowAs<QWApp>(byItem)) {
+    app->setSelected(state);
+    setAll(*app, state);
+  } else if (const auto user = rowAs<QWPrefItem>(byItem)) {
+    user->setSelected(state);
+    if (const auto above = applicationOfRow(user)) {
+      above->updateSelectionStatusForPrefs();
+      outline_.reloadItem(above, false);
+    }
+  }
+  outline_.reloadItem(byItem, true);
+  updateHeaderCheckCell();
+}
+
+void QWTrashTableController::willDisplayCell(OutlineCell& cell, const std::string&, const OutlineItemPointer& item) {
+  cell.title = nameOfRow(item);
+  if (const auto app = rowAs<QWApp>(item)) cell.icon = app->icon();
+}
+
+void QWTrashTableController::mouseDownInHeaderOfTableColumn(const std::string&) {
+  const int state = headerState_ == On ? Off : On;
+  for (const auto& app : apps()) {
+    setAll(*app, state);
+    app->setSelected(state);
+  }
+  reload();
+}
+
+}  // namespace vantory

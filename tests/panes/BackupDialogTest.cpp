@@ -1,0 +1,165 @@
+#include "backups/ui/BackupDialogView.h"
+#include "backups/ui/QWBackupEditController.h"
+#include "backups/ui/QWBackupOutlineController.h"
+#include "backups/ui/QWRestoreOutlineController.h"
+#include "tests/panes/PaneTest.h"
+
+namespace vantory::test {
+namespace {
+
+class FakeDialog : public BackupDialogView {
+ public:
+  void show(const std::string& title) override {
+    confirmTitle = title;
+    isShown = true;
+  }
+  void close() override { isShown = false; }
+  std::string name() const override { return nameText; }
+  void setName(const std::string& name) override { nameText = name; }
+  void setRemark(const std::string& text) override { remark = text; }
+  void setProjects(const std::vector<std::string>& list) override { projects = list; }
+  std::vector<std::size_t> selectedProjects() const override { return selection; }
+  void setProjectListShown(bool shown) override { showsProjects = shown; }
+  void setHandlingNoticeShown(bool shown) override { showsNotice = shown; }
+
+  std::string confirmTitle;
+  std::string nameText;
+  std::string remark;
+  std::vector<std::string> projects;
+  std::vector<std::size_t> selection;
+  bool isShown = false;
+  bool showsProjects = true;
+  bool showsNotice = false;
+};
+
+class BackupDialogTest : public PaneTest {
+ protected:
+  BackupDialogTest() { setTwoApps(); }
+  void confirm(const std::string& name) {
+    dialog_.nameText = name;
+    edit_.backup();
+    finishWork();
+  }
+  std::shared_ptr<QWBackup> listed(const std::string& name) {
+    for (const auto& node : controller().backupArray())
+      if (node->name() == name) return std::dynamic_pointer_cast<QWBackup>(node);
+    return nullptr;
+  }
+
+  FakeDialog dialog_;
+  FakeFileChooser chooser_;
+  FakeOutline restoreOutline_;
+  bool handles_ = false;
+  QWRestoreOutlineController restore_{{restoreOutline_, button_, spinner_, *this}};
+  QWBackupOutlineController pane_{{outline_, button_, spinner_, *this, restore_}};
+  QWBackupEditController edit_{
+      {dialog_, chooser_, pane_, restore_, [this] { return handles_; }, [this] { handles_ = true; }}};
+};
+
+TEST_F(BackupDialogTest, ANewBackupHoldsWhatIsTicked) {
+  editor_->children()[1]->setSelected(Off);
+  editor_->updateSelectionStatus();
+  avidItem_->users()[0]->setSelected(Off);
+  avid_->updateSelectionStatus();
+  edit_.showBackupDialog();
+  EXPECT_EQ(dialog_.confirmTitle, "Backup");
+  EXPECT_EQ(dialog_.nameText, "anna");
+  EXPECT_FALSE(dialog_.showsProjects);
+  confirm(" My:Backup ");
+  EXPECT_FALSE(dialog_.isShown);
+  const auto backup = listed("MyBackup");
+  ASSERT_TRUE(backup);
+  ASSERT_EQ(backup->children().size(), 2U);
+  EXPECT_EQ(backup->children()[0]->children().size(), 1U);
+  const std::string avidFolder = inLibrary("MyBackup.vnt");
+  EXPECT_FALSE(exists(avidFolder + QWBackup::safeUserPath(avidFile("anna"))));
+  EXPECT_TRUE(exists(avidFolder + QWBackup::safeUserPath(avidFile("ben"))));
+  EXPECT_EQ(editor_->selected(), Mixed) << "the pane keeps its ticks";
+  EXPECT_THAT(shownPanes_, ElementsAre("Restore"));
+  EXPECT_EQ(restoreOutline_.selected, OutlineItemPointer(backup));
+}
+
+TEST_F(BackupDialogTest, ABadNameLeavesTheDialogOpen) {
+  edit_.showBackupDialog();
+  confirm(" /:");
+  EXPECT_TRUE(dialog_.isShown);
+  confirm("Auto Backup of mine");
+  EXPECT_TRUE(dialog_.isShown);
+  EXPECT_THAT(alerts_,
+              ElementsAre("You must enter a name for this backup", "Please choose another name for this backup"));
+  EXPECT_FALSE(exists(library()));
+}
+
+TEST_F(BackupDialogTest, ReplacingAsksAndKeepsTheOldOneInTheTrash) {
+  confirm("Clean");
+  edit_.showBackupDialog();
+  std::string informative;
+  onAlert_ = [&](const AlertTexts& texts) {
+    informative = texts.informativeText;
+    return answer_;
+  };
+  answer_ = QWAlert::Alternate;
+  confirm("Clean");
+  EXPECT_TRUE(dialog_.isShown);
+  EXPECT_FALSE(exists(inTrash("Clean.vnt")));
+  EXPECT_THAT(informative, HasSubstr("already exists at ~/Library/Application Support/Quarrywell/Vantory/Backups. "));
+  answer_ = QWAlert::Default;
+  confirm("Clean");
+  EXPECT_TRUE(exists(inTrash("Clean.vnt/Settings.plist")));
+  EXPECT_TRUE(exists(inLibrary("Clean.vnt/Settings.plist")));
+}
+
+TEST_F(BackupDialogTest, EditingRenamesAndWritesAnew) {
+  confirm("Clean");
+  writeFile(prefs("editor.plist"), "newer");
+  alerts_.clear();
+  edit_.editBackup(listed("Clean"));
+  EXPECT_EQ(dialog_.confirmTitle, "Edit");
+  EXPECT_THAT(dialog_.remark, HasSubstr("written anew"));
+  confirm("Cleaner");
+  EXPECT_FALSE(exists(inLibrary("Clean.vnt")));
+  EXPECT_EQ(readFile(inLibrary("Cleaner.vnt") + QWBackup::safeUserPath(prefs("editor.plist"))), "newer");
+  edit_.editBackup(listed("Cleaner"));
+  confirm("Cleaner");
+  EXPECT_THAT(alerts_, IsEmpty()) << "its own name is no reason to ask";
+  EXPECT_EQ(edit_.editedBackup(), nullptr);
+}
+
+TEST_F(BackupDialogTest, ListsProjectsOnce) {
+  edit_.showBackupDialog();
+  EXPECT_TRUE(dialog_.showsNotice);
+  edit_.enableProjectHandling();
+  EXPECT_TRUE(handles_);
+  EXPECT_FALSE(dialog_.showsNotice);
+  chooser_.answer = {"/tmp/a.fcp", "/tmp/b.motn", "/tmp/c.ipr"};
+  edit_.addProject();
+  edit_.addProject();
+  EXPECT_THAT(chooser_.request.extensions, testing::Contains("colorproj"));
+  dialog_.selection = {0, 2, 9};
+  edit_.removeProject();
+  EXPECT_THAT(dialog_.projects, ElementsAre("/tmp/b.motn"));
+  confirm("Linked");
+  EXPECT_THAT(listed("Linked")->projects(), ElementsAre("/tmp/b.motn"));
+}
+
+TEST_F(BackupDialogTest, AFailedBackupIsToldAndLeavesNothing) {
+  for (const char* file : {"editor.plist", "editor.layout"}) disk_.remove(prefs(file)).ok();
+  for (const char* user : {"anna", "ben"}) disk_.remove(avidFile(user)).ok();
+  edit_.showBackupDialog();
+  confirm("Empty");
+  EXPECT_THAT(alerts_, ElementsAre("No files to copy"));
+  EXPECT_FALSE(exists(inLibrary("Empty.vnt")));
+  EXPECT_FALSE(spinner_.isTurning);
+}
+
+TEST_F(BackupDialogTest, CancellingAnEditSelectsTheBackupAgain) {
+  confirm("Clean");
+  restoreOutline_.selected = nullptr;
+  edit_.editBackup(listed("Clean"));
+  edit_.cancelBackup();
+  EXPECT_EQ(restoreOutline_.selected, OutlineItemPointer(listed("Clean")));
+  EXPECT_EQ(edit_.editedBackup(), nullptr);
+}
+
+}  // namespace
+}  // namespace vantory::test

@@ -1,0 +1,73 @@
+// What the tests of the panes stand on: a library, parts of a window, and a person who answers.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "backups/ui/CatalogRows.h"
+#include "backups/ui/PaneSwitcher.h"
+#include "services/BackgroundThreads.h"
+#include "services/MainThread.h"
+#include "services/QWAlert.h"
+#include "services/QWUserDefaults.h"
+#include "tests/backups/BackupsTest.h"
+#include "tests/support/FakeViews.h"
+
+namespace vantory::test {
+
+class PaneTest : public BackupsTest, protected PaneSwitcher {
+ protected:
+  PaneTest() {
+    runtime_.shared<MainThread>();
+    QWAlert::sharedController().ask = [this](const AlertTexts& texts) {
+      alerts_.push_back(texts.messageText);
+      return onAlert_ ? onAlert_(texts) : answer_;
+    };
+  }
+  ~PaneTest() override { finishWork(); }
+
+  void toolbarBackup() override { shownPanes_.push_back("Backup"); }
+  void toolbarRestore() override { shownPanes_.push_back("Restore"); }
+
+  // Returns when what was started on other threads has ended.
+  static void finishWork() { BackgroundThreads::shared().waitForAll(); }
+
+  // Two applications: one with preferences and layouts, one with two Avid users.
+  void setTwoApps() {
+    writeFile(prefs("editor.plist"), "preferences");
+    writeFile(prefs("editor.layout"), "layout");
+    editor_ = QWApp::appWithName("Editor", "editor.png", "com.example.Editor");
+    editor_->addItemWithName("Preferences", "editorPrefs", true, {prefs("editor.plist")});
+    editor_->addItemWithName("Layouts", "editorLayouts", true, {prefs("editor.layout")});
+    avid_ = QWApp::appWithName("Avid Media Composer", "avid.png", "com.example.Avid");
+    avidItem_ = avid_->addItemWithName("Preferences", "avidPrefs", false, {});
+    for (const char* name : {"anna", "ben"}) {
+      writeFile(avidFile(name), name);
+      auto user = std::make_shared<QWPrefItem>(name, std::string("avidPrefUser") + name, true,
+                                               std::vector<std::string>{avidFile(name)});
+      user->setSelected(On);
+      avidItem_->addUser(user);
+    }
+    avid_->updateSelectionStatus();
+    controller().setAppArray({editor_, avid_});
+  }
+
+  std::string avidFile(const std::string& user) const {
+    return machine_ / ("Users/Shared/AvidMediaComposer/Avid Users/" + user + "/MCState");
+  }
+
+  std::shared_ptr<QWApp> editor_;
+  std::shared_ptr<QWApp> avid_;
+  std::shared_ptr<QWPrefItem> avidItem_;
+
+  FakeOutline outline_;
+  FakeButton button_;
+  FakeBusyIndicator spinner_;
+  std::vector<std::string> shownPanes_;
+  std::vector<std::string> alerts_;                // their messages
+  int answer_ = QWAlert::Default;                  // to every alert,
+  std::function<int(const AlertTexts&)> onAlert_;  // unless this is set
+};
+
+}  // namespace vantory::test

@@ -1,0 +1,153 @@
+#include "backups/ui/QWBackupOutlineController.h"
+#include "backups/ui/QWRestoreOutlineController.h"
+#include "tasks/ui/QWLockOutlineController.h"
+#include "tasks/ui/QWTrashTableController.h"
+#include "tests/panes/PaneTest.h"
+
+namespace vantory::test {
+namespace {
+
+// The names of all rows, each below the one it belongs to.
+std::string rowsOfOutline(OutlineDelegate& pane, const OutlineItemPointer& item = nullptr) {
+  std::string text;
+  for (std::size_t i = 0; i < pane.numberOfChildrenOfItem(item); ++i) {
+    const OutlineItemPointer row = pane.child(i, item);
+    text += nameOfRow(row);
+    EXPECT_EQ(pane.isItemExpandable(row), pane.numberOfChildrenOfItem(row) > 0) << text;
+    const std::string below = rowsOfOutline(pane, row);
+    if (!below.empty()) text += "(" + below + ")";
+    text += " ";
+  }
+  return text;
+}
+
+class TrashPaneTest : public PaneTest {
+ protected:
+  TrashPaneTest() {
+    setTwoApps();
+    pane_.reload();
+  }
+  QWTrashTableController pane_{outline_, button_};
+};
+
+TEST_F(TrashPaneTest, ShowsApplicationsAndAvidUsersOnly) {
+  EXPECT_EQ(rowsOfOutline(pane_), "Editor Avid Media Composer(anna ben ) ");
+  OutlineCell cell;
+  pane_.willDisplayCell(cell, "selected", editor_);
+  EXPECT_EQ(cell.title, "Editor");
+  EXPECT_EQ(cell.icon, "editor.png");
+  EXPECT_EQ(pane_.child(7, nullptr), nullptr);
+}
+
+TEST_F(TrashPaneTest, TicksReachWhatIsBelowAndAbove) {
+  pane_.setObjectValue(Off, "selected", avidItem_->users()[0]);
+  EXPECT_EQ(avid_->selected(), Mixed);
+  EXPECT_EQ(outline_.headerState, Mixed);
+  EXPECT_THAT(outline_.reloadedItems, testing::Contains(OutlineItemPointer(avid_)));
+  pane_.setObjectValue(Mixed, "selected", avid_);  // a click on a mixed box ticks it
+  EXPECT_EQ(avid_->selected(), On);
+  EXPECT_EQ(avidItem_->users()[0]->selected(), On);
+  pane_.setObjectValue(Off, "selected", editor_);
+  EXPECT_EQ(editor_->children()[1]->selected(), Off);
+}
+
+TEST_F(TrashPaneTest, TheHeaderTellsAndTogglesAll) {
+  EXPECT_EQ(outline_.headerState, On);
+  pane_.setObjectValue(Off, "selected", editor_);
+  EXPECT_EQ(outline_.headerState, Mixed);
+  EXPECT_TRUE(button_.enabled);
+  pane_.mouseDownInHeaderOfTableColumn("selected");
+  EXPECT_EQ(editor_->selected(), On);
+  pane_.mouseDownInHeaderOfTableColumn("selected");
+  EXPECT_EQ(outline_.headerState, Off);
+  EXPECT_EQ(avidItem_->users()[1]->selected(), Off);
+  EXPECT_FALSE(button_.enabled);
+}
+
+TEST_F(TrashPaneTest, ReloadsWhenTheCatalogOrThePaneChanges) {
+  const int before = outline_.reloads;
+  NotificationCenter::shared().post("QWVantoryAppRefresh");
+  NotificationCenter::shared().post("QWVantoryTrashTabSwitch");
+  NotificationCenter::shared().post("QWVantoryLockTabSwitch");
+  EXPECT_EQ(outline_.reloads, before + 2);
+}
+
+class BackupPaneTest : public PaneTest {
+ protected:
+  BackupPaneTest() {
+    setTwoApps();
+    pane_.reload();
+  }
+  FakeOutline restoreOutline_;
+  FakeButton defaultCommand_;
+  QWRestoreOutlineController restore_{{restoreOutline_, defaultCommand_, spinner_, *this}};
+  QWBackupOutlineController pane_{{outline_, button_, spinner_, *this, restore_}};
+};
+
+TEST_F(BackupPaneTest, ShowsEverythingThatCanBeChosen) {
+  EXPECT_EQ(rowsOfOutline(pane_), "Editor(Preferences Layouts ) Avid Media Composer(Preferences(anna ben ) ) ");
+}
+
+TEST_F(BackupPaneTest, TicksReachWhatIsBelowAndAbove) {
+  pane_.setObjectValue(Off, "name", editor_->children()[0]);
+  EXPECT_EQ(editor_->selected(), Mixed);
+  pane_.setObjectValue(Off, "name", avidItem_->users()[1]);
+  EXPECT_EQ(avidItem_->selected(), Mixed);
+  EXPECT_EQ(outline_.headerState, Mixed);
+  pane_.setObjectValue(Mixed, "name", avidItem_);
+  EXPECT_EQ(avidItem_->users()[1]->selected(), On);
+  EXPECT_EQ(avid_->selected(), On);
+}
+
+TEST_F(BackupPaneTest, AnApplicationTickedInPartIsEnoughToBackUp) {
+  pane_.mouseDownInHeaderOfTableColumn("name");
+  EXPECT_EQ(outline_.headerState, Off);
+  EXPECT_FALSE(button_.enabled);
+  pane_.setObjectValue(On, "name", editor_->children()[0]);
+  EXPECT_EQ(outline_.headerState, Off) << "no application is ticked as a whole";
+  EXPECT_TRUE(button_.enabled);
+}
+
+class LockPaneTest : public PaneTest {
+ protected:
+  LockPaneTest() {
+    setTwoApps();
+    pane_.reload();
+  }
+  int shownState(const OutlineItemPointer& row) { return std::get<int>(pane_.objectValueForTableColumn("lock", row)); }
+  QWLockOutlineController pane_{outline_};
+};
+
+TEST_F(LockPaneTest, LocksWhatARowStandsFor) {
+  pane_.setObjectValue(On, "lock", editor_->children()[0]);
+  EXPECT_TRUE(metadata_.locked.contains(prefs("editor.plist")));
+  EXPECT_EQ(shownState(editor_->children()[0]), On);
+  EXPECT_EQ(shownState(editor_), Mixed);
+  pane_.setObjectValue(Mixed, "lock", editor_);
+  EXPECT_TRUE(metadata_.locked.contains(prefs("editor.layout")));
+  EXPECT_EQ(shownState(editor_), On);
+  pane_.setObjectValue(Off, "lock", editor_);
+  EXPECT_TRUE(metadata_.locked.empty());
+}
+
+TEST_F(LockPaneTest, ARowThatCannotBeLockedIgnoresClicks) {
+  pane_.setObjectValue(On, "lock", avidItem_);
+  EXPECT_TRUE(metadata_.locked.empty());
+  EXPECT_EQ(shownState(avidItem_), Off);
+  OutlineCell cell;
+  pane_.willDisplayCell(cell, "lock", avidItem_);
+  EXPECT_FALSE(cell.enabled);
+  pane_.setObjectValue(On, "lock", avidItem_->users()[0]);
+  EXPECT_EQ(metadata_.locked.size(), 1U);
+  EXPECT_EQ(shownState(avidItem_->users()[0]), On);
+}
+
+TEST_F(LockPaneTest, LooksAgainWhenItIsShown) {
+  metadata_.locked.insert(prefs("editor.plist"));
+  EXPECT_EQ(shownState(editor_), Off);
+  NotificationCenter::shared().post("QWVantoryLockTabSwitch");
+  EXPECT_EQ(shownState(editor_), Mixed);
+}
+
+}  // namespace
+}  // namespace vantory::test

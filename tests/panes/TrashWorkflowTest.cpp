@@ -1,0 +1,136 @@
+#include "platform/Controls.h"
+#include "services/RunningApplicationGuard.h"
+#include "tasks/ui/AppWindowController.h"
+#include "tasks/ui/MainWindowView.h"
+#include "tasks/ui/QWLockOutlineController.h"
+#include "tests/panes/PaneTest.h"
+
+namespace vantory::test {
+namespace {
+
+class FakeWindow : public MainWindowView {
+ public:
+  void showPane(Pane pane) override { shown.push_back(pane); }
+  void removeLinkItem() override { hasLink = false; }
+  void bringToFront() override {}
+
+  std::vector<Pane> shown;
+  bool hasLink = true;
+};
+
+class FakeGuard : public RunningApplicationGuard {
+ public:
+  GuardDecision checkRunningAppsForName(const std::string&, const std::string& bundleID, bool) override {
+    const auto found = decisions.find(bundleID);
+    return found == decisions.end() ? GuardDecision::NotRunning : found->second;
+  }
+  bool closeAppWithName(const std::string&, const std::string&) override { return closes; }
+
+  std::map<std::string, GuardDecision> decisions;
+  bool closes = true;
+};
+
+class TrashWorkflowTest : public PaneTest {
+ protected:
+  TrashWorkflowTest() {
+    setTwoApps();
+    runtime_.guard = &guard_;
+    QWUserDefaults::standardUserDefaults().registerDefaults({{"maxAutoBackups", PropertyList(10)}});
+  }
+  // The lines after the safety backup.
+  std::vector<std::string> runAndReadLog() {
+    controller_.trash();
+    finishWork();
+    std::vector<std::string> lines = logged();
+    const auto end = std::find(lines.begin(), lines.end(), "Auto backup population complete");
+    if (end == lines.end()) return lines;
+    return {std::next(std::find(std::next(end), lines.end(), "Auto backup population complete")), lines.end()};
+  }
+  bool hasSafetyBackup() { return !controller().autoBackupArray().empty(); }
+
+  FakeGuard guard_;
+  FakeWindow window_;
+  FakeProgressSheet sheet_;
+  QWLockOutlineController lock_{outline_};
+  AppWindowController controller_{{window_, spinner_, sheet_, lock_}};
+};
+
+TEST_F(TrashWorkflowTest, BacksUpThenTrashesPreferencesOnly) {
+  const auto lines = runAndReadLog();
+  EXPECT_TRUE(exists(inTrash("editor.plist")));
+  EXPECT_TRUE(exists(prefs("editor.layout"))) << "no preferences proper";
+  EXPECT_TRUE(hasSafetyBackup());
+  EXPECT_THAT(lines, testing::Contains("Total trashed files: 3"));
+  EXPECT_THAT(lines, testing::Contains("Relaunching applications..."));
+  EXPECT_THAT(alerts_, ElementsAre("Preferences successfully trashed"));
+  EXPECT_THAT(sheet_.labels, ElementsAre("Backing up...", "Trashing preferences..."));
+  EXPECT_EQ(sheet_.value, 2);
+  EXPECT_FALSE(sheet_.isShown);
+  EXPECT_FALSE(spinner_.isTurning);
+}
+
+TEST_F(TrashWorkflowTest, NothingTickedMeansNothingTrashed) {
+  for (const auto& app : controller().appArray()) app->setSelected(Off);
+  runAndReadLog();
+  EXPECT_TRUE(exists(prefs("editor.plist")));
+  EXPECT_THAT(alerts_, ElementsAre("No files to trash"));
+  EXPECT_EQ(sheet_.value, 2) << "the bar runs to its end all the same";
+}
+
+TEST_F(TrashWorkflowTest, ARunningApplicationIsClosedAndRelaunchedOrSkipped) {
+  guard_.decisions = {{"com.example.Editor", GuardDecision::Skip},
+                      {"com.example.Avid", GuardDecision::CloseAndRelaunch}};
+  auto lines = runAndReadLog();
+  EXPECT_TRUE(exists(prefs("editor.plist")));
+  EXPECT_THAT(lines, testing::IsSupersetOf({"User chose to skip app", "User chose to close and relaunch app",
+                                            "Application closed successfully", "Total trashed files: 2"}));
+  EXPECT_THAT(fakes_.workspace.launched, ElementsAre("com.example.Avid"));
+  EXPECT_EQ(sheet_.maximum, 0) << "relaunching has no measure";
+
+  guard_.closes = false;
+  writeFile(prefs("editor.plist"), "again");
+  lines = runAndReadLog();
+  EXPECT_THAT(lines, testing::Contains("Unable to close application"));
+}
+
+TEST_F(TrashWorkflowTest, ACancelEndsItAtOnceAndLeavesNoSheet) {
+  guard_.decisions = {{"com.example.Avid", GuardDecision::Cancel}};
+  const auto lines = runAndReadLog();
+  EXPECT_FALSE(exists(prefs("editor.plist"))) << "what came before stays trashed";
+  EXPECT_TRUE(exists(avidFile("anna")));
+  EXPECT_EQ(lines.back(), "User cancelled trash task");
+  EXPECT_THAT(alerts_, IsEmpty());
+  EXPECT_FALSE(sheet_.isShown);
+}
+
+TEST_F(TrashWorkflowTest, TheDefaultBackupIsRestoredWhereWanted) {
+  ASSERT_EQ(backupOfAll("Good")->writeData(), WriteResult::Success);
+  QWUserDefaults::standardUserDefaults().setObject("autoRestoreDefault", PropertyList(1));
+  QWUserDefaults::standardUserDefaults().setObject("defaultBackup", PropertyList("Good.vnt"));
+  controller().populateBackups();
+  writeFile(prefs("editor.plist"), "broken");
+  const auto lines = runAndReadLog();
+  EXPECT_EQ(readFile(prefs("editor.plist")), "preferences");
+  EXPECT_THAT(lines, testing::Contains("Finding default backup to restore..."));
+  EXPECT_THAT(sheet_.labels, testing::Contains("Restoring default backup..."));
+}
+
+TEST_F(TrashWorkflowTest, TheFirstStartMakesABackupOfEverything) {
+  ASSERT_TRUE(disk_.remove(machine_ / "Users"));
+  controller_.load();
+  finishWork();
+  EXPECT_THAT(window_.shown, ElementsAre(Pane::Trash));
+  EXPECT_TRUE(window_.hasLink);
+  EXPECT_FALSE(exists(inLibrary("anna.vnt"))) << "none of the built-in catalog's files are there, and nothing is left";
+
+  writeFile(prefs("com.apple.FinalCutPro.plist"), "x");
+  controller_.load();
+  finishWork();
+  EXPECT_TRUE(exists(inLibrary("anna.vnt/Settings.plist")));
+  controller_.load();
+  finishWork();
+  EXPECT_EQ(controller().backupArray().size(), 2U) << "a second start finds it";
+}
+
+}  // namespace
+}  // namespace vantory::test
