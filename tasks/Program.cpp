@@ -6,7 +6,6 @@
 #include <ostream>
 #include <string_view>
 
-#include "backups/QWDataController.h"
 #include "platform/SystemInfo.h"
 #include "platform/SystemLog.h"
 #include "platform/Users.h"
@@ -20,6 +19,7 @@
 #include "tasks/AppController.h"
 #include "tasks/Command.h"
 #include "tasks/Help.h"
+#include "tasks/HomeCheck.h"
 #include "tasks/QWVantoryUtilities.h"
 
 namespace vantory {
@@ -30,23 +30,6 @@ using Folder = std::optional<std::string>;
 
 Platform& platform() {
   return Runtime::current().platform();
-}
-
-// A folder whose own name has a "*" would be taken for a pattern.
-bool looksLikePattern(const Folder& folder) {
-  return folder && folder->find('*') != std::string::npos;
-}
-
-// Why the command must not touch anything; none when it may run.
-std::optional<std::string> reasonToRefuse(const Command& command, const Folder& home) {
-  if (!home && platform().users.isSuperuser()) return "Nobody is logged in at the console - nothing was done.";
-  if (!home) return "There is no home folder - nothing was done.";
-  if (looksLikePattern(home)) return formatted("The home folder %@ has a * in its name - nothing was done.", *home);
-  if (!command.usesBackups) return std::nullopt;
-  const Folder library = QWDataController::vantoryBackupLocation();
-  if (looksLikePattern(library))
-    return formatted("The backup folder %@ has a * in its name - nothing was done.", *library);
-  return std::nullopt;
 }
 
 int refuse(const std::string& reason, const Folder& home) {
@@ -62,13 +45,6 @@ int refuse(const std::string& reason, const Folder& home) {
   return 1;
 }
 
-// "/Users/anna" has three components. Backups drop as many, whatever they are, to make a path fit every user's home.
-void warnOfUnusualHome(const std::string& home, std::ostream& errors) {
-  if (paths::components(home).size() == 3) return;
-  errors << "Vantory: The home folder " << printable(home)
-         << " is not two levels deep; paths in backups are mapped by dropping their first three components.\n";
-}
-
 void reportPartialFailure() {
   const std::size_t failures = FailureTally::shared().count();
   if (failures == 0) return;
@@ -80,8 +56,9 @@ int runCommand(const ChosenCommand& chosen, std::ostream& output, std::ostream& 
   const Command& command = *chosen.command;
   if (command.asSuperuser) platform().users.becomeSuperuser();
   const Folder home = QWLocalPaths::userDirectory();
-  if (const auto reason = reasonToRefuse(command, home)) return refuse(*reason, home);
-  if (command.usesBackups) warnOfUnusualHome(*home, errors);
+  if (const auto reason = reasonToRefuse(home, command.usesBackups)) return refuse(*reason, home);
+  const std::string remark = command.usesBackups ? remarkOnHome(*home) : "";
+  if (!remark.empty()) errors << "Vantory: " << remark << '\n';
 
   Runtime& runtime = Runtime::current();
   runtime.guard = &runtime.shared<QWVantoryUtilities>();

@@ -1,0 +1,12 @@
+// What opening any main window costs.
+
+#include <QApplication>
+#include <QMainWindow>
+
+int main(int argumentCount, char** arguments) {
+  const QApplication application(argumentCount, arguments);
+  QMainWindow window;
+  window.resize(720, 600);
+  window.show();
+  return QApplication::exec();
+}

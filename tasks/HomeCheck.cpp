@@ -1,0 +1,37 @@
+#include "tasks/HomeCheck.h"
+
+#include "backups/QWDataController.h"
+#include "platform/Users.h"
+#include "services/Format.h"
+#include "services/Paths.h"
+#include "services/Runtime.h"
+#include "services/Text.h"
+
+namespace vantory {
+
+bool looksLikePattern(const std::optional<std::string>& folder) {
+  return folder && folder->find('*') != std::string::npos;
+}
+
+std::optional<std::string> reasonToRefuse(const std::optional<std::string>& home, bool usesBackups) {
+  if (!home && Runtime::current().platform().users.isSuperuser())
+    return "Nobody is logged in at the console - nothing was done.";
+  if (!home) return "There is no home folder - nothing was done.";
+  if (looksLikePattern(home)) return formatted("The home folder %@ has a * in its name - nothing was done.", *home);
+  if (!usesBackups) return std::nullopt;
+  const auto library = QWDataController::vantoryBackupLocation();
+  if (looksLikePattern(library))
+    return formatted("The backup folder %@ has a * in its name - nothing was done.", *library);
+  return std::nullopt;
+}
+
+// "/Users/anna" has three components. Backups drop as many, whatever they are, to make a path fit every user's home.
+std::string remarkOnHome(const std::string& home) {
+  if (paths::components(home).size() == 3) return {};
+  return formatted(
+      "The home folder %@ is not two levels deep; paths in backups are mapped by dropping their first three "
+      "components.",
+      printable(home));
+}
+
+}  // namespace vantory

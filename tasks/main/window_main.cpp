@@ -1,0 +1,15 @@
+// The windowed program, which the other one becomes when it is given no task.
+
+#include <iostream>
+
+#include "platform/linux/LinuxPlatform.h"
+#include "services/MainThread.h"
+#include "services/Runtime.h"
+#include "tasks/ui/WindowProgram.h"
+
+int main(int argumentCount, char** arguments) {
+  vantory::LinuxPlatform platform({arguments, arguments + argumentCount});
+  vantory::Runtime runtime(platform.platform());
+  runtime.shared<vantory::MainThread>();
+  return vantory::runWindow(argumentCount, arguments, std::cerr);
+}

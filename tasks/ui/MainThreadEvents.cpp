@@ -1,0 +1,20 @@
+#include "tasks/ui/MainThreadEvents.h"
+
+#include <QMetaObject>
+
+#include "services/MainThread.h"
+
+namespace vantory {
+
+MainThreadEvents::MainThreadEvents(MainThread& mainThread) : mainThread_(mainThread) {
+  mainThread.wake = [this] {
+    QMetaObject::invokeMethod(
+        &context_, [this] { mainThread_.runPending(); }, Qt::QueuedConnection);
+  };
+}
+
+MainThreadEvents::~MainThreadEvents() {
+  mainThread_.wake = nullptr;
+}
+
+}  // namespace vantory

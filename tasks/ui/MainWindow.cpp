@@ -1,0 +1,226 @@
+#include "tasks/ui/MainWindow.h"
+
+#include <QActionGroup>
+#include <QApplication>
+#include <QCloseEvent>
+#include <QLabel>
+#include <QLayout>
+#include <QMenuBar>
+#include <QStackedWidget>
+#include <QTimer>
+#include <QToolBar>
+#include <QToolButton>
+#include <QVBoxLayout>
+#include <utility>
+
+#include "platform/qt/AlertDialog.h"
+#include "platform/qt/DisplayText.h"
+#include "platform/qt/Icons.h"
+#include "platform/qt/QWHeaderCheckCell.h"
+#include "platform/qt/QWOutlineView.h"
+#include "tasks/ui/WindowMemory.h"
+
+namespace vantory {
+
+namespace {
+
+constexpr QSize kFirstSize(720, 600);
+constexpr QSize kLeastSize(480, 360);
+constexpr int kToolbarIconSize = 28;
+constexpr std::array kPanes = {Pane::Trash, Pane::Backup, Pane::Lock, Pane::Restore};
+
+QString columnsKey(Pane pane) {
+  return QStringLiteral("columns%1").arg(static_cast<int>(pane));
+}
+
+}  // namespace
+
+MainWindow::MainWindow()
+    : trash_(new TrashPane),
+      backup_(new BackupPane),
+      lock_(new LockPane),
+      restore_(new RestorePane),
+      notice_(new QLabel),
+      stack_(new QStackedWidget),
+      paneItems_(new QActionGroup(this)) {
+  setWindowTitle(QApplication::applicationDisplayName());
+  notice_->setWordWrap(true);
+  notice_->setMargin(10);
+  notice_->setAutoFillBackground(true);
+  notice_->setBackgroundRole(QPalette::ToolTipBase);
+  notice_->setForegroundRole(QPalette::ToolTipText);
+  notice_->hide();
+  for (const Pane each : kPanes) stack_->addWidget(&pane(each));
+  auto* content = new QWidget;
+  auto* layout = new QVBoxLayout(content);
+  layout->setContentsMargins(0, 0, 0, 0);
+  layout->setSpacing(0);
+  layout->addWidget(notice_);
+  layout->addWidget(stack_, 1);
+  setCentralWidget(content);
+  makeToolbar();
+  makeMenus();
+  setMinimumSize(kLeastSize);
+  resize(kFirstSize);
+  showPane(Pane::Trash);
+}
+
+OutlinePane& MainWindow::pane(Pane pane) const {
+  switch (pane) {
+    case Pane::Trash:
+      return *trash_;
+    case Pane::Backup:
+      return *backup_;
+    case Pane::Lock:
+      return *lock_;
+    case Pane::Restore:
+      break;
+  }
+  return *restore_;
+}
+
+Pane MainWindow::shownPane() const {
+  return kPanes[static_cast<std::size_t>(stack_->currentIndex())];
+}
+
+// --- Toolbar ---------------------------------------------------------------------------------------------------------
+
+void MainWindow::makeToolbar() {
+  QToolBar& toolbar = *addToolBar(QStringLiteral("Panes"));
+  toolbar.setObjectName(QStringLiteral("panes"));
+  toolbar.setMovable(false);
+  toolbar.setContextMenuPolicy(Qt::PreventContextMenu);
+  toolbar.setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
+  toolbar.setIconSize({kToolbarIconSize, kToolbarIconSize});
+  toolbar.layout()->setSpacing(4);
+  toolbar.setContentsMargins(6, 4, 6, 4);
+  addPaneItem(toolbar, Pane::Trash, QStringLiteral("&Trash"), QStringLiteral("trash"));
+  addPaneItem(toolbar, Pane::Backup, QStringLiteral("&Backup"), QStringLiteral("backup"));
+  addPaneItem(toolbar, Pane::Lock, QStringLiteral("&Lock"), QStringLiteral("lock"));
+  addPaneItem(toolbar, Pane::Restore, QStringLiteral("&Restore"), QStringLiteral("restore"));
+  auto* space = new QWidget;
+  space->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+  toolbar.addWidget(space);
+  addLinkItem(toolbar);
+  for (QToolButton* button : toolbar.findChildren<QToolButton*>()) button->setFocusPolicy(Qt::TabFocus);
+}
+
+QAction* MainWindow::addPaneItem(QToolBar& toolbar, Pane pane, const QString& title, const QString& symbol) {
+  QAction* item = toolbar.addAction(icons::symbol(symbol), title);
+  item->setCheckable(true);
+  item->setActionGroup(paneItems_);
+  item->setShortcut(QKeySequence(QStringLiteral("Ctrl+%1").arg(static_cast<int>(pane) + 1)));
+  connect(item, &QAction::triggered, this, [this, pane] {
+    if (actions_.choosePane) actions_.choosePane(pane);
+  });
+  return item;
+}
+
+void MainWindow::addLinkItem(QToolBar& toolbar) {
+  linkItem_ = toolbar.addAction(icons::symbol(QStringLiteral("link")), QStringLiteral("More Tools"));
+  linkItem_->setToolTip(QStringLiteral("The maker's other tools, on the web"));
+  connect(linkItem_, &QAction::triggered, this, [this] {
+    if (actions_.openLink) actions_.openLink();
+  });
+}
+
+void MainWindow::removeLinkItem() {
+  if (linkItem_) linkItem_->setVisible(false);
+}
+
+// --- Menus -----------------------------------------------------------------------------------------------------------
+
+void MainWindow::makeMenus() {
+  QMenu& file = *menuBar()->addMenu(QStringLiteral("&File"));
+  QAction* quit = file.addAction(QStringLiteral("&Quit"), QKeySequence(QKeySequence::Quit));
+  quit->setMenuRole(QAction::QuitRole);
+  connect(quit, &QAction::triggered, this, [this] { close(); });
+  taskMenu_ = menuBar()->addMenu(QStringLiteral("T&ask"));
+  makeViewMenu();
+  makeHelpMenu();
+}
+
+void MainWindow::makeViewMenu() {
+  QMenu& view = *menuBar()->addMenu(QStringLiteral("&View"));
+  view.addActions(paneItems_->actions());
+  view.addSeparator();
+  tickAll_ = view.addAction(QStringLiteral("Tick or &Untick All"), QKeySequence(QKeySequence::SelectAll));
+  connect(tickAll_, &QAction::triggered, this, [this] { tickAll(); });
+  QMenu& sort = *view.addMenu(QStringLiteral("&Sort By"));
+  sortMenu_ = sort.menuAction();
+  for (const auto& [title, column] : {std::pair{"&Name", "name"}, {"&Date", "date"}, {"&Size", "size"}})
+    connect(sort.addAction(QLatin1String(title)), &QAction::triggered, this, [this, column = std::string(column)] {
+      if (actions_.sort) actions_.sort(column);
+    });
+  view.addSeparator();
+  QAction* collapse = view.addAction(QStringLiteral("&Close All Rows"));
+  connect(collapse, &QAction::triggered, this, [this] { pane(shownPane()).outline().collapseAll(); });
+}
+
+void MainWindow::makeHelpMenu() {
+  QMenu& help = *menuBar()->addMenu(QStringLiteral("&Help"));
+  QAction* about = help.addAction(QStringLiteral("&About Vantory"));
+  about->setMenuRole(QAction::AboutRole);
+  connect(about, &QAction::triggered, this, [this] { showAbout(); });
+}
+
+void MainWindow::tickAll() {
+  QWHeaderCheckCell& check = pane(shownPane()).outline().headerCheck();
+  if (!check.isHidden() && check.onClick) check.onClick();
+}
+
+void MainWindow::showAbout() {
+  auto* about = new AlertDialog({"Vantory " VANTORY_VERSION,
+                                 "Looks after the preferences of your editing applications: moves them to the Trash, "
+                                 "backs them up, restores them and locks them.",
+                                 {"OK"}},
+                                this);
+  about->ask([about](int) { about->deleteLater(); }, {});
+}
+
+// --- Panes -----------------------------------------------------------------------------------------------------------
+
+void MainWindow::showPane(Pane shown) {
+  OutlinePane& widget = pane(shown);
+  paneItems_->actions().at(static_cast<int>(shown))->setChecked(true);
+  stack_->setCurrentWidget(&widget);
+  taskMenu_->clear();
+  widget.addCommandsTo(*taskMenu_);
+  tickAll_->setEnabled(!widget.outline().headerCheck().isHidden());
+  sortMenu_->setEnabled(shown == Pane::Restore);
+  widget.outline().setFocus();
+}
+
+void MainWindow::bringToFront() {
+  show();
+  raise();
+  activateWindow();
+}
+
+void MainWindow::showNotice(const std::string& text) {
+  notice_->setText(displayText(text));
+  notice_->setVisible(!text.empty());
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+  event->setAccepted(!mayClose || mayClose());
+}
+
+void MainWindow::paintEvent(QPaintEvent* event) {
+  QMainWindow::paintEvent(event);
+  // Its panes are painted in the same go.
+  if (const auto painted = std::exchange(onFirstPaint, nullptr)) QTimer::singleShot(0, this, painted);
+}
+
+void MainWindow::remember(WindowMemory& memory) const {
+  memory.keep(QStringLiteral("geometry"), saveGeometry());
+  memory.keep(QStringLiteral("pane"), static_cast<int>(shownPane()));
+  for (const Pane each : kPanes) memory.keep(columnsKey(each), pane(each).outline().layoutState());
+}
+
+void MainWindow::recall(const WindowMemory& memory) {
+  restoreGeometry(memory.bytes(QStringLiteral("geometry")));
+  for (const Pane each : kPanes) pane(each).outline().restoreLayoutState(memory.bytes(columnsKey(each)));
+}
+
+}  // namespace vantory

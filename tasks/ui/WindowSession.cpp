@@ -1,0 +1,181 @@
+#include "tasks/ui/WindowSession.h"
+
+#include <QApplication>
+#include <QDesktopServices>
+#include <QUrl>
+
+#include "backups/QWAutosaveHeader.h"
+#include "backups/QWDataController.h"
+#include "catalog/ProjectHandlers.h"
+#include "platform/SystemLog.h"
+#include "platform/qt/Command.h"
+#include "platform/qt/Icons.h"
+#include "platform/qt/QWOutlineView.h"
+#include "platform/qt/Spinner.h"
+#include "services/BackgroundThreads.h"
+#include "services/Format.h"
+#include "services/MainThread.h"
+#include "services/Runtime.h"
+#include "tasks/HomeCheck.h"
+
+namespace vantory {
+
+namespace {
+
+constexpr auto kMoreTools = "https://www.quarrywell.com/gearwright";
+
+template <class Act>
+void onTrigger(Command& command, Act act) {
+  QObject::connect(&command, &QAction::triggered, &command, [act] { act(); });
+}
+
+}  // namespace
+
+WindowSession::WindowSession(const std::string& home)
+    : memory_(home),
+      dialog_(&window_),
+      progress_(&window_),
+      chooser_(&dialog_),
+      alerts_([this](AlertParent parent) { return windowOf(parent); }),
+      lock_(window_.lockPane().outline()),
+      app_({window_, window_.trashPane().spinner(), progress_, lock_}),
+      trash_(window_.trashPane().outline(), window_.trashPane().trashCommand()),
+      restore_({window_.restorePane().outline(), window_.restorePane().toggleDefault, window_.restorePane().spinner(),
+                app_}),
+      backup_({window_.backupPane().outline(), window_.backupPane().backupCommand(), window_.backupPane().spinner(),
+               app_, restore_}),
+      edit_({dialog_, chooser_, backup_, restore_, &ProjectHandlers::checkVantoryDefaultForFileExtensions,
+             &ProjectHandlers::setVantoryDefaultFileExtensions}) {
+  restore_.setEditController(edit_);
+  QWAlert::sharedController().ask = [this](const AlertTexts& texts) { return alerts_.ask(texts); };
+  connectWindow();
+  connectCatalogPanes();
+  connectRestorePane();
+  connectDialogs();
+  window_.recall(memory_);
+  window_.showNotice(remarkOnHome(home));
+}
+
+WindowSession::~WindowSession() {
+  finish();
+}
+
+// --- Who is told what ------------------------------------------------------------------------------------------------
+
+void WindowSession::connectWindow() {
+  window_.setActions({.choosePane = [this](Pane pane) { choosePane(pane); },
+                      .openLink = [] { QDesktopServices::openUrl(QUrl(QString::fromLatin1(kMoreTools))); },
+                      .sort = [this](const std::string& column) { restore_.didClickTableColumn(column); }});
+  window_.mayClose = [this] { return mayClose(); };
+}
+
+void WindowSession::connectCatalogPanes() {
+  window_.trashPane().outline().setDelegate(&trash_, &trash_);
+  window_.backupPane().outline().setDelegate(&backup_, &backup_);
+  window_.lockPane().outline().setDelegate(&lock_, &lock_);
+  onTrigger(window_.trashPane().trashCommand(), [this] { app_.trash(); });
+  onTrigger(window_.backupPane().backupCommand(), [this] { edit_.showBackupDialog(); });
+  onTrigger(window_.lockPane().refreshCommand(), [this] { lock_.reload(); });
+}
+
+void WindowSession::connectRestorePane() {
+  RestorePane& pane = window_.restorePane();
+  QWOutlineView& outline = pane.outline();
+  outline.setDelegate(&restore_, &restore_);
+  outline.onSelectionChange = [this] { showSelection(); };
+  onTrigger(pane.restore, [this] { restore_.restore(); });
+  onTrigger(pane.edit, [this] { restore_.editBackup(); });
+  onTrigger(pane.toggleDefault, [this] { restore_.toggleDefault(); });
+  onTrigger(pane.rename, [&outline] { outline.editSelectedRow(); });
+  onTrigger(pane.remove, [this] { restore_.keyUp(OutlineKey::Delete); });
+  onTrigger(pane.linkProjects, [this] { restore_.linkProject(); });
+  onTrigger(pane.unlinkProjects, [this] { restore_.unlinkProjects(); });
+  onTrigger(pane.revealProjects, [this] { restore_.revealLinkedProjects(); });
+  onTrigger(pane.updateFiles, [this] { restore_.updateFiles(); });
+  onTrigger(pane.sendToMail, [this] { restore_.sendToMail(); });
+  onTrigger(pane.reveal, [this] { restore_.revealFinder(); });
+  outline.addWatchKeys(QStringLiteral("\r\n"), "restore:");
+  outline.reportMissing = [](const std::string& selector) {
+    Runtime::current().platform().systemLog.write(formatted("Selector %@ doesn't exist", selector));
+  };
+  outline.watchDelegate = [this](const std::string& selector) {
+    if (selector != "restore:") return false;
+    restore_.restore();
+    return true;
+  };
+}
+
+void WindowSession::connectDialogs() {
+  progress_.onCancel = [this] { app_.progressController().cancel(); };
+  dialog_.setActions({.confirm = [this] { edit_.backup(); },
+                      .cancel = [this] { edit_.cancelBackup(); },
+                      .addProject = [this] { edit_.addProject(); },
+                      .removeProject = [this] { edit_.removeProject(); },
+                      .enableHandling = [this] { edit_.enableProjectHandling(); },
+                      .expand = [this] { edit_.expandProjectView(); },
+                      .contract = [this] { edit_.contractProjectView(); }});
+}
+
+// --- While it is open ------------------------------------------------------------------------------------------------
+
+void WindowSession::open() {
+  window_.onFirstPaint = [this] {
+    app_.load([this] { showRememberedPane(); });
+    QApplication::setWindowIcon(icons::application());
+  };
+  window_.show();
+}
+
+void WindowSession::showRememberedPane() {
+  for (const Pane pane : {Pane::Backup, Pane::Lock, Pane::Restore})
+    if (memory_.number(QStringLiteral("pane"), 0) == static_cast<int>(pane)) choosePane(pane);
+}
+
+void WindowSession::choosePane(Pane pane) {
+  switch (pane) {
+    case Pane::Trash:
+      return app_.toolbarTrash();
+    case Pane::Backup:
+      return app_.toolbarBackup();
+    case Pane::Lock:
+      return app_.toolbarLock();
+    case Pane::Restore:
+      return app_.toolbarRestore();
+  }
+}
+
+void WindowSession::showSelection() {
+  const OutlineItemPointer row = window_.restorePane().outline().selectedItem();
+  const auto backup = restore_.selectedBackup();
+  window_.restorePane().showSelection({.backup = backup != nullptr,
+                                       .backupRow = std::dynamic_pointer_cast<QWBackup>(row) != nullptr,
+                                       .hasProjects = backup && !backup->projects().empty(),
+                                       .anyRow = backup || std::dynamic_pointer_cast<QWAutosaveHeader>(row)});
+}
+
+QWidget* WindowSession::windowOf(AlertParent parent) {
+  if (parent == AlertParent::BackupDialog && dialog_.isVisible()) return &dialog_;
+  return &window_;
+}
+
+// --- The end ---------------------------------------------------------------------------------------------------------
+
+bool WindowSession::mayClose() {
+  if (!BackgroundThreads::shared().isWorking()) return true;
+  return alerts_.ask({.messageText = "A task is still running.",
+                      .defaultButton = "Quit When Done",
+                      .alternateButton = "Cancel",
+                      .informativeText = "Vantory quits as soon as it has ended. Nothing is left half done."}) ==
+         QWAlert::Default;
+}
+
+// Work that still runs is served to its end; its questions are answered as if dismissed.
+void WindowSession::finish() {
+  window_.remember(memory_);
+  window_.hide();
+  alerts_.refuse();
+  BackgroundThreads::shared().waitForAll();
+  QWAlert::sharedController().ask = nullptr;
+}
+
+}  // namespace vantory

@@ -1,0 +1,268 @@
+#include <QContextMenuEvent>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+
+#include "platform/qt/OutlineTree.h"
+#include "platform/qt/QWHeaderCheckCell.h"
+#include "platform/qt/QWOutlineView.h"
+#include "tests/window/WindowTest.h"
+
+namespace vantory::test {
+
+namespace {
+
+class OutlineTest : public testing::Test {
+ protected:
+  OutlineTest() {
+    app_ = rows_.root.add("Editor");
+    item_ = app_->add("Preferences");
+    app_->add("Layouts");
+    other_ = rows_.root.add("Other");
+    view_.setDelegate(&rows_, &rows_);
+    view_.resize(500, 300);
+    view_.show();
+    EXPECT_TRUE(QTest::qWaitForWindowActive(&view_));
+    view_.setFocus();
+  }
+
+  OutlineTree& tree() { return view_.tree(); }
+  QModelIndex cell(const OutlineItemPointer& item, int column = 0) {
+    return dynamic_cast<OutlineModel&>(*tree().model()).indexOf(item).siblingAtColumn(column);
+  }
+  QPoint inText(const OutlineItemPointer& item) { return tree().visualRect(cell(item)).center(); }
+  QPoint inCheckBox(const OutlineItemPointer& item) {
+    const QRect area = tree().visualRect(cell(item));
+    return {area.left() + 10, area.center().y()};
+  }
+  void click(const QPoint& place) { QTest::mouseClick(tree().viewport(), Qt::LeftButton, {}, place); }
+  void key(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) { QTest::keyClick(&tree(), key, modifiers); }
+  bool isOpen(const OutlineItemPointer& item) { return tree().isExpanded(cell(item)); }
+
+  FakeRows rows_;
+  std::shared_ptr<FakeRow> app_, item_, other_;
+  QWOutlineView view_{{{.identifier = "name", .title = "Name"}, {.identifier = "size", .title = "Size"}}, "Rows"};
+};
+
+TEST_F(OutlineTest, ClicksOnCheckBoxesTick) {
+  click(inCheckBox(app_));
+  ASSERT_EQ(rows_.changes, (std::vector<FakeRows::Change>{{"Editor", 1}}));
+  click(inCheckBox(app_));
+  EXPECT_EQ(rows_.changes.back(), FakeRows::Change("Editor", 0));
+  app_->state = -1;
+  view_.reloadItem(app_, false);
+  EXPECT_EQ(cell(app_).data(Qt::CheckStateRole).toInt(), Qt::PartiallyChecked);
+  click(inCheckBox(app_));
+  EXPECT_EQ(rows_.changes.back(), FakeRows::Change("Editor", 1));
+
+  other_->enabled = false;
+  view_.reloadItem(other_, false);
+  click(inCheckBox(other_));
+  EXPECT_EQ(rows_.changes.size(), 3u) << "a greyed check box was used";
+  click(inText(other_));
+  EXPECT_EQ(view_.selectedItem(), other_) << "its row can still be selected";
+}
+
+TEST_F(OutlineTest, KeysAloneReachEverything) {
+  key(Qt::Key_Down);
+  view_.selectItem(app_);
+  key(Qt::Key_Space);
+  EXPECT_EQ(rows_.changes.back(), FakeRows::Change("Editor", 1));
+  key(Qt::Key_Right);
+  EXPECT_TRUE(isOpen(app_));
+  key(Qt::Key_Down);
+  EXPECT_EQ(view_.selectedItem(), item_);
+  tree().setCurrentIndex(cell(item_, 1));
+  key(Qt::Key_Space);
+  EXPECT_EQ(rows_.changes.back(), FakeRows::Change("Preferences", 1)) << "the row's box, from any of its cells";
+  key(Qt::Key_Left);
+  key(Qt::Key_Left);
+  EXPECT_FALSE(isOpen(app_));
+}
+
+TEST_F(OutlineTest, TheHeaderCheckBoxOnlySaysThatItWasClicked) {
+  view_.showHeaderCheck();
+  view_.setHeaderState(-1);
+  QWHeaderCheckCell& check = view_.headerCheck();
+  EXPECT_EQ(check.checkState(), Qt::PartiallyChecked);
+  QTest::mouseClick(&check, Qt::LeftButton, {}, QPoint(8, check.height() / 2));
+  EXPECT_EQ(rows_.headerClicks, 1);
+  EXPECT_EQ(check.checkState(), Qt::PartiallyChecked) << "the controller decides what it shows";
+  QTest::keyClick(&check, Qt::Key_Space);
+  EXPECT_EQ(rows_.headerClicks, 2);
+  QHeaderView& header = *tree().header();
+  QTest::mouseClick(header.viewport(), Qt::LeftButton, {}, QPoint(header.sectionSize(0) / 2, 5));
+  EXPECT_EQ(rows_.headerClicks, 3) << "the rest of that column's header counts too";
+  QTest::mouseClick(header.viewport(), Qt::LeftButton, {}, QPoint(header.sectionPosition(1) + 20, 5));
+  EXPECT_EQ(rows_.headerClicks, 3);
+}
+
+TEST_F(OutlineTest, TextIsEditedInPlace) {
+  other_->hasCheckBox = false;
+  other_->editable = true;
+  view_.reloadData();
+  view_.selectItem(other_);
+  view_.editSelectedRow();
+  auto* editor = tree().viewport()->findChild<QLineEdit*>();
+  ASSERT_NE(editor, nullptr);
+  QTest::keyClick(editor, Qt::Key_Delete);
+  QTest::keyClicks(editor, "Renamed");
+  QTest::keyClick(editor, Qt::Key_Return);
+  ASSERT_TRUE(eventually([&] { return !rows_.changes.empty(); }));
+  EXPECT_EQ(rows_.changes.back(), FakeRows::Change("Other", std::string("Renamed")));
+  EXPECT_EQ(rows_.deletions(), 0) << "the key belonged to the editor";
+  EXPECT_EQ(rows_.doubleClicks, 0);
+
+  // What was not changed is not reported, though the name shown is not the name's bytes.
+  rows_.changes.clear();
+  other_->title = "bad \xff name";
+  view_.reloadData();
+  EXPECT_EQ(cell(other_).data().toString(), QStringLiteral("bad \\xff name"));
+  view_.editSelectedRow();
+  QTest::qWait(20);
+  QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+  QTest::qWait(20);
+  EXPECT_TRUE(rows_.changes.empty());
+}
+
+TEST_F(OutlineTest, DeleteAndDoubleClickReachTheController) {
+  view_.selectItem(other_);
+  key(Qt::Key_Delete);
+  key(Qt::Key_Backspace);
+  EXPECT_EQ(rows_.deletions(), 2);
+  QTest::keyRelease(&tree(), Qt::Key_Delete);
+  EXPECT_EQ(rows_.deletions(), 2) << "a key that was pressed elsewhere";
+  QTest::mouseDClick(tree().viewport(), Qt::LeftButton, {}, inText(app_));
+  EXPECT_EQ(rows_.doubleClicks, 1);
+  EXPECT_FALSE(isOpen(app_)) << "a double click is a command and opens nothing";
+  QTest::mouseDClick(tree().viewport(), Qt::LeftButton, {}, QPoint(100, tree().viewport()->height() - 5));
+  EXPECT_EQ(rows_.doubleClicks, 1) << "below the rows";
+}
+
+TEST_F(OutlineTest, WatchedKeysPerformTheirSelectors) {
+  std::vector<std::string> performed, missing;
+  view_.addWatchKeys("r", "absent:");
+  view_.addWatchKeys("\rr", "restore:");
+  view_.watchDelegate = [&](const std::string& selector) {
+    performed.push_back(selector);
+    return selector == "restore:";
+  };
+  view_.reportMissing = [&](const std::string& selector) { missing.push_back(selector); };
+  key(Qt::Key_Return);
+  EXPECT_EQ(performed, std::vector<std::string>{"restore:"});
+  key(Qt::Key_R, Qt::AltModifier);
+  EXPECT_EQ(missing, std::vector<std::string>{"absent:"}) << "and the next entry is tried";
+  EXPECT_EQ(performed.back(), "restore:");
+}
+
+TEST_F(OutlineTest, TheMenuBelongsToTheRowUnderThePointer) {
+  QMenu menu;
+  menu.addAction("Something");
+  view_.setMenu(&menu);
+  view_.selectItem(app_);
+  const auto rightClick = [&](const QPoint& place) {
+    QContextMenuEvent event(QContextMenuEvent::Mouse, place, tree().viewport()->mapToGlobal(place));
+    QApplication::sendEvent(tree().viewport(), &event);
+  };
+  rightClick({100, tree().viewport()->height() - 5});
+  EXPECT_FALSE(menu.isVisible()) << "on no row";
+  rightClick(inText(other_));
+  EXPECT_TRUE(menu.isVisible());
+  EXPECT_EQ(view_.selectedItem(), other_);
+  menu.close();
+}
+
+TEST_F(OutlineTest, OpenRowsAndTheSelectionOutliveAReload) {
+  view_.selectItem(item_);
+  ASSERT_TRUE(isOpen(app_)) << "selecting opens the rows above";
+  const int changes = rows_.selectionChanges;
+  rows_.root.rows.insert(rows_.root.rows.begin(), std::make_shared<FakeRow>("New"));
+  view_.reloadData();
+  EXPECT_TRUE(isOpen(app_));
+  EXPECT_EQ(view_.selectedItem(), item_);
+  EXPECT_EQ(rows_.selectionChanges, changes) << "nothing changed for the controller";
+
+  // The list is made anew: other items, the same titles.
+  rows_.root.rows.clear();
+  app_ = rows_.root.add("Editor");
+  item_ = app_->add("Preferences");
+  view_.reloadData();
+  EXPECT_TRUE(isOpen(app_));
+  EXPECT_EQ(view_.selectedItem(), item_);
+  EXPECT_EQ(rows_.selectionChanges, changes + 1);
+
+  rows_.root.rows.clear();
+  view_.reloadData();
+  EXPECT_EQ(view_.selectedItem(), nullptr);
+  EXPECT_EQ(rows_.selectionChanges, changes + 2);
+}
+
+TEST_F(OutlineTest, ReloadingAnItemBringsItsNewChildren) {
+  view_.selectItem(item_);
+  app_->rows.pop_back();
+  app_->add("Plugins");
+  app_->add("Presets");
+  view_.reloadItem(app_, true);
+  EXPECT_EQ(tree().model()->rowCount(cell(app_)), 3);
+  EXPECT_EQ(tree().model()->index(2, 0, cell(app_)).data().toString(), QStringLiteral("Presets"));
+  app_->rows.clear();
+  view_.reloadItem(app_, true);
+  EXPECT_EQ(tree().model()->rowCount(cell(app_)), 0);
+  view_.reloadItem(std::make_shared<FakeRow>("stranger"), true);
+}
+
+TEST_F(OutlineTest, HeadersSort) {
+  view_.showSortIndicators();
+  QHeaderView& header = *tree().header();
+  QTest::mouseClick(header.viewport(), Qt::LeftButton, {}, QPoint(header.sectionPosition(1) + 20, 5));
+  EXPECT_EQ(rows_.clickedColumns, std::vector<std::string>{"size"});
+  view_.setSortIndicator("size", SortIndicator::Descending);
+  EXPECT_TRUE(header.isSortIndicatorShown());
+  EXPECT_EQ(header.sortIndicatorSection(), 1);
+  EXPECT_EQ(header.sortIndicatorOrder(), Qt::DescendingOrder);
+  view_.setSortIndicator("size", SortIndicator::None);
+  EXPECT_FALSE(header.isSortIndicatorShown());
+}
+
+TEST_F(OutlineTest, AnEmptyListSaysWhatToDo) {
+  view_.setEmptyText("Reading…", "Nothing yet.");
+  const auto shownText = [&] {
+    for (const QLabel* label : view_.findChildren<QLabel*>())
+      if (label->isVisible()) return label->text();
+    return QString();
+  };
+  EXPECT_EQ(shownText(), QString());
+  rows_.root.rows = {other_};
+  view_.reloadData();
+  EXPECT_EQ(shownText(), QStringLiteral("Nothing yet.")) << "a group without members is as good as nothing";
+  rows_.root.rows.clear();
+  view_.reloadData();
+  EXPECT_EQ(shownText(), QStringLiteral("Reading…"));
+}
+
+TEST_F(OutlineTest, ColumnWidthsAreRemembered) {
+  tree().header()->resizeSection(1, 177);
+  const QByteArray state = view_.layoutState();
+  QWOutlineView other({{.identifier = "name", .title = "Name"}, {.identifier = "size", .title = "Size"}}, "Rows");
+  other.restoreLayoutState(state);
+  EXPECT_EQ(other.tree().header()->sectionSize(1), 177);
+  other.restoreLayoutState("nonsense");
+  EXPECT_EQ(other.tree().header()->sectionSize(1), 177);
+}
+
+TEST_F(OutlineTest, ThousandsOfRowsOpenAtOnce) {
+  rows_.root.rows.clear();
+  for (int i = 0; i < 2000; ++i) rows_.root.add("Backup " + std::to_string(i))->add("Editor");
+  QElapsedTimer timer;
+  timer.start();
+  view_.reloadData();
+  view_.selectItem(rows_.root.rows.back());
+  QTest::qWait(0);
+  EXPECT_LT(timer.elapsed(), 1000);
+  EXPECT_EQ(view_.selectedItem(), rows_.root.rows.back());
+}
+
+}  // namespace
+
+}  // namespace vantory::test

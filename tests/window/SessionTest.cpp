@@ -1,0 +1,194 @@
+// The whole window over the real engine: what a person clicks is what happens to the files.
+
+#include <QAction>
+#include <QElapsedTimer>
+#include <QHeaderView>
+#include <QPushButton>
+#include <QTimer>
+#include <algorithm>
+#include <atomic>
+#include <limits>
+#include <thread>
+
+#include "backups/ui/CatalogRows.h"
+#include "platform/qt/AlertDialog.h"
+#include "platform/qt/Command.h"
+#include "platform/qt/OutlineTree.h"
+#include "platform/qt/QWHeaderCheckCell.h"
+#include "platform/qt/QWOutlineView.h"
+#include "platform/qt/Spinner.h"
+#include "services/BackgroundThreads.h"
+#include "services/MainThread.h"
+#include "tasks/ui/MainThreadEvents.h"
+#include "tasks/ui/WindowSession.h"
+#include "tests/backups/BackupsTest.h"
+#include "tests/support/EnvironmentChange.h"
+#include "tests/window/WindowTest.h"
+
+namespace vantory::test {
+
+namespace {
+
+class SessionTest : public BackupsTest {
+ protected:
+  SessionTest() {
+    fakes_.users.process->name = "anna";
+    writeFile(prefs("com.apple.FinalCutPro.plist"), "settings");
+    writeFile(prefs("com.apple.motion.plist"), "settings");
+  }
+  ~SessionTest() override { close(); }
+
+  MainWindow& open() {
+    controller().setBackupArray({});
+    session_ = std::make_unique<WindowSession>(home_.path());
+    session_->open();
+    EXPECT_TRUE(eventually([this] { return !controller().backupArray().empty(); }));
+    EXPECT_TRUE(eventually([] { return !BackgroundThreads::shared().isWorking(); }));
+    return session_->window();
+  }
+  void close() { session_.reset(); }
+
+  static void choose(MainWindow& window, const QString& title) {
+    for (QAction* action : window.findChildren<QAction*>())
+      if (action->isCheckable() && action->text().remove('&') == title) action->trigger();
+  }
+  // Answers the alert that comes up, and tells its message.
+  static QString answer(const QString& title) {
+    if (!eventually([] { return visibleWindow<AlertDialog>() != nullptr; })) return "no alert";
+    AlertDialog& alert = *visibleWindow<AlertDialog>();
+    const QString message = alert.accessibleName();
+    for (auto* button : alert.findChildren<QPushButton*>())
+      if (button->text() == title) QTest::mouseClick(button, Qt::LeftButton);
+    return message;
+  }
+  std::shared_ptr<QWApp> app(const std::string& name) {
+    for (const auto& each : controller().appArray())
+      if (each->name() == name) return each;
+    return nullptr;
+  }
+  static void tick(QWOutlineView& outline, const OutlineItemPointer& item) {
+    outline.selectItem(item);
+    QTest::keyClick(&outline.tree(), Qt::Key_Space);
+  }
+
+  const MainThreadEvents events_{runtime_.shared<MainThread>()};
+  const EnvironmentChange state_{"XDG_STATE_HOME", home_ / "state"};
+  std::unique_ptr<WindowSession> session_;
+};
+
+TEST_F(SessionTest, OpensWithTheCatalogAndMakesAFirstBackup) {
+  MainWindow& window = open();
+  EXPECT_EQ(window.shownPane(), Pane::Trash);
+  EXPECT_EQ(window.trashPane().outline().tree().model()->rowCount(), static_cast<int>(controller().appArray().size()));
+  EXPECT_TRUE(exists(inLibrary("anna.vnt/Settings.plist")));
+  choose(window, "Restore");
+  EXPECT_EQ(window.shownPane(), Pane::Restore);
+  EXPECT_THAT(logged(), testing::Contains("Switched to Restore pane"));
+}
+
+TEST_F(SessionTest, TrashesWhatIsTicked) {
+  MainWindow& window = open();
+  QWOutlineView& outline = window.trashPane().outline();
+  outline.headerCheck().onClick();
+  ASSERT_FALSE(window.trashPane().trashCommand().isEnabled()) << "nothing is ticked";
+  tick(outline, app("Motion"));
+  ASSERT_TRUE(window.trashPane().trashCommand().isEnabled());
+  window.trashPane().trashCommand().trigger();
+  EXPECT_EQ(answer("OK"), QStringLiteral("Preferences successfully trashed"));
+  EXPECT_FALSE(exists(prefs("com.apple.motion.plist")));
+  EXPECT_TRUE(exists(prefs("com.apple.FinalCutPro.plist")));
+  EXPECT_EQ(visibleWindow<ProgressDialog>(), nullptr);
+}
+
+TEST_F(SessionTest, BacksUpAndRestores) {
+  MainWindow& window = open();
+  choose(window, "Backup");
+  window.backupPane().backupCommand().trigger();
+  auto* dialog = visibleWindow<BackupDialog>();
+  ASSERT_NE(dialog, nullptr);
+  dialog->setName("Clean setup");
+  QTest::keyClick(dialog, Qt::Key_Return);
+  ASSERT_TRUE(eventually([&] { return window.shownPane() == Pane::Restore; }));
+  RestorePane& pane = window.restorePane();
+  ASSERT_TRUE(eventually([&] { return pane.restore.isEnabled(); })) << "the new backup's row is selected";
+  EXPECT_EQ(rowAs<QWBackup>(pane.outline().selectedItem())->name(), "Clean setup");
+
+  writeFile(prefs("com.apple.motion.plist"), "misbehaving");
+  QTimer::singleShot(0, [] { answer("Restore"); });
+  pane.restore.trigger();
+  EXPECT_EQ(answer("OK"), QStringLiteral("Preferences successfully restored"));
+  EXPECT_EQ(readFile(prefs("com.apple.motion.plist")), "settings");
+
+  pane.toggleDefault.trigger();
+  EXPECT_EQ(pane.toggleDefault.text().remove('&'), QStringLiteral("Unset Default Backup"));
+
+  QTimer::singleShot(0, [] { answer("Cancel"); });
+  QTest::keyClick(&pane.outline().tree(), Qt::Key_Delete);
+  EXPECT_TRUE(exists(inLibrary("Clean setup.vnt")));
+  QTimer::singleShot(0, [] { answer("Remove"); });
+  QTest::keyClick(&pane.outline().tree(), Qt::Key_Delete);
+  EXPECT_FALSE(exists(inLibrary("Clean setup.vnt")));
+  EXPECT_FALSE(pane.restore.isEnabled());
+}
+
+TEST_F(SessionTest, IsAsItWasLeft) {
+  MainWindow& first = open();
+  first.resize(800, 500);
+  choose(first, "Lock");
+  const int width = 133;
+  first.restorePane().outline().tree().header()->resizeSection(1, width);
+  close();
+  MainWindow& second = open();
+  EXPECT_EQ(second.shownPane(), Pane::Lock);
+  EXPECT_EQ(second.size(), QSize(800, 500));
+  EXPECT_EQ(second.restorePane().outline().tree().header()->sectionSize(1), width);
+  EXPECT_FALSE(exists(home_ / "Library/Preferences/vantory")) << "looks are no settings";
+}
+
+TEST_F(SessionTest, AsksBeforeItClosesDuringATask) {
+  MainWindow& window = open();
+  std::atomic<bool> go = false;
+  BackgroundThreads::shared().start([&go] {
+    while (!go) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  });
+  QTimer::singleShot(0, [] { answer("Cancel"); });
+  EXPECT_FALSE(window.close());
+  QTimer::singleShot(0, [] { answer("Quit When Done"); });
+  EXPECT_TRUE(window.close());
+  QTimer::singleShot(50, [&go] { go = true; });
+  QTest::qWait(100);
+}
+
+// The longest time, in milliseconds, between two ticks of a timer of 10, while a backup is made.
+qint64 longestPauseDuringBackup(MainWindow& window, const std::string& name) {
+  QElapsedTimer sinceTick;
+  qint64 longest = 0;
+  QTimer timer;
+  timer.setTimerType(Qt::PreciseTimer);
+  QObject::connect(&timer, &QTimer::timeout, [&] { longest = std::max(longest, sinceTick.restart()); });
+  window.backupPane().backupCommand().trigger();
+  visibleWindow<BackupDialog>()->setName(name);
+  sinceTick.start();
+  timer.start(10);
+  QTest::keyClick(visibleWindow<BackupDialog>(), Qt::Key_Return);
+  EXPECT_TRUE(eventually([&] { return window.shownPane() == Pane::Restore; }));
+  return longest;
+}
+
+TEST_F(SessionTest, StaysResponsiveDuringALargeBackup) {
+  for (int i = 0; i < 3000; ++i)
+    writeFile(prefs("Final Cut Pro User Data/Button Bars/" + std::to_string(i) + ".fcbtn"), "bar");
+  MainWindow& window = open();
+  // Something else that the machine does may hold up one of them.
+  qint64 best = std::numeric_limits<qint64>::max();
+  for (const char* name : {"First", "Second", "Third"}) {
+    choose(window, "Backup");
+    best = std::min(best, longestPauseDuringBackup(window, name));
+    if (best <= 110) break;
+  }
+  EXPECT_LE(best, 110);
+}
+
+}  // namespace
+
+}  // namespace vantory::test

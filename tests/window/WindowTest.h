@@ -1,0 +1,94 @@
+// What the tests of widgets stand on: rows made up for them, and patience.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QTest>
+#include <algorithm>
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "platform/OutlineView.h"
+
+namespace vantory::test {
+
+struct FakeRow : OutlineItem {
+  explicit FakeRow(std::string rowTitle) : title(std::move(rowTitle)) {}
+
+  std::shared_ptr<FakeRow> add(const std::string& rowTitle) {
+    rows.push_back(std::make_shared<FakeRow>(rowTitle));
+    return rows.back();
+  }
+
+  std::string title;
+  int state = 0;
+  bool hasCheckBox = true;
+  bool enabled = true;
+  bool editable = false;
+  std::vector<std::shared_ptr<FakeRow>> rows;
+};
+
+// A tree of FakeRows; records what it is told.
+class FakeRows : public OutlineDelegate, public OutlineActions {
+ public:
+  using Change = std::pair<std::string, ObjectValue>;  // a row's title and its new value
+
+  std::size_t numberOfChildrenOfItem(const OutlineItemPointer& item) override { return row(item).rows.size(); }
+  OutlineItemPointer child(std::size_t index, const OutlineItemPointer& ofItem) override {
+    return row(ofItem).rows[index];
+  }
+  bool isItemExpandable(const OutlineItemPointer& item) override { return !row(item).rows.empty(); }
+  ObjectValue objectValueForTableColumn(const std::string& column, const OutlineItemPointer& byItem) override {
+    if (column != "name") return std::string("detail");
+    const FakeRow& asked = row(byItem);
+    return asked.hasCheckBox ? ObjectValue(asked.state) : ObjectValue(asked.title);
+  }
+  void setObjectValue(const ObjectValue& value, const std::string&, const OutlineItemPointer& byItem) override {
+    changes.emplace_back(row(byItem).title, value);
+    if (const int* state = std::get_if<int>(&value)) row(byItem).state = *state;
+  }
+  void willDisplayCell(OutlineCell& cell, const std::string& column, const OutlineItemPointer& item) override {
+    if (column != "name") return;
+    cell.title = row(item).title;
+    cell.enabled = row(item).enabled;
+    cell.editable = row(item).editable;
+  }
+
+  void mouseDownInHeaderOfTableColumn(const std::string&) override { ++headerClicks; }
+  void didClickTableColumn(const std::string& column) override { clickedColumns.push_back(column); }
+  void selectionDidChange() override { ++selectionChanges; }
+  void doubleClick() override { ++doubleClicks; }
+  bool keyUp(OutlineKey key) override {
+    keys.push_back(key);
+    return key == OutlineKey::Delete;
+  }
+  int deletions() const { return static_cast<int>(std::count(keys.begin(), keys.end(), OutlineKey::Delete)); }
+
+  FakeRow root{"root"};
+  std::vector<Change> changes;
+  std::vector<OutlineKey> keys;
+  std::vector<std::string> clickedColumns;
+  int headerClicks = 0;
+  int selectionChanges = 0;
+  int doubleClicks = 0;
+
+ private:
+  FakeRow& row(const OutlineItemPointer& item) { return item ? static_cast<FakeRow&>(*item) : root; }
+};
+
+// Serves events until the condition holds; false when it does not within half a minute.
+inline bool eventually(const std::function<bool()>& condition) {
+  return QTest::qWaitFor(condition, 30000);
+}
+
+template <class T>
+T* visibleWindow() {
+  for (QWidget* widget : QApplication::topLevelWidgets())
+    if (auto* window = dynamic_cast<T*>(widget); window && window->isVisible()) return window;
+  return nullptr;
+}
+
+}  // namespace vantory::test
