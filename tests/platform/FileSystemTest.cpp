@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <atomic>
 #include <csignal>
-#include <thread>
 
 #include "platform/linux/LinuxFileSystem.h"
 #include "tests/support/ScratchFolder.h"
@@ -126,20 +125,19 @@ TEST_F(FileSystemTest, RefusesWhatIsNoFileWithoutWaiting) {
 }
 
 TEST_F(FileSystemTest, AFileThatKeepsChangingIsNotCopiedHalf) {
-  writeFile(folder / "busy", std::string(64 << 20, 'a'));
-  std::atomic<bool> started = false;
-  std::atomic<bool> stop = false;
-  std::thread writer([&] {
-    const int file = open((folder / "busy").c_str(), O_WRONLY);
-    while (!stop) started = pwrite(file, "b", 1, 0) == 1;
-    close(file);
-  });
-  while (!started) std::this_thread::yield();
-  const Status copied = copy("busy", "copy");
-  stop = true;
-  writer.join();
-  ASSERT_FALSE(copied.ok());
-  EXPECT_NE(copied.error().text.find("changing"), std::string::npos);
+  writeFile(folder / "busy", std::string(2 << 20, 'a'));
+  const int file = open((folder / "busy").c_str(), O_WRONLY);
+  int changes = 0;
+  // The observer is asked in the middle of every attempt.
+  const auto change = [&](std::int64_t bytes, int) {
+    if (bytes > 0) changes += pwrite(file, "b", 1, 0) == 1;
+    return true;
+  };
+  const auto staged = files.stageCopy({.source = folder / "busy", .destination = folder / "copy", .observer = change});
+  close(file);
+  ASSERT_FALSE(staged.ok());
+  EXPECT_NE(staged.error().text.find("changing"), std::string::npos);
+  EXPECT_GE(changes, 3) << "three attempts";
   EXPECT_FALSE(exists(folder / "copy"));
 }
 
