@@ -1,6 +1,7 @@
 // What the program asks about a file beside its name and content.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -19,8 +20,9 @@ class FileMetadata {
   virtual std::vector<Status> setAllLocked(const std::vector<std::string>& paths, bool locked) = 0;
   Status setLocked(const std::string& path, bool locked) { return std::move(setAllLocked({path}, locked).front()); }
 
-  // Sets the time of last change; never creates a file.
-  virtual Status setModified(const std::string& path, Timestamp time) = 0;
+  // Sets the time of last change; never creates a file. Now, where no time is given: that may whoever may write to the
+  // item, any other time only its owner.
+  virtual Status setModified(const std::string& path, std::optional<Timestamp> time) = 0;
 
   // True when the process may write to the item.
   virtual bool isWritable(const std::string& path) const = 0;

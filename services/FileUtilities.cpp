@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <optional>
 
 #include "platform/Clock.h"
 #include "platform/FileMetadata.h"
@@ -112,7 +113,8 @@ bool QWFileManager::touchFile(const std::string& path) {
   if (path.empty() || isMissingAtPath(path)) return false;
   if (metadata().isWritable(path)) {
     // True for every file that may be written, whatever became of its date.
-    (void)metadata().setModified(path, Runtime::current().platform().clock.now());
+    const Timestamp now = Runtime::current().platform().clock.now();
+    if (!metadata().setModified(path, now)) (void)metadata().setModified(path, std::nullopt);  // not its owner
     return true;
   }
   return QWAuthorization::sharedController().authExecTask("/usr/bin/touch", {"-c", path}) == QWAuthorization::Success;

@@ -1,7 +1,7 @@
 #include "platform/linux/AdministratorTools.h"
 
 #include <algorithm>
-#include <ctime>
+#include <optional>
 #include <utility>
 
 #include "platform/PrivilegedRunner.h"
@@ -109,7 +109,7 @@ Status AdministratorTools::makeFolder(const Paths& paths) {
 }
 
 Status AdministratorTools::touch(const Paths& paths) {
-  return unlessMissing(metadata_.setModified(paths[0], {std::time(nullptr), 0}));
+  return unlessMissing(metadata_.setModified(paths[0], std::nullopt));
 }
 
 Status AdministratorTools::lock(const Paths& paths) {

@@ -93,11 +93,15 @@ std::vector<Status> LinuxFileMetadata::setAllLocked(const std::vector<std::strin
   return results;
 }
 
-Status LinuxFileMetadata::setModified(const std::string& path, Timestamp time) {
+Status LinuxFileMetadata::setModified(const std::string& path, std::optional<Timestamp> time) {
   const FileRights::Scope scope(rights_);
   Result<Place> place = rights_.locate(path);
   if (!place) return place.error();
-  const timespec times[2] = {{0, UTIME_OMIT}, {time.seconds, time.nanoseconds}};
+  timespec times[2] = {{0, UTIME_NOW}, {0, UTIME_NOW}};
+  if (time) {
+    times[0] = {0, UTIME_OMIT};
+    times[1] = {time->seconds, time->nanoseconds};
+  }
   const int flags = rights_.isAdministrator() ? AT_SYMLINK_NOFOLLOW : 0;
   if (utimensat(place->at(), place->name.c_str(), times, flags) != 0) return systemError(path);
   return {};

@@ -17,7 +17,7 @@ class LibraryTest : public BackupsTest {
   void makeBackup(const std::string& path, const std::string& content = "saved", std::int64_t seconds = 1000) {
     writeFile(path + "/Settings.plist", "{Editor = (Preferences);}");
     writeFile(path + "/Users/user/Library/Preferences/editor.plist", content);
-    ASSERT_TRUE(metadata_.setModified(path, {seconds, 0}));
+    ASSERT_TRUE(metadata_.setModified(path, Timestamp{seconds, 0}));
   }
   QWUserDefaults& settings() { return QWUserDefaults::standardUserDefaults(); }
 };

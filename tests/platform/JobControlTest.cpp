@@ -206,7 +206,7 @@ TEST_F(JobControlTest, ARunIsDueOneIntervalAfterTheStamp) {
     return status;
   };
   const auto answerAt = [&](seconds age) {
-    EXPECT_TRUE(metadata_.setModified(stamp_, {std::time(nullptr) - age.count(), 0}));
+    EXPECT_TRUE(metadata_.setModified(stamp_, Timestamp{std::time(nullptr) - age.count(), 0}));
     return answer({stamp_, "604800", "1800"});
   };
   std::filesystem::create_directories(home_ / ".local/state");

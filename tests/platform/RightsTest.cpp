@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <ctime>
 #include <filesystem>
 
 #include "platform/linux/LinuxFileMetadata.h"
@@ -149,6 +150,21 @@ TEST_F(RightsTest, TheRunnerDoesItsToolsWork) {
   EXPECT_EQ(runner.run("/bin/rm", {"-Rdf", user.home + "/x"}), 0);
   EXPECT_EQ(runner.run("/bin/rm", {"-Rdf", user.home + "/x"}), 0) << "a missing item is success";
   EXPECT_NE(SuperuserRunner(std::nullopt, folders, {}).run("/bin/rm", {"-Rdf", target}), 0) << "nobody at the console";
+}
+
+TEST_F(RightsTest, WhoMayWriteToAFileMayTouchIt) {
+  LinuxFileMetadata metadata(FileRights::ofUser(user));
+  const std::string shared = user.home + "/shared";
+  writeFile(shared, "root's, for all to write");
+  chmod(shared.c_str(), 0666);
+  ASSERT_TRUE(LinuxFileMetadata().setModified(shared, Timestamp{1000, 0}).ok());
+  EXPECT_FALSE(metadata.setModified(shared, Timestamp{2000, 0}).ok()) << "not the owner";
+  EXPECT_TRUE(metadata.setModified(shared, std::nullopt).ok());
+  struct stat status {};
+  ASSERT_EQ(stat(shared.c_str(), &status), 0);
+  EXPECT_NEAR(static_cast<double>(status.st_mtim.tv_sec), static_cast<double>(std::time(nullptr)), 60);
+  EXPECT_FALSE(metadata.setModified(user.home + "/none", std::nullopt).ok());
+  EXPECT_FALSE(exists(user.home + "/none"));
 }
 
 TEST_F(RightsTest, OnlyTheUsersOwnFilesAreLocked) {
