@@ -62,7 +62,10 @@ Status MachineWideFiles::install(const std::string& source, const std::string& j
   if (!bytes) return bytes.error();
   if (files_.info(job, Links::DoNotFollow)) return systemError(job, EEXIST);
   if (Status written = files_.write(job, *bytes, {.durable = true}); !written) return written;
-  return usersFiles.remove(source);
+  const Status removed = usersFiles.remove(source);
+  if (removed || removed.error().code == std::errc::no_such_file_or_directory) return {};
+  (void)files_.remove(job);  // half a move is none
+  return removed;
 }
 
 Status MachineWideFiles::giveToSuperuser(const std::string& job) const {

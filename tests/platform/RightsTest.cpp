@@ -147,6 +147,14 @@ TEST_F(RightsTest, TheRunnerDoesItsToolsWork) {
   EXPECT_EQ(ownerOf(user.home + "/x/y"), user.id);
   EXPECT_NE(runner.run("/bin/mv", {"-f", source, target}), 0) << "never over an existing item";
   EXPECT_EQ(runner.run("/bin/mv", {"-f", source, user.home + "/x/moved"}), 0);
+  const std::string job = scratch / "Library/LaunchDaemons/com.quarrywell.Test.plist";
+  EXPECT_EQ(runner.run("/bin/mkdir", {"-p", scratch / "Library/LaunchDaemons"}), 0);
+  writeFile(scratch / "public", "the user may read but not move this");
+  EXPECT_NE(runner.run("/bin/mv", {"-f", scratch / "public", job}), 0);
+  EXPECT_FALSE(exists(job));
+  EXPECT_EQ(runner.run("/bin/mv", {"-f", target, job}), 0);
+  EXPECT_EQ(readFile(job), "new");
+  EXPECT_EQ(ownerOf(job), 0u);
   EXPECT_EQ(runner.run("/bin/rm", {"-Rdf", user.home + "/x"}), 0);
   EXPECT_EQ(runner.run("/bin/rm", {"-Rdf", user.home + "/x"}), 0) << "a missing item is success";
   EXPECT_NE(SuperuserRunner(std::nullopt, folders, {}).run("/bin/rm", {"-Rdf", target}), 0) << "nobody at the console";
