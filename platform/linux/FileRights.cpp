@@ -156,6 +156,17 @@ Result<Place> FileRights::locate(const std::string& path) const {
   return place;
 }
 
+Descriptor FileRights::openNewFolder(int parent, const std::string& name) const {
+  Descriptor folder(
+      uninterrupted([&] { return openat(parent, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC); }));
+  if (!folder.valid() || kind_ != Kind::Administrator) return folder;
+  struct stat status;
+  if (fstat(folder.get(), &status) != 0) return {};
+  if (status.st_uid == geteuid() && (status.st_mode & (S_IRWXG | S_IRWXO)) == 0) return folder;
+  errno = EPERM;
+  return {};
+}
+
 uid_t FileRights::fileOwner() const {
   return kind_ == Kind::Own ? geteuid() : user_.id;
 }

@@ -52,6 +52,10 @@ class FileRights {
   // Where the item itself lies; fails when the rights do not serve there.
   Result<Place> locate(const std::string& path) const;
 
+  // Opens a folder that was just made with mode 0700. As administrator it must be that one: who may write beside it
+  // may have put another in its place. An invalid descriptor leaves errno.
+  Descriptor openNewFolder(int parent, const std::string& name) const;
+
   // Added to the flags that open a folder or file named by a path: whether a link at its end may be followed.
   int noFollowFlag() const { return kind_ == Kind::Administrator ? O_NOFOLLOW : 0; }
   // The user whose files are handled.

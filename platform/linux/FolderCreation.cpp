@@ -16,7 +16,7 @@ Status createFolder(const std::string& path, const FileRights& rights) {
   const char* name = place->name.c_str();
   if (uninterrupted([&] { return mkdirat(place->at(), name, S_IRWXU); }) == 0) {
     if (!rights.isAdministrator()) return {};
-    const Descriptor made(openat(place->at(), name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    const Descriptor made = rights.openNewFolder(place->at(), place->name);
     if (!made.valid() || fchmod(made.get(), rights.folderMode(path)) != 0) return systemError(path);
     return rights.giveAway(made.get(), path, getuid(), getgid());
   }

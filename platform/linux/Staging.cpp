@@ -94,14 +94,14 @@ class StagedFile : public StagedCopy {
 // process left can be told from what a live one needs.
 class StagingFolder {
  public:
-  static Result<StagingFolder> create(const Place& destination, const std::string& path) {
+  static Result<StagingFolder> create(const Place& destination, const std::string& path, const FileRights& rights) {
     Result<Place> parent = openFolderOf(destination, path);
     if (!parent) return parent.error();
     const int above = parent->folder.get();
     for (int attempt = 0, number = 0; attempt < kAttempts; ++attempt) {
       const std::string name = stagingName(parent->name, number);
       if (uninterrupted([&] { return mkdirat(above, name.c_str(), S_IRWXU); }) == 0) {
-        Descriptor folder = open(above, name);
+        Descriptor folder = rights.openNewFolder(above, name);
         if (!folder.valid() && errno == ENOENT) continue;  // another process took it for a leftover
         if (!folder.valid() || !dropInherited(folder.get())) {
           const Error error = systemError(path);
@@ -152,13 +152,9 @@ class StagingFolder {
   StagingFolder(Place parent, std::string name, Descriptor folder, std::string path)
       : parent_(std::move(parent)), name_(std::move(name)), folder_(std::move(folder)), path_(std::move(path)) {}
 
-  static Descriptor open(int parent, const std::string& name) {
-    return Descriptor(
-        uninterrupted([&] { return openat(parent, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC); }));
-  }
-
   static bool clearLeftover(int parent, const std::string& name, const std::string& path) {
-    const Descriptor left = open(parent, name);
+    const Descriptor left(
+        uninterrupted([&] { return openat(parent, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC); }));
     return left.valid() && takeHold(Work::LeftBehind, left.get(), parent, name) && removeItem(parent, name, path).ok();
   }
 
@@ -297,7 +293,7 @@ Result<std::unique_ptr<StagedCopy>> stageFile(const Descriptor& source, const st
 
 Result<std::unique_ptr<StagedCopy>> stageFolder(Descriptor source, const CopyRequest& request, Place destination,
                                                 const FileRights& rights) {
-  Result<StagingFolder> staging = StagingFolder::create(destination, request.destination);
+  Result<StagingFolder> staging = StagingFolder::create(destination, request.destination, rights);
   if (!staging) return staging.error();
   CopyReport report(request.observer);
   Descriptor copy(fcntl(staging->folder().get(), F_DUPFD_CLOEXEC, 0));

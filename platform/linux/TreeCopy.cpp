@@ -229,7 +229,7 @@ void TreeCopier::openSubfolder(const FolderPointer& parent, const std::string& n
   }
   if (uninterrupted([&] { return mkdirat(parent->copy.get(), name.c_str(), S_IRWXU); }) != 0)
     return fail(systemError(path));
-  Descriptor copy(openat(parent->copy.get(), name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+  Descriptor copy = rights_.openNewFolder(parent->copy.get(), name);
   if (!copy.valid()) return fail(systemError(path));
   enumerate(std::make_shared<Folder>(*this, parent, std::move(source), std::move(copy), path,
                                      parent->destination + "/" + name, parent->depth + 1));

@@ -1,4 +1,5 @@
 // The superuser at work in a user's folders, with that user trying to lead it astray.
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <pwd.h>
 #include <sys/stat.h>
@@ -96,6 +97,21 @@ TEST_F(RightsTest, AdministratorRightsServeBelowTheHomeOnlyAndPassNoLinkOfTheUse
   EXPECT_EQ(ownerOf(user.home + "/copy/trap"), user.id);
   EXPECT_FALSE(files.remove(user.home + "/copy/trap/secret").ok()) << "copying a link does not make it trusted";
   EXPECT_EQ(readFile(scratch / "foreign/secret"), "root's");
+}
+
+TEST_F(RightsTest, AFolderPutInPlaceOfANewOneIsNotTakenForIt) {
+  const std::string folder = user.home + "/new";
+  makeFolders(folder);
+  const FileRights administrator = FileRights::administrator(user, {user.home});
+  const auto takes = [&](const FileRights& rights) { return rights.openNewFolder(AT_FDCWD, folder).valid(); };
+  ASSERT_EQ(chmod(folder.c_str(), 0700), 0);
+  EXPECT_TRUE(takes(administrator));
+  ASSERT_EQ(chmod(folder.c_str(), 0770), 0);
+  EXPECT_FALSE(takes(administrator)) << "others may write in it";
+  ASSERT_EQ(chmod(folder.c_str(), 0700), 0);
+  give(folder);
+  EXPECT_FALSE(takes(administrator)) << "the user's";
+  EXPECT_TRUE(takes(FileRights::ofUser(user)));
 }
 
 TEST_F(RightsTest, TheMachinesFoldersAreForAllToReadAndNoUserBendsTheWay) {
