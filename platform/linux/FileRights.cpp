@@ -143,6 +143,7 @@ Result<Place> FileRights::locate(const std::string& path) const {
   if (path.empty() || path.front() != '/' || path.find('\0') != std::string::npos)
     return errorWithText(std::errc::invalid_argument, path, "is no absolute path");
   if (kind_ != Kind::Administrator) return Place{{}, path};
+  if (path.size() >= PATH_MAX) return systemError(path, ENAMETOOLONG);  // the kernel sees one name at a time only
 
   const auto parts = componentsOf(path);
   std::string plain;  // as the parts alone say it: no extra slash or dot makes a folder look like something in it

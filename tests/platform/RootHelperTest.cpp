@@ -213,6 +213,7 @@ TEST_F(RootHelperTest, EndsWithWhatIsNoMessage) {
   std::string deep = home;
   for (int i = 0; i < 20000; ++i) deep += "/x";
   EXPECT_FALSE(does({"/bin/rm", "-Rdf", deep + "/.."}));
+  EXPECT_FALSE(does({"/bin/mkdir", "-p", deep}));
 }
 
 TEST(PkexecRunnerTest, RefusesAtOnceWithoutASafeHelper) {
