@@ -1,5 +1,6 @@
 // The helper program with the superuser's rights, and a caller who means no good.
 #include <gtest/gtest.h>
+#include <linux/capability.h>
 #include <sched.h>
 #include <sys/mount.h>
 #include <sys/socket.h>
@@ -198,6 +199,18 @@ TEST_F(RootHelperTest, KeepsTheStandardFolders) {
   }
   EXPECT_TRUE(exists(home + "/Library/Preferences/x") && exists(home + "/Pult/x") && exists(home + "/Documents/x"));
   EXPECT_TRUE(does({"/bin/rm", "-Rdf", home + "/Library/Preferences/x"}));
+}
+
+TEST_F(RootHelperTest, KeepsNoCapabilityThatFilesDoNotTake) {
+  begin();
+  const std::string status = readFile("/proc/" + std::to_string(child) + "/status");
+  for (const char* set : {"CapPrm:\t", "CapEff:\t"}) {
+    const std::size_t start = status.find(set);
+    ASSERT_NE(start, std::string::npos);
+    const auto held = std::stoull(status.substr(start + 8, 16), nullptr, 16);
+    for (const int capability : {CAP_KILL, CAP_SYS_MODULE, CAP_SYS_PTRACE, CAP_SYS_ADMIN, CAP_MKNOD, CAP_SYSLOG})
+      EXPECT_EQ(held >> capability & 1, 0u) << set << capability;
+  }
 }
 
 TEST_F(RootHelperTest, EndsWithWhatIsNoMessage) {

@@ -13,6 +13,7 @@
 #include "platform/linux/LinuxSystemLog.h"
 #include "platform/linux/StandardStreams.h"
 #include "platform/linux/administrator/Caller.h"
+#include "platform/linux/administrator/Capabilities.h"
 
 namespace vantory {
 namespace {
@@ -58,7 +59,7 @@ int main(int argc, char**) {
   if (argc != 1 || getuid() != 0 || geteuid() != 0) return kRefused;
   fillStandardStreams();
   const std::optional<User> user = caller();
-  if (!user || !leaveSurroundings()) return kRefused;
+  if (!user || !leaveSurroundings() || !keepOnlyFileCapabilities()) return kRefused;
   serve(Channel(Descriptor(STDIN_FILENO)), *user);
   return EXIT_SUCCESS;
 }
