@@ -339,7 +339,7 @@ TEST_F(ApplicationBusTest, StartsAndShowsActivatableApplicationsThere) {
     HelperProcess ed = bus_->start("application.py", {kEd});
     EXPECT_TRUE(workspace_.launchApplication(kEd));
     EXPECT_THAT(heardBy(ed), ElementsAre("activate"));
-    EXPECT_TRUE(workspace_.activateApplication("ORG.EXAMPLE.ED"));
+    EXPECT_TRUE(workspace_.activateApplication("ORG.EXAMPLE.ED" + kNumber));
     EXPECT_THAT(heardBy(ed), ElementsAre("activate"));
     EXPECT_TRUE(workspace_.openFile("/tmp/a film.fcp", kEd));
     EXPECT_THAT(heardBy(ed), ElementsAre("open", "/tmp/a film.fcp"));
