@@ -37,7 +37,8 @@ void dropBorrowedIdentity() {
 }  // namespace
 
 struct LinuxPlatform::Parts {
-  explicit Parts(std::vector<std::string> arguments) : system(std::move(arguments)) {}
+  Parts(std::vector<std::string> arguments, std::string startedProgram)
+      : system(std::move(arguments), std::move(startedProgram)) {}
 
   FileRights rightsForUser() const {
     if (!users.isSuperuser()) return FileRights::own();
@@ -72,13 +73,13 @@ struct LinuxPlatform::Parts {
   LinuxSystemTools tools;
 };
 
-LinuxPlatform::LinuxPlatform(std::vector<std::string> arguments) {
+LinuxPlatform::LinuxPlatform(std::vector<std::string> arguments, std::string startedProgram) {
   dropBorrowedIdentity();
   fillStandardStreams();
   // A file-size limit, and a reader that has gone, are errors to report, not the end in the middle of a task.
   signal(SIGXFSZ, SIG_IGN);
   signal(SIGPIPE, SIG_IGN);
-  parts_ = std::make_unique<Parts>(std::move(arguments));
+  parts_ = std::make_unique<Parts>(std::move(arguments), std::move(startedProgram));
   Parts& p = *parts_;
   platform_ = std::make_unique<Platform>(Platform{
       p.clock, p.users, p.folders, p.files, p.metadata, p.machineFiles, p.processes, *p.privileged, p.systemLog,

@@ -14,7 +14,8 @@ namespace vantory {
 // it can touch no user's file.
 class LinuxPlatform {
  public:
-  explicit LinuxPlatform(std::vector<std::string> arguments);
+  // For a program that another became, `startedProgram` is the file name of the one beside it that the user started.
+  explicit LinuxPlatform(std::vector<std::string> arguments, std::string startedProgram = {});
   ~LinuxPlatform();
 
   Platform& platform() { return *platform_; }

@@ -25,7 +25,8 @@ std::string kernelName() {
 
 }  // namespace
 
-LinuxSystemInfo::LinuxSystemInfo(std::vector<std::string> arguments) : arguments_(std::move(arguments)) {}
+LinuxSystemInfo::LinuxSystemInfo(std::vector<std::string> arguments, std::string startedProgram)
+    : arguments_(std::move(arguments)), startedProgram_(std::move(startedProgram)) {}
 
 std::string LinuxSystemInfo::systemName() const {
   for (const char* file : {"/etc/os-release", "/usr/lib/os-release"}) {
@@ -52,7 +53,8 @@ std::string LinuxSystemInfo::executablePath() const {
   // What an update that replaced the running program leaves: its path still names the program.
   constexpr std::string_view kReplaced = " (deleted)";
   if (path.ends_with(kReplaced) && !std::filesystem::exists(path, failure)) path.resize(path.size() - kReplaced.size());
-  return path;
+  if (startedProgram_.empty() || path.empty()) return path;
+  return (std::filesystem::path(path).parent_path() / startedProgram_).native();
 }
 
 std::string LinuxSystemInfo::workingDirectory() const {

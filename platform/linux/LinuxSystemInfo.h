@@ -8,8 +8,9 @@ namespace vantory {
 // Everything is looked up when asked for. Any thread.
 class LinuxSystemInfo : public SystemInfo {
  public:
-  // The argument list as main() got it, the program first.
-  explicit LinuxSystemInfo(std::vector<std::string> arguments);
+  // The argument list as main() got it, the program first. For a program that another became, `startedProgram` is the
+  // file name of the one beside it that the user started; empty otherwise.
+  explicit LinuxSystemInfo(std::vector<std::string> arguments, std::string startedProgram = {});
 
   std::string systemName() const override;
   int processorCount() const override;
@@ -24,6 +25,7 @@ class LinuxSystemInfo : public SystemInfo {
 
  private:
   std::vector<std::string> arguments_;
+  std::string startedProgram_;
 };
 
 }  // namespace vantory

@@ -8,7 +8,7 @@
 #include "tasks/ui/WindowProgram.h"
 
 int main(int argumentCount, char** arguments) {
-  vantory::LinuxPlatform platform({arguments, arguments + argumentCount});
+  vantory::LinuxPlatform platform({arguments, arguments + argumentCount}, "vantory");
   vantory::Runtime runtime(platform.platform());
   runtime.shared<vantory::MainThread>();
   return vantory::runWindow(argumentCount, arguments, std::cerr);

@@ -4,6 +4,7 @@
 #include <QDesktopServices>
 #include <QUrl>
 
+#include "backups/AutosaveSchedule.h"
 #include "backups/QWAutosaveHeader.h"
 #include "backups/QWDataController.h"
 #include "catalog/ProjectHandlers.h"
@@ -122,6 +123,8 @@ void WindowSession::open() {
   window_.onFirstPaint = [this] {
     app_.load([this] { showRememberedPane(); });
     QApplication::setWindowIcon(icons::application());
+    // The service manager may take its time.
+    BackgroundThreads::shared().start(&AutosaveSchedule::applyAtStart);
   };
   window_.show();
 }

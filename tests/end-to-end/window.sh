@@ -45,6 +45,8 @@ check "a safety backup was made first" eval '[ -n "$(find "$library/Autosaves" -
 check "a first backup bears the user's name" [ -d "$library/nobody.vnt" ]
 check "the backup of the dialog is in the library" [ -f "$library/Typed name.vnt/Settings.plist" ]
 for pane in Backup Lock Restore Trash; do check "the log tells of the $pane pane" logged "Switched to $pane pane"; done
+check "the schedule starts the program that the user started" \
+  eval '[ "$(plist get "$home/Library/LaunchAgents/com.quarrywell.VantoryAutoSave.plist" Program)" = "$program" ]'
 check "the ticks are remembered" eval 'plist get "$settings" selectedPrefs | grep -q motionPrefs'
 check "nothing half-made is left" no_leftovers
 summary

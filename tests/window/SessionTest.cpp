@@ -19,6 +19,7 @@
 #include "platform/qt/Spinner.h"
 #include "services/BackgroundThreads.h"
 #include "services/MainThread.h"
+#include "services/QWUserDefaults.h"
 #include "tasks/ui/MainThreadEvents.h"
 #include "tasks/ui/WindowSession.h"
 #include "tests/backups/BackupsTest.h"
@@ -84,6 +85,15 @@ TEST_F(SessionTest, OpensWithTheCatalogAndMakesAFirstBackup) {
   choose(window, "Restore");
   EXPECT_EQ(window.shownPane(), Pane::Restore);
   EXPECT_THAT(logged(), testing::Contains("Switched to Restore pane"));
+}
+
+TEST_F(SessionTest, PutsAutomaticBackupsOnTheScheduleWhereWanted) {
+  open();
+  EXPECT_THAT(fakes_.jobs.loaded, IsEmpty());
+  close();
+  QWUserDefaults::standardUserDefaults().setObject("periodicAutosave", PropertyList(1));
+  open();
+  EXPECT_EQ(fakes_.jobs.loaded.size(), 1U);
 }
 
 TEST_F(SessionTest, TrashesWhatIsTicked) {
