@@ -11,6 +11,7 @@
 #include "services/Format.h"
 #include "services/MainThread.h"
 #include "services/QWAlert.h"
+#include "services/QWAuthorization.h"
 #include "services/QWLog.h"
 
 namespace vantory {
@@ -58,6 +59,7 @@ void QWBackupOutlineController::updateHeaderCheckCell() {
 }
 
 void QWBackupOutlineController::writeBackupOnThread(const std::shared_ptr<QWBackup>& backup) {
+  QWAuthorization::sharedController().beginTask();
   MainThread& mainThread = MainThread::shared();
   QWLog::appendLog("Writing backup...");
   mainThread.runAndWait([this] { parts_.spinner.startAnimation(); });

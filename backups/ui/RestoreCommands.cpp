@@ -12,6 +12,7 @@
 #include "services/MainThread.h"
 #include "services/Paths.h"
 #include "services/QWAlert.h"
+#include "services/QWAuthorization.h"
 #include "services/QWFileManager.h"
 #include "services/QWLocalPaths.h"
 #include "services/QWLog.h"
@@ -71,6 +72,7 @@ void QWRestoreOutlineController::restore() {
 }
 
 void QWRestoreOutlineController::restoreOnThread(const std::shared_ptr<QWBackup>& backup) {
+  QWAuthorization::sharedController().beginTask();
   MainThread& mainThread = MainThread::shared();
   QWLog::appendLog("Beginning restoration of backup %@", backup->name());
   mainThread.runAndWait([this] { parts_.spinner.startAnimation(); });
@@ -110,7 +112,10 @@ void QWRestoreOutlineController::unlinkProjects() {
   const auto backup = selectedBackup();
   if (!backup) return;
   backup->setProjects({});
-  runOnThread([backup] { backup->writeData(); });
+  runOnThread([backup] {
+    QWAuthorization::sharedController().beginTask();
+    backup->writeData();
+  });
 }
 
 void QWRestoreOutlineController::revealLinkedProjects() {
@@ -129,6 +134,7 @@ void QWRestoreOutlineController::updateFiles() {
 }
 
 void QWRestoreOutlineController::updateBackupFilesOnThread(const std::shared_ptr<QWBackup>& backup) {
+  QWAuthorization::sharedController().beginTask();
   MainThread& mainThread = MainThread::shared();
   mainThread.runAndWait([this] { parts_.spinner.startAnimation(); });
   const WriteResult written = backup->writeData(true);

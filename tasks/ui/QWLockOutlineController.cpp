@@ -3,6 +3,7 @@
 #include "backups/QWDataController.h"
 #include "backups/ui/CatalogRows.h"
 #include "services/MainThread.h"
+#include "services/QWAuthorization.h"
 
 namespace vantory {
 
@@ -73,6 +74,7 @@ ObjectValue QWLockOutlineController::objectValueForTableColumn(const std::string
 void QWLockOutlineController::setObjectValue(const ObjectValue& value, const std::string& forTableColumn,
                                              const OutlineItemPointer& byItem) {
   if (forTableColumn == "name" || !isLockable(byItem)) return;
+  QWAuthorization::sharedController().beginTask();
   lock(byItem, clickedState(value));
   const auto app = applicationOfRow(byItem);
   outline_.reloadItem(app ? app : byItem, true);

@@ -9,6 +9,7 @@
 #include "services/BackgroundThreads.h"
 #include "services/MainThread.h"
 #include "services/QWAlert.h"
+#include "services/QWAuthorization.h"
 #include "services/QWLog.h"
 #include "services/QWUserDefaults.h"
 #include "services/RunningApplicationGuard.h"
@@ -56,6 +57,7 @@ void AppWindowController::trash() {
 }
 
 void AppWindowController::trashPreferences() {
+  QWAuthorization::sharedController().beginTask();
   QWLog::appendLog("Trashing preferences...");
   onMainThread([this] {
     parts_.trashSpinner.startAnimation();

@@ -115,6 +115,16 @@ TEST_F(TrashWorkflowTest, TheDefaultBackupIsRestoredWhereWanted) {
   EXPECT_THAT(sheet_.labels, testing::Contains("Restoring default backup..."));
 }
 
+TEST_F(TrashWorkflowTest, AsksForRightsOnceATask) {
+  files_.fail(Operation::Trash, std::errc::permission_denied, FaultyFileSystem::kEveryCall);
+  fakes_.privileged.grants = false;
+  for (const int task : {1, 2}) {
+    controller_.trash();
+    finishWork();
+    EXPECT_EQ(fakes_.privileged.requests, task) << "three files could not be trashed";
+  }
+}
+
 TEST_F(TrashWorkflowTest, TheFirstStartMakesABackupOfEverything) {
   ASSERT_TRUE(disk_.remove(machine_ / "Users"));
   controller_.load();
