@@ -2,6 +2,7 @@
 
 #include <poll.h>
 #include <sys/socket.h>
+#include <sys/time.h>
 
 #include <algorithm>
 #include <array>
@@ -14,6 +15,7 @@ namespace vantory {
 namespace {
 
 constexpr std::string_view kAbout = "the conversation with a helper program";
+constexpr timeval kSendPatience{10, 0};  // seconds; the other end has stopped reading then
 
 // Each text is followed by a NUL.
 Result<std::string> encoded(const Message& message) {
@@ -42,7 +44,10 @@ Message decoded(std::string_view bytes) {
 Result<Channel::Ends> Channel::pair() {
   std::array<int, 2> ends{};
   if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()) != 0) return systemError(kAbout);
-  return Ends{Channel(Descriptor(ends[0])), Channel(Descriptor(ends[1]))};
+  Ends both{Channel(Descriptor(ends[0])), Channel(Descriptor(ends[1]))};
+  for (const int end : ends)
+    if (setsockopt(end, SOL_SOCKET, SO_SNDTIMEO, &kSendPatience, sizeof kSendPatience) != 0) return systemError(kAbout);
+  return both;
 }
 
 Status Channel::send(const Message& message) {
@@ -51,6 +56,7 @@ Status Channel::send(const Message& message) {
   const ssize_t sent =
       uninterrupted([&] { return ::send(socket_.get(), bytes->data(), bytes->size(), MSG_NOSIGNAL | MSG_EOR); });
   if (sent == static_cast<ssize_t>(bytes->size())) return {};
+  if (sent < 0 && errno == EAGAIN) return systemError(kAbout, ETIMEDOUT);
   return systemError(kAbout, sent < 0 && errno != EPIPE && errno != ECONNRESET ? errno : ENOTCONN);
 }
 

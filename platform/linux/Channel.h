@@ -28,7 +28,8 @@ class Channel {
   // Both ends of a new conversation; neither is handed down to a program that is started unless asked for.
   static Result<Ends> pair();
 
-  // Fails when the other end is gone (not_connected) or the message cannot travel (invalid_argument, message_size).
+  // Fails when the other end is gone (not_connected) or has not read for ten seconds (timed_out), and when the message
+  // cannot travel (invalid_argument, message_size).
   Status send(const Message& message);
   // Blocks for a message, without a limit when none is given. Fails at the end of the conversation (not_connected),
   // when the time is over (timed_out), and with what is no message (bad_message).
