@@ -80,8 +80,9 @@ void changeFolder(const std::string& folder, bool locked) {
   const auto info = Runtime::current().platform().files.info(folder, Links::DoNotFollow);
   if (!info || info->type != FileType::Folder) return;
   std::vector<std::string> paths;
-  walkFolder(folder, Detail::Names, Links::DoNotFollow, [&](const std::string& path, const DirectoryEntry&) {
-    paths.push_back(path);
+  walkFolder(folder, Detail::Names, Links::DoNotFollow, [&](const std::string& path, const DirectoryEntry& entry) {
+    // A link has no such flag, and what it leads to is not in this folder.
+    if (entry.type != FileType::SymbolicLink) paths.push_back(path);
     return true;
   });
   changeAll(paths, locked);
