@@ -22,10 +22,6 @@ AppList apps() {
   return QWDataController::sharedController().appArray();
 }
 
-Rows below(const OutlineItemPointer& item) {
-  return item ? rowsBelow(item) : rowsOf(apps());
-}
-
 // What a failed writing left goes, and the lists say what is there.
 void dropFailedBackup(QWBackup& backup) {
   backup.removeCreatedFolder();
@@ -94,17 +90,8 @@ void QWBackupOutlineController::selectBackupInRestoreTab(const std::shared_ptr<Q
   parts_.restoreController.selectBackupWithPath(backup->path());
 }
 
-std::size_t QWBackupOutlineController::numberOfChildrenOfItem(const OutlineItemPointer& item) {
-  return below(item).size();
-}
-
-OutlineItemPointer QWBackupOutlineController::child(std::size_t index, const OutlineItemPointer& ofItem) {
-  const Rows rows = below(ofItem);
-  return index < rows.size() ? rows[index] : nullptr;
-}
-
-bool QWBackupOutlineController::isItemExpandable(const OutlineItemPointer& item) {
-  return !below(item).empty();
+Rows QWBackupOutlineController::rowsUnder(const OutlineItemPointer& item) const {
+  return item ? rowsBelow(item) : rowsOf(apps());
 }
 
 ObjectValue QWBackupOutlineController::objectValueForTableColumn(const std::string&, const OutlineItemPointer& byItem) {

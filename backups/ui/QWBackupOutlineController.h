@@ -3,6 +3,7 @@
 
 #include <memory>
 
+#include "backups/ui/RowsDelegate.h"
 #include "platform/OutlineView.h"
 #include "services/NotificationCenter.h"
 
@@ -15,7 +16,7 @@ class QWBackup;
 class QWRestoreOutlineController;
 
 // Main thread, but for writeBackupOnThread(). What it is given outlives it.
-class QWBackupOutlineController : public OutlineDelegate, public OutlineActions {
+class QWBackupOutlineController : public RowsDelegate, public OutlineActions {
  public:
   struct Parts {
     OutlineView& outline;
@@ -33,14 +34,14 @@ class QWBackupOutlineController : public OutlineDelegate, public OutlineActions 
   // Shows the Restore pane with the backup's row selected.
   void selectBackupInRestoreTab(const std::shared_ptr<QWBackup>& backup);
 
-  std::size_t numberOfChildrenOfItem(const OutlineItemPointer& item) override;
-  OutlineItemPointer child(std::size_t index, const OutlineItemPointer& ofItem) override;
-  bool isItemExpandable(const OutlineItemPointer& item) override;
   ObjectValue objectValueForTableColumn(const std::string& column, const OutlineItemPointer& byItem) override;
   void setObjectValue(const ObjectValue& value, const std::string& forTableColumn,
                       const OutlineItemPointer& byItem) override;
   void willDisplayCell(OutlineCell& cell, const std::string& forTableColumn, const OutlineItemPointer& item) override;
   void mouseDownInHeaderOfTableColumn(const std::string& column) override;
+
+ protected:
+  Rows rowsUnder(const OutlineItemPointer& item) const override;
 
  private:
   Parts parts_;

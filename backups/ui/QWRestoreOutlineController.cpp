@@ -25,16 +25,6 @@ QWDataController& library() {
   return QWDataController::sharedController();
 }
 
-Rows rowsBelowLibraryRow(const OutlineItemPointer& item) {
-  if (!item) {
-    const auto backups = library().backupArray();
-    return {backups.begin(), backups.end()};
-  }
-  if (const auto header = rowAs<QWAutosaveHeader>(item)) return {header->children().begin(), header->children().end()};
-  if (const auto backup = rowAs<QWBackup>(item)) return rowsOf(backup->children());
-  return rowsBelow(item);
-}
-
 // All backups of the library, the automatic ones included.
 BackupList allBackups() {
   BackupList backups;
@@ -131,17 +121,14 @@ void QWRestoreOutlineController::didClickTableColumn(const std::string& column) 
   storeSortOrder(order);
 }
 
-std::size_t QWRestoreOutlineController::numberOfChildrenOfItem(const OutlineItemPointer& item) {
-  return rowsBelowLibraryRow(item).size();
-}
-
-OutlineItemPointer QWRestoreOutlineController::child(std::size_t index, const OutlineItemPointer& ofItem) {
-  const Rows rows = rowsBelowLibraryRow(ofItem);
-  return index < rows.size() ? rows[index] : nullptr;
-}
-
-bool QWRestoreOutlineController::isItemExpandable(const OutlineItemPointer& item) {
-  return !rowsBelowLibraryRow(item).empty();
+Rows QWRestoreOutlineController::rowsUnder(const OutlineItemPointer& item) const {
+  if (!item) {
+    const auto backups = library().backupArray();
+    return {backups.begin(), backups.end()};
+  }
+  if (const auto header = rowAs<QWAutosaveHeader>(item)) return {header->children().begin(), header->children().end()};
+  if (const auto backup = rowAs<QWBackup>(item)) return rowsOf(backup->children());
+  return rowsBelow(item);
 }
 
 ObjectValue QWRestoreOutlineController::objectValueForTableColumn(const std::string& column,

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "backups/QWDataController.h"
+#include "backups/ui/RowsDelegate.h"
 #include "platform/OutlineView.h"
 #include "services/NotificationCenter.h"
 
@@ -17,7 +18,7 @@ class PaneSwitcher;
 class QWBackupEditController;
 
 // Main thread, but for the operations "OnThread". What it is given outlives it.
-class QWRestoreOutlineController : public OutlineDelegate, public OutlineActions {
+class QWRestoreOutlineController : public RowsDelegate, public OutlineActions {
  public:
   struct Parts {
     OutlineView& outline;
@@ -59,9 +60,6 @@ class QWRestoreOutlineController : public OutlineDelegate, public OutlineActions
   void applySortingForOutlineView();
   void sortColumnWithIdentifier(const std::string& column, bool descending);
 
-  std::size_t numberOfChildrenOfItem(const OutlineItemPointer& item) override;
-  OutlineItemPointer child(std::size_t index, const OutlineItemPointer& ofItem) override;
-  bool isItemExpandable(const OutlineItemPointer& item) override;
   ObjectValue objectValueForTableColumn(const std::string& column, const OutlineItemPointer& byItem) override;
   void setObjectValue(const ObjectValue& value, const std::string& forTableColumn,
                       const OutlineItemPointer& byItem) override;
@@ -70,6 +68,9 @@ class QWRestoreOutlineController : public OutlineDelegate, public OutlineActions
   void selectionDidChange() override;
   void doubleClick() override { restore(); }
   bool keyUp(OutlineKey key) override;
+
+ protected:
+  Rows rowsUnder(const OutlineItemPointer& item) const override;
 
  private:
   void rename(const std::shared_ptr<QWBackup>& backup, const std::string& name);

@@ -13,10 +13,6 @@ AppList apps() {
   return QWDataController::sharedController().appArray();
 }
 
-Rows below(const OutlineItemPointer& item) {
-  return item ? rowsBelow(item) : rowsOf(apps());
-}
-
 bool isLockable(const OutlineItemPointer& item) {
   const auto prefItem = rowAs<QWPrefItem>(item);
   return !prefItem || prefItem->lockable();
@@ -52,17 +48,8 @@ void QWLockOutlineController::reload() {
   MainThread::shared().runAndWait([this] { outline_.reloadData(); });
 }
 
-std::size_t QWLockOutlineController::numberOfChildrenOfItem(const OutlineItemPointer& item) {
-  return below(item).size();
-}
-
-OutlineItemPointer QWLockOutlineController::child(std::size_t index, const OutlineItemPointer& ofItem) {
-  const Rows rows = below(ofItem);
-  return index < rows.size() ? rows[index] : nullptr;
-}
-
-bool QWLockOutlineController::isItemExpandable(const OutlineItemPointer& item) {
-  return !below(item).empty();
+Rows QWLockOutlineController::rowsUnder(const OutlineItemPointer& item) const {
+  return item ? rowsBelow(item) : rowsOf(apps());
 }
 
 ObjectValue QWLockOutlineController::objectValueForTableColumn(const std::string& column,

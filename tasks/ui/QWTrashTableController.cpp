@@ -14,16 +14,6 @@ AppList apps() {
   return QWDataController::sharedController().appArray();
 }
 
-// An application shows the users of its first item that has any; whatever else it holds is not listed.
-Rows shownBelow(const OutlineItemPointer& item) {
-  if (!item) return rowsOf(apps());
-  const auto app = rowAs<QWApp>(item);
-  if (!app) return {};
-  for (const auto& prefItem : app->children())
-    if (!prefItem->users().empty()) return rowsBelow(prefItem);
-  return {};
-}
-
 void setAll(const QWApp& app, int state) {
   for (const auto& item : app.children()) {
     item->setSelected(state);
@@ -59,17 +49,14 @@ void QWTrashTableController::updateHeaderCheckCell() {
   trashButton_.setEnabled(headerState_ != Off);
 }
 
-std::size_t QWTrashTableController::numberOfChildrenOfItem(const OutlineItemPointer& item) {
-  return shownBelow(item).size();
-}
-
-OutlineItemPointer QWTrashTableController::child(std::size_t index, const OutlineItemPointer& ofItem) {
-  const Rows rows = shownBelow(ofItem);
-  return index < rows.size() ? rows[index] : nullptr;
-}
-
-bool QWTrashTableController::isItemExpandable(const OutlineItemPointer& item) {
-  return !shownBelow(item).empty();
+// An application shows the users of its first item that has any; whatever else it holds is not listed.
+Rows QWTrashTableController::rowsUnder(const OutlineItemPointer& item) const {
+  if (!item) return rowsOf(apps());
+  const auto app = rowAs<QWApp>(item);
+  if (!app) return {};
+  for (const auto& prefItem : app->children())
+    if (!prefItem->users().empty()) return rowsBelow(prefItem);
+  return {};
 }
 
 ObjectValue QWTrashTableController::objectValueForTableColumn(const std::string&, const OutlineItemPointer& byItem) {
