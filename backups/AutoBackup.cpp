@@ -3,6 +3,7 @@
 #include "services/Format.h"
 #include "services/LocalTime.h"
 #include "services/Paths.h"
+#include "services/QWLog.h"
 #include "services/Runtime.h"
 
 namespace vantory {
@@ -26,6 +27,18 @@ std::shared_ptr<QWBackup> QWBackup::autoBackup(bool preferencesOnly) {
   backup->setIsAutosave(true);
   for (const auto& app : QWDataController::sharedController().appArray()) backup->addApp(copyOf(*app, preferencesOnly));
   return backup;
+}
+
+WriteResult QWBackup::writeAutoBackup(bool preferencesOnly) {
+  const auto backup = autoBackup(preferencesOnly);
+  const WriteResult result = backup->writeData();
+  if (result == WriteResult::Success) {
+    QWLog::appendLog("Backup successful.");
+  } else {
+    QWLog::appendLog("Backup failed with error code %i.", static_cast<int>(result));
+    backup->removeCreatedFolder();
+  }
+  return result;
 }
 
 }  // namespace vantory

@@ -44,6 +44,8 @@ class QWBackup : public BackupNode {
   static std::shared_ptr<QWBackup> backupWithFile(const std::string& path);
   // An unwritten automatic backup of every catalog item, or of those that hold preferences proper.
   static std::shared_ptr<QWBackup> autoBackup(bool preferencesOnly = false);
+  // Writes one of those before something is replaced or trashed, and logs how that went; a failed one leaves nothing.
+  static WriteResult writeAutoBackup(bool preferencesOnly = false);
 
   std::string name() const override { return name_; }
   void setName(std::string name) { name_ = std::move(name); }

@@ -8,14 +8,17 @@ QWAlert& QWAlert::sharedController() {
   return Runtime::current().shared<QWAlert>();
 }
 
+int QWAlert::alertSheetWithMessageText(const AlertTexts& texts) {
+  const QWAlert& alert = sharedController();
+  return alert.ask ? alert.ask(texts) : Other;
+}
+
 void QWAlert::alertSheetWithMessageText(const std::string& messageText, const std::string& informativeText,
                                         AlertParent parentWindow) {
-  const QWAlert& alert = sharedController();
-  if (!alert.ask) return;
-  alert.ask({.messageText = messageText,
-             .defaultButton = "OK",
-             .informativeText = informativeText,
-             .parentWindow = parentWindow});
+  alertSheetWithMessageText({.messageText = messageText,
+                             .defaultButton = "OK",
+                             .informativeText = informativeText,
+                             .parentWindow = parentWindow});
 }
 
 }  // namespace vantory

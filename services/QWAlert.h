@@ -28,6 +28,9 @@ class QWAlert {
 
   static QWAlert& sharedController();
 
+  // Shows the alert, blocks until it is answered, and answers the button's code; Other at once without a window. Any
+  // thread.
+  static int alertSheetWithMessageText(const AlertTexts& texts);
   // Shows a message with the default button only and blocks until it is answered. Nothing without a window. Any thread.
   static void alertSheetWithMessageText(const std::string& messageText, const std::string& informativeText,
                                         AlertParent parentWindow = AlertParent::MainWindow);

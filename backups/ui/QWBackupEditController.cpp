@@ -28,11 +28,6 @@ constexpr const char* kRewritten =
 const std::vector<std::string> kProjectExtensions = {"fcp",     "colorproj", "stap",       "stmp",
                                                      "dspproj", "ipr",       "compressor", "motn"};
 
-int ask(const AlertTexts& texts) {
-  const QWAlert& alert = QWAlert::sharedController();
-  return alert.ask ? alert.ask(texts) : QWAlert::Other;
-}
-
 // As people write it: with "~" for the home folder.
 std::string withTilde(const std::string& path) {
   const auto home = QWLocalPaths::userDirectory();
@@ -96,14 +91,14 @@ bool QWBackupEditController::makesRoomFor(const std::string& name, const std::st
   if (!QWFileManager::itemExistsAtPath(target) || (editedBackup_ && editedBackup_->name() == name)) return true;
   QWLog::appendLog("Backup %@ exists. Asking the user to confirm replacement.", target);
   const std::string location = withTilde(QWDataController::vantoryBackupLocation().value_or(""));
-  const int answer =
-      ask({.messageText = formatted("\"%@\" already exists. Do you want to replace it?", name),
-           .defaultButton = "Replace",
-           .alternateButton = "Cancel",
-           .informativeText = formatted("A file with the same name already exists at %@. Replacing it will send the "
-                                        "old file to the Trash and put the new one in its place.",
-                                        location),
-           .parentWindow = AlertParent::BackupDialog});
+  const int answer = QWAlert::alertSheetWithMessageText(
+      {.messageText = formatted("\"%@\" already exists. Do you want to replace it?", name),
+       .defaultButton = "Replace",
+       .alternateButton = "Cancel",
+       .informativeText = formatted("A file with the same name already exists at %@. Replacing it will send the "
+                                    "old file to the Trash and put the new one in its place.",
+                                    location),
+       .parentWindow = AlertParent::BackupDialog});
   if (answer != QWAlert::Default) {
     QWLog::appendLog("User cancelled backup");
     return false;

@@ -191,11 +191,11 @@ bool QWRestoreOutlineController::keyUp(OutlineKey key) {
   const auto backup = rowAs<QWBackup>(parts_.outline.selectedItem());
   if (key != OutlineKey::Delete || !backup) return false;
   QWLog::appendLog("User tried to delete backup %@. Asking for confirmation.", backup->name());
-  const QWAlert& alert = QWAlert::sharedController();
-  if (!alert.ask || alert.ask({.messageText = "Are you sure you wish to remove this backup?",
-                               .defaultButton = "Remove",
-                               .alternateButton = "Cancel",
-                               .informativeText = "The backup will be placed in the Trash."}) != QWAlert::Default)
+  if (QWAlert::alertSheetWithMessageText({.messageText = "Are you sure you wish to remove this backup?",
+                                          .defaultButton = "Remove",
+                                          .alternateButton = "Cancel",
+                                          .informativeText = "The backup will be placed in the Trash."}) !=
+      QWAlert::Default)
     return true;
   QWLog::appendLog("User chose to remove backup");
   library().removeBackup(backup);

@@ -60,12 +60,12 @@ void QWRestoreOutlineController::runOnThread(std::function<void()> work) {
 
 void QWRestoreOutlineController::restore() {
   const auto backup = selectedBackup();
-  const QWAlert& alert = QWAlert::sharedController();
-  if (!backup || !alert.ask) return;
-  if (alert.ask({.messageText = "Are you sure you wish to restore this backup?",
-                 .defaultButton = "Restore",
-                 .alternateButton = "Cancel",
-                 .informativeText = "This will overwrite any current preferences with those stored in the backup."}) !=
+  if (!backup) return;
+  if (QWAlert::alertSheetWithMessageText(
+          {.messageText = "Are you sure you wish to restore this backup?",
+           .defaultButton = "Restore",
+           .alternateButton = "Cancel",
+           .informativeText = "This will overwrite any current preferences with those stored in the backup."}) !=
       QWAlert::Default)
     return;
   BackgroundThreads::shared().start([this, backup] { restoreOnThread(backup); });
@@ -77,14 +77,7 @@ void QWRestoreOutlineController::restoreOnThread(const std::shared_ptr<QWBackup>
   QWLog::appendLog("Beginning restoration of backup %@", backup->name());
   mainThread.runAndWait([this] { parts_.spinner.startAnimation(); });
   QWLog::appendLog("Creating auto backup...");
-  const auto safety = QWBackup::autoBackup();
-  const WriteResult written = safety->writeData();
-  if (written == WriteResult::Success) {
-    QWLog::appendLog("Backup successful.");
-  } else {
-    QWLog::appendLog("Backup failed with error code %i.", static_cast<int>(written));
-    safety->removeCreatedFolder();
-  }
+  QWBackup::writeAutoBackup();
   QWLog::appendLog("Restoring backup...");
   backup->restore();
   mainThread.runAndWait([this] { parts_.spinner.stopAnimation(); });

@@ -62,27 +62,25 @@ void AppWindowController::makeFirstBackup() {
 }
 
 void AppWindowController::toolbarTrash() {
-  QWLog::appendLog("Switched to Trash pane");
-  parts_.window.showPane(Pane::Trash);
-  NotificationCenter::shared().post("QWVantoryTrashTabSwitch");
+  switchTo(Pane::Trash, "Switched to Trash pane", "QWVantoryTrashTabSwitch");
 }
 
 void AppWindowController::toolbarBackup() {
-  QWLog::appendLog("Switched to Backup pane");
-  parts_.window.showPane(Pane::Backup);
-  NotificationCenter::shared().post("QWVantoryBackupTabSwitch");
+  switchTo(Pane::Backup, "Switched to Backup pane", "QWVantoryBackupTabSwitch");
 }
 
 void AppWindowController::toolbarLock() {
-  QWLog::appendLog("Switched to Lock pane");
-  parts_.window.showPane(Pane::Lock);
-  NotificationCenter::shared().post("QWVantoryLockTabSwitch");
+  switchTo(Pane::Lock, "Switched to Lock pane", "QWVantoryLockTabSwitch");
 }
 
 void AppWindowController::toolbarRestore() {
-  QWLog::appendLog("Switched to Restore pane");
-  parts_.window.showPane(Pane::Restore);
-  NotificationCenter::shared().post("QWVantoryRestoreTabSwitch");
+  switchTo(Pane::Restore, "Switched to Restore pane", "QWVantoryRestoreTabSwitch");
+}
+
+void AppWindowController::switchTo(Pane pane, const char* logLine, const char* notification) {
+  QWLog::appendLog(logLine);
+  parts_.window.showPane(pane);
+  NotificationCenter::shared().post(notification);
 }
 
 WriteResult AppWindowController::autoBackup() {
@@ -96,14 +94,7 @@ WriteResult AppWindowController::autoBackupPrefs() {
 }
 
 WriteResult AppWindowController::writeAutoBackup(bool preferencesOnly) {
-  const auto backup = QWBackup::autoBackup(preferencesOnly);
-  const WriteResult result = backup->writeData();
-  if (result == WriteResult::Success) {
-    QWLog::appendLog("Backup successful.");
-  } else {
-    QWLog::appendLog("Backup failed with error code %i.", static_cast<int>(result));
-    backup->removeCreatedFolder();
-  }
+  const WriteResult result = QWBackup::writeAutoBackup(preferencesOnly);
   MainThread::shared().runAndWait([] { QWDataController::sharedController().manageAutoBackups(); });
   return result;
 }

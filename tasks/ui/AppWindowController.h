@@ -15,6 +15,7 @@ namespace vantory {
 
 class BusyIndicator;
 class MainWindowView;
+enum class Pane;
 class QWLockOutlineController;
 
 // Main thread, but for the operations that say otherwise. What it is given outlives it.
@@ -56,6 +57,7 @@ class AppWindowController : public AppController, public PaneSwitcher {
  private:
   struct TrashRun;
 
+  void switchTo(Pane pane, const char* logLine, const char* notification);
   void makeFirstBackup();
   WriteResult writeAutoBackup(bool preferencesOnly);
   bool trashApplication(QWApp& app, TrashRun& run);
