@@ -47,6 +47,16 @@ void mail(const QWBackup& backup) {
   QWAlert::alertSheetWithMessageText("Unable to email backup", sent.error().text);
 }
 
+// The old backup is in the Trash by now, and half of a new one is worth nothing.
+void reportFailedWriting(QWBackup& backup) {
+  QWLog::appendLog("The backup %@ could not be written anew", backup.name());
+  backup.removeCreatedFolder();
+  MainThread::shared().runAndWait([] { QWDataController::sharedController().populateBackups(); });
+  QWAlert::alertSheetWithMessageText("Unable to unlink the projects",
+                                     "The backup could not be written anew. Where the old one is gone, it is in the "
+                                     "Trash.");
+}
+
 }  // namespace
 
 void QWRestoreOutlineController::runOnThread(std::function<void()> work) {
@@ -107,7 +117,7 @@ void QWRestoreOutlineController::unlinkProjects() {
   backup->setProjects({});
   runOnThread([backup] {
     QWAuthorization::sharedController().beginTask();
-    backup->writeData();
+    if (backup->writeData() != WriteResult::Success) reportFailedWriting(*backup);
   });
 }
 

@@ -162,6 +162,15 @@ TEST_F(RestorePaneTest, UnlinkingWritesTheBackupAnew) {
   pane_.unlinkProjects();
   finishWork();
   EXPECT_THAT(listed("Linked")->projects(), IsEmpty());
+
+  for (const std::string& file : {prefs("editor.plist"), prefs("editor.layout"), avidFile("anna"), avidFile("ben")})
+    ASSERT_TRUE(disk_.remove(file));
+  outline_.selected = listed("Linked");
+  pane_.unlinkProjects();
+  finishWork();
+  EXPECT_THAT(alerts_, ElementsAre("Unable to unlink the projects"));
+  EXPECT_FALSE(exists(inLibrary("Linked.vnt"))) << "no half backup";
+  EXPECT_TRUE(exists(inTrash("Linked.2.vnt/Settings.plist"))) << "but the old one";
 }
 
 }  // namespace
