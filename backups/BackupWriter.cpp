@@ -1,3 +1,4 @@
+#include <future>
 #include <unordered_set>
 
 #include "backups/BackupFolder.h"
@@ -5,6 +6,7 @@
 #include "backups/QWBackup.h"
 #include "backups/QWDataController.h"
 #include "platform/FileSystem.h"
+#include "services/CopiesAhead.h"
 #include "services/FailureTally.h"
 #include "services/Paths.h"
 #include "services/PropertyList.h"
@@ -49,11 +51,15 @@ class ItemCopier {
 
  private:
   struct Target {
+    std::string source;
     std::string folder;
     std::string copy;
+    bool isSmall;
   };
 
-  bool copyFile(const std::string& source);
+  std::vector<Target> targetsOf(const QWPrefItem& item);
+  std::size_t copyFiles(const std::vector<Target>& targets);
+  bool copyFile(const Target& target, std::unique_ptr<StagedCopy> staged);
   bool copyAvidFile(const std::string& source);
   bool isThere(const std::string& copy) const;
   // Where the file goes, its folder made; none for what is not copied.
@@ -76,24 +82,41 @@ bool counted(bool copied) {
 }
 
 std::size_t ItemCopier::copyItem(const QWPrefItem& item) {
-  std::size_t count = 0;
-  for (const std::string& pattern : item.files())
-    for (const std::string& source : QWFileManager::filesMatchingWildcardPath(pattern)) count += copyFile(source);
+  std::size_t count = copyFiles(targetsOf(item));
   for (const auto& user : item.users())
     for (const std::string& pattern : user->files())
       for (const std::string& source : QWFileManager::filesMatchingWildcardPath(pattern)) count += copyAvidFile(source);
   return count;
 }
 
-bool ItemCopier::copyFile(const std::string& source) {
-  const auto target = targetFor(source);
-  if (!target) return false;
-  const bool replaces = isThere(target->copy);
-  if (replaces) QWLog::appendLog("Destination file %@ exists - removing...", target->copy);
-  QWLog::appendLog("Copying %@ to %@", source, target->copy);
-  if (!counted(replaces ? replaceCopy(source, target->copy) : QWFileManager::copyFile(source, target->copy, 15s)))
+std::vector<ItemCopier::Target> ItemCopier::targetsOf(const QWPrefItem& item) {
+  std::vector<Target> targets;
+  for (const std::string& pattern : item.files())
+    for (const std::string& source : QWFileManager::filesMatchingWildcardPath(pattern))
+      if (auto target = targetFor(source)) targets.push_back(std::move(*target));
+  return targets;
+}
+
+std::size_t ItemCopier::copyFiles(const std::vector<Target>& targets) {
+  std::vector<CopyRequest> small;
+  for (const Target& target : targets)
+    if (target.isSmall && !filesOnly_) small.push_back({.source = target.source, .destination = target.copy});
+  CopiesAhead ahead(std::move(small));
+  std::size_t count = 0;
+  std::size_t next = 0;
+  for (const Target& target : targets)
+    count += copyFile(target, target.isSmall && !filesOnly_ ? ahead.take(next++) : nullptr);
+  return count;
+}
+
+bool ItemCopier::copyFile(const Target& target, std::unique_ptr<StagedCopy> staged) {
+  const bool replaces = isThere(target.copy);
+  if (replaces) QWLog::appendLog("Destination file %@ exists - removing...", target.copy);
+  QWLog::appendLog("Copying %@ to %@", target.source, target.copy);
+  if (!counted(replaces ? replaceCopy(target.source, target.copy)
+                        : QWFileManager::copyFile(target.source, target.copy, 15s, std::move(staged))))
     return false;
-  copies_.insert(target->copy);
+  copies_.insert(target.copy);
   return true;
 }
 
@@ -131,7 +154,11 @@ std::optional<ItemCopier::Target> ItemCopier::targetFor(const std::string& sourc
     counted(false);
     return std::nullopt;
   }
-  return Target{folder, paths::join(folder, paths::lastComponent(source))};
+  constexpr std::uint64_t kSmall = 1 << 20;  // bytes
+  return Target{.source = source,
+                .folder = folder,
+                .copy = paths::join(folder, paths::lastComponent(source)),
+                .isSmall = info->type == FileType::File && info->size <= kSmall};
 }
 
 std::string ItemCopier::folderFor(const std::string& source, FileType type) const {
@@ -240,13 +267,15 @@ WriteResult QWBackup::writeData(bool filesOnly) {
     // Written last: it marks the backup as complete.
     if (!writeSettings(path_, settings)) return WriteResult::SettingsNotWritten;
   }
-  if (const Status synced = files().sync(path_); !synced) {
+  // Waiting for the disk leaves time. Deferred where no thread is to be had.
+  std::future<Status> sync = std::async([this] { return files().sync(path_); });
+  QWLog::appendLog("Unlocking backup...");
+  QWFileManager::unlockFolder(path_);
+  if (const Status synced = sync.get(); !synced) {
     QWLog::appendLog("The backup may not be on disk: %@", synced.error().text);
     return WriteResult::SettingsNotWritten;
   }
   if (isDefault_) setDefault();
-  QWLog::appendLog("Unlocking backup...");
-  QWFileManager::unlockFolder(path_);
   QWFileManager::touchFile(path_);
   hold->reset();
   QWDataController::sharedController().populateBackups();

@@ -75,10 +75,19 @@ std::string moveTarget(const std::string& source, const std::string& destination
   return paths::join(destination, paths::lastComponent(source));
 }
 
-Status copyAsUser(const std::string& source, const std::string& destination) {
-  auto copy = QWFileManager::stageCopy({.source = source, .destination = destination});
-  if (!copy) return copy.error();
-  return (*copy)->commit(StagedCopy::Existing::Keep);
+void logNotes(const StagedCopy& copy) {
+  for (const std::string& note : copy.notes()) QWLog::appendLog("%@", note);
+}
+
+Status copyAsUser(const std::string& source, const std::string& destination, std::unique_ptr<StagedCopy> staged) {
+  if (staged) {
+    logNotes(*staged);
+  } else {
+    auto copy = QWFileManager::stageCopy({.source = source, .destination = destination});
+    if (!copy) return copy.error();
+    staged = std::move(*copy);
+  }
+  return staged->commit(StagedCopy::Existing::Keep);
 }
 
 Status trashAsUser(const std::string& path) {
@@ -88,7 +97,8 @@ Status trashAsUser(const std::string& path) {
   return place ? Status() : Status(place.error());
 }
 
-Outcome copy(const std::string& source, const std::string& toPath, bool shouldAuth) {
+Outcome copy(const std::string& source, const std::string& toPath, bool shouldAuth,
+             std::unique_ptr<StagedCopy> staged = nullptr) {
   if (source.empty()) {
     QWLog::appendLogAndPrint("Error copying file: source path is nil");
     return Outcome::Failed;
@@ -97,8 +107,9 @@ Outcome copy(const std::string& source, const std::string& toPath, bool shouldAu
     QWLog::appendLogAndPrint("Error copying file %@: destination path is nil", source);
     return Outcome::Failed;
   }
-  QWFileManager::unlockFile(paths::parent(toPath));
-  const Status copied = copyAsUser(source, toPath);
+  // A folder that took the copy is not locked.
+  if (!staged) QWFileManager::unlockFile(paths::parent(toPath));
+  const Status copied = copyAsUser(source, toPath, std::move(staged));
   if (copied) return Outcome::Done;
   QWLog::appendLog("Error copying file: %@. Authorizing...", copied.error().text);
   return handedOver(shouldAuth && rightsCouldHelp(copied.error()) && authorization().authCopyFile(source, toPath));
@@ -145,9 +156,10 @@ bool QWFileManager::copyFile(const std::string& source, const std::string& toPat
   return copy(source, toPath, shouldAuth) != Outcome::Failed;
 }
 
-bool QWFileManager::copyFile(const std::string& source, const std::string& toPath, std::chrono::seconds timeout) {
+bool QWFileManager::copyFile(const std::string& source, const std::string& toPath, std::chrono::seconds timeout,
+                             std::unique_ptr<StagedCopy> staged) {
   return arrives(
-      copy(source, toPath, true), [&] { return itemExistsAtPath(toPath); }, timeout);
+      copy(source, toPath, true, std::move(staged)), [&] { return itemExistsAtPath(toPath); }, timeout);
 }
 
 bool QWFileManager::moveFile(const std::string& source, const std::string& toPath, bool shouldAuth) {
@@ -195,7 +207,7 @@ bool QWFileManager::createDirectory(const std::string& path, std::chrono::second
 Result<std::unique_ptr<StagedCopy>> QWFileManager::stageCopy(const CopyRequest& request) {
   auto copy = files().stageCopy(request);
   if (!copy) return copy;
-  for (const std::string& note : (*copy)->notes()) QWLog::appendLog("%@", note);
+  logNotes(**copy);
   return copy;
 }
 

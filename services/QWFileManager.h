@@ -65,7 +65,9 @@ class QWFileManager {
   // Changes (FileOperations.cpp). They clear the immutable flag where it is in the way, try as the user, and on failure
   // log the reason and, with shouldAuth, try again with administrator rights where rights can help.
   static bool copyFile(const std::string& source, const std::string& toPath, bool shouldAuth = true);
-  static bool copyFile(const std::string& source, const std::string& toPath, std::chrono::seconds timeout);
+  // A copy of the source that was staged before, with the file system itself, is taken as it is.
+  static bool copyFile(const std::string& source, const std::string& toPath, std::chrono::seconds timeout,
+                       std::unique_ptr<StagedCopy> staged = nullptr);
   static bool moveFile(const std::string& source, const std::string& toPath, bool shouldAuth = true);
   static bool moveFile(const std::string& source, const std::string& toPath, std::chrono::seconds timeout);
   static bool removeFile(const std::string& path, bool shouldAuth = true);

@@ -233,6 +233,9 @@ void UnnamedFile::discard() {
 }
 
 Status UnnamedFile::linkTo(int folder, const std::string& name, const std::string& path) const {
+  if (uninterrupted([&] { return linkat(file_.get(), "", folder, name.c_str(), AT_EMPTY_PATH); }) == 0) return {};
+  if (errno != ENOENT) return systemError(path);
+  // Kernels before 6.10 do that for administrators only.
   const std::string self = "/proc/self/fd/" + std::to_string(file_.get());
   if (uninterrupted([&] { return linkat(AT_FDCWD, self.c_str(), folder, name.c_str(), AT_SYMLINK_FOLLOW); }) != 0)
     return systemError(path);
