@@ -16,9 +16,6 @@ namespace vantory {
 // asks once for all its files.
 class PkexecRunner : public PrivilegedRunner {
  public:
-  // The helper's absolute path. One that others than the superuser could have put there is never started.
-  explicit PkexecRunner(std::string helper = VANTORY_LIBEXEC "/vantory-root-helper") : helperPath_(std::move(helper)) {}
-
   // Waits ten minutes for the person. At once false without pkexec or the helper, and as soon as pkexec gives up.
   bool authorize() override;
   void release() override;
@@ -30,7 +27,8 @@ class PkexecRunner : public PrivilegedRunner {
  private:
   void letGo();
 
-  const std::string helperPath_;
+  // One that others than the superuser could have put there is never started.
+  const std::string helperPath_ = VANTORY_LIBEXEC "/vantory-root-helper";
   std::mutex mutex_;  // one request at a time
   std::optional<HelperProcess> helper_;
   std::atomic<bool> authorized_ = false;

@@ -5,7 +5,7 @@
 [ "$(id -u)" = 0 ] || skip "needs root, to run a system bus and polkitd of its own"
 also=("${@:2:2}")
 begin any "$1"
-need dbus-daemon pkexec pkttyagent openssl
+need dbus-daemon pkexec
 polkitd=/usr/lib/polkit-1/polkitd
 [ -x "$polkitd" ] || polkitd=/usr/libexec/polkitd
 [ -x "$polkitd" ] || skip "polkitd is not installed"
@@ -14,8 +14,6 @@ uid=64201 action=com.quarrywell.vantory.system.privilege.admin
 helper=$(sed -n 's|.*exec.path">\(.*\)</annotate>.*|\1|p' "$work/com.quarrywell.vantory.policy")
 
 # --- The machine -----------------------------------------------------------------------------------------------------
-{ cat /etc/shadow; echo "vanna:$(openssl passwd -6 right):19000:0:99999:7:::"; } >"$work/shadow"
-chmod 600 "$work/shadow"; mount --bind "$work/shadow" /etc/shadow
 place=$helper
 until [ -d "$place" ]; do place=$(dirname "$place"); done
 [ "$place" != /usr ] || skip "there is no folder below /usr that leads to $helper"
@@ -37,6 +35,7 @@ rule yes
 soon() { local i; for i in $(seq 100); do "$@" >/dev/null 2>&1 && return; sleep 0.1; done; return 1; }
 mkdir -p /run/dbus; ln -s /run /var/run
 dbus-daemon --system --nofork --nopidfile >"$work/bus" 2>&1 &
+bus=$!
 soon test -S /run/dbus/system_bus_socket || skip "no system bus can be started here: $(cat "$work/bus")"
 "$polkitd" --no-debug >"$work/polkitd" 2>&1 &
 polkit=$!
@@ -45,12 +44,10 @@ soon pkaction --action-id "$action" || skip "polkitd cannot be started here: $(c
 as_anna() { setpriv --reuid=$uid --regid=$uid --clear-groups $(clean_environment) HOME=/tmp/vanna "$@"; }
 # drive OPERATION [OPERAND...] [-- OPERATION ...]: one process of anna's. Its answers are put together in `answers`.
 script() { local word; for word; do if [ "$word" = -- ]; then echo; else printf '%s\t' "$word"; fi; done | sed 's/\t$//'; echo; }
-drive() { answers=$(script "$@" | timeout 60 setpriv --reuid=$uid --regid=$uid --clear-groups $(clean_environment) HOME=/tmp/vanna "${with[@]}" "$program" 2>"$work/err" | tr -d '\n'); }
-with=()
+drive() { answers=$(script "$@" | timeout 60 setpriv --reuid=$uid --regid=$uid --clear-groups $(clean_environment) HOME=/tmp/vanna "$program" 2>"$work/err" | tr -d '\n'); }
 answered() { [ "$answers" = "$1" ]; }
 helpers() { grep -lsz "^$helper" /proc/[0-9]*/cmdline | wc -l; }
 no_helper_runs() { soon eval '[ "$(helpers)" = 0 ]'; }
-quickly() { local start=$SECONDS; "$@"; [ $((SECONDS - start)) -le 4 ]; }
 
 # A home in which the folder "theirs" is root's.
 fresh() {
@@ -105,10 +102,8 @@ sleep 0.1; touch "$work/mark"; sleep 0.1
 drive "${race[@]:1}"
 kill "$swapper" 2>/dev/null; wait "$swapper" 2>/dev/null
 check "a folder that turns into a link and back, 900 times" eval '[[ $answers == *1*0*1* ]] && [ ${#answers} = 900 ] && holds /tmp/foreign/secret secret && [ "$(count /tmp/foreign -mindepth 1)" = 1 ] && [ -z "$(find /tmp/foreign -newer "$work/mark")" ]'
-by_hand() { as_anna bash -c 'pkexec --disable-internal-agent "$@"; exit' _ "$helper" "$@" </dev/null >"$work/out" 2>"$work/err"; code=$?; }
-by_hand; check "the helper serves nobody whom it cannot see" ended 77
-by_hand --verbose; check "the helper takes no arguments" ended 77
-as_anna "$helper"; code=$?; check "the helper without rights does nothing" ended 77
+as_anna bash -c 'pkexec --disable-internal-agent "$1"; exit' _ "$helper" </dev/null >"$work/out" 2>"$work/err"; code=$?
+check "the helper serves nobody whom it cannot see" ended 77
 
 # --- The conversation ------------------------------------------------------------------------------------------------
 fresh
@@ -128,36 +123,17 @@ check "a caller that is killed takes the helper with it" no_helper_runs
 
 # --- Refused ---------------------------------------------------------------------------------------------------------
 fresh; rule no
-check "a rule says no: soon, and nothing is done" eval 'quickly drive remove "$theirs/a" -- remove "$theirs/b" && answered 00 && holds "$theirs/a" a'
+check "a rule says no: nothing is done" eval 'drive remove "$theirs/a" -- remove "$theirs/b" && answered 00 && holds "$theirs/a" a'
 rule ask
-check "no agent: the same" eval 'quickly drive remove "$theirs/a" -- remove "$theirs/b" && answered 00 && holds "$theirs/a" a'
+check "no agent: the same" eval 'drive remove "$theirs/a" -- remove "$theirs/b" && answered 00 && holds "$theirs/a" a'
 rule yes
-check "without a window nobody is asked" eval 'quickly drive remove-without-window "$theirs/a" -- authorized && answered 00 && grep -qx "Vantory: Unable to authorize" "$work/err" && no_helper_runs'
+check "without a window nobody is asked" eval 'drive remove-without-window "$theirs/a" -- authorized && answered 00 && grep -qx "Vantory: Unable to authorize" "$work/err" && no_helper_runs'
 chmod 775 "$helper"; drive remove "$theirs/a"; check "a helper that others may write is never started" answered 0
 chmod 755 "$helper"; chown "$uid" "$(dirname "$helper")"; drive remove "$theirs/a"; check "nor one in a user's folder" answered 0
 chown 0 "$(dirname "$helper")"; mv "$helper" "$helper-gone"
-check "no helper: refused at once" eval 'quickly drive remove "$theirs/a" && answered 0 && holds "$theirs/a" a'
+check "no helper: refused at once" eval 'drive remove "$theirs/a" && answered 0 && holds "$theirs/a" a'
 mv "$helper-gone" "$helper"
 
-# --- A person at the screen ------------------------------------------------------------------------------------------
-rule ask
-prompted() { [ "$(cat "$work/prompts" 2>/dev/null | wc -l)" = "$1" ]; }
-person() { rm -f "$work/prompts"; with=(/usr/bin/python3 "$here/answer_agent.py" "$1" "$work/prompts"); }
-chmod 777 "$work"
-fresh; many=()
-for i in $(seq 30); do put "$theirs/file$i" x; many+=(-- trash "$theirs/file$i"); done
-person right
-drive "${many[@]:1}"
-check "one password for thirty files" eval 'answered $(printf "1%.0s" {1..30}) && prompted 1 && [ "$(count "$trash/files" -type f)" = 30 ]'
-person wrong
-drive remove "$theirs/a" -- remove "$theirs/b"
-check "a wrong password is a refusal, told once" eval 'answered 00 && holds "$theirs/a" a && test -s "$work/prompts" && cp "$work/prompts" "$work/first"'
-drive remove "$theirs/a"
-check "no more prompts for two files than for one" eval 'answered 0 && prompted $((2 * $(wc -l <"$work/first")))'
-person "hang up"
-drive remove "$theirs/a" -- remove "$theirs/b"
-check "a dialog that is dismissed is a refusal" eval 'answered 00 && holds "$theirs/a" a && prompted 1'
-with=()
-kill "$polkit" 2>/dev/null; wait "$polkit" 2>/dev/null
-check "no polkitd: refused" eval 'drive remove "$theirs/a" && answered 0 && holds "$theirs/a" a'
+kill "$polkit" "$bus"; wait "$polkit" "$bus"
+check "nobody to ask: refused" eval 'drive remove "$theirs/a" && answered 0 && holds "$theirs/a" a'
 summary

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Notifications and task clients on a session bus of this script's own, for an ordinary user and, where the script runs
-# as root, for the superuser's process, which speaks to the bus of the user at the console.
+# Notifications and task clients of the superuser's process, which speaks to the bus of the user at the console.
 . "$(dirname "$0")/lib.sh"
+[ "$(id -u)" = 0 ] || skip "needs root"
 also=("$(dirname "${1:-.}")/vantory-desktop" "$here"/../peers/*.py)
 begin any "$@"
 need dbus-daemon
@@ -22,63 +22,18 @@ started() { [ -e "$work/who/$1" ]; }
 
 # wait_until COMMAND...
 wait_until() { local i; for i in $(seq 100); do "$@" 2>/dev/null && return; sleep 0.1; done; return 1; }
-# start_bus ADDRESS IDENTITY...
-start_bus() {
-  local socket=$1
-  shift
-  sed "s|SOCKET|$socket|" >"$work/bus.conf" <<'END'
-<busconfig><type>session</type><listen>unix:path=SOCKET</listen><policy context="default">
-<allow send_destination="*" eavesdrop="true"/><allow eavesdrop="true"/><allow own="*"/></policy></busconfig>
-END
-  timeout 200 "$@" dbus-daemon --config-file="$work/bus.conf" --nofork --nopidfile &
-  wait_until [ -S "$socket" ]
-}
-# start_peer SCRIPT ARGUMENT...: what it hears goes to $work/SCRIPT.heard. `identity` says who it is and which bus it has.
+# start_peer SCRIPT ARGUMENT...: what it hears goes to $work/SCRIPT.heard.
 start_peer() {
-  timeout 200 "${identity[@]}" /usr/bin/python3 -B "$work/$1.py" "${@:2}" </dev/null >"$work/$1.heard" 2>&1 &
+  timeout 200 "${as_anna[@]}" env "XDG_RUNTIME_DIR=$runtime" "HOME=$home" /usr/bin/python3 -B "$work/$1.py" "${@:2}" </dev/null >"$work/$1.heard" 2>&1 &
   wait_until grep -qx ready "$work/$1.heard"
 }
 heard() { wait_until grep -qxF "$(printf '%s\t' "${@:2}" | sed 's/\t$//')" "$work/$1.heard"; }
 complaint='Unable to show the notification "Backup failed"'
 failed_and_logged() { ended 1 && logged "$complaint: $1" && not grep -q Exception "$log"; }
 
-# --- An ordinary user ------------------------------------------------------------------------------------------------
-use_home anna
-install -d -m 700 "$work/run"
-! is_root || chown -R "$nobody" "$home" "$work/run"
-own_uid=$(as_user id -u)
 task=(-backup /: x -hotkey)  # fails at once, and says so everywhere
-
-use_stand_in
-run "${task[@]}"
-check "without a bus nothing is started" eval 'failed_and_logged "There is no desktop session." && not started "$own_uid"'
-as_own_user=(env)
-! is_root || as_own_user=(setpriv "--reuid=$nobody" "--regid=$nobody" --clear-groups)
-start_bus "$work/run/bus" "${as_own_user[@]}"
-identity=("${as_own_user[@]}" env "XDG_RUNTIME_DIR=$work/run" "HOME=$home")
-run -list
-check "a task that says nothing starts nothing" eval 'ended 0 && not started "$own_uid"'
-run "${task[@]}"
-check "the user's environment is handed on" eval 'ended 1 && grep -qx "HOME=$home" "$work/who/$own_uid" && grep -qx "XDG_RUNTIME_DIR=$work/run" "$work/who/$own_uid"'
-rm -f "$helper" "$log"
-run "${task[@]}"
-check "a program that is not installed is told in the log" logged "$complaint: vantory-desktop: not installed"
-use_real
-rm -f "$log"
-run "${task[@]}"
-check "a bus with nobody on it" failed_and_logged "Nothing on this desktop shows notifications."
-start_peer notification_server body body-markup
-start_peer task_client QWGearwrightClientCallback answers postErrorString
-rm -f "$log"
-run "${task[@]}"
-check "a notification is shown" eval 'ended 1 && heard notification_server Notify Vantory 0 "Backup failed" "Invalid filename" "" 1 -1'
-check "a task client is told, in the words it knows" heard task_client postErrorString "Vantory: Unable to backup - invalid filename."
-check "the log has no complaint" eval 'not grep -qE "Unable to show|Exception" "$log"'
-check "the program itself loads no desktop library" eval 'not grep -qE "libgio|libgobject|libdbus" <(ldd "$program")'
-
-# --- The superuser's process -----------------------------------------------------------------------------------------
-is_root || { kill $(jobs -p); summary; }
 uid=64201  # a user that only this root folder knows
+as_anna=(setpriv --reuid=$uid --regid=$uid --clear-groups)
 use_home vanna
 runtime=/run/user/$uid
 log=/Library/Logs/Quarrywell/Vantory.task.1.log
@@ -92,9 +47,13 @@ run_as_sudo() {
 }
 use_stand_in
 run_as_sudo "${task[@]}"
-check "root: nothing is started for a user without a bus" eval 'failed_and_logged "There is no desktop session." && not started 0 && not started $uid'
-as_anna=(setpriv --reuid=$uid --regid=$uid --clear-groups)
-start_bus "$runtime/bus" "${as_anna[@]}"
+check "nothing is started for a user without a bus" eval 'failed_and_logged "There is no desktop session." && not started 0 && not started $uid'
+cat >"$work/bus.conf" <<END
+<busconfig><type>session</type><listen>unix:path=$runtime/bus</listen><policy context="default">
+<allow send_destination="*" eavesdrop="true"/><allow eavesdrop="true"/><allow own="*"/></policy></busconfig>
+END
+timeout 200 "${as_anna[@]}" dbus-daemon --config-file="$work/bus.conf" --nofork --nopidfile &
+wait_until [ -S "$runtime/bus" ]
 run_as_sudo "${task[@]}"
 cat >"$work/expected" <<END
 $uid
@@ -112,17 +71,20 @@ PATH=/usr/local/bin:/usr/bin:/bin
 USER=vanna
 XDG_RUNTIME_DIR=$runtime
 END
-check "root: the helper is the user, with a clean environment" eval 'not started 0 && grep -vE "^(PWD|OLDPWD|SHLVL|_)=" "$work/who/$uid" | diff "$work/expected" -'
+check "the helper is the user, with a clean environment" eval 'not started 0 && grep -vE "^(PWD|OLDPWD|SHLVL|_)=" "$work/who/$uid" | diff "$work/expected" -'
 use_real
-identity=("${as_anna[@]}" env "XDG_RUNTIME_DIR=$runtime" "HOME=$home")
 start_peer notification_server body
-start_peer task_client QWProClientCallback answers postErrorStringuserInfo
+start_peer task_client QWGearwrightClientCallback answers postErrorString
 run_as_sudo "${task[@]}"
-check "root: a notification is shown to the user" eval 'ended 1 && heard notification_server Notify Vantory 0 "Backup failed" "Invalid filename" "" 1 -1'
-check "root: the user's task client is told" heard task_client postErrorStringuserInfo "Vantory: Unable to backup - invalid filename." Vantory
+check "a notification is shown to the user" eval 'ended 1 && heard notification_server Notify Vantory 0 "Backup failed" "Invalid filename" "" 1 -1'
+check "the user's task client is told" heard task_client postErrorString "Vantory: Unable to backup - invalid filename."
+check "the program itself loads no desktop library" eval 'not grep -qE "libgio|libgobject|libdbus" <(ldd "$program")'
+rm -f "$helper"
+run_as_sudo "${task[@]}"
+check "a helper that is not installed is told in the log" logged "$complaint: vantory-desktop: not installed"
 chown root "$runtime"
 use_stand_in
 run_as_sudo "${task[@]}"
-check "root: a runtime folder that is not the user's own is not used" eval 'failed_and_logged "There is no desktop session." && not started 0 && not started $uid'
+check "a runtime folder that is not the user's own is not used" eval 'failed_and_logged "There is no desktop session." && not started 0 && not started $uid'
 kill $(jobs -p)
 summary

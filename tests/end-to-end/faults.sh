@@ -21,7 +21,6 @@ told() { [ -s "$work/err" ] && { [ ! -s "$log" ] || not grep -q 'Exception' "$lo
 incomplete() { [ ! -e "$library/$1.vnt/Settings.plist" ] || told; }
 unharmed() { live_is_whole && no_leftovers && not grep -qE "Sanitizer|terminate|runtime error" "$work/err"; }
 fill_volume() { as_user sh -c 'cat /dev/zero >"$1/filler"' _ "$home" 2>/dev/null; as_user truncate -s "-${1:-0}" "$home/filler"; }
-limited_run() { local limits=$1; shift; as_user bash -c "$limits; exec \"\$@\"" _ "$program" "$@" >"$work/out" 2>"$work/err"; code=$?; }
 
 # --- Volumes ---------------------------------------------------------------------------------------------------------
 volume_home() { # OPTIONS: a home on a small volume of its own
@@ -44,12 +43,6 @@ if is_root; then
   fill_volume 300k
   run -restore "$library/All.vnt"
   check "no space in the middle of a restore: that file stays in place" eval 'ended 0 && told && unharmed && grep -q "No space left on device" "$log"'
-
-  volume_home nr_inodes=60
-  run -backup Old motionPrefs
-  as_user sh -c 'i=0; while : >"$1/filler.$i"; do i=$((i + 1)); done; rm "$1"/filler.0' _ "$home" 2>/dev/null
-  run -backup New
-  check "no inodes: backup" eval '[ "$code" -le 1 ] && told && unharmed'
 
   fill_home anna
   mkdir -p /Volumes/readonly; mount -t tmpfs -o "mode=777" tmpfs /Volumes/readonly; as_user mkdir /Volumes/readonly/library
@@ -79,13 +72,6 @@ chmod 700 "$user_data"
 chmod 000 "$user_data/$cache"
 run -backup Unreadable; check "an unreadable file is named, the others are copied" eval 'ended 0 && grep -qx "Vantory: 1 file could not be processed - see the log for details." "$work/err" && [ -e "$library/Unreadable.vnt/Users/user/Library/Preferences/$motion" ] && grep -q "Permission denied" "$log"'
 chmod 600 "$user_data/$cache"
-
-# --- Limits ----------------------------------------------------------------------------------------------------------
-rm -rf "$home"; fill_home anna
-limited_run "ulimit -f 300" -backup Big
-check "a file-size limit: the large file is named, the rest is copied" eval 'ended 0 && told && [ -e "$library/Big.vnt/Users/user/Library/Preferences/$motion" ] && [ ! -e "$library/Big.vnt/Users/user/Library/Preferences/Final Cut Pro User Data/$cache" ] && unharmed'
-run -backup All
-limited_run "ulimit -f 300" -restore "$library/All.vnt"; check "the same at a restore" eval 'ended 0 && told && unharmed'
 
 # --- Descriptors, environment ----------------------------------------------------------------------------------------
 for closed in ">&-" "<&- >&- 2>&-"; do

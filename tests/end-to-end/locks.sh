@@ -36,16 +36,14 @@ fill_home
 run -lock
 check "-lock locks files, and folders themselves" eval 'ran && locked "$preferences/$motion" && locked "$fcp" && locked "$user_data/Button Bars" && not locked "$user_data/Button Bars/a" && [ "$(locked_below "$sets" | wc -l)" = 250 ] && not locked "$sets"'
 check "the user cannot change them now" not as_user sh -c 'echo changed >"$1"' _ "$preferences/$motion"
-run -lock fcpPrefs,motionPrefs
-check "what is locked stays so" eval 'ran && locked "$preferences/$motion"'
 run -backup Locked
 check "a copy of a locked file is not locked" eval 'ran && holds "$library/Locked.vnt/Users/user/Library/Preferences/$motion" motion && not locked_below "$library"'
 run -restore "$library/Locked.vnt"
 check "locked files and folders can be restored" eval 'ran && holds "$preferences/$motion" motion && [ -e "$trash/files/$motion" ] && [ -e "$trash/files/Button Bars/a" ] && not locked_below "$home"'
 run -lock motionPrefs; run -trash motionPrefs
 check "and trashed" eval 'ran && [ ! -e "$preferences/$motion" ] && [ "$(count "$trash/files" -name "*motion*")" = 2 ] && not locked_below "$home"'
-run -lock; run -unlock
-check "-unlock unlocks" eval 'ran && not locked_below "$home"'
+chattr +d "$fcp"; run -lock; run -unlock
+check "-unlock unlocks, and other flags stay" eval 'ran && not locked_below "$home" && lsattr "$fcp" | cut -d" " -f1 | grep -q d'
 
 mv "$preferences" "$home/Library/dotfiles"; ln -s dotfiles "$preferences"; give
 run -lock

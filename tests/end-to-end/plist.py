@@ -20,37 +20,25 @@ def get(path, key):
     print(','.join(value) if isinstance(value, list) else value)
 
 
-def parse(text):
-    """The old text form, as far as a listing needs it: dictionaries of texts, bytes outside ASCII in octal or UTF-8."""
-    tokens = re.finditer(rb'\s*(?:([{}=;])|"((?:[^"\\]|\\.)*)"|([A-Za-z0-9]+))', text, re.DOTALL)
-
-    def unquoted(match):
-        code = match[1]
-        return bytes([int(code, 8)]) if code.isdigit() else {b'n': b'\n'}.get(code, code)
-
-    def value():
-        token = next(tokens)
-        if token[1] is None:
-            return token[3] or re.sub(rb'\\([0-7]{3}|.)', unquoted, token[2] or b'', flags=re.DOTALL)
-        assert token[1] == b'{', token
-        entries = {}
-        while True:
-            key = next(tokens)
-            if key[1] == b'}':
-                return entries
-            name = key[3] or re.sub(rb'\\([0-7]{3}|.)', unquoted, key[2], flags=re.DOTALL)
-            assert next(tokens)[1] == b'='
-            entries[name] = value()
-            assert next(tokens)[1] == b';'
-
-    return value()
-
-
 def listing(*fields):
-    entries = parse(sys.stdin.buffer.read())
-    for path, entry in sorted(entries.items()):
-        assert set(entry) == {b'name', b'path', b'date'} and entry[b'path'] == path, entry
-        sys.stdout.buffer.write(b'\t'.join(entry[field.encode()] for field in fields) + b'\n')
+    """Of the old text form as much as a listing needs: dictionaries of texts, bytes outside ASCII in octal or UTF-8."""
+    word = rb'("(?:[^"\\]|\\.)*"|\w+)'
+    pair = rb'\s*%s\s*=\s*%s\s*;' % (word, word)
+    entry = rb'\s*%s\s*=\s*\{((?:%s)*)\s*\}\s*;' % (word, pair.replace(b'("', b'(?:"'))
+    text = sys.stdin.buffer.read()
+    assert re.fullmatch(rb'\s*\{(?:%s)*\s*\}\s*' % entry, text, re.DOTALL), text
+
+    def unquoted(token):
+        def byte(match):
+            return bytes([int(match[1], 8)]) if match[1].isdigit() else {b'n': b'\n'}.get(match[1], match[1])
+
+        return re.sub(rb'\\([0-7]{3}|.)', byte, token[1:-1] if token[:1] == b'"' else token, flags=re.DOTALL)
+
+    entries = {unquoted(path): {unquoted(key): unquoted(value) for key, value in re.findall(pair, pairs, re.DOTALL)}
+               for path, pairs in re.findall(entry, text, re.DOTALL)}
+    for path, found in sorted(entries.items()):
+        assert set(found) == {b'name', b'path', b'date'} and found[b'path'] == path, found
+        sys.stdout.buffer.write(b'\t'.join(found[field.encode()] for field in fields) + b'\n')
 
 
 {'write': write, 'get': get, 'listing': listing}[sys.argv[1]](*sys.argv[2:])

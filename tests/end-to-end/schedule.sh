@@ -8,19 +8,18 @@ if [ ! -e /test/inside ]; then
   chmod 755 "$folder"
   # The name of this folder must survive the way through unit files.
   mkdir "$folder/a %h \$HOME \${x}"
-  cp "$1" "$(dirname "$1")"/{vantory-due,schedule_tool} "$folder/a %h \$HOME \${x}/"
+  cp "$1" "$(dirname "$1")"/{vantory-due,services_driver} "$folder/a %h \$HOME \${x}/"
   cp "$here"/*.sh "$here"/*.py "$folder/"
   touch "$folder/inside"
   "$here/boot_copy.sh" "$folder" "bash /test/schedule.sh"
   exit $?
 fi
 
-programs='/test/a %h $HOME ${x}' program="$programs/vantory" work=/test tool="$programs/schedule_tool"
+programs='/test/a %h $HOME ${x}' program="$programs/vantory" work=/test driver="$programs/services_driver"
 label=com.quarrywell.VantoryAutoSave
 wait_for() { local i; for i in $(seq "${limit:-100}"); do "$@" >/dev/null 2>&1 && return; sleep 0.1; done; return 1; }
 newcomer() { useradd -m -d "/home/$1" -s /bin/bash "$1" && id -u "$1"; }
 anna=$(newcomer vanna)
-newcomer vbert >/dev/null
 newcomer vgreeter >/dev/null
 # login USER CLASS: a session on seat0, by way of PAM, that lasts until logout USER.
 login() {
@@ -37,9 +36,8 @@ as_root() { timeout 60 $(clean_environment) "$@" >"$work/out" 2>"$work/err" </de
 as_anna() { runuser -u vanna -- $(clean_environment) HOME=/home/vanna XDG_RUNTIME_DIR="/run/user/$anna" "$@"; }
 user_systemctl() { as_anna systemctl --user "$@"; }
 homes=/home/
-use_home vanna; user_library=$library
+use_home vanna
 put "$preferences/com.apple.motion.plist" motion; chown -R vanna: /home/vanna
-use_home vbert; put "$preferences/com.apple.motion.plist" motion; chown -R vbert: /home/vbert
 
 # --- Who is at the console -------------------------------------------------------------------------------------------
 nobody_there() {
@@ -54,35 +52,26 @@ nobody_there "a greeter"
 logout vgreeter
 login vanna user
 as_root "$program" -backup Console
-check "the user at the seat" eval 'ended 0 && [ -d "$user_library/Console.vnt" ] && [ -z "$(find /home/vanna ! -user vanna)" ] && [ ! -e "$library" ]'
-login vbert user
-as_root "$program" -backup Console
-check "the next user at the seat" eval 'ended 0 && [ -d "$library/Console.vnt" ] && [ -z "$(find /home/vbert ! -user vbert)" ]'
-logout vbert
-loginctl activate "$(session_of vanna)"; wait_for at_seat vanna
+check "the user at the seat" eval 'ended 0 && [ -d "$library/Console.vnt" ] && [ -z "$(find /home/vanna ! -user vanna)" ] && [ -z "$(find /root -name "*.vnt")" ]'
 
 # --- A timer that fires ----------------------------------------------------------------------------------------------
-use_home vanna
 units=$home/.config/systemd/user stamp=$home/.local/state/$label.lastrun manager_stamp=$home/.local/share/systemd/timers/stamp-$label.timer
 backups() { find "$library/Autosaves" -maxdepth 1 -name "Auto Backup *.vnt" 2>/dev/null | wc -l; }
-schedule() { as_anna "$tool" start "$label" "$1" "$program" Vantory -autobackup; }
+schedule() { as_anna "$driver" start-job "$label" "$1" "$program" Vantory -autobackup; }
 stamp_age() { echo $(($(date +%s) - $(stat -c %Y "$stamp"))); }
 set_back() { touch -d "$1 seconds ago" "$stamp" "$manager_stamp"; }
 schedule 3
 check "the first run is not at once" [ "$(backups)" = 0 ]
-check "the timer is enabled" eval '[ "$(user_systemctl is-enabled "$label.timer")" = enabled ] && [ "$(user_systemctl is-active "$label.timer")" = active ]'
+check "the timer is enabled" [ "$(user_systemctl is-enabled "$label.timer") $(user_systemctl is-active "$label.timer")" = "enabled active" ]
 check "systemd finds no fault with the units" eval '[ -z "$(as_anna systemd-analyze --user verify "$units/$label.timer" "$units/$label.service" 2>&1)" ]'
 # Meanwhile: a job that always fails, and whose arguments are hard to write down.
 odd='a  "b" \c $HOME ${x} %n '\''d'\'' ; é'
-as_anna "$tool" start com.example.Fails 2 /bin/sh Vantory -c 'cp /proc/$$/cmdline ~/seen; echo >>~/tries; exit 1' "$odd"
+as_anna "$driver" start-job com.example.Fails 2 /bin/sh Vantory -c 'cp /proc/$$/cmdline ~/seen; echo >>~/tries; exit 1' "$odd"
 check "a backup appears" eval 'wait_for eval "[ \"\$(backups)\" -ge 1 ]" && holds "$(find "$library/Autosaves" -name com.apple.motion.plist | head -1)" motion'
 check "and another, one interval later" eval 'wait_for eval "[ \"\$(backups)\" -ge 2 ]"'
-first=$(find "$library/Autosaves" -maxdepth 1 -name "*.vnt" -printf '%T@\n' | sort | sed -n 1p)
-second=$(find "$library/Autosaves" -maxdepth 1 -name "*.vnt" -printf '%T@\n' | sort | sed -n 2p)
-check "never before its time" eval 'awk "BEGIN { exit !($second - $first >= 2) }"'
 check "a run that fails is tried again soon" eval 'wait_for eval "[ \"\$(wc -l <\"$home/tries\")\" -ge 2 ]" && [ "$(stat -c %Y "$home/.local/state/com.example.Fails.lastrun")" -lt "$(stat -c %Y "$home/seen")" ]'
 check "arguments arrive as they are" eval '[ "$(tr "\0" "|" <"$home/seen")" = "Vantory|-c|cp /proc/\$\$/cmdline ~/seen; echo >>~/tries; exit 1|$odd|" ]'
-as_anna "$tool" remove com.example.Fails
+as_anna "$driver" remove-job com.example.Fails
 
 # --- Reloading -------------------------------------------------------------------------------------------------------
 schedule 3600
@@ -91,7 +80,7 @@ sleep 1
 count=$(backups)
 set_back 600; schedule 3600
 check "the same interval goes on" eval '[ "$(stamp_age)" -ge 600 ] && [ "$(stamp_age)" -lt 660 ]'
-as_root "$tool" start "$label" 3600 "$program" Vantory -autobackup
+as_root "$driver" start-job "$label" 3600 "$program" Vantory -autobackup
 check "the superuser loads it for the user at the console" eval 'ended 0 && [ "$(stamp_age)" -ge 600 ] && [ "$(user_systemctl is-active "$label.timer")" = active ] && [ -z "$(find /home/vanna ! -user vanna)" ] && [ ! -e /root/.config/systemd ]'
 check "no run comes of it" [ "$(backups)" = "$count" ]
 
@@ -104,7 +93,7 @@ sleep 2
 check "once" [ "$(backups)" = $((count + 1)) ]
 
 # The windowed program may be started, and so load the job anew, just while a missed run is made up for.
-slow() { as_anna "$tool" start com.example.Slow 3600 /bin/sh Vantory -c 'echo >>~/runs; sleep 2'; }
+slow() { as_anna "$driver" start-job com.example.Slow 3600 /bin/sh Vantory -c 'echo >>~/runs; sleep 2'; }
 slow_stamp=$home/.local/state/com.example.Slow.lastrun
 slow; touch -d "2 hours ago" "$slow_stamp"
 user_systemctl start --no-block com.example.Slow.service; wait_for test -e "$home/runs"
@@ -112,14 +101,14 @@ slow
 running() { [ "$(user_systemctl is-active com.example.Slow.service)" = activating ]; }
 stamped_after_run() { wait_for not running && [ "$(stat -c %Y "$slow_stamp")" -gt "$(stat -c %Y "$home/runs")" ]; }
 check "loading anew does not disturb a run" eval 'running && stamped_after_run && user_systemctl start com.example.Slow.service && [ "$(wc -l <"$home/runs")" = 1 ]'
-as_anna "$tool" remove com.example.Slow
+as_anna "$driver" remove-job com.example.Slow
 
 # --- Removing --------------------------------------------------------------------------------------------------------
-as_anna "$tool" remove "$label"
+as_anna "$driver" remove-job "$label"
 check "nothing is left of the job" eval '[ -z "$(find /home/vanna -name "*$label*" -o -name "*.target.wants" -o -name "*com.example.Fails*")" ] && [ -z "$(user_systemctl list-units --all --no-legend "*$label*" "*Fails*")" ] && [ -z "$(user_systemctl list-unit-files --no-legend "*$label*")" ]'
 systemctl stop "user@$anna"
 schedule 3600
-log=$home/Library/Logs/Quarrywell/Schedule.1.log
+log=$home/Library/Logs/Quarrywell/Driver.1.log
 check "without a service manager: one line, and the job's file" eval '[ -e "$home/Library/LaunchAgents/$label.plist" ] && [ "$(grep -c "Unable to" "$log")" = 1 ] && grep -q "Unable to load the job $label: " "$log" && [ -z "$(find "$home/.config" "$home/.local" -name "*$label*")" ]'
 logout vanna
 nobody_there "everybody has logged out"

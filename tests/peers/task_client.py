@@ -34,28 +34,12 @@ class Client(dbus.service.Object):
     def postErrorString(self, text, done, failed):
         heard(done, "postErrorString", text)
 
-    @member("ss")
-    def postErrorforApp(self, error, name, done, failed):
-        heard(done, "postErrorforApp", error, name)
-
     @member("s")
     def postError(self, error, done, failed):
         heard(done, "postError", error)
 
-    @member("")
-    def postFinishedTask(self, done, failed):
-        heard(done, "postFinishedTask")
 
-    @member("")
-    def incrementRemoteProgress(self, done, failed):
-        heard(done, "incrementRemoteProgress")
-
-    @member("")
-    def postDisconnect(self, done, failed):
-        heard(done, "postDisconnect")
-
-
-for name in [name for name in vars(Client) if name.startswith(("post", "increment")) and name not in members]:
+for name in [name for name in vars(Client) if name.startswith("post") and name not in members]:
     delattr(Client, name)
 client = Client(peer.bus, f"/com/quarrywell/{service}", dbus.service.BusName(f"com.quarrywell.{service}", peer.bus))
 peer.run()

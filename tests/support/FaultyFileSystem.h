@@ -44,18 +44,40 @@ class FaultyFileSystem : public FileSystem {
   void heal();
   int calls(Operation operation) const;
 
-  Result<FileInfo> info(const std::string& path, Links links) const override;
-  Result<std::vector<DirectoryEntry>> list(const std::string& path, Detail detail) const override;
-  Result<std::string> read(const std::string& path) const override;
-  Status write(const std::string& path, std::string_view bytes, WriteOptions options) override;
-  Result<std::unique_ptr<AppendFile>> openForAppending(const std::string& path) override;
+  Result<FileInfo> info(const std::string& path, Links links) const override {
+    return run(Operation::Info, path, [&] { return disk_.info(path, links); });
+  }
+  Result<std::vector<DirectoryEntry>> list(const std::string& path, Detail detail) const override {
+    return run(Operation::List, path, [&] { return disk_.list(path, detail); });
+  }
+  Result<std::string> read(const std::string& path) const override {
+    return run(Operation::Read, path, [&] { return disk_.read(path); });
+  }
+  Status write(const std::string& path, std::string_view bytes, WriteOptions options) override {
+    return run(Operation::Write, path, [&] { return disk_.write(path, bytes, options); });
+  }
+  Result<std::unique_ptr<AppendFile>> openForAppending(const std::string& path) override {
+    return run(Operation::OpenForAppending, path, [&] { return disk_.openForAppending(path); });
+  }
   Result<std::unique_ptr<StagedCopy>> stageCopy(const CopyRequest& request) override;
-  Status move(const std::string& source, const std::string& destination) override;
-  Status remove(const std::string& path) override;
-  Status makeFolder(const std::string& path) override;
-  Result<std::string> trash(const std::string& path, const std::string& trashFolder) override;
-  Status sync(const std::string& path) override;
-  Result<std::unique_ptr<FolderHold>> holdFolder(const std::string& path, std::chrono::milliseconds wait) override;
+  Status move(const std::string& source, const std::string& destination) override {
+    return run(Operation::Move, source, [&] { return disk_.move(source, destination); });
+  }
+  Status remove(const std::string& path) override {
+    return run(Operation::Remove, path, [&] { return disk_.remove(path); });
+  }
+  Status makeFolder(const std::string& path) override {
+    return run(Operation::MakeFolder, path, [&] { return disk_.makeFolder(path); });
+  }
+  Result<std::string> trash(const std::string& path, const std::string& trashFolder) override {
+    return run(Operation::Trash, path, [&] { return disk_.trash(path, trashFolder); });
+  }
+  Status sync(const std::string& path) override {
+    return run(Operation::Sync, path, [&] { return disk_.sync(path); });
+  }
+  Result<std::unique_ptr<FolderHold>> holdFolder(const std::string& path, std::chrono::milliseconds wait) override {
+    return run(Operation::HoldFolder, path, [&] { return disk_.holdFolder(path, wait); });
+  }
 
  private:
   class FaultyCopy;
@@ -70,7 +92,15 @@ class FaultyFileSystem : public FileSystem {
   // Counts the call; the plan that applies to it.
   std::optional<Plan> next(Operation operation) const;
   template <class Work>
-  auto run(Operation operation, const std::string& path, Work work) const -> decltype(work());
+  auto run(Operation operation, const std::string& path, Work work) const -> decltype(work()) {
+    const auto plan = next(operation);
+    if (plan && plan->fault == Fault::CrashBefore) throw SimulatedCrash();
+    if (plan && plan->fault == Fault::Error)
+      return Error{plan->code, path + ": " + std::make_error_code(plan->code).message()};
+    auto result = work();
+    if (plan && plan->fault == Fault::CrashAfter) throw SimulatedCrash();
+    return result;
+  }
 
   FileSystem& disk_;
   mutable std::mutex mutex_;

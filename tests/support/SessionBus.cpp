@@ -19,7 +19,7 @@ constexpr const char* kPython = "/usr/bin/python3";
 constexpr const char* kConfiguration =
     "<!DOCTYPE busconfig PUBLIC \"-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN\""
     " \"http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd\">\n"
-    "<busconfig><type>session</type><listen>unix:path=%@/bus</listen><servicedir>%@/services</servicedir>"
+    "<busconfig><type>session</type><listen>unix:path=%@/bus</listen>"
     "<policy context=\"default\"><allow send_destination=\"*\" eavesdrop=\"true\"/>"
     "<allow eavesdrop=\"true\"/><allow own=\"*\"/></policy></busconfig>\n";
 
@@ -45,8 +45,7 @@ std::string SessionBus::missing() {
 }
 
 SessionBus::SessionBus() : address_("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + (folder_ / "bus")) {
-  makeFolders(folder_ / "services");
-  writeFile(folder_ / "bus.conf", formatted(kConfiguration, folder_.path(), folder_.path()));
+  writeFile(folder_ / "bus.conf", formatted(kConfiguration, folder_.path()));
   daemon_ = started({.path = kDaemon,
                      .arguments = {"--config-file=" + (folder_ / "bus.conf"), "--nofork", "--nopidfile"},
                      .environment = ownEnvironment()});
@@ -56,11 +55,6 @@ SessionBus::SessionBus() : address_("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + (
 SessionBus::~SessionBus() {
   kill(daemon_, SIGKILL);
   waitpid(daemon_, nullptr, 0);
-}
-
-void SessionBus::offer(const std::string& name, const std::string& program) {
-  writeFile(folder_ / ("services/" + name + ".service"),
-            formatted("[D-BUS Service]\nName=%@\nExec=%@\n", name, program));
 }
 
 HelperProcess SessionBus::start(const std::string& script, std::vector<std::string> arguments) const {

@@ -24,8 +24,6 @@ class SessionBus {
   // Why this machine can have none; empty when it can.
   static std::string missing();
 
-  // A program that the bus starts when somebody calls the name, unless asked not to.
-  void offer(const std::string& name, const std::string& program);
   // Starts tests/peers/SCRIPT, which tells what it hears through its channel, and waits until it is on the bus.
   HelperProcess start(const std::string& script, std::vector<std::string> arguments = {}) const;
   // Lets the daemon go on, or stand still.

@@ -1,12 +1,15 @@
-// File operations as the windowed program asks for them: authorization may be asked for. Each line of standard input is
-// an operation and its operands, separated by tabs; each answer is a line with 1 or 0.
+// Services as the windowed program asks for them: authorization may be asked for. Each line of standard input is an
+// operation and its operands, separated by tabs; each answer is a line with 1 or 0. One operation may be given as the
+// program's arguments instead; then the exit code, 0 or 1, is the answer.
 #include <functional>
 #include <iostream>
 #include <map>
 #include <string>
 #include <vector>
 
+#include "backups/QWLaunchd.h"
 #include "platform/linux/LinuxPlatform.h"
+#include "services/MainThread.h"
 #include "services/QWAuthorization.h"
 #include "services/QWFileManager.h"
 #include "services/QWLog.h"
@@ -30,6 +33,18 @@ bool withoutWindow(const std::function<bool()>& operation) {
   return done;
 }
 
+// start-job LABEL SECONDS PROGRAM NAME [ARGUMENT...]
+bool startJob(const Operands& operands) {
+  PropertyListDictionary job;
+  job.set("Label", operands.at(1));
+  job.set("Program", textValue(operands.at(3)));
+  PropertyListArray names;
+  for (std::size_t i = 4; i < operands.size(); ++i) names.push_back(textValue(operands[i]));
+  job.set("ProgramArguments", names);
+  job.set("StartInterval", std::int64_t{std::stoll(operands.at(2))});
+  return QWLaunchd::startLaunchAgent(operands[1], job, true);
+}
+
 const std::map<std::string, std::function<bool(const Operands&)>> kOperations = {
     {"copy", [](const Operands& o) { return Files::copyFile(o.at(1), o.at(2)); }},
     {"move", [](const Operands& o) { return Files::moveFile(o.at(1), o.at(2)); }},
@@ -44,6 +59,8 @@ const std::map<std::string, std::function<bool(const Operands&)>> kOperations = 
      [](const Operands& o) {
        return authorization().authExecTask(o.at(1), {o.begin() + 2, o.end()}) == 0;
      }},
+    {"start-job", startJob},
+    {"remove-job", [](const Operands& o) { return QWLaunchd::removeLaunchAgent(o.at(1), true), true; }},
     {"start", [](const Operands&) { return authorization().authStart(); }},
     {"end", [](const Operands&) { return authorization().authEnd(), true; }},
     {"authorized", [](const Operands&) { return authorization().isAuthorized(); }},
@@ -53,10 +70,13 @@ const std::map<std::string, std::function<bool(const Operands&)>> kOperations = 
 
 }  // namespace
 
-int main(int count, char** arguments) {
-  LinuxPlatform platform({arguments, arguments + count});
+int main(int count, char** list) {
+  const Operands arguments(list, list + count);
+  LinuxPlatform platform(arguments);
   Runtime runtime(platform.platform());
+  runtime.shared<MainThread>();
   QWLog::createNewLog("Driver");
+  if (count > 1) return kOperations.at(arguments[1])({arguments.begin() + 1, arguments.end()}) ? 0 : 1;
   for (std::string line; std::getline(std::cin, line);) {
     const Operands operands = split(line, '\t');
     std::cout << kOperations.at(operands.front())(operands) << std::endl;
