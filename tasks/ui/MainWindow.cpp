@@ -11,6 +11,7 @@
 #include <QToolBar>
 #include <QToolButton>
 #include <QVBoxLayout>
+#include <algorithm>
 #include <utility>
 
 #include "platform/qt/AlertDialog.h"
@@ -50,7 +51,11 @@ MainWindow::MainWindow()
   notice_->setBackgroundRole(QPalette::ToolTipBase);
   notice_->setForegroundRole(QPalette::ToolTipText);
   notice_->hide();
-  for (const Pane each : kPanes) stack_->addWidget(&pane(each));
+  // The first paint need not wait for the layout of the others.
+  for (const Pane each : kPanes) {
+    pane(each).setParent(this);
+    pane(each).hide();
+  }
   auto* content = new QWidget;
   auto* layout = new QVBoxLayout(content);
   layout->setContentsMargins(0, 0, 0, 0);
@@ -80,7 +85,7 @@ OutlinePane& MainWindow::pane(Pane pane) const {
 }
 
 Pane MainWindow::shownPane() const {
-  return kPanes[static_cast<std::size_t>(stack_->currentIndex())];
+  return *std::ranges::find_if(kPanes, [this](Pane each) { return &pane(each) == stack_->currentWidget(); });
 }
 
 // --- Toolbar ---------------------------------------------------------------------------------------------------------
@@ -183,12 +188,17 @@ void MainWindow::showAbout() {
 void MainWindow::showPane(Pane shown) {
   OutlinePane& widget = pane(shown);
   paneItems_->actions().at(static_cast<int>(shown))->setChecked(true);
+  putIntoStack(widget);
   stack_->setCurrentWidget(&widget);
   taskMenu_->clear();
   widget.addCommandsTo(*taskMenu_);
   tickAll_->setEnabled(!widget.outline().headerCheck().isHidden());
   sortMenu_->setEnabled(shown == Pane::Restore);
   widget.outline().setFocus();
+}
+
+void MainWindow::putIntoStack(OutlinePane& pane) {
+  if (stack_->indexOf(&pane) < 0) stack_->addWidget(&pane);
 }
 
 void MainWindow::bringToFront() {
@@ -209,7 +219,11 @@ void MainWindow::closeEvent(QCloseEvent* event) {
 void MainWindow::paintEvent(QPaintEvent* event) {
   QMainWindow::paintEvent(event);
   // Its panes are painted in the same go.
-  if (const auto painted = std::exchange(onFirstPaint, nullptr)) QTimer::singleShot(0, this, painted);
+  if (std::exchange(isPainted_, true)) return;
+  QTimer::singleShot(0, this, [this] {
+    for (const Pane each : kPanes) putIntoStack(pane(each));
+    if (onFirstPaint) onFirstPaint();
+  });
 }
 
 void MainWindow::remember(WindowMemory& memory) const {

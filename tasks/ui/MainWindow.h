@@ -59,6 +59,7 @@ class MainWindow : public QMainWindow, public MainWindowView {
 
  private:
   OutlinePane& pane(Pane pane) const;
+  void putIntoStack(OutlinePane& pane);
   void makeToolbar();
   QAction* addPaneItem(QToolBar& toolbar, Pane pane, const QString& title, const QString& symbol);
   void addLinkItem(QToolBar& toolbar);
@@ -80,6 +81,7 @@ class MainWindow : public QMainWindow, public MainWindowView {
   QAction* tickAll_ = nullptr;
   QAction* sortMenu_ = nullptr;
   QMenu* taskMenu_ = nullptr;
+  bool isPainted_ = false;
 };
 
 }  // namespace vantory

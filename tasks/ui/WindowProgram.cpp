@@ -3,12 +3,14 @@
 #include <QApplication>
 #include <cstdlib>
 #include <exception>
+#include <future>
 #include <iostream>
 #include <optional>
 #include <string>
 
 #include "backups/QWDataController.h"
 #include "platform/Users.h"
+#include "platform/qt/FontPreload.h"
 #include "platform/qt/SystemColours.h"
 #include "services/MainThread.h"
 #include "services/Paths.h"
@@ -107,7 +109,9 @@ int runWindow(int& argumentCount, char** arguments, std::ostream& errors) {
     const std::string remark = remarkOnHome(*home);
     if (!remark.empty()) errors << "Vantory: " << remark << '\n';
     const QtMessageHandler usual = qInstallMessageHandler(endWithoutDisplay);
+    const std::future<void> fonts = std::async(std::launch::async, &preloadFonts);
     QApplication application(argumentCount, arguments);
+    fonts.wait();
     qInstallMessageHandler(usual);
     prepareApplication();
     return showWindow(*home);

@@ -1,0 +1,11 @@
+#include "platform/qt/FontPreload.h"
+
+#include <fontconfig/fontconfig.h>
+
+namespace vantory {
+
+void preloadFonts() {
+  FcInit();
+}
+
+}  // namespace vantory
