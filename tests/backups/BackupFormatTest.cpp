@@ -9,32 +9,6 @@ namespace fs = std::filesystem;
 
 class BackupFormatTest : public BackupsTest {};
 
-TEST_F(BackupFormatTest, WhatIsWrittenReadsBack) {
-  writeFile(prefs("Sets/a b.set"), "content");
-  writeFile(prefs("Bars/deep/one"), "1");
-  fs::create_symlink("one", prefs("Bars/deep/link"));
-  setCatalog({{"Preferences", {prefs("Sets/*.set")}}, {"Bars", {prefs("Bars")}}, {"Plugins", {prefs("none")}}});
-  const auto backup = backupOfAll("Clean 100%");
-  backup->setIsDefault(true);
-
-  ASSERT_EQ(backup->writeData(), WriteResult::Success);
-  const std::string stored = inLibrary("Clean 100%.vnt/Users/user/Library/Preferences/");
-  EXPECT_EQ(readFile(stored + "Sets/a b.set"), "content");
-  EXPECT_EQ(fs::read_symlink(stored + "Bars/deep/link"), "one");
-
-  const auto read = QWBackup::backupWithFile(inLibrary("Clean 100%.vnt"));
-  EXPECT_EQ(read->name(), "Clean 100%");
-  EXPECT_EQ(read->date(), fakes_.clock.now());
-  EXPECT_TRUE(read->isDefault());
-  ASSERT_EQ(read->children().size(), 1U);
-  const auto& items = read->children()[0]->children();
-  ASSERT_EQ(items.size(), 2U);
-  EXPECT_EQ(items[0]->name(), "Bars");
-  EXPECT_EQ(items[1]->name(), "Preferences");
-  EXPECT_GT(items[1]->size(), 0U);
-  EXPECT_EQ(controller().defaultBackup()->path(), read->path());
-}
-
 TEST_F(BackupFormatTest, FilesOutsideTheHomeKeepTheirPath) {
   const std::string beside = home_.path() + "bel";
   writeFile(beside + "/x.plist", "hers");

@@ -45,16 +45,6 @@ TEST_F(LibraryTest, ListsFoldersThatAreBackups) {
   EXPECT_THAT(contents, UnorderedElementsAre("saved", "stray", "there before"));
 }
 
-TEST_F(LibraryTest, TheSettingsNameTheLibraryAndTheDefault) {
-  settings().setObject("backupPath", home_ / "Elsewhere/");
-  for (const char* name : {"A", "B"}) makeBackup(home_ / ("Elsewhere/" + std::string(name) + ".vnt"));
-  QWBackup::backupWithFile(home_ / "Elsewhere/B.vnt")->setDefault();
-  controller().populateBackups();
-  const auto backup = controller().defaultBackup();
-  ASSERT_NE(backup, nullptr);
-  EXPECT_EQ(backup->path(), home_ / "Elsewhere/B.vnt");
-}
-
 TEST_F(LibraryTest, TheOldestAutomaticBackupsGoFirst) {
   for (int i = 1; i <= 5; ++i)
     makeBackup(inLibrary("Autosaves/Auto Backup " + std::to_string(i) + ".vnt"), "", 100 * ((i * 2) % 5));

@@ -28,13 +28,6 @@ TEST_F(BuiltInCatalogTest, HoldsEveryApplicationAndItem) {
                           home_ / "Library/Preferences/com.Adobe.Premiere Pro.*.plist"));
 }
 
-TEST_F(BuiltInCatalogTest, NeverLeadsOutsideAHome) {
-  fakes_.users.process.reset();
-  EXPECT_THAT(prefItemForKey(buildCatalog(), "fcpPrefs")->files(), ElementsAre());
-  fakes_.users.process = User{"anna", 1000, 1000, "/tmp/*"};
-  EXPECT_THAT(prefItemForKey(buildCatalog(), "fcpPrefs")->files(), ElementsAre());
-}
-
 TEST_F(BuiltInCatalogTest, TicksComeBack) {
   for (const char* user : {"anna", "ben\xff"})
     test::makeFolders(machine_ / (std::string("Users/Shared/AvidMediaComposer/Avid Users/") + user));

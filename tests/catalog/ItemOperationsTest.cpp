@@ -1,6 +1,5 @@
 #include <filesystem>
 
-#include "catalog/QWApp.h"
 #include "tests/catalog/CatalogFixture.h"
 
 namespace vantory {
@@ -11,7 +10,6 @@ using test::makeFolders;
 using test::Operation;
 using test::writeFile;
 using testing::ElementsAre;
-using testing::UnorderedElementsAre;
 
 using ItemOperationsTest = test::CatalogTest;
 
@@ -44,28 +42,6 @@ TEST_F(ItemOperationsTest, TrashGoesOnAfterAFailureAndTakesTickedUsersOnly) {
   EXPECT_TRUE(exists(home_ / "own"));
   EXPECT_FALSE(exists(home_ / "on"));
   EXPECT_TRUE(exists(home_ / "mixed"));
-}
-
-TEST_F(ItemOperationsTest, LockingReachesTheParentWithoutAskingItsOtherFiles) {
-  writeFile(home_ / "a", "");
-  writeFile(home_ / "b", "");
-  const auto app = QWApp::appWithName("App", "", "");
-  const auto item = app->addItemWithName("Layouts", "layouts", true, {home_ / "a", home_ / "b"});
-  app->addItemWithName("Other", "other", true, {home_ / "*.none"})->setLocked(On);
-  metadata_.locked = {home_ / "a"};
-  item->updateLockStatus();
-  EXPECT_EQ(item->locked(), Mixed);
-
-  item->lockFiles(On);
-  EXPECT_THAT(metadata_.locked, UnorderedElementsAre(home_ / "a", home_ / "b"));
-  EXPECT_EQ(item->locked(), On);
-  EXPECT_EQ(app->locked(), On);
-  app->updateLockStatus();
-  EXPECT_EQ(app->locked(), Mixed);
-
-  app->lockFiles(Off);
-  EXPECT_THAT(metadata_.locked, testing::IsEmpty());
-  EXPECT_EQ(app->locked(), Off);
 }
 
 TEST_F(ItemOperationsTest, AvidUsersAreTheFoldersOfTheUsersFolder) {

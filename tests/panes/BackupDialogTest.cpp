@@ -142,24 +142,5 @@ TEST_F(BackupDialogTest, ListsProjectsOnce) {
   EXPECT_THAT(listed("Linked")->projects(), ElementsAre("/tmp/b.motn"));
 }
 
-TEST_F(BackupDialogTest, AFailedBackupIsToldAndLeavesNothing) {
-  for (const char* file : {"editor.plist", "editor.layout"}) disk_.remove(prefs(file)).ok();
-  for (const char* user : {"anna", "ben"}) disk_.remove(avidFile(user)).ok();
-  edit_.showBackupDialog();
-  confirm("Empty");
-  EXPECT_THAT(alerts_, ElementsAre("No files to copy"));
-  EXPECT_FALSE(exists(inLibrary("Empty.vnt")));
-  EXPECT_FALSE(spinner_.isTurning);
-}
-
-TEST_F(BackupDialogTest, CancellingAnEditSelectsTheBackupAgain) {
-  confirm("Clean");
-  restoreOutline_.selected = nullptr;
-  edit_.editBackup(listed("Clean"));
-  edit_.cancelBackup();
-  EXPECT_EQ(restoreOutline_.selected, OutlineItemPointer(listed("Clean")));
-  EXPECT_EQ(edit_.editedBackup(), nullptr);
-}
-
 }  // namespace
 }  // namespace vantory::test

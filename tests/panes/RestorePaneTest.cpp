@@ -143,17 +143,6 @@ TEST_F(RestorePaneTest, TheDeleteKeyRemovesABackupIntoTheTrash) {
   EXPECT_THAT(names(), ElementsAre("Autosaves"));
 }
 
-TEST_F(RestorePaneTest, UpdatesTheFilesOfABackup) {
-  written("Clean");
-  outline_.selected = listed("Clean");
-  writeFile(prefs("editor.plist"), "newer");
-  pane_.updateFiles();
-  finishWork();
-  const std::string copy = inLibrary("Clean.vnt") + QWBackup::safeUserPath(prefs("editor.plist"));
-  EXPECT_EQ(readFile(copy), "newer");
-  EXPECT_THAT(alerts_, ElementsAre("Files successfully updated"));
-}
-
 TEST_F(RestorePaneTest, UnlinkingWritesTheBackupAnew) {
   auto backup = backupOfAll("Linked");
   backup->setProjects({"/tmp/a.fcp"});

@@ -51,27 +51,6 @@ TEST_F(TrashPaneTest, TicksReachWhatIsBelowAndAbove) {
   EXPECT_EQ(editor_->children()[1]->selected(), Off);
 }
 
-TEST_F(TrashPaneTest, TheHeaderTellsAndTogglesAll) {
-  EXPECT_EQ(outline_.headerState, On);
-  pane_.setObjectValue(Off, "selected", editor_);
-  EXPECT_EQ(outline_.headerState, Mixed);
-  EXPECT_TRUE(button_.enabled);
-  pane_.mouseDownInHeaderOfTableColumn("selected");
-  EXPECT_EQ(editor_->selected(), On);
-  pane_.mouseDownInHeaderOfTableColumn("selected");
-  EXPECT_EQ(outline_.headerState, Off);
-  EXPECT_EQ(avidItem_->users()[1]->selected(), Off);
-  EXPECT_FALSE(button_.enabled);
-}
-
-TEST_F(TrashPaneTest, ReloadsWhenTheCatalogOrThePaneChanges) {
-  const int before = outline_.reloads;
-  NotificationCenter::shared().post("QWVantoryAppRefresh");
-  NotificationCenter::shared().post("QWVantoryTrashTabSwitch");
-  NotificationCenter::shared().post("QWVantoryLockTabSwitch");
-  EXPECT_EQ(outline_.reloads, before + 2);
-}
-
 class BackupPaneTest : public PaneTest {
  protected:
   BackupPaneTest() {
@@ -86,17 +65,6 @@ class BackupPaneTest : public PaneTest {
 
 TEST_F(BackupPaneTest, ShowsEverythingThatCanBeChosen) {
   EXPECT_EQ(rowsOfOutline(pane_), "Editor(Preferences Layouts ) Avid Media Composer(Preferences(anna ben ) ) ");
-}
-
-TEST_F(BackupPaneTest, TicksReachWhatIsBelowAndAbove) {
-  pane_.setObjectValue(Off, "name", editor_->children()[0]);
-  EXPECT_EQ(editor_->selected(), Mixed);
-  pane_.setObjectValue(Off, "name", avidItem_->users()[1]);
-  EXPECT_EQ(avidItem_->selected(), Mixed);
-  EXPECT_EQ(outline_.headerState, Mixed);
-  pane_.setObjectValue(Mixed, "name", avidItem_);
-  EXPECT_EQ(avidItem_->users()[1]->selected(), On);
-  EXPECT_EQ(avid_->selected(), On);
 }
 
 TEST_F(BackupPaneTest, AnApplicationTickedInPartIsEnoughToBackUp) {

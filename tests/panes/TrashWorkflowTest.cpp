@@ -69,14 +69,6 @@ TEST_F(TrashWorkflowTest, BacksUpThenTrashesPreferencesOnly) {
   EXPECT_FALSE(spinner_.isTurning);
 }
 
-TEST_F(TrashWorkflowTest, NothingTickedMeansNothingTrashed) {
-  for (const auto& app : controller().appArray()) app->setSelected(Off);
-  runAndReadLog();
-  EXPECT_TRUE(exists(prefs("editor.plist")));
-  EXPECT_THAT(alerts_, ElementsAre("No files to trash"));
-  EXPECT_EQ(sheet_.value, 2) << "the bar runs to its end all the same";
-}
-
 TEST_F(TrashWorkflowTest, ARunningApplicationIsClosedAndRelaunchedOrSkipped) {
   guard_.decisions = {{"com.example.Editor", GuardDecision::Skip},
                       {"com.example.Avid", GuardDecision::CloseAndRelaunch}};

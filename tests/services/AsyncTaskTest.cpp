@@ -1,10 +1,7 @@
-// Output as it comes, and all the ways in which such a run can end.
+// Output as it comes, and how such a run ends.
 #include <atomic>
-#include <csignal>
 #include <thread>
 
-#include "platform/Processes.h"
-#include "services/NotificationCenter.h"
 #include "services/QWTask.h"
 #include "tests/services/ServicesTest.h"
 
@@ -12,7 +9,6 @@ namespace vantory::test {
 namespace {
 
 using namespace std::chrono_literals;
-using testing::Contains;
 using testing::IsEmpty;
 
 void waitFor(const std::function<bool()>& condition) {
@@ -38,8 +34,6 @@ class AsyncTaskTest : public ServicesTest {
 };
 
 TEST_F(AsyncTaskTest, HandsOnWhatTheToolPrintsAndThenItsEnd) {
-  std::atomic<int> notices = 0;
-  const auto observation = NotificationCenter::shared().observe("QWAsyncTaskDataNotification", [&] { ++notices; });
   const auto mine = std::make_shared<int>(7);
   task_->asyncDataFromTask(
       "/bin/sh", {"-c", "echo error >&2; head -c 300000 /dev/zero"},
@@ -51,7 +45,6 @@ TEST_F(AsyncTaskTest, HandsOnWhatTheToolPrintsAndThenItsEnd) {
       mine);
   waitFor([&] { return ends_ == 1 && mine.use_count() == 1; });  // delegate and object are let go of
   EXPECT_EQ(output_, std::string(300000, '\0'));
-  EXPECT_GE(notices, 2);
   EXPECT_EQ(task_->theTask(), nullptr);
 }
 
@@ -61,31 +54,8 @@ TEST_F(AsyncTaskTest, AToolThatCannotBeStartedOnlyEnds) {
   task_.reset();
   EXPECT_EQ(ends_, 1);
   EXPECT_THAT(output_, IsEmpty());
-  EXPECT_THAT(logged(), Contains("Error: /missing/tool is not executable"));
-  EXPECT_THAT(logged(), Contains("Unable to launch async task - no task set"));
-}
-
-TEST_F(AsyncTaskTest, AToolThatClosesItsOutputIsAskedToEnd) {
-  std::shared_ptr<Process> process;
-  run("echo out; exec >&-; exec sleep 60", [&](const std::string& data, QWTask& task, const std::any& object) {
-    process = task.theTask();
-    gather()(data, task, object);
-  });
-  waitFor([&] { return ends_ == 1; });
-  EXPECT_EQ(output_, "out\n");
-  EXPECT_EQ(process->wait(), 128 + SIGTERM);
-}
-
-TEST_F(AsyncTaskTest, EndsThoughAGrandchildKeepsTheOutputOpen) {
-  std::atomic<pid_t> grandchild = 0;
-  run("sleep 60 & echo $!; wait",
-      [&](const std::string& data, QWTask&, const std::any&) { grandchild = std::stoi(data); });
-  waitFor([&] { return grandchild != 0; });
-  const auto process = task_->theTask();
-  task_->terminateAsyncTask();
-  EXPECT_EQ(process->wait(), 128 + SIGTERM);
-  EXPECT_EQ(task_->theTask(), nullptr);
-  EXPECT_EQ(kill(grandchild, SIGKILL), 0);
+  EXPECT_THAT(logged(), testing::IsSupersetOf(
+                            {"Error: /missing/tool is not executable", "Unable to launch async task - no task set"}));
 }
 
 TEST_F(AsyncTaskTest, TheDelegateMayDestroyTheTask) {
@@ -96,21 +66,6 @@ TEST_F(AsyncTaskTest, TheDelegateMayDestroyTheTask) {
     EXPECT_FALSE(destroyed.exchange(true));
   });
   waitFor([&] { return destroyed && held.use_count() == 1; });
-
-  // A delegate that owns its task takes it along.
-  auto owned = std::make_shared<QWTask>();
-  const std::weak_ptr<QWTask> watched = owned;
-  owned->asyncDataFromTask("/bin/true", {}, [owned](const std::string&, QWTask&, const std::any&) {});
-  owned.reset();
-  waitFor([&] { return watched.expired(); });
-}
-
-TEST_F(AsyncTaskTest, TheDelegateMayBeginAnotherRun) {
-  run("yes", [this](const std::string&, QWTask& task, const std::any&) {
-    task.asyncDataFromTask("/bin/echo", {"second"}, gather());
-  });
-  waitFor([&] { return ends_ == 1; });
-  EXPECT_EQ(output_, "second\n");
 }
 
 TEST_F(AsyncTaskTest, DestroyingTheTaskWaitsForTheDelegate) {

@@ -5,22 +5,18 @@
 namespace vantory::test {
 namespace {
 
-class LocalPathsTest : public ServicesTest {};
+using LocalPathsTest = ServicesTest;
 
 TEST_F(LocalPathsTest, AreThoseOfTheConsoleUserForTheSuperuser) {
-  fake_.users.process = User{"root", 0, 0, "/root"};
+  fakes_.users.process = User{"root", 0, 0, "/root"};
   EXPECT_EQ(QWLocalPaths::prefsDirectory(true), "/root/Library/Preferences");
-  fake_.users.superuser = true;
+  fakes_.users.superuser = true;
   EXPECT_EQ(QWLocalPaths::prefsDirectory(true), home_ / "Library/Preferences");
-  EXPECT_EQ(QWLocalPaths::movieDirectory(), home_ / "Movies");
-  EXPECT_EQ(QWLocalPaths::username(), "anna");
   EXPECT_EQ(QWLocalPaths::prefsDirectory(false), machine_ / "Library/Preferences");
 
-  fake_.users.console.reset();
+  fakes_.users.console.reset();
   EXPECT_EQ(QWLocalPaths::prefsDirectory(true), std::nullopt);
-  EXPECT_EQ(QWLocalPaths::movieDirectory(), std::nullopt);
   EXPECT_EQ(QWLocalPaths::trashDirectory(), std::nullopt);
-  EXPECT_EQ(QWLocalPaths::tempFile(), std::nullopt);
   EXPECT_FALSE(QWLocalPaths::isPathSystemDirectory("/tmp/anything"));
 }
 

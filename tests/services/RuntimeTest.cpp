@@ -1,56 +1,19 @@
 #include "services/Runtime.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <atomic>
 #include <functional>
-#include <optional>
-#include <string>
 #include <thread>
-#include <vector>
 
-#include "platform/linux/LinuxFileMetadata.h"
-#include "platform/linux/LinuxFileSystem.h"
 #include "services/MainThread.h"
 #include "services/NotificationCenter.h"
-#include "tests/support/FakePlatform.h"
+#include "tests/services/ServicesTest.h"
 
 namespace vantory {
 namespace {
 
 using testing::ElementsAre;
 
-class RuntimeTest : public testing::Test {
- protected:
-  LinuxFileSystem files_;
-  LinuxFileMetadata metadata_;
-  test::FakePlatform fakes_{files_, metadata_, "/nowhere", "/nowhere/anna"};
-  std::optional<Runtime> runtime_{std::in_place, fakes_.platform};
-  std::vector<std::string> told_;
-};
-
-std::vector<std::string> destroyed;
-
-struct Lower {
-  ~Lower() { destroyed.push_back("lower"); }
-};
-
-struct Upper {
-  ~Upper() { destroyed.push_back("upper"); }
-  Lower& lower = Runtime::current().shared<Lower>();
-};
-
-TEST_F(RuntimeTest, InstancesAreSingleAndEndNewestFirst) {
-  destroyed.clear();
-  Lower& lower = runtime_->shared<Lower>();
-  EXPECT_EQ(&runtime_->shared<Upper>().lower, &lower);
-  EXPECT_EQ(&runtime_->shared<Upper>(), &runtime_->shared<Upper>());
-  runtime_.reset();
-  EXPECT_THAT(destroyed, ElementsAre("upper", "lower"));
-}
-
-class MainThreadTest : public RuntimeTest {
+class MainThreadTest : public test::ServicesTest {
  protected:
   MainThread& main_ = MainThread::shared();
 };
@@ -111,13 +74,14 @@ TEST_F(MainThreadTest, ShutDownRefusesWhatWaitsAndWhatComes) {
   EXPECT_FALSE(ran);
 }
 
-class NotificationTest : public RuntimeTest {
+class NotificationTest : public test::ServicesTest {
  protected:
   NotificationCenter::Observation observe(const std::string& name, const std::string& text) {
     return center_.observe(name, [this, text] { told_.push_back(text); });
   }
 
   NotificationCenter& center_ = NotificationCenter::shared();
+  std::vector<std::string> told_;
 };
 
 TEST_F(NotificationTest, ObservationsMayBeginAndEndDuringDelivery) {

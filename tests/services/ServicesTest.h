@@ -1,9 +1,11 @@
-// What the tests of the services stand on.
+// What the tests of the services, and of what builds on them, stand on.
 #pragma once
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -18,51 +20,72 @@
 
 namespace vantory::test {
 
-// The real disk, except that no flag is really set: who may set it differs from machine to machine.
+// The real disk, but for rights, and for locks: who may really set them differs from machine to machine.
 class FakeLocks : public LinuxFileMetadata {
  public:
-  std::vector<Status> setAllLocked(const std::vector<std::string>& paths, bool locked) override {
-    for (const std::string& path : paths) changes.emplace_back(path, locked);
-    return std::vector<Status>(paths.size(), answer);
+  std::vector<Status> setAllLocked(const std::vector<std::string>& paths, bool lock) override {
+    std::vector<Status> results;
+    for (const std::string& path : paths) {
+      const bool there = std::filesystem::exists(path);
+      if (there && lockAnswer) lock ? (void)locked.insert(path) : (void)locked.erase(path);
+      results.push_back(there ? lockAnswer : Error{std::errc::no_such_file_or_directory, path});
+    }
+    return results;
   }
+  bool isWritable(const std::string& path) const override { return !unwritable.contains(path); }
 
-  std::vector<std::pair<std::string, bool>> changes;
-  Status answer;
+  std::set<std::string> locked;
+  std::set<std::string> unwritable;
+  Status lockAnswer;
 };
 
-// Lets a file appear locked.
+// The real disk, but for those locks, and nothing waits to be written.
 class LockableFiles : public LinuxFileSystem {
  public:
+  explicit LockableFiles(const FakeLocks& locks) : locks_(locks) {}
   Result<FileInfo> info(const std::string& path, Links links) const override {
-    auto info = LinuxFileSystem::info(path, links);
-    if (info) info->locked = locked == path;
-    return info;
+    auto found = LinuxFileSystem::info(path, links);
+    if (found) found->locked = locks_.locked.contains(path);
+    return found;
   }
+  Status sync(const std::string&) override { return {}; }
 
-  std::string locked;
+ private:
+  const FakeLocks& locks_;
 };
 
 // The real disk below a scratch home, with everything else faked.
 class ServicesTest : public testing::Test {
  protected:
-  ServicesTest() { QWLog::createNewLog("Test"); }
+  ServicesTest() {
+    QWLog::createNewLog("Test");
+    files_.heal();
+  }
 
-  // The messages logged so far, without their dates.
-  std::vector<std::string> logged() const {
+  // All messages, without their dates, since the log began or since the last call.
+  std::vector<std::string> logged() {
     QWLog::finishWriting();
     std::vector<std::string> messages;
-    for (const std::string& line : split(readFile(home_ / "Library/Logs/Quarrywell/Test.1.log"), '\n'))
-      if (const auto dash = line.find(" - "); dash != std::string::npos) messages.push_back(line.substr(dash + 3));
+    const std::string text = readFile(home_ / "Library/Logs/Quarrywell/Test.1.log");
+    for (const std::string& line : split(text.substr(logRead_), '\n'))
+      if (const std::size_t dash = line.find(" +0000 - "); dash != std::string::npos)
+        messages.push_back(line.substr(dash + 9));
+    logRead_ = text.size();
     return messages;
   }
 
+  std::string inTrash(const std::string& name) const { return home_ / (".local/share/Trash/files/" + name); }
+
   ScratchFolder home_;
   ScratchFolder machine_;
-  LockableFiles disk_;
-  FaultyFileSystem files_{disk_};
   FakeLocks metadata_;
-  FakePlatform fake_{files_, metadata_, machine_.path(), home_.path()};
-  Runtime runtime_{fake_.platform};
+  LockableFiles disk_{metadata_};
+  FaultyFileSystem files_{disk_};
+  FakePlatform fakes_{files_, metadata_, machine_.path(), home_.path()};
+  Runtime runtime_{fakes_.platform};
+
+ private:
+  std::size_t logRead_ = 0;
 };
 
 }  // namespace vantory::test

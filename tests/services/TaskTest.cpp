@@ -20,7 +20,7 @@ constexpr const char* kShell = "/bin/sh";
 class TaskTest : public ServicesTest {
  protected:
   TaskTest() { MainThread::shared(); }
-  std::vector<std::string> systemLog() const { return fake_.systemLog.messages(); }
+  std::vector<std::string> systemLog() const { return fakes_.systemLog.messages(); }
 
   // What the work answers on a thread of its own, while the main thread serves whoever hands it work.
   template <class Work>
@@ -50,16 +50,6 @@ TEST_F(TaskTest, RefusesWhatIsNoTool) {
               ElementsAre("Error: " + plain + " is not executable", "Error: " + application + " is not executable",
                           "Error: /missing is not executable"));
   EXPECT_THAT(logged(), Contains("Error: " + plain + " is not executable"));
-}
-
-TEST_F(TaskTest, TextMustBeOfItsEncoding) {
-  const auto printed = [](const char* text, QWTask::Encoding encoding) {
-    return QWTask::stringFromTask("/usr/bin/printf", {text}, encoding, std::chrono::hours(24));
-  };
-  EXPECT_EQ(printed("plain\x7f\n", QWTask::Encoding::Ascii), "plain\x7f\n");
-  EXPECT_EQ(printed("Gr\u00f6\u00dfe", QWTask::Encoding::Ascii), std::nullopt);
-  EXPECT_EQ(printed("Gr\u00f6\u00dfe", QWTask::Encoding::Utf8), "Gr\u00f6\u00dfe");
-  EXPECT_EQ(printed("\xff", QWTask::Encoding::Utf8), std::nullopt);
 }
 
 TEST_F(TaskTest, ATimeLimitEndsTheToolAndSaysSo) {

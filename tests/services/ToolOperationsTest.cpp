@@ -73,21 +73,9 @@ TEST_F(ToolOperationsTest, AnArchiveThatCannotBeMadeLeavesNothing) {
 
 TEST_F(ToolOperationsTest, TheSuperuserCompressesNobodyElsesFiles) {
   writeFile(home_ / "item", "content");
-  fake_.users.superuser = true;
-  fake_.users.process = User{"root", 0, 0, machine_.path()};
+  fakes_.users.superuser = true;
+  fakes_.users.process = User{"root", 0, 0, machine_.path()};
   EXPECT_FALSE(Manager::compressFile(home_ / "item", archive_));
-}
-
-TEST_F(ToolOperationsTest, RegistersApplicationsByTheirDesktopEntries) {
-  if (isMissing("/usr/bin/update-desktop-database")) GTEST_SKIP() << "desktop-file-utils is not installed";
-  const std::string entry = home_ / ".local/share/applications/com.example.Editor.desktop";
-  EXPECT_FALSE(Manager::registerApplicationWithLaunchServices(entry));
-  writeFile(entry, "[Desktop Entry]\nType=Application\nName=Editor\nExec=true\nMimeType=application/x-cut;\n");
-  EXPECT_TRUE(Manager::registerApplicationWithLaunchServices(entry));
-  EXPECT_THAT(readFile(home_ / ".local/share/applications/mimeinfo.cache"),
-              HasSubstr("application/x-cut=com.example.Editor.desktop"));
-  makeFolders(home_ / "Editor.app");
-  EXPECT_FALSE(Manager::registerApplicationWithLaunchServices(home_ / "Editor.app"));
 }
 
 }  // namespace

@@ -1,22 +1,17 @@
-#include <gtest/gtest.h>
-
-#include "platform/linux/LinuxFileMetadata.h"
-#include "platform/linux/LinuxFileSystem.h"
-#include "services/MainThread.h"
-#include "services/Runtime.h"
 #include "settings/QWBugReporter.h"
-#include "tests/support/FakePlatform.h"
-#include "tests/support/ScratchFolder.h"
+
+#include "services/MainThread.h"
+#include "tests/services/ServicesTest.h"
 
 namespace vantory::test {
 namespace {
 
-class BugReporterTest : public ::testing::Test {
+class BugReporterTest : public ServicesTest {
  protected:
   BugReporterTest() {
     runtime_.shared<MainThread>();
     // Before every report that a test writes.
-    fake_.clock.set({1'000'000'000, 0});
+    fakes_.clock.set({1'000'000'000, 0});
   }
 
   void start() { QWBugReporter::startBugReporter("Vantory", record_); }
@@ -27,12 +22,6 @@ class BugReporterTest : public ::testing::Test {
     return path;
   }
 
-  ScratchFolder home_;
-  ScratchFolder machine_;
-  LinuxFileSystem files_;
-  LinuxFileMetadata metadata_;
-  FakePlatform fake_{files_, metadata_, machine_.path(), home_.path()};
-  Runtime runtime_{fake_.platform};
   const std::string record_ = home_ / "Library/Preferences/com.quarrywell.Vantory.plist";
 };
 
@@ -44,7 +33,7 @@ TEST_F(BugReporterTest, ACrashIsAReportNewerThanAStartWithoutAnEnd) {
   EXPECT_EQ(crash(), path);
   QWBugReporter::stopBugReporter(record_);
   EXPECT_EQ(crash(), std::nullopt);
-  fake_.clock.set({4'000'000'000, 0});  // the report is older than this start
+  fakes_.clock.set({4'000'000'000, 0});  // the report is older than this start
   start();
   EXPECT_EQ(crash(), std::nullopt);
 }

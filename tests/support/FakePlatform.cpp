@@ -124,7 +124,6 @@ std::optional<std::string> FakeDefaultHandlers::defaultViewer(const std::string&
 }
 
 Result<TaskClient::Answer> FakeTaskClient::send(const std::string& service, const TaskMessage& message) {
-  asked.push_back(service);
   if (!services.contains(service)) return Answer::NotRegistered;
   if (!understood.contains(message.name)) return Answer::NotUnderstood;
   if (!failure) return failure.error();
@@ -132,9 +131,8 @@ Result<TaskClient::Answer> FakeTaskClient::send(const std::string& service, cons
   return Answer::Received;
 }
 
-Status FakeNotifications::post(const std::string& title, const std::string& text, const std::string& context) {
+Status FakeNotifications::post(const std::string& title, const std::string& text, const std::string&) {
   posted.push_back({title, text});
-  lastContext = context;
   return answer;
 }
 

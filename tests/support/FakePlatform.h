@@ -179,7 +179,6 @@ class FakeTaskClient : public TaskClient {
 
   std::set<std::string> services;    // registered ones
   std::set<std::string> understood;  // messages
-  std::vector<std::string> asked;    // services
   std::vector<TaskMessage> sent;
   Status failure;  // of what is understood
 };
@@ -196,7 +195,6 @@ class FakeNotifications : public DesktopNotifications {
   void listen(Listener newListener) override { listener = std::move(newListener); }
 
   std::vector<Note> posted;
-  std::string lastContext;
   Listener listener;
   Status answer;
 };

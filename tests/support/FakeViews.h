@@ -12,7 +12,7 @@ namespace vantory::test {
 
 class FakeOutline : public OutlineView {
  public:
-  void reloadData() override { ++reloads; }
+  void reloadData() override {}
   void reloadItem(const OutlineItemPointer& item, bool) override { reloadedItems.push_back(item); }
   void setHeaderState(int state) override { headerState = state; }
   void setSortIndicator(const std::string& column, SortIndicator indicator) override { indicators[column] = indicator; }
@@ -20,7 +20,6 @@ class FakeOutline : public OutlineView {
   void selectItem(const OutlineItemPointer& item) override { selected = item; }
   void collapseAll() override {}
 
-  int reloads = 0;
   int headerState = 99;
   std::vector<OutlineItemPointer> reloadedItems;
   std::map<std::string, SortIndicator> indicators;

@@ -1,23 +1,14 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <filesystem>
 #include <optional>
 #include <set>
 #include <sstream>
 
-#include "backups/QWBackup.h"
-#include "platform/linux/LinuxFileMetadata.h"
-#include "platform/linux/LinuxFileSystem.h"
 #include "services/MainThread.h"
 #include "services/PropertyList.h"
 #include "services/QWUserDefaults.h"
-#include "services/Runtime.h"
 #include "tasks/Command.h"
 #include "tasks/Program.h"
-#include "tests/support/FakePlatform.h"
-#include "tests/support/FaultyFileSystem.h"
-#include "tests/support/ScratchFolder.h"
+#include "tests/services/ServicesTest.h"
 
 namespace vantory::test {
 namespace {
@@ -29,21 +20,6 @@ using ::testing::StartsWith;
 namespace fs = std::filesystem;
 using Names = std::set<std::string>;
 using Note = FakeNotifications::Note;
-
-// Remembers what would be locked: the flag itself takes rights that a test may not have.
-class RecordingMetadata : public LinuxFileMetadata {
- public:
-  std::vector<Status> setAllLocked(const std::vector<std::string>& paths, bool locked) override {
-    std::vector<Status> results;
-    for (const std::string& path : paths) {
-      const bool there = fs::exists(path);
-      if (there && locked) lockedFiles.insert(fs::path(path).filename());
-      results.push_back(there ? Status() : Status(Error{std::errc::no_such_file_or_directory, path}));
-    }
-    return results;
-  }
-  Names lockedFiles;
-};
 
 // Runs command lines in this process, for a home with one file of each of a few items.
 class CommandLineTest : public ::testing::Test {
@@ -58,8 +34,8 @@ class CommandLineTest : public ::testing::Test {
 
   CommandLineTest() {
     fill();
-    fake_.taskClient.services = {"QWProClientCallback"};
-    fake_.taskClient.understood = {"postErrorString:userInfo:"};
+    fakes_.taskClient.services = {"QWProClientCallback"};
+    fakes_.taskClient.understood = {"postErrorString:userInfo:"};
   }
 
   void fill(const std::optional<std::string>& content = {}) {
@@ -78,16 +54,16 @@ class CommandLineTest : public ::testing::Test {
     return home_ / ("Library/Application Support/Quarrywell/Vantory/Backups" + name);
   }
   void set(const std::string& key, PropertyList value) {
-    const Runtime runtime(fake_.platform);
+    const Runtime runtime(fakes_.platform);
     QWUserDefaults::standardUserDefaults().setObject(key, std::move(value));
   }
 
   int run(std::vector<std::string> arguments) {
     arguments.insert(arguments.begin(), "vantory");
-    fake_.system.argumentList = std::move(arguments);
+    fakes_.system.argumentList = std::move(arguments);
     output_.str("");
     errors_.str("");
-    Runtime runtime(fake_.platform);
+    Runtime runtime(fakes_.platform);
     runtime.shared<MainThread>();
     return runProgram(output_, errors_, [this](const std::string& program, const auto& list) {
       window_ = list;
@@ -98,16 +74,15 @@ class CommandLineTest : public ::testing::Test {
   std::string log() const { return readFile(home_ / "Library/Logs/Quarrywell/Vantory.task.1.log"); }
   std::vector<std::string> sentErrors() const {
     std::vector<std::string> texts;
-    for (const auto& message : fake_.taskClient.sent) texts.push_back(message.arguments.at(0));
+    for (const auto& message : fakes_.taskClient.sent) texts.push_back(message.arguments.at(0));
     return texts;
   }
 
   ScratchFolder home_;
   ScratchFolder machine_;
-  LinuxFileSystem disk_;
-  FaultyFileSystem files_{disk_};
-  RecordingMetadata metadata_;
-  FakePlatform fake_{files_, metadata_, machine_.path(), home_.path()};
+  FakeLocks metadata_;
+  LockableFiles files_{metadata_};
+  FakePlatform fakes_{files_, metadata_, machine_.path(), home_.path()};
   std::ostringstream output_;
   std::ostringstream errors_;
   Status windowStatus_;
@@ -142,7 +117,6 @@ TEST_F(CommandLineTest, WithoutATaskAnswersAboutItselfOrBecomesTheWindow) {
 TEST_F(CommandLineTest, TrashTakesTheItemsThatItsOperandNames) {
   const std::vector<std::pair<std::vector<std::string>, Names>> rows = {
       {{"-trash", "fcpPrefs,,motionPrefs"}, {"boris", "plugins", "setting"}},
-      {{"-trash", "-allprefs,fcpPrefs"}, {"boris", "motion", "plugins", "setting"}},
       {{"-trash", "fcp"}, {"motion", "plugins", "setting"}},
       {{"-trash", "fcp,motion"}, kAll},
       {{"-trash"}, {"plugins", "setting"}},
@@ -156,13 +130,14 @@ TEST_F(CommandLineTest, TrashTakesTheItemsThatItsOperandNames) {
 
 TEST_F(CommandLineTest, LockAndUnlockTakeEverythingWithoutAnOperand) {
   EXPECT_EQ(run({"-lock", "-allprefs"}), 0);
-  EXPECT_THAT(metadata_.lockedFiles,
-              ElementsAre("com.apple.FinalCutPro.plist", "com.apple.motion.plist", "com.borisfx.Title 3D"));
+  EXPECT_THAT(metadata_.locked, ElementsAre(home_ / "Library/Preferences/com.apple.FinalCutPro.plist",
+                                            home_ / "Library/Preferences/com.apple.motion.plist",
+                                            home_ / "Library/Preferences/com.borisfx.Title 3D"));
   EXPECT_EQ(run({"-unlock", "x", "-lock"}), 0);
-  EXPECT_EQ(metadata_.lockedFiles.size(), kAll.size());
+  EXPECT_EQ(metadata_.locked.size(), kAll.size());
   EXPECT_EQ(run({"-unlock", "fcpPrefs", "-task"}), 0);
-  EXPECT_THAT(fake_.notifications.posted,
-              ElementsAre(Note{"Vantory", "Unlocking preferences..."}, Note{"Vantory", "Unlock complete"}));
+  EXPECT_EQ(metadata_.locked.size(), kAll.size() - 1);
+  EXPECT_EQ(fakes_.notifications.posted.back(), (Note{"Vantory", "Unlock complete"}));
 }
 
 TEST_F(CommandLineTest, BackupTakesItsKeysByPositionAndTrashesItsNamesake) {
@@ -177,19 +152,19 @@ TEST_F(CommandLineTest, BackupTakesItsKeysByPositionAndTrashesItsNamesake) {
 TEST_F(CommandLineTest, EachFailureIsToldWhereItBelongs) {
   EXPECT_EQ(run({"-backup"}), 1);
   EXPECT_EQ(run({"x", "-restore"}), 1);
-  EXPECT_THAT(fake_.systemLog.messages(), ElementsAre("Invalid number of arguments", "Invalid number of arguments"));
+  EXPECT_THAT(fakes_.systemLog.messages(), ElementsAre("Invalid number of arguments", "Invalid number of arguments"));
   EXPECT_THAT(sentErrors(), IsEmpty());
 
   EXPECT_EQ(run({"-backup", "/:", "x", "-hotkey"}), 1);
   EXPECT_THAT(sentErrors(), ElementsAre("Vantory: Unable to backup - invalid filename."));
-  EXPECT_EQ(fake_.systemLog.messages().back(), "Invalid filename");
-  EXPECT_EQ(fake_.notifications.posted.back(), (Note{"Backup failed", "Invalid filename"}));
+  EXPECT_EQ(fakes_.systemLog.messages().back(), "Invalid filename");
+  EXPECT_EQ(fakes_.notifications.posted.back(), (Note{"Backup failed", "Invalid filename"}));
 
   EXPECT_EQ(run({"-backup", "None", "noSuchKey"}), 0);
   EXPECT_FALSE(exists(library("/None.vnt")));
   EXPECT_EQ(sentErrors().back(), "Vantory: Backup not created - no files to copy.");
   EXPECT_THAT(log(), HasSubstr(" - Vantory: Backup not created - no files to copy.\n"));
-  EXPECT_EQ(fake_.systemLog.messages().back(), "Backup not created - no files to copy");
+  EXPECT_EQ(fakes_.systemLog.messages().back(), "Backup not created - no files to copy");
 
   for (const char* path : {"None", ""}) EXPECT_EQ(run({"-restore", path}), 1);
   EXPECT_EQ(sentErrors().back(), "Vantory: Unable to restore backup - backup does not exist.");
@@ -199,16 +174,14 @@ TEST_F(CommandLineTest, EachFailureIsToldWhereItBelongs) {
 TEST_F(CommandLineTest, RestoreTakesAPathAndTheListedItems) {
   ASSERT_EQ(run({"-backup", "Set"}), 0);
   fill("new");
-  fake_.system.directory = library("/Autosaves");
+  fakes_.system.directory = library("/Autosaves");
   EXPECT_EQ(run({"-restore", "../Set.vnt/", "fcpPrefs,fcpPlugins"}), 0);
   EXPECT_THAT(intact(), ElementsAre("fcp", "plugins"));
-  EXPECT_EQ(run({"-restore", library("/Set.vnt")}), 0);
-  EXPECT_EQ(intact(), kAll);
 }
 
 TEST_F(CommandLineTest, TheDefaultBackupIsRestoredOnRequestOnly) {
   EXPECT_EQ(run({"-restoredefault"}), 1);
-  EXPECT_THAT(fake_.systemLog.messages(), ElementsAre("Unable to restore backup - no default backup set."));
+  EXPECT_THAT(fakes_.systemLog.messages(), ElementsAre("Unable to restore backup - no default backup set."));
   EXPECT_THAT(sentErrors(), IsEmpty());
 
   ASSERT_EQ(run({"-backup", "Good"}), 0);
@@ -219,14 +192,14 @@ TEST_F(CommandLineTest, TheDefaultBackupIsRestoredOnRequestOnly) {
   EXPECT_THAT(intact(), ElementsAre("plugins", "setting"));  // the task has loaded no library to find one in
   EXPECT_EQ(run({"-restoredefault", "-task"}), 0);
   EXPECT_EQ(intact(), kAll);
-  EXPECT_EQ(fake_.notifications.posted.back(), (Note{"Default backup restored", "Good"}));
+  EXPECT_EQ(fakes_.notifications.posted.back(), (Note{"Default backup restored", "Good"}));
 }
 
 TEST_F(CommandLineTest, AutomaticBackupsAreNeitherListedNorPruned) {
   set("maxAutoBackups", 1);
   for (int time = 0; time < 2; ++time) {
     ASSERT_EQ(run({"-autobackup"}), 0);
-    fake_.clock.advance(std::chrono::seconds(1));
+    fakes_.clock.advance(std::chrono::seconds(1));
   }
   EXPECT_EQ(std::distance(fs::directory_iterator(library("/Autosaves")), {}), 2);
   EXPECT_EQ(run({"-list"}), 0);
@@ -235,30 +208,19 @@ TEST_F(CommandLineTest, AutomaticBackupsAreNeitherListedNorPruned) {
 
 TEST_F(CommandLineTest, TouchesNothingWithoutAUsableHomeOrLibrary) {
   fs::remove_all(home_ / "Library");
-  fake_.users.process->home = home_ / "a*b";
+  fakes_.users.process->home = home_ / "a*b";
   EXPECT_EQ(run({"-autobackup"}), 1);
-  EXPECT_THAT(fake_.systemLog.messages().back(), StartsWith("The home folder "));
+  EXPECT_THAT(fakes_.systemLog.messages().back(), StartsWith("The home folder "));
 
-  fake_.users.superuser = true;
-  fake_.users.console.reset();
+  fakes_.users.superuser = true;
+  fakes_.users.console.reset();
   const std::string reason = "Nobody is logged in at the console - nothing was done.";
   for (const Command& command : commandTable()) {
     EXPECT_EQ(run({std::string(command.option), "x"}), 1);
-    EXPECT_EQ(fake_.systemLog.messages().back(), reason);
+    EXPECT_EQ(fakes_.systemLog.messages().back(), reason);
   }
   EXPECT_THAT(readFile(machine_ / "Library/Logs/Quarrywell/Vantory.task.1.log"), HasSubstr(reason));
   EXPECT_TRUE(fs::is_empty(home_.path()));
-}
-
-TEST_F(CommandLineTest, SaysWhatPeopleMustKnowOnStandardError) {
-  files_.fail(Operation::Trash, std::errc::io_error, FaultyFileSystem::kEveryCall);
-  EXPECT_EQ(run({"-trash", "motionPrefs"}), 0);
-  EXPECT_EQ(intact(), kAll);
-  EXPECT_THAT(fake_.systemLog.messages().back(), StartsWith("1 file could not be processed"));
-
-  files_.fail(Operation::StageCopy, std::errc::no_space_on_device, FaultyFileSystem::kEveryCall);
-  EXPECT_EQ(run({"-autobackup"}), 0);
-  EXPECT_THAT(fake_.systemLog.messages().back(), HasSubstr("could not be processed"));
 }
 
 }  // namespace

@@ -1,57 +1,39 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include "platform/linux/LinuxFileMetadata.h"
-#include "platform/linux/LinuxFileSystem.h"
 #include "services/MainThread.h"
 #include "services/QWAlert.h"
 #include "services/QWCmdUtils.h"
-#include "services/QWLog.h"
-#include "services/Runtime.h"
 #include "tasks/QWVantoryUtilities.h"
-#include "tests/support/FakePlatform.h"
-#include "tests/support/ScratchFolder.h"
+#include "tests/services/ServicesTest.h"
 
 namespace vantory::test {
 namespace {
 
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
+using testing::Contains;
+using testing::IsEmpty;
 
-class GuardTest : public ::testing::Test {
+class GuardTest : public ServicesTest {
  protected:
   GuardTest() {
     runtime_.shared<MainThread>();
-    QWLog::createNewLog("Guard");
-    fake_.workspace.running = {"other", "app", "app"};
+    fakes_.workspace.running = {"other", "app", "app"};
   }
 
   GuardDecision decide(bool closeAutomatically, const std::string& bundleID = "app") {
     return guard_.checkRunningAppsForName("App", bundleID, closeAutomatically);
   }
-  std::string log() {
-    QWLog::finishWriting();
-    return readFile(home_ / "Library/Logs/Quarrywell/Guard.1.log");
-  }
 
-  ScratchFolder home_;
-  LinuxFileSystem files_;
-  LinuxFileMetadata metadata_;
-  FakePlatform fake_{files_, metadata_, home_.path(), home_.path()};
-  Runtime runtime_{fake_.platform};
   QWVantoryUtilities guard_;
 };
 
 TEST_F(GuardTest, WithoutAWindowTheCallerDecides) {
   EXPECT_EQ(decide(true, "App"), GuardDecision::NotRunning);  // another identifier
   EXPECT_EQ(decide(false), GuardDecision::Skip);              // a user interface is claimed, but none is there to ask
-  EXPECT_THAT(log(), HasSubstr("App is running - skipping app...\n"));
+  EXPECT_THAT(logged(), Contains("App is running - skipping app..."));
 
   QWCmdUtils::sharedController().setHasGUI(false);
   QWAlert::sharedController().ask = [](const AlertTexts&) { return QWAlert::Alternate; };
   EXPECT_EQ(decide(true), GuardDecision::CloseAndRelaunch);
-  EXPECT_THAT(log(), HasSubstr("App is running - closing application...\n"));
-  EXPECT_THAT(fake_.workspace.quitRequests, IsEmpty());
+  EXPECT_THAT(logged(), Contains("App is running - closing application..."));
+  EXPECT_THAT(fakes_.workspace.quitRequests, IsEmpty());
 }
 
 TEST_F(GuardTest, WithAWindowTheUserDecides) {
@@ -72,26 +54,26 @@ TEST_F(GuardTest, WithAWindowTheUserDecides) {
   EXPECT_EQ(decide(true), GuardDecision::Skip);
   button = 7;
   EXPECT_EQ(decide(true), GuardDecision::NotRunning);
-  EXPECT_THAT(log(), HasSubstr("App is running - asking the user what to do...\n"));
+  EXPECT_THAT(logged(), Contains("App is running - asking the user what to do..."));
 }
 
 TEST_F(GuardTest, ClosingWaitsForTheLastCopyWithinItsLimit) {
-  fake_.workspace.onQuit = [](const std::string&) { return Error{std::errc::timed_out, "no answer"}; };
+  fakes_.workspace.onQuit = [](const std::string&) { return Error{std::errc::timed_out, "no answer"}; };
   EXPECT_FALSE(guard_.closeAppWithName("App", "app"));
-  EXPECT_THAT(log(), HasSubstr("Unable to quit App application  - no answer\n"));
+  EXPECT_THAT(logged(), Contains("Unable to quit App application  - no answer"));
 
-  fake_.workspace.onQuit = [this](const std::string&) { return fake_.workspace.running.pop_back(), Status(); };
-  const Timestamp start = fake_.clock.now();
+  fakes_.workspace.onQuit = [this](const std::string&) { return fakes_.workspace.running.pop_back(), Status(); };
+  const Timestamp start = fakes_.clock.now();
   EXPECT_FALSE(guard_.closeAppWithName("App", "app"));
-  EXPECT_EQ(fake_.clock.now().seconds - start.seconds, 32);
+  EXPECT_EQ(fakes_.clock.now().seconds - start.seconds, 32);
   EXPECT_TRUE(guard_.closeAppWithName("App", "app"));
-  EXPECT_EQ(fake_.clock.now().seconds - start.seconds, 34);
+  EXPECT_EQ(fakes_.clock.now().seconds - start.seconds, 34);
 }
 
 TEST_F(GuardTest, WhereNobodyCanTellATaskGoesOnButAWaitDoesNotEnd) {
-  fake_.workspace.runningFailure = Error{std::errc::timed_out, "no answer"};
+  fakes_.workspace.runningFailure = Error{std::errc::timed_out, "no answer"};
   EXPECT_EQ(decide(true), GuardDecision::NotRunning);
-  EXPECT_THAT(log(), HasSubstr("Unable to tell whether App is running: no answer\n"));
+  EXPECT_THAT(logged(), Contains("Unable to tell whether App is running: no answer"));
   EXPECT_FALSE(guard_.closeAppWithName("App", "app"));
 }
 

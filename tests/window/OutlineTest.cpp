@@ -1,6 +1,5 @@
 #include <QContextMenuEvent>
 #include <QHeaderView>
-#include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
 
@@ -28,8 +27,8 @@ class OutlineTest : public testing::Test {
   }
 
   OutlineTree& tree() { return view_.tree(); }
-  QModelIndex cell(const OutlineItemPointer& item, int column = 0) {
-    return dynamic_cast<OutlineModel&>(*tree().model()).indexOf(item).siblingAtColumn(column);
+  QModelIndex cell(const OutlineItemPointer& item) {
+    return dynamic_cast<OutlineModel&>(*tree().model()).indexOf(item).siblingAtColumn(0);
   }
   QPoint inText(const OutlineItemPointer& item) { return tree().visualRect(cell(item)).center(); }
   QPoint inCheckBox(const OutlineItemPointer& item) {
@@ -37,7 +36,7 @@ class OutlineTest : public testing::Test {
     return {area.left() + 10, area.center().y()};
   }
   void click(const QPoint& place) { QTest::mouseClick(tree().viewport(), Qt::LeftButton, {}, place); }
-  void key(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) { QTest::keyClick(&tree(), key, modifiers); }
+  void key(Qt::Key key) { QTest::keyClick(&tree(), key); }
   bool isOpen(const OutlineItemPointer& item) { return tree().isExpanded(cell(item)); }
 
   FakeRows rows_;
@@ -62,23 +61,6 @@ TEST_F(OutlineTest, ClicksOnCheckBoxesTick) {
   EXPECT_EQ(rows_.changes.size(), 3u) << "a greyed check box was used";
   click(inText(other_));
   EXPECT_EQ(view_.selectedItem(), other_) << "its row can still be selected";
-}
-
-TEST_F(OutlineTest, KeysAloneReachEverything) {
-  key(Qt::Key_Down);
-  view_.selectItem(app_);
-  key(Qt::Key_Space);
-  EXPECT_EQ(rows_.changes.back(), FakeRows::Change("Editor", 1));
-  key(Qt::Key_Right);
-  EXPECT_TRUE(isOpen(app_));
-  key(Qt::Key_Down);
-  EXPECT_EQ(view_.selectedItem(), item_);
-  tree().setCurrentIndex(cell(item_, 1));
-  key(Qt::Key_Space);
-  EXPECT_EQ(rows_.changes.back(), FakeRows::Change("Preferences", 1)) << "the row's box, from any of its cells";
-  key(Qt::Key_Left);
-  key(Qt::Key_Left);
-  EXPECT_FALSE(isOpen(app_));
 }
 
 TEST_F(OutlineTest, TheHeaderCheckBoxOnlySaysThatItWasClicked) {
@@ -140,22 +122,6 @@ TEST_F(OutlineTest, DeleteAndDoubleClickReachTheController) {
   EXPECT_EQ(rows_.doubleClicks, 1) << "below the rows";
 }
 
-TEST_F(OutlineTest, WatchedKeysPerformTheirSelectors) {
-  std::vector<std::string> performed, missing;
-  view_.addWatchKeys("r", "absent:");
-  view_.addWatchKeys("\rr", "restore:");
-  view_.watchDelegate = [&](const std::string& selector) {
-    performed.push_back(selector);
-    return selector == "restore:";
-  };
-  view_.reportMissing = [&](const std::string& selector) { missing.push_back(selector); };
-  key(Qt::Key_Return);
-  EXPECT_EQ(performed, std::vector<std::string>{"restore:"});
-  key(Qt::Key_R, Qt::AltModifier);
-  EXPECT_EQ(missing, std::vector<std::string>{"absent:"}) << "and the next entry is tried";
-  EXPECT_EQ(performed.back(), "restore:");
-}
-
 TEST_F(OutlineTest, TheMenuBelongsToTheRowUnderThePointer) {
   QMenu menu;
   menu.addAction("Something");
@@ -210,57 +176,6 @@ TEST_F(OutlineTest, ReloadingAnItemBringsItsNewChildren) {
   view_.reloadItem(app_, true);
   EXPECT_EQ(tree().model()->rowCount(cell(app_)), 0);
   view_.reloadItem(std::make_shared<FakeRow>("stranger"), true);
-}
-
-TEST_F(OutlineTest, HeadersSort) {
-  view_.showSortIndicators();
-  QHeaderView& header = *tree().header();
-  QTest::mouseClick(header.viewport(), Qt::LeftButton, {}, QPoint(header.sectionPosition(1) + 20, 5));
-  EXPECT_EQ(rows_.clickedColumns, std::vector<std::string>{"size"});
-  view_.setSortIndicator("size", SortIndicator::Descending);
-  EXPECT_TRUE(header.isSortIndicatorShown());
-  EXPECT_EQ(header.sortIndicatorSection(), 1);
-  EXPECT_EQ(header.sortIndicatorOrder(), Qt::DescendingOrder);
-  view_.setSortIndicator("size", SortIndicator::None);
-  EXPECT_FALSE(header.isSortIndicatorShown());
-}
-
-TEST_F(OutlineTest, AnEmptyListSaysWhatToDo) {
-  view_.setEmptyText("Reading…", "Nothing yet.");
-  const auto shownText = [&] {
-    for (const QLabel* label : view_.findChildren<QLabel*>())
-      if (label->isVisible()) return label->text();
-    return QString();
-  };
-  EXPECT_EQ(shownText(), QString());
-  rows_.root.rows = {other_};
-  view_.reloadData();
-  EXPECT_EQ(shownText(), QStringLiteral("Nothing yet.")) << "a group without members is as good as nothing";
-  rows_.root.rows.clear();
-  view_.reloadData();
-  EXPECT_EQ(shownText(), QStringLiteral("Reading…"));
-}
-
-TEST_F(OutlineTest, ColumnWidthsAreRemembered) {
-  tree().header()->resizeSection(1, 177);
-  const QByteArray state = view_.layoutState();
-  QWOutlineView other({{.identifier = "name", .title = "Name"}, {.identifier = "size", .title = "Size"}}, "Rows");
-  other.restoreLayoutState(state);
-  EXPECT_EQ(other.tree().header()->sectionSize(1), 177);
-  other.restoreLayoutState("nonsense");
-  EXPECT_EQ(other.tree().header()->sectionSize(1), 177);
-}
-
-TEST_F(OutlineTest, ThousandsOfRowsOpenAtOnce) {
-  rows_.root.rows.clear();
-  for (int i = 0; i < 2000; ++i) rows_.root.add("Backup " + std::to_string(i))->add("Editor");
-  QElapsedTimer timer;
-  timer.start();
-  view_.reloadData();
-  view_.selectItem(rows_.root.rows.back());
-  QTest::qWait(0);
-  EXPECT_LT(timer.elapsed(), 1000);
-  EXPECT_EQ(view_.selectedItem(), rows_.root.rows.back());
 }
 
 }  // namespace

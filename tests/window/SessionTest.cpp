@@ -1,25 +1,19 @@
 // The whole window over the real engine: what a person clicks is what happens to the files.
 
 #include <QAction>
-#include <QElapsedTimer>
 #include <QHeaderView>
 #include <QPushButton>
 #include <QTimer>
-#include <algorithm>
 #include <atomic>
-#include <limits>
 #include <thread>
 
 #include "backups/ui/CatalogRows.h"
 #include "platform/qt/AlertDialog.h"
 #include "platform/qt/Command.h"
 #include "platform/qt/OutlineTree.h"
-#include "platform/qt/QWHeaderCheckCell.h"
 #include "platform/qt/QWOutlineView.h"
-#include "platform/qt/Spinner.h"
 #include "services/BackgroundThreads.h"
 #include "services/MainThread.h"
-#include "services/QWUserDefaults.h"
 #include "tasks/ui/MainThreadEvents.h"
 #include "tasks/ui/WindowSession.h"
 #include "tests/backups/BackupsTest.h"
@@ -62,53 +56,11 @@ class SessionTest : public BackupsTest {
       if (button->text() == title) QTest::mouseClick(button, Qt::LeftButton);
     return message;
   }
-  std::shared_ptr<QWApp> app(const std::string& name) {
-    for (const auto& each : controller().appArray())
-      if (each->name() == name) return each;
-    return nullptr;
-  }
-  static void tick(QWOutlineView& outline, const OutlineItemPointer& item) {
-    outline.selectItem(item);
-    QTest::keyClick(&outline.tree(), Qt::Key_Space);
-  }
 
   const MainThreadEvents events_{runtime_.shared<MainThread>()};
   const EnvironmentChange state_{"XDG_STATE_HOME", home_ / "state"};
   std::unique_ptr<WindowSession> session_;
 };
-
-TEST_F(SessionTest, OpensWithTheCatalogAndMakesAFirstBackup) {
-  MainWindow& window = open();
-  EXPECT_EQ(window.shownPane(), Pane::Trash);
-  EXPECT_EQ(window.trashPane().outline().tree().model()->rowCount(), static_cast<int>(controller().appArray().size()));
-  EXPECT_TRUE(exists(inLibrary("anna.vnt/Settings.plist")));
-  choose(window, "Restore");
-  EXPECT_EQ(window.shownPane(), Pane::Restore);
-  EXPECT_THAT(logged(), testing::Contains("Switched to Restore pane"));
-}
-
-TEST_F(SessionTest, PutsAutomaticBackupsOnTheScheduleWhereWanted) {
-  open();
-  EXPECT_THAT(fakes_.jobs.loaded, IsEmpty());
-  close();
-  QWUserDefaults::standardUserDefaults().setObject("periodicAutosave", PropertyList(1));
-  open();
-  EXPECT_EQ(fakes_.jobs.loaded.size(), 1U);
-}
-
-TEST_F(SessionTest, TrashesWhatIsTicked) {
-  MainWindow& window = open();
-  QWOutlineView& outline = window.trashPane().outline();
-  outline.headerCheck().onClick();
-  ASSERT_FALSE(window.trashPane().trashCommand().isEnabled()) << "nothing is ticked";
-  tick(outline, app("Motion"));
-  ASSERT_TRUE(window.trashPane().trashCommand().isEnabled());
-  window.trashPane().trashCommand().trigger();
-  EXPECT_EQ(answer("OK"), QStringLiteral("Preferences successfully trashed"));
-  EXPECT_FALSE(exists(prefs("com.apple.motion.plist")));
-  EXPECT_TRUE(exists(prefs("com.apple.FinalCutPro.plist")));
-  EXPECT_EQ(visibleWindow<ProgressDialog>(), nullptr);
-}
 
 TEST_F(SessionTest, BacksUpAndRestores) {
   MainWindow& window = open();
@@ -167,36 +119,6 @@ TEST_F(SessionTest, AsksBeforeItClosesDuringATask) {
   EXPECT_TRUE(window.close());
   QTimer::singleShot(50, [&go] { go = true; });
   QTest::qWait(100);
-}
-
-// The longest time, in milliseconds, between two ticks of a timer of 10, while a backup is made.
-qint64 longestPauseDuringBackup(MainWindow& window, const std::string& name) {
-  QElapsedTimer sinceTick;
-  qint64 longest = 0;
-  QTimer timer;
-  timer.setTimerType(Qt::PreciseTimer);
-  QObject::connect(&timer, &QTimer::timeout, [&] { longest = std::max(longest, sinceTick.restart()); });
-  window.backupPane().backupCommand().trigger();
-  visibleWindow<BackupDialog>()->setName(name);
-  sinceTick.start();
-  timer.start(10);
-  QTest::keyClick(visibleWindow<BackupDialog>(), Qt::Key_Return);
-  EXPECT_TRUE(eventually([&] { return window.shownPane() == Pane::Restore; }));
-  return longest;
-}
-
-TEST_F(SessionTest, StaysResponsiveDuringALargeBackup) {
-  for (int i = 0; i < 3000; ++i)
-    writeFile(prefs("Final Cut Pro User Data/Button Bars/" + std::to_string(i) + ".fcbtn"), "bar");
-  MainWindow& window = open();
-  // Something else that the machine does may hold up one of them.
-  qint64 best = std::numeric_limits<qint64>::max();
-  for (const char* name : {"First", "Second", "Third"}) {
-    choose(window, "Backup");
-    best = std::min(best, longestPauseDuringBackup(window, name));
-    if (best <= 110) break;
-  }
-  EXPECT_LE(best, 110);
 }
 
 }  // namespace
