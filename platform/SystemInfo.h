@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,6 +19,8 @@ class SystemInfo {
   // The whole argument list, the program first.
   virtual const std::vector<std::string>& arguments() const = 0;
   virtual std::string workingDirectory() const = 0;
+  // The path of a file or folder that travels with the program; none when it is missing.
+  virtual std::optional<std::string> resource(const std::string& name) const = 0;
   // A string that no other call, process or machine is given.
   virtual std::string uniqueString() const = 0;
 };

@@ -62,6 +62,15 @@ std::string LinuxSystemInfo::workingDirectory() const {
   return std::filesystem::current_path(failure).native();
 }
 
+std::optional<std::string> LinuxSystemInfo::resource(const std::string& name) const {
+  namespace fs = std::filesystem;
+  for (const fs::path& folder : {fs::path(executablePath()).parent_path() / "resources", fs::path(VANTORY_DATA)}) {
+    std::error_code failure;
+    if (fs::exists(folder / name, failure)) return (folder / name).native();
+  }
+  return std::nullopt;
+}
+
 std::string LinuxSystemInfo::uniqueString() const {
   std::array<unsigned char, 16> bytes{};
   uninterrupted([&] { return getrandom(bytes.data(), bytes.size(), 0); });

@@ -20,6 +20,8 @@ class LinuxSystemInfo : public SystemInfo {
   const std::vector<std::string>& arguments() const override { return arguments_; }
   // Empty when that folder is gone.
   std::string workingDirectory() const override;
+  // From "resources" beside the program, or from where the installation keeps them.
+  std::optional<std::string> resource(const std::string& name) const override;
   // A random UUID in capitals.
   std::string uniqueString() const override;
 

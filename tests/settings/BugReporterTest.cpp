@@ -3,6 +3,7 @@
 #include "platform/linux/LinuxFileMetadata.h"
 #include "platform/linux/LinuxFileSystem.h"
 #include "services/MainThread.h"
+#include "services/QWAlert.h"
 #include "services/Runtime.h"
 #include "settings/QWBugReporter.h"
 #include "tests/support/FakePlatform.h"
@@ -21,6 +22,16 @@ class BugReporterTest : public ::testing::Test {
 
   void start() { QWBugReporter::startBugReporter("Vantory", record_); }
   auto crash() const { return QWBugReporter::checkForCrashes("Vantory", record_); }
+  // What a delegate is told at the next start.
+  std::vector<std::string> toldAtStart() {
+    struct : BugReporterDelegate {
+      void applicationDidCrashWithLog(const std::string& log) override { told.push_back(log); }
+      std::vector<std::string> told;
+    } delegate;
+    QWBugReporter::startBugReporter("Vantory", record_, &delegate);
+    MainThread::shared().runPending();
+    return delegate.told;
+  }
   std::string report(const std::string& relative) const {
     const std::string path = home_ / ("Library/Logs/" + relative);
     writeFile(path, "");
@@ -47,6 +58,44 @@ TEST_F(BugReporterTest, ACrashIsAReportNewerThanAStartWithoutAnEnd) {
   fake_.clock.set({4'000'000'000, 0});  // the report is older than this start
   start();
   EXPECT_EQ(crash(), std::nullopt);
+}
+
+TEST_F(BugReporterTest, TheDelegateHearsOfACrashOnceAlsoWhenATaskWasStartedFirst) {
+  using Told = std::vector<std::string>;
+  start();
+  fake_.crashReports.report = report("core.vantory-window.1000.1.2.3.zst");  // one that the system keeps
+  const Told both = {*fake_.crashReports.report};
+  EXPECT_EQ(toldAtStart(), both);
+  start();  // finds it, and has nobody to tell
+  fake_.crashReports.report.reset();
+  start();
+  EXPECT_EQ(toldAtStart(), both);
+  EXPECT_EQ(toldAtStart(), Told());
+}
+
+TEST_F(BugReporterTest, TheNoticeIsLeftToTheBugReporterAndCanBeSwitchedOff) {
+  std::vector<std::string> notices;
+  QWAlert::sharedController().ask = [&](const AlertTexts& texts) {
+    notices.push_back(texts.informativeText);
+    return QWAlert::Default;
+  };
+  start();
+  const std::string path = report("CrashReporter/Vantory_1.crash");
+  QWBugReporter::showCrashNotice(path);
+  ASSERT_EQ(notices.size(), 1u);
+  EXPECT_NE(notices.front().find(path), std::string::npos);
+
+  fake_.workspace.paths["com.quarrywell.BugReporter"] = "/BugReporter.app";
+  EXPECT_EQ(crash(), path);
+  EXPECT_EQ(fake_.workspace.opened.size(), 1u);
+  QWBugReporter::showCrashNotice(path);
+  fake_.workspace.paths.clear();
+  writeFile(home_ / "Library/Preferences/com.quarrywell.global.plist", "{\"disable-crash-reporter\" = 1;}");
+  EXPECT_EQ(crash(), path);
+  QWBugReporter::showCrashNotice(path);
+  EXPECT_EQ(notices.size(), 1u);
+  EXPECT_EQ(fake_.workspace.opened.size(), 1u);
+  EXPECT_EQ(fake_.systemLog.messages(), std::vector<std::string>{"Crash reporter disabled"});
 }
 
 }  // namespace

@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "platform/Clock.h"
+#include "platform/CrashReports.h"
 #include "platform/DefaultHandlers.h"
 #include "platform/Documents.h"
 #include "platform/FileMetadata.h"
@@ -91,10 +92,15 @@ class FakeSystemInfo : public SystemInfo {
   std::string executablePath() const override { return "/opt/vantory/vantory"; }
   const std::vector<std::string>& arguments() const override { return argumentList; }
   std::string workingDirectory() const override { return directory; }
+  std::optional<std::string> resource(const std::string& name) const override {
+    const auto known = resources.find(name);
+    return known == resources.end() ? std::nullopt : std::optional(known->second);
+  }
   std::string uniqueString() const override { return "unique-" + std::to_string(++count_); }
 
   std::vector<std::string> argumentList = {"vantory"};
   std::string directory = "/";
+  std::map<std::string, std::string> resources;  // paths by name
 
  private:
   mutable std::atomic<int> count_ = 0;
@@ -215,6 +221,13 @@ class FakeJobControl : public JobControl {
   std::function<Status(const std::string& call)> onCall = [](const std::string&) { return Status(); };
 };
 
+class FakeCrashReports : public CrashReports {
+ public:
+  std::optional<std::string> newestSince(Timestamp) const override { return report; }
+
+  std::optional<std::string> report;
+};
+
 // All of them. The file system is the test's choice; the ordinary user "anna", who is also at the console, lives in
 // `home`, the machine-wide folders lie below `root`.
 class FakePlatform {
@@ -235,6 +248,7 @@ class FakePlatform {
   FakeNotifications notifications;
   FakeJobControl jobs;
   LinuxSystemTools tools;
+  FakeCrashReports crashReports;
   Platform platform;
 };
 
