@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -16,11 +15,11 @@ class SystemInfo {
   virtual int processorCount() const = 0;
   virtual std::uint64_t memoryBytes() const = 0;
   virtual std::string executablePath() const = 0;
+  // Where a file that is installed with the program lies; it may be missing.
+  virtual std::string resourcePath(const std::string& name) const = 0;
   // The whole argument list, the program first.
   virtual const std::vector<std::string>& arguments() const = 0;
   virtual std::string workingDirectory() const = 0;
-  // The path of a file or folder that travels with the program; none when it is missing.
-  virtual std::optional<std::string> resource(const std::string& name) const = 0;
   // A string that no other call, process or machine is given.
   virtual std::string uniqueString() const = 0;
 };

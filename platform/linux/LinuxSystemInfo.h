@@ -17,11 +17,11 @@ class LinuxSystemInfo : public SystemInfo {
   std::uint64_t memoryBytes() const override;
   // Empty when the kernel does not tell.
   std::string executablePath() const override;
+  // Beside the program, where it was built, else where the installation keeps such files.
+  std::string resourcePath(const std::string& name) const override;
   const std::vector<std::string>& arguments() const override { return arguments_; }
   // Empty when that folder is gone.
   std::string workingDirectory() const override;
-  // From "resources" beside the program, or from where the installation keeps them.
-  std::optional<std::string> resource(const std::string& name) const override;
   // A random UUID in capitals.
   std::string uniqueString() const override;
 

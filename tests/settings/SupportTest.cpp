@@ -127,8 +127,8 @@ TEST_F(SupportTest, TheNewerUpdateApplicationIsOpened) {
   EXPECT_EQ(QWSoftwareUpdate::updaterPath(), installed);
   QWSoftwareUpdate::launchSoftwareUpdate();
   EXPECT_THAT(logged(), Contains("Unable to launch Software Update - path doesn't exist"));
-  install(machine_ / "inner.app", "10");
-  fake_.system.resources[name] = machine_ / "inner.app";
+  fake_.system.resources = machine_ / "resources";
+  install(fake_.system.resources + "/" + name, "10");
   install(installed, "9");
   QWSoftwareUpdate().manualUpdateCheck();
   EXPECT_EQ(QWSoftwareUpdate::updaterPath(), home_ / ("Library/Caches/com.quarrywell.Vantory/" + name));
