@@ -173,10 +173,10 @@ void QWBugReporter::showCrashNotice(const std::string& log) {
   if (isSwitchedOff() || hasBugReporter()) return;
   QWAlert::alertSheetWithMessageText(
       "Vantory ended unexpectedly the last time",
-      formatted("Your preferences and backups are as the last finished step left them. A report lies at\n%@\n\nTo get "
-                "help, choose Gather Logs in the Help menu and send the archive that it puts on your desktop to "
-                "Quarrywell, with a word on what you were doing.",
-                log));
+      formatted(
+          "No finished work is lost. To get help, choose Gather Logs in the Help menu and send the archive that it "
+          "puts on your desktop to Quarrywell, with a word on what you were doing. The report of the crash is %@.",
+          log));
 }
 
 }  // namespace vantory

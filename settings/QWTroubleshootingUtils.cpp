@@ -45,7 +45,7 @@ std::string reasonForFailure(const std::string& desktop) {
 bool tellFailure(const std::string& reason) {
   QWLog::appendLog("Logs could not be gathered. %@", reason);
   QWAlert::alertSheetWithMessageText("Logs could not be gathered",
-                                     formatted("Please check your file permissions.\n%@", reason));
+                                     formatted("Please check your file permissions. %@", reason));
   return false;
 }
 
@@ -58,7 +58,7 @@ bool tellNothingFound(bool silent) {
 bool tellSuccess(const std::string& archive, int leftOut, bool silent) {
   QWLog::appendLog("Gathered the logs in %@", archive);
   std::string text = "The gathered logs were placed on your desktop.";
-  if (leftOut > 0) text += formatted("\n%i of the files could not be read; the log names them.", leftOut);
+  if (leftOut > 0) text += formatted(" %i of the files could not be read; the log names them.", leftOut);
   if (!silent) QWAlert::alertSheetWithMessageText("Logs gathered successfully", text);
   return true;
 }

@@ -65,7 +65,7 @@ TEST_F(SupportTest, GathersWhatSupportNeedsAndNothingElse) {
   writeFile(desktop_ + "/Vantory Logs.zip", "an older one");
 
   EXPECT_TRUE(QWTroubleshootingUtils::gatherLogsForAppsWithNames({"Vantory"}, false, {home_ / "extra file"}));
-  EXPECT_THAT(alerts_, ElementsAre("Logs gathered successfully: The gathered logs were placed on your desktop.\n"
+  EXPECT_THAT(alerts_, ElementsAre("Logs gathered successfully: The gathered logs were placed on your desktop. "
                                    "3 of the files could not be read; the log names them."));
   for (const char* name : {"dangling", "pipe", "huge"})
     EXPECT_THAT(logged(), Contains(HasSubstr("Unable to copy log: " + logs_ + "/Vantory." + name)));
@@ -87,7 +87,7 @@ TEST_F(SupportTest, AFailedGatheringSaysWhyAndLeavesNothing) {
   std::filesystem::remove(desktop_);
   EXPECT_FALSE(gather());
   EXPECT_THAT(alerts_,
-              ElementsAre("Logs could not be gathered: Please check your file permissions.\nThere is no folder " +
+              ElementsAre("Logs could not be gathered: Please check your file permissions. There is no folder " +
                           desktop_ + "."));
   makeFolders(desktop_);
   files_.heal();
