@@ -2,8 +2,11 @@
 
 #include <iostream>
 
+#include "platform/linux/CrashReportWriter.h"
 #include "platform/linux/LinuxPlatform.h"
 #include "services/MainThread.h"
+#include "services/Paths.h"
+#include "services/QWLocalPaths.h"
 #include "services/Runtime.h"
 #include "tasks/ui/WindowProgram.h"
 
@@ -11,5 +14,7 @@ int main(int argumentCount, char** arguments) {
   vantory::LinuxPlatform platform({arguments, arguments + argumentCount}, "vantory");
   vantory::Runtime runtime(platform.platform());
   runtime.shared<vantory::MainThread>();
+  if (const auto logs = vantory::QWLocalPaths::logDirectory(true))
+    vantory::writeCrashReports(vantory::paths::join(*logs, "CrashReporter"), "Vantory");
   return vantory::runWindow(argumentCount, arguments, std::cerr);
 }
