@@ -8,7 +8,6 @@
 #include "platform/SystemInfo.h"
 #include "platform/Workspace.h"
 #include "services/BackgroundThreads.h"
-#include "services/Paths.h"
 #include "services/QWAlert.h"
 #include "services/QWLog.h"
 #include "services/Runtime.h"
@@ -28,11 +27,11 @@ Platform& platform() {
   return Runtime::current().platform();
 }
 
-// A file that comes with the program: beside it where it was built, else where it was installed.
-std::optional<std::string> resource(const std::string& name) {
-  for (const std::string& folder : {paths::parent(platform().system.executablePath()), std::string(VANTORY_DATA)})
-    if (std::string path = paths::join(folder, name); platform().files.info(path, Links::Follow)) return path;
-  return std::nullopt;
+// A file that comes with the program; none when it is missing.
+std::optional<std::string> resource(const char* name) {
+  std::string path = platform().system.resourcePath(name);
+  if (!platform().files.info(path, Links::Follow)) return std::nullopt;
+  return path;
 }
 
 // A browser may take a while to start.

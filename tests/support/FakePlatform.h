@@ -89,12 +89,14 @@ class FakeSystemInfo : public SystemInfo {
   int processorCount() const override { return 4; }
   std::uint64_t memoryBytes() const override { return std::uint64_t{16} << 30; }
   std::string executablePath() const override { return "/opt/vantory/vantory"; }
+  std::string resourcePath(const std::string& name) const override { return resources + "/" + name; }
   const std::vector<std::string>& arguments() const override { return argumentList; }
   std::string workingDirectory() const override { return directory; }
   std::string uniqueString() const override { return "unique-" + std::to_string(++count_); }
 
   std::vector<std::string> argumentList = {"vantory"};
   std::string directory = "/";
+  std::string resources = "/opt/vantory/resources";
 
  private:
   mutable std::atomic<int> count_ = 0;

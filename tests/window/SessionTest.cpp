@@ -42,7 +42,7 @@ class SessionTest : public BackupsTest {
   MainWindow& open() {
     controller().setBackupArray({});
     session_ = std::make_unique<WindowSession>(home_.path());
-    session_->open();
+    EXPECT_TRUE(session_->open());
     EXPECT_TRUE(eventually([this] { return !controller().backupArray().empty(); }));
     EXPECT_TRUE(eventually([] { return !BackgroundThreads::shared().isWorking(); }));
     return session_->window();
@@ -88,12 +88,13 @@ TEST_F(SessionTest, OpensWithTheCatalogAndMakesAFirstBackup) {
 }
 
 TEST_F(SessionTest, PutsAutomaticBackupsOnTheScheduleWhereWanted) {
+  QWUserDefaults::standardUserDefaults().setObject("periodicAutosave", PropertyList(0));
   open();
   EXPECT_THAT(fakes_.jobs.loaded, IsEmpty());
   close();
-  QWUserDefaults::standardUserDefaults().setObject("periodicAutosave", PropertyList(1));
+  QWUserDefaults::standardUserDefaults().removeObjectForKey("periodicAutosave");
   open();
-  EXPECT_EQ(fakes_.jobs.loaded.size(), 1U);
+  EXPECT_EQ(fakes_.jobs.loaded.size(), 1U) << "they are on unless switched off";
 }
 
 TEST_F(SessionTest, TrashesWhatIsTicked) {
