@@ -17,6 +17,7 @@
 #include "platform/SystemInfo.h"
 #include "platform/Users.h"
 #include "platform/qt/SystemColours.h"
+#include "platform/qt/TerminationSignals.h"
 #include "services/MainThread.h"
 #include "services/QWException.h"
 #include "services/QWLocalPaths.h"
@@ -120,6 +121,7 @@ int showWindow(const std::string& home, const std::vector<std::string>& files, S
     QObject::connect(qApp, &QGuiApplication::lastWindowClosed, &session.window(), [&session] {
       if (session.quitsWithLastWindow()) QCoreApplication::exit();
     });
+    const TerminationSignals termination([] { QCoreApplication::exit(); });
     if (session.open(files)) exitCode = QApplication::exec();
   }
   QWLog::finishWriting();

@@ -105,6 +105,6 @@ code=$?
 check "... and the window ends in order" eval 'ended 0 && logged "App selections saved"'
 for i in 1 2 3 4; do "$program" 2>/dev/null & done
 check "of four starts at once one window opens" eval 'wait_for shown; sleep 1; [ "$(copies)" = 1 ]'
-press ctrl+q
-wait_for not pgrep -u "$(id -u)" -x vantory-window
+pkill -TERM -u "$(id -u)" -x vantory-window
+check "the end of the session ends the window in order" eval 'wait_for not pgrep -u "$(id -u)" -x vantory-window && logged "App selections saved"'
 summary
