@@ -45,7 +45,7 @@ void wait(std::chrono::seconds duration) {
 
 std::shared_ptr<QWBackup> backupLinkedTo(const std::string& project) {
   for (const auto& node : QWDataController::sharedController().backupArray()) {
-    const auto backup = std::dynamic_pointer_cast<QWBackup>(node);
+    auto backup = std::dynamic_pointer_cast<QWBackup>(node);
     if (backup && std::ranges::count(backup->projects(), project) > 0) return backup;
   }
   return nullptr;
