@@ -2,8 +2,10 @@
 
 #include <iostream>
 
+#include "platform/Users.h"
 #include "platform/linux/CrashReportWriter.h"
 #include "platform/linux/LinuxPlatform.h"
+#include "platform/linux/LinuxSingleInstance.h"
 #include "services/MainThread.h"
 #include "services/Paths.h"
 #include "services/QWLocalPaths.h"
@@ -16,5 +18,7 @@ int main(int argumentCount, char** arguments) {
   runtime.shared<vantory::MainThread>();
   if (const auto logs = vantory::QWLocalPaths::logDirectory(true))
     vantory::writeCrashReports(vantory::paths::join(*logs, "CrashReporter"), "Vantory");
-  return vantory::runWindow(argumentCount, arguments, std::cerr);
+  const auto user = platform.platform().users.processUser();
+  vantory::LinuxSingleInstance instance(user ? user->home : "", vantory::displayOfSession());
+  return vantory::runWindow(argumentCount, arguments, instance, std::cerr);
 }
