@@ -3,6 +3,7 @@
 
 namespace vantory {
 
+class Announcements;
 class Clock;
 class DefaultHandlers;
 class DesktopNotifications;
@@ -38,6 +39,7 @@ struct Platform {
   DefaultHandlers& defaultHandlers;
   TaskClient& taskClient;
   DesktopNotifications& notifications;
+  Announcements& announcements;
   JobControl& jobs;
   SystemTools& tools;
 };

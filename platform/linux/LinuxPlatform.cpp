@@ -69,6 +69,7 @@ struct LinuxPlatform::Parts {
   LinuxDefaultHandlers defaultHandlers{users};
   LinuxTaskClient taskClient{desktop, users};
   LinuxDesktopNotifications notifications{desktop, users};
+  LinuxAnnouncements announcements{desktop, users};
   LinuxJobControl jobs{users, files, metadata, UserManager(users)};
   LinuxSystemTools tools;
 };
@@ -81,9 +82,10 @@ LinuxPlatform::LinuxPlatform(std::vector<std::string> arguments, std::string sta
   signal(SIGPIPE, SIG_IGN);
   parts_ = std::make_unique<Parts>(std::move(arguments), std::move(startedProgram));
   Parts& p = *parts_;
-  platform_ = std::make_unique<Platform>(Platform{
-      p.clock, p.users, p.folders, p.files, p.metadata, p.machineFiles, p.processes, *p.privileged, p.systemLog,
-      p.system, p.workspace, p.documents, p.defaultHandlers, p.taskClient, p.notifications, p.jobs, p.tools});
+  platform_ = std::make_unique<Platform>(Platform{p.clock, p.users, p.folders, p.files, p.metadata, p.machineFiles,
+                                                  p.processes, *p.privileged, p.systemLog, p.system, p.workspace,
+                                                  p.documents, p.defaultHandlers, p.taskClient, p.notifications,
+                                                  p.announcements, p.jobs, p.tools});
 }
 
 LinuxPlatform::~LinuxPlatform() = default;

@@ -132,6 +132,12 @@ void MainWindow::removeLinkItem() {
 
 void MainWindow::makeMenus() {
   QMenu& file = *menuBar()->addMenu(QStringLiteral("&File"));
+  preferences_ = file.addAction(QStringLiteral("&Preferences…"), QKeySequence(QStringLiteral("Ctrl+,")));
+  preferences_->setMenuRole(QAction::PreferencesRole);
+  connect(preferences_, &QAction::triggered, this, [this] {
+    if (actions_.showPreferences) actions_.showPreferences();
+  });
+  file.addSeparator();
   QAction* quit = file.addAction(QStringLiteral("&Quit"), QKeySequence(QKeySequence::Quit));
   quit->setMenuRole(QAction::QuitRole);
   connect(quit, &QAction::triggered, this, [this] { close(); });

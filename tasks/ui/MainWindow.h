@@ -1,6 +1,7 @@
 // The main window: a toolbar, one of four panes below it, and the menus.
 #pragma once
 
+#include <QAction>
 #include <QMainWindow>
 #include <array>
 #include <functional>
@@ -36,6 +37,7 @@ class MainWindow : public QMainWindow, public MainWindowView {
     std::function<void(Pane)> choosePane;
     std::function<void()> openLink;
     std::function<void(const std::string& column)> sort;
+    std::function<void()> showPreferences;
   };
   void setActions(Actions actions) { actions_ = std::move(actions); }
   // Called once the window has been painted for the first time.
@@ -43,6 +45,8 @@ class MainWindow : public QMainWindow, public MainWindowView {
   // Asked when the window is to close.
   std::function<bool()> mayClose;
 
+  // Whether the settings can be asked for.
+  void setPreferencesEnabled(bool enabled) { preferences_->setEnabled(enabled); }
   // A sentence above the panes; empty for none.
   void showNotice(const std::string& text);
 
@@ -77,6 +81,7 @@ class MainWindow : public QMainWindow, public MainWindowView {
   QStackedWidget* const stack_;
   QActionGroup* const paneItems_;
   QAction* linkItem_ = nullptr;
+  QAction* preferences_ = nullptr;
   QAction* tickAll_ = nullptr;
   QAction* sortMenu_ = nullptr;
   QMenu* taskMenu_ = nullptr;

@@ -37,6 +37,7 @@ WindowSession::WindowSession(const std::string& home)
       dialog_(&window_),
       progress_(&window_),
       chooser_(&dialog_),
+      settings_(&window_, nullptr),
       alerts_([this](AlertParent parent) { return windowOf(parent); }),
       lock_(window_.lockPane().outline()),
       app_({window_, window_.trashPane().spinner(), progress_, lock_}),
@@ -66,7 +67,8 @@ WindowSession::~WindowSession() {
 void WindowSession::connectWindow() {
   window_.setActions({.choosePane = [this](Pane pane) { choosePane(pane); },
                       .openLink = [] { QDesktopServices::openUrl(QUrl(QString::fromLatin1(kMoreTools))); },
-                      .sort = [this](const std::string& column) { restore_.didClickTableColumn(column); }});
+                      .sort = [this](const std::string& column) { restore_.didClickTableColumn(column); },
+                      .showPreferences = [this] { settings_.show(); }});
   window_.mayClose = [this] { return mayClose(); };
 }
 
@@ -158,6 +160,7 @@ void WindowSession::showSelection() {
 
 QWidget* WindowSession::windowOf(AlertParent parent) {
   if (parent == AlertParent::BackupDialog && dialog_.isVisible()) return &dialog_;
+  if (parent == AlertParent::SettingsWindow && settings_.window()) return settings_.window();
   return &window_;
 }
 

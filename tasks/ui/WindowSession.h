@@ -7,6 +7,7 @@
 #include "backups/ui/QWRestoreOutlineController.h"
 #include "platform/qt/ProgressDialog.h"
 #include "platform/qt/QtFileChooser.h"
+#include "settings/ui/SettingsSession.h"
 #include "tasks/ui/AlertSheets.h"
 #include "tasks/ui/AppWindowController.h"
 #include "tasks/ui/MainWindow.h"
@@ -45,6 +46,7 @@ class WindowSession {
   BackupDialog dialog_;
   ProgressDialog progress_;
   QtFileChooser chooser_;
+  SettingsSession settings_;
   AlertSheets alerts_;
   QWLockOutlineController lock_;
   AppWindowController app_;

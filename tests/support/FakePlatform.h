@@ -89,12 +89,14 @@ class FakeSystemInfo : public SystemInfo {
   int processorCount() const override { return 4; }
   std::uint64_t memoryBytes() const override { return std::uint64_t{16} << 30; }
   std::string executablePath() const override { return "/opt/vantory/vantory"; }
+  std::string resourcePath(const std::string& name) const override { return resources + "/" + name; }
   const std::vector<std::string>& arguments() const override { return argumentList; }
   std::string workingDirectory() const override { return directory; }
   std::string uniqueString() const override { return "unique-" + std::to_string(++count_); }
 
   std::vector<std::string> argumentList = {"vantory"};
   std::string directory = "/";
+  std::string resources = "/opt/vantory/resources";
 
  private:
   mutable std::atomic<int> count_ = 0;
@@ -201,6 +203,13 @@ class FakeNotifications : public DesktopNotifications {
   Status answer;
 };
 
+class FakeAnnouncements : public Announcements {
+ public:
+  Status announce(const std::string& name) override { return announced.push_back(name), Status(); }
+
+  std::vector<std::string> announced;
+};
+
 // Records each call ("load", "unload", "remove") by way of `onCall`; nothing is scheduled.
 class FakeJobControl : public JobControl {
  public:
@@ -233,6 +242,7 @@ class FakePlatform {
   FakeDefaultHandlers defaultHandlers;
   FakeTaskClient taskClient;
   FakeNotifications notifications;
+  FakeAnnouncements announcements;
   FakeJobControl jobs;
   LinuxSystemTools tools;
   Platform platform;
