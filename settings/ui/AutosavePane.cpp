@@ -21,8 +21,8 @@ AutosavePane::AutosavePane(BoundControls& controls) {
   auto* most = new QSpinBox(this);
   most->setRange(0, 9999);
   addNumber(QStringLiteral("&Keep the newest"), most, QStringLiteral("automatic backups"),
-            QStringLiteral("Older ones are deleted for good when this window's tasks make another. Backups that you "
-                           "named yourself are always kept."));
+            QStringLiteral("Older ones are deleted for good when Vantory makes another before it trashes or restores. "
+                           "Backups that you named yourself always stay."));
   controls.bind("maxAutoBackups", *most);
 }
 

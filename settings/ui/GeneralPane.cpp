@@ -26,7 +26,7 @@ GeneralPane::GeneralPane(BoundControls& controls) : path_(new QLineEdit(this)), 
   auto* restore = new QCheckBox(QStringLiteral("&Restore the default backup after trashing"), this);
   add(restore, QStringLiteral("Also for the task \"-trash\" of the command line."));
   controls.bind("autoRestoreDefault", *restore);
-  auto* administrator = new QCheckBox(QStringLiteral("&Ask for an administrator's password at start"), this);
+  auto* administrator = new QCheckBox(QStringLiteral("As&k for an administrator's password at start"), this);
   add(administrator, QStringLiteral("For everybody who uses this machine."));
   controls.bind("requireAdminPassword", *administrator);
 }
@@ -57,7 +57,9 @@ void GeneralPane::takePath() {
 }
 
 void GeneralPane::setBackupPath(const std::string& path) {
-  if (!path_->isModified()) path_->setText(displayText(path));
+  if (path_->isModified()) return;
+  path_->setText(displayText(path));
+  path_->setToolTip(path_->text());
 }
 
 void GeneralPane::setBackupRemark(const std::string& text) {

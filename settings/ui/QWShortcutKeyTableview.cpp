@@ -106,7 +106,7 @@ QWShortcutKeyTableview::QWShortcutKeyTableview(QWShortcutKeyTableDelegate& deleg
   header()->setSectionResizeMode(kShortcutColumn, QHeaderView::Fixed);
   header()->setSectionsMovable(false);
   header()->resizeSection(kShortcutColumn,
-                          fontMetrics().horizontalAdvance(QStringLiteral("Ctrl+Shift+Alt+Cmd+Page Down")) + 24);
+                          fontMetrics().horizontalAdvance(QStringLiteral("Ctrl+Shift+Alt+Cmd+F12")) + 24);
   connect(selectionModel(), &QItemSelectionModel::selectionChanged, this, [this] {
     if (onSelectionChange) onSelectionChange();
   });

@@ -27,7 +27,7 @@ namespace vantory {
 
 namespace {
 
-constexpr QSize kFirstSize(560, 440);
+constexpr QSize kFirstSize(600, 420);
 constexpr int kToolbarIconSize = 28;
 constexpr int kMillisecondsWithoutSheet = 300;  // for what is done before anybody wonders
 constexpr const char* kTitles[] = {"&General", "&Autosave", "&Project Handling", "&Hotkeys"};
@@ -89,6 +89,9 @@ void SettingsWindow::showPane(PreferencePane pane) {
 }
 
 void SettingsWindow::bringToFront() {
+  // Where no window manager places it.
+  if (!testAttribute(Qt::WA_WState_Created) && parentWidget())
+    move(parentWidget()->geometry().center() - rect().center());
   show();
   raise();
   activateWindow();

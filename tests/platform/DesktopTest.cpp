@@ -137,6 +137,14 @@ TEST_F(DesktopTest, ADesktopWithoutNotificationsIsToldAtOnceAndASilentOneInTime)
   EXPECT_EQ(started_, 1) << "the helper program does not suffer from a silent server";
 }
 
+TEST_F(DesktopTest, AnAnnouncementReachesWhoeverListens) {
+  HelperProcess listener = bus_->start("announcement_listener.py");
+  LinuxAnnouncements announcements(helper_, users_);
+  ASSERT_TRUE(announcements.announce("QWShortcutKeysReload"));
+  EXPECT_THAT(heardBy(listener), ElementsAre("QWShortcutKeysReload"));
+  EXPECT_EQ(announcements.announce("no name").error().code, std::errc::invalid_argument);
+}
+
 TEST_F(DesktopTest, ATaskClientGetsEveryMessageItUnderstands) {
   HelperProcess client =
       bus_->start("task_client.py", {kFirst, "answers", "postErrorStringuserInfo", "postErrorforApp",
