@@ -128,7 +128,10 @@ void SettingsWindow::doBehindSheet(const std::string& label, const std::function
     });
   });
   if (!begun) return work();
-  QTimer::singleShot(kMillisecondsWithoutSheet, &loop, &QEventLoop::quit);
+  QTimer patience;
+  patience.setSingleShot(true);
+  connect(&patience, &QTimer::timeout, &loop, &QEventLoop::quit);
+  patience.start(kMillisecondsWithoutSheet);
   loop.exec(QEventLoop::ExcludeUserInputEvents);
   if (done) return;
   ProgressDialog sheet(this);
