@@ -70,6 +70,7 @@ struct LinuxPlatform::Parts {
   LinuxDefaultHandlers defaultHandlers{users};
   LinuxTaskClient taskClient{desktop, users};
   LinuxDesktopNotifications notifications{desktop, users};
+  LinuxAnnouncements announcements{desktop, users};
   LinuxJobControl jobs{users, files, metadata, UserManager(users)};
   LinuxSystemTools tools;
   LinuxCrashReports crashReports{files, users};
@@ -85,8 +86,8 @@ LinuxPlatform::LinuxPlatform(std::vector<std::string> arguments, std::string sta
   Parts& p = *parts_;
   platform_ = std::make_unique<Platform>(Platform{p.clock, p.users, p.folders, p.files, p.metadata, p.machineFiles,
                                                   p.processes, *p.privileged, p.systemLog, p.system, p.workspace,
-                                                  p.documents, p.defaultHandlers, p.taskClient, p.notifications, p.jobs,
-                                                  p.tools, p.crashReports});
+                                                  p.documents, p.defaultHandlers, p.taskClient, p.notifications,
+                                                  p.announcements, p.jobs, p.tools, p.crashReports});
 }
 
 LinuxPlatform::~LinuxPlatform() = default;

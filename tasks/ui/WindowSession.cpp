@@ -48,7 +48,8 @@ WindowSession::WindowSession(const std::string& home)
       edit_({dialog_, chooser_, backup_, restore_, &ProjectHandlers::checkVantoryDefaultForFileExtensions,
              &ProjectHandlers::setVantoryDefaultFileExtensions}),
       delegate_({window_, app_, importChooser_, *window_.menus().preferences, [] { QCoreApplication::exit(); },
-                 Vantory_AppDelegate::Tools()}) {
+                 [this] { settings_.show(); }}),
+      settings_(&window_, &delegate_) {
   restore_.setEditController(edit_);
   QWAlert::sharedController().ask = [this](const AlertTexts& texts) { return alerts_.ask(texts); };
   connectWindow();
@@ -219,6 +220,7 @@ void WindowSession::showSelection() {
 
 QWidget* WindowSession::windowOf(AlertParent parent) {
   if (parent == AlertParent::BackupDialog && dialog_.isVisible()) return &dialog_;
+  if (parent == AlertParent::SettingsWindow && settings_.window()) return settings_.window();
   return window_.isVisible() ? &window_ : nullptr;
 }
 
