@@ -21,6 +21,7 @@
 #include "tasks/Help.h"
 #include "tasks/HomeCheck.h"
 #include "tasks/QWVantoryUtilities.h"
+#include "tasks/Question.h"
 
 namespace vantory {
 
@@ -91,6 +92,8 @@ int runMode(std::ostream& output, std::ostream& errors, const ProgramReplacement
     printHelp(output);
   } else if (has("--version")) {
     printVersion(output);
+  } else if (const auto answered = answerQuestion(arguments, output, errors)) {
+    return *answered;
   } else {
     return openWindow(arguments, errors, become);
   }
