@@ -49,7 +49,8 @@ void printHelp(std::ostream& output) {
             "\n"
             "Exit code: 0 when the task was done, also where single files failed (the log says which);\n"
             "1 when it could not be begun (a missing or invalid operand, no default backup, no backup at PATH,\n"
-            "nobody at the console), when output could not be written, or when no window is installed.\n";
+            "nobody at the console), when output could not be written, or when no window is installed.\n"
+            "A preview ends as the task would.\n";
 }
 
 void printVersion(std::ostream& output) {

@@ -25,6 +25,12 @@ std::size_t terminalWidth() {
   return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : kUsualWidth;
 }
 
+// The superuser's process takes nothing from its environment.
+bool isDumb() {
+  const char* terminal = getuid() == 0 ? nullptr : std::getenv("TERM");
+  return terminal && std::string_view(terminal) == "dumb";
+}
+
 // A program in the background would be stopped, and one whose terminal takes nothing would wait.
 bool mayWrite() {
   pollfd terminal{STDERR_FILENO, POLLOUT, 0};
@@ -39,17 +45,20 @@ bool continues(char byte) {
   return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
 }
 
-// At most that many columns of the text: characters of three bytes and more may be two columns wide.
-std::string_view fitting(std::string_view text, std::size_t width) {
+// The text in exactly that many columns: cut, or with blanks behind it. Characters of three bytes and more may be two
+// columns wide.
+std::string filling(std::string_view text, std::size_t width) {
   std::size_t columns = 0;
-  for (std::size_t i = 0; i < text.size();) {
-    std::size_t end = i + 1;
+  std::size_t length = 0;
+  while (length < text.size()) {
+    std::size_t end = length + 1;
     while (end < text.size() && continues(text[end])) ++end;
-    columns += end - i > 2 ? 2 : 1;
-    if (columns > width) return text.substr(0, i);
-    i = end;
+    const std::size_t wide = end - length > 2 ? 2 : 1;
+    if (columns + wide > width) break;
+    columns += wide;
+    length = end;
   }
-  return text;
+  return std::string(text.substr(0, length)).append(width - columns, ' ');
 }
 
 std::string lastComponent(const std::string& path) {
@@ -69,8 +78,7 @@ std::string sizeText(std::int64_t bytes) {
 }  // namespace
 
 std::unique_ptr<ProgressLine> ProgressLine::onStandardError() {
-  const char* terminal = std::getenv("TERM");
-  if (!isatty(STDERR_FILENO) || !terminal || !*terminal || std::string_view(terminal) == "dumb") return nullptr;
+  if (!isatty(STDERR_FILENO) || isDumb()) return nullptr;
   std::unique_ptr<ProgressLine> line(new ProgressLine);
   line->nextDrawing_ = std::chrono::steady_clock::now() + kPatience;
   try {
@@ -135,19 +143,18 @@ std::string ProgressLine::text() const {
 // The last column stays free: there some terminals begin a new line.
 void ProgressLine::draw() {
   if (!*deed_ || !mayWrite()) return;
-  const std::string whole = text();
-  const std::string line(fitting(whole, terminalWidth() - 1));
+  const std::string line = filling(text(), terminalWidth() - 1);
   if (line == drawn_) return;
-  std::string rewriting = "\r";
-  rewriting.append(line).append("\x1b[K");
-  writeToTerminal(rewriting);
+  writeToTerminal('\r' + line);
   drawn_ = line;
 }
 
 void ProgressLine::erase() {
   if (drawn_.empty()) return;
   drawn_.clear();
-  if (mayWrite()) writeToTerminal("\r\x1b[K");
+  std::string blank(terminalWidth() + 1, ' ');
+  blank.front() = blank.back() = '\r';
+  if (mayWrite()) writeToTerminal(blank);
 }
 
 BeforeOutput::BeforeOutput(std::ostream& stream, std::function<void()> action)

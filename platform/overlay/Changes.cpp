@@ -24,15 +24,16 @@ bool isAtOrBelow(const std::string& path, const std::string& folder) {
   return path == folder || path.starts_with(folder + "/");
 }
 
-bool isRefusalOf(const Change& earlier, const Change& change) {
-  return earlier.refusal && earlier.kind == change.kind && earlier.path == change.path &&
-         earlier.destination == change.destination;
+// Whether the change is a further attempt at what was refused, maybe in another way.
+bool isSuperseded(const Change& earlier, const Change& change) {
+  return earlier.refusal && earlier.path == change.path &&
+         (earlier.destination.empty() || earlier.destination == change.destination);
 }
 
 }  // namespace
 
 void Changes::add(Change change) {
-  std::erase_if(changes_, [&](const Change& earlier) { return isRefusalOf(earlier, change); });
+  std::erase_if(changes_, [&](const Change& earlier) { return isSuperseded(earlier, change); });
   changes_.push_back(std::move(change));
 }
 

@@ -23,7 +23,7 @@ class Changes {
  public:
   const std::vector<Change>& all() const { return changes_; }
 
-  // Takes the place of the same change's refusal, if one came before.
+  // Takes the place of refusals of the same, if there were any before.
   void add(Change change);
   // Answers the error that the change would meet.
   Error refuse(Change change, std::errc code);
