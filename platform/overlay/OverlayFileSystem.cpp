@@ -63,7 +63,7 @@ Result<FileInfo> OverlayFileSystem::info(const std::string& path, Links links) c
       break;
     case Kind::OnDisk: {
       const auto found = disk_.info(there.origin, links);
-      if (!found) return found;
+      if (!found) return found.error();
       info = *found;
     }
   }
@@ -85,7 +85,8 @@ Result<std::vector<DirectoryEntry>> OverlayFileSystem::list(const std::string& p
   const std::set<std::string> changed = tree_.children(folder);
   std::erase_if(entries, [&](const DirectoryEntry& entry) { return changed.contains(entry.name); });
   for (const std::string& name : changed) {
-    const auto found = info(folder + "/" + name, Links::DoNotFollow);
+    std::string child = folder;
+    const auto found = info(child.append("/").append(name), Links::DoNotFollow);
     if (found) entries.push_back(entryFor(name, *found));
   }
   return entries;

@@ -1,8 +1,13 @@
 // Everything of the system that a preview leaves in peace: each answers as on a machine where nobody is there to hear.
 #pragma once
 
+#include <memory>
+#include <optional>
 #include <ostream>
+#include <string>
+#include <string_view>
 #include <utility>
+#include <vector>
 
 #include "platform/DefaultHandlers.h"
 #include "platform/Documents.h"
