@@ -38,7 +38,7 @@ WindowSession::WindowSession(const std::string& home)
       progress_(&window_),
       chooser_(&dialog_),
       alerts_([this](AlertParent parent) { return windowOf(parent); }),
-      lock_(window_.lockPane().outline()),
+      lock_(window_.lockPane().outline(), window_.lockPane().spinner()),
       app_({window_, window_.trashPane().spinner(), progress_, lock_}),
       trash_(window_.trashPane().outline(), window_.trashPane().trashCommand()),
       restore_({window_.restorePane().outline(), window_.restorePane().toggleDefault, window_.restorePane().spinner(),

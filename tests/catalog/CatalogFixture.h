@@ -28,11 +28,13 @@ namespace vantory::test {
 class HandyMetadata : public LinuxFileMetadata {
  public:
   std::vector<Status> setAllLocked(const std::vector<std::string>& paths, bool lock) override {
-    for (const std::string& path : paths) lock ? (void)locked.insert(path) : (void)locked.erase(path);
-    return std::vector<Status>(paths.size());
+    if (lockAnswer)
+      for (const std::string& path : paths) lock ? (void)locked.insert(path) : (void)locked.erase(path);
+    return std::vector<Status>(paths.size(), lockAnswer);
   }
   bool isWritable(const std::string& path) const override { return !unwritable.contains(path); }
 
+  Status lockAnswer;
   std::set<std::string> locked;
   std::set<std::string> unwritable;
 };

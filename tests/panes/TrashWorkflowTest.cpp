@@ -51,7 +51,8 @@ class TrashWorkflowTest : public PaneTest {
   FakeGuard guard_;
   FakeWindow window_;
   FakeProgressSheet sheet_;
-  QWLockOutlineController lock_{outline_};
+  FakeBusyIndicator lockSpinner_;
+  QWLockOutlineController lock_{outline_, lockSpinner_};
   AppWindowController controller_{{window_, spinner_, sheet_, lock_}};
 };
 
