@@ -11,7 +11,6 @@
 #include "services/Format.h"
 #include "services/MainThread.h"
 #include "services/QWAlert.h"
-#include "services/QWAuthorization.h"
 #include "services/QWLog.h"
 
 namespace vantory {
@@ -25,7 +24,7 @@ AppList apps() {
 // What a failed writing left goes, and the lists say what is there.
 void dropFailedBackup(QWBackup& backup) {
   backup.removeCreatedFolder();
-  MainThread::shared().runAndWait([] { QWDataController::sharedController().populateBackups(); });
+  QWDataController::sharedController().populateBackups();
 }
 
 }  // namespace
@@ -55,7 +54,6 @@ void QWBackupOutlineController::updateHeaderCheckCell() {
 }
 
 void QWBackupOutlineController::writeBackupOnThread(const std::shared_ptr<QWBackup>& backup) {
-  QWAuthorization::sharedController().beginTask();
   MainThread& mainThread = MainThread::shared();
   QWLog::appendLog("Writing backup...");
   mainThread.runAndWait([this] { parts_.spinner.startAnimation(); });
@@ -77,7 +75,7 @@ void QWBackupOutlineController::writeBackupOnThread(const std::shared_ptr<QWBack
       break;
     case WriteResult::Success:
       QWLog::appendLog("Backup successful");
-      // Writing it rebuilt the lists.
+      QWDataController::sharedController().populateBackups();
       mainThread.runAndWait([&] { selectBackupInRestoreTab(backup); });
       break;
   }

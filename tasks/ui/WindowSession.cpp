@@ -46,7 +46,10 @@ WindowSession::WindowSession(const std::string& home)
       backup_({window_.backupPane().outline(), window_.backupPane().backupCommand(), window_.backupPane().spinner(),
                app_, restore_}),
       edit_({dialog_, chooser_, backup_, restore_, &ProjectHandlers::checkVantoryDefaultForFileExtensions,
-             &ProjectHandlers::setVantoryDefaultFileExtensions}) {
+             [] {
+               ProjectHandlers::setVantoryDefaultFileExtensions();
+               return ProjectHandlers::updateHandlingStatus();
+             }}) {
   restore_.setEditController(edit_);
   QWAlert::sharedController().ask = [this](const AlertTexts& texts) { return alerts_.ask(texts); };
   connectWindow();
