@@ -95,7 +95,7 @@ WriteResult AppWindowController::autoBackupPrefs() {
 
 WriteResult AppWindowController::writeAutoBackup(bool preferencesOnly) {
   const WriteResult result = QWBackup::writeAutoBackup(preferencesOnly);
-  MainThread::shared().runAndWait([] { QWDataController::sharedController().manageAutoBackups(); });
+  QWDataController::sharedController().manageAutoBackups();
   return result;
 }
 
