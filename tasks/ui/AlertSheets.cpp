@@ -26,7 +26,7 @@ std::vector<std::pair<std::string, int>> buttonsOf(const AlertTexts& texts) {
 void bringToFront(QWidget* window) {
   if (!window || QApplication::activeWindow()) return;
   window->setWindowState(window->windowState() & ~Qt::WindowMinimized);
-  window->raise();
+  // This raises it as well, and leaves a sheet that covers it above.
   window->activateWindow();
 }
 
