@@ -27,7 +27,7 @@ using namespace vantory::bench;
 namespace {
 
 constexpr int kTick = 10;  // milliseconds
-constexpr int kRounds = 9;
+constexpr int kRounds = 5;
 
 void serveUntil(const std::function<bool()>& done) {
   QTimer wakeUp;  // what ends elsewhere brings no event
@@ -91,6 +91,7 @@ int main(int argumentCount, char** arguments) {
   LinuxPlatform platform({"vantory"}, "vantory");
   Runtime runtime(platform.platform());
   const MainThreadEvents events(runtime.shared<MainThread>());
+  AppWindowController::startLog();
   WindowSession session(home);
   session.open();
   serveUntil([] {
