@@ -5,9 +5,11 @@
 #include "backups/QWBackup.h"
 #include "backups/QWDataController.h"
 #include "backups/ui/CatalogRows.h"
+#include "backups/ui/FailureReport.h"
 #include "backups/ui/PaneSwitcher.h"
 #include "backups/ui/QWRestoreOutlineController.h"
 #include "platform/Controls.h"
+#include "services/FailureTally.h"
 #include "services/Format.h"
 #include "services/MainThread.h"
 #include "services/QWAlert.h"
@@ -57,6 +59,7 @@ void QWBackupOutlineController::writeBackupOnThread(const std::shared_ptr<QWBack
   MainThread& mainThread = MainThread::shared();
   QWLog::appendLog("Writing backup...");
   mainThread.runAndWait([this] { parts_.spinner.startAnimation(); });
+  const std::size_t failures = FailureTally::shared().count();
   switch (backup->writeData()) {
     case WriteResult::NoFiles:
       QWLog::appendLog("Backup failed - no files to copy");
@@ -77,6 +80,8 @@ void QWBackupOutlineController::writeBackupOnThread(const std::shared_ptr<QWBack
       QWLog::appendLog("Backup successful");
       QWDataController::sharedController().populateBackups();
       mainThread.runAndWait([&] { selectBackupInRestoreTab(backup); });
+      if (FailureTally::shared().count() > failures)
+        reportFailure("Not everything could be backed up", "The log names the files that are not in the backup.");
       break;
   }
   mainThread.runAndWait([this] { parts_.spinner.stopAnimation(); });

@@ -4,10 +4,10 @@
 
 #include "backups/QWDataController.h"
 #include "backups/ui/CatalogRows.h"
+#include "backups/ui/FailureReport.h"
 #include "platform/Controls.h"
 #include "services/FailureTally.h"
 #include "services/MainThread.h"
-#include "services/QWAlert.h"
 #include "services/QWAuthorization.h"
 
 namespace vantory {
@@ -46,9 +46,8 @@ void lock(const OutlineItemPointer& item, int state) {
 }
 
 void tellFailure(int state) {
-  QWAlert::alertSheetWithMessageText(
-      state == On ? "Not everything could be locked" : "Not everything could be unlocked",
-      "The log names the files that stay as they are, and the reasons.");
+  reportFailure(state == On ? "Not everything could be locked" : "Not everything could be unlocked",
+                "The log names the files that stay as they are, and the reasons.");
 }
 
 }  // namespace

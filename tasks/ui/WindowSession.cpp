@@ -45,8 +45,7 @@ WindowSession::WindowSession(const std::string& home)
                 app_}),
       backup_({window_.backupPane().outline(), window_.backupPane().backupCommand(), window_.backupPane().spinner(),
                app_, restore_}),
-      edit_({dialog_, chooser_, backup_, restore_, &ProjectHandlers::checkVantoryDefaultForFileExtensions,
-             [] {
+      edit_({dialog_, chooser_, backup_, restore_, &ProjectHandlers::checkVantoryDefaultForFileExtensions, [] {
                ProjectHandlers::setVantoryDefaultFileExtensions();
                return ProjectHandlers::updateHandlingStatus();
              }}) {

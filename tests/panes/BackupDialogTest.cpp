@@ -190,6 +190,12 @@ TEST_F(BackupDialogTest, AFailedBackupIsToldAndLeavesNothing) {
   EXPECT_THAT(alerts_, ElementsAre("No files to copy"));
   EXPECT_FALSE(exists(inLibrary("Empty.vnt")));
   EXPECT_FALSE(spinner_.isTurning);
+
+  for (const char* file : {"editor.plist", "editor.layout"}) writeFile(prefs(file), "again");
+  files_.fail(Operation::StageCopy, std::errc::no_space_on_device, 1);
+  confirm("Half");
+  EXPECT_EQ(alerts_.back(), "Not everything could be backed up");
+  EXPECT_TRUE(exists(inLibrary("Half.vnt/Settings.plist")));
 }
 
 TEST_F(BackupDialogTest, CancellingAnEditSelectsTheBackupAgain) {

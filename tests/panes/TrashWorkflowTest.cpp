@@ -141,6 +141,11 @@ TEST_F(TrashWorkflowTest, TheFirstStartMakesABackupOfEverything) {
   controller_.load();
   finishWork();
   EXPECT_EQ(controller().backupArray().size(), 2U) << "a second start finds it";
+
+  files_.fail(Operation::List, std::errc::permission_denied, FaultyFileSystem::kEveryCall);
+  controller_.load();
+  finishWork();
+  EXPECT_THAT(alerts_, ElementsAre("Your backups cannot be read"));
 }
 
 }  // namespace
