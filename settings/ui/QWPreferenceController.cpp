@@ -215,11 +215,7 @@ void QWPreferenceController::prefsToggleAdminPass(bool required) {
 // --- Project handling ------------------------------------------------------------------------------------------------
 
 void QWPreferenceController::updatePrefsHandlingText() {
-  QWLog::appendLog("Updating preference handling information...");
-  const bool isDefault = ProjectHandlers::checkVantoryDefaultForFileExtensions();
-  QWLog::appendLog(isDefault ? "Vantory is the default project handler"
-                             : "Final Cut Studio is the default project handler");
-  showHandling(isDefault);
+  showHandling(ProjectHandlers::updateHandlingStatus());
 }
 
 void QWPreferenceController::showHandling(bool isDefault) {

@@ -38,7 +38,7 @@ WindowSession::WindowSession(const std::string& home)
       chooser_(&dialog_),
       importChooser_(&window_),
       alerts_([this](AlertParent parent) { return windowOf(parent); }),
-      lock_(window_.lockPane().outline()),
+      lock_(window_.lockPane().outline(), window_.lockPane().spinner()),
       app_({window_, window_.trashPane().spinner(), progress_, lock_}),
       trash_(window_.trashPane().outline(), window_.trashPane().trashCommand()),
       restore_({window_.restorePane().outline(), window_.restorePane().toggleDefault, window_.restorePane().spinner(),
@@ -46,7 +46,10 @@ WindowSession::WindowSession(const std::string& home)
       backup_({window_.backupPane().outline(), window_.backupPane().backupCommand(), window_.backupPane().spinner(),
                app_, restore_}),
       edit_({dialog_, chooser_, backup_, restore_, &ProjectHandlers::checkVantoryDefaultForFileExtensions,
-             &ProjectHandlers::setVantoryDefaultFileExtensions}),
+             [] {
+               ProjectHandlers::setVantoryDefaultFileExtensions();
+               return ProjectHandlers::updateHandlingStatus();
+             }}),
       delegate_({window_, app_, importChooser_, *window_.menus().preferences, [] { QCoreApplication::exit(); },
                  [this] { settings_.show(); }}),
       settings_(&window_, &delegate_) {
