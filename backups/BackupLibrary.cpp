@@ -81,10 +81,7 @@ BackupList listAutoBackups(const BackupReader& reader) {
 // A window shows sizes at once, and must not wait for them.
 void measureForWindow(const BackupList& backups) {
   if (!QWCmdUtils::sharedController().hasGUI()) return;
-  forEachInParallel(backups.size(), [&](std::size_t index) {
-    (void)backups[index]->size();
-    for (const auto& app : backups[index]->children()) (void)app->size();
-  });
+  forEachInParallel(backups.size(), [&](std::size_t index) { (void)backups[index]->size(); });
 }
 
 }  // namespace

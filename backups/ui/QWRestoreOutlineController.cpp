@@ -41,14 +41,6 @@ bool holds(const QWBackup& backup, const std::shared_ptr<QWApp>& app) {
   return std::find(backup.children().begin(), backup.children().end(), app) != backup.children().end();
 }
 
-// In bytes; none where it is not known.
-std::optional<std::uint64_t> sizeOfRow(const OutlineItemPointer& item) {
-  if (const auto node = rowAs<BackupNode>(item)) return node->size();
-  if (const auto app = rowAs<QWApp>(item)) return app->size();
-  const auto prefItem = rowAs<QWPrefItem>(item);
-  return prefItem ? prefItem->size() : std::nullopt;
-}
-
 const char* titleOfDefaultCommand(bool isDefault) {
   return isDefault ? "Unset Default Backup" : "Set as Default Backup";
 }
@@ -135,6 +127,29 @@ Rows QWRestoreOutlineController::rowsUnder(const OutlineItemPointer& item) const
   if (const auto header = rowAs<QWAutosaveHeader>(item)) return {header->children().begin(), header->children().end()};
   if (const auto backup = rowAs<QWBackup>(item)) return rowsOf(backup->children());
   return rowsBelow(item);
+}
+
+std::optional<std::uint64_t> QWRestoreOutlineController::sizeOfRow(const OutlineItemPointer& item) {
+  if (const auto node = rowAs<BackupNode>(item)) return node->size();
+  const auto app = applicationOfRow(item);
+  if (!app) return std::nullopt;
+  if (!app->isMeasured()) {
+    measure(app);
+    return std::nullopt;
+  }
+  const auto prefItem = rowAs<QWPrefItem>(item);
+  return prefItem ? prefItem->size() : app->size();
+}
+
+void QWRestoreOutlineController::measure(const std::shared_ptr<QWApp>& app) {
+  if (!beingMeasured_.insert(app).second) return;
+  measuring_.add([this, app] {
+    (void)app->size();
+    MainThread::shared().runAndWait([&] {
+      beingMeasured_.erase(app);
+      parts_.outline.reloadItem(app, true);
+    });
+  });
 }
 
 ObjectValue QWRestoreOutlineController::objectValueForTableColumn(const std::string& column,

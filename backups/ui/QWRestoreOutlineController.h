@@ -1,8 +1,11 @@
 // The Restore pane: the library of backups, and what can be done with one.
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
+#include <set>
 #include <string>
 
 #include "backups/QWDataController.h"
@@ -81,8 +84,14 @@ class QWRestoreOutlineController : public RowsDelegate, public OutlineActions {
   // The library's record of the backup now: it may have been listed anew since the command was given. Any thread.
   std::shared_ptr<QWBackup> recordInLibrary(const std::shared_ptr<QWBackup>& backup) const;
 
+  // In bytes; none where it is not known, or not yet: it is measured then, and the row shown anew.
+  std::optional<std::uint64_t> sizeOfRow(const OutlineItemPointer& item);
+  void measure(const std::shared_ptr<QWApp>& app);
+
   Parts parts_;
   SerialWork work_;
+  SerialWork measuring_;
+  std::set<std::shared_ptr<QWApp>> beingMeasured_;
   QWBackupEditController* dialog_ = nullptr;
   NotificationCenter::Observation tabSwitch_;
 };

@@ -40,6 +40,9 @@ TEST_F(RestorePaneTest, ShowsTheLibraryWithTheAutomaticBackupsFirst) {
   const auto app = pane_.child(0, backup);
   EXPECT_EQ(nameOfRow(app), "Editor");
   EXPECT_EQ(std::get<int>(pane_.objectValueForTableColumn("name", app)), On);
+  EXPECT_EQ(pane_.objectValueForTableColumn("size", app), ObjectValue()) << "measuring it must not stop the window";
+  finishWork();
+  EXPECT_THAT(outline_.reloadedItems, testing::Contains(app));
   EXPECT_EQ(std::get<std::string>(pane_.objectValueForTableColumn("size", app)), "17 B");
   EXPECT_EQ(std::get<std::string>(pane_.objectValueForTableColumn("size", backup->children()[0]->children()[1])),
             "6 B");
