@@ -24,7 +24,7 @@ GeneralPane::GeneralPane(BoundControls& controls) : path_(new QLineEdit(this)), 
   addSpace();
 
   auto* restore = new QCheckBox(QStringLiteral("&Restore the default backup after trashing"), this);
-  add(restore, QStringLiteral("Also for the task \"-trash\" of the command line."));
+  add(restore, QStringLiteral("Only in the window, not for the task \"-trash\" of the command line."));
   controls.bind("autoRestoreDefault", *restore);
   auto* administrator = new QCheckBox(QStringLiteral("As&k for an administrator's password at start"), this);
   add(administrator, QStringLiteral("For everybody who uses this machine."));
