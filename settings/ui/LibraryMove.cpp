@@ -18,6 +18,10 @@ namespace {
 
 using namespace std::chrono_literals;
 
+FileSystem& files() {
+  return Runtime::current().platform().files;
+}
+
 bool isBackupName(const std::string& name) {
   const std::string lower = lowerCased(name);
   return lower.ends_with(".vnt") || lower.ends_with(".vnt2");
@@ -25,7 +29,7 @@ bool isBackupName(const std::string& name) {
 
 std::vector<std::string> backupNamesIn(const std::string& folder, LibraryRemainder& left) {
   std::vector<std::string> names;
-  const auto entries = Runtime::current().platform().files.list(folder, Detail::Names);
+  const auto entries = files().list(folder, Detail::Names);
   if (!entries && !QWFileManager::meansMissing(entries.error())) {
     QWLog::appendLog("Unable to read the backups: %@", entries.error().text);
     left.mayBeMore = true;
@@ -57,11 +61,14 @@ LibraryRemainder moveLibrary(const std::string& from, const std::string& to) {
   if (!QWFileManager::isDirectoryAtPath(to)) return left;
   for (const std::string& name : names)
     if (moveBackup(paths::join(from, name), to)) --left.backups;
-  if (automaticNames.empty()) return left;
   const std::string newAutomatic = paths::join(to, "Autosaves");
-  if (!QWFileManager::fileExistsAtPath(newAutomatic)) QWFileManager::createDirectory(newAutomatic);
+  if (!automaticNames.empty() && !QWFileManager::fileExistsAtPath(newAutomatic))
+    QWFileManager::createDirectory(newAutomatic);
   for (const std::string& name : automaticNames)
     if (moveBackup(paths::join(automatic, name), paths::join(newAutomatic, name))) --left.backups;
+  // The setting that names the new folder is on the disk already.
+  if (const Status synced = files().sync(to); !synced)
+    QWLog::appendLog("The moved backups may not be on disk yet: %@", synced.error().text);
   return left;
 }
 

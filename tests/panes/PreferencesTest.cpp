@@ -57,6 +57,7 @@ TEST_F(PreferencesTest, MovesTheLibraryAndNothingElse) {
   EXPECT_TRUE(isBackup(folder + "/Older.vnt")) << "renamed when it was listed";
   EXPECT_TRUE(isBackup(folder + "/Autosaves/Auto Backup 1.vnt"));
   EXPECT_TRUE(exists(inLibrary("notes.txt")));
+  EXPECT_EQ(files_.calls(Operation::Sync), 1) << "a setting on the disk names backups that are there";
   EXPECT_EQ(readFile(folder + "/Twice.vnt/Settings.plist"), "another");
   EXPECT_EQ(readFile(inLibrary("Twice.vnt/Settings.plist")), inLibrary("Twice.vnt")) << "its name was taken";
   EXPECT_THAT(view_.remark, HasSubstr("still in " + library() + ": 1"));
