@@ -42,7 +42,10 @@ QWidget* GeneralPane::makePathRow() {
   layout->addWidget(label);
   layout->addWidget(path_, 1);
   layout->addWidget(browse);
-  connect(path_, &QLineEdit::editingFinished, this, [this] { takePath(); });
+  // Somebody who looks a path up in another program has not typed it to its end.
+  connect(path_, &QLineEdit::editingFinished, this, [this] {
+    if (isActiveWindow()) takePath();
+  });
   connect(browse, &QPushButton::clicked, this, [this] {
     if (onBrowse) onBrowse();
   });
