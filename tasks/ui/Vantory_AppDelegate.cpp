@@ -71,7 +71,6 @@ void Vantory_AppDelegate::applicationDidFinishLaunching() {
 }
 
 void Vantory_AppDelegate::applicationWillTerminate() {
-  ended_ = true;
   const QWDataController& data = QWDataController::sharedController();
   // Without a catalog there are no ticks: those of the last time stay.
   if (!data.appArray().empty()) data.saveAppSelections();
@@ -86,10 +85,7 @@ void Vantory_AppDelegate::terminate() {
 // --- Documents -------------------------------------------------------------------------------------------------------
 
 void Vantory_AppDelegate::openFiles(const std::vector<std::string>& paths) {
-  for (const std::string& path : paths)
-    BackgroundThreads::shared().whenIdle([this, path] {
-      if (!ended_) openFile(path);
-    });
+  for (const std::string& path : paths) BackgroundThreads::shared().whenIdle([this, path] { openFile(path); });
 }
 
 bool Vantory_AppDelegate::openFile(const std::string& path) {

@@ -40,7 +40,6 @@ class Vantory_AppDelegate : public PreferenceDelegate {
   bool applicationShouldTerminateAfterLastWindowClosed() const { return !wasOpenedByProjectFile_; }
   // Called when no work runs any more; saves the ticks and records the orderly end.
   void applicationWillTerminate();
-  bool wasOpenedByProjectFile() const { return wasOpenedByProjectFile_; }
 
   // --- Documents ---
 
@@ -89,7 +88,6 @@ class Vantory_AppDelegate : public PreferenceDelegate {
 
   const Parts parts_;
   bool wasOpenedByProjectFile_ = false;
-  bool ended_ = false;
   std::mutex projectTurn_;  // two projects must not restore at once
 };
 

@@ -240,9 +240,11 @@ bool WindowSession::mayClose() {
 
 // Work that still runs is served to its end; its questions are answered as if dismissed.
 void WindowSession::finish() {
+  alerts_.refuse();
+  // Whoever handed something over just before the end relies on it.
+  MainThread::shared().runPending();
   if (painted_) window_.remember(memory_);
   window_.hide();
-  alerts_.refuse();
   BackgroundThreads::shared().waitForAll();
   delegate_.applicationWillTerminate();
   QWAlert::sharedController().ask = nullptr;
