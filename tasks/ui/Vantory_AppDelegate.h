@@ -27,6 +27,8 @@ class Vantory_AppDelegate : public PreferenceDelegate {
     Button& menuPrefs;
     std::function<void()> quit;             // ends the event loop
     std::function<void()> openPreferences;  // shows the settings window
+    // Runs the work on another thread, as the Restore pane does its own and never beside that.
+    std::function<void(std::function<void()> work)> restoreOnThread;
   };
 
   explicit Vantory_AppDelegate(Parts parts) : parts_(std::move(parts)) {}

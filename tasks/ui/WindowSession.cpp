@@ -51,7 +51,8 @@ WindowSession::WindowSession(const std::string& home)
                return ProjectHandlers::updateHandlingStatus();
              }}),
       delegate_({window_, app_, importChooser_, *window_.menus().preferences, [] { QCoreApplication::exit(); },
-                 [this] { settings_.show(); }}),
+                 [this] { settings_.show(); },
+                 [this](std::function<void()> work) { restore_.runOnThread(std::move(work)); }}),
       settings_(&window_, &delegate_) {
   restore_.setEditController(edit_);
   QWAlert::sharedController().ask = [this](const AlertTexts& texts) { return alerts_.ask(texts); };
