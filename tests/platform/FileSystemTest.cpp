@@ -91,6 +91,13 @@ TEST_F(FileSystemTest, ClearsWhatAKilledCopyLeftButNotWhatALiveOneNeeds) {
   EXPECT_EQ(names(folder / "to"), std::vector<std::string>{"copy"});
 }
 
+TEST_F(FileSystemTest, CopiesNoFolderIntoItself) {
+  writeFile(folder / "from/sub/file", "x");
+  makeFolders(folder / "from/library");
+  EXPECT_EQ(copy("from", "from/library/copy").error().code, std::errc::invalid_argument);
+  EXPECT_TRUE(names(folder / "from/library").empty());
+}
+
 TEST_F(FileSystemTest, RefusesWhatIsNoFileWithoutWaiting) {
   ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0600), 0);
   EXPECT_FALSE(files.stageCopy({folder / "pipe", folder / "copy"}).ok());
