@@ -54,7 +54,9 @@ bool QWDataController::addBackupFromFile(const std::string& path) {
   if (paths::extension(backup) == "vnt2") backup = paths::withoutExtension(backup) + ".vnt";
   const std::string library = vantoryBackupLocation().value_or("");
   const std::string extension = lowerCased(paths::extension(backup));
-  if (library.empty() || (extension != "vnt" && extension != "vnt2")) {
+  const auto info = files().info(backup, Links::Follow);
+  const bool isNoFolder = info && info->type != FileType::Folder;
+  if (library.empty() || (extension != "vnt" && extension != "vnt2") || isNoFolder) {
     QWLog::appendLog("Unable to locate backup");
     return false;
   }
@@ -74,6 +76,10 @@ bool QWDataController::addBackupFromFile(const std::string& path) {
   for (const auto& node : backupArray()) {
     const auto candidate = std::dynamic_pointer_cast<QWBackup>(node);
     if (!candidate || candidate->path() != backup) continue;
+    if (candidate->children().empty()) {
+      QWLog::appendLog("The backup holds nothing that can be restored");
+      return false;
+    }
     candidate->restore();
     return true;
   }

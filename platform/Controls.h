@@ -39,7 +39,8 @@ class FileChooser {
   virtual ~FileChooser() = default;
   struct Request {
     std::vector<std::string> extensions = {};  // without dots; empty for all
-    bool folders = false;                      // folders instead of files, and new ones may be made
+    // Folders instead of files, whatever they are called. New ones may be made unless extensions are given.
+    bool folders = false;
     bool several = false;
   };
   virtual std::vector<std::string> choose(const Request& request) = 0;

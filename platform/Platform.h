@@ -4,6 +4,7 @@
 namespace vantory {
 
 class Clock;
+class CrashReports;
 class DefaultHandlers;
 class DesktopNotifications;
 class Documents;
@@ -40,6 +41,7 @@ struct Platform {
   DesktopNotifications& notifications;
   JobControl& jobs;
   SystemTools& tools;
+  CrashReports& crashReports;
 };
 
 }  // namespace vantory

@@ -15,6 +15,8 @@ class SystemInfo {
   virtual int processorCount() const = 0;
   virtual std::uint64_t memoryBytes() const = 0;
   virtual std::string executablePath() const = 0;
+  // Where a file that is installed with the program lies; it may be missing.
+  virtual std::string resourcePath(const std::string& name) const = 0;
   // The whole argument list, the program first.
   virtual const std::vector<std::string>& arguments() const = 0;
   virtual std::string workingDirectory() const = 0;

@@ -42,7 +42,35 @@ void BackgroundThreads::run(const std::function<void()>& work) {
   // Whoever waits may destroy this object as soon as the lock is given up.
   const std::lock_guard lock(mutex_);
   --running_;
+  callWaiting();
   mainThread.notify();
+}
+
+void BackgroundThreads::whenIdle(std::function<void()> work) {
+  const std::lock_guard lock(mutex_);
+  waiting_.push_back(std::move(work));
+  callWaiting();
+}
+
+// Under the lock.
+void BackgroundThreads::callWaiting() {
+  if (running_ == 0 && !waiting_.empty()) MainThread::shared().post([this] { runWaiting(); });
+}
+
+// What is run may serve events of its own, such as a question's, and so come here again.
+void BackgroundThreads::runWaiting() {
+  if (servingWaiting_) return;
+  servingWaiting_ = true;
+  while (const auto work = takeWaiting()) work();
+  servingWaiting_ = false;
+}
+
+std::function<void()> BackgroundThreads::takeWaiting() {
+  const std::lock_guard lock(mutex_);
+  if (running_ > 0 || waiting_.empty()) return nullptr;
+  auto work = std::move(waiting_.front());
+  waiting_.pop_front();
+  return work;
 }
 
 bool BackgroundThreads::isWorking() const {
@@ -51,7 +79,10 @@ bool BackgroundThreads::isWorking() const {
 }
 
 void BackgroundThreads::waitForAll() {
-  MainThread::shared().runUntil([this] { return !isWorking(); });
+  MainThread::shared().runUntil([this] {
+    const std::lock_guard lock(mutex_);
+    return running_ == 0 && waiting_.empty();
+  });
 }
 
 }  // namespace vantory

@@ -2,7 +2,6 @@
 
 #include "platform/FileSystem.h"
 #include "services/Paths.h"
-#include "services/PropertyList.h"
 #include "services/QWLocalPaths.h"
 #include "services/Runtime.h"
 
@@ -20,14 +19,20 @@ bool isOn(const PropertyList& value) {
 
 }  // namespace
 
-bool globalSwitch(const std::string& key) {
+std::optional<PropertyList> globalSetting(const std::string& key) {
   const auto folder = QWLocalPaths::prefsDirectory(true);
-  if (!folder) return false;
+  if (!folder) return std::nullopt;
   const auto bytes = Runtime::current().platform().files.read(paths::join(*folder, "com.quarrywell.global.plist"));
-  if (!bytes) return false;
+  if (!bytes) return std::nullopt;
   const auto content = parsePropertyList(*bytes);
   const PropertyListDictionary* switches = content ? content->asDictionary() : nullptr;
   const PropertyList* value = switches ? switches->find(key) : nullptr;
+  if (!value) return std::nullopt;
+  return *value;
+}
+
+bool globalSwitch(const std::string& key) {
+  const auto value = globalSetting(key);
   return value && isOn(*value);
 }
 

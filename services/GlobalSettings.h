@@ -1,9 +1,15 @@
 // Switches shared by all of the maker's programs.
 #pragma once
 
+#include <optional>
 #include <string>
 
+#include "services/PropertyList.h"
+
 namespace vantory {
+
+// The value of a key in the user's "com.quarrywell.global.plist"; none when it, or a sound file, is missing.
+std::optional<PropertyList> globalSetting(const std::string& key);
 
 // Whether the switch in the user's "com.quarrywell.global.plist" is on: boolean true, a number equal to it, or the text
 // "1". Anything else, and a missing or damaged file, is off.

@@ -1,13 +1,19 @@
 #include "settings/QWBugReporter.h"
 
+#include <algorithm>
 #include <exception>
 #include <functional>
 #include <string_view>
+#include <vector>
 
+#include "platform/CrashReports.h"
 #include "platform/FileSystem.h"
 #include "platform/SystemLog.h"
+#include "platform/Workspace.h"
 #include "services/GlobalSettings.h"
+#include "services/MainThread.h"
 #include "services/Paths.h"
+#include "services/QWAlert.h"
 #include "services/QWException.h"
 #include "services/QWFileManager.h"
 #include "services/QWLocalPaths.h"
@@ -19,6 +25,10 @@
 namespace vantory {
 
 namespace {
+
+constexpr const char* kProgram = "Vantory";
+constexpr const char* kBugReporter = "com.quarrywell.BugReporter";
+constexpr const char* kUntoldCrash = "untoldCrash";  // in the record: a report that no delegate has heard of
 
 Platform& platform() {
   return Runtime::current().platform();
@@ -41,19 +51,24 @@ std::optional<Timestamp> dateIn(const PropertyListDictionary& record, std::strin
 }
 
 // Not durable: a start must not wait for the disk, and a lost date costs nothing.
-void recordNow(const std::string& plistPath, const char* key) {
-  const Timestamp now = platform().clock.now();
-  SettingsFile(plistPath).change([&](PropertyListDictionary& record) { record.set(key, now); },
-                                 SettingsFile::Durability::Passing);
+void change(const std::string& plistPath, const std::function<void(PropertyListDictionary&)>& change) {
+  SettingsFile(plistPath).change(change, SettingsFile::Durability::Passing);
 }
 
-// The last report in the folder's own order.
+// The program's settings; none when nobody is at the console.
+std::optional<std::string> usualRecord() {
+  const auto preferences = QWLocalPaths::prefsDirectory(true);
+  if (!preferences) return std::nullopt;
+  return paths::join(*preferences, QWUserDefaults::kDomain + std::string(".plist"));
+}
+
+// The last report by name, which goes by date.
 std::optional<std::string> lastReport(const std::string& folder, const std::string& appName) {
+  std::vector<std::string> names = QWFileManager::contentsOfDirectory(folder);
   const std::string prefix = lowerCased(appName + "_");
-  std::optional<std::string> report;
-  for (const std::string& name : QWFileManager::contentsOfDirectory(folder))
-    if (lowerCased(name).starts_with(prefix)) report = paths::join(folder, name);
-  return report;
+  std::erase_if(names, [&](const std::string& name) { return !lowerCased(name).starts_with(prefix); });
+  if (names.empty()) return std::nullopt;
+  return paths::join(folder, *std::max_element(names.begin(), names.end()));
 }
 
 std::optional<std::string> reportNewerThan(Timestamp launch, const std::string& appName) {
@@ -67,20 +82,73 @@ std::optional<std::string> reportNewerThan(Timestamp launch, const std::string& 
       if (info.ok() && info->modified > launch) return report;
     }
   }
-  return std::nullopt;
+  return platform().crashReports.newestSince(launch);
+}
+
+bool isSwitchedOff() {
+  return globalSwitch("disable-crash-reporter");
+}
+
+bool hasBugReporter() {
+  return platform().workspace.applicationPath(kBugReporter).has_value();
+}
+
+void openWithBugReporter(const std::string& report) {
+  if (!hasBugReporter()) return QWLog::holdUntilNewLog(formatted("The crash report is %@", report));
+  const Status opened = platform().workspace.openFile(report, kBugReporter);
+  if (!opened) QWLog::holdUntilNewLog(formatted("Unable to open %@: %@", report, opened.error().text));
+}
+
+// What an earlier start without a delegate found.
+std::optional<std::string> untoldCrash(const std::string& plistPath) {
+  const PropertyListDictionary record = SettingsFile(plistPath).read();
+  const PropertyList* value = record.find(kUntoldCrash);
+  const std::string* report = value ? value->asString() : nullptr;
+  if (!report || !QWFileManager::fileExistsAtPath(*report)) return std::nullopt;
+  return *report;
+}
+
+void tell(BugReporterDelegate& delegate, const std::string& report) {
+  MainThread::shared().post([&delegate, report] { delegate.applicationDidCrashWithLog(report); });
 }
 
 }  // namespace
 
-void QWBugReporter::startBugReporter(const std::string& appName, const std::string& plistPath) {
-  guarded("startBugReporter:plistPath:", [&] {
-    checkForCrashes(appName, plistPath);
-    recordNow(plistPath, "launch");
+void QWBugReporter::startBugReporter() {
+  startBugReporterWithDelegate(nullptr);
+}
+
+void QWBugReporter::startBugReporterWithDelegate(BugReporterDelegate* delegate) {
+  if (const auto record = usualRecord()) startBugReporter(kProgram, *record, delegate);
+}
+
+void QWBugReporter::startBugReporter(const std::string& appName, const std::string& plistPath,
+                                     BugReporterDelegate* delegate) {
+  guarded("startBugReporter:plistPath:delegate:", [&] {
+    auto crash = checkForCrashes(appName, plistPath);
+    if (!crash) crash = untoldCrash(plistPath);
+    if (crash && delegate) tell(*delegate, *crash);
+    change(plistPath, [&](PropertyListDictionary& record) {
+      record.set("launch", platform().clock.now());
+      if (delegate) record.remove(kUntoldCrash);
+      if (crash && !delegate) record.set(kUntoldCrash, *crash);
+    });
   });
 }
 
+void QWBugReporter::stopBugReporter() {
+  if (const auto record = usualRecord()) stopBugReporter(*record);
+}
+
 void QWBugReporter::stopBugReporter(const std::string& plistPath) {
-  guarded("stopBugReporter:", [&] { recordNow(plistPath, "exit"); });
+  guarded("stopBugReporter:", [&] {
+    change(plistPath, [](PropertyListDictionary& record) { record.set("exit", platform().clock.now()); });
+  });
+}
+
+std::optional<std::string> QWBugReporter::checkForCrashes() {
+  const auto record = usualRecord();
+  return record ? checkForCrashes(kProgram, *record) : std::nullopt;
 }
 
 std::optional<std::string> QWBugReporter::checkForCrashes(const std::string& appName, const std::string& plistPath) {
@@ -92,13 +160,23 @@ std::optional<std::string> QWBugReporter::checkForCrashes(const std::string& app
   if (!report) return std::nullopt;
   // Held: a task looks for crashes before it opens its log.
   QWLog::holdUntilNewLog("Application crashed on last launch");
-  if (globalSwitch("disable-crash-reporter")) {
+  if (isSwitchedOff()) {
     platform().systemLog.write("Crash reporter disabled");
     QWLog::holdUntilNewLog("Crash reporter disabled");
   } else {
-    QWLog::holdUntilNewLog(formatted("No bug reporter is installed to open the crash report %@", *report));
+    openWithBugReporter(*report);
   }
   return report;
+}
+
+void QWBugReporter::showCrashNotice(const std::string& log) {
+  if (isSwitchedOff() || hasBugReporter()) return;
+  QWAlert::alertSheetWithMessageText(
+      "Vantory ended unexpectedly the last time",
+      formatted(
+          "No finished work is lost. To get help, choose Gather Logs in the Help menu and send the archive that it "
+          "puts on your desktop to Quarrywell, with a word on what you were doing. The report of the crash is %@.",
+          log));
 }
 
 }  // namespace vantory

@@ -10,8 +10,11 @@ namespace vantory {
 
 void printHelp(std::ostream& output) {
   output << "Usage: vantory [TASK [OPERANDS]]\n"
+            "       vantory FILE...\n"
             "Looks after the preference files of video-editing applications.\n"
-            "Without a task the window opens. Of several tasks the first in this list is done.\n\n";
+            "Without a task the window opens. Of several tasks the first in this list is done.\n"
+            "FILE is a project, which opens with the preferences of the backup that it is linked to, or a backup to "
+            "import.\n\n";
   for (const Command& command : commandTable()) {
     std::string option(command.option);
     if (!command.operands.empty()) option.append(" ").append(command.operands);

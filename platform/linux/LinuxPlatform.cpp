@@ -8,6 +8,7 @@
 #include "platform/linux/DesktopHelper.h"
 #include "platform/linux/DesktopSession.h"
 #include "platform/linux/LinuxClock.h"
+#include "platform/linux/LinuxCrashReports.h"
 #include "platform/linux/LinuxDefaultHandlers.h"
 #include "platform/linux/LinuxDocuments.h"
 #include "platform/linux/LinuxFileMetadata.h"
@@ -71,6 +72,7 @@ struct LinuxPlatform::Parts {
   LinuxDesktopNotifications notifications{desktop, users};
   LinuxJobControl jobs{users, files, metadata, UserManager(users)};
   LinuxSystemTools tools;
+  LinuxCrashReports crashReports{files, users};
 };
 
 LinuxPlatform::LinuxPlatform(std::vector<std::string> arguments, std::string startedProgram) {
@@ -81,9 +83,10 @@ LinuxPlatform::LinuxPlatform(std::vector<std::string> arguments, std::string sta
   signal(SIGPIPE, SIG_IGN);
   parts_ = std::make_unique<Parts>(std::move(arguments), std::move(startedProgram));
   Parts& p = *parts_;
-  platform_ = std::make_unique<Platform>(Platform{
-      p.clock, p.users, p.folders, p.files, p.metadata, p.machineFiles, p.processes, *p.privileged, p.systemLog,
-      p.system, p.workspace, p.documents, p.defaultHandlers, p.taskClient, p.notifications, p.jobs, p.tools});
+  platform_ = std::make_unique<Platform>(Platform{p.clock, p.users, p.folders, p.files, p.metadata, p.machineFiles,
+                                                  p.processes, *p.privileged, p.systemLog, p.system, p.workspace,
+                                                  p.documents, p.defaultHandlers, p.taskClient, p.notifications, p.jobs,
+                                                  p.tools, p.crashReports});
 }
 
 LinuxPlatform::~LinuxPlatform() = default;

@@ -57,6 +57,13 @@ std::string LinuxSystemInfo::executablePath() const {
   return (std::filesystem::path(path).parent_path() / startedProgram_).native();
 }
 
+std::string LinuxSystemInfo::resourcePath(const std::string& name) const {
+  std::error_code failure;
+  const std::filesystem::path beside = std::filesystem::path(executablePath()).parent_path() / name;
+  if (std::filesystem::exists(beside, failure)) return beside.native();
+  return (std::filesystem::path(VANTORY_DATA) / name).native();
+}
+
 std::string LinuxSystemInfo::workingDirectory() const {
   std::error_code failure;
   return std::filesystem::current_path(failure).native();

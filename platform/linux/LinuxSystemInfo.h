@@ -17,6 +17,8 @@ class LinuxSystemInfo : public SystemInfo {
   std::uint64_t memoryBytes() const override;
   // Empty when the kernel does not tell.
   std::string executablePath() const override;
+  // Beside the program, where it was built, else where the installation keeps such files.
+  std::string resourcePath(const std::string& name) const override;
   const std::vector<std::string>& arguments() const override { return arguments_; }
   // Empty when that folder is gone.
   std::string workingDirectory() const override;

@@ -31,6 +31,7 @@ std::vector<std::string> QtFileChooser::choose(const Request& request) {
   dialog.setWindowModality(Qt::WindowModal);
   dialog.setFileMode(fileMode(request));
   dialog.setOption(QFileDialog::ShowDirsOnly, request.folders);
+  dialog.setOption(QFileDialog::ReadOnly, request.folders && !request.extensions.empty());
   if (!request.folders) dialog.setNameFilter(nameFilter(request.extensions));
   if (dialog.exec() != QDialog::Accepted) return {};
   std::vector<std::string> paths;

@@ -6,7 +6,6 @@
 #include "services/BackgroundThreads.h"
 #include "services/MainThread.h"
 #include "services/NotificationCenter.h"
-#include "services/Paths.h"
 #include "services/QWLocalPaths.h"
 #include "services/QWLog.h"
 #include "services/Runtime.h"
@@ -18,6 +17,10 @@ namespace vantory {
 namespace {
 
 constexpr const char* kCrashAnalysis = "com.quarrywell.Faultlens";
+
+struct CrashNotice : BugReporterDelegate {
+  void applicationDidCrashWithLog(const std::string& log) override { QWBugReporter::showCrashNotice(log); }
+};
 
 // The ticks of the panes stay as they are: a backup selects all that it holds.
 AppList copiesOf(const AppList& apps) {
@@ -33,8 +36,8 @@ AppList copiesOf(const AppList& apps) {
 }  // namespace
 
 void AppWindowController::startLog() {
-  if (const auto preferences = QWLocalPaths::prefsDirectory(true))
-    QWBugReporter::startBugReporter("Vantory", paths::join(*preferences, "com.quarrywell.Vantory.plist"));
+  static CrashNotice notice;
+  QWBugReporter::startBugReporterWithDelegate(&notice);
   QWLog::createNewLog(std::nullopt);
 }
 

@@ -3,9 +3,11 @@
 #include <QActionGroup>
 #include <QApplication>
 #include <QCloseEvent>
+#include <QDropEvent>
 #include <QLabel>
 #include <QLayout>
 #include <QMenuBar>
+#include <QMimeData>
 #include <QStackedWidget>
 #include <QTimer>
 #include <QToolBar>
@@ -19,7 +21,10 @@
 #include "platform/qt/Icons.h"
 #include "platform/qt/QWHeaderCheckCell.h"
 #include "platform/qt/QWOutlineView.h"
+#include "services/Text.h"
+#include "tasks/ui/Documents.h"
 #include "tasks/ui/WindowMemory.h"
+#include "tasks/ui/WindowMenus.h"
 
 namespace vantory {
 
@@ -29,6 +34,14 @@ constexpr QSize kFirstSize(720, 600);
 constexpr QSize kLeastSize(480, 360);
 constexpr int kToolbarIconSize = 28;
 constexpr std::array kPanes = {Pane::Trash, Pane::Backup, Pane::Lock, Pane::Restore};
+
+// Read from the addresses as they are: names may be of any bytes.
+std::vector<std::string> droppedPaths(const QMimeData& data) {
+  std::vector<std::string> addresses;
+  for (const std::string& line : split(data.data(QStringLiteral("text/uri-list")).toStdString(), '\n'))
+    if (!line.starts_with('#')) addresses.emplace_back(trimmed(line));
+  return documentPaths(addresses, "/");
+}
 
 QString columnsKey(Pane pane) {
   return QStringLiteral("columns%1").arg(static_cast<int>(pane));
@@ -41,6 +54,7 @@ MainWindow::MainWindow()
       backup_(new BackupPane),
       lock_(new LockPane),
       restore_(new RestorePane),
+      menus_(new WindowMenus(this)),
       notice_(new QLabel),
       stack_(new QStackedWidget),
       paneItems_(new QActionGroup(this)) {
@@ -65,6 +79,7 @@ MainWindow::MainWindow()
   setCentralWidget(content);
   makeToolbar();
   makeMenus();
+  setAcceptDrops(true);
   setMinimumSize(kLeastSize);
   resize(kFirstSize);
   showPane(Pane::Trash);
@@ -137,12 +152,17 @@ void MainWindow::removeLinkItem() {
 
 void MainWindow::makeMenus() {
   QMenu& file = *menuBar()->addMenu(QStringLiteral("&File"));
+  auto* help = new QMenu(QStringLiteral("&Help"), this);
+  menus_->addTo(file, *help);
   QAction* quit = file.addAction(QStringLiteral("&Quit"), QKeySequence(QKeySequence::Quit));
   quit->setMenuRole(QAction::QuitRole);
   connect(quit, &QAction::triggered, this, [this] { close(); });
   taskMenu_ = menuBar()->addMenu(QStringLiteral("T&ask"));
   makeViewMenu();
-  makeHelpMenu();
+  menuBar()->addMenu(help);
+  QAction* about = help->addAction(QStringLiteral("&About Vantory"));
+  about->setMenuRole(QAction::AboutRole);
+  connect(about, &QAction::triggered, this, [this] { showAbout(); });
 }
 
 void MainWindow::makeViewMenu() {
@@ -160,13 +180,6 @@ void MainWindow::makeViewMenu() {
   view.addSeparator();
   QAction* collapse = view.addAction(QStringLiteral("&Close All Rows"));
   connect(collapse, &QAction::triggered, this, [this] { pane(shownPane()).outline().collapseAll(); });
-}
-
-void MainWindow::makeHelpMenu() {
-  QMenu& help = *menuBar()->addMenu(QStringLiteral("&Help"));
-  QAction* about = help.addAction(QStringLiteral("&About Vantory"));
-  about->setMenuRole(QAction::AboutRole);
-  connect(about, &QAction::triggered, this, [this] { showAbout(); });
 }
 
 void MainWindow::tickAll() {
@@ -202,6 +215,7 @@ void MainWindow::putIntoStack(OutlinePane& pane) {
 }
 
 void MainWindow::bringToFront() {
+  setWindowState(windowState() & ~Qt::WindowMinimized);
   show();
   raise();
   activateWindow();
@@ -224,6 +238,19 @@ void MainWindow::paintEvent(QPaintEvent* event) {
     for (const Pane each : kPanes) putIntoStack(pane(each));
     if (onFirstPaint) onFirstPaint();
   });
+}
+
+// --- Files dropped onto it
+// ----------------------------------------------------------------------------------------------
+
+void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
+  const auto paths = droppedPaths(*event->mimeData());
+  if (!paths.empty() && std::ranges::all_of(paths, isKnownDocument)) event->acceptProposedAction();
+}
+
+void MainWindow::dropEvent(QDropEvent* event) {
+  event->acceptProposedAction();
+  if (actions_.openFiles) actions_.openFiles(droppedPaths(*event->mimeData()));
 }
 
 void MainWindow::remember(WindowMemory& memory) const {

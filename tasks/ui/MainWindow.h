@@ -20,6 +20,7 @@ class QStackedWidget;
 namespace vantory {
 
 class WindowMemory;
+class WindowMenus;
 
 class MainWindow : public QMainWindow, public MainWindowView {
  public:
@@ -29,6 +30,7 @@ class MainWindow : public QMainWindow, public MainWindowView {
   BackupPane& backupPane() { return *backup_; }
   LockPane& lockPane() { return *lock_; }
   RestorePane& restorePane() { return *restore_; }
+  WindowMenus& menus() { return *menus_; }
   Pane shownPane() const;
 
   // What the person asked for.
@@ -36,6 +38,7 @@ class MainWindow : public QMainWindow, public MainWindowView {
     std::function<void(Pane)> choosePane;
     std::function<void()> openLink;
     std::function<void(const std::string& column)> sort;
+    std::function<void(const std::vector<std::string>& paths)> openFiles;
   };
   void setActions(Actions actions) { actions_ = std::move(actions); }
   // Called once the window has been painted for the first time.
@@ -56,6 +59,8 @@ class MainWindow : public QMainWindow, public MainWindowView {
  protected:
   void closeEvent(QCloseEvent* event) override;
   void paintEvent(QPaintEvent* event) override;
+  void dragEnterEvent(QDragEnterEvent* event) override;
+  void dropEvent(QDropEvent* event) override;
 
  private:
   OutlinePane& pane(Pane pane) const;
@@ -65,7 +70,6 @@ class MainWindow : public QMainWindow, public MainWindowView {
   void addLinkItem(QToolBar& toolbar);
   void makeMenus();
   void makeViewMenu();
-  void makeHelpMenu();
   void tickAll();
   void showAbout();
 
@@ -74,6 +78,7 @@ class MainWindow : public QMainWindow, public MainWindowView {
   BackupPane* const backup_;
   LockPane* const lock_;
   RestorePane* const restore_;
+  WindowMenus* const menus_;
   QLabel* const notice_;
   QStackedWidget* const stack_;
   QActionGroup* const paneItems_;

@@ -1,28 +1,34 @@
 #include "tasks/ui/WindowProgram.h"
 
 #include <QApplication>
+#include <algorithm>
+#include <chrono>
 #include <cstdlib>
 #include <exception>
 #include <future>
 #include <iostream>
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
-#include "backups/QWDataController.h"
+#include "platform/Clock.h"
+#include "platform/FileSystem.h"
+#include "platform/SingleInstance.h"
+#include "platform/SystemInfo.h"
 #include "platform/Users.h"
 #include "platform/qt/FontPreload.h"
 #include "platform/qt/SystemColours.h"
+#include "platform/qt/TerminationSignals.h"
 #include "services/MainThread.h"
-#include "services/Paths.h"
 #include "services/QWException.h"
 #include "services/QWLocalPaths.h"
 #include "services/QWLog.h"
-#include "services/QWUserDefaults.h"
 #include "services/Runtime.h"
 #include "services/Text.h"
-#include "settings/QWBugReporter.h"
 #include "tasks/HomeCheck.h"
 #include "tasks/QWVantoryUtilities.h"
+#include "tasks/ui/Documents.h"
 #include "tasks/ui/MainThreadEvents.h"
 #include "tasks/ui/WindowSession.h"
 
@@ -53,53 +59,81 @@ std::optional<std::string> reasonNotToOpen(const std::optional<std::string>& hom
   return reasonToRefuse(home, true);
 }
 
-void registerDefaults() {
-  std::map<std::string, PropertyList> defaults = {{"periodicAutosave", 1},
-                                                  {"autosaveFrequency", 7},
-                                                  {"maxAutoBackups", 10},
-                                                  {"sortedColumn", "name"},
-                                                  {"sortedDescending", false}};
-  if (const auto support = QWLocalPaths::appSupportDirectory(true))
-    defaults.emplace("backupPath", paths::join(*support, "Quarrywell/Vantory/Backups"));
-  QWUserDefaults::standardUserDefaults().registerDefaults(defaults);
-}
-
 void prepareApplication() {
   QApplication::setApplicationName(QStringLiteral("vantory"));
   QApplication::setApplicationDisplayName(QStringLiteral("Vantory"));
   QApplication::setApplicationVersion(QStringLiteral(VANTORY_VERSION));
   QApplication::setDesktopFileName(QStringLiteral("com.quarrywell.Vantory"));
+  QApplication::setQuitOnLastWindowClosed(false);
 }
 
-void recordOrderlyEnd() {
-  QWDataController::sharedController().saveAppSelections();
-  if (const auto preferences = QWLocalPaths::prefsDirectory(true))
-    QWBugReporter::stopBugReporter(paths::join(*preferences, "com.quarrywell.Vantory.plist"));
-  QWLog::finishWriting();
+// The files among the arguments that the toolkit has left; the person is told of those that are not there.
+std::vector<std::string> existingFiles(int argumentCount, char** arguments, std::ostream& errors) {
+  const Platform& platform = Runtime::current().platform();
+  std::vector<std::string> files =
+      documentPaths({arguments + 1, arguments + argumentCount}, platform.system.workingDirectory());
+  std::erase_if(files, [&](const std::string& file) {
+    const bool isMissing = !platform.files.info(file, Links::Follow);
+    if (isMissing) errors << "Vantory: There is no file " << printable(file) << ".\n";
+    return isMissing;
+  });
+  return files;
 }
 
-int showWindow(const std::string& home) {
-  MainThread& mainThread = MainThread::shared();
-  const MainThreadEvents events(mainThread);
+// True when the copy that shows its window does what is asked. Otherwise this copy does; with a window it hears from
+// now on what later ones ask.
+bool isDoneByOther(SingleInstance& instance, const OpenRequest& request, const SingleInstance::Receiver& receive) {
+  if (std::ranges::none_of(request.files, isKnownDocument) && !request.files.empty()) return false;
+  if (!WindowSession::needsWindow(request.files)) return instance.handOver(request) == SingleInstance::HandOver::Taken;
+  constexpr int kAttempts = 20;
+  for (int attempt = 0; attempt < kAttempts; ++attempt) {
+    if (instance.listen(receive)) return false;
+    const auto outcome = instance.handOver(request);
+    if (outcome != SingleInstance::HandOver::Nobody) return outcome == SingleInstance::HandOver::Taken;
+    // It is about to listen, or about to end.
+    Runtime::current().platform().clock.sleep(std::chrono::milliseconds(10));
+  }
+  return false;
+}
+
+// Requests are served by the session, so they end before it.
+class Listening {
+ public:
+  Listening(SingleInstance& instance, WindowSession*& session, WindowSession& served) : instance_(instance) {
+    session = &served;
+  }
+  ~Listening() { instance_.stopListening(); }
+  Listening(const Listening&) = delete;
+  Listening& operator=(const Listening&) = delete;
+
+ private:
+  SingleInstance& instance_;
+};
+
+int showWindow(const std::string& home, const std::vector<std::string>& files, SingleInstance& instance,
+               WindowSession*& receiver) {
   Runtime& runtime = Runtime::current();
   runtime.guard = &runtime.shared<QWVantoryUtilities>();
   AppWindowController::startLog();
-  registerDefaults();
   const SystemColours colours(nullptr);
   int exitCode = 0;
   {
     WindowSession session(home);
-    session.open();
-    exitCode = QApplication::exec();
+    const Listening listening(instance, receiver, session);
+    QObject::connect(qApp, &QGuiApplication::lastWindowClosed, &session.window(), [&session] {
+      if (session.quitsWithLastWindow()) QCoreApplication::exit();
+    });
+    const TerminationSignals termination([] { QCoreApplication::exit(); });
+    if (session.open(files)) exitCode = QApplication::exec();
   }
-  recordOrderlyEnd();
-  mainThread.shutDown();
+  QWLog::finishWriting();
+  MainThread::shared().shutDown();
   return exitCode;
 }
 
 }  // namespace
 
-int runWindow(int& argumentCount, char** arguments, std::ostream& errors) {
+int runWindow(int& argumentCount, char** arguments, SingleInstance& instance, std::ostream& errors) {
   try {
     const auto home = QWLocalPaths::userDirectory();
     if (const auto reason = reasonNotToOpen(home)) {
@@ -108,13 +142,22 @@ int runWindow(int& argumentCount, char** arguments, std::ostream& errors) {
     }
     const std::string remark = remarkOnHome(*home);
     if (!remark.empty()) errors << "Vantory: " << remark << '\n';
+    const std::string activationToken = qgetenv("XDG_ACTIVATION_TOKEN").toStdString();
     const QtMessageHandler usual = qInstallMessageHandler(endWithoutDisplay);
     const std::future<void> fonts = std::async(std::launch::async, &preloadFonts);
     QApplication application(argumentCount, arguments);
     fonts.wait();
     qInstallMessageHandler(usual);
     prepareApplication();
-    return showWindow(*home);
+    const OpenRequest request{existingFiles(argumentCount, arguments, errors), activationToken};
+    MainThread& mainThread = MainThread::shared();
+    const MainThreadEvents events(mainThread);
+    WindowSession* receiver = nullptr;  // made before the first event is served
+    const auto receive = [&mainThread, &receiver](OpenRequest later) {
+      mainThread.post([&receiver, later = std::move(later)] { receiver->receive(later); });
+    };
+    if (isDoneByOther(instance, request, receive)) return 0;
+    return showWindow(*home, request.files, instance, receiver);
   } catch (const std::exception& exception) {
     QWException::logException(exception, "runWindow");
   }

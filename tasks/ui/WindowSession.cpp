@@ -1,10 +1,9 @@
 #include "tasks/ui/WindowSession.h"
 
 #include <QApplication>
-#include <QDesktopServices>
-#include <QUrl>
+#include <algorithm>
+#include <utility>
 
-#include "backups/AutosaveSchedule.h"
 #include "backups/QWAutosaveHeader.h"
 #include "backups/QWDataController.h"
 #include "catalog/ProjectHandlers.h"
@@ -18,12 +17,12 @@
 #include "services/MainThread.h"
 #include "services/Runtime.h"
 #include "tasks/HomeCheck.h"
+#include "tasks/ui/Documents.h"
+#include "tasks/ui/WindowMenus.h"
 
 namespace vantory {
 
 namespace {
-
-constexpr auto kMoreTools = "https://www.quarrywell.com/gearwright";
 
 template <class Act>
 void onTrigger(Command& command, Act act) {
@@ -37,6 +36,7 @@ WindowSession::WindowSession(const std::string& home)
       dialog_(&window_),
       progress_(&window_),
       chooser_(&dialog_),
+      importChooser_(&window_),
       alerts_([this](AlertParent parent) { return windowOf(parent); }),
       lock_(window_.lockPane().outline()),
       app_({window_, window_.trashPane().spinner(), progress_, lock_}),
@@ -46,13 +46,16 @@ WindowSession::WindowSession(const std::string& home)
       backup_({window_.backupPane().outline(), window_.backupPane().backupCommand(), window_.backupPane().spinner(),
                app_, restore_}),
       edit_({dialog_, chooser_, backup_, restore_, &ProjectHandlers::checkVantoryDefaultForFileExtensions,
-             &ProjectHandlers::setVantoryDefaultFileExtensions}) {
+             &ProjectHandlers::setVantoryDefaultFileExtensions}),
+      delegate_({window_, app_, importChooser_, *window_.menus().preferences, [] { QCoreApplication::exit(); },
+                 Vantory_AppDelegate::Tools()}) {
   restore_.setEditController(edit_);
   QWAlert::sharedController().ask = [this](const AlertTexts& texts) { return alerts_.ask(texts); };
   connectWindow();
   connectCatalogPanes();
   connectRestorePane();
   connectDialogs();
+  connectMenus();
   window_.recall(memory_);
   window_.showNotice(remarkOnHome(home));
 }
@@ -65,8 +68,9 @@ WindowSession::~WindowSession() {
 
 void WindowSession::connectWindow() {
   window_.setActions({.choosePane = [this](Pane pane) { choosePane(pane); },
-                      .openLink = [] { QDesktopServices::openUrl(QUrl(QString::fromLatin1(kMoreTools))); },
-                      .sort = [this](const std::string& column) { restore_.didClickTableColumn(column); }});
+                      .openLink = [this] { delegate_.helpGearwrightHome(); },
+                      .sort = [this](const std::string& column) { restore_.didClickTableColumn(column); },
+                      .openFiles = [this](const std::vector<std::string>& paths) { delegate_.openFiles(paths); }});
   window_.mayClose = [this] { return mayClose(); };
 }
 
@@ -117,16 +121,73 @@ void WindowSession::connectDialogs() {
                       .contract = [this] { edit_.contractProjectView(); }});
 }
 
+void WindowSession::connectMenus() {
+  WindowMenus& menus = window_.menus();
+  onTrigger(*menus.importBackup, [this] { delegate_.importBackup(); });
+  onTrigger(*menus.preferences, [this] { delegate_.showPreferences(); });
+  onTrigger(*menus.userManual, [this] { delegate_.helpUserManual(); });
+  onTrigger(*menus.viewLog, [this] { delegate_.viewLog(); });
+  onTrigger(*menus.viewTaskLog, [this] { delegate_.viewTaskLog(); });
+  onTrigger(*menus.gatherLogs, [this] { delegate_.gatherLogs(); });
+  onTrigger(*menus.reportBug, [this] { delegate_.helpReportBug(); });
+  onTrigger(*menus.suggestFeature, [this] { delegate_.helpSuggestFeature(); });
+  onTrigger(*menus.softwareUpdate, [this] { delegate_.menuSoftwareUpdate(); });
+  onTrigger(*menus.programHome, [this] { delegate_.helpVantoryHome(); });
+  onTrigger(*menus.maintenanceToolsHome, [this] { delegate_.helpGearwrightHome(); });
+  onTrigger(*menus.makerHome, [this] { delegate_.helpQWHome(); });
+}
+
+// What is not there cannot be chosen.
+void WindowSession::enableHelp() {
+  window_.menus().userManual->setEnabled(Vantory_AppDelegate::hasUserManual());
+  window_.menus().softwareUpdate->setEnabled(false);
+  BackgroundThreads::shared().start([this] {
+    if (!Vantory_AppDelegate::hasSoftwareUpdate()) return;
+    MainThread::shared().runAndWait([this] { window_.menus().softwareUpdate->setEnabled(true); });
+  });
+}
+
 // --- While it is open ------------------------------------------------------------------------------------------------
 
-void WindowSession::open() {
-  window_.onFirstPaint = [this] {
-    app_.load([this] { showRememberedPane(); });
-    QApplication::setWindowIcon(icons::application());
-    // The service manager may take its time.
-    BackgroundThreads::shared().start(&AutosaveSchedule::applyAtStart);
-  };
-  window_.show();
+bool WindowSession::needsWindow(const std::vector<std::string>& files) {
+  return files.empty() || std::ranges::any_of(files, isBackupDocument);
+}
+
+bool WindowSession::open(const std::vector<std::string>& files) {
+  if (!delegate_.awakeFromNib()) return false;
+  if (needsWindow(files)) {
+    window_.onFirstPaint = [this] {
+      delegate_.applicationDidFinishLaunching();
+      app_.load([this] { showRememberedPane(); });
+      QApplication::setWindowIcon(icons::application());
+      enableHelp();
+      painted_ = true;
+      delegate_.openFiles(std::exchange(waitingFiles_, {}));
+    };
+    openFiles(files);
+    window_.show();
+  } else {
+    QWDataController::sharedController().populateApps();
+    for (const std::string& file : files) delegate_.openFile(file);
+    delegate_.applicationDidFinishLaunching();
+  }
+  return true;
+}
+
+void WindowSession::receive(const OpenRequest& request) {
+  // Qt looks there when a window is to come to the front.
+  if (!request.activationToken.empty())
+    qputenv("XDG_ACTIVATION_TOKEN", QByteArray::fromStdString(request.activationToken));
+  if (needsWindow(request.files)) window_.bringToFront();
+  openFiles(request.files);
+}
+
+// What backups hold is told by the catalog, which is loaded when the window is painted.
+void WindowSession::openFiles(const std::vector<std::string>& files) {
+  if (painted_)
+    delegate_.openFiles(files);
+  else
+    waitingFiles_.insert(waitingFiles_.end(), files.begin(), files.end());
 }
 
 void WindowSession::showRememberedPane() {
@@ -158,7 +219,7 @@ void WindowSession::showSelection() {
 
 QWidget* WindowSession::windowOf(AlertParent parent) {
   if (parent == AlertParent::BackupDialog && dialog_.isVisible()) return &dialog_;
-  return &window_;
+  return window_.isVisible() ? &window_ : nullptr;
 }
 
 // --- The end ---------------------------------------------------------------------------------------------------------
@@ -174,10 +235,11 @@ bool WindowSession::mayClose() {
 
 // Work that still runs is served to its end; its questions are answered as if dismissed.
 void WindowSession::finish() {
-  window_.remember(memory_);
+  if (painted_) window_.remember(memory_);
   window_.hide();
   alerts_.refuse();
   BackgroundThreads::shared().waitForAll();
+  delegate_.applicationWillTerminate();
   QWAlert::sharedController().ask = nullptr;
 }
 

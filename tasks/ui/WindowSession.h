@@ -5,6 +5,7 @@
 #include "backups/ui/QWBackupEditController.h"
 #include "backups/ui/QWBackupOutlineController.h"
 #include "backups/ui/QWRestoreOutlineController.h"
+#include "platform/SingleInstance.h"
 #include "platform/qt/ProgressDialog.h"
 #include "platform/qt/QtFileChooser.h"
 #include "tasks/ui/AlertSheets.h"
@@ -12,6 +13,7 @@
 #include "tasks/ui/MainWindow.h"
 #include "tasks/ui/QWLockOutlineController.h"
 #include "tasks/ui/QWTrashTableController.h"
+#include "tasks/ui/Vantory_AppDelegate.h"
 #include "tasks/ui/WindowMemory.h"
 
 namespace vantory {
@@ -25,26 +27,36 @@ class WindowSession {
 
   MainWindow& window() { return window_; }
 
-  // Shows the window, and fills it once it is painted.
-  void open();
+  // Shows the window, fills it once it is painted, and then opens the files. Started for nothing but files that need no
+  // window, it opens them without one. False when the program is to quit at once.
+  [[nodiscard]] bool open(const std::vector<std::string>& files = {});
+  bool quitsWithLastWindow() const { return delegate_.applicationShouldTerminateAfterLastWindowClosed(); }
+  // Another start of the program asks for this.
+  void receive(const OpenRequest& request);
+  // Whether files alone are reason to open the window.
+  static bool needsWindow(const std::vector<std::string>& files);
 
  private:
   void connectWindow();
   void connectCatalogPanes();
   void connectRestorePane();
   void connectDialogs();
+  void connectMenus();
+  void enableHelp();
   void choosePane(Pane pane);
   void showRememberedPane();
   void showSelection();
   QWidget* windowOf(AlertParent parent);
   bool mayClose();
   void finish();
+  void openFiles(const std::vector<std::string>& files);
 
   WindowMemory memory_;
   MainWindow window_;
   BackupDialog dialog_;
   ProgressDialog progress_;
   QtFileChooser chooser_;
+  QtFileChooser importChooser_;
   AlertSheets alerts_;
   QWLockOutlineController lock_;
   AppWindowController app_;
@@ -52,6 +64,9 @@ class WindowSession {
   QWRestoreOutlineController restore_;
   QWBackupOutlineController backup_;
   QWBackupEditController edit_;
+  Vantory_AppDelegate delegate_;
+  bool painted_ = false;
+  std::vector<std::string> waitingFiles_;  // for the window to be painted
 };
 
 }  // namespace vantory

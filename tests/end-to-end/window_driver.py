@@ -77,6 +77,10 @@ def focus():
     time.sleep(0.3)
 
 
+notice = wait_for(name="Vantory ended unexpectedly the last time")
+say("/Library/Logs/CrashReporter/Vantory_" in notice.description, "a crash is told of at the next start")
+focus()
+key("Return")
 wait_for(name="Motion")
 focus()
 

@@ -12,6 +12,14 @@ for ((i = 0; i < 100; ++i)); do [ -s "$WORK/display" ] && break; sleep 0.1; done
 DISPLAY=:$(cat "$WORK/display")
 export DISPLAY QT_LINUX_ACCESSIBILITY_ALWAYS_ON=1
 
+# A first window, which crashes when it has made the first backup.
+"$PROGRAM" &
+window=$!
+library="$HOME/Library/Application Support/Quarrywell/Vantory/Backups"
+for ((i = 0; i < 100; ++i)); do [ -n "$(find "$library" -name Settings.plist 2>/dev/null)" ] && break; sleep 0.1; done
+kill -SEGV "$window"
+wait "$window" 2>/dev/null
+
 "$PROGRAM" &
 window=$!
 timeout 60 /usr/bin/python3 "$here/window_driver.py" || exit 1

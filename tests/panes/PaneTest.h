@@ -11,10 +11,22 @@
 #include "services/MainThread.h"
 #include "services/QWAlert.h"
 #include "services/QWUserDefaults.h"
+#include "tasks/ui/MainWindowView.h"
 #include "tests/backups/BackupsTest.h"
 #include "tests/support/FakeViews.h"
 
 namespace vantory::test {
+
+class FakeMainWindow : public MainWindowView {
+ public:
+  void showPane(Pane pane) override { shown.push_back(pane); }
+  void removeLinkItem() override { hasLink = false; }
+  void bringToFront() override { ++timesInFront; }
+
+  std::vector<Pane> shown;
+  bool hasLink = true;
+  int timesInFront = 0;
+};
 
 class PaneTest : public BackupsTest, protected PaneSwitcher {
  protected:

@@ -1,22 +1,11 @@
 #include "platform/Controls.h"
 #include "services/RunningApplicationGuard.h"
 #include "tasks/ui/AppWindowController.h"
-#include "tasks/ui/MainWindowView.h"
 #include "tasks/ui/QWLockOutlineController.h"
 #include "tests/panes/PaneTest.h"
 
 namespace vantory::test {
 namespace {
-
-class FakeWindow : public MainWindowView {
- public:
-  void showPane(Pane pane) override { shown.push_back(pane); }
-  void removeLinkItem() override { hasLink = false; }
-  void bringToFront() override {}
-
-  std::vector<Pane> shown;
-  bool hasLink = true;
-};
 
 class FakeGuard : public RunningApplicationGuard {
  public:
@@ -49,7 +38,7 @@ class TrashWorkflowTest : public PaneTest {
   bool hasSafetyBackup() { return !controller().autoBackupArray().empty(); }
 
   FakeGuard guard_;
-  FakeWindow window_;
+  FakeMainWindow window_;
   FakeProgressSheet sheet_;
   QWLockOutlineController lock_{outline_};
   AppWindowController controller_{{window_, spinner_, sheet_, lock_}};

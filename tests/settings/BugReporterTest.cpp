@@ -1,6 +1,7 @@
 #include "settings/QWBugReporter.h"
 
 #include "services/MainThread.h"
+#include "services/QWAlert.h"
 #include "tests/services/ServicesTest.h"
 
 namespace vantory::test {
@@ -16,6 +17,16 @@ class BugReporterTest : public ServicesTest {
 
   void start() { QWBugReporter::startBugReporter("Vantory", record_); }
   auto crash() const { return QWBugReporter::checkForCrashes("Vantory", record_); }
+  // What a delegate is told at the next start.
+  std::vector<std::string> toldAtStart() {
+    struct : BugReporterDelegate {
+      void applicationDidCrashWithLog(const std::string& log) override { told.push_back(log); }
+      std::vector<std::string> told;
+    } delegate;
+    QWBugReporter::startBugReporter("Vantory", record_, &delegate);
+    MainThread::shared().runPending();
+    return delegate.told;
+  }
   std::string report(const std::string& relative) const {
     const std::string path = home_ / ("Library/Logs/" + relative);
     writeFile(path, "");
@@ -36,6 +47,44 @@ TEST_F(BugReporterTest, ACrashIsAReportNewerThanAStartWithoutAnEnd) {
   fakes_.clock.set({4'000'000'000, 0});  // the report is older than this start
   start();
   EXPECT_EQ(crash(), std::nullopt);
+}
+
+TEST_F(BugReporterTest, TheDelegateHearsOfACrashOnceAlsoWhenATaskWasStartedFirst) {
+  using Told = std::vector<std::string>;
+  start();
+  fakes_.crashReports.report = report("core.vantory-window.1000.1.2.3.zst");  // one that the system keeps
+  const Told both = {*fakes_.crashReports.report};
+  EXPECT_EQ(toldAtStart(), both);
+  start();  // finds it, and has nobody to tell
+  fakes_.crashReports.report.reset();
+  start();
+  EXPECT_EQ(toldAtStart(), both);
+  EXPECT_EQ(toldAtStart(), Told());
+}
+
+TEST_F(BugReporterTest, TheNoticeIsLeftToTheBugReporterAndCanBeSwitchedOff) {
+  std::vector<std::string> notices;
+  QWAlert::sharedController().ask = [&](const AlertTexts& texts) {
+    notices.push_back(texts.informativeText);
+    return QWAlert::Default;
+  };
+  start();
+  const std::string path = report("CrashReporter/Vantory_1.crash");
+  QWBugReporter::showCrashNotice(path);
+  ASSERT_EQ(notices.size(), 1u);
+  EXPECT_NE(notices.front().find(path), std::string::npos);
+
+  fakes_.workspace.paths["com.quarrywell.BugReporter"] = "/BugReporter.app";
+  EXPECT_EQ(crash(), path);
+  EXPECT_EQ(fakes_.workspace.opened.size(), 1u);
+  QWBugReporter::showCrashNotice(path);
+  fakes_.workspace.paths.clear();
+  writeFile(home_ / "Library/Preferences/com.quarrywell.global.plist", "{\"disable-crash-reporter\" = 1;}");
+  EXPECT_EQ(crash(), path);
+  QWBugReporter::showCrashNotice(path);
+  EXPECT_EQ(notices.size(), 1u);
+  EXPECT_EQ(fakes_.workspace.opened.size(), 1u);
+  EXPECT_EQ(fakes_.systemLog.messages(), std::vector<std::string>{"Crash reporter disabled"});
 }
 
 }  // namespace

@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "platform/Clock.h"
+#include "platform/CrashReports.h"
 #include "platform/DefaultHandlers.h"
 #include "platform/Documents.h"
 #include "platform/FileMetadata.h"
@@ -89,12 +90,14 @@ class FakeSystemInfo : public SystemInfo {
   int processorCount() const override { return 4; }
   std::uint64_t memoryBytes() const override { return std::uint64_t{16} << 30; }
   std::string executablePath() const override { return "/opt/vantory/vantory"; }
+  std::string resourcePath(const std::string& name) const override { return resources + "/" + name; }
   const std::vector<std::string>& arguments() const override { return argumentList; }
   std::string workingDirectory() const override { return directory; }
   std::string uniqueString() const override { return "unique-" + std::to_string(++count_); }
 
   std::vector<std::string> argumentList = {"vantory"};
   std::string directory = "/";
+  std::string resources = "/opt/vantory/resources";
 
  private:
   mutable std::atomic<int> count_ = 0;
@@ -213,6 +216,13 @@ class FakeJobControl : public JobControl {
   std::function<Status(const std::string& call)> onCall = [](const std::string&) { return Status(); };
 };
 
+class FakeCrashReports : public CrashReports {
+ public:
+  std::optional<std::string> newestSince(Timestamp) const override { return report; }
+
+  std::optional<std::string> report;
+};
+
 // All of them. The file system is the test's choice; the ordinary user "anna", who is also at the console, lives in
 // `home`, the machine-wide folders lie below `root`.
 class FakePlatform {
@@ -233,6 +243,7 @@ class FakePlatform {
   FakeNotifications notifications;
   FakeJobControl jobs;
   LinuxSystemTools tools;
+  FakeCrashReports crashReports;
   Platform platform;
 };
 

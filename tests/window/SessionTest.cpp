@@ -36,7 +36,7 @@ class SessionTest : public BackupsTest {
   MainWindow& open() {
     controller().setBackupArray({});
     session_ = std::make_unique<WindowSession>(home_.path());
-    session_->open();
+    EXPECT_TRUE(session_->open());
     EXPECT_TRUE(eventually([this] { return !controller().backupArray().empty(); }));
     EXPECT_TRUE(eventually([] { return !BackgroundThreads::shared().isWorking(); }));
     return session_->window();

@@ -22,6 +22,8 @@ namespace {
 
 constexpr std::chrono::seconds kRevealPatience{10};
 constexpr std::chrono::seconds kMailPatience{10};
+// The program hands on what it cannot open: to itself, that would go on forever.
+constexpr const char* kOwnEntry = "com.quarrywell.Vantory.desktop";
 constexpr const char* kMailTool = "xdg-email";
 
 // With the application that is usual for what the address, a URI, names.
@@ -31,8 +33,10 @@ Status openUsually(const std::string& address) {
   const ObjectPointer<GFile> file(g_file_new_for_uri(address.c_str()));
   GError* error = nullptr;
   const ObjectPointer<GAppInfo> application(g_file_query_default_handler(file.get(), nullptr, &error));
-  if (application) return launch(G_DESKTOP_APP_INFO(application.get()), {address});
   const ErrorPointer owner(error);
+  if (application && g_str_equal(g_app_info_get_id(application.get()), kOwnEntry))
+    return errorWithText(std::errc::no_such_file_or_directory, address, "Vantory itself is to open it.");
+  if (application) return launch(G_DESKTOP_APP_INFO(application.get()), {address});
   return errorWithText(std::errc::no_such_file_or_directory, address, error->message);
 }
 

@@ -1,0 +1,13 @@
+// What a crash of this process leaves for support.
+#pragma once
+
+#include <string>
+
+namespace vantory {
+
+// From now on a crash of this process writes "PROGRAM_DATE_PROCESS.crash" (0600) into the folder, which is made below
+// an existing one when it is missing: what crashed, by which signal, and the functions that were being run; nothing of
+// what the memory held. The process ends as it would have without. Called once, on the main thread.
+void writeCrashReports(const std::string& folder, const std::string& program);
+
+}  // namespace vantory

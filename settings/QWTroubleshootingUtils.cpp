@@ -1,0 +1,118 @@
+#include "settings/QWTroubleshootingUtils.h"
+
+#include <mutex>
+#include <optional>
+
+#include "platform/Clock.h"
+#include "platform/Documents.h"
+#include "platform/FileMetadata.h"
+#include "services/LocalTime.h"
+#include "services/Paths.h"
+#include "services/QWAlert.h"
+#include "services/QWFileManager.h"
+#include "services/QWLocalPaths.h"
+#include "services/QWLog.h"
+#include "services/Runtime.h"
+#include "settings/LogGathering.h"
+
+namespace vantory {
+
+namespace {
+
+Platform& platform() {
+  return Runtime::current().platform();
+}
+
+// Gatherings share one folder.
+struct OneAtATime {
+  std::mutex mutex;
+};
+
+std::string archiveIn(const std::string& desktop, const std::string& name) {
+  const std::string archive = paths::join(desktop, name + " Logs.zip");
+  if (!QWFileManager::itemExistsAtPath(archive)) return archive;
+  return formatted("%@_%@.zip", paths::withoutExtension(archive),
+                   localTimeText(platform().clock.now(), "%Y%m%d%H%M%S"));
+}
+
+// What a person can do about it.
+std::string reasonForFailure(const std::string& desktop) {
+  if (!QWFileManager::isDirectoryAtPath(desktop)) return formatted("There is no folder %@.", desktop);
+  if (!platform().metadata.isWritable(desktop)) return formatted("The folder %@ cannot be written to.", desktop);
+  return "The log says what happened.";
+}
+
+bool tellFailure(const std::string& reason) {
+  QWLog::appendLog("Logs could not be gathered. %@", reason);
+  QWAlert::alertSheetWithMessageText("Logs could not be gathered",
+                                     formatted("Please check your file permissions. %@", reason));
+  return false;
+}
+
+bool tellNothingFound(bool silent) {
+  QWLog::appendLog("There were no logs available to gather.");
+  if (!silent) QWAlert::alertSheetWithMessageText("No logs found", "There were no logs available to gather.");
+  return false;
+}
+
+bool tellSuccess(const std::string& archive, int leftOut, bool silent) {
+  QWLog::appendLog("Gathered the logs in %@", archive);
+  std::string text = "The gathered logs were placed on your desktop.";
+  if (leftOut > 0) text += formatted(" %i of the files could not be read; the log names them.", leftOut);
+  if (!silent) QWAlert::alertSheetWithMessageText("Logs gathered successfully", text);
+  return true;
+}
+
+void viewLog(const std::string& fileName, const std::string& whenMissing) {
+  const auto logs = QWLocalPaths::logDirectory(true);
+  const std::string path = paths::join(logs.value_or(""), "Quarrywell/" + fileName);
+  if (!logs || !QWFileManager::fileExistsAtPath(path))
+    return QWAlert::alertSheetWithMessageText("No log found", whenMissing);
+  QWLog::finishWriting();
+  const Status opened = platform().documents.open(path);
+  if (opened) return;
+  QWLog::appendLog("Unable to open %@: %@", path, opened.error().text);
+  QWAlert::alertSheetWithMessageText("The log could not be opened", formatted("It lies at %@.", path));
+}
+
+}  // namespace
+
+bool QWTroubleshootingUtils::gatherLogsForAppsWithNames(const std::vector<std::string>& names, bool silent,
+                                                        const std::vector<std::string>& additionalFiles) {
+  const std::lock_guard lock(Runtime::current().shared<OneAtATime>().mutex);
+  const auto desktop = QWLocalPaths::desktopDirectory();
+  const auto temporary = QWLocalPaths::tempDirectory();
+  if (names.empty()) return tellNothingFound(silent);
+  if (!desktop || !temporary) return tellFailure("There is no folder for them.");
+  QWLog::finishWriting();
+  LogGathering gathering(paths::join(*temporary, "QW_App_Logs"));
+  if (const Status begun = gathering.begin(); !begun) return tellFailure(begun.error().text);
+  for (const std::string& name : names) gathering.addProgram(name);
+  for (const std::string& path : additionalFiles) gathering.addFile(path);
+  if (gathering.isEmpty()) return tellNothingFound(silent);
+  const std::string archive = archiveIn(*desktop, names.front());
+  if (gathering.copied() == 0 || !gathering.packInto(archive)) return tellFailure(reasonForFailure(*desktop));
+  return tellSuccess(archive, gathering.failed(), silent);
+}
+
+bool QWTroubleshootingUtils::gatherLogsForAppsWithNames(const std::vector<std::string>& names, bool silent) {
+  return gatherLogsForAppsWithNames(names, silent, {});
+}
+
+bool QWTroubleshootingUtils::gatherLogsForAppsWithNames(const std::vector<std::string>& names) {
+  return gatherLogsForAppsWithNames(names, false);
+}
+
+bool QWTroubleshootingUtils::gatherLogsForAppWithName(const std::string& name) {
+  return gatherLogsForAppsWithNames({name});
+}
+
+void QWTroubleshootingUtils::viewLogForApp(const std::string& name) {
+  viewLog(name + ".1.log", "You must perform a task before viewing the log.");
+}
+
+void QWTroubleshootingUtils::viewTaskLogForApp(const std::string& name) {
+  viewLog(name + ".1.task.log", "You must run the application as a task (e.g. through Jobwheel) before viewing a log.");
+}
+
+}  // namespace vantory

@@ -1,0 +1,90 @@
+#include "tasks/ui/Documents.h"
+
+#include <charconv>
+#include <filesystem>
+#include <map>
+#include <string_view>
+
+#include "services/Paths.h"
+#include "services/Text.h"
+
+namespace vantory {
+
+namespace {
+
+const std::map<std::string, std::string> kApplications = {{"fcp", "com.apple.FinalCutPro"},
+                                                          {"stap", "com.apple.soundtrackpro"},
+                                                          {"stmp", "com.apple.soundtrackpro"},
+                                                          {"motn", "com.apple.motion"},
+                                                          {"dspproj", "com.apple.dvdstudiopro"},
+                                                          {"ipr", "com.apple.LiveType"},
+                                                          {"compressor", "com.apple.Compressor.compressor"},
+                                                          {"colorproj", "com.apple.color"}};
+
+std::string extensionOf(const std::string& path) {
+  return lowerCased(paths::extension(path));
+}
+
+// None where a percent sign is not followed by two digits, or by those of NUL.
+std::optional<std::string> percentDecoded(std::string_view text) {
+  std::string bytes;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (text[i] != '%') {
+      bytes.push_back(text[i]);
+      continue;
+    }
+    const std::string_view digits = text.substr(i + 1, 2);
+    unsigned char byte = 0;
+    const auto [end, failure] = std::from_chars(digits.data(), digits.data() + digits.size(), byte, 16);
+    if (failure != std::errc() || digits.size() != 2 || end != digits.data() + 2 || byte == 0) return std::nullopt;
+    bytes.push_back(static_cast<char>(byte));
+    i += 2;
+  }
+  return bytes;
+}
+
+// The path that a "file:" address of this machine names; none for all other texts.
+std::optional<std::string> pathOfAddress(std::string_view text) {
+  constexpr std::string_view kScheme = "file:";
+  if (lowerCased(text.substr(0, kScheme.size())) != kScheme) return std::nullopt;
+  text.remove_prefix(kScheme.size());
+  for (const std::string_view host : {"//localhost/", "///"})
+    if (text.starts_with(host)) return percentDecoded(text.substr(host.size() - 1));
+  if (!text.starts_with('/') || text.starts_with("//")) return std::nullopt;
+  return percentDecoded(text);
+}
+
+std::string fullPath(const std::string& path, const std::string& workingDirectory) {
+  const auto joined = std::filesystem::path(workingDirectory) / path;
+  return paths::join(joined.lexically_normal().native(), "");
+}
+
+}  // namespace
+
+bool isBackupDocument(const std::string& path) {
+  const std::string extension = extensionOf(path);
+  return extension == "vnt" || extension == "vnt2";
+}
+
+std::optional<std::string> applicationOfProject(const std::string& path) {
+  const auto known = kApplications.find(extensionOf(path));
+  return known == kApplications.end() ? std::nullopt : std::optional(known->second);
+}
+
+bool isKnownDocument(const std::string& path) {
+  return isBackupDocument(path) || applicationOfProject(path);
+}
+
+std::vector<std::string> documentPaths(const std::vector<std::string>& arguments, const std::string& workingDirectory) {
+  std::vector<std::string> found;
+  bool optionsEnded = false;
+  for (const std::string& argument : arguments) {
+    const bool isOption = !optionsEnded && argument.starts_with('-');
+    optionsEnded = optionsEnded || argument == "--";
+    if (argument.empty() || isOption) continue;
+    found.push_back(fullPath(pathOfAddress(argument).value_or(argument), workingDirectory));
+  }
+  return found;
+}
+
+}  // namespace vantory

@@ -1,0 +1,20 @@
+// The files that the program opens, and how a command line names them.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace vantory {
+
+// Told by the extension, in any case.
+bool isBackupDocument(const std::string& path);
+// The bundle identifier of the application whose project that is; none for all other files.
+std::optional<std::string> applicationOfProject(const std::string& path);
+bool isKnownDocument(const std::string& path);
+
+// The full paths that arguments name: paths, relative ones too, and "file:" addresses. What begins with a dash is an
+// option and no path, unless "--" stands before it.
+std::vector<std::string> documentPaths(const std::vector<std::string>& arguments, const std::string& workingDirectory);
+
+}  // namespace vantory

@@ -1,0 +1,122 @@
+// How a project is opened: with the preferences that belong to it.
+
+#include <algorithm>
+#include <chrono>
+#include <exception>
+
+#include "backups/QWDataController.h"
+#include "platform/Clock.h"
+#include "platform/Workspace.h"
+#include "services/BackgroundThreads.h"
+#include "services/MainThread.h"
+#include "services/Paths.h"
+#include "services/QWAlert.h"
+#include "services/QWAuthorization.h"
+#include "services/QWException.h"
+#include "services/QWGrowl.h"
+#include "services/QWLog.h"
+#include "services/QWUserDefaults.h"
+#include "services/Runtime.h"
+#include "services/Text.h"
+#include "tasks/ui/Vantory_AppDelegate.h"
+
+namespace vantory {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr const char* kFinalCutPro = "com.apple.FinalCutPro";
+// Opens the system settings of Final Cut Pro by their shortcut.
+constexpr const char* kShowSystemSettings =
+    "tell application \"Final Cut Pro\" to activate\n"
+    "delay 0.5\n"
+    "tell application \"System Events\" to tell process \"Final Cut Pro\"\n"
+    "keystroke \"q\" using shift down\n"
+    "end tell";
+
+Workspace& workspace() {
+  return Runtime::current().platform().workspace;
+}
+
+void wait(std::chrono::seconds duration) {
+  Runtime::current().platform().clock.sleep(duration);
+}
+
+std::shared_ptr<QWBackup> backupLinkedTo(const std::string& project) {
+  for (const auto& node : QWDataController::sharedController().backupArray()) {
+    auto backup = std::dynamic_pointer_cast<QWBackup>(node);
+    if (backup && std::ranges::count(backup->projects(), project) > 0) return backup;
+  }
+  return nullptr;
+}
+
+bool wantsSystemSettings(const std::string& bundleID) {
+  return QWUserDefaults::standardUserDefaults().integerForKey("showSysSettingsDialog") == 1 &&
+         lowerCased(bundleID) == lowerCased(kFinalCutPro);
+}
+
+void reportFailure(const std::string& project, const std::string& reason) {
+  QWLog::appendLog("Unable to open %@: %@", project, reason);
+  QWAlert::alertSheetWithMessageText(formatted("The project \"%@\" could not be opened", paths::lastComponent(project)),
+                                     reason);
+}
+
+}  // namespace
+
+void Vantory_AppDelegate::openProject(const std::string& path, const std::string& withApplication) {
+  try {
+    const std::lock_guard turn(projectTurn_);
+    const bool restored = restoreBackupLinkedTo(path);
+    if (const auto application = workspace().applicationPath(withApplication)) {
+      const Result<bool> running = workspace().isRunning(kFinalCutPro);
+      openInApplication(path, withApplication);
+      MainThread::shared().runAndWait(
+          [&] { activateApplicationWithName(paths::withoutExtension(paths::lastComponent(*application))); });
+      if (!restored && wantsSystemSettings(withApplication)) showSystemSettings(running && *running);
+    } else {
+      QWLog::appendLogAndPrint("Unable to open %@ - the application %@ is not installed", path, withApplication);
+    }
+  } catch (const std::exception& exception) {
+    QWException::logException(exception, "openProject:withApplication:");
+  }
+  terminate();
+}
+
+bool Vantory_AppDelegate::restoreBackupLinkedTo(const std::string& project) {
+  QWDataController::sharedController().populateBackups();
+  const auto backup = backupLinkedTo(project);
+  if (!backup) return false;
+  QWLog::appendLog("Restoring backup %@, which the project is linked to", backup->name());
+  QWAuthorization::sharedController().beginTask();
+  QWGrowl::postGrowlNotification("Restoring preferences...", "");
+  backup->restore();
+  return true;
+}
+
+void Vantory_AppDelegate::openInApplication(const std::string& project, const std::string& bundleID) {
+  wait(1s);
+  QWLog::appendLog("Opening project %@ with application", project);
+  if (const Status opened = workspace().openFile(project, bundleID); !opened)
+    reportFailure(project, opened.error().text);
+  wait(1s);
+}
+
+void Vantory_AppDelegate::showSystemSettings(bool wasRunning) {
+  if (!wasRunning) wait(6s);
+  QWLog::appendLog("Sending prefs keyboard shortcut to Final Cut Pro");
+  MainThread::shared().runAndWait([this] { executeApplescript(kShowSystemSettings); });
+}
+
+// The name is that of the file that declares the application, which here is its identifier. One that has just been
+// started comes to the front by itself, and others may not be brought there by a stranger.
+void Vantory_AppDelegate::activateApplicationWithName(const std::string& name) {
+  (void)workspace().activateApplication(name);
+}
+
+bool Vantory_AppDelegate::executeApplescript(const std::string&) {
+  QWLog::appendLog("Unable to send keystrokes to another application on this system");
+  return false;
+}
+
+}  // namespace vantory

@@ -1,0 +1,144 @@
+#include "tasks/ui/Vantory_AppDelegate.h"
+
+#include "backups/AutosaveSchedule.h"
+#include "backups/QWDataController.h"
+#include "backups/ui/PaneSwitcher.h"
+#include "platform/Controls.h"
+#include "platform/Documents.h"
+#include "services/BackgroundThreads.h"
+#include "services/Paths.h"
+#include "services/QWAlert.h"
+#include "services/QWAuthorization.h"
+#include "services/QWLocalPaths.h"
+#include "services/QWLog.h"
+#include "services/QWUserDefaults.h"
+#include "services/Runtime.h"
+#include "settings/QWBugReporter.h"
+#include "tasks/ui/Documents.h"
+#include "tasks/ui/MainWindowView.h"
+
+namespace vantory {
+
+namespace {
+
+void registerDefaults() {
+  std::map<std::string, PropertyList> defaults = {{"periodicAutosave", 1},
+                                                  {"autosaveFrequency", 7},
+                                                  {"maxAutoBackups", 10},
+                                                  {"sortedColumn", "name"},
+                                                  {"sortedDescending", false}};
+  if (const auto support = QWLocalPaths::appSupportDirectory(true))
+    defaults.emplace("backupPath", paths::join(*support, "Quarrywell/Vantory/Backups"));
+  QWUserDefaults::standardUserDefaults().registerDefaults(defaults);
+}
+
+std::string nameOf(const std::string& backup) {
+  return paths::withoutExtension(paths::lastComponent(backup));
+}
+
+void import(const std::string& path) {
+  QWAuthorization::sharedController().beginTask();
+  if (QWDataController::sharedController().addBackupFromFile(path))
+    QWAlert::alertSheetWithMessageText("Restoration complete", "You may now relaunch your applications.");
+  else
+    QWAlert::alertSheetWithMessageText(formatted("The backup \"%@\" could not be restored", nameOf(path)),
+                                       "It is no backup that can be read, or could not be copied into the library. "
+                                       "Your preferences are as they were; the log says more.");
+}
+
+}  // namespace
+
+// --- Start and quit --------------------------------------------------------------------------------------------------
+
+bool Vantory_AppDelegate::awakeFromNib() {
+  if (QWUserDefaults::standardUserDefaults().integerForKey("requireAdminPassword") != 1) return true;
+  if (QWAuthorization::sharedController().authStart()) return true;
+  QWLog::appendLogAndPrint("An administrator is required to open Vantory - quitting...");
+  return false;
+}
+
+void Vantory_AppDelegate::applicationDidFinishLaunching() {
+  if (wasOpenedByProjectFile_) {
+    QWLog::appendLog("App was opened by project file - hiding...");
+    return;
+  }
+  registerDefaults();
+  // The service manager may take its time.
+  BackgroundThreads::shared().start(&AutosaveSchedule::applyAtStart);
+  parts_.window.bringToFront();
+}
+
+void Vantory_AppDelegate::applicationWillTerminate() {
+  ended_ = true;
+  const QWDataController& data = QWDataController::sharedController();
+  // Without a catalog there are no ticks: those of the last time stay.
+  if (!data.appArray().empty()) data.saveAppSelections();
+  if (const auto preferences = QWLocalPaths::prefsDirectory(true))
+    QWBugReporter::stopBugReporter(paths::join(*preferences, "com.quarrywell.Vantory.plist"));
+}
+
+void Vantory_AppDelegate::terminate() {
+  BackgroundThreads::shared().whenIdle([this] { parts_.quit(); });
+}
+
+// --- Documents -------------------------------------------------------------------------------------------------------
+
+void Vantory_AppDelegate::openFiles(const std::vector<std::string>& paths) {
+  for (const std::string& path : paths)
+    BackgroundThreads::shared().whenIdle([this, path] {
+      if (!ended_) openFile(path);
+    });
+}
+
+bool Vantory_AppDelegate::openFile(const std::string& path) {
+  QWLog::appendLog("User opened file %@", path);
+  if (isBackupDocument(path)) {
+    askToImport(path);
+    return true;
+  }
+  wasOpenedByProjectFile_ = true;
+  if (const auto application = applicationOfProject(path)) {
+    if (!BackgroundThreads::shared().start([this, path, application] { openProject(path, *application); })) terminate();
+    return true;
+  }
+  QWLog::appendLogAndPrint("Error - unknown file: %@", path);
+  handOn(path);
+  return false;
+}
+
+void Vantory_AppDelegate::askToImport(const std::string& path) {
+  parts_.window.bringToFront();
+  parts_.panes.toolbarRestore();
+  const int answer = QWAlert::alertSheetWithMessageText(
+      {.messageText = formatted("Are you sure you wish to restore the backup \"%@\"?", nameOf(path)),
+       .defaultButton = "Restore",
+       .alternateButton = "Cancel",
+       .informativeText = "This will overwrite any existing preferences."});
+  if (answer == QWAlert::Default) BackgroundThreads::shared().start([path] { import(path); });
+}
+
+// The desktop may take a while to find an application.
+void Vantory_AppDelegate::handOn(const std::string& path) {
+  BackgroundThreads::shared().start([path] {
+    const Status opened = Runtime::current().platform().documents.open(path);
+    if (opened) return;
+    QWLog::appendLog("Unable to open %@: %@", path, opened.error().text);
+    QWAlert::alertSheetWithMessageText(
+        formatted("Vantory cannot open \"%@\"", paths::lastComponent(path)),
+        "It is neither a backup nor a project of an editing application, and no other application opens it.");
+  });
+  terminate();
+}
+
+void Vantory_AppDelegate::importBackup() {
+  const auto chosen = parts_.chooser.choose({.extensions = {"vnt", "vnt2"}, .folders = true});
+  if (chosen.empty()) return;
+  if (isBackupDocument(chosen.front())) {
+    openFile(chosen.front());
+    return;
+  }
+  QWAlert::alertSheetWithMessageText(formatted("\"%@\" is not a backup", paths::lastComponent(chosen.front())),
+                                     "A backup is a folder whose name ends in \".vnt\" or \".vnt2\".");
+}
+
+}  // namespace vantory

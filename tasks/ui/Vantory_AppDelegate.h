@@ -1,0 +1,102 @@
+// What the windowed program does as a whole: start, open documents, serve the menus, quit.
+#pragma once
+
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/Result.h"
+
+namespace vantory {
+
+class Button;
+class FileChooser;
+class MainWindowView;
+class PaneSwitcher;
+
+// Main thread, but for the operations that say otherwise. What it is given outlives it.
+class Vantory_AppDelegate {
+ public:
+  // What the program's other rooms do for the menus; each may be empty.
+  struct Tools {
+    std::function<void(const std::string& application)> gatherLogs = {};   // worker thread
+    std::function<void(const std::string& application)> viewLog = {};      // worker thread
+    std::function<void(const std::string& application)> viewTaskLog = {};  // worker thread
+    std::function<void()> showPreferences = {};
+  };
+  struct Parts {
+    MainWindowView& window;
+    PaneSwitcher& panes;
+    FileChooser& chooser;
+    Button& menuPrefs;
+    std::function<void()> quit;  // ends the event loop
+    Tools tools = {};
+  };
+
+  explicit Vantory_AppDelegate(Parts parts) : parts_(std::move(parts)) {}
+
+  // --- Start and quit ---
+
+  // Called first. False when the program is to quit at once: an administrator is required, and there was none.
+  [[nodiscard]] bool awakeFromNib();
+  // Called when the window has been shown, or after the projects that the program was started for have been opened.
+  void applicationDidFinishLaunching();
+  bool applicationShouldTerminateAfterLastWindowClosed() const { return !wasOpenedByProjectFile_; }
+  // Called when no work runs any more; saves the ticks and records the orderly end.
+  void applicationWillTerminate();
+  bool wasOpenedByProjectFile() const { return wasOpenedByProjectFile_; }
+
+  // --- Documents ---
+
+  // Opens a backup, after asking, or a project with its application, which ends the program. What is neither is handed
+  // on to the desktop, which ends the program too; false then. The work is done on another thread.
+  bool openFile(const std::string& path);
+  // Opens each as soon as no work runs any more, one after the other.
+  void openFiles(const std::vector<std::string>& paths);
+  // Asks the person for a backup, and opens it.
+  void importBackup();
+
+  // Restores the backup that the project is linked to, opens the project, and ends the program when all work has ended.
+  // Worker thread.
+  void openProject(const std::string& path, const std::string& withApplication);
+  // Runs a script, of which nobody hears how it went. False where there is no such thing.
+  bool executeApplescript(const std::string& script);
+  void activateApplicationWithName(const std::string& name);
+
+  // --- Menus ---
+
+  void showPreferences();
+  void disablePrefsMenu();
+  void enablePrefsMenu();
+
+  void gatherLogs();
+  void viewTaskLog();
+  void viewLog();
+  void menuSoftwareUpdate();
+  void helpReportBug();
+  void helpSuggestFeature();
+  void helpQWHome();
+  void helpGearwrightHome();
+  void helpVantoryHome();
+  void helpUserManual();
+  // Whether there is anything to open. The first asks the desktop; any thread.
+  static bool hasSoftwareUpdate();
+  static bool hasUserManual();
+
+ private:
+  void askToImport(const std::string& path);
+  void handOn(const std::string& path);
+  static bool restoreBackupLinkedTo(const std::string& project);
+  void openInApplication(const std::string& project, const std::string& bundleID);
+  void showSystemSettings(bool wasRunning);
+  void terminate();
+
+  const Parts parts_;
+  bool wasOpenedByProjectFile_ = false;
+  bool ended_ = false;
+  std::mutex projectTurn_;  // two projects must not restore at once
+};
+
+}  // namespace vantory

@@ -1,0 +1,110 @@
+#!/usr/bin/env bash
+# Projects and backups opened by the one command, alone and while the window is open, on a desktop of their own.
+# Usage: opening.sh PROGRAM
+. "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
+also=("$(dirname "${1:-.}")/vantory-window" "$(dirname "${1:-.}")/vantory-desktop")
+begin ordinary "$@"
+need Xvfb xdotool dbus-run-session update-desktop-database
+
+# What runs on the display and the bus begins here anew, as an ordinary user.
+if [ "${2:-}" != inside ]; then
+  use_home opening
+  mkdir -p -m 1777 /tmp/.X11-unix
+  mkdir -p -m 700 "$work/run"
+  is_root && chown -R "$nobody" "$home" "$work/run"
+  limit=250 as_user env VANTORY_WORK="$work" VANTORY_HOMES="$homes" \
+    dbus-run-session -- bash "$here/opening.sh" "$program" inside
+  exit
+fi
+
+use_home opening
+Xvfb -displayfd 1 -screen 0 1024x768x24 -nolisten tcp >"$work/display" 2>"$work/xvfb" &
+server=$!
+trap 'kill $server' EXIT
+for ((i = 0; i < 100; ++i)); do [ -s "$work/display" ] && break; sleep 0.1; done
+[ -s "$work/display" ] || skip "no X server can be started here: $(tail -n 1 "$work/xvfb")"
+DISPLAY=:$(cat "$work/display")
+export DISPLAY
+log=$home/Library/Logs/Quarrywell/Vantory.1.log
+cd "$home"
+live=$preferences/com.apple.FinalCutPro.plist
+backup="$library/For the film.vnt"
+wait_for() { local i; for ((i = 0; i < 150; ++i)); do "$@" >/dev/null 2>&1 && return; sleep 0.1; done; return 1; }
+start() { "$program" "$@" >"$work/out" 2>"$work/err"; code=$?; }
+copies() { pgrep -c -u "$(id -u)" -x vantory-window; }
+# open NAME...: the window, in the background, until it has shown what it holds.
+open() { rm -f "$log"; "$program" "$@" 2>"$work/err" & window=$!; wait_for logged "Switched to Trash pane"; }
+shown() { xdotool search --onlyvisible --name '^Vantory$'; }
+press() { sleep 0.5; xdotool windowfocus --sync "$(shown | tail -n 1)" key "$1"; }
+entry() {
+  printf '[Desktop Entry]\nType=Application\nName=%s\nExec=%s\n%s\n' "$1" "$2" "${3:-}" >"$home/.local/share/applications/$1.desktop"
+}
+
+# An editing application that notes what it is given, and a reader of plain texts.
+mkdir -p "$home/.local/share/applications" "$home/.config"
+printf '#!/bin/sh\nprintf "%%s\\n" "$@" >>"%s"\n' "$home/given" >"$home/editor"
+chmod 755 "$home/editor"
+entry com.apple.FinalCutPro "$home/editor %f"
+entry com.example.Reader "$home/editor read %f" "MimeType=text/plain;"
+update-desktop-database "$home/.local/share/applications"
+given() { wait_for grep -qxF -- "$1" "$home/given"; }
+
+put "$live" "as it should be"
+start -backup "For the film"
+/usr/bin/python3 - "$backup/Settings.plist" "$home/film.fcp" <<'END'
+import plistlib, sys
+with open(sys.argv[1], 'rb') as file: settings = plistlib.load(file)
+settings['projects'] = [sys.argv[2]]
+with open(sys.argv[1], 'wb') as file: plistlib.dump(settings, file)
+END
+put "$live" "spoilt"
+touch film.fcp "Other Film.FCP" film.motn notes.txt
+cp -a "$backup" "$home/From elsewhere.vnt"
+
+# --- Without a window ------------------------------------------------------------------------------------------------
+
+start film.fcp & started=$!
+seen=no
+while kill -0 $started 2>/dev/null; do shown >/dev/null && seen=yes; sleep 0.1; done
+wait $started
+check "a project by a relative path goes to its application" given "$home/film.fcp"
+check "... with the preferences of the linked backup" holds "$live" "as it should be"
+check "... and no window" [ $seen = no ]
+check "... and the log tells it" eval 'logged "User opened file $home/film.fcp" && logged "App was opened by project file - hiding..." && logged "Opening project $home/film.fcp with application"'
+check "... no schedule is set up, no default written" eval '[ ! -e "$home/Library/LaunchAgents" ] && [ -z "$(plist get "$settings" periodicAutosave)" ]'
+check "... and the end is recorded" eval '[ "$(plist get "$settings" exit)" != "" ] && [[ ! "$(plist get "$settings" exit)" < "$(plist get "$settings" launch)" ]]'
+rm -f "$log"
+start film.motn
+check "without its application a project is left, and the log says why" eval 'ended 0 && logged "Unable to open $home/film.motn - the application com.apple.motion is not installed"'
+start notes.txt
+check "another file goes to the application for it" eval 'ended 0 && given "$home/notes.txt" && logged "Error - unknown file: $home/notes.txt"'
+
+# --- With a window ---------------------------------------------------------------------------------------------------
+
+open missing.fcp
+check "a file that is not there is told, and the window opens" eval 'grep -q "There is no file $home/missing.fcp" "$work/err" && wait_for shown'
+wait_for [ -d "$library/nobody.vnt" ]
+start
+check "a second start ends at once" ended 0
+put "$live" "spoilt"
+start "file://$home/From%20elsewhere.vnt"
+check "a second start hands its backup over" eval 'ended 0 && wait_for logged "User opened file $home/From elsewhere.vnt"'
+check "... there is one window" [ "$(copies)" = 1 ]
+press Return
+check "... which asks, and imports" wait_for holds "$live" "as it should be"
+check "... into the library" [ -f "$library/From elsewhere.vnt/Settings.plist" ]
+press Return
+kill -9 $window
+wait $window 2>/dev/null
+check "a killed window leaves nothing in the way" eval 'open && wait_for shown && [ "$(copies)" = 1 ]'
+rm -f "$home/given"
+start "$home/Other Film.FCP"
+check "a project given to the window goes to its application" eval 'ended 0 && given "$home/Other Film.FCP"'
+wait $window
+code=$?
+check "... and the window ends in order" eval 'ended 0 && logged "App selections saved"'
+for i in 1 2 3 4; do "$program" 2>/dev/null & done
+check "of four starts at once one window opens" eval 'wait_for shown; sleep 1; [ "$(copies)" = 1 ]'
+pkill -TERM -u "$(id -u)" -x vantory-window
+check "the end of the session ends the window in order" eval 'wait_for not pgrep -u "$(id -u)" -x vantory-window && logged "App selections saved"'
+summary

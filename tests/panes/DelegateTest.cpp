@@ -1,0 +1,194 @@
+#include "tasks/ui/Vantory_AppDelegate.h"
+
+#include <atomic>
+#include <thread>
+
+#include "tasks/ui/Documents.h"
+#include "tests/panes/PaneTest.h"
+
+namespace vantory::test {
+namespace {
+
+using testing::Contains;
+using testing::Not;
+using testing::Pair;
+
+constexpr const char* kProject = "/films/Cut.FCP";
+constexpr const char* kKeystroke = "Sending prefs keyboard shortcut to Final Cut Pro";
+
+class DelegateTest : public PaneTest {
+ protected:
+  DelegateTest() {
+    setSmallCatalog("good");
+    fakes_.workspace.paths["com.apple.FinalCutPro"] = "/share/com.apple.FinalCutPro.desktop";
+    QWUserDefaults::standardUserDefaults().setObject("showSysSettingsDialog", PropertyList(1));
+  }
+
+  std::shared_ptr<QWBackup> writeBackup(const std::string& name, const std::vector<std::string>& projects) {
+    auto backup = backupOfAll(name);
+    backup->setProjects(projects);
+    EXPECT_EQ(backup->writeData(), WriteResult::Success);
+    return backup;
+  }
+  // Opens the file and waits for all that comes of it; answers the log.
+  std::vector<std::string> open(const std::string& path) {
+    logged();
+    delegate_.openFiles({path});
+    finishWork();
+    return logged();
+  }
+  std::int64_t secondsFor(const std::function<void()>& work) {
+    const Timestamp start = fakes_.clock.now();
+    work();
+    return fakes_.clock.now().seconds - start.seconds;
+  }
+
+  FakeMainWindow window_;
+  FakeFileChooser chooser_;
+  int quits_ = 0;
+  Vantory_AppDelegate delegate_{{window_, *this, chooser_, button_, [this] { ++quits_; }}};
+};
+
+TEST_F(DelegateTest, AProjectBringsThePreferencesItIsLinkedTo) {
+  writeBackup("For another", {"/films/cut.fcp"});
+  writeBackup("For the film", {"/films/other.fcp", kProject});
+  writeFile(prefs("editor.plist"), "spoilt");
+  const auto lines = open(kProject);
+  delegate_.applicationDidFinishLaunching();
+  EXPECT_EQ(readFile(prefs("editor.plist")), "good");
+  EXPECT_THAT(lines, Contains("Restoring backup For the film, which the project is linked to"));
+  EXPECT_EQ(fakes_.notifications.posted.front().title, "Restoring preferences...");
+  EXPECT_THAT(fakes_.workspace.opened, ElementsAre(Pair(kProject, "com.apple.FinalCutPro")));
+  EXPECT_THAT(fakes_.workspace.activated, ElementsAre("com.apple.FinalCutPro"));
+  EXPECT_THAT(lines, Not(Contains(kKeystroke))) << "the restored settings are not to be changed";
+  EXPECT_EQ(quits_, 1);
+
+  finishWork();
+  EXPECT_EQ(window_.timesInFront, 0);
+  EXPECT_THAT(fakes_.jobs.loaded, IsEmpty());
+  EXPECT_EQ(QWUserDefaults::standardUserDefaults().integerForKey("maxAutoBackups"), 0) << "no defaults either";
+  EXPECT_FALSE(delegate_.applicationShouldTerminateAfterLastWindowClosed());
+}
+
+TEST_F(DelegateTest, WithoutABackupTheSettingsOfFinalCutProAreAskedFor) {
+  EXPECT_EQ(secondsFor([&] { EXPECT_THAT(open(kProject), Contains(kKeystroke)); }), 8) << "it has to start first";
+  fakes_.workspace.running = {"com.apple.FinalCutPro"};
+  EXPECT_EQ(secondsFor([&] { open(kProject); }), 2);
+  fakes_.workspace.paths["com.apple.motion"] = "/share/com.apple.motion.desktop";
+  EXPECT_THAT(open("/films/title.motn"), Not(Contains(kKeystroke)));
+  EXPECT_EQ(quits_, 3);
+}
+
+TEST_F(DelegateTest, WhatCannotBeOpenedEndsTheProgramAndIsTold) {
+  EXPECT_THAT(open("/films/title.motn"),
+              Contains("Unable to open /films/title.motn - the application com.apple.motion is not installed"));
+  EXPECT_THAT(fakes_.workspace.opened, IsEmpty());
+  EXPECT_EQ(quits_, 1);
+
+  EXPECT_THAT(open("/films/notes.txt"), Contains("Error - unknown file: /films/notes.txt"));
+  EXPECT_THAT(fakes_.documents.opened, ElementsAre("/films/notes.txt"));
+  EXPECT_EQ(quits_, 2);
+  EXPECT_THAT(alerts_, IsEmpty());
+  fakes_.documents.answer = Error{std::errc::no_such_file_or_directory, "no application"};
+  open("/films/notes.txt");
+  EXPECT_THAT(alerts_, ElementsAre("Vantory cannot open \"notes.txt\""));
+}
+
+TEST_F(DelegateTest, ABackupIsImportedAfterAQuestion) {
+  const std::string elsewhere = home_ / "Films/Clean setup.vnt";
+  std::filesystem::create_directories(home_ / "Films");
+  std::filesystem::rename(writeBackup("Clean setup", {})->path(), elsewhere);
+  writeFile(prefs("editor.plist"), "spoilt");
+  answer_ = QWAlert::Alternate;
+  open(elsewhere);
+  EXPECT_THAT(alerts_, ElementsAre("Are you sure you wish to restore the backup \"Clean setup\"?"));
+  EXPECT_EQ(readFile(prefs("editor.plist")), "spoilt");
+  EXPECT_FALSE(exists(inLibrary("Clean setup.vnt")));
+
+  answer_ = QWAlert::Default;
+  chooser_.answer = {elsewhere};
+  delegate_.importBackup();
+  finishWork();
+  EXPECT_TRUE(chooser_.request.folders);
+  EXPECT_EQ(alerts_.back(), "Restoration complete");
+  EXPECT_EQ(readFile(prefs("editor.plist")), "good");
+  EXPECT_TRUE(exists(inLibrary("Clean setup.vnt/Settings.plist")));
+  EXPECT_THAT(shownPanes_, ElementsAre("Restore", "Restore"));
+  EXPECT_EQ(window_.timesInFront, 2);
+
+  // No folder, nothing in it, and a folder of another kind.
+  writeFile(home_ / "file.vnt", "x");
+  makeFolders(home_ / "empty.vnt");
+  for (const char* name : {"file", "empty"}) {
+    open(home_ / (std::string(name) + ".vnt"));
+    EXPECT_EQ(alerts_.back(), formatted("The backup \"%@\" could not be restored", name));
+  }
+  EXPECT_FALSE(exists(inLibrary("file.vnt")));
+  chooser_.answer = {home_ / "Films"};
+  delegate_.importBackup();
+  EXPECT_EQ(alerts_.back(), "\"Films\" is not a backup");
+  EXPECT_EQ(quits_, 0);
+}
+
+TEST_F(DelegateTest, DocumentsAndTheEndWaitForRunningWork) {
+  std::atomic<bool> go = false;
+  const auto task = [&go] {
+    while (!go) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  };
+  BackgroundThreads::shared().start(task);
+  delegate_.openFiles({kProject, home_ / "empty.vnt"});
+  MainThread::shared().runPending();
+  EXPECT_THAT(logged(), Not(Contains(testing::StartsWith("User opened"))));
+  // Another task begins while the second file's question is on the screen.
+  onAlert_ = [&](const AlertTexts&) {
+    EXPECT_EQ(fakes_.workspace.opened.size(), 1U) << "one after the other";
+    go = false;
+    BackgroundThreads::shared().start(task);
+    MainThread::shared().runPending();
+    EXPECT_EQ(quits_, 0);
+    go = true;
+    return QWAlert::Alternate;
+  };
+  go = true;
+  finishWork();
+  EXPECT_EQ(alerts_.size(), 1U);
+  EXPECT_EQ(quits_, 1);
+}
+
+TEST_F(DelegateTest, StartsOnlyWithAnAdministratorWhereOneIsRequired) {
+  EXPECT_TRUE(delegate_.awakeFromNib());
+  QWUserDefaults::standardUserDefaults().setObject("requireAdminPassword", PropertyList(1));
+  fakes_.privileged.grants = false;
+  EXPECT_FALSE(delegate_.awakeFromNib());
+  fakes_.privileged.grants = true;
+  EXPECT_TRUE(delegate_.awakeFromNib());
+  delegate_.applicationDidFinishLaunching();
+  finishWork();
+  EXPECT_EQ(QWUserDefaults::standardUserDefaults().integerForKey("maxAutoBackups"), 10);
+  EXPECT_EQ(fakes_.jobs.loaded.size(), 1U);
+}
+
+TEST_F(DelegateTest, HelpOpensPagesAndTheManualWhereThereIsOne) {
+  fakes_.system.resources = home_.path();
+  EXPECT_FALSE(delegate_.hasUserManual());
+  writeFile(home_ / "Vantory User Manual.pdf", "%PDF");
+  delegate_.helpReportBug();
+  finishWork();
+  delegate_.helpUserManual();
+  finishWork();
+  EXPECT_THAT(fakes_.documents.opened,
+              ElementsAre("https://www.quarrywell.com/support/bug/?app=vantory&version=" VANTORY_VERSION,
+                          home_ / "Vantory User Manual.pdf"));
+}
+
+TEST(DocumentPathsTest, FindsPathsAndAddressesAmongArguments) {
+  EXPECT_THAT(
+      documentPaths({"-psn_0_1", "a.fcp", "./b//c.vnt/", "../d.fcp", "/e f.fcp", "file:///g%20%ff.fcp",
+                     "FILE://localhost/h", "file:/i", "file:j", "file:///%00", "file:///%zz", "", "--", "-k.fcp"},
+                    "/home/anna"),
+      ElementsAre("/home/anna/a.fcp", "/home/anna/b/c.vnt", "/home/d.fcp", "/e f.fcp", "/g \xff.fcp", "/h", "/i",
+                  "/home/anna/file:j", "/home/anna/file:/%00", "/home/anna/file:/%zz", "/home/anna/-k.fcp"));
+}
+
+}  // namespace
+}  // namespace vantory::test
