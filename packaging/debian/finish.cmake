@@ -27,3 +27,6 @@ if(EXISTS ${gui_package})
     file(CREATE_LINK vantory.1.gz ${gui_package}/man/man1/vantory-window.1.gz SYMBOLIC)
   endif()
 endif()
+
+# Whatever the umask of who runs cpack.
+execute_process(COMMAND find ${CPACK_TEMPORARY_INSTALL_DIRECTORY} -type d -exec chmod 755 {} + COMMAND_ERROR_IS_FATAL ANY)
