@@ -155,9 +155,13 @@ void QWDataController::manageAutoBackups() {
 void QWDataController::removeBackup(const std::shared_ptr<QWBackup>& backup) {
   QWLog::appendLog("Removing backup...");
   if (!QWFileManager::trashFile(backup->path(), 10s)) FailureTally::shared().add();
-  Library library = backupArray();
-  std::erase(library, std::static_pointer_cast<BackupNode>(backup));
-  setBackupArray(std::move(library));
+  MainThread::shared().runAndWait([&] {
+    Library library = backupArray();
+    std::erase(library, std::static_pointer_cast<BackupNode>(backup));
+    setBackupArray(std::move(library));
+    BackupList automatic = autoBackupArray();
+    if (std::erase(automatic, backup) > 0) setAutoBackupArray(std::move(automatic));
+  });
 }
 
 std::shared_ptr<QWBackup> QWDataController::defaultBackup() const {

@@ -39,6 +39,8 @@ BackupList QWDataController::autoBackupArray() const {
 void QWDataController::setAutoBackupArray(BackupList backups) {
   const std::lock_guard lock(mutex_);
   autoBackups_.swap(backups);
+  if (!backups_.empty() && std::dynamic_pointer_cast<QWAutosaveHeader>(backups_.front()))
+    backups_.front() = QWAutosaveHeader::autosaveHeaderWithChildren(autoBackups_);
 }
 
 void QWDataController::populateApps() {

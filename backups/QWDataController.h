@@ -27,6 +27,7 @@ class QWDataController {
   Library backupArray() const;
   void setBackupArray(Library backups);
   BackupList autoBackupArray() const;
+  // The group of automatic backups, where there is one, shows them from now on.
   void setAutoBackupArray(BackupList backups);
   // Told after a list has changed, on the thread that changed it; may be empty.
   std::function<void()> reloadRestorePane;
@@ -49,7 +50,7 @@ class QWDataController {
   void populateAutoBackups(bool reload = true);
   // Deletes the oldest automatic backups beyond the number the user wants kept, for good.
   void manageAutoBackups();
-  // Moves the backup to the Trash and drops it from the list.
+  // Moves the backup to the Trash and drops it from the list, any thread.
   void removeBackup(const std::shared_ptr<QWBackup>& backup);
   // Copies a backup from elsewhere into the library and restores it, on any thread. False when that failed; the log
   // says why. To tell the user is the caller's part.

@@ -67,4 +67,11 @@ bool ProjectHandlers::checkVantoryDefaultForFileExtensions() {
   return std::all_of(kOrder.begin(), kOrder.end(), isOwn);
 }
 
+bool ProjectHandlers::updateHandlingStatus() {
+  QWLog::appendLog("Updating preference handling information...");
+  const bool isVantory = checkVantoryDefaultForFileExtensions();
+  QWLog::appendLog("%@ is the default project handler", isVantory ? "Vantory" : "Final Cut Studio");
+  return isVantory;
+}
+
 }  // namespace vantory

@@ -13,6 +13,8 @@ class ProjectHandlers {
   static bool setVantoryDefaultFileExtensions();
   // True when this program is the default viewer of all projects.
   static bool checkVantoryDefaultForFileExtensions();
+  // The same, told in the log: what is shown to the person after a change.
+  static bool updateHandlingStatus();
 };
 
 }  // namespace vantory

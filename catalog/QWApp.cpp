@@ -102,6 +102,10 @@ std::uint64_t QWApp::size() const {
   return total;
 }
 
+bool QWApp::isMeasured() const {
+  return std::all_of(children_.begin(), children_.end(), [](const auto& item) { return item->isMeasured(); });
+}
+
 std::optional<Timestamp> QWApp::date() const {
   std::optional<Timestamp> newest;
   for (const auto& item : children_) newest = std::max(newest, item->date());

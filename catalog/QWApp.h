@@ -65,6 +65,8 @@ class QWApp : public CatalogParent, public std::enable_shared_from_this<QWApp> {
   // Total size and newest change of the items, as far as they are known.
   std::uint64_t size() const;
   std::optional<Timestamp> date() const;
+  // Whether all items are measured.
+  bool isMeasured() const;
 
  private:
   int lockStateOfItems() const;

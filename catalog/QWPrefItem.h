@@ -65,7 +65,12 @@ class QWPrefItem : public CatalogParent, public std::enable_shared_from_this<QWP
   // backup that was read they are measured when first asked for.
   std::optional<Timestamp> date();
   std::optional<std::uint64_t> size();
-  void measureWhenAsked(std::shared_ptr<const BackupPlace> backup) { measuredWhenAsked_ = std::move(backup); }
+  void measureWhenAsked(std::shared_ptr<const BackupPlace> backup) {
+    measuredWhenAsked_ = std::move(backup);
+    isMeasured_ = false;
+  }
+  // Whether asking takes no time and may be done on any thread; until then one thread at a time may ask.
+  bool isMeasured() const { return isMeasured_; }
   void populateFileDatesAndSizes(const BackupPlace& backup);
 
   // Takes its state from its users; without users it keeps its own.
@@ -98,6 +103,7 @@ class QWPrefItem : public CatalogParent, public std::enable_shared_from_this<QWP
   std::weak_ptr<CatalogParent> parent_;
   Users users_;
   std::shared_ptr<const BackupPlace> measuredWhenAsked_;  // null once measured
+  std::atomic<bool> isMeasured_ = true;
   std::optional<Timestamp> date_;
   std::optional<std::uint64_t> size_;
 };

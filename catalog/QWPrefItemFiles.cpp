@@ -177,6 +177,7 @@ void QWPrefItem::populateFileDatesAndSizes(const BackupPlace& backup) {
   }
   date_ = newest;
   size_ = total;
+  isMeasured_ = true;
 }
 
 }  // namespace vantory

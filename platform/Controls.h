@@ -33,7 +33,8 @@ class ProgressSheet {
   virtual void setValue(double value) = 0;
 };
 
-// Asks the person for files. Answers absolute paths; none when the person cancelled.
+// Asks the person for files. Answers absolute paths; none when the person cancelled. The path of a file whose name is
+// no text may come out as one that does not exist.
 class FileChooser {
  public:
   virtual ~FileChooser() = default;
@@ -42,6 +43,8 @@ class FileChooser {
     // Folders instead of files, whatever they are called. New ones may be made unless extensions are given.
     bool folders = false;
     bool several = false;
+    std::string kind = "Files";  // what files of these extensions are called
+    bool others = false;         // files of other extensions can be chosen too; whoever asks looks at what they are
   };
   virtual std::vector<std::string> choose(const Request& request) = 0;
 };

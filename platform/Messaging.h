@@ -1,4 +1,4 @@
-// The two ways a task speaks to the desktop: to the tool that started it, and to the person.
+// How the program speaks to the desktop: to the tool that started it, to the person, and to the maker's other programs.
 #pragma once
 
 #include <functional>
@@ -47,6 +47,15 @@ class DesktopNotifications {
   virtual Status post(const std::string& title, const std::string& text, const std::string& context) = 0;
   // Who hears from now on what becomes of the messages; null for nobody. When this returns no earlier listener runs.
   virtual void listen(Listener listener) = 0;
+};
+
+// Names that are called out to all programs of the session, whoever listens. Any thread.
+class Announcements {
+ public:
+  virtual ~Announcements() = default;
+
+  // Returns when the name is on its way; fails within two seconds or so where it cannot be.
+  virtual Status announce(const std::string& name) = 0;
 };
 
 }  // namespace vantory

@@ -3,6 +3,7 @@
 
 namespace vantory {
 
+class Announcements;
 class Clock;
 class CrashReports;
 class DefaultHandlers;
@@ -39,6 +40,7 @@ struct Platform {
   DefaultHandlers& defaultHandlers;
   TaskClient& taskClient;
   DesktopNotifications& notifications;
+  Announcements& announcements;
   JobControl& jobs;
   SystemTools& tools;
   CrashReports& crashReports;

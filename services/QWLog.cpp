@@ -42,6 +42,10 @@ void QWLog::holdUntilNewLog(std::string message) {
   sharedController().hold(std::move(message));
 }
 
+void QWLog::keepSilent() {
+  sharedController().loggingDisabled_ = true;
+}
+
 void QWLog::finishWriting() {
   QWLog& log = sharedController();
   Lock lock(log.mutex_);

@@ -53,6 +53,9 @@ class QWLog {
   // createNewLog() starts. Written at once when it has been called already.
   static void holdUntilNewLog(std::string message);
 
+  // From now on nothing is written, and what is to be printed is printed only.
+  static void keepSilent();
+
   // Returns when everything handed over so far is written.
   static void finishWriting();
 

@@ -24,6 +24,12 @@ void AppController::initWithoutGUI() {
   QWAuthorization::sharedController(false);
 }
 
+void AppController::initForDryRun() {
+  QWCmdUtils::sharedController().setHasGUI(false);
+  QWLog::keepSilent();
+  QWAuthorization::sharedController(false);
+}
+
 void AppController::postGrowlNotification(const std::string& title, const std::string& description) const {
   const std::vector<std::string>& arguments = Runtime::current().platform().system.arguments();
   if (arguments.empty() || (arguments.back() != "-hotkey" && arguments.back() != "-task")) return;

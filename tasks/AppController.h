@@ -21,6 +21,8 @@ class AppController {
 
   // Prepares the process for a task without windows: records its start, and opens a new task log.
   void initWithoutGUI();
+  // The same for a task whose deeds are only recorded: no start is told of, and no log kept.
+  void initForDryRun();
 
   // Shows a desktop notification when the process's last argument is "-hotkey" or "-task", else does nothing.
   void postGrowlNotification(const std::string& title, const std::string& description) const;

@@ -3,10 +3,25 @@
 #include <iomanip>
 #include <ostream>
 #include <string>
+#include <string_view>
 
 #include "tasks/Command.h"
+#include "tasks/Question.h"
 
 namespace vantory {
+
+namespace {
+
+void printRow(std::ostream& output, std::string_view option, std::string_view operands, std::string_view purpose) {
+  std::string left(option);
+  if (!operands.empty()) left.append(" ").append(operands);
+  constexpr std::size_t kWidth = 22;
+  output << "  " << std::left << std::setw(kWidth) << left;
+  if (left.size() >= kWidth) output << "\n  " << std::setw(kWidth) << "";
+  output << purpose << '\n';
+}
+
+}  // namespace
 
 void printHelp(std::ostream& output) {
   output << "Usage: vantory [TASK [OPERANDS]]\n"
@@ -15,16 +30,15 @@ void printHelp(std::ostream& output) {
             "Without a task the window opens. Of several tasks the first in this list is done.\n"
             "FILE is a project, which opens with the preferences of the backup that it is linked to, or a backup to "
             "import.\n\n";
-  for (const Command& command : commandTable()) {
-    std::string option(command.option);
-    if (!command.operands.empty()) option.append(" ").append(command.operands);
-    output << "  " << std::left << std::setw(22) << option << command.purpose << '\n';
-  }
-  output << "  " << std::setw(22) << "-h, --help"
-         << "Print this text.\n"
-         << "  " << std::setw(22) << "--version"
-         << "Print the version.\n"
-         << "\n"
+  for (const Command& command : commandTable()) printRow(output, command.option, command.operands, command.purpose);
+  output << "\nTo see without changing anything, with no task on the line:\n\n";
+  for (const Question& question : questionTable())
+    printRow(output, question.option, question.operands, question.purpose);
+  printRow(output, "--json", "", "With one of these: answer in JSON.");
+  printRow(output, "--print0", "", "With a list: only the keys, or paths, each ended by a zero byte.");
+  printRow(output, "-h, --help", "", "Print this text.");
+  printRow(output, "--version", "", "Print the version.");
+  output << "\n"
             "KEYS   item keys separated by commas, such as fcpPrefs,motionPrefs. For -trash, -lock and -unlock also\n"
             "       -allprefs (every item of preferences proper) or -allfiles (every item).\n"
             "NAME   of the backup; one that bears it already goes to the Trash. Where more than two arguments follow\n"
@@ -34,9 +48,12 @@ void printHelp(std::ostream& output) {
             "With -task or -hotkey as the very last argument a task shows desktop notifications. Right after a task\n"
             "option it counts as an operand.\n"
             "\n"
+            "A preview's task is written without its dash, such as \"--preview trash fcp\".\n"
+            "\n"
             "Exit code: 0 when the task was done, also where single files failed (the log says which);\n"
             "1 when it could not be begun (a missing or invalid operand, no default backup, no backup at PATH,\n"
-            "nobody at the console), when output could not be written, or when no window is installed.\n";
+            "nobody at the console), when output could not be written, or when no window is installed.\n"
+            "A preview ends as the task would.\n";
 }
 
 void printVersion(std::ostream& output) {

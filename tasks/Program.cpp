@@ -21,6 +21,7 @@
 #include "tasks/Help.h"
 #include "tasks/HomeCheck.h"
 #include "tasks/QWVantoryUtilities.h"
+#include "tasks/Question.h"
 
 namespace vantory {
 
@@ -86,11 +87,15 @@ int runMode(std::ostream& output, std::ostream& errors, const ProgramReplacement
   const auto has = [&](std::string_view argument) {
     return std::find(arguments.begin(), arguments.end(), argument) != arguments.end();
   };
-  if (const auto chosen = chooseCommand(arguments)) return runCommand(*chosen, output, errors);
+  // Whoever asks for a preview and writes the task with its dash does not want it done.
+  if (const auto chosen = chooseCommand(arguments); chosen && !beginsWithQuestion(arguments))
+    return runCommand(*chosen, output, errors);
   if (has("--help") || has("-h")) {
     printHelp(output);
   } else if (has("--version")) {
     printVersion(output);
+  } else if (const auto answered = answerQuestion(arguments, output, errors)) {
+    return *answered;
   } else {
     return openWindow(arguments, errors, become);
   }

@@ -23,9 +23,10 @@ class QWBackupEditController {
     FileChooser& chooser;
     QWBackupOutlineController& backupController;
     QWRestoreOutlineController& restoreController;
-    // Whether this program opens the project files, and what makes it do so.
+    // Whether this program opens the project files, and what makes it do so, which answers whether it does now. Called
+    // on another thread.
     std::function<bool()> handlesProjects;
-    std::function<void()> changeHandlerToVantory;
+    std::function<bool()> changeHandlerToVantory;
   };
   explicit QWBackupEditController(Parts parts) : parts_(std::move(parts)) {}
 
@@ -48,10 +49,9 @@ class QWBackupEditController {
 
  private:
   void show(const std::string& confirmTitle);
+  void showHandlingNotice();
   bool isAcceptable(const std::string& name) const;
-  bool makesRoomFor(const std::string& name, const std::string& target) const;
-  void renameEdited(const std::string& name, const std::string& target);
-  std::shared_ptr<QWBackup> newBackup(const std::string& name, const std::string& target) const;
+  bool isEditedName(const std::string& name) const;
 
   Parts parts_;
   std::vector<std::string> projects_;

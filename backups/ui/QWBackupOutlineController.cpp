@@ -5,13 +5,14 @@
 #include "backups/QWBackup.h"
 #include "backups/QWDataController.h"
 #include "backups/ui/CatalogRows.h"
+#include "backups/ui/FailureReport.h"
 #include "backups/ui/PaneSwitcher.h"
 #include "backups/ui/QWRestoreOutlineController.h"
 #include "platform/Controls.h"
+#include "services/FailureTally.h"
 #include "services/Format.h"
 #include "services/MainThread.h"
 #include "services/QWAlert.h"
-#include "services/QWAuthorization.h"
 #include "services/QWLog.h"
 
 namespace vantory {
@@ -25,7 +26,7 @@ AppList apps() {
 // What a failed writing left goes, and the lists say what is there.
 void dropFailedBackup(QWBackup& backup) {
   backup.removeCreatedFolder();
-  MainThread::shared().runAndWait([] { QWDataController::sharedController().populateBackups(); });
+  QWDataController::sharedController().populateBackups();
 }
 
 }  // namespace
@@ -55,10 +56,10 @@ void QWBackupOutlineController::updateHeaderCheckCell() {
 }
 
 void QWBackupOutlineController::writeBackupOnThread(const std::shared_ptr<QWBackup>& backup) {
-  QWAuthorization::sharedController().beginTask();
   MainThread& mainThread = MainThread::shared();
   QWLog::appendLog("Writing backup...");
   mainThread.runAndWait([this] { parts_.spinner.startAnimation(); });
+  const std::size_t failures = FailureTally::shared().count();
   switch (backup->writeData()) {
     case WriteResult::NoFiles:
       QWLog::appendLog("Backup failed - no files to copy");
@@ -77,8 +78,10 @@ void QWBackupOutlineController::writeBackupOnThread(const std::shared_ptr<QWBack
       break;
     case WriteResult::Success:
       QWLog::appendLog("Backup successful");
-      // Writing it rebuilt the lists.
+      QWDataController::sharedController().populateBackups();
       mainThread.runAndWait([&] { selectBackupInRestoreTab(backup); });
+      if (FailureTally::shared().count() > failures)
+        reportFailure("Not everything could be backed up", "The log names the files that are not in the backup.");
       break;
   }
   mainThread.runAndWait([this] { parts_.spinner.stopAnimation(); });

@@ -1,25 +1,20 @@
 #include "backups/ui/QWRestoreOutlineController.h"
 
 #include <algorithm>
-#include <chrono>
 
 #include "backups/ui/CatalogRows.h"
 #include "backups/ui/LibrarySorting.h"
 #include "platform/Controls.h"
-#include "services/Format.h"
 #include "services/MainThread.h"
 #include "services/Paths.h"
 #include "services/QWAlert.h"
 #include "services/QWFileManager.h"
 #include "services/QWLog.h"
 #include "services/QWUserDefaults.h"
-#include "services/Runtime.h"
 
 namespace vantory {
 
 namespace {
-
-using namespace std::chrono_literals;
 
 QWDataController& library() {
   return QWDataController::sharedController();
@@ -36,17 +31,14 @@ BackupList allBackups() {
   return backups;
 }
 
-bool holds(const QWBackup& backup, const std::shared_ptr<QWApp>& app) {
-  return std::find(backup.children().begin(), backup.children().end(), app) != backup.children().end();
+std::shared_ptr<QWBackup> backupWithPath(const std::string& path) {
+  for (const auto& backup : allBackups())
+    if (backup->path() == path) return backup;
+  return nullptr;
 }
 
-// A name for the backup that nothing beside it bears.
-std::string freeNameFor(const QWBackup& backup, const std::string& wanted) {
-  const std::string folder = paths::parent(backup.path());
-  std::string name = QWDataController::uniqueBackupName(wanted);
-  for (int number = 2; QWFileManager::itemExistsAtPath(paths::join(folder, name + ".vnt")); ++number)
-    name = formatted("%@-%i", wanted, number);
-  return name;
+bool holds(const QWBackup& backup, const std::shared_ptr<QWApp>& app) {
+  return std::find(backup.children().begin(), backup.children().end(), app) != backup.children().end();
 }
 
 const char* titleOfDefaultCommand(bool isDefault) {
@@ -83,11 +75,13 @@ std::shared_ptr<QWBackup> QWRestoreOutlineController::selectedBackup() const {
 }
 
 void QWRestoreOutlineController::selectBackupWithPath(const std::string& path) {
-  for (const auto& backup : allBackups())
-    if (backup->path() == path) {
-      parts_.outline.selectItem(backup);
-      return;
-    }
+  if (const auto backup = backupWithPath(path)) parts_.outline.selectItem(backup);
+}
+
+std::shared_ptr<QWBackup> QWRestoreOutlineController::recordInLibrary(const std::shared_ptr<QWBackup>& backup) const {
+  std::shared_ptr<QWBackup> record;
+  MainThread::shared().runAndWait([&] { record = backupWithPath(backup->path()); });
+  return record ? record : backup;
 }
 
 void QWRestoreOutlineController::resetSelection() {
@@ -105,8 +99,12 @@ void QWRestoreOutlineController::applySortingForOutlineView() {
 
 void QWRestoreOutlineController::sortColumnWithIdentifier(const std::string& column, bool descending) {
   library().setBackupArray(sortedLibrary(library().backupArray(), {column, descending}));
-  parts_.outline.setSortIndicator(column, descending ? SortIndicator::Descending : SortIndicator::Ascending);
+  setSortIndicatorsForColumn(column, descending);
   parts_.outline.reloadData();
+}
+
+void QWRestoreOutlineController::setSortIndicatorsForColumn(const std::string& column, bool descending) {
+  parts_.outline.setSortIndicator(column, descending ? SortIndicator::Descending : SortIndicator::Ascending);
 }
 
 void QWRestoreOutlineController::didClickTableColumn(const std::string& column) {
@@ -131,13 +129,38 @@ Rows QWRestoreOutlineController::rowsUnder(const OutlineItemPointer& item) const
   return rowsBelow(item);
 }
 
+std::optional<std::uint64_t> QWRestoreOutlineController::sizeOfRow(const OutlineItemPointer& item) {
+  if (const auto node = rowAs<BackupNode>(item)) return node->size();
+  const auto app = applicationOfRow(item);
+  if (!app) return std::nullopt;
+  if (!app->isMeasured()) {
+    measure(app);
+    return std::nullopt;
+  }
+  const auto prefItem = rowAs<QWPrefItem>(item);
+  return prefItem ? prefItem->size() : app->size();
+}
+
+void QWRestoreOutlineController::measure(const std::shared_ptr<QWApp>& app) {
+  if (!beingMeasured_.insert(app).second) return;
+  measuring_.add([this, app] {
+    (void)app->size();
+    MainThread::shared().runAndWait([&] {
+      beingMeasured_.erase(app);
+      parts_.outline.reloadItem(app, true);
+    });
+  });
+}
+
 ObjectValue QWRestoreOutlineController::objectValueForTableColumn(const std::string& column,
                                                                   const OutlineItemPointer& byItem) {
   const auto node = rowAs<BackupNode>(byItem);
   if (column == "name") return node ? ObjectValue(node->name()) : ObjectValue(selectionOfRow(byItem));
-  if (!node) return {};
-  if (column == "size") return QWFileManager::formatFileSize(static_cast<double>(node->size()));
-  const auto date = node->date();
+  if (column == "size") {
+    const auto size = sizeOfRow(byItem);
+    return size ? ObjectValue(QWFileManager::formatFileSize(static_cast<double>(*size))) : ObjectValue();
+  }
+  const auto date = node ? node->date() : std::nullopt;
   return date ? ObjectValue(*date) : ObjectValue();
 }
 
@@ -152,17 +175,6 @@ void QWRestoreOutlineController::setObjectValue(const ObjectValue& value, const 
   if (!app) return;
   selectRow(byItem, clickedState(value));
   parts_.outline.reloadItem(app, true);
-}
-
-void QWRestoreOutlineController::rename(const std::shared_ptr<QWBackup>& backup, const std::string& name) {
-  const std::string cleaned = QWFileManager::validateFilename(name);
-  if (cleaned.empty() || cleaned == backup->name()) return;
-  const std::string free = freeNameFor(*backup, cleaned);
-  const std::string path = paths::join(paths::parent(backup->path()), free + ".vnt");
-  if (!QWFileManager::moveFile(backup->path(), path, 20s)) return;
-  backup->setName(free);
-  backup->setPath(path);
-  parts_.outline.reloadItem(backup, false);
 }
 
 void QWRestoreOutlineController::willDisplayCell(OutlineCell& cell, const std::string& forTableColumn,
@@ -185,22 +197,6 @@ void QWRestoreOutlineController::willDisplayCell(OutlineCell& cell, const std::s
 void QWRestoreOutlineController::selectionDidChange() {
   const auto backup = selectedBackup();
   parts_.defaultCommand.setTitle(titleOfDefaultCommand(backup && backup->isDefault()));
-}
-
-bool QWRestoreOutlineController::keyUp(OutlineKey key) {
-  const auto backup = rowAs<QWBackup>(parts_.outline.selectedItem());
-  if (key != OutlineKey::Delete || !backup) return false;
-  QWLog::appendLog("User tried to delete backup %@. Asking for confirmation.", backup->name());
-  if (QWAlert::alertSheetWithMessageText({.messageText = "Are you sure you wish to remove this backup?",
-                                          .defaultButton = "Remove",
-                                          .alternateButton = "Cancel",
-                                          .informativeText = "The backup will be placed in the Trash."}) !=
-      QWAlert::Default)
-    return true;
-  QWLog::appendLog("User chose to remove backup");
-  library().removeBackup(backup);
-  reload();
-  return true;
 }
 
 void QWRestoreOutlineController::toggleDefault() {

@@ -1,14 +1,18 @@
 // The Restore pane: the library of backups, and what can be done with one.
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
+#include <set>
 #include <string>
 
 #include "backups/QWDataController.h"
 #include "backups/ui/RowsDelegate.h"
 #include "platform/OutlineView.h"
 #include "services/NotificationCenter.h"
+#include "services/SerialWork.h"
 
 namespace vantory {
 
@@ -17,7 +21,8 @@ class Button;
 class PaneSwitcher;
 class QWBackupEditController;
 
-// Main thread, but for the operations "OnThread". What it is given outlives it.
+// Main thread, but for the operations "OnThread". What it is given outlives it. What takes its time is done on another
+// thread, one command after the other.
 class QWRestoreOutlineController : public RowsDelegate, public OutlineActions {
  public:
   struct Parts {
@@ -59,6 +64,7 @@ class QWRestoreOutlineController : public RowsDelegate, public OutlineActions {
 
   void applySortingForOutlineView();
   void sortColumnWithIdentifier(const std::string& column, bool descending);
+  void setSortIndicatorsForColumn(const std::string& column, bool descending);
 
   ObjectValue objectValueForTableColumn(const std::string& column, const OutlineItemPointer& byItem) override;
   void setObjectValue(const ObjectValue& value, const std::string& forTableColumn,
@@ -75,8 +81,17 @@ class QWRestoreOutlineController : public RowsDelegate, public OutlineActions {
  private:
   void rename(const std::shared_ptr<QWBackup>& backup, const std::string& name);
   void runOnThread(std::function<void()> work);
+  // The library's record of the backup now: it may have been listed anew since the command was given. Any thread.
+  std::shared_ptr<QWBackup> recordInLibrary(const std::shared_ptr<QWBackup>& backup) const;
+
+  // In bytes; none where it is not known, or not yet: it is measured then, and the row shown anew.
+  std::optional<std::uint64_t> sizeOfRow(const OutlineItemPointer& item);
+  void measure(const std::shared_ptr<QWApp>& app);
 
   Parts parts_;
+  SerialWork work_;
+  SerialWork measuring_;
+  std::set<std::shared_ptr<QWApp>> beingMeasured_;
   QWBackupEditController* dialog_ = nullptr;
   NotificationCenter::Observation tabSwitch_;
 };

@@ -3,20 +3,19 @@
 #include <chrono>
 #include <utility>
 
+#include "backups/ui/BackupNames.h"
+#include "backups/ui/FailureReport.h"
 #include "backups/ui/PaneSwitcher.h"
 #include "backups/ui/QWBackupEditController.h"
 #include "backups/ui/QWRestoreOutlineController.h"
 #include "platform/Controls.h"
-#include "platform/Documents.h"
-#include "services/BackgroundThreads.h"
+#include "services/Format.h"
 #include "services/MainThread.h"
 #include "services/Paths.h"
 #include "services/QWAlert.h"
 #include "services/QWAuthorization.h"
 #include "services/QWFileManager.h"
-#include "services/QWLocalPaths.h"
 #include "services/QWLog.h"
-#include "services/Runtime.h"
 
 namespace vantory {
 
@@ -24,43 +23,31 @@ namespace {
 
 using namespace std::chrono_literals;
 
-Documents& documents() {
-  return Runtime::current().platform().documents;
+void reportVanished(const QWBackup& backup) {
+  QWDataController::sharedController().populateBackups();
+  reportFailure("The backup is no longer there", formatted("%@ has been moved or deleted.", backup.path()));
 }
 
-// The desktop's own reason goes to the log; the person sees what to do about it.
-void reportReveal(const Status& shown) {
-  if (!shown) QWLog::appendLog("Unable to show the files: %@", shown.error().text);
-}
-
-void mail(const QWBackup& backup) {
-  const auto folder = QWLocalPaths::tempDirectory();
-  const std::string zip = paths::join(folder.value_or(""), paths::lastComponent(backup.path()) + ".zip");
-  if (folder) QWFileManager::removeFile(zip, 10s);
-  if (!folder || !QWFileManager::compressFile(backup.path(), zip)) {
-    QWAlert::alertSheetWithMessageText("Unable to email backup", "Could not compress backup file.");
-    return;
-  }
-  const Status sent = documents().mail(zip);
-  if (sent) return;
-  QWLog::appendLog("Unable to hand %@ to the mail program: %@", zip, sent.error().text);
-  QWAlert::alertSheetWithMessageText("Unable to email backup", sent.error().text);
+// The list had dropped it already.
+void reportFailedRemoval() {
+  QWDataController::sharedController().populateBackups();
+  reportFailure("Unable to remove the backup", "It could not be moved to the Trash, and stays in the library.");
 }
 
 // The old backup is in the Trash by now, and half of a new one is worth nothing.
 void reportFailedWriting(QWBackup& backup) {
-  QWLog::appendLog("The backup %@ could not be written anew", backup.name());
   backup.removeCreatedFolder();
-  MainThread::shared().runAndWait([] { QWDataController::sharedController().populateBackups(); });
-  QWAlert::alertSheetWithMessageText("Unable to unlink the projects",
-                                     "The backup could not be written anew. Where the old one is gone, it is in the "
-                                     "Trash.");
+  QWDataController::sharedController().populateBackups();
+  reportFailure("Unable to unlink the projects",
+                formatted("The backup \"%@\" could not be written anew. Where the old one is gone, it is in the Trash.",
+                          backup.name()));
 }
 
 }  // namespace
 
 void QWRestoreOutlineController::runOnThread(std::function<void()> work) {
-  BackgroundThreads::shared().start([this, work = std::move(work)] {
+  work_.add([this, work = std::move(work)] {
+    QWAuthorization::sharedController().beginTask();
     MainThread& mainThread = MainThread::shared();
     mainThread.runAndWait([this] { parts_.spinner.startAnimation(); });
     work();
@@ -78,7 +65,10 @@ void QWRestoreOutlineController::restore() {
            .informativeText = "This will overwrite any current preferences with those stored in the backup."}) !=
       QWAlert::Default)
     return;
-  BackgroundThreads::shared().start([this, backup] { restoreOnThread(backup); });
+  work_.add([this, backup] {
+    if (QWFileManager::isMissingAtPath(backup->path())) return reportVanished(*backup);
+    restoreOnThread(backup);
+  });
 }
 
 void QWRestoreOutlineController::restoreOnThread(const std::shared_ptr<QWBackup>& backup) {
@@ -93,7 +83,7 @@ void QWRestoreOutlineController::restoreOnThread(const std::shared_ptr<QWBackup>
   mainThread.runAndWait([this] { parts_.spinner.stopAnimation(); });
   QWLog::appendLog("Preferences restored");
   QWAlert::alertSheetWithMessageText("Preferences successfully restored", "You may now relaunch your applications.");
-  mainThread.runAndWait([] { QWDataController::sharedController().manageAutoBackups(); });
+  QWDataController::sharedController().manageAutoBackups();
 }
 
 void QWRestoreOutlineController::editBackup() {
@@ -114,26 +104,14 @@ void QWRestoreOutlineController::linkProject() {
 void QWRestoreOutlineController::unlinkProjects() {
   const auto backup = selectedBackup();
   if (!backup) return;
-  backup->setProjects({});
   runOnThread([backup] {
-    QWAuthorization::sharedController().beginTask();
+    MainThread::shared().runAndWait([&] { backup->setProjects({}); });
     if (backup->writeData() != WriteResult::Success) reportFailedWriting(*backup);
   });
 }
 
-void QWRestoreOutlineController::revealLinkedProjects() {
-  const auto backup = selectedBackup();
-  if (!backup || backup->projects().empty()) return;
-  BackgroundThreads::shared().start([projects = backup->projects()] { reportReveal(documents().reveal(projects)); });
-}
-
-void QWRestoreOutlineController::sendToMail() {
-  if (const auto backup = selectedBackup()) runOnThread([backup] { mail(*backup); });
-}
-
 void QWRestoreOutlineController::updateFiles() {
-  if (const auto backup = selectedBackup())
-    BackgroundThreads::shared().start([this, backup] { updateBackupFilesOnThread(backup); });
+  if (const auto backup = selectedBackup()) work_.add([this, backup] { updateBackupFilesOnThread(backup); });
 }
 
 void QWRestoreOutlineController::updateBackupFilesOnThread(const std::shared_ptr<QWBackup>& backup) {
@@ -142,23 +120,50 @@ void QWRestoreOutlineController::updateBackupFilesOnThread(const std::shared_ptr
   mainThread.runAndWait([this] { parts_.spinner.startAnimation(); });
   const WriteResult written = backup->writeData(true);
   mainThread.runAndWait([this] { parts_.spinner.stopAnimation(); });
-  if (written == WriteResult::Success)
-    QWAlert::alertSheetWithMessageText("Files successfully updated",
-                                       "This backup is now using the latest preferences on your system.");
-  else
-    QWAlert::alertSheetWithMessageText("Unable to update files",
-                                       "An error occurred when updating files for this backup.");
+  if (written != WriteResult::Success)
+    return reportFailure("Unable to update files", "An error occurred when updating files for this backup.");
+  QWAlert::alertSheetWithMessageText("Files successfully updated",
+                                     "This backup is now using the latest preferences on your system.");
 }
 
-void QWRestoreOutlineController::revealFinder() {
-  QWLog::appendLog("User chose to reveal backup in Finder");
-  const OutlineItemPointer row = parts_.outline.selectedItem();
-  std::optional<std::string> path;
-  if (std::dynamic_pointer_cast<QWAutosaveHeader>(row))
-    path = QWDataController::autosaveLocation();
-  else if (const auto backup = selectedBackup())
-    path = backup->path();
-  if (path) BackgroundThreads::shared().start([path = *path] { reportReveal(documents().reveal({path})); });
+void QWRestoreOutlineController::rename(const std::shared_ptr<QWBackup>& backup, const std::string& name) {
+  const std::string cleaned = QWFileManager::validateFilename(name);
+  if (cleaned.empty() || cleaned == backup->name()) return;
+  if (!backup->isAutosave() && refuseNameOfAutomaticBackups(cleaned, AlertParent::MainWindow)) return;
+  runOnThread([this, backup, cleaned] {
+    const auto renamed = recordInLibrary(backup);
+    const std::string free = freeNameFor(*renamed, cleaned);
+    const std::string path = paths::join(paths::parent(renamed->path()), free + ".vnt");
+    if (!QWFileManager::moveFile(renamed->path(), path, 20s)) return;
+    MainThread::shared().runAndWait([&] {
+      renamed->setName(free);
+      renamed->setPath(path);
+      // The default is known by its folder's name.
+      renamed->updateDefault();
+      parts_.outline.reloadItem(renamed, false);
+      selectionDidChange();
+    });
+  });
+}
+
+bool QWRestoreOutlineController::keyUp(OutlineKey key) {
+  const auto backup = rowAs<QWBackup>(parts_.outline.selectedItem());
+  if (key != OutlineKey::Delete || !backup) return false;
+  QWLog::appendLog("User tried to delete backup %@. Asking for confirmation.", backup->name());
+  if (QWAlert::alertSheetWithMessageText({.messageText = "Are you sure you wish to remove this backup?",
+                                          .defaultButton = "Remove",
+                                          .alternateButton = "Cancel",
+                                          .informativeText = "The backup will be placed in the Trash."}) !=
+      QWAlert::Default)
+    return true;
+  QWLog::appendLog("User chose to remove backup");
+  runOnThread([this, backup] {
+    const auto removed = recordInLibrary(backup);
+    QWDataController::sharedController().removeBackup(removed);
+    reload();
+    if (!QWFileManager::isMissingAtPath(removed->path())) reportFailedRemoval();
+  });
+  return true;
 }
 
 }  // namespace vantory

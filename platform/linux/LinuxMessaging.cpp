@@ -12,6 +12,10 @@ namespace {
 // The helper program gives up after three seconds; this is for one that hangs.
 constexpr std::chrono::seconds kPatience{4};
 
+Error noSession() {
+  return {std::errc::no_such_device_or_address, "There is no desktop session."};
+}
+
 }  // namespace
 
 Result<TaskClient::Answer> LinuxTaskClient::send(const std::string& service, const TaskMessage& message) {
@@ -26,7 +30,7 @@ Result<TaskClient::Answer> LinuxTaskClient::send(const std::string& service, con
 }
 
 Status LinuxDesktopNotifications::post(const std::string& title, const std::string& text, const std::string& context) {
-  if (!hasSessionBus(users_)) return Error{std::errc::no_such_device_or_address, "There is no desktop session."};
+  if (!hasSessionBus(users_)) return noSession();
   const Result<Message> posted = helper_.ask({"notify", title, text, context}, kPatience);
   if (!posted) return posted.error();
   return {};
@@ -41,6 +45,13 @@ void LinuxDesktopNotifications::listen(Listener listener) {
   };
   helper_.handle("clicked", handler(Outcome::Clicked));
   helper_.handle("expired", handler(Outcome::TimedOut));
+}
+
+Status LinuxAnnouncements::announce(const std::string& name) {
+  if (!hasSessionBus(users_)) return noSession();
+  const Result<Message> announced = helper_.ask({"announce", name}, kPatience);
+  if (!announced) return announced.error();
+  return {};
 }
 
 }  // namespace vantory

@@ -1,4 +1,5 @@
-// Talking to a task's client and to the desktop's notification service, through the desktop helper program.
+// Talking to a task's client, to the desktop's notification service and to other programs, through the desktop helper
+// program.
 #pragma once
 
 #include "platform/Messaging.h"
@@ -29,6 +30,19 @@ class LinuxDesktopNotifications : public DesktopNotifications {
 
   Status post(const std::string& title, const std::string& text, const std::string& context) override;
   void listen(Listener listener) override;
+
+ private:
+  DesktopHelper& helper_;
+  const Users& users_;
+};
+
+// Signals on the session bus.
+class LinuxAnnouncements : public Announcements {
+ public:
+  // Both outlive it.
+  LinuxAnnouncements(DesktopHelper& helper, const Users& users) : helper_(helper), users_(users) {}
+
+  Status announce(const std::string& name) override;
 
  private:
   DesktopHelper& helper_;

@@ -23,8 +23,10 @@
 #include "platform/linux/LinuxUsers.h"
 #include "platform/linux/LinuxWorkspace.h"
 #include "platform/linux/PkexecRunner.h"
+#include "platform/linux/ProgressLine.h"
 #include "platform/linux/StandardStreams.h"
 #include "platform/linux/SuperuserRunner.h"
+#include "platform/linux/WatchedFileSystem.h"
 
 namespace vantory {
 namespace {
@@ -40,6 +42,18 @@ void dropBorrowedIdentity() {
 struct LinuxPlatform::Parts {
   Parts(std::vector<std::string> arguments, std::string startedProgram)
       : system(std::move(arguments), std::move(startedProgram)) {}
+
+  void showProgress() {
+    progress = ProgressLine::onStandardError();
+    if (!progress) return;
+    watched = std::make_unique<WatchedFileSystem>(files, *progress);
+    systemLog.setBeforeLine([this] { progress->clear(); });
+  }
+
+  FileSystem& shownFiles() {
+    if (watched) return *watched;
+    return files;
+  }
 
   FileRights rightsForUser() const {
     if (!users.isSuperuser()) return FileRights::own();
@@ -70,12 +84,15 @@ struct LinuxPlatform::Parts {
   LinuxDefaultHandlers defaultHandlers{users};
   LinuxTaskClient taskClient{desktop, users};
   LinuxDesktopNotifications notifications{desktop, users};
+  LinuxAnnouncements announcements{desktop, users};
   LinuxJobControl jobs{users, files, metadata, UserManager(users)};
   LinuxSystemTools tools;
   LinuxCrashReports crashReports{files, users};
+  std::unique_ptr<ProgressLine> progress;
+  std::unique_ptr<WatchedFileSystem> watched;
 };
 
-LinuxPlatform::LinuxPlatform(std::vector<std::string> arguments, std::string startedProgram) {
+LinuxPlatform::LinuxPlatform(std::vector<std::string> arguments, std::string startedProgram, Progress progress) {
   dropBorrowedIdentity();
   fillStandardStreams();
   // A file-size limit, and a reader that has gone, are errors to report, not the end in the middle of a task.
@@ -83,12 +100,17 @@ LinuxPlatform::LinuxPlatform(std::vector<std::string> arguments, std::string sta
   signal(SIGPIPE, SIG_IGN);
   parts_ = std::make_unique<Parts>(std::move(arguments), std::move(startedProgram));
   Parts& p = *parts_;
-  platform_ = std::make_unique<Platform>(Platform{p.clock, p.users, p.folders, p.files, p.metadata, p.machineFiles,
-                                                  p.processes, *p.privileged, p.systemLog, p.system, p.workspace,
-                                                  p.documents, p.defaultHandlers, p.taskClient, p.notifications, p.jobs,
-                                                  p.tools, p.crashReports});
+  if (progress == Progress::Shown) p.showProgress();
+  platform_ = std::make_unique<Platform>(Platform{p.clock, p.users, p.folders, p.shownFiles(), p.metadata,
+                                                  p.machineFiles, p.processes, *p.privileged, p.systemLog, p.system,
+                                                  p.workspace, p.documents, p.defaultHandlers, p.taskClient,
+                                                  p.notifications, p.announcements, p.jobs, p.tools, p.crashReports});
 }
 
 LinuxPlatform::~LinuxPlatform() = default;
+
+ProgressLine* LinuxPlatform::progressLine() const {
+  return parts_->progress.get();
+}
 
 }  // namespace vantory

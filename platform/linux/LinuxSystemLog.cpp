@@ -59,7 +59,9 @@ void LinuxSystemLog::write(std::string_view message) {
   std::replace_if(
       line.begin(), line.end(), [](char c) { return c == '\n' || c == '\r' || c == '\0'; }, ' ');
   syslog(LOG_NOTICE, "%s", line.c_str());
-  if (hasStandardError_) writeToStandardError("Vantory: " + line + "\n");
+  if (!hasStandardError_) return;
+  beforeLine_();
+  writeToStandardError("Vantory: " + line + "\n");
 }
 
 }  // namespace vantory

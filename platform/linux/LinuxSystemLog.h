@@ -1,6 +1,9 @@
 // syslog, and standard error.
 #pragma once
 
+#include <functional>
+#include <utility>
+
 #include "platform/SystemLog.h"
 
 namespace vantory {
@@ -12,10 +15,13 @@ class LinuxSystemLog : public SystemLog {
  public:
   LinuxSystemLog();
   void write(std::string_view message) override;
+  // Called before each line on standard error; set before anything is written.
+  void setBeforeLine(std::function<void()> action) { beforeLine_ = std::move(action); }
 
  private:
   // Asked once: a descriptor 2 that is opened later is some file that must not be written to.
   const bool hasStandardError_;
+  std::function<void()> beforeLine_ = [] {};
 };
 
 }  // namespace vantory

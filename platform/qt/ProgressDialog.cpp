@@ -47,6 +47,10 @@ void ProgressDialog::show() {
   QDialog::open();
 }
 
+void ProgressDialog::hideCancelButton() {
+  cancelButton_->hide();
+}
+
 void ProgressDialog::hide() {
   QDialog::hide();
 }
@@ -69,7 +73,7 @@ void ProgressDialog::setValue(double value) {
 }
 
 void ProgressDialog::reject() {
-  if (!cancelButton_->isEnabled()) return;
+  if (cancelButton_->isHidden() || !cancelButton_->isEnabled()) return;
   cancelButton_->setEnabled(false);
   if (onCancel) onCancel();
 }

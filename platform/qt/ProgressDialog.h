@@ -18,6 +18,8 @@ class ProgressDialog : public QDialog, public ProgressSheet {
 
   // The person wants the task to stop. The sheet stays until it has.
   std::function<void()> onCancel;
+  // For work that must not stop half way.
+  void hideCancelButton();
 
   void show() override;
   void hide() override;

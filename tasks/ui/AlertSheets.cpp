@@ -1,6 +1,6 @@
 #include "tasks/ui/AlertSheets.h"
 
-#include <QCoreApplication>
+#include <QApplication>
 #include <QEventLoop>
 #include <QPointer>
 #include <condition_variable>
@@ -20,6 +20,14 @@ std::vector<std::pair<std::string, int>> buttonsOf(const AlertTexts& texts) {
   if (!texts.alternateButton.empty()) buttons.emplace_back(texts.alternateButton, QWAlert::Alternate);
   if (!texts.otherButton.empty()) buttons.emplace_back(texts.otherButton, QWAlert::Other);
   return buttons;
+}
+
+// Not while the program is in front with one of its windows.
+void bringToFront(QWidget* window) {
+  if (!window || QApplication::activeWindow()) return;
+  window->setWindowState(window->windowState() & ~Qt::WindowMinimized);
+  // This raises it as well, and leaves a sheet that covers it above.
+  window->activateWindow();
 }
 
 }  // namespace
@@ -68,7 +76,9 @@ void AlertSheets::show(const AlertTexts& texts, const std::shared_ptr<Answer>& a
   const auto buttons = buttonsOf(texts);
   AlertDialog::Texts shown{texts.messageText, texts.informativeText, {}};
   for (const auto& [title, code] : buttons) shown.buttons.push_back(title);
-  auto* dialog = new AlertDialog(shown, windowOf_(texts.parentWindow));
+  QWidget* const parent = windowOf_(texts.parentWindow);
+  bringToFront(parent);
+  auto* dialog = new AlertDialog(shown, parent);
   shown_.push_back(dialog);
   dialog->ask(
       [this, dialog, buttons, answer](int button) {

@@ -1,11 +1,14 @@
 #include "tasks/ui/AppWindowController.h"
 
 #include "backups/QWDataController.h"
+#include "backups/ui/FailureReport.h"
 #include "platform/Controls.h"
+#include "platform/FileSystem.h"
 #include "platform/Workspace.h"
 #include "services/BackgroundThreads.h"
 #include "services/MainThread.h"
 #include "services/NotificationCenter.h"
+#include "services/QWFileManager.h"
 #include "services/QWLocalPaths.h"
 #include "services/QWLog.h"
 #include "services/Runtime.h"
@@ -33,6 +36,16 @@ AppList copiesOf(const AppList& apps) {
   return copies;
 }
 
+// A library that cannot be read looks like one without backups. Whether it is one.
+bool reportUnreadableLibrary() {
+  const auto location = QWDataController::vantoryBackupLocation();
+  if (!location) return false;
+  const auto listed = Runtime::current().platform().files.list(*location, Detail::Names);
+  if (listed || QWFileManager::meansMissing(listed.error())) return false;
+  reportFailure("Your backups cannot be read", listed.error().text);
+  return true;
+}
+
 }  // namespace
 
 void AppWindowController::startLog() {
@@ -52,7 +65,7 @@ void AppWindowController::load(std::function<void()> shown) {
       toolbarTrash();
       if (shown) shown();
     });
-    if (data.backupArray().size() <= 1) makeFirstBackup();
+    if (!reportUnreadableLibrary() && data.backupArray().size() <= 1) makeFirstBackup();
   });
 }
 
@@ -98,7 +111,7 @@ WriteResult AppWindowController::autoBackupPrefs() {
 
 WriteResult AppWindowController::writeAutoBackup(bool preferencesOnly) {
   const WriteResult result = QWBackup::writeAutoBackup(preferencesOnly);
-  MainThread::shared().runAndWait([] { QWDataController::sharedController().manageAutoBackups(); });
+  QWDataController::sharedController().manageAutoBackups();
   return result;
 }
 

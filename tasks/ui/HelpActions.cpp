@@ -11,6 +11,7 @@
 #include "services/QWAlert.h"
 #include "services/QWLog.h"
 #include "services/Runtime.h"
+#include "settings/QWTroubleshootingUtils.h"
 #include "tasks/ui/Vantory_AppDelegate.h"
 #include "tasks/ui/WebPages.h"
 
@@ -44,15 +45,16 @@ void open(const std::string& pathOrAddress) {
   });
 }
 
-void runWithName(const std::function<void(const std::string&)>& tool) {
-  if (tool) BackgroundThreads::shared().start([tool] { tool(kName); });
+// Asks the desktop, or packs files.
+void runWithName(void (*tool)(const std::string& application)) {
+  BackgroundThreads::shared().start([tool] { tool(kName); });
 }
 
 }  // namespace
 
 void Vantory_AppDelegate::showPreferences() {
   QWLog::appendLog("Showing preference window...");
-  if (parts_.tools.showPreferences) parts_.tools.showPreferences();
+  parts_.openPreferences();
 }
 
 void Vantory_AppDelegate::disablePrefsMenu() {
@@ -64,15 +66,15 @@ void Vantory_AppDelegate::enablePrefsMenu() {
 }
 
 void Vantory_AppDelegate::gatherLogs() {
-  runWithName(parts_.tools.gatherLogs);
+  runWithName([](const std::string& name) { QWTroubleshootingUtils::gatherLogsForAppWithName(name); });
 }
 
 void Vantory_AppDelegate::viewTaskLog() {
-  runWithName(parts_.tools.viewTaskLog);
+  runWithName(&QWTroubleshootingUtils::viewTaskLogForApp);
 }
 
 void Vantory_AppDelegate::viewLog() {
-  runWithName(parts_.tools.viewLog);
+  runWithName(&QWTroubleshootingUtils::viewLogForApp);
 }
 
 void Vantory_AppDelegate::menuSoftwareUpdate() {

@@ -219,6 +219,11 @@ void MainWindow::bringToFront() {
   show();
   raise();
   activateWindow();
+  // A question that is open stays above it.
+  if (QWidget* sheet = QApplication::activeModalWidget()) {
+    sheet->raise();
+    sheet->activateWindow();
+  }
 }
 
 void MainWindow::showNotice(const std::string& text) {

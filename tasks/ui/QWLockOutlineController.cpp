@@ -1,7 +1,12 @@
 #include "tasks/ui/QWLockOutlineController.h"
 
+#include <utility>
+
 #include "backups/QWDataController.h"
 #include "backups/ui/CatalogRows.h"
+#include "backups/ui/FailureReport.h"
+#include "platform/Controls.h"
+#include "services/FailureTally.h"
 #include "services/MainThread.h"
 #include "services/QWAuthorization.h"
 
@@ -24,12 +29,15 @@ int lockStateOf(const OutlineItemPointer& item) {
   return prefItem && prefItem->lockable() ? prefItem->locked() : Off;
 }
 
+void setLockStateOf(const OutlineItemPointer& item, int state) {
+  if (const auto app = rowAs<QWApp>(item)) app->setLocked(state);
+  if (const auto prefItem = rowAs<QWPrefItem>(item)) prefItem->setLocked(state);
+}
+
 void lock(const OutlineItemPointer& item, int state) {
   if (const auto app = rowAs<QWApp>(item)) {
-    app->setLocked(state);
     app->lockFiles(state);
   } else if (const auto prefItem = rowAs<QWPrefItem>(item)) {
-    prefItem->setLocked(state);
     prefItem->lockFiles(state);
     // An Avid user's state reaches no further than its item by itself.
     const auto above = applicationOfRow(item);
@@ -37,13 +45,29 @@ void lock(const OutlineItemPointer& item, int state) {
   }
 }
 
+void tellFailure(int state) {
+  reportFailure(state == On ? "Not everything could be locked" : "Not everything could be unlocked",
+                "The log names the files that stay as they are, and the reasons.");
+}
+
 }  // namespace
 
-QWLockOutlineController::QWLockOutlineController(OutlineView& outline)
+QWLockOutlineController::QWLockOutlineController(OutlineView& outline, BusyIndicator& spinner)
     : outline_(outline),
+      spinner_(spinner),
       tabSwitch_(NotificationCenter::shared().observe("QWVantoryLockTabSwitch", [this] { reload(); })) {}
 
+void QWLockOutlineController::runOnThread(std::function<void()> work) {
+  spinner_.startAnimation();
+  const bool added = work_.add([this, work = std::move(work)] {
+    work();
+    MainThread::shared().runAndWait([this] { spinner_.stopAnimation(); });
+  });
+  if (!added) spinner_.stopAnimation();
+}
+
 void QWLockOutlineController::reload() {
+  if (MainThread::shared().isCurrent()) return runOnThread([this] { reload(); });
   for (const auto& app : apps()) app->updateLockStatus();
   MainThread::shared().runAndWait([this] { outline_.reloadData(); });
 }
@@ -61,10 +85,19 @@ ObjectValue QWLockOutlineController::objectValueForTableColumn(const std::string
 void QWLockOutlineController::setObjectValue(const ObjectValue& value, const std::string& forTableColumn,
                                              const OutlineItemPointer& byItem) {
   if (forTableColumn == "name" || !isLockable(byItem)) return;
-  QWAuthorization::sharedController().beginTask();
-  lock(byItem, clickedState(value));
+  const int state = clickedState(value);
   const auto app = applicationOfRow(byItem);
-  outline_.reloadItem(app ? app : byItem, true);
+  const OutlineItemPointer shown = app ? app : byItem;
+  // What was asked for shows at once, what came of it when it is done.
+  setLockStateOf(byItem, state);
+  outline_.reloadItem(shown, true);
+  runOnThread([this, byItem, state, shown] {
+    QWAuthorization::sharedController().beginTask();
+    const std::size_t failures = FailureTally::shared().count();
+    lock(byItem, state);
+    MainThread::shared().runAndWait([&] { outline_.reloadItem(shown, true); });
+    if (FailureTally::shared().count() > failures) tellFailure(state);
+  });
 }
 
 void QWLockOutlineController::willDisplayCell(OutlineCell& cell, const std::string& forTableColumn,

@@ -1,18 +1,25 @@
 // The Lock pane: protects preference files against changes.
 #pragma once
 
+#include <functional>
+
 #include "backups/ui/RowsDelegate.h"
 #include "platform/OutlineView.h"
 #include "services/NotificationCenter.h"
+#include "services/SerialWork.h"
 
 namespace vantory {
 
-// Main thread, but for reload(). The outline outlives it.
+class BusyIndicator;
+
+// Main thread, but for reload(). What it is given outlives it. Files are looked at, locked and unlocked on another
+// thread, one change after the other.
 class QWLockOutlineController : public RowsDelegate, public OutlineActions {
  public:
-  explicit QWLockOutlineController(OutlineView& outline);
+  QWLockOutlineController(OutlineView& outline, BusyIndicator& spinner);
 
-  // Looks at all files again and shows what it found. Any thread.
+  // Looks at all files again and shows what it found. On the main thread it returns before that is done, on any other
+  // afterwards.
   void reload();
 
   // "name", or the state of the lock.
@@ -25,7 +32,11 @@ class QWLockOutlineController : public RowsDelegate, public OutlineActions {
   Rows rowsUnder(const OutlineItemPointer& item) const override;
 
  private:
+  void runOnThread(std::function<void()> work);
+
   OutlineView& outline_;
+  BusyIndicator& spinner_;
+  SerialWork work_;
   NotificationCenter::Observation tabSwitch_;
 };
 

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "platform/Result.h"
+#include "settings/ui/PreferenceView.h"
 
 namespace vantory {
 
@@ -17,22 +18,15 @@ class MainWindowView;
 class PaneSwitcher;
 
 // Main thread, but for the operations that say otherwise. What it is given outlives it.
-class Vantory_AppDelegate {
+class Vantory_AppDelegate : public PreferenceDelegate {
  public:
-  // What the program's other rooms do for the menus; each may be empty.
-  struct Tools {
-    std::function<void(const std::string& application)> gatherLogs = {};   // worker thread
-    std::function<void(const std::string& application)> viewLog = {};      // worker thread
-    std::function<void(const std::string& application)> viewTaskLog = {};  // worker thread
-    std::function<void()> showPreferences = {};
-  };
   struct Parts {
     MainWindowView& window;
     PaneSwitcher& panes;
     FileChooser& chooser;
     Button& menuPrefs;
-    std::function<void()> quit;  // ends the event loop
-    Tools tools = {};
+    std::function<void()> quit;             // ends the event loop
+    std::function<void()> openPreferences;  // shows the settings window
   };
 
   explicit Vantory_AppDelegate(Parts parts) : parts_(std::move(parts)) {}
@@ -68,8 +62,8 @@ class Vantory_AppDelegate {
   // --- Menus ---
 
   void showPreferences();
-  void disablePrefsMenu();
-  void enablePrefsMenu();
+  void disablePrefsMenu() override;
+  void enablePrefsMenu() override;
 
   void gatherLogs();
   void viewTaskLog();

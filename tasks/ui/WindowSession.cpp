@@ -38,7 +38,7 @@ WindowSession::WindowSession(const std::string& home)
       chooser_(&dialog_),
       importChooser_(&window_),
       alerts_([this](AlertParent parent) { return windowOf(parent); }),
-      lock_(window_.lockPane().outline()),
+      lock_(window_.lockPane().outline(), window_.lockPane().spinner()),
       app_({window_, window_.trashPane().spinner(), progress_, lock_}),
       trash_(window_.trashPane().outline(), window_.trashPane().trashCommand()),
       restore_({window_.restorePane().outline(), window_.restorePane().toggleDefault, window_.restorePane().spinner(),
@@ -46,9 +46,13 @@ WindowSession::WindowSession(const std::string& home)
       backup_({window_.backupPane().outline(), window_.backupPane().backupCommand(), window_.backupPane().spinner(),
                app_, restore_}),
       edit_({dialog_, chooser_, backup_, restore_, &ProjectHandlers::checkVantoryDefaultForFileExtensions,
-             &ProjectHandlers::setVantoryDefaultFileExtensions}),
+             [] {
+               ProjectHandlers::setVantoryDefaultFileExtensions();
+               return ProjectHandlers::updateHandlingStatus();
+             }}),
       delegate_({window_, app_, importChooser_, *window_.menus().preferences, [] { QCoreApplication::exit(); },
-                 Vantory_AppDelegate::Tools()}) {
+                 [this] { settings_.show(); }}),
+      settings_(&window_, &delegate_) {
   restore_.setEditController(edit_);
   QWAlert::sharedController().ask = [this](const AlertTexts& texts) { return alerts_.ask(texts); };
   connectWindow();
@@ -219,6 +223,7 @@ void WindowSession::showSelection() {
 
 QWidget* WindowSession::windowOf(AlertParent parent) {
   if (parent == AlertParent::BackupDialog && dialog_.isVisible()) return &dialog_;
+  if (parent == AlertParent::SettingsWindow && settings_.window()) return settings_.window();
   return window_.isVisible() ? &window_ : nullptr;
 }
 

@@ -8,6 +8,7 @@
 #include "platform/SingleInstance.h"
 #include "platform/qt/ProgressDialog.h"
 #include "platform/qt/QtFileChooser.h"
+#include "settings/ui/SettingsSession.h"
 #include "tasks/ui/AlertSheets.h"
 #include "tasks/ui/AppWindowController.h"
 #include "tasks/ui/MainWindow.h"
@@ -65,6 +66,7 @@ class WindowSession {
   QWBackupOutlineController backup_;
   QWBackupEditController edit_;
   Vantory_AppDelegate delegate_;
+  SettingsSession settings_;
   bool painted_ = false;
   std::vector<std::string> waitingFiles_;  // for the window to be painted
 };

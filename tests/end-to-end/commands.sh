@@ -30,6 +30,42 @@ run -unlock -lock fcpPrefs
 check "without the right to lock: said how many, nothing changed" eval 'ended 0 && said "Vantory: 1 file could not be processed - see the log for details." && [ -w "$preferences/$fcp" ]'
 check "five logs are kept" [ "$(cd "$home/Library/Logs/Quarrywell" && echo *)" = "Vantory.task.1.log Vantory.task.2.log Vantory.task.3.log Vantory.task.4.log Vantory.task.5.log" ]
 
+# --- Questions -------------------------------------------------------------------------------------------------------
+odd=$user_data/$'Final Cut Pro \xff\n"\\\x01 Prefs.fcset'
+put "$odd"
+answers() { odd=$odd /usr/bin/python3 -c '
+import base64, json, os, sys
+answer = json.loads(sys.stdin.buffer.read().decode("utf-8", "strict"))
+text = lambda value: base64.b64decode(value["base64"]) if isinstance(value, dict) else os.fsencode(value)
+odd = os.environb[b"odd"]
+sys.exit(not eval(sys.argv[1]))' "$1" <"$work/out"; }
+before=$(manifest "$home")
+run --list-items --json
+check "--list-items in JSON, with a name that is no UTF-8" eval 'ran && answers "odd in map(text, answer[\"applications\"][0][\"items\"][0][\"files\"])"'
+run --list-backups --json
+check "--list-backups in JSON" eval 'ran && answers "[(b[\"name\"], b[\"automatic\"], len(b[\"items\"]), b[\"size\"] > 0) for b in answer[\"backups\"]] == [(\".odd*name\", False, 1, True), (\"Clean setup\", False, 3, True)]"'
+for task in autobackup restoredefault list trash lock unlock "backup New" "restore $library/.odd*name.vnt"; do
+  run --preview ${task%% *} ${task#"${task%% *}"}
+  [ "$task" != restoredefault ] || [ "$code" = 1 ] || code=unexpected
+done
+run --preview trash fcpPrefs --json
+check "--preview in JSON" eval 'ran && answers "[text(c[\"path\"]) for c in answer[\"changes\"]] == [b\"$preferences/$fcp\", odd]"'
+check "no question touches anything" [ "$(manifest "$home")" = "$before" ]
+rm "$odd"
+
+# --- In a terminal ---------------------------------------------------------------------------------------------------
+# While another process holds the library, a backup waits for two seconds.
+in_terminal() {
+  flock "$library" sleep 3 &
+  as_user env "TERM=$1" /usr/bin/python3 "$here/terminal.py" 30 "$program" -backup Late >"$work/out" 2>"$work/err"
+  code=$?
+  wait
+}
+in_terminal xterm
+check "a terminal shows what takes long, in one line that is gone at the end" eval 'ended 0 && printed "" && [ "$(tr "\r" "\n" <"$work/err" | sed "/^$/d")" = "$(printf "%-29s\n" "Waiting for another process i" "" "Vantory: Error writing backup file" | sed "3s/ *$//")" ]'
+in_terminal dumb
+check "a dumb one does not" eval 'ended 0 && [ "$(tr -d "\r" <"$work/err")" = "Vantory: Error writing backup file" ]'
+
 # --- Settings --------------------------------------------------------------------------------------------------------
 plist write "$settings" binary "defaultBackup=Clean setup.vnt" "somebody else=kept" number=7
 put "$preferences/$fcp" changed

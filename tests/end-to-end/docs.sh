@@ -8,7 +8,7 @@ if [ -z "${VANTORY_WORK:-}" ]; then
   work=$(mktemp -d)
   trap 'rm -rf "$work"' EXIT
   for doc in "${docs[@]}"; do
-    for path in $(grep -oE '`(\./)?(\.ci|[a-z-]+)/[A-Za-z_./-]*`' "$checkout/$doc" | tr -d '`' | grep -vE '[A-Z]{4}|^(usr|build)/' | sort -u); do
+    for path in $(grep -oE '`(\./)?(\.ci|[a-z-]+)/[A-Za-z_./-]*`' "$checkout/$doc" | tr -d '`' | grep -vE '[A-Z]{4}|^(usr|build|share)/' | sort -u); do
       check "$doc: $path" [ -e "$checkout/$path" ]
     done
   done

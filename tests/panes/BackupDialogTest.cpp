@@ -50,10 +50,11 @@ class BackupDialogTest : public PaneTest {
   FakeFileChooser chooser_;
   FakeOutline restoreOutline_;
   bool handles_ = false;
+  bool accepts_ = false;  // whether the desktop lets the program open projects
   QWRestoreOutlineController restore_{{restoreOutline_, button_, spinner_, *this}};
   QWBackupOutlineController pane_{{outline_, button_, spinner_, *this, restore_}};
   QWBackupEditController edit_{
-      {dialog_, chooser_, pane_, restore_, [this] { return handles_; }, [this] { handles_ = true; }}};
+      {dialog_, chooser_, pane_, restore_, [this] { return handles_; }, [this] { return handles_ = accepts_; }}};
 };
 
 TEST_F(BackupDialogTest, ANewBackupHoldsWhatIsTicked) {
@@ -85,9 +86,32 @@ TEST_F(BackupDialogTest, ABadNameLeavesTheDialogOpen) {
   EXPECT_TRUE(dialog_.isShown);
   confirm("Auto Backup of mine");
   EXPECT_TRUE(dialog_.isShown);
+  fakes_.users.process.reset();
+  confirm(" ");
+  confirm("Good");
+  EXPECT_TRUE(dialog_.isShown);
   EXPECT_THAT(alerts_,
-              ElementsAre("You must enter a name for this backup", "Please choose another name for this backup"));
+              ElementsAre("You must enter a name for this backup", "Please choose another name for this backup",
+                          "You must enter a name for this backup", "There is no folder for backups"));
   EXPECT_FALSE(exists(library()));
+}
+
+TEST_F(BackupDialogTest, AnAutomaticBackupKeepsItsNameOrBecomesAManualOne) {
+  ASSERT_EQ(QWBackup::autoBackup()->writeData(), WriteResult::Success);
+  const auto automatic = controller().autoBackupArray().front();
+  const std::string name = automatic->name();
+  edit_.editBackup(automatic);
+  confirm("Auto Backup of mine");
+  EXPECT_TRUE(dialog_.isShown);
+  EXPECT_THAT(alerts_, ElementsAre("Please choose another name for this backup"));
+  EXPECT_THAT(logged(), testing::Contains("The name Auto Backup of mine was refused: it is one of automatic backups"));
+  confirm(name);
+  EXPECT_FALSE(dialog_.isShown);
+  EXPECT_TRUE(exists(inLibrary("Autosaves/" + name + ".vnt/Settings.plist")));
+  edit_.editBackup(controller().autoBackupArray().front());
+  confirm("Mine");
+  EXPECT_TRUE(exists(inLibrary("Mine.vnt/Settings.plist")));
+  EXPECT_THAT(controller().autoBackupArray(), IsEmpty());
 }
 
 TEST_F(BackupDialogTest, ReplacingAsksAndKeepsTheOldOneInTheTrash) {
@@ -126,20 +150,44 @@ TEST_F(BackupDialogTest, EditingRenamesAndWritesAnew) {
 }
 
 TEST_F(BackupDialogTest, ListsProjectsOnce) {
+  const std::string a = home_ / "a.FCP", b = home_ / "b.motn", old = home_ / "Old Project", text = home_ / "text.txt";
+  for (const std::string& file : {a, b, old, text}) writeFile(file, "project");
+  ASSERT_TRUE(metadata_.setFinderInfo(old, "FCPFKeyG" + std::string(24, '\0')));
   edit_.showBackupDialog();
-  EXPECT_TRUE(dialog_.showsNotice);
-  edit_.enableProjectHandling();
-  EXPECT_TRUE(handles_);
-  EXPECT_FALSE(dialog_.showsNotice);
-  chooser_.answer = {"/tmp/a.fcp", "/tmp/b.motn", "/tmp/c.ipr"};
+  chooser_.answer = {a, b, text, old, home_ / "b\xef\xbf\xbd.fcp"};
   edit_.addProject();
   edit_.addProject();
   EXPECT_THAT(chooser_.request.extensions, testing::Contains("colorproj"));
+  EXPECT_THAT(dialog_.projects, ElementsAre(a, b, old));
+  EXPECT_THAT(alerts_, ElementsAre("Not linked", "Not linked"));
+  EXPECT_THAT(logged(), testing::Contains(HasSubstr("Not linked: text.txt is no project file. b")));
   dialog_.selection = {0, 2, 9};
   edit_.removeProject();
-  EXPECT_THAT(dialog_.projects, ElementsAre("/tmp/b.motn"));
+  EXPECT_THAT(dialog_.projects, ElementsAre(b));
   confirm("Linked");
-  EXPECT_THAT(listed("Linked")->projects(), ElementsAre("/tmp/b.motn"));
+  EXPECT_THAT(listed("Linked")->projects(), ElementsAre(b));
+}
+
+TEST_F(BackupDialogTest, OffersToOpenProjects) {
+  edit_.showBackupDialog();
+  finishWork();
+  EXPECT_TRUE(dialog_.showsNotice);
+  edit_.enableProjectHandling();
+  finishWork();
+  EXPECT_TRUE(dialog_.showsNotice) << "the desktop did not take it";
+  EXPECT_EQ(alerts_.size(), 1U);
+  accepts_ = true;
+  edit_.enableProjectHandling();
+  finishWork();
+  EXPECT_FALSE(dialog_.showsNotice);
+}
+
+TEST_F(BackupDialogTest, ABackupThatLacksAFileIsToldOf) {
+  edit_.showBackupDialog();
+  files_.fail(Operation::StageCopy, std::errc::no_space_on_device, 1);
+  confirm("Half");
+  EXPECT_EQ(alerts_.back(), "Not everything could be backed up");
+  EXPECT_TRUE(exists(inLibrary("Half.vnt/Settings.plist")));
 }
 
 }  // namespace

@@ -46,7 +46,7 @@ class DelegateTest : public PaneTest {
   FakeMainWindow window_;
   FakeFileChooser chooser_;
   int quits_ = 0;
-  Vantory_AppDelegate delegate_{{window_, *this, chooser_, button_, [this] { ++quits_; }}};
+  Vantory_AppDelegate delegate_{{window_, *this, chooser_, button_, [this] { ++quits_; }, [] {}}};
 };
 
 TEST_F(DelegateTest, AProjectBringsThePreferencesItIsLinkedTo) {

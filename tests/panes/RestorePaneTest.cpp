@@ -40,7 +40,13 @@ TEST_F(RestorePaneTest, ShowsTheLibraryWithTheAutomaticBackupsFirst) {
   const auto app = pane_.child(0, backup);
   EXPECT_EQ(nameOfRow(app), "Editor");
   EXPECT_EQ(std::get<int>(pane_.objectValueForTableColumn("name", app)), On);
-  EXPECT_EQ(pane_.objectValueForTableColumn("size", app), ObjectValue());
+  EXPECT_EQ(pane_.objectValueForTableColumn("size", app), ObjectValue()) << "measuring it must not stop the window";
+  finishWork();
+  EXPECT_THAT(outline_.reloadedItems, testing::Contains(app));
+  EXPECT_EQ(std::get<std::string>(pane_.objectValueForTableColumn("size", app)), "17 B");
+  EXPECT_EQ(std::get<std::string>(pane_.objectValueForTableColumn("size", backup->children()[0]->children()[1])),
+            "6 B");
+  EXPECT_EQ(pane_.objectValueForTableColumn("date", app), ObjectValue()) << "the backup's date alone";
   EXPECT_TRUE(std::holds_alternative<Timestamp>(pane_.objectValueForTableColumn("date", backup)));
   EXPECT_THAT(std::get<std::string>(pane_.objectValueForTableColumn("size", backup)), HasSubstr("B"));
 }
@@ -74,17 +80,31 @@ TEST_F(RestorePaneTest, SortsAndRemembers) {
 }
 
 TEST_F(RestorePaneTest, RenamesInPlace) {
-  const auto backup = written("Clean");
+  written("Clean");
   written("Taken");
-  const auto rename = [&](const std::string& name) { pane_.setObjectValue(name, "name", listed("Clean")); };
-  rename(" / ");
-  rename("Clean");
+  const auto backup = listed("Clean");
+  const auto rename = [&](const std::shared_ptr<QWBackup>& backup, const std::string& name) {
+    pane_.setObjectValue(name, "name", backup);
+    finishWork();
+  };
+  outline_.selected = backup;
+  pane_.toggleDefault();
+  for (const char* name : {" / ", "Clean", "Auto Backup of mine"}) rename(backup, name);
   EXPECT_TRUE(exists(inLibrary("Clean.vnt")));
-  rename("Taken");
+  EXPECT_THAT(alerts_, ElementsAre("Please choose another name for this backup"));
+  EXPECT_TRUE(backup->isDefault());
+  rename(backup, "Taken");
   EXPECT_TRUE(exists(inLibrary("Taken-2.vnt/Settings.plist")));
   EXPECT_THAT(names(), testing::Contains("Taken-2"));
-  pane_.setObjectValue(std::string(300, 'x'), "name", listed("Taken"));
+  EXPECT_FALSE(backup->isDefault()) << "it is known by its folder's name";
+  rename(listed("Taken"), std::string(300, 'x'));
   EXPECT_TRUE(exists(inLibrary("Taken.vnt/Settings.plist"))) << "a name that cannot be leaves everything as it is";
+
+  // An automatic one takes no name that is in use among the manual ones, or among its own.
+  ASSERT_EQ(QWBackup::autoBackup()->writeData(), WriteResult::Success);
+  writeFile(inLibrary("Autosaves/Taken-3.vnt/Settings.plist"), "");
+  rename(controller().autoBackupArray().front(), "Taken");
+  EXPECT_TRUE(exists(inLibrary("Autosaves/Taken-4.vnt/Settings.plist")));
 }
 
 TEST_F(RestorePaneTest, TheDefaultIsSetAndUnset) {
@@ -139,8 +159,52 @@ TEST_F(RestorePaneTest, TheDeleteKeyRemovesABackupIntoTheTrash) {
   EXPECT_TRUE(exists(inLibrary("Clean.vnt")));
   answer_ = QWAlert::Default;
   EXPECT_TRUE(pane_.keyUp(OutlineKey::Delete));
+  finishWork();
   EXPECT_TRUE(exists(inTrash("Clean.vnt")));
   EXPECT_THAT(names(), ElementsAre("Autosaves"));
+
+  ASSERT_EQ(QWBackup::autoBackup()->writeData(), WriteResult::Success);
+  outline_.selected = controller().autoBackupArray().front();
+  files_.fail(Operation::Trash, std::errc::read_only_file_system, FaultyFileSystem::kEveryCall);
+  EXPECT_TRUE(pane_.keyUp(OutlineKey::Delete));
+  finishWork();
+  EXPECT_EQ(alerts_.back(), "Unable to remove the backup");
+  EXPECT_EQ(pane_.numberOfChildrenOfItem(pane_.child(0, nullptr)), 1U) << "it is still there";
+  files_.heal();
+  outline_.selected = controller().autoBackupArray().front();
+  EXPECT_TRUE(pane_.keyUp(OutlineKey::Delete));
+  finishWork();
+  EXPECT_EQ(pane_.numberOfChildrenOfItem(pane_.child(0, nullptr)), 0U);
+}
+
+TEST_F(RestorePaneTest, ABackupThatVanishedIsNotCalledRestored) {
+  written("Clean");
+  outline_.selected = listed("Clean");
+  ASSERT_TRUE(disk_.remove(inLibrary("Clean.vnt")));
+  pane_.restore();
+  finishWork();
+  EXPECT_THAT(alerts_, ElementsAre("Are you sure you wish to restore this backup?", "The backup is no longer there"));
+  EXPECT_THAT(names(), ElementsAre("Autosaves"));
+}
+
+TEST_F(RestorePaneTest, HandsFilesToOtherPrograms) {
+  const std::string project = home_ / "a.fcp";
+  writeFile(project, "project");
+  auto backup = backupOfAll("Linked");
+  backup->setProjects({project, home_ / "gone.fcp"});
+  ASSERT_EQ(backup->writeData(), WriteResult::Success);
+  outline_.selected = listed("Linked")->children()[0];
+  pane_.revealLinkedProjects();
+  finishWork();
+  EXPECT_THAT(fakes_.documents.revealed, ElementsAre(project));
+  EXPECT_THAT(alerts_, ElementsAre("Projects are missing"));
+  pane_.revealFinder();
+  finishWork();
+  EXPECT_THAT(fakes_.documents.revealed, ElementsAre(inLibrary("Linked.vnt")));
+  outline_.selected = pane_.child(0, nullptr);
+  pane_.revealFinder();
+  finishWork();
+  EXPECT_THAT(fakes_.documents.opened, ElementsAre(inLibrary("Autosaves")));
 }
 
 TEST_F(RestorePaneTest, UnlinkingWritesTheBackupAnew) {

@@ -81,31 +81,50 @@ class LockPaneTest : public PaneTest {
   LockPaneTest() {
     setTwoApps();
     pane_.reload();
+    finishWork();
+  }
+  void lock(int state, const OutlineItemPointer& row) {
+    pane_.setObjectValue(state, "lock", row);
+    finishWork();
   }
   int shownState(const OutlineItemPointer& row) { return std::get<int>(pane_.objectValueForTableColumn("lock", row)); }
-  QWLockOutlineController pane_{outline_};
+  QWLockOutlineController pane_{outline_, spinner_};
 };
 
 TEST_F(LockPaneTest, LocksWhatARowStandsFor) {
-  pane_.setObjectValue(On, "lock", editor_->children()[0]);
+  lock(On, editor_->children()[0]);
   EXPECT_TRUE(metadata_.locked.contains(prefs("editor.plist")));
   EXPECT_EQ(shownState(editor_->children()[0]), On);
   EXPECT_EQ(shownState(editor_), Mixed);
-  pane_.setObjectValue(Mixed, "lock", editor_);
+  lock(Mixed, editor_);
   EXPECT_TRUE(metadata_.locked.contains(prefs("editor.layout")));
   EXPECT_EQ(shownState(editor_), On);
+  // Clicks that come while files are being changed wait for their turn.
   pane_.setObjectValue(Off, "lock", editor_);
-  EXPECT_TRUE(metadata_.locked.empty());
+  EXPECT_EQ(shownState(editor_), Off) << "at once";
+  EXPECT_TRUE(spinner_.isTurning);
+  pane_.setObjectValue(On, "lock", avidItem_->users()[1]);
+  finishWork();
+  EXPECT_FALSE(spinner_.isTurning);
+  EXPECT_THAT(metadata_.locked, ElementsAre(avidFile("ben")));
+  EXPECT_THAT(alerts_, IsEmpty());
+}
+
+TEST_F(LockPaneTest, WhatCouldNotBeLockedIsToldAndShown) {
+  metadata_.lockAnswer = Error{std::errc::not_supported, "no such flag here"};
+  lock(On, editor_);
+  EXPECT_THAT(alerts_, ElementsAre("Not everything could be locked"));
+  EXPECT_EQ(shownState(editor_), Off);
 }
 
 TEST_F(LockPaneTest, ARowThatCannotBeLockedIgnoresClicks) {
-  pane_.setObjectValue(On, "lock", avidItem_);
+  lock(On, avidItem_);
   EXPECT_TRUE(metadata_.locked.empty());
   EXPECT_EQ(shownState(avidItem_), Off);
   OutlineCell cell;
   pane_.willDisplayCell(cell, "lock", avidItem_);
   EXPECT_FALSE(cell.enabled);
-  pane_.setObjectValue(On, "lock", avidItem_->users()[0]);
+  lock(On, avidItem_->users()[0]);
   EXPECT_EQ(metadata_.locked.size(), 1U);
   EXPECT_EQ(shownState(avidItem_->users()[0]), On);
 }
@@ -114,6 +133,7 @@ TEST_F(LockPaneTest, LooksAgainWhenItIsShown) {
   metadata_.locked.insert(prefs("editor.plist"));
   EXPECT_EQ(shownState(editor_), Off);
   NotificationCenter::shared().post("QWVantoryLockTabSwitch");
+  finishWork();
   EXPECT_EQ(shownState(editor_), Mixed);
 }
 

@@ -40,7 +40,8 @@ class TrashWorkflowTest : public PaneTest {
   FakeGuard guard_;
   FakeMainWindow window_;
   FakeProgressSheet sheet_;
-  QWLockOutlineController lock_{outline_};
+  FakeBusyIndicator lockSpinner_;
+  QWLockOutlineController lock_{outline_, lockSpinner_};
   AppWindowController controller_{{window_, spinner_, sheet_, lock_}};
 };
 
@@ -121,6 +122,11 @@ TEST_F(TrashWorkflowTest, TheFirstStartMakesABackupOfEverything) {
   controller_.load();
   finishWork();
   EXPECT_EQ(controller().backupArray().size(), 2U) << "a second start finds it";
+
+  files_.fail(Operation::List, std::errc::permission_denied, FaultyFileSystem::kEveryCall);
+  controller_.load();
+  finishWork();
+  EXPECT_THAT(alerts_, ElementsAre("Your backups cannot be read"));
 }
 
 }  // namespace

@@ -90,6 +90,15 @@ TEST_F(DesktopTest, WhoNeverAnswersIsAnErrorThatTheHelperOutlives) {
   EXPECT_EQ(started_, 1);
 }
 
+TEST_F(DesktopTest, AnAnnouncementReachesWhoeverListens) {
+  HelperProcess listener = bus_->start("announcement_listener.py");
+  LinuxAnnouncements announcements(helper_, users_);
+  ASSERT_TRUE(announcements.announce("QWShortcutKeysReload"));
+  EXPECT_THAT(heardBy(listener), ElementsAre("QWShortcutKeysReload"));
+  EXPECT_EQ(announcements.announce("no name").error().code, std::errc::invalid_argument);
+  EXPECT_EQ(started_, 1);
+}
+
 TEST_F(DesktopTest, ATaskClientGetsTheMessagesThatItUnderstands) {
   HelperProcess client = bus_->start("task_client.py", {kFirst, "answers", "postErrorStringuserInfo"});
   EXPECT_EQ(sent(kFirst, {"postErrorString:userInfo:", {"Größe \xff\n", "Vantory"}}), Answer::Received);

@@ -202,6 +202,13 @@ class FakeNotifications : public DesktopNotifications {
   Status answer;
 };
 
+class FakeAnnouncements : public Announcements {
+ public:
+  Status announce(const std::string& name) override { return announced.push_back(name), Status(); }
+
+  std::vector<std::string> announced;
+};
+
 // Records each call ("load", "unload", "remove") by way of `onCall`; nothing is scheduled.
 class FakeJobControl : public JobControl {
  public:
@@ -241,6 +248,7 @@ class FakePlatform {
   FakeDefaultHandlers defaultHandlers;
   FakeTaskClient taskClient;
   FakeNotifications notifications;
+  FakeAnnouncements announcements;
   FakeJobControl jobs;
   LinuxSystemTools tools;
   FakeCrashReports crashReports;

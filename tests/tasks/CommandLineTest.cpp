@@ -1,13 +1,19 @@
+#include <sys/stat.h>
+
 #include <filesystem>
+#include <map>
 #include <optional>
 #include <set>
 #include <sstream>
 
+#include "catalog/BuiltInCatalog.h"
+#include "services/Format.h"
 #include "services/MainThread.h"
 #include "services/PropertyList.h"
 #include "services/QWUserDefaults.h"
 #include "tasks/Command.h"
 #include "tasks/Program.h"
+#include "tasks/Question.h"
 #include "tests/services/ServicesTest.h"
 
 namespace vantory::test {
@@ -76,6 +82,54 @@ class CommandLineTest : public ::testing::Test {
     std::vector<std::string> texts;
     for (const auto& message : fakes_.taskClient.sent) texts.push_back(message.arguments.at(0));
     return texts;
+  }
+
+  // Of everything in the home and the machine's folders: type, inode, size and times but for that of the last access.
+  std::map<std::string, std::string> snapshot() const {
+    std::map<std::string, std::string> items;
+    for (const std::string& root : {home_.path(), machine_.path()})
+      for (const auto& entry : fs::recursive_directory_iterator(root)) {
+        struct stat status {};
+        EXPECT_EQ(lstat(entry.path().c_str(), &status), 0);
+        std::ostringstream item;
+        item << status.st_mode << ' ' << status.st_ino << ' ' << status.st_size << ' ' << status.st_mtim.tv_sec << '.'
+             << status.st_mtim.tv_nsec << ' ' << status.st_ctim.tv_sec << '.' << status.st_ctim.tv_nsec;
+        items[entry.path()] = item.str();
+      }
+    return items;
+  }
+  // What the table of a preview says is made, trashed or moved; of a folder and what is in it, the folder.
+  Names foreseen() const {
+    Names paths;
+    std::istringstream lines(output_.str());
+    for (std::string line; std::getline(lines, line);)
+      if (line.find(" /") != std::string::npos && !line.starts_with("copy ")) paths.insert(line.substr(line.find('/')));
+    return withoutContents(paths);
+  }
+  // What appeared, went or became another item, but for the task's own notes and the Trash.
+  Names changedSince(const std::map<std::string, std::string>& before) const {
+    const auto inodes = [](const std::map<std::string, std::string>& items) {
+      std::map<std::string, std::string> found;
+      for (const auto& [path, item] : items) found[path] = item.substr(0, item.find(' ', item.find(' ') + 1));
+      return found;
+    };
+    const auto left = inodes(before), right = inodes(snapshot());
+    Names paths;
+    for (const auto& [path, item] : left)
+      if (!right.contains(path) || right.at(path) != item) paths.insert(path);
+    for (const auto& [path, item] : right)
+      if (!left.contains(path)) paths.insert(path);
+    std::erase_if(paths, [](const std::string& path) {
+      return path.find("/Logs") != path.npos || path.find("/.local") != path.npos || path.ends_with("Vantory.plist");
+    });
+    return withoutContents(paths);
+  }
+  static Names withoutContents(const Names& paths) {
+    Names kept;
+    for (const std::string& path : paths)
+      if (!paths.contains(fs::path(path).parent_path()) && (kept.empty() || !path.starts_with(*kept.rbegin() + "/")))
+        kept.insert(path);
+    return kept;
   }
 
   ScratchFolder home_;
@@ -221,6 +275,120 @@ TEST_F(CommandLineTest, TouchesNothingWithoutAUsableHomeOrLibrary) {
   }
   EXPECT_THAT(readFile(machine_ / "Library/Logs/Quarrywell/Vantory.task.1.log"), HasSubstr(reason));
   EXPECT_TRUE(fs::is_empty(home_.path()));
+}
+
+TEST_F(CommandLineTest, QuestionsTouchNothing) {
+  ASSERT_EQ(run({"-backup", "Set"}), 0);
+  fs::copy(library("/Set.vnt"), library("/Older.vnt2"), fs::copy_options::recursive);
+  fs::copy(library("/Set.vnt"), library("/Auto Backup stray.vnt"), fs::copy_options::recursive);
+  writeFile(home_ / "Library/Preferences/com.quarrywell.Vantory.plist", "damaged");
+  fakes_.workspace.running = {"com.apple.motion"};
+  const auto before = snapshot();
+  for (const bool superuser : {false, true}) {
+    fakes_.users.superuser = superuser;
+    for (const Command& command : commandTable()) {
+      const std::string task(command.option.substr(1));
+      for (const std::string& operand : {library("/Set.vnt"), std::string("Set"), std::string("-allfiles")})
+        EXPECT_EQ(run({"--preview", task, operand, "-task"}),
+                  (task == "restore" && operand != library("/Set.vnt")) || task == "restoredefault");
+    }
+    EXPECT_EQ(run({"--list-items", "--json"}), 0);
+    EXPECT_EQ(run({"--list-backups", "--print0"}), 0);
+    const std::string paths = output_.str();  // as they lie there, untidied
+    EXPECT_EQ(paths,
+              library("/Older.vnt2") + '\0' + library("/Set.vnt") + '\0' + library("/Auto Backup stray.vnt") + '\0');
+  }
+  EXPECT_EQ(snapshot(), before);
+  EXPECT_THAT(metadata_.locked, IsEmpty());
+  EXPECT_THAT(fakes_.notifications.posted, IsEmpty());
+  EXPECT_THAT(fakes_.taskClient.sent, IsEmpty());
+  EXPECT_EQ(fakes_.privileged.requests + fakes_.privileged.calls.size() + fakes_.workspace.quitRequests.size(), 0);
+}
+
+TEST_F(CommandLineTest, PreviewsTellWhatTheTasksThenDo) {
+  ASSERT_EQ(run({"-backup", "Set"}), 0);
+  ASSERT_EQ(run({"-autobackup"}), 0);
+  fakes_.clock.advance(std::chrono::seconds(1));
+  fs::copy(library("/Set.vnt"), library("/Auto Backup stray.vnt"), fs::copy_options::recursive);
+  fs::create_symlink(home_ / "Library", home_ / "Library/Preferences/com.borisfx.Title Crawl");
+  const std::vector<std::vector<std::string>> rows = {{"list"},
+                                                      {"trash", "fcp"},
+                                                      {"backup", "Set"},
+                                                      {"backup", "None", "noSuchKey"},
+                                                      {"autobackup"},
+                                                      {"trash", "-allfiles"},
+                                                      {"backup", "Nothing"},
+                                                      {"restore", library("/Set.vnt")},
+                                                      {"trash", "none"},
+                                                      {"restore", "x", "motion"},
+                                                      {"backup", "New", "fcpPlugins"}};
+  std::size_t changes = 0;
+  for (std::vector<std::string> row : rows) {
+    std::vector<std::string> preview = row;
+    preview.insert(preview.begin(), "--preview");
+    const int exitCode = run(preview);
+    const Names expected = foreseen();
+    const auto before = snapshot();
+    row.front() = formatted("-%@", row.front());
+    EXPECT_EQ(run(row), exitCode);
+    EXPECT_EQ(changedSince(before), expected) << ::testing::PrintToString(row);
+    changes += expected.size();
+  }
+  EXPECT_GE(changes, 14u);
+}
+
+TEST_F(CommandLineTest, PreviewsForeseeRefusals) {
+  const std::string folder = home_ / "Library/Preferences";
+  metadata_.unwritable = {folder};
+  EXPECT_EQ(run({"--preview", "trash", "motionPrefs"}), 0);
+  EXPECT_THAT(output_.str(), HasSubstr("\ncannot trash  " + folder + "/com.apple.motion.plist (Perm"));
+  EXPECT_THAT(errors_.str(), HasSubstr("1 file could not be processed"));
+  fakes_.users.superuser = true;  // whose rights reach there
+  EXPECT_EQ(run({"--preview", "trash", "motionPrefs"}), 0);
+  EXPECT_THAT(output_.str(), HasSubstr("\nmove         " + folder + "/com.apple.motion.plist\n  to  "));
+}
+
+TEST_F(CommandLineTest, QuestionsAskedWronglyAreRefused) {
+  const std::vector<std::vector<std::string>> rows = {{"--preview"},
+                                                      {"--preview", "fcp"},
+                                                      {"--preview", "-trash", "fcp"},
+                                                      {"--json", "--preview", "-trash"},
+                                                      {"--preview", "trash", "--print0"},
+                                                      {"--list-items", "fcpPrefs"},
+                                                      {"x", "--list-backups"},
+                                                      {"--list-items", "--json", "--print0"},
+                                                      {"--json"}};
+  for (const auto& row : rows) {
+    EXPECT_EQ(run(row), 1) << ::testing::PrintToString(row);
+    EXPECT_THAT(errors_.str(), StartsWith("Vantory: "));
+    EXPECT_THAT(output_.str(), IsEmpty());
+  }
+  EXPECT_EQ(intact(), kAll);
+  EXPECT_THAT(window_, IsEmpty());
+}
+
+// The manual, the README and the completions are written by hand.
+TEST_F(CommandLineTest, EveryOptionAndKeyIsDocumented) {
+  const std::string source = VANTORY_SOURCE;
+  const std::string manual = readFile(source + "/resources/man/vantory.1");
+  const std::string readme = readFile(source + "/README.md");
+  std::vector<std::string> options = {std::string(kJson), std::string(kPrint0)};
+  for (const Command& command : commandTable()) options.emplace_back(command.option);
+  for (const Question& question : questionTable()) options.emplace_back(question.option);
+  const auto completion = [&](const char* name) { return readFile(source + "/resources/completions/" + name); };
+  for (const std::string& option : options) {
+    const std::string plain = option.substr(option.find_first_not_of('-'));
+    const std::string inFish = formatted(option.starts_with("--") ? " -l %@ " : " -a -%@ ", plain);
+    const std::string inManual = formatted(option.starts_with("--") ? "\n.It Fl -%@" : "\n.It Fl %@", plain);
+    EXPECT_NE(manual.find(inManual), manual.npos) << option;
+    EXPECT_NE(readme.find(option), readme.npos) << option;
+    EXPECT_NE(completion("vantory.bash").find(option), std::string::npos) << option;
+    EXPECT_NE(completion("_vantory").find("'" + option + ":"), std::string::npos) << option;
+    EXPECT_NE(completion("vantory.fish").find(inFish), std::string::npos) << option;
+  }
+  for (const BuiltInApp& app : builtInCatalog())
+    for (const BuiltInItem& item : app.items)
+      for (const std::string& text : {manual, readme}) EXPECT_NE(text.find(item.key), text.npos) << item.key;
 }
 
 }  // namespace

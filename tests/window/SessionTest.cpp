@@ -89,8 +89,8 @@ TEST_F(SessionTest, BacksUpAndRestores) {
   EXPECT_TRUE(exists(inLibrary("Clean setup.vnt")));
   QTimer::singleShot(0, [] { answer("Remove"); });
   QTest::keyClick(&pane.outline().tree(), Qt::Key_Delete);
+  EXPECT_TRUE(eventually([&] { return !pane.restore.isEnabled(); }));
   EXPECT_FALSE(exists(inLibrary("Clean setup.vnt")));
-  EXPECT_FALSE(pane.restore.isEnabled());
 }
 
 TEST_F(SessionTest, IsAsItWasLeft) {

@@ -83,12 +83,14 @@ Result<Message> reveal(const Message& paths) {
     addresses.push_back(*address);
   }
   if (showItems(addresses)) return Message{};
+  // One that cannot be opened does not keep the others from it.
+  Result<Message> outcome = Message{};
   for (const std::string& folder : foldersOf(paths)) {
     const Result<std::string> address = addressOf(folder);
-    if (!address) return address.error();
-    if (const Status opened = openUsually(*address); !opened) return opened.error();
+    const Status opened = address ? openUsually(*address) : Status(address.error());
+    if (!opened && outcome) outcome = opened.error();
   }
-  return Message{};
+  return outcome;
 }
 
 // What the tool's exit status says, as its manual has it.

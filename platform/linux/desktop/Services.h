@@ -27,6 +27,7 @@ using EventSink = std::function<void(Message event)>;
 // One table for each service.
 Verbs notificationVerbs(EventSink tell);
 Verbs taskClientVerbs();
+Verbs announcementVerbs();
 Verbs runningApplicationVerbs();
 Verbs launchVerbs();
 Verbs documentVerbs();

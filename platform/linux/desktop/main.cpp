@@ -27,6 +27,7 @@ class Server {
   explicit Server(Descriptor conversation) : channel_(std::move(conversation)) {
     add(notificationVerbs(events()));
     add(taskClientVerbs());
+    add(announcementVerbs());
     add(runningApplicationVerbs());
     add(launchVerbs());
     add(documentVerbs());

@@ -1,0 +1,124 @@
+// What the backup dialog's confirming button does.
+
+#include <chrono>
+#include <utility>
+
+#include "backups/QWDataController.h"
+#include "backups/ui/BackupDialogView.h"
+#include "backups/ui/BackupNames.h"
+#include "backups/ui/FailureReport.h"
+#include "backups/ui/QWBackupEditController.h"
+#include "backups/ui/QWBackupOutlineController.h"
+#include "services/BackgroundThreads.h"
+#include "services/Format.h"
+#include "services/MainThread.h"
+#include "services/Paths.h"
+#include "services/QWAlert.h"
+#include "services/QWAuthorization.h"
+#include "services/QWFileManager.h"
+#include "services/QWLocalPaths.h"
+#include "services/QWLog.h"
+
+namespace vantory {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+// As people write it: with "~" for the home folder.
+std::string withTilde(const std::string& path) {
+  const auto home = QWLocalPaths::userDirectory();
+  if (!home || !paths::isWithin(path, *home)) return path;
+  return std::string("~").append(path, home->size());
+}
+
+std::shared_ptr<QWPrefItem> copyForBackup(const QWPrefItem& item) {
+  auto copy = item.copy();
+  copy->setUsers({});
+  for (const auto& user : item.users())
+    if (user->selected() == On) copy->addUser(user->copy());
+  return copy;
+}
+
+std::shared_ptr<QWBackup> newBackup(const std::string& name, const std::string& target) {
+  QWLog::appendLog("Creating new backup...");
+  auto backup = QWBackup::backupWithName(name, target);
+  for (const auto& app : QWDataController::sharedController().appArray()) {
+    if (app->selected() == Off) continue;
+    auto appCopy = app->copyWithoutChildren();
+    for (const auto& item : app->children())
+      if (item->selected() != Off) appCopy->addItem(copyForBackup(*item));
+    backup->addApp(appCopy);
+  }
+  return backup;
+}
+
+// Whether what bears the name may go to the Trash.
+bool askToReplace(const std::string& name, const std::string& target) {
+  QWLog::appendLog("Backup %@ exists. Asking the user to confirm replacement.", target);
+  const int answer = QWAlert::alertSheetWithMessageText(
+      {.messageText = formatted("\"%@\" already exists. Do you want to replace it?", name),
+       .defaultButton = "Replace",
+       .alternateButton = "Cancel",
+       .informativeText = formatted("A file with the same name already exists at %@. Replacing it will send the "
+                                    "old file to the Trash and put the new one in its place.",
+                                    withTilde(paths::parent(target))),
+       .parentWindow = AlertParent::BackupDialog});
+  QWLog::appendLog(answer == QWAlert::Default ? "User chose to replace" : "User cancelled backup");
+  return answer == QWAlert::Default;
+}
+
+// Nothing to do for a new backup, and for one that keeps its name.
+void rename(QWBackup& backup, const std::string& name, const std::string& target) {
+  if (backup.name() == name) return;
+  QWLog::appendLog("Backup is being renamed from %@ to %@", backup.name(), name);
+  if (!QWFileManager::moveFile(backup.path(), target, 10s)) return;
+  MainThread::shared().runAndWait([&] {
+    backup.setName(name);
+    backup.setPath(target);
+  });
+}
+
+}  // namespace
+
+bool QWBackupEditController::isEditedName(const std::string& name) const {
+  return editedBackup_ && editedBackup_->name() == name;
+}
+
+bool QWBackupEditController::isAcceptable(const std::string& name) const {
+  if (name.empty()) {
+    QWLog::appendLog("You must enter a name for this backup. The name cannot be blank.");
+    QWAlert::alertSheetWithMessageText("You must enter a name for this backup", "The backup name cannot be left blank.",
+                                       AlertParent::BackupDialog);
+    return false;
+  }
+  return isEditedName(name) || !refuseNameOfAutomaticBackups(name, AlertParent::BackupDialog);
+}
+
+void QWBackupEditController::backup() {
+  QWLog::appendLog("User started backup");
+  const std::string name = QWFileManager::validateFilename(parts_.dialog.name());
+  if (!isAcceptable(name)) return;
+  const auto location = QWDataController::vantoryBackupLocation();
+  if (!location)
+    return reportFailure("There is no folder for backups", "Please choose one in the settings.",
+                         AlertParent::BackupDialog);
+  const std::string target = paths::join(*location, name + ".vnt");
+  const bool replaces = !isEditedName(name) && QWFileManager::itemExistsAtPath(target);
+  if (replaces && !askToReplace(name, target)) return;
+
+  const auto edited = std::exchange(editedBackup_, nullptr);
+  const auto written = edited ? edited : newBackup(name, target);
+  written->setProjects(projects_);
+  QWBackupOutlineController& writer = parts_.backupController;
+  writer.reload();
+  parts_.dialog.close();
+  BackgroundThreads::shared().start([&writer, written, name, target, replaces] {
+    QWAuthorization::sharedController().beginTask();
+    if (replaces) QWFileManager::trashFile(target, 10s);
+    rename(*written, name, target);
+    writer.writeBackupOnThread(written);
+  });
+}
+
+}  // namespace vantory

@@ -1,0 +1,32 @@
+#include "backups/ui/BackupNames.h"
+
+#include "backups/QWBackup.h"
+#include "backups/QWDataController.h"
+#include "services/Format.h"
+#include "services/Paths.h"
+#include "services/QWFileManager.h"
+#include "services/QWLog.h"
+
+namespace vantory {
+
+bool refuseNameOfAutomaticBackups(const std::string& name, AlertParent parentWindow) {
+  if (!name.starts_with("Auto Backup ")) return false;
+  QWLog::appendLog("The name %@ was refused: it is one of automatic backups", name);
+  QWAlert::alertSheetWithMessageText("Please choose another name for this backup",
+                                     "Names that begin with \"Auto Backup \" are those of automatic backups.",
+                                     parentWindow);
+  return true;
+}
+
+std::string freeNameFor(const QWBackup& backup, const std::string& wanted) {
+  const std::string folder = paths::parent(backup.path());
+  const auto isTaken = [&folder](const std::string& name) {
+    return QWDataController::uniqueBackupName(name) != name ||
+           QWFileManager::itemExistsAtPath(paths::join(folder, name + ".vnt"));
+  };
+  std::string name = wanted;
+  for (int number = 2; isTaken(name); ++number) name = formatted("%@-%i", wanted, number);
+  return name;
+}
+
+}  // namespace vantory

@@ -1,0 +1,20 @@
+// What a backup may be called.
+#pragma once
+
+#include <string>
+
+#include "services/QWAlert.h"
+
+namespace vantory {
+
+class QWBackup;
+
+// Whether it is a name of automatic backups. A manual backup of such a name would be listed with them, and deleted in
+// time; the person is told so on that window. Blocks until the person has answered.
+bool refuseNameOfAutomaticBackups(const std::string& name, AlertParent parentWindow);
+
+// The name, or with "-2", "-3" ...: the first that no backup bears, neither in the library's folder nor beside this
+// one.
+std::string freeNameFor(const QWBackup& backup, const std::string& wanted);
+
+}  // namespace vantory

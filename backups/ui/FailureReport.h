@@ -1,0 +1,14 @@
+// Failures, as the person at the window and the log are told of them.
+#pragma once
+
+#include <string>
+
+#include "services/QWAlert.h"
+
+namespace vantory {
+
+// Logs what failed and shows it as an alert; blocks until that is answered. Any thread.
+void reportFailure(const std::string& failure, const std::string& reason,
+                   AlertParent parentWindow = AlertParent::MainWindow);
+
+}  // namespace vantory

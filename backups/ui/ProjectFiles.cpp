@@ -1,0 +1,43 @@
+#include "backups/ui/ProjectFiles.h"
+
+#include <algorithm>
+
+#include "platform/FileMetadata.h"
+#include "services/Paths.h"
+#include "services/QWFileManager.h"
+#include "services/Runtime.h"
+#include "services/Text.h"
+
+namespace vantory {
+
+namespace {
+
+constexpr const char* kProjectType = "FCPF";
+
+// The code in the first four bytes of a file's Finder information, by which old projects are known.
+bool hasProjectType(const std::string& path) {
+  const auto info = Runtime::current().platform().metadata.finderInfo(path);
+  return info && info->starts_with(kProjectType);
+}
+
+bool hasProjectExtension(const std::string& path) {
+  const auto& known = projectExtensions();
+  return std::find(known.begin(), known.end(), lowerCased(paths::extension(path))) != known.end();
+}
+
+}  // namespace
+
+const std::vector<std::string>& projectExtensions() {
+  static const std::vector<std::string> extensions = {"fcp",     "colorproj", "stap",       "stmp",
+                                                      "dspproj", "ipr",       "compressor", "motn"};
+  return extensions;
+}
+
+std::optional<std::string> reasonNotToLink(const std::string& path) {
+  if (!QWFileManager::fileExistsAtPath(path))
+    return "is not there under the name that was chosen. Names that are no text cannot be chosen.";
+  if (!hasProjectExtension(path) && !hasProjectType(path)) return "is no project file.";
+  return std::nullopt;
+}
+
+}  // namespace vantory

@@ -1,0 +1,33 @@
+// A disk on which each step that may take long is shown.
+#pragma once
+
+#include "platform/FileSystem.h"
+
+namespace vantory {
+
+class ProgressLine;
+
+class WatchedFileSystem : public FileSystem {
+ public:
+  // Both outlive it.
+  WatchedFileSystem(FileSystem& disk, ProgressLine& line) : disk_(disk), line_(line) {}
+
+  Result<FileInfo> info(const std::string& path, Links links) const override;
+  Result<std::vector<DirectoryEntry>> list(const std::string& path, Detail detail) const override;
+  Result<std::string> read(const std::string& path) const override;
+  Status write(const std::string& path, std::string_view bytes, WriteOptions options) override;
+  Result<std::unique_ptr<AppendFile>> openForAppending(const std::string& path) override;
+  Result<std::unique_ptr<StagedCopy>> stageCopy(const CopyRequest& request) override;
+  Status move(const std::string& source, const std::string& destination) override;
+  Status remove(const std::string& path) override;
+  Status makeFolder(const std::string& path) override;
+  Result<std::string> trash(const std::string& path, const std::string& trashFolder) override;
+  Status sync(const std::string& path) override;
+  Result<std::unique_ptr<FolderHold>> holdFolder(const std::string& path, std::chrono::milliseconds wait) override;
+
+ private:
+  FileSystem& disk_;
+  ProgressLine& line_;
+};
+
+}  // namespace vantory

@@ -1,0 +1,246 @@
+#include "platform/overlay/OverlayFileSystem.h"
+
+#include <limits>
+#include <set>
+#include <system_error>
+#include <utility>
+
+namespace vantory {
+
+namespace {
+
+using Kind = OverlayNode::Kind;
+using Lock = std::lock_guard<std::recursive_mutex>;
+
+// A device that no disk is.
+constexpr std::uint64_t kOverlayDevice = std::numeric_limits<std::uint64_t>::max();
+
+void applyOwn(const OverlayNode& node, FileInfo& info) {
+  if (node.isCopy) info.locked = false;
+  if (node.locked) info.locked = *node.locked;
+  if (node.modified) info.modified = *node.modified;
+  if (node.number > 0) info.identity = {kOverlayDevice, node.number};
+}
+
+DirectoryEntry entryFor(const std::string& name, const FileInfo& info) {
+  return {name, info.type, info.type == FileType::File ? info.size : 0};
+}
+
+}  // namespace
+
+class OverlayFileSystem::OverlayCopy : public StagedCopy {
+ public:
+  OverlayCopy(OverlayFileSystem& files, Change change, OverlayNode node)
+      : files_(files), change_(std::move(change)), node_(std::move(node)) {}
+  Status commit(Existing existing) override { return files_.commit(change_, node_, existing); }
+  const std::vector<std::string>& notes() const override { return notes_; }
+
+ private:
+  OverlayFileSystem& files_;
+  const Change change_;
+  const OverlayNode node_;
+  const std::vector<std::string> notes_;
+};
+
+Error OverlayFileSystem::missing(const std::string& path) const {
+  const auto code = std::errc::no_such_file_or_directory;
+  return {code, path + ": " + std::make_error_code(code).message()};
+}
+
+Result<FileInfo> OverlayFileSystem::info(const std::string& path, Links links) const {
+  const Lock lock(tree_.mutex);
+  const OverlayNode there = node(path);
+  FileInfo info;
+  switch (there.kind) {
+    case Kind::Gone:
+      return missing(path);
+    case Kind::Folder:
+      info.type = FileType::Folder;
+      break;
+    case Kind::Written:
+      info.type = FileType::File;
+      info.size = there.bytes.size();
+      break;
+    case Kind::OnDisk: {
+      const auto found = disk_.info(there.origin, links);
+      if (!found) return found.error();
+      info = *found;
+    }
+  }
+  applyOwn(there, info);
+  return info;
+}
+
+Result<std::vector<DirectoryEntry>> OverlayFileSystem::list(const std::string& path, Detail detail) const {
+  const Lock lock(tree_.mutex);
+  const OverlayNode there = node(path);
+  std::vector<DirectoryEntry> entries;
+  if (there.kind == Kind::Gone) return missing(path);
+  if (there.kind == Kind::OnDisk) {
+    auto listed = disk_.list(there.origin, detail);
+    if (!listed) return listed;
+    entries = std::move(*listed);
+  }
+  const std::string folder = plainPath(path);
+  const std::set<std::string> changed = tree_.children(folder);
+  std::erase_if(entries, [&](const DirectoryEntry& entry) { return changed.contains(entry.name); });
+  for (const std::string& name : changed) {
+    std::string child = folder;
+    const auto found = info(child.append("/").append(name), Links::DoNotFollow);
+    if (found) entries.push_back(entryFor(name, *found));
+  }
+  return entries;
+}
+
+Result<std::string> OverlayFileSystem::read(const std::string& path) const {
+  const Lock lock(tree_.mutex);
+  const OverlayNode there = node(path);
+  if (there.kind == Kind::Written) return there.bytes;
+  if (there.kind == Kind::OnDisk) return disk_.read(there.origin);
+  return missing(path);
+}
+
+std::optional<std::errc> OverlayFileSystem::obstacleTo(const std::string& path) const {
+  const std::string folder = parentOf(plainPath(path));
+  const auto found = info(folder, Links::Follow);
+  if (!found) return found.error().code;
+  if (found->type != FileType::Folder) return std::errc::not_a_directory;
+  if (found->locked) return std::errc::operation_not_permitted;
+  const OverlayNode there = node(folder);
+  // The disk does not know of a flag that was cleared here.
+  const bool isOpen = unlimited_ || there.isMade() || there.locked || metadata_.isWritable(there.origin);
+  return isOpen ? std::nullopt : std::optional(std::errc::permission_denied);
+}
+
+std::optional<std::errc> OverlayFileSystem::obstacleToTaking(const std::string& path) const {
+  const auto found = info(path, Links::DoNotFollow);
+  if (!found) return found.error().code;
+  if (found->locked) return std::errc::operation_not_permitted;
+  return obstacleTo(path);
+}
+
+Status OverlayFileSystem::write(const std::string& path, std::string_view bytes, WriteOptions) {
+  const Lock lock(tree_.mutex);
+  Change change{.kind = Change::Kind::Write, .path = path};
+  if (const auto obstacle = obstacleTo(path)) return changes_.refuse(std::move(change), *obstacle);
+  tree_.put(plainPath(path), {.kind = Kind::Written, .bytes = std::string(bytes), .number = tree_.newNumber()});
+  changes_.add(std::move(change));
+  return {};
+}
+
+Result<std::unique_ptr<AppendFile>> OverlayFileSystem::openForAppending(const std::string& path) {
+  const auto code = std::errc::read_only_file_system;
+  return Error{code, path + ": " + std::make_error_code(code).message()};
+}
+
+// Links on the way from the source's root could lead anywhere.
+bool OverlayFileSystem::isReachedWithoutLinks(const CopyRequest& request) const {
+  const std::string root = plainPath(request.sourceRoot);
+  for (std::string path = plainPath(request.source); path.size() > root.size(); path = parentOf(path)) {
+    const auto found = info(path, Links::DoNotFollow);
+    if (found && found->type == FileType::SymbolicLink) return false;
+  }
+  return true;
+}
+
+Result<std::unique_ptr<StagedCopy>> OverlayFileSystem::stageCopy(const CopyRequest& request) {
+  const Lock lock(tree_.mutex);
+  Change change{.kind = Change::Kind::Copy, .path = request.source, .destination = request.destination};
+  if (!request.sourceRoot.empty() && !isReachedWithoutLinks(request))
+    return changes_.refuse(std::move(change), std::errc::too_many_symbolic_link_levels);
+  const auto source = info(request.source, request.links);
+  if (!source) return changes_.refuse(std::move(change), source.error().code);
+  if (source->type != FileType::File && source->type != FileType::Folder)
+    return changes_.refuse(std::move(change), std::errc::invalid_argument);
+  if (const auto obstacle = obstacleTo(request.destination)) return changes_.refuse(std::move(change), *obstacle);
+  OverlayNode copied = node(request.source);
+  copied.isCopy = true;
+  copied.locked.reset();
+  copied.number = tree_.newNumber();
+  return std::unique_ptr<StagedCopy>(std::make_unique<OverlayCopy>(*this, std::move(change), std::move(copied)));
+}
+
+Status OverlayFileSystem::commit(const Change& copy, OverlayNode copied, StagedCopy::Existing existing) {
+  const Lock lock(tree_.mutex);
+  if (existing == StagedCopy::Existing::Keep && exists(copy.destination))
+    return changes_.refuse(copy, std::errc::file_exists);
+  tree_.put(plainPath(copy.destination), std::move(copied));
+  changes_.add(copy);
+  return {};
+}
+
+Status OverlayFileSystem::move(const std::string& source, const std::string& destination) {
+  const Lock lock(tree_.mutex);
+  Change change{.kind = Change::Kind::Move, .path = source, .destination = destination};
+  if (const auto obstacle = obstacleToTaking(source)) return changes_.refuse(std::move(change), *obstacle);
+  if (exists(destination)) return changes_.refuse(std::move(change), std::errc::file_exists);
+  if (const auto obstacle = obstacleTo(destination)) return changes_.refuse(std::move(change), *obstacle);
+  const bool isMade = node(source).isMade();
+  tree_.move(plainPath(source), plainPath(destination));
+  if (isMade)
+    changes_.renameMade(source, destination);
+  else
+    changes_.add(std::move(change));
+  return {};
+}
+
+void OverlayFileSystem::forget(const std::string& path, Change change) {
+  const bool isMade = node(path).isMade();
+  tree_.remove(plainPath(path));
+  if (isMade)
+    changes_.dropMade(plainPath(path));
+  else
+    changes_.add(std::move(change));
+}
+
+Status OverlayFileSystem::remove(const std::string& path) {
+  const Lock lock(tree_.mutex);
+  Change change{.kind = Change::Kind::Remove, .path = path};
+  if (!exists(path)) return missing(path);
+  if (const auto obstacle = obstacleToTaking(path)) return changes_.refuse(std::move(change), *obstacle);
+  forget(path, std::move(change));
+  return {};
+}
+
+Status OverlayFileSystem::makeFolder(const std::string& path) {
+  const Lock lock(tree_.mutex);
+  const std::string folder = plainPath(path);
+  std::vector<std::string> wanted;  // the innermost first
+  for (std::string above = folder;; above = parentOf(above)) {
+    const auto found = info(above, Links::Follow);
+    if (found && found->type == FileType::Folder) break;
+    const Change change{.kind = Change::Kind::CreateFolder, .path = folder};
+    if (found || exists(above)) return changes_.refuse(change, std::errc::not_a_directory);
+    if (found.error().code != std::errc::no_such_file_or_directory) return changes_.refuse(change, found.error().code);
+    wanted.push_back(above);
+  }
+  if (wanted.empty()) return {};
+  if (const auto obstacle = obstacleTo(wanted.back()))
+    return changes_.refuse({.kind = Change::Kind::CreateFolder, .path = folder}, *obstacle);
+  for (; !wanted.empty(); wanted.pop_back())
+    tree_.put(wanted.back(), {.kind = Kind::Folder, .number = tree_.newNumber()});
+  changes_.add({.kind = Change::Kind::CreateFolder, .path = folder});
+  return {};
+}
+
+Result<std::string> OverlayFileSystem::trash(const std::string& path, const std::string& trashFolder) {
+  const Lock lock(tree_.mutex);
+  Change change{.kind = Change::Kind::Trash, .path = path};
+  if (!exists(path)) return missing(path);
+  if (const auto obstacle = obstacleToTaking(path)) return changes_.refuse(std::move(change), *obstacle);
+  forget(path, std::move(change));
+  return trashFolder + path.substr(path.find_last_of('/'));
+}
+
+Status OverlayFileSystem::sync(const std::string& path) {
+  if (!exists(path)) return missing(path);
+  return {};
+}
+
+Result<std::unique_ptr<FolderHold>> OverlayFileSystem::holdFolder(const std::string& path, std::chrono::milliseconds) {
+  const auto found = info(path, Links::Follow);
+  if (!found) return found.error();
+  return std::make_unique<FolderHold>();
+}
+
+}  // namespace vantory

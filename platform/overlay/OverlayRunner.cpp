@@ -1,0 +1,32 @@
+#include "platform/overlay/OverlayRunner.h"
+
+namespace vantory {
+
+int OverlayRunner::run(const std::string& tool, const std::vector<std::string>& arguments) {
+  files_.setUnlimited(true);
+  const Status applied = apply(tool, arguments);
+  files_.setUnlimited(false);
+  return applied ? kDone : kFailed;
+}
+
+// The tools' paths are their last arguments.
+Status OverlayRunner::apply(const std::string& tool, const std::vector<std::string>& arguments) {
+  if (arguments.size() < 2) return Error{std::errc::invalid_argument, tool};
+  const std::string& last = arguments.back();
+  const std::string& beforeLast = arguments[arguments.size() - 2];
+  if (tool == "/bin/cp") return copy(beforeLast, last);
+  if (tool == "/bin/mv") return files_.move(beforeLast, last);
+  if (tool == "/bin/rm") return files_.remove(last);
+  if (tool == "/bin/mkdir") return files_.makeFolder(last);
+  if (tool == "/usr/bin/chattr") return metadata_.setLocked(last, beforeLast == "+i");
+  if (tool == "/usr/bin/touch") return metadata_.setModified(last, std::nullopt);
+  return Error{std::errc::not_supported, tool};
+}
+
+Status OverlayRunner::copy(const std::string& source, const std::string& destination) {
+  const auto staged = files_.stageCopy({.source = source, .destination = destination, .links = Links::DoNotFollow});
+  if (!staged) return staged.error();
+  return (*staged)->commit(StagedCopy::Existing::Replace);
+}
+
+}  // namespace vantory

@@ -1,0 +1,91 @@
+# Completion of vantory's command line for fish.
+
+# What the program lists: items or backups. A name with a line end in it cannot be offered.
+function __vantory_list
+    set -l program (commandline -opc)[1]
+    $program --list-$argv[1] --print0 2>/dev/null | string split0 | string match -rv '\n'
+end
+
+# Succeeds at that operand of one of the tasks, given with its dash or as the task to preview.
+function __vantory_at
+    set -l words (commandline -opc)
+    for i in (seq 2 (count $words))
+        set -l task
+        switch $words[$i]
+            case -autobackup -restoredefault -list -trash -lock -unlock -backup -restore
+                set task (string sub -s 2 -- $words[$i])
+            case --preview --json
+                continue
+            case '*'
+                contains -- --preview $words; or return 1
+                set task $words[$i]
+        end
+        contains -- $task $argv[2..]; and test (math (count $words) - $i + 1) = $argv[1]
+        return
+    end
+    return 1
+end
+
+# Succeeds while there is neither a task nor a question on the line.
+function __vantory_at_start
+    not string match -qr '^-(-list-|-preview|[a-z])' -- (commandline -opc)[2..]
+end
+
+function __vantory_at_question
+    string match -qr '^--(list-|preview)' -- (commandline -opc)
+end
+
+# Succeeds where the task to preview goes.
+function __vantory_at_preview
+    set -l words (string match -v -- --json (commandline -opc))
+    test "$words[-1]" = --preview
+end
+
+# Item keys separated by commas; each is offered once.
+function __vantory_keys
+    set -l before (string match -r '.*,' -- (commandline -ct))
+    for key in (__vantory_list items)
+        contains -- $key (string split , -- $before); or printf '%s%s\n' "$before" $key
+    end
+end
+
+function __vantory_names
+    set -l manual (__vantory_list backups | string match -v '*/Autosaves/*')
+    string replace -r '.*/(.*?)(\.vnt)?$' '$1' -- $manual
+end
+
+# Backups by their path; fish finds them by any part of it.
+function __vantory_paths
+    __vantory_list backups
+    __fish_complete_directories (commandline -ct) | string match -rv '\.vnt/\t'
+end
+
+complete -c vantory -f
+complete -c vantory -n __vantory_at_start -a -autobackup -d 'Back up all preferences into a new automatic backup'
+complete -c vantory -n __vantory_at_start -a -restoredefault -d 'Restore the backup that is marked as default'
+complete -c vantory -n __vantory_at_start -a -list -d 'Print the backups of the library as a property list'
+complete -c vantory -n __vantory_at_start -a -trash -d 'Move preference files to the Trash'
+complete -c vantory -n __vantory_at_start -a -lock -d 'Lock preference files against changes'
+complete -c vantory -n __vantory_at_start -a -unlock -d 'Unlock preference files'
+complete -c vantory -n __vantory_at_start -a -backup -d 'Back up into the library under a name'
+complete -c vantory -n __vantory_at_start -a -restore -d 'Restore the backup at a path'
+complete -c vantory -n __vantory_at_start -l list-items -d 'List applications, their items with keys, and files'
+complete -c vantory -n __vantory_at_start -l list-backups -d 'List the backups of the library and what they hold'
+complete -c vantory -n __vantory_at_start -l preview -d 'Tell what a task would do'
+complete -c vantory -n __vantory_at_question -l json -d 'Answer in JSON'
+complete -c vantory -n __vantory_at_question -l print0 -d 'List only keys or paths, each ended by a zero byte'
+complete -c vantory -n __vantory_at_start -s h -l help -d 'Print a short help'
+complete -c vantory -n __vantory_at_start -l version -d 'Print the version'
+
+complete -c vantory -n __vantory_at_preview -a 'autobackup restoredefault list trash lock unlock backup restore'
+complete -c vantory -n '__vantory_at 1 trash lock unlock' -a '-allprefs' -d 'All items of preferences proper'
+complete -c vantory -n '__vantory_at 1 trash lock unlock' -a '-allfiles' -d 'All items'
+complete -c vantory -n '__vantory_at 1 trash' -a 'fcp fce stp motion color dvdsp livetype compressor batchmon ct'
+complete -c vantory -n '__vantory_at 1 trash lock unlock' -a '(__vantory_keys)'
+complete -c vantory -n '__vantory_at 1 backup' -a '(__vantory_names)' -d Backup
+complete -c vantory -n '__vantory_at 1 restore' -a '(__vantory_paths)'
+complete -c vantory -n '__vantory_at 2 backup restore' -a '(__vantory_keys)'
+complete -c vantory -n '__vantory_at 3 backup' -a '(__vantory_keys)'
+complete -c vantory -n '__vantory_at 2 trash lock unlock' -a '-task -hotkey' -d 'Show desktop notifications'
+complete -c vantory -n '__vantory_at 3 restore' -a '-task -hotkey' -d 'Show desktop notifications'
+complete -c vantory -n '__vantory_at 4 backup' -a '-task -hotkey' -d 'Show desktop notifications'

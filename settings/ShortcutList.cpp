@@ -1,0 +1,99 @@
+#include "settings/ShortcutList.h"
+
+#include <limits>
+
+#include "services/Paths.h"
+#include "services/QWLocalPaths.h"
+#include "services/QWLog.h"
+#include "services/QWUserDefaults.h"
+
+namespace vantory {
+
+namespace {
+
+constexpr const char* kFileName = "com.quarrywell.shortcutkeys.plist";
+constexpr const char* kWatchList = "watchlist";
+constexpr const char* kUnreadable = "watchlist-damaged";  // where a watch list is kept that is none
+
+const PropertyList* valueIn(const PropertyList& entry, std::string_view key) {
+  const PropertyListDictionary* values = entry.asDictionary();
+  return values ? values->find(key) : nullptr;
+}
+
+std::string textIn(const PropertyList& entry, std::string_view key) {
+  const PropertyList* value = valueIn(entry, key);
+  return value ? textOf(*value).value_or("") : "";
+}
+
+template <class Number>
+std::optional<Number> numberIn(const PropertyList& entry, std::string_view key) {
+  const PropertyList* value = valueIn(entry, key);
+  const auto* number = value ? std::get_if<std::int64_t>(&value->content()) : nullptr;
+  if (!number || *number < 0 || *number > std::numeric_limits<Number>::max()) return std::nullopt;
+  return static_cast<Number>(*number);
+}
+
+bool isOwn(const PropertyList& entry) {
+  return textIn(entry, "bundleid") == QWUserDefaults::kDomain;
+}
+
+bool calls(const PropertyList& entry, const ShortcutTarget& target) {
+  if (target.commandID) return textIn(entry, "commandid") == *target.commandID;
+  const PropertyList* params = valueIn(entry, "commandparams");
+  return target.params && params && params->asArray() && *params->asArray() == *target.params;
+}
+
+PropertyListArray takeWatchList(PropertyListDictionary& list) {
+  const PropertyList* stored = list.find(kWatchList);
+  if (!stored) return {};
+  if (const PropertyListArray* entries = stored->asArray()) return *entries;
+  QWLog::appendLog("The list of shortcuts is damaged; what stood there is kept as \"%@\".", kUnreadable);
+  list.set(kUnreadable, *stored);
+  return {};
+}
+
+}  // namespace
+
+ShortcutList::ShortcutList() {
+  if (const auto folder = QWLocalPaths::prefsDirectory(true))
+    file_ = std::make_unique<SettingsFile>(paths::join(*folder, kFileName));
+}
+
+std::vector<ShortcutList::Entry> ShortcutList::ownEntries() const {
+  std::vector<Entry> own;
+  const auto stored = file_ ? file_->find(kWatchList) : std::nullopt;
+  const PropertyListArray* entries = stored ? stored->asArray() : nullptr;
+  if (!entries) return own;
+  for (const PropertyList& entry : *entries) {
+    const auto keycode = numberIn<std::uint32_t>(entry, "keycode");
+    const auto modifiers = numberIn<std::uint16_t>(entry, "modifiers");
+    if (isOwn(entry) && keycode) own.push_back({textIn(entry, "commandid"), *keycode, modifiers.value_or(0)});
+  }
+  return own;
+}
+
+bool ShortcutList::set(const ShortcutTarget& target, const ShortcutKey& key) {
+  PropertyListDictionary entry;
+  entry.set("bundleid", QWUserDefaults::kDomain);
+  entry.set("keycode", std::int64_t{key.keycode});
+  entry.set("modifiers", std::int64_t{key.modifiers()});
+  if (target.commandID) entry.set("commandid", textValue(*target.commandID));
+  if (target.params) entry.set("commandparams", *target.params);
+  return change(target, entry);
+}
+
+bool ShortcutList::remove(const ShortcutTarget& target) {
+  return change(target, std::nullopt);
+}
+
+bool ShortcutList::change(const ShortcutTarget& target, const std::optional<PropertyListDictionary>& replacement) {
+  const auto replace = [&](PropertyListDictionary& list) {
+    PropertyListArray entries = takeWatchList(list);
+    std::erase_if(entries, [&](const PropertyList& entry) { return isOwn(entry) && calls(entry, target); });
+    if (replacement) entries.emplace_back(*replacement);
+    list.set(kWatchList, std::move(entries));
+  };
+  return file_ && file_->change(replace, SettingsFile::Durability::Lasting);
+}
+
+}  // namespace vantory

@@ -1,0 +1,48 @@
+// The list of shortcuts that all of the maker's programs share.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "services/PropertyList.h"
+#include "services/SettingsFile.h"
+#include "settings/ShortcutKey.h"
+
+namespace vantory {
+
+// What a shortcut calls: a command by its identifier, by parameters, or by both.
+struct ShortcutTarget {
+  std::optional<std::string> commandID;
+  std::optional<PropertyListArray> params = {};
+};
+
+// Every change reads the list anew and replaces it atomically under a lock; what other programs have in it stays. A
+// damaged list is set aside under another name, never overwritten. Any thread.
+class ShortcutList {
+ public:
+  ShortcutList();
+
+  struct Entry {
+    std::string commandID;
+    // Zero in place of what is no number that fits.
+    std::uint32_t keycode = 0;
+    std::uint16_t modifiers = 0;
+  };
+  // This program's entries that name a command and a key.
+  std::vector<Entry> ownEntries() const;
+
+  // Replaces this program's entry for the target, or adds one. False, with a log line, when the list could not be
+  // written; it is then as it was.
+  bool set(const ShortcutTarget& target, const ShortcutKey& key);
+  bool remove(const ShortcutTarget& target);
+
+ private:
+  bool change(const ShortcutTarget& target, const std::optional<PropertyListDictionary>& replacement);
+
+  std::unique_ptr<SettingsFile> file_;  // null when nobody is at the console
+};
+
+}  // namespace vantory

@@ -1,0 +1,238 @@
+#include "settings/ui/QWPreferenceController.h"
+
+#include <mutex>
+
+#include "backups/AutosaveSchedule.h"
+#include "backups/QWDataController.h"
+#include "catalog/ProjectHandlers.h"
+#include "platform/Controls.h"
+#include "platform/FileSystem.h"
+#include "services/BackgroundThreads.h"
+#include "services/Format.h"
+#include "services/Paths.h"
+#include "services/QWAlert.h"
+#include "services/QWAuthorization.h"
+#include "services/QWFileManager.h"
+#include "services/QWLog.h"
+#include "services/QWUserDefaults.h"
+#include "services/Runtime.h"
+#include "settings/QWShortcutKeyTableDelegate.h"
+#include "settings/ui/LibraryMove.h"
+
+namespace vantory {
+
+namespace {
+
+constexpr const char* kBackupPath = "backupPath";
+constexpr const char* kAdministrator = "requireAdminPassword";
+constexpr const char* kBoundKeys[] = {"periodicAutosave", "autosaveFrequency", "maxAutoBackups", "autoRestoreDefault",
+                                      "showSysSettingsDialog"};
+
+QWUserDefaults& defaults() {
+  return QWUserDefaults::standardUserDefaults();
+}
+
+void tell(const std::string& message, const std::string& information) {
+  QWAlert::alertSheetWithMessageText(message, information, AlertParent::SettingsWindow);
+}
+
+void tellNotSaved() {
+  tell("The setting could not be saved.",
+       "Please check your permissions for the Preferences folder and the free space on your disk.");
+}
+
+bool isSameFolder(const std::string& left, const std::string& right) {
+  const FileSystem& files = Runtime::current().platform().files;
+  const auto first = files.info(left, Links::Follow);
+  const auto second = files.info(right, Links::Follow);
+  return first && second && first->identity == second->identity;
+}
+
+bool wantsMove() {
+  return QWAlert::alertSheetWithMessageText(
+             {.messageText = "Would you like to move your backups to the new backup location?",
+              .defaultButton = "Move",
+              .alternateButton = "Don't Move",
+              .informativeText =
+                  "Any backups outside of the current backup location will not be displayed in the Restore pane.",
+              .parentWindow = AlertParent::SettingsWindow}) == QWAlert::Default;
+}
+
+}  // namespace
+
+// One run at a time; a change during a run leads to another, so that the newest settings count in the end.
+class QWPreferenceController::Schedule : public std::enable_shared_from_this<Schedule> {
+ public:
+  void follow() {
+    const std::lock_guard lock(mutex_);
+    wanted_ = true;
+    if (running_) return;
+    running_ = BackgroundThreads::shared().start([self = shared_from_this()] {
+      while (self->takeWanted()) AutosaveSchedule::apply();
+    });
+  }
+
+ private:
+  bool takeWanted() {
+    const std::lock_guard lock(mutex_);
+    running_ = wanted_;
+    return std::exchange(wanted_, false);
+  }
+
+  std::mutex mutex_;
+  bool wanted_ = false;
+  bool running_ = false;
+};
+
+QWPreferenceController::QWPreferenceController(const Parts& parts)
+    : parts_(parts), schedule_(std::make_shared<Schedule>()) {}
+
+// --- The window ------------------------------------------------------------------------------------------------------
+
+void QWPreferenceController::awakeFromNib() {
+  if (parts_.delegate) parts_.delegate->disablePrefsMenu();
+  updatePrefsHandlingText();
+  refresh();
+  parts_.view.showPane(PreferencePane::General);
+  parts_.view.bringToFront();
+}
+
+void QWPreferenceController::windowWillClose() {
+  if (parts_.delegate) parts_.delegate->enablePrefsMenu();
+}
+
+void QWPreferenceController::refresh() {
+  showBackupPath();
+  parts_.view.setValue(kAdministrator, defaults().integerForKey(kAdministrator));
+  for (const char* key : kBoundKeys) parts_.view.setValue(key, defaults().integerForKey(key));
+  showHandling(ProjectHandlers::checkVantoryDefaultForFileExtensions());
+  QWShortcutKeyTableDelegate::sharedController().populateKeyData();
+}
+
+void QWPreferenceController::toolbarGeneral() {
+  switchTo(PreferencePane::General, "Switched to General prefs view");
+}
+
+void QWPreferenceController::toolbarAutosave() {
+  switchTo(PreferencePane::Autosave, "Switched to Autosave prefs view");
+}
+
+void QWPreferenceController::toolbarProjectHandling() {
+  switchTo(PreferencePane::ProjectHandling, "Switched to Project Handling prefs view");
+}
+
+void QWPreferenceController::toolbarHotkeys() {
+  switchTo(PreferencePane::Hotkeys, "Switched to Hotkeys prefs view");
+}
+
+void QWPreferenceController::switchTo(PreferencePane pane, const char* logLine) {
+  QWLog::appendLog(logLine);
+  parts_.view.showPane(pane);
+}
+
+std::vector<std::string> QWPreferenceController::toolbarSelectableItemIdentifiers() {
+  return {"General", "Autosave", "Project Handling", "Hotkeys"};
+}
+
+// --- The library's folder --------------------------------------------------------------------------------------------
+
+void QWPreferenceController::showBackupPath() {
+  parts_.view.setBackupPath(defaults().stringForKey(kBackupPath).value_or(""));
+}
+
+void QWPreferenceController::setBackupPath(const std::string& path) {
+  const std::string folder = paths::join(path, "");
+  if (const std::string reason = reasonAgainstLibrary(folder); !reason.empty())
+    tell("Your backups cannot be kept there.", reason);
+  else
+    modifyBackupPath(folder);
+  showBackupPath();
+}
+
+void QWPreferenceController::browse() {
+  const std::vector<std::string> chosen = parts_.chooser.choose({.folders = true});
+  if (!chosen.empty()) setBackupPath(chosen.front());
+}
+
+// A task works in the library where it was when the task began.
+bool QWPreferenceController::isFree() const {
+  if (!BackgroundThreads::shared().isWorking()) return true;
+  tell("A task is still running.", "Please choose another backup folder when it has ended.");
+  return false;
+}
+
+void QWPreferenceController::modifyBackupPath(const std::string& path) {
+  const auto old = defaults().stringForKey(kBackupPath);
+  if (old == path || !isFree()) return;
+  parts_.view.setBackupRemark("");
+  if (!defaults().setObject(kBackupPath, textValue(path))) return tellNotSaved();
+  if (!QWFileManager::fileExistsAtPath(path) && !QWFileManager::createDirectory(path))
+    parts_.view.setBackupRemark("The folder could not be created.");
+  showBackupPath();
+  QWLog::appendLog("User changed backup path from %@ to %@. Asking user to confirm moving over old files.", old, path);
+  if (old && !isSameFolder(*old, path) && !QWFileManager::isFolderEmpty(*old)) offerMove(*old, path);
+  parts_.view.doBehindSheet("Reading the backups…", [] { QWDataController::sharedController().populateBackups(); });
+}
+
+void QWPreferenceController::offerMove(const std::string& from, const std::string& to) {
+  if (!wantsMove()) return;
+  QWLog::appendLog("User chose to move files");
+  std::size_t left = 0;
+  parts_.view.doBehindSheet("Moving the backups…", [&] { left = moveLibrary(from, to); });
+  if (left == 0) return;
+  QWLog::appendLog("Backups that could not be moved and stay in %@: %i", from, left);
+  parts_.view.setBackupRemark(formatted("Backups that could not be moved and are still in %@: %i", from, left));
+}
+
+// --- Settings --------------------------------------------------------------------------------------------------------
+
+void QWPreferenceController::changeValue(const std::string& key, long long value) {
+  const bool saved = defaults().setObject(key, PropertyList(std::int64_t{value}));
+  if (saved && (key == "periodicAutosave" || key == "autosaveFrequency")) changeAutosaveSettings();
+  if (saved) return;
+  tellNotSaved();
+  parts_.view.setValue(key, defaults().integerForKey(key));
+}
+
+void QWPreferenceController::changeAutosaveSettings() {
+  schedule_->follow();
+}
+
+void QWPreferenceController::prefsToggleAdminPass(bool required) {
+  QWAuthorization& authorization = QWAuthorization::sharedController();
+  bool authorized = true;
+  bool written = false;
+  parts_.view.doBehindSheet("Waiting for an administrator's password…", [&] {
+    authorization.beginTask();
+    if (!required) authorized = authorization.authStart();
+    if (authorized) written = authorization.authRequireAdministrator(required);
+  });
+  if (written) return;
+  parts_.view.setValue(kAdministrator, required ? 0 : 1);
+  if (authorized) tell("The setting could not be saved.", "It takes an administrator of this machine.");
+}
+
+// --- Project handling ------------------------------------------------------------------------------------------------
+
+void QWPreferenceController::updatePrefsHandlingText() {
+  showHandling(ProjectHandlers::updateHandlingStatus());
+}
+
+void QWPreferenceController::showHandling(bool isDefault) {
+  using Colour = HandlerStatus::Colour;
+  parts_.view.setHandlerStatus(isDefault
+                                   ? HandlerStatus{"Status: Vantory is the default handler", Colour::DarkGreen, true}
+                                   : HandlerStatus{"Status: Vantory is NOT the default handler", Colour::Red, false});
+}
+
+void QWPreferenceController::changeHandlerToFCS() {
+  ProjectHandlers::setFCSDefaultFileExtensions();
+  updatePrefsHandlingText();
+}
+
+void QWPreferenceController::changeHandlerToVantory() {
+  ProjectHandlers::setVantoryDefaultFileExtensions();
+  updatePrefsHandlingText();
+}
+
+}  // namespace vantory

@@ -1,0 +1,158 @@
+#include "settings/ui/SettingsWindow.h"
+
+#include <QActionGroup>
+#include <QCloseEvent>
+#include <QEvent>
+#include <QEventLoop>
+#include <QLayout>
+#include <QShortcut>
+#include <QStackedWidget>
+#include <QTimer>
+#include <QToolBar>
+#include <QToolButton>
+
+#include "platform/qt/Icons.h"
+#include "platform/qt/ProgressDialog.h"
+#include "services/BackgroundThreads.h"
+#include "services/MainThread.h"
+#include "services/QWException.h"
+#include "settings/QWShortcutKeyTableDelegate.h"
+#include "settings/ui/AutosavePane.h"
+#include "settings/ui/GeneralPane.h"
+#include "settings/ui/ProjectHandlingPane.h"
+#include "settings/ui/QWPreferenceController.h"
+#include "settings/ui/QWShortcutKeyContainerView.h"
+
+namespace vantory {
+
+namespace {
+
+constexpr QSize kFirstSize(600, 420);
+constexpr int kToolbarIconSize = 28;
+constexpr int kMillisecondsWithoutSheet = 300;  // for what is done before anybody wonders
+constexpr const char* kTitles[] = {"&General", "&Autosave", "&Project Handling", "&Hotkeys"};
+constexpr const char* kSymbols[] = {"general", "autosave", "project-handling", "hotkeys"};
+
+}  // namespace
+
+SettingsWindow::SettingsWindow(QWidget* parent)
+    : QMainWindow(parent, Qt::Dialog),
+      general_(new GeneralPane(controls_)),
+      projectHandling_(new ProjectHandlingPane(controls_)),
+      stack_(new QStackedWidget),
+      paneItems_(new QActionGroup(this)) {
+  setWindowTitle(QStringLiteral("Vantory Preferences"));
+  stack_->addWidget(general_);
+  stack_->addWidget(new AutosavePane(controls_));
+  stack_->addWidget(projectHandling_);
+  stack_->addWidget(new QWShortcutKeyContainerView(QWShortcutKeyTableDelegate::sharedController()));
+  setCentralWidget(stack_);
+  makeToolbar();
+  resize(kFirstSize.expandedTo(minimumSizeHint()));
+  for (const QKeySequence& key : {QKeySequence(Qt::Key_Escape), QKeySequence(QKeySequence::Close)})
+    connect(new QShortcut(key, this), &QShortcut::activated, this, [this] { close(); });
+}
+
+void SettingsWindow::setActions(Actions actions) {
+  actions_ = std::move(actions);
+  general_->onPath = actions_.setBackupPath;
+  general_->onBrowse = actions_.browse;
+  projectHandling_->onVantory = actions_.changeHandlerToVantory;
+  projectHandling_->onFinalCutStudio = actions_.changeHandlerToFCS;
+  controls_.onChange = actions_.changeValue;
+}
+
+void SettingsWindow::makeToolbar() {
+  QToolBar& toolbar = *addToolBar(QStringLiteral("Panes"));
+  toolbar.setMovable(false);
+  toolbar.setContextMenuPolicy(Qt::PreventContextMenu);
+  toolbar.setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
+  toolbar.setIconSize({kToolbarIconSize, kToolbarIconSize});
+  toolbar.layout()->setSpacing(4);
+  toolbar.setContentsMargins(6, 4, 6, 4);
+  for (int i = 0; i < 4; ++i) {
+    QAction* item = toolbar.addAction(icons::symbol(QLatin1String(kSymbols[i])), QLatin1String(kTitles[i]));
+    item->setCheckable(true);
+    item->setActionGroup(paneItems_);
+    item->setShortcut(QKeySequence(QStringLiteral("Ctrl+%1").arg(i + 1)));
+    connect(item, &QAction::triggered, this, [this, i] {
+      if (actions_.choosePane) actions_.choosePane(static_cast<PreferencePane>(i));
+    });
+  }
+  for (QToolButton* button : toolbar.findChildren<QToolButton*>()) button->setFocusPolicy(Qt::TabFocus);
+}
+
+void SettingsWindow::showPane(PreferencePane pane) {
+  const int index = static_cast<int>(pane);
+  paneItems_->actions().at(index)->setChecked(true);
+  stack_->setCurrentIndex(index);
+}
+
+void SettingsWindow::bringToFront() {
+  // Where no window manager places it.
+  if (!testAttribute(Qt::WA_WState_Created) && parentWidget())
+    move(parentWidget()->geometry().center() - rect().center());
+  show();
+  raise();
+  activateWindow();
+}
+
+void SettingsWindow::setBackupPath(const std::string& path) {
+  general_->setBackupPath(path);
+}
+
+void SettingsWindow::setBackupRemark(const std::string& text) {
+  general_->setBackupRemark(text);
+}
+
+void SettingsWindow::setValue(const std::string& key, long long value) {
+  controls_.show(key, value);
+}
+
+void SettingsWindow::setHandlerStatus(const HandlerStatus& status) {
+  projectHandling_->setStatus(status);
+}
+
+void SettingsWindow::doBehindSheet(const std::string& label, const std::function<void()>& work) {
+  QEventLoop loop;
+  bool done = false;
+  const bool begun = BackgroundThreads::shared().start([&] {
+    try {
+      work();
+    } catch (const std::exception& exception) {
+      QWException::logException(exception, "SettingsWindow");
+    }
+    MainThread::shared().runAndWait([&] {
+      done = true;
+      loop.quit();
+    });
+  });
+  if (!begun) return work();
+  QTimer patience;
+  patience.setSingleShot(true);
+  connect(&patience, &QTimer::timeout, &loop, &QEventLoop::quit);
+  patience.start(kMillisecondsWithoutSheet);
+  loop.exec(QEventLoop::ExcludeUserInputEvents);
+  if (done) return;
+  ProgressDialog sheet(this);
+  sheet.hideCancelButton();
+  sheet.setLabel(label);
+  sheet.setIndeterminate();
+  sheet.show();
+  loop.exec();
+  // The program may be about to quit, which ends all loops.
+  MainThread::shared().runUntil([&] { return done; });
+}
+
+void SettingsWindow::closeEvent(QCloseEvent* event) {
+  setFocus();  // what is being typed counts
+  QMainWindow::closeEvent(event);
+  if (actions_.closed) actions_.closed();
+}
+
+void SettingsWindow::changeEvent(QEvent* event) {
+  QMainWindow::changeEvent(event);
+  if (event->type() == QEvent::ActivationChange && isActiveWindow() && actions_.activated) actions_.activated();
+}
+
+}  // namespace vantory

@@ -1,0 +1,119 @@
+// "--list-backups": the library, automatic backups included.
+
+#include <algorithm>
+#include <ostream>
+
+#include "backups/QWDataController.h"
+#include "services/Json.h"
+#include "services/LocalTime.h"
+#include "services/QWFileManager.h"
+#include "services/TextTable.h"
+#include "tasks/DryRun.h"
+#include "tasks/Question.h"
+
+namespace vantory {
+
+namespace {
+
+// Manual backups first, each kind by name.
+BackupList sortedBackups(const QWDataController& data) {
+  BackupList backups;
+  for (const auto& node : data.backupArray())
+    if (auto backup = std::dynamic_pointer_cast<QWBackup>(node)) backups.push_back(std::move(backup));
+  std::ranges::copy(data.autoBackupArray(), std::back_inserter(backups));
+  std::ranges::stable_sort(backups, [](const auto& left, const auto& right) {
+    if (left->isAutosave() != right->isAutosave()) return right->isAutosave();
+    return left->nameCompare(*right) < 0;
+  });
+  return backups;
+}
+
+PropertyListArray itemsOf(const QWBackup& backup) {
+  PropertyListArray items;
+  for (const auto& app : backup.children())
+    for (const auto& item : app->children()) {
+      PropertyListDictionary entry;
+      entry.append("application", app->name());
+      entry.append("key", item->key());
+      entry.append("name", item->name());
+      items.push_back(std::move(entry));
+    }
+  return items;
+}
+
+PropertyListDictionary entryFor(const QWBackup& backup, const std::string& path) {
+  PropertyListArray projects;
+  for (const std::string& project : backup.projects()) projects.push_back(project);
+  PropertyListDictionary entry;
+  entry.append("name", backup.name());
+  entry.append("path", path);
+  if (const auto date = backup.date()) entry.append("date", *date);
+  entry.append("size", backup.size());
+  entry.append("default", backup.isDefault());
+  entry.append("automatic", backup.isAutosave());
+  entry.append("items", itemsOf(backup));
+  entry.append("projects", std::move(projects));
+  return entry;
+}
+
+std::string json(const BackupList& backups, const DryRun& run) {
+  PropertyListArray entries;
+  for (const auto& backup : backups) entries.push_back(entryFor(*backup, run.placeOnDisk(backup->path())));
+  PropertyListDictionary listing;
+  listing.append("backups", std::move(entries));
+  return writeJson(std::move(listing)) + "\n";
+}
+
+std::string keysOf(const QWApp& app) {
+  std::string keys;
+  for (const auto& item : app.children()) keys.append(keys.empty() ? "" : ",").append(item->key());
+  return keys;
+}
+
+void addRows(TextTable& table, const QWBackup& backup, const std::string& path) {
+  const auto date = backup.date();
+  std::string kind = backup.isAutosave() ? "automatic" : "manual";
+  if (backup.isDefault()) kind += ", default";
+  table.add({backup.name(), date ? localTimeText(*date, "%Y-%m-%d %H:%M:%S") : "-",
+             QWFileManager::formatFileSize(static_cast<double>(backup.size())), kind, path});
+  const auto addBelow = [&table](std::string text) { table.add({"", "", "", "", std::move(text)}); };
+  for (const auto& app : backup.children()) addBelow(app->name() + ": " + keysOf(*app));
+  for (const std::string& project : backup.projects()) addBelow("Project: " + project);
+}
+
+std::string table(const BackupList& backups, const DryRun& run) {
+  TextTable table({"NAME", "DATE", "SIZE", "KIND", "PATH, ITEMS AND PROJECTS"});
+  for (const auto& backup : backups) addRows(table, *backup, run.placeOnDisk(backup->path()));
+  return table.text();
+}
+
+std::string paths(const BackupList& backups, const DryRun& run) {
+  std::string text;
+  for (const auto& backup : backups) text.append(run.placeOnDisk(backup->path())).append(1, '\0');
+  return text;
+}
+
+}  // namespace
+
+int listBackups(const QuestionContext& context) {
+  DryRun run({"vantory"}, context.errors);
+  if (!run.begin(true)) return 1;
+  QWDataController& data = QWDataController::sharedController();
+  data.populateApps();
+  data.populateBackups();
+  const BackupList backups = sortedBackups(data);
+  switch (context.form) {
+    case AnswerForm::Table:
+      context.output << table(backups, run);
+      break;
+    case AnswerForm::Json:
+      context.output << json(backups, run);
+      break;
+    case AnswerForm::Names:
+      context.output << paths(backups, run);
+      break;
+  }
+  return 0;
+}
+
+}  // namespace vantory

@@ -1,0 +1,33 @@
+#include "tasks/DryRun.h"
+
+#include <ostream>
+#include <utility>
+
+#include "services/MainThread.h"
+#include "services/QWLocalPaths.h"
+#include "services/Text.h"
+#include "tasks/HomeCheck.h"
+
+namespace vantory {
+
+DryRun::DryRun(std::vector<std::string> arguments, std::ostream& errors)
+    : errors_(errors),
+      overlay_(Runtime::current().platform(), std::move(arguments), errors),
+      runtime_(overlay_.platform()) {
+  runtime_.shared<MainThread>();
+  runtime_.guard = &guard_;
+  controller_.initForDryRun();
+}
+
+bool DryRun::begin(bool usesBackups) {
+  const auto home = QWLocalPaths::userDirectory();
+  if (const auto reason = reasonToRefuse(home, usesBackups)) {
+    overlay_.platform().systemLog.write(printable(*reason));
+    return false;
+  }
+  const std::string remark = usesBackups ? remarkOnHome(*home) : "";
+  if (!remark.empty()) errors_ << "Vantory: " << remark << '\n';
+  return true;
+}
+
+}  // namespace vantory

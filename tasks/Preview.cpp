@@ -1,0 +1,109 @@
+// "--preview": what a task would do to which files.
+
+#include <algorithm>
+#include <ostream>
+#include <sstream>
+
+#include "platform/Users.h"
+#include "services/FailureTally.h"
+#include "services/Json.h"
+#include "services/Text.h"
+#include "services/TextTable.h"
+#include "tasks/Command.h"
+#include "tasks/DryRun.h"
+#include "tasks/Question.h"
+
+namespace vantory {
+
+namespace {
+
+const char* wordFor(Change::Kind kind) {
+  switch (kind) {
+    case Change::Kind::Trash:
+      return "trash";
+    case Change::Kind::Copy:
+      return "copy";
+    case Change::Kind::Move:
+      return "move";
+    case Change::Kind::Remove:
+      return "remove";
+    case Change::Kind::Write:
+      return "write";
+    case Change::Kind::CreateFolder:
+      return "make folder";
+    case Change::Kind::Lock:
+      return "lock";
+    case Change::Kind::Unlock:
+      break;
+  }
+  return "unlock";
+}
+
+std::string table(const std::vector<Change>& changes) {
+  if (changes.empty()) return "Nothing would be changed.\n";
+  TextTable table({"ACTION", "PATH"});
+  for (const Change& change : changes) {
+    const std::string action = wordFor(change.kind);
+    if (change.refusal)
+      table.add({"cannot " + action, change.path + " (" + *change.refusal + ")"});
+    else
+      table.add({action, change.path});
+    if (!change.destination.empty()) table.add({"  to", change.destination});
+  }
+  return table.text();
+}
+
+std::string json(const Command& command, int exitCode, const std::vector<Change>& changes) {
+  PropertyListArray entries;
+  for (const Change& change : changes) {
+    PropertyListDictionary entry;
+    entry.append("action", wordFor(change.kind));
+    entry.append("path", change.path);
+    if (!change.destination.empty()) entry.append("to", change.destination);
+    if (change.refusal) entry.append("refused", *change.refusal);
+    entries.push_back(std::move(entry));
+  }
+  PropertyListDictionary preview;
+  preview.append("task", std::string(command.option.substr(1)));
+  preview.append("exitCode", exitCode);
+  preview.append("changes", std::move(entries));
+  return writeJson(std::move(preview)) + "\n";
+}
+
+// The command whose option, without its dash, is the word; null when there is none.
+const Command* commandNamed(std::string_view word) {
+  for (const Command& command : commandTable())
+    if (command.option.substr(1) == word) return &command;
+  return nullptr;
+}
+
+int refuse(std::ostream& errors) {
+  errors << "Vantory: --preview needs the name of a task:";
+  for (const Command& command : commandTable()) errors << ' ' << command.option.substr(1);
+  errors << ".\n";
+  return 1;
+}
+
+}  // namespace
+
+int previewTask(const QuestionContext& context) {
+  const Command* command = context.operands.empty() ? nullptr : commandNamed(context.operands.front());
+  if (!command) return refuse(context.errors);
+  std::vector<std::string> arguments = context.operands;
+  arguments.front() = command->option;
+  arguments.insert(arguments.begin(), "vantory");
+
+  if (command->asSuperuser) Runtime::current().platform().users.becomeSuperuser();
+  DryRun run(arguments, context.errors);
+  int exitCode = 1;
+  if (run.begin(command->usesBackups)) {
+    std::ostringstream printed;  // what the task says is not what it does
+    exitCode = command->run({arguments, 1, run.controller(), printed});
+  }
+  if (const std::size_t failures = FailureTally::shared().count(); failures > 0)
+    context.errors << "Vantory: " << failures << (failures == 1 ? " file" : " files") << " could not be processed.\n";
+  context.output << (context.form == AnswerForm::Json ? json(*command, exitCode, run.changes()) : table(run.changes()));
+  return exitCode;
+}
+
+}  // namespace vantory

@@ -1,0 +1,74 @@
+#include "tasks/Question.h"
+
+#include <algorithm>
+#include <ostream>
+
+#include "services/Text.h"
+
+namespace vantory {
+
+namespace {
+
+constexpr Question kQuestions[] = {
+    {"--list-items", "", "List applications, their items with keys, and the files that are there.", listItems, false,
+     true},
+    {"--list-backups", "", "List the backups of the library and what they hold.", listBackups, false, true},
+    {"--preview", "TASK [OPERANDS]", "Tell what a task, given without its dash, would do.", previewTask, true, false},
+};
+
+bool isForm(std::string_view argument) {
+  return argument == kJson || argument == kPrint0;
+}
+
+// Why the question cannot be answered; empty when it can.
+std::string faultOf(const Question& question, const std::vector<std::string>& arguments, std::size_t position) {
+  const auto has = [&](std::string_view form) { return std::ranges::count(arguments, form) > 0; };
+  const std::string option(question.option);
+  for (std::size_t i = 1; i < arguments.size(); ++i) {
+    const bool isExpected = isForm(arguments[i]) || i == position || (i > position && question.takesOperands);
+    if (!isExpected) return option + " does not go with \"" + printable(arguments[i]) + "\".";
+  }
+  if (has(kPrint0) && !question.hasNames) return option + " has no names to print with --print0.";
+  if (has(kPrint0) && has(kJson)) return "--json and --print0 exclude each other.";
+  return "";
+}
+
+int refuse(const std::string& fault, std::ostream& errors) {
+  errors << "Vantory: " << fault << " See \"vantory --help\".\n";
+  return 1;
+}
+
+AnswerForm formIn(const std::vector<std::string>& arguments) {
+  for (const std::string& argument : arguments)
+    if (isForm(argument)) return argument == kJson ? AnswerForm::Json : AnswerForm::Names;
+  return AnswerForm::Table;
+}
+
+}  // namespace
+
+std::span<const Question> questionTable() {
+  return kQuestions;
+}
+
+bool beginsWithQuestion(const std::vector<std::string>& arguments) {
+  if (arguments.size() < 2) return false;
+  return isForm(arguments[1]) || std::ranges::count(kQuestions, arguments[1], &Question::option) > 0;
+}
+
+std::optional<int> answerQuestion(const std::vector<std::string>& arguments, std::ostream& output,
+                                  std::ostream& errors) {
+  for (const Question& question : kQuestions) {
+    const auto option = std::ranges::find(arguments, question.option);
+    if (option == arguments.end()) continue;
+    const auto position = static_cast<std::size_t>(option - arguments.begin());
+    const std::string fault = faultOf(question, arguments, position);
+    if (!fault.empty()) return refuse(fault, errors);
+    std::vector<std::string> operands(option + 1, arguments.end());
+    std::erase_if(operands, isForm);
+    return question.answer({std::move(operands), formIn(arguments), output, errors});
+  }
+  if (std::ranges::any_of(arguments, isForm)) return refuse("There is nothing to list.", errors);
+  return std::nullopt;
+}
+
+}  // namespace vantory

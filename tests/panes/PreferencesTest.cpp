@@ -1,0 +1,172 @@
+// The settings window's controller.
+
+#include <sys/stat.h>
+
+#include <future>
+
+#include "catalog/ProjectHandlers.h"
+#include "settings/ui/LibraryMove.h"
+#include "settings/ui/QWPreferenceController.h"
+#include "tests/panes/PaneTest.h"
+
+namespace vantory::test {
+namespace {
+
+class FakePreferenceView : public PreferenceView {
+ public:
+  void showPane(PreferencePane) override {}
+  void bringToFront() override {}
+  void setBackupPath(const std::string& text) override { path = text; }
+  void setBackupRemark(const std::string& text) override { remark = text; }
+  void setValue(const std::string& key, long long value) override { values[key] = value; }
+  void setHandlerStatus(const HandlerStatus& shown) override { status = shown; }
+  void doBehindSheet(const std::string&, const std::function<void()>& work) override { work(); }
+
+  std::string path, remark;
+  std::map<std::string, long long> values;
+  HandlerStatus status;
+};
+
+class PreferencesTest : public PaneTest {
+ protected:
+  PreferencesTest() { defaults().registerDefaults({{"backupPath", PropertyList(library())}}); }
+
+  static QWUserDefaults& defaults() { return QWUserDefaults::standardUserDefaults(); }
+  // A backup as far as its folder goes; it holds its own name.
+  static void makeBackup(const std::string& path) { writeFile(path + "/Settings.plist", path); }
+  static bool isBackup(const std::string& path) { return exists(path + "/Settings.plist"); }
+
+  FakePreferenceView view_;
+  FakeFileChooser chooser_;
+  QWPreferenceController settings_{{view_, chooser_}};
+  const std::string question_ = "Would you like to move your backups to the new backup location?";
+};
+
+TEST_F(PreferencesTest, MovesTheLibraryAndNothingElse) {
+  for (const char* name : {"Capitals.VNT", "Older.vnt2", "Twice.vnt", "Autosaves/Auto Backup 1.vnt"})
+    makeBackup(inLibrary(name));
+  writeFile(inLibrary("notes.txt"), "mine");
+  const std::string folder = home_ / "New/Backups";
+  writeFile(folder + "/Twice.vnt/Settings.plist", "another");
+
+  chooser_.answer = {folder};
+  settings_.browse();
+  EXPECT_TRUE(chooser_.request.folders);
+  EXPECT_THAT(alerts_, ElementsAre(question_));
+  EXPECT_TRUE(isBackup(folder + "/Capitals.VNT"));
+  EXPECT_TRUE(isBackup(folder + "/Older.vnt")) << "renamed when it was listed";
+  EXPECT_TRUE(isBackup(folder + "/Autosaves/Auto Backup 1.vnt"));
+  EXPECT_TRUE(exists(inLibrary("notes.txt")));
+  EXPECT_EQ(readFile(folder + "/Twice.vnt/Settings.plist"), "another");
+  EXPECT_EQ(readFile(inLibrary("Twice.vnt/Settings.plist")), inLibrary("Twice.vnt")) << "its name was taken";
+  EXPECT_THAT(view_.remark, HasSubstr("still in " + library() + ": 1"));
+  EXPECT_EQ(defaults().stringForKey("backupPath"), folder);
+  EXPECT_EQ(controller().backupArray().size(), 4U);
+
+  settings_.setBackupPath(folder + "/");
+  EXPECT_EQ(alerts_.size(), 1U) << "the same folder again";
+}
+
+TEST_F(PreferencesTest, AsksNothingWhereThereIsNothingToMove) {
+  makeFolders(inLibrary("Autosaves"));
+  settings_.setBackupPath(home_ / "Elsewhere");
+  EXPECT_TRUE(exists(home_ / "Elsewhere"));
+  ASSERT_EQ(symlink((home_ / "Elsewhere").c_str(), (home_ / "link").c_str()), 0);
+  makeBackup(home_ / "Elsewhere/Mine.vnt");
+  settings_.setBackupPath(home_ / "link");
+  EXPECT_THAT(alerts_, IsEmpty()) << "another name for the same folder";
+  answer_ = QWAlert::Alternate;
+  settings_.setBackupPath(home_ / "Third");
+  EXPECT_THAT(alerts_, ElementsAre(question_));
+  EXPECT_TRUE(isBackup(home_ / "Elsewhere/Mine.vnt"));
+  EXPECT_EQ(controller().backupArray().size(), 1U);
+}
+
+TEST_F(PreferencesTest, LosesNoBackupWhereTheNewFolderIsOdd) {
+  makeBackup(inLibrary("Mine.vnt"));
+  makeBackup(inLibrary("Autosaves/Auto Backup 1.vnt"));
+  writeFile(home_ / "file", "");
+  settings_.modifyBackupPath(home_ / "file/below");
+  EXPECT_TRUE(isBackup(inLibrary("Mine.vnt")) && isBackup(inLibrary("Autosaves/Auto Backup 1.vnt")));
+  EXPECT_EQ(defaults().stringForKey("backupPath"), home_ / "file/below");
+  EXPECT_THAT(view_.remark, HasSubstr(": 2"));
+
+  defaults().setObject("backupPath", library());
+  settings_.setBackupPath(inLibrary("Autosaves"));
+  EXPECT_TRUE(isBackup(inLibrary("Autosaves/Mine.vnt"))) << "named backups are never among automatic ones";
+  EXPECT_TRUE(isBackup(inLibrary("Autosaves/Autosaves/Auto Backup 1.vnt")));
+
+  alerts_.clear();
+  for (const std::string& bad :
+       {std::string("Backups"), std::string(), home_ / "a*b", inLibrary("Autosaves/Mine.vnt"), home_ / "file"})
+    settings_.setBackupPath(bad);
+  EXPECT_EQ(alerts_, std::vector<std::string>(5, "Your backups cannot be kept there."));
+  EXPECT_EQ(defaults().stringForKey("backupPath"), inLibrary("Autosaves"));
+  EXPECT_EQ(view_.path, inLibrary("Autosaves")) << "what counts is shown again";
+}
+
+TEST_F(PreferencesTest, KeepsOutOfTheWayOfWhoeverWorksInTheLibrary) {
+  makeBackup(inLibrary("Mine.vnt"));
+  std::promise<void> end;
+  BackgroundThreads::shared().start([&end] { end.get_future().wait(); });
+  settings_.setBackupPath(home_ / "New");
+  EXPECT_THAT(alerts_, ElementsAre("A task is still running."));
+  EXPECT_EQ(defaults().stringForKey("backupPath"), library());
+  end.set_value();
+  finishWork();
+  makeFolders(home_ / "New");
+  const auto writer = disk_.holdFolder(inLibrary("Mine.vnt"), std::chrono::seconds(0));
+  ASSERT_TRUE(writer);
+  EXPECT_EQ(moveLibrary(library(), home_ / "New"), 1U) << "another process writes it";
+  EXPECT_TRUE(isBackup(inLibrary("Mine.vnt")));
+}
+
+TEST_F(PreferencesTest, AsksForAPasswordBeforeItGivesTheRequirementUp) {
+  const auto written = [this] {
+    std::vector<std::string> values;
+    for (const auto& call : fakes_.privileged.calls) values.push_back(call.arguments.back());
+    return values;
+  };
+  fakes_.privileged.grants = false;
+  settings_.prefsToggleAdminPass(false);
+  EXPECT_EQ(view_.values["requireAdminPassword"], 1);
+  EXPECT_THAT(written(), IsEmpty());
+  settings_.prefsToggleAdminPass(true);
+  EXPECT_EQ(view_.values["requireAdminPassword"], 0);
+  EXPECT_EQ(fakes_.privileged.requests, 2) << "asked again after a refusal";
+  fakes_.privileged.grants = true;
+  settings_.prefsToggleAdminPass(true);
+  settings_.prefsToggleAdminPass(false);
+  EXPECT_THAT(written(), ElementsAre("1", "0"));
+}
+
+TEST_F(PreferencesTest, TheScheduleFollowsAtOnceAndAFailureIsShown) {
+  settings_.changeValue("periodicAutosave", 1);
+  settings_.changeValue("autosaveFrequency", 3);
+  finishWork();
+  const std::string job = home_ / "Library/LaunchAgents/com.quarrywell.VantoryAutoSave.plist";
+  ASSERT_TRUE(exists(job));
+  EXPECT_EQ(fakes_.jobs.loaded.back().interval, std::chrono::hours(72));
+  settings_.changeValue("periodicAutosave", 0);
+  finishWork();
+  EXPECT_FALSE(exists(job));
+  files_.refuseWrites();
+  settings_.changeValue("maxAutoBackups", 3);
+  EXPECT_THAT(alerts_, ElementsAre("The setting could not be saved."));
+  EXPECT_EQ(view_.values["maxAutoBackups"], 0);
+}
+
+TEST_F(PreferencesTest, HandlesProjectsOnlyWithAllEightKinds) {
+  settings_.changeHandlerToVantory();
+  EXPECT_EQ(view_.status.text, "Status: Vantory is the default handler");
+  EXPECT_EQ(view_.status.colour, HandlerStatus::Colour::DarkGreen);
+  EXPECT_TRUE(view_.status.keystrokeEnabled);
+  fakes_.defaultHandlers.viewers["type/ipr"] = "com.apple.livetype";
+  settings_.refresh();
+  EXPECT_EQ(view_.status.text, "Status: Vantory is NOT the default handler");
+  EXPECT_EQ(view_.status.colour, HandlerStatus::Colour::Red);
+  EXPECT_FALSE(view_.status.keystrokeEnabled);
+}
+
+}  // namespace
+}  // namespace vantory::test

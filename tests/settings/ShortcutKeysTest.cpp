@@ -1,0 +1,209 @@
+// Global shortcuts: the command table, the shared list and the manager that reads it.
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <set>
+
+#include "catalog/BuiltInCatalog.h"
+#include "services/BackgroundThreads.h"
+#include "services/MainThread.h"
+#include "services/QWAlert.h"
+#include "settings/QWShortcutKeyTableDelegate.h"
+#include "tasks/Command.h"
+#include "tests/services/ServicesTest.h"
+
+namespace vantory::test {
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+class FakeTable : public ShortcutTable, public ShortcutFieldEditor {
+ public:
+  void reloadData() override { ++reloads; }
+  int selectedRow() const override { return selected; }
+  void endEditing() override { ++ended; }
+  void setManagerMissing(bool missing) override { managerMissing = missing; }
+  ShortcutFieldEditor& fieldEditor() override { return *this; }
+  void empty() override {}
+
+  int selected = -1;
+  int reloads = 0;
+  int ended = 0;
+  bool managerMissing = false;
+};
+
+class ShortcutKeysTest : public ServicesTest {
+ protected:
+  ShortcutKeysTest() {
+    runtime_.shared<MainThread>();
+    fakes_.system.resources = home_ / "resources";
+    writeFile(home_ / "resources/QWKeys.plist",
+              "{QWKeys = ({id = trash; description = \"Trash all\";}, {id = lock; description = Lock;});}");
+    QWAlert::sharedController().ask = [this](const AlertTexts& texts) {
+      alerts_.push_back(texts.messageText);
+      return 1;
+    };
+  }
+  ~ShortcutKeysTest() override { finish(); }
+
+  static void finish() { BackgroundThreads::shared().waitForAll(); }
+  QWShortcutKeyTableDelegate& open() {
+    auto& keys = QWShortcutKeyTableDelegate::sharedController();
+    keys.setTable(&table_);
+    keys.populateKeyData();
+    return keys;
+  }
+  // The person selects a row and presses a key.
+  void press(int row, const ShortcutKey& key) {
+    table_.selected = row;
+    UserInfo info;
+    info.set("keycode", std::int64_t{key.keycode});
+    for (const auto& [name, held] : {std::pair{"shift", key.shift}, {"ctrl", key.ctrl}, {"opt", key.opt}})
+      info.set(name, held);
+    info.set("cmd", key.cmd);
+    NotificationCenter::shared().post("QWShortcutKeyChanged", info);
+    finish();
+  }
+  PropertyListArray watchList() const {
+    const auto list = parsePropertyList(readFile(list_));
+    const PropertyList* entries = list && list->asDictionary() ? list->asDictionary()->find("watchlist") : nullptr;
+    return entries && entries->asArray() ? *entries->asArray() : PropertyListArray{};
+  }
+  static PropertyList entry(const std::string& bundle, const std::string& command, int keycode, int modifiers) {
+    PropertyListDictionary values;
+    values.set("bundleid", bundle);
+    values.set("keycode", keycode);
+    values.set("modifiers", modifiers);
+    values.set("commandid", command);
+    return values;
+  }
+  void store(const PropertyListArray& entries) const {
+    PropertyListDictionary list;
+    list.set("watchlist", entries);
+    writeFile(list_, writeXmlPropertyList(list));
+  }
+
+  const std::string own_ = "com.quarrywell.Vantory";
+  const std::string list_ = home_ / "Library/Preferences/com.quarrywell.shortcutkeys.plist";
+  const std::string manager_ =
+      machine_ / "Library/Application Support/Quarrywell/Shared Resources/QWShortcutKeyManager";
+  FakeTable table_;
+  std::vector<std::string> alerts_;
+};
+
+TEST_F(ShortcutKeysTest, NoCapturedKeyTypesText) {
+  const ShortcutKey shiftAndCommand{.keycode = 3, .shift = true, .cmd = true};
+  EXPECT_EQ(captured({.keycode = 3}), shiftAndCommand);
+  EXPECT_EQ(shiftAndCommand.modifiers(), 0x0300);
+  EXPECT_EQ(QWShortcutKeyTableDelegate::nameForKeyCode(3, 0x0300), "Shift+Cmd+F");
+  const ShortcutKey command{.keycode = 3, .cmd = true};
+  EXPECT_EQ(captured(command), command);
+  for (const ShortcutKey& stays : {ShortcutKey{.shift = true}, {.ctrl = true}, {.opt = true}})
+    EXPECT_EQ(captured(stays), stays);
+  EXPECT_EQ(QWShortcutKeyTableDelegate::nameForKeyCode(121, 0x1B00), "Ctrl+Shift+Alt+Cmd+Page Down");
+  EXPECT_EQ(QWShortcutKeyTableDelegate::nameForKeyCode(127, 0x0100), std::nullopt);
+}
+
+TEST_F(ShortcutKeysTest, ChangesItsOwnEntriesOnly) {
+  PropertyListDictionary byParameters;
+  byParameters.set("bundleid", own_);
+  byParameters.set("commandparams", PropertyListArray{"-list"});
+  byParameters.set("keycode", -4);
+  const PropertyListArray others = {entry("com.quarrywell.Other", "trash", 8, 0x0100), "damaged", byParameters};
+  PropertyListArray stored = others;
+  stored.push_back(entry(own_, "trash", 99, 0x0900));
+  store(stored);
+
+  auto& keys = open();
+  EXPECT_EQ(keys.objectValueForTableColumn("shortcutkey", 0), "Alt+Cmd+F3");
+  press(0, captured({.keycode = 3}));
+  stored.back() = entry(own_, "trash", 3, 0x0300);
+  EXPECT_EQ(watchList(), stored) << "replaced, not added";
+  EXPECT_EQ(keys.objectValueForTableColumn("shortcutkey", 0), "Shift+Cmd+F");
+  EXPECT_EQ(table_.ended, 1);
+
+  press(1, {.keycode = 1000, .ctrl = true});
+  EXPECT_EQ(keys.objectValueForTableColumn("shortcutkey", 1), "Unknown");
+  for (const int row : {0, 1}) {
+    table_.selected = row;
+    keys.clearShortcutKey();
+    EXPECT_EQ(keys.objectValueForTableColumn("shortcutkey", static_cast<std::size_t>(row)), "");
+  }
+  EXPECT_EQ(watchList(), others);
+  finish();
+  EXPECT_EQ(fakes_.announcements.announced, std::vector<std::string>(4, "QWShortcutKeysReload"));
+  EXPECT_THAT(alerts_, IsEmpty());
+}
+
+TEST_F(ShortcutKeysTest, TellsTheManagerOrThatThereIsNone) {
+  open();
+  EXPECT_TRUE(table_.managerMissing);
+  press(0, {.keycode = 3, .ctrl = true});
+  EXPECT_THAT(watchList(), ElementsAre(entry(own_, "trash", 3, 0x1000))) << "written all the same";
+  const std::string complaint =
+      "Unable to setup shortcut keys - shortcut key manager doesn't exist. Please reinstall this software.";
+  EXPECT_THAT(fakes_.systemLog.messages(), ElementsAre(complaint));
+
+  writeFile(manager_, "#!/bin/sh\necho \"$@\" >\"${0%/*}/arguments\"\n");
+  ASSERT_EQ(chmod(manager_.c_str(), 0755), 0);
+  open();
+  EXPECT_FALSE(table_.managerMissing);
+  press(0, {.keycode = 4, .ctrl = true});
+  EXPECT_EQ(readFile(machine_ / "Library/Application Support/Quarrywell/Shared Resources/arguments"), "-setup\n");
+  EXPECT_EQ(fakes_.systemLog.messages().size(), 1U);
+}
+
+TEST_F(ShortcutKeysTest, NeverOverwritesADamagedListNorHidesAFailure) {
+  writeFile(list_, "<plist><dict><key>watch");
+  auto& keys = open();
+  press(0, {.keycode = 3, .ctrl = true});
+  EXPECT_EQ(watchList().size(), 1U);
+  EXPECT_EQ(readFile(list_ + ".damaged-20261114213517"), "<plist><dict><key>watch");
+  EXPECT_THAT(logged(), Contains(HasSubstr("were damaged and now lie at")));
+
+  writeFile(list_, "{watchlist = \"no array\"; other = 1;}");
+  press(1, {.keycode = 5, .ctrl = true});
+  const std::string list = readFile(list_);
+  for (const char* kept : {"<string>no array</string>", "<key>other</key>"}) EXPECT_THAT(list, HasSubstr(kept));
+
+  files_.refuseWrites();
+  press(0, {.keycode = 9, .ctrl = true});
+  table_.selected = 1;
+  keys.clearShortcutKey();
+  EXPECT_EQ(alerts_, std::vector<std::string>(2, "The shortcut could not be saved."));
+  EXPECT_EQ(readFile(list_), list);
+  EXPECT_EQ(keys.objectValueForTableColumn("shortcutkey", 1), "Ctrl+G") << "what is stored is shown";
+}
+
+TEST_F(ShortcutKeysTest, EveryCommandOfTheTableIsATaskOfItsOwn) {
+  const auto table = parsePropertyList(readFile(VANTORY_RESOURCES "/QWKeys.plist"));
+  ASSERT_TRUE(table);
+  std::set<std::string> keys = {"-allprefs", "-allfiles", "fcp", "fce",        "stp",      "motion",
+                                "color",     "dvdsp",     "ct",  "compressor", "batchmon", "livetype"};
+  for (const BuiltInApp& app : builtInCatalog())
+    for (const auto& item : app.items) keys.insert(item.key);
+  std::set<std::string> ids, tasks;
+  for (const PropertyList& row : *table->asDictionary()->find("QWKeys")->asArray()) {
+    const PropertyListDictionary& values = *row.asDictionary();
+    const std::string id = *values.find("id")->asString();
+    EXPECT_TRUE(ids.insert(id).second) << id;
+    EXPECT_FALSE(values.find("description")->asString()->empty());
+    std::vector<std::string> arguments = {"vantory"};
+    for (const PropertyList& argument : *values.find("arguments")->asArray()) arguments.push_back(*argument.asString());
+    EXPECT_TRUE(tasks.insert(testing::PrintToString(arguments)).second) << id;
+    EXPECT_TRUE(chooseCommand(arguments)) << id;
+    EXPECT_EQ(arguments.back(), "-hotkey") << id;
+    EXPECT_TRUE(arguments.size() == 3 || keys.contains(arguments[2])) << id;
+  }
+  EXPECT_GE(ids.size(), builtInCatalog().size() + 4);
+
+  fakes_.system.resources = "/nowhere";
+  EXPECT_EQ(open().numberOfRows(), 0U);
+}
+
+}  // namespace
+}  // namespace vantory::test

@@ -1,0 +1,214 @@
+// The settings window over the real engine, and the keys that it captures.
+
+#include <sys/stat.h>
+
+#include <QAction>
+#include <QCheckBox>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QSpinBox>
+#include <QTimer>
+#include <atomic>
+#include <stdexcept>
+#include <thread>
+
+#include "platform/qt/AlertDialog.h"
+#include "platform/qt/MacKeyCodes.h"
+#include "services/BackgroundThreads.h"
+#include "services/MainThread.h"
+#include "services/QWAlert.h"
+#include "services/QWUserDefaults.h"
+#include "settings/QWShortcutKeyTableDelegate.h"
+#include "settings/ui/QWShortcutKeyFieldEditor.h"
+#include "settings/ui/QWShortcutKeyTableview.h"
+#include "settings/ui/SettingsSession.h"
+#include "tasks/ui/AlertSheets.h"
+#include "tasks/ui/MainThreadEvents.h"
+#include "tests/backups/BackupsTest.h"
+#include "tests/window/WindowTest.h"
+
+namespace vantory::test {
+
+namespace {
+
+class SettingsTest : public BackupsTest, protected PreferenceDelegate {
+ protected:
+  SettingsTest() {
+    fakes_.system.resources = VANTORY_RESOURCES;
+    defaults().registerDefaults({{"backupPath", PropertyList(library())}, {"autosaveFrequency", PropertyList(7)}});
+    QWAlert::sharedController().ask = [this](const AlertTexts& texts) { return alerts_.ask(texts); };
+    main_.show();
+  }
+  ~SettingsTest() override { BackgroundThreads::shared().waitForAll(); }
+
+  void disablePrefsMenu() override { menuEnabled_ = false; }
+  void enablePrefsMenu() override { menuEnabled_ = true; }
+
+  void show() {
+    session_.show();
+    ASSERT_TRUE(eventually([this] { return window().isActiveWindow(); }));
+  }
+  static QWUserDefaults& defaults() { return QWUserDefaults::standardUserDefaults(); }
+  SettingsWindow& window() { return *session_.window(); }
+  template <class T>
+  T& control(const QString& title) {
+    for (auto* each : window().findChildren<T*>())
+      if (each->accessibleName() == title || each->property("text").toString().remove('&') == title) return *each;
+    throw std::runtime_error("there is no control " + title.toStdString());
+  }
+
+  const MainThreadEvents events_{runtime_.shared<MainThread>()};
+  QWidget main_;
+  SettingsSession session_{&main_, this};
+  AlertSheets alerts_{
+      [this](AlertParent parent) { return parent == AlertParent::SettingsWindow ? session_.window() : &main_; }};
+  bool menuEnabled_ = true;
+};
+
+TEST_F(SettingsTest, EachControlWritesItsKeyAtOnceAndShowsWhatOthersWrote) {
+  show();
+  EXPECT_FALSE(menuEnabled_);
+  QTest::mouseClick(&control<QCheckBox>("Restore the default backup after trashing"), Qt::LeftButton, {}, {8, 8});
+  EXPECT_EQ(defaults().integerForKey("autoRestoreDefault"), 1);
+  QTest::keyClick(&window(), Qt::Key_2, Qt::ControlModifier);
+  EXPECT_THAT(logged(), testing::Contains("Switched to Autosave prefs view"));
+  auto& days = control<QSpinBox>("Every days");
+  EXPECT_EQ(days.value(), 7);
+  days.setFocus();
+  days.selectAll();
+  QTest::keyClicks(&days, "14");
+  EXPECT_EQ(defaults().integerForKey("autosaveFrequency"), 7) << "the number is not typed to its end";
+  show();
+  QTest::keyClick(&days, Qt::Key_Tab);
+  EXPECT_EQ(defaults().integerForKey("autosaveFrequency"), 14);
+
+  // Another process changes the file, and the person comes back to the window.
+  writeFile(prefs("com.quarrywell.Vantory.plist"), "{maxAutoBackups = 3; autosaveFrequency = 99999; other = 1;}");
+  QEvent activation(QEvent::ActivationChange);
+  QApplication::sendEvent(&window(), &activation);
+  EXPECT_EQ(control<QSpinBox>("Keep the newest automatic backups").value(), 3);
+  QTest::mouseClick(&control<QCheckBox>("Back up automatically"), Qt::LeftButton, {}, {8, 8});
+  EXPECT_EQ(defaults().integerForKey("periodicAutosave"), 1);
+  EXPECT_EQ(defaults().integerForKey("other"), 1);
+  EXPECT_EQ(defaults().integerForKey("autosaveFrequency"), 99999) << "shown as the most there is, but not touched";
+
+  QTest::keyClick(&window(), Qt::Key_Escape);
+  EXPECT_EQ(session_.window(), nullptr);
+  EXPECT_TRUE(menuEnabled_);
+}
+
+TEST_F(SettingsTest, ATypedFolderIsAskedAboutOnceAndMovedBehindASheet) {
+  writeFile(inLibrary("Mine.vnt/Settings.plist"), "");
+  show();
+  auto& path = control<QLineEdit>("Backup folder");
+  path.setFocus();
+  path.selectAll();
+  QTest::keyClicks(&path, QString::fromStdString(home_ / "New"));
+  int questions = 0;
+  QTimer::singleShot(0, &window(), [&] {
+    ASSERT_TRUE(eventually([] { return visibleWindow<AlertDialog>() != nullptr; }));
+    EXPECT_EQ(visibleWindow<AlertDialog>()->parentWidget(), &window());
+    ++questions;
+    QTest::keyClick(visibleWindow<AlertDialog>(), Qt::Key_Return);
+  });
+  QTest::keyClick(&path, Qt::Key_Return);
+  EXPECT_EQ(questions, 1);
+  EXPECT_TRUE(exists(home_ / "New/Mine.vnt"));
+
+  // Slow work: the window goes on being drawn under a sheet that cannot be closed.
+  std::atomic<bool> go = false;
+  bool covered = false;
+  QTimer looks;
+  QObject::connect(&looks, &QTimer::timeout, [&] {
+    auto* sheet = window().findChild<QProgressBar*>();
+    if (!sheet || !sheet->isVisible()) return;
+    covered = !sheet->window()->close();
+    go = true;
+  });
+  looks.start(10);
+  bool done = false;
+  window().doBehindSheet("Moving…", [&] {
+    while (!go) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    done = true;
+  });
+  EXPECT_TRUE(covered && done);
+  EXPECT_EQ(window().findChild<QProgressBar*>(), nullptr);
+}
+
+TEST_F(SettingsTest, CapturesAShortcut) {
+  const std::string manager = machine_ / "Library/Application Support/Quarrywell/Shared Resources/QWShortcutKeyManager";
+  show();
+  auto& table = *window().findChild<QWShortcutKeyTableview*>();
+  EXPECT_FALSE(table.isEnabled());
+  EXPECT_FALSE(control<QPushButton>("Set Shortcut…").isEnabled());
+  writeFile(manager, "#!/bin/sh\n");
+  ASSERT_EQ(chmod(manager.c_str(), 0755), 0);
+  window().close();
+  show();
+  QTest::keyClick(&window(), Qt::Key_4, Qt::ControlModifier);
+  ASSERT_TRUE(table.isEnabled());
+
+  const auto shown = [&](int row) { return table.model()->index(row, 1).data().toString(); };
+  table.setFocus();
+  table.setCurrentIndex(table.model()->index(1, 0));
+  auto& editor = dynamic_cast<QWShortcutKeyFieldEditor&>(table.fieldEditor());
+  for (const auto& [key, held, name] :
+       {std::tuple{Qt::Key_F, Qt::KeyboardModifiers(), "Shift+Cmd+F"},
+        {Qt::Key_W, Qt::KeyboardModifiers(Qt::ControlModifier), "Ctrl+W"},
+        {Qt::Key_Return, Qt::KeyboardModifiers(Qt::AltModifier | Qt::MetaModifier), "Alt+Cmd+Return"}}) {
+    QTest::keyClick(&table, Qt::Key_Return);
+    ASSERT_TRUE(editor.isVisible());
+    QTest::keyClick(&editor, Qt::Key_Control);
+    QTest::keyClick(&editor, key, held);
+    EXPECT_EQ(shown(1), QString::fromLatin1(name));
+    EXPECT_FALSE(editor.isVisible());
+    EXPECT_TRUE(window().isVisible()) << "the keys meant nothing to the window";
+  }
+  QTest::mouseClick(&control<QPushButton>("Set Shortcut…"), Qt::LeftButton);
+  QTest::keyClick(&editor, Qt::Key_Escape);
+  EXPECT_FALSE(editor.isVisible());
+  EXPECT_EQ(shown(1), QStringLiteral("Alt+Cmd+Return"));
+  EXPECT_THAT(readFile(prefs("com.quarrywell.shortcutkeys.plist")), HasSubstr("<string>restoredefault</string>"));
+  QTest::mouseClick(&control<QPushButton>("Clear Shortcut"), Qt::LeftButton);
+  EXPECT_EQ(shown(1), QString());
+  EXPECT_FALSE(control<QPushButton>("Clear Shortcut").isEnabled());
+}
+
+TEST(MacKeyCodesTest, AreTheMacsForEveryKey) {
+  struct Case {
+    int key;
+    Qt::KeyboardModifiers modifiers;
+    quint32 place;
+    std::optional<std::uint32_t> code;
+  };
+  const Qt::KeyboardModifiers none, shift = Qt::ShiftModifier, keypad = Qt::KeypadModifier;
+  for (const Case& c :
+       std::initializer_list<Case>{{Qt::Key_A, none, 38, 0x00},
+                                   {Qt::Key_Z, none, 29, 0x06},  // the German keyboard's Z, at the place of Y
+                                   {Qt::Key_Exclam, shift, 10, 0x12},
+                                   {Qt::Key_QuoteDbl, shift, 11, 0x13},
+                                   {Qt::Key_Adiaeresis, none, 48, 0x27},
+                                   {Qt::Key_Less, none, 94, 0x0A},
+                                   {Qt::Key_7, keypad, 79, 0x59},
+                                   {Qt::Key_Enter, keypad, 104, 0x4C},
+                                   {Qt::Key_Return, none, 36, 0x24},
+                                   {Qt::Key_Delete, none, 119, 0x75},
+                                   {Qt::Key_Backspace, none, 22, 0x33},
+                                   {Qt::Key_F5, none, 71, 0x60},
+                                   {Qt::Key_Up, none, 111, 0x7E},
+                                   {Qt::Key_Shift, shift, 50, std::nullopt},
+                                   {Qt::Key_Launch0, none, 160, std::nullopt}}) {
+    const QKeyEvent event(QEvent::KeyPress, c.key, c.modifiers, c.place, 0, 0);
+    EXPECT_EQ(macKeyCode(event), c.code) << c.key;
+  }
+  for (int key = 0x20; key < 0x80; ++key) {
+    const auto code = macKeyCode(QKeyEvent(QEvent::KeyPress, key, {}));
+    EXPECT_TRUE(!code || keyCodeName(*code)) << key;
+  }
+}
+
+}  // namespace
+
+}  // namespace vantory::test
