@@ -27,7 +27,7 @@ make_root() {
     "Origin: $distribution" >"$work/sources"
   [ -s "$work/sources" ] || skip "apt has no sources of $distribution here"
   apt-config dump Acquire | grep -E '^Acquire::(Check|http)' >"$work/apt.conf"
-  mmdebstrap --variant=apt --aptopt="$work/apt.conf" "" "$root" "$work/sources" >"$work/log" 2>&1 ||
+  mmdebstrap --variant=apt --dpkgopt=force-unsafe-io --aptopt="$work/apt.conf" "" "$root" "$work/sources" >"$work/log" 2>&1 ||
     { tail -n 5 "$work/log"; skip "no fresh system can be made: no network, or no archive in reach"; }
   mount -t proc proc "$root/proc"
   mount --rbind /dev "$root/dev"
