@@ -14,6 +14,7 @@
 #include "services/QWUserDefaults.h"
 #include "services/Runtime.h"
 #include "settings/QWBugReporter.h"
+#include "settings/QWSoftwareUpdate.h"
 #include "tasks/ui/Documents.h"
 #include "tasks/ui/MainWindowView.h"
 
@@ -65,6 +66,7 @@ void Vantory_AppDelegate::applicationDidFinishLaunching() {
   registerDefaults();
   // The service manager may take its time.
   BackgroundThreads::shared().start(&AutosaveSchedule::applyAtStart);
+  QWSoftwareUpdate().startup();
   parts_.window.bringToFront();
 }
 

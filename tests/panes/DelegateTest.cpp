@@ -130,6 +130,18 @@ TEST_F(DelegateTest, ABackupIsImportedAfterAQuestion) {
   EXPECT_EQ(quits_, 0);
 }
 
+TEST_F(DelegateTest, UpdatesAreLookedForAtTheStartWhereThatIsSwitchedOn) {
+  const char* missing = "Unable to launch Software Update - path doesn't exist";
+  const auto start = [this] {
+    delegate_.applicationDidFinishLaunching();
+    finishWork();
+    return logged();
+  };
+  EXPECT_THAT(start(), Not(Contains(missing)));
+  writeFile(prefs("com.quarrywell.global.plist"), "<plist><dict><key>SUCheckAtStartup</key><true/></dict></plist>");
+  EXPECT_THAT(start(), Contains(missing));
+}
+
 TEST_F(DelegateTest, DocumentsAndTheEndWaitForRunningWork) {
   std::atomic<bool> go = false;
   const auto task = [&go] {

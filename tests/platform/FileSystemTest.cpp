@@ -149,5 +149,19 @@ TEST_F(FileSystemTest, DeletesWithoutFollowing) {
   EXPECT_EQ(files.remove(folder / "tree").error().code, std::errc::no_such_file_or_directory);
 }
 
+TEST_F(FileSystemTest, MovesToAnotherFileSystemAndLeavesNothingBehind) {
+  const std::string elsewhere = "/dev/shm/vantory-test-" + std::to_string(getpid());
+  makeFolders(elsewhere);
+  writeFile(elsewhere + "/tree/sub/file", "content");
+  const bool isElsewhere = status(elsewhere).st_dev != status(folder.path()).st_dev;
+  const Status moved = files.move(elsewhere + "/tree", folder / "tree");
+  const std::vector<std::string> left = names(elsewhere);
+  ASSERT_TRUE(files.remove(elsewhere).ok());
+  if (!isElsewhere) GTEST_SKIP() << "/dev/shm is no file system of its own";
+  EXPECT_TRUE(moved.ok());
+  EXPECT_EQ(readFile(folder / "tree/sub/file"), "content");
+  EXPECT_EQ(left, std::vector<std::string>());
+}
+
 }  // namespace
 }  // namespace vantory::test
