@@ -10,7 +10,11 @@
 #include <ostream>
 #include <streambuf>
 #include <string>
+#include <string_view>
 #include <thread>
+#include <utility>
+
+#include "platform/linux/Descriptor.h"
 
 namespace vantory {
 
@@ -18,7 +22,8 @@ namespace vantory {
 // own, so that work which hangs shows too. Any thread.
 class ProgressLine {
  public:
-  // On standard error; null unless that is a terminal on which a line can be rewritten.
+  // On standard error; null unless that is the process's terminal and one on which a line can be rewritten. A signal
+  // that ends the program takes the line away first.
   static std::unique_ptr<ProgressLine> onStandardError();
   ~ProgressLine();
   ProgressLine(const ProgressLine&) = delete;
@@ -35,12 +40,17 @@ class ProgressLine {
   void end();
 
  private:
-  ProgressLine() = default;
+  explicit ProgressLine(Descriptor terminal) : terminal_(std::move(terminal)) {}
 
   void run();
+  bool isInForeground() const;
   void draw();
   void erase();
+  void write(std::string_view text) const;
   std::string text() const;
+
+  // Opened for the line alone, so that writing to it never waits, whoever else writes there.
+  const Descriptor terminal_;
 
   std::mutex mutex_;  // for all below
   std::condition_variable changed_;

@@ -55,16 +55,19 @@ rm "$odd"
 
 # --- In a terminal ---------------------------------------------------------------------------------------------------
 # While another process holds the library, a backup waits for two seconds.
-in_terminal() {
+in_terminal() { # TERM COLUMNS
   flock "$library" sleep 3 &
-  as_user env "TERM=$1" /usr/bin/python3 "$here/terminal.py" 30 "$program" -backup Late >"$work/out" 2>"$work/err"
+  as_user env "TERM=$1" /usr/bin/python3 "$here/terminal.py" "$2" "$program" -backup Late >"$work/out" 2>"$work/err"
   code=$?
   wait
 }
-in_terminal xterm
-check "a terminal shows what takes long, in one line that is gone at the end" eval 'ended 0 && printed "" && [ "$(tr "\r" "\n" <"$work/err" | sed "/^$/d")" = "$(printf "%-29s\n" "Waiting for another process i" "" "Vantory: Error writing backup file" | sed "3s/ *$//")" ]'
-in_terminal dumb
-check "a dumb one does not" eval 'ended 0 && [ "$(tr -d "\r" <"$work/err")" = "Vantory: Error writing backup file" ]'
+drew() { [ "$(tr -d "\r" <"$work/err")" = "$1" ]; }
+in_terminal xterm 30
+check "a terminal shows what takes long, in one line that is gone at the end" eval 'ended 0 && printed "" && drew $'"'"'\e[KWaiting for another process i\e[KVantory: Error writing backup file'"'"
+in_terminal dumb 30
+check "a dumb one does not" eval 'ended 0 && drew "Vantory: Error writing backup file"'
+in_terminal xterm interrupt
+check "an interrupt takes the line away" grep -qE $'Backups(\\^C)?\r\e\\[K(\\^C)?$' "$work/err"
 
 # --- Settings --------------------------------------------------------------------------------------------------------
 plist write "$settings" binary "defaultBackup=Clean setup.vnt" "somebody else=kept" number=7
