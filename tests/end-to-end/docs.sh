@@ -2,7 +2,7 @@
 # The commands and paths that the docs show. docs.sh PROGRAM CHECKOUT
 . "$(dirname "$0")/lib.sh"
 checkout=${2:-$(cd "$here/../.." && pwd)}
-docs=(README.md CONTRIBUTING.md docs/architecture.md docs/backup-format.md)
+docs=(README.md CONTRIBUTING.md docs/architecture.md docs/backup-format.md docs/linux.md)
 if [ -z "${VANTORY_WORK:-}" ]; then
   # What is named as `this/one` or `this/one.cpp` lies in the checkout; capitals stand for something.
   work=$(mktemp -d)
