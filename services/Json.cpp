@@ -59,9 +59,11 @@ class Writer {
   void add(const Timestamp& date) {
     const std::time_t seconds = date.seconds;
     std::tm parts{};
-    gmtime_r(&seconds, &parts);
     std::array<char, 64> text;
-    addQuoted({text.data(), std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%SZ", &parts)});
+    if (!gmtime_r(&seconds, &parts))
+      text_ += "null";
+    else
+      addQuoted({text.data(), std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%SZ", &parts)});
   }
   void add(const PropertyListArray& array) {
     addList('[', array, ']', [this](const PropertyList& element) { write(element); });

@@ -7,7 +7,7 @@
 
 namespace vantory {
 
-// The moment in the local time zone, written by a strftime() format.
+// The moment in the local time zone, written by a strftime() format; nothing when it lies beyond all years.
 std::string localTimeText(Timestamp time, const char* format);
 
 }  // namespace vantory

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "services/Format.h"
+#include "services/Json.h"
+#include "services/LocalTime.h"
 #include "services/Paths.h"
 
 namespace vantory {
@@ -28,6 +30,13 @@ TEST(Format, ArgumentsAndDirectivesNeedNotMatch) {
   EXPECT_EQ(formatted("only %@", "one", "surplus", 3), "only one");
   EXPECT_EQ(formatted("%i %@ %@", "text", 7, 0.5), "text 7 0.5");
   EXPECT_EQ(formatted("%x %0.f %0. % %", "unused"), "%x %0.f %0. % %");
+}
+
+TEST(Text, AMomentBeyondAllYearsHasNoDate) {
+  constexpr Timestamp kBeyond{90'000'000'000'000'000};
+  EXPECT_EQ(localTimeText(kBeyond, "%Y"), "");
+  EXPECT_EQ(writeJson(kBeyond), "null");
+  EXPECT_EQ(writeJson(Timestamp{0}), "\"1970-01-01T00:00:00Z\"");
 }
 
 TEST(Paths, WithinIsTestedOnWholeComponents) {
