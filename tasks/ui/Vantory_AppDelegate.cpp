@@ -48,18 +48,23 @@ bool isAutomaticBackup(const std::string& path) {
   return std::ranges::any_of(QWDataController::sharedController().autoBackupArray(), isThat);
 }
 
+void tellOfImport(const std::string& path, bool restored, std::size_t failuresBefore) {
+  if (restored) {
+    QWAlert::alertSheetWithMessageText("Restoration complete", "You may now relaunch your applications.");
+    return reportIncompleteRestore(failuresBefore);
+  }
+  QWAlert::alertSheetWithMessageText(formatted("The backup \"%@\" could not be restored", nameOf(path)),
+                                     isAutomaticBackup(path)
+                                         ? "It is an automatic backup. You can restore it from among the autosaves."
+                                         : "It is no backup that can be read, or could not be copied into the library. "
+                                           "Your preferences are as they were; the log says more.");
+}
+
 void import(const std::string& path) {
   const std::size_t failures = FailureTally::shared().count();
-  if (!QWDataController::sharedController().addBackupFromFile(path)) {
-    const char* reason = isAutomaticBackup(path)
-                             ? "It is an automatic backup. You can restore it from among the autosaves."
-                             : "It is no backup that can be read, or could not be copied into the library. "
-                               "Your preferences are as they were; the log says more.";
-    return QWAlert::alertSheetWithMessageText(formatted("The backup \"%@\" could not be restored", nameOf(path)),
-                                              reason);
-  }
-  QWAlert::alertSheetWithMessageText("Restoration complete", "You may now relaunch your applications.");
-  reportIncompleteRestore(failures);
+  const bool restored = QWDataController::sharedController().addBackupFromFile(path);
+  // The pane's spinner does not turn while this is on the screen.
+  BackgroundThreads::shared().start([=] { tellOfImport(path, restored, failures); });
 }
 
 }  // namespace
