@@ -49,9 +49,11 @@ void AppWindowController::trash() {
   if (trashing_.exchange(true)) return;
   const bool started = BackgroundThreads::shared().start([this] {
     trashPreferences();
-    trashing_ = false;
-    // After a cancel the sheet still covers the window.
-    onMainThread([this] { progressController_.hide(); });
+    // After a cancel the sheet still covers the window. The next run must not find it on its way out.
+    onMainThread([this] {
+      progressController_.hide();
+      trashing_ = false;
+    });
   });
   if (!started) trashing_ = false;
 }
@@ -74,7 +76,7 @@ void AppWindowController::trashPreferences() {
   });
   TrashRun run;
   for (const auto& app : apps) {
-    if (trashApplication(*app, run)) continue;
+    if (!progressController_.isCancelled() && trashApplication(*app, run)) continue;
     QWLog::appendLog("User cancelled trash task");
     onMainThread([this] { parts_.trashSpinner.stopAnimation(); });
     return;
@@ -85,7 +87,7 @@ void AppWindowController::trashPreferences() {
   finishTrash(run.trashed);
 }
 
-// False when the person cancelled the whole workflow. What was skipped does not count as progress.
+// False when the person answered to cancel the whole workflow. What was skipped does not count as progress.
 bool AppWindowController::trashApplication(QWApp& app, TrashRun& run) {
   if (app.selected() != Off) {
     switch (askGuard(app)) {

@@ -10,6 +10,7 @@ namespace {
 class FakeGuard : public RunningApplicationGuard {
  public:
   GuardDecision checkRunningAppsForName(const std::string&, const std::string& bundleID, bool) override {
+    if (onAsked) onAsked();
     const auto found = decisions.find(bundleID);
     return found == decisions.end() ? GuardDecision::NotRunning : found->second;
   }
@@ -17,6 +18,7 @@ class FakeGuard : public RunningApplicationGuard {
 
   std::map<std::string, GuardDecision> decisions;
   bool closes = true;
+  std::function<void()> onAsked;
 };
 
 class TrashWorkflowTest : public PaneTest {
@@ -83,6 +85,19 @@ TEST_F(TrashWorkflowTest, ACancelEndsItAtOnceAndLeavesNoSheet) {
   EXPECT_EQ(lines.back(), "User cancelled trash task");
   EXPECT_THAT(alerts_, IsEmpty());
   EXPECT_FALSE(sheet_.isShown);
+}
+
+TEST_F(TrashWorkflowTest, TheSheetsCancelButtonEndsItBeforeTheNextApplication) {
+  guard_.onAsked = [this] { controller_.progressController().cancel(); };
+  const auto lines = runAndReadLog();
+  EXPECT_FALSE(exists(prefs("editor.plist")));
+  EXPECT_TRUE(exists(avidFile("anna")));
+  EXPECT_EQ(lines.back(), "User cancelled trash task");
+  EXPECT_FALSE(sheet_.isShown);
+
+  guard_.onAsked = nullptr;
+  runAndReadLog();
+  EXPECT_FALSE(exists(avidFile("anna"))) << "an earlier cancel is forgotten";
 }
 
 TEST_F(TrashWorkflowTest, TheDefaultBackupIsRestoredWhereWanted) {
