@@ -110,8 +110,8 @@ QWidget* BackupDialog::makeButtons() {
   auto* layout = new QHBoxLayout(row);
   layout->setContentsMargins(0, 6, 0, 0);
   layout->addStretch();
-  layout->addWidget(cancel);
   layout->addWidget(confirmButton_);
+  layout->addWidget(cancel);
   return row;
 }
 
