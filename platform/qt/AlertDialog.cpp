@@ -19,8 +19,25 @@ namespace {
 constexpr int kImageSize = 56;
 constexpr int kTextWidth = 360;
 
+// With a place where a line may end in long names, which otherwise would be cut off.
+QString breakable(const QString& text) {
+  constexpr int kLongest = 24;
+  QString broken;
+  int run = 0;
+  for (const QChar character : text) {
+    const bool mayBreakAfter = character.isSpace() || character == QLatin1Char('/');
+    run = mayBreakAfter ? 0 : run + 1;
+    if (run > kLongest && !character.isLowSurrogate() && !character.isMark()) {
+      broken += QChar(QChar::SpecialCharacter(0x200b));
+      run = 1;
+    }
+    broken += character;
+  }
+  return broken;
+}
+
 QLabel* textLabel(const std::string& text, QWidget* parent) {
-  auto* label = new QLabel(displayText(text), parent);
+  auto* label = new QLabel(breakable(displayText(text)), parent);
   label->setTextFormat(Qt::PlainText);
   label->setWordWrap(true);
   label->setMinimumWidth(kTextWidth);
