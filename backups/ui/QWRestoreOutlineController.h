@@ -21,8 +21,8 @@ class Button;
 class PaneSwitcher;
 class QWBackupEditController;
 
-// Main thread, but for the operations "OnThread". What it is given outlives it. What takes its time is done on another
-// thread, one command after the other.
+// Main thread, but for the operations "OnThread". What it is given outlives it. What takes its time is done in the
+// turn of the tasks.
 class QWRestoreOutlineController : public RowsDelegate, public OutlineActions {
  public:
   struct Parts {
@@ -89,7 +89,6 @@ class QWRestoreOutlineController : public RowsDelegate, public OutlineActions {
   void measure(const std::shared_ptr<QWApp>& app);
 
   Parts parts_;
-  SerialWork work_;
   SerialWork measuring_;
   std::set<std::shared_ptr<QWApp>> beingMeasured_;
   QWBackupEditController* dialog_ = nullptr;

@@ -16,6 +16,7 @@
 #include "services/QWAuthorization.h"
 #include "services/QWFileManager.h"
 #include "services/QWLog.h"
+#include "services/SerialWork.h"
 
 namespace vantory {
 
@@ -46,7 +47,7 @@ void reportFailedWriting(QWBackup& backup) {
 }  // namespace
 
 void QWRestoreOutlineController::runOnThread(std::function<void()> work) {
-  work_.add([this, work = std::move(work)] {
+  SerialWork::tasks().add([this, work = std::move(work)] {
     QWAuthorization::sharedController().beginTask();
     MainThread& mainThread = MainThread::shared();
     mainThread.runAndWait([this] { parts_.spinner.startAnimation(); });
@@ -65,7 +66,7 @@ void QWRestoreOutlineController::restore() {
            .informativeText = "This will overwrite any current preferences with those stored in the backup."}) !=
       QWAlert::Default)
     return;
-  work_.add([this, backup] {
+  SerialWork::tasks().add([this, backup] {
     if (QWFileManager::isMissingAtPath(backup->path())) return reportVanished(*backup);
     restoreOnThread(backup);
   });
@@ -111,7 +112,8 @@ void QWRestoreOutlineController::unlinkProjects() {
 }
 
 void QWRestoreOutlineController::updateFiles() {
-  if (const auto backup = selectedBackup()) work_.add([this, backup] { updateBackupFilesOnThread(backup); });
+  if (const auto backup = selectedBackup())
+    SerialWork::tasks().add([this, backup] { updateBackupFilesOnThread(backup); });
 }
 
 void QWRestoreOutlineController::updateBackupFilesOnThread(const std::shared_ptr<QWBackup>& backup) {

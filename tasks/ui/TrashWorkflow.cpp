@@ -6,7 +6,6 @@
 #include "platform/Clock.h"
 #include "platform/Controls.h"
 #include "platform/Workspace.h"
-#include "services/BackgroundThreads.h"
 #include "services/MainThread.h"
 #include "services/QWAlert.h"
 #include "services/QWAuthorization.h"
@@ -14,6 +13,7 @@
 #include "services/QWUserDefaults.h"
 #include "services/RunningApplicationGuard.h"
 #include "services/Runtime.h"
+#include "services/SerialWork.h"
 #include "tasks/ui/AppWindowController.h"
 #include "tasks/ui/QWLockOutlineController.h"
 
@@ -47,7 +47,10 @@ struct AppWindowController::TrashRun {
 
 void AppWindowController::trash() {
   if (trashing_.exchange(true)) return;
-  const bool started = BackgroundThreads::shared().start([this] {
+  // Until its turn comes.
+  parts_.trashSpinner.startAnimation();
+  const bool added = SerialWork::tasks().add([this] {
+    onMainThread([this] { parts_.trashSpinner.stopAnimation(); });
     trashPreferences();
     // After a cancel the sheet still covers the window. The next run must not find it on its way out.
     onMainThread([this] {
@@ -55,7 +58,9 @@ void AppWindowController::trash() {
       trashing_ = false;
     });
   });
-  if (!started) trashing_ = false;
+  if (added) return;
+  parts_.trashSpinner.stopAnimation();
+  trashing_ = false;
 }
 
 void AppWindowController::trashPreferences() {

@@ -13,6 +13,7 @@
 #include "services/QWLog.h"
 #include "services/QWUserDefaults.h"
 #include "services/Runtime.h"
+#include "services/SerialWork.h"
 #include "settings/QWBugReporter.h"
 #include "tasks/ui/Documents.h"
 #include "tasks/ui/MainWindowView.h"
@@ -114,7 +115,7 @@ void Vantory_AppDelegate::askToImport(const std::string& path) {
        .defaultButton = "Restore",
        .alternateButton = "Cancel",
        .informativeText = "This will overwrite any existing preferences."});
-  if (answer == QWAlert::Default) BackgroundThreads::shared().start([path] { import(path); });
+  if (answer == QWAlert::Default) SerialWork::tasks().add([path] { import(path); });
 }
 
 // The desktop may take a while to find an application.

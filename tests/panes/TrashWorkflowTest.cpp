@@ -1,5 +1,7 @@
 #include "platform/Controls.h"
+#include "services/QWLog.h"
 #include "services/RunningApplicationGuard.h"
+#include "services/SerialWork.h"
 #include "tasks/ui/AppWindowController.h"
 #include "tasks/ui/QWLockOutlineController.h"
 #include "tests/panes/PaneTest.h"
@@ -98,6 +100,19 @@ TEST_F(TrashWorkflowTest, TheSheetsCancelButtonEndsItBeforeTheNextApplication) {
   guard_.onAsked = nullptr;
   runAndReadLog();
   EXPECT_FALSE(exists(avidFile("anna"))) << "an earlier cancel is forgotten";
+}
+
+TEST_F(TrashWorkflowTest, WaitsForTheTaskThatRuns) {
+  SerialWork::tasks().add([] {
+    for (int i = 0; i < 100; ++i) MainThread::shared().runAndWait([] {});
+    QWLog::appendLog("The task before has ended");
+  });
+  controller_.trash();
+  EXPECT_TRUE(spinner_.isTurning);
+  finishWork();
+  const auto lines = logged();
+  EXPECT_LT(std::ranges::find(lines, "The task before has ended"), std::ranges::find(lines, "Trashing preferences..."));
+  EXPECT_FALSE(exists(prefs("editor.plist")));
 }
 
 TEST_F(TrashWorkflowTest, TheDefaultBackupIsRestoredWhereWanted) {
