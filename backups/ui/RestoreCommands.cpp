@@ -106,6 +106,7 @@ void QWRestoreOutlineController::unlinkProjects() {
   const auto backup = selectedBackup();
   if (!backup) return;
   runOnThread([backup] {
+    if (QWFileManager::isMissingAtPath(backup->path())) return reportVanished(*backup);
     MainThread::shared().runAndWait([&] { backup->setProjects({}); });
     if (backup->writeData() != WriteResult::Success) reportFailedWriting(*backup);
   });
@@ -138,10 +139,13 @@ void QWRestoreOutlineController::rename(const std::shared_ptr<QWBackup>& backup,
     const std::string path = paths::join(paths::parent(renamed->path()), free + ".vnt");
     if (!QWFileManager::moveFile(renamed->path(), path, 20s)) return;
     MainThread::shared().runAndWait([&] {
-      renamed->setName(free);
-      renamed->setPath(path);
-      // The default is known by its folder's name.
-      renamed->updateDefault();
+      // Commands that wait for their turn know the one that was selected when they were given.
+      for (const auto& record : {renamed, backup}) {
+        record->setName(free);
+        record->setPath(path);
+        // The default is known by its folder's name.
+        record->updateDefault();
+      }
       parts_.outline.reloadItem(renamed, false);
       selectionDidChange();
     });
