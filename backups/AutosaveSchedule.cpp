@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <limits>
+#include <mutex>
 
 #include "backups/QWLaunchd.h"
 #include "platform/SystemInfo.h"
@@ -26,6 +27,12 @@ std::int64_t intervalInSeconds() {
   return std::clamp(days, 1LL, kMostDays) * kSecondsPerDay;
 }
 
+// One thread at a time reads the settings and has the job follow them, so that the newest ones win.
+std::mutex& following() {
+  static std::mutex mutex;
+  return mutex;
+}
+
 void load() {
   PropertyListDictionary job;
   job.set("Label", AutosaveSchedule::kLabel);
@@ -40,12 +47,14 @@ void load() {
 }  // namespace
 
 void AutosaveSchedule::apply() {
+  const std::lock_guard lock(following());
   if (isOn()) return load();
   QWLog::appendLog("Removing autosave launchd job");
   QWLaunchd::removeLaunchAgent(kLabel, true);
 }
 
 void AutosaveSchedule::applyAtStart() {
+  const std::lock_guard lock(following());
   if (isOn()) load();
 }
 

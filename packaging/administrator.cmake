@@ -10,4 +10,8 @@ configure_file(${CMAKE_SOURCE_DIR}/packaging/polkit/com.quarrywell.vantory.polic
 
 install(TARGETS vantory-root-helper RUNTIME DESTINATION ${CMAKE_INSTALL_LIBEXECDIR}/vantory
         PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
-install(FILES ${policy} DESTINATION ${VANTORY_POLKIT_ACTIONS})
+
+install(CODE "set(policy \"${policy}\")
+set(polkit_actions \"${VANTORY_POLKIT_ACTIONS}\")
+set(helper_folder \"${CMAKE_INSTALL_LIBEXECDIR}/vantory\")")
+install(SCRIPT ${CMAKE_CURRENT_LIST_DIR}/install-rights.cmake)

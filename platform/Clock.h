@@ -12,7 +12,7 @@ struct Timestamp {
   std::int64_t seconds = 0;
   std::int32_t nanoseconds = 0;
 
-  auto operator<=>(const Timestamp&) const = default;
+  auto operator<=>(const Timestamp&) const = default;  // NOLINT(modernize-use-nullptr): a false finding
 };
 
 class Clock {

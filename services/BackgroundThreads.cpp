@@ -25,25 +25,27 @@ bool BackgroundThreads::start(std::function<void()> work) {
     std::thread([this, work = std::move(work)] { run(work); }).detach();
     return true;
   } catch (const std::system_error& error) {
-    const std::lock_guard lock(mutex_);
-    --running_;
     QWLog::appendLog("Unable to start a task: %@", error.what());
-    return false;
   }
+  workEnded();
+  return false;
 }
 
 void BackgroundThreads::run(const std::function<void()>& work) {
-  MainThread& mainThread = MainThread::shared();
   try {
     work();
   } catch (const std::exception& exception) {
     QWException::logException(exception, "BackgroundThreads");
   }
-  // Whoever waits may destroy this object as soon as the lock is given up.
+  workEnded();
+}
+
+// Whoever waits may destroy this object as soon as the lock is given up.
+void BackgroundThreads::workEnded() {
   const std::lock_guard lock(mutex_);
   --running_;
   callWaiting();
-  mainThread.notify();
+  MainThread::shared().notify();
 }
 
 void BackgroundThreads::whenIdle(std::function<void()> work) {

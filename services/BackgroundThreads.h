@@ -27,6 +27,7 @@ class BackgroundThreads {
 
  private:
   void run(const std::function<void()>& work);
+  void workEnded();
   void callWaiting();
   void runWaiting();
   std::function<void()> takeWaiting();

@@ -17,7 +17,7 @@ struct NotificationCenter::Entry {
   bool ended = false;
 };
 
-NotificationCenter::Observation& NotificationCenter::Observation::operator=(Observation&& other) {
+NotificationCenter::Observation& NotificationCenter::Observation::operator=(Observation&& other) noexcept {
   if (this == &other) return *this;
   reset();
   entry_ = std::move(other.entry_);

@@ -27,7 +27,7 @@ class NotificationCenter {
     Observation() = default;
     ~Observation() { reset(); }
     Observation(Observation&&) = default;
-    Observation& operator=(Observation&& other);
+    Observation& operator=(Observation&& other) noexcept;
     void reset();
 
    private:

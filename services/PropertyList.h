@@ -58,9 +58,8 @@ class PropertyList {
 
   PropertyList() : content_(std::string()) {}
   template <class T>
-  requires(!std::is_same_v<std::remove_cvref_t<T>, PropertyList> && std::is_constructible_v<Content, T>)
-      PropertyList(T&& value)
-      : content_(std::forward<T>(value)) {}
+  requires(!std::is_same_v<T, PropertyList> && std::is_constructible_v<Content, T>) PropertyList(T value)
+      : content_(std::move(value)) {}
   PropertyList(const char* text) : content_(std::string(text)) {}
   PropertyList(int value) : content_(std::int64_t{value}) {}
 

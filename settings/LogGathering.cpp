@@ -71,8 +71,12 @@ bool LogGathering::packInto(const std::string& archive) const {
 }
 
 void LogGathering::addMatching(const std::string& folder, const std::string& prefix, const std::string& suffix) {
-  for (const std::string& name : QWFileManager::contentsOfDirectory(folder))
-    if (name.starts_with(prefix) && name.ends_with(suffix)) add(paths::join(folder, name), "Unable to copy log: %@");
+  for (const std::string& name : QWFileManager::contentsOfDirectory(folder)) {
+    if (!name.starts_with(prefix) || !name.ends_with(suffix)) continue;
+    const std::string path = paths::join(folder, name);
+    // A folder is no log, and a link to one may lead to anything.
+    if (!QWFileManager::isDirectoryAtPath(path)) add(path, "Unable to copy log: %@");
+  }
 }
 
 void LogGathering::add(const std::string& path, const char* complaint) {
@@ -87,9 +91,9 @@ Status LogGathering::copy(const std::string& path) {
   const auto info = files().info(path, Links::Follow);
   if (!info) return info.error();
   if (info->type == FileType::Other) return Error{std::errc::not_supported, path + ": neither a file nor a folder"};
+  if (QWFileManager::itemExistsAtPath(target)) return {};
   const std::uint64_t size = info->type == FileType::Folder ? QWFileManager::fileSize(path) : info->size;
   if (size > room_) return Error{std::errc::file_too_large, path + ": too large to be sent"};
-  if (QWFileManager::itemExistsAtPath(target)) return {};
   if (Status made = files().makeFolder(paths::parent(target)); !made) return made;
   const auto staged = QWFileManager::stageCopy({.source = path, .destination = target});
   if (!staged) return staged.error();

@@ -39,6 +39,12 @@ std::string textIn(const PropertyListDictionary& values, std::string_view key) {
   return value ? textOf(*value).value_or("") : "";
 }
 
+std::string nameOf(const ShortcutList::Entry& entry) {
+  const auto name =
+      entry.keycode ? QWShortcutKeyTableDelegate::nameForKeyCode(*entry.keycode, entry.modifiers) : std::nullopt;
+  return name.value_or("Unknown");
+}
+
 std::uint32_t keycodeIn(const UserInfo& info) {
   const PropertyList* value = info.find("keycode");
   const auto* number = value ? std::get_if<std::int64_t>(&value->content()) : nullptr;
@@ -83,7 +89,7 @@ std::vector<QWShortcutKeyTableDelegate::Row> QWShortcutKeyTableDelegate::command
   const PropertyList* commands = table ? table->find("QWKeys") : nullptr;
   if (!commands || !commands->asArray()) return rows;
   for (const PropertyList& command : *commands->asArray())
-    if (const PropertyListDictionary* values = command.asDictionary())
+    if (const PropertyListDictionary* values = command.asDictionary(); values && !textIn(*values, "id").empty())
       rows.push_back({textIn(*values, "id"), textIn(*values, "description")});
   return rows;
 }
@@ -98,7 +104,7 @@ void QWShortcutKeyTableDelegate::showShortcuts() {
   for (Row& row : rows_) row.keyname.clear();
   for (const ShortcutList::Entry& entry : list_.ownEntries())
     for (Row& row : rows_)
-      if (row.id == entry.commandID) row.keyname = nameForKeyCode(entry.keycode, entry.modifiers).value_or("Unknown");
+      if (row.id == entry.commandID) row.keyname = nameOf(entry);
   if (table_) table_->reloadData();
 }
 

@@ -54,7 +54,7 @@ std::optional<std::string> temporaryCopy(const std::string& application) {
 
 std::string QWSoftwareUpdate::updaterPath() {
   const auto applications = QWLocalPaths::applicationDirectory(false);
-  const std::string installed = paths::join(applications.value_or(""), std::string("Quarrywell/") + kUpdater);
+  std::string installed = paths::join(applications.value_or(""), std::string("Quarrywell/") + kUpdater);
   const std::string inner = platform().system.resourcePath(kUpdater);
   if (versionOf(installed) >= versionOf(inner)) return installed;
   return temporaryCopy(inner).value_or(installed);

@@ -29,7 +29,7 @@ struct OneAtATime {
 };
 
 std::string archiveIn(const std::string& desktop, const std::string& name) {
-  const std::string archive = paths::join(desktop, name + " Logs.zip");
+  std::string archive = paths::join(desktop, name + " Logs.zip");
   if (!QWFileManager::itemExistsAtPath(archive)) return archive;
   return formatted("%@_%@.zip", paths::withoutExtension(archive),
                    localTimeText(platform().clock.now(), "%Y%m%d%H%M%S"));

@@ -65,9 +65,9 @@ std::vector<ShortcutList::Entry> ShortcutList::ownEntries() const {
   const PropertyListArray* entries = stored ? stored->asArray() : nullptr;
   if (!entries) return own;
   for (const PropertyList& entry : *entries) {
-    const auto keycode = numberIn<std::uint32_t>(entry, "keycode");
-    const auto modifiers = numberIn<std::uint16_t>(entry, "modifiers");
-    if (isOwn(entry) && keycode) own.push_back({textIn(entry, "commandid"), *keycode, modifiers.value_or(0)});
+    if (!isOwn(entry)) continue;
+    own.push_back({textIn(entry, "commandid"), numberIn<std::uint32_t>(entry, "keycode"),
+                   numberIn<std::uint16_t>(entry, "modifiers").value_or(0)});
   }
   return own;
 }

@@ -26,12 +26,11 @@ class ShortcutList {
   ShortcutList();
 
   struct Entry {
-    std::string commandID;
-    // Zero in place of what is no number that fits.
-    std::uint32_t keycode = 0;
+    std::string commandID;                 // empty for one that calls by parameters
+    std::optional<std::uint32_t> keycode;  // none where the entry has no number that fits
     std::uint16_t modifiers = 0;
   };
-  // This program's entries that name a command and a key.
+  // This program's entries.
   std::vector<Entry> ownEntries() const;
 
   // Replaces this program's entry for the target, or adds one. False, with a log line, when the list could not be

@@ -58,6 +58,9 @@ class QWRestoreOutlineController : public RowsDelegate, public OutlineActions {
   // On the row of the automatic backups their folder is shown.
   void revealFinder();
 
+  // Runs what belongs to the pane in the turn of the tasks; its spinner turns meanwhile. Any thread.
+  void runOnThread(std::function<void()> work);
+
   // Worker threads.
   void restoreOnThread(const std::shared_ptr<QWBackup>& backup);
   void updateBackupFilesOnThread(const std::shared_ptr<QWBackup>& backup);
@@ -80,7 +83,6 @@ class QWRestoreOutlineController : public RowsDelegate, public OutlineActions {
 
  private:
   void rename(const std::shared_ptr<QWBackup>& backup, const std::string& name);
-  void runOnThread(std::function<void()> work);
   // The library's record of the backup now: it may have been listed anew since the command was given. Any thread.
   std::shared_ptr<QWBackup> recordInLibrary(const std::shared_ptr<QWBackup>& backup) const;
 

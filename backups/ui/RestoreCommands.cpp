@@ -9,6 +9,7 @@
 #include "backups/ui/QWBackupEditController.h"
 #include "backups/ui/QWRestoreOutlineController.h"
 #include "platform/Controls.h"
+#include "services/FailureTally.h"
 #include "services/Format.h"
 #include "services/MainThread.h"
 #include "services/Paths.h"
@@ -80,10 +81,12 @@ void QWRestoreOutlineController::restoreOnThread(const std::shared_ptr<QWBackup>
   QWLog::appendLog("Creating auto backup...");
   QWBackup::writeAutoBackup();
   QWLog::appendLog("Restoring backup...");
+  const std::size_t failures = FailureTally::shared().count();
   backup->restore();
   mainThread.runAndWait([this] { parts_.spinner.stopAnimation(); });
   QWLog::appendLog("Preferences restored");
   QWAlert::alertSheetWithMessageText("Preferences successfully restored", "You may now relaunch your applications.");
+  reportIncompleteRestore(failures);
   QWDataController::sharedController().manageAutoBackups();
 }
 

@@ -50,7 +50,7 @@ void write(int file, const char* text) {
 }
 
 // Calls only what a signal handler may, but for backtrace(): should that hang or crash, the process ends all the same.
-void writeReport(int signalNumber) {
+void writeReport(int signalNumber, siginfo_t* signalInfo, void*) {
   signal(SIGALRM, SIG_DFL);
   alarm(5);
   mkdir(report->folder.c_str(), 0700);
@@ -63,7 +63,9 @@ void writeReport(int signalNumber) {
     backtrace_symbols_fd(frames.data(), backtrace(frames.data(), frames.size()), file);
     close(file);
   }
-  raise(signalNumber);  // its usual effect, once this handler has returned
+  // A fault of the processor comes again by itself, with its address for a memory dump. What was sent must be sent
+  // again.
+  if (signalInfo->si_code <= 0) raise(signalNumber);
 }
 
 // A stack that is full has no room for the handler.
@@ -84,8 +86,8 @@ void writeCrashReports(const std::string& folder, const std::string& program) {
   backtrace(&frame, 1);  // loads what it needs, which the handler must not
   giveHandlerAStack();
   struct sigaction action = {};
-  action.sa_handler = writeReport;
-  action.sa_flags = static_cast<int>(SA_ONSTACK | SA_RESETHAND);
+  action.sa_sigaction = writeReport;
+  action.sa_flags = static_cast<int>(SA_SIGINFO | SA_ONSTACK | SA_RESETHAND);
   for (const int crash : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT}) sigaction(crash, &action, nullptr);
 }
 

@@ -7,7 +7,8 @@ namespace vantory {
 
 // From now on a crash of this process writes "PROGRAM_DATE_PROCESS.crash" (0600) into the folder, which is made below
 // an existing one when it is missing: what crashed, by which signal, and the functions that were being run; nothing of
-// what the memory held. The process ends as it would have without. Called once, on the main thread.
+// what the memory held. The process ends as it would have without, and a memory dump shows the same. Where the stack of
+// another thread than the main one is full, there is no report. Called once, on the main thread.
 void writeCrashReports(const std::string& folder, const std::string& program);
 
 }  // namespace vantory

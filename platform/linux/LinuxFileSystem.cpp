@@ -211,7 +211,10 @@ Status LinuxFileSystem::move(const std::string& source, const std::string& desti
   if (!copy) return copy.error();
   if (const Status named = (*copy)->commit(StagedCopy::Existing::Keep); !named) return named;
   if (const Status synced = sync(destination); !synced) return synced;
-  return remove(source);
+  const FileRights::Scope scope(rights_);
+  Result<Place> original = rights_.locate(source);
+  if (!original) return original.error();
+  return removeAtOnce(*original, source);
 }
 
 Status LinuxFileSystem::remove(const std::string& path) {

@@ -323,4 +323,13 @@ Status renameItem(const Place& from, int toFolder, const std::string& toName, co
   return {};
 }
 
+Status removeAtOnce(const Place& item, const std::string& path) {
+  Result<Place> folder = openFolderOf(item, path);
+  if (!folder) return folder.error();
+  const int above = folder->folder.get();
+  const std::string hidden = stagingName(folder->name);
+  const bool isHidden = renameKeeping(above, folder->name.c_str(), above, hidden.c_str()) == 0;
+  return removeItem(above, isHidden ? hidden : folder->name, path);
+}
+
 }  // namespace vantory

@@ -48,4 +48,7 @@ Result<std::unique_ptr<StagedCopy>> stageFolder(Descriptor source, const CopyReq
 // takes.
 Status renameItem(const Place& from, int toFolder, const std::string& toName, const std::string& path);
 
+// Deletes an item that nothing may be left of under its name, also when the process is killed halfway.
+Status removeAtOnce(const Place& item, const std::string& path);
+
 }  // namespace vantory

@@ -39,7 +39,7 @@ struct Job {
 
 class TreeCopier {
  public:
-  TreeCopier(const FileRights& rights, CopyReport& report) : rights_(rights), report_(report) {}
+  TreeCopier(const FileRights& rights, CopyReport& report, int copy) : rights_(rights), report_(report), copy_(copy) {}
 
   Status run(FolderPointer root);
 
@@ -62,6 +62,7 @@ class TreeCopier {
 
   const FileRights& rights_;
   CopyReport& report_;
+  const int copy_;  // the folder that all is copied to
   std::mutex mutex_;
   std::condition_variable changed_;
   std::vector<Job> jobs_;  // the newest first, so that few folders are open at once
@@ -71,6 +72,13 @@ class TreeCopier {
   std::atomic<bool> stopped_ = false;
   std::optional<Error> error_;
 };
+
+bool isSameFolder(int left, int right) {
+  struct stat one;
+  struct stat other;
+  return fstat(left, &one) == 0 && fstat(right, &other) == 0 && one.st_dev == other.st_dev &&
+         one.st_ino == other.st_ino;
+}
 
 // A folder that is being copied. Its jobs and sub-folders hold it; when the last of them is done it gets its attributes
 // and is closed.
@@ -227,6 +235,8 @@ void TreeCopier::openSubfolder(const FolderPointer& parent, const std::string& n
     if (errno == ENOENT) return report_.note(path + " vanished while its folder was copied");
     return fail(systemError(path));
   }
+  if (isSameFolder(source.get(), copy_))
+    return fail(errorWithText(std::errc::invalid_argument, path, "a folder cannot be copied into itself"));
   if (uninterrupted([&] { return mkdirat(parent->copy.get(), name.c_str(), S_IRWXU); }) != 0)
     return fail(systemError(path));
   Descriptor copy = rights_.openNewFolder(parent->copy.get(), name);
@@ -285,7 +295,7 @@ void TreeCopier::copyLink(const Folder& folder, const std::string& name) {
 
 Status copyTree(Descriptor source, Descriptor copy, const std::string& path, const std::string& destination,
                 const FileRights& rights, CopyReport& report) {
-  TreeCopier copier(rights, report);
+  TreeCopier copier(rights, report, copy.get());
   return copier.run(
       std::make_shared<Folder>(copier, nullptr, std::move(source), std::move(copy), path, destination, 0));
 }

@@ -15,6 +15,10 @@ bool isBeingTypedIn(const QSpinBox& box) {
   return box.hasFocus() && text && text->isModified();
 }
 
+void finishTyping(const QSpinBox& box) {
+  if (auto* text = box.findChild<QLineEdit*>()) text->setModified(false);
+}
+
 int within(const QSpinBox& box, long long value) {
   return static_cast<int>(std::clamp<long long>(value, box.minimum(), box.maximum()));
 }
@@ -28,7 +32,11 @@ void BoundControls::bind(const std::string& key, QCheckBox& box) {
 
 void BoundControls::bind(const std::string& key, QSpinBox& box) {
   box.setKeyboardTracking(false);
-  QObject::connect(&box, &QSpinBox::valueChanged, &box, [this, key](int value) { tell(key, value); });
+  QObject::connect(&box, &QSpinBox::editingFinished, &box, [&box] { finishTyping(box); });
+  QObject::connect(&box, &QSpinBox::valueChanged, &box, [this, key, &box](int value) {
+    finishTyping(box);
+    tell(key, value);
+  });
   controls_[key] = [&box](long long value) {
     if (isBeingTypedIn(box)) return;
     const QSignalBlocker silence(box);

@@ -18,11 +18,18 @@ void report(int) {
   if (write(reportTo, &byte, 1) != 1) _exit(1);
 }
 
+// Whoever started the program may have it ignore some.
+bool isIgnored(int signal) {
+  struct sigaction action {};
+  return sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+}
+
 void setHandlers(void (*handler)(int)) {
   struct sigaction action {};
   action.sa_handler = handler;
   action.sa_flags = static_cast<int>(SA_RESTART | SA_RESETHAND);
-  for (const int signal : kSignals) sigaction(signal, &action, nullptr);
+  for (const int signal : kSignals)
+    if (!isIgnored(signal)) sigaction(signal, &action, nullptr);
 }
 
 }  // namespace

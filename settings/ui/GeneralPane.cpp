@@ -24,7 +24,7 @@ GeneralPane::GeneralPane(BoundControls& controls) : path_(new QLineEdit(this)), 
   addSpace();
 
   auto* restore = new QCheckBox(QStringLiteral("&Restore the default backup after trashing"), this);
-  add(restore, QStringLiteral("Also for the task \"-trash\" of the command line."));
+  add(restore, QStringLiteral("Only in the window, not for the task \"-trash\" of the command line."));
   controls.bind("autoRestoreDefault", *restore);
   auto* administrator = new QCheckBox(QStringLiteral("As&k for an administrator's password at start"), this);
   add(administrator, QStringLiteral("For everybody who uses this machine."));
@@ -42,7 +42,10 @@ QWidget* GeneralPane::makePathRow() {
   layout->addWidget(label);
   layout->addWidget(path_, 1);
   layout->addWidget(browse);
-  connect(path_, &QLineEdit::editingFinished, this, [this] { takePath(); });
+  // Somebody who looks a path up in another program has not typed it to its end.
+  connect(path_, &QLineEdit::editingFinished, this, [this] {
+    if (isActiveWindow()) takePath();
+  });
   connect(browse, &QPushButton::clicked, this, [this] {
     if (onBrowse) onBrowse();
   });

@@ -24,10 +24,11 @@ class GeneralPane : public FormPane {
   // What is being typed stays.
   void setBackupPath(const std::string& path);
   void setBackupRemark(const std::string& text);
+  // Has a path that is being typed count.
+  void takePath();
 
  private:
   QWidget* makePathRow();
-  void takePath();
 
   QLineEdit* const path_;
   QLabel* const remark_;

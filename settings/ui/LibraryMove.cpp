@@ -5,9 +5,11 @@
 #include <vector>
 
 #include "backups/LibraryHold.h"
+#include "platform/FileSystem.h"
 #include "services/Paths.h"
 #include "services/QWFileManager.h"
 #include "services/QWLog.h"
+#include "services/Runtime.h"
 #include "services/Text.h"
 
 namespace vantory {
@@ -16,14 +18,25 @@ namespace {
 
 using namespace std::chrono_literals;
 
+FileSystem& files() {
+  return Runtime::current().platform().files;
+}
+
 bool isBackupName(const std::string& name) {
   const std::string lower = lowerCased(name);
   return lower.ends_with(".vnt") || lower.ends_with(".vnt2");
 }
 
-std::vector<std::string> backupNamesIn(const std::string& folder) {
-  std::vector<std::string> names = QWFileManager::contentsOfDirectory(folder);
-  std::erase_if(names, [](const std::string& name) { return !isBackupName(name); });
+std::vector<std::string> backupNamesIn(const std::string& folder, LibraryRemainder& left) {
+  std::vector<std::string> names;
+  const auto entries = files().list(folder, Detail::Names);
+  if (!entries && !QWFileManager::meansMissing(entries.error())) {
+    QWLog::appendLog("Unable to read the backups: %@", entries.error().text);
+    left.mayBeMore = true;
+  }
+  if (!entries) return names;
+  for (const DirectoryEntry& entry : *entries)
+    if (isBackupName(entry.name)) names.push_back(entry.name);
   return names;
 }
 
@@ -37,22 +50,34 @@ bool moveBackup(const std::string& backup, const std::string& destination) {
 
 }  // namespace
 
-std::size_t moveLibrary(const std::string& from, const std::string& to) {
+LibraryRemainder moveLibrary(const std::string& from, const std::string& to) {
   // Listed first: the new folder may lie in the old one.
+  LibraryRemainder left;
   const std::string automatic = paths::join(from, "Autosaves");
-  const std::vector<std::string> names = backupNamesIn(from);
-  const std::vector<std::string> automaticNames = backupNamesIn(automatic);
+  const std::vector<std::string> names = backupNamesIn(from, left);
+  const std::vector<std::string> automaticNames = backupNamesIn(automatic, left);
+  left.backups = names.size() + automaticNames.size();
   // Where there is no folder the first backup would take its place.
-  if (!QWFileManager::isDirectoryAtPath(to)) return names.size() + automaticNames.size();
-  std::size_t left = 0;
+  if (!QWFileManager::isDirectoryAtPath(to)) return left;
   for (const std::string& name : names)
-    if (!moveBackup(paths::join(from, name), to)) ++left;
-  if (automaticNames.empty()) return left;
+    if (moveBackup(paths::join(from, name), to)) --left.backups;
   const std::string newAutomatic = paths::join(to, "Autosaves");
-  if (!QWFileManager::fileExistsAtPath(newAutomatic)) QWFileManager::createDirectory(newAutomatic);
+  if (!automaticNames.empty() && !QWFileManager::fileExistsAtPath(newAutomatic))
+    QWFileManager::createDirectory(newAutomatic);
   for (const std::string& name : automaticNames)
-    if (!moveBackup(paths::join(automatic, name), paths::join(newAutomatic, name))) ++left;
+    if (moveBackup(paths::join(automatic, name), paths::join(newAutomatic, name))) --left.backups;
+  // The setting that names the new folder is on the disk already.
+  if (const Status synced = files().sync(to); !synced)
+    QWLog::appendLog("The moved backups may not be on disk yet: %@", synced.error().text);
   return left;
+}
+
+bool mayHoldBackups(const std::string& folder) {
+  if (!QWFileManager::isFolderEmpty(folder)) return true;
+  LibraryRemainder there;
+  backupNamesIn(folder, there);
+  backupNamesIn(paths::join(folder, "Autosaves"), there);
+  return there.mayBeMore;
 }
 
 std::string reasonAgainstLibrary(const std::string& folder) {

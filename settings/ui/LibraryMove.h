@@ -6,9 +6,18 @@
 
 namespace vantory {
 
+// What stayed in the old folder.
+struct LibraryRemainder {
+  std::size_t backups = 0;
+  bool mayBeMore = false;  // not every folder could be read
+};
+
 // Moves what has a backup's name in the folder and in its "Autosaves"; everything else, and what has no place in the
-// new folder or is being written, stays. Answers how many backups stayed. Any thread.
-std::size_t moveLibrary(const std::string& from, const std::string& to);
+// new folder or is being written, stays. Any thread.
+LibraryRemainder moveLibrary(const std::string& from, const std::string& to);
+
+// Whether a library's folder may hold something to move: it does hold a file, or cannot be read to its end.
+bool mayHoldBackups(const std::string& folder);
 
 // Why that folder cannot be the library's, as a sentence; empty when it can.
 std::string reasonAgainstLibrary(const std::string& folder);

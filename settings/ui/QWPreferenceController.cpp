@@ -164,24 +164,27 @@ bool QWPreferenceController::isFree() const {
 void QWPreferenceController::modifyBackupPath(const std::string& path) {
   const auto old = defaults().stringForKey(kBackupPath);
   if (old == path || !isFree()) return;
+  // Where the backups are even if what is stored is no path.
+  const auto library = QWDataController::vantoryBackupLocation();
   parts_.view.setBackupRemark("");
   if (!defaults().setObject(kBackupPath, textValue(path))) return tellNotSaved();
   if (!QWFileManager::fileExistsAtPath(path) && !QWFileManager::createDirectory(path))
     parts_.view.setBackupRemark("The folder could not be created.");
   showBackupPath();
   QWLog::appendLog("User changed backup path from %@ to %@. Asking user to confirm moving over old files.", old, path);
-  if (old && !isSameFolder(*old, path) && !QWFileManager::isFolderEmpty(*old)) offerMove(*old, path);
+  if (library && !isSameFolder(*library, path) && mayHoldBackups(*library)) offerMove(*library, path);
   parts_.view.doBehindSheet("Reading the backups…", [] { QWDataController::sharedController().populateBackups(); });
 }
 
 void QWPreferenceController::offerMove(const std::string& from, const std::string& to) {
   if (!wantsMove()) return;
   QWLog::appendLog("User chose to move files");
-  std::size_t left = 0;
+  LibraryRemainder left;
   parts_.view.doBehindSheet("Moving the backups…", [&] { left = moveLibrary(from, to); });
-  if (left == 0) return;
-  QWLog::appendLog("Backups that could not be moved and stay in %@: %i", from, left);
-  parts_.view.setBackupRemark(formatted("Backups that could not be moved and are still in %@: %i", from, left));
+  if (left.mayBeMore) parts_.view.setBackupRemark(formatted("Some folders in %@ cannot be read and were left.", from));
+  if (left.backups == 0) return;
+  QWLog::appendLog("Backups that could not be moved and stay in %@: %i", from, left.backups);
+  parts_.view.setBackupRemark(formatted("Backups that could not be moved and are still in %@: %i", from, left.backups));
 }
 
 // --- Settings --------------------------------------------------------------------------------------------------------

@@ -5,6 +5,7 @@
 #include <QEvent>
 #include <QEventLoop>
 #include <QLayout>
+#include <QLineEdit>
 #include <QShortcut>
 #include <QStackedWidget>
 #include <QTimer>
@@ -49,8 +50,8 @@ SettingsWindow::SettingsWindow(QWidget* parent)
   setCentralWidget(stack_);
   makeToolbar();
   resize(kFirstSize.expandedTo(minimumSizeHint()));
-  for (const QKeySequence& key : {QKeySequence(Qt::Key_Escape), QKeySequence(QKeySequence::Close)})
-    connect(new QShortcut(key, this), &QShortcut::activated, this, [this] { close(); });
+  connect(new QShortcut(QKeySequence::Close, this), &QShortcut::activated, this, [this] { close(); });
+  connect(new QShortcut(Qt::Key_Escape, this), &QShortcut::activated, this, [this] { leave(); });
 }
 
 void SettingsWindow::setActions(Actions actions) {
@@ -144,8 +145,19 @@ void SettingsWindow::doBehindSheet(const std::string& label, const std::function
   MainThread::shared().runUntil([&] { return done; });
 }
 
+// What is being typed is given up first.
+void SettingsWindow::leave() {
+  QWidget* const control = focusWidget();
+  auto* text = qobject_cast<QLineEdit*>(control);
+  if (!text && control) text = control->findChild<QLineEdit*>();  // of a number
+  if (!text || !text->isModified()) return (void)close();
+  text->setModified(false);
+  if (actions_.activated) actions_.activated();
+}
+
 void SettingsWindow::closeEvent(QCloseEvent* event) {
   setFocus();  // what is being typed counts
+  general_->takePath();
   QMainWindow::closeEvent(event);
   if (actions_.closed) actions_.closed();
 }

@@ -48,6 +48,7 @@ class SettingsWindow : public QMainWindow, public PreferenceView {
 
  private:
   void makeToolbar();
+  void leave();
 
   Actions actions_;
   BoundControls controls_;

@@ -16,9 +16,10 @@ int main(int argumentCount, char** arguments) {
   vantory::LinuxPlatform platform({arguments, arguments + argumentCount}, "vantory");
   vantory::Runtime runtime(platform.platform());
   runtime.shared<vantory::MainThread>();
-  if (const auto logs = vantory::QWLocalPaths::logDirectory(true))
-    vantory::writeCrashReports(vantory::paths::join(*logs, "CrashReporter"), "Vantory");
   const auto user = platform.platform().users.processUser();
+  // Not into somebody else's home.
+  if (const auto logs = vantory::QWLocalPaths::logDirectory(true); logs && user && logs->starts_with(user->home + "/"))
+    vantory::writeCrashReports(vantory::paths::join(*logs, "CrashReporter"), "Vantory");
   vantory::LinuxSingleInstance instance(user ? user->home : "", vantory::displayOfSession());
   return vantory::runWindow(argumentCount, arguments, instance, std::cerr);
 }

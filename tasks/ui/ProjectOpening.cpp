@@ -5,12 +5,13 @@
 #include <exception>
 
 #include "backups/QWDataController.h"
+#include "backups/ui/FailureReport.h"
 #include "platform/Clock.h"
 #include "platform/Workspace.h"
 #include "services/BackgroundThreads.h"
+#include "services/FailureTally.h"
 #include "services/MainThread.h"
 #include "services/Paths.h"
-#include "services/QWAlert.h"
 #include "services/QWAuthorization.h"
 #include "services/QWException.h"
 #include "services/QWGrowl.h"
@@ -56,12 +57,6 @@ bool wantsSystemSettings(const std::string& bundleID) {
          lowerCased(bundleID) == lowerCased(kFinalCutPro);
 }
 
-void reportFailure(const std::string& project, const std::string& reason) {
-  QWLog::appendLog("Unable to open %@: %@", project, reason);
-  QWAlert::alertSheetWithMessageText(formatted("The project \"%@\" could not be opened", paths::lastComponent(project)),
-                                     reason);
-}
-
 }  // namespace
 
 void Vantory_AppDelegate::openProject(const std::string& path, const std::string& withApplication) {
@@ -90,7 +85,9 @@ bool Vantory_AppDelegate::restoreBackupLinkedTo(const std::string& project) {
   QWLog::appendLog("Restoring backup %@, which the project is linked to", backup->name());
   QWAuthorization::sharedController().beginTask();
   QWGrowl::postGrowlNotification("Restoring preferences...", "");
+  const std::size_t failures = FailureTally::shared().count();
   backup->restore();
+  reportIncompleteRestore(failures);
   return true;
 }
 
@@ -98,7 +95,8 @@ void Vantory_AppDelegate::openInApplication(const std::string& project, const st
   wait(1s);
   QWLog::appendLog("Opening project %@ with application", project);
   if (const Status opened = workspace().openFile(project, bundleID); !opened)
-    reportFailure(project, opened.error().text);
+    reportFailure(formatted("The project \"%@\" could not be opened", paths::lastComponent(project)),
+                  opened.error().text);
   wait(1s);
 }
 

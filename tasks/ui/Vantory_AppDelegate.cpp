@@ -1,11 +1,15 @@
 #include "tasks/ui/Vantory_AppDelegate.h"
 
+#include <algorithm>
+
 #include "backups/AutosaveSchedule.h"
 #include "backups/QWDataController.h"
+#include "backups/ui/FailureReport.h"
 #include "backups/ui/PaneSwitcher.h"
 #include "platform/Controls.h"
 #include "platform/Documents.h"
 #include "services/BackgroundThreads.h"
+#include "services/FailureTally.h"
 #include "services/Paths.h"
 #include "services/QWAlert.h"
 #include "services/QWAuthorization.h"
@@ -13,8 +17,8 @@
 #include "services/QWLog.h"
 #include "services/QWUserDefaults.h"
 #include "services/Runtime.h"
-#include "services/SerialWork.h"
 #include "settings/QWBugReporter.h"
+#include "settings/QWSoftwareUpdate.h"
 #include "tasks/ui/Documents.h"
 #include "tasks/ui/MainWindowView.h"
 
@@ -37,14 +41,25 @@ std::string nameOf(const std::string& backup) {
   return paths::withoutExtension(paths::lastComponent(backup));
 }
 
+bool isAutomaticBackup(const std::string& path) {
+  const auto isThat = [&](const auto& backup) {
+    return paths::lastComponent(backup->path()) == paths::lastComponent(path);
+  };
+  return std::ranges::any_of(QWDataController::sharedController().autoBackupArray(), isThat);
+}
+
 void import(const std::string& path) {
-  QWAuthorization::sharedController().beginTask();
-  if (QWDataController::sharedController().addBackupFromFile(path))
-    QWAlert::alertSheetWithMessageText("Restoration complete", "You may now relaunch your applications.");
-  else
-    QWAlert::alertSheetWithMessageText(formatted("The backup \"%@\" could not be restored", nameOf(path)),
-                                       "It is no backup that can be read, or could not be copied into the library. "
-                                       "Your preferences are as they were; the log says more.");
+  const std::size_t failures = FailureTally::shared().count();
+  if (!QWDataController::sharedController().addBackupFromFile(path)) {
+    const char* reason = isAutomaticBackup(path)
+                             ? "It is an automatic backup. You can restore it from among the autosaves."
+                             : "It is no backup that can be read, or could not be copied into the library. "
+                               "Your preferences are as they were; the log says more.";
+    return QWAlert::alertSheetWithMessageText(formatted("The backup \"%@\" could not be restored", nameOf(path)),
+                                              reason);
+  }
+  QWAlert::alertSheetWithMessageText("Restoration complete", "You may now relaunch your applications.");
+  reportIncompleteRestore(failures);
 }
 
 }  // namespace
@@ -66,11 +81,11 @@ void Vantory_AppDelegate::applicationDidFinishLaunching() {
   registerDefaults();
   // The service manager may take its time.
   BackgroundThreads::shared().start(&AutosaveSchedule::applyAtStart);
+  QWSoftwareUpdate().startup();
   parts_.window.bringToFront();
 }
 
 void Vantory_AppDelegate::applicationWillTerminate() {
-  ended_ = true;
   const QWDataController& data = QWDataController::sharedController();
   // Without a catalog there are no ticks: those of the last time stay.
   if (!data.appArray().empty()) data.saveAppSelections();
@@ -85,10 +100,7 @@ void Vantory_AppDelegate::terminate() {
 // --- Documents -------------------------------------------------------------------------------------------------------
 
 void Vantory_AppDelegate::openFiles(const std::vector<std::string>& paths) {
-  for (const std::string& path : paths)
-    BackgroundThreads::shared().whenIdle([this, path] {
-      if (!ended_) openFile(path);
-    });
+  for (const std::string& path : paths) BackgroundThreads::shared().whenIdle([this, path] { openFile(path); });
 }
 
 bool Vantory_AppDelegate::openFile(const std::string& path) {
@@ -115,7 +127,7 @@ void Vantory_AppDelegate::askToImport(const std::string& path) {
        .defaultButton = "Restore",
        .alternateButton = "Cancel",
        .informativeText = "This will overwrite any existing preferences."});
-  if (answer == QWAlert::Default) SerialWork::tasks().add([path] { import(path); });
+  if (answer == QWAlert::Default) parts_.restoreOnThread([path] { import(path); });
 }
 
 // The desktop may take a while to find an application.
@@ -135,7 +147,7 @@ void Vantory_AppDelegate::importBackup() {
   const auto chosen = parts_.chooser.choose({.extensions = {"vnt", "vnt2"}, .folders = true});
   if (chosen.empty()) return;
   if (isBackupDocument(chosen.front())) {
-    openFile(chosen.front());
+    openFiles({chosen.front()});
     return;
   }
   QWAlert::alertSheetWithMessageText(formatted("\"%@\" is not a backup", paths::lastComponent(chosen.front())),

@@ -27,6 +27,8 @@ class Vantory_AppDelegate : public PreferenceDelegate {
     Button& menuPrefs;
     std::function<void()> quit;             // ends the event loop
     std::function<void()> openPreferences;  // shows the settings window
+    // Runs the work on another thread, as the Restore pane does its own and never beside that.
+    std::function<void(std::function<void()> work)> restoreOnThread;
   };
 
   explicit Vantory_AppDelegate(Parts parts) : parts_(std::move(parts)) {}
@@ -40,7 +42,6 @@ class Vantory_AppDelegate : public PreferenceDelegate {
   bool applicationShouldTerminateAfterLastWindowClosed() const { return !wasOpenedByProjectFile_; }
   // Called when no work runs any more; saves the ticks and records the orderly end.
   void applicationWillTerminate();
-  bool wasOpenedByProjectFile() const { return wasOpenedByProjectFile_; }
 
   // --- Documents ---
 
@@ -89,7 +90,6 @@ class Vantory_AppDelegate : public PreferenceDelegate {
 
   const Parts parts_;
   bool wasOpenedByProjectFile_ = false;
-  bool ended_ = false;
   std::mutex projectTurn_;  // two projects must not restore at once
 };
 

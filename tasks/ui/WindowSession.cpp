@@ -51,7 +51,8 @@ WindowSession::WindowSession(const std::string& home)
                return ProjectHandlers::updateHandlingStatus();
              }}),
       delegate_({window_, app_, importChooser_, *window_.menus().preferences, [] { QCoreApplication::exit(); },
-                 [this] { settings_.show(); }}),
+                 [this] { settings_.show(); },
+                 [this](std::function<void()> work) { restore_.runOnThread(std::move(work)); }}),
       settings_(&window_, &delegate_) {
   restore_.setEditController(edit_);
   QWAlert::sharedController().ask = [this](const AlertTexts& texts) { return alerts_.ask(texts); };
@@ -240,9 +241,11 @@ bool WindowSession::mayClose() {
 
 // Work that still runs is served to its end; its questions are answered as if dismissed.
 void WindowSession::finish() {
+  alerts_.refuse();
+  // Whoever handed something over just before the end relies on it.
+  MainThread::shared().runPending();
   if (painted_) window_.remember(memory_);
   window_.hide();
-  alerts_.refuse();
   BackgroundThreads::shared().waitForAll();
   delegate_.applicationWillTerminate();
   QWAlert::sharedController().ask = nullptr;

@@ -103,8 +103,13 @@ check "a project given to the window goes to its application" eval 'ended 0 && g
 wait $window
 code=$?
 check "... and the window ends in order" eval 'ended 0 && logged "App selections saved"'
+trap '' HUP
 for i in 1 2 3 4; do "$program" 2>/dev/null & done
+trap - HUP
 check "of four starts at once one window opens" eval 'wait_for shown; sleep 1; [ "$(copies)" = 1 ]'
+pkill -HUP -u "$(id -u)" -x vantory-window
+sleep 0.5
+check "... which outlives its terminal where that is wished" [ "$(copies)" = 1 ]
 pkill -TERM -u "$(id -u)" -x vantory-window
 check "the end of the session ends the window in order" eval 'wait_for not pgrep -u "$(id -u)" -x vantory-window && logged "App selections saved"'
 summary

@@ -46,7 +46,9 @@ class DelegateTest : public PaneTest {
   FakeMainWindow window_;
   FakeFileChooser chooser_;
   int quits_ = 0;
-  Vantory_AppDelegate delegate_{{window_, *this, chooser_, button_, [this] { ++quits_; }, [] {}}};
+  Vantory_AppDelegate delegate_{
+      {window_, *this, chooser_, button_, [this] { ++quits_; }, [] {},
+       [](std::function<void()> work) { BackgroundThreads::shared().start(std::move(work)); }}};
 };
 
 TEST_F(DelegateTest, AProjectBringsThePreferencesItIsLinkedTo) {
@@ -94,6 +96,27 @@ TEST_F(DelegateTest, WhatCannotBeOpenedEndsTheProgramAndIsTold) {
   EXPECT_THAT(alerts_, ElementsAre("Vantory cannot open \"notes.txt\""));
 }
 
+TEST_F(DelegateTest, TheAlertsTellWhatAnImportLeftUndone) {
+  std::filesystem::rename(writeBackup("Clean", {})->path(), home_ / "Auto Backup of mine.vnt");
+  std::string told;
+  onAlert_ = [&](const AlertTexts& texts) {
+    told = texts.informativeText;
+    return QWAlert::Default;
+  };
+  open(home_ / "Auto Backup of mine.vnt");
+  EXPECT_THAT(told, HasSubstr("automatic backup"));
+  EXPECT_TRUE(exists(inLibrary("Autosaves/Auto Backup of mine.vnt")));
+
+  const auto backup = writeBackup("Clean", {kProject});
+  for (const std::string& opened : {backup->path(), std::string(kProject)}) {
+    alerts_.clear();
+    files_.fail(test::Operation::StageCopy, std::errc::io_error, FaultyFileSystem::kEveryCall);
+    open(opened);
+    EXPECT_THAT(alerts_, Contains("Not everything could be restored")) << opened;
+    files_.heal();
+  }
+}
+
 TEST_F(DelegateTest, ABackupIsImportedAfterAQuestion) {
   const std::string elsewhere = home_ / "Films/Clean setup.vnt";
   std::filesystem::create_directories(home_ / "Films");
@@ -128,6 +151,18 @@ TEST_F(DelegateTest, ABackupIsImportedAfterAQuestion) {
   delegate_.importBackup();
   EXPECT_EQ(alerts_.back(), "\"Films\" is not a backup");
   EXPECT_EQ(quits_, 0);
+}
+
+TEST_F(DelegateTest, UpdatesAreLookedForAtTheStartWhereThatIsSwitchedOn) {
+  const char* missing = "Unable to launch Software Update - path doesn't exist";
+  const auto start = [this] {
+    delegate_.applicationDidFinishLaunching();
+    finishWork();
+    return logged();
+  };
+  EXPECT_THAT(start(), Not(Contains(missing)));
+  writeFile(prefs("com.quarrywell.global.plist"), "<plist><dict><key>SUCheckAtStartup</key><true/></dict></plist>");
+  EXPECT_THAT(start(), Contains(missing));
 }
 
 TEST_F(DelegateTest, DocumentsAndTheEndWaitForRunningWork) {

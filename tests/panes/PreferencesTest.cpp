@@ -57,6 +57,7 @@ TEST_F(PreferencesTest, MovesTheLibraryAndNothingElse) {
   EXPECT_TRUE(isBackup(folder + "/Older.vnt")) << "renamed when it was listed";
   EXPECT_TRUE(isBackup(folder + "/Autosaves/Auto Backup 1.vnt"));
   EXPECT_TRUE(exists(inLibrary("notes.txt")));
+  EXPECT_EQ(files_.calls(Operation::Sync), 1) << "a setting on the disk names backups that are there";
   EXPECT_EQ(readFile(folder + "/Twice.vnt/Settings.plist"), "another");
   EXPECT_EQ(readFile(inLibrary("Twice.vnt/Settings.plist")), inLibrary("Twice.vnt")) << "its name was taken";
   EXPECT_THAT(view_.remark, HasSubstr("still in " + library() + ": 1"));
@@ -105,6 +106,21 @@ TEST_F(PreferencesTest, LosesNoBackupWhereTheNewFolderIsOdd) {
   EXPECT_EQ(view_.path, inLibrary("Autosaves")) << "what counts is shown again";
 }
 
+TEST_F(PreferencesTest, OverlooksNoLibrary) {
+  makeBackup(inLibrary("Mine.vnt"));
+  files_.fail(Operation::List, std::errc::permission_denied, FaultyFileSystem::kEveryCall);
+  settings_.setBackupPath(home_ / "New");
+  EXPECT_THAT(alerts_, ElementsAre(question_));
+  EXPECT_THAT(view_.remark, HasSubstr(library()));
+  EXPECT_TRUE(isBackup(inLibrary("Mine.vnt")));
+  files_.heal();
+
+  defaults().setObject("backupPath", PropertyList(5));
+  settings_.setBackupPath(home_ / "New");
+  EXPECT_EQ(alerts_.size(), 2U) << "what is stored was no path";
+  EXPECT_TRUE(isBackup(home_ / "New/Mine.vnt"));
+}
+
 TEST_F(PreferencesTest, KeepsOutOfTheWayOfWhoeverWorksInTheLibrary) {
   makeBackup(inLibrary("Mine.vnt"));
   std::promise<void> end;
@@ -117,7 +133,7 @@ TEST_F(PreferencesTest, KeepsOutOfTheWayOfWhoeverWorksInTheLibrary) {
   makeFolders(home_ / "New");
   const auto writer = disk_.holdFolder(inLibrary("Mine.vnt"), std::chrono::seconds(0));
   ASSERT_TRUE(writer);
-  EXPECT_EQ(moveLibrary(library(), home_ / "New"), 1U) << "another process writes it";
+  EXPECT_EQ(moveLibrary(library(), home_ / "New").backups, 1U) << "another process writes it";
   EXPECT_TRUE(isBackup(inLibrary("Mine.vnt")));
 }
 

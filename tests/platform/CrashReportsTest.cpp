@@ -1,9 +1,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/mman.h>
 
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
+#include <thread>
 
 #include "platform/linux/CrashReportWriter.h"
 #include "platform/linux/LinuxCrashReports.h"
@@ -37,20 +39,37 @@ TEST(CrashReportsTest, FindsTheNewestOfTheUsersOwn) {
   EXPECT_EQ(reports.newestSince({}), report);
 }
 
+[[noreturn]] void sendSegmentationFault() {
+  std::raise(SIGSEGV);
+  std::_Exit(0);
+}
+
+// On a thread that is not the first.
+[[noreturn]] void writeToWhatCannotBeWritten() {
+  std::thread([] {
+    void* page = mmap(nullptr, 1, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    *static_cast<volatile char*>(page) = 1;
+  }).join();
+  std::_Exit(0);
+}
+
 TEST(CrashReportsTest, ACrashLeavesAReportAndEndsTheProcessAllTheSame) {
   const ScratchFolder logs;
-  for (const int signal : {SIGSEGV, SIGABRT}) {
-    const std::string folder = logs / std::to_string(signal);
+  const auto expectReport = [&logs](const std::string& name, void (*crash)(), int signal) {
+    const std::string folder = logs / name;
     EXPECT_EXIT(
         {
           writeCrashReports(folder, "Vantory");
-          std::raise(signal);
+          crash();
         },
         testing::KilledBySignal(signal), "");
     const std::filesystem::directory_iterator report(folder);
     EXPECT_TRUE(report->path().filename().native().starts_with("Vantory_"));
     EXPECT_THAT(readFile(report->path()), testing::ContainsRegex("\nReason: [SA][^\n]*\n\n.*platform_tests"));
-  }
+  };
+  expectReport("sent", sendSegmentationFault, SIGSEGV);
+  expectReport("aborted", std::abort, SIGABRT);
+  expectReport("fault", writeToWhatCannotBeWritten, SIGSEGV);
 }
 
 }  // namespace

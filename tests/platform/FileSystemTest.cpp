@@ -91,6 +91,13 @@ TEST_F(FileSystemTest, ClearsWhatAKilledCopyLeftButNotWhatALiveOneNeeds) {
   EXPECT_EQ(names(folder / "to"), std::vector<std::string>{"copy"});
 }
 
+TEST_F(FileSystemTest, CopiesNoFolderIntoItself) {
+  writeFile(folder / "from/sub/file", "x");
+  makeFolders(folder / "from/library");
+  EXPECT_EQ(copy("from", "from/library/copy").error().code, std::errc::invalid_argument);
+  EXPECT_TRUE(names(folder / "from/library").empty());
+}
+
 TEST_F(FileSystemTest, RefusesWhatIsNoFileWithoutWaiting) {
   ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0600), 0);
   EXPECT_FALSE(files.stageCopy({folder / "pipe", folder / "copy"}).ok());
@@ -147,6 +154,20 @@ TEST_F(FileSystemTest, DeletesWithoutFollowing) {
   EXPECT_TRUE(files.remove(folder / "tree").ok());
   EXPECT_EQ(readFile(folder / "b"), "b");
   EXPECT_EQ(files.remove(folder / "tree").error().code, std::errc::no_such_file_or_directory);
+}
+
+TEST_F(FileSystemTest, MovesToAnotherFileSystemAndLeavesNothingBehind) {
+  const std::string elsewhere = "/dev/shm/vantory-test-" + std::to_string(getpid());
+  makeFolders(elsewhere);
+  writeFile(elsewhere + "/tree/sub/file", "content");
+  const bool isElsewhere = status(elsewhere).st_dev != status(folder.path()).st_dev;
+  const Status moved = files.move(elsewhere + "/tree", folder / "tree");
+  const std::vector<std::string> left = names(elsewhere);
+  ASSERT_TRUE(files.remove(elsewhere).ok());
+  if (!isElsewhere) GTEST_SKIP() << "/dev/shm is no file system of its own";
+  EXPECT_TRUE(moved.ok());
+  EXPECT_EQ(readFile(folder / "tree/sub/file"), "content");
+  EXPECT_EQ(left, std::vector<std::string>());
 }
 
 }  // namespace

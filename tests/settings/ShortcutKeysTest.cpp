@@ -165,6 +165,10 @@ TEST_F(ShortcutKeysTest, NeverOverwritesADamagedListNorHidesAFailure) {
   EXPECT_EQ(readFile(list_ + ".damaged-20261114213517"), "<plist><dict><key>watch");
   EXPECT_THAT(logged(), Contains(HasSubstr("were damaged and now lie at")));
 
+  store({entry(own_, "lock", -4, 0x0100)});
+  open();
+  EXPECT_EQ(keys.objectValueForTableColumn("shortcutkey", 1), "Unknown") << "one that can be cleared";
+
   writeFile(list_, "{watchlist = \"no array\"; other = 1;}");
   press(1, {.keycode = 5, .ctrl = true});
   const std::string list = readFile(list_);

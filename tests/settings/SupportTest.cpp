@@ -55,6 +55,7 @@ TEST_F(SupportTest, GathersWhatSupportNeedsAndNothingElse) {
   writeFile(home_ / "linked", "linked");
   std::filesystem::create_symlink(home_ / "linked", logs_ + "/Vantory linked.log");
   std::filesystem::create_symlink("/nowhere", logs_ + "/Vantory.dangling.log");
+  std::filesystem::create_directory_symlink(desktop_, logs_ + "/Vantory.folder.log");
   ASSERT_EQ(mkfifo((logs_ + "/Vantory.pipe.log").c_str(), 0600), 0);
   writeFile(logs_ + "/Vantory.huge.log", "");
   std::filesystem::resize_file(logs_ + "/Vantory.huge.log", std::uintmax_t{1} << 40);

@@ -151,10 +151,10 @@ Status FakeJobControl::remove(const JobName& job) {
 }
 
 FakePlatform::FakePlatform(FileSystem& files, FileMetadata& metadata, const std::string& root, const std::string& home)
-    : folders(root), platform{clock,           users,      folders,       files,         metadata,  files,
-                              processes,       privileged, systemLog,     system,        workspace, documents,
-                              defaultHandlers, taskClient, notifications, announcements, jobs,      tools,
-                              crashReports} {
+    : folders(root), platform{clock,         users,     folders,         files,       metadata,
+                              files,         processes, privileged,      systemLog,   system,
+                              workspace,     documents, defaultHandlers, taskClient,  notifications,
+                              announcements, jobs,      tools,           crashReports} {
   users.process = users.console = User{"anna", 1000, 1000, home};
 }
 

@@ -107,6 +107,13 @@ TEST_F(SessionTest, IsAsItWasLeft) {
   EXPECT_FALSE(exists(home_ / "Library/Preferences/vantory")) << "looks are no settings";
 }
 
+TEST_F(SessionTest, OpensWhatWasHandedOverJustBeforeTheEnd) {
+  open();
+  MainThread::shared().post([session = session_.get()] { session->receive({.files = {"/a.vnt"}}); });
+  close();
+  EXPECT_THAT(logged(), testing::Contains("User opened file /a.vnt"));
+}
+
 TEST_F(SessionTest, AsksBeforeItClosesDuringATask) {
   MainWindow& window = open();
   std::atomic<bool> go = false;

@@ -83,6 +83,18 @@ TEST_F(SettingsTest, EachControlWritesItsKeyAtOnceAndShowsWhatOthersWrote) {
   show();
   QTest::keyClick(&days, Qt::Key_Tab);
   EXPECT_EQ(defaults().integerForKey("autosaveFrequency"), 14);
+  files_.refuseWrites();
+  days.setFocus();
+  days.selectAll();
+  QTest::keyClicks(&days, "21");
+  QTimer::singleShot(0, &window(), [] {
+    ASSERT_TRUE(eventually([] { return visibleWindow<AlertDialog>() != nullptr; }));
+    QTest::keyClick(visibleWindow<AlertDialog>(), Qt::Key_Return);
+  });
+  QTest::keyClick(&days, Qt::Key_Return);
+  EXPECT_EQ(days.value(), 14) << "what is stored is shown";
+  files_.heal();
+  show();
 
   // Another process changes the file, and the person comes back to the window.
   writeFile(prefs("com.quarrywell.Vantory.plist"), "{maxAutoBackups = 3; autosaveFrequency = 99999; other = 1;}");
@@ -105,7 +117,17 @@ TEST_F(SettingsTest, ATypedFolderIsAskedAboutOnceAndMovedBehindASheet) {
   auto& path = control<QLineEdit>("Backup folder");
   path.setFocus();
   path.selectAll();
-  QTest::keyClicks(&path, QString::fromStdString(home_ / "New"));
+  QTest::keyClicks(&path, QString::fromStdString(home_ / "Half"));
+  QTest::keyClick(&path, Qt::Key_Escape);
+  EXPECT_EQ(path.text(), QString::fromStdString(library())) << "given up";
+  path.selectAll();
+  QTest::keyClicks(&path, QString::fromStdString(home_ / "Ne"));
+  main_.activateWindow();
+  ASSERT_TRUE(eventually([this] { return main_.isActiveWindow(); }));
+  show();
+  path.setFocus();
+  EXPECT_FALSE(exists(home_ / "Half") || exists(home_ / "Ne")) << "typed to no end";
+  QTest::keyClicks(&path, "w");
   int questions = 0;
   QTimer::singleShot(0, &window(), [&] {
     ASSERT_TRUE(eventually([] { return visibleWindow<AlertDialog>() != nullptr; }));

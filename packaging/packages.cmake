@@ -1,0 +1,62 @@
+# Two Debian packages, made by cpack: "vantory" for the command line, without Qt, and "vantory-gui", the window to it.
+# They fit the folders that the build was configured for, so configure it with the prefix /usr (preset "package").
+set(documents ${CMAKE_INSTALL_DATADIR}/doc)
+install(FILES packaging/debian/copyright CHANGELOG.md DESTINATION ${documents}/vantory)
+install(FILES packaging/debian/vantory.lintian-overrides DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides
+        RENAME vantory)
+
+configure_file(packaging/systemd/vantory-autobackup.service.in vantory-autobackup.service @ONLY)
+install(FILES ${CMAKE_BINARY_DIR}/vantory-autobackup.service packaging/systemd/vantory-autobackup.timer
+        DESTINATION lib/systemd/user)
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME vantory)
+set(CPACK_PACKAGE_VENDOR Quarrywell)
+set(CPACK_PACKAGE_CONTACT "Quarrywell <vantory@quarrywell.com>")
+set(CPACK_PACKAGE_HOMEPAGE_URL https://www.quarrywell.com/vantory/)
+set(CPACK_PACKAGING_INSTALL_PREFIX ${CMAKE_INSTALL_PREFIX})
+set(CPACK_STRIP_FILES ON)
+set(CPACK_PROJECT_CONFIG_FILE ${CMAKE_SOURCE_DIR}/packaging/cpack-date.cmake)
+set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_SOURCE_DIR}/packaging/debian/finish.cmake)
+set(CPACK_POST_BUILD_SCRIPTS ${CMAKE_SOURCE_DIR}/packaging/debian/pack-anew.cmake)
+
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
+set(CPACK_DEBIAN_PACKAGE_SECTION utils)
+set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+
+set(CPACK_COMPONENTS_ALL vantory)
+set(CPACK_DEBIAN_VANTORY_PACKAGE_NAME vantory)
+set(CPACK_DEBIAN_VANTORY_PACKAGE_DEPENDS libcap2-bin)
+set(CPACK_DEBIAN_VANTORY_PACKAGE_SUGGESTS vantory-gui)
+set(CPACK_DEBIAN_VANTORY_PACKAGE_CONTROL_EXTRA
+    ${CMAKE_SOURCE_DIR}/packaging/debian/postinst ${CMAKE_SOURCE_DIR}/packaging/debian/postrm)
+set(CPACK_COMPONENT_VANTORY_DESCRIPTION "preferences of video editing applications, on the command line
+Vantory looks after the preference files of professional video editing
+applications: Final Cut Pro, Motion, Avid Media Composer, Adobe Premiere Pro,
+After Effects and a dozen more. It moves them to the Trash when an
+application misbehaves, backs them up, restores them and locks them against
+changes.
+
+This package holds the tasks of the command line, for scripts and servers.")
+
+if(VANTORY_WINDOW)
+  install(FILES packaging/debian/vantory-gui.lintian-overrides DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides
+          RENAME vantory-gui COMPONENT gui)
+  list(APPEND CPACK_COMPONENTS_ALL gui)
+  set(CPACK_DEBIAN_GUI_PACKAGE_NAME vantory-gui)
+  set(CPACK_DEBIAN_GUI_PACKAGE_DEPENDS "vantory (= ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})")
+  set(CPACK_DEBIAN_GUI_PACKAGE_RECOMMENDS "pkexec, libarchive-tools, xdg-utils")
+  set(CPACK_COMPONENT_GUI_DESCRIPTION "preferences of video editing applications, in a window
+Vantory looks after the preference files of professional video editing
+applications: Final Cut Pro, Motion, Avid Media Composer, Adobe Premiere Pro,
+After Effects and a dozen more. It moves them to the Trash when an
+application misbehaves, backs them up, restores them and locks them against
+changes.
+
+This package holds the windowed program.")
+endif()
+include(CPack)

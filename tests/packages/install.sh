@@ -1,0 +1,29 @@
+#!/usr/bin/env bash
+# "cmake --install" as those use it who make packages, and where the superuser's rights are missing. install.sh BUILD
+. "$(dirname "${BASH_SOURCE[0]}")/../end-to-end/lib.sh"
+build=$1
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+chmod 755 "$work"
+
+fakeroot=$(command -v fakeroot || true)
+DESTDIR="$work/staged" $fakeroot cmake --install "$build" >"$work/out" 2>"$work/err"
+code=$?
+check "into a staging folder, under ${fakeroot:-the present user}" ran
+for file in bin/vantory libexec/vantory/vantory-lock-helper share/doc/vantory/copyright \
+  share/polkit-1/actions/com.quarrywell.vantory.policy; do
+  check "... $file" [ -e "$work/staged/usr/$file" ]
+done
+
+helpers=$work/prefix/libexec/vantory
+mkdir -p "$helpers"
+cp "$work/staged/usr/libexec/vantory/vantory-lock-helper" "$helpers"
+cp "$here/../../packaging/install-rights.cmake" "$work"
+home=$work
+as_user cmake -DCMAKE_INSTALL_PREFIX="$work/prefix" -Dhelper_folder=libexec/vantory -Dpolicy=/dev/null \
+  -Dpolkit_actions="$work/actions" -P "$work/install-rights.cmake" >"$work/out" 2>"$work/err"
+code=$?
+check "without the superuser's rights it is no error" ran
+check "... and it says what takes them" grep -qF "setcap cap_linux_immutable=ep $helpers" "$work/out"
+check "... and what is missing" grep -qF "$work/actions" "$work/out"
+summary
