@@ -1,7 +1,6 @@
 #include "backups/LibraryHold.h"
 #include "backups/QWDataController.h"
 #include "platform/FileSystem.h"
-#include "services/MainThread.h"
 #include "services/Paths.h"
 #include "services/QWCmdUtils.h"
 #include "services/QWFileManager.h"
@@ -72,7 +71,7 @@ bool QWDataController::addBackupFromFile(const std::string& path) {
     }
     backup = target;
   }
-  MainThread::shared().runAndWait([this] { populateBackups(); });
+  populateBackups();
   for (const auto& node : backupArray()) {
     const auto candidate = std::dynamic_pointer_cast<QWBackup>(node);
     if (!candidate || candidate->path() != backup) continue;

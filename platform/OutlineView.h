@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <variant>
+#include <vector>
 
 #include "platform/Clock.h"
 
@@ -41,6 +42,12 @@ class OutlineDelegate {
 
   virtual std::size_t numberOfChildrenOfItem(const OutlineItemPointer& item) = 0;
   virtual OutlineItemPointer child(std::size_t index, const OutlineItemPointer& ofItem) = 0;
+  // All of them, in order; to be overridden where a list is at hand.
+  virtual std::vector<OutlineItemPointer> childrenOfItem(const OutlineItemPointer& item) {
+    std::vector<OutlineItemPointer> children(numberOfChildrenOfItem(item));
+    for (std::size_t i = 0; i < children.size(); ++i) children[i] = child(i, item);
+    return children;
+  }
   virtual bool isItemExpandable(const OutlineItemPointer& item) = 0;
   virtual ObjectValue objectValueForTableColumn(const std::string& column, const OutlineItemPointer& byItem) = 0;
   virtual void setObjectValue(const ObjectValue& value, const std::string& forTableColumn,

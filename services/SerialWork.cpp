@@ -5,8 +5,13 @@
 
 #include "services/BackgroundThreads.h"
 #include "services/QWException.h"
+#include "services/Runtime.h"
 
 namespace vantory {
+
+SerialWork& SerialWork::tasks() {
+  return Runtime::current().shared<SerialWork>();
+}
 
 bool SerialWork::add(std::function<void()> work) {
   const std::lock_guard lock(mutex_);

@@ -9,7 +9,6 @@
 #include "backups/ui/FailureReport.h"
 #include "backups/ui/QWBackupEditController.h"
 #include "backups/ui/QWBackupOutlineController.h"
-#include "services/BackgroundThreads.h"
 #include "services/Format.h"
 #include "services/MainThread.h"
 #include "services/Paths.h"
@@ -18,6 +17,7 @@
 #include "services/QWFileManager.h"
 #include "services/QWLocalPaths.h"
 #include "services/QWLog.h"
+#include "services/SerialWork.h"
 
 namespace vantory {
 
@@ -113,7 +113,7 @@ void QWBackupEditController::backup() {
   QWBackupOutlineController& writer = parts_.backupController;
   writer.reload();
   parts_.dialog.close();
-  BackgroundThreads::shared().start([&writer, written, name, target, replaces] {
+  SerialWork::tasks().add([&writer, written, name, target, replaces] {
     QWAuthorization::sharedController().beginTask();
     if (replaces) QWFileManager::trashFile(target, 10s);
     rename(*written, name, target);

@@ -109,9 +109,10 @@ QWidget* BackupDialog::makeButtons() {
   connect(confirmButton_, &QPushButton::clicked, this, [this] { call(actions_.confirm); });
   auto* layout = new QHBoxLayout(row);
   layout->setContentsMargins(0, 6, 0, 0);
+  layout->setSpacing(8);
   layout->addStretch();
-  layout->addWidget(cancel);
   layout->addWidget(confirmButton_);
+  layout->addWidget(cancel);
   return row;
 }
 

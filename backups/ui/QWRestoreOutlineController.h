@@ -21,8 +21,8 @@ class Button;
 class PaneSwitcher;
 class QWBackupEditController;
 
-// Main thread, but for the operations "OnThread". What it is given outlives it. What takes its time is done on another
-// thread, one command after the other.
+// Main thread, but for the operations "OnThread". What it is given outlives it. What takes its time is done in the
+// turn of the tasks.
 class QWRestoreOutlineController : public RowsDelegate, public OutlineActions {
  public:
   struct Parts {
@@ -58,7 +58,7 @@ class QWRestoreOutlineController : public RowsDelegate, public OutlineActions {
   // On the row of the automatic backups their folder is shown.
   void revealFinder();
 
-  // Runs what belongs to the pane when its earlier work has ended; its spinner turns meanwhile. Any thread.
+  // Runs what belongs to the pane in the turn of the tasks; its spinner turns meanwhile. Any thread.
   void runOnThread(std::function<void()> work);
 
   // Worker threads.
@@ -91,7 +91,6 @@ class QWRestoreOutlineController : public RowsDelegate, public OutlineActions {
   void measure(const std::shared_ptr<QWApp>& app);
 
   Parts parts_;
-  SerialWork work_;
   SerialWork measuring_;
   std::set<std::shared_ptr<QWApp>> beingMeasured_;
   QWBackupEditController* dialog_ = nullptr;

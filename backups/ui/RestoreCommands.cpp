@@ -17,6 +17,7 @@
 #include "services/QWAuthorization.h"
 #include "services/QWFileManager.h"
 #include "services/QWLog.h"
+#include "services/SerialWork.h"
 
 namespace vantory {
 
@@ -47,7 +48,7 @@ void reportFailedWriting(QWBackup& backup) {
 }  // namespace
 
 void QWRestoreOutlineController::runOnThread(std::function<void()> work) {
-  work_.add([this, work = std::move(work)] {
+  SerialWork::tasks().add([this, work = std::move(work)] {
     QWAuthorization::sharedController().beginTask();
     MainThread& mainThread = MainThread::shared();
     mainThread.runAndWait([this] { parts_.spinner.startAnimation(); });
@@ -66,7 +67,7 @@ void QWRestoreOutlineController::restore() {
            .informativeText = "This will overwrite any current preferences with those stored in the backup."}) !=
       QWAlert::Default)
     return;
-  work_.add([this, backup] {
+  SerialWork::tasks().add([this, backup] {
     if (QWFileManager::isMissingAtPath(backup->path())) return reportVanished(*backup);
     restoreOnThread(backup);
   });
@@ -108,13 +109,15 @@ void QWRestoreOutlineController::unlinkProjects() {
   const auto backup = selectedBackup();
   if (!backup) return;
   runOnThread([backup] {
+    if (QWFileManager::isMissingAtPath(backup->path())) return reportVanished(*backup);
     MainThread::shared().runAndWait([&] { backup->setProjects({}); });
     if (backup->writeData() != WriteResult::Success) reportFailedWriting(*backup);
   });
 }
 
 void QWRestoreOutlineController::updateFiles() {
-  if (const auto backup = selectedBackup()) work_.add([this, backup] { updateBackupFilesOnThread(backup); });
+  if (const auto backup = selectedBackup())
+    SerialWork::tasks().add([this, backup] { updateBackupFilesOnThread(backup); });
 }
 
 void QWRestoreOutlineController::updateBackupFilesOnThread(const std::shared_ptr<QWBackup>& backup) {
@@ -139,10 +142,13 @@ void QWRestoreOutlineController::rename(const std::shared_ptr<QWBackup>& backup,
     const std::string path = paths::join(paths::parent(renamed->path()), free + ".vnt");
     if (!QWFileManager::moveFile(renamed->path(), path, 20s)) return;
     MainThread::shared().runAndWait([&] {
-      renamed->setName(free);
-      renamed->setPath(path);
-      // The default is known by its folder's name.
-      renamed->updateDefault();
+      // Commands that wait for their turn know the one that was selected when they were given.
+      for (const auto& record : {renamed, backup}) {
+        record->setName(free);
+        record->setPath(path);
+        // The default is known by its folder's name.
+        record->updateDefault();
+      }
       parts_.outline.reloadItem(renamed, false);
       selectionDidChange();
     });

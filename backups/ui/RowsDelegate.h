@@ -11,6 +11,7 @@ class RowsDelegate : public OutlineDelegate {
  public:
   std::size_t numberOfChildrenOfItem(const OutlineItemPointer& item) override;
   OutlineItemPointer child(std::size_t index, const OutlineItemPointer& ofItem) override;
+  Rows childrenOfItem(const OutlineItemPointer& item) override { return rowsUnder(item); }
   bool isItemExpandable(const OutlineItemPointer& item) override;
 
  protected:

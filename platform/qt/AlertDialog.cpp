@@ -19,8 +19,22 @@ namespace {
 constexpr int kImageSize = 56;
 constexpr int kTextWidth = 360;
 
+// Long names would be cut off at the edge: beyond their beginning a line may end anywhere in them.
+QString breakable(const QString& text) {
+  constexpr int kLongest = 20;
+  QString broken;
+  int run = 0;
+  for (const QChar character : text) {
+    const bool mayBreakAfter = character.isSpace() || character == QLatin1Char('/');
+    run = mayBreakAfter ? 0 : run + 1;
+    if (run > kLongest && !character.isLowSurrogate() && !character.isMark()) broken += QChar(0x200b);
+    broken += character;
+  }
+  return broken;
+}
+
 QLabel* textLabel(const std::string& text, QWidget* parent) {
-  auto* label = new QLabel(displayText(text), parent);
+  auto* label = new QLabel(breakable(displayText(text)), parent);
   label->setTextFormat(Qt::PlainText);
   label->setWordWrap(true);
   label->setMinimumWidth(kTextWidth);
@@ -56,6 +70,7 @@ AlertDialog::AlertDialog(const Texts& texts, QWidget* parent)
   words->addStretch();
 
   auto* buttons = new QHBoxLayout;
+  buttons->setSpacing(8);
   buttons->addStretch();
   for (int i = 0; i < buttonCount_; ++i) {
     auto* button = new PushButton(displayText(texts.buttons[static_cast<std::size_t>(i)]), this);

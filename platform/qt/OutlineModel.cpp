@@ -76,12 +76,8 @@ QModelIndex OutlineModel::indexOfRow(Row& row, int column) const {
 }
 
 std::vector<OutlineItemPointer> OutlineModel::askForChildren(const OutlineItemPointer& item) const {
-  std::vector<OutlineItemPointer> children;
-  if (!delegate_ || (item && !delegate_->isItemExpandable(item))) return children;
-  const std::size_t count = delegate_->numberOfChildrenOfItem(item);
-  children.reserve(count);
-  for (std::size_t i = 0; i < count; ++i) children.push_back(delegate_->child(i, item));
-  return children;
+  if (!delegate_ || (item && !delegate_->isItemExpandable(item))) return {};
+  return delegate_->childrenOfItem(item);
 }
 
 void OutlineModel::open(Row& row) const {
@@ -103,29 +99,29 @@ bool OutlineModel::hasBeenOpened(const QModelIndex& index) const {
 
 QModelIndex OutlineModel::indexOf(const OutlineItemPointer& item) const {
   if (!item) return {};
-  Row* row = find({root_.get()}, item.get());
+  Row* row = find({root_.get()}, item.get(), Search::EveryRow);
   return row ? indexOfRow(*row) : QModelIndex();
 }
 
 // Level by level, since what is looked for lies near the top as a rule.
-OutlineModel::Row* OutlineModel::find(const std::vector<Row*>& level, const OutlineItem* item) const {
+OutlineModel::Row* OutlineModel::find(const std::vector<Row*>& level, const OutlineItem* item, Search search) const {
   std::vector<Row*> below;
   for (Row* row : level) {
-    open(*row);
+    if (search == Search::EveryRow) open(*row);
     for (const auto& child : row->rows) {
       if (child->item.get() == item) return child.get();
       below.push_back(child.get());
     }
   }
-  return below.empty() ? nullptr : find(below, item);
+  return below.empty() ? nullptr : find(below, item, search);
 }
 
 void OutlineModel::reloadItem(const OutlineItemPointer& item, bool reloadChildren) {
   if (!item) return reloadData();
-  const QModelIndex index = indexOf(item);
-  if (!index.isValid()) return;
-  redraw(rowAt(index));
-  if (reloadChildren) replaceChildren(rowAt(index));
+  Row* row = find({root_.get()}, item.get(), Search::OpenedRows);
+  if (!row) return;
+  redraw(*row);
+  if (reloadChildren) replaceChildren(*row);
 }
 
 void OutlineModel::redraw(Row& row) {

@@ -60,7 +60,9 @@ class OutlineModel : public QAbstractItemModel {
   Row& rowAt(const QModelIndex& index) const;
   QModelIndex indexOfRow(Row& row, int column = 0) const;
   void open(Row& row) const;
-  Row* find(const std::vector<Row*>& level, const OutlineItem* item) const;
+  // Null when there is none among them.
+  enum class Search { EveryRow, OpenedRows };
+  Row* find(const std::vector<Row*>& level, const OutlineItem* item, Search search) const;
   std::vector<OutlineItemPointer> askForChildren(const OutlineItemPointer& item) const;
   void redraw(Row& row);
   void redrawBelow(Row& row);

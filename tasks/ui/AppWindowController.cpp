@@ -5,13 +5,13 @@
 #include "platform/Controls.h"
 #include "platform/FileSystem.h"
 #include "platform/Workspace.h"
-#include "services/BackgroundThreads.h"
 #include "services/MainThread.h"
 #include "services/NotificationCenter.h"
 #include "services/QWFileManager.h"
 #include "services/QWLocalPaths.h"
 #include "services/QWLog.h"
 #include "services/Runtime.h"
+#include "services/SerialWork.h"
 #include "settings/QWBugReporter.h"
 #include "tasks/ui/MainWindowView.h"
 
@@ -55,7 +55,7 @@ void AppWindowController::startLog() {
 }
 
 void AppWindowController::load(std::function<void()> shown) {
-  BackgroundThreads::shared().start([this, shown = std::move(shown)] {
+  SerialWork::tasks().add([this, shown = std::move(shown)] {
     QWDataController& data = QWDataController::sharedController();
     data.populateApps();
     data.populateBackups();

@@ -33,7 +33,7 @@ class AppWindowController : public AppController, public PaneSwitcher {
 
   explicit AppWindowController(const Parts& parts) : parts_(parts), progressController_(parts.progressSheet) {}
 
-  // Loads the catalog and the library and shows the Trash pane, on a thread of its own; a person without a manual
+  // Loads the catalog and the library and shows the Trash pane, on another thread; a person without a manual
   // backup gets a first one. Called once the window is painted; `shown` is called on the main thread when the pane is.
   void load(std::function<void()> shown = {});
 
@@ -42,7 +42,7 @@ class AppWindowController : public AppController, public PaneSwitcher {
   void toolbarLock();
   void toolbarRestore() override;
 
-  // Starts the trash workflow on a thread of its own, unless one runs.
+  // Starts the trash workflow on another thread, unless one runs or waits for its turn.
   void trash();
   // The workflow. Worker thread.
   void trashPreferences();

@@ -6,7 +6,6 @@
 #include "platform/Clock.h"
 #include "platform/Controls.h"
 #include "platform/Workspace.h"
-#include "services/BackgroundThreads.h"
 #include "services/MainThread.h"
 #include "services/QWAlert.h"
 #include "services/QWAuthorization.h"
@@ -14,6 +13,7 @@
 #include "services/QWUserDefaults.h"
 #include "services/RunningApplicationGuard.h"
 #include "services/Runtime.h"
+#include "services/SerialWork.h"
 #include "tasks/ui/AppWindowController.h"
 #include "tasks/ui/QWLockOutlineController.h"
 
@@ -47,13 +47,20 @@ struct AppWindowController::TrashRun {
 
 void AppWindowController::trash() {
   if (trashing_.exchange(true)) return;
-  const bool started = BackgroundThreads::shared().start([this] {
+  // Until its turn comes.
+  parts_.trashSpinner.startAnimation();
+  const bool added = SerialWork::tasks().add([this] {
+    onMainThread([this] { parts_.trashSpinner.stopAnimation(); });
     trashPreferences();
-    trashing_ = false;
-    // After a cancel the sheet still covers the window.
-    onMainThread([this] { progressController_.hide(); });
+    // After a cancel the sheet still covers the window. The next run must not find it on its way out.
+    onMainThread([this] {
+      progressController_.hide();
+      trashing_ = false;
+    });
   });
-  if (!started) trashing_ = false;
+  if (added) return;
+  parts_.trashSpinner.stopAnimation();
+  trashing_ = false;
 }
 
 void AppWindowController::trashPreferences() {
@@ -74,7 +81,7 @@ void AppWindowController::trashPreferences() {
   });
   TrashRun run;
   for (const auto& app : apps) {
-    if (trashApplication(*app, run)) continue;
+    if (!progressController_.isCancelled() && trashApplication(*app, run)) continue;
     QWLog::appendLog("User cancelled trash task");
     onMainThread([this] { parts_.trashSpinner.stopAnimation(); });
     return;
@@ -85,7 +92,7 @@ void AppWindowController::trashPreferences() {
   finishTrash(run.trashed);
 }
 
-// False when the person cancelled the whole workflow. What was skipped does not count as progress.
+// False when the person answered to cancel the whole workflow. What was skipped does not count as progress.
 bool AppWindowController::trashApplication(QWApp& app, TrashRun& run) {
   if (app.selected() != Off) {
     switch (askGuard(app)) {

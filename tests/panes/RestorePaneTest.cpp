@@ -107,6 +107,24 @@ TEST_F(RestorePaneTest, RenamesInPlace) {
   EXPECT_TRUE(exists(inLibrary("Autosaves/Taken-4.vnt/Settings.plist")));
 }
 
+TEST_F(RestorePaneTest, CommandsThatWaitKnowARenamedBackup) {
+  written("Clean");
+  const auto selected = listed("Clean");
+  selected->setProjects({"/projects/film.fcp"});
+  outline_.selected = selected;
+  controller().populateBackups();
+  pane_.setObjectValue(std::string("Fresh"), "name", selected);
+  pane_.unlinkProjects();
+  finishWork();
+  EXPECT_THAT(names(), ElementsAre("Autosaves", "Fresh"));
+
+  ASSERT_TRUE(disk_.remove(inLibrary("Fresh.vnt")));
+  pane_.unlinkProjects();
+  finishWork();
+  EXPECT_THAT(alerts_, ElementsAre("The backup is no longer there"));
+  EXPECT_THAT(names(), ElementsAre("Autosaves")) << "nothing is written in the place of one that has gone";
+}
+
 TEST_F(RestorePaneTest, TheDefaultIsSetAndUnset) {
   written("Clean");
   outline_.selected = listed("Clean");

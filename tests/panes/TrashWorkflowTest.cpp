@@ -1,5 +1,7 @@
 #include "platform/Controls.h"
+#include "services/QWLog.h"
 #include "services/RunningApplicationGuard.h"
+#include "services/SerialWork.h"
 #include "tasks/ui/AppWindowController.h"
 #include "tasks/ui/QWLockOutlineController.h"
 #include "tests/panes/PaneTest.h"
@@ -10,6 +12,7 @@ namespace {
 class FakeGuard : public RunningApplicationGuard {
  public:
   GuardDecision checkRunningAppsForName(const std::string&, const std::string& bundleID, bool) override {
+    if (onAsked) onAsked();
     const auto found = decisions.find(bundleID);
     return found == decisions.end() ? GuardDecision::NotRunning : found->second;
   }
@@ -17,6 +20,7 @@ class FakeGuard : public RunningApplicationGuard {
 
   std::map<std::string, GuardDecision> decisions;
   bool closes = true;
+  std::function<void()> onAsked;
 };
 
 class TrashWorkflowTest : public PaneTest {
@@ -83,6 +87,32 @@ TEST_F(TrashWorkflowTest, ACancelEndsItAtOnceAndLeavesNoSheet) {
   EXPECT_EQ(lines.back(), "User cancelled trash task");
   EXPECT_THAT(alerts_, IsEmpty());
   EXPECT_FALSE(sheet_.isShown);
+}
+
+TEST_F(TrashWorkflowTest, TheSheetsCancelButtonEndsItBeforeTheNextApplication) {
+  guard_.onAsked = [this] { controller_.progressController().cancel(); };
+  const auto lines = runAndReadLog();
+  EXPECT_FALSE(exists(prefs("editor.plist")));
+  EXPECT_TRUE(exists(avidFile("anna")));
+  EXPECT_EQ(lines.back(), "User cancelled trash task");
+  EXPECT_FALSE(sheet_.isShown);
+
+  guard_.onAsked = nullptr;
+  runAndReadLog();
+  EXPECT_FALSE(exists(avidFile("anna"))) << "an earlier cancel is forgotten";
+}
+
+TEST_F(TrashWorkflowTest, WaitsForTheTaskThatRuns) {
+  SerialWork::tasks().add([] {
+    for (int i = 0; i < 100; ++i) MainThread::shared().runAndWait([] {});
+    QWLog::appendLog("The task before has ended");
+  });
+  controller_.trash();
+  EXPECT_TRUE(spinner_.isTurning);
+  finishWork();
+  const auto lines = logged();
+  EXPECT_LT(std::ranges::find(lines, "The task before has ended"), std::ranges::find(lines, "Trashing preferences..."));
+  EXPECT_FALSE(exists(prefs("editor.plist")));
 }
 
 TEST_F(TrashWorkflowTest, TheDefaultBackupIsRestoredWhereWanted) {

@@ -86,6 +86,18 @@ TEST_F(AlertTest, ReturnIsTheDefaultAndEscapeTheAlternateOrOnlyButton) {
   EXPECT_EQ(answer.get(), QWAlert::Default);
 }
 
+TEST_F(AlertTest, ALongNameIsShownWhole) {
+  auto answer = ask({.messageText = std::string(255, 'M'), .defaultButton = "OK"});
+  AlertDialog* alert = waitForAlert();
+  for (auto* label : alert->findChildren<QLabel*>()) {
+    const QString text = label->text();
+    const int lines = label->height() / label->fontMetrics().lineSpacing();
+    EXPECT_GE(lines, label->fontMetrics().horizontalAdvance(text) / label->width());
+  }
+  QTest::keyClick(alert, Qt::Key_Return);
+  ASSERT_TRUE(isAnswered(answer));
+}
+
 TEST_F(AlertTest, AnAlertWithAnIntervalAnswersItself) {
   AlertTexts texts = question_;
   texts.interval = std::chrono::seconds(1);

@@ -175,7 +175,12 @@ TEST_F(OutlineTest, ReloadingAnItemBringsItsNewChildren) {
   app_->rows.clear();
   view_.reloadItem(app_, true);
   EXPECT_EQ(tree().model()->rowCount(cell(app_)), 0);
+
+  other_->add("Below");
+  view_.reloadData();
+  const int told = rows_.listsTold;
   view_.reloadItem(std::make_shared<FakeRow>("stranger"), true);
+  EXPECT_EQ(rows_.listsTold, told) << "rows that nobody opened were searched";
 }
 
 }  // namespace

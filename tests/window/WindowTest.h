@@ -40,6 +40,10 @@ class FakeRows : public OutlineDelegate, public OutlineActions {
   OutlineItemPointer child(std::size_t index, const OutlineItemPointer& ofItem) override {
     return row(ofItem).rows[index];
   }
+  std::vector<OutlineItemPointer> childrenOfItem(const OutlineItemPointer& item) override {
+    ++listsTold;
+    return OutlineDelegate::childrenOfItem(item);
+  }
   bool isItemExpandable(const OutlineItemPointer& item) override { return !row(item).rows.empty(); }
   ObjectValue objectValueForTableColumn(const std::string& column, const OutlineItemPointer& byItem) override {
     if (column != "name") return std::string("detail");
@@ -70,6 +74,7 @@ class FakeRows : public OutlineDelegate, public OutlineActions {
   FakeRow root{"root"};
   std::vector<Change> changes;
   std::vector<OutlineKey> keys;
+  int listsTold = 0;
   int headerClicks = 0;
   int selectionChanges = 0;
   int doubleClicks = 0;
