@@ -1,7 +1,9 @@
 // "-restore" against what it does in one go: "gio trash" of the old files, then "cp -a" and "sync -f" of the backup's.
 
+#include <chrono>
 #include <filesystem>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "bench/SampleFiles.h"
@@ -19,6 +21,8 @@ struct Restorable {
   Restorable(ScratchHomes& homes, MakeFiles makeFiles, const char* key)
       : home(homes.create()), files(makeFiles(home)), backup(backupPath(home, "Setup")) {
     runCommands({{builtProgram("vantory"), "-backup", "Setup", key}}, home);
+    // A file that was written this very moment is not copied before its next change would be seen.
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
   }
 
   bool restored() const {
