@@ -110,14 +110,16 @@ class Listening {
   SingleInstance& instance_;
 };
 
+// The fonts are there when `fonts` is ready.
 int showWindow(const std::string& home, const std::vector<std::string>& files, SingleInstance& instance,
-               WindowSession*& receiver) {
+               WindowSession*& receiver, const std::future<void>& fonts) {
   Runtime& runtime = Runtime::current();
   runtime.guard = &runtime.shared<QWVantoryUtilities>();
   AppWindowController::startLog();
   const SystemColours colours(nullptr);
   int exitCode = 0;
   {
+    fonts.wait();
     WindowSession session(home);
     const Listening listening(instance, receiver, session);
     QObject::connect(qApp, &QGuiApplication::lastWindowClosed, &session.window(), [&session] {
@@ -146,7 +148,6 @@ int runWindow(int& argumentCount, char** arguments, SingleInstance& instance, st
     const QtMessageHandler usual = qInstallMessageHandler(endWithoutDisplay);
     const std::future<void> fonts = std::async(std::launch::async, &preloadFonts);
     QApplication application(argumentCount, arguments);
-    fonts.wait();
     qInstallMessageHandler(usual);
     prepareApplication();
     const OpenRequest request{existingFiles(argumentCount, arguments, errors), activationToken};
@@ -157,7 +158,7 @@ int runWindow(int& argumentCount, char** arguments, SingleInstance& instance, st
       mainThread.post([&receiver, later = std::move(later)] { receiver->receive(later); });
     };
     if (isDoneByOther(instance, request, receive)) return 0;
-    return showWindow(*home, request.files, instance, receiver);
+    return showWindow(*home, request.files, instance, receiver, fonts);
   } catch (const std::exception& exception) {
     QWException::logException(exception, "runWindow");
   }
