@@ -17,6 +17,7 @@ if [ -z "${VANTORY_WORK:-}" ]; then
   rm -rf "$work"
 fi
 begin ordinary "$@"
+need jq
 
 use_home anna
 name="Clean setup"
@@ -24,12 +25,16 @@ for file in com.apple.FinalCutPro.plist com.apple.motion.plist; do put "$prefere
 run -backup "$name"
 plist write "$settings" xml "defaultBackup=$name.vnt"
 
+# Whether a command that reads what the program printed succeeds, and has something to say.
+answers() { eval "$1" <"$work/out" >"$work/answer" && [ -s "$work/answer" ]; }
 # Lines such as `    vantory -trash fcpPrefs   what it does`, with PATH for a backup's.
 while IFS= read -r line; do
   words=$(sed -E 's/^ +vantory //; s/  +.*//; s|\bPATH\b|"$library/$name.vnt"|' <<<"$line")
   [[ $words != *,\ vantory* ]] || words=${words%%, vantory*}
+  reader=${words#* | } words=${words%% | *}
   eval "run $words"
   check "vantory $words" ended 0
+  [ "$reader" = "$words" ] || check "... | $reader" answers "$reader"
 done < <(grep -E '^    vantory -' "$here/README.md")
 
 run -restore "$library/$name.vnt"
