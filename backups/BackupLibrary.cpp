@@ -49,9 +49,21 @@ void moveToAutosaves(const std::string& path) {
   QWFileManager::moveFile(path, QWFileManager::uniqueFilename(target), 10s);
 }
 
+// What a folder of backups holds; the person is told of one that is there and cannot be read.
+std::vector<std::string> namesIn(const std::string& folder) {
+  const auto entries = Runtime::current().platform().files.list(folder, Detail::Names);
+  std::vector<std::string> names;
+  if (entries) {
+    for (const DirectoryEntry& entry : *entries) names.push_back(entry.name);
+  } else if (!QWFileManager::meansMissing(entries.error())) {
+    QWLog::appendLogAndPrint("The backups in %@ cannot be read: %@", folder, entries.error().text);
+  }
+  return names;
+}
+
 BackupList listManualBackups(const std::string& location, const BackupReader& reader) {
   BackupList backups;
-  for (const std::string& name : QWFileManager::contentsOfDirectory(location)) {
+  for (const std::string& name : namesIn(location)) {
     if (!isBackupName(name)) continue;
     const std::string listed = paths::join(location, name);
     const auto date = folderDate(listed);
@@ -70,7 +82,7 @@ BackupList listAutoBackups(const BackupReader& reader) {
   BackupList backups;
   const auto folder = QWDataController::autosaveLocation();
   if (!folder) return backups;
-  for (const std::string& name : QWFileManager::contentsOfDirectory(*folder)) {
+  for (const std::string& name : namesIn(*folder)) {
     if (!isBackupName(name)) continue;
     const std::string path = paths::join(*folder, name);
     if (const auto date = folderDate(path)) backups.push_back(reader.read(path, date));

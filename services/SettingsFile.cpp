@@ -3,11 +3,13 @@
 #include <chrono>
 
 #include "platform/Clock.h"
+#include "platform/SystemLog.h"
 #include "services/LocalTime.h"
 #include "services/Paths.h"
 #include "services/QWFileManager.h"
 #include "services/QWLog.h"
 #include "services/Runtime.h"
+#include "services/Text.h"
 
 namespace vantory {
 
@@ -71,8 +73,13 @@ std::shared_ptr<const SettingsFile::Content> SettingsFile::current() const {
 void SettingsFile::tell(const Content& content) const {
   if (content.state == told_) return;
   told_ = content.state;
-  if (content.state == State::Damaged) report("The settings in %@ are damaged and are not used.", path_);
-  if (content.state == State::Unreadable) report("Unable to read the settings: %@", content.reason);
+  // A task that goes on without the settings may work in another library: its caller must know.
+  const auto tellBoth = [](const std::string& message) {
+    report("%@", message);
+    Runtime::current().platform().systemLog.write(printable(message));
+  };
+  if (content.state == State::Damaged) tellBoth(formatted("The settings in %@ are damaged and are not used.", path_));
+  if (content.state == State::Unreadable) tellBoth(formatted("Unable to read the settings: %@", content.reason));
 }
 
 PropertyListDictionary SettingsFile::read() const {

@@ -83,7 +83,7 @@ std::vector<std::string> existingFiles(int argumentCount, char** arguments, std:
 // True when the copy that shows its window does what is asked. Otherwise this copy does; with a window it hears from
 // now on what later ones ask.
 bool isDoneByOther(SingleInstance& instance, const OpenRequest& request, const SingleInstance::Receiver& receive) {
-  if (std::ranges::none_of(request.files, isKnownDocument) && !request.files.empty()) return false;
+  if (WindowSession::onlyHandsOn(request.files)) return false;
   if (!WindowSession::needsWindow(request.files)) return instance.handOver(request) == SingleInstance::HandOver::Taken;
   constexpr int kAttempts = 20;
   for (int attempt = 0; attempt < kAttempts; ++attempt) {
@@ -115,7 +115,7 @@ int showWindow(const std::string& home, const std::vector<std::string>& files, S
                WindowSession*& receiver, const std::future<void>& fonts) {
   Runtime& runtime = Runtime::current();
   runtime.guard = &runtime.shared<QWVantoryUtilities>();
-  AppWindowController::startLog();
+  if (!WindowSession::onlyHandsOn(files)) AppWindowController::startLog();
   const SystemColours colours(nullptr);
   int exitCode = 0;
   {

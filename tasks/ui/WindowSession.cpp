@@ -158,7 +158,12 @@ bool WindowSession::needsWindow(const std::vector<std::string>& files) {
   return files.empty() || std::ranges::any_of(files, isBackupDocument);
 }
 
+bool WindowSession::onlyHandsOn(const std::vector<std::string>& files) {
+  return !files.empty() && std::ranges::none_of(files, isKnownDocument);
+}
+
 bool WindowSession::open(const std::vector<std::string>& files) {
+  onlyHandsOn_ = onlyHandsOn(files);
   if (!delegate_.awakeFromNib()) return false;
   if (needsWindow(files)) {
     window_.onFirstPaint = [this] {
@@ -247,7 +252,7 @@ void WindowSession::finish() {
   if (painted_) window_.remember(memory_);
   window_.hide();
   BackgroundThreads::shared().waitForAll();
-  delegate_.applicationWillTerminate();
+  if (!onlyHandsOn_) delegate_.applicationWillTerminate();
   QWAlert::sharedController().ask = nullptr;
 }
 

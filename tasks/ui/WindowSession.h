@@ -36,6 +36,9 @@ class WindowSession {
   void receive(const OpenRequest& request);
   // Whether files alone are reason to open the window.
   static bool needsWindow(const std::vector<std::string>& files);
+  // Whether the files are all for other applications: then this start is none of the program's own, and leaves the log
+  // and the record of a copy that is open alone.
+  static bool onlyHandsOn(const std::vector<std::string>& files);
 
  private:
   void connectWindow();
@@ -68,6 +71,7 @@ class WindowSession {
   Vantory_AppDelegate delegate_;
   SettingsSession settings_;
   bool painted_ = false;
+  bool onlyHandsOn_ = false;
   std::vector<std::string> waitingFiles_;  // for the window to be painted
 };
 

@@ -86,6 +86,12 @@ check "a file that is not there is told, and the window opens" eval 'grep -q "Th
 wait_for [ -d "$library/nobody.vnt" ]
 start
 check "a second start ends at once" ended 0
+traces() { plist get "$settings" launch; plist get "$settings" exit; count "${log%/*}" -name "Vantory.*.log"; }
+before=$(traces)
+rm -f "$home/given"
+start notes.txt
+check "a file for another application goes there past the window, which keeps its log and its record" \
+  eval 'ended 0 && given "$home/notes.txt" && logged "Error - unknown file: $home/notes.txt" && [ "$(traces)" = "$before" ]'
 put "$live" "spoilt"
 start "file://$home/From%20elsewhere.vnt"
 check "a second start hands its backup over" eval 'ended 0 && wait_for logged "User opened file $home/From elsewhere.vnt"'
