@@ -18,7 +18,7 @@ if [ "${2:-}" != inside ]; then
 fi
 
 use_home opening
-Xvfb -displayfd 1 -screen 0 1024x768x24 -nolisten tcp >"$work/display" 2>"$work/xvfb" &
+Xvfb -displayfd 1 -noreset -screen 0 1024x768x24 -nolisten tcp >"$work/display" 2>"$work/xvfb" &
 server=$!
 trap 'kill $server' EXIT
 for ((i = 0; i < 100; ++i)); do [ -s "$work/display" ] && break; sleep 0.1; done

@@ -4,7 +4,7 @@ set -u
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 if [ -z "${DBUS_SESSION_BUS_ADDRESS:-}" ]; then exec dbus-run-session -- "${BASH_SOURCE[0]}"; fi
 
-Xvfb -displayfd 1 -screen 0 1024x768x24 -nolisten tcp >"$WORK/display" 2>"$WORK/xvfb" &
+Xvfb -displayfd 1 -noreset -screen 0 1024x768x24 -nolisten tcp >"$WORK/display" 2>"$WORK/xvfb" &
 server=$! window=
 trap 'kill $window $server 2>/dev/null' EXIT
 for ((i = 0; i < 100; ++i)); do [ -s "$WORK/display" ] && break; sleep 0.1; done

@@ -115,7 +115,7 @@ open_window() {
 }
 mkdir -p -m 1777 /tmp/.X11-unix
 mkfifo "$work/display"
-Xvfb -displayfd 3 -screen 0 1280x800x24 3>"$work/display" >/dev/null 2>&1 &
+Xvfb -displayfd 3 -noreset -screen 0 1280x800x24 3>"$work/display" >/dev/null 2>&1 &
 server=$!
 display=:$(timeout 30 head -n 1 "$work/display")
 anna vantory &
