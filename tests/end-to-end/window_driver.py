@@ -77,6 +77,14 @@ def focus():
     time.sleep(0.3)
 
 
+CONTROLS = ("push button", "check box", "text", "tree", "list", "spin button", "combo box", "table", "tree table")
+
+
+def say_names(place):
+    nameless = [t.getRoleName() for t in all_of() if t.getRoleName() in CONTROLS and not t.name]
+    say(not nameless, f"every control of {place} has a name {nameless or ''}")
+
+
 notice = wait_for(name="Vantory ended unexpectedly the last time")
 say("/Library/Logs/CrashReporter/Vantory_" in notice.description, "a crash is told of at the next start")
 focus()
@@ -117,6 +125,7 @@ wait_for(role="tree", name="Applications and items to back up")
 key("ctrl+a")
 key("ctrl+b")
 wait_for(role="push button", name="Cancel")
+say_names("the backup dialog")
 focus()
 subprocess.run(["xdotool", "type", "Typed name"], check=True)
 key("Return")
@@ -127,8 +136,17 @@ focus()
 key("ctrl+3")
 wait_for(role="tree", name="Applications and items that can be locked")
 
-nameless = [t.getRoleName() for t in all_of() if t.getRoleName() in ("push button", "check box", "text", "tree", "list")
-            and not t.name]
-say(not nameless, f"every control has a name {nameless or ''}")
+say_names("the Lock pane")
+key("ctrl+4")
+wait_for(role="tree", name="Backups")
+say_names("the Restore pane")
+key("ctrl+comma")
+wait_for(name="Backup folder")
+for number, pane in enumerate(("General", "Autosave", "Project Handling", "Hotkeys"), 1):
+    focus()
+    key(f"ctrl+{number}")
+    say_names(f"the settings, {pane}")
+key("Escape")
+focus()
 key("ctrl+1")
 key("ctrl+q")
