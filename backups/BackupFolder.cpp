@@ -16,7 +16,7 @@ std::string BackupFolder::safeUserPath(const std::string& path) const {
   // "/", "Users" and the user's name: a home folder of another depth is mapped wrongly, and stays so for the sake of
   // the backups that exist.
   constexpr std::size_t kComponentsOfHome = 3;
-  const std::vector<std::string> components = paths::components(path);
+  const std::vector<std::string_view> components = paths::components(path);
   std::string safe = std::string(kHomePlaceholder) + "/";
   for (std::size_t i = kComponentsOfHome; i < components.size(); ++i) {
     if (i > kComponentsOfHome) safe += '/';

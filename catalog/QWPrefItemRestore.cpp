@@ -35,7 +35,7 @@ std::optional<std::string> destinationOf(const std::string& match, const std::st
     if (!home || destination.size() == placeholder.size()) return std::nullopt;
     destination = paths::join(*home, std::string_view(destination).substr(placeholder.size()));
   }
-  const std::vector<std::string> parts = paths::components(destination);
+  const std::vector<std::string_view> parts = paths::components(destination);
   if (!destination.starts_with('/') || std::ranges::count(parts, "..") > 0) return std::nullopt;
   return destination;
 }

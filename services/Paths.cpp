@@ -22,6 +22,14 @@ std::size_t extensionDot(std::string_view name) {
   return dot == 0 || dot + 1 == name.size() ? std::string_view::npos : dot;
 }
 
+// The first component of a path, which loses it with all slashes up to the next one.
+std::string_view takeComponent(std::string_view& path) {
+  const std::size_t end = path.starts_with('/') ? 1 : std::min(path.find('/'), path.size());
+  const std::string_view component = path.substr(0, end);
+  path.remove_prefix(std::min(path.find_first_not_of('/', end), path.size()));
+  return component;
+}
+
 }  // namespace
 
 std::string join(std::string_view folder, std::string_view component) {
@@ -57,24 +65,24 @@ std::string withoutExtension(std::string_view path) {
   return std::string(path);
 }
 
-std::vector<std::string> components(std::string_view path) {
-  std::vector<std::string> parts;
-  if (path.starts_with('/')) parts.emplace_back("/");
-  for (std::size_t start = path.find_first_not_of('/'); start != std::string_view::npos;) {
-    const std::size_t end = std::min(path.find('/', start), path.size());
-    parts.emplace_back(path.substr(start, end - start));
-    start = path.find_first_not_of('/', end);
-    if (start == std::string_view::npos && end < path.size()) parts.emplace_back("/");
-  }
+std::vector<std::string_view> components(std::string_view path) {
+  std::vector<std::string_view> parts;
+  parts.reserve(static_cast<std::size_t>(std::ranges::count(path, '/')) + 1);
+  const bool endsWithSlash = path.ends_with('/');
+  while (!path.empty()) parts.push_back(takeComponent(path));
+  if (endsWithSlash && parts.back() != "/") parts.emplace_back("/");
   return parts;
 }
 
 bool isWithin(std::string_view path, std::string_view folder) {
-  const std::vector<std::string> parts = components(withoutTrailingSlashes(path));
-  const std::vector<std::string> above = components(withoutTrailingSlashes(folder));
-  const auto climbs = [](const std::vector<std::string>& list) { return std::ranges::count(list, "..") > 0; };
-  if (above.empty() || above.size() > parts.size() || climbs(parts) || climbs(above)) return false;
-  return std::equal(above.begin(), above.end(), parts.begin());
+  if (folder.empty()) return false;
+  while (!folder.empty()) {
+    const std::string_view part = takeComponent(path);
+    if (part != takeComponent(folder) || part == "..") return false;
+  }
+  while (!path.empty())
+    if (takeComponent(path) == "..") return false;
+  return true;
 }
 
 }  // namespace vantory::paths

@@ -158,7 +158,7 @@ bool QWLocalPaths::isPathSystemDirectory(std::string_view path) {
 bool QWLocalPaths::isPathOnTimeMachineVolume(std::string_view path) {
   const Folder volumes = pathForDirectory(StandardFolder::Volumes, false);
   if (!volumes || !path.starts_with(*volumes + "/")) return false;
-  const std::vector<std::string> components = paths::components(path);
+  const std::vector<std::string_view> components = paths::components(path);
   return std::find(components.begin(), components.end(), "Backups.backupdb") != components.end();
 }
 

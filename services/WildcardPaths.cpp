@@ -52,7 +52,7 @@ bool isPattern(std::string_view text) {
   return text.find('*') != std::string_view::npos;
 }
 
-Paths matchingEntries(const Paths& folders, const std::string& pattern) {
+Paths matchingEntries(const Paths& folders, std::string_view pattern) {
   Paths found;
   for (const std::string& folder : folders) {
     const auto entries = Runtime::current().platform().files.list(folder, Detail::Names);
@@ -71,7 +71,7 @@ Paths expand(const std::string& pattern, const std::string& start) {
   Paths found = {start};
   // Of a run of literal components only the whole is looked for, and not even that before a folder is listed.
   bool untested = false;
-  for (const std::string& component : paths::components(pattern)) {
+  for (const std::string_view component : paths::components(pattern)) {
     if (component == "/") {
       // A trailing slash throws away what was matched.
       found = {start};

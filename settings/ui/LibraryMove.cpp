@@ -22,7 +22,7 @@ FileSystem& files() {
   return Runtime::current().platform().files;
 }
 
-bool isBackupName(const std::string& name) {
+bool isBackupName(std::string_view name) {
   const std::string lower = lowerCased(name);
   return lower.ends_with(".vnt") || lower.ends_with(".vnt2");
 }
@@ -83,7 +83,7 @@ bool mayHoldBackups(const std::string& folder) {
 std::string reasonAgainstLibrary(const std::string& folder) {
   if (!folder.starts_with('/')) return "Please enter the whole path of a folder, beginning with \"/\".";
   if (folder.find('*') != std::string::npos) return "The path of the backup folder cannot contain a \"*\".";
-  const std::vector<std::string> components = paths::components(folder);
+  const std::vector<std::string_view> components = paths::components(folder);
   if (std::any_of(components.begin(), components.end(), isBackupName))
     return "That folder is a backup, or lies in one.";
   if (QWFileManager::itemExistsAtPath(folder) && !QWFileManager::isDirectoryAtPath(folder))
