@@ -8,7 +8,6 @@
 namespace vantory {
 
 struct User {
-  std::string name;
   std::uint32_t id = 0;
   std::uint32_t group = 0;
   std::string home;  // absolute, no trailing slash
@@ -26,6 +25,8 @@ class Users {
   virtual std::optional<User> processUser() const = 0;
   // The user at the console; none when nobody is.
   virtual std::optional<User> consoleUser() const = 0;
+  // The user's name, or the id in digits where the machine knows none. May ask over the network.
+  virtual std::string nameOf(const User& user) const = 0;
 };
 
 }  // namespace vantory

@@ -111,13 +111,13 @@ Folder QWLocalPaths::userDirectory() {
 std::optional<std::string> QWLocalPaths::username() {
   const std::optional<User> user = handledUser();
   if (!user) return std::nullopt;
-  return user->name;
+  return platform().users.nameOf(*user);
 }
 
 std::optional<std::string> QWLocalPaths::currentConsoleUser() {
   const std::optional<User> user = platform().users.consoleUser();
   if (!user) return std::nullopt;
-  return user->name;
+  return platform().users.nameOf(*user);
 }
 
 std::string QWLocalPaths::uuid() {

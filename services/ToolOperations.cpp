@@ -23,8 +23,10 @@ bool reportUncompressed(const std::string& source, std::string_view reason) {
 
 // A tool has the rights of this process and would follow another user's links with them.
 bool handlesOwnFiles() {
-  const auto self = platform().users.processUser();
-  return self && QWLocalPaths::username() == self->name;
+  const Users& users = platform().users;
+  if (!users.isSuperuser()) return true;
+  const auto handled = users.consoleUser();
+  return handled && handled->id == 0;
 }
 
 bool zip(const std::string& source, const std::string& archive) {

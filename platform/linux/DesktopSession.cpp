@@ -32,8 +32,8 @@ std::optional<std::string> runtimeFolder(const User& user) {
   return path;
 }
 
-std::vector<std::string> environmentOf(const User& user) {
-  std::vector<std::string> environment = {"HOME=" + user.home, "USER=" + user.name, "LOGNAME=" + user.name,
+std::vector<std::string> environmentOf(const User& user, const std::string& name) {
+  std::vector<std::string> environment = {"HOME=" + user.home, "USER=" + name, "LOGNAME=" + name,
                                           "PATH=/usr/local/bin:/usr/bin:/bin", "LANG=C.UTF-8"};
   if (const std::optional<std::string> folder = runtimeFolder(user)) {
     environment.push_back("XDG_RUNTIME_DIR=" + *folder);
@@ -53,7 +53,7 @@ Result<ChildProgram> desktopHelperProgram(const Users& users) {
   return ChildProgram{.path = "/usr/bin/setpriv",
                       .arguments = {"--reuid=" + std::to_string(user->id), "--regid=" + std::to_string(user->group),
                                     "--init-groups", "--inh-caps=-all", "--", program},
-                      .environment = environmentOf(*user)};
+                      .environment = environmentOf(*user, users.nameOf(*user))};
 }
 
 bool hasSessionBus() {

@@ -13,6 +13,7 @@
 #include <string_view>
 
 #include "platform/linux/Errors.h"
+#include "platform/linux/PasswordDatabase.h"
 
 namespace vantory {
 namespace {
@@ -93,11 +94,12 @@ FileRights FileRights::own() {
 FileRights FileRights::ofUser(const User& user) {
   if (user.id == 0) return own();
   FileRights rights(Kind::User, user);
+  const std::string name = databaseName(user.id).value_or("");
   int count = 64;
   rights.groups_.resize(static_cast<std::size_t>(count));
-  if (getgrouplist(user.name.c_str(), user.group, rights.groups_.data(), &count) < 0) {
+  if (getgrouplist(name.c_str(), user.group, rights.groups_.data(), &count) < 0) {
     rights.groups_.resize(static_cast<std::size_t>(count));
-    getgrouplist(user.name.c_str(), user.group, rights.groups_.data(), &count);
+    getgrouplist(name.c_str(), user.group, rights.groups_.data(), &count);
   }
   rights.groups_.resize(static_cast<std::size_t>(std::max(count, 0)));
   return rights;

@@ -42,7 +42,7 @@ bool ownsFolder(uid_t user, const std::string& path) {
 // The process's user with the home of the password database.
 User ownUser() {
   const uid_t id = getuid();
-  return databaseUser(id).value_or(User{std::to_string(id), id, getgid(), ""});
+  return databaseUser(id).value_or(User{id, getgid(), ""});
 }
 
 std::optional<User> ownUserWithTrustedHome() {
@@ -52,10 +52,10 @@ std::optional<User> ownUserWithTrustedHome() {
   return withHome(std::move(user));
 }
 
+// Normally the environment says it all, and no database is asked.
 std::optional<User> ownUserWithAnyHome() {
-  User user = ownUser();
-  if (std::optional<std::string> home = usableHome(environmentFolder("HOME"))) user.home = std::move(*home);
-  return withHome(std::move(user));
+  if (const auto home = usableHome(environmentFolder("HOME"))) return withHome(User{getuid(), getgid(), *home});
+  return withHome(ownUser());
 }
 
 }  // namespace
@@ -107,8 +107,12 @@ std::optional<User> LinuxUsers::activeUser() const {
   // "user" and its kinds, such as "user-early"; not "greeter", "lock-screen" or "background".
   if (!assignedValue(state, "CLASS").value_or("").starts_with("user")) return std::nullopt;
   const std::optional<User> user = userWithId(assignedValue(state, "UID").value_or(""));
-  if (user && user->name == "loginwindow") return std::nullopt;
+  if (user && nameOf(*user) == "loginwindow") return std::nullopt;
   return withHome(user);
+}
+
+std::string LinuxUsers::nameOf(const User& user) const {
+  return databaseName(user.id).value_or(std::to_string(user.id));
 }
 
 }  // namespace vantory

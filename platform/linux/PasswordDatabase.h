@@ -13,7 +13,9 @@ namespace vantory {
 
 // None when there is no such user; the home is empty where the database's cannot serve as one.
 std::optional<User> databaseUser(uid_t id);
-// The same for a user id in decimal digits; none for any other text.
+// The user's name; none when there is no such user.
+std::optional<std::string> databaseName(uid_t id);
+// The user with the id in decimal digits; none for any other text.
 std::optional<User> userWithId(std::string_view digits);
 
 // The folder, unless it is "/", the home of service accounts: a task must never take the whole machine for a user's

@@ -20,7 +20,7 @@ TEST(CrashReportsTest, FindsTheNewestOfTheUsersOwn) {
   const ScratchFolder root;
   const LinuxFileSystem files;
   FakeUsers users;
-  users.process = User{"anna", 1000, 1000, "/home/anna"};
+  users.process = User{1000, 1000, "/home/anna"};
   const LinuxCrashReports reports(files, users, root.path());
   EXPECT_EQ(reports.newestSince({}), std::nullopt);
   const auto keep = [&](const std::string& name, int age) {

@@ -28,7 +28,7 @@ using ::testing::IsEmpty;
 class JobControlTest : public ::testing::Test {
  protected:
   JobControlTest() {
-    users_.process = users_.console = User{"anna", getuid(), getgid(), home_.path()};
+    users_.process = users_.console = User{getuid(), getgid(), home_.path()};
     systemctlDoes("");
   }
 
@@ -98,7 +98,7 @@ TEST_F(JobControlTest, TheSuperuserSpeaksAsTheUserAndTakesNothingFromTheEnvironm
   const EnvironmentChange config("XDG_CONFIG_HOME", home_ / "settings");
   if (getuid() != 0) GTEST_SKIP() << "only the superuser can speak as another user";
   users_.superuser = true;
-  users_.console = User{"daemon", 1, 1, home_.path()};
+  users_.console = User{1, 1, home_.path()};
   chmod(tools_.path().c_str(), 0777);
   systemctlDoes("{ id -u; echo $HOME $XDG_RUNTIME_DIR $SUDO_UID; } > " + (tools_ / "who"));
   std::filesystem::remove(calls_);

@@ -20,7 +20,7 @@ class RightsTest : public testing::Test {
     if (geteuid() != 0) GTEST_SKIP() << "only the superuser takes other rights";
     const passwd* nobody = getpwnam("nobody");
     ASSERT_NE(nobody, nullptr);
-    user = {"nobody", nobody->pw_uid, nobody->pw_gid, scratch / "home"};
+    user = {nobody->pw_uid, nobody->pw_gid, scratch / "home"};
     makeFolders(user.home);
     ASSERT_EQ(chown(user.home.c_str(), user.id, user.group), 0);
     chmod(scratch.path().c_str(), 0755);

@@ -18,8 +18,9 @@ class UsersTest : public ::testing::Test {
     writeFile(state_ / "sessions/c7", session);
   }
   std::string consoleUser() const {
-    const std::optional<User> user = LinuxUsers(state_.path()).consoleUser();
-    return user ? user->name + " " + user->home : "nobody";
+    const LinuxUsers users(state_.path());
+    const std::optional<User> user = users.consoleUser();
+    return user ? users.nameOf(*user) + " " + user->home : "nobody";
   }
 
   ScratchFolder state_;

@@ -32,7 +32,7 @@ const std::vector<std::string> kWait = {"-f", "/dev/null"};
 
 class WorkspaceTest : public ::testing::Test {
  protected:
-  WorkspaceTest() { users_.process = User{"anna", getuid(), getgid(), desktop_.home()}; }
+  WorkspaceTest() { users_.process = User{getuid(), getgid(), desktop_.home()}; }
 
   void TearDown() override {
     for (const pid_t number : launched_) kill(number, SIGKILL);

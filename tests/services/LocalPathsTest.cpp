@@ -8,7 +8,7 @@ namespace {
 using LocalPathsTest = ServicesTest;
 
 TEST_F(LocalPathsTest, AreThoseOfTheConsoleUserForTheSuperuser) {
-  fakes_.users.process = User{"root", 0, 0, "/root"};
+  fakes_.users.process = User{0, 0, "/root"};
   EXPECT_EQ(QWLocalPaths::prefsDirectory(true), "/root/Library/Preferences");
   fakes_.users.superuser = true;
   EXPECT_EQ(QWLocalPaths::prefsDirectory(true), home_ / "Library/Preferences");

@@ -74,7 +74,7 @@ TEST_F(ToolOperationsTest, AnArchiveThatCannotBeMadeLeavesNothing) {
 TEST_F(ToolOperationsTest, TheSuperuserCompressesNobodyElsesFiles) {
   writeFile(home_ / "item", "content");
   fakes_.users.superuser = true;
-  fakes_.users.process = User{"root", 0, 0, machine_.path()};
+  fakes_.users.process = User{0, 0, machine_.path()};
   EXPECT_FALSE(Manager::compressFile(home_ / "item", archive_));
 }
 

@@ -155,7 +155,7 @@ FakePlatform::FakePlatform(FileSystem& files, FileMetadata& metadata, const std:
                               files,         processes, privileged,      systemLog,   system,
                               workspace,     documents, defaultHandlers, taskClient,  notifications,
                               announcements, jobs,      tools,           crashReports} {
-  users.process = users.console = User{"anna", 1000, 1000, home};
+  users.process = users.console = User{1000, 1000, home};
 }
 
 }  // namespace vantory::test

@@ -54,6 +54,7 @@ class FakeUsers : public Users {
   void becomeSuperuser() override { ++superuserRequests; }
   std::optional<User> processUser() const override { return process; }
   std::optional<User> consoleUser() const override { return console; }
+  std::string nameOf(const User&) const override { return "anna"; }
 
   bool superuser = false;
   int superuserRequests = 0;

@@ -27,7 +27,6 @@ namespace {
 class SessionTest : public BackupsTest {
  protected:
   SessionTest() {
-    fakes_.users.process->name = "anna";
     writeFile(prefs("com.apple.FinalCutPro.plist"), "settings");
     writeFile(prefs("com.apple.motion.plist"), "settings");
   }

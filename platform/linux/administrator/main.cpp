@@ -11,6 +11,7 @@
 #include "platform/linux/HelperAnswers.h"
 #include "platform/linux/LinuxStandardFolders.h"
 #include "platform/linux/LinuxSystemLog.h"
+#include "platform/linux/LinuxUsers.h"
 #include "platform/linux/StandardStreams.h"
 #include "platform/linux/administrator/Caller.h"
 #include "platform/linux/administrator/Capabilities.h"
@@ -28,9 +29,9 @@ bool leaveSurroundings() {
   return clearenv() == 0 && chdir("/") == 0;
 }
 
-void tell(LinuxSystemLog& log, const User& user, const Message& request, const Status& done) {
+void tell(LinuxSystemLog& log, const std::string& user, const Message& request, const Status& done) {
   std::string line("As administrator for ");
-  line.append(user.name).append(":");
+  line.append(user).append(":");
   for (const std::string& text : request) line.append(" ").append(text);
   line.append(done ? " - done" : " - failed, ").append(done ? "" : done.error().text);
   log.write(line);
@@ -41,12 +42,13 @@ void serve(Channel channel, const User& user) {
   const LinuxStandardFolders folders;
   AdministratorTools tools(user, folders, {*folders.localFolder(StandardFolder::SharedUsers)});
   LinuxSystemLog log;
+  const std::string name = LinuxUsers().nameOf(user);
   bool open = channel.send({kHelperReady}).ok();
   while (open) {
     const Result<Message> request = channel.receive();
     if (!request) return;
     const Status done = tools.perform(request->front(), {request->begin() + 1, request->end()});
-    tell(log, user, *request, done);
+    tell(log, name, *request, done);
     open = channel.send({done ? kHelperDone : kHelperFailed}).ok();
   }
 }
