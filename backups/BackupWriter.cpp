@@ -51,20 +51,18 @@ class ItemCopier {
 
  private:
   struct Target {
-    std::string source;
     std::string folder;
     std::string copy;
-    bool isSmall;
   };
 
-  std::vector<Target> targetsOf(const QWPrefItem& item);
-  std::size_t copyFiles(const std::vector<Target>& targets);
-  bool copyFile(const Target& target, std::unique_ptr<StagedCopy> staged);
+  std::size_t copyFiles(const std::vector<std::string>& sources);
+  bool copyFile(const std::string& source, const std::string& copy, std::unique_ptr<StagedCopy> staged);
   bool copyAvidFile(const std::string& source);
   bool isThere(const std::string& copy) const;
   // Where the file goes, its folder made; none for what is not copied.
   std::optional<Target> targetFor(const std::string& source);
-  std::string folderFor(const std::string& source, FileType type) const;
+  Target targetFor(const std::string& source, FileType type) const;
+  std::vector<CopyRequest> requestsForFiles(const std::vector<std::string>& sources) const;
   bool prepareFolder(const std::string& folder);
   bool isReachedWithoutLinks(const std::string& folder) const;
 
@@ -82,41 +80,47 @@ bool counted(bool copied) {
 }
 
 std::size_t ItemCopier::copyItem(const QWPrefItem& item) {
-  std::size_t count = copyFiles(targetsOf(item));
+  std::vector<std::string> sources;
+  for (const std::string& pattern : item.files()) {
+    auto matching = QWFileManager::filesMatchingWildcardPath(pattern);
+    sources.insert(sources.end(), std::make_move_iterator(matching.begin()), std::make_move_iterator(matching.end()));
+  }
+  std::size_t count = copyFiles(sources);
   for (const auto& user : item.users())
     for (const std::string& pattern : user->files())
       for (const std::string& source : QWFileManager::filesMatchingWildcardPath(pattern)) count += copyAvidFile(source);
   return count;
 }
 
-std::vector<ItemCopier::Target> ItemCopier::targetsOf(const QWPrefItem& item) {
-  std::vector<Target> targets;
-  for (const std::string& pattern : item.files())
-    for (const std::string& source : QWFileManager::filesMatchingWildcardPath(pattern))
-      if (auto target = targetFor(source)) targets.push_back(std::move(*target));
-  return targets;
-}
-
-std::size_t ItemCopier::copyFiles(const std::vector<Target>& targets) {
-  std::vector<CopyRequest> small;
-  for (const Target& target : targets)
-    if (target.isSmall && !filesOnly_) small.push_back({.source = target.source, .destination = target.copy});
-  CopiesAhead ahead(std::move(small));
+std::size_t ItemCopier::copyFiles(const std::vector<std::string>& sources) {
+  std::optional<CopiesAhead> ahead;
   std::size_t count = 0;
-  std::size_t next = 0;
-  for (const Target& target : targets)
-    count += copyFile(target, target.isSmall && !filesOnly_ ? ahead.take(next++) : nullptr);
+  for (std::size_t i = 0; i < sources.size(); ++i) {
+    auto staged = ahead ? ahead->take(i) : nullptr;
+    const auto target = staged ? targetFor(sources[i], FileType::File) : targetFor(sources[i]);
+    if (!target) continue;
+    // Now there is a folder to copy to, as a rule that of all others too.
+    if (!ahead && !filesOnly_) ahead.emplace(requestsForFiles(sources), i + 1);
+    count += copyFile(sources[i], target->copy, std::move(staged));
+  }
   return count;
 }
 
-bool ItemCopier::copyFile(const Target& target, std::unique_ptr<StagedCopy> staged) {
-  const bool replaces = isThere(target.copy);
-  if (replaces) QWLog::appendLog("Destination file %@ exists - removing...", target.copy);
-  QWLog::appendLog("Copying %@ to %@", target.source, target.copy);
-  if (!counted(replaces ? replaceCopy(target.source, target.copy)
-                        : QWFileManager::copyFile(target.source, target.copy, 15s, std::move(staged))))
+std::vector<CopyRequest> ItemCopier::requestsForFiles(const std::vector<std::string>& sources) const {
+  std::vector<CopyRequest> requests;
+  requests.reserve(sources.size());
+  for (const std::string& source : sources)
+    requests.push_back({.source = source, .destination = targetFor(source, FileType::File).copy});
+  return requests;
+}
+
+bool ItemCopier::copyFile(const std::string& source, const std::string& copy, std::unique_ptr<StagedCopy> staged) {
+  const bool replaces = isThere(copy);
+  if (replaces) QWLog::appendLog("Destination file %@ exists - removing...", copy);
+  QWLog::appendLog("Copying %@ to %@", source, copy);
+  if (!counted(replaces ? replaceCopy(source, copy) : QWFileManager::copyFile(source, copy, 15s, std::move(staged))))
     return false;
-  copies_.insert(target.copy);
+  copies_.insert(copy);
   return true;
 }
 
@@ -149,23 +153,20 @@ std::optional<ItemCopier::Target> ItemCopier::targetFor(const std::string& sourc
     QWLog::appendLog("Skipping %@: it is neither a file nor a folder", source);
     return std::nullopt;
   }
-  const std::string folder = folderFor(source, info->type);
-  if (!prepareFolder(folder)) {
-    counted(false);
-    return std::nullopt;
-  }
-  constexpr std::uint64_t kSmall = 1 << 20;  // bytes
-  return Target{.source = source,
-                .folder = folder,
-                .copy = paths::join(folder, paths::lastComponent(source)),
-                .isSmall = info->type == FileType::File && info->size <= kSmall};
+  Target target = targetFor(source, info->type);
+  if (prepareFolder(target.folder)) return target;
+  counted(false);
+  return std::nullopt;
 }
 
-std::string ItemCopier::folderFor(const std::string& source, FileType type) const {
+ItemCopier::Target ItemCopier::targetFor(const std::string& source, FileType type) const {
   const std::string safe = place_.safeUserPath(source);
   // A plain folder outside the home folder lands inside a folder of its own name.
   const bool nested = type == FileType::Folder && !place_.isInHome(source) && !QWFileManager::isPackageAtPath(source);
-  return paths::join(place_.path(), nested ? safe : paths::parent(safe));
+  Target target;
+  target.folder = paths::join(place_.path(), nested ? safe : paths::parent(safe));
+  target.copy = paths::join(target.folder, paths::lastComponent(source));
+  return target;
 }
 
 bool ItemCopier::prepareFolder(const std::string& folder) {
@@ -267,18 +268,18 @@ WriteResult QWBackup::writeData(bool filesOnly) {
     // Written last: it marks the backup as complete.
     if (!writeSettings(path_, settings)) return WriteResult::SettingsNotWritten;
   }
+  if (isDefault_) setDefault();
   // Waiting for the disk leaves time. Deferred where no thread is to be had.
   std::future<Status> sync = std::async([this] { return files().sync(path_); });
   QWLog::appendLog("Unlocking backup...");
   QWFileManager::unlockFolder(path_);
+  QWFileManager::touchFile(path_);
+  hold->reset();
+  QWDataController::sharedController().populateBackups();
   if (const Status synced = sync.get(); !synced) {
     QWLog::appendLog("The backup may not be on disk: %@", synced.error().text);
     return WriteResult::SettingsNotWritten;
   }
-  if (isDefault_) setDefault();
-  QWFileManager::touchFile(path_);
-  hold->reset();
-  QWDataController::sharedController().populateBackups();
   return WriteResult::Success;
 }
 

@@ -15,8 +15,9 @@ namespace vantory {
 // Only saves time: what has not been copied ahead, for whatever reason, is its owner's to copy. Used by one thread.
 class CopiesAhead {
  public:
-  // The folders of all destinations exist. A short list is not worth a thread.
-  explicit CopiesAhead(std::vector<CopyRequest> requests);
+  // The first `taken` requests have been taken already. What has no folder to go to, is no small file or has gone is
+  // passed over. A short list is not worth a thread.
+  CopiesAhead(std::vector<CopyRequest> requests, std::size_t taken);
   // Copies that were not taken leave no trace.
   ~CopiesAhead();
   CopiesAhead(const CopiesAhead&) = delete;
@@ -28,14 +29,15 @@ class CopiesAhead {
 
  private:
   void run();
+  static std::unique_ptr<StagedCopy> copyOf(const CopyRequest& request);
 
   const std::vector<CopyRequest> requests_;
   std::vector<std::unique_ptr<StagedCopy>> copies_;
   std::mutex mutex_;
   std::condition_variable made_;
-  std::size_t taken_ = 0;  // how many at the front are the owner's
-  std::size_t begun_;      // from here on the second thread has begun
-  std::size_t finished_;   // from here on it is done
+  std::size_t taken_;     // how many at the front are the owner's
+  std::size_t begun_;     // from here on the second thread has begun
+  std::size_t finished_;  // from here on it is done
   std::thread thread_;
 };
 
