@@ -1,6 +1,7 @@
 // The note that lies beside an item in the desktop's Trash, so that a file manager can put the item back.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <string>
 #include <string_view>
@@ -19,14 +20,17 @@ inline constexpr std::array<bool, 256> kPlainInTrashNote = [] {
 // bytes. `localDate` says when it was trashed, as "2026-11-14T21:35:17".
 inline std::string trashNote(std::string_view path, std::string_view localDate) {
   constexpr std::string_view kDigits = "0123456789ABCDEF";
+  const auto isPlain = [](char character) { return kPlainInTrashNote[static_cast<unsigned char>(character)]; };
   std::string note = "[Trash Info]\nPath=";
-  for (const char character : path) {
-    const auto byte = static_cast<unsigned char>(character);
-    if (kPlainInTrashNote[byte]) {
-      note += character;
-    } else {
-      note += {'%', kDigits[byte >> 4], kDigits[byte & 0xF]};
-    }
+  note.reserve(path.size() + 80);
+  while (!path.empty()) {
+    const auto plain = static_cast<std::size_t>(std::ranges::find_if_not(path, isPlain) - path.begin());
+    note.append(path.substr(0, plain));
+    path.remove_prefix(plain);
+    if (path.empty()) break;
+    const auto byte = static_cast<unsigned char>(path.front());
+    note += {'%', kDigits[byte >> 4], kDigits[byte & 0xF]};
+    path.remove_prefix(1);
   }
   note.append("\nDeletionDate=").append(localDate).append("\n");
   return note;

@@ -34,7 +34,8 @@ std::optional<std::string> LinuxStandardFolders::userFolder(StandardFolder folde
     case StandardFolder::Desktop:
       return desktop(home);
     case StandardFolder::Trash:
-      return configuredFolder("XDG_DATA_HOME").value_or(home + "/.local/share") + "/Trash/files";
+      if (const auto data = configuredFolder("XDG_DATA_HOME")) return *data + "/Trash/files";
+      return home + "/.local/share/Trash/files";
     case StandardFolder::SharedUsers:
     case StandardFolder::Volumes:
       break;
