@@ -1,18 +1,14 @@
 #include "settings/ui/SettingsWindow.h"
 
-#include <QActionGroup>
 #include <QCloseEvent>
 #include <QEvent>
 #include <QEventLoop>
-#include <QLayout>
 #include <QLineEdit>
 #include <QShortcut>
 #include <QStackedWidget>
 #include <QTimer>
-#include <QToolBar>
-#include <QToolButton>
 
-#include "platform/qt/Icons.h"
+#include "platform/qt/PaneToolbar.h"
 #include "platform/qt/ProgressDialog.h"
 #include "services/BackgroundThreads.h"
 #include "services/MainThread.h"
@@ -29,7 +25,6 @@ namespace vantory {
 namespace {
 
 constexpr QSize kFirstSize(600, 420);
-constexpr int kToolbarIconSize = 28;
 constexpr int kMillisecondsWithoutSheet = 300;  // for what is done before anybody wonders
 constexpr const char* kTitles[] = {"&General", "&Autosave", "&Project Handling", "&Hotkeys"};
 constexpr const char* kSymbols[] = {"general", "autosave", "project-handling", "hotkeys"};
@@ -41,7 +36,7 @@ SettingsWindow::SettingsWindow(QWidget* parent)
       general_(new GeneralPane(controls_)),
       projectHandling_(new ProjectHandlingPane(controls_)),
       stack_(new QStackedWidget),
-      paneItems_(new QActionGroup(this)) {
+      toolbar_(new PaneToolbar(this)) {
   setWindowTitle(QStringLiteral("Vantory Preferences"));
   stack_->addWidget(general_);
   stack_->addWidget(new AutosavePane(controls_));
@@ -64,28 +59,16 @@ void SettingsWindow::setActions(Actions actions) {
 }
 
 void SettingsWindow::makeToolbar() {
-  QToolBar& toolbar = *addToolBar(QStringLiteral("Panes"));
-  toolbar.setMovable(false);
-  toolbar.setContextMenuPolicy(Qt::PreventContextMenu);
-  toolbar.setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
-  toolbar.setIconSize({kToolbarIconSize, kToolbarIconSize});
-  toolbar.layout()->setSpacing(4);
-  toolbar.setContentsMargins(6, 4, 6, 4);
-  for (int i = 0; i < 4; ++i) {
-    QAction* item = toolbar.addAction(icons::symbol(QLatin1String(kSymbols[i])), QLatin1String(kTitles[i]));
-    item->setCheckable(true);
-    item->setActionGroup(paneItems_);
-    item->setShortcut(QKeySequence(QStringLiteral("Ctrl+%1").arg(i + 1)));
-    connect(item, &QAction::triggered, this, [this, i] {
+  addToolBar(toolbar_);
+  for (int i = 0; i < 4; ++i)
+    toolbar_->addPane(QLatin1String(kTitles[i]), QLatin1String(kSymbols[i]), [this, i] {
       if (actions_.choosePane) actions_.choosePane(static_cast<PreferencePane>(i));
     });
-  }
-  for (QToolButton* button : toolbar.findChildren<QToolButton*>()) button->setFocusPolicy(Qt::TabFocus);
 }
 
 void SettingsWindow::showPane(PreferencePane pane) {
   const int index = static_cast<int>(pane);
-  paneItems_->actions().at(index)->setChecked(true);
+  toolbar_->panes().actions().at(index)->setChecked(true);
   stack_->setCurrentIndex(index);
 }
 

@@ -9,12 +9,12 @@
 #include "platform/qt/BoundControls.h"
 #include "settings/ui/PreferenceView.h"
 
-class QActionGroup;
 class QStackedWidget;
 
 namespace vantory {
 
 class GeneralPane;
+class PaneToolbar;
 class ProjectHandlingPane;
 
 class SettingsWindow : public QMainWindow, public PreferenceView {
@@ -55,7 +55,7 @@ class SettingsWindow : public QMainWindow, public PreferenceView {
   GeneralPane* const general_;
   ProjectHandlingPane* const projectHandling_;
   QStackedWidget* const stack_;
-  QActionGroup* const paneItems_;
+  PaneToolbar* const toolbar_;
 };
 
 }  // namespace vantory

@@ -1,17 +1,13 @@
 #include "tasks/ui/MainWindow.h"
 
-#include <QActionGroup>
 #include <QApplication>
 #include <QCloseEvent>
 #include <QDropEvent>
 #include <QLabel>
-#include <QLayout>
 #include <QMenuBar>
 #include <QMimeData>
 #include <QStackedWidget>
 #include <QTimer>
-#include <QToolBar>
-#include <QToolButton>
 #include <QVBoxLayout>
 #include <algorithm>
 #include <utility>
@@ -19,6 +15,7 @@
 #include "platform/qt/AlertDialog.h"
 #include "platform/qt/DisplayText.h"
 #include "platform/qt/Icons.h"
+#include "platform/qt/PaneToolbar.h"
 #include "platform/qt/QWHeaderCheckCell.h"
 #include "platform/qt/QWOutlineView.h"
 #include "services/Text.h"
@@ -32,7 +29,6 @@ namespace {
 
 constexpr QSize kFirstSize(720, 600);
 constexpr QSize kLeastSize(480, 360);
-constexpr int kToolbarIconSize = 28;
 constexpr std::array kPanes = {Pane::Trash, Pane::Backup, Pane::Lock, Pane::Restore};
 
 // Read from the addresses as they are: names may be of any bytes.
@@ -57,7 +53,7 @@ MainWindow::MainWindow()
       menus_(new WindowMenus(this)),
       notice_(new QLabel),
       stack_(new QStackedWidget),
-      paneItems_(new QActionGroup(this)) {
+      toolbar_(new PaneToolbar(this)) {
   setWindowTitle(QApplication::applicationDisplayName());
   notice_->setWordWrap(true);
   notice_->setMargin(10);
@@ -106,38 +102,26 @@ Pane MainWindow::shownPane() const {
 // --- Toolbar ---------------------------------------------------------------------------------------------------------
 
 void MainWindow::makeToolbar() {
-  QToolBar& toolbar = *addToolBar(QStringLiteral("Panes"));
-  toolbar.setObjectName(QStringLiteral("panes"));
-  toolbar.setMovable(false);
-  toolbar.setContextMenuPolicy(Qt::PreventContextMenu);
-  toolbar.setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
-  toolbar.setIconSize({kToolbarIconSize, kToolbarIconSize});
-  toolbar.layout()->setSpacing(4);
-  toolbar.setContentsMargins(6, 4, 6, 4);
-  addPaneItem(toolbar, Pane::Trash, QStringLiteral("&Trash"), QStringLiteral("trash"));
-  addPaneItem(toolbar, Pane::Backup, QStringLiteral("&Backup"), QStringLiteral("backup"));
-  addPaneItem(toolbar, Pane::Lock, QStringLiteral("&Lock"), QStringLiteral("lock"));
-  addPaneItem(toolbar, Pane::Restore, QStringLiteral("&Restore"), QStringLiteral("restore"));
+  addToolBar(toolbar_);
+  toolbar_->setObjectName(QStringLiteral("panes"));
+  addPaneItem(Pane::Trash, QStringLiteral("&Trash"), QStringLiteral("trash"));
+  addPaneItem(Pane::Backup, QStringLiteral("&Backup"), QStringLiteral("backup"));
+  addPaneItem(Pane::Lock, QStringLiteral("&Lock"), QStringLiteral("lock"));
+  addPaneItem(Pane::Restore, QStringLiteral("&Restore"), QStringLiteral("restore"));
   auto* space = new QWidget;
   space->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
-  toolbar.addWidget(space);
-  addLinkItem(toolbar);
-  for (QToolButton* button : toolbar.findChildren<QToolButton*>()) button->setFocusPolicy(Qt::TabFocus);
+  toolbar_->addWidget(space);
+  addLinkItem();
 }
 
-QAction* MainWindow::addPaneItem(QToolBar& toolbar, Pane pane, const QString& title, const QString& symbol) {
-  QAction* item = toolbar.addAction(icons::symbol(symbol), title);
-  item->setCheckable(true);
-  item->setActionGroup(paneItems_);
-  item->setShortcut(QKeySequence(QStringLiteral("Ctrl+%1").arg(static_cast<int>(pane) + 1)));
-  connect(item, &QAction::triggered, this, [this, pane] {
+void MainWindow::addPaneItem(Pane pane, const QString& title, const QString& symbol) {
+  toolbar_->addPane(title, symbol, [this, pane] {
     if (actions_.choosePane) actions_.choosePane(pane);
   });
-  return item;
 }
 
-void MainWindow::addLinkItem(QToolBar& toolbar) {
-  linkItem_ = toolbar.addAction(icons::symbol(QStringLiteral("link")), QStringLiteral("More Tools"));
+void MainWindow::addLinkItem() {
+  linkItem_ = toolbar_->addItem(QStringLiteral("More Tools"), QStringLiteral("link"));
   linkItem_->setToolTip(QStringLiteral("The maker's other tools, on the web"));
   connect(linkItem_, &QAction::triggered, this, [this] {
     if (actions_.openLink) actions_.openLink();
@@ -167,7 +151,7 @@ void MainWindow::makeMenus() {
 
 void MainWindow::makeViewMenu() {
   QMenu& view = *menuBar()->addMenu(QStringLiteral("&View"));
-  view.addActions(paneItems_->actions());
+  view.addActions(toolbar_->panes().actions());
   view.addSeparator();
   tickAll_ = view.addAction(QStringLiteral("Tick or &Untick All"), QKeySequence(QKeySequence::SelectAll));
   connect(tickAll_, &QAction::triggered, this, [this] { tickAll(); });
@@ -200,7 +184,7 @@ void MainWindow::showAbout() {
 
 void MainWindow::showPane(Pane shown) {
   OutlinePane& widget = pane(shown);
-  paneItems_->actions().at(static_cast<int>(shown))->setChecked(true);
+  toolbar_->panes().actions().at(static_cast<int>(shown))->setChecked(true);
   putIntoStack(widget);
   stack_->setCurrentWidget(&widget);
   taskMenu_->clear();

@@ -12,13 +12,13 @@
 #include "tasks/ui/MainWindowView.h"
 #include "tasks/ui/TrashPane.h"
 
-class QActionGroup;
 class QLabel;
 class QMenu;
 class QStackedWidget;
 
 namespace vantory {
 
+class PaneToolbar;
 class WindowMemory;
 class WindowMenus;
 
@@ -66,8 +66,8 @@ class MainWindow : public QMainWindow, public MainWindowView {
   OutlinePane& pane(Pane pane) const;
   void putIntoStack(OutlinePane& pane);
   void makeToolbar();
-  QAction* addPaneItem(QToolBar& toolbar, Pane pane, const QString& title, const QString& symbol);
-  void addLinkItem(QToolBar& toolbar);
+  void addPaneItem(Pane pane, const QString& title, const QString& symbol);
+  void addLinkItem();
   void makeMenus();
   void makeViewMenu();
   void tickAll();
@@ -81,7 +81,7 @@ class MainWindow : public QMainWindow, public MainWindowView {
   WindowMenus* const menus_;
   QLabel* const notice_;
   QStackedWidget* const stack_;
-  QActionGroup* const paneItems_;
+  PaneToolbar* const toolbar_;
   QAction* linkItem_ = nullptr;
   QAction* tickAll_ = nullptr;
   QAction* sortMenu_ = nullptr;
