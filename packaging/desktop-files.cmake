@@ -1,9 +1,13 @@
-# How a desktop knows the windowed program: its entry in the menu, what software centers show, the project files that it
-# opens, and icons for all of them.
+# How a desktop knows the windowed program: its entry in the menu, its name on the session bus, what software centers
+# show, the project files that it opens, and icons for all of them.
 set(resources ${CMAKE_SOURCE_DIR}/resources)
 set(icon_theme ${CMAKE_INSTALL_DATADIR}/icons/hicolor)
 
 install(FILES ${resources}/com.quarrywell.Vantory.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications COMPONENT gui)
+configure_file(${CMAKE_SOURCE_DIR}/packaging/dbus/com.quarrywell.Vantory.service.in
+               ${CMAKE_BINARY_DIR}/com.quarrywell.Vantory.service @ONLY)
+install(FILES ${CMAKE_BINARY_DIR}/com.quarrywell.Vantory.service DESTINATION ${CMAKE_INSTALL_DATADIR}/dbus-1/services
+        COMPONENT gui)
 install(FILES ${resources}/com.quarrywell.Vantory.metainfo.xml DESTINATION ${CMAKE_INSTALL_DATADIR}/metainfo
         COMPONENT gui)
 install(FILES ${resources}/mime/com.quarrywell.Vantory.xml DESTINATION ${CMAKE_INSTALL_DATADIR}/mime/packages

@@ -2,15 +2,22 @@
 # Projects and backups opened by the one command, alone and while the window is open, on a desktop of their own.
 # Usage: opening.sh PROGRAM
 . "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
-also=("$(dirname "${1:-.}")/vantory-window" "$(dirname "${1:-.}")/vantory-desktop")
+built=$(dirname "${1:-.}")
+also=("$built"/vantory-{window,desktop,activation} "$built/com.quarrywell.Vantory.service"
+  "$(dirname "${BASH_SOURCE[0]}")/../../resources/com.quarrywell.Vantory.desktop")
 begin ordinary "$@"
-need Xvfb xdotool dbus-run-session update-desktop-database
+need Xvfb xdotool dbus-run-session dbus-update-activation-environment gapplication update-desktop-database
 
 # What runs on the display and the bus begins here anew, as an ordinary user.
 if [ "${2:-}" != inside ]; then
   use_home opening
   mkdir -p -m 1777 /tmp/.X11-unix
-  mkdir -p -m 700 "$work/run"
+  mkdir -p -m 700 "$work/run" "$work/run/dbus-1" "$work/run/dbus-1/services"
+  mkdir -p "$home/.local/share/applications"
+  programs=$(dirname "$program")
+  sed "s|^Exec=.*|Exec=$programs/vantory-activation $programs/vantory-window|" "$programs/com.quarrywell.Vantory.service" \
+    >"$work/run/dbus-1/services/com.quarrywell.Vantory.service"
+  cp "$programs/com.quarrywell.Vantory.desktop" "$home/.local/share/applications"
   is_root && chown -R "$nobody" "$home" "$work/run"
   limit=250 as_user env VANTORY_WORK="$work" VANTORY_HOMES="$homes" \
     dbus-run-session -- bash "$here/opening.sh" "$program" inside
@@ -118,4 +125,16 @@ sleep 0.5
 check "... which outlives its terminal where that is wished" [ "$(copies)" = 1 ]
 pkill -TERM -u "$(id -u)" -x vantory-window
 check "the end of the session ends the window in order" eval 'wait_for not pgrep -u "$(id -u)" -x vantory-window && logged "App selections saved"'
+
+# --- By the name on the bus ------------------------------------------------------------------------------------------
+
+dbus-update-activation-environment DISPLAY
+rm -f "$home/given" "$log"
+check "a desktop opens a project by the bus" eval 'gapplication launch com.quarrywell.Vantory "$home/Other Film.FCP" && given "$home/Other Film.FCP"'
+check "... without a window" wait_for not pgrep -u "$(id -u)" -x vantory-window
+rm -f "$log"
+check "... and the window" eval 'gapplication launch com.quarrywell.Vantory && wait_for logged "Switched to Trash pane" && wait_for shown'
+check "... of which there is one" eval 'gapplication launch com.quarrywell.Vantory && wait_for not pgrep -u "$(id -u)" -f vantory-activation && sleep 0.5 && [ "$(copies)" = 1 ]'
+check "an action that it does not have is refused" not gapplication action com.quarrywell.Vantory fly
+pkill -TERM -u "$(id -u)" -x vantory-window
 summary

@@ -26,6 +26,14 @@ check "none names the folder that it was built in" not grep -lF "$(realpath "$fo
 
 for entry in "$usr"/share/applications/*.desktop; do check "${entry##*/}" desktop-file-validate "$entry"; done
 for info in "$usr"/share/metainfo/*.xml; do check "${info##*/}" appstreamcli validate --no-net "$info"; done
+started_by_bus() {
+  local service program
+  service=$(echo "$usr"/share/dbus-1/services/*.service)
+  [ "$(sed -n 's/^Name=//p' "$service")" = "$(basename "$service" .service)" ] || return 1
+  grep -q '^DBusActivatable=true$' "$usr/share/applications/$(basename "$service" .service).desktop" || return 1
+  for program in $(sed -n 's/^Exec=//p' "$service"); do [ -x "$usr/${program#/usr/}" ] || { echo "$program"; return 1; }; done
+}
+check "what the session bus starts is there, under the desktop entry's name" started_by_bus
 check "the polkit policy" xmllint --noout --nonet "$usr"/share/polkit-1/actions/com.quarrywell.vantory.policy
 types_agree() {
   local type
