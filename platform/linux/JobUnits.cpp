@@ -19,6 +19,18 @@ std::string command(std::string_view prefix, const std::string& program, const s
   return line;
 }
 
+// A schedule may outlive the program: then its runs are passed over in silence. Such a line knows no quotes and no
+// escapes.
+std::string onlyWhileInstalled(const std::string& program) {
+  std::string line = "ConditionFileIsExecutable=";
+  for (const char c : program) {
+    if (c == '%') line += '%';
+    if (c == '\n') return "";
+    line += c;
+  }
+  return line += '\n';
+}
+
 }  // namespace
 
 JobTick tickOf(seconds interval) {
@@ -52,7 +64,8 @@ std::string unitWord(std::string_view text) {
 std::string serviceUnit(const Job& job, const JobTools& tools) {
   const std::string interval = std::to_string(job.interval.count());
   const std::string slack = std::to_string(tickOf(job.interval).slack.count());
-  std::string text = "[Unit]\nDescription=Scheduled run of " + job.name.label + "\nStartLimitIntervalSec=0\n\n";
+  std::string text = "[Unit]\nDescription=Scheduled run of " + job.name.label + "\nStartLimitIntervalSec=0\n";
+  text.append(onlyWhileInstalled(job.program)).append("\n");
   text.append("[Service]\nType=oneshot\n");
   text.append("ExecCondition=").append(command(":", tools.isDue, {tools.stamp, interval, slack})).append("\n");
   text.append("ExecStart=").append(command(":@", job.program, job.arguments)).append("\n");

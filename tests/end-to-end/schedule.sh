@@ -91,6 +91,9 @@ check "a missed run is made up for" eval 'wait_for eval "[ \"\$(backups)\" = $((
 restart touch -d "2 days ago" "$manager_stamp"
 sleep 2
 check "once" [ "$(backups)" = $((count + 1)) ]
+set_back 172800; mv "$program" "$program.gone"
+check "a removed program is no failure" eval 'user_systemctl start "$label.service" && [ "$(user_systemctl show -P ConditionResult "$label.service")" = no ]'
+mv "$program.gone" "$program"; set_back 0
 
 # The windowed program may be started, and so load the job anew, just while a missed run is made up for.
 slow() { as_anna "$driver" start-job com.example.Slow 3600 /bin/sh Vantory -c 'echo >>~/runs; sleep 2'; }
