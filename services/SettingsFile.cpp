@@ -1,6 +1,7 @@
 #include "services/SettingsFile.h"
 
 #include <chrono>
+#include <utility>
 
 #include "platform/Clock.h"
 #include "platform/SystemLog.h"
@@ -71,8 +72,7 @@ std::shared_ptr<const SettingsFile::Content> SettingsFile::current() const {
 }
 
 void SettingsFile::tell(const Content& content) const {
-  if (content.state == told_) return;
-  told_ = content.state;
+  if (!isNews(content.state)) return;
   // A task that goes on without the settings may work in another library: its caller must know.
   const auto tellBoth = [](const std::string& message) {
     report("%@", message);
@@ -80,6 +80,13 @@ void SettingsFile::tell(const Content& content) const {
   };
   if (content.state == State::Damaged) tellBoth(formatted("The settings in %@ are damaged and are not used.", path_));
   if (content.state == State::Unreadable) tellBoth(formatted("Unable to read the settings: %@", content.reason));
+}
+
+// Several parts of the program read the same file.
+bool SettingsFile::isNews(State state) const {
+  Told& told = Runtime::current().shared<Told>();
+  const std::lock_guard lock(told.mutex);
+  return std::exchange(told.states[path_], state) != state;
 }
 
 PropertyListDictionary SettingsFile::read() const {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -30,17 +31,23 @@ class SettingsFile {
   bool change(const std::function<void(PropertyListDictionary&)>& change, Durability durability);
 
  private:
-  enum class State { Missing, Sound, Damaged, Unreadable };
+  enum class State { Sound, Missing, Damaged, Unreadable };
   struct Content {
     State state = State::Missing;
     std::optional<FileInfo> info;  // of the file it was read from; none when there was none
     std::string reason;            // why it is unreadable
     PropertyListDictionary values;
   };
+  // What the log heard last of each file: nothing is as good as sound.
+  struct Told {
+    std::mutex mutex;
+    std::map<std::string, State> states;
+  };
 
   Content load() const;
   std::shared_ptr<const Content> current() const;
   void tell(const Content& content) const;
+  bool isNews(State state) const;
   void forget() const;
   Status replace(const std::function<void(PropertyListDictionary&)>& change, Durability durability);
   Status setAside() const;
@@ -48,7 +55,6 @@ class SettingsFile {
   const std::string path_;
   mutable std::mutex mutex_;
   mutable std::shared_ptr<const Content> cached_;
-  mutable State told_ = State::Sound;  // what the log heard last
 };
 
 }  // namespace vantory

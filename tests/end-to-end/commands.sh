@@ -77,7 +77,7 @@ check "-restoredefault, from settings in binary form" eval 'ran && holds "$prefe
 check "settings it does not know stay" eval '[ "$(plist get "$settings" "somebody else")" = kept ] && [ "$(plist get "$settings" number)" = 7 ] && [ -n "$(plist get "$settings" launch)" ]'
 printf '<?xml version="1.0"?><plist><dict><key>a</key>' >"$settings"
 run -list
-check "damaged settings are set aside and told of" eval 'ended 0 && [ "$(count "$preferences" -name "com.quarrywell.Vantory.plist.damaged-*")" = 1 ] && grep -q "were damaged and now lie at" "$log" && [ -n "$(plist get "$settings" launch)" ]'
+check "damaged settings are set aside and told of" eval 'ended 0 && said "Vantory: The settings in $settings are damaged and are not used." && [ "$(count "$preferences" -name "com.quarrywell.Vantory.plist.damaged-*")" = 1 ] && grep -q "were damaged and now lie at" "$log" && [ -n "$(plist get "$settings" launch)" ]'
 plist write "$preferences/com.quarrywell.global.plist" xml disable-logging=true; rm "$log"
 run -trash nokey
 check "logging switched off" eval 'ended 0 && said "Vantory: Logging is disabled" && [ ! -e "$log" ]'
