@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "backups/BackupFolder.h"
 #include "backups/QWBackup.h"
 #include "platform/Clock.h"
@@ -105,6 +107,11 @@ void RestoreRun::relaunchClosed() const {
 }  // namespace
 
 void QWBackup::restore(bool closeAutomatically) {
+  if (std::ranges::all_of(children_, [](const auto& app) { return app->selected() == Off; }))
+    QWLog::appendLogAndPrint(children_.empty()
+                                 ? "Nothing was restored: %@ is no backup, or its Settings.plist cannot be read."
+                                 : "Nothing was restored: %@ holds none of the chosen items.",
+                             path_);
   RestoreRun run(path_, closeAutomatically);
   bool cancelled = false;
   for (const auto& app : children_) {

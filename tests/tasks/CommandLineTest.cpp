@@ -223,6 +223,16 @@ TEST_F(CommandLineTest, EachFailureIsToldWhereItBelongs) {
   for (const char* path : {"None", ""}) EXPECT_EQ(run({"-restore", path}), 1);
   EXPECT_EQ(sentErrors().back(), "Vantory: Unable to restore backup - backup does not exist.");
   EXPECT_THAT(log(), HasSubstr(" - Unable to restore backup - backup does not exist\n"));
+
+  writeFile(library("/Torn.vnt/Settings.plist"), "<plist><dict>");
+  set("defaultBackup", "Torn.vnt");
+  const std::string nothing =
+      "Nothing was restored: " + library("/Torn.vnt") + " is no backup, or its Settings.plist cannot be read.";
+  for (const auto& task : {std::vector<std::string>{"-restore", library("/Torn.vnt")}, {"-restoredefault"}}) {
+    EXPECT_EQ(run(task), 0);
+    EXPECT_THAT(log(), HasSubstr(nothing));
+    EXPECT_EQ(fakes_.systemLog.messages().back(), nothing);
+  }
 }
 
 TEST_F(CommandLineTest, RestoreTakesAPathAndTheListedItems) {
