@@ -12,7 +12,11 @@ if [ -z "${VANTORY_WORK:-}" ]; then
       check "$doc: $path" [ -e "$checkout/$path" ]
     done
   done
-  also=("$checkout/README.md" "$checkout/docs/backup-format.md")
+  named() { (cd "$checkout" && grep -ohE -- "$1" "${docs[@]}") | sed -E "s/$2//" | tr ' ' '\n' | sort -u; }
+  for preset in $(named '--preset [a-z]+' '.* '); do check "preset $preset" grep -q "\"name\": \"$preset\"" "$checkout/CMakePresets.json"; done
+  for set in $(named 'install-dependencies( [a-z]+)+' '[^ ]* '); do check "packages $set" grep -q "^ *\[$set\]=" "$checkout/scripts/install-dependencies"; done
+  for tests in $(named '--gtest_filter=.[A-Za-z]+' '.*[^A-Za-z]'); do check "tests $tests" grep -rqE "TEST(_F)?\($tests," "$checkout/tests"; done
+  also=("$checkout"/{README,CONTRIBUTING,docs/backup-format}.md)
   [ "$failed" = 0 ] || summary
   rm -rf "$work"
 fi
@@ -37,12 +41,20 @@ while IFS= read -r line; do
   [ "$reader" = "$words" ] || check "... | $reader" answers "$reader"
 done < <(grep -E '^    vantory -' "$here/README.md")
 
+blocks_of() { awk '/^```sh$/ { on = 1; next } /^```$/ { if (on) printf "%c", 0; on = 0 } on' "$here/$1"; }
 run -restore "$library/$name.vnt"
 block=0
 while IFS= read -r -d '' script; do
   block=$((block + 1))
   check "the commands for a backup by hand ($block)" as_user sh -ec "cd '$library/$name.vnt'; $script"
-done < <(awk '/^```sh$/ { on = 1; next } /^```$/ { if (on) printf "%c", 0; on = 0 } on' "$here/backup-format.md")
+done < <(blocks_of backup-format.md)
 check "there are such commands" [ "$block" = 3 ]
 check "a backup that is packed by hand is whole" tar -tzf "$home/$name.tar.gz" "$name.vnt/Settings.plist"
+
+# A contributor's first run, from the build folder and in a home of its own.
+use_home scratch
+mkdir -p "$work/checkout/build" && ln -s "$work" "$work/checkout/build/debug"
+script=$(blocks_of CONTRIBUTING.md | tr '\0' '\n' | grep scratch | sed "s|/tmp/scratch|$home|g")
+first_run() { as_user sh -ec "cd '$work/checkout'; $script" | grep "Backup population complete"; }
+check "a contributor's first run, and its log" first_run
 summary

@@ -62,6 +62,9 @@ clean_up() {
 is_root() { [ "$(id -u)" = 0 ]; }
 
 # Makes the scratch home NAME the present one and names its folders.
+# documented FILE COMMAND: the command of a document of the checkout, so that a test runs what readers are told.
+documented() { grep -qF -- "\`$2\`" "$here/../../$1" && echo "${2#sudo }" || { echo false; return 1; }; }
+
 use_home() {
   home=$homes$1
   preferences=$home/Library/Preferences

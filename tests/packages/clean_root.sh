@@ -128,21 +128,23 @@ display=
 # --- Upgrade ---------------------------------------------------------------------------------------------------------
 
 inside groupadd editors
-inside dpkg-statoverride --update --add root editors 750 /usr/libexec/vantory/vantory-lock-helper
+lend() { inside $(documented README.md "sudo dpkg-statoverride --update --add root editors 0750 /usr/libexec/vantory/vantory-lock-helper") && inside $(documented README.md "sudo dpkg-reconfigure vantory"); }
+lent() { [ "$(inside stat -c %a:%G /usr/libexec/vantory/vantory-lock-helper)" = 750:editors ] && helper_may_lock; }
+check "the right to lock is lent to a group" eval 'lend && lent'
 before=$(manifest "$home")
 bring 1.1-1
 check "both are upgraded" apt install /tmp/vantory.deb /tmp/vantory-gui.deb
 check "... vantory" installed vantory 1.1-1
 check "... vantory-gui" installed vantory-gui 1.1-1
-check "... to the right to lock" helper_may_lock
-check "... for those whom the administrator chose" [ "$(stat -c %a:%G "$root/usr/libexec/vantory/vantory-lock-helper" | sed "s/$(inside getent group editors | cut -d: -f3)/editors/; s/UNKNOWN/editors/")" = 750:editors ]
+check "... with the right to lock, for those whom the administrator chose" lent
 inside dpkg-statoverride --remove /usr/libexec/vantory/vantory-lock-helper
 
 # --- Removal ---------------------------------------------------------------------------------------------------------
 
-mkdir -p "$root/etc/systemd/user/timers.target.wants"
-ln -s /usr/lib/systemd/user/vantory-autobackup.timer "$root/etc/systemd/user/timers.target.wants/"
-check "both are removed" apt remove vantory vantory-gui
+check "the service manager is there" apt install systemd
+check "the daily backup is switched on for all users" inside $(documented README.md "sudo systemctl --global enable vantory-autobackup.timer")
+check "... from the next login" [ -L "$root/etc/systemd/user/timers.target.wants/vantory-autobackup.timer" ]
+check "both are removed" inside $(documented README.md "sudo apt remove vantory vantory-gui") -qy
 check "... the programs" [ ! -e "$root/usr/bin/vantory" ]
 check "... what desktops knew of them" not grep -rqi vantory "$root/usr/share/mime" "$root/usr/share/applications"
 check "both are purged" apt purge vantory vantory-gui
