@@ -26,6 +26,7 @@
 #include "platform/linux/ProgressLine.h"
 #include "platform/linux/StandardStreams.h"
 #include "platform/linux/SuperuserRunner.h"
+#include "platform/linux/WatchedFileMetadata.h"
 #include "platform/linux/WatchedFileSystem.h"
 
 namespace vantory {
@@ -47,12 +48,18 @@ struct LinuxPlatform::Parts {
     progress = ProgressLine::onStandardError();
     if (!progress) return;
     watched = std::make_unique<WatchedFileSystem>(files, *progress);
+    watchedMetadata = std::make_unique<WatchedFileMetadata>(metadata, *progress);
     systemLog.setBeforeLine([this] { progress->clear(); });
   }
 
   FileSystem& shownFiles() {
     if (watched) return *watched;
     return files;
+  }
+
+  FileMetadata& shownMetadata() {
+    if (watchedMetadata) return *watchedMetadata;
+    return metadata;
   }
 
   FileRights rightsForUser() const {
@@ -90,6 +97,7 @@ struct LinuxPlatform::Parts {
   LinuxCrashReports crashReports{files, users};
   std::unique_ptr<ProgressLine> progress;
   std::unique_ptr<WatchedFileSystem> watched;
+  std::unique_ptr<WatchedFileMetadata> watchedMetadata;
 };
 
 LinuxPlatform::LinuxPlatform(std::vector<std::string> arguments, std::string startedProgram, Progress progress) {
@@ -101,7 +109,7 @@ LinuxPlatform::LinuxPlatform(std::vector<std::string> arguments, std::string sta
   parts_ = std::make_unique<Parts>(std::move(arguments), std::move(startedProgram));
   Parts& p = *parts_;
   if (progress == Progress::Shown) p.showProgress();
-  platform_ = std::make_unique<Platform>(Platform{p.clock, p.users, p.folders, p.shownFiles(), p.metadata,
+  platform_ = std::make_unique<Platform>(Platform{p.clock, p.users, p.folders, p.shownFiles(), p.shownMetadata(),
                                                   p.machineFiles, p.processes, *p.privileged, p.systemLog, p.system,
                                                   p.workspace, p.documents, p.defaultHandlers, p.taskClient,
                                                   p.notifications, p.announcements, p.jobs, p.tools, p.crashReports});

@@ -66,6 +66,12 @@ in_terminal xterm 30
 check "a terminal shows what takes long, in one line that is gone at the end" eval 'ended 0 && printed "" && drew $'"'"'\e[KWaiting for another process i\e[KVantory: Error writing backup file'"'"
 in_terminal dumb 30
 check "a dumb one does not" eval 'ended 0 && drew "Vantory: Error writing backup file"'
+# A lock helper that does not answer.
+mv "$work/vantory-lock-helper" "$work/helper"
+printf '#!/bin/sh\nsleep 2\n' >"$work/vantory-lock-helper"; chmod 755 "$work/vantory-lock-helper"
+as_user env TERM=xterm /usr/bin/python3 "$here/terminal.py" 80 "$program" -lock fcpPrefs >"$work/out" 2>"$work/err"
+check "locking is shown too" grep -q $'\e\\[KLocking '"$fcp" "$work/err"
+mv "$work/helper" "$work/vantory-lock-helper"
 in_terminal xterm interrupt
 check "an interrupt takes the line away" grep -qE $'Backups(\\^C)?\r\e\\[K(\\^C)?$' "$work/err"
 
