@@ -24,6 +24,12 @@ jumps_protected() {
 [ "$(uname -m)" != x86_64 ] || check "... and jumps" jumps_protected
 check "none names the folder that it was built in" not grep -lF "$(realpath "$folder")" "${programs[@]}"
 
+for file in man/man1/vantory.1.gz bash-completion/completions/vantory zsh/vendor-completions/_vantory \
+  fish/vendor_completions.d/vantory.fish vantory/QWKeys.plist "vantory/Vantory User Manual.pdf" \
+  icons/hicolor/{48x48/apps/com.quarrywell.Vantory.png,scalable/apps/com.quarrywell.Vantory.svg}; do
+  check "${file##*/}" [ -s "$usr/share/$file" ]
+done
+
 for entry in "$usr"/share/applications/*.desktop; do check "${entry##*/}" desktop-file-validate "$entry"; done
 for info in "$usr"/share/metainfo/*.xml; do check "${info##*/}" appstreamcli validate --no-net "$info"; done
 started_by_bus() {

@@ -386,16 +386,25 @@ TEST_F(CommandLineTest, EveryOptionAndKeyIsDocumented) {
   for (const Command& command : commandTable()) options.emplace_back(command.option);
   for (const Question& question : questionTable()) options.emplace_back(question.option);
   const auto completion = [&](const char* name) { return readFile(source + "/resources/completions/" + name); };
+  std::string tasks, tasksToPreview;  // as the completions list them
   for (const std::string& option : options) {
     const std::string plain = option.substr(option.find_first_not_of('-'));
     const std::string inFish = formatted(option.starts_with("--") ? " -l %@ " : " -a -%@ ", plain);
     const std::string inManual = formatted(option.starts_with("--") ? "\n.It Fl -%@" : "\n.It Fl %@", plain);
+    if (!option.starts_with("--")) {
+      tasks.append(tasks.empty() ? "" : " | ").append(option);
+      tasksToPreview.append(tasksToPreview.empty() ? "" : " ").append(plain);
+    }
     EXPECT_NE(manual.find(inManual), manual.npos) << option;
     EXPECT_NE(readme.find(option), readme.npos) << option;
     EXPECT_NE(completion("vantory.bash").find(option), std::string::npos) << option;
     EXPECT_NE(completion("_vantory").find("'" + option + ":"), std::string::npos) << option;
     EXPECT_NE(completion("vantory.fish").find(inFish), std::string::npos) << option;
   }
+  for (const char* name : {"vantory.bash", "_vantory"})
+    EXPECT_NE(completion(name).find(formatted(" %@)", tasks)), std::string::npos) << name;
+  for (const char* name : {"vantory.bash", "vantory.fish"})
+    EXPECT_NE(completion(name).find(tasksToPreview), std::string::npos) << name;
   for (const BuiltInApp& app : builtInCatalog())
     for (const BuiltInItem& item : app.items)
       for (const std::string& text : {manual, readme}) EXPECT_NE(text.find(item.key), text.npos) << item.key;
