@@ -16,7 +16,10 @@ if [ -z "${VANTORY_WORK:-}" ]; then
   for preset in $(named '--preset [a-z]+' '.* '); do check "preset $preset" grep -q "\"name\": \"$preset\"" "$checkout/CMakePresets.json"; done
   for set in $(named 'install-dependencies( [a-z]+)+' '[^ ]* '); do check "packages $set" grep -q "^ *\[$set\]=" "$checkout/scripts/install-dependencies"; done
   for tests in $(named '--gtest_filter=.[A-Za-z]+' '.*[^A-Za-z]'); do check "tests $tests" grep -rqE "TEST(_F)?\($tests," "$checkout/tests"; done
-  also=("$checkout"/{README,CONTRIBUTING,docs/backup-format}.md)
+  for key in $(sed -n '/^## Settings/,/^## Sch/s/^| `\([A-Za-z]*\)`.*/\1/p' "$checkout/docs/linux.md"); do
+    check "docs/linux.md: $key" grep -rqF "\"$key\"" "$checkout"/{services,backups,settings,tasks}
+  done
+  also=("$checkout"/{README,CONTRIBUTING,docs/backup-format,docs/linux}.md)
   [ "$failed" = 0 ] || summary
   rm -rf "$work"
 fi
@@ -43,6 +46,9 @@ done < <(grep -E '^    vantory -' "$here/README.md")
 
 blocks_of() { awk '/^```sh$/ { on = 1; next } /^```$/ { if (on) printf "%c", 0; on = 0 } on' "$here/$1"; }
 run -restore "$library/$name.vnt"
+sed -n '/^```xml$/,/^```$/{/^```/!p}' "$here/linux.md" >"$settings"
+run -restoredefault
+check "settings as an administrator writes them" eval '[ -s "$settings" ] && said "Vantory: Unable to restore backup - no default backup set."'
 block=0
 while IFS= read -r -d '' script; do
   block=$((block + 1))
