@@ -33,7 +33,9 @@ bool isSuperseded(const Change& earlier, const Change& change) {
 }  // namespace
 
 void Changes::add(Change change) {
-  std::erase_if(changes_, [&](const Change& earlier) { return isSuperseded(earlier, change); });
+  if (refused_.contains(change.path))
+    std::erase_if(changes_, [&](const Change& earlier) { return isSuperseded(earlier, change); });
+  if (change.refusal) refused_.insert(change.path);
   changes_.push_back(std::move(change));
 }
 

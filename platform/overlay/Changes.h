@@ -3,6 +3,7 @@
 
 #include <optional>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 #include "platform/Result.h"
@@ -35,6 +36,7 @@ class Changes {
 
  private:
   std::vector<Change> changes_;
+  std::unordered_set<std::string> refused_;  // paths of changes that were refused at some time
 };
 
 }  // namespace vantory
