@@ -12,6 +12,7 @@ install(TARGETS vantory-root-helper RUNTIME DESTINATION ${CMAKE_INSTALL_LIBEXECD
         PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 
 install(CODE "set(policy \"${policy}\")
+set(built_for \"${CMAKE_INSTALL_PREFIX}\")
 set(polkit_actions \"${VANTORY_POLKIT_ACTIONS}\")
 set(helper_folder \"${CMAKE_INSTALL_LIBEXECDIR}/vantory\")")
 install(SCRIPT ${CMAKE_CURRENT_LIST_DIR}/install-rights.cmake)

@@ -3,7 +3,12 @@
 set(staging "$ENV{DESTDIR}")
 execute_process(COMMAND id -u OUTPUT_VARIABLE user OUTPUT_STRIP_TRAILING_WHITESPACE)
 
-if(staging OR user STREQUAL "0")
+# The policy names the helper by its path.
+string(REGEX REPLACE "/$" "" built_for "${built_for}")
+if(NOT CMAKE_INSTALL_PREFIX STREQUAL built_for)
+  message(STATUS "Administrator rights cannot be asked for: this was built for ${built_for}. For them, configure it with\n"
+                 "     -DCMAKE_INSTALL_PREFIX=${CMAKE_INSTALL_PREFIX}")
+elseif(staging OR user STREQUAL "0")
   file(INSTALL "${policy}" DESTINATION "${polkit_actions}")
 else()
   message(STATUS "Administrator rights cannot be asked for until the superuser puts this file into ${polkit_actions}:\n"

@@ -28,9 +28,11 @@ bool hasEnded(pid_t child) {
 std::string helperProgram(const std::string& name) {
   namespace fs = std::filesystem;
   std::error_code failure;
-  const fs::path beside = fs::read_symlink("/proc/self/exe", failure).parent_path() / name;
-  for (const fs::path& path : {beside, fs::path(VANTORY_LIBEXEC) / name})
-    if (access(path.c_str(), X_OK) == 0) return path;
+  const fs::path own = fs::read_symlink("/proc/self/exe", failure).parent_path();
+  for (const fs::path& folder : {own, own / VANTORY_LIBEXEC_FROM_BIN, fs::path(VANTORY_LIBEXEC)}) {
+    const fs::path path = (folder / name).lexically_normal();
+    if (path.is_absolute() && access(path.c_str(), X_OK) == 0) return path;
+  }
   return {};
 }
 

@@ -59,8 +59,11 @@ std::string LinuxSystemInfo::executablePath() const {
 
 std::string LinuxSystemInfo::resourcePath(const std::string& name) const {
   std::error_code failure;
-  const std::filesystem::path beside = std::filesystem::path(executablePath()).parent_path() / name;
-  if (std::filesystem::exists(beside, failure)) return beside.native();
+  const std::filesystem::path own = std::filesystem::path(executablePath()).parent_path();
+  for (const std::filesystem::path& folder : {own, own / VANTORY_DATA_FROM_BIN}) {
+    const std::filesystem::path path = (folder / name).lexically_normal();
+    if (path.is_absolute() && std::filesystem::exists(path, failure)) return path.native();
+  }
   return (std::filesystem::path(VANTORY_DATA) / name).native();
 }
 

@@ -17,7 +17,7 @@ class LinuxSystemInfo : public SystemInfo {
   std::uint64_t memoryBytes() const override;
   // Empty when the kernel does not tell.
   std::string executablePath() const override;
-  // Beside the program, where it was built, else where the installation keeps such files.
+  // Beside the program, where it was built, else where its installation keeps such files.
   std::string resourcePath(const std::string& name) const override;
   const std::vector<std::string>& arguments() const override { return arguments_; }
   // Empty when that folder is gone.
