@@ -9,7 +9,7 @@ if [ ! -e /test/inside ]; then
   # The name of this folder must survive the way through unit files.
   mkdir "$folder/a %h \$HOME \${x}"
   cp "$1" "$(dirname "$1")"/{vantory-due,services_driver} "$folder/a %h \$HOME \${x}/"
-  cp "$here"/*.sh "$here"/*.py "$folder/"
+  cp "$here"/*.sh "$here"/*.py "$here"/../../packaging/systemd/* "$folder/"
   touch "$folder/inside"
   "$here/boot_copy.sh" "$folder" "bash /test/schedule.sh"
   exit $?
@@ -109,6 +109,21 @@ as_anna "$driver" remove-job com.example.Slow
 # --- Removing --------------------------------------------------------------------------------------------------------
 as_anna "$driver" remove-job "$label"
 check "nothing is left of the job" eval '[ -z "$(find /home/vanna -name "*$label*" -o -name "*.target.wants" -o -name "*com.example.Fails*")" ] && [ -z "$(user_systemctl list-units --all --no-legend "*$label*" "*Fails*")" ] && [ -z "$(user_systemctl list-unit-files --no-legend "*$label*")" ]'
+
+# --- For all users of the machine ------------------------------------------------------------------------------------
+ln -s "$program" /usr/local/bin/vantory
+sed 's|@CMAKE_INSTALL_FULL_BINDIR@|/usr/local/bin|' /test/vantory-autobackup.service.in >/etc/systemd/user/vantory-autobackup.service
+cp /test/vantory-autobackup.timer /etc/systemd/user/
+systemctl --global enable vantory-autobackup.timer 2>/dev/null
+systemctl restart "user@$anna"
+check "the administrator's timer waits for its day at the next login" eval 'wait_for user_systemctl is-active vantory-autobackup.timer'
+count=$(backups)
+user_systemctl start vantory-autobackup.service
+check "it backs up" [ "$(backups)" = $((count + 1)) ]
+mkdir -p "$units" && touch "$units/$label.timer"
+user_systemctl start vantory-autobackup.service
+check "but not for those who have a schedule of their own" eval '[ "$(backups)" = $((count + 1)) ] && [ "$(user_systemctl show -P ConditionResult vantory-autobackup.service)" = no ]'
+rm "$units/$label.timer"
 systemctl stop "user@$anna"
 schedule 3600
 log=$home/Library/Logs/Quarrywell/Driver.1.log
