@@ -52,7 +52,8 @@ void printHelp(std::ostream& output) {
             "\n"
             "Exit code: 0 when the task was done, also where single files failed (the log says which);\n"
             "1 when it could not be begun (a missing or invalid operand, no default backup, no backup at PATH,\n"
-            "nobody at the console), when output could not be written, or when no window is installed.\n"
+            "nobody at the console), when backups to list could not be read, when output could not be written, or\n"
+            "when no window is installed.\n"
             "A preview ends as the task would.\n";
 }
 
