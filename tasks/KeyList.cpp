@@ -5,6 +5,27 @@
 
 namespace vantory {
 
+namespace {
+
+constexpr Alias kAliases[] = {
+    {"fcp", "fcpPrefs,borisPrefs"},
+    {"fce", "fcePrefs"},
+    {"stp", "stpPrefs"},
+    {"motion", "motionPrefs"},
+    {"color", "colorPrefs"},
+    {"dvdsp", "dvdspPrefs"},
+    {"livetype", "livetypePrefs"},
+    {"compressor", "compressorPrefs"},
+    {"batchmon", "batchmonPrefs"},
+    {"ct", "ctPrefs"},
+};
+
+}  // namespace
+
+std::span<const Alias> aliasTable() {
+  return kAliases;
+}
+
 KeyList splitKeys(std::string_view operand) {
   return split(operand, ',');
 }

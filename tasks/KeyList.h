@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -15,6 +16,13 @@ using KeyList = std::vector<std::string>;
 // As a whole operand: every item that holds preferences proper, and every item.
 inline constexpr std::string_view kAllPrefs = "-allprefs";
 inline constexpr std::string_view kAllFiles = "-allfiles";
+
+// A short name that scripts use with "-trash", as the whole operand, for an application's preferences.
+struct Alias {
+  std::string_view name;
+  std::string_view keys;
+};
+std::span<const Alias> aliasTable();
 
 // The keys between the commas; blanks stay, empty pieces too.
 KeyList splitKeys(std::string_view operand);

@@ -14,27 +14,8 @@ namespace vantory {
 
 namespace {
 
-// Short names that scripts use for an application's preferences.
-struct Alias {
-  std::string_view name;
-  std::string_view keys;
-};
-
-constexpr Alias kAliases[] = {
-    {"fcp", "fcpPrefs,borisPrefs"},
-    {"fce", "fcePrefs"},
-    {"stp", "stpPrefs"},
-    {"motion", "motionPrefs"},
-    {"color", "colorPrefs"},
-    {"dvdsp", "dvdspPrefs"},
-    {"livetype", "livetypePrefs"},
-    {"compressor", "compressorPrefs"},
-    {"batchmon", "batchmonPrefs"},
-    {"ct", "ctPrefs"},
-};
-
 std::string withoutAlias(const std::string& operand) {
-  for (const Alias& alias : kAliases)
+  for (const Alias& alias : aliasTable())
     if (operand == alias.name) return std::string(alias.keys);
   return operand;
 }

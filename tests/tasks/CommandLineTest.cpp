@@ -12,6 +12,7 @@
 #include "services/PropertyList.h"
 #include "services/QWUserDefaults.h"
 #include "tasks/Command.h"
+#include "tasks/KeyList.h"
 #include "tasks/Program.h"
 #include "tasks/Question.h"
 #include "tests/services/ServicesTest.h"
@@ -405,6 +406,14 @@ TEST_F(CommandLineTest, EveryOptionAndKeyIsDocumented) {
     EXPECT_NE(completion(name).find(formatted(" %@)", tasks)), std::string::npos) << name;
   for (const char* name : {"vantory.bash", "vantory.fish"})
     EXPECT_NE(completion(name).find(tasksToPreview), std::string::npos) << name;
+  std::string aliases;
+  for (const Alias& alias : aliasTable()) {
+    EXPECT_NE(readFile(source + "/docs/manual/manual.html").find(formatted(" (%@)</td>", alias.name)),
+              std::string::npos);
+    aliases.append(aliases.empty() ? "" : " ").append(alias.name);
+  }
+  for (const char* name : {"vantory.bash", "_vantory", "vantory.fish"})
+    EXPECT_NE(completion(name).find(aliases), std::string::npos) << name;
   for (const BuiltInApp& app : builtInCatalog())
     for (const BuiltInItem& item : app.items)
       for (const std::string& text : {manual, readme}) EXPECT_NE(text.find(item.key), text.npos) << item.key;
