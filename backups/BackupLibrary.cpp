@@ -49,22 +49,30 @@ void moveToAutosaves(const std::string& path) {
   QWFileManager::moveFile(path, QWFileManager::uniqueFilename(target), 10s);
 }
 
-// What a folder of backups holds; the person is told of one that is there and cannot be read.
-std::vector<std::string> namesIn(const std::string& folder) {
+struct Listing {
+  BackupList backups;
+  std::optional<Error> error;
+};
+
+// The names of backups in a folder; none in one that is missing. The person is told of one that cannot be read.
+Result<std::vector<std::string>> backupNamesIn(const std::string& folder) {
   const auto entries = Runtime::current().platform().files.list(folder, Detail::Names);
   std::vector<std::string> names;
   if (entries) {
-    for (const DirectoryEntry& entry : *entries) names.push_back(entry.name);
+    for (const DirectoryEntry& entry : *entries)
+      if (isBackupName(entry.name)) names.push_back(entry.name);
   } else if (!QWFileManager::meansMissing(entries.error())) {
     QWLog::appendLogAndPrint("The backups in %@ cannot be read: %@", folder, entries.error().text);
+    return entries.error();
   }
   return names;
 }
 
-BackupList listManualBackups(const std::string& location, const BackupReader& reader) {
-  BackupList backups;
-  for (const std::string& name : namesIn(location)) {
-    if (!isBackupName(name)) continue;
+Listing listManualBackups(const std::string& location, const BackupReader& reader) {
+  const auto names = backupNamesIn(location);
+  if (!names) return {{}, names.error()};
+  Listing listing;
+  for (const std::string& name : *names) {
     const std::string listed = paths::join(location, name);
     const auto date = folderDate(listed);
     if (!date) continue;
@@ -72,22 +80,23 @@ BackupList listManualBackups(const std::string& location, const BackupReader& re
     if (name.starts_with("Auto Backup ")) {
       moveToAutosaves(path);
     } else {
-      backups.push_back(reader.read(path, date));
+      listing.backups.push_back(reader.read(path, date));
     }
   }
-  return backups;
+  return listing;
 }
 
-BackupList listAutoBackups(const BackupReader& reader) {
-  BackupList backups;
+Listing listAutoBackups(const BackupReader& reader) {
+  Listing listing;
   const auto folder = QWDataController::autosaveLocation();
-  if (!folder) return backups;
-  for (const std::string& name : namesIn(*folder)) {
-    if (!isBackupName(name)) continue;
+  if (!folder) return listing;
+  const auto names = backupNamesIn(*folder);
+  if (!names) return {{}, names.error()};
+  for (const std::string& name : *names) {
     const std::string path = paths::join(*folder, name);
-    if (const auto date = folderDate(path)) backups.push_back(reader.read(path, date));
+    if (const auto date = folderDate(path)) listing.backups.push_back(reader.read(path, date));
   }
-  return backups;
+  return listing;
 }
 
 // A window shows sizes at once, and must not wait for them.
@@ -125,12 +134,13 @@ std::string QWDataController::uniqueBackupName(const std::string& name) {
 void QWDataController::populateBackups() {
   QWLog::appendLog("Populating backups...");
   const auto location = vantoryBackupLocation();
-  const BackupList manual = location ? listManualBackups(*location, BackupReader()) : BackupList();
-  measureForWindow(manual);
+  Listing manual = location ? listManualBackups(*location, BackupReader()) : Listing();
+  noteListing(libraryError_, std::move(manual.error));
+  measureForWindow(manual.backups);
   populateAutoBackups(false);
 
   Library library = {QWAutosaveHeader::autosaveHeaderWithChildren(autoBackupArray())};
-  library.insert(library.end(), manual.begin(), manual.end());
+  library.insert(library.end(), manual.backups.begin(), manual.backups.end());
   MainThread::shared().runAndWait([&] { setBackupArray(std::move(library)); });
   tellRestorePane();
   QWLog::appendLog("Backup population complete");
@@ -138,9 +148,10 @@ void QWDataController::populateBackups() {
 
 void QWDataController::populateAutoBackups(bool reload) {
   QWLog::appendLog("Populating auto backups...");
-  BackupList backups = listAutoBackups(BackupReader());
-  measureForWindow(backups);
-  MainThread::shared().runAndWait([&] { setAutoBackupArray(std::move(backups)); });
+  Listing listing = listAutoBackups(BackupReader());
+  noteListing(autosaveError_, std::move(listing.error));
+  measureForWindow(listing.backups);
+  MainThread::shared().runAndWait([&] { setAutoBackupArray(std::move(listing.backups)); });
   if (reload) tellRestorePane();
   QWLog::appendLog("Auto backup population complete");
 }

@@ -43,6 +43,16 @@ void QWDataController::setAutoBackupArray(BackupList backups) {
     backups_.front() = QWAutosaveHeader::autosaveHeaderWithChildren(autoBackups_);
 }
 
+std::optional<Error> QWDataController::libraryError() const {
+  const std::lock_guard lock(mutex_);
+  return libraryError_ ? libraryError_ : autosaveError_;
+}
+
+void QWDataController::noteListing(std::optional<Error>& place, std::optional<Error> error) {
+  const std::lock_guard lock(mutex_);
+  place = std::move(error);
+}
+
 void QWDataController::populateApps() {
   QWLog::appendLog("Populating applications...");
   const AppList apps = buildCatalog();

@@ -11,6 +11,7 @@
 #include "backups/QWAutosaveHeader.h"
 #include "backups/QWBackup.h"
 #include "catalog/Catalog.h"
+#include "platform/Result.h"
 
 namespace vantory {
 
@@ -29,6 +30,9 @@ class QWDataController {
   BackupList autoBackupArray() const;
   // The group of automatic backups, where there is one, shows them from now on.
   void setAutoBackupArray(BackupList backups);
+  // Why the library's folder or that of the automatic backups could not be listed when last they were; none when they
+  // could, or are not there.
+  std::optional<Error> libraryError() const;
   // Told after a list has changed, on the thread that changed it; may be empty.
   std::function<void()> reloadRestorePane;
 
@@ -60,11 +64,14 @@ class QWDataController {
 
  private:
   void tellRestorePane() const;
+  void noteListing(std::optional<Error>& place, std::optional<Error> error);
 
   mutable std::mutex mutex_;
   AppList apps_;
   Library backups_;
   BackupList autoBackups_;
+  std::optional<Error> libraryError_;
+  std::optional<Error> autosaveError_;
 };
 
 }  // namespace vantory

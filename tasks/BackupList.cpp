@@ -4,11 +4,9 @@
 #include <ostream>
 
 #include "backups/QWDataController.h"
-#include "platform/FileSystem.h"
 #include "services/Json.h"
 #include "services/LocalTime.h"
 #include "services/QWFileManager.h"
-#include "services/Runtime.h"
 #include "services/TextTable.h"
 #include "tasks/DryRun.h"
 #include "tasks/Question.h"
@@ -89,13 +87,6 @@ std::string table(const BackupList& backups, const DryRun& run) {
   return table.text();
 }
 
-// Whether a script can trust the list: backups that cannot be read are not none.
-bool isReadable(const std::optional<std::string>& folder) {
-  if (!folder) return true;
-  const auto entries = Runtime::current().platform().files.list(*folder, Detail::Names);
-  return entries || QWFileManager::meansMissing(entries.error());
-}
-
 std::string paths(const BackupList& backups, const DryRun& run) {
   std::string text;
   for (const auto& backup : backups) text.append(run.placeOnDisk(backup->path())).append(1, '\0');
@@ -122,7 +113,8 @@ int listBackups(const QuestionContext& context) {
       context.output << paths(backups, run);
       break;
   }
-  return isReadable(data.vantoryBackupLocation()) && isReadable(data.autosaveLocation()) ? 0 : 1;
+  // Backups that cannot be read are not none.
+  return data.libraryError() ? 1 : 0;
 }
 
 }  // namespace vantory

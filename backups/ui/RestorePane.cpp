@@ -1,5 +1,6 @@
 #include "backups/ui/RestorePane.h"
 
+#include "backups/QWDataController.h"
 #include "platform/qt/Command.h"
 #include "platform/qt/QWOutlineView.h"
 
@@ -11,6 +12,13 @@ std::vector<OutlineColumn> columns() {
   return {{.identifier = "name", .title = QStringLiteral("Name")},
           {.identifier = "date", .title = QStringLiteral("Date"), .width = 160},
           {.identifier = "size", .title = QStringLiteral("Size"), .width = 100, .alignment = Qt::AlignTrailing}};
+}
+
+// The group of automatic backups is always there.
+QString textWithoutBackups() {
+  if (QWDataController::sharedController().libraryError())
+    return QStringLiteral("Your backups cannot be read. The log says why.");
+  return QStringLiteral("No backups yet. Choose Backup in the toolbar to make the first one.");
 }
 
 }  // namespace
@@ -31,8 +39,7 @@ RestorePane::RestorePane()
       sendToMail(addCommand(QStringLiteral("Send by E-&Mail…"))),
       reveal(addCommand(QStringLiteral("&Show in File Manager"), QKeySequence(QStringLiteral("Ctrl+Shift+R")))) {
   outline().showSortIndicators();
-  outline().setEmptyText(QStringLiteral("Reading the library…"),
-                         QStringLiteral("No backups yet. Choose Backup in the toolbar to make the first one."));
+  outline().setEmptyText(QStringLiteral("Reading the library…"), &textWithoutBackups);
   addCommandsTo(menu_);
   outline().setMenu(&menu_);
   addButton(edit);

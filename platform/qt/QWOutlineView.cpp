@@ -108,16 +108,17 @@ void QWOutlineView::showSortIndicators() {
   tree_->header()->setSectionsClickable(true);
 }
 
-void QWOutlineView::setEmptyText(const QString& noRows, const QString& oneClosedRow) {
+void QWOutlineView::setEmptyText(const QString& noRows, std::function<QString()> oneClosedRow) {
   noRowsText_ = noRows;
-  oneClosedRowText_ = oneClosedRow;
+  oneClosedRowText_ = std::move(oneClosedRow);
   placeOverlays();
 }
 
 QString QWOutlineView::emptyText() const {
   const int rows = model_.rowCount();
   if (rows == 0) return noRowsText_;
-  return rows == 1 && !model_.hasChildren(model_.index(0, 0)) ? oneClosedRowText_ : QString();
+  const bool isClosed = rows == 1 && !model_.hasChildren(model_.index(0, 0));
+  return isClosed && oneClosedRowText_ ? oneClosedRowText_() : QString();
 }
 
 void QWOutlineView::setMenu(QMenu* menu) {

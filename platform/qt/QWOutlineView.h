@@ -36,8 +36,9 @@ class QWOutlineView : public QWidget, public OutlineView {
   void showHeaderCheck();
   // Lets a click on a column's header sort.
   void showSortIndicators();
-  // What stands in the place of rows while there are none, or while a single one has nothing below it.
-  void setEmptyText(const QString& noRows, const QString& oneClosedRow);
+  // What stands in the place of rows while there are none, or, asked for anew whenever the rows change, while a single
+  // one has nothing below it.
+  void setEmptyText(const QString& noRows, std::function<QString()> oneClosedRow);
   // Pops up on rows. Not owned.
   void setMenu(QMenu* menu);
   // Lets the text of the selected row be changed in place, where its cell allows that.
@@ -98,7 +99,7 @@ class QWOutlineView : public QWidget, public OutlineView {
   QLabel* const emptyLabel_;
   OutlineActions* actions_ = nullptr;
   QString noRowsText_;
-  QString oneClosedRowText_;
+  std::function<QString()> oneClosedRowText_;
   std::vector<WatchKey> watchKeys_;
   OutlineItemPointer noticed_;  // the selected row's item that the actions were told of
   bool reloading_ = false;

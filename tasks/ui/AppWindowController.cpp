@@ -3,7 +3,6 @@
 #include "backups/QWDataController.h"
 #include "backups/ui/FailureReport.h"
 #include "platform/Controls.h"
-#include "platform/FileSystem.h"
 #include "platform/Workspace.h"
 #include "services/MainThread.h"
 #include "services/NotificationCenter.h"
@@ -36,16 +35,6 @@ AppList copiesOf(const AppList& apps) {
   return copies;
 }
 
-// A library that cannot be read looks like one without backups. Whether it is one.
-bool reportUnreadableLibrary() {
-  const auto location = QWDataController::vantoryBackupLocation();
-  if (!location) return false;
-  const auto listed = Runtime::current().platform().files.list(*location, Detail::Names);
-  if (listed || QWFileManager::meansMissing(listed.error())) return false;
-  reportFailure("Your backups cannot be read", listed.error().text);
-  return true;
-}
-
 }  // namespace
 
 void AppWindowController::startLog() {
@@ -65,7 +54,11 @@ void AppWindowController::load(std::function<void()> shown) {
       toolbarTrash();
       if (shown) shown();
     });
-    if (!reportUnreadableLibrary() && data.backupArray().size() <= 1) makeFirstBackup();
+    // A library that cannot be read looks like one without backups.
+    if (const auto error = data.libraryError())
+      vantory::reportFailure("Your backups cannot be read", error->text);
+    else if (data.backupArray().size() <= 1)
+      makeFirstBackup();
   });
 }
 
