@@ -189,7 +189,7 @@ void QWDataController::removeBackup(const std::shared_ptr<QWBackup>& backup) {
 
 std::shared_ptr<QWBackup> QWDataController::defaultBackup() const {
   for (const auto& node : backupArray()) {
-    const auto backup = std::dynamic_pointer_cast<QWBackup>(node);
+    auto backup = std::dynamic_pointer_cast<QWBackup>(node);
     if (backup && backup->isDefault()) return backup;
   }
   return nullptr;

@@ -125,7 +125,7 @@ std::string QWLocalPaths::uuid() {
 }
 
 Folder QWLocalPaths::tempDirectory() {
-  const Folder folder = below(cacheDirectory(true), "com.quarrywell.Vantory");
+  Folder folder = below(cacheDirectory(true), "com.quarrywell.Vantory");
   if (!folder || !platform().files.makeFolder(*folder)) return std::nullopt;
   return folder;
 }

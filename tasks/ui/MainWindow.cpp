@@ -78,7 +78,7 @@ MainWindow::MainWindow()
   setAcceptDrops(true);
   setMinimumSize(kLeastSize);
   resize(kFirstSize);
-  showPane(Pane::Trash);
+  MainWindow::showPane(Pane::Trash);
 }
 
 OutlinePane& MainWindow::pane(Pane pane) const {
