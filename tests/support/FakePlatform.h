@@ -1,7 +1,8 @@
-// A platform of fakes but for its processes and tools: time stands still, nobody is asked, nothing outside the given
-// folders is touched.
+// A platform of fakes but for its folders, processes and tools: time stands still, nobody is asked, nothing outside the
+// given folders is touched.
 #pragma once
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cstdint>
@@ -25,12 +26,12 @@
 #include "platform/Messaging.h"
 #include "platform/Platform.h"
 #include "platform/PrivilegedRunner.h"
-#include "platform/StandardFolders.h"
 #include "platform/SystemInfo.h"
 #include "platform/SystemLog.h"
 #include "platform/Users.h"
 #include "platform/Workspace.h"
 #include "platform/linux/LinuxProcesses.h"
+#include "platform/linux/LinuxStandardFolders.h"
 #include "platform/linux/LinuxSystemTools.h"
 
 namespace vantory::test {
@@ -38,47 +39,43 @@ namespace vantory::test {
 // Stands still at 2026-11-14 21:35:17 UTC until set; sleeping moves it on at once. Any thread.
 class FakeClock : public Clock {
  public:
-  Timestamp now() const override;
-  void sleep(std::chrono::microseconds duration) override;
-  void set(Timestamp time);
+  Timestamp now() const override {
+    const std::int64_t micros = micros_;
+    return {micros / kSecond, static_cast<std::int32_t>(micros % kSecond * 1000)};
+  }
+  void sleep(std::chrono::microseconds duration) override { micros_ += duration.count(); }
   void advance(std::chrono::microseconds duration) { sleep(duration); }
+  void set(Timestamp time) { micros_ = time.seconds * kSecond + time.nanoseconds / 1000; }
 
  private:
-  mutable std::mutex mutex_;
-  Timestamp now_{1794692117, 0};
+  static constexpr std::int64_t kSecond = 1'000'000;
+  std::atomic<std::int64_t> micros_ = 1794692117 * kSecond;
 };
 
 class FakeUsers : public Users {
  public:
   bool isSuperuser() const override { return superuser; }
-  void becomeSuperuser() override { ++superuserRequests; }
+  void becomeSuperuser() override {}
   std::optional<User> processUser() const override { return process; }
   std::optional<User> consoleUser() const override { return console; }
   std::string nameOf(const User&) const override { return "anna"; }
 
   bool superuser = false;
-  int superuserRequests = 0;
   std::optional<User> process;
   std::optional<User> console;
-};
-
-// The usual layout below a home, and below `root` for the whole machine.
-class FakeFolders : public StandardFolders {
- public:
-  explicit FakeFolders(std::string root) : root_(std::move(root)) {}
-  std::optional<std::string> userFolder(StandardFolder folder, const std::string& home) const override;
-  std::optional<std::string> localFolder(StandardFolder folder) const override;
-  std::string systemLibraryFolder() const override { return root_ + "/System/Library"; }
-
- private:
-  std::string root_;
 };
 
 // Any thread.
 class RecordingSystemLog : public SystemLog {
  public:
-  void write(std::string_view message) override;
-  std::vector<std::string> messages() const;
+  void write(std::string_view message) override {
+    const std::lock_guard lock(mutex_);
+    messages_.emplace_back(message);
+  }
+  std::vector<std::string> messages() const {
+    const std::lock_guard lock(mutex_);
+    return messages_;
+  }
 
  private:
   mutable std::mutex mutex_;
@@ -113,13 +110,16 @@ class FakePrivilegedRunner : public PrivilegedRunner {
     bool operator==(const Call&) const = default;
   };
 
-  bool authorize() override;
+  bool authorize() override { return ++requests, authorized = grants; }
   void release() override { authorized = false; }
   bool isAuthorized() const override { return authorized; }
   bool knows(const std::string& tool) const override {
     return tool == kMachineSettingTool || tool.starts_with("/usr/sbin/");
   }
-  int run(const std::string& tool, const std::vector<std::string>& arguments) override;
+  int run(const std::string& tool, const std::vector<std::string>& arguments) override {
+    calls.push_back({tool, arguments});
+    return behaviour(calls.back());
+  }
 
   bool grants = true;  // the answer to the next request
   bool authorized = false;
@@ -128,16 +128,36 @@ class FakePrivilegedRunner : public PrivilegedRunner {
   std::function<int(const Call&)> behaviour = [](const Call&) { return 0; };
 };
 
+// What a map holds of that key.
+template <class Key, class Value>
+std::optional<Value> found(const std::map<Key, Value>& values, const Key& key) {
+  const auto known = values.find(key);
+  return known == values.end() ? std::nullopt : std::optional(known->second);
+}
+
 class FakeWorkspace : public Workspace {
  public:
-  Result<bool> isRunning(const std::string& bundleIdentifier) const override;
+  Result<bool> isRunning(const std::string& identifier) const override {
+    if (runningFailure) return *runningFailure;
+    return std::find(running.begin(), running.end(), identifier) != running.end();
+  }
   // Recorded, then handed to `onQuit`.
-  Status quitApplication(const std::string& name, const std::string& bundleIdentifier) override;
+  Status quitApplication(const std::string&, const std::string& identifier) override {
+    return quitRequests.push_back(identifier), onQuit(identifier);
+  }
   // Recorded; the application runs from then on.
-  Status launchApplication(const std::string& bundleIdentifier) override;
-  std::optional<std::string> applicationPath(const std::string& bundleIdentifier) const override;
-  Status openFile(const std::string& path, const std::string& bundleIdentifier) override;
-  Status activateApplication(const std::string& bundleIdentifier) override;
+  Status launchApplication(const std::string& identifier) override {
+    return launched.push_back(identifier), running.push_back(identifier), Status();
+  }
+  std::optional<std::string> applicationPath(const std::string& identifier) const override {
+    return found(paths, identifier);
+  }
+  Status openFile(const std::string& path, const std::string& identifier) override {
+    return opened.emplace_back(path, identifier), Status();
+  }
+  Status activateApplication(const std::string& identifier) override {
+    return activated.push_back(identifier), Status();
+  }
 
   std::vector<std::string> running;     // one entry for each copy
   std::optional<Error> runningFailure;  // why it cannot be told what runs
@@ -147,9 +167,8 @@ class FakeWorkspace : public Workspace {
   std::vector<std::string> quitRequests;                    // bundle identifiers
   std::vector<std::string> launched;
   // By default every copy of the application quits at once.
-  std::function<Status(const std::string& bundleIdentifier)> onQuit = [this](const std::string& identifier) {
-    std::erase(running, identifier);
-    return Status();
+  std::function<Status(const std::string&)> onQuit = [this](const std::string& identifier) {
+    return std::erase(running, identifier), Status();
   };
 };
 
@@ -169,9 +188,14 @@ class FakeDocuments : public Documents {
 // Every extension has the type "type/EXTENSION" but for those that are unknown.
 class FakeDefaultHandlers : public DefaultHandlers {
  public:
-  Result<std::string> typeOfExtension(const std::string& extension) const override;
-  Status setDefaultViewer(const std::string& type, const std::string& bundleIdentifier) override;
-  std::optional<std::string> defaultViewer(const std::string& type) const override;
+  Result<std::string> typeOfExtension(const std::string& extension) const override {
+    if (unknownExtensions.contains(extension)) return Error{std::errc::no_such_file_or_directory, extension};
+    return std::string("type/").append(extension);
+  }
+  Status setDefaultViewer(const std::string& type, const std::string& identifier) override {
+    return viewers[type] = identifier, Status();
+  }
+  std::optional<std::string> defaultViewer(const std::string& type) const override { return found(viewers, type); }
 
   std::set<std::string> unknownExtensions;
   std::map<std::string, std::string> viewers;  // by type
@@ -179,7 +203,12 @@ class FakeDefaultHandlers : public DefaultHandlers {
 
 class FakeTaskClient : public TaskClient {
  public:
-  Result<Answer> send(const std::string& service, const TaskMessage& message) override;
+  Result<Answer> send(const std::string& service, const TaskMessage& message) override {
+    if (!services.contains(service)) return Answer::NotRegistered;
+    if (!understood.contains(message.name)) return Answer::NotUnderstood;
+    if (!failure) return failure.error();
+    return sent.push_back(message), Answer::Received;
+  }
 
   std::set<std::string> services;    // registered ones
   std::set<std::string> understood;  // messages
@@ -195,7 +224,9 @@ class FakeNotifications : public DesktopNotifications {
     bool operator==(const Note&) const = default;
   };
 
-  Status post(const std::string& title, const std::string& text, const std::string& context) override;
+  Status post(const std::string& title, const std::string& text, const std::string&) override {
+    return posted.push_back({title, text}), answer;
+  }
   void listen(Listener newListener) override { listener = std::move(newListener); }
 
   std::vector<Note> posted;
@@ -213,9 +244,9 @@ class FakeAnnouncements : public Announcements {
 // Records each call ("load", "unload", "remove") by way of `onCall`; nothing is scheduled.
 class FakeJobControl : public JobControl {
  public:
-  Status load(const Job& job) override;
-  Status unload(const JobName& job) override;
-  Status remove(const JobName& job) override;
+  Status load(const Job& job) override { return loaded.push_back(job), onCall("load"); }
+  Status unload(const JobName&) override { return onCall("unload"); }
+  Status remove(const JobName& job) override { return removed.push_back(job), onCall("remove"); }
   std::optional<Timestamp> lastRun(const JobName&) const override { return stamp; }
 
   std::vector<Job> loaded;
@@ -232,14 +263,20 @@ class FakeCrashReports : public CrashReports {
 };
 
 // All of them. The file system is the test's choice; the ordinary user "anna", who is also at the console, lives in
-// `home`, the machine-wide folders lie below `root`.
+// `home`, the machine-wide folders lie below `root`; the environment moves no folder.
 class FakePlatform {
  public:
-  FakePlatform(FileSystem& files, FileMetadata& metadata, const std::string& root, const std::string& home);
+  FakePlatform(FileSystem& files, FileMetadata& metadata, const std::string& root, const std::string& home)
+      : folders(root, true), platform{clock,         users,     folders,         files,       metadata,
+                                      files,         processes, privileged,      systemLog,   system,
+                                      workspace,     documents, defaultHandlers, taskClient,  notifications,
+                                      announcements, jobs,      tools,           crashReports} {
+    users.process = users.console = User{1000, 1000, home};
+  }
 
   FakeClock clock;
   FakeUsers users;
-  FakeFolders folders;
+  LinuxStandardFolders folders;
   LinuxProcesses processes;
   FakePrivilegedRunner privileged;
   RecordingSystemLog systemLog;
