@@ -1,42 +1,23 @@
 #include "services/QWLog.h"
 
+#include <sys/resource.h>
+
+#include <csignal>
 #include <latch>
 #include <optional>
 #include <thread>
 
 #include "tests/services/ServicesTest.h"
 
-namespace vantory {
+namespace vantory::test {
 namespace {
 
-using test::exists;
-using test::readFile;
-using test::writeFile;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
 constexpr char kDate[] = "2026-11-14 21:35:17 +0000";
 
-// The real disk, which can be full.
-struct FillableDisk : LinuxFileSystem {
-  struct File : AppendFile {
-    File(const bool& diskIsFull, std::unique_ptr<AppendFile> real) : full(diskIsFull), file(std::move(real)) {}
-    Status append(std::string_view bytes) override {
-      return full ? Error{std::errc::no_space_on_device, "disk full"} : file->append(bytes);
-    }
-    const bool& full;
-    std::unique_ptr<AppendFile> file;
-  };
-  Result<std::unique_ptr<AppendFile>> openForAppending(const std::string& path) override {
-    auto file = LinuxFileSystem::openForAppending(path);
-    if (!file) return file.error();
-    return std::unique_ptr<AppendFile>(std::make_unique<File>(full, std::move(*file)));
-  }
-
-  bool full = false;
-};
-
-class LogTest : public testing::Test {
+class LogTest : public ServicesTest {
  protected:
   std::string log(int generation = 1) const {
     return home_ / ("Library/Logs/Quarrywell/Vantory.task." + std::to_string(generation) + ".log");
@@ -50,13 +31,7 @@ class LogTest : public testing::Test {
   }
   static std::string entry(const std::string& message) { return std::string(kDate) + " - " + message + "\n"; }
 
-  test::ScratchFolder home_;
-  test::ScratchFolder machine_;
-  FillableDisk disk_;
-  test::FaultyFileSystem files_{disk_};
-  LinuxFileMetadata metadata_;
-  test::FakePlatform fakes_{files_, metadata_, machine_.path(), home_.path()};
-  std::optional<Runtime> runtime_{std::in_place, fakes_.platform};
+  std::optional<Runtime> fresh_{std::in_place, fakes_.platform};
 };
 
 TEST_F(LogTest, ManyThreadsKeepTheirOrderAcrossRollOvers) {
@@ -73,7 +48,7 @@ TEST_F(LogTest, ManyThreadsKeepTheirOrderAcrossRollOvers) {
       if (thread == 0) QWLog::finishWriting();
     });
   for (std::thread& thread : threads) thread.join();
-  runtime_.reset();  // flushes
+  fresh_.reset();  // flushes
   std::vector<int> next(kThreads, 0);
   int rollOvers = 0;
   for (const int generation : {3, 2, 1})
@@ -92,6 +67,7 @@ TEST_F(LogTest, ManyThreadsKeepTheirOrderAcrossRollOvers) {
 
 TEST_F(LogTest, FailuresAreToldToTheSystemLogAndTriedAgain) {
   const std::string folder = home_ / "Library/Logs/Quarrywell";
+  std::filesystem::remove_all(home_ / "Library/Logs");
   writeFile(home_ / "Library/Logs", "in the way");
   QWLog::createNewLog("Vantory.task");
   QWLog::appendLog("lost");
@@ -100,17 +76,22 @@ TEST_F(LogTest, FailuresAreToldToTheSystemLogAndTriedAgain) {
                           "Unable to open log for output"));
   EXPECT_EQ(QWLog::sharedController().bytesInQueue(), 0u);
   std::filesystem::remove(home_ / "Library/Logs");
-  test::makeFolders(folder);
+  makeFolders(folder);
   QWLog::appendLog("found");
   EXPECT_EQ(readFile(log()), entry("found"));
-  files_.fail(test::Operation::Move, std::errc::io_error, test::FaultyFileSystem::kEveryCall);
+  files_.fail(Operation::Move, std::errc::io_error, FaultyFileSystem::kEveryCall);
   QWLog::createNewLog();
   EXPECT_EQ(fakes_.systemLog.messages().back(), "Unable to move file " + log(1) + " to " + log(2));
   QWLog::appendLog("kept");
   EXPECT_EQ(readFile(log()), entry("found") + entry("kept"));
-  disk_.full = true;
+  signal(SIGXFSZ, SIG_IGN);
+  rlimit before{};
+  getrlimit(RLIMIT_FSIZE, &before);
+  const rlimit full{std::filesystem::file_size(log()), before.rlim_max};
+  setrlimit(RLIMIT_FSIZE, &full);
   QWLog::appendLog("too much");
-  EXPECT_EQ(fakes_.systemLog.messages().back(), "Exception writing to log: disk full");
+  setrlimit(RLIMIT_FSIZE, &before);
+  EXPECT_EQ(fakes_.systemLog.messages().back(), "Exception writing to log: " + log() + ": File too large");
   EXPECT_EQ(QWLog::sharedController().bytesInQueue(), 8u);
 }
 
@@ -131,4 +112,4 @@ TEST_F(LogTest, SuperuserWritesTheMachineWideFileAndMovesTheUsersGenerations) {
 }
 
 }  // namespace
-}  // namespace vantory
+}  // namespace vantory::test

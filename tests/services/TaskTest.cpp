@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <csignal>
+#include <optional>
 #include <thread>
 
 #include "services/MainThread.h"
@@ -10,10 +11,11 @@
 namespace vantory::test {
 namespace {
 
-using std::chrono::seconds;
+using namespace std::chrono_literals;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::IsSupersetOf;
 
 constexpr const char* kShell = "/bin/sh";
 
@@ -24,17 +26,15 @@ class TaskTest : public ServicesTest {
 
   // What the work answers on a thread of its own, while the main thread serves whoever hands it work.
   template <class Work>
-  auto offTheMainThread(Work work) {
-    decltype(work()) answer{};
-    std::atomic<bool> done = false;
+  static auto offTheMainThread(Work work) {
+    std::optional<decltype(work())> answer;
     std::thread worker([&] {
-      answer = work();
-      done = true;
-      MainThread::shared().notify();
+      auto made = work();
+      MainThread::shared().runAndWait([&] { answer = std::move(made); });
     });
-    MainThread::shared().runUntil([&] { return done.load(); });
+    MainThread::shared().runUntil([&] { return answer.has_value(); });
     worker.join();
-    return answer;
+    return *answer;
   }
 };
 
@@ -53,16 +53,16 @@ TEST_F(TaskTest, RefusesWhatIsNoTool) {
 }
 
 TEST_F(TaskTest, ATimeLimitEndsTheToolAndSaysSo) {
-  const auto code = [] { return QWTask::terminationCodeFromTask("/bin/sleep", {"60"}, seconds(0)); };
+  const auto code = [] { return QWTask::terminationCodeFromTask("/bin/sleep", {"60"}, 0s); };
   EXPECT_EQ(offTheMainThread(code), 128 + 15);
-  EXPECT_EQ(offTheMainThread([] { return QWTask::dataFromTask("/bin/sleep", {"60"}, seconds(0)); }), "");
+  EXPECT_EQ(offTheMainThread([] { return QWTask::dataFromTask("/bin/sleep", {"60"}, 0s); }), "");
   EXPECT_THAT(systemLog(), ElementsAre("Task timed out. Terminating...", "Task timed out. Terminating..."));
   EXPECT_THAT(logged(), Contains("Task /bin/sleep timed out. Terminating...").Times(2));
 }
 
 TEST_F(TaskTest, ATimeLimitHoldsThoughWhatTheToolStartedKeepsItsOutputOpen) {
   const auto output = offTheMainThread([] {
-    return QWTask::dataFromTask(kShell, {"-c", "sleep 60 & echo $!; wait"}, seconds(1));
+    return QWTask::dataFromTask(kShell, {"-c", "sleep 60 & echo $!; wait"}, 1s);
   });
   const pid_t grandchild = std::stoi(output.value_or("0"));
   ASSERT_GT(grandchild, 0);
@@ -70,15 +70,97 @@ TEST_F(TaskTest, ATimeLimitHoldsThoughWhatTheToolStartedKeepsItsOutputOpen) {
 }
 
 TEST_F(TaskTest, ATimeLimitNeverActsOnTheMainThread) {
-  EXPECT_EQ(QWTask::terminationCodeFromTask(kShell, {"-c", "sleep 0.1; exit 5"}, seconds(0)), 5);
+  EXPECT_EQ(QWTask::terminationCodeFromTask(kShell, {"-c", "sleep 0.1; exit 5"}, 0s), 5);
   EXPECT_THAT(systemLog(), IsEmpty());
 }
 
 TEST_F(TaskTest, ErrorTextTakesPrecedenceOverOutput) {
   std::shared_ptr<Process> task;
   EXPECT_EQ(QWTask::dataFromTask(kShell, {"-c", "echo out; echo err >&2; echo out"}, task), "err\n");
-  const auto large = QWTask::dataFromTask(kShell, {"-c", "head -c 300000 /dev/zero"}, task);
-  EXPECT_EQ(large.value_or("").size(), 300000U);
+}
+
+void waitFor(const std::function<bool()>& condition) {
+  while (!condition()) std::this_thread::sleep_for(1ms);
+}
+
+// Output as it comes, and how such a run ends.
+class AsyncTaskTest : public ServicesTest {
+ protected:
+  // Adds up the pieces, and counts the empty ones.
+  QWTask::AsyncDelegate gather() {
+    return [this](const std::string& data, QWTask&, const std::any&) {
+      output_ += data;
+      if (data.empty()) ++ends_;
+    };
+  }
+  void run(const std::string& script, QWTask::AsyncDelegate delegate) {
+    task_->asyncDataFromTask(kShell, {"-c", script}, std::move(delegate));
+  }
+
+  std::string output_;  // complete once there was an end
+  std::atomic<int> ends_ = 0;
+  std::unique_ptr<QWTask> task_ = std::make_unique<QWTask>();
+};
+
+TEST_F(AsyncTaskTest, HandsOnWhatTheToolPrintsAndThenItsEnd) {
+  const auto mine = std::make_shared<int>(7);
+  task_->asyncDataFromTask(
+      kShell, {"-c", "echo error >&2; head -c 300000 /dev/zero"},
+      [&, mine](const std::string& data, QWTask& task, const std::any& object) {
+        EXPECT_EQ(&task, task_.get());
+        EXPECT_EQ(std::any_cast<std::shared_ptr<int>>(object), mine);
+        gather()(data, task, object);
+      },
+      mine);
+  waitFor([&] { return ends_ == 1 && mine.use_count() == 1; });  // delegate and object are let go of
+  EXPECT_EQ(output_, std::string(300000, '\0'));
+  EXPECT_EQ(task_->theTask(), nullptr);
+}
+
+TEST_F(AsyncTaskTest, AToolThatCannotBeStartedOnlyEnds) {
+  task_->asyncDataFromTask("/missing/tool", {}, gather());
+  waitFor([&] { return ends_ == 1; });
+  task_.reset();
+  EXPECT_EQ(ends_, 1);
+  EXPECT_THAT(output_, IsEmpty());
+  EXPECT_THAT(logged(),
+              IsSupersetOf({"Error: /missing/tool is not executable", "Unable to launch async task - no task set"}));
+}
+
+TEST_F(AsyncTaskTest, TheDelegateMayDestroyTheTask) {
+  std::atomic<bool> destroyed = false;
+  const auto held = std::make_shared<int>();
+  run("yes", [&, held](const std::string&, QWTask&, const std::any&) {
+    task_.reset();
+    EXPECT_FALSE(destroyed.exchange(true));
+  });
+  waitFor([&] { return destroyed && held.use_count() == 1; });
+}
+
+TEST_F(AsyncTaskTest, DestroyingTheTaskWaitsForTheDelegate) {
+  std::atomic<bool> called = false;
+  bool left = false;  // unguarded: the end of the task is what orders the accesses
+  run("yes", [&](const std::string&, QWTask& task, const std::any&) {
+    EXPECT_FALSE(called);  // never again after it ended the run
+    task.terminateAsyncTask();
+    called = true;
+    std::this_thread::sleep_for(20ms);
+    EXPECT_EQ(task.theTask(), nullptr);
+    left = true;
+  });
+  waitFor([&] { return called.load(); });
+  task_.reset();
+  EXPECT_TRUE(left);
+}
+
+TEST_F(AsyncTaskTest, CanBeDestroyedAtAnyMoment) {
+  for (int round = 0; round < 40; ++round) {
+    bool destroyed = false;
+    run("echo a; sleep 0.005; echo b", [&](const std::string&, QWTask&, const std::any&) { EXPECT_FALSE(destroyed); });
+    std::this_thread::sleep_for(std::chrono::microseconds(round * 300));
+    task_ = std::make_unique<QWTask>();
+    destroyed = true;
+  }
 }
 
 }  // namespace
