@@ -32,7 +32,6 @@ chmod -R a+rX "$work/rules" "$work/actions"
 rule() { printf %s "$1" >/tmp/answer; chmod 644 /tmp/answer; }  # yes, no, or ask the person
 rule yes
 
-soon() { local i; for i in $(seq 100); do "$@" >/dev/null 2>&1 && return; sleep 0.1; done; return 1; }
 mkdir -p /run/dbus; ln -s /run /var/run
 dbus-daemon --system --nofork --nopidfile >"$work/bus" 2>&1 &
 bus=$!
@@ -85,9 +84,9 @@ drive tool /bin/mkdir -p /Library/LaunchDaemons -- tool /bin/mv -f "$home/job" "
 check "a job of the machine's" eval 'answered 1111 && holds "$job" job && [ "$(stat -c "%u %a" "$job")" = "0 644" ] && not test -e "$home/job"'
 
 # --- Not abused ------------------------------------------------------------------------------------------------------
-fresh; put /Users/Shared/x; as_anna ln -s /tmp/foreign "$home/trap"; ln -s ../../tmp/foreign "$theirs/link"; mv "$theirs/link" "$home/link"
-drive remove "$home/trap/secret" -- copy "$home/own" "$home/trap/secret" -- copy "$home/trap/secret" "$home/got" -- move "$home/link/secret" "$home/got" -- remove /tmp/foreign/secret -- remove "$home/../foreign/secret" -- tool /bin/rm -Rdf "$preferences" -- tool /bin/rm -Rdf /Users/Shared -- tool /bin/mv -f /Users/Shared "$home/got" -- tool /bin/chmod 644 /tmp/foreign/secret -- tool /bin/sh -c true
-check "no planted link, no foreign folder, no standard folder, no other tool" eval 'answered 00000000000 && holds /tmp/foreign/secret secret && [ "$(stat -c %a /tmp/foreign/secret)" = 644 ] && not test -e "$home/got" && [ -d "$preferences" ] && [ -e /Users/Shared/x ]'
+fresh; put /Users/Shared/x; put /tmp/public; mkdir /Library/LaunchDaemons; as_anna ln -s /tmp/foreign "$home/trap"; ln -s ../../tmp/foreign "$theirs/link"; mv "$theirs/link" "$home/link"
+drive remove "$home/trap/secret" -- copy "$home/own" "$home/trap/secret" -- copy "$home/trap/secret" "$home/got" -- move "$home/link/secret" "$home/got" -- remove /tmp/foreign/secret -- remove "$home/../foreign/secret" -- tool /bin/rm -Rdf "$preferences" -- tool /bin/rm -Rdf /Users/Shared -- tool /bin/mv -f /Users/Shared "$home/got" -- tool /bin/chmod 644 /tmp/foreign/secret -- tool /bin/mv -f /tmp/public "$job" -- tool /bin/sh -c true
+check "no planted link, no foreign folder, no standard folder, no other tool" eval 'answered 000000000000 && not test -e "$job" && holds /tmp/foreign/secret secret && [ "$(stat -c %a /tmp/foreign/secret)" = 644 ] && not test -e "$home/got" && [ -d "$preferences" ] && [ -e /Users/Shared/x ]'
 fresh
 as_anna mkdir "$home/way"
 as_anna /usr/bin/python3 -c '

@@ -20,14 +20,12 @@ use_stand_in() { rm -f "$helper" "$work"/who/*; cp "$work/stand-in" "$helper"; }
 use_real() { rm -f "$helper"; cp "$work/real-helper" "$helper"; }
 started() { [ -e "$work/who/$1" ]; }
 
-# wait_until COMMAND...
-wait_until() { local i; for i in $(seq 100); do "$@" 2>/dev/null && return; sleep 0.1; done; return 1; }
 # start_peer SCRIPT ARGUMENT...: what it hears goes to $work/SCRIPT.heard.
 start_peer() {
   timeout 200 "${as_anna[@]}" env "XDG_RUNTIME_DIR=$runtime" "HOME=$home" /usr/bin/python3 -B "$work/$1.py" "${@:2}" </dev/null >"$work/$1.heard" 2>&1 &
-  wait_until grep -qx ready "$work/$1.heard"
+  soon grep -qx ready "$work/$1.heard"
 }
-heard() { wait_until grep -qxF "$(printf '%s\t' "${@:2}" | sed 's/\t$//')" "$work/$1.heard"; }
+heard() { soon grep -qxF "$(printf '%s\t' "${@:2}" | sed 's/\t$//')" "$work/$1.heard"; }
 complaint='Unable to show the notification "Backup failed"'
 failed_and_logged() { ended 1 && logged "$complaint: $1" && not grep -q Exception "$log"; }
 
@@ -53,7 +51,7 @@ cat >"$work/bus.conf" <<END
 <allow send_destination="*" eavesdrop="true"/><allow eavesdrop="true"/><allow own="*"/></policy></busconfig>
 END
 timeout 200 "${as_anna[@]}" dbus-daemon --config-file="$work/bus.conf" --nofork --nopidfile &
-wait_until [ -S "$runtime/bus" ]
+soon [ -S "$runtime/bus" ]
 run_as_sudo "${task[@]}"
 cat >"$work/expected" <<END
 $uid

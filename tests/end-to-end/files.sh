@@ -86,8 +86,9 @@ mkdir -p "$deep" && (cd "$deep" && for i in $(seq 200); do mkdir "folder with a 
 run -backup Deep fcpPlugins
 check "a folder whose paths are longer than 4096 bytes can be backed up" ran
 rm -rf "$deep"; run -restore "$library/Deep.vnt"
+chmod 500 "$deep"
 check "and restored" eval 'ran && [ "$(count "$deep" -name file)" = 1 ]'
 run -trash -allfiles
-check "and can be trashed" eval 'ran && [ ! -e "$deep" ] && [ "$(count "$trash/files" -name file)" = 1 ]'
+check "and can be trashed, though nobody may write in it" eval 'ran && [ ! -e "$deep" ] && [ "$(stat -c %a "$trash/files/Plugins")" = 500 ] && [ "$(count "$trash/files" -name file)" = 1 ]'
 check "no temporary files are left" no_leftovers
 summary

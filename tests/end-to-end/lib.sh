@@ -61,10 +61,10 @@ clean_up() {
 
 is_root() { [ "$(id -u)" = 0 ]; }
 
-# Makes the scratch home NAME the present one and names its folders.
 # documented FILE COMMAND: the command of a document of the checkout, so that a test runs what readers are told.
 documented() { grep -qF -- "\`$2\`" "$here/../../$1" && echo "${2#sudo }" || { echo false; return 1; }; }
 
+# Makes the scratch home NAME the present one and names its folders.
 use_home() {
   home=$homes$1
   preferences=$home/Library/Preferences
@@ -89,6 +89,24 @@ as_user() {
 # Runs the program as an ordinary user. Then `code` is its exit code, $work/out and $work/err what it printed.
 run() { as_user "$program" "$@" >"$work/out" 2>"$work/err"; code=$?; }
 
+# on_a_display NAME: begins the script anew on a bus and a display of its own, in the scratch home NAME. At the end the
+# process `window`, if there is one, is ended too.
+on_a_display() {
+  use_home "$1"
+  if [ -z "${ON_A_DISPLAY:-}" ]; then
+    mkdir -p -m 1777 /tmp/.X11-unix
+    mkdir -p -m 700 "$work/run"
+    limit=250 as_user env ON_A_DISPLAY=1 VANTORY_WORK="$work" VANTORY_HOMES="$homes" dbus-run-session -- bash "$0" "$program"
+    exit
+  fi
+  Xvfb -displayfd 1 -noreset -screen 0 1024x768x24 -nolisten tcp >"$work/display" 2>"$work/xvfb" &
+  server=$!
+  trap 'kill $server ${window:-} 2>/dev/null' EXIT
+  soon [ -s "$work/display" ] || skip "no X server can be started here: $(tail -n 1 "$work/xvfb")"
+  DISPLAY=:$(cat "$work/display")
+  export DISPLAY
+}
+
 # check WHAT COMMAND...: passes when the command succeeds.
 check() {
   local what=$1
@@ -105,6 +123,8 @@ check() {
 
 summary() { echo "$passed passed, $failed failed"; [ "$failed" = 0 ]; exit; }
 
+# soon COMMAND...: whether it succeeds within fifteen seconds.
+soon() { local i; for ((i = 0; i < 150; ++i)); do "$@" >/dev/null 2>&1 && return; sleep 0.1; done; return 1; }
 not() { ! "$@"; }
 ended() { [ "$code" = "$1" ]; }
 printed() { [ "$(cat "$work/out")" = "$1" ]; }

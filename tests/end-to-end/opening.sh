@@ -8,39 +8,21 @@ also=("$built"/vantory-{window,desktop,activation} "$built/com.quarrywell.Vantor
 begin ordinary "$@"
 need Xvfb xdotool dbus-run-session dbus-update-activation-environment gapplication update-desktop-database
 
-# What runs on the display and the bus begins here anew, as an ordinary user.
-if [ "${2:-}" != inside ]; then
-  use_home opening
-  mkdir -p -m 1777 /tmp/.X11-unix
-  mkdir -p -m 700 "$work/run" "$work/run/dbus-1" "$work/run/dbus-1/services"
-  mkdir -p "$home/.local/share/applications"
-  programs=$(dirname "$program")
-  sed "s|^Exec=.*|Exec=$programs/vantory-activation $programs/vantory-window|" "$programs/com.quarrywell.Vantory.service" \
-    >"$work/run/dbus-1/services/com.quarrywell.Vantory.service"
-  cp "$programs/com.quarrywell.Vantory.desktop" "$home/.local/share/applications"
-  is_root && chown -R "$nobody" "$home" "$work/run"
-  limit=250 as_user env VANTORY_WORK="$work" VANTORY_HOMES="$homes" \
-    dbus-run-session -- bash "$here/opening.sh" "$program" inside
-  exit
-fi
+# The bus looks for what it may start when it begins.
+services=$work/run/dbus-1/services
+mkdir -p "$services"
+sed "s|^Exec=.*|Exec=$work/vantory-activation $work/vantory-window|" "$work/com.quarrywell.Vantory.service" \
+  >"$services/com.quarrywell.Vantory.service"
+on_a_display opening
 
-use_home opening
-Xvfb -displayfd 1 -noreset -screen 0 1024x768x24 -nolisten tcp >"$work/display" 2>"$work/xvfb" &
-server=$!
-trap 'kill $server' EXIT
-for ((i = 0; i < 100; ++i)); do [ -s "$work/display" ] && break; sleep 0.1; done
-[ -s "$work/display" ] || skip "no X server can be started here: $(tail -n 1 "$work/xvfb")"
-DISPLAY=:$(cat "$work/display")
-export DISPLAY
 log=$home/Library/Logs/Quarrywell/Vantory.1.log
 cd "$home"
 live=$preferences/com.apple.FinalCutPro.plist
 backup="$library/For the film.vnt"
-wait_for() { local i; for ((i = 0; i < 150; ++i)); do "$@" >/dev/null 2>&1 && return; sleep 0.1; done; return 1; }
 start() { "$program" "$@" >"$work/out" 2>"$work/err"; code=$?; }
 copies() { pgrep -c -u "$(id -u)" -x vantory-window; }
 # open NAME...: the window, in the background, until it has shown what it holds.
-open() { rm -f "$log"; "$program" "$@" 2>"$work/err" & window=$!; wait_for logged "Switched to Trash pane"; }
+open() { rm -f "$log"; "$program" "$@" 2>"$work/err" & window=$!; soon logged "Switched to Trash pane"; }
 shown() { xdotool search --onlyvisible --name '^Vantory$'; }
 press() { sleep 0.5; xdotool windowfocus --sync "$(shown | tail -n 1)" key "$1"; }
 entry() {
@@ -54,7 +36,7 @@ chmod 755 "$home/editor"
 entry com.apple.FinalCutPro "$home/editor %f"
 entry com.example.Reader "$home/editor read %f" "MimeType=text/plain;"
 update-desktop-database "$home/.local/share/applications"
-given() { wait_for grep -qxF -- "$1" "$home/given"; }
+given() { soon grep -qxF -- "$1" "$home/given"; }
 
 put "$live" "as it should be"
 start -backup "For the film"
@@ -89,8 +71,8 @@ check "another file goes to the application for it" eval 'ended 0 && given "$hom
 # --- With a window ---------------------------------------------------------------------------------------------------
 
 open missing.fcp
-check "a file that is not there is told, and the window opens" eval 'grep -q "There is no file $home/missing.fcp" "$work/err" && wait_for shown'
-wait_for [ -d "$library/nobody.vnt" ]
+check "a file that is not there is told, and the window opens" eval 'grep -q "There is no file $home/missing.fcp" "$work/err" && soon shown'
+soon [ -d "$library/nobody.vnt" ]
 start
 check "a second start ends at once" ended 0
 traces() { plist get "$settings" launch; plist get "$settings" exit; count "${log%/*}" -name "Vantory.*.log"; }
@@ -101,15 +83,15 @@ check "a file for another application goes there past the window, which keeps it
   eval 'ended 0 && given "$home/notes.txt" && logged "Error - unknown file: $home/notes.txt" && [ "$(traces)" = "$before" ]'
 put "$live" "spoilt"
 start "file://$home/From%20elsewhere.vnt"
-check "a second start hands its backup over" eval 'ended 0 && wait_for logged "User opened file $home/From elsewhere.vnt"'
+check "a second start hands its backup over" eval 'ended 0 && soon logged "User opened file $home/From elsewhere.vnt"'
 check "... there is one window" [ "$(copies)" = 1 ]
 press Return
-check "... which asks, and imports" wait_for holds "$live" "as it should be"
+check "... which asks, and imports" soon holds "$live" "as it should be"
 check "... into the library" [ -f "$library/From elsewhere.vnt/Settings.plist" ]
 press Return
 kill -9 $window
 wait $window 2>/dev/null
-check "a killed window leaves nothing in the way" eval 'open && wait_for shown && [ "$(copies)" = 1 ]'
+check "a killed window leaves nothing in the way" eval 'open && soon shown && [ "$(copies)" = 1 ]'
 rm -f "$home/given"
 start "$home/Other Film.FCP"
 check "a project given to the window goes to its application" eval 'ended 0 && given "$home/Other Film.FCP"'
@@ -119,22 +101,23 @@ check "... and the window ends in order" eval 'ended 0 && logged "App selections
 trap '' HUP
 for i in 1 2 3 4; do "$program" 2>/dev/null & done
 trap - HUP
-check "of four starts at once one window opens" eval 'wait_for shown; sleep 1; [ "$(copies)" = 1 ]'
+check "of four starts at once one window opens" eval 'soon shown; sleep 1; [ "$(copies)" = 1 ]'
 pkill -HUP -u "$(id -u)" -x vantory-window
 sleep 0.5
 check "... which outlives its terminal where that is wished" [ "$(copies)" = 1 ]
 pkill -TERM -u "$(id -u)" -x vantory-window
-check "the end of the session ends the window in order" eval 'wait_for not pgrep -u "$(id -u)" -x vantory-window && logged "App selections saved"'
+check "the end of the session ends the window in order" eval 'soon not pgrep -u "$(id -u)" -x vantory-window && logged "App selections saved"'
 
 # --- By the name on the bus ------------------------------------------------------------------------------------------
 
+cp "$work/com.quarrywell.Vantory.desktop" "$home/.local/share/applications"
 dbus-update-activation-environment DISPLAY
 rm -f "$home/given" "$log"
 check "a desktop opens a project by the bus" eval 'gapplication launch com.quarrywell.Vantory "$home/Other Film.FCP" && given "$home/Other Film.FCP"'
-check "... without a window" wait_for not pgrep -u "$(id -u)" -x vantory-window
+check "... without a window" soon not pgrep -u "$(id -u)" -x vantory-window
 rm -f "$log"
-check "... and the window" eval 'gapplication launch com.quarrywell.Vantory && wait_for logged "Switched to Trash pane" && wait_for shown'
-check "... of which there is one" eval 'gapplication launch com.quarrywell.Vantory && wait_for not pgrep -u "$(id -u)" -f vantory-activation && sleep 0.5 && [ "$(copies)" = 1 ]'
+check "... and the window" eval 'gapplication launch com.quarrywell.Vantory && soon logged "Switched to Trash pane" && soon shown'
+check "... of which there is one" eval 'gapplication launch com.quarrywell.Vantory && soon not pgrep -u "$(id -u)" -f vantory-activation && sleep 0.5 && [ "$(copies)" = 1 ]'
 check "an action that it does not have is refused" not gapplication action com.quarrywell.Vantory fly
 pkill -TERM -u "$(id -u)" -x vantory-window
 summary

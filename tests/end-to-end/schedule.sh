@@ -17,7 +17,6 @@ fi
 
 programs='/test/a %h $HOME ${x}' program="$programs/vantory" work=/test driver="$programs/services_driver"
 label=com.quarrywell.VantoryAutoSave
-wait_for() { local i; for i in $(seq "${limit:-100}"); do "$@" >/dev/null 2>&1 && return; sleep 0.1; done; return 1; }
 newcomer() { useradd -m -d "/home/$1" -s /bin/bash "$1" && id -u "$1"; }
 anna=$(newcomer vanna)
 newcomer vgreeter >/dev/null
@@ -25,13 +24,13 @@ newcomer vgreeter >/dev/null
 login() {
   systemd-run -q --unit="session-of-$1" -p PAMName=login -p User="$1" -p WorkingDirectory=/ -E XDG_SEAT=seat0 \
     -E XDG_SESSION_TYPE=x11 -E XDG_SESSION_CLASS="$2" sleep infinity
-  wait_for session_of "$1"
+  soon session_of "$1"
   loginctl activate "$(session_of "$1")"
-  wait_for at_seat "$1"
+  soon at_seat "$1"
 }
 session_of() { loginctl list-sessions --no-legend | awk -v user="$1" '$3 == user { print $1; found = 1 } END { exit !found }'; }
 at_seat() { [ "$(loginctl show-seat seat0 -p ActiveSession --value)" = "$(session_of "$1")" ]; }
-logout() { systemctl stop "session-of-$1"; wait_for not session_of "$1"; }
+logout() { systemctl stop "session-of-$1"; soon not session_of "$1"; }
 as_root() { timeout 60 $(clean_environment) "$@" >"$work/out" 2>"$work/err" </dev/null; code=$?; }
 as_anna() { runuser -u vanna -- $(clean_environment) HOME=/home/vanna XDG_RUNTIME_DIR="/run/user/$anna" "$@"; }
 user_systemctl() { as_anna systemctl --user "$@"; }
@@ -67,9 +66,9 @@ check "systemd finds no fault with the units" eval '[ -z "$(as_anna systemd-anal
 # Meanwhile: a job that always fails, and whose arguments are hard to write down.
 odd='a  "b" \c $HOME ${x} %n '\''d'\'' ; é'
 as_anna "$driver" start-job com.example.Fails 2 /bin/sh Vantory -c 'cp /proc/$$/cmdline ~/seen; echo >>~/tries; exit 1' "$odd"
-check "a backup appears" eval 'wait_for eval "[ \"\$(backups)\" -ge 1 ]" && holds "$(find "$library/Autosaves" -name com.apple.motion.plist | head -1)" motion'
-check "and another, one interval later" eval 'wait_for eval "[ \"\$(backups)\" -ge 2 ]"'
-check "a run that fails is tried again soon" eval 'wait_for eval "[ \"\$(wc -l <\"$home/tries\")\" -ge 2 ]" && [ "$(stat -c %Y "$home/.local/state/com.example.Fails.lastrun")" -lt "$(stat -c %Y "$home/seen")" ]'
+check "a backup appears" eval 'soon eval "[ \"\$(backups)\" -ge 1 ]" && holds "$(find "$library/Autosaves" -name com.apple.motion.plist | head -1)" motion'
+check "and another, one interval later" eval 'soon eval "[ \"\$(backups)\" -ge 2 ]"'
+check "a run that fails is tried again soon" eval 'soon eval "[ \"\$(wc -l <\"$home/tries\")\" -ge 2 ]" && [ "$(stat -c %Y "$home/.local/state/com.example.Fails.lastrun")" -lt "$(stat -c %Y "$home/seen")" ]'
 check "arguments arrive as they are" eval '[ "$(tr "\0" "|" <"$home/seen")" = "Vantory|-c|cp /proc/\$\$/cmdline ~/seen; echo >>~/tries; exit 1|$odd|" ]'
 as_anna "$driver" remove-job com.example.Fails
 
@@ -80,14 +79,14 @@ sleep 1
 count=$(backups)
 set_back 600; schedule 3600
 check "the same interval goes on" eval '[ "$(stamp_age)" -ge 600 ] && [ "$(stamp_age)" -lt 660 ]'
-as_root "$driver" start-job "$label" 3600 "$program" Vantory -autobackup
-check "the superuser loads it for the user at the console" eval 'ended 0 && [ "$(stamp_age)" -ge 600 ] && [ "$(user_systemctl is-active "$label.timer")" = active ] && [ -z "$(find /home/vanna ! -user vanna)" ] && [ ! -e /root/.config/systemd ]'
+as_root env XDG_CONFIG_HOME=/root/settings SUDO_UID=7 "$driver" start-job "$label" 3600 "$program" Vantory -autobackup
+check "the superuser loads it for the user at the console, whatever the environment says" eval 'ended 0 && [ "$(stamp_age)" -ge 600 ] && [ "$(user_systemctl is-active "$label.timer")" = active ] && [ -z "$(find /home/vanna ! -user vanna)" ] && [ ! -e /root/.config/systemd ] && [ ! -e /root/settings ]'
 check "no run comes of it" [ "$(backups)" = "$count" ]
 
 # --- A missed run ----------------------------------------------------------------------------------------------------
-restart() { systemctl stop "user@$anna"; "$@"; systemctl start "user@$anna"; wait_for user_systemctl is-active "$label.timer"; }
+restart() { systemctl stop "user@$anna"; "$@"; systemctl start "user@$anna"; soon user_systemctl is-active "$label.timer"; }
 restart set_back 172800
-check "a missed run is made up for" eval 'wait_for eval "[ \"\$(backups)\" = $((count + 1)) ]" && wait_for eval "[ \"\$(stamp_age)\" -lt 20 ]"'
+check "a missed run is made up for" eval 'soon eval "[ \"\$(backups)\" = $((count + 1)) ]" && soon eval "[ \"\$(stamp_age)\" -lt 20 ]"'
 restart touch -d "2 days ago" "$manager_stamp"
 sleep 2
 check "once" [ "$(backups)" = $((count + 1)) ]
@@ -99,10 +98,10 @@ mv "$program.gone" "$program"; set_back 0
 slow() { as_anna "$driver" start-job com.example.Slow 3600 /bin/sh Vantory -c 'echo >>~/runs; sleep 2'; }
 slow_stamp=$home/.local/state/com.example.Slow.lastrun
 slow; touch -d "2 hours ago" "$slow_stamp"
-user_systemctl start --no-block com.example.Slow.service; wait_for test -e "$home/runs"
+user_systemctl start --no-block com.example.Slow.service; soon test -e "$home/runs"
 slow
 running() { [ "$(user_systemctl is-active com.example.Slow.service)" = activating ]; }
-stamped_after_run() { wait_for not running && [ "$(stat -c %Y "$slow_stamp")" -gt "$(stat -c %Y "$home/runs")" ]; }
+stamped_after_run() { soon not running && [ "$(stat -c %Y "$slow_stamp")" -gt "$(stat -c %Y "$home/runs")" ]; }
 check "loading anew does not disturb a run" eval 'running && stamped_after_run && user_systemctl start com.example.Slow.service && [ "$(wc -l <"$home/runs")" = 1 ]'
 as_anna "$driver" remove-job com.example.Slow
 

@@ -105,13 +105,5 @@ TEST_F(ProcessTreeTest, SandboxesAreToldByTheirMarkOrUnit) {
   EXPECT_THAT(copies("studio.edit"), UnorderedElementsAre(2, 3, 5));
 }
 
-TEST_F(ProcessTreeTest, WhatCannotBeReadIsNoApplication) {
-  makeFolders(processes_ / "5000001");
-  makeFolders(processes_ / "99999999999999999999");
-  writeFile(processes_ / "5000002", "a file");
-  show(3, {.unit = std::string(1 << 20, 'x')});
-  EXPECT_THAT(copies(), IsEmpty());
-}
-
 }  // namespace
 }  // namespace vantory::test

@@ -152,6 +152,7 @@ TEST(DesktopHelperTest, NonsenseIsAnErrorAndTheNextUseStartsAnew) {
       "recv(9)\n";
   EXPECT_EQ(helper.ask({"verb"}, 10s).error().text, "text");
   EXPECT_EQ(helper.ask({"a", std::string(kMaxMessageBytes, 'x')}, 10s).error().code, std::errc::message_size);
+  EXPECT_EQ(helper.ask({std::string("a\0b", 3)}, 10s).error().code, std::errc::invalid_argument);
   EXPECT_THAT(*helper.ask({"verb"}, 10s), ElementsAre("one", ""));
   EXPECT_EQ(helper.ask({"verb"}, std::chrono::milliseconds(300)).error().code, std::errc::timed_out);
 }

@@ -98,15 +98,6 @@ TEST_F(FileSystemTest, CopiesNoFolderIntoItself) {
   EXPECT_TRUE(names(folder / "from/library").empty());
 }
 
-TEST_F(FileSystemTest, RefusesWhatIsNoFileWithoutWaiting) {
-  ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0600), 0);
-  EXPECT_FALSE(files.stageCopy({folder / "pipe", folder / "copy"}).ok());
-  EXPECT_FALSE(files.read(folder / "pipe").ok());
-  EXPECT_FALSE(files.openForAppending(folder / "pipe").ok());
-  EXPECT_FALSE(files.read(folder.path()).ok());
-  EXPECT_EQ(files.info("relative", Links::Follow).error().code, std::errc::invalid_argument);
-}
-
 TEST_F(FileSystemTest, AFileThatKeepsChangingIsNotCopiedHalf) {
   writeFile(folder / "busy", std::string(2 << 20, 'a'));
   const int file = open((folder / "busy").c_str(), O_WRONLY);

@@ -60,7 +60,6 @@ class JobControlTest : public ::testing::Test {
   ScratchFolder tools_;
   const std::string tool_ = tools_ / "systemctl";
   const std::string calls_ = tools_ / "calls";
-  const std::string units_ = home_ / ".config/systemd/user/";
   const std::string stamp_ = home_ / ".local/state/com.example.Job.lastrun";
   FakeUsers users_;
   LinuxFileSystem disk_;
@@ -71,42 +70,6 @@ class JobControlTest : public ::testing::Test {
            .arguments = {"Vantory", "-autobackup"},
            .interval = hours(24 * 7)};
 };
-
-TEST_F(JobControlTest, LoadsAsTimerAndLeavesNothingWhenRemoved) {
-  LinuxJobControl jobs = control();
-  EXPECT_TRUE(jobs.unload(job_.name));
-  EXPECT_EQ(jobs.lastRun(job_.name), std::nullopt);
-  ASSERT_TRUE(jobs.load(job_));
-  EXPECT_EQ(systemctlCalls(),
-            "--user --no-ask-password daemon-reload\n"
-            "--user --no-ask-password --quiet enable --now com.example.Job.timer\n")
-      << "what is not loaded need not be unloaded";
-  EXPECT_THAT(readFile(units_ + "com.example.Job.service"), HasSubstr("Vantory\" \"-autobackup\"\n"));
-  EXPECT_NEAR(static_cast<double>(jobs.lastRun(job_.name)->seconds), static_cast<double>(std::time(nullptr)), 5);
-
-  job_.lastRun = Timestamp{1700000000, 0};
-  ASSERT_TRUE(jobs.load(job_));
-  EXPECT_EQ(jobs.lastRun(job_.name), job_.lastRun);
-  systemctlCalls();
-  EXPECT_TRUE(jobs.unload(job_.name));
-  EXPECT_EQ(systemctlCalls(), "--user --no-ask-password --quiet disable --now com.example.Job.timer\n");
-  EXPECT_TRUE(jobs.remove(job_.name));
-  EXPECT_THAT(left(), IsEmpty());
-}
-
-TEST_F(JobControlTest, TheSuperuserSpeaksAsTheUserAndTakesNothingFromTheEnvironment) {
-  const EnvironmentChange config("XDG_CONFIG_HOME", home_ / "settings");
-  if (getuid() != 0) GTEST_SKIP() << "only the superuser can speak as another user";
-  users_.superuser = true;
-  users_.console = User{1, 1, home_.path()};
-  chmod(tools_.path().c_str(), 0777);
-  systemctlDoes("{ id -u; echo $HOME $XDG_RUNTIME_DIR $SUDO_UID; } > " + (tools_ / "who"));
-  std::filesystem::remove(calls_);
-  const EnvironmentChange ignored("SUDO_UID", "7");
-  ASSERT_TRUE(control().load(job_));
-  EXPECT_TRUE(exists(units_ + "com.example.Job.timer"));
-  EXPECT_EQ(readFile(tools_ / "who"), "1\n" + home_.path() + " /run/user/1\n");
-}
 
 TEST_F(JobControlTest, AFailureLeavesNothing) {
   systemctlDoes("echo 'Failed to connect to bus' >&2; echo more >&2; exit 1");

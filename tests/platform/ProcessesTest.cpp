@@ -59,30 +59,6 @@ TEST(ProcessesTest, HandsDownNothingButWhatToolsNeed) {
   EXPECT_EQ(environment.find("HOME=/tmp/somewhere") == std::string::npos, getuid() == 0);
 }
 
-TEST(ProcessesTest, CanBeEndedWhileAnotherThreadWaits) {
-  const auto process = startShell("echo ready; exec sleep 60");
-  EXPECT_EQ(process->readSome(), "ready\n");
-  EXPECT_TRUE(process->isRunning());
-  int status = 0;
-  std::thread waiting([&] { status = process->wait(); });
-  process->terminate();
-  waiting.join();
-  EXPECT_EQ(status, 128 + SIGTERM);
-  process->terminate();
-}
-
-TEST(ProcessesTest, ReadingCanBeEndedWhoeverHoldsTheOutputOpen) {
-  const auto process = startShell("sleep 60 & echo $!", Streams::OutputCaptured);
-  const pid_t grandchild = std::stoi(process->readSome());
-  std::string read = "nothing yet";
-  std::thread reader([&] { read = process->readSome(); });
-  process->stopReading();
-  reader.join();
-  EXPECT_EQ(read, "");
-  EXPECT_EQ(process->readSome(), "");
-  EXPECT_EQ(kill(grandchild, SIGKILL), 0);
-}
-
 TEST(ProcessesTest, AProgramThatIsLetGoRunsOnAndLeavesNoZombie) {
   auto process = startShell("echo $$; exec sleep 60");
   const pid_t child = std::stoi(process->readSome());

@@ -5,10 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "platform/linux/LinuxFileMetadata.h"
 #include "platform/linux/LinuxFileSystem.h"
-#include "platform/linux/LinuxStandardFolders.h"
-#include "platform/linux/SuperuserRunner.h"
 #include "tests/support/ScratchFolder.h"
 
 namespace vantory::test {
@@ -30,10 +27,6 @@ class RightsTest : public testing::Test {
   }
   // A file or folder of the user's own.
   void give(const std::string& path) { ASSERT_EQ(lchown(path.c_str(), user.id, user.group), 0); }
-  uid_t ownerOf(const std::string& path) {
-    struct stat status {};
-    return lstat(path.c_str(), &status) == 0 ? status.st_uid : static_cast<uid_t>(-1);
-  }
 
   ScratchFolder scratch;
   User user;
@@ -76,45 +69,6 @@ TEST_F(RightsTest, TheMachinesFoldersAreForAllToReadAndNoUserBendsTheWay) {
   EXPECT_FALSE(files.makeFolder(scratch / "Library/Logs/Bent").ok());
   EXPECT_FALSE(files.write(scratch / "Library/Logs/Bent/made", "x", {}).ok());
   EXPECT_FALSE(exists(scratch / "foreign/made"));
-}
-
-TEST_F(RightsTest, TheRunnerCopiesNoSpecialBitsAndMovesOverNothingAndOnlyTheUsersOwn) {
-  const LinuxStandardFolders folders(scratch.path());
-  SuperuserRunner runner(user, folders, {});
-  const std::string source = user.home + "/source";
-  const std::string target = user.home + "/target";
-  writeFile(source, "new");
-  chmod(source.c_str(), 04755);
-  writeFile(target, "old");
-  give(target);
-
-  EXPECT_EQ(runner.run("/bin/cp", {"-f", "-p", "-R", source, target}), 0);
-  EXPECT_EQ(readFile(target), "new");
-  struct stat status {};
-  ASSERT_EQ(stat(target.c_str(), &status), 0);
-  EXPECT_EQ(status.st_mode & 07777, 0755u);
-  EXPECT_NE(runner.run("/bin/mv", {"-f", source, target}), 0);
-  const std::string job = scratch / "Library/LaunchDaemons/com.quarrywell.Test.plist";
-  EXPECT_EQ(runner.run("/bin/mkdir", {"-p", scratch / "Library/LaunchDaemons"}), 0);
-  writeFile(scratch / "public", "the user may read but not move this");
-  EXPECT_NE(runner.run("/bin/mv", {"-f", scratch / "public", job}), 0);
-  EXPECT_FALSE(exists(job));
-  EXPECT_EQ(runner.run("/bin/mv", {"-f", target, job}), 0);
-  EXPECT_EQ(ownerOf(job), 0u);
-  EXPECT_NE(SuperuserRunner(std::nullopt, folders, {}).run("/bin/rm", {"-Rdf", source}), 0) << "nobody at the console";
-}
-
-TEST_F(RightsTest, OnlyTheUsersOwnFilesAreLocked) {
-  LinuxFileMetadata metadata(FileRights::ofUser(user));
-  writeFile(user.home + "/own", "x");
-  give(user.home + "/own");
-  const Status locked = metadata.setLocked(user.home + "/own", true);
-  if (!locked && locked.error().code != std::errc::permission_denied)
-    GTEST_SKIP() << "the immutable flag cannot be set here: " << locked.error().text;
-  EXPECT_TRUE(metadata.setLocked(user.home + "/own", false).ok());
-  ASSERT_EQ(link((scratch / "foreign/secret").c_str(), (user.home + "/planted").c_str()), 0);
-  chmod((scratch / "foreign/secret").c_str(), 0644);  // the user may look
-  EXPECT_FALSE(metadata.setLocked(user.home + "/planted", true).ok());
 }
 
 }  // namespace

@@ -130,8 +130,16 @@ TEST_F(RootHelperTest, KnowsItsToolsInTheirShapesOnly) {
            {"machine-setting", "backupPath", "1"},
        })
     expectRefused(request);
-  EXPECT_EQ(readFile(own), "own");
-  EXPECT_TRUE(does({"/bin/rm", "-Rdf", own})) << "it still serves";
+  const std::string copy = home + "/copy";
+  writeFile(copy, "older");
+  ASSERT_EQ(chmod(own.c_str(), 04755), 0);
+  expectRefused({"/bin/mv", "-f", own, copy});
+  EXPECT_EQ(readFile(own) + readFile(copy), "ownolder");
+  EXPECT_TRUE(does({"/bin/cp", "-f", "-p", "-R", own, copy})) << "it still serves";
+  EXPECT_EQ(readFile(copy), "own");
+  struct stat status {};
+  ASSERT_EQ(stat(copy.c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 07777, 0755u) << "without special bits";
   EXPECT_EQ(end(), 0);
 }
 
