@@ -4,6 +4,7 @@
 #include <map>
 #include <mutex>
 #include <optional>
+#include <utility>
 
 #include "platform/FileSystem.h"
 
@@ -40,9 +41,20 @@ class FaultyFileSystem : public FileSystem {
   void crashBefore(Operation operation, int call = 1) { set(operation, {call, Fault::CrashBefore, {}}); }
   void crashAfter(Operation operation, int call = 1) { set(operation, {call, Fault::CrashAfter, {}}); }
   // Every operation that changes the disk fails.
-  void refuseWrites(std::errc code = std::errc::read_only_file_system);
-  void heal();
-  int calls(Operation operation) const;
+  void refuseWrites() {
+    using enum Operation;
+    for (const Operation operation : {Write, OpenForAppending, StageCopy, Commit, Move, Remove, MakeFolder, Trash})
+      fail(operation, std::errc::read_only_file_system, kEveryCall);
+  }
+  void heal() {
+    const std::lock_guard lock(mutex_);
+    plans_.clear();
+    calls_.clear();
+  }
+  int calls(Operation operation) const {
+    const std::lock_guard lock(mutex_);
+    return calls_[operation];
+  }
 
   Result<FileInfo> info(const std::string& path, Links links) const override {
     return run(Operation::Info, path, [&] { return disk_.info(path, links); });
@@ -59,7 +71,11 @@ class FaultyFileSystem : public FileSystem {
   Result<std::unique_ptr<AppendFile>> openForAppending(const std::string& path) override {
     return run(Operation::OpenForAppending, path, [&] { return disk_.openForAppending(path); });
   }
-  Result<std::unique_ptr<StagedCopy>> stageCopy(const CopyRequest& request) override;
+  Result<std::unique_ptr<StagedCopy>> stageCopy(const CopyRequest& request) override {
+    auto copy = run(Operation::StageCopy, request.source, [&] { return disk_.stageCopy(request); });
+    if (copy) *copy = std::make_unique<Copy>(*this, request.destination, std::move(*copy));
+    return copy;
+  }
   Status move(const std::string& source, const std::string& destination) override {
     return run(Operation::Move, source, [&] { return disk_.move(source, destination); });
   }
@@ -80,7 +96,18 @@ class FaultyFileSystem : public FileSystem {
   }
 
  private:
-  class FaultyCopy;
+  struct Copy : StagedCopy {
+    Copy(FaultyFileSystem& all, std::string path, std::unique_ptr<StagedCopy> copy)
+        : files(all), destination(std::move(path)), real(std::move(copy)) {}
+    Status commit(Existing existing) override {
+      return files.run(Operation::Commit, destination, [&] { return real->commit(existing); });
+    }
+    const std::vector<std::string>& notes() const override { return real->notes(); }
+
+    FaultyFileSystem& files;
+    const std::string destination;
+    const std::unique_ptr<StagedCopy> real;
+  };
   enum class Fault { Error, CrashBefore, CrashAfter };
   struct Plan {
     int call;
@@ -88,9 +115,18 @@ class FaultyFileSystem : public FileSystem {
     std::errc code;
   };
 
-  void set(Operation operation, Plan plan);
+  void set(Operation operation, Plan plan) {
+    const std::lock_guard lock(mutex_);
+    plans_.insert_or_assign(operation, plan);
+  }
   // Counts the call; the plan that applies to it.
-  std::optional<Plan> next(Operation operation) const;
+  std::optional<Plan> next(Operation operation) const {
+    const std::lock_guard lock(mutex_);
+    const int call = ++calls_[operation];
+    const auto plan = plans_.find(operation);
+    if (plan == plans_.end() || (plan->second.call != kEveryCall && plan->second.call != call)) return std::nullopt;
+    return plan->second;
+  }
   template <class Work>
   auto run(Operation operation, const std::string& path, Work work) const -> decltype(work()) {
     const auto plan = next(operation);

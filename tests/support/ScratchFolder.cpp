@@ -11,18 +11,6 @@ namespace vantory::test {
 
 namespace fs = std::filesystem;
 
-namespace {
-
-void makeFoldersWritable(const fs::path& root) {
-  std::error_code ignored;
-  fs::permissions(root, fs::perms::owner_all, fs::perm_options::add, ignored);
-  for (fs::recursive_directory_iterator entry(root, ignored), end; entry != end; entry.increment(ignored))
-    if (entry->symlink_status(ignored).type() == fs::file_type::directory)
-      fs::permissions(entry->path(), fs::perms::owner_all, fs::perm_options::add, ignored);
-}
-
-}  // namespace
-
 ScratchFolder::ScratchFolder() {
   std::string name = "/tmp/vantory-test-XXXXXX";
   if (!mkdtemp(name.data())) throw std::runtime_error("no scratch folder can be made below /tmp");
@@ -30,11 +18,8 @@ ScratchFolder::ScratchFolder() {
 }
 
 ScratchFolder::~ScratchFolder() {
-  std::error_code failure;
-  fs::remove_all(path_, failure);
-  if (!failure) return;
-  makeFoldersWritable(path_);
-  fs::remove_all(path_, failure);
+  std::error_code ignored;
+  fs::remove_all(path_, ignored);
 }
 
 std::string ScratchFolder::operator/(std::string_view relative) const {

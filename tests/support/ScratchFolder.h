@@ -7,7 +7,7 @@
 namespace vantory::test {
 
 // A new folder directly below /tmp, two levels deep as a home should be; deleted with all it holds at the end. Locked
-// files in it are the test's to unlock.
+// files and folders in it are the test's to unlock.
 class ScratchFolder {
  public:
   ScratchFolder();
