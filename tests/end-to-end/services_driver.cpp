@@ -26,13 +26,6 @@ QWAuthorization& authorization() {
   return QWAuthorization::sharedController();
 }
 
-bool withoutWindow(const std::function<bool()>& operation) {
-  authorization().setHasGUI(false);
-  const bool done = operation();
-  authorization().setHasGUI(true);
-  return done;
-}
-
 // start-job LABEL SECONDS PROGRAM NAME [ARGUMENT...]
 bool startJob(const Operands& operands) {
   PropertyListDictionary job;
@@ -64,8 +57,7 @@ const std::map<std::string, std::function<bool(const Operands&)>> kOperations = 
     {"start", [](const Operands&) { return authorization().authStart(); }},
     {"end", [](const Operands&) { return authorization().authEnd(), true; }},
     {"authorized", [](const Operands&) { return authorization().isAuthorized(); }},
-    {"remove-without-window",
-     [](const Operands& o) { return withoutWindow([&] { return Files::removeFile(o.at(1)); }); }},
+    {"window", [](const Operands& o) { return authorization().setHasGUI(o.at(1) == "1"), true; }},
 };
 
 }  // namespace

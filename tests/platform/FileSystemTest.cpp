@@ -71,26 +71,6 @@ TEST_F(FileSystemTest, NeverCopiesOverSomethingUnlessAskedTo) {
   EXPECT_EQ(names(folder.path()).size(), 3u);
 }
 
-TEST_F(FileSystemTest, ClearsWhatAKilledCopyLeftButNotWhatALiveOneNeeds) {
-  writeFile(folder / "from/file", "x");
-  makeFolders(folder / "to");
-  auto live = files.stageCopy({folder / "from", folder / "to/copy"});
-  ASSERT_TRUE(live.ok());
-  const auto staging = names(folder / "to");
-  ASSERT_EQ(staging.size(), 1u);
-
-  auto second = files.stageCopy({folder / "from", folder / "to/copy"});
-  ASSERT_TRUE(second.ok());
-  EXPECT_EQ(names(folder / "to").size(), 2u);
-  ASSERT_TRUE((*second)->commit(StagedCopy::Existing::Keep).ok());
-  live->reset();
-  ASSERT_TRUE(files.remove(folder / "to/copy").ok());
-
-  writeFile(folder / "to" + "/" + staging[0] + "/half", "left by a killed process");
-  ASSERT_TRUE(copy("from", "to/copy").ok());
-  EXPECT_EQ(names(folder / "to"), std::vector<std::string>{"copy"});
-}
-
 TEST_F(FileSystemTest, CopiesNoFolderIntoItself) {
   writeFile(folder / "from/sub/file", "x");
   makeFolders(folder / "from/library");
@@ -135,16 +115,6 @@ TEST_F(FileSystemTest, AFailedWriteLeavesTheOldFile) {
   EXPECT_EQ(written.error().code, std::errc::file_too_large);
   EXPECT_EQ(readFile(folder / "settings"), "new");
   EXPECT_EQ(names(folder.path()), (std::vector<std::string>{"fresh", "settings", "small"}));
-}
-
-TEST_F(FileSystemTest, DeletesWithoutFollowing) {
-  writeFile(folder / "b", "b");
-  makeFolders(folder / "tree");
-  ASSERT_EQ(symlink((folder / "b").c_str(), (folder / "tree/link").c_str()), 0);
-  ASSERT_EQ(symlink(folder.path().c_str(), (folder / "tree/folder").c_str()), 0);
-  EXPECT_TRUE(files.remove(folder / "tree").ok());
-  EXPECT_EQ(readFile(folder / "b"), "b");
-  EXPECT_EQ(files.remove(folder / "tree").error().code, std::errc::no_such_file_or_directory);
 }
 
 TEST_F(FileSystemTest, MovesToAnotherFileSystemAndLeavesNothingBehind) {

@@ -176,7 +176,8 @@ TEST_F(RootHelperTest, LeavesTheCallersHomeByNoWay) {
     ASSERT_EQ(lstat((home + name).c_str(), &status), 0);
     EXPECT_EQ(status.st_uid, id) << name;
   }
-  EXPECT_TRUE(does({"/bin/rm", "-Rdf", home + "/link"})) << "the link itself is the caller's";
+  for (const char* name : {"/link", "/tree"})
+    EXPECT_TRUE(does({"/bin/rm", "-Rdf", home + name})) << "links themselves are the caller's";
   EXPECT_EQ(readFile(secret), "secret");
 
   // A second name for somebody else's file does not make it the caller's to read or to lock.

@@ -44,11 +44,6 @@ TEST_F(UsersTest, NobodyIsAtTheConsoleWithoutAPersonsSession) {
 }
 
 TEST_F(UsersTest, WithoutALoginServiceTheInvokingUserCounts) {
-  {
-    const EnvironmentChange pkexec("PKEXEC_UID", kPersonId);
-    const EnvironmentChange sudo("SUDO_UID", "0");
-    EXPECT_EQ(consoleUser(), person_);
-  }
   const EnvironmentChange sudo("SUDO_UID", kPersonId);
   for (const char* unusable : {"", "-1", "0 ", "4294967296", "4294967295", "99999999999999999999"}) {
     const EnvironmentChange pkexec("PKEXEC_UID", unusable);

@@ -131,20 +131,6 @@ TEST_F(WorkspaceTest, OtherPeoplesProgramsDoNotCount) {
   EXPECT_TRUE(other.isAlive());
 }
 
-TEST_F(WorkspaceTest, QuittingEndsEveryCopyAndNothingElse) {
-  const std::string program = desktop_.program("bin/ed");
-  desktop_.declare(kEd, program);
-  Running first(program, kWait);
-  Running second(program, kWait);
-  Running similar(desktop_.program("bin/editor"), kWait);
-  EXPECT_TRUE(workspace_.quitApplication("Ed", kEd));
-  EXPECT_TRUE(first.endsBy(SIGTERM));
-  EXPECT_TRUE(second.endsBy(SIGTERM));
-  EXPECT_TRUE(similar.isAlive());
-  EXPECT_FALSE(*workspace_.isRunning(kEd));
-  EXPECT_TRUE(workspace_.quitApplication("Ed", kEd)) << "nothing runs any more";
-}
-
 TEST_F(WorkspaceTest, AnApplicationThatStaysIsAskedOnceAndLeftAlone) {
   const std::string ed = desktop_.script("bin/ed",
                                          "#!/usr/bin/python3\nimport os, signal\n"

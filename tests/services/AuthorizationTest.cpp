@@ -22,18 +22,6 @@ class AuthorizationTest : public ServicesTest {
   const std::string file_ = home_ / "com.example.plist";
 };
 
-TEST_F(AuthorizationTest, IsDecidedByTheFirstCall) {
-  QWAuthorization& authorization = QWAuthorization::sharedController(false);
-  EXPECT_FALSE(QWAuthorization::sharedController().hasGUI());
-  EXPECT_FALSE(authorization.canAuthorize());
-  EXPECT_FALSE(authorization.authRemoveFile(file_));
-  EXPECT_THAT(fakes_.systemLog.messages(), ElementsAre("Unable to authorize"));
-  EXPECT_EQ(fakes_.privileged.requests, 0);
-  fakes_.users.superuser = true;
-  EXPECT_TRUE(authorization.authRemoveFile(file_));
-  EXPECT_THAT(fakes_.privileged.calls, ElementsAre(Call{"/bin/rm", {"-Rdf", file_}}));
-}
-
 TEST_F(AuthorizationTest, AsksOnceATaskAndNeverByPassword) {
   QWAuthorization authorization;
   EXPECT_EQ(authorization.authExecTask("/no/such/tool", {}), QWAuthorization::ToolMissing);

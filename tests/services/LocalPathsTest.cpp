@@ -7,19 +7,6 @@ namespace {
 
 using LocalPathsTest = ServicesTest;
 
-TEST_F(LocalPathsTest, AreThoseOfTheConsoleUserForTheSuperuser) {
-  fakes_.users.process = User{0, 0, "/root"};
-  EXPECT_EQ(QWLocalPaths::prefsDirectory(true), "/root/Library/Preferences");
-  fakes_.users.superuser = true;
-  EXPECT_EQ(QWLocalPaths::prefsDirectory(true), home_ / "Library/Preferences");
-  EXPECT_EQ(QWLocalPaths::prefsDirectory(false), machine_ / "Library/Preferences");
-
-  fakes_.users.console.reset();
-  EXPECT_EQ(QWLocalPaths::prefsDirectory(true), std::nullopt);
-  EXPECT_EQ(QWLocalPaths::trashDirectory(), std::nullopt);
-  EXPECT_FALSE(QWLocalPaths::isPathSystemDirectory("/tmp/anything"));
-}
-
 TEST_F(LocalPathsTest, ProtectTheFoldersOfTheSystem) {
   const auto isProtected = [](const std::string& path) { return QWLocalPaths::isPathSystemDirectory(path); };
   const std::string shared = machine_ / "Users/Shared";
