@@ -12,28 +12,27 @@ def say(holds, what):
     print("yes" if holds else "no", what, flush=True)
 
 
+def children(thing):
+    try:
+        return [child for child in (thing.getChildAtIndex(i) for i in range(thing.childCount)) if child is not None]
+    except Exception:
+        return []
+
+
 def below(thing):
     yield thing
-    try:
-        children = [thing.getChildAtIndex(i) for i in range(thing.childCount)]
-    except Exception:
-        return
-    for child in children:
-        if child is not None:
-            yield from below(child)
+    for child in children(thing):
+        yield from below(child)
 
 
-def application():
-    desktop = pyatspi.Registry.getDesktop(0)
-    for i in range(desktop.childCount):
-        found = desktop.getChildAtIndex(i)
-        if found is not None and found.name == "vantory":
-            return found
-    return None
+def everything():
+    for application in children(pyatspi.Registry.getDesktop(0)):
+        if application.name == "vantory":
+            yield from below(application)
 
 
 def all_of(role=None, name=None):
-    for thing in below(application()):
+    for thing in everything():
         try:
             if role in (None, thing.getRoleName()) and name in (None, thing.name):
                 if thing.getState().contains(pyatspi.STATE_SHOWING):
@@ -45,12 +44,11 @@ def all_of(role=None, name=None):
 def wait_for(role=None, name=None, seconds=15):
     end = time.time() + seconds
     while time.time() < end:
-        if application() is not None:
-            for thing in all_of(role, name):
-                return thing
+        for thing in all_of(role, name):
+            return thing
         time.sleep(0.1)
     print("no", "waited in vain for", role, repr(name))
-    for thing in below(application()) if application() else []:
+    for thing in everything():
         print("   ", thing.getRoleName(), repr(thing.name), file=sys.stderr)
     sys.exit(1)
 

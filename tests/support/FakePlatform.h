@@ -206,14 +206,12 @@ class FakeTaskClient : public TaskClient {
   Result<Answer> send(const std::string& service, const TaskMessage& message) override {
     if (!services.contains(service)) return Answer::NotRegistered;
     if (!understood.contains(message.name)) return Answer::NotUnderstood;
-    if (!failure) return failure.error();
     return sent.push_back(message), Answer::Received;
   }
 
   std::set<std::string> services;    // registered ones
   std::set<std::string> understood;  // messages
   std::vector<TaskMessage> sent;
-  Status failure;  // of what is understood
 };
 
 class FakeNotifications : public DesktopNotifications {

@@ -1,11 +1,8 @@
 #include "tests/support/SessionBus.h"
 
-#include <signal.h>
-#include <sys/wait.h>
-
-#include <chrono>
+#include <csignal>
+#include <cstdlib>
 #include <stdexcept>
-#include <thread>
 
 #include "services/Format.h"
 
@@ -17,44 +14,22 @@ constexpr const char* kDaemon = "/usr/bin/dbus-daemon";
 constexpr const char* kPython = "/usr/bin/python3";
 
 constexpr const char* kConfiguration =
-    "<!DOCTYPE busconfig PUBLIC \"-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN\""
-    " \"http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd\">\n"
     "<busconfig><type>session</type><listen>unix:path=%@/bus</listen>"
     "<policy context=\"default\"><allow send_destination=\"*\" eavesdrop=\"true\"/>"
     "<allow eavesdrop=\"true\"/><allow own=\"*\"/></policy></busconfig>\n";
-
-pid_t started(const ChildProgram& program) {
-  const Result<pid_t> child = startChild(program);
-  if (!child) throw std::runtime_error(child.error().text);
-  return *child;
-}
-
-void waitFor(const std::string& path) {
-  for (int i = 0; i < 1000 && !exists(path); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(10));
-  if (!exists(path)) throw std::runtime_error(path + " does not appear");
-}
 
 }  // namespace
 
 std::string SessionBus::missing() {
   if (!exists(kDaemon)) return "dbus-daemon is not installed";
-  const pid_t probe = started({.path = kPython, .arguments = {"-c", "import dbus, gi"}});
-  int status = -1;
-  waitpid(probe, &status, 0);
-  return status == 0 ? "" : "Python's dbus or gi is not installed";
+  return std::system("/usr/bin/python3 -c 'import dbus, gi'") == 0 ? "" : "Python's dbus or gi is not installed";
 }
 
 SessionBus::SessionBus() : address_("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + (folder_ / "bus")) {
-  writeFile(folder_ / "bus.conf", formatted(kConfiguration, folder_.path()));
-  daemon_ = started({.path = kDaemon,
-                     .arguments = {"--config-file=" + (folder_ / "bus.conf"), "--nofork", "--nopidfile"},
-                     .environment = ownEnvironment()});
-  waitFor(folder_ / "bus");
-}
-
-SessionBus::~SessionBus() {
-  kill(daemon_, SIGKILL);
-  waitpid(daemon_, nullptr, 0);
+  const std::string configuration = folder_ / "bus.conf";
+  writeFile(configuration, formatted(kConfiguration, folder_.path()));
+  daemon_.emplace(kDaemon, std::vector<std::string>{"--config-file=" + configuration, "--nofork", "--nopidfile"});
+  if (!soon([this] { return exists(folder_ / "bus"); })) throw std::runtime_error("no bus appears");
 }
 
 HelperProcess SessionBus::start(const std::string& script, std::vector<std::string> arguments) const {
@@ -67,7 +42,7 @@ HelperProcess SessionBus::start(const std::string& script, std::vector<std::stri
 }
 
 void SessionBus::signal(int number) const {
-  kill(daemon_, number);
+  kill(daemon_->number(), number);
 }
 
 Message heardBy(HelperProcess& peer, std::chrono::milliseconds limit) {

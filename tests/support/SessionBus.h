@@ -1,13 +1,12 @@
 // A session bus of a test's own, and programs on it that are not ours.
 #pragma once
 
-#include <sys/types.h>
-
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "platform/linux/HelperProcess.h"
+#include "tests/support/DesktopFolders.h"
 #include "tests/support/EnvironmentChange.h"
 #include "tests/support/ScratchFolder.h"
 
@@ -17,9 +16,6 @@ namespace vantory::test {
 class SessionBus {
  public:
   SessionBus();
-  ~SessionBus();
-  SessionBus(const SessionBus&) = delete;
-  SessionBus& operator=(const SessionBus&) = delete;
 
   // Why this machine can have none; empty when it can.
   static std::string missing();
@@ -32,7 +28,7 @@ class SessionBus {
  private:
   ScratchFolder folder_;
   EnvironmentChange address_;
-  pid_t daemon_ = -1;
+  std::optional<Running> daemon_;
 };
 
 // The next thing the peer tells; empty when it tells nothing within the time.
