@@ -71,11 +71,31 @@ TEST_F(FileSystemTest, NeverCopiesOverSomethingUnlessAskedTo) {
   EXPECT_EQ(names(folder.path()).size(), 3u);
 }
 
+TEST_F(FileSystemTest, TakesNoLiveCopyForALeftover) {
+  writeFile(folder / "from/file", "x");
+  makeFolders(folder / "to");
+  const auto live = files.stageCopy({folder / "from", folder / "to/copy"});
+  ASSERT_TRUE(live.ok());
+  EXPECT_EQ(names(folder / "to").size(), 1u);
+  EXPECT_TRUE(files.stageCopy({folder / "from", folder / "to/copy"}).ok());
+  ASSERT_TRUE((*live)->commit(StagedCopy::Existing::Keep).ok());
+  EXPECT_EQ(readFile(folder / "to/copy/file"), "x");
+}
+
 TEST_F(FileSystemTest, CopiesNoFolderIntoItself) {
   writeFile(folder / "from/sub/file", "x");
   makeFolders(folder / "from/library");
   EXPECT_EQ(copy("from", "from/library/copy").error().code, std::errc::invalid_argument);
   EXPECT_TRUE(names(folder / "from/library").empty());
+}
+
+TEST_F(FileSystemTest, RefusesWhatIsNoFileWithoutWaiting) {
+  ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0600), 0);
+  EXPECT_FALSE(files.stageCopy({folder / "pipe", folder / "copy"}).ok());
+  EXPECT_FALSE(files.read(folder / "pipe").ok());
+  EXPECT_FALSE(files.openForAppending(folder / "pipe").ok());
+  EXPECT_FALSE(files.read(folder.path()).ok());
+  EXPECT_EQ(files.info("relative", Links::Follow).error().code, std::errc::invalid_argument);
 }
 
 TEST_F(FileSystemTest, AFileThatKeepsChangingIsNotCopiedHalf) {

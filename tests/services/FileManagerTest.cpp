@@ -1,7 +1,10 @@
 #include "services/QWFileManager.h"
 
+#include <sys/stat.h>
+
 #include <filesystem>
 
+#include "services/QWTask.h"
 #include "tests/services/ServicesTest.h"
 
 namespace vantory::test {
@@ -10,7 +13,10 @@ namespace {
 using namespace std::chrono_literals;
 using testing::Contains;
 using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::StartsWith;
+using testing::UnorderedElementsAre;
 using Manager = QWFileManager;
 
 class FileManagerTest : public ServicesTest {
@@ -114,6 +120,117 @@ TEST_F(FileManagerTest, UnlocksACopyAndLeavesTheLinksInAFolderAlone) {
   Manager::lockFolder(home_ / "folder/deep/link");
   EXPECT_THAT(logged(), ElementsAre("Unable to lock it: not permitted", "Unable to lock it: not permitted"));
   EXPECT_LE(fakes_.privileged.requests, 1);
+}
+
+class WildcardPathsTest : public ServicesTest {
+ protected:
+  std::vector<std::string> find(const std::string& pattern) {
+    auto found = Manager::filesMatchingWildcardPath(pattern, folder_);
+    for (std::string& path : found) path.erase(0, folder_.size() + 1);
+    return found;
+  }
+  void make(std::initializer_list<const char*> names) {
+    for (const char* name : names) writeFile(folder_ + "/" + name, "");
+  }
+
+  const std::string folder_ = home_ / "files";
+};
+
+TEST_F(WildcardPathsTest, MatchesWholeNamesByCase) {
+  make({"x1", "X2", ".x3", "yx", "com.a.1.plist", "com.a.plist", "h\u00e9lo", "hlo",
+        "h\xff"
+        "lo",
+        "a?b", "a*b"});
+  EXPECT_THAT(find("x*"), ElementsAre("x1"));
+  EXPECT_THAT(find("*x*"), UnorderedElementsAre("x1", ".x3", "yx"));
+  EXPECT_THAT(find("com.a.*.plist"), ElementsAre("com.a.1.plist"));
+  EXPECT_THAT(find("*h?lo"), UnorderedElementsAre("h\u00e9lo",
+                                                  "h\xff"
+                                                  "lo"));
+  EXPECT_THAT(find("a*b"), UnorderedElementsAre("a?b", "a*b"));
+  EXPECT_EQ(find("*").size(), 11u);
+}
+
+TEST_F(WildcardPathsTest, TakesTimeForNoPattern) {
+  make({std::string(250, 'a').c_str()});
+  std::string pattern;
+  for (int i = 0; i < 60; ++i) pattern += "*a";
+  EXPECT_THAT(find(pattern + "*b"), IsEmpty());
+}
+
+TEST_F(WildcardPathsTest, GoesThroughFolders) {
+  make({"5.0/Settings/u/a.sqpreset", "5.0/Settings/u/b.txt", "5.5/Settings/v/c.sqpreset", "5.5/Settings/d.sqpreset",
+        "file"});
+  EXPECT_THAT(find("*/Settings/*/*.sqpreset"),
+              UnorderedElementsAre("5.0/Settings/u/a.sqpreset", "5.5/Settings/v/c.sqpreset"));
+  EXPECT_THAT(find("*/Settings"), UnorderedElementsAre("5.0/Settings", "5.5/Settings"));
+  EXPECT_THAT(find("/*/None/*"), IsEmpty());
+  EXPECT_THAT(find("no/such?/file"), ElementsAre("no/such?/file"));
+  // A trailing slash throws the matches away.
+  EXPECT_THAT(Manager::filesMatchingWildcardPath("5*/", folder_), ElementsAre(folder_));
+  EXPECT_THAT(Manager::filesMatchingWildcardPath(folder_ + "/f*"), ElementsAre(folder_ + "/file"));
+}
+
+// Archives are made by a tool of the system: a test skips where it is missing.
+class ArchiveTest : public ServicesTest {
+ protected:
+  std::vector<std::string> temporaryFiles() const {
+    return Manager::contentsOfDirectory(home_ / "Library/Caches/com.quarrywell.Vantory");
+  }
+
+  const std::string archive_ = home_ / "Backup.zip";
+};
+
+TEST_F(ArchiveTest, ZipsAFolderUnderItsOwnNameAndKeepsTheOlderArchive) {
+  for (const char* tool : {"/usr/bin/bsdtar", "/usr/bin/unzip", "/usr/bin/python3"})
+    if (!exists(tool)) GTEST_SKIP() << tool << " is not installed";
+  const std::string folder = home_ / "@Backup.vnt";
+  writeFile(folder + "/deep/Gr\u00f6\u00dfe", "content");
+  writeFile(folder + "/-C", "");
+  writeFile(folder + "/\xff", "no text");
+  makeFolders(folder + "/empty");
+  std::filesystem::create_symlink("/etc/passwd", folder + "/link");
+  ASSERT_EQ(mkfifo((folder + "/pipe").c_str(), 0600), 0);
+  writeFile(archive_, "older");
+  ASSERT_TRUE(Manager::compressFile(folder, archive_));
+  EXPECT_EQ(readFile(home_ / ".local/share/Trash/files/Backup.zip"), "older");
+  EXPECT_THAT(temporaryFiles(), IsEmpty());
+  EXPECT_THAT(logged(), Contains(HasSubstr("pipe")));  // says that it was left out
+  struct stat status;
+  ASSERT_EQ(stat(archive_.c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777, 0600u);
+
+  EXPECT_EQ(QWTask::terminationCodeFromTask("/usr/bin/unzip", {"-tq", archive_}), 0);
+  const auto listed = QWTask::stringFromTask(
+      "/usr/bin/python3",
+      {"-c", "import sys, zipfile\nprint(sorted(zipfile.ZipFile(sys.argv[1]).namelist()))", archive_},
+      QWTask::Encoding::Utf8, std::chrono::seconds(60));
+  EXPECT_EQ(listed,
+            "['@Backup.vnt/', '@Backup.vnt/-C', '@Backup.vnt/deep/', '@Backup.vnt/deep/Gr\u00f6\u00dfe', "
+            "'@Backup.vnt/empty/', '@Backup.vnt/link', '@Backup.vnt/\ufffd']\n");
+}
+
+TEST_F(ArchiveTest, AnArchiveThatCannotBeMadeLeavesNothing) {
+  if (!exists("/usr/bin/bsdtar")) GTEST_SKIP() << "bsdtar is not installed";
+  EXPECT_FALSE(Manager::compressFile(home_ / "none", archive_));
+  EXPECT_THAT(logged(), Contains(StartsWith("Unable to compress " + (home_ / "none") + ": ")));
+  writeFile(home_ / "item", "content");
+  EXPECT_FALSE(Manager::compressFile(home_ / "item", home_ / "missing/Backup.zip"));
+  EXPECT_FALSE(exists(archive_));
+  // An older one that cannot be moved away stays as it is.
+  writeFile(archive_, "older");
+  files_.heal();
+  files_.fail(Operation::Trash, std::errc::io_error);
+  EXPECT_FALSE(Manager::compressFile(home_ / "item", archive_));
+  EXPECT_EQ(readFile(archive_), "older");
+  EXPECT_THAT(temporaryFiles(), IsEmpty());
+}
+
+TEST_F(ArchiveTest, TheSuperuserCompressesNobodyElsesFiles) {
+  writeFile(home_ / "item", "content");
+  fakes_.users.superuser = true;
+  fakes_.users.process = User{0, 0, machine_.path()};
+  EXPECT_FALSE(Manager::compressFile(home_ / "item", archive_));
 }
 
 }  // namespace

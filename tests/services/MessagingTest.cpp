@@ -1,32 +1,10 @@
-#include "platform/Messaging.h"
-
 #include "services/QWGrowl.h"
-#include "services/QWTaskNotification.h"
 #include "tests/services/ServicesTest.h"
 
 namespace vantory::test {
 namespace {
 
-using testing::Contains;
 using testing::ElementsAre;
-using testing::HasSubstr;
-
-using TaskNotificationTest = ServicesTest;
-
-TEST_F(TaskNotificationTest, SendsTheFirstMessageThatTheClientUnderstands) {
-  FakeTaskClient& client = fakes_.taskClient;
-  client.services = {"QWGearwrightClientCallback"};
-  client.understood = {"postErrorString:userInfo:", "postErrorString:", "postError:", "postDisconnect"};
-  QWTaskNotification::postTaskErrorString("text");
-  QWTaskNotification::postTaskError("error");
-  QWTaskNotification::postTaskFinished();
-  QWTaskNotification::postDisconnect();
-  client.failure = Error{std::errc::timed_out, "no answer"};
-  QWTaskNotification::postTaskError("again");
-  EXPECT_THAT(client.sent, ElementsAre(TaskMessage{"postErrorString:userInfo:", {"text", "Vantory"}},
-                                       TaskMessage{"postError:", {"error"}}, TaskMessage{"postDisconnect"}));
-  EXPECT_THAT(logged(), Contains(HasSubstr("Exception in postTaskError:")));
-}
 
 using GrowlTest = ServicesTest;
 
