@@ -12,7 +12,6 @@
 namespace vantory::test {
 namespace {
 
-using ::testing::IsEmpty;
 using ::testing::UnorderedElementsAre;
 
 constexpr const char* kUser = "0::/user.slice/user-1000.slice/user@1000.service/app.slice/";

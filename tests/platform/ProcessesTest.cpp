@@ -4,7 +4,6 @@
 
 #include <cerrno>
 #include <csignal>
-#include <thread>
 
 #include "platform/linux/LinuxProcesses.h"
 #include "tests/support/DesktopFolders.h"
@@ -15,8 +14,8 @@ namespace {
 using ::testing::HasSubstr;
 using ::testing::Not;
 
-std::unique_ptr<Process> startShell(const std::string& script, Streams streams = Streams::Captured) {
-  auto process = LinuxProcesses().start("/bin/sh", {"-c", script}, streams);
+std::unique_ptr<Process> startShell(const std::string& script) {
+  auto process = LinuxProcesses().start("/bin/sh", {"-c", script}, Streams::Captured);
   if (!process) throw std::runtime_error(process.error().text);
   return std::move(*process);
 }
