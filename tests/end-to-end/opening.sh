@@ -10,7 +10,7 @@ need Xvfb xdotool dbus-run-session dbus-update-activation-environment gapplicati
 
 # The bus looks for what it may start when it begins.
 services=$work/run/dbus-1/services
-mkdir -p "$services"
+mkdir -p -m 700 "$work/run" && mkdir -p "$services"
 sed "s|^Exec=.*|Exec=$work/vantory-activation $work/vantory-window|" "$work/com.quarrywell.Vantory.service" \
   >"$services/com.quarrywell.Vantory.service"
 on_a_display opening
