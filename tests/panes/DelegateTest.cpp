@@ -11,7 +11,6 @@ namespace {
 
 using testing::Contains;
 using testing::Not;
-using testing::Pair;
 
 constexpr const char* kProject = "/films/Cut.FCP";
 constexpr const char* kKeystroke = "Sending prefs keyboard shortcut to Final Cut Pro";
@@ -51,70 +50,26 @@ class DelegateTest : public PaneTest {
        [](std::function<void()> work) { BackgroundThreads::shared().start(std::move(work)); }}};
 };
 
-TEST_F(DelegateTest, AProjectBringsThePreferencesItIsLinkedTo) {
-  writeBackup("For another", {"/films/cut.fcp"});
-  writeBackup("For the film", {"/films/other.fcp", kProject});
-  writeFile(prefs("editor.plist"), "spoilt");
-  const auto lines = open(kProject);
-  delegate_.applicationDidFinishLaunching();
-  EXPECT_EQ(readFile(prefs("editor.plist")), "good");
-  EXPECT_THAT(lines, Contains("Restoring backup For the film, which the project is linked to"));
-  EXPECT_EQ(fakes_.notifications.posted.front().title, "Restoring preferences...");
-  EXPECT_THAT(fakes_.workspace.opened, ElementsAre(Pair(kProject, "com.apple.FinalCutPro")));
-  EXPECT_THAT(fakes_.workspace.activated, ElementsAre("com.apple.FinalCutPro"));
-  EXPECT_THAT(lines, Not(Contains(kKeystroke))) << "the restored settings are not to be changed";
-  EXPECT_EQ(quits_, 1);
-
-  finishWork();
-  EXPECT_EQ(window_.timesInFront, 0);
-  EXPECT_THAT(fakes_.jobs.loaded, IsEmpty());
-  EXPECT_EQ(QWUserDefaults::standardUserDefaults().integerForKey("maxAutoBackups"), 0) << "no defaults either";
-  EXPECT_FALSE(delegate_.applicationShouldTerminateAfterLastWindowClosed());
-}
-
-TEST_F(DelegateTest, WithoutABackupTheSettingsOfFinalCutProAreAskedFor) {
+TEST_F(DelegateTest, AProjectBringsTheBackupItIsLinkedToOrElseFinalCutProsSettings) {
   EXPECT_EQ(secondsFor([&] { EXPECT_THAT(open(kProject), Contains(kKeystroke)); }), 8) << "it has to start first";
   fakes_.workspace.running = {"com.apple.FinalCutPro"};
   EXPECT_EQ(secondsFor([&] { open(kProject); }), 2);
   fakes_.workspace.paths["com.apple.motion"] = "/share/com.apple.motion.desktop";
   EXPECT_THAT(open("/films/title.motn"), Not(Contains(kKeystroke)));
-  EXPECT_EQ(quits_, 3);
-}
 
-TEST_F(DelegateTest, WhatCannotBeOpenedEndsTheProgramAndIsTold) {
-  EXPECT_THAT(open("/films/title.motn"),
-              Contains("Unable to open /films/title.motn - the application com.apple.motion is not installed"));
-  EXPECT_THAT(fakes_.workspace.opened, IsEmpty());
-  EXPECT_EQ(quits_, 1);
+  writeBackup("For another", {"/films/cut.fcp"});
+  writeBackup("For the film", {"/films/other.fcp", kProject});
+  const auto lines = open(kProject);
+  EXPECT_THAT(lines, Contains("Restoring backup For the film, which the project is linked to"));
+  EXPECT_THAT(lines, Not(Contains(kKeystroke))) << "the restored settings are not to be changed";
+  EXPECT_EQ(fakes_.notifications.posted.front().title, "Restoring preferences...");
+  EXPECT_EQ(fakes_.workspace.activated.back(), "com.apple.FinalCutPro");
+  EXPECT_EQ(quits_, 4);
+  EXPECT_FALSE(delegate_.applicationShouldTerminateAfterLastWindowClosed());
 
-  EXPECT_THAT(open("/films/notes.txt"), Contains("Error - unknown file: /films/notes.txt"));
-  EXPECT_THAT(fakes_.documents.opened, ElementsAre("/films/notes.txt"));
-  EXPECT_EQ(quits_, 2);
-  EXPECT_THAT(alerts_, IsEmpty());
   fakes_.documents.answer = Error{std::errc::no_such_file_or_directory, "no application"};
   open("/films/notes.txt");
   EXPECT_THAT(alerts_, ElementsAre("Vantory cannot open \"notes.txt\""));
-}
-
-TEST_F(DelegateTest, TheAlertsTellWhatAnImportLeftUndone) {
-  std::filesystem::rename(writeBackup("Clean", {})->path(), home_ / "Auto Backup of mine.vnt");
-  std::string told;
-  onAlert_ = [&](const AlertTexts& texts) {
-    told = texts.informativeText;
-    return QWAlert::Default;
-  };
-  open(home_ / "Auto Backup of mine.vnt");
-  EXPECT_THAT(told, HasSubstr("automatic backup"));
-  EXPECT_TRUE(exists(inLibrary("Autosaves/Auto Backup of mine.vnt")));
-
-  const auto backup = writeBackup("Clean", {kProject});
-  for (const std::string& opened : {backup->path(), std::string(kProject)}) {
-    alerts_.clear();
-    files_.fail(test::Operation::StageCopy, std::errc::io_error, FaultyFileSystem::kEveryCall);
-    open(opened);
-    EXPECT_THAT(alerts_, Contains("Not everything could be restored")) << opened;
-    files_.heal();
-  }
 }
 
 TEST_F(DelegateTest, ABackupIsImportedAfterAQuestion) {
@@ -135,10 +90,12 @@ TEST_F(DelegateTest, ABackupIsImportedAfterAQuestion) {
   EXPECT_TRUE(chooser_.request.folders);
   EXPECT_EQ(alerts_.back(), "Restoration complete");
   EXPECT_EQ(readFile(prefs("editor.plist")), "good");
-  EXPECT_TRUE(exists(inLibrary("Clean setup.vnt/Settings.plist")));
   EXPECT_THAT(shownPanes_, ElementsAre("Restore", "Restore"));
   EXPECT_EQ(window_.timesInFront, 2);
+  EXPECT_EQ(quits_, 0);
+}
 
+TEST_F(DelegateTest, TheAlertsTellWhatAnImportLeftUndone) {
   // No folder, nothing in it, and a folder of another kind.
   writeFile(home_ / "file.vnt", "x");
   makeFolders(home_ / "empty.vnt");
@@ -150,19 +107,25 @@ TEST_F(DelegateTest, ABackupIsImportedAfterAQuestion) {
   chooser_.answer = {home_ / "Films"};
   delegate_.importBackup();
   EXPECT_EQ(alerts_.back(), "\"Films\" is not a backup");
-  EXPECT_EQ(quits_, 0);
-}
 
-TEST_F(DelegateTest, UpdatesAreLookedForAtTheStartWhereThatIsSwitchedOn) {
-  const char* missing = "Unable to launch Software Update - path doesn't exist";
-  const auto start = [this] {
-    delegate_.applicationDidFinishLaunching();
-    finishWork();
-    return logged();
+  std::filesystem::rename(writeBackup("Clean", {})->path(), home_ / "Auto Backup of mine.vnt");
+  std::string told;
+  onAlert_ = [&](const AlertTexts& texts) {
+    told = texts.informativeText;
+    return QWAlert::Default;
   };
-  EXPECT_THAT(start(), Not(Contains(missing)));
-  writeFile(prefs("com.quarrywell.global.plist"), "<plist><dict><key>SUCheckAtStartup</key><true/></dict></plist>");
-  EXPECT_THAT(start(), Contains(missing));
+  open(home_ / "Auto Backup of mine.vnt");
+  EXPECT_THAT(told, HasSubstr("automatic backup"));
+  EXPECT_TRUE(exists(inLibrary("Autosaves/Auto Backup of mine.vnt")));
+
+  const auto backup = writeBackup("Clean", {kProject});
+  for (const std::string& opened : {backup->path(), std::string(kProject)}) {
+    alerts_.clear();
+    files_.fail(test::Operation::StageCopy, std::errc::io_error, FaultyFileSystem::kEveryCall);
+    open(opened);
+    EXPECT_THAT(alerts_, Contains("Not everything could be restored")) << opened;
+    files_.heal();
+  }
 }
 
 TEST_F(DelegateTest, DocumentsAndTheEndWaitForRunningWork) {
@@ -197,10 +160,19 @@ TEST_F(DelegateTest, StartsOnlyWithAnAdministratorWhereOneIsRequired) {
   EXPECT_FALSE(delegate_.awakeFromNib());
   fakes_.privileged.grants = true;
   EXPECT_TRUE(delegate_.awakeFromNib());
-  delegate_.applicationDidFinishLaunching();
-  finishWork();
-  EXPECT_EQ(QWUserDefaults::standardUserDefaults().integerForKey("maxAutoBackups"), 10);
+}
+
+TEST_F(DelegateTest, TheStartSetsUpWhatIsSwitchedOn) {
+  const auto start = [this] {
+    delegate_.applicationDidFinishLaunching();
+    finishWork();
+    return logged();
+  };
+  const char* missing = "Unable to launch Software Update - path doesn't exist";
+  EXPECT_THAT(start(), Not(Contains(missing)));
   EXPECT_EQ(fakes_.jobs.loaded.size(), 1U);
+  writeFile(prefs("com.quarrywell.global.plist"), "<plist><dict><key>SUCheckAtStartup</key><true/></dict></plist>");
+  EXPECT_THAT(start(), Contains(missing));
 }
 
 TEST_F(DelegateTest, HelpOpensPagesAndTheManualWhereThereIsOne) {

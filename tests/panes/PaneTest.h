@@ -65,6 +65,13 @@ class PaneTest : public BackupsTest, protected PaneSwitcher {
     controller().setAppArray({editor_, avid_});
   }
 
+  // The library's record of the backup; none when there is none.
+  std::shared_ptr<QWBackup> listed(const std::string& name) {
+    for (const auto& node : controller().backupArray())
+      if (node->name() == name) return std::dynamic_pointer_cast<QWBackup>(node);
+    return nullptr;
+  }
+
   std::string avidFile(const std::string& user) const {
     return machine_ / ("Users/Shared/AvidMediaComposer/Avid Users/" + user + "/MCState");
   }
