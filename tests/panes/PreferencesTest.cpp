@@ -4,7 +4,6 @@
 
 #include <future>
 
-#include "catalog/ProjectHandlers.h"
 #include "settings/ui/LibraryMove.h"
 #include "settings/ui/QWPreferenceController.h"
 #include "tests/panes/PaneTest.h"
@@ -173,15 +172,23 @@ TEST_F(PreferencesTest, TheScheduleFollowsAtOnceAndAFailureIsShown) {
 }
 
 TEST_F(PreferencesTest, HandlesProjectsOnlyWithAllEightKinds) {
+  settings_.changeHandlerToFCS();
+  auto& viewers = fakes_.defaultHandlers.viewers;
+  EXPECT_EQ(viewers["type/stmp"], "com.apple.soundtrackpro");
+  EXPECT_EQ(view_.status.text, "Status: Vantory is NOT the default handler");
+  EXPECT_EQ(view_.status.colour, HandlerStatus::Colour::Red);
+  EXPECT_FALSE(view_.status.keystrokeEnabled);
   settings_.changeHandlerToVantory();
   EXPECT_EQ(view_.status.text, "Status: Vantory is the default handler");
   EXPECT_EQ(view_.status.colour, HandlerStatus::Colour::DarkGreen);
   EXPECT_TRUE(view_.status.keystrokeEnabled);
-  fakes_.defaultHandlers.viewers["type/ipr"] = "com.apple.livetype";
-  settings_.refresh();
-  EXPECT_EQ(view_.status.text, "Status: Vantory is NOT the default handler");
-  EXPECT_EQ(view_.status.colour, HandlerStatus::Colour::Red);
-  EXPECT_FALSE(view_.status.keystrokeEnabled);
+  EXPECT_EQ(viewers.size(), 8U);
+  for (auto& [type, viewer] : viewers) {
+    const std::string kept = std::exchange(viewer, "com.quarrywell.Vantory");
+    settings_.refresh();
+    EXPECT_EQ(view_.status.colour, HandlerStatus::Colour::Red) << type;
+    viewer = kept;
+  }
 }
 
 }  // namespace

@@ -21,57 +21,40 @@ std::string rowsOfOutline(OutlineDelegate& pane, const OutlineItemPointer& item 
   return text;
 }
 
-class TrashPaneTest : public PaneTest {
+class TickingTest : public PaneTest {
  protected:
-  TrashPaneTest() {
-    setTwoApps();
-    pane_.reload();
-  }
-  QWTrashTableController pane_{outline_, button_};
+  TickingTest() { setTwoApps(); }
 };
 
-TEST_F(TrashPaneTest, ShowsApplicationsAndAvidUsersOnly) {
-  EXPECT_EQ(rowsOfOutline(pane_), "Editor Avid Media Composer(anna ben ) ");
+TEST_F(TickingTest, TheTrashPaneTicksApplicationsAndAvidUsers) {
+  QWTrashTableController pane{outline_, button_};
+  pane.reload();
+  EXPECT_EQ(rowsOfOutline(pane), "Editor Avid Media Composer(anna ben ) ");
+  EXPECT_EQ(pane.child(7, nullptr), nullptr);
   OutlineCell cell;
-  pane_.willDisplayCell(cell, "selected", editor_);
+  pane.willDisplayCell(cell, "selected", editor_);
   EXPECT_EQ(cell.title, "Editor");
-  EXPECT_EQ(cell.icon, "editor.png");
-  EXPECT_EQ(pane_.child(7, nullptr), nullptr);
-}
 
-TEST_F(TrashPaneTest, TicksReachWhatIsBelowAndAbove) {
-  pane_.setObjectValue(Off, "selected", avidItem_->users()[0]);
+  pane.setObjectValue(Off, "selected", avidItem_->users()[0]);
   EXPECT_EQ(avid_->selected(), Mixed);
   EXPECT_EQ(outline_.headerState, Mixed);
   EXPECT_THAT(outline_.reloadedItems, testing::Contains(OutlineItemPointer(avid_)));
-  pane_.setObjectValue(Mixed, "selected", avid_);  // a click on a mixed box ticks it
+  pane.setObjectValue(Mixed, "selected", avid_);  // a click on a mixed box ticks it
   EXPECT_EQ(avid_->selected(), On);
   EXPECT_EQ(avidItem_->users()[0]->selected(), On);
-  pane_.setObjectValue(Off, "selected", editor_);
+  pane.setObjectValue(Off, "selected", editor_);
   EXPECT_EQ(editor_->children()[1]->selected(), Off);
 }
 
-class BackupPaneTest : public PaneTest {
- protected:
-  BackupPaneTest() {
-    setTwoApps();
-    pane_.reload();
-  }
-  FakeOutline restoreOutline_;
-  FakeButton defaultCommand_;
-  QWRestoreOutlineController restore_{{restoreOutline_, defaultCommand_, spinner_, *this}};
-  QWBackupOutlineController pane_{{outline_, button_, spinner_, *this, restore_}};
-};
-
-TEST_F(BackupPaneTest, ShowsEverythingThatCanBeChosen) {
-  EXPECT_EQ(rowsOfOutline(pane_), "Editor(Preferences Layouts ) Avid Media Composer(Preferences(anna ben ) ) ");
-}
-
-TEST_F(BackupPaneTest, AnApplicationTickedInPartIsEnoughToBackUp) {
-  pane_.mouseDownInHeaderOfTableColumn("name");
+TEST_F(TickingTest, InTheBackupPaneAnApplicationTickedInPartIsEnough) {
+  QWRestoreOutlineController restore{{outline_, button_, spinner_, *this}};
+  QWBackupOutlineController pane{{outline_, button_, spinner_, *this, restore}};
+  pane.reload();
+  EXPECT_EQ(rowsOfOutline(pane), "Editor(Preferences Layouts ) Avid Media Composer(Preferences(anna ben ) ) ");
+  pane.mouseDownInHeaderOfTableColumn("name");
   EXPECT_EQ(outline_.headerState, Off);
   EXPECT_FALSE(button_.enabled);
-  pane_.setObjectValue(On, "name", editor_->children()[0]);
+  pane.setObjectValue(On, "name", editor_->children()[0]);
   EXPECT_EQ(outline_.headerState, Off) << "no application is ticked as a whole";
   EXPECT_TRUE(button_.enabled);
 }
@@ -110,31 +93,22 @@ TEST_F(LockPaneTest, LocksWhatARowStandsFor) {
   EXPECT_THAT(alerts_, IsEmpty());
 }
 
-TEST_F(LockPaneTest, WhatCouldNotBeLockedIsToldAndShown) {
-  metadata_.lockAnswer = Error{std::errc::not_supported, "no such flag here"};
-  lock(On, editor_);
-  EXPECT_THAT(alerts_, ElementsAre("Not everything could be locked"));
-  EXPECT_EQ(shownState(editor_), Off);
-}
-
-TEST_F(LockPaneTest, ARowThatCannotBeLockedIgnoresClicks) {
+TEST_F(LockPaneTest, ARowShowsWhatIsLockedNotWhatWasClicked) {
   lock(On, avidItem_);
-  EXPECT_TRUE(metadata_.locked.empty());
+  EXPECT_TRUE(metadata_.locked.empty()) << "it cannot be locked";
   EXPECT_EQ(shownState(avidItem_), Off);
   OutlineCell cell;
   pane_.willDisplayCell(cell, "lock", avidItem_);
   EXPECT_FALSE(cell.enabled);
-  lock(On, avidItem_->users()[0]);
-  EXPECT_EQ(metadata_.locked.size(), 1U);
-  EXPECT_EQ(shownState(avidItem_->users()[0]), On);
-}
 
-TEST_F(LockPaneTest, LooksAgainWhenItIsShown) {
-  metadata_.locked.insert(prefs("editor.plist"));
+  metadata_.lockAnswer = Error{std::errc::not_supported, "no such flag here"};
+  lock(On, editor_);
+  EXPECT_THAT(alerts_, ElementsAre("Not everything could be locked"));
   EXPECT_EQ(shownState(editor_), Off);
+  metadata_.locked.insert(prefs("editor.plist"));
   NotificationCenter::shared().post("QWVantoryLockTabSwitch");
   finishWork();
-  EXPECT_EQ(shownState(editor_), Mixed);
+  EXPECT_EQ(shownState(editor_), Mixed) << "it looks again when it is shown";
 }
 
 }  // namespace

@@ -185,11 +185,10 @@ class FakeDocuments : public Documents {
   Status answer;
 };
 
-// Every extension has the type "type/EXTENSION" but for those that are unknown.
+// Every extension has the type "type/EXTENSION".
 class FakeDefaultHandlers : public DefaultHandlers {
  public:
   Result<std::string> typeOfExtension(const std::string& extension) const override {
-    if (unknownExtensions.contains(extension)) return Error{std::errc::no_such_file_or_directory, extension};
     return std::string("type/").append(extension);
   }
   Status setDefaultViewer(const std::string& type, const std::string& identifier) override {
@@ -197,7 +196,6 @@ class FakeDefaultHandlers : public DefaultHandlers {
   }
   std::optional<std::string> defaultViewer(const std::string& type) const override { return found(viewers, type); }
 
-  std::set<std::string> unknownExtensions;
   std::map<std::string, std::string> viewers;  // by type
 };
 
