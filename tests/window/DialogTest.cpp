@@ -51,39 +51,39 @@ class AlertTest : public ServicesTest {
                              .informativeText = "Its files cannot be touched."};
 };
 
-TEST_F(AlertTest, EachButtonHasItsCodeForAWorkerThread) {
-  for (const auto& [title, code] : {std::pair{"Close", 1}, {"Skip", 0}, {"Cancel", -1}}) {
-    auto answer = ask(question_);
+TEST_F(AlertTest, EachButtonAndKeyHasItsCodeForAWorkerThread) {
+  using Act = std::function<void(AlertDialog&)>;
+  const auto click = [](const char* title) -> Act {
+    return [=](AlertDialog& alert) { button(alert, title)->click(); };
+  };
+  const auto press = [](Qt::Key key) -> Act { return [=](AlertDialog& alert) { QTest::keyClick(&alert, key); }; };
+  const AlertTexts notice{.messageText = "Done.", .defaultButton = "OK"};
+  AlertTexts briefly = question_;
+  briefly.interval = std::chrono::seconds(1);
+  struct Case {
+    AlertTexts texts;
+    Act act;
+    int code;
+  };
+  for (const Case& c : std::initializer_list<Case>{{question_, click("Close"), QWAlert::Default},
+                                                   {question_, click("Skip"), QWAlert::Alternate},
+                                                   {question_, click("Cancel"), QWAlert::Other},
+                                                   {question_, press(Qt::Key_Return), QWAlert::Default},
+                                                   {question_, press(Qt::Key_Escape), QWAlert::Alternate},
+                                                   {notice, press(Qt::Key_Escape), QWAlert::Default},
+                                                   {briefly, [](auto&) {}, QWAlert::Default}}) {
+    auto answer = ask(c.texts);
     AlertDialog* alert = waitForAlert();
     ASSERT_NE(alert, nullptr);
     EXPECT_EQ(alert->parentWidget(), &window_);
     EXPECT_EQ(alert->windowModality(), Qt::WindowModal);
-    EXPECT_EQ(alert->accessibleName(), QStringLiteral("Final Cut Pro is running."));
     const auto buttons = alert->findChildren<QPushButton*>();
-    ASSERT_EQ(buttons.size(), 3);
-    EXPECT_LT(buttons[0]->x(), buttons[1]->x());
-    EXPECT_LT(buttons[1]->x(), buttons[2]->x());
-    QTest::mouseClick(button(*alert, title), Qt::LeftButton);
-    ASSERT_TRUE(isAnswered(answer)) << title;
-    EXPECT_EQ(answer.get(), code) << title;
+    EXPECT_TRUE(std::ranges::is_sorted(buttons, {}, &QPushButton::x));
+    c.act(*alert);
+    ASSERT_TRUE(isAnswered(answer));
+    EXPECT_EQ(answer.get(), c.code);
+    EXPECT_EQ(visibleWindow<AlertDialog>(), nullptr);
   }
-}
-
-TEST_F(AlertTest, ReturnIsTheDefaultAndEscapeTheAlternateOrOnlyButton) {
-  auto answer = ask(question_);
-  QTest::keyClick(waitForAlert(), Qt::Key_Return);
-  ASSERT_TRUE(isAnswered(answer));
-  EXPECT_EQ(answer.get(), QWAlert::Default);
-
-  answer = ask(question_);
-  QTest::keyClick(waitForAlert(), Qt::Key_Escape);
-  ASSERT_TRUE(isAnswered(answer));
-  EXPECT_EQ(answer.get(), QWAlert::Alternate);
-
-  answer = ask({.messageText = "Done.", .defaultButton = "OK"});
-  waitForAlert()->close();
-  ASSERT_TRUE(isAnswered(answer));
-  EXPECT_EQ(answer.get(), QWAlert::Default);
 }
 
 TEST_F(AlertTest, ALongNameIsShownWhole) {
@@ -98,108 +98,78 @@ TEST_F(AlertTest, ALongNameIsShownWhole) {
   ASSERT_TRUE(isAnswered(answer));
 }
 
-TEST_F(AlertTest, AnAlertWithAnIntervalAnswersItself) {
-  AlertTexts texts = question_;
-  texts.interval = std::chrono::seconds(1);
-  auto answer = ask(texts);
-  ASSERT_TRUE(isAnswered(answer));
-  EXPECT_EQ(answer.get(), QWAlert::Default);
-  EXPECT_EQ(visibleWindow<AlertDialog>(), nullptr);
-}
-
 TEST_F(AlertTest, TwoThreadsMayAskAtOnce) {
-  AlertTexts texts = question_;
-  auto first = ask(texts);
+  auto first = ask(question_);
   AlertDialog* firstAlert = waitForAlert();
-  texts.messageText = "Motion is running.";
-  auto second = ask(texts);
-  ASSERT_TRUE(eventually([] {
-    const auto windows = QApplication::topLevelWidgets();
-    return std::count_if(windows.begin(), windows.end(),
-                         [](QWidget* w) { return dynamic_cast<AlertDialog*>(w) && w->isVisible(); }) == 2;
-  }));
-  button(*firstAlert, "Cancel")->click();
-  ASSERT_TRUE(isAnswered(first));
+  auto second = ask(question_);
+  const auto secondAlert = [&] {
+    AlertDialog* other = nullptr;
+    for (auto* each : window_.findChildren<AlertDialog*>())
+      if (each != firstAlert && each->isVisible()) other = each;
+    return other;
+  };
+  ASSERT_TRUE(eventually([&] { return secondAlert() != nullptr; }));
+  for (const auto& [alert, title, answer] :
+       {std::tuple{secondAlert(), "Skip", &second}, {firstAlert, "Cancel", &first}})
+    button(*alert, title)->click();
+  ASSERT_TRUE(isAnswered(first) && isAnswered(second));
   EXPECT_EQ(first.get(), QWAlert::Other);
-  ASSERT_TRUE(eventually([] { return visibleWindow<AlertDialog>() != nullptr; }));
-  button(*visibleWindow<AlertDialog>(), "Skip")->click();
-  ASSERT_TRUE(isAnswered(second));
   EXPECT_EQ(second.get(), QWAlert::Alternate);
 }
 
 TEST_F(AlertTest, AtTheEndOpenAndLaterAlertsAreDismissed) {
+  const auto isDismissed = [&](std::future<int>& alert) { return isAnswered(alert) && alert.get() == QWAlert::Other; };
   auto open = ask(question_);
   waitForAlert();
   alerts_.refuse();
-  ASSERT_TRUE(isAnswered(open));
-  EXPECT_EQ(open.get(), QWAlert::Other);
+  EXPECT_TRUE(isDismissed(open));
   auto later = ask(question_);
-  ASSERT_TRUE(isAnswered(later));
-  EXPECT_EQ(later.get(), QWAlert::Other);
+  EXPECT_TRUE(isDismissed(later));
   runtime_.shared<MainThread>().shutDown();
   auto last = ask(question_);
-  ASSERT_TRUE(isAnswered(last));
-  EXPECT_EQ(last.get(), QWAlert::Other);
+  EXPECT_TRUE(isDismissed(last));
 }
 
-TEST(ProgressDialogTest, ShowsHowFarTheTaskIs) {
+TEST(ProgressDialogTest, StaysUntilTheTaskHasEnded) {
   QWidget window;
   ProgressDialog sheet(&window);
-  auto& bar = *sheet.findChild<QProgressBar*>();
   int cancels = 0;
   sheet.onCancel = [&] { ++cancels; };
   sheet.setIndeterminate();
-  sheet.setLabel("Backing up...");
   sheet.show();
-  EXPECT_TRUE(sheet.isVisible());
-  EXPECT_EQ(sheet.windowModality(), Qt::WindowModal);
-  EXPECT_EQ(sheet.findChild<QLabel*>()->text(), QStringLiteral("Backing up..."));
+  auto& bar = *sheet.findChild<QProgressBar*>();
   EXPECT_EQ(bar.maximum(), 0);
   sheet.setMaximum(4);
   sheet.setValue(1);
   EXPECT_DOUBLE_EQ(1.0 * bar.value() / bar.maximum(), 0.25);
-
-  QTest::keyClick(&sheet, Qt::Key_Escape);
+  for (int press = 0; press < 2; ++press) QTest::keyClick(&sheet, Qt::Key_Escape);
   EXPECT_EQ(cancels, 1);
-  EXPECT_TRUE(sheet.isVisible()) << "until the task has ended";
-  QTest::keyClick(&sheet, Qt::Key_Escape);
-  EXPECT_EQ(cancels, 1);
+  EXPECT_TRUE(sheet.isVisible());
   sheet.hide();
-  EXPECT_FALSE(sheet.isVisible());
   sheet.show();
-  QTest::mouseClick(button(sheet, "Cancel"), Qt::LeftButton);
+  button(sheet, "Cancel")->click();
   EXPECT_EQ(cancels, 2);
 }
 
-TEST(BackupDialogWidgetTest, ListsProjectsAndKeepsANameThatIsNoText) {
+TEST(BackupDialogWidgetTest, TellsWhatIsPressedAndSelectedAndKeepsANameThatIsNoText) {
   QWidget window;
   BackupDialog dialog(&window);
   QStringList did;
-  dialog.setActions({.confirm = [&] { did << "confirm"; },
-                     .cancel = [&] { did << "cancel"; },
-                     .addProject = [&] { did << "add"; },
-                     .removeProject = [&] { did << "remove"; },
-                     .enableHandling = [&] { did << "enable"; },
-                     .expand = [] {},
-                     .contract = [] {}});
+  const auto note = [&](const char* what) { return [&did, what] { did << what; }; };
+  dialog.setActions({note("confirm"), note("cancel"), note("add"), note("remove"), note("enable"), [] {}, [] {}});
   dialog.setProjectListShown(true);
   dialog.setHandlingNoticeShown(true);
   dialog.setProjects({"/a/one.fcp", "/b/two.motn", "/c/three.ipr"});
   dialog.show("Edit");
   dialog.setName("\xff bytes");
   EXPECT_EQ(dialog.name(), "\xff bytes");
-  auto& list = *dialog.findChild<QListWidget*>();
   EXPECT_FALSE(button(dialog, "Remove")->isEnabled());
-  list.item(2)->setSelected(true);
-  list.item(0)->setSelected(true);
+  for (const int row : {2, 0}) dialog.findChild<QListWidget*>()->item(row)->setSelected(true);
   EXPECT_EQ(dialog.selectedProjects(), (std::vector<std::size_t>{0, 2}));
   for (const char* title : {"Add…", "Remove", "Open Projects with Vantory"}) button(dialog, title)->click();
-  EXPECT_EQ(did, (QStringList{"add", "remove", "enable"}));
-  QTest::keyClick(&dialog, Qt::Key_Return);
-  EXPECT_EQ(did.last(), QStringLiteral("confirm"));
-  EXPECT_TRUE(dialog.isVisible()) << "the controller closes it";
   QTest::keyClick(&dialog, Qt::Key_Escape);
-  EXPECT_EQ(did.last(), QStringLiteral("cancel"));
+  EXPECT_EQ(did, (QStringList{"add", "remove", "enable", "cancel"}));
+  EXPECT_TRUE(dialog.isVisible()) << "the controller closes it";
   dialog.close();
 }
 
