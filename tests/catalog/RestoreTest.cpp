@@ -16,18 +16,15 @@ using test::writeFile;
 using testing::ElementsAre;
 using testing::Not;
 
-// A backup folder of the user who lives in `home`.
-class FolderBackup : public BackupPlace {
- public:
-  FolderBackup(std::string path, std::string home) : path_(std::move(path)), home_(std::move(home)) {}
-  std::string path() const override { return path_; }
+// The backup folder of the user who lives in `home`.
+struct FolderBackup : BackupPlace {
+  explicit FolderBackup(std::string itsHome) : home(std::move(itsHome)) {}
+  std::string path() const override { return home + "/Backups/x.vnt"; }
   std::string safeUserPath(const std::string& path) const override {
-    return path.starts_with(home_) ? kHomePlaceholder + path.substr(home_.size()) : path;
+    return kHomePlaceholder + path.substr(home.size());
   }
 
- private:
-  std::string path_;
-  std::string home_;
+  const std::string home;
 };
 
 class RestoreTest : public test::CatalogTest {
@@ -44,7 +41,7 @@ class RestoreTest : public test::CatalogTest {
     return exists(path) ? readFile(path) : std::string();
   }
 
-  const FolderBackup backup_{home_ / "Backups/x.vnt", home_.path()};
+  const FolderBackup backup_{home_.path()};
   const std::string live_ = home_ / "Library/a.plist";
   const std::string folder_ = home_ / "Library";
   const std::shared_ptr<QWPrefItem> item_ = itemWith({live_});
@@ -90,45 +87,36 @@ TEST_F(RestoreTest, NothingIsLostWhateverFails) {
     }
 }
 
-class RestoreWithRightsTest : public RestoreTest {
- protected:
-  RestoreWithRightsTest() {
-    writeFile(backedUp("Library/a.plist"), "new");
-    writeFile(live_, "old");
-    metadata_.unwritable = {folder_};
-    QWAuthorization::sharedController().setHasGUI(true);
-    files_.fail(Operation::StageCopy, std::errc::permission_denied, test::FaultyFileSystem::kEveryCall);
-    (void)logged();
+TEST_F(RestoreTest, AdministratorRightsCopyOnlyOnceTheLiveFileIsInTheTrash) {
+  writeFile(backedUp("Library/a.plist"), "new");
+  writeFile(live_, "old");
+  metadata_.unwritable = {folder_};
+  QWAuthorization::sharedController().setHasGUI(true);
+  std::vector<std::string> tools;
+  fakes_.privileged.behaviour = [&](const auto& call) { return tools.push_back(call.tool), 1; };
+  for (const bool seen : {true, false}) {
+    for (const Operation each : {Operation::StageCopy, Operation::Trash, Operation::Info})
+      if (each != Operation::Info || !seen)
+        files_.fail(each, std::errc::permission_denied, test::FaultyFileSystem::kEveryCall);
+    EXPECT_EQ(failuresOf([this] { item_->restoreFilesFromBackup(backup_); }), 1u);
+    EXPECT_THAT(tools, Not(testing::Contains("/bin/cp")));
+    EXPECT_EQ(readFile(live_), "old");
+    EXPECT_THAT(logged(), testing::IsSupersetOf({"File failed to trash.", "File failed to copy."}));
   }
-  std::vector<std::string> tools() const {
-    std::vector<std::string> names;
-    for (const auto& call : fakes_.privileged.calls) names.push_back(call.tool);
-    return names;
-  }
-};
 
-TEST_F(RestoreWithRightsTest, AdministratorRightsCopyOnceTheLiveFileIsInTheTrash) {
+  files_.heal();
+  files_.fail(Operation::StageCopy, std::errc::permission_denied, test::FaultyFileSystem::kEveryCall);
+  fakes_.privileged.calls.clear();
   fakes_.privileged.behaviour = [this](const auto& call) {
+    EXPECT_EQ(call.tool, "/bin/cp");
     EXPECT_FALSE(exists(live_));
     std::filesystem::copy(call.arguments[3], call.arguments[4]);
     return 0;
   };
   EXPECT_EQ(failuresOf([this] { item_->restoreFilesFromBackup(backup_); }), 0u);
-  EXPECT_THAT(tools(), ElementsAre("/bin/cp"));
+  EXPECT_EQ(fakes_.privileged.calls.size(), 1u);
   EXPECT_EQ(readFile(live_), "new");
   EXPECT_EQ(readFile(inTrash("a.plist")), "old");
-}
-
-TEST_F(RestoreWithRightsTest, NeverWriteOverALiveFileThatCouldNotBeTrashed) {
-  fakes_.privileged.behaviour = [](const auto&) { return 1; };
-  for (const bool seen : {true, false}) {
-    files_.fail(Operation::Trash, std::errc::permission_denied, test::FaultyFileSystem::kEveryCall);
-    if (!seen) files_.fail(Operation::Info, std::errc::permission_denied, test::FaultyFileSystem::kEveryCall);
-    EXPECT_EQ(failuresOf([this] { item_->restoreFilesFromBackup(backup_); }), 1u);
-    EXPECT_THAT(tools(), Not(testing::Contains("/bin/cp")));
-    EXPECT_EQ(readFile(live_), "old");
-    EXPECT_THAT(logged(), testing::IsSupersetOf({"File failed to trash.", "File failed to copy."}));
-  }
 }
 
 }  // namespace

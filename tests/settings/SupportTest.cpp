@@ -28,7 +28,6 @@ class SupportTest : public ServicesTest {
     };
   }
 
-  static bool isMissing(const std::string& tool) { return !std::filesystem::exists(tool); }
   static bool gather() { return QWTroubleshootingUtils::gatherLogsForAppWithName("Vantory"); }
   std::vector<std::string> onDesktop() const { return QWFileManager::contentsOfDirectory(desktop_); }
   // Unpacks an archive, which must be sound, and answers the folder with what was gathered.
@@ -48,7 +47,7 @@ class SupportTest : public ServicesTest {
 
 TEST_F(SupportTest, GathersWhatSupportNeedsAndNothingElse) {
   for (const char* tool : {"/usr/bin/bsdtar", "/usr/bin/unzip"})
-    if (isMissing(tool)) GTEST_SKIP() << tool << " is not installed";
+    if (!std::filesystem::exists(tool)) GTEST_SKIP() << tool << " is not installed";
   writeFile(logs_ + "/Vantory.1.log", "log");
   writeFile(logs_ + "/Other.1.log", "someone else's");
   writeFile(logs_ + "/Vantory.txt", "no log");
