@@ -11,6 +11,7 @@
 #include "services/MainThread.h"
 #include "services/PropertyList.h"
 #include "services/QWUserDefaults.h"
+#include "services/Text.h"
 #include "tasks/Command.h"
 #include "tasks/KeyList.h"
 #include "tasks/Program.h"
@@ -65,8 +66,10 @@ class CommandLineTest : public ::testing::Test {
     QWUserDefaults::standardUserDefaults().setObject(key, std::move(value));
   }
 
-  int run(std::vector<std::string> arguments) {
-    arguments.insert(arguments.begin(), "vantory");
+  // The words of the line, and a path or name that may hold spaces.
+  int run(const std::string& line, const std::string& operand = "") {
+    std::vector<std::string> arguments = split("vantory " + line, ' ');
+    if (!operand.empty()) arguments.push_back(operand);
     fakes_.system.argumentList = std::move(arguments);
     output_.str("");
     errors_.str("");
@@ -85,17 +88,15 @@ class CommandLineTest : public ::testing::Test {
     return texts;
   }
 
-  // Of everything in the home and the machine's folders: type, inode, size and times but for that of the last access.
-  std::map<std::string, std::string> snapshot() const {
-    std::map<std::string, std::string> items;
+  // Of everything in the home and the machine's folders: the inode, and when anything of it changed.
+  using Snapshot = std::map<std::string, std::pair<ino_t, std::int64_t>>;
+  Snapshot snapshot() const {
+    Snapshot items;
     for (const std::string& root : {home_.path(), machine_.path()})
       for (const auto& entry : fs::recursive_directory_iterator(root)) {
         struct stat status {};
         EXPECT_EQ(lstat(entry.path().c_str(), &status), 0);
-        std::ostringstream item;
-        item << status.st_mode << ' ' << status.st_ino << ' ' << status.st_size << ' ' << status.st_mtim.tv_sec << '.'
-             << status.st_mtim.tv_nsec << ' ' << status.st_ctim.tv_sec << '.' << status.st_ctim.tv_nsec;
-        items[entry.path()] = item.str();
+        items[entry.path()] = {status.st_ino, status.st_ctim.tv_sec * 1'000'000'000 + status.st_ctim.tv_nsec};
       }
     return items;
   }
@@ -108,18 +109,12 @@ class CommandLineTest : public ::testing::Test {
     return withoutContents(paths);
   }
   // What appeared, went or became another item, but for the task's own notes and the Trash.
-  Names changedSince(const std::map<std::string, std::string>& before) const {
-    const auto inodes = [](const std::map<std::string, std::string>& items) {
-      std::map<std::string, std::string> found;
-      for (const auto& [path, item] : items) found[path] = item.substr(0, item.find(' ', item.find(' ') + 1));
-      return found;
-    };
-    const auto left = inodes(before), right = inodes(snapshot());
+  Names changedSince(const Snapshot& before) const {
+    const Snapshot after = snapshot();
     Names paths;
-    for (const auto& [path, item] : left)
-      if (!right.contains(path) || right.at(path) != item) paths.insert(path);
-    for (const auto& [path, item] : right)
-      if (!left.contains(path)) paths.insert(path);
+    for (const auto& [one, other] : {std::pair(&before, &after), {&after, &before}})
+      for (const auto& [path, item] : *one)
+        if (!other->contains(path) || other->at(path).first != item.first) paths.insert(path);
     std::erase_if(paths, [](const std::string& path) {
       return path.find("/Logs") != path.npos || path.find("/.local") != path.npos || path.ends_with("Vantory.plist");
     });
@@ -155,73 +150,64 @@ TEST_F(CommandLineTest, ChoosesTheFirstCommandOfTheTableGivenAnywhere) {
   EXPECT_EQ(chosen({"vantory", "-Trash", "--list", "-psn_0_1", "-task"}), "");
 }
 
-TEST_F(CommandLineTest, WithoutATaskAnswersAboutItselfOrBecomesTheWindow) {
-  EXPECT_EQ(run({"--help"}), 0);
-  for (const Command& command : commandTable())
-    EXPECT_THAT(output_.str(), HasSubstr("\n  " + std::string(command.option) + " "));
-  EXPECT_THAT(window_, IsEmpty());
-
-  EXPECT_EQ(run({"/x/My.vnt", "-psn"}), 0);
+TEST_F(CommandLineTest, WithoutATaskBecomesTheWindow) {
+  EXPECT_EQ(run("/x/My.vnt -psn"), 0);
   EXPECT_THAT(window_, ElementsAre("/opt/vantory/vantory-window", "vantory", "/x/My.vnt", "-psn"));
   windowStatus_ = Error{std::errc::no_such_file_or_directory, "gone"};
-  EXPECT_EQ(run({}), 1);
+  EXPECT_EQ(run("x"), 1);
   EXPECT_THAT(errors_.str(), StartsWith("Vantory: No window is installed."));
   EXPECT_FALSE(exists(home_ / "Library/Logs"));
 }
 
 TEST_F(CommandLineTest, TrashTakesTheItemsThatItsOperandNames) {
-  const std::vector<std::pair<std::vector<std::string>, Names>> rows = {
-      {{"-trash", "fcpPrefs,,motionPrefs"}, {"boris", "plugins", "setting"}},
-      {{"-trash", "fcp"}, {"motion", "plugins", "setting"}},
-      {{"-trash", "fcp,motion"}, kAll},
-      {{"-trash"}, {"plugins", "setting"}},
-      {{"-trash", "-allfiles"}, {}}};
-  for (const auto& [arguments, left] : rows) {
+  for (const auto& [line, left] :
+       {std::pair<const char*, Names>{"-trash fcpPrefs,,motionPrefs", {"boris", "plugins", "setting"}},
+        {"-trash fcp", {"motion", "plugins", "setting"}},
+        {"-trash fcp,motion", kAll},
+        {"-trash", {"plugins", "setting"}},
+        {"-trash -allfiles", {}}}) {
     fill();
-    EXPECT_EQ(run(arguments), 0);
-    EXPECT_EQ(intact(), left) << ::testing::PrintToString(arguments);
+    EXPECT_EQ(run(line), 0);
+    EXPECT_EQ(intact(), left) << line;
   }
 }
 
 TEST_F(CommandLineTest, LockAndUnlockTakeEverythingWithoutAnOperand) {
-  EXPECT_EQ(run({"-lock", "-allprefs"}), 0);
-  EXPECT_THAT(metadata_.locked, ElementsAre(home_ / "Library/Preferences/com.apple.FinalCutPro.plist",
-                                            home_ / "Library/Preferences/com.apple.motion.plist",
-                                            home_ / "Library/Preferences/com.borisfx.Title 3D"));
-  EXPECT_EQ(run({"-unlock", "x", "-lock"}), 0);
-  EXPECT_EQ(metadata_.locked.size(), kAll.size());
-  EXPECT_EQ(run({"-unlock", "fcpPrefs", "-task"}), 0);
-  EXPECT_EQ(metadata_.locked.size(), kAll.size() - 1);
+  for (const auto& [line, locked] : {std::pair<const char*, std::size_t>{"-lock -allprefs", 3},
+                                     {"-unlock x -lock", 5},
+                                     {"-unlock fcpPrefs -task", 4}}) {
+    EXPECT_EQ(run(line), 0);
+    EXPECT_EQ(metadata_.locked.size(), locked) << line;
+  }
   EXPECT_EQ(fakes_.notifications.posted.back(), (Note{"Vantory", "Unlock complete"}));
 }
 
 TEST_F(CommandLineTest, BackupTakesItsKeysByPositionAndTrashesItsNamesake) {
-  EXPECT_EQ(run({"-backup", " Mine/:"}), 0);
+  EXPECT_EQ(run("-backup", " Mine/:"), 0);
   EXPECT_EQ(heldBy(library("/Mine.vnt")), kAll);
-  EXPECT_EQ(run({"-backup", "Mine", "fcpPrefs", "motionPrefs", "-task"}), 0);
+  EXPECT_EQ(run("-backup Mine fcpPrefs motionPrefs -task"), 0);
   EXPECT_THAT(heldBy(library("/Mine.vnt")), ElementsAre("motion"));
   EXPECT_EQ(heldBy(home_ / ".local/share/Trash/files/Mine.vnt"), kAll);
   EXPECT_EQ(intact(), kAll);
 }
 
 TEST_F(CommandLineTest, EachFailureIsToldWhereItBelongs) {
-  EXPECT_EQ(run({"-backup"}), 1);
-  EXPECT_EQ(run({"x", "-restore"}), 1);
+  for (const char* line : {"-backup", "x -restore"}) EXPECT_EQ(run(line), 1);
   EXPECT_THAT(fakes_.systemLog.messages(), ElementsAre("Invalid number of arguments", "Invalid number of arguments"));
   EXPECT_THAT(sentErrors(), IsEmpty());
 
-  EXPECT_EQ(run({"-backup", "/:", "x", "-hotkey"}), 1);
+  EXPECT_EQ(run("-backup /: x -hotkey"), 1);
   EXPECT_THAT(sentErrors(), ElementsAre("Vantory: Unable to backup - invalid filename."));
   EXPECT_EQ(fakes_.systemLog.messages().back(), "Invalid filename");
   EXPECT_EQ(fakes_.notifications.posted.back(), (Note{"Backup failed", "Invalid filename"}));
 
-  EXPECT_EQ(run({"-backup", "None", "noSuchKey"}), 0);
+  EXPECT_EQ(run("-backup None noSuchKey"), 0);
   EXPECT_FALSE(exists(library("/None.vnt")));
   EXPECT_EQ(sentErrors().back(), "Vantory: Backup not created - no files to copy.");
   EXPECT_THAT(log(), HasSubstr(" - Vantory: Backup not created - no files to copy.\n"));
   EXPECT_EQ(fakes_.systemLog.messages().back(), "Backup not created - no files to copy");
 
-  for (const char* path : {"None", ""}) EXPECT_EQ(run({"-restore", path}), 1);
+  for (const char* line : {"-restore None", "-restore "}) EXPECT_EQ(run(line), 1);
   EXPECT_EQ(sentErrors().back(), "Vantory: Unable to restore backup - backup does not exist.");
   EXPECT_THAT(log(), HasSubstr(" - Unable to restore backup - backup does not exist\n"));
 
@@ -229,33 +215,33 @@ TEST_F(CommandLineTest, EachFailureIsToldWhereItBelongs) {
   set("defaultBackup", "Torn.vnt");
   const std::string nothing =
       "Nothing was restored: " + library("/Torn.vnt") + " is no backup, or its Settings.plist cannot be read.";
-  for (const auto& task : {std::vector<std::string>{"-restore", library("/Torn.vnt")}, {"-restoredefault"}}) {
-    EXPECT_EQ(run(task), 0);
+  for (const auto& [line, path] : {std::pair{"-restore", library("/Torn.vnt")}, {"-restoredefault", ""}}) {
+    EXPECT_EQ(run(line, path), 0);
     EXPECT_THAT(log(), HasSubstr(nothing));
     EXPECT_EQ(fakes_.systemLog.messages().back(), nothing);
   }
 }
 
 TEST_F(CommandLineTest, RestoreTakesAPathAndTheListedItems) {
-  ASSERT_EQ(run({"-backup", "Set"}), 0);
+  ASSERT_EQ(run("-backup Set"), 0);
   fill("new");
   fakes_.system.directory = library("/Autosaves");
-  EXPECT_EQ(run({"-restore", "../Set.vnt/", "fcpPrefs,fcpPlugins"}), 0);
+  EXPECT_EQ(run("-restore ../Set.vnt/ fcpPrefs,fcpPlugins"), 0);
   EXPECT_THAT(intact(), ElementsAre("fcp", "plugins"));
 }
 
 TEST_F(CommandLineTest, TheDefaultBackupIsRestoredOnRequestOnly) {
-  EXPECT_EQ(run({"-restoredefault"}), 1);
+  EXPECT_EQ(run("-restoredefault"), 1);
   EXPECT_THAT(fakes_.systemLog.messages(), ElementsAre("Unable to restore backup - no default backup set."));
   EXPECT_THAT(sentErrors(), IsEmpty());
 
-  ASSERT_EQ(run({"-backup", "Good"}), 0);
+  ASSERT_EQ(run("-backup Good"), 0);
   set("defaultBackup", "Good.vnt");
   set("autoRestoreDefault", 1);
-  EXPECT_EQ(run({"-trash"}), 0);
+  EXPECT_EQ(run("-trash"), 0);
   EXPECT_THAT(log(), HasSubstr("Finding default backup to restore...\n"));
   EXPECT_THAT(intact(), ElementsAre("plugins", "setting"));  // the task has loaded no library to find one in
-  EXPECT_EQ(run({"-restoredefault", "-task"}), 0);
+  EXPECT_EQ(run("-restoredefault -task"), 0);
   EXPECT_EQ(intact(), kAll);
   EXPECT_EQ(fakes_.notifications.posted.back(), (Note{"Default backup restored", "Good"}));
 }
@@ -263,25 +249,25 @@ TEST_F(CommandLineTest, TheDefaultBackupIsRestoredOnRequestOnly) {
 TEST_F(CommandLineTest, AutomaticBackupsAreNeitherListedNorPruned) {
   set("maxAutoBackups", 1);
   for (int time = 0; time < 2; ++time) {
-    ASSERT_EQ(run({"-autobackup"}), 0);
+    ASSERT_EQ(run("-autobackup"), 0);
     fakes_.clock.advance(std::chrono::seconds(1));
   }
   EXPECT_EQ(std::distance(fs::directory_iterator(library("/Autosaves")), {}), 2);
-  EXPECT_EQ(run({"-list"}), 0);
+  EXPECT_EQ(run("-list"), 0);
   EXPECT_TRUE(parsePropertyList(output_.str())->asDictionary()->empty());
 }
 
 TEST_F(CommandLineTest, TouchesNothingWithoutAUsableHomeOrLibrary) {
   fs::remove_all(home_ / "Library");
   fakes_.users.process->home = home_ / "a*b";
-  EXPECT_EQ(run({"-autobackup"}), 1);
+  EXPECT_EQ(run("-autobackup"), 1);
   EXPECT_THAT(fakes_.systemLog.messages().back(), StartsWith("The home folder "));
 
   fakes_.users.superuser = true;
   fakes_.users.console.reset();
   const std::string reason = "Nobody is logged in at the console - nothing was done.";
   for (const Command& command : commandTable()) {
-    EXPECT_EQ(run({std::string(command.option), "x"}), 1);
+    EXPECT_EQ(run(std::string(command.option), "x"), 1);
     EXPECT_EQ(fakes_.systemLog.messages().back(), reason);
   }
   EXPECT_THAT(readFile(machine_ / "Library/Logs/Quarrywell/Vantory.task.1.log"), HasSubstr(reason));
@@ -289,9 +275,9 @@ TEST_F(CommandLineTest, TouchesNothingWithoutAUsableHomeOrLibrary) {
 }
 
 TEST_F(CommandLineTest, QuestionsTouchNothing) {
-  ASSERT_EQ(run({"-backup", "Set"}), 0);
-  fs::copy(library("/Set.vnt"), library("/Older.vnt2"), fs::copy_options::recursive);
-  fs::copy(library("/Set.vnt"), library("/Auto Backup stray.vnt"), fs::copy_options::recursive);
+  ASSERT_EQ(run("-backup Set"), 0);
+  for (const char* name : {"/Older.vnt2", "/Auto Backup stray.vnt"})
+    fs::copy(library("/Set.vnt"), library(name), fs::copy_options::recursive);
   writeFile(home_ / "Library/Preferences/com.quarrywell.Vantory.plist", "damaged");
   fakes_.workspace.running = {"com.apple.motion"};
   const auto before = snapshot();
@@ -300,11 +286,11 @@ TEST_F(CommandLineTest, QuestionsTouchNothing) {
     for (const Command& command : commandTable()) {
       const std::string task(command.option.substr(1));
       for (const std::string& operand : {library("/Set.vnt"), std::string("Set"), std::string("-allfiles")})
-        EXPECT_EQ(run({"--preview", task, operand, "-task"}),
+        EXPECT_EQ(run("--preview " + task, operand),
                   (task == "restore" && operand != library("/Set.vnt")) || task == "restoredefault");
     }
-    EXPECT_EQ(run({"--list-items", "--json"}), 0);
-    EXPECT_EQ(run({"--list-backups", "--print0"}), 0);
+    EXPECT_EQ(run("--list-items --json"), 0);
+    EXPECT_EQ(run("--list-backups --print0"), 0);
     const std::string paths = output_.str();  // as they lie there, untidied
     EXPECT_EQ(paths,
               library("/Older.vnt2") + '\0' + library("/Set.vnt") + '\0' + library("/Auto Backup stray.vnt") + '\0');
@@ -317,32 +303,21 @@ TEST_F(CommandLineTest, QuestionsTouchNothing) {
 }
 
 TEST_F(CommandLineTest, PreviewsTellWhatTheTasksThenDo) {
-  ASSERT_EQ(run({"-backup", "Set"}), 0);
-  ASSERT_EQ(run({"-autobackup"}), 0);
+  ASSERT_EQ(run("-backup Set"), 0);
+  ASSERT_EQ(run("-autobackup"), 0);
   fakes_.clock.advance(std::chrono::seconds(1));
   fs::copy(library("/Set.vnt"), library("/Auto Backup stray.vnt"), fs::copy_options::recursive);
   fs::create_symlink(home_ / "Library", home_ / "Library/Preferences/com.borisfx.Title Crawl");
-  const std::vector<std::vector<std::string>> rows = {{"list"},
-                                                      {"trash", "fcp"},
-                                                      {"backup", "Set"},
-                                                      {"backup", "None", "noSuchKey"},
-                                                      {"autobackup"},
-                                                      {"trash", "-allfiles"},
-                                                      {"backup", "Nothing"},
-                                                      {"restore", library("/Set.vnt")},
-                                                      {"trash", "none"},
-                                                      {"restore", "x", "motion"},
-                                                      {"backup", "New", "fcpPlugins"}};
+  fakes_.system.directory = library();
   std::size_t changes = 0;
-  for (std::vector<std::string> row : rows) {
-    std::vector<std::string> preview = row;
-    preview.insert(preview.begin(), "--preview");
-    const int exitCode = run(preview);
+  for (const std::string task :
+       {"list", "trash fcp", "backup Set", "backup None noSuchKey", "autobackup", "trash -allfiles", "backup Nothing",
+        "restore Set.vnt", "trash none", "restore x motion", "backup New fcpPlugins"}) {
+    const int exitCode = run("--preview " + task);
     const Names expected = foreseen();
     const auto before = snapshot();
-    row.front() = formatted("-%@", row.front());
-    EXPECT_EQ(run(row), exitCode);
-    EXPECT_EQ(changedSince(before), expected) << ::testing::PrintToString(row);
+    EXPECT_EQ(run("-" + task), exitCode);
+    EXPECT_EQ(changedSince(before), expected) << task;
     changes += expected.size();
   }
   EXPECT_GE(changes, 14u);
@@ -351,26 +326,19 @@ TEST_F(CommandLineTest, PreviewsTellWhatTheTasksThenDo) {
 TEST_F(CommandLineTest, PreviewsForeseeRefusals) {
   const std::string folder = home_ / "Library/Preferences";
   metadata_.unwritable = {folder};
-  EXPECT_EQ(run({"--preview", "trash", "motionPrefs"}), 0);
+  EXPECT_EQ(run("--preview trash motionPrefs"), 0);
   EXPECT_THAT(output_.str(), HasSubstr("\ncannot trash  " + folder + "/com.apple.motion.plist (Perm"));
   EXPECT_THAT(errors_.str(), HasSubstr("1 file could not be processed"));
   fakes_.users.superuser = true;  // whose rights reach there
-  EXPECT_EQ(run({"--preview", "trash", "motionPrefs"}), 0);
+  EXPECT_EQ(run("--preview trash motionPrefs"), 0);
   EXPECT_THAT(output_.str(), HasSubstr("\nmove         " + folder + "/com.apple.motion.plist\n  to  "));
 }
 
 TEST_F(CommandLineTest, QuestionsAskedWronglyAreRefused) {
-  const std::vector<std::vector<std::string>> rows = {{"--preview"},
-                                                      {"--preview", "fcp"},
-                                                      {"--preview", "-trash", "fcp"},
-                                                      {"--json", "--preview", "-trash"},
-                                                      {"--preview", "trash", "--print0"},
-                                                      {"--list-items", "fcpPrefs"},
-                                                      {"x", "--list-backups"},
-                                                      {"--list-items", "--json", "--print0"},
-                                                      {"--json"}};
-  for (const auto& row : rows) {
-    EXPECT_EQ(run(row), 1) << ::testing::PrintToString(row);
+  for (const char* line :
+       {"--preview", "--preview fcp", "--preview -trash fcp", "--json --preview -trash", "--preview trash --print0",
+        "--list-items fcpPrefs", "x --list-backups", "--list-items --json --print0", "--json"}) {
+    EXPECT_EQ(run(line), 1) << line;
     EXPECT_THAT(errors_.str(), StartsWith("Vantory: "));
     EXPECT_THAT(output_.str(), IsEmpty());
   }
@@ -380,43 +348,44 @@ TEST_F(CommandLineTest, QuestionsAskedWronglyAreRefused) {
 
 // The manual, the README and the completions are written by hand.
 TEST_F(CommandLineTest, EveryOptionAndKeyIsDocumented) {
-  const std::string source = VANTORY_SOURCE;
-  const std::string manual = readFile(source + "/resources/man/vantory.1");
-  const std::string readme = readFile(source + "/README.md");
+  const auto read = [](const char* path) { return readFile(std::string(VANTORY_SOURCE "/") + path); };
+  const std::string manual = read("resources/man/vantory.1"), readme = read("README.md");
+  ASSERT_EQ(run("--help"), 0);
+  const std::string help = output_.str();
   std::vector<std::string> options = {std::string(kJson), std::string(kPrint0)};
   for (const Command& command : commandTable()) options.emplace_back(command.option);
   for (const Question& question : questionTable()) options.emplace_back(question.option);
-  const auto completion = [&](const char* name) { return readFile(source + "/resources/completions/" + name); };
+  const auto completion = [&](const char* name) {
+    return read((std::string("resources/completions/") + name).c_str());
+  };
   std::string tasks, tasksToPreview;  // as the completions list them
   for (const std::string& option : options) {
     const std::string plain = option.substr(option.find_first_not_of('-'));
-    const std::string inFish = formatted(option.starts_with("--") ? " -l %@ " : " -a -%@ ", plain);
-    const std::string inManual = formatted(option.starts_with("--") ? "\n.It Fl -%@" : "\n.It Fl %@", plain);
-    if (!option.starts_with("--")) {
+    const bool isLong = option.starts_with("--");
+    if (!isLong) {
       tasks.append(tasks.empty() ? "" : " | ").append(option);
       tasksToPreview.append(tasksToPreview.empty() ? "" : " ").append(plain);
     }
-    EXPECT_NE(manual.find(inManual), manual.npos) << option;
-    EXPECT_NE(readme.find(option), readme.npos) << option;
-    EXPECT_NE(completion("vantory.bash").find(option), std::string::npos) << option;
-    EXPECT_NE(completion("_vantory").find("'" + option + ":"), std::string::npos) << option;
-    EXPECT_NE(completion("vantory.fish").find(inFish), std::string::npos) << option;
+    EXPECT_THAT(manual, HasSubstr(formatted(isLong ? "\n.It Fl -%@" : "\n.It Fl %@", plain)));
+    EXPECT_THAT(readme, HasSubstr(option));
+    EXPECT_THAT(help, HasSubstr(option + " "));
+    EXPECT_THAT(completion("vantory.bash"), HasSubstr(option));
+    EXPECT_THAT(completion("_vantory"), HasSubstr("'" + option + ":"));
+    EXPECT_THAT(completion("vantory.fish"), HasSubstr(formatted(isLong ? " -l %@ " : " -a -%@ ", plain)));
   }
-  for (const char* name : {"vantory.bash", "_vantory"})
-    EXPECT_NE(completion(name).find(formatted(" %@)", tasks)), std::string::npos) << name;
-  for (const char* name : {"vantory.bash", "vantory.fish"})
-    EXPECT_NE(completion(name).find(tasksToPreview), std::string::npos) << name;
   std::string aliases;
   for (const Alias& alias : aliasTable()) {
-    EXPECT_NE(readFile(source + "/docs/manual/manual.html").find(formatted(" (%@)</td>", alias.name)),
-              std::string::npos);
+    EXPECT_THAT(read("docs/manual/manual.html"), HasSubstr(formatted(" (%@)</td>", alias.name)));
     aliases.append(aliases.empty() ? "" : " ").append(alias.name);
   }
   for (const char* name : {"vantory.bash", "_vantory", "vantory.fish"})
-    EXPECT_NE(completion(name).find(aliases), std::string::npos) << name;
+    EXPECT_THAT(completion(name), HasSubstr(aliases));
+  for (const char* name : {"vantory.bash", "_vantory"})
+    EXPECT_THAT(completion(name), HasSubstr(formatted(" %@)", tasks)));
+  for (const char* name : {"vantory.bash", "vantory.fish"}) EXPECT_THAT(completion(name), HasSubstr(tasksToPreview));
   for (const BuiltInApp& app : builtInCatalog())
     for (const BuiltInItem& item : app.items)
-      for (const std::string& text : {manual, readme}) EXPECT_NE(text.find(item.key), text.npos) << item.key;
+      for (const std::string& text : {manual, readme}) EXPECT_THAT(text, HasSubstr(item.key));
 }
 
 }  // namespace
