@@ -77,19 +77,17 @@ TEST_F(DelegateTest, ABackupIsImportedAfterAQuestion) {
   std::filesystem::create_directories(home_ / "Films");
   std::filesystem::rename(writeBackup("Clean setup", {})->path(), elsewhere);
   writeFile(prefs("editor.plist"), "spoilt");
-  answer_ = QWAlert::Alternate;
-  open(elsewhere);
-  EXPECT_THAT(alerts_, ElementsAre("Are you sure you wish to restore the backup \"Clean setup\"?"));
-  EXPECT_EQ(readFile(prefs("editor.plist")), "spoilt");
-  EXPECT_FALSE(exists(inLibrary("Clean setup.vnt")));
-
-  answer_ = QWAlert::Default;
   chooser_.answer = {elsewhere};
-  delegate_.importBackup();
-  finishWork();
+  for (const auto& [answer, content] : {std::pair{QWAlert::Alternate, "spoilt"}, {QWAlert::Default, "good"}}) {
+    EXPECT_FALSE(exists(inLibrary("Clean setup.vnt")));
+    answer_ = answer;
+    delegate_.importBackup();
+    finishWork();
+    EXPECT_EQ(readFile(prefs("editor.plist")), content);
+  }
   EXPECT_TRUE(chooser_.request.folders);
-  EXPECT_EQ(alerts_.back(), "Restoration complete");
-  EXPECT_EQ(readFile(prefs("editor.plist")), "good");
+  const std::string question = "Are you sure you wish to restore the backup \"Clean setup\"?";
+  EXPECT_THAT(alerts_, ElementsAre(question, question, "Restoration complete"));
   EXPECT_THAT(shownPanes_, ElementsAre("Restore", "Restore"));
   EXPECT_EQ(window_.timesInFront, 2);
   EXPECT_EQ(quits_, 0);
@@ -173,19 +171,6 @@ TEST_F(DelegateTest, TheStartSetsUpWhatIsSwitchedOn) {
   EXPECT_EQ(fakes_.jobs.loaded.size(), 1U);
   writeFile(prefs("com.quarrywell.global.plist"), "<plist><dict><key>SUCheckAtStartup</key><true/></dict></plist>");
   EXPECT_THAT(start(), Contains(missing));
-}
-
-TEST_F(DelegateTest, HelpOpensPagesAndTheManualWhereThereIsOne) {
-  fakes_.system.resources = home_.path();
-  EXPECT_FALSE(delegate_.hasUserManual());
-  writeFile(home_ / "Vantory User Manual.pdf", "%PDF");
-  delegate_.helpReportBug();
-  finishWork();
-  delegate_.helpUserManual();
-  finishWork();
-  EXPECT_THAT(fakes_.documents.opened,
-              ElementsAre("https://www.quarrywell.com/support/bug/?app=vantory&version=" VANTORY_VERSION,
-                          home_ / "Vantory User Manual.pdf"));
 }
 
 TEST(DocumentPathsTest, FindsPathsAndAddressesAmongArguments) {

@@ -173,11 +173,14 @@ TEST_F(CommandLineTest, TrashTakesTheItemsThatItsOperandNames) {
 }
 
 TEST_F(CommandLineTest, LockAndUnlockTakeEverythingWithoutAnOperand) {
-  for (const auto& [line, locked] : {std::pair<const char*, std::size_t>{"-lock -allprefs", 3},
-                                     {"-unlock x -lock", 5},
-                                     {"-unlock fcpPrefs -task", 4}}) {
+  for (const auto& [line, expected] : {std::pair<const char*, Names>{"-lock -allprefs", {"boris", "fcp", "motion"}},
+                                       {"-unlock x -lock", kAll},
+                                       {"-unlock fcpPrefs -task", {"boris", "motion", "plugins", "setting"}}}) {
     EXPECT_EQ(run(line), 0);
-    EXPECT_EQ(metadata_.locked.size(), locked) << line;
+    Names locked;
+    for (const auto& [name, path] : kFiles)
+      if (metadata_.locked.contains(home_ / path)) locked.insert(name);
+    EXPECT_EQ(locked, expected) << line;
   }
   EXPECT_EQ(fakes_.notifications.posted.back(), (Note{"Vantory", "Unlock complete"}));
 }

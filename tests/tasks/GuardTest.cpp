@@ -38,9 +38,15 @@ TEST_F(GuardTest, WithoutAWindowTheCallerDecides) {
 
 TEST_F(GuardTest, WithAWindowTheUserDecides) {
   AlertTexts shown;
-  int button = QWAlert::Default;
+  int button = 0;
   QWAlert::sharedController().ask = [&](const AlertTexts& texts) { return shown = texts, button; };
-  EXPECT_EQ(decide(false), GuardDecision::CloseAndRelaunch);
+  for (const auto& [pressed, decision] : {std::pair{7, GuardDecision::NotRunning},
+                                          {QWAlert::Default, GuardDecision::CloseAndRelaunch},
+                                          {QWAlert::Alternate, GuardDecision::Cancel},
+                                          {QWAlert::Other, GuardDecision::Skip}}) {
+    button = pressed;
+    EXPECT_EQ(decide(true), decision) << pressed;
+  }
   EXPECT_EQ(shown.messageText, "App is running");
   EXPECT_EQ(shown.defaultButton, "Close and Relaunch");
   EXPECT_EQ(shown.alternateButton, "Cancel");
@@ -48,12 +54,6 @@ TEST_F(GuardTest, WithAWindowTheUserDecides) {
   EXPECT_EQ(shown.informativeText,
             "This task cannot complete while App is running. Do you want to cancel processing, skip all App tasks or "
             "close and relaunch App?");
-  button = QWAlert::Alternate;
-  EXPECT_EQ(decide(true), GuardDecision::Cancel);
-  button = QWAlert::Other;
-  EXPECT_EQ(decide(true), GuardDecision::Skip);
-  button = 7;
-  EXPECT_EQ(decide(true), GuardDecision::NotRunning);
   EXPECT_THAT(logged(), Contains("App is running - asking the user what to do..."));
 }
 

@@ -3,11 +3,9 @@
 #include <QLabel>
 #include <QListWidget>
 #include <QProgressBar>
-#include <QPushButton>
 #include <future>
 
 #include "backups/ui/BackupDialog.h"
-#include "platform/qt/AlertDialog.h"
 #include "platform/qt/ProgressDialog.h"
 #include "services/MainThread.h"
 #include "tasks/ui/AlertSheets.h"
@@ -18,12 +16,6 @@
 namespace vantory::test {
 
 namespace {
-
-QPushButton* button(QWidget& window, const QString& title) {
-  for (auto* each : window.findChildren<QPushButton*>())
-    if (each->text().remove('&') == title) return each;
-  return nullptr;
-}
 
 class AlertTest : public ServicesTest {
  protected:

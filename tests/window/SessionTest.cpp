@@ -2,13 +2,11 @@
 
 #include <QAction>
 #include <QHeaderView>
-#include <QPushButton>
 #include <QTimer>
 #include <atomic>
 #include <thread>
 
 #include "backups/ui/CatalogRows.h"
-#include "platform/qt/AlertDialog.h"
 #include "platform/qt/Command.h"
 #include "platform/qt/OutlineTree.h"
 #include "platform/qt/QWOutlineView.h"
@@ -46,16 +44,6 @@ class SessionTest : public BackupsTest {
     for (QAction* action : window.findChildren<QAction*>())
       if (action->isCheckable() && action->text().remove('&') == title) action->trigger();
   }
-  // Answers the alert that comes up, and tells its message.
-  static QString answer(const QString& title) {
-    if (!eventually([] { return visibleWindow<AlertDialog>() != nullptr; })) return "no alert";
-    AlertDialog& alert = *visibleWindow<AlertDialog>();
-    const QString message = alert.accessibleName();
-    for (auto* button : alert.findChildren<QPushButton*>())
-      if (button->text() == title) QTest::mouseClick(button, Qt::LeftButton);
-    return message;
-  }
-
   const MainThreadEvents events_{runtime_.shared<MainThread>()};
   const EnvironmentChange state_{"XDG_STATE_HOME", home_ / "state"};
   std::unique_ptr<WindowSession> session_;

@@ -4,14 +4,14 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QPushButton>
 #include <QTest>
-#include <algorithm>
 #include <functional>
-#include <map>
 #include <string>
 #include <vector>
 
 #include "platform/OutlineView.h"
+#include "platform/qt/AlertDialog.h"
 
 namespace vantory::test {
 
@@ -61,21 +61,19 @@ class FakeRows : public OutlineDelegate, public OutlineActions {
     cell.editable = row(item).editable;
   }
 
-  void mouseDownInHeaderOfTableColumn(const std::string&) override { ++headerClicks; }
+  void mouseDownInHeaderOfTableColumn(const std::string&) override {}
   void didClickTableColumn(const std::string&) override {}
   void selectionDidChange() override { ++selectionChanges; }
   void doubleClick() override { ++doubleClicks; }
   bool keyUp(OutlineKey key) override {
-    keys.push_back(key);
+    if (key == OutlineKey::Delete) ++deletions;
     return key == OutlineKey::Delete;
   }
-  int deletions() const { return static_cast<int>(std::count(keys.begin(), keys.end(), OutlineKey::Delete)); }
 
   FakeRow root{"root"};
   std::vector<Change> changes;
-  std::vector<OutlineKey> keys;
   int listsTold = 0;
-  int headerClicks = 0;
+  int deletions = 0;
   int selectionChanges = 0;
   int doubleClicks = 0;
 
@@ -88,11 +86,27 @@ inline bool eventually(const std::function<bool()>& condition) {
   return QTest::qWaitFor(condition, 30000);
 }
 
+// Nothing where no such window is shown.
 template <class T>
 T* visibleWindow() {
   for (QWidget* widget : QApplication::topLevelWidgets())
     if (auto* window = dynamic_cast<T*>(widget); window && window->isVisible()) return window;
   return nullptr;
+}
+
+inline QPushButton* button(QWidget& window, const QString& title) {
+  for (auto* each : window.findChildren<QPushButton*>())
+    if (each->text().remove('&') == title) return each;
+  return nullptr;
+}
+
+// Answers the alert that comes up, and tells its message.
+inline QString answer(const QString& title) {
+  if (!eventually([] { return visibleWindow<AlertDialog>() != nullptr; })) return "no alert";
+  AlertDialog& alert = *visibleWindow<AlertDialog>();
+  const QString message = alert.accessibleName();
+  QTest::mouseClick(button(alert, title), Qt::LeftButton);
+  return message;
 }
 
 }  // namespace vantory::test
