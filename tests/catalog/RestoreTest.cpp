@@ -95,9 +95,8 @@ TEST_F(RestoreTest, AdministratorRightsCopyOnlyOnceTheLiveFileIsInTheTrash) {
   std::vector<std::string> tools;
   fakes_.privileged.behaviour = [&](const auto& call) { return tools.push_back(call.tool), 1; };
   for (const bool seen : {true, false}) {
-    for (const Operation each : {Operation::StageCopy, Operation::Trash, Operation::Info})
-      if (each != Operation::Info || !seen)
-        files_.fail(each, std::errc::permission_denied, test::FaultyFileSystem::kEveryCall);
+    for (const Operation each : {Operation::StageCopy, Operation::Trash, seen ? Operation::Trash : Operation::Info})
+      files_.fail(each, std::errc::permission_denied, test::FaultyFileSystem::kEveryCall);
     EXPECT_EQ(failuresOf([this] { item_->restoreFilesFromBackup(backup_); }), 1u);
     EXPECT_THAT(tools, Not(testing::Contains("/bin/cp")));
     EXPECT_EQ(readFile(live_), "old");

@@ -109,18 +109,13 @@ TEST_F(BackupDialogTest, ReplacingAsksAndKeepsTheOldOneInTheTrash) {
   confirm("Clean");
   edit_.showBackupDialog();
   std::string informative;
-  onAlert_ = [&](const AlertTexts& texts) {
-    informative = texts.informativeText;
-    return answer_;
-  };
-  answer_ = QWAlert::Alternate;
-  confirm("Clean");
-  EXPECT_TRUE(dialog_.isShown);
-  EXPECT_FALSE(exists(inTrash("Clean.vnt")));
+  for (const auto& [answer, replaces] : {std::pair{QWAlert::Alternate, false}, {QWAlert::Default, true}}) {
+    onAlert_ = [&](const AlertTexts& texts) { return informative = texts.informativeText, answer; };
+    confirm("Clean");
+    EXPECT_EQ(dialog_.isShown, !replaces);
+    EXPECT_EQ(exists(inTrash("Clean.vnt/Settings.plist")), replaces);
+  }
   EXPECT_THAT(informative, HasSubstr("already exists at ~/Library/Application Support/Quarrywell/Vantory/Backups. "));
-  answer_ = QWAlert::Default;
-  confirm("Clean");
-  EXPECT_TRUE(exists(inTrash("Clean.vnt/Settings.plist")));
   EXPECT_TRUE(exists(inLibrary("Clean.vnt/Settings.plist")));
 }
 
@@ -162,14 +157,13 @@ TEST_F(BackupDialogTest, OffersToOpenProjects) {
   edit_.showBackupDialog();
   finishWork();
   EXPECT_TRUE(dialog_.showsNotice);
-  edit_.enableProjectHandling();
-  finishWork();
-  EXPECT_TRUE(dialog_.showsNotice) << "the desktop did not take it";
-  EXPECT_EQ(alerts_.size(), 1U);
-  accepts_ = true;
-  edit_.enableProjectHandling();
-  finishWork();
-  EXPECT_FALSE(dialog_.showsNotice);
+  for (const bool accepts : {false, true}) {
+    accepts_ = accepts;
+    edit_.enableProjectHandling();
+    finishWork();
+    EXPECT_EQ(dialog_.showsNotice, !accepts);
+  }
+  EXPECT_EQ(alerts_.size(), 1U) << "the desktop did not take it at first";
 }
 
 TEST_F(BackupDialogTest, ABackupThatLacksAFileIsToldOf) {

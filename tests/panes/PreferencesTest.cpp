@@ -166,21 +166,21 @@ TEST_F(PreferencesTest, TheScheduleFollowsAtOnceAndAFailureIsShown) {
 }
 
 TEST_F(PreferencesTest, HandlesProjectsOnlyWithAllEightKinds) {
-  settings_.changeHandlerToFCS();
+  using Colour = HandlerStatus::Colour;
+  const auto expectStatus = [this](const std::string& text, Colour colour, bool keystroke) {
+    settings_.refresh();
+    EXPECT_EQ(std::tuple(view_.status.text, view_.status.colour, view_.status.keystrokeEnabled),
+              std::tuple(text, colour, keystroke));
+  };
   auto& viewers = fakes_.defaultHandlers.viewers;
+  settings_.changeHandlerToFCS();
   EXPECT_EQ(viewers["type/stmp"], "com.apple.soundtrackpro");
-  EXPECT_EQ(view_.status.text, "Status: Vantory is NOT the default handler");
-  EXPECT_EQ(view_.status.colour, HandlerStatus::Colour::Red);
-  EXPECT_FALSE(view_.status.keystrokeEnabled);
   settings_.changeHandlerToVantory();
-  EXPECT_EQ(view_.status.text, "Status: Vantory is the default handler");
-  EXPECT_EQ(view_.status.colour, HandlerStatus::Colour::DarkGreen);
-  EXPECT_TRUE(view_.status.keystrokeEnabled);
   EXPECT_EQ(viewers.size(), 8U);
   for (auto& [type, viewer] : viewers) {
+    expectStatus("Status: Vantory is the default handler", Colour::DarkGreen, true);
     const std::string kept = std::exchange(viewer, "com.quarrywell.Vantory");
-    settings_.refresh();
-    EXPECT_EQ(view_.status.colour, HandlerStatus::Colour::Red) << type;
+    expectStatus("Status: Vantory is NOT the default handler", Colour::Red, false);
     viewer = kept;
   }
 }

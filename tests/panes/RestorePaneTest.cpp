@@ -71,14 +71,20 @@ TEST_F(RestorePaneTest, SortsAndRemembers) {
   EXPECT_EQ(QWUserDefaults::standardUserDefaults().stringForKey("sortedColumn"), "size");
 }
 
-TEST_F(RestorePaneTest, RenamesInPlace) {
+TEST_F(RestorePaneTest, RenamesInPlaceAlsoTheDefault) {
   written("Taken");
   const auto backup = written("Clean");
   const auto rename = [&](const std::shared_ptr<QWBackup>& backup, const std::string& name) {
     pane_.setObjectValue(name, "name", backup);
     finishWork();
   };
-  pane_.toggleDefault();
+  for (const char* title : {"Unset Default Backup", "Set as Default Backup", "Unset Default Backup"}) {
+    pane_.toggleDefault();
+    EXPECT_EQ(button_.title, title);
+  }
+  EXPECT_EQ(QWUserDefaults::standardUserDefaults().stringForKey("defaultBackup"), "Clean.vnt");
+  EXPECT_THAT(logged(), testing::IsSupersetOf(
+                            {"Clean was set as the default backup", "Clean was removed as the default backup"}));
   for (const char* name : {" / ", "Clean", "Auto Backup of mine"}) rename(backup, name);
   EXPECT_TRUE(exists(inLibrary("Clean.vnt")));
   EXPECT_THAT(alerts_, ElementsAre("Please choose another name for this backup"));
@@ -109,18 +115,6 @@ TEST_F(RestorePaneTest, CommandsThatWaitKnowARenamedBackup) {
   finishAfter(&QWRestoreOutlineController::unlinkProjects);
   EXPECT_THAT(alerts_, ElementsAre("The backup is no longer there"));
   EXPECT_THAT(names(), ElementsAre("Autosaves")) << "nothing is written in the place of one that has gone";
-}
-
-TEST_F(RestorePaneTest, TheDefaultIsSetAndUnset) {
-  written("Clean");
-  pane_.toggleDefault();
-  EXPECT_EQ(QWUserDefaults::standardUserDefaults().stringForKey("defaultBackup"), "Clean.vnt");
-  EXPECT_EQ(button_.title, "Unset Default Backup");
-  pane_.toggleDefault();
-  EXPECT_EQ(button_.title, "Set as Default Backup");
-  EXPECT_EQ(QWBackup::defaultBackupName(), std::nullopt);
-  EXPECT_THAT(logged(), testing::IsSupersetOf(
-                            {"Clean was set as the default backup", "Clean was removed as the default backup"}));
 }
 
 TEST_F(RestorePaneTest, RestoresWhatIsTickedAfterAQuestion) {

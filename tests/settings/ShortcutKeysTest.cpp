@@ -2,7 +2,6 @@
 
 #include <sys/stat.h>
 
-#include <algorithm>
 #include <set>
 
 #include "catalog/BuiltInCatalog.h"
@@ -58,11 +57,11 @@ class ShortcutKeysTest : public ServicesTest {
   // The person selects a row and presses a key.
   void press(int row, const ShortcutKey& key) {
     table_.selected = row;
-    UserInfo info;
-    info.set("keycode", std::int64_t{key.keycode});
-    for (const auto& [name, held] :
-         {std::pair{"shift", key.shift}, {"ctrl", key.ctrl}, {"opt", key.opt}, {"cmd", key.cmd}})
-      info.set(name, held);
+    const UserInfo info({{"keycode", std::int64_t{key.keycode}},
+                         {"shift", key.shift},
+                         {"ctrl", key.ctrl},
+                         {"opt", key.opt},
+                         {"cmd", key.cmd}});
     NotificationCenter::shared().post("QWShortcutKeyChanged", info);
     finish();
   }
@@ -78,17 +77,11 @@ class ShortcutKeysTest : public ServicesTest {
     return *parsePropertyList(readFile(list_))->asDictionary()->find("watchlist")->asArray();
   }
   static PropertyList entry(const std::string& bundle, const std::string& command, int keycode, int modifiers) {
-    PropertyListDictionary values;
-    values.set("bundleid", bundle);
-    values.set("keycode", keycode);
-    values.set("modifiers", modifiers);
-    values.set("commandid", command);
-    return values;
+    return PropertyListDictionary(
+        {{"bundleid", bundle}, {"keycode", keycode}, {"modifiers", modifiers}, {"commandid", command}});
   }
   void store(const PropertyListArray& entries) const {
-    PropertyListDictionary list;
-    list.set("watchlist", entries);
-    writeFile(list_, writeXmlPropertyList(list));
+    writeFile(list_, writeXmlPropertyList(PropertyListDictionary({{"watchlist", entries}})));
   }
 
   const std::string own_ = "com.quarrywell.Vantory";
@@ -100,10 +93,8 @@ class ShortcutKeysTest : public ServicesTest {
 };
 
 TEST_F(ShortcutKeysTest, ChangesItsOwnEntriesOnly) {
-  PropertyListDictionary byParameters;
-  byParameters.set("bundleid", own_);
-  byParameters.set("commandparams", PropertyListArray{"-list"});
-  byParameters.set("keycode", -4);
+  const PropertyListDictionary byParameters(
+      {{"bundleid", own_}, {"commandparams", PropertyListArray{"-list"}}, {"keycode", -4}});
   const PropertyListArray others = {entry("com.quarrywell.Other", "trash", 8, 0x0100), "damaged", byParameters};
   PropertyListArray stored = others;
   stored.push_back(entry(own_, "trash", 121, 0x1B00));
