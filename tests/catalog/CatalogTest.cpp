@@ -35,9 +35,7 @@ TEST_F(BuiltInCatalogTest, TicksComeBack) {
 
   const AppList loaded = buildCatalog();
   loadAppSelections(loaded);
-  EXPECT_EQ(selected(loaded, "fcpPrefs"), Off);
-  EXPECT_EQ(selected(loaded, "motionPrefs"), Off);
-  EXPECT_EQ(selected(loaded, "avidPrefUseranna"), Off);
+  for (const char* key : {"fcpPrefs", "motionPrefs", "avidPrefUseranna"}) EXPECT_EQ(selected(loaded, key), Off) << key;
   EXPECT_EQ(selected(loaded, "avidPrefUserben\xff"), On);
   EXPECT_EQ(selected(loaded, "avidPrefs"), Mixed);
 }

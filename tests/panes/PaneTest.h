@@ -20,11 +20,10 @@ namespace vantory::test {
 class FakeMainWindow : public MainWindowView {
  public:
   void showPane(Pane pane) override { shown.push_back(pane); }
-  void removeLinkItem() override { hasLink = false; }
+  void removeLinkItem() override {}
   void bringToFront() override { ++timesInFront; }
 
   std::vector<Pane> shown;
-  bool hasLink = true;
   int timesInFront = 0;
 };
 

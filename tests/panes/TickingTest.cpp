@@ -59,56 +59,49 @@ TEST_F(TickingTest, InTheBackupPaneAnApplicationTickedInPartIsEnough) {
   EXPECT_TRUE(button_.enabled);
 }
 
-class LockPaneTest : public PaneTest {
- protected:
-  LockPaneTest() {
-    setTwoApps();
-    pane_.reload();
+TEST_F(TickingTest, TheLockPaneShowsWhatIsLockedNotWhatWasClicked) {
+  QWLockOutlineController pane{outline_, spinner_};
+  pane.reload();
+  finishWork();
+  const auto click = [&](int state, const OutlineItemPointer& row) { pane.setObjectValue(state, "lock", row); };
+  const auto lock = [&](int state, const OutlineItemPointer& row) {
+    click(state, row);
     finishWork();
-  }
-  void lock(int state, const OutlineItemPointer& row) {
-    pane_.setObjectValue(state, "lock", row);
-    finishWork();
-  }
-  int shownState(const OutlineItemPointer& row) { return std::get<int>(pane_.objectValueForTableColumn("lock", row)); }
-  QWLockOutlineController pane_{outline_, spinner_};
-};
+  };
+  const auto shown = [&](const OutlineItemPointer& row) {
+    return std::get<int>(pane.objectValueForTableColumn("lock", row));
+  };
+  lock(On, avidItem_);
+  EXPECT_TRUE(metadata_.locked.empty()) << "it cannot be locked";
+  EXPECT_EQ(shown(avidItem_), Off);
+  OutlineCell cell;
+  pane.willDisplayCell(cell, "lock", avidItem_);
+  EXPECT_FALSE(cell.enabled);
 
-TEST_F(LockPaneTest, LocksWhatARowStandsFor) {
   lock(On, editor_->children()[0]);
   EXPECT_TRUE(metadata_.locked.contains(prefs("editor.plist")));
-  EXPECT_EQ(shownState(editor_->children()[0]), On);
-  EXPECT_EQ(shownState(editor_), Mixed);
+  EXPECT_EQ(shown(editor_->children()[0]), On);
+  EXPECT_EQ(shown(editor_), Mixed);
   lock(Mixed, editor_);
   EXPECT_TRUE(metadata_.locked.contains(prefs("editor.layout")));
-  EXPECT_EQ(shownState(editor_), On);
+  EXPECT_EQ(shown(editor_), On);
   // Clicks that come while files are being changed wait for their turn.
-  pane_.setObjectValue(Off, "lock", editor_);
-  EXPECT_EQ(shownState(editor_), Off) << "at once";
+  click(Off, editor_);
+  EXPECT_EQ(shown(editor_), Off) << "at once";
   EXPECT_TRUE(spinner_.isTurning);
-  pane_.setObjectValue(On, "lock", avidItem_->users()[1]);
-  finishWork();
+  lock(On, avidItem_->users()[1]);
   EXPECT_FALSE(spinner_.isTurning);
   EXPECT_THAT(metadata_.locked, ElementsAre(avidFile("ben")));
   EXPECT_THAT(alerts_, IsEmpty());
-}
-
-TEST_F(LockPaneTest, ARowShowsWhatIsLockedNotWhatWasClicked) {
-  lock(On, avidItem_);
-  EXPECT_TRUE(metadata_.locked.empty()) << "it cannot be locked";
-  EXPECT_EQ(shownState(avidItem_), Off);
-  OutlineCell cell;
-  pane_.willDisplayCell(cell, "lock", avidItem_);
-  EXPECT_FALSE(cell.enabled);
 
   metadata_.lockAnswer = Error{std::errc::not_supported, "no such flag here"};
   lock(On, editor_);
   EXPECT_THAT(alerts_, ElementsAre("Not everything could be locked"));
-  EXPECT_EQ(shownState(editor_), Off);
+  EXPECT_EQ(shown(editor_), Off);
   metadata_.locked.insert(prefs("editor.plist"));
   NotificationCenter::shared().post("QWVantoryLockTabSwitch");
   finishWork();
-  EXPECT_EQ(shownState(editor_), Mixed) << "it looks again when it is shown";
+  EXPECT_EQ(shown(editor_), Mixed) << "it looks again when it is shown";
 }
 
 }  // namespace

@@ -13,8 +13,7 @@ class FakeGuard : public RunningApplicationGuard {
  public:
   GuardDecision checkRunningAppsForName(const std::string&, const std::string& bundleID, bool) override {
     if (onAsked) onAsked();
-    const auto found = decisions.find(bundleID);
-    return found == decisions.end() ? GuardDecision::NotRunning : found->second;
+    return decisions.contains(bundleID) ? decisions[bundleID] : GuardDecision::NotRunning;
   }
   bool closeAppWithName(const std::string&, const std::string&) override { return closes; }
 
@@ -30,14 +29,10 @@ class TrashWorkflowTest : public PaneTest {
     runtime_.guard = &guard_;
     QWUserDefaults::standardUserDefaults().registerDefaults({{"maxAutoBackups", PropertyList(10)}});
   }
-  // The lines after the safety backup.
   std::vector<std::string> runAndReadLog() {
     controller_.trash();
     finishWork();
-    std::vector<std::string> lines = logged();
-    const auto end = std::find(lines.begin(), lines.end(), "Auto backup population complete");
-    if (end == lines.end()) return lines;
-    return {std::next(std::find(std::next(end), lines.end(), "Auto backup population complete")), lines.end()};
+    return logged();
   }
 
   FakeGuard guard_;
@@ -88,6 +83,7 @@ TEST_F(TrashWorkflowTest, WaitsForTheTaskThatRuns) {
   controller_.trash();
   EXPECT_TRUE(spinner_.isTurning);
   finishWork();
+  EXPECT_EQ(sheet_.value, 2);
   const auto lines = logged();
   EXPECT_LT(std::ranges::find(lines, "The task before has ended"), std::ranges::find(lines, "Trashing preferences..."));
   EXPECT_FALSE(exists(prefs("editor.plist")));
@@ -128,7 +124,6 @@ TEST_F(TrashWorkflowTest, TheFirstStartMakesABackupOfEverything) {
   ASSERT_TRUE(disk_.remove(machine_ / "Users"));
   start();
   EXPECT_THAT(window_.shown, ElementsAre(Pane::Trash));
-  EXPECT_TRUE(window_.hasLink);
   EXPECT_FALSE(exists(inLibrary("anna.vnt"))) << "none of the built-in catalog's files are there, and nothing is left";
 
   writeFile(prefs("com.apple.FinalCutPro.plist"), "x");

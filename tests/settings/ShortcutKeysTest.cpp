@@ -125,9 +125,9 @@ TEST_F(ShortcutKeysTest, TellsTheManagerOrThatThereIsNone) {
   EXPECT_TRUE(table_.managerMissing);
   press(0, {.keycode = 3, .ctrl = true});
   EXPECT_THAT(watchList(), ElementsAre(entry(own_, "trash", 3, 0x1000))) << "written all the same";
-  const std::string complaint =
-      "Unable to setup shortcut keys - shortcut key manager doesn't exist. Please reinstall this software.";
-  EXPECT_THAT(fakes_.systemLog.messages(), ElementsAre(complaint));
+  EXPECT_THAT(fakes_.systemLog.messages(),
+              ElementsAre("Unable to setup shortcut keys - shortcut key manager doesn't exist. Please reinstall this "
+                          "software."));
 
   writeFile(manager_, "#!/bin/sh\necho \"$@\" >\"${0%/*}/arguments\"\n");
   ASSERT_EQ(chmod(manager_.c_str(), 0755), 0);
