@@ -92,6 +92,11 @@ class ShortcutKeysTest : public ServicesTest {
   std::vector<std::string> alerts_;
 };
 
+TEST_F(ShortcutKeysTest, AKeyWithAModifierIsTakenAsItIs) {
+  for (const ShortcutKey& key : {ShortcutKey{.shift = true}, {.ctrl = true}, {.opt = true}, {.cmd = true}})
+    EXPECT_EQ(captured(key), key);
+}
+
 TEST_F(ShortcutKeysTest, ChangesItsOwnEntriesOnly) {
   const PropertyListDictionary byParameters(
       {{"bundleid", own_}, {"commandparams", PropertyListArray{"-list"}}, {"keycode", -4}});
