@@ -149,6 +149,13 @@ TEST_F(RestorePaneTest, TheDeleteKeyRemovesBackupsOnly) {
   EXPECT_EQ(pane_.selectedBackup(), nullptr);
   EXPECT_FALSE(pane_.keyUp(OutlineKey::Delete)) << "nor is the group of automatic ones";
 
+  outline_.selected = listed("Clean");
+  answer_ = QWAlert::Alternate;
+  EXPECT_TRUE(pane_.keyUp(OutlineKey::Delete));
+  finishWork();
+  EXPECT_TRUE(exists(inLibrary("Clean.vnt"))) << "the person thought better of it";
+
+  answer_ = QWAlert::Default;
   files_.fail(Operation::Trash, std::errc::read_only_file_system, FaultyFileSystem::kEveryCall);
   for (const std::size_t left : {1, 0}) {
     writeAutomaticBackup();
@@ -157,7 +164,7 @@ TEST_F(RestorePaneTest, TheDeleteKeyRemovesBackupsOnly) {
     EXPECT_EQ(pane_.numberOfChildrenOfItem(pane_.child(0, nullptr)), left);
     files_.heal();
   }
-  EXPECT_EQ(alerts_[1], "Unable to remove the backup");
+  EXPECT_EQ(alerts_[2], "Unable to remove the backup");
 }
 
 TEST_F(RestorePaneTest, HandsFilesToOtherPrograms) {
