@@ -1,6 +1,7 @@
 #include "services/CopiesAhead.h"
 
 #include <algorithm>
+#include <exception>
 #include <system_error>
 
 #include "services/Runtime.h"
@@ -13,6 +14,30 @@ constexpr std::size_t kFewestRequests = 8;
 // Each holds a file open.
 constexpr std::size_t kMostCopies = 64;
 constexpr std::uint64_t kLargestBytes = 1 << 20;
+
+using Staged = Result<std::unique_ptr<StagedCopy>>;
+
+// Null for what is no small file.
+Staged stage(const CopyRequest& request) {
+  FileSystem& files = Runtime::current().platform().files;
+  const auto info = files.info(request.source, Links::DoNotFollow);
+  if (!info) return info.error();
+  if (info->type != FileType::File || info->size > kLargestBytes) return std::unique_ptr<StagedCopy>();
+  return files.stageCopy(request);
+}
+
+// An exception that left the thread would end the program.
+Staged stageCaught(const CopyRequest& request) {
+  try {
+    return stage(request);
+  } catch (const std::exception& exception) {
+    return Error{std::errc::not_enough_memory, exception.what()};
+  }
+}
+
+bool tooManyFilesOpen(const Staged& copy) {
+  return !copy && copy.error().code == std::errc::too_many_files_open;
+}
 
 }  // namespace
 
@@ -33,7 +58,7 @@ CopiesAhead::CopiesAhead(std::vector<CopyRequest> requests, std::size_t taken)
 CopiesAhead::~CopiesAhead() {
   {
     const std::lock_guard lock(mutex_);
-    taken_ = requests_.size();
+    ended_ = true;
   }
   if (thread_.joinable()) thread_.join();
 }
@@ -41,31 +66,41 @@ CopiesAhead::~CopiesAhead() {
 std::unique_ptr<StagedCopy> CopiesAhead::take(std::size_t index) {
   std::unique_lock lock(mutex_);
   taken_ = std::max(taken_, index + 1);
-  if (index < begun_) return nullptr;
-  made_.wait(lock, [&] { return index >= finished_; });
-  return std::move(copies_[index]);
+  if (index >= begun_) {
+    made_.wait(lock, [&] { return index >= finished_; });
+    return std::move(copies_[index]);
+  }
+  if (!thread_.joinable()) return nullptr;
+  lock.unlock();
+  Staged copy = stage(requests_[index]);
+  if (copy) return std::move(*copy);
+  lock.lock();
+  if (tooManyFilesOpen(copy)) {
+    letGo();
+    made_.wait(lock, [&] { return begun_ == finished_; });
+  }
+  return nullptr;
+}
+
+void CopiesAhead::letGo() {
+  ended_ = true;
+  for (auto& copy : copies_) copy.reset();
 }
 
 void CopiesAhead::run() {
   const std::size_t last = requests_.size() - std::min(requests_.size(), kMostCopies);
   std::unique_lock lock(mutex_);
-  while (begun_ > std::max(taken_, last)) {
+  while (!ended_ && begun_ > std::max(taken_, last)) {
     const std::size_t index = --begun_;
     lock.unlock();
-    auto copy = copyOf(requests_[index]);
+    Staged copy = stageCaught(requests_[index]);
     lock.lock();
-    copies_[index] = std::move(copy);
+    // Those that are open here could be the ones that the owner needs.
+    if (tooManyFilesOpen(copy)) letGo();
+    if (copy && !ended_) copies_[index] = std::move(*copy);
     finished_ = index;
     made_.notify_one();
   }
-}
-
-std::unique_ptr<StagedCopy> CopiesAhead::copyOf(const CopyRequest& request) {
-  FileSystem& files = Runtime::current().platform().files;
-  const auto info = files.info(request.source, Links::DoNotFollow);
-  if (!info || info->type != FileType::File || info->size > kLargestBytes) return nullptr;
-  auto copy = files.stageCopy(request);
-  return copy ? std::move(*copy) : nullptr;
 }
 
 }  // namespace vantory
