@@ -27,28 +27,30 @@ long long integerOf(double number) {
   return static_cast<long long>(number);
 }
 
-long long integerOf(std::string_view text) {
+std::optional<long long> integerOf(std::string_view text) {
   text = trimmed(text);
   if (text.starts_with('+')) text.remove_prefix(1);
   long long number = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
   if (error == std::errc::result_out_of_range) return text.starts_with('-') ? Limits::min() : Limits::max();
+  if (error != std::errc()) return std::nullopt;
   return number;
 }
 
-long long integerOf(const PropertyList& value) {
+// None when the value stands for no number.
+std::optional<long long> integerOf(const PropertyList& value) {
   if (const auto* number = std::get_if<std::int64_t>(&value.content())) return *number;
   if (std::holds_alternative<std::uint64_t>(value.content())) return Limits::max();
   if (const auto* number = std::get_if<double>(&value.content())) return integerOf(*number);
   if (const bool* flag = value.asBoolean()) return *flag;
   if (const std::string* text = value.asString()) return integerOf(std::string_view(*text));
-  return 0;
+  return std::nullopt;
 }
 
 bool booleanOf(const PropertyList& value) {
   if (const auto* number = std::get_if<double>(&value.content())) return *number != 0;
   const std::string* text = value.asString();
-  if (!text) return integerOf(value) != 0;
+  if (!text) return integerOf(value).value_or(0) != 0;
   std::string_view rest = trimmed(*text);
   if (rest.starts_with('+') || rest.starts_with('-')) rest.remove_prefix(1);
   rest.remove_prefix(std::min(rest.find_first_not_of('0'), rest.size()));
@@ -70,6 +72,10 @@ std::optional<PropertyList> QWUserDefaults::objectForKey(const std::string& key)
     if (!file) continue;
     if (auto value = file->find(key)) return value;
   }
+  return registeredDefault(key);
+}
+
+std::optional<PropertyList> QWUserDefaults::registeredDefault(const std::string& key) const {
   const std::lock_guard lock(mutex_);
   const auto registered = registered_.find(key);
   if (registered == registered_.end()) return std::nullopt;
@@ -81,9 +87,11 @@ std::optional<std::string> QWUserDefaults::stringForKey(const std::string& key) 
   return value ? textOf(*value) : std::nullopt;
 }
 
+// A count that somebody has spoilt must not be taken for none: backups beyond it are deleted.
 long long QWUserDefaults::integerForKey(const std::string& key) const {
-  const auto value = objectForKey(key);
-  return value ? integerOf(*value) : 0;
+  for (const auto& value : {objectForKey(key), registeredDefault(key)})
+    if (const auto number = value ? integerOf(*value) : std::nullopt) return *number;
+  return 0;
 }
 
 bool QWUserDefaults::boolForKey(const std::string& key) const {

@@ -28,7 +28,8 @@ class QWUserDefaults {
   std::optional<PropertyList> objectForKey(const std::string& key) const;
   // None when absent or no text.
   std::optional<std::string> stringForKey(const std::string& key) const;
-  // 0 when absent or no number; text that begins with a number counts as it.
+  // Text that begins with a number counts as it; for any other value that is no number the registered one counts. 0
+  // when there is neither.
   long long integerForKey(const std::string& key) const;
   // False when absent; a number is true unless it is 0, a text when it begins with a number but 0, "y" or "t".
   bool boolForKey(const std::string& key) const;
@@ -43,6 +44,7 @@ class QWUserDefaults {
   void registerDefaults(const std::map<std::string, PropertyList>& defaults);
 
  private:
+  std::optional<PropertyList> registeredDefault(const std::string& key) const;
   bool change(const std::function<void(PropertyListDictionary&)>& change);
 
   std::unique_ptr<SettingsFile> user_;     // null when nobody is at the console
