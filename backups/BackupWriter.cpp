@@ -72,10 +72,11 @@ class ItemCopier {
   std::unordered_set<std::string> copies_;   // made in this run
 };
 
-bool counted(bool copied) {
+// A source that has vanished since it was found is none that the backup lacks.
+bool counted(bool copied, const std::string& source) {
   if (copied) return true;
   QWLog::appendLog("File copy failed");
-  FailureTally::shared().add();
+  if (!QWFileManager::isMissingAtPath(source)) FailureTally::shared().add();
   return false;
 }
 
@@ -99,8 +100,9 @@ std::size_t ItemCopier::copyFiles(const std::vector<std::string>& sources) {
     auto staged = ahead ? ahead->take(i) : nullptr;
     const auto target = staged ? targetFor(sources[i], FileType::File) : targetFor(sources[i]);
     if (!target) continue;
-    // Now there is a folder to copy to, as a rule that of all others too.
-    if (!ahead && !filesOnly_) ahead.emplace(requestsForFiles(sources), i + 1);
+    // Now there is a folder to copy to, as a rule that of all others too. What another item has copied comes again
+    // whole.
+    if (!ahead && !filesOnly_ && !copies_.contains(target->copy)) ahead.emplace(requestsForFiles(sources), i + 1);
     count += copyFile(sources[i], target->copy, std::move(staged));
   }
   return count;
@@ -118,7 +120,8 @@ bool ItemCopier::copyFile(const std::string& source, const std::string& copy, st
   const bool replaces = isThere(copy);
   if (replaces) QWLog::appendLog("Destination file %@ exists - removing...", copy);
   QWLog::appendLog("Copying %@ to %@", source, copy);
-  if (!counted(replaces ? replaceCopy(source, copy) : QWFileManager::copyFile(source, copy, 15s, std::move(staged))))
+  if (!counted(replaces ? replaceCopy(source, copy) : QWFileManager::copyFile(source, copy, 15s, std::move(staged)),
+               source))
     return false;
   copies_.insert(copy);
   return true;
@@ -133,7 +136,8 @@ bool ItemCopier::copyAvidFile(const std::string& source) {
   const auto target = targetFor(source);
   if (!target) return false;
   QWLog::appendLog("Copying Avid user %@ to %@", source, target->copy);
-  if (!counted(filesOnly_ ? replaceCopy(source, target->copy) : QWFileManager::copyFile(source, target->copy, 10s)))
+  if (!counted(filesOnly_ ? replaceCopy(source, target->copy) : QWFileManager::copyFile(source, target->copy, 10s),
+               source))
     return false;
   // Not the copy's path, and normally nobody's: the copy keeps the flag that it has.
   QWFileManager::unlockFile(paths::join(target->folder, source));
@@ -145,7 +149,7 @@ std::optional<ItemCopier::Target> ItemCopier::targetFor(const std::string& sourc
   if (!info) {
     if (QWFileManager::meansMissing(info.error())) return std::nullopt;
     QWLog::appendLog("%@", info.error().text);
-    counted(false);
+    counted(false, source);
     return std::nullopt;
   }
   if (info->type == FileType::SymbolicLink) return std::nullopt;
@@ -155,7 +159,7 @@ std::optional<ItemCopier::Target> ItemCopier::targetFor(const std::string& sourc
   }
   Target target = targetFor(source, info->type);
   if (prepareFolder(target.folder)) return target;
-  counted(false);
+  counted(false, source);
   return std::nullopt;
 }
 

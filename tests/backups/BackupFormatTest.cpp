@@ -66,6 +66,24 @@ TEST_F(BackupFormatTest, NothingIsLostWhateverFails) {
   }
 }
 
+TEST_F(BackupFormatTest, AFileThatVanishesOnTheWayIsNoneThatTheBackupLacks) {
+  struct Disk : LinuxFileSystem {
+    Result<std::unique_ptr<StagedCopy>> stageCopy(const CopyRequest& request) override {
+      if (request.source == vanishing) fs::remove(vanishing);
+      return LinuxFileSystem::stageCopy(request);
+    }
+    std::string vanishing;
+  } disk;
+  FakePlatform fakes(disk, metadata_, machine_.path(), home_.path());
+  const Runtime runtime(fakes.platform);
+  disk.vanishing = prefs("gone");
+  for (const char* name : {"here", "gone"}) writeFile(prefs(name), name);
+  setCatalog({{"Both", {prefs("gone"), prefs("here")}}});
+  EXPECT_EQ(backupOfAll("A")->writeData(), WriteResult::Success);
+  EXPECT_TRUE(exists(inLibrary("A.vnt/Users/user/Library/Preferences/here")));
+  EXPECT_EQ(FailureTally::shared().count(), 0U);
+}
+
 TEST_F(BackupFormatTest, FilesAloneAreReplacedOneByOne) {
   setSmallCatalog("old");
   const auto backup = backupOfAll("Clean");

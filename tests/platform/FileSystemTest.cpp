@@ -115,6 +115,20 @@ TEST_F(FileSystemTest, AFileThatKeepsChangingIsNotCopiedHalf) {
   EXPECT_FALSE(exists(folder / "copy"));
 }
 
+TEST_F(FileSystemTest, WhatVanishesFromAFolderMeanwhileIsNoted) {
+  for (const char* name : {"from/a", "from/b", "from/c"}) writeFile(folder / name, "whole");
+  const auto removeAll = [&](std::int64_t, int) {
+    for (const std::string& name : names(folder / "from")) unlink((folder / "from/" + name).c_str());
+    return true;
+  };
+  const auto staged = files.stageCopy({.source = folder / "from", .destination = folder / "to", .observer = removeAll});
+  ASSERT_TRUE(staged.ok());
+  EXPECT_EQ((*staged)->notes().size(), 2u);
+  ASSERT_TRUE((*staged)->commit(StagedCopy::Existing::Keep).ok());
+  ASSERT_EQ(names(folder / "to").size(), 1u);
+  EXPECT_EQ(readFile(folder / "to/" + names(folder / "to").front()), "whole");
+}
+
 TEST_F(FileSystemTest, AFailedWriteLeavesTheOldFile) {
   writeFile(folder / "settings", "old");
   ASSERT_EQ(chmod((folder / "settings").c_str(), 0640), 0);
