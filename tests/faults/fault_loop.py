@@ -23,12 +23,15 @@ TASKS = {'backup': ['-backup', 'New'], 'replace': ['-backup', 'Old'], 'trash': [
 FAULTS = ['signal=SIGKILL', 'error=EIO', 'error=ENOSPC', 'error=EACCES', 'error=EINTR']
 LIBRARY = 'Library/Application Support/Quarrywell/Vantory/Backups'
 PREFERENCES = 'Library/Preferences'
+COMMAND_SETS = 'Library/Application Support/Motion/Command Sets'
 FILES = {
     f'{PREFERENCES}/com.apple.FinalCutPro.plist': b'old plist ' * 500,
     f'{PREFERENCES}/Final Cut Pro User Data/Final Cut Pro 7.0 Prefs.fcset': b'old prefs ' * 900,
     f'{PREFERENCES}/Final Cut Pro User Data/Button Bars/Default/a.fcbar': b'bar a ' * 300,
     f'{PREFERENCES}/Final Cut Pro User Data/Button Bars/b.fcbar': b'bar b ' * 700,
     f'{PREFERENCES}/com.apple.motion.plist': b'motion ' * 100,
+    # An item of so many files is copied by two threads, and belongs to two applications.
+    **{f'{COMMAND_SETS}/set{i}.commandset': b'old set ' * 50 for i in range(8)},
 }
 
 
