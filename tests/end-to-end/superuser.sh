@@ -16,6 +16,8 @@ fresh() {
   chattr -R -f -i "$home" /tmp/foreign; rm -rf "$home" /tmp/foreign; find /Library /Users -mindepth 1 -delete
   use_home "$1"
   put "$preferences/$motion" motion; put "$user_data/Button Bars/a" bar
+  # So many that a second thread copies some of them, which needs the user's identity too.
+  for set in 1 2 3 4 5 6 7 8 9; do put "$home/Library/Application Support/Motion/Command Sets/$set.commandset" "$set"; done
   log=/Library/Logs/Quarrywell/Vantory.task.1.log
   chown -R "$uid:$uid" "$home"
   as_anna() { setpriv --reuid=$uid --regid=$uid --clear-groups "$@"; }
