@@ -110,7 +110,10 @@ class FakePrivilegedRunner : public PrivilegedRunner {
     bool operator==(const Call&) const = default;
   };
 
-  bool authorize() override { return ++requests, authorized = grants; }
+  bool authorize() override {
+    ++requests;
+    return authorized = grants;
+  }
   void release() override { authorized = false; }
   bool isAuthorized() const override { return authorized; }
   bool knows(const std::string& tool) const override {
@@ -143,20 +146,25 @@ class FakeWorkspace : public Workspace {
   }
   // Recorded, then handed to `onQuit`.
   Status quitApplication(const std::string&, const std::string& identifier) override {
-    return quitRequests.push_back(identifier), onQuit(identifier);
+    quitRequests.push_back(identifier);
+    return onQuit(identifier);
   }
   // Recorded; the application runs from then on.
   Status launchApplication(const std::string& identifier) override {
-    return launched.push_back(identifier), running.push_back(identifier), Status();
+    launched.push_back(identifier);
+    running.push_back(identifier);
+    return Status();
   }
   std::optional<std::string> applicationPath(const std::string& identifier) const override {
     return found(paths, identifier);
   }
   Status openFile(const std::string& path, const std::string& identifier) override {
-    return opened.emplace_back(path, identifier), Status();
+    opened.emplace_back(path, identifier);
+    return Status();
   }
   Status activateApplication(const std::string& identifier) override {
-    return activated.push_back(identifier), Status();
+    activated.push_back(identifier);
+    return Status();
   }
 
   std::vector<std::string> running;     // one entry for each copy
@@ -168,16 +176,26 @@ class FakeWorkspace : public Workspace {
   std::vector<std::string> launched;
   // By default every copy of the application quits at once.
   std::function<Status(const std::string&)> onQuit = [this](const std::string& identifier) {
-    return std::erase(running, identifier), Status();
+    std::erase(running, identifier);
+    return Status();
   };
 };
 
 // Records what it is given.
 class FakeDocuments : public Documents {
  public:
-  Status open(const std::string& pathOrAddress) override { return opened.push_back(pathOrAddress), answer; }
-  Status reveal(const std::vector<std::string>& paths) override { return revealed = paths, answer; }
-  Status mail(const std::string& path) override { return mailed.push_back(path), answer; }
+  Status open(const std::string& pathOrAddress) override {
+    opened.push_back(pathOrAddress);
+    return answer;
+  }
+  Status reveal(const std::vector<std::string>& paths) override {
+    revealed = paths;
+    return answer;
+  }
+  Status mail(const std::string& path) override {
+    mailed.push_back(path);
+    return answer;
+  }
 
   std::vector<std::string> opened;
   std::vector<std::string> revealed;
@@ -192,7 +210,8 @@ class FakeDefaultHandlers : public DefaultHandlers {
     return std::string("type/").append(extension);
   }
   Status setDefaultViewer(const std::string& type, const std::string& identifier) override {
-    return viewers[type] = identifier, Status();
+    viewers[type] = identifier;
+    return Status();
   }
   std::optional<std::string> defaultViewer(const std::string& type) const override { return found(viewers, type); }
 
@@ -204,7 +223,8 @@ class FakeTaskClient : public TaskClient {
   Result<Answer> send(const std::string& service, const TaskMessage& message) override {
     if (!services.contains(service)) return Answer::NotRegistered;
     if (!understood.contains(message.name)) return Answer::NotUnderstood;
-    return sent.push_back(message), Answer::Received;
+    sent.push_back(message);
+    return Answer::Received;
   }
 
   std::set<std::string> services;    // registered ones
@@ -221,7 +241,8 @@ class FakeNotifications : public DesktopNotifications {
   };
 
   Status post(const std::string& title, const std::string& text, const std::string&) override {
-    return posted.push_back({title, text}), answer;
+    posted.push_back({title, text});
+    return answer;
   }
   void listen(Listener newListener) override { listener = std::move(newListener); }
 
@@ -232,7 +253,10 @@ class FakeNotifications : public DesktopNotifications {
 
 class FakeAnnouncements : public Announcements {
  public:
-  Status announce(const std::string& name) override { return announced.push_back(name), Status(); }
+  Status announce(const std::string& name) override {
+    announced.push_back(name);
+    return Status();
+  }
 
   std::vector<std::string> announced;
 };
@@ -240,9 +264,15 @@ class FakeAnnouncements : public Announcements {
 // Records each call ("load", "unload", "remove") by way of `onCall`; nothing is scheduled.
 class FakeJobControl : public JobControl {
  public:
-  Status load(const Job& job) override { return loaded.push_back(job), onCall("load"); }
+  Status load(const Job& job) override {
+    loaded.push_back(job);
+    return onCall("load");
+  }
   Status unload(const JobName&) override { return onCall("unload"); }
-  Status remove(const JobName& job) override { return removed.push_back(job), onCall("remove"); }
+  Status remove(const JobName& job) override {
+    removed.push_back(job);
+    return onCall("remove");
+  }
   std::optional<Timestamp> lastRun(const JobName&) const override { return stamp; }
 
   std::vector<Job> loaded;
