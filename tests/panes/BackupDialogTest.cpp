@@ -110,7 +110,10 @@ TEST_F(BackupDialogTest, ReplacingAsksAndKeepsTheOldOneInTheTrash) {
   edit_.showBackupDialog();
   std::string informative;
   for (const auto& [answer, replaces] : {std::pair{QWAlert::Alternate, false}, {QWAlert::Default, true}}) {
-    onAlert_ = [&](const AlertTexts& texts) { return informative = texts.informativeText, answer; };
+    onAlert_ = [&](const AlertTexts& texts) {
+      informative = texts.informativeText;
+      return answer;
+    };
     confirm("Clean");
     EXPECT_EQ(dialog_.isShown, !replaces);
     EXPECT_EQ(exists(inTrash("Clean.vnt/Settings.plist")), replaces);

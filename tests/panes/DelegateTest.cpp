@@ -182,5 +182,18 @@ TEST(DocumentPathsTest, FindsPathsAndAddressesAmongArguments) {
                   "/home/anna/file:j", "/home/anna/file:/%00", "/home/anna/file:/%zz", "/home/anna/-k.fcp"));
 }
 
+TEST_F(DelegateTest, HelpOpensPagesAndTheManualWhereThereIsOne) {
+  fakes_.system.resources = home_.path();
+  EXPECT_FALSE(delegate_.hasUserManual());
+  writeFile(home_ / "Vantory User Manual.pdf", "%PDF");
+  delegate_.helpReportBug();
+  finishWork();
+  delegate_.helpUserManual();
+  finishWork();
+  EXPECT_THAT(fakes_.documents.opened,
+              ElementsAre("https://www.quarrywell.com/support/bug/?app=vantory&version=" VANTORY_VERSION,
+                          home_ / "Vantory User Manual.pdf"));
+}
+
 }  // namespace
 }  // namespace vantory::test
