@@ -39,7 +39,10 @@ TEST_F(GuardTest, WithoutAWindowTheCallerDecides) {
 TEST_F(GuardTest, WithAWindowTheUserDecides) {
   AlertTexts shown;
   int button = 0;
-  QWAlert::sharedController().ask = [&](const AlertTexts& texts) { return shown = texts, button; };
+  QWAlert::sharedController().ask = [&](const AlertTexts& texts) {
+    shown = texts;
+    return button;
+  };
   for (const auto& [pressed, decision] : {std::pair{7, GuardDecision::NotRunning},
                                           {QWAlert::Default, GuardDecision::CloseAndRelaunch},
                                           {QWAlert::Alternate, GuardDecision::Cancel},
