@@ -49,7 +49,9 @@ if(VANTORY_WINDOW)
   list(APPEND CPACK_COMPONENTS_ALL gui)
   set(CPACK_DEBIAN_GUI_PACKAGE_NAME vantory-gui)
   set(CPACK_DEBIAN_GUI_PACKAGE_DEPENDS "vantory (= ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})")
-  set(CPACK_DEBIAN_GUI_PACKAGE_RECOMMENDS "pkexec, libarchive-tools, xdg-utils")
+  set(recommended "default-dbus-session-bus | dbus-session-bus" hicolor-icon-theme libarchive-tools pkexec
+      shared-mime-info xdg-utils)
+  list(JOIN recommended ", " CPACK_DEBIAN_GUI_PACKAGE_RECOMMENDS)
   set(CPACK_COMPONENT_GUI_DESCRIPTION "preferences of video editing applications, in a window
 Vantory looks after the preference files of professional video editing
 applications: Final Cut Pro, Motion, Avid Media Composer, Adobe Premiere Pro,
