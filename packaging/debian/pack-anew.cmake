@@ -5,3 +5,11 @@ foreach(package IN LISTS CPACK_PACKAGE_FILES)
   execute_process(COMMAND sh -ec "umask 022; dpkg-deb -R \"$1\" \"$2\"; dpkg-deb --root-owner-group -Zxz -b \"$2\" \"$1\""
                           sh ${package} ${unpacked} COMMAND_ERROR_IS_FATAL ANY OUTPUT_QUIET)
 endforeach()
+
+# In the build folder nothing of an earlier version may lie beside them: "apt install" is given all that is there.
+if(EXISTS ${CPACK_PACKAGE_DIRECTORY}/CMakeCache.txt)
+  file(GLOB earlier ${CPACK_PACKAGE_DIRECTORY}/vantory_*.deb ${CPACK_PACKAGE_DIRECTORY}/vantory-gui_*.deb)
+  if(earlier)
+    file(REMOVE ${earlier})
+  endif()
+endif()
