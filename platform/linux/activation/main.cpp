@@ -107,8 +107,10 @@ class Activation {
     if (files) {
       const VariantPointer addresses(g_variant_get_child_value(files, 0));
       for (gsize i = 0; i < g_variant_n_children(addresses.get()); ++i) {
-        const VariantPointer address(g_variant_get_child_value(addresses.get(), i));
-        request_.files.emplace_back(g_variant_get_string(address.get(), nullptr));
+        const VariantPointer child(g_variant_get_child_value(addresses.get(), i));
+        const std::string_view address = g_variant_get_string(child.get(), nullptr);
+        // No address. The toolkit would take it for an option of its own, even behind "--".
+        if (!address.starts_with('-')) request_.files.emplace_back(address);
       }
     }
     request_.activationToken = activationToken(platformData);
