@@ -8,6 +8,9 @@ configure_file(${CMAKE_SOURCE_DIR}/packaging/dbus/com.quarrywell.Vantory.service
                ${CMAKE_BINARY_DIR}/com.quarrywell.Vantory.service @ONLY)
 install(FILES ${CMAKE_BINARY_DIR}/com.quarrywell.Vantory.service DESTINATION ${CMAKE_INSTALL_DATADIR}/dbus-1/services
         COMPONENT gui)
+install(CODE "set(built_for \"${CMAKE_INSTALL_PREFIX}\")
+set(service \"${CMAKE_INSTALL_DATADIR}/dbus-1/services/com.quarrywell.Vantory.service\")" COMPONENT gui)
+install(SCRIPT ${CMAKE_SOURCE_DIR}/packaging/dbus/installed-paths.cmake COMPONENT gui)
 install(FILES ${resources}/com.quarrywell.Vantory.metainfo.xml DESTINATION ${CMAKE_INSTALL_DATADIR}/metainfo
         COMPONENT gui)
 install(FILES ${resources}/mime/com.quarrywell.Vantory.xml DESTINATION ${CMAKE_INSTALL_DATADIR}/mime/packages

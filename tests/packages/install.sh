@@ -39,4 +39,7 @@ check "... is not left" eval 'grep -q "was built for" "$work/out" && ! grep -E "
 printf '#!/bin/sh\ntouch "%s"\n' "$home/asked" >"$work/elsewhere/libexec/vantory/vantory-lock-helper"
 as_user "$work/elsewhere/bin/vantory" -lock motionPrefs >"$work/out" 2>"$work/err"
 check "... and holds what its programs look for" [ -e "$home/asked" ]
+check "... and the session bus starts them there" grep -qxF \
+  "Exec=$work/elsewhere/libexec/vantory/vantory-activation $work/elsewhere/bin/vantory-window" \
+  "$work/elsewhere/share/dbus-1/services/com.quarrywell.Vantory.service"
 summary
