@@ -37,6 +37,8 @@ WriteResult QWBackup::writeAutoBackup(bool preferencesOnly) {
   } else {
     QWLog::appendLog("Backup failed with error code %i.", static_cast<int>(result));
     backup->removeCreatedFolder();
+    // It may be listed already.
+    QWDataController::sharedController().populateBackups();
   }
   return result;
 }

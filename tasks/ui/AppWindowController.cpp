@@ -67,7 +67,10 @@ void AppWindowController::makeFirstBackup() {
   if (!name) return;
   const auto backup =
       QWBackup::backupWithName(*name, std::nullopt, copiesOf(QWDataController::sharedController().appArray()));
-  if (backup->writeData() != WriteResult::Success) backup->removeCreatedFolder();
+  if (backup->writeData() == WriteResult::Success) return;
+  backup->removeCreatedFolder();
+  // It may be listed already.
+  QWDataController::sharedController().populateBackups();
 }
 
 void AppWindowController::toolbarTrash() {

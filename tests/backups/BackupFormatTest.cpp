@@ -66,6 +66,13 @@ TEST_F(BackupFormatTest, NothingIsLostWhateverFails) {
   }
 }
 
+TEST_F(BackupFormatTest, ABackupThatMayNotBeOnDiskIsNotListed) {
+  setSmallCatalog("new");
+  files_.fail(Operation::Sync, std::errc::io_error);
+  EXPECT_EQ(QWBackup::writeAutoBackup(), WriteResult::SettingsNotWritten);
+  EXPECT_THAT(controller().autoBackupArray(), IsEmpty());
+}
+
 TEST_F(BackupFormatTest, AFileThatVanishesOnTheWayIsNoneThatTheBackupLacks) {
   struct Disk : LinuxFileSystem {
     Result<std::unique_ptr<StagedCopy>> stageCopy(const CopyRequest& request) override {
