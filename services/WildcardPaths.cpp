@@ -1,7 +1,9 @@
 #include <optional>
 
+#include "services/FailureTally.h"
 #include "services/Paths.h"
 #include "services/QWFileManager.h"
+#include "services/QWLog.h"
 #include "services/Runtime.h"
 
 namespace vantory {
@@ -52,11 +54,20 @@ bool isPattern(std::string_view text) {
   return text.find('*') != std::string_view::npos;
 }
 
+// Its files are left out of whatever is done, and that must not go unsaid.
+void tellUnreadable(const std::string& folder, const Error& error) {
+  QWLog::appendLog("The files in %@ cannot be listed: %@", folder, error.text);
+  FailureTally::shared().add();
+}
+
 Paths matchingEntries(const Paths& folders, std::string_view pattern) {
   Paths found;
   for (const std::string& folder : folders) {
     const auto entries = Runtime::current().platform().files.list(folder, Detail::Names);
-    if (!entries) continue;
+    if (!entries) {
+      if (!QWFileManager::meansMissing(entries.error())) tellUnreadable(folder, entries.error());
+      continue;
+    }
     for (const DirectoryEntry& entry : *entries) {
       if (!matches(entry.name, pattern)) continue;
       std::string path = paths::join(folder, entry.name);

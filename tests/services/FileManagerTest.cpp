@@ -4,6 +4,7 @@
 
 #include <filesystem>
 
+#include "services/FailureTally.h"
 #include "services/QWTask.h"
 #include "tests/services/ServicesTest.h"
 
@@ -169,6 +170,13 @@ TEST_F(WildcardPathsTest, GoesThroughFolders) {
   // A trailing slash throws the matches away.
   EXPECT_THAT(Manager::filesMatchingWildcardPath("5*/", folder_), ElementsAre(folder_));
   EXPECT_THAT(Manager::filesMatchingWildcardPath(folder_ + "/f*"), ElementsAre(folder_ + "/file"));
+
+  EXPECT_THAT(Manager::filesMatchingWildcardPath("missing/*", folder_), IsEmpty());
+  EXPECT_EQ(FailureTally::shared().count(), 0U);
+  files_.fail(Operation::List, std::errc::permission_denied, FaultyFileSystem::kEveryCall);
+  EXPECT_THAT(Manager::filesMatchingWildcardPath("*", folder_), IsEmpty());
+  EXPECT_EQ(FailureTally::shared().count(), 1U) << "files are left out";
+  EXPECT_THAT(logged().back(), testing::StartsWith("The files in " + folder_ + " cannot be listed: "));
 }
 
 // Archives are made by a tool of the system: a test skips where it is missing.
