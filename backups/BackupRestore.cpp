@@ -108,10 +108,10 @@ void RestoreRun::relaunchClosed() const {
 
 void QWBackup::restore(bool closeAutomatically) {
   if (std::ranges::all_of(children_, [](const auto& app) { return app->selected() == Off; }))
-    QWLog::appendLogAndPrint(children_.empty()
-                                 ? "Nothing was restored: %@ is no backup, or its Settings.plist cannot be read."
-                                 : "Nothing was restored: %@ holds none of the chosen items.",
-                             path_);
+    QWLog::appendLogAndPrint(
+        children_.empty() ? "Nothing was restored: the Settings.plist of %@ is missing, damaged or names no known item."
+                          : "Nothing was restored: %@ holds none of the chosen items.",
+        path_);
   RestoreRun run(path_, closeAutomatically);
   bool cancelled = false;
   for (const auto& app : children_) {

@@ -216,8 +216,8 @@ TEST_F(CommandLineTest, EachFailureIsToldWhereItBelongs) {
 
   writeFile(library("/Torn.vnt/Settings.plist"), "<plist><dict>");
   set("defaultBackup", "Torn.vnt");
-  const std::string nothing =
-      "Nothing was restored: " + library("/Torn.vnt") + " is no backup, or its Settings.plist cannot be read.";
+  const std::string nothing = "Nothing was restored: the Settings.plist of " + library("/Torn.vnt") +
+                              " is missing, damaged or names no known item.";
   for (const auto& [line, path] : {std::pair{"-restore", library("/Torn.vnt")}, {"-restoredefault", ""}}) {
     EXPECT_EQ(run(line, path), 0);
     EXPECT_THAT(log(), HasSubstr(nothing));
