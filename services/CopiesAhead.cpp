@@ -36,7 +36,8 @@ Staged stageCaught(const CopyRequest& request) {
 }
 
 bool tooManyFilesOpen(const Staged& copy) {
-  return !copy && copy.error().code == std::errc::too_many_files_open;
+  return !copy && (copy.error().code == std::errc::too_many_files_open ||
+                   copy.error().code == std::errc::too_many_files_open_in_system);
 }
 
 }  // namespace
