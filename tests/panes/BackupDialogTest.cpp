@@ -110,9 +110,9 @@ TEST_F(BackupDialogTest, ReplacingAsksAndKeepsTheOldOneInTheTrash) {
   edit_.showBackupDialog();
   std::string informative;
   for (const auto& [answer, replaces] : {std::pair{QWAlert::Alternate, false}, {QWAlert::Default, true}}) {
-    onAlert_ = [&](const AlertTexts& texts) {
+    onAlert_ = [&, chosen = answer](const AlertTexts& texts) {
       informative = texts.informativeText;
-      return answer;
+      return chosen;
     };
     confirm("Clean");
     EXPECT_EQ(dialog_.isShown, !replaces);

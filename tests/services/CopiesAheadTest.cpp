@@ -1,10 +1,10 @@
 #include "services/CopiesAhead.h"
 
-#include <sys/resource.h>
-
+#include <atomic>
 #include <filesystem>
 #include <thread>
 
+#include "platform/linux/LinuxFileSystem.h"
 #include "tests/services/ServicesTest.h"
 
 namespace vantory::test {
@@ -46,24 +46,51 @@ TEST_F(CopiesAheadTest, WhatItMissesIsItsOwnersAndWhatNobodyTakesIsGone) {
     EXPECT_LT(std::stoi(entry.path().filename()), 30);
 }
 
+// As where a process may have few files open.
+class FewOpenFiles : public LinuxFileSystem {
+ public:
+  Result<std::unique_ptr<StagedCopy>> stageCopy(const CopyRequest& request) override {
+    auto copy = std::make_unique<OpenCopy>(open_);
+    if (open_ > kMost) return Error{std::errc::too_many_files_open, request.source};
+    auto staged = LinuxFileSystem::stageCopy(request);
+    if (!staged) return staged.error();
+    ++staged_;
+    copy->staged = std::move(*staged);
+    return std::unique_ptr<StagedCopy>(std::move(copy));
+  }
+  int staged() const { return staged_; }
+
+  static constexpr int kMost = 6;
+
+ private:
+  struct OpenCopy : StagedCopy {
+    explicit OpenCopy(std::atomic<int>& open) : open(open) { ++open; }
+    ~OpenCopy() override { --open; }
+    Status commit(Existing existing) override { return staged->commit(existing); }
+    const std::vector<std::string>& notes() const override { return staged->notes(); }
+    std::atomic<int>& open;
+    std::unique_ptr<StagedCopy> staged;
+  };
+
+  std::atomic<int> open_ = 0;
+  std::atomic<int> staged_ = 0;
+};
+
 TEST_F(CopiesAheadTest, LeavesItsOwnerTheFilesThatMayBeOpen) {
   const std::vector<CopyRequest> wanted = requests(1000);
-  const auto openNow = std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
-  rlimit before{};
-  getrlimit(RLIMIT_NOFILE, &before);
-  const rlimit tight{static_cast<rlim_t>(openNow) + 8, before.rlim_max};
-  setrlimit(RLIMIT_NOFILE, &tight);
+  FewOpenFiles disk;
+  FakePlatform fakes(disk, metadata_, machine_.path(), home_.path());
+  const Runtime runtime(fakes.platform);
   int failures = 0;
   {
     CopiesAhead ahead(wanted, 0);
-    while (files_.calls(Operation::StageCopy) < 6) std::this_thread::yield();
+    while (disk.staged() < FewOpenFiles::kMost) std::this_thread::yield();
     for (std::size_t i = 1; i < wanted.size(); ++i) {
       auto copy = ahead.take(i);
-      auto own = copy ? Result(std::move(copy)) : files_.stageCopy(wanted[i]);
+      auto own = copy ? Result(std::move(copy)) : disk.stageCopy(wanted[i]);
       if (!own || !(*own)->commit(StagedCopy::Existing::Keep)) ++failures;
     }
   }
-  setrlimit(RLIMIT_NOFILE, &before);
   EXPECT_EQ(failures, 0);
 }
 
