@@ -31,6 +31,7 @@ std::string shortened(const std::string& text, std::size_t length) {
 // The name an item gets in the Trash: its own, or with a number before its extension; short enough for the info file
 // beside it.
 std::string nameInTrash(const std::string& name, int number) {
+  if (number == 1 && name.size() + kInfoSuffix.size() <= kLongestName) return name;
   std::string mark;
   if (number > 1) mark.append(1, '.').append(std::to_string(number));
   const std::size_t dot = name.find_last_of('.');
@@ -157,8 +158,9 @@ Result<std::string> DesktopTrash::put(const std::string& path, const std::string
 Result<std::string> DesktopTrash::putInto(const Place& item, const std::string& path, const std::string& homeFiles) {
   // An item beside the user's own Trash belongs there or nowhere. Where that Trash is open already, moving the item
   // there tells.
-  if (knownCan(parentOf(homeFiles)) || lieTogether(item, homeFiles)) {
-    Result<Can*> can = homeCan(homeFiles);
+  Can* const known = knownCan(homeFiles);
+  if (known || lieTogether(item, homeFiles)) {
+    Result<Can*> can = known ? known : homeCan(homeFiles);
     if (!can) return can.error();
     Result<std::string> trashed = putInto(**can, item, path);
     if (trashed || trashed.error().code != std::errc::cross_device_link) return trashed;
@@ -168,16 +170,14 @@ Result<std::string> DesktopTrash::putInto(const Place& item, const std::string& 
   return putInto(**volume, item, path);
 }
 
-DesktopTrash::Can* DesktopTrash::knownCan(const std::string& path) const {
+DesktopTrash::Can* DesktopTrash::knownCan(std::string_view filesFolder) const {
   for (const auto& can : cans_)
-    if (can->path == path) return can.get();
+    if (can->filesPath == filesFolder) return can.get();
   return nullptr;
 }
 
 Result<DesktopTrash::Can*> DesktopTrash::homeCan(const std::string& homeFiles) {
-  const std::string path = parentOf(homeFiles);
-  if (Can* known = knownCan(path)) return known;
-  Result<Can> opened = openCan(path, "");
+  Result<Can> opened = openCan(parentOf(homeFiles), "");
   if (!opened) return opened.error();
   return cans_.emplace_back(std::make_unique<Can>(std::move(*opened))).get();
 }
@@ -205,7 +205,7 @@ Result<DesktopTrash::Can> DesktopTrash::openCan(const std::string& path, const s
   if (status.st_uid != rights_.fileOwner())
     return errorWithText(std::errc::operation_not_permitted, path, "this Trash belongs to somebody else");
 
-  Can can{path, topDirectory, {}, {}, {}};
+  Can can{path + "/files", topDirectory, {}, {}, {}};
   for (const auto& [name, folder] : {std::pair{"files", &can.files}, std::pair{"info", &can.info}}) {
     mkdirat(base.get(), name, S_IRWXU);
     *folder = Descriptor(openat(base.get(), name, kFlags | O_NOFOLLOW));
@@ -238,7 +238,7 @@ Result<std::string> DesktopTrash::putInto(Can& can, const Place& item, const std
       const Status moved = renameItem(item, can.files.get(), trashed, path);
       if (moved) {
         if (number > 1) can.lastNumbers[name] = number;
-        return can.path + "/files/" + trashed;
+        return below(can.filesPath, trashed);
       }
       unlinkat(can.info.get(), infoName(trashed).c_str(), 0);
       if (moved.error().code == std::errc::no_such_file_or_directory) forget(can);

@@ -8,6 +8,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -30,14 +31,14 @@ class DesktopTrash {
  private:
   // One Trash: its open folders and where it lies.
   struct Can {
-    std::string path;          // the folder that holds "files" and "info"
+    std::string filesPath;     // where its items lie
     std::string topDirectory;  // of the file system; empty for the user's own Trash
     Descriptor files;
     Descriptor info;
     std::unordered_map<std::string, int> lastNumbers;
   };
 
-  Can* knownCan(const std::string& path) const;
+  Can* knownCan(std::string_view filesFolder) const;
   Result<Can*> homeCan(const std::string& homeFiles);
   Result<Can*> volumeCan(const std::string& path);
   Result<Can> openCan(const std::string& path, const std::string& topDirectory) const;
