@@ -1,3 +1,4 @@
+#include "backups/FailedBackup.h"
 #include "backups/QWBackup.h"
 #include "backups/QWDataController.h"
 #include "services/Format.h"
@@ -36,9 +37,7 @@ WriteResult QWBackup::writeAutoBackup(bool preferencesOnly) {
     QWLog::appendLog("Backup successful.");
   } else {
     QWLog::appendLog("Backup failed with error code %i.", static_cast<int>(result));
-    backup->removeCreatedFolder();
-    // It may be listed already.
-    QWDataController::sharedController().populateBackups();
+    dropFailedBackup(*backup);
   }
   return result;
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "backups/FailedBackup.h"
 #include "backups/QWBackup.h"
 #include "backups/QWDataController.h"
 #include "backups/ui/CatalogRows.h"
@@ -21,12 +22,6 @@ namespace {
 
 AppList apps() {
   return QWDataController::sharedController().appArray();
-}
-
-// What a failed writing left goes, and the lists say what is there.
-void dropFailedBackup(QWBackup& backup) {
-  backup.removeCreatedFolder();
-  QWDataController::sharedController().populateBackups();
 }
 
 }  // namespace

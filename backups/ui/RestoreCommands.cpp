@@ -3,6 +3,7 @@
 #include <chrono>
 #include <utility>
 
+#include "backups/FailedBackup.h"
 #include "backups/ui/BackupNames.h"
 #include "backups/ui/FailureReport.h"
 #include "backups/ui/PaneSwitcher.h"
@@ -38,8 +39,7 @@ void reportFailedRemoval() {
 
 // The old backup is in the Trash by now, and half of a new one is worth nothing.
 void reportFailedWriting(QWBackup& backup) {
-  backup.removeCreatedFolder();
-  QWDataController::sharedController().populateBackups();
+  dropFailedBackup(backup);
   reportFailure("Unable to unlink the projects",
                 formatted("The backup \"%@\" could not be written anew. Where the old one is gone, it is in the Trash.",
                           backup.name()));

@@ -1,5 +1,6 @@
 #include "tasks/ui/AppWindowController.h"
 
+#include "backups/FailedBackup.h"
 #include "backups/QWDataController.h"
 #include "backups/ui/FailureReport.h"
 #include "platform/Controls.h"
@@ -67,10 +68,7 @@ void AppWindowController::makeFirstBackup() {
   if (!name) return;
   const auto backup =
       QWBackup::backupWithName(*name, std::nullopt, copiesOf(QWDataController::sharedController().appArray()));
-  if (backup->writeData() == WriteResult::Success) return;
-  backup->removeCreatedFolder();
-  // It may be listed already.
-  QWDataController::sharedController().populateBackups();
+  if (backup->writeData() != WriteResult::Success) dropFailedBackup(*backup);
 }
 
 void AppWindowController::toolbarTrash() {
