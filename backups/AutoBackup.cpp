@@ -1,11 +1,11 @@
 #include "backups/FailedBackup.h"
 #include "backups/QWBackup.h"
 #include "backups/QWDataController.h"
-#include "services/Format.h"
-#include "services/LocalTime.h"
-#include "services/Paths.h"
-#include "services/QWLog.h"
+#include "base/Format.h"
+#include "base/LocalTime.h"
+#include "base/Paths.h"
 #include "services/Runtime.h"
+#include "services/log/QWLog.h"
 
 namespace vantory {
 

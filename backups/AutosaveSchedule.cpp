@@ -7,9 +7,9 @@
 
 #include "backups/QWLaunchd.h"
 #include "platform/SystemInfo.h"
-#include "services/QWLog.h"
-#include "services/QWUserDefaults.h"
 #include "services/Runtime.h"
+#include "services/log/QWLog.h"
+#include "services/settings/QWUserDefaults.h"
 
 namespace vantory {
 

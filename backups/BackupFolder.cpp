@@ -1,6 +1,6 @@
 #include "backups/BackupFolder.h"
 
-#include "services/Paths.h"
+#include "base/Paths.h"
 #include "services/QWLocalPaths.h"
 
 namespace vantory {

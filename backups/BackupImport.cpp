@@ -1,12 +1,12 @@
 #include "backups/LibraryHold.h"
 #include "backups/QWDataController.h"
+#include "base/Paths.h"
+#include "base/Text.h"
 #include "platform/FileSystem.h"
-#include "services/Paths.h"
 #include "services/QWCmdUtils.h"
-#include "services/QWFileManager.h"
-#include "services/QWLog.h"
 #include "services/Runtime.h"
-#include "services/Text.h"
+#include "services/files/QWFileManager.h"
+#include "services/log/QWLog.h"
 
 namespace vantory {
 

@@ -2,19 +2,19 @@
 
 #include "backups/BackupReader.h"
 #include "backups/QWDataController.h"
+#include "base/Format.h"
+#include "base/Paths.h"
+#include "base/Text.h"
 #include "platform/FileSystem.h"
 #include "services/FailureTally.h"
-#include "services/Format.h"
-#include "services/MainThread.h"
-#include "services/Parallel.h"
-#include "services/Paths.h"
 #include "services/QWCmdUtils.h"
-#include "services/QWFileManager.h"
 #include "services/QWLocalPaths.h"
-#include "services/QWLog.h"
-#include "services/QWUserDefaults.h"
 #include "services/Runtime.h"
-#include "services/Text.h"
+#include "services/files/QWFileManager.h"
+#include "services/log/QWLog.h"
+#include "services/settings/QWUserDefaults.h"
+#include "services/threads/MainThread.h"
+#include "services/threads/Parallel.h"
 
 namespace vantory {
 

@@ -4,9 +4,9 @@
 
 #include "backups/BackupFolder.h"
 #include "backups/QWDataController.h"
+#include "base/Paths.h"
+#include "base/PropertyList.h"
 #include "platform/FileSystem.h"
-#include "services/Paths.h"
-#include "services/PropertyList.h"
 #include "services/QWLocalPaths.h"
 #include "services/Runtime.h"
 

@@ -6,11 +6,11 @@
 #include "platform/FileSystem.h"
 #include "platform/Workspace.h"
 #include "services/FailureTally.h"
-#include "services/QWFileManager.h"
 #include "services/QWLocalPaths.h"
-#include "services/QWLog.h"
 #include "services/RunningApplicationGuard.h"
 #include "services/Runtime.h"
+#include "services/files/QWFileManager.h"
+#include "services/log/QWLog.h"
 
 namespace vantory {
 

@@ -5,15 +5,15 @@
 #include "backups/LibraryHold.h"
 #include "backups/QWBackup.h"
 #include "backups/QWDataController.h"
+#include "base/Paths.h"
+#include "base/PropertyList.h"
 #include "platform/FileSystem.h"
-#include "services/CopiesAhead.h"
 #include "services/FailureTally.h"
-#include "services/Paths.h"
-#include "services/PropertyList.h"
-#include "services/QWFileManager.h"
 #include "services/QWLocalPaths.h"
-#include "services/QWLog.h"
 #include "services/Runtime.h"
+#include "services/files/CopiesAhead.h"
+#include "services/files/QWFileManager.h"
+#include "services/log/QWLog.h"
 
 namespace vantory {
 

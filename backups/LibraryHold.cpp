@@ -1,8 +1,8 @@
 #include "backups/LibraryHold.h"
 
-#include "services/QWFileManager.h"
-#include "services/QWLog.h"
 #include "services/Runtime.h"
+#include "services/files/QWFileManager.h"
+#include "services/log/QWLog.h"
 
 namespace vantory {
 

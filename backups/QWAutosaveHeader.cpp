@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "services/Text.h"
+#include "base/Text.h"
 
 namespace vantory {
 

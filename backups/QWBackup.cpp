@@ -2,13 +2,13 @@
 
 #include "backups/BackupFolder.h"
 #include "backups/QWDataController.h"
+#include "base/Paths.h"
+#include "base/PropertyList.h"
+#include "base/Text.h"
 #include "platform/FileSystem.h"
-#include "services/Paths.h"
-#include "services/PropertyList.h"
-#include "services/QWFileManager.h"
-#include "services/QWUserDefaults.h"
 #include "services/Runtime.h"
-#include "services/Text.h"
+#include "services/files/QWFileManager.h"
+#include "services/settings/QWUserDefaults.h"
 
 namespace vantory {
 

@@ -1,9 +1,9 @@
 #include "backups/QWDataController.h"
 
 #include "catalog/SavedSelections.h"
-#include "services/NotificationCenter.h"
-#include "services/QWLog.h"
 #include "services/Runtime.h"
+#include "services/log/QWLog.h"
+#include "services/messages/NotificationCenter.h"
 
 namespace vantory {
 

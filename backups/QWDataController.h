@@ -10,8 +10,8 @@
 
 #include "backups/QWAutosaveHeader.h"
 #include "backups/QWBackup.h"
+#include "base/Result.h"
 #include "catalog/Catalog.h"
-#include "platform/Result.h"
 
 namespace vantory {
 

@@ -4,21 +4,21 @@
 #include <string_view>
 #include <utility>
 
+#include "base/Paths.h"
+#include "base/Text.h"
 #include "platform/Clock.h"
 #include "platform/FileSystem.h"
 #include "platform/JobControl.h"
 #include "platform/SystemLog.h"
 #include "platform/Users.h"
-#include "services/Paths.h"
-#include "services/QWAlert.h"
-#include "services/QWAuthorization.h"
 #include "services/QWCmdUtils.h"
-#include "services/QWFileManager.h"
 #include "services/QWLocalPaths.h"
-#include "services/QWLog.h"
-#include "services/QWTask.h"
 #include "services/Runtime.h"
-#include "services/Text.h"
+#include "services/files/QWAuthorization.h"
+#include "services/files/QWFileManager.h"
+#include "services/log/QWLog.h"
+#include "services/messages/QWAlert.h"
+#include "services/tools/QWTask.h"
 
 namespace vantory {
 

@@ -10,8 +10,8 @@
 #include "bench/SampleFiles.h"
 #include "bench/SideBySide.h"
 #include "platform/linux/LinuxPlatform.h"
-#include "services/MainThread.h"
 #include "services/Runtime.h"
+#include "services/threads/MainThread.h"
 
 using namespace vantory::bench;
 

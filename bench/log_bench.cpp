@@ -6,8 +6,8 @@
 
 #include "bench/SideBySide.h"
 #include "platform/linux/LinuxPlatform.h"
-#include "services/QWLog.h"
 #include "services/Runtime.h"
+#include "services/log/QWLog.h"
 
 using namespace vantory;
 using namespace vantory::bench;

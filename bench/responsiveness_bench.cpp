@@ -14,12 +14,12 @@
 #include "bench/SampleFiles.h"
 #include "bench/SideBySide.h"
 #include "platform/linux/LinuxPlatform.h"
-#include "platform/qt/Command.h"
-#include "services/BackgroundThreads.h"
-#include "services/MainThread.h"
 #include "services/Runtime.h"
-#include "tasks/ui/MainThreadEvents.h"
-#include "tasks/ui/WindowSession.h"
+#include "services/threads/BackgroundThreads.h"
+#include "services/threads/MainThread.h"
+#include "window/application/MainThreadEvents.h"
+#include "window/application/WindowSession.h"
+#include "window/controls/Command.h"
 
 using namespace vantory;
 using namespace vantory::bench;

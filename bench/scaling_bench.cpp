@@ -9,8 +9,8 @@
 #include "bench/SampleFiles.h"
 #include "bench/SideBySide.h"
 #include "platform/linux/LinuxPlatform.h"
-#include "services/QWLog.h"
 #include "services/Runtime.h"
+#include "services/log/QWLog.h"
 
 using namespace vantory;
 using namespace vantory::bench;

@@ -2,11 +2,11 @@
 #include <string>
 #include <vector>
 
+#include "base/Paths.h"
 #include "catalog/QWPrefItem.h"
-#include "services/Paths.h"
-#include "services/QWFileManager.h"
 #include "services/QWLocalPaths.h"
-#include "services/QWLog.h"
+#include "services/files/QWFileManager.h"
+#include "services/log/QWLog.h"
 
 namespace vantory {
 

@@ -3,8 +3,8 @@
 #include <optional>
 #include <utility>
 
+#include "base/Paths.h"
 #include "catalog/BuiltInCatalog.h"
-#include "services/Paths.h"
 #include "services/QWLocalPaths.h"
 
 namespace vantory {

@@ -4,11 +4,11 @@
 #include <array>
 #include <string>
 
+#include "base/Text.h"
 #include "platform/DefaultHandlers.h"
-#include "services/QWLog.h"
-#include "services/QWUserDefaults.h"
 #include "services/Runtime.h"
-#include "services/Text.h"
+#include "services/log/QWLog.h"
+#include "services/settings/QWUserDefaults.h"
 
 namespace vantory {
 

@@ -3,14 +3,14 @@
 #include <set>
 #include <string_view>
 
+#include "base/Paths.h"
 #include "catalog/BackupPlace.h"
 #include "catalog/QWPrefItem.h"
 #include "platform/FileSystem.h"
 #include "services/FailureTally.h"
-#include "services/Paths.h"
-#include "services/QWFileManager.h"
-#include "services/QWLog.h"
 #include "services/Runtime.h"
+#include "services/files/QWFileManager.h"
+#include "services/log/QWLog.h"
 
 namespace vantory {
 

@@ -5,16 +5,16 @@
 #include <optional>
 #include <string_view>
 
+#include "base/Paths.h"
 #include "catalog/BackupPlace.h"
 #include "catalog/QWPrefItem.h"
 #include "platform/FileMetadata.h"
 #include "platform/FileSystem.h"
 #include "services/FailureTally.h"
-#include "services/Paths.h"
-#include "services/QWFileManager.h"
 #include "services/QWLocalPaths.h"
-#include "services/QWLog.h"
 #include "services/Runtime.h"
+#include "services/files/QWFileManager.h"
+#include "services/log/QWLog.h"
 
 namespace vantory {
 

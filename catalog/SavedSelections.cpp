@@ -4,9 +4,9 @@
 #include <string>
 #include <unordered_set>
 
-#include "services/PropertyList.h"
-#include "services/QWLog.h"
-#include "services/QWUserDefaults.h"
+#include "base/PropertyList.h"
+#include "services/log/QWLog.h"
+#include "services/settings/QWUserDefaults.h"
 
 namespace vantory {
 

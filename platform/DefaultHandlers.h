@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "platform/Result.h"
+#include "base/Result.h"
 
 namespace vantory {
 

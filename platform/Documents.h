@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/Result.h"
+#include "base/Result.h"
 
 namespace vantory {
 

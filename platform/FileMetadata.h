@@ -6,8 +6,8 @@
 #include <utility>
 #include <vector>
 
+#include "base/Result.h"
 #include "platform/Clock.h"
-#include "platform/Result.h"
 
 namespace vantory {
 

@@ -14,8 +14,8 @@
 #include <string_view>
 #include <vector>
 
+#include "base/Result.h"
 #include "platform/Clock.h"
-#include "platform/Result.h"
 
 namespace vantory {
 

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "base/Result.h"
 #include "platform/Clock.h"
-#include "platform/Result.h"
 
 namespace vantory {
 

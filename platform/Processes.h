@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/Result.h"
+#include "base/Result.h"
 
 namespace vantory {
 

@@ -1,7 +1,7 @@
 #include "services/GlobalSettings.h"
 
+#include "base/Paths.h"
 #include "platform/FileSystem.h"
-#include "services/Paths.h"
 #include "services/QWLocalPaths.h"
 #include "services/Runtime.h"
 

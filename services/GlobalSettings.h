@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "services/PropertyList.h"
+#include "base/PropertyList.h"
 
 namespace vantory {
 

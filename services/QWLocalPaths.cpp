@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <vector>
 
+#include "base/Paths.h"
+#include "base/Text.h"
 #include "platform/FileSystem.h"
 #include "platform/ProtectedFolders.h"
 #include "platform/SystemInfo.h"
 #include "platform/Users.h"
-#include "services/Paths.h"
 #include "services/Runtime.h"
-#include "services/Text.h"
 
 namespace vantory {
 

@@ -2,13 +2,13 @@
 
 #include <utility>
 
+#include "base/Paths.h"
+#include "base/Text.h"
 #include "platform/FileSystem.h"
-#include "services/Paths.h"
-#include "services/QWFileManager.h"
 #include "services/QWLocalPaths.h"
-#include "services/QWLog.h"
 #include "services/Runtime.h"
-#include "services/Text.h"
+#include "services/files/QWFileManager.h"
+#include "services/log/QWLog.h"
 
 namespace vantory {
 

@@ -6,21 +6,21 @@
 #include <string_view>
 #include <vector>
 
+#include "base/Paths.h"
+#include "base/Text.h"
 #include "platform/CrashReports.h"
 #include "platform/FileSystem.h"
 #include "platform/SystemLog.h"
 #include "platform/Workspace.h"
 #include "services/GlobalSettings.h"
-#include "services/MainThread.h"
-#include "services/Paths.h"
-#include "services/QWAlert.h"
-#include "services/QWException.h"
-#include "services/QWFileManager.h"
 #include "services/QWLocalPaths.h"
-#include "services/QWLog.h"
-#include "services/QWUserDefaults.h"
 #include "services/Runtime.h"
-#include "services/Text.h"
+#include "services/files/QWFileManager.h"
+#include "services/log/QWException.h"
+#include "services/log/QWLog.h"
+#include "services/messages/QWAlert.h"
+#include "services/settings/QWUserDefaults.h"
+#include "services/threads/MainThread.h"
 
 namespace vantory {
 

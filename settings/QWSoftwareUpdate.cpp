@@ -3,17 +3,17 @@
 #include <charconv>
 #include <optional>
 
+#include "base/Paths.h"
+#include "base/PropertyList.h"
 #include "platform/FileSystem.h"
 #include "platform/SystemInfo.h"
 #include "platform/Workspace.h"
-#include "services/BackgroundThreads.h"
 #include "services/GlobalSettings.h"
-#include "services/Paths.h"
-#include "services/PropertyList.h"
-#include "services/QWFileManager.h"
 #include "services/QWLocalPaths.h"
-#include "services/QWLog.h"
 #include "services/Runtime.h"
+#include "services/files/QWFileManager.h"
+#include "services/log/QWLog.h"
+#include "services/threads/BackgroundThreads.h"
 
 namespace vantory {
 

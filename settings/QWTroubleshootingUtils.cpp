@@ -3,16 +3,16 @@
 #include <mutex>
 #include <optional>
 
+#include "base/LocalTime.h"
+#include "base/Paths.h"
 #include "platform/Clock.h"
 #include "platform/Documents.h"
 #include "platform/FileMetadata.h"
-#include "services/LocalTime.h"
-#include "services/Paths.h"
-#include "services/QWAlert.h"
-#include "services/QWFileManager.h"
 #include "services/QWLocalPaths.h"
-#include "services/QWLog.h"
 #include "services/Runtime.h"
+#include "services/files/QWFileManager.h"
+#include "services/log/QWLog.h"
+#include "services/messages/QWAlert.h"
 #include "settings/LogGathering.h"
 
 namespace vantory {

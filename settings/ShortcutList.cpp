@@ -2,10 +2,10 @@
 
 #include <limits>
 
-#include "services/Paths.h"
+#include "base/Paths.h"
 #include "services/QWLocalPaths.h"
-#include "services/QWLog.h"
-#include "services/QWUserDefaults.h"
+#include "services/log/QWLog.h"
+#include "services/settings/QWUserDefaults.h"
 
 namespace vantory {
 

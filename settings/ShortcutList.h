@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "services/PropertyList.h"
-#include "services/SettingsFile.h"
+#include "base/PropertyList.h"
+#include "services/settings/SettingsFile.h"
 #include "settings/ShortcutKey.h"
 
 namespace vantory {

@@ -2,16 +2,16 @@
 
 #include <vector>
 
+#include "base/Paths.h"
 #include "platform/SystemInfo.h"
 #include "platform/SystemLog.h"
-#include "services/Paths.h"
-#include "services/QWAuthorization.h"
 #include "services/QWCmdUtils.h"
-#include "services/QWGrowl.h"
 #include "services/QWLocalPaths.h"
-#include "services/QWLog.h"
-#include "services/QWTaskNotification.h"
 #include "services/Runtime.h"
+#include "services/files/QWAuthorization.h"
+#include "services/log/QWLog.h"
+#include "services/messages/QWGrowl.h"
+#include "services/messages/QWTaskNotification.h"
 #include "settings/QWBugReporter.h"
 
 namespace vantory {

@@ -3,9 +3,9 @@
 #include <ostream>
 #include <utility>
 
-#include "services/MainThread.h"
+#include "base/Text.h"
 #include "services/QWLocalPaths.h"
-#include "services/Text.h"
+#include "services/threads/MainThread.h"
 #include "tasks/HomeCheck.h"
 
 namespace vantory {

@@ -1,11 +1,11 @@
 #include "tasks/HomeCheck.h"
 
 #include "backups/QWDataController.h"
+#include "base/Format.h"
+#include "base/Paths.h"
+#include "base/Text.h"
 #include "platform/Users.h"
-#include "services/Format.h"
-#include "services/Paths.h"
 #include "services/Runtime.h"
-#include "services/Text.h"
 
 namespace vantory {
 

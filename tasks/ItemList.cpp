@@ -3,9 +3,9 @@
 #include <ostream>
 
 #include "backups/QWDataController.h"
-#include "services/Json.h"
-#include "services/QWFileManager.h"
-#include "services/TextTable.h"
+#include "base/Json.h"
+#include "base/TextTable.h"
+#include "services/files/QWFileManager.h"
 #include "tasks/DryRun.h"
 #include "tasks/Question.h"
 

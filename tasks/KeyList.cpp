@@ -1,7 +1,7 @@
 #include "tasks/KeyList.h"
 
 #include "backups/QWDataController.h"
-#include "services/Text.h"
+#include "base/Text.h"
 
 namespace vantory {
 

@@ -9,7 +9,7 @@
 #include <stdexcept>
 
 #include "backups/QWDataController.h"
-#include "services/PropertyList.h"
+#include "base/PropertyList.h"
 #include "tasks/Command.h"
 
 namespace vantory {

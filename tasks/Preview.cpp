@@ -4,11 +4,11 @@
 #include <ostream>
 #include <sstream>
 
+#include "base/Json.h"
+#include "base/Text.h"
+#include "base/TextTable.h"
 #include "platform/Users.h"
 #include "services/FailureTally.h"
-#include "services/Json.h"
-#include "services/Text.h"
-#include "services/TextTable.h"
 #include "tasks/Command.h"
 #include "tasks/DryRun.h"
 #include "tasks/Question.h"

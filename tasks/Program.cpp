@@ -6,16 +6,16 @@
 #include <ostream>
 #include <string_view>
 
+#include "base/Paths.h"
+#include "base/Text.h"
 #include "platform/SystemInfo.h"
 #include "platform/SystemLog.h"
 #include "platform/Users.h"
 #include "services/FailureTally.h"
-#include "services/Paths.h"
-#include "services/QWException.h"
 #include "services/QWLocalPaths.h"
-#include "services/QWLog.h"
 #include "services/Runtime.h"
-#include "services/Text.h"
+#include "services/log/QWException.h"
+#include "services/log/QWLog.h"
 #include "tasks/AppController.h"
 #include "tasks/Command.h"
 #include "tasks/Help.h"

@@ -2,15 +2,15 @@
 
 #include <chrono>
 
+#include "base/Format.h"
 #include "platform/Clock.h"
 #include "platform/Workspace.h"
-#include "services/Format.h"
-#include "services/MainThread.h"
-#include "services/QWAlert.h"
 #include "services/QWCmdUtils.h"
-#include "services/QWLog.h"
-#include "services/QWTaskNotification.h"
 #include "services/Runtime.h"
+#include "services/log/QWLog.h"
+#include "services/messages/QWAlert.h"
+#include "services/messages/QWTaskNotification.h"
+#include "services/threads/MainThread.h"
 
 namespace vantory {
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <ostream>
 
-#include "services/Text.h"
+#include "base/Text.h"
 
 namespace vantory {
 

@@ -1,7 +1,7 @@
 // "-restoredefault": puts the default backup in place.
 
 #include "backups/QWDataController.h"
-#include "services/QWLog.h"
+#include "services/log/QWLog.h"
 #include "tasks/AppController.h"
 #include "tasks/Command.h"
 

@@ -4,8 +4,8 @@
 #include <string_view>
 
 #include "backups/QWDataController.h"
-#include "services/QWLog.h"
-#include "services/QWUserDefaults.h"
+#include "services/log/QWLog.h"
+#include "services/settings/QWUserDefaults.h"
 #include "tasks/AppController.h"
 #include "tasks/Command.h"
 #include "tasks/KeyList.h"

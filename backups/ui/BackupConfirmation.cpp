@@ -9,15 +9,15 @@
 #include "backups/ui/FailureReport.h"
 #include "backups/ui/QWBackupEditController.h"
 #include "backups/ui/QWBackupOutlineController.h"
-#include "services/Format.h"
-#include "services/MainThread.h"
-#include "services/Paths.h"
-#include "services/QWAlert.h"
-#include "services/QWAuthorization.h"
-#include "services/QWFileManager.h"
+#include "base/Format.h"
+#include "base/Paths.h"
 #include "services/QWLocalPaths.h"
-#include "services/QWLog.h"
-#include "services/SerialWork.h"
+#include "services/files/QWAuthorization.h"
+#include "services/files/QWFileManager.h"
+#include "services/log/QWLog.h"
+#include "services/messages/QWAlert.h"
+#include "services/threads/MainThread.h"
+#include "services/threads/SerialWork.h"
 
 namespace vantory {
 

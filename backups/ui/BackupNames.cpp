@@ -2,10 +2,10 @@
 
 #include "backups/QWBackup.h"
 #include "backups/QWDataController.h"
-#include "services/Format.h"
-#include "services/Paths.h"
-#include "services/QWFileManager.h"
-#include "services/QWLog.h"
+#include "base/Format.h"
+#include "base/Paths.h"
+#include "services/files/QWFileManager.h"
+#include "services/log/QWLog.h"
 
 namespace vantory {
 

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "services/QWAlert.h"
+#include "services/messages/QWAlert.h"
 
 namespace vantory {
 

@@ -1,7 +1,7 @@
 #include "backups/ui/FailureReport.h"
 
 #include "services/FailureTally.h"
-#include "services/QWLog.h"
+#include "services/log/QWLog.h"
 
 namespace vantory {
 

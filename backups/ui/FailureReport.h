@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <string>
 
-#include "services/QWAlert.h"
+#include "services/messages/QWAlert.h"
 
 namespace vantory {
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "services/QWUserDefaults.h"
+#include "services/settings/QWUserDefaults.h"
 
 namespace vantory {
 

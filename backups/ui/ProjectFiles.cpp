@@ -2,11 +2,11 @@
 
 #include <algorithm>
 
+#include "base/Paths.h"
+#include "base/Text.h"
 #include "platform/FileMetadata.h"
-#include "services/Paths.h"
-#include "services/QWFileManager.h"
 #include "services/Runtime.h"
-#include "services/Text.h"
+#include "services/files/QWFileManager.h"
 
 namespace vantory {
 

@@ -6,13 +6,13 @@
 #include "backups/ui/FailureReport.h"
 #include "backups/ui/ProjectFiles.h"
 #include "backups/ui/QWRestoreOutlineController.h"
+#include "base/Format.h"
+#include "base/Paths.h"
 #include "platform/Controls.h"
-#include "services/BackgroundThreads.h"
-#include "services/Format.h"
-#include "services/MainThread.h"
-#include "services/Paths.h"
 #include "services/QWLocalPaths.h"
-#include "services/QWLog.h"
+#include "services/log/QWLog.h"
+#include "services/threads/BackgroundThreads.h"
+#include "services/threads/MainThread.h"
 
 namespace vantory {
 

@@ -9,12 +9,12 @@
 #include "backups/ui/FailureReport.h"
 #include "backups/ui/PaneSwitcher.h"
 #include "backups/ui/QWRestoreOutlineController.h"
+#include "base/Format.h"
 #include "platform/Controls.h"
 #include "services/FailureTally.h"
-#include "services/Format.h"
-#include "services/MainThread.h"
-#include "services/QWAlert.h"
-#include "services/QWLog.h"
+#include "services/log/QWLog.h"
+#include "services/messages/QWAlert.h"
+#include "services/threads/MainThread.h"
 
 namespace vantory {
 

@@ -4,13 +4,13 @@
 
 #include "backups/ui/CatalogRows.h"
 #include "backups/ui/LibrarySorting.h"
+#include "base/Paths.h"
 #include "platform/Controls.h"
-#include "services/MainThread.h"
-#include "services/Paths.h"
-#include "services/QWAlert.h"
-#include "services/QWFileManager.h"
-#include "services/QWLog.h"
-#include "services/QWUserDefaults.h"
+#include "services/files/QWFileManager.h"
+#include "services/log/QWLog.h"
+#include "services/messages/QWAlert.h"
+#include "services/settings/QWUserDefaults.h"
+#include "services/threads/MainThread.h"
 
 namespace vantory {
 

@@ -4,14 +4,14 @@
 
 #include "backups/ui/FailureReport.h"
 #include "backups/ui/QWRestoreOutlineController.h"
+#include "base/Format.h"
+#include "base/Paths.h"
 #include "platform/Documents.h"
-#include "services/BackgroundThreads.h"
-#include "services/Format.h"
-#include "services/Paths.h"
-#include "services/QWFileManager.h"
 #include "services/QWLocalPaths.h"
-#include "services/QWLog.h"
 #include "services/Runtime.h"
+#include "services/files/QWFileManager.h"
+#include "services/log/QWLog.h"
+#include "services/threads/BackgroundThreads.h"
 
 namespace vantory {
 

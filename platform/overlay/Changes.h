@@ -6,7 +6,7 @@
 #include <unordered_set>
 #include <vector>
 
-#include "platform/Result.h"
+#include "base/Result.h"
 
 namespace vantory {
 

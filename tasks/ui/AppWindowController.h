@@ -8,7 +8,7 @@
 
 #include "backups/QWBackup.h"
 #include "backups/ui/PaneSwitcher.h"
-#include "services/QWProgressController.h"
+#include "services/messages/QWProgressController.h"
 #include "tasks/AppController.h"
 
 namespace vantory {

@@ -5,8 +5,8 @@
 #include <map>
 #include <string_view>
 
-#include "services/Paths.h"
-#include "services/Text.h"
+#include "base/Paths.h"
+#include "base/Text.h"
 
 namespace vantory {
 

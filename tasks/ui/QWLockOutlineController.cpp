@@ -7,8 +7,8 @@
 #include "backups/ui/FailureReport.h"
 #include "platform/Controls.h"
 #include "services/FailureTally.h"
-#include "services/MainThread.h"
-#include "services/QWAuthorization.h"
+#include "services/files/QWAuthorization.h"
+#include "services/threads/MainThread.h"
 
 namespace vantory {
 

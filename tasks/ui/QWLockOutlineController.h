@@ -5,8 +5,8 @@
 
 #include "backups/ui/RowsDelegate.h"
 #include "platform/OutlineView.h"
-#include "services/NotificationCenter.h"
-#include "services/SerialWork.h"
+#include "services/messages/NotificationCenter.h"
+#include "services/threads/SerialWork.h"
 
 namespace vantory {
 

@@ -3,7 +3,7 @@
 
 #include "backups/ui/RowsDelegate.h"
 #include "platform/OutlineView.h"
-#include "services/NotificationCenter.h"
+#include "services/messages/NotificationCenter.h"
 
 namespace vantory {
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/Result.h"
+#include "base/Result.h"
 #include "settings/ui/PreferenceView.h"
 
 namespace vantory {

@@ -1,10 +1,10 @@
 #include "backups/QWLaunchd.h"
 
 #include "backups/AutosaveSchedule.h"
-#include "services/QWAlert.h"
-#include "services/QWAuthorization.h"
 #include "services/QWCmdUtils.h"
-#include "services/QWUserDefaults.h"
+#include "services/files/QWAuthorization.h"
+#include "services/messages/QWAlert.h"
+#include "services/settings/QWUserDefaults.h"
 #include "tests/backups/BackupsTest.h"
 
 namespace vantory::test {

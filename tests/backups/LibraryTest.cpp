@@ -1,6 +1,6 @@
 // The folder of all backups.
 
-#include "services/QWUserDefaults.h"
+#include "services/settings/QWUserDefaults.h"
 #include "tests/backups/BackupsTest.h"
 
 namespace vantory::test {

@@ -2,8 +2,8 @@
 #include <functional>
 
 #include "catalog/BackupPlace.h"
-#include "services/QWAuthorization.h"
-#include "services/QWFileManager.h"
+#include "services/files/QWAuthorization.h"
+#include "services/files/QWFileManager.h"
 #include "tests/catalog/CatalogFixture.h"
 
 namespace vantory {

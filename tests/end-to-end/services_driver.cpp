@@ -8,13 +8,13 @@
 #include <vector>
 
 #include "backups/QWLaunchd.h"
+#include "base/Text.h"
 #include "platform/linux/LinuxPlatform.h"
-#include "services/MainThread.h"
-#include "services/QWAuthorization.h"
-#include "services/QWFileManager.h"
-#include "services/QWLog.h"
 #include "services/Runtime.h"
-#include "services/Text.h"
+#include "services/files/QWAuthorization.h"
+#include "services/files/QWFileManager.h"
+#include "services/log/QWLog.h"
+#include "services/threads/MainThread.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <optional>
 
-#include "services/PropertyList.h"
+#include "base/PropertyList.h"
 
 namespace {
 

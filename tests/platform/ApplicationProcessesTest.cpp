@@ -1,4 +1,4 @@
-#include "platform/linux/ApplicationProcesses.h"
+#include "platform/linux/session/ApplicationProcesses.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -6,7 +6,7 @@
 
 #include <filesystem>
 
-#include "platform/linux/ApplicationUnits.h"
+#include "platform/linux/session/ApplicationUnits.h"
 #include "tests/support/ScratchFolder.h"
 
 namespace vantory::test {

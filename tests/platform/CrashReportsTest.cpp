@@ -7,9 +7,9 @@
 #include <filesystem>
 #include <thread>
 
-#include "platform/linux/CrashReportWriter.h"
-#include "platform/linux/LinuxCrashReports.h"
-#include "platform/linux/LinuxFileSystem.h"
+#include "platform/linux/files/LinuxFileSystem.h"
+#include "platform/linux/system/CrashReportWriter.h"
+#include "platform/linux/system/LinuxCrashReports.h"
 #include "tests/support/FakePlatform.h"
 #include "tests/support/ScratchFolder.h"
 

@@ -6,7 +6,7 @@
 
 #include <filesystem>
 
-#include "platform/linux/LinuxDefaultHandlers.h"
+#include "platform/linux/session/LinuxDefaultHandlers.h"
 #include "tests/support/DesktopFolders.h"
 #include "tests/support/FakePlatform.h"
 

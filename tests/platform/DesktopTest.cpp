@@ -9,9 +9,9 @@
 #include <string>
 #include <vector>
 
-#include "platform/linux/DesktopHelper.h"
-#include "platform/linux/DesktopSession.h"
-#include "platform/linux/LinuxMessaging.h"
+#include "platform/linux/helpers/DesktopHelper.h"
+#include "platform/linux/session/DesktopSession.h"
+#include "platform/linux/session/LinuxMessaging.h"
 #include "tests/support/DesktopFolders.h"
 #include "tests/support/FakePlatform.h"
 #include "tests/support/SessionBus.h"

@@ -2,9 +2,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "platform/linux/DesktopHelper.h"
-#include "platform/linux/DesktopSession.h"
-#include "platform/linux/LinuxDocuments.h"
+#include "platform/linux/helpers/DesktopHelper.h"
+#include "platform/linux/session/DesktopSession.h"
+#include "platform/linux/session/LinuxDocuments.h"
 #include "tests/support/DesktopFolders.h"
 #include "tests/support/FakePlatform.h"
 #include "tests/support/SessionBus.h"

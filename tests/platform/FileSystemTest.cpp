@@ -9,7 +9,7 @@
 #include <algorithm>
 #include <csignal>
 
-#include "platform/linux/LinuxFileSystem.h"
+#include "platform/linux/files/LinuxFileSystem.h"
 #include "tests/support/ScratchFolder.h"
 
 namespace vantory::test {

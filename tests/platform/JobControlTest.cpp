@@ -6,11 +6,11 @@
 #include <ctime>
 #include <filesystem>
 
-#include "platform/linux/HelperProcess.h"
-#include "platform/linux/LinuxFileMetadata.h"
-#include "platform/linux/LinuxFileSystem.h"
-#include "platform/linux/LinuxJobControl.h"
-#include "platform/linux/LinuxProcesses.h"
+#include "platform/linux/files/LinuxFileMetadata.h"
+#include "platform/linux/files/LinuxFileSystem.h"
+#include "platform/linux/helpers/HelperProcess.h"
+#include "platform/linux/processes/LinuxProcesses.h"
+#include "platform/linux/schedule/LinuxJobControl.h"
 #include "tests/support/EnvironmentChange.h"
 #include "tests/support/FakePlatform.h"
 #include "tests/support/FaultyFileSystem.h"

@@ -4,9 +4,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "platform/linux/AssignmentFile.h"
-#include "platform/linux/LinuxStandardFolders.h"
-#include "platform/linux/LinuxSystemLog.h"
+#include "platform/linux/system/LinuxStandardFolders.h"
+#include "platform/linux/system/LinuxSystemLog.h"
+#include "platform/posix/files/AssignmentFile.h"
 #include "tests/support/EnvironmentChange.h"
 #include "tests/support/ScratchFolder.h"
 

@@ -19,10 +19,10 @@
 #include <stdexcept>
 #include <thread>
 
-#include "platform/linux/ChildProgram.h"
-#include "platform/linux/LinuxFileMetadata.h"
-#include "platform/linux/LockHelper.h"
-#include "platform/linux/lock/LockProtocol.h"
+#include "platform/linux/files/LinuxFileMetadata.h"
+#include "platform/linux/locks/LockHelper.h"
+#include "platform/linux/locks/LockProtocol.h"
+#include "platform/linux/processes/ChildProgram.h"
 #include "tests/support/ScratchFolder.h"
 
 namespace vantory::test {

@@ -5,7 +5,7 @@
 #include <cerrno>
 #include <csignal>
 
-#include "platform/linux/LinuxProcesses.h"
+#include "platform/linux/processes/LinuxProcesses.h"
 #include "tests/support/DesktopFolders.h"
 
 namespace vantory::test {

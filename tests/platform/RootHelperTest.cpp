@@ -11,9 +11,9 @@
 #include <chrono>
 #include <filesystem>
 
-#include "platform/linux/Channel.h"
-#include "platform/linux/ChildProgram.h"
-#include "platform/linux/SettingsText.h"
+#include "platform/linux/helpers/Channel.h"
+#include "platform/linux/processes/ChildProgram.h"
+#include "platform/posix/files/SettingsText.h"
 #include "tests/support/ScratchFolder.h"
 
 namespace vantory::test {

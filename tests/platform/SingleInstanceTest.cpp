@@ -1,4 +1,4 @@
-#include "platform/linux/LinuxSingleInstance.h"
+#include "platform/linux/session/LinuxSingleInstance.h"
 
 #include <gtest/gtest.h>
 #include <poll.h>

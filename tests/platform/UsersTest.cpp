@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 #include <pwd.h>
 
-#include "platform/linux/LinuxUsers.h"
+#include "platform/linux/system/LinuxUsers.h"
 #include "tests/support/EnvironmentChange.h"
 #include "tests/support/ScratchFolder.h"
 

@@ -8,9 +8,9 @@
 #include <filesystem>
 #include <sstream>
 
-#include "platform/linux/DesktopHelper.h"
-#include "platform/linux/DesktopSession.h"
-#include "platform/linux/LinuxWorkspace.h"
+#include "platform/linux/helpers/DesktopHelper.h"
+#include "platform/linux/session/DesktopSession.h"
+#include "platform/linux/session/LinuxWorkspace.h"
 #include "tests/support/DesktopFolders.h"
 #include "tests/support/FakePlatform.h"
 #include "tests/support/SessionBus.h"

@@ -1,9 +1,9 @@
-#include "services/QWAuthorization.h"
+#include "services/files/QWAuthorization.h"
 
 #include <filesystem>
 
-#include "services/QWFileManager.h"
 #include "services/QWLocalPaths.h"
+#include "services/files/QWFileManager.h"
 #include "tests/services/ServicesTest.h"
 #include "tests/support/EnvironmentChange.h"
 

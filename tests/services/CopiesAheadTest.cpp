@@ -1,10 +1,10 @@
-#include "services/CopiesAhead.h"
+#include "services/files/CopiesAhead.h"
 
 #include <atomic>
 #include <filesystem>
 #include <thread>
 
-#include "platform/linux/LinuxFileSystem.h"
+#include "platform/linux/files/LinuxFileSystem.h"
 #include "tests/services/ServicesTest.h"
 
 namespace vantory::test {

@@ -1,11 +1,11 @@
-#include "services/QWFileManager.h"
+#include "services/files/QWFileManager.h"
 
 #include <sys/stat.h>
 
 #include <filesystem>
 
 #include "services/FailureTally.h"
-#include "services/QWTask.h"
+#include "services/tools/QWTask.h"
 #include "tests/services/ServicesTest.h"
 
 namespace vantory::test {

@@ -1,10 +1,10 @@
-#include "services/FileOperation.h"
+#include "services/files/FileOperation.h"
 
 #include <filesystem>
 #include <thread>
 
-#include "services/MainThread.h"
-#include "services/QWFileManager.h"
+#include "services/files/QWFileManager.h"
+#include "services/threads/MainThread.h"
 #include "tests/services/ServicesTest.h"
 
 namespace vantory::test {

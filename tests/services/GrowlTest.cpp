@@ -1,4 +1,4 @@
-#include "services/QWGrowl.h"
+#include "services/messages/QWGrowl.h"
 #include "tests/services/ServicesTest.h"
 
 namespace vantory::test {

@@ -1,4 +1,4 @@
-#include "services/QWLog.h"
+#include "services/log/QWLog.h"
 
 #include <sys/resource.h>
 

@@ -1,4 +1,4 @@
-#include "services/PropertyList.h"
+#include "base/PropertyList.h"
 
 #include <gmock/gmock.h>
 

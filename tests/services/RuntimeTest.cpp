@@ -4,8 +4,8 @@
 #include <functional>
 #include <thread>
 
-#include "services/MainThread.h"
-#include "services/NotificationCenter.h"
+#include "services/messages/NotificationCenter.h"
+#include "services/threads/MainThread.h"
 #include "tests/services/ServicesTest.h"
 
 namespace vantory {

@@ -9,11 +9,11 @@
 #include <string>
 #include <vector>
 
-#include "platform/linux/LinuxFileMetadata.h"
-#include "platform/linux/LinuxFileSystem.h"
-#include "services/QWLog.h"
+#include "base/Text.h"
+#include "platform/linux/files/LinuxFileMetadata.h"
+#include "platform/linux/files/LinuxFileSystem.h"
 #include "services/Runtime.h"
-#include "services/Text.h"
+#include "services/log/QWLog.h"
 #include "tests/support/FakePlatform.h"
 #include "tests/support/FaultyFileSystem.h"
 #include "tests/support/ScratchFolder.h"

@@ -1,11 +1,11 @@
-#include "services/QWTask.h"
+#include "services/tools/QWTask.h"
 
 #include <atomic>
 #include <csignal>
 #include <optional>
 #include <thread>
 
-#include "services/MainThread.h"
+#include "services/threads/MainThread.h"
 #include "tests/services/ServicesTest.h"
 
 namespace vantory::test {

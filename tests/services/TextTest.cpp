@@ -1,11 +1,11 @@
-#include "services/Text.h"
+#include "base/Text.h"
 
 #include <gtest/gtest.h>
 
-#include "services/Format.h"
-#include "services/Json.h"
-#include "services/LocalTime.h"
-#include "services/Paths.h"
+#include "base/Format.h"
+#include "base/Json.h"
+#include "base/LocalTime.h"
+#include "base/Paths.h"
 
 namespace vantory {
 namespace {

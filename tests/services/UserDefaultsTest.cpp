@@ -1,8 +1,8 @@
-#include "services/QWUserDefaults.h"
+#include "services/settings/QWUserDefaults.h"
 
 #include <filesystem>
 
-#include "services/QWFileManager.h"
+#include "services/files/QWFileManager.h"
 #include "tests/services/ServicesTest.h"
 
 namespace vantory::test {

@@ -1,7 +1,7 @@
 #include "settings/QWBugReporter.h"
 
-#include "services/MainThread.h"
-#include "services/QWAlert.h"
+#include "services/messages/QWAlert.h"
+#include "services/threads/MainThread.h"
 #include "tests/services/ServicesTest.h"
 
 namespace vantory::test {

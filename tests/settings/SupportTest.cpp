@@ -3,9 +3,9 @@
 
 #include <filesystem>
 
-#include "services/QWAlert.h"
-#include "services/QWFileManager.h"
-#include "services/QWTask.h"
+#include "services/files/QWFileManager.h"
+#include "services/messages/QWAlert.h"
+#include "services/tools/QWTask.h"
 #include "settings/QWSoftwareUpdate.h"
 #include "settings/QWTroubleshootingUtils.h"
 #include "tests/services/ServicesTest.h"

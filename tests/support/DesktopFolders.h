@@ -16,8 +16,8 @@
 #include <utility>
 #include <vector>
 
-#include "platform/linux/ChildProgram.h"
-#include "services/Format.h"
+#include "base/Format.h"
+#include "platform/linux/processes/ChildProgram.h"
 #include "tests/support/EnvironmentChange.h"
 #include "tests/support/ScratchFolder.h"
 

@@ -30,9 +30,9 @@
 #include "platform/SystemLog.h"
 #include "platform/Users.h"
 #include "platform/Workspace.h"
-#include "platform/linux/LinuxProcesses.h"
-#include "platform/linux/LinuxStandardFolders.h"
-#include "platform/linux/LinuxSystemTools.h"
+#include "platform/linux/processes/LinuxProcesses.h"
+#include "platform/linux/system/LinuxStandardFolders.h"
+#include "platform/linux/system/LinuxSystemTools.h"
 
 namespace vantory::test {
 

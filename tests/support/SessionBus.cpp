@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <stdexcept>
 
-#include "services/Format.h"
+#include "base/Format.h"
 
 namespace vantory::test {
 

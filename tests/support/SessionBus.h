@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/linux/HelperProcess.h"
+#include "platform/linux/helpers/HelperProcess.h"
 #include "tests/support/DesktopFolders.h"
 #include "tests/support/EnvironmentChange.h"
 #include "tests/support/ScratchFolder.h"

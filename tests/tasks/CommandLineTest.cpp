@@ -6,12 +6,12 @@
 #include <set>
 #include <sstream>
 
+#include "base/Format.h"
+#include "base/PropertyList.h"
+#include "base/Text.h"
 #include "catalog/BuiltInCatalog.h"
-#include "services/Format.h"
-#include "services/MainThread.h"
-#include "services/PropertyList.h"
-#include "services/QWUserDefaults.h"
-#include "services/Text.h"
+#include "services/settings/QWUserDefaults.h"
+#include "services/threads/MainThread.h"
 #include "tasks/Command.h"
 #include "tasks/KeyList.h"
 #include "tasks/Program.h"
@@ -380,6 +380,28 @@ TEST_F(CommandLineTest, EveryOptionAndKeyIsDocumented) {
   for (const BuiltInApp& app : builtInCatalog())
     for (const BuiltInItem& item : app.items)
       for (const std::string& text : {manual, readme}) EXPECT_THAT(text, HasSubstr(item.key));
+}
+
+TEST(CommandTableTest, EveryCommandForAShortcutIsATaskOfItsOwn) {
+  const auto table = parsePropertyList(readFile(VANTORY_RESOURCES "/QWKeys.plist"));
+  ASSERT_TRUE(table);
+  std::set<std::string> keys = {"-allprefs", "-allfiles", "fcp", "fce",        "stp",      "motion",
+                                "color",     "dvdsp",     "ct",  "compressor", "batchmon", "livetype"};
+  for (const BuiltInApp& app : builtInCatalog())
+    for (const auto& item : app.items) keys.insert(item.key);
+  std::set<std::string> ids, tasks;
+  for (const PropertyList& row : *table->asDictionary()->find("QWKeys")->asArray()) {
+    const PropertyListDictionary& values = *row.asDictionary();
+    const std::string id = *values.find("id")->asString();
+    EXPECT_TRUE(ids.insert(id).second && !values.find("description")->asString()->empty()) << id;
+    std::vector<std::string> arguments = {"vantory"};
+    for (const PropertyList& argument : *values.find("arguments")->asArray()) arguments.push_back(*argument.asString());
+    EXPECT_TRUE(tasks.insert(testing::PrintToString(arguments)).second) << id;
+    EXPECT_TRUE(chooseCommand(arguments)) << id;
+    EXPECT_EQ(arguments.back(), "-hotkey") << id;
+    EXPECT_TRUE(arguments.size() == 3 || keys.contains(arguments[2])) << id;
+  }
+  EXPECT_GE(ids.size(), builtInCatalog().size() + 4);
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
-#include "services/MainThread.h"
-#include "services/QWAlert.h"
 #include "services/QWCmdUtils.h"
+#include "services/messages/QWAlert.h"
+#include "services/threads/MainThread.h"
 #include "tasks/QWVantoryUtilities.h"
 #include "tests/services/ServicesTest.h"
 

@@ -5,13 +5,13 @@
 #include <QProgressBar>
 #include <future>
 
-#include "backups/ui/BackupDialog.h"
-#include "platform/qt/ProgressDialog.h"
-#include "services/MainThread.h"
-#include "tasks/ui/AlertSheets.h"
-#include "tasks/ui/MainThreadEvents.h"
+#include "services/threads/MainThread.h"
 #include "tests/services/ServicesTest.h"
 #include "tests/window/WindowTest.h"
+#include "window/application/MainThreadEvents.h"
+#include "window/dialogs/AlertSheets.h"
+#include "window/dialogs/BackupDialog.h"
+#include "window/dialogs/ProgressDialog.h"
 
 namespace vantory::test {
 

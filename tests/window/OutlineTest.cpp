@@ -2,9 +2,9 @@
 #include <QLineEdit>
 #include <QMenu>
 
-#include "platform/qt/OutlineTree.h"
-#include "platform/qt/QWOutlineView.h"
 #include "tests/window/WindowTest.h"
+#include "window/outline/OutlineTree.h"
+#include "window/outline/QWOutlineView.h"
 
 namespace vantory::test {
 

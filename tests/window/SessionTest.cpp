@@ -7,16 +7,16 @@
 #include <thread>
 
 #include "backups/ui/CatalogRows.h"
-#include "platform/qt/Command.h"
-#include "platform/qt/OutlineTree.h"
-#include "platform/qt/QWOutlineView.h"
-#include "services/BackgroundThreads.h"
-#include "services/MainThread.h"
-#include "tasks/ui/MainThreadEvents.h"
-#include "tasks/ui/WindowSession.h"
+#include "services/threads/BackgroundThreads.h"
+#include "services/threads/MainThread.h"
 #include "tests/backups/BackupsTest.h"
 #include "tests/support/EnvironmentChange.h"
 #include "tests/window/WindowTest.h"
+#include "window/application/MainThreadEvents.h"
+#include "window/application/WindowSession.h"
+#include "window/controls/Command.h"
+#include "window/outline/OutlineTree.h"
+#include "window/outline/QWOutlineView.h"
 
 namespace vantory::test {
 

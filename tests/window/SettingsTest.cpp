@@ -12,19 +12,19 @@
 #include <stdexcept>
 #include <thread>
 
-#include "platform/qt/MacKeyCodes.h"
-#include "services/BackgroundThreads.h"
-#include "services/MainThread.h"
-#include "services/QWAlert.h"
-#include "services/QWUserDefaults.h"
-#include "settings/QWShortcutKeyTableDelegate.h"
-#include "settings/ui/QWShortcutKeyFieldEditor.h"
-#include "settings/ui/QWShortcutKeyTableview.h"
-#include "settings/ui/SettingsSession.h"
-#include "tasks/ui/AlertSheets.h"
-#include "tasks/ui/MainThreadEvents.h"
+#include "services/messages/QWAlert.h"
+#include "services/settings/QWUserDefaults.h"
+#include "services/threads/BackgroundThreads.h"
+#include "services/threads/MainThread.h"
+#include "settings/ui/QWShortcutKeyTableDelegate.h"
 #include "tests/backups/BackupsTest.h"
 #include "tests/window/WindowTest.h"
+#include "window/application/MainThreadEvents.h"
+#include "window/dialogs/AlertSheets.h"
+#include "window/settings/MacKeyCodes.h"
+#include "window/settings/QWShortcutKeyFieldEditor.h"
+#include "window/settings/QWShortcutKeyTableview.h"
+#include "window/settings/SettingsSession.h"
 
 namespace vantory::test {
 

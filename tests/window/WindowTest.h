@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "platform/OutlineView.h"
-#include "platform/qt/AlertDialog.h"
+#include "window/dialogs/AlertDialog.h"
 
 namespace vantory::test {
 

@@ -1,0 +1,123 @@
+#include "base/Json.h"
+
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <cstdio>
+#include <ctime>
+
+#include "base/Text.h"
+
+namespace vantory {
+
+namespace {
+
+constexpr char kHexDigits[] = "0123456789abcdef";
+constexpr char kBase64Digits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+
+std::string base64(std::string_view bytes) {
+  std::string text;
+  for (std::size_t i = 0; i < bytes.size(); i += 3) {
+    const std::string_view group = bytes.substr(i, 3);
+    std::uint32_t bits = 0;
+    for (std::size_t j = 0; j < 3; ++j)
+      bits = bits << 8 | (j < group.size() ? static_cast<unsigned char>(group[j]) : 0);
+    for (std::size_t j = 0; j < 4; ++j) text += j <= group.size() ? kBase64Digits[bits >> (18 - 6 * j) & 63] : '=';
+  }
+  return text;
+}
+
+// Writes one value after the other behind what is there.
+class Writer {
+ public:
+  explicit Writer(std::string& text) : text_(text) {}
+
+  void write(const PropertyList& value) {
+    std::visit([this](const auto& content) { add(content); }, value.content());
+  }
+
+ private:
+  void add(bool value) { text_ += value ? "true" : "false"; }
+  void add(std::int64_t value) { text_ += std::to_string(value); }
+  void add(std::uint64_t value) { text_ += std::to_string(value); }
+  void add(double value) {
+    std::array<char, 32> digits;
+    const char* end = std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr;
+    text_.append(std::isfinite(value) ? std::string_view(digits.data(), end) : "null");
+  }
+  void add(const std::string& text) {
+    if (isUtf8(text))
+      addQuoted(text);
+    else
+      add(PropertyListData{text});
+  }
+  void add(const PropertyListData& data) {
+    text_ += "{\"base64\": ";
+    addQuoted(base64(data.bytes));
+    text_ += '}';
+  }
+  void add(const Timestamp& date) {
+    const std::time_t seconds = date.seconds;
+    std::tm parts{};
+    std::array<char, 64> text;
+    if (!gmtime_r(&seconds, &parts))
+      text_ += "null";
+    else
+      addQuoted({text.data(), std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%SZ", &parts)});
+  }
+  void add(const PropertyListArray& array) {
+    addList('[', array, ']', [this](const PropertyList& element) { write(element); });
+  }
+  void add(const PropertyListDictionary& dictionary) {
+    addList('{', dictionary.entries(), '}', [this](const PropertyListDictionary::Entry& entry) {
+      addQuoted(entry.first);
+      text_ += ": ";
+      write(entry.second);
+    });
+  }
+
+  template <class List, class Add>
+  void addList(char opening, const List& list, char closing, Add addElement) {
+    text_ += opening;
+    indent_ += 2;
+    bool first = true;
+    for (const auto& element : list) {
+      if (!first) text_ += ',';
+      first = false;
+      startLine();
+      addElement(element);
+    }
+    indent_ -= 2;
+    if (!first) startLine();
+    text_ += closing;
+  }
+
+  void startLine() { text_.append(1, '\n').append(indent_, ' '); }
+
+  void addQuoted(std::string_view text) {
+    text_ += '"';
+    for (const char character : text) {
+      const auto value = static_cast<unsigned char>(character);
+      if (value < 0x20 || value == 0x7f)
+        text_.append("\\u00").append({kHexDigits[value >> 4], kHexDigits[value & 15]});
+      else if (character == '"' || character == '\\')
+        text_ += {'\\', character};
+      else
+        text_ += character;
+    }
+    text_ += '"';
+  }
+
+  std::string& text_;
+  std::size_t indent_ = 0;
+};
+
+}  // namespace
+
+std::string writeJson(const PropertyList& value) {
+  std::string text;
+  Writer(text).write(value);
+  return text;
+}
+
+}  // namespace vantory

@@ -1,0 +1,49 @@
+// The forms of property lists one by one, and what they share. Only the sources of property lists include this.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "base/PropertyList.h"
+
+namespace vantory {
+
+// Thrown by everything below that reads, caught by parsePropertyList().
+struct DamagedPropertyList {};
+
+// Arrays and dictionaries inside each other, the outermost included.
+constexpr int kMaximumPropertyListDepth = 512;
+
+// XML of any encoding that it declares or betrays by its first bytes; at most kLargestReadBytes.
+PropertyList parseXmlPropertyList(std::string_view bytes);
+PropertyList parseBinaryPropertyList(std::string_view bytes);
+PropertyList parseTextPropertyList(std::string_view utf8);
+
+// Text in UTF-8, or in UTF-16 with a byte order mark, as UTF-8 without one. `storage` holds it where it had to be
+// converted.
+std::string_view decodedText(std::string_view bytes, std::string& storage);
+
+enum class ByteOrder { BigEndian, LittleEndian };
+// Refuses halves of pairs.
+std::string utf8FromUtf16(std::string_view bytes, ByteOrder order);
+// The length of the UTF-8 character at the text's beginning; 0 when there is none.
+std::size_t utf8CharacterLength(std::string_view text);
+// False for bytes that are no UTF-8 and for characters that XML 1.0 forbids.
+bool xmlCanHold(std::string_view text);
+
+// "2026-11-14T21:35:17Z"; the fraction is dropped, and the nearest date is taken for one that has no four-digit year.
+std::string propertyListDate(const Timestamp& date);
+Timestamp parsePropertyListDate(std::string_view text);
+// Whether the date's year has at most four digits and no sign.
+bool isPropertyListDate(double secondsSince1970);
+
+// The digits of the shortest number that reads back the same; "nan", "+infinity" or "-infinity".
+std::string propertyListReal(double value);
+
+std::string base64(std::string_view bytes);
+// White space anywhere is skipped; padding may be missing.
+std::string parseBase64(std::string_view text);
+
+}  // namespace vantory

@@ -1,0 +1,167 @@
+#include "base/Text.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+
+namespace vantory {
+
+namespace {
+
+constexpr std::string_view kWhiteSpace = " \t\n\v\f\r";
+constexpr char kHexDigits[] = "0123456789abcdef";
+
+unsigned char byteAt(std::string_view bytes, std::size_t index) {
+  return static_cast<unsigned char>(bytes[index]);
+}
+
+char lowerCased(char letter) {
+  return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
+}
+
+// The length that a UTF-8 sequence with this first byte has; 0 where none begins.
+std::size_t announcedLength(unsigned char first) {
+  if (first < 0x80) return 1;
+  if (first >= 0xc2 && first <= 0xdf) return 2;
+  if (first >= 0xe0 && first <= 0xef) return 3;
+  if (first >= 0xf0 && first <= 0xf4) return 4;
+  return 0;
+}
+
+// Overlong forms, surrogates and what lies above U+10FFFF show in the second byte.
+bool isSecondByte(unsigned char first, unsigned char second) {
+  const unsigned char lowest = first == 0xe0 ? 0xa0 : first == 0xf0 ? 0x90 : 0x80;
+  const unsigned char highest = first == 0xed ? 0x9f : first == 0xf4 ? 0x8f : 0xbf;
+  return second >= lowest && second <= highest;
+}
+
+// The length of the character at `start`; 0 when the bytes there are no UTF-8.
+std::size_t characterLength(std::string_view bytes, std::size_t start) {
+  const unsigned char first = byteAt(bytes, start);
+  const std::size_t length = announcedLength(first);
+  if (length < 2) return length;
+  if (length > bytes.size() - start || !isSecondByte(first, byteAt(bytes, start + 1))) return 0;
+  for (std::size_t i = start + 2; i < start + length; ++i)
+    if ((byteAt(bytes, i) & 0xc0) != 0x80) return 0;
+  return length;
+}
+
+constexpr std::uint64_t inEveryByte(std::uint64_t byte) {
+  return byte * 0x0101010101010101;
+}
+
+bool isAscii(std::uint64_t block) {
+  return (block & inEveryByte(0x80)) == 0;
+}
+
+// No control characters: adding so much to each byte sets its highest bit from the given value on.
+bool isPlainAscii(std::uint64_t block) {
+  const std::uint64_t from0x20 = block + inEveryByte(0x80 - 0x20);
+  const std::uint64_t from0x7f = block + inEveryByte(0x80 - 0x7f);
+  return isAscii(block) && (from0x20 & ~from0x7f & inEveryByte(0x80)) == inEveryByte(0x80);
+}
+
+// Past blocks of eight bytes of a kind that most text consists of.
+std::size_t past(bool (*isCommon)(std::uint64_t block), std::string_view bytes, std::size_t start) {
+  std::uint64_t block;
+  for (; bytes.size() - start >= sizeof block; start += sizeof block) {
+    std::memcpy(&block, bytes.data() + start, sizeof block);
+    if (!isCommon(block)) break;
+  }
+  return start;
+}
+
+bool isControlCharacter(std::string_view character) {
+  const unsigned char first = byteAt(character, 0);
+  if (character.size() == 1) return first < 0x20 || first == 0x7f;
+  if (character.size() == 2) return first == 0xc2 && byteAt(character, 1) < 0xa0;
+  return character == "\u2028" || character == "\u2029";  // line and paragraph separator
+}
+
+void appendEscaped(std::string& text, std::string_view bytes) {
+  for (const char byte : bytes) {
+    if (byte == '\n')
+      text += "\\n";
+    else if (byte == '\t')
+      text += "\\t";
+    else if (byte == '\r')
+      text += "\\r";
+    else {
+      const auto value = static_cast<unsigned char>(byte);
+      text += {'\\', 'x', kHexDigits[value >> 4], kHexDigits[value & 15]};
+    }
+  }
+}
+
+}  // namespace
+
+std::string_view trimmed(std::string_view text) {
+  const std::size_t first = text.find_first_not_of(kWhiteSpace);
+  if (first == std::string_view::npos) return {};
+  return text.substr(first, text.find_last_not_of(kWhiteSpace) - first + 1);
+}
+
+std::string lowerCased(std::string_view text) {
+  std::string lower(text);
+  for (char& letter : lower) letter = lowerCased(letter);
+  return lower;
+}
+
+int compareIgnoringCase(std::string_view left, std::string_view right) {
+  return lowerCased(left).compare(lowerCased(right));
+}
+
+std::vector<std::string> split(std::string_view text, char separator) {
+  std::vector<std::string> pieces;
+  std::size_t start = 0;
+  for (std::size_t end = text.find(separator); end != std::string_view::npos; end = text.find(separator, start)) {
+    pieces.emplace_back(text.substr(start, end - start));
+    start = end + 1;
+  }
+  pieces.emplace_back(text.substr(start));
+  return pieces;
+}
+
+bool isUtf8(std::string_view bytes) {
+  for (std::size_t i = past(isAscii, bytes, 0); i < bytes.size(); i = past(isAscii, bytes, i)) {
+    const std::size_t length = characterLength(bytes, i);
+    if (length == 0) return false;
+    i += length;
+  }
+  return true;
+}
+
+std::size_t utf16Length(std::string_view text) {
+  std::size_t units = 0;
+  for (std::size_t i = 0; i < text.size();) {
+    const std::size_t next = past(isAscii, text, i);
+    units += next - i;
+    i = next;
+    if (i == text.size()) break;
+    const std::size_t length = characterLength(text, i);
+    units += length == 4 ? 2 : 1;
+    i += std::max<std::size_t>(length, 1);
+  }
+  return units;
+}
+
+std::string printable(std::string_view bytes) {
+  std::string text;
+  text.reserve(bytes.size());
+  for (std::size_t i = 0; i < bytes.size();) {
+    const std::size_t next = past(isPlainAscii, bytes, i);
+    text += bytes.substr(i, next - i);
+    i = next;
+    if (i == bytes.size()) break;
+    const std::size_t length = characterLength(bytes, i);
+    const std::string_view character = bytes.substr(i, std::max<std::size_t>(length, 1));
+    if (length == 0 || isControlCharacter(character))
+      appendEscaped(text, character);
+    else
+      text += character;
+    i += character.size();
+  }
+  return text;
+}
+
+}  // namespace vantory

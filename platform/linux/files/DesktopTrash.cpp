@@ -1,0 +1,259 @@
+#include "platform/linux/files/DesktopTrash.h"
+
+#include <fcntl.h>
+#include <sys/sysmacros.h>
+
+#include <algorithm>
+#include <climits>
+#include <cstdlib>
+#include <ctime>
+
+#include "platform/TrashNote.h"
+#include "platform/linux/files/FolderCreation.h"
+#include "platform/linux/files/Staging.h"
+#include "platform/posix/files/Errors.h"
+#include "platform/posix/files/Names.h"
+
+namespace vantory {
+namespace {
+
+constexpr std::string_view kInfoSuffix = ".trashinfo";
+
+// At most `length` bytes of the text, not cut inside a character where it consists of characters.
+std::string shortened(const std::string& text, std::size_t length) {
+  constexpr std::size_t kLongestCharacter = 4;
+  if (text.size() <= length) return text;
+  for (std::size_t back = 0; back < std::min(kLongestCharacter, length); ++back)
+    if ((static_cast<unsigned char>(text[length - back]) & 0xC0) != 0x80) return text.substr(0, length - back);
+  return text.substr(0, length);
+}
+
+// The name an item gets in the Trash: its own, or with a number before its extension; short enough for the info file
+// beside it.
+std::string nameInTrash(const std::string& name, int number) {
+  if (number == 1 && name.size() + kInfoSuffix.size() <= kLongestName) return name;
+  std::string mark;
+  if (number > 1) mark.append(1, '.').append(std::to_string(number));
+  const std::size_t dot = name.find_last_of('.');
+  const bool hasExtension = dot != std::string::npos && dot > 0 && name.size() - dot <= 16;
+  const std::string extension = hasExtension ? name.substr(dot) : "";
+  const std::string stem = hasExtension ? name.substr(0, dot) : name;
+  return shortened(stem, kLongestName - kInfoSuffix.size() - mark.size() - extension.size()) + mark + extension;
+}
+
+std::string infoName(const std::string& trashedName) {
+  return trashedName + std::string(kInfoSuffix);
+}
+
+// A number above a taken one that is free now, found in so few steps that the thousandth item of a name does not look
+// at a thousand: in growing strides up to a free one, then by halving the last stride.
+int freeNumber(int infoFolder, const std::string& name, int taken) {
+  const auto isTaken = [&](int number) {
+    return faccessat(infoFolder, infoName(nameInTrash(name, number)).c_str(), F_OK, AT_SYMLINK_NOFOLLOW) == 0;
+  };
+  int free = taken + 1;
+  for (int stride = 2; isTaken(free); stride *= 2) {
+    taken = free;
+    free += stride;
+  }
+  while (free - taken > 1) {
+    const int middle = taken + (free - taken) / 2;
+    (isTaken(middle) ? taken : free) = middle;
+  }
+  return free;
+}
+
+std::string localDateText(std::time_t time) {
+  std::tm local{};
+  localtime_r(&time, &local);
+  char date[32];
+  std::strftime(date, sizeof date, "%Y-%m-%dT%H:%M:%S", &local);
+  return date;
+}
+
+Status writeInfo(int folder, const std::string& name, const std::string& text, const std::string& path) {
+  const Descriptor file(uninterrupted([&] {
+    return openat(folder, name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR);
+  }));
+  if (!file.valid()) return systemError(path);
+  for (std::size_t done = 0; done < text.size();) {
+    const ssize_t count = uninterrupted([&] { return write(file.get(), text.data() + done, text.size() - done); });
+    if (count < 0) {
+      const Error error = systemError(path);
+      unlinkat(folder, name.c_str(), 0);
+      return error;
+    }
+    done += static_cast<std::size_t>(count);
+  }
+  return {};
+}
+
+std::uint64_t mountOf(const std::string& path) {
+  struct statx status;
+  if (statx(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, STATX_MNT_ID, &status) != 0) return 0;
+  return (status.stx_mask & STATX_MNT_ID) != 0 ? status.stx_mnt_id
+                                               : makedev(status.stx_dev_major, status.stx_dev_minor);
+}
+
+// The folder on which the file system that holds this real path is mounted.
+std::string topDirectoryOf(std::string path) {
+  const std::uint64_t mount = mountOf(path);
+  while (path != "/") {
+    const std::size_t slash = path.find_last_of('/');
+    const std::string above = slash == 0 ? "/" : path.substr(0, slash);
+    if (mountOf(above) != mount) break;
+    path = above;
+  }
+  return path;
+}
+
+std::string parentOf(const std::string& path) {
+  const std::size_t slash = path.find_last_of('/');
+  return slash == 0 ? "/" : path.substr(0, slash);
+}
+
+std::string below(const std::string& folder, const std::string& name) {
+  std::string path = folder;
+  if (path != "/") path += '/';
+  return path += name;
+}
+
+Result<std::string> realPath(const std::string& path) {
+  char resolved[PATH_MAX];
+  if (!realpath(path.c_str(), resolved)) return systemError(path);
+  return std::string(resolved);
+}
+
+// The Trash that an administrator set up for everybody at the top of a file system counts only when nobody can be led
+// astray in it.
+bool isSharedTrash(const std::string& path) {
+  struct stat status;
+  return lstat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode) && (status.st_mode & S_ISVTX) != 0;
+}
+
+// Whether an item is on the file system of a folder, or of where that folder would be made.
+bool lieTogether(const Place& item, std::string folder) {
+  struct stat itemStatus;
+  struct stat folderStatus;
+  if (fstatat(item.at(), item.name.c_str(), &itemStatus, AT_SYMLINK_NOFOLLOW) != 0) return true;
+  while (stat(folder.c_str(), &folderStatus) != 0) {
+    if (folder == "/") return false;
+    folder = parentOf(folder);
+  }
+  return itemStatus.st_dev == folderStatus.st_dev;
+}
+
+}  // namespace
+
+Result<std::string> DesktopTrash::put(const std::string& path, const std::string& homeFiles) {
+  const std::lock_guard lock(mutex_);
+  const FileRights::Scope scope(rights_);
+  Result<Place> item = rights_.locate(path);
+  if (!item) return item.error();
+  Result<std::string> trashed = putInto(*item, path, homeFiles);
+  const bool folderVanished = !trashed && trashed.error().code == std::errc::no_such_file_or_directory;
+  return folderVanished ? putInto(*item, path, homeFiles) : trashed;
+}
+
+Result<std::string> DesktopTrash::putInto(const Place& item, const std::string& path, const std::string& homeFiles) {
+  // An item beside the user's own Trash belongs there or nowhere. Where that Trash is open already, moving the item
+  // there tells.
+  Can* const known = knownCan(homeFiles);
+  if (known || lieTogether(item, homeFiles)) {
+    Result<Can*> can = known ? known : homeCan(homeFiles);
+    if (!can) return can.error();
+    Result<std::string> trashed = putInto(**can, item, path);
+    if (trashed || trashed.error().code != std::errc::cross_device_link) return trashed;
+  }
+  Result<Can*> volume = volumeCan(path);
+  if (!volume) return volume.error();
+  return putInto(**volume, item, path);
+}
+
+DesktopTrash::Can* DesktopTrash::knownCan(std::string_view filesFolder) const {
+  for (const auto& can : cans_)
+    if (can->filesPath == filesFolder) return can.get();
+  return nullptr;
+}
+
+Result<DesktopTrash::Can*> DesktopTrash::homeCan(const std::string& homeFiles) {
+  Result<Can> opened = openCan(parentOf(homeFiles), "");
+  if (!opened) return opened.error();
+  return cans_.emplace_back(std::make_unique<Can>(std::move(*opened))).get();
+}
+
+Result<DesktopTrash::Can*> DesktopTrash::volumeCan(const std::string& path) {
+  Result<std::string> folder = realPath(parentOf(path));
+  if (!folder) return folder.error();
+  const std::string top = topDirectoryOf(*folder);
+  for (const auto& can : cans_)
+    if (can->topDirectory == top) return can.get();
+  const std::string owner = std::to_string(rights_.fileOwner());
+  Result<Can> opened = isSharedTrash(below(top, ".Trash")) ? openCan(below(top, ".Trash/" + owner), top)
+                                                           : openCan(below(top, ".Trash-" + owner), top);
+  if (!opened) return opened.error();
+  return cans_.emplace_back(std::make_unique<Can>(std::move(*opened))).get();
+}
+
+Result<DesktopTrash::Can> DesktopTrash::openCan(const std::string& path, const std::string& topDirectory) const {
+  constexpr int kFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
+  if (const Status made = createFolders(path, rights_); !made) return made.error();
+  // The user's own Trash may be a link to a larger disk; at the top of a shared file system a link is a trap.
+  const Descriptor base(open(path.c_str(), kFlags | (topDirectory.empty() ? 0 : O_NOFOLLOW)));
+  struct stat status;
+  if (!base.valid() || fstat(base.get(), &status) != 0) return systemError(path);
+  if (status.st_uid != rights_.fileOwner())
+    return errorWithText(std::errc::operation_not_permitted, path, "this Trash belongs to somebody else");
+
+  Can can{path + "/files", topDirectory, {}, {}, {}};
+  for (const auto& [name, folder] : {std::pair{"files", &can.files}, std::pair{"info", &can.info}}) {
+    mkdirat(base.get(), name, S_IRWXU);
+    *folder = Descriptor(openat(base.get(), name, kFlags | O_NOFOLLOW));
+    if (!folder->valid()) return systemError(path + "/" + name);
+  }
+  return can;
+}
+
+Result<std::string> DesktopTrash::putInto(Can& can, const Place& item, const std::string& path) {
+  constexpr int kMostAttempts = 1000;
+  const std::string name = path.substr(path.find_last_of('/') + 1);
+  std::string original = path;
+  if (!can.topDirectory.empty()) {
+    Result<std::string> folder = realPath(parentOf(path));
+    if (!folder) return folder.error();
+    original = below(*folder, name).substr(can.topDirectory == "/" ? 1 : can.topDirectory.size() + 1);
+  }
+  const std::time_t now = std::time(nullptr);
+  if (now != dateTime_) date_ = localDateText(dateTime_ = now);
+  const std::string text = trashNote(original, date_);
+
+  const auto last = can.lastNumbers.find(name);
+  int number = last == can.lastNumbers.end() ? 1 : last->second + 1;
+  for (int attempt = 0; attempt < kMostAttempts; ++attempt) {
+    const std::string trashed = nameInTrash(name, number);
+    const Status noted = writeInfo(can.info.get(), infoName(trashed), text, path);
+    if (!noted && noted.error().code == std::errc::no_such_file_or_directory) forget(can);
+    if (!noted && noted.error().code != std::errc::file_exists) return noted.error();
+    if (noted) {
+      const Status moved = renameItem(item, can.files.get(), trashed, path);
+      if (moved) {
+        if (number > 1) can.lastNumbers[name] = number;
+        return below(can.filesPath, trashed);
+      }
+      unlinkat(can.info.get(), infoName(trashed).c_str(), 0);
+      if (moved.error().code == std::errc::no_such_file_or_directory) forget(can);
+      if (moved.error().code != std::errc::file_exists) return moved.error();
+      ++number;  // a file without its note; no other item may take its place
+    } else {
+      number = freeNumber(can.info.get(), name, number);
+    }
+  }
+  return errorWithText(std::errc::device_or_resource_busy, path, "others are filling the Trash");
+}
+
+// The folders were removed while we had them open.
+void DesktopTrash::forget(const Can& can) {
+  cans_.erase(std::find_if(cans_.begin(), cans_.end(), [&](const auto& known) { return known.get() == &can; }));
+}
+
+}  // namespace vantory

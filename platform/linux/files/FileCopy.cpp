@@ -1,0 +1,264 @@
+#include "platform/linux/files/FileCopy.h"
+
+#include <fcntl.h>
+#include <sys/xattr.h>
+
+#include <algorithm>
+#include <cstring>
+#include <ctime>
+#include <optional>
+#include <string_view>
+
+#include "platform/linux/files/FileRights.h"
+#include "platform/posix/files/Errors.h"
+
+namespace vantory {
+namespace {
+
+constexpr std::size_t kBufferBytes = 256 * 1024;
+constexpr off_t kRangeBytes = 64 * 1024 * 1024;
+// Small enough for a slow disk to be done with it soon: between two of them a copy can be ended.
+constexpr off_t kObservedRangeBytes = 1024 * 1024;
+constexpr const char* kAccessList = "system.posix_acl_access";
+constexpr const char* kDefaultAccessList = "system.posix_acl_default";
+
+bool sameTime(const timespec& left, const timespec& right) {
+  return left.tv_sec == right.tv_sec && left.tv_nsec == right.tv_nsec;
+}
+
+// The change time tells even a writer that sets the modification time back.
+bool unchanged(const struct stat& before, const struct stat& after) {
+  return before.st_size == after.st_size && sameTime(before.st_mtim, after.st_mtim) &&
+         sameTime(before.st_ctim, after.st_ctim);
+}
+
+// The kernel stamps changes with a clock that moves in steps of some milliseconds, so a change that follows another
+// within a step leaves no trace. A status is good to compare with only when its last change is older than that.
+constexpr long kClockStepNanoseconds = 10'000'000;
+
+bool settled(const struct stat& status) {
+  timespec now;
+  clock_gettime(CLOCK_REALTIME, &now);
+  const time_t seconds = now.tv_sec - status.st_ctim.tv_sec;
+  if (seconds < 0 || seconds > 1) return true;  // a clock that was set back says nothing
+  return seconds * 1'000'000'000L + now.tv_nsec - status.st_ctim.tv_nsec > kClockStepNanoseconds;
+}
+
+// A status to compare with later; waits a moment for one that is not settled.
+bool baseline(int source, struct stat& status) {
+  if (settled(status)) return true;
+  const timespec step{0, kClockStepNanoseconds};
+  nanosleep(&step, nullptr);
+  return fstat(source, &status) == 0 && settled(status);
+}
+
+// How far the copy of one file is.
+class FileProgress {
+ public:
+  explicit FileProgress(const CopyReport& report) : report_(report) {}
+
+  off_t rangeBytes() const { return report_.isObserved() ? kObservedRangeBytes : kRangeBytes; }
+  // False, with errno, when the copy is to end.
+  bool advance(off_t bytes) {
+    told_ += bytes;
+    return report_.advance(bytes, 0);
+  }
+  bool startAgain() { return advance(-told_); }
+  bool finish() const { return report_.advance(0, 1); }
+
+ private:
+  const CopyReport& report_;
+  off_t told_ = 0;
+};
+
+// All of `length` bytes from the present positions, by reading and writing. Fewer when the source ends early.
+bool copyThroughBuffer(int source, int copy, off_t length, FileProgress& progress) {
+  std::vector<char> buffer(kBufferBytes);
+  while (length > 0) {
+    const auto wanted = static_cast<std::size_t>(std::min<off_t>(length, kBufferBytes));
+    const ssize_t count = uninterrupted([&] { return read(source, buffer.data(), wanted); });
+    if (count < 0) return false;
+    if (count == 0) return true;
+    for (ssize_t written = 0; written < count;) {
+      const ssize_t step = uninterrupted(
+          [&] { return write(copy, buffer.data() + written, static_cast<std::size_t>(count - written)); });
+      if (step < 0) return false;
+      written += step;
+    }
+    if (!progress.advance(count)) return false;
+    length -= count;
+  }
+  return true;
+}
+
+bool kernelCannotCopy() {
+  return errno == EXDEV || errno == EOPNOTSUPP || errno == EINVAL || errno == ENOSYS || errno == EBADF ||
+         errno == ETXTBSY;
+}
+
+// The kernel copies by itself where it can, and shares the blocks where the file system can.
+bool copyBytes(int source, int copy, off_t length, FileProgress& progress) {
+  while (length > 0) {
+    const auto wanted = static_cast<std::size_t>(std::min(length, progress.rangeBytes()));
+    const ssize_t count = uninterrupted([&] { return copy_file_range(source, nullptr, copy, nullptr, wanted, 0); });
+    if (count < 0) return kernelCannotCopy() && copyThroughBuffer(source, copy, length, progress);
+    // Some file systems answer nothing for files that only seem empty to the kernel.
+    if (count == 0) return copyThroughBuffer(source, copy, length, progress);
+    if (!progress.advance(count)) return false;
+    length -= count;
+  }
+  return true;
+}
+
+// Copies the parts that hold data and leaves the holes between them.
+bool copySparse(int source, int copy, off_t size, FileProgress& progress) {
+  off_t position = 0;
+  while (position < size) {
+    const off_t data = lseek(source, position, SEEK_DATA);
+    if (data < 0 && errno == ENXIO) break;
+    if (data < 0) return position == 0 && errno == EINVAL && copyBytes(source, copy, size, progress);
+    const off_t hole = lseek(source, data, SEEK_HOLE);
+    if (hole < 0 || lseek(source, data, SEEK_SET) < 0 || lseek(copy, data, SEEK_SET) < 0) return false;
+    if (!progress.advance(data - position) || !copyBytes(source, copy, hole - data, progress)) return false;
+    position = hole;
+  }
+  return progress.advance(size - position) && ftruncate(copy, size) == 0;
+}
+
+bool copyContentOnce(int source, const struct stat& status, int copy, FileProgress& progress) {
+  constexpr blkcnt_t kBlockBytes = 512;
+  if (status.st_size > 0 && status.st_blocks * kBlockBytes < status.st_size)
+    return copySparse(source, copy, status.st_size, progress);
+  return copyBytes(source, copy, status.st_size, progress);
+}
+
+bool isKept(std::string_view attribute) {
+  return attribute.substr(0, 5) == "user." || attribute == kAccessList || attribute == kDefaultAccessList;
+}
+
+// The names of all extended attributes, each ended by a NUL; none when they cannot be told.
+std::optional<std::string> attributeNames(int file) {
+  char few[1024];
+  ssize_t length = flistxattr(file, few, sizeof few);
+  if (length >= 0) return std::string(few, static_cast<std::size_t>(length));
+  if (errno == EOPNOTSUPP) return "";
+  if (errno != ERANGE) return std::nullopt;
+  std::string many(static_cast<std::size_t>(XATTR_LIST_MAX), '\0');
+  length = flistxattr(file, many.data(), many.size());
+  if (length < 0) return std::nullopt;
+  many.resize(static_cast<std::size_t>(length));
+  return many;
+}
+
+bool copyAttribute(int source, int copy, const char* name) {
+  const ssize_t length = fgetxattr(source, name, nullptr, 0);
+  if (length < 0) return false;
+  std::string value(static_cast<std::size_t>(length), '\0');
+  const ssize_t got = fgetxattr(source, name, value.data(), value.size());
+  return got >= 0 && fsetxattr(copy, name, value.data(), static_cast<std::size_t>(got), 0) == 0;
+}
+
+enum class Which { Plain, AccessLists };
+
+void copyNamedAttributes(int source, int copy, const std::string& names, Which which, const std::string& path,
+                         CopyReport& report) {
+  for (std::size_t start = 0; start < names.size(); start = names.find('\0', start) + 1) {
+    const char* name = names.c_str() + start;
+    const bool isAccessList = std::strncmp(name, "system.", 7) == 0;
+    if (!isKept(name) || isAccessList != (which == Which::AccessLists)) continue;
+    if (!copyAttribute(source, copy, name))
+      report.noteOnce(name, "The attribute " + std::string(name) + " could not be kept for " + systemError(path).text);
+  }
+}
+
+// Asking first is cheaper: removing writes to the file system's journal even where there is nothing to remove.
+bool dropAccessList(int item, const char* name) {
+  if (fgetxattr(item, name, nullptr, 0) >= 0) return fremovexattr(item, name) == 0;
+  return errno == ENODATA || errno == EOPNOTSUPP;
+}
+
+// The mode or the times: a file system without owners or dates of its own refuses them, and the content matters more.
+bool cannotHold() {
+  return errno == EPERM || errno == EOPNOTSUPP || errno == ENOSYS;
+}
+
+}  // namespace
+
+bool dropInherited(int item) {
+  struct stat status;
+  if (fstat(item, &status) != 0) return false;
+  return dropAccessList(item, kAccessList) && (!S_ISDIR(status.st_mode) || dropAccessList(item, kDefaultAccessList));
+}
+
+void CopyReport::note(std::string sentence) {
+  const std::lock_guard lock(mutex_);
+  notes_.push_back(std::move(sentence));
+}
+
+void CopyReport::noteOnce(const std::string& kind, std::string sentence) {
+  const std::lock_guard lock(mutex_);
+  if (std::find(told_.begin(), told_.end(), kind) != told_.end()) return;
+  told_.push_back(kind);
+  notes_.push_back(std::move(sentence));
+}
+
+std::vector<std::string> CopyReport::takeNotes() {
+  const std::lock_guard lock(mutex_);
+  return std::move(notes_);
+}
+
+bool CopyReport::advance(std::int64_t bytes, int objects) const {
+  if (!observer_ || observer_(bytes, objects)) return true;
+  errno = ECANCELED;
+  return false;
+}
+
+Descriptor openSource(int folder, const char* name, int followFlag) {
+  return Descriptor(
+      uninterrupted([&] { return openat(folder, name, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC | followFlag); }));
+}
+
+Status copyFileContent(int source, struct stat status, int copy, const std::string& path,
+                       const std::string& destination, const FileRights& rights, CopyReport& report) {
+  constexpr int kAttempts = 3;
+  FileProgress progress(report);
+  for (int attempt = 0; attempt < kAttempts; ++attempt) {
+    if (attempt > 0 && (ftruncate(copy, 0) != 0 || lseek(copy, 0, SEEK_SET) < 0 || lseek(source, 0, SEEK_SET) < 0 ||
+                        !progress.startAgain()))
+      return systemError(path);
+    const bool comparable = baseline(source, status);
+    if (!copyContentOnce(source, status, copy, progress)) return systemError(path);
+    struct stat after;
+    if (fstat(source, &after) != 0) return systemError(path);
+    if (comparable && unchanged(status, after)) {
+      Status copied = copyAttributes(source, status, copy, path, destination, rights, report);
+      if (copied && !progress.finish()) return systemError(path);
+      return copied;
+    }
+    status = after;
+  }
+  return errorWithText(std::errc::device_or_resource_busy, path, "it kept changing while it was copied");
+}
+
+Status copyAttributes(int source, const struct stat& status, int copy, const std::string& path,
+                      const std::string& destination, const FileRights& rights, CopyReport& report) {
+  if (Status given = rights.giveAway(copy, destination, status.st_uid, status.st_gid); !given) return given;
+  // In this order: plain attributes need write permission, an access list says more than the mode, times come last.
+  const auto listed = attributeNames(source);
+  if (!listed) report.noteOnce("list", "The attributes could not be read of " + systemError(path).text);
+  const std::string names = listed.value_or("");
+  copyNamedAttributes(source, copy, names, Which::Plain, path, report);
+  if (uninterrupted([&] { return fchmod(copy, rights.permittedMode(status.st_mode)); }) != 0) {
+    if (!cannotHold()) return systemError(path);
+    report.noteOnce("mode", "The mode could not be kept for " + systemError(path).text);
+  }
+  copyNamedAttributes(source, copy, names, Which::AccessLists, path, report);
+  const timespec times[2] = {status.st_atim, status.st_mtim};
+  if (uninterrupted([&] { return futimens(copy, times); }) != 0) {
+    if (!cannotHold()) return systemError(path);
+    report.noteOnce("times", "The times could not be kept for " + systemError(path).text);
+  }
+  return {};
+}
+
+}  // namespace vantory

@@ -1,0 +1,303 @@
+#include "platform/linux/files/TreeCopy.h"
+
+#include <fcntl.h>
+
+#include <algorithm>
+#include <atomic>
+#include <climits>
+#include <condition_variable>
+#include <exception>
+#include <iterator>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <system_error>
+#include <thread>
+#include <vector>
+
+#include "platform/linux/files/FileCopy.h"
+#include "platform/linux/files/FileRights.h"
+#include "platform/linux/files/FolderReading.h"
+#include "platform/linux/files/TreeRemoval.h"
+#include "platform/posix/files/Errors.h"
+
+namespace vantory {
+namespace {
+
+// Names handed to a thread at once: enough to make the hand-over cheap, few enough to share a folder out.
+constexpr std::size_t kBatch = 64;
+
+struct Folder;
+using FolderPointer = std::shared_ptr<Folder>;
+
+// Files of a folder, or one of its sub-folders, that wait to be copied.
+struct Job {
+  FolderPointer folder;
+  std::vector<std::string> files;
+  std::string subfolder;
+};
+
+class TreeCopier {
+ public:
+  TreeCopier(const FileRights& rights, CopyReport& report, int copy) : rights_(rights), report_(report), copy_(copy) {}
+
+  Status run(FolderPointer root);
+
+  void finish(const Folder& folder) noexcept;
+
+ private:
+  void giveAttributes(const Folder& folder);
+  void work();
+  std::optional<Job> takeJob();
+  void addJobs(std::vector<Job> jobs);
+  void jobDone();
+  void startHelper();
+  void fail(Error error);
+
+  void perform(const Job& job) noexcept;
+  void enumerate(const FolderPointer& folder);
+  void openSubfolder(const FolderPointer& parent, const std::string& name);
+  void copyOne(const Folder& folder, const std::string& name);
+  void copyLink(const Folder& folder, const std::string& name);
+
+  const FileRights& rights_;
+  CopyReport& report_;
+  const int copy_;  // the folder that all is copied to
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  std::vector<Job> jobs_;  // the newest first, so that few folders are open at once
+  std::size_t unfinished_ = 0;
+  std::thread helper_;
+  bool helperWanted_ = true;  // until it was started, or could not be
+  std::atomic<bool> stopped_ = false;
+  std::optional<Error> error_;
+};
+
+bool isSameFolder(int left, int right) {
+  struct stat one;
+  struct stat other;
+  return fstat(left, &one) == 0 && fstat(right, &other) == 0 && one.st_dev == other.st_dev &&
+         one.st_ino == other.st_ino;
+}
+
+// A folder that is being copied. Its jobs and sub-folders hold it; when the last of them is done it gets its attributes
+// and is closed.
+struct Folder {
+  Folder(TreeCopier& owner, FolderPointer above, Descriptor from, Descriptor to, std::string sourcePath,
+         std::string copyPath, int level)
+      : copier(owner),
+        parent(std::move(above)),
+        source(std::move(from)),
+        copy(std::move(to)),
+        path(std::move(sourcePath)),
+        destination(std::move(copyPath)),
+        depth(level) {}
+  ~Folder() { copier.finish(*this); }
+  Folder(const Folder&) = delete;
+  Folder& operator=(const Folder&) = delete;
+
+  TreeCopier& copier;
+  FolderPointer parent;
+  Descriptor source;
+  Descriptor copy;
+  std::string path;
+  std::string destination;
+  int depth;
+};
+
+// What one step throws is a failure of the copy: an exception that left a thread would end the program.
+template <class Step>
+std::optional<Error> caught(Step step) noexcept {
+  try {
+    step();
+  } catch (const std::exception&) {
+    return Error{std::errc::not_enough_memory, "out of memory"};  // short enough to need none
+  }
+  return std::nullopt;
+}
+
+Status TreeCopier::run(FolderPointer root) {
+  if (auto error = caught([&] { enumerate(root); })) fail(std::move(*error));
+  root.reset();
+  work();
+  if (helper_.joinable()) helper_.join();
+  if (error_) return *error_;
+  return {};
+}
+
+void TreeCopier::finish(const Folder& folder) noexcept {
+  if (stopped_) return;
+  if (auto error = caught([&] { giveAttributes(folder); })) fail(std::move(*error));
+}
+
+void TreeCopier::giveAttributes(const Folder& folder) {
+  struct stat status;
+  if (fstat(folder.source.get(), &status) != 0) return fail(systemError(folder.path));
+  const FileRights::Scope scope(rights_);
+  if (const Status copied = copyAttributes(folder.source.get(), status, folder.copy.get(), folder.path,
+                                           folder.destination, rights_, report_);
+      !copied)
+    fail(copied.error());
+}
+
+void TreeCopier::work() {
+  const FileRights::Scope scope(rights_);
+  while (auto job = takeJob()) {
+    if (!stopped_) perform(*job);
+    job.reset();  // lets go of the folder before it counts as done
+    jobDone();
+  }
+}
+
+std::optional<Job> TreeCopier::takeJob() {
+  std::unique_lock lock(mutex_);
+  changed_.wait(lock, [&] { return !jobs_.empty() || unfinished_ == 0; });
+  if (jobs_.empty()) return std::nullopt;
+  Job job = std::move(jobs_.back());
+  jobs_.pop_back();
+  return job;
+}
+
+void TreeCopier::addJobs(std::vector<Job> jobs) {
+  if (jobs.empty()) return;
+  const std::lock_guard lock(mutex_);
+  jobs_.insert(jobs_.end(), std::move_iterator(jobs.rbegin()), std::move_iterator(jobs.rend()));
+  unfinished_ += jobs.size();
+  // A second thread pays as soon as there is more than one batch to do.
+  if (jobs_.size() > 1 && helperWanted_) startHelper();
+  changed_.notify_all();
+}
+
+void TreeCopier::startHelper() {
+  helperWanted_ = false;
+  try {
+    helper_ = std::thread([this] { work(); });
+  } catch (const std::system_error&) {
+    // No thread is to be had, so this one does it all.
+  }
+}
+
+void TreeCopier::jobDone() {
+  const std::lock_guard lock(mutex_);
+  if (--unfinished_ == 0) changed_.notify_all();
+}
+
+void TreeCopier::fail(Error error) {
+  const std::lock_guard lock(mutex_);
+  if (!error_) error_ = std::move(error);
+  stopped_ = true;
+}
+
+void TreeCopier::perform(const Job& job) noexcept {
+  auto error = caught([&] {
+    if (!job.subfolder.empty()) openSubfolder(job.folder, job.subfolder);
+    for (const std::string& name : job.files) {
+      if (stopped_) return;
+      copyOne(*job.folder, name);
+    }
+  });
+  if (error) fail(std::move(*error));
+}
+
+void TreeCopier::enumerate(const FolderPointer& folder) {
+  auto entries = readFolder(folder->source.get(), folder->path, Detail::Names);
+  if (!entries) return fail(entries.error());
+  std::vector<Job> jobs;
+  std::vector<std::string> files;
+  for (DirectoryEntry& entry : *entries) {
+    if (stopped_) return;
+    switch (entry.type) {
+      case FileType::File:
+        files.push_back(std::move(entry.name));
+        break;
+      case FileType::Folder:
+        jobs.push_back({folder, {}, std::move(entry.name)});
+        break;
+      case FileType::SymbolicLink:
+        copyLink(*folder, entry.name);
+        break;
+      case FileType::Other:
+        report_.note("Left out " + folder->path + "/" + entry.name + ": it is a special file");
+        break;
+    }
+    if (files.size() == kBatch) jobs.push_back({folder, std::exchange(files, {}), {}});
+  }
+  if (!files.empty()) jobs.push_back({folder, std::move(files), {}});
+  addJobs(std::move(jobs));
+}
+
+void TreeCopier::openSubfolder(const FolderPointer& parent, const std::string& name) {
+  const std::string path = parent->path + "/" + name;
+  if (parent->depth >= kDeepestFolder - 32)  // a backup adds levels of its own, and must be deletable
+    return fail(errorWithText(std::errc::filename_too_long, path, "the folder is nested too deeply"));
+  Descriptor source(openat(parent->source.get(), name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+  if (!source.valid()) {
+    if (errno == ENOENT) return report_.note(path + " vanished while its folder was copied");
+    return fail(systemError(path));
+  }
+  if (isSameFolder(source.get(), copy_))
+    return fail(errorWithText(std::errc::invalid_argument, path, "a folder cannot be copied into itself"));
+  if (uninterrupted([&] { return mkdirat(parent->copy.get(), name.c_str(), S_IRWXU); }) != 0)
+    return fail(systemError(path));
+  Descriptor copy = rights_.openNewFolder(parent->copy.get(), name);
+  if (!copy.valid()) return fail(systemError(path));
+  enumerate(std::make_shared<Folder>(*this, parent, std::move(source), std::move(copy), path,
+                                     parent->destination + "/" + name, parent->depth + 1));
+}
+
+void TreeCopier::copyOne(const Folder& folder, const std::string& name) {
+  const std::string path = folder.path + "/" + name;
+  const Descriptor source = openSource(folder.source.get(), name.c_str(), O_NOFOLLOW);
+  if (!source.valid()) {
+    if (errno == ENOENT) return report_.note(path + " vanished while its folder was copied");
+    return fail(systemError(path));
+  }
+  struct stat status;
+  if (fstat(source.get(), &status) != 0) return fail(systemError(path));
+  if (!S_ISREG(status.st_mode)) return report_.note("Left out " + path + ": it is a special file");
+  if (!rights_.mayCopy(status)) return fail(systemError(path, EPERM));
+  Descriptor copy(uninterrupted([&] {
+    return openat(folder.copy.get(), name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
+                  S_IRUSR | S_IWUSR);
+  }));
+  if (!copy.valid()) return fail(systemError(path));
+  if (const Status copied =
+          copyFileContent(source.get(), status, copy.get(), path, folder.destination + "/" + name, rights_, report_);
+      !copied)
+    return fail(copied.error());
+  if (!copy.closeWritten()) fail(systemError(path));
+}
+
+void TreeCopier::copyLink(const Folder& folder, const std::string& name) {
+  const std::string path = folder.path + "/" + name;
+  char target[PATH_MAX];
+  const ssize_t length = readlinkat(folder.source.get(), name.c_str(), target, sizeof target - 1);
+  if (length < 0) {
+    if (errno == ENOENT) return report_.note(path + " vanished while its folder was copied");
+    return fail(systemError(path));
+  }
+  target[length] = '\0';
+  struct stat status;
+  if (symlinkat(target, folder.copy.get(), name.c_str()) != 0 ||
+      fstatat(folder.source.get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0)
+    return fail(systemError(path));
+  // A link that stayed the superuser's would count as a way to be trusted.
+  if (const Status given = rights_.giveAway(folder.copy.get(), name.c_str(), folder.destination + "/" + name,
+                                            status.st_uid, status.st_gid);
+      !given)
+    return fail(given.error());
+  const timespec times[2] = {status.st_atim, status.st_mtim};
+  utimensat(folder.copy.get(), name.c_str(), times, AT_SYMLINK_NOFOLLOW);
+  if (!report_.advance(0, 1)) fail(systemError(path));
+}
+
+}  // namespace
+
+Status copyTree(Descriptor source, Descriptor copy, const std::string& path, const std::string& destination,
+                const FileRights& rights, CopyReport& report) {
+  TreeCopier copier(rights, report, copy.get());
+  return copier.run(
+      std::make_shared<Folder>(copier, nullptr, std::move(source), std::move(copy), path, destination, 0));
+}
+
+}  // namespace vantory

@@ -1,0 +1,51 @@
+// Messages between the program and its helper programs.
+#pragma once
+
+#include <chrono>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "base/Result.h"
+#include "platform/posix/files/Descriptor.h"
+
+namespace vantory {
+
+// What travels: a list of texts of any bytes but NUL. The list is never empty; what the texts mean is agreed on by the
+// two programs. At most kMaxMessageBytes in all.
+using Message = std::vector<std::string>;
+
+constexpr std::size_t kMaxMessageBytes = 64 * 1024;
+
+// One end of a conversation. Each message arrives whole or not at all, in order. Any thread may send; one at a time may
+// receive.
+class Channel {
+ public:
+  // A connected socket of the kind that pair() makes.
+  explicit Channel(Descriptor socket) : socket_(std::move(socket)) {}
+
+  struct Ends;
+  // Both ends of a new conversation; neither is handed down to a program that is started unless asked for.
+  static Result<Ends> pair();
+
+  // Fails when the other end is gone (not_connected) or has not read for ten seconds (timed_out), and when the message
+  // cannot travel (invalid_argument, message_size).
+  Status send(const Message& message);
+  // Blocks for a message, without a limit when none is given. Fails at the end of the conversation (not_connected),
+  // when the time is over (timed_out), and with what is no message (bad_message).
+  Result<Message> receive(std::optional<std::chrono::milliseconds> limit = std::nullopt);
+  // Ends the conversation for both ends, also for a thread that waits in receive() meanwhile. Any thread.
+  void end();
+
+  int descriptor() const { return socket_.get(); }
+
+ private:
+  Descriptor socket_;
+};
+
+struct Channel::Ends {
+  Channel own;
+  Channel other;
+};
+
+}  // namespace vantory

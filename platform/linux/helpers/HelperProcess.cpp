@@ -1,0 +1,65 @@
+#include "platform/linux/helpers/HelperProcess.h"
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+#include <filesystem>
+#include <system_error>
+#include <thread>
+#include <utility>
+
+#include "platform/posix/files/Descriptor.h"
+
+namespace vantory {
+
+namespace {
+
+constexpr std::chrono::milliseconds kPause{1};
+constexpr std::chrono::seconds kPatience{2};
+
+bool hasEnded(pid_t child) {
+  return uninterrupted([&] { return waitpid(child, nullptr, WNOHANG); }) != 0;
+}
+
+}  // namespace
+
+std::string helperProgram(const std::string& name) {
+  namespace fs = std::filesystem;
+  std::error_code failure;
+  const fs::path own = fs::read_symlink("/proc/self/exe", failure).parent_path();
+  for (const fs::path& folder : {own, own / VANTORY_LIBEXEC_FROM_BIN, fs::path(VANTORY_LIBEXEC)}) {
+    const fs::path path = (folder / name).lexically_normal();
+    if (path.is_absolute() && access(path.c_str(), X_OK) == 0) return path;
+  }
+  return {};
+}
+
+Result<HelperProcess> HelperProcess::start(ChildProgram program) {
+  Result<Channel::Ends> ends = Channel::pair();
+  if (!ends) return ends.error();
+  program.input = ends->other.descriptor();
+  const Result<pid_t> child = startChild(program);
+  if (!child) return child.error();
+  return HelperProcess(*child, std::move(ends->own));
+}
+
+HelperProcess::HelperProcess(HelperProcess&& other) noexcept
+    : child_(std::exchange(other.child_, -1)), channel_(std::move(other.channel_)) {}
+
+HelperProcess::~HelperProcess() {
+  if (child_ < 0) return;
+  channel_ = Channel(Descriptor());
+  const auto limit = std::chrono::steady_clock::now() + kPatience;
+  while (!hasEnded(child_)) {
+    if (std::chrono::steady_clock::now() > limit && kill(child_, SIGKILL) == 0) {
+      uninterrupted([&] { return waitpid(child_, nullptr, 0); });
+      return;
+    }
+    if (std::chrono::steady_clock::now() > limit) return;
+    std::this_thread::sleep_for(kPause);
+  }
+}
+
+}  // namespace vantory

@@ -1,0 +1,157 @@
+#include "platform/linux/rights/AdministratorTools.h"
+
+#include <algorithm>
+#include <optional>
+#include <utility>
+
+#include "platform/PrivilegedRunner.h"
+#include "platform/ProtectedFolders.h"
+#include "platform/posix/files/Errors.h"
+#include "platform/posix/files/PlainPath.h"
+
+namespace vantory {
+namespace {
+
+Status refusal(std::string_view about, std::string_view reason) {
+  return errorWithText(std::errc::operation_not_permitted, about, reason);
+}
+
+Status unlessMissing(Status status) {
+  if (!status && status.error().code == std::errc::no_such_file_or_directory) return {};
+  return status;
+}
+
+std::vector<std::string> withHome(std::vector<std::string> folders, const User& user) {
+  if (!user.home.empty()) folders.push_back(user.home);
+  return folders;
+}
+
+}  // namespace
+
+// A tool with exactly these options, and behind them a number of paths.
+struct AdministratorTools::Shape {
+  std::string tool;
+  std::vector<std::string> options;
+  std::size_t paths;
+  Status (AdministratorTools::*work)(const Paths&);
+
+  bool fits(const std::string& otherTool, const std::vector<std::string>& arguments) const {
+    return tool == otherTool && arguments.size() == options.size() + paths &&
+           std::equal(options.begin(), options.end(), arguments.begin());
+  }
+};
+
+const std::vector<AdministratorTools::Shape>& AdministratorTools::shapes() {
+  using Tools = AdministratorTools;
+  static const std::vector<Shape> list = {
+      {"/bin/cp", {"-f", "-p", "-R"}, 2, &Tools::copy},
+      {"/bin/mv", {"-f"}, 2, &Tools::move},
+      {"/bin/rm", {"-Rdf"}, 1, &Tools::removeItem},
+      {"/bin/rm", {"-R", "-f"}, 1, &Tools::removeItem},
+      {"/bin/mkdir", {"-p"}, 1, &Tools::makeFolder},
+      {"/usr/bin/touch", {"-c"}, 1, &Tools::touch},
+      {"/usr/bin/chattr", {"+i"}, 1, &Tools::lock},
+      {"/usr/bin/chattr", {"-i"}, 1, &Tools::unlock},
+      {"/usr/sbin/chown", {"root:wheel"}, 1, &Tools::giveJobToSuperuser},
+      {"/bin/chmod", {"644"}, 1, &Tools::publishJob},
+      {kMachineSettingTool, {"requireAdminPassword", "1"}, 0, &Tools::requireAdministrator},
+      {kMachineSettingTool, {"requireAdminPassword", "0"}, 0, &Tools::requireNoAdministrator},
+  };
+  return list;
+}
+
+AdministratorTools::AdministratorTools(User user, const StandardFolders& standard,
+                                       std::vector<std::string> otherFolders)
+    : user_(std::move(user)),
+      standard_(standard),
+      rights_(FileRights::administrator(user_, withHome(std::move(otherFolders), user_))) {}
+
+bool AdministratorTools::knows(const std::string& tool) {
+  return std::any_of(shapes().begin(), shapes().end(), [&](const Shape& shape) { return shape.tool == tool; });
+}
+
+Status AdministratorTools::perform(const std::string& tool, const std::vector<std::string>& arguments) {
+  const auto shape =
+      std::find_if(shapes().begin(), shapes().end(), [&](const Shape& each) { return each.fits(tool, arguments); });
+  if (shape == shapes().end()) return refusal(tool, "is no tool of ours, or is not called as we call it");
+  Paths paths;
+  for (std::size_t i = shape->options.size(); i < arguments.size(); ++i) {
+    std::optional<std::string> path = plainPath(arguments[i]);
+    if (!path) return refusal(arguments[i], "is no absolute path");
+    paths.push_back(std::move(*path));
+  }
+  return (this->*shape->work)(paths);
+}
+
+// An existing file is replaced; an existing folder is left alone and makes it fail.
+Status AdministratorTools::copy(const Paths& paths) {
+  const Result<FileInfo> existing = files_.info(paths[1], Links::DoNotFollow);
+  if (existing && existing->type == FileType::Folder) return systemError(paths[1], EISDIR);
+  auto staged = files_.stageCopy({paths[0], paths[1], {}, Links::DoNotFollow});
+  if (!staged) return staged.error();
+  return (*staged)->commit(StagedCopy::Existing::Replace);
+}
+
+Status AdministratorTools::move(const Paths& paths) {
+  if (machine_.isJob(paths[1])) return machine_.install(paths[0], paths[1], user_);
+  if (Status allowed = refuseProtected(paths[0]); !allowed) return allowed;
+  return files_.move(paths[0], paths[1]);
+}
+
+Status AdministratorTools::removeItem(const Paths& paths) {
+  if (machine_.isJob(paths[0])) return unlessMissing(machine_.remove(paths[0]));
+  if (Status allowed = refuseProtected(paths[0]); !allowed) return allowed;
+  return unlessMissing(files_.remove(paths[0]));
+}
+
+Status AdministratorTools::makeFolder(const Paths& paths) {
+  return machine_.isJobFolder(paths[0]) ? machine_.makeFolder(paths[0]) : files_.makeFolder(paths[0]);
+}
+
+Status AdministratorTools::touch(const Paths& paths) {
+  return unlessMissing(metadata_.setModified(paths[0], std::nullopt));
+}
+
+Status AdministratorTools::lock(const Paths& paths) {
+  if (Status allowed = refuseProtected(paths[0]); !allowed) return allowed;
+  return metadata_.setLocked(paths[0], true);
+}
+
+Status AdministratorTools::unlock(const Paths& paths) {
+  return metadata_.setLocked(paths[0], false);
+}
+
+Status AdministratorTools::giveJobToSuperuser(const Paths& paths) {
+  if (!machine_.isJob(paths[0])) return refusal(paths[0], "is no job of the machine's");
+  return machine_.giveToSuperuser(paths[0]);
+}
+
+Status AdministratorTools::publishJob(const Paths& paths) {
+  if (machine_.isJob(paths[0])) return machine_.makeReadable(paths[0]);
+  if (!isUsersJob(paths[0])) return refusal(paths[0], "is no job");
+  return makeReadableForAll(paths[0], rights_);
+}
+
+Status AdministratorTools::requireAdministrator(const Paths&) {
+  return machine_.requireAdministrator(true);
+}
+
+Status AdministratorTools::requireNoAdministrator(const Paths&) {
+  return machine_.requireAdministrator(false);
+}
+
+// Where the folders lie depends on the user's desktop settings, which are read with the user's rights.
+Status AdministratorTools::refuseProtected(const std::string& path) const {
+  const FileRights usersRights = FileRights::ofUser(user_);
+  const FileRights::Scope scope(usersRights);
+  const auto folders = protectedFolders(standard_, user_.home);
+  if (std::find(folders.begin(), folders.end(), path) == folders.end()) return {};
+  return refusal(path, "is a system directory");
+}
+
+bool AdministratorTools::isUsersJob(const std::string& path) const {
+  const auto library = standard_.userFolder(StandardFolder::Library, user_.home);
+  return library && isJobFileIn(*library + "/LaunchAgents", path);
+}
+
+}  // namespace vantory

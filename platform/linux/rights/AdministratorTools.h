@@ -1,0 +1,57 @@
+// The work of a few file tools, done by the superuser for a user.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "base/Result.h"
+#include "platform/StandardFolders.h"
+#include "platform/Users.h"
+#include "platform/linux/files/LinuxFileMetadata.h"
+#include "platform/linux/files/LinuxFileSystem.h"
+#include "platform/linux/rights/MachineWideFiles.h"
+
+namespace vantory {
+
+// Whoever asks may be hostile: only the tools and argument shapes of PrivilegedRunner are known, only items in the
+// user's home, in the given folders and among the machine-wide files are touched, and no folder of the standard layout
+// is moved, deleted or locked. Does the work itself instead of starting the tools, because a tool would follow whatever
+// link the user plants in its way. Any thread.
+class AdministratorTools {
+ public:
+  // The standard folders outlive the tools.
+  AdministratorTools(User user, const StandardFolders& standard, std::vector<std::string> otherFolders);
+
+  static bool knows(const std::string& tool);
+  // Does what the tool would do with these arguments, to its end.
+  Status perform(const std::string& tool, const std::vector<std::string>& arguments);
+
+ private:
+  using Paths = std::vector<std::string>;
+  struct Shape;
+  static const std::vector<Shape>& shapes();
+
+  Status copy(const Paths& paths);
+  Status move(const Paths& paths);
+  Status removeItem(const Paths& paths);
+  Status makeFolder(const Paths& paths);
+  Status touch(const Paths& paths);
+  Status lock(const Paths& paths);
+  Status unlock(const Paths& paths);
+  Status giveJobToSuperuser(const Paths& paths);
+  Status publishJob(const Paths& paths);
+  Status requireAdministrator(const Paths&);
+  Status requireNoAdministrator(const Paths&);
+
+  Status refuseProtected(const std::string& path) const;
+  bool isUsersJob(const std::string& path) const;
+
+  const User user_;
+  const StandardFolders& standard_;
+  const FileRights rights_;
+  LinuxFileSystem files_{rights_};
+  LinuxFileMetadata metadata_{rights_};
+  MachineWideFiles machine_{standard_};
+};
+
+}  // namespace vantory

@@ -1,0 +1,42 @@
+// The files of the program that serve all users of the machine: job files, and one setting.
+#pragma once
+
+#include <string>
+
+#include "base/Result.h"
+#include "platform/StandardFolders.h"
+#include "platform/Users.h"
+#include "platform/linux/files/LinuxFileSystem.h"
+
+namespace vantory {
+
+// Works with the superuser's own rights, on files of the program's own names only. Paths are plain.
+class MachineWideFiles {
+ public:
+  // The folders outlive the object.
+  explicit MachineWideFiles(const StandardFolders& standard) : standard_(standard) {}
+
+  bool isJobFolder(const std::string& path) const;
+  bool isJob(const std::string& path) const;
+  Status makeFolder(const std::string& path) { return files_.makeFolder(path); }
+  // Moves a file that the user may read to a place where no job is yet.
+  Status install(const std::string& source, const std::string& job, const User& user);
+  Status remove(const std::string& job) { return files_.remove(job); }
+  Status giveToSuperuser(const std::string& job) const;
+  Status makeReadable(const std::string& path) const;
+
+  // Whether the program asks every user for an administrator's password when it starts.
+  Status requireAdministrator(bool required);
+
+ private:
+  const StandardFolders& standard_;
+  const FileRights rights_ = FileRights::machine();
+  LinuxFileSystem files_{rights_};
+};
+
+// Whether this is the path of one of the program's job files in the folder.
+bool isJobFileIn(const std::string& folder, const std::string& path);
+// Lets all read a regular file that bears no other name.
+Status makeReadableForAll(const std::string& path, const FileRights& rights);
+
+}  // namespace vantory

@@ -1,0 +1,112 @@
+#include "platform/linux/schedule/LinuxJobControl.h"
+
+#include <algorithm>
+#include <string_view>
+
+#include "platform/FileMetadata.h"
+#include "platform/FileSystem.h"
+#include "platform/Users.h"
+#include "platform/linux/helpers/HelperProcess.h"
+#include "platform/linux/schedule/JobUnits.h"
+#include "platform/posix/files/EnvironmentFolder.h"
+#include "platform/posix/files/Errors.h"
+
+namespace vantory {
+
+namespace {
+
+constexpr const char* kIsDueProgram = "vantory-due";
+
+// What a unit may be called, with room for what is put before and behind it in a file's name.
+bool isUnitName(std::string_view label) {
+  constexpr std::size_t kLongest = 200;
+  constexpr std::string_view kCharacters = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-_.:";
+  return !label.empty() && label.size() <= kLongest && label.front() != '.' && label.front() != '-' &&
+         label.find_first_not_of(kCharacters) == std::string_view::npos;
+}
+
+bool isMissing(const Error& error) {
+  return error.code == std::errc::no_such_file_or_directory || error.code == std::errc::not_a_directory;
+}
+
+Status write(FileSystem& files, const std::string& path, const std::string& text) {
+  if (Status made = files.makeFolder(path.substr(0, path.rfind('/'))); !made) return made;
+  return files.write(path, text, {});
+}
+
+}  // namespace
+
+LinuxJobControl::LinuxJobControl(const Users& users, FileSystem& files, FileMetadata& metadata, UserManager manager)
+    : users_(users), files_(files), metadata_(metadata), manager_(std::move(manager)) {}
+
+Result<LinuxJobControl::Places> LinuxJobControl::placesOf(const JobName& job) const {
+  if (job.domain == JobName::Domain::Machine)
+    return errorWithText(std::errc::not_supported, job.file, "jobs for the whole machine are not supported here");
+  if (!isUnitName(job.label)) return errorWithText(std::errc::invalid_argument, job.label, "is no name for a job");
+  const std::optional<User> user = users_.isSuperuser() ? users_.consoleUser() : users_.processUser();
+  if (!user) return errorWithText(std::errc::no_such_process, job.label, "there is no user to run it for");
+  const auto folder = [&](const char* variable, const char* usual) {
+    const auto configured = users_.isSuperuser() ? std::nullopt : environmentFolder(variable);
+    return configured.value_or(user->home + usual);
+  };
+  const std::string units = folder("XDG_CONFIG_HOME", "/.config") + "/systemd/user/";
+  const std::string timerName = job.label + ".timer";
+  return Places{.timerName = timerName,
+                .service = units + job.label + ".service",
+                .timer = units + timerName,
+                .stamp = folder("XDG_STATE_HOME", "/.local/state") + "/" + job.label + ".lastrun",
+                .enabling = units + "timers.target.wants/" + timerName,
+                .managerStamp = folder("XDG_DATA_HOME", "/.local/share") + "/systemd/timers/stamp-" + timerName};
+}
+
+Status LinuxJobControl::load(const Job& job) {
+  const Result<Places> places = placesOf(job.name);
+  if (!places) return places.error();
+  Status loaded = write(job, *places);
+  if (loaded) loaded = start(*places);
+  if (!loaded) (void)remove(job.name);
+  return loaded;
+}
+
+Status LinuxJobControl::write(const Job& job, const Places& places) {
+  if (!job.program.starts_with('/') || job.interval <= std::chrono::seconds(0))
+    return errorWithText(std::errc::invalid_argument, job.name.label, "names no program or no interval");
+  const std::string isDue = helperProgram(kIsDueProgram);
+  if (isDue.empty()) return errorWithText(std::errc::no_such_file_or_directory, kIsDueProgram, "is not installed");
+  Status done = vantory::write(files_, places.service, serviceUnit(job, {isDue, places.stamp}));
+  if (done) done = vantory::write(files_, places.timer, timerUnit(job));
+  if (done) done = vantory::write(files_, places.stamp, "");
+  if (done && job.lastRun) done = metadata_.setModified(places.stamp, *job.lastRun);
+  return done;
+}
+
+Status LinuxJobControl::start(const Places& places) {
+  if (Status read = manager_.run({"daemon-reload"}); !read) return read;
+  return manager_.run({"--quiet", "enable", "--now", places.timerName});
+}
+
+Status LinuxJobControl::unload(const JobName& job) {
+  const Result<Places> places = placesOf(job);
+  if (!places || !files_.info(places->timer, Links::DoNotFollow)) return {};  // never loaded
+  return manager_.run({"--quiet", "disable", "--now", places->timerName});
+}
+
+Status LinuxJobControl::remove(const JobName& job) {
+  const Result<Places> places = placesOf(job);
+  if (!places) return {};
+  Status all;
+  for (const std::string& path :
+       {places->enabling, places->timer, places->service, places->stamp, places->managerStamp})
+    if (Status removed = files_.remove(path); !removed && !isMissing(removed.error())) all = removed;
+  return all;
+}
+
+std::optional<Timestamp> LinuxJobControl::lastRun(const JobName& job) const {
+  const Result<Places> places = placesOf(job);
+  if (!places) return std::nullopt;
+  const Result<FileInfo> stamp = files_.info(places->stamp, Links::DoNotFollow);
+  if (!stamp || stamp->type != FileType::File) return std::nullopt;
+  return stamp->modified;
+}
+
+}  // namespace vantory

@@ -1,0 +1,99 @@
+#include "platform/linux/system/LinuxStandardFolders.h"
+
+#include <unistd.h>
+
+#include <string_view>
+#include <utility>
+
+#include "platform/posix/files/AssignmentFile.h"
+#include "platform/posix/files/EnvironmentFolder.h"
+
+namespace vantory {
+
+LinuxStandardFolders::LinuxStandardFolders(std::string root) : LinuxStandardFolders(std::move(root), getuid() == 0) {}
+
+LinuxStandardFolders::LinuxStandardFolders(std::string root, bool superuser)
+    : root_(std::move(root)), superuser_(superuser) {}
+
+std::optional<std::string> LinuxStandardFolders::userFolder(StandardFolder folder, const std::string& home) const {
+  switch (folder) {
+    case StandardFolder::Applications:
+      return home + "/Applications";
+    case StandardFolder::AdministrationApplications:
+      return home + "/Applications/Utilities";
+    case StandardFolder::Documents:
+      return home + "/Documents";
+    case StandardFolder::Library:
+      return home + "/Library";
+    case StandardFolder::Caches:
+      return home + "/Library/Caches";
+    case StandardFolder::ApplicationSupport:
+      return home + "/Library/Application Support";
+    case StandardFolder::Documentation:
+      return home + "/Library/Documentation";
+    case StandardFolder::Desktop:
+      return desktop(home);
+    case StandardFolder::Trash:
+      if (const auto data = configuredFolder("XDG_DATA_HOME")) return *data + "/Trash/files";
+      return home + "/.local/share/Trash/files";
+    case StandardFolder::SharedUsers:
+    case StandardFolder::Volumes:
+      break;
+  }
+  return std::nullopt;
+}
+
+std::optional<std::string> LinuxStandardFolders::localFolder(StandardFolder folder) const {
+  switch (folder) {
+    case StandardFolder::Applications:
+      return root_ + "/Applications";
+    case StandardFolder::AdministrationApplications:
+      return root_ + "/Applications/Utilities";
+    case StandardFolder::Library:
+      return root_ + "/Library";
+    case StandardFolder::Caches:
+      return root_ + "/Library/Caches";
+    case StandardFolder::ApplicationSupport:
+      return root_ + "/Library/Application Support";
+    case StandardFolder::Documentation:
+      return root_ + "/Library/Documentation";
+    case StandardFolder::SharedUsers:
+      return root_ + "/Users/Shared";
+    case StandardFolder::Volumes:
+      return root_ + "/Volumes";
+    case StandardFolder::Documents:
+    case StandardFolder::Desktop:
+    case StandardFolder::Trash:
+      break;
+  }
+  return std::nullopt;
+}
+
+std::string LinuxStandardFolders::systemLibraryFolder() const {
+  return root_ + "/System/Library";
+}
+
+std::optional<std::string> LinuxStandardFolders::configuredFolder(const char* variable) const {
+  if (superuser_) return std::nullopt;
+  return environmentFolder(variable);
+}
+
+// Asked for every path that is checked, so the settings file is not read each time.
+std::string LinuxStandardFolders::desktop(const std::string& home) const {
+  const std::lock_guard lock(mutex_);
+  if (desktop_.empty() || desktopHome_ != home) {
+    desktop_ = configuredDesktop(home);
+    desktopHome_ = home;
+  }
+  return desktop_;
+}
+
+std::string LinuxStandardFolders::configuredDesktop(const std::string& home) const {
+  const std::string settings = configuredFolder("XDG_CONFIG_HOME").value_or(home + "/.config") + "/user-dirs.dirs";
+  std::string value = assignedValue(settings, "XDG_DESKTOP_DIR").value_or("");
+  constexpr std::string_view kHome = "$HOME";
+  if (value == kHome || value.starts_with("$HOME/")) value.replace(0, kHome.size(), home);
+  return normalisedFolder(value).value_or(home + "/Desktop");
+}
+
+}  // namespace vantory

@@ -1,0 +1,67 @@
+#include "platform/linux/system/LinuxSystemLog.h"
+
+#include <fcntl.h>
+#include <syslog.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <csignal>
+#include <string>
+
+#include "platform/posix/files/Descriptor.h"
+
+namespace vantory {
+
+namespace {
+
+// Holds back the signal that a write to a pipe without a reader would end the program with.
+class BrokenPipeIgnored {
+ public:
+  BrokenPipeIgnored() {
+    sigemptyset(&signal_);
+    sigaddset(&signal_, SIGPIPE);
+    sigset_t pending;
+    sigpending(&pending);
+    wasPending_ = sigismember(&pending, SIGPIPE) == 1;
+    pthread_sigmask(SIG_BLOCK, &signal_, &previous_);
+  }
+  ~BrokenPipeIgnored() {
+    const timespec noWait{};
+    if (!wasPending_) sigtimedwait(&signal_, nullptr, &noWait);
+    pthread_sigmask(SIG_SETMASK, &previous_, nullptr);
+  }
+  BrokenPipeIgnored(const BrokenPipeIgnored&) = delete;
+  BrokenPipeIgnored& operator=(const BrokenPipeIgnored&) = delete;
+
+ private:
+  sigset_t signal_;
+  sigset_t previous_;
+  bool wasPending_;
+};
+
+void writeToStandardError(std::string_view line) {
+  const BrokenPipeIgnored guard;
+  while (!line.empty()) {
+    const ssize_t written = uninterrupted([&] { return ::write(STDERR_FILENO, line.data(), line.size()); });
+    if (written <= 0) return;
+    line.remove_prefix(static_cast<std::size_t>(written));
+  }
+}
+
+}  // namespace
+
+LinuxSystemLog::LinuxSystemLog() : hasStandardError_(fcntl(STDERR_FILENO, F_GETFD) != -1) {
+  openlog("Vantory", LOG_ODELAY, LOG_USER);
+}
+
+void LinuxSystemLog::write(std::string_view message) {
+  std::string line(message);
+  std::replace_if(
+      line.begin(), line.end(), [](char c) { return c == '\n' || c == '\r' || c == '\0'; }, ' ');
+  syslog(LOG_NOTICE, "%s", line.c_str());
+  if (!hasStandardError_) return;
+  beforeLine_();
+  writeToStandardError("Vantory: " + line + "\n");
+}
+
+}  // namespace vantory

@@ -1,0 +1,17 @@
+#include "platform/posix/files/Names.h"
+
+#include <cstdint>
+#include <cstdio>
+
+namespace vantory {
+
+std::string stagingName(std::string_view finalName, int attempt) {
+  std::uint64_t hash =
+      14695981039346656037ULL;  // FNV-1a: the final name itself may already be as long as a name can be
+  for (const char byte : finalName) hash = (hash ^ static_cast<unsigned char>(byte)) * 1099511628211ULL;
+  char name[64];
+  std::snprintf(name, sizeof name, ".vantory-%016llx-%d.partial", static_cast<unsigned long long>(hash), attempt);
+  return name;
+}
+
+}  // namespace vantory

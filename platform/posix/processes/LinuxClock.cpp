@@ -1,0 +1,24 @@
+#include "platform/posix/processes/LinuxClock.h"
+
+#include <ctime>
+
+#include "platform/posix/files/Descriptor.h"
+
+namespace vantory {
+
+Timestamp LinuxClock::now() const {
+  timespec time{};
+  clock_gettime(CLOCK_REALTIME, &time);
+  return {time.tv_sec, static_cast<std::int32_t>(time.tv_nsec)};
+}
+
+void LinuxClock::sleep(std::chrono::microseconds duration) {
+  if (duration <= duration.zero()) return;
+  const auto seconds = std::chrono::floor<std::chrono::seconds>(duration);
+  timespec left{};
+  left.tv_sec = seconds.count();
+  left.tv_nsec = std::chrono::nanoseconds(duration - seconds).count();
+  uninterrupted([&] { return nanosleep(&left, &left); });
+}
+
+}  // namespace vantory

@@ -1,0 +1,72 @@
+#include "platform/posix/progress/WatchedFileSystem.h"
+
+#include "platform/posix/progress/ProgressLine.h"
+
+namespace vantory {
+
+Result<FileInfo> WatchedFileSystem::info(const std::string& path, Links links) const {
+  return disk_.info(path, links);
+}
+
+Result<std::vector<DirectoryEntry>> WatchedFileSystem::list(const std::string& path, Detail detail) const {
+  line_.show("Reading", path);
+  return disk_.list(path, detail);
+}
+
+Result<std::string> WatchedFileSystem::read(const std::string& path) const {
+  line_.show("Reading", path);
+  return disk_.read(path);
+}
+
+Status WatchedFileSystem::write(const std::string& path, std::string_view bytes, WriteOptions options) {
+  line_.show("Writing", path);
+  return disk_.write(path, bytes, options);
+}
+
+Result<std::unique_ptr<AppendFile>> WatchedFileSystem::openForAppending(const std::string& path) {
+  return disk_.openForAppending(path);
+}
+
+Result<std::unique_ptr<StagedCopy>> WatchedFileSystem::stageCopy(const CopyRequest& request) {
+  line_.show("Copying", request.source);
+  CopyRequest watched = request;
+  watched.observer = [this, observer = request.observer](std::int64_t bytes, int objects) {
+    line_.advance(bytes, objects);
+    return !observer || observer(bytes, objects);
+  };
+  return disk_.stageCopy(watched);
+}
+
+Status WatchedFileSystem::move(const std::string& source, const std::string& destination) {
+  line_.show("Moving", source);
+  return disk_.move(source, destination);
+}
+
+Status WatchedFileSystem::remove(const std::string& path) {
+  line_.show("Removing", path);
+  return disk_.remove(path);
+}
+
+Status WatchedFileSystem::makeFolder(const std::string& path) {
+  return disk_.makeFolder(path);
+}
+
+Result<std::string> WatchedFileSystem::trash(const std::string& path, const std::string& trashFolder) {
+  line_.show("Moving to the Trash:", path);
+  auto place = disk_.trash(path, trashFolder);
+  if (place) line_.advance(0, 1);
+  return place;
+}
+
+Status WatchedFileSystem::sync(const std::string& path) {
+  line_.show("Waiting until all is on disk:", path);
+  return disk_.sync(path);
+}
+
+Result<std::unique_ptr<FolderHold>> WatchedFileSystem::holdFolder(const std::string& path,
+                                                                  std::chrono::milliseconds wait) {
+  line_.show("Waiting for another process in", path);
+  return disk_.holdFolder(path, wait);
+}
+
+}  // namespace vantory

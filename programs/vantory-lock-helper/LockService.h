@@ -1,0 +1,14 @@
+// Locking and unlocking for the user who started the helper.
+#pragma once
+
+#include <optional>
+
+#include "platform/linux/helpers/Channel.h"
+
+namespace vantory {
+
+// Does what a request of LockProtocol.h asks and answers it; none for what is no such request, and then nothing is
+// done. Touches regular files and folders of the user's own, on a way without links, and nothing else.
+std::optional<Message> serveLockRequest(const Message& request);
+
+}  // namespace vantory

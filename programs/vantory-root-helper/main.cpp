@@ -1,0 +1,67 @@
+// vantory-root-helper: does the work of a few file tools with the superuser's rights, for the user who had it started
+// by pkexec. Takes requests from its standard input until the conversation ends, and tells the system log of each.
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+
+#include "platform/linux/helpers/Channel.h"
+#include "platform/linux/rights/AdministratorTools.h"
+#include "platform/linux/system/LinuxStandardFolders.h"
+#include "platform/linux/system/LinuxSystemLog.h"
+#include "platform/linux/system/LinuxUsers.h"
+#include "platform/posix/processes/HelperAnswers.h"
+#include "platform/posix/processes/StandardStreams.h"
+#include "programs/vantory-root-helper/Caller.h"
+#include "programs/vantory-root-helper/Capabilities.h"
+
+namespace vantory {
+namespace {
+
+constexpr int kRefused = 77;
+
+// Nothing of the caller's: no variables, no folder, no mask.
+bool leaveSurroundings() {
+  signal(SIGPIPE, SIG_IGN);
+  signal(SIGXFSZ, SIG_IGN);
+  umask(077);
+  return clearenv() == 0 && chdir("/") == 0;
+}
+
+void tell(LinuxSystemLog& log, const std::string& user, const Message& request, const Status& done) {
+  std::string line("As administrator for ");
+  line.append(user).append(":");
+  for (const std::string& text : request) line.append(" ").append(text);
+  line.append(done ? " - done" : " - failed, ").append(done ? "" : done.error().text);
+  log.write(line);
+}
+
+// What is no message comes from no program of ours and ends the conversation.
+void serve(Channel channel, const User& user) {
+  const LinuxStandardFolders folders;
+  AdministratorTools tools(user, folders, {*folders.localFolder(StandardFolder::SharedUsers)});
+  LinuxSystemLog log;
+  const std::string name = LinuxUsers().nameOf(user);
+  bool open = channel.send({kHelperReady}).ok();
+  while (open) {
+    const Result<Message> request = channel.receive();
+    if (!request) return;
+    const Status done = tools.perform(request->front(), {request->begin() + 1, request->end()});
+    tell(log, name, *request, done);
+    open = channel.send({done ? kHelperDone : kHelperFailed}).ok();
+  }
+}
+
+}  // namespace
+}  // namespace vantory
+
+int main(int argc, char**) {
+  using namespace vantory;
+  if (argc != 1 || getuid() != 0 || geteuid() != 0) return kRefused;
+  fillStandardStreams();
+  const std::optional<User> user = caller();
+  if (!user || !leaveSurroundings() || !keepOnlyFileCapabilities()) return kRefused;
+  serve(Channel(Descriptor(STDIN_FILENO)), *user);
+  return EXIT_SUCCESS;
+}

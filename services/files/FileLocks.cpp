@@ -1,0 +1,122 @@
+#include <string>
+#include <vector>
+
+#include "platform/FileMetadata.h"
+#include "services/Runtime.h"
+#include "services/files/FolderWalk.h"
+#include "services/files/QWAuthorization.h"
+#include "services/files/QWFileManager.h"
+#include "services/log/QWLog.h"
+
+namespace vantory {
+
+namespace {
+
+bool report(const Error& error, bool locked) {
+  QWLog::appendLog(locked ? "Unable to lock %@" : "Unable to unlock %@", error.text);
+  return false;
+}
+
+bool changeWithRights(const std::string& path, bool locked) {
+  QWAuthorization& authorization = QWAuthorization::sharedController();
+  return authorization.canAuthorize() &&
+         authorization.authExecTask("/usr/bin/chattr", {locked ? "+i" : "-i", path}) == QWAuthorization::Success;
+}
+
+// An item whose flag is to change.
+struct Item {
+  std::string path;
+  bool differs = true;  // as far as is known
+  Status looked = {};
+  Status changed = {};
+};
+
+// Looks before it unlocks: nearly everything is unlocked, and a file that is need not even be ours to open.
+Item itemAt(const std::string& path, bool locked) {
+  if (locked) return {path};
+  const auto info = Runtime::current().platform().files.info(path, Links::DoNotFollow);
+  return info ? Item{path, info->locked} : Item{path, false, info.error()};
+}
+
+void changeThose(std::vector<Item>& items, bool locked) {
+  std::vector<std::string> paths;
+  for (const Item& item : items)
+    if (item.differs) paths.push_back(item.path);
+  if (paths.empty()) return;
+  auto results = Runtime::current().platform().metadata.setAllLocked(paths, locked);
+  auto next = results.begin();
+  for (Item& item : items)
+    if (item.differs) item.changed = std::move(*next++);
+}
+
+// Whether the item is as wanted in the end, if need be with more rights.
+bool settle(const Item& item, bool locked) {
+  if (!item.looked) return QWFileManager::meansMissing(item.looked.error()) || report(item.looked.error(), locked);
+  if (item.changed || QWFileManager::meansMissing(item.changed.error())) return true;
+  if (rightsCouldHelp(item.changed.error()) && changeWithRights(item.path, locked)) return true;
+  return report(item.changed.error(), locked);
+}
+
+void sayNothing(const std::string&) {}
+
+// Some at a time: each has its cost where another program does it, yet the log should be close behind what is done.
+std::size_t changeAll(const std::vector<std::string>& paths, bool locked,
+                      const QWFileManager::Announcement& announce = sayNothing) {
+  constexpr std::size_t kAtOnce = 100;
+  std::size_t failed = 0;
+  for (auto next = paths.begin(); next != paths.end();) {
+    std::vector<Item> items;
+    for (; next != paths.end() && items.size() < kAtOnce; ++next) items.push_back(itemAt(*next, locked));
+    changeThose(items, locked);
+    for (const Item& item : items) {
+      announce(item.path);
+      if (!settle(item, locked)) ++failed;
+    }
+  }
+  return failed;
+}
+
+void changeFolder(const std::string& folder, bool locked) {
+  const auto info = Runtime::current().platform().files.info(folder, Links::DoNotFollow);
+  if (!info || info->type != FileType::Folder) return;
+  std::vector<std::string> paths;
+  walkFolder(folder, Detail::Names, Links::DoNotFollow, [&](const std::string& path, const DirectoryEntry& entry) {
+    // A link has no such flag, and what it leads to is not in this folder.
+    if (entry.type != FileType::SymbolicLink) paths.push_back(path);
+    return true;
+  });
+  changeAll(paths, locked);
+}
+
+}  // namespace
+
+bool QWFileManager::lockFile(const std::string& path) {
+  return changeAll({path}, true) == 0;
+}
+
+bool QWFileManager::unlockFile(const std::string& path) {
+  return changeAll({path}, false) == 0;
+}
+
+std::size_t QWFileManager::lockFiles(const std::vector<std::string>& paths, const Announcement& announce) {
+  return changeAll(paths, true, announce);
+}
+
+std::size_t QWFileManager::unlockFiles(const std::vector<std::string>& paths, const Announcement& announce) {
+  return changeAll(paths, false, announce);
+}
+
+bool QWFileManager::isFileLocked(const std::string& path) {
+  const auto info = Runtime::current().platform().files.info(path, Links::DoNotFollow);
+  return info && info->locked;
+}
+
+void QWFileManager::lockFolder(const std::string& path) {
+  changeFolder(path, true);
+}
+
+void QWFileManager::unlockFolder(const std::string& path) {
+  changeFolder(path, false);
+}
+
+}  // namespace vantory

@@ -1,0 +1,123 @@
+#include <algorithm>
+#include <optional>
+
+#include "base/Format.h"
+#include "base/Paths.h"
+#include "base/Text.h"
+#include "platform/Clock.h"
+#include "platform/FileMetadata.h"
+#include "services/Runtime.h"
+#include "services/files/FolderWalk.h"
+#include "services/files/QWAuthorization.h"
+#include "services/files/QWFileManager.h"
+
+namespace vantory {
+
+namespace {
+
+FileSystem& files() {
+  return Runtime::current().platform().files;
+}
+
+FileMetadata& metadata() {
+  return Runtime::current().platform().metadata;
+}
+
+}  // namespace
+
+bool QWFileManager::fileExistsAtPath(const std::string& path) {
+  return files().info(path, Links::Follow).ok();
+}
+
+bool QWFileManager::isDirectoryAtPath(const std::string& path) {
+  const auto info = files().info(path, Links::Follow);
+  return info && info->type == FileType::Folder;
+}
+
+bool QWFileManager::isSymbolicLinkAtPath(const std::string& path) {
+  return metadata().linkTarget(path).ok();
+}
+
+bool QWFileManager::isPackageAtPath(const std::string& path) {
+  return metadata().isPackage(path);
+}
+
+bool QWFileManager::itemExistsAtPath(const std::string& path) {
+  return files().info(path, Links::DoNotFollow).ok();
+}
+
+bool QWFileManager::isMissingAtPath(const std::string& path) {
+  const auto info = files().info(path, Links::DoNotFollow);
+  return !info && meansMissing(info.error());
+}
+
+bool QWFileManager::meansMissing(const Error& error) {
+  return error.code == std::errc::no_such_file_or_directory || error.code == std::errc::not_a_directory;
+}
+
+std::string QWFileManager::uniqueFilename(const std::string& path) {
+  const std::string extension = paths::extension(path);
+  const std::string suffix = extension.empty() ? "" : "." + extension;
+  std::string candidate = path;
+  for (int number = 2; itemExistsAtPath(candidate); ++number)
+    candidate = formatted("%@ %i%@", paths::withoutExtension(path), number, suffix);
+  return candidate;
+}
+
+std::string QWFileManager::validateFilename(const std::string& name) {
+  if (name == ".") return "";
+  std::string_view text = name;
+  if (text.starts_with('.')) text.remove_prefix(1);
+  std::string result(trimmed(text));
+  std::erase_if(result, [](char character) { return character == '/' || character == ':'; });
+  return result;
+}
+
+std::string QWFileManager::formatFileSize(double bytes) {
+  constexpr double kKilobyte = 1024;
+  constexpr double kMegabyte = kKilobyte * 1024;
+  constexpr double kGigabyte = kMegabyte * 1024;
+  if (bytes < kKilobyte) return formatted("%0.0f B", bytes);
+  if (bytes < kMegabyte) return formatted("%0.2f KB", bytes / kKilobyte);
+  if (bytes < kGigabyte) return formatted("%0.2f MB", bytes / kMegabyte);
+  return formatted("%0.2f GB", bytes / kGigabyte);
+}
+
+bool QWFileManager::isFolderEmpty(const std::string& path) {
+  return walkFolder(path, Detail::Names, Links::Follow, isHousekeepingEntry);
+}
+
+std::uint64_t QWFileManager::fileSize(const std::string& path) {
+  if (!isDirectoryAtPath(path)) {
+    const auto info = files().info(path, Links::DoNotFollow);
+    return info ? info->size : 0;
+  }
+  std::uint64_t total = 0;
+  walkFolder(path, Detail::Sizes, Links::Follow, [&total](const std::string&, const DirectoryEntry& entry) {
+    total += entry.size;
+    return true;
+  });
+  return total;
+}
+
+std::vector<std::string> QWFileManager::contentsOfDirectory(const std::string& path) {
+  std::vector<std::string> names;
+  auto entries = files().list(path, Detail::Names);
+  if (!entries) return names;
+  names.reserve(entries->size());
+  for (DirectoryEntry& entry : *entries) names.push_back(std::move(entry.name));
+  return names;
+}
+
+bool QWFileManager::touchFile(const std::string& path) {
+  if (path.empty() || isMissingAtPath(path)) return false;
+  if (metadata().isWritable(path)) {
+    // True for every file that may be written, whatever became of its date.
+    const Timestamp now = Runtime::current().platform().clock.now();
+    if (!metadata().setModified(path, now)) (void)metadata().setModified(path, std::nullopt);  // not its owner
+    return true;
+  }
+  return QWAuthorization::sharedController().authExecTask("/usr/bin/touch", {"-c", path}) == QWAuthorization::Success;
+}
+
+}  // namespace vantory

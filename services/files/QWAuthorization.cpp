@@ -1,0 +1,230 @@
+#include "services/files/QWAuthorization.h"
+
+#include <chrono>
+
+#include "base/Format.h"
+#include "base/LocalTime.h"
+#include "base/Paths.h"
+#include "base/Text.h"
+#include "platform/Clock.h"
+#include "platform/FileSystem.h"
+#include "platform/PrivilegedRunner.h"
+#include "platform/SystemLog.h"
+#include "platform/TrashNote.h"
+#include "platform/Users.h"
+#include "services/QWLocalPaths.h"
+#include "services/Runtime.h"
+#include "services/files/QWFileManager.h"
+
+namespace vantory {
+
+namespace {
+
+// A place in the Trash and the note beside it, which says where the item came from.
+struct TrashPlace {
+  std::string item;
+  std::string note;
+};
+
+TrashPlace placeInTrash(const std::string& trashFolder, const std::string& name) {
+  const std::string noteFolder = paths::join(paths::parent(trashFolder), "info");
+  return {paths::join(trashFolder, name), paths::join(noteFolder, name + ".trashinfo")};
+}
+
+bool isTaken(const TrashPlace& place) {
+  return QWFileManager::itemExistsAtPath(place.item) || QWFileManager::itemExistsAtPath(place.note);
+}
+
+// Under the item's own name, or with the time behind it where that is taken. The time is followed by the extension's
+// dot even when there is no extension.
+TrashPlace freePlaceInTrash(const std::string& trashFolder, const std::string& name, Timestamp now) {
+  TrashPlace place = placeInTrash(trashFolder, name);
+  const std::string stem = paths::withoutExtension(name) + "_" + localTimeText(now, "%Y%m%d%H%M%S");
+  const std::string extension = paths::extension(name);
+  for (int number = 1; isTaken(place); ++number) {
+    const std::string mark = number > 1 ? formatted(" %i", number) : "";
+    place = placeInTrash(trashFolder, stem + mark + "." + extension);
+  }
+  return place;
+}
+
+// Written under another name first: only a move never replaces what another process just put there.
+Status writeNote(FileSystem& files, const TrashPlace& place, const std::string& text) {
+  const std::string draft = paths::join(paths::parent(place.note), formatted(".%@", QWLocalPaths::uuid()));
+  Status done = files.write(draft, text, {});
+  if (done) done = files.move(draft, place.note);
+  if (!done) (void)files.remove(draft);
+  return done;
+}
+
+}  // namespace
+
+QWAuthorization& QWAuthorization::sharedController(bool hasGUI) {
+  auto& instance = Runtime::current().shared<QWAuthorization>();
+  std::call_once(instance.decided_, [&] { instance.setHasGUI(hasGUI); });
+  return instance;
+}
+
+QWAuthorization::QWAuthorization() : platform_(Runtime::current().platform()) {
+  if (!isSuperuser()) userDirectory_ = QWLocalPaths::userDirectory();
+}
+
+QWAuthorization::~QWAuthorization() {
+  authEnd();
+}
+
+bool QWAuthorization::isSuperuser() const {
+  return platform_.users.isSuperuser();
+}
+
+bool QWAuthorization::isAuthorized() const {
+  return isSuperuser() || platform_.privileged.isAuthorized();
+}
+
+bool QWAuthorization::canAuthorize() const {
+  return hasGUI_ || isSuperuser();
+}
+
+bool QWAuthorization::hasGUI() const {
+  return hasGUI_;
+}
+
+void QWAuthorization::setHasGUI(bool hasGUI) {
+  hasGUI_ = hasGUI;
+}
+
+bool QWAuthorization::authStart() {
+  const std::lock_guard lock(asking_);
+  return isAuthorized() || ask();
+}
+
+bool QWAuthorization::authStartWithUser(const std::string& user, const std::string& password) {
+  if (isSuperuser()) return true;
+  if (user.empty() || password.empty()) return false;
+  authEnd();
+  platform_.systemLog.write(
+      formatted("Unable to create authRef - error %d", static_cast<int>(std::errc::not_supported)));
+  return false;
+}
+
+void QWAuthorization::beginTask() {
+  const std::lock_guard lock(asking_);
+  refused_ = false;
+}
+
+void QWAuthorization::authEnd() {
+  const std::lock_guard lock(asking_);
+  refused_ = false;
+  if (!isSuperuser()) platform_.privileged.release();
+}
+
+bool QWAuthorization::authorizeForTask() {
+  const std::lock_guard lock(asking_);
+  return isAuthorized() || (!refused_ && ask());
+}
+
+bool QWAuthorization::ask() {
+  if (!hasGUI_) return refuse("Unable to authorize");
+  refused_ = !platform_.privileged.authorize();
+  return !refused_;
+}
+
+int QWAuthorization::authExecTask(const std::string& tool, const std::vector<std::string>& parameters) {
+  if (!platform_.privileged.knows(tool) && !QWFileManager::fileExistsAtPath(tool)) {
+    platform_.systemLog.write(printable(formatted("Unable to execute task: path %@ doesn't exist", tool)));
+    return ToolMissing;
+  }
+  if (!authorizeForTask()) return NotAuthorized;
+  return platform_.privileged.run(tool, parameters);
+}
+
+bool QWAuthorization::refuse(const char* message) const {
+  platform_.systemLog.write(message);
+  return false;
+}
+
+bool QWAuthorization::isProtected(const std::string& path, const char* message) const {
+  std::string_view folder = path;
+  while (folder.size() > 1 && folder.ends_with('/')) folder.remove_suffix(1);
+  if (!QWLocalPaths::isPathSystemDirectory(folder, true)) return false;
+  platform_.systemLog.write(printable(formatted(message, path)));
+  return true;
+}
+
+bool QWAuthorization::authCopyFile(const std::string& source, const std::string& toPath) {
+  if (source.empty()) return refuse("Error in authCopyFile: old path is null");
+  if (toPath.empty()) return refuse("Error in authCopyFile: new path is null");
+  if (QWFileManager::isMissingAtPath(source)) return false;
+  return authExecTask("/bin/cp", {"-f", "-p", "-R", source, toPath}) == Success;
+}
+
+bool QWAuthorization::authMoveFile(const std::string& source, const std::string& toPath) {
+  if (source.empty()) return refuse("Error in authMoveFile: old path is null");
+  if (toPath.empty()) return refuse("Error in authMoveFile: new path is null");
+  if (isProtected(source, "Unable to move path %@ because it is a system directory.")) return false;
+  if (QWFileManager::isMissingAtPath(source)) return false;
+  return authExecTask("/bin/mv", {"-f", source, toPath}) == Success;
+}
+
+bool QWAuthorization::authMoveFolderContents(const std::string& folder, const std::string& toPath) {
+  if (isProtected(folder, "Unable to move contents of path %@ because it is a system directory.")) return false;
+  bool all = true;
+  for (const std::string& name : QWFileManager::contentsOfDirectory(folder))
+    all &= authMoveFile(paths::join(folder, name), paths::join(toPath, name));
+  return all;
+}
+
+bool QWAuthorization::authRemoveFile(const std::string& path) {
+  if (isProtected(path, "Unable to delete path %@ because it is a system directory.")) return false;
+  return authExecTask("/bin/rm", {"-Rdf", path}) == Success;
+}
+
+bool QWAuthorization::authCreateDir(const std::string& path) {
+  const bool made = authExecTask("/bin/mkdir", {"-p", path}) == Success;
+  platform_.clock.sleep(std::chrono::microseconds(500));
+  return made;
+}
+
+bool QWAuthorization::deletesInsteadOfTrashing(bool deleteOnRootAccount) const {
+  return !userDirectory_ && deleteOnRootAccount && isSuperuser();
+}
+
+bool QWAuthorization::makeFolder(const std::string& path) {
+  const vantory::Status made = platform_.files.makeFolder(path);
+  return made || (rightsCouldHelp(made.error()) && authCreateDir(path));
+}
+
+bool QWAuthorization::authTrashFile(const std::string& path, bool deleteOnRootAccount) {
+  if (isProtected(path, "Unable to trash path %@ because it is a system directory.")) return false;
+  const auto trashFolder = QWLocalPaths::trashDirectory();
+  if (!trashFolder) return false;
+  const Timestamp now = platform_.clock.now();
+  const TrashPlace place = freePlaceInTrash(*trashFolder, paths::lastComponent(path), now);
+  // What is deleted is the place in the Trash; the item itself stays.
+  if (deletesInsteadOfTrashing(deleteOnRootAccount)) return authRemoveFile(place.item);
+
+  for (const std::string& folder : {paths::parent(place.item), paths::parent(place.note)})
+    if (!makeFolder(folder)) return false;
+  // The note comes first, so that nothing ever lies in the Trash without one.
+  if (!writeNote(platform_.files, place, trashNote(path, localTimeText(now, "%Y-%m-%dT%H:%M:%S")))) return false;
+  if (authMoveFile(path, place.item)) return true;
+  (void)platform_.files.remove(place.note);
+  return false;
+}
+
+bool QWAuthorization::authTrashFolderContents(const std::string& folder, bool deleteOnRootAccount) {
+  if (isProtected(folder, "Unable to trash folder contents of path %@ because it is a system directory.")) return false;
+  bool all = true;
+  for (const std::string& name : QWFileManager::contentsOfDirectory(folder)) {
+    const std::string path = paths::join(folder, name);
+    all &= deletesInsteadOfTrashing(deleteOnRootAccount) ? authExecTask("/bin/rm", {"-R", "-f", path}) == Success
+                                                         : authTrashFile(path);
+  }
+  return all;
+}
+
+bool QWAuthorization::authRequireAdministrator(bool required) {
+  return authExecTask(kMachineSettingTool, {"requireAdminPassword", required ? "1" : "0"}) == Success;
+}
+
+}  // namespace vantory

@@ -1,0 +1,125 @@
+// Everything the program does to files: finding them by pattern, asking about them, and changing them with a privileged
+// second attempt.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "base/Result.h"
+#include "platform/FileSystem.h"
+#include "services/files/FileOperation.h"
+
+namespace vantory {
+
+// All functions may be called from any thread. A true result means that the effect is there.
+class QWFileManager {
+ public:
+  // Paths by pattern (WildcardPaths.cpp). In a pattern, every component that contains "*" stands for all matching
+  // entries of one folder.
+  static std::vector<std::string> filesMatchingWildcardPath(const std::string& pattern);
+  // Whether the path is a pattern, all of whose matches exist; any other path matches itself, whether or not it does.
+  static bool isWildcardPath(const std::string& path);
+  static std::vector<std::string> filesMatchingWildcardPath(const std::string& pattern,
+                                                            const std::string& fromBasePath);
+  // The first match, else the base joined with the pattern as written.
+  static std::string decodeWildcardPath(const std::string& pattern, const std::string& fromBasePath);
+
+  // Questions and names (FileUtilities.cpp).
+  static bool fileExistsAtPath(const std::string& path);   // links followed
+  static bool isDirectoryAtPath(const std::string& path);  // links followed
+  static bool isSymbolicLinkAtPath(const std::string& path);
+  static bool isPackageAtPath(const std::string& path);
+  // Whether anything bears this name, a dangling link included.
+  static bool itemExistsAtPath(const std::string& path);
+  // Whether it is certain that nothing bears this name; false where that cannot be told.
+  static bool isMissingAtPath(const std::string& path);
+  static bool meansMissing(const Error& error);
+  // The path itself, or with " 2", " 3" ... before its extension: the first that does not exist.
+  static std::string uniqueFilename(const std::string& path);
+  // The name without a leading dot, blanks at its ends, "/" and ":"; may be empty.
+  static std::string validateFilename(const std::string& name);
+  static std::string formatFileSize(double bytes);
+  // True for a folder without files; housekeeping files and folders of only such do not count.
+  static bool isFolderEmpty(const std::string& path);
+  // Bytes of a file, or of all files in a folder.
+  static std::uint64_t fileSize(const std::string& path);
+  // Names of a folder's entries; empty when it cannot be read.
+  static std::vector<std::string> contentsOfDirectory(const std::string& path);
+  // Sets the time of last change to now; never creates a file.
+  static bool touchFile(const std::string& path);
+
+  // Colour labels (FinderLabels.cpp).
+  struct LabelColor {
+    double hue, saturation, brightness;
+  };
+  // The whole flags word, 0 when unreadable.
+  static std::uint16_t finderColorIndexForPath(const std::string& path);
+  static void setFinderColorIndex(std::uint16_t index, const std::string& forPath);
+  static std::optional<LabelColor> finderColorForPath(const std::string& path);
+
+  // Changes (FileOperations.cpp). They clear the immutable flag where it is in the way, try as the user, and on failure
+  // log the reason and, with shouldAuth, try again with administrator rights where rights can help.
+  static bool copyFile(const std::string& source, const std::string& toPath, bool shouldAuth = true);
+  // A copy of the source that was staged before, with the file system itself, is taken as it is.
+  static bool copyFile(const std::string& source, const std::string& toPath, std::chrono::seconds timeout,
+                       std::unique_ptr<StagedCopy> staged = nullptr);
+  static bool moveFile(const std::string& source, const std::string& toPath, bool shouldAuth = true);
+  static bool moveFile(const std::string& source, const std::string& toPath, std::chrono::seconds timeout);
+  static bool removeFile(const std::string& path, bool shouldAuth = true);
+  static bool removeFile(const std::string& path, std::chrono::seconds timeout);
+  static bool trashFile(const std::string& path, bool shouldAuth = true);
+  static bool trashFile(const std::string& path, std::chrono::seconds timeout);
+  static bool createDirectory(const std::string& path, bool shouldAuth = true);
+  static bool createDirectory(const std::string& path, std::chrono::seconds timeout);
+  // The first step of a copy that replaces something: a finished copy without its name. Its notes are logged; a failure
+  // is logged by the caller.
+  static Result<std::unique_ptr<StagedCopy>> stageCopy(const CopyRequest& request);
+
+  // A copy in the background, never over an item that exists (FileOperation.cpp). It has its name when it is complete,
+  // and its folder is made when missing. Answers the operation once it has started, null when it cannot. The delegate
+  // is kept until its last call.
+  static std::shared_ptr<FileOperation> copyFileWithProgress(FileOperationContext context);
+  static std::shared_ptr<FileOperation> copyFileWithProgress(const std::string& source, const std::string& destination,
+                                                             std::shared_ptr<FileOperationDelegate> delegate,
+                                                             std::any object);
+  // Within a second, also inside a file; nothing of the copy stays. The delegate is told as of any other end.
+  static void cancelFileOperation(FileOperation& operation);
+
+  // By the system's own tools (ToolOperations.cpp). The zip archive holds the item under its own name and is there
+  // whole or not at all; an older one of that name goes to the Trash first. Private to the user (0600).
+  static bool compressFile(const std::string& source, const std::string& toDestinationFile);
+  // Makes the application that the path stands for known to the desktop, also when it has changed.
+  static bool registerApplicationWithLaunchServices(const std::string& path);
+
+  // Whole folders (FolderOperations.cpp).
+  static bool copyContentsOfDirectory(const std::string& source, const std::string& toPath,
+                                      std::chrono::seconds timeout);
+  // Recreates the path's folder chain below the destination; answers the folder made.
+  static std::string createDirectoryStructure(const std::string& path, const std::string& destination);
+  static bool removeFolderIfEmpty(const std::string& path);
+  static bool trashDirectoryContents(const std::string& path, bool shouldAuth = true);
+  // The paths found, whether or not trashing them worked.
+  static std::vector<std::string> trashFilesNamed(const std::string& name, const std::string& inFolder);
+  static std::vector<std::string> trashFilesOfType(const std::string& extension, const std::string& inFolder);
+
+  // The immutable flag (FileLocks.cpp). A failure gets one log line and answers false; a missing path is
+  // none.
+  static bool lockFile(const std::string& path);
+  static bool unlockFile(const std::string& path);
+  // The same for many, sooner than one by one. `announce` is called for each in turn before its failure is logged.
+  // Answers how many failed.
+  using Announcement = std::function<void(const std::string& path)>;
+  static std::size_t lockFiles(const std::vector<std::string>& paths, const Announcement& announce);
+  static std::size_t unlockFiles(const std::vector<std::string>& paths, const Announcement& announce);
+  static bool isFileLocked(const std::string& path);
+  // Everything inside the folder that is no folder, at every depth; links are not followed.
+  static void lockFolder(const std::string& path);
+  static void unlockFolder(const std::string& path);
+};
+
+}  // namespace vantory

@@ -1,0 +1,123 @@
+#include <optional>
+
+#include "base/Paths.h"
+#include "services/FailureTally.h"
+#include "services/Runtime.h"
+#include "services/files/QWFileManager.h"
+#include "services/log/QWLog.h"
+
+namespace vantory {
+
+namespace {
+
+using Paths = std::vector<std::string>;
+
+// The bytes of the UTF-8 character at the front of non-empty text; 1 where it does not decode.
+std::size_t characterLength(std::string_view text) {
+  const auto lead = static_cast<unsigned char>(text.front());
+  const std::size_t length = lead < 0xC2 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : lead < 0xF5 ? 4 : 1;
+  if (text.size() < length) return 1;
+  for (const char byte : text.substr(1, length - 1))
+    if ((static_cast<unsigned char>(byte) & 0xC0) != 0x80) return 1;
+  return length;
+}
+
+// Whether the whole name matches: "*" stands for any run of characters, "?" for one. Only the last "*" passed is ever
+// tried again, so the time is at most the product of both lengths.
+bool matches(std::string_view name, std::string_view pattern) {
+  std::optional<std::string_view> patternAfterStar;
+  std::string_view nameAtStar;
+  while (!name.empty()) {
+    const char wanted = pattern.empty() ? '\0' : pattern.front();
+    if (wanted == '*') {
+      pattern.remove_prefix(1);
+      patternAfterStar = pattern;
+      nameAtStar = name;
+    } else if (wanted == '?') {
+      pattern.remove_prefix(1);
+      name.remove_prefix(characterLength(name));
+    } else if (!pattern.empty() && wanted == name.front()) {
+      pattern.remove_prefix(1);
+      name.remove_prefix(1);
+    } else if (patternAfterStar) {
+      nameAtStar.remove_prefix(characterLength(nameAtStar));
+      name = nameAtStar;
+      pattern = *patternAfterStar;
+    } else {
+      return false;
+    }
+  }
+  return pattern.find_first_not_of('*') == std::string_view::npos;
+}
+
+bool isPattern(std::string_view text) {
+  return text.find('*') != std::string_view::npos;
+}
+
+// Its files are left out of whatever is done, and that must not go unsaid.
+void tellUnreadable(const std::string& folder, const Error& error) {
+  QWLog::appendLog("The files in %@ cannot be listed: %@", folder, error.text);
+  FailureTally::shared().add();
+}
+
+Paths matchingEntries(const Paths& folders, std::string_view pattern) {
+  Paths found;
+  for (const std::string& folder : folders) {
+    const auto entries = Runtime::current().platform().files.list(folder, Detail::Names);
+    if (!entries) {
+      if (!QWFileManager::meansMissing(entries.error())) tellUnreadable(folder, entries.error());
+      continue;
+    }
+    for (const DirectoryEntry& entry : *entries) {
+      if (!matches(entry.name, pattern)) continue;
+      std::string path = paths::join(folder, entry.name);
+      const bool surelyExists = entry.type == FileType::File || entry.type == FileType::Folder;
+      if (surelyExists || QWFileManager::fileExistsAtPath(path)) found.push_back(std::move(path));
+    }
+  }
+  return found;
+}
+
+Paths expand(const std::string& pattern, const std::string& start) {
+  Paths found = {start};
+  // Of a run of literal components only the whole is looked for, and not even that before a folder is listed.
+  bool untested = false;
+  for (const std::string_view component : paths::components(pattern)) {
+    if (component == "/") {
+      // A trailing slash throws away what was matched.
+      found = {start};
+      untested = false;
+    } else if (isPattern(component)) {
+      found = matchingEntries(found, component);
+      untested = false;
+    } else {
+      for (std::string& path : found) path = paths::join(path, component);
+      untested = true;
+    }
+  }
+  if (untested) std::erase_if(found, [](const std::string& path) { return !QWFileManager::fileExistsAtPath(path); });
+  return found;
+}
+
+}  // namespace
+
+bool QWFileManager::isWildcardPath(const std::string& path) {
+  return isPattern(path);
+}
+
+Paths QWFileManager::filesMatchingWildcardPath(const std::string& pattern) {
+  if (!isPattern(pattern)) return {pattern};
+  return expand(pattern, "/");
+}
+
+Paths QWFileManager::filesMatchingWildcardPath(const std::string& pattern, const std::string& fromBasePath) {
+  if (!isPattern(pattern)) return {paths::join(fromBasePath, pattern)};
+  return expand(pattern, fromBasePath);
+}
+
+std::string QWFileManager::decodeWildcardPath(const std::string& pattern, const std::string& fromBasePath) {
+  const Paths found = filesMatchingWildcardPath(pattern, fromBasePath);
+  return found.empty() ? paths::join(fromBasePath, pattern) : found.front();
+}
+
+}  // namespace vantory

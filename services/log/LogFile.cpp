@@ -1,0 +1,153 @@
+#include "services/log/LogFile.h"
+
+#include <array>
+#include <chrono>
+#include <cstdio>
+#include <utility>
+
+#include "base/Format.h"
+#include "base/Paths.h"
+#include "base/Text.h"
+#include "platform/FileSystem.h"
+#include "platform/SystemInfo.h"
+#include "platform/SystemLog.h"
+#include "platform/Users.h"
+#include "services/QWLocalPaths.h"
+
+namespace vantory {
+
+namespace {
+
+constexpr int kGenerations = 5;
+constexpr double kBytesPerGigabyte = 1024.0 * 1024.0 * 1024.0;
+
+std::optional<std::string> logFolder(bool user) {
+  const std::optional<std::string> logs = QWLocalPaths::logDirectory(user);
+  if (!logs) return std::nullopt;
+  return paths::join(*logs, "Quarrywell");
+}
+
+std::string generationPath(const std::string& folder, const std::string& name, int generation) {
+  return paths::join(folder, formatted("%@.%i.log", name, generation));
+}
+
+bool exists(const FileSystem& files, const std::string& path) {
+  return files.info(path, Links::DoNotFollow).ok();
+}
+
+// Such as "2026-11-14 21:35:17 +0000".
+std::string description(std::int64_t second) {
+  using namespace std::chrono;
+  const sys_seconds moment{seconds(second)};
+  const auto day = floor<days>(moment);
+  const year_month_day date(day);
+  const hh_mm_ss time(moment - day);
+  std::array<char, 64> text;
+  std::snprintf(text.data(), text.size(), "%04d-%02u-%02u %02d:%02d:%02d +0000", static_cast<int>(date.year()),
+                static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
+                static_cast<int>(time.hours().count()), static_cast<int>(time.minutes().count()),
+                static_cast<int>(time.seconds().count()));
+  return text.data();
+}
+
+template <class... Arguments>
+void tell(Platform& platform, std::string_view format, const Arguments&... arguments) {
+  platform.systemLog.write(printable(formatted(format, arguments...)));
+}
+
+}  // namespace
+
+LogFile::LogFile(Platform& platform) : platform_(platform) {}
+
+LogFile::~LogFile() = default;
+
+void LogFile::create(const std::string& name) {
+  close();
+  const bool machineWide = platform_.users.isSuperuser();
+  const std::optional<std::string> generations = logFolder(true);
+  const std::optional<std::string> current = machineWide ? logFolder(false) : generations;
+  if ((generations || !machineWide) && !makeFolder(platform_.files, generations)) return;
+  if (machineWide && !makeFolder(platform_.machineFiles, current)) return;
+  const std::string path = generationPath(*current, name, 1);
+  if (generations && exists(currentFiles(), path) && !rotate(*generations, name)) return;
+  if (const Status written = currentFiles().write(path, header(), {}); !written) {
+    tell(platform_, "Unable to create log file %@ - %@", path, written.error().text);
+    return;
+  }
+  open(name);
+}
+
+bool LogFile::open(const std::string& name) {
+  const std::optional<std::string> folder = logFolder(!platform_.users.isSuperuser());
+  if (!folder) return false;
+  auto file = currentFiles().openForAppending(generationPath(*folder, name, 1));
+  if (!file) return false;
+  file_ = std::move(*file);
+  return true;
+}
+
+void LogFile::close() {
+  file_.reset();
+}
+
+std::size_t LogFile::add(std::string_view message) {
+  const std::size_t before = pending_.size();
+  pending_ += dateText();
+  pending_ += " - ";
+  pending_ += printable(message);
+  pending_ += '\n';
+  return pending_.size() - before;
+}
+
+Status LogFile::flush() {
+  if (pending_.empty()) return {};
+  const std::string lines = std::exchange(pending_, {});
+  return file_->append(lines);
+}
+
+bool LogFile::makeFolder(FileSystem& files, const std::optional<std::string>& folder) {
+  if (folder && files.makeFolder(*folder)) return true;
+  tell(platform_, "Unable to create folder %@.", folder);
+  return false;
+}
+
+bool LogFile::rotate(const std::string& folder, const std::string& name) {
+  FileSystem& files = platform_.files;
+  const std::string oldest = generationPath(folder, name, kGenerations);
+  if (exists(files, oldest)) static_cast<void>(files.remove(oldest));  // if it stays, the move onto it tells
+  for (int generation = kGenerations - 1; generation >= 1; --generation) {
+    const std::string from = generationPath(folder, name, generation);
+    if (!exists(files, from)) continue;
+    const std::string to = generationPath(folder, name, generation + 1);
+    if (files.move(from, to)) continue;
+    tell(platform_, "Unable to move file %@ to %@", from, to);
+    return false;
+  }
+  return true;
+}
+
+std::string LogFile::header() {
+  const SystemInfo& system = platform_.system;
+  std::string text = formatted("Log started: %@\n", dateText());
+  text += formatted("Version: %@\n", VANTORY_VERSION);
+  text += formatted("Path: %@\n", printable(system.executablePath()));
+  text += formatted("System: OS X %@, %i CPU(s), %0.2f GB RAM\n", printable(system.systemName()),
+                    system.processorCount(), static_cast<double>(system.memoryBytes()) / kBytesPerGigabyte);
+  text += formatted("Running in %i-bit mode\n", sizeof(void*) * 8);
+  return text;
+}
+
+FileSystem& LogFile::currentFiles() const {
+  return platform_.users.isSuperuser() ? platform_.machineFiles : platform_.files;
+}
+
+const std::string& LogFile::dateText() {
+  const std::int64_t second = platform_.clock.now().seconds;
+  if (second != dateSecond_) {
+    dateText_ = description(second);
+    dateSecond_ = second;
+  }
+  return dateText_;
+}
+
+}  // namespace vantory

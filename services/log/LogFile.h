@@ -1,0 +1,54 @@
+// The files of the log: where they lie, their generations, their first lines.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "base/Result.h"
+#include "platform/Clock.h"
+#include "platform/Platform.h"
+
+namespace vantory {
+
+class AppendFile;
+
+// The current file "NAME.1.log" and the older ones up to "NAME.5.log". Used by one thread at a time.
+//
+// The superuser writes the current file in the machine-wide log folder, while the older generations are those in the
+// folder of the user whose files are handled.
+class LogFile {
+ public:
+  explicit LogFile(Platform& platform);
+  ~LogFile();
+
+  // Moves the generations on and opens a new file with the header lines. What fails is told to the system log, and then
+  // no file is open.
+  void create(const std::string& name);
+  // Opens the current file as it is, or an empty one. False when it cannot be opened.
+  bool open(const std::string& name);
+  bool isOpen() const { return file_ != nullptr; }
+  void close();
+  // Adds one dated line, which is in the file once flush() has run; answers its length in bytes.
+  std::size_t add(std::string_view message);
+  // Writes the lines added since the last time. Only while the file is open; lines that cannot be written are given up.
+  Status flush();
+
+ private:
+  bool makeFolder(FileSystem& files, const std::optional<std::string>& folder);
+  bool rotate(const std::string& folder, const std::string& name);
+  std::string header();
+  FileSystem& currentFiles() const;
+  const std::string& dateText();
+
+  Platform& platform_;
+  std::unique_ptr<AppendFile> file_;
+  std::string pending_;                  // lines
+  std::int64_t dateSecond_ = INT64_MIN;  // the second that dateText_ describes
+  std::string dateText_;
+};
+
+}  // namespace vantory

@@ -1,0 +1,39 @@
+#include "services/messages/QWProgressController.h"
+
+#include "platform/Controls.h"
+
+namespace vantory {
+
+void QWProgressController::show() {
+  isCancelled_ = false;
+  sheet_.show();
+}
+
+void QWProgressController::hide() {
+  isCancelled_ = true;
+  sheet_.hide();
+}
+
+void QWProgressController::updateLabel(const std::string& text) {
+  sheet_.setLabel(text);
+}
+
+void QWProgressController::setIndeterminate() {
+  sheet_.setIndeterminate();
+}
+
+void QWProgressController::setMaxProgress(double maximum) {
+  sheet_.setMaximum(maximum);
+  setProgress(0);
+}
+
+void QWProgressController::setProgress(double value) {
+  value_ = value;
+  sheet_.setValue(value);
+}
+
+void QWProgressController::incrementProgress() {
+  setProgress(value_ + 1);
+}
+
+}  // namespace vantory

@@ -1,0 +1,134 @@
+#include "services/settings/QWUserDefaults.h"
+
+#include <charconv>
+#include <limits>
+
+#include "base/Paths.h"
+#include "base/Text.h"
+#include "services/QWLocalPaths.h"
+#include "services/Runtime.h"
+#include "services/log/QWLog.h"
+
+namespace vantory {
+
+namespace {
+
+using Limits = std::numeric_limits<long long>;
+
+std::unique_ptr<SettingsFile> settingsIn(const std::optional<std::string>& folder) {
+  if (!folder) return nullptr;
+  return std::make_unique<SettingsFile>(paths::join(*folder, QWUserDefaults::kDomain + std::string(".plist")));
+}
+
+long long integerOf(double number) {
+  if (number != number) return 0;
+  if (number >= 0x1p63) return Limits::max();
+  if (number < -0x1p63) return Limits::min();
+  return static_cast<long long>(number);
+}
+
+std::optional<long long> integerOf(std::string_view text) {
+  text = trimmed(text);
+  if (text.starts_with('+')) text.remove_prefix(1);
+  long long number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (error == std::errc::result_out_of_range) return text.starts_with('-') ? Limits::min() : Limits::max();
+  if (error != std::errc()) return std::nullopt;
+  return number;
+}
+
+// None when the value stands for no number.
+std::optional<long long> integerOf(const PropertyList& value) {
+  if (const auto* number = std::get_if<std::int64_t>(&value.content())) return *number;
+  if (std::holds_alternative<std::uint64_t>(value.content())) return Limits::max();
+  if (const auto* number = std::get_if<double>(&value.content())) return integerOf(*number);
+  if (const bool* flag = value.asBoolean()) return *flag;
+  if (const std::string* text = value.asString()) return integerOf(std::string_view(*text));
+  return std::nullopt;
+}
+
+bool booleanOf(const PropertyList& value) {
+  if (const auto* number = std::get_if<double>(&value.content())) return *number != 0;
+  const std::string* text = value.asString();
+  if (!text) return integerOf(value).value_or(0) != 0;
+  std::string_view rest = trimmed(*text);
+  if (rest.starts_with('+') || rest.starts_with('-')) rest.remove_prefix(1);
+  rest.remove_prefix(std::min(rest.find_first_not_of('0'), rest.size()));
+  return !rest.empty() && std::string_view("YyTt123456789").find(rest.front()) != std::string_view::npos;
+}
+
+}  // namespace
+
+QWUserDefaults& QWUserDefaults::standardUserDefaults() {
+  return Runtime::current().shared<QWUserDefaults>();
+}
+
+QWUserDefaults::QWUserDefaults()
+    : user_(settingsIn(QWLocalPaths::prefsDirectory(true))),
+      machine_(settingsIn(QWLocalPaths::prefsDirectory(false))) {}
+
+std::optional<PropertyList> QWUserDefaults::objectForKey(const std::string& key) const {
+  for (const SettingsFile* file : {user_.get(), machine_.get()}) {
+    if (!file) continue;
+    if (auto value = file->find(key)) return value;
+  }
+  return registeredDefault(key);
+}
+
+std::optional<PropertyList> QWUserDefaults::registeredDefault(const std::string& key) const {
+  const std::lock_guard lock(mutex_);
+  const auto registered = registered_.find(key);
+  if (registered == registered_.end()) return std::nullopt;
+  return registered->second;
+}
+
+std::optional<std::string> QWUserDefaults::stringForKey(const std::string& key) const {
+  const auto value = objectForKey(key);
+  return value ? textOf(*value) : std::nullopt;
+}
+
+// A count that somebody has spoilt must not be taken for none: backups beyond it are deleted.
+long long QWUserDefaults::integerForKey(const std::string& key) const {
+  for (const auto& value : {objectForKey(key), registeredDefault(key)})
+    if (const auto number = value ? integerOf(*value) : std::nullopt) return *number;
+  return 0;
+}
+
+bool QWUserDefaults::boolForKey(const std::string& key) const {
+  const auto value = objectForKey(key);
+  return value && booleanOf(*value);
+}
+
+std::optional<std::vector<std::string>> QWUserDefaults::stringArrayForKey(const std::string& key) const {
+  const auto value = objectForKey(key);
+  const PropertyListArray* array = value ? value->asArray() : nullptr;
+  if (!array) return std::nullopt;
+  std::vector<std::string> texts;
+  for (const PropertyList& element : *array) {
+    auto text = textOf(element);
+    if (!text) return std::nullopt;
+    texts.push_back(std::move(*text));
+  }
+  return texts;
+}
+
+bool QWUserDefaults::setObject(const std::string& key, PropertyList value) {
+  return change([&](PropertyListDictionary& settings) { settings.set(key, std::move(value)); });
+}
+
+bool QWUserDefaults::removeObjectForKey(const std::string& key) {
+  return change([&](PropertyListDictionary& settings) { settings.remove(key); });
+}
+
+bool QWUserDefaults::change(const std::function<void(PropertyListDictionary&)>& change) {
+  if (user_) return user_->change(change, SettingsFile::Durability::Lasting);
+  QWLog::appendLog("Unable to save the settings: nobody is logged in at the console.");
+  return false;
+}
+
+void QWUserDefaults::registerDefaults(const std::map<std::string, PropertyList>& defaults) {
+  const std::lock_guard lock(mutex_);
+  for (const auto& [key, value] : defaults) registered_.insert_or_assign(key, value);
+}
+
+}  // namespace vantory

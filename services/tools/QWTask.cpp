@@ -1,0 +1,209 @@
+#include "services/tools/QWTask.h"
+
+#include <algorithm>
+#include <condition_variable>
+#include <system_error>
+#include <thread>
+#include <utility>
+
+#include "base/Format.h"
+#include "base/Text.h"
+#include "platform/FileMetadata.h"
+#include "platform/Processes.h"
+#include "platform/SystemLog.h"
+#include "services/Runtime.h"
+#include "services/log/QWLog.h"
+#include "services/threads/MainThread.h"
+
+namespace vantory {
+
+namespace {
+
+using ProcessPointer = std::shared_ptr<Process>;
+using Text = std::optional<std::string>;
+
+template <class... Arguments>
+void logToSystem(std::string_view format, const Arguments&... arguments) {
+  Runtime::current().platform().systemLog.write(printable(formatted(format, arguments...)));
+}
+
+bool isTool(const std::string& path) {
+  const FileMetadata& metadata = Runtime::current().platform().metadata;
+  if (metadata.isExecutable(path) && !metadata.isPackage(path)) return true;
+  logToSystem("Error: %@ is not executable", path);
+  QWLog::appendLog("Error: %@ is not executable", path);
+  return false;
+}
+
+// Error text takes precedence over output.
+std::string outputOf(Process& process) {
+  Process::Output streams = process.readAll();
+  process.wait();
+  return std::move(streams.errors.empty() ? streams.output : streams.errors);
+}
+
+bool isAscii(std::string_view bytes) {
+  return std::none_of(bytes.begin(), bytes.end(), [](unsigned char byte) { return byte > 127; });
+}
+
+Text decoded(Text output, QWTask::Encoding encoding) {
+  if (!output) return "";
+  const bool fits = encoding == QWTask::Encoding::Ascii ? isAscii(*output) : isUtf8(*output);
+  return fits ? std::move(output) : std::nullopt;
+}
+
+}  // namespace
+
+// One run of a tool with a limit to its time, which is counted from here to the destructor.
+class QWTask::TimedRun {
+ public:
+  TimedRun(ProcessPointer process, std::string tool, std::chrono::seconds limit)
+      : tool_(std::move(tool)), limit_(limit) {
+    task_.setTheTask(std::move(process));
+    if (MainThread::shared().isCurrent()) return;
+    try {
+      timer_ = std::thread([this] { waitForLimit(); });
+    } catch (const std::system_error&) {
+      // No thread is to be had: the run has no limit.
+      logToSystem("Error: the time of %@ cannot be limited", tool_);
+    }
+  }
+
+  ~TimedRun() {
+    task_.setTheTask(nullptr);
+    if (!timer_.joinable()) return;
+    {
+      const std::lock_guard lock(mutex_);
+      ended_ = true;
+    }
+    changed_.notify_one();
+    timer_.join();
+  }
+
+  TimedRun(const TimedRun&) = delete;
+  TimedRun& operator=(const TimedRun&) = delete;
+
+ private:
+  void waitForLimit() {
+    {
+      std::unique_lock lock(mutex_);
+      if (changed_.wait_for(lock, limit_, [this] { return ended_; })) return;
+    }
+    MainThread::shared().runAndWait([this] { task_.timeout(tool_); });
+  }
+
+  QWTask task_;
+  const std::string tool_;
+  const std::chrono::seconds limit_;
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  bool ended_ = false;
+  std::thread timer_;
+};
+
+ProcessPointer QWTask::launch(const std::string& tool, const Arguments& arguments, Streams streams) {
+  if (!isTool(tool)) return nullptr;
+  auto process = Runtime::current().platform().processes.start(tool, arguments, streams);
+  if (process) return std::move(*process);
+  logToSystem("Error: %@", process.error().text);
+  QWLog::appendLog("Error: %@", process.error().text);
+  return nullptr;
+}
+
+bool QWTask::runTask(const std::string& tool, const Arguments& arguments) {
+  ProcessPointer task;
+  return runTask(tool, arguments, task);
+}
+
+bool QWTask::runTask(const std::string& tool, const Arguments& arguments, ProcessPointer& task) {
+  task = launch(tool, arguments, Streams::Discarded);
+  if (!task) return false;
+  task->wait();
+  return true;
+}
+
+bool QWTask::runTask(const std::string& tool, const Arguments& arguments, std::chrono::seconds timeout) {
+  const ProcessPointer process = launch(tool, arguments, Streams::Discarded);
+  if (!process) return false;
+  const TimedRun run(process, tool, timeout);
+  process->wait();
+  return true;
+}
+
+bool QWTask::runTaskAndReturn(const std::string& tool, const Arguments& arguments) {
+  return launch(tool, arguments, Streams::Discarded) != nullptr;
+}
+
+int QWTask::terminationCodeFromTask(const std::string& tool, const Arguments& arguments) {
+  ProcessPointer task;
+  return terminationCodeFromTask(tool, arguments, task);
+}
+
+int QWTask::terminationCodeFromTask(const std::string& tool, const Arguments& arguments, ProcessPointer& task) {
+  task = launch(tool, arguments, Streams::Discarded);
+  return task ? task->wait() : -1;
+}
+
+int QWTask::terminationCodeFromTask(const std::string& tool, const Arguments& arguments, std::chrono::seconds timeout) {
+  const ProcessPointer process = launch(tool, arguments, Streams::Discarded);
+  if (!process) return -1;
+  const TimedRun run(process, tool, timeout);
+  return process->wait();
+}
+
+Text QWTask::dataFromTask(const std::string& tool, const Arguments& arguments, ProcessPointer& task) {
+  task = launch(tool, arguments, Streams::Captured);
+  if (!task) return std::nullopt;
+  return outputOf(*task);
+}
+
+Text QWTask::dataFromTask(const std::string& tool, const Arguments& arguments, std::chrono::seconds timeout) {
+  const ProcessPointer process = launch(tool, arguments, Streams::Captured);
+  if (!process) return std::nullopt;
+  const TimedRun run(process, tool, timeout);
+  return outputOf(*process);
+}
+
+Text QWTask::stringFromTask(const std::string& tool, const Arguments& arguments) {
+  ProcessPointer task;
+  return stringFromTask(tool, arguments, task);
+}
+
+Text QWTask::stringFromTask(const std::string& tool, const Arguments& arguments, ProcessPointer& task) {
+  return stringFromTask(tool, arguments, Encoding::Ascii, task);
+}
+
+Text QWTask::stringFromTask(const std::string& tool, const Arguments& arguments, Encoding encoding,
+                            ProcessPointer& task) {
+  return decoded(dataFromTask(tool, arguments, task), encoding);
+}
+
+Text QWTask::stringFromTask(const std::string& tool, const Arguments& arguments, Encoding encoding,
+                            std::chrono::seconds timeout) {
+  return decoded(dataFromTask(tool, arguments, timeout), encoding);
+}
+
+Text QWTask::stringFromTask(const std::string& tool, const Arguments& arguments, std::chrono::seconds timeout) {
+  return stringFromTask(tool, arguments, Encoding::Ascii, timeout);
+}
+
+ProcessPointer QWTask::theTask() const {
+  const std::lock_guard lock(mutex_);
+  return theTask_;
+}
+
+void QWTask::setTheTask(ProcessPointer task) {
+  const std::lock_guard lock(mutex_);
+  theTask_ = std::move(task);
+}
+
+void QWTask::timeout(const std::string& tool) {
+  const ProcessPointer task = theTask();
+  if (!task || !task->isRunning()) return;
+  logToSystem("Task timed out. Terminating...");
+  QWLog::appendLog("Task %@ timed out. Terminating...", tool);
+  task->terminate();
+  task->stopReading();  // what the tool started may hold its output open
+}
+
+}  // namespace vantory

@@ -1,0 +1,11 @@
+#include "window/appearance/FontPreload.h"
+
+#include <fontconfig/fontconfig.h>
+
+namespace vantory {
+
+void preloadFonts() {
+  FcInit();
+}
+
+}  // namespace vantory

@@ -1,0 +1,97 @@
+#include "window/appearance/SystemColours.h"
+
+#include <QApplication>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
+#include <QFile>
+#include <QStyle>
+
+#include "window/appearance/DarkStyle.h"
+
+namespace vantory {
+
+namespace {
+
+constexpr auto kService = "org.freedesktop.portal.Desktop";
+constexpr auto kObject = "/org/freedesktop/portal/desktop";
+constexpr auto kInterface = "org.freedesktop.portal.Settings";
+constexpr auto kGroup = "org.freedesktop.appearance";
+constexpr auto kKey = "color-scheme";
+constexpr uint kPrefersDark = 1;
+
+// Connecting without one would start a bus that nobody else is on.
+bool hasSessionBus() {
+  return qEnvironmentVariableIsSet("DBUS_SESSION_BUS_ADDRESS") ||
+         QFile::exists(qEnvironmentVariable("XDG_RUNTIME_DIR") + QStringLiteral("/bus"));
+}
+
+bool isDark(const QPalette& palette) {
+  return palette.color(QPalette::Window).lightness() < palette.color(QPalette::WindowText).lightness();
+}
+
+QPalette darkPalette() {
+  const QColor window(0x2d, 0x2e, 0x31), base(0x1f, 0x20, 0x22), text(0xec, 0xec, 0xee), faint(0x80, 0x82, 0x87);
+  const QColor accent(0x3d, 0x8b, 0xdf);
+  QPalette palette(window);
+  palette.setColor(QPalette::WindowText, text);
+  palette.setColor(QPalette::Base, base);
+  palette.setColor(QPalette::AlternateBase, QColor(0x26, 0x27, 0x2a));
+  palette.setColor(QPalette::Text, text);
+  palette.setColor(QPalette::Button, QColor(0x3a, 0x3b, 0x3f));
+  palette.setColor(QPalette::ButtonText, text);
+  palette.setColor(QPalette::BrightText, Qt::white);
+  palette.setColor(QPalette::Highlight, accent);
+  palette.setColor(QPalette::HighlightedText, Qt::white);
+  palette.setColor(QPalette::Link, QColor(0x6c, 0xb2, 0xff));
+  palette.setColor(QPalette::ToolTipBase, QColor(0x4a, 0x45, 0x2c));
+  palette.setColor(QPalette::ToolTipText, text);
+  palette.setColor(QPalette::PlaceholderText, faint);
+  for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::HighlightedText})
+    palette.setColor(QPalette::Disabled, role, faint);
+  return palette;
+}
+
+// The service answers with a value inside a value.
+uint unwrapped(QVariant value) {
+  while (value.canConvert<QDBusVariant>()) value = value.value<QDBusVariant>().variant();
+  return value.toUInt();
+}
+
+}  // namespace
+
+SystemColours::SystemColours(QObject* parent)
+    : QObject(parent), light_(QApplication::palette()), lightStyle_(QApplication::style()->name()) {
+  if (isDark(light_) || !hasSessionBus()) return;
+  QDBusConnection::sessionBus().connect(kService, kObject, kInterface, QStringLiteral("SettingChanged"), this,
+                                        SLOT(settingChanged(QString, QString, QDBusVariant)));
+  ask();
+}
+
+void SystemColours::ask() {
+  auto question = QDBusMessage::createMethodCall(kService, kObject, kInterface, QStringLiteral("Read"));
+  question << QString::fromLatin1(kGroup) << QString::fromLatin1(kKey);
+  auto* watcher = new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(question), this);
+  connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
+    const QDBusPendingReply<QDBusVariant> reply = *watcher;
+    if (reply.isValid()) setDark(unwrapped(QVariant::fromValue(reply.value())) == kPrefersDark);
+    watcher->deleteLater();
+  });
+}
+
+void SystemColours::settingChanged(const QString& group, const QString& key, const QDBusVariant& value) {
+  if (group == QLatin1String(kGroup) && key == QLatin1String(kKey)) setDark(unwrapped(value.variant()) == kPrefersDark);
+}
+
+void SystemColours::setDark(bool dark) {
+  if (dark == isDark(QApplication::palette())) return;
+  // Other styles may ignore the colours they are given.
+  if (dark)
+    QApplication::setStyle(new DarkStyle);
+  else
+    QApplication::setStyle(lightStyle_);
+  QApplication::setPalette(dark ? darkPalette() : light_);
+}
+
+}  // namespace vantory

@@ -1,0 +1,256 @@
+#include "window/application/MainWindow.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QDropEvent>
+#include <QLabel>
+#include <QMenuBar>
+#include <QMimeData>
+#include <QStackedWidget>
+#include <QTimer>
+#include <QVBoxLayout>
+#include <algorithm>
+#include <utility>
+
+#include "base/Text.h"
+#include "tasks/ui/Documents.h"
+#include "window/appearance/DisplayText.h"
+#include "window/appearance/Icons.h"
+#include "window/application/WindowMemory.h"
+#include "window/application/WindowMenus.h"
+#include "window/controls/PaneToolbar.h"
+#include "window/dialogs/AlertDialog.h"
+#include "window/outline/QWHeaderCheckCell.h"
+#include "window/outline/QWOutlineView.h"
+
+namespace vantory {
+
+namespace {
+
+constexpr QSize kFirstSize(720, 600);
+constexpr QSize kLeastSize(480, 360);
+constexpr std::array kPanes = {Pane::Trash, Pane::Backup, Pane::Lock, Pane::Restore};
+
+// Read from the addresses as they are: names may be of any bytes.
+std::vector<std::string> droppedPaths(const QMimeData& data) {
+  std::vector<std::string> addresses;
+  for (const std::string& line : split(data.data(QStringLiteral("text/uri-list")).toStdString(), '\n'))
+    if (!line.starts_with('#')) addresses.emplace_back(trimmed(line));
+  return documentPaths(addresses, "/");
+}
+
+QString columnsKey(Pane pane) {
+  return QStringLiteral("columns%1").arg(static_cast<int>(pane));
+}
+
+}  // namespace
+
+MainWindow::MainWindow()
+    : trash_(new TrashPane),
+      backup_(new BackupPane),
+      lock_(new LockPane),
+      restore_(new RestorePane),
+      menus_(new WindowMenus(this)),
+      notice_(new QLabel),
+      stack_(new QStackedWidget),
+      toolbar_(new PaneToolbar(this)) {
+  setWindowTitle(QApplication::applicationDisplayName());
+  notice_->setWordWrap(true);
+  notice_->setMargin(10);
+  notice_->setAutoFillBackground(true);
+  notice_->setBackgroundRole(QPalette::ToolTipBase);
+  notice_->setForegroundRole(QPalette::ToolTipText);
+  notice_->hide();
+  // The first paint need not wait for the layout of the others.
+  for (const Pane each : kPanes) {
+    pane(each).setParent(this);
+    pane(each).hide();
+  }
+  auto* content = new QWidget;
+  auto* layout = new QVBoxLayout(content);
+  layout->setContentsMargins(0, 0, 0, 0);
+  layout->setSpacing(0);
+  layout->addWidget(notice_);
+  layout->addWidget(stack_, 1);
+  setCentralWidget(content);
+  makeToolbar();
+  makeMenus();
+  setAcceptDrops(true);
+  setMinimumSize(kLeastSize);
+  resize(kFirstSize);
+  MainWindow::showPane(Pane::Trash);
+}
+
+OutlinePane& MainWindow::pane(Pane pane) const {
+  switch (pane) {
+    case Pane::Trash:
+      return *trash_;
+    case Pane::Backup:
+      return *backup_;
+    case Pane::Lock:
+      return *lock_;
+    case Pane::Restore:
+      break;
+  }
+  return *restore_;
+}
+
+Pane MainWindow::shownPane() const {
+  return *std::ranges::find_if(kPanes, [this](Pane each) { return &pane(each) == stack_->currentWidget(); });
+}
+
+// --- Toolbar ---------------------------------------------------------------------------------------------------------
+
+void MainWindow::makeToolbar() {
+  addToolBar(toolbar_);
+  toolbar_->setObjectName(QStringLiteral("panes"));
+  addPaneItem(Pane::Trash, QStringLiteral("&Trash"), QStringLiteral("trash"));
+  addPaneItem(Pane::Backup, QStringLiteral("&Backup"), QStringLiteral("backup"));
+  addPaneItem(Pane::Lock, QStringLiteral("&Lock"), QStringLiteral("lock"));
+  addPaneItem(Pane::Restore, QStringLiteral("&Restore"), QStringLiteral("restore"));
+  auto* space = new QWidget;
+  space->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+  toolbar_->addWidget(space);
+  addLinkItem();
+}
+
+void MainWindow::addPaneItem(Pane pane, const QString& title, const QString& symbol) {
+  toolbar_->addPane(title, symbol, [this, pane] {
+    if (actions_.choosePane) actions_.choosePane(pane);
+  });
+}
+
+void MainWindow::addLinkItem() {
+  linkItem_ = toolbar_->addItem(QStringLiteral("More Tools"), QStringLiteral("link"));
+  linkItem_->setToolTip(QStringLiteral("The maker's other tools, on the web"));
+  connect(linkItem_, &QAction::triggered, this, [this] {
+    if (actions_.openLink) actions_.openLink();
+  });
+}
+
+void MainWindow::removeLinkItem() {
+  if (linkItem_) linkItem_->setVisible(false);
+}
+
+// --- Menus -----------------------------------------------------------------------------------------------------------
+
+void MainWindow::makeMenus() {
+  QMenu& file = *menuBar()->addMenu(QStringLiteral("&File"));
+  auto* help = new QMenu(QStringLiteral("&Help"), this);
+  menus_->addTo(file, *help);
+  QAction* quit = file.addAction(QStringLiteral("&Quit"), QKeySequence(QKeySequence::Quit));
+  quit->setMenuRole(QAction::QuitRole);
+  connect(quit, &QAction::triggered, this, [this] { close(); });
+  taskMenu_ = menuBar()->addMenu(QStringLiteral("T&ask"));
+  makeViewMenu();
+  menuBar()->addMenu(help);
+  QAction* about = help->addAction(QStringLiteral("&About Vantory"));
+  about->setMenuRole(QAction::AboutRole);
+  connect(about, &QAction::triggered, this, [this] { showAbout(); });
+}
+
+void MainWindow::makeViewMenu() {
+  QMenu& view = *menuBar()->addMenu(QStringLiteral("&View"));
+  view.addActions(toolbar_->panes().actions());
+  view.addSeparator();
+  tickAll_ = view.addAction(QStringLiteral("Tick or &Untick All"), QKeySequence(QKeySequence::SelectAll));
+  connect(tickAll_, &QAction::triggered, this, [this] { tickAll(); });
+  QMenu& sort = *view.addMenu(QStringLiteral("&Sort By"));
+  sortMenu_ = sort.menuAction();
+  for (const auto& [title, column] : {std::pair{"&Name", "name"}, {"&Date", "date"}, {"&Size", "size"}})
+    connect(sort.addAction(QLatin1String(title)), &QAction::triggered, this, [this, column = std::string(column)] {
+      if (actions_.sort) actions_.sort(column);
+    });
+  view.addSeparator();
+  QAction* collapse = view.addAction(QStringLiteral("&Close All Rows"));
+  connect(collapse, &QAction::triggered, this, [this] { pane(shownPane()).outline().collapseAll(); });
+}
+
+void MainWindow::tickAll() {
+  QWHeaderCheckCell& check = pane(shownPane()).outline().headerCheck();
+  if (!check.isHidden() && check.onClick) check.onClick();
+}
+
+void MainWindow::showAbout() {
+  auto* about = new AlertDialog({"Vantory " VANTORY_VERSION,
+                                 "Looks after the preferences of your editing applications: moves them to the Trash, "
+                                 "backs them up, restores them and locks them.",
+                                 {"OK"}},
+                                this);
+  about->ask([about](int) { about->deleteLater(); }, {});
+}
+
+// --- Panes -----------------------------------------------------------------------------------------------------------
+
+void MainWindow::showPane(Pane shown) {
+  OutlinePane& widget = pane(shown);
+  toolbar_->panes().actions().at(static_cast<int>(shown))->setChecked(true);
+  putIntoStack(widget);
+  stack_->setCurrentWidget(&widget);
+  taskMenu_->clear();
+  widget.addCommandsTo(*taskMenu_);
+  tickAll_->setEnabled(!widget.outline().headerCheck().isHidden());
+  sortMenu_->setEnabled(shown == Pane::Restore);
+  widget.outline().setFocus();
+}
+
+void MainWindow::putIntoStack(OutlinePane& pane) {
+  if (stack_->indexOf(&pane) < 0) stack_->addWidget(&pane);
+}
+
+void MainWindow::bringToFront() {
+  setWindowState(windowState() & ~Qt::WindowMinimized);
+  show();
+  raise();
+  activateWindow();
+  // A question that is open stays above it.
+  if (QWidget* sheet = QApplication::activeModalWidget()) {
+    sheet->raise();
+    sheet->activateWindow();
+  }
+}
+
+void MainWindow::showNotice(const std::string& text) {
+  notice_->setText(displayText(text));
+  notice_->setVisible(!text.empty());
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+  event->setAccepted(!mayClose || mayClose());
+}
+
+void MainWindow::paintEvent(QPaintEvent* event) {
+  QMainWindow::paintEvent(event);
+  // Its panes are painted in the same go.
+  if (std::exchange(isPainted_, true)) return;
+  QTimer::singleShot(0, this, [this] {
+    for (const Pane each : kPanes) putIntoStack(pane(each));
+    if (onFirstPaint) onFirstPaint();
+  });
+}
+
+// --- Files dropped onto it
+// ----------------------------------------------------------------------------------------------
+
+void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
+  const auto paths = droppedPaths(*event->mimeData());
+  if (!paths.empty() && std::ranges::all_of(paths, isKnownDocument)) event->acceptProposedAction();
+}
+
+void MainWindow::dropEvent(QDropEvent* event) {
+  event->acceptProposedAction();
+  if (actions_.openFiles) actions_.openFiles(droppedPaths(*event->mimeData()));
+}
+
+void MainWindow::remember(WindowMemory& memory) const {
+  memory.keep(QStringLiteral("geometry"), saveGeometry());
+  memory.keep(QStringLiteral("pane"), static_cast<int>(shownPane()));
+  for (const Pane each : kPanes) memory.keep(columnsKey(each), pane(each).outline().layoutState());
+}
+
+void MainWindow::recall(const WindowMemory& memory) {
+  restoreGeometry(memory.bytes(QStringLiteral("geometry")));
+  for (const Pane each : kPanes) pane(each).outline().restoreLayoutState(memory.bytes(columnsKey(each)));
+}
+
+}  // namespace vantory

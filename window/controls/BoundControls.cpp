@@ -1,0 +1,56 @@
+#include "window/controls/BoundControls.h"
+
+#include <QCheckBox>
+#include <QLineEdit>
+#include <QSignalBlocker>
+#include <QSpinBox>
+#include <algorithm>
+
+namespace vantory {
+
+namespace {
+
+bool isBeingTypedIn(const QSpinBox& box) {
+  const auto* text = box.findChild<QLineEdit*>();
+  return box.hasFocus() && text && text->isModified();
+}
+
+void finishTyping(const QSpinBox& box) {
+  if (auto* text = box.findChild<QLineEdit*>()) text->setModified(false);
+}
+
+int within(const QSpinBox& box, long long value) {
+  return static_cast<int>(std::clamp<long long>(value, box.minimum(), box.maximum()));
+}
+
+}  // namespace
+
+void BoundControls::bind(const std::string& key, QCheckBox& box) {
+  QObject::connect(&box, &QCheckBox::clicked, &box, [this, key](bool ticked) { tell(key, ticked ? 1 : 0); });
+  controls_[key] = [&box](long long value) { box.setChecked(value == 1); };
+}
+
+void BoundControls::bind(const std::string& key, QSpinBox& box) {
+  box.setKeyboardTracking(false);
+  QObject::connect(&box, &QSpinBox::editingFinished, &box, [&box] { finishTyping(box); });
+  QObject::connect(&box, &QSpinBox::valueChanged, &box, [this, key, &box](int value) {
+    finishTyping(box);
+    tell(key, value);
+  });
+  controls_[key] = [&box](long long value) {
+    if (isBeingTypedIn(box)) return;
+    const QSignalBlocker silence(box);
+    box.setValue(within(box, value));
+  };
+}
+
+void BoundControls::show(const std::string& key, long long value) const {
+  const auto control = controls_.find(key);
+  if (control != controls_.end()) control->second(value);
+}
+
+void BoundControls::tell(const std::string& key, long long value) const {
+  if (onChange) onChange(key, value);
+}
+
+}  // namespace vantory

@@ -1,0 +1,47 @@
+#include "window/controls/Command.h"
+
+#include "window/appearance/DisplayText.h"
+#include "window/controls/PushButton.h"
+
+namespace vantory {
+
+namespace {
+
+QChar mnemonicOf(const QString& title) {
+  const auto position = title.indexOf(QLatin1Char('&'));
+  return position >= 0 && position + 1 < title.size() ? title.at(position + 1) : QChar();
+}
+
+QString withMnemonic(QString title, QChar mnemonic) {
+  title.replace(QLatin1Char('&'), QLatin1String("&&"));
+  const auto position = mnemonic.isNull() ? -1 : title.indexOf(mnemonic, 0, Qt::CaseInsensitive);
+  if (position >= 0) title.insert(position, QLatin1Char('&'));
+  return title;
+}
+
+}  // namespace
+
+Command::Command(const QString& title, QObject* parent) : QAction(title, parent), mnemonic_(mnemonicOf(title)) {}
+
+void Command::setEnabled(bool enabled) {
+  QAction::setEnabled(enabled);
+}
+
+void Command::setTitle(const std::string& title) {
+  setText(withMnemonic(displayText(title), mnemonic_));
+}
+
+QPushButton* Command::makeButton(QWidget* parent) {
+  auto* button = new PushButton(parent);
+  const auto follow = [this, button] {
+    button->setText(text());
+    button->setEnabled(isEnabled());
+    button->setToolTip(statusTip());
+  };
+  follow();
+  connect(this, &QAction::changed, button, follow);
+  connect(button, &QPushButton::clicked, this, &QAction::trigger);
+  return button;
+}
+
+}  // namespace vantory

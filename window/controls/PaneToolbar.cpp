@@ -1,0 +1,34 @@
+#include "window/controls/PaneToolbar.h"
+
+#include <QLayout>
+#include <utility>
+
+#include "window/appearance/Icons.h"
+
+namespace vantory {
+
+PaneToolbar::PaneToolbar(QWidget* parent) : QToolBar(QStringLiteral("Panes"), parent), panes_(this) {
+  constexpr int kIconSize = 28;
+  setMovable(false);
+  setContextMenuPolicy(Qt::PreventContextMenu);
+  setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
+  setIconSize({kIconSize, kIconSize});
+  layout()->setSpacing(4);
+  setContentsMargins(6, 4, 6, 4);
+}
+
+void PaneToolbar::addPane(const QString& title, const QString& symbol, std::function<void()> choose) {
+  QAction* item = addItem(title, symbol);
+  item->setCheckable(true);
+  item->setActionGroup(&panes_);
+  item->setShortcut(QKeySequence(QStringLiteral("Ctrl+%1").arg(panes_.actions().size())));
+  connect(item, &QAction::triggered, this, [choose = std::move(choose)] { choose(); });
+}
+
+QAction* PaneToolbar::addItem(const QString& title, const QString& symbol) {
+  QAction* item = addAction(icons::symbol(symbol), title);
+  widgetForAction(item)->setFocusPolicy(Qt::TabFocus);
+  return item;
+}
+
+}  // namespace vantory

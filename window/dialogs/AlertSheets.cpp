@@ -1,0 +1,97 @@
+#include "window/dialogs/AlertSheets.h"
+
+#include <QApplication>
+#include <QEventLoop>
+#include <QPointer>
+#include <condition_variable>
+#include <mutex>
+#include <optional>
+
+#include "services/threads/MainThread.h"
+#include "window/dialogs/AlertDialog.h"
+
+namespace vantory {
+
+namespace {
+
+// In the order in which they are shown.
+std::vector<std::pair<std::string, int>> buttonsOf(const AlertTexts& texts) {
+  std::vector<std::pair<std::string, int>> buttons = {{texts.defaultButton, QWAlert::Default}};
+  if (!texts.alternateButton.empty()) buttons.emplace_back(texts.alternateButton, QWAlert::Alternate);
+  if (!texts.otherButton.empty()) buttons.emplace_back(texts.otherButton, QWAlert::Other);
+  return buttons;
+}
+
+// Not while the program is in front with one of its windows.
+void bringToFront(QWidget* window) {
+  if (!window || QApplication::activeWindow()) return;
+  window->setWindowState(window->windowState() & ~Qt::WindowMinimized);
+  // This raises it as well, and leaves a sheet that covers it above.
+  window->activateWindow();
+}
+
+}  // namespace
+
+struct AlertSheets::Answer {
+  void give(int code) {
+    {
+      const std::lock_guard lock(mutex);
+      value = code;
+    }
+    changed.notify_all();
+    if (loop) loop->quit();
+  }
+
+  // Off the main thread.
+  int wait() {
+    std::unique_lock lock(mutex);
+    changed.wait(lock, [this] { return value.has_value(); });
+    return *value;
+  }
+
+  // On the main thread, whose windows go on working.
+  int waitInEventLoop() {
+    QEventLoop nested;
+    loop = &nested;
+    if (!value) nested.exec();
+    loop = nullptr;
+    return value.value_or(QWAlert::Other);
+  }
+
+  std::mutex mutex;
+  std::condition_variable changed;
+  std::optional<int> value;
+  QEventLoop* loop = nullptr;
+};
+
+int AlertSheets::ask(const AlertTexts& texts) {
+  const auto answer = std::make_shared<Answer>();
+  MainThread& mainThread = MainThread::shared();
+  if (!mainThread.runAndWait([&] { show(texts, answer); })) return QWAlert::Other;
+  return mainThread.isCurrent() ? answer->waitInEventLoop() : answer->wait();
+}
+
+void AlertSheets::show(const AlertTexts& texts, const std::shared_ptr<Answer>& answer) {
+  if (refusing_) return answer->give(QWAlert::Other);
+  const auto buttons = buttonsOf(texts);
+  AlertDialog::Texts shown{texts.messageText, texts.informativeText, {}};
+  for (const auto& [title, code] : buttons) shown.buttons.push_back(title);
+  QWidget* const parent = windowOf_(texts.parentWindow);
+  bringToFront(parent);
+  auto* dialog = new AlertDialog(shown, parent);
+  shown_.push_back(dialog);
+  dialog->ask(
+      [this, dialog, buttons, answer](int button) {
+        std::erase(shown_, dialog);
+        dialog->deleteLater();
+        answer->give(refusing_ ? QWAlert::Other : buttons[static_cast<std::size_t>(button)].second);
+      },
+      texts.interval);
+}
+
+void AlertSheets::refuse() {
+  refusing_ = true;
+  while (!shown_.empty()) shown_.back()->reject();
+}
+
+}  // namespace vantory

@@ -1,0 +1,74 @@
+#include "window/outline/OutlineTree.h"
+
+#include <QContextMenuEvent>
+#include <QKeyEvent>
+#include <QMenu>
+
+namespace vantory {
+
+namespace {
+
+OutlineKey outlineKey(int key) {
+  return key == Qt::Key_Delete || key == Qt::Key_Backspace ? OutlineKey::Delete : OutlineKey::Other;
+}
+
+}  // namespace
+
+OutlineTree::OutlineTree(QWidget* parent) : QTreeView(parent) {
+  setUniformRowHeights(true);
+  setAllColumnsShowFocus(true);
+  setSelectionMode(SingleSelection);
+  setSelectionBehavior(SelectRows);
+  setEditTriggers(EditKeyPressed | SelectedClicked);
+  setExpandsOnDoubleClick(false);
+  setTabKeyNavigation(false);
+  setFrameShape(QFrame::NoFrame);
+}
+
+void OutlineTree::keyPressEvent(QKeyEvent* event) {
+  if (state() == EditingState) return QTreeView::keyPressEvent(event);
+  if (!event->isAutoRepeat()) pressedKey_ = event->key();
+  const QString text = event->text();
+  if (!text.isEmpty() && onKeyDown && onKeyDown(text.front())) return;
+  if (event->key() == Qt::Key_Space && toggleCheckBox()) return;
+  QTreeView::keyPressEvent(event);
+}
+
+void OutlineTree::keyReleaseEvent(QKeyEvent* event) {
+  const bool pressedHere = !event->isAutoRepeat() && pressedKey_ == event->key();
+  if (!event->isAutoRepeat()) pressedKey_ = 0;
+  if (pressedHere && state() != EditingState && onKeyUp && onKeyUp(outlineKey(event->key()))) return;
+  QTreeView::keyReleaseEvent(event);
+}
+
+// The space bar works on the row's check box, whichever of its cells is the current one.
+bool OutlineTree::toggleCheckBox() {
+  if (!currentIndex().isValid()) return false;
+  for (int column = 0; column < model()->columnCount(); ++column) {
+    const QModelIndex cell = currentIndex().siblingAtColumn(column);
+    if (!(cell.flags() & Qt::ItemIsUserCheckable)) continue;
+    const bool on = cell.data(Qt::CheckStateRole).toInt() == Qt::Checked;
+    return model()->setData(cell, on ? Qt::Unchecked : Qt::Checked, Qt::CheckStateRole);
+  }
+  return false;
+}
+
+void OutlineTree::mouseDoubleClickEvent(QMouseEvent* event) {
+  QTreeView::mouseDoubleClickEvent(event);
+  const QModelIndex index = indexAt(event->position().toPoint());
+  if (event->button() == Qt::LeftButton && index.isValid() && state() != EditingState && onDoubleClick) onDoubleClick();
+}
+
+QModelIndex OutlineTree::indexForMenu(const QContextMenuEvent& event) const {
+  return event.reason() == QContextMenuEvent::Keyboard ? currentIndex() : indexAt(event.pos());
+}
+
+void OutlineTree::contextMenuEvent(QContextMenuEvent* event) {
+  const QModelIndex index = indexForMenu(*event);
+  if (!menu || !index.isValid() || !(index.flags() & Qt::ItemIsSelectable)) return;
+  setCurrentIndex(index);
+  const bool keyboard = event->reason() == QContextMenuEvent::Keyboard;
+  menu->popup(keyboard ? viewport()->mapToGlobal(visualRect(index).bottomLeft()) : event->globalPos());
+}
+
+}  // namespace vantory
