@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "catalog/CatalogParent.h"
-#include "catalog/LockState.h"
 #include "catalog/QWPrefItem.h"
+#include "catalog/States.h"
 
 namespace vantory {
 

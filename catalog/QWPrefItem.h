@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "catalog/CatalogParent.h"
-#include "catalog/LockState.h"
 #include "catalog/SelectionState.h"
+#include "catalog/States.h"
 #include "platform/Clock.h"
 
 namespace vantory {

@@ -3,8 +3,8 @@
 #include <mutex>
 #include <optional>
 
-#include "base/LocalTime.h"
 #include "base/Paths.h"
+#include "base/Timestamp.h"
 #include "platform/Clock.h"
 #include "platform/Documents.h"
 #include "platform/FileMetadata.h"

@@ -5,8 +5,8 @@
 
 #include "backups/QWDataController.h"
 #include "base/Json.h"
-#include "base/LocalTime.h"
 #include "base/TextTable.h"
+#include "base/Timestamp.h"
 #include "services/files/QWFileManager.h"
 #include "tasks/DryRun.h"
 #include "tasks/Question.h"

@@ -14,20 +14,20 @@
 #include "platform/linux/schedule/LinuxJobControl.h"
 #include "platform/linux/session/DesktopSession.h"
 #include "platform/linux/session/LinuxDefaultHandlers.h"
+#include "platform/linux/session/LinuxDesktop.h"
 #include "platform/linux/session/LinuxDocuments.h"
 #include "platform/linux/session/LinuxMessaging.h"
-#include "platform/linux/session/LinuxWorkspace.h"
 #include "platform/linux/system/LinuxCrashReports.h"
 #include "platform/linux/system/LinuxStandardFolders.h"
 #include "platform/linux/system/LinuxSystemInfo.h"
 #include "platform/linux/system/LinuxSystemLog.h"
 #include "platform/linux/system/LinuxSystemTools.h"
 #include "platform/linux/system/LinuxUsers.h"
-#include "platform/posix/processes/LinuxClock.h"
+#include "platform/posix/processes/PosixClock.h"
 #include "platform/posix/processes/StandardStreams.h"
 #include "platform/posix/progress/ProgressLine.h"
 #include "platform/posix/progress/WatchedFileMetadata.h"
-#include "platform/posix/progress/WatchedFileSystem.h"
+#include "platform/posix/progress/WatchedFiles.h"
 
 namespace vantory {
 namespace {
@@ -76,7 +76,7 @@ struct LinuxPlatform::Parts {
   }
 
   LinuxSystemLog systemLog;
-  LinuxClock clock;
+  PosixClock clock;
   LinuxUsers users;
   LinuxStandardFolders folders;
   LinuxSystemInfo system;

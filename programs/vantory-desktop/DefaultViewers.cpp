@@ -5,7 +5,7 @@
 #include <string>
 
 #include "platform/posix/files/Errors.h"
-#include "platform/posix/files/SmallFile.h"
+#include "platform/posix/files/SmallFiles.h"
 #include "programs/vantory-desktop/DesktopEntry.h"
 #include "programs/vantory-desktop/FileTypes.h"
 #include "programs/vantory-desktop/Services.h"

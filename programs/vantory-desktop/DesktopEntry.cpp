@@ -8,7 +8,7 @@
 
 #include "platform/linux/session/DataFolders.h"
 #include "platform/posix/files/Errors.h"
-#include "platform/posix/files/SmallFile.h"
+#include "platform/posix/files/SmallFiles.h"
 #include "programs/vantory-desktop/SessionEnvironment.h"
 
 namespace vantory::desktop {

@@ -10,7 +10,7 @@
 
 #include "platform/linux/processes/ChildProgram.h"
 #include "platform/posix/files/Errors.h"
-#include "platform/posix/processes/WaitForChild.h"
+#include "platform/posix/processes/ProcessCalls.h"
 #include "programs/vantory-desktop/Launch.h"
 #include "programs/vantory-desktop/Services.h"
 #include "programs/vantory-desktop/SessionBus.h"

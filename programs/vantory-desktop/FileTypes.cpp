@@ -11,7 +11,7 @@
 #include "platform/linux/processes/ChildProgram.h"
 #include "platform/linux/session/GLibPointers.h"
 #include "platform/posix/files/Errors.h"
-#include "platform/posix/processes/WaitForChild.h"
+#include "platform/posix/processes/ProcessCalls.h"
 #include "programs/vantory-desktop/ProjectTypes.h"
 #include "programs/vantory-desktop/SessionEnvironment.h"
 #include "programs/vantory-desktop/WholeFile.h"

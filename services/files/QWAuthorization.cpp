@@ -3,9 +3,9 @@
 #include <chrono>
 
 #include "base/Format.h"
-#include "base/LocalTime.h"
 #include "base/Paths.h"
 #include "base/Text.h"
+#include "base/Timestamp.h"
 #include "platform/Clock.h"
 #include "platform/FileSystem.h"
 #include "platform/PrivilegedRunner.h"

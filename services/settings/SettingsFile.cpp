@@ -3,9 +3,9 @@
 #include <chrono>
 #include <utility>
 
-#include "base/LocalTime.h"
 #include "base/Paths.h"
 #include "base/Text.h"
+#include "base/Timestamp.h"
 #include "platform/Clock.h"
 #include "platform/SystemLog.h"
 #include "services/Runtime.h"

@@ -19,7 +19,7 @@
 #include "services/threads/BackgroundThreads.h"
 #include "settings/QWBugReporter.h"
 #include "settings/QWSoftwareUpdate.h"
-#include "tasks/ui/Documents.h"
+#include "tasks/ui/DocumentPaths.h"
 #include "tasks/ui/MainWindowView.h"
 
 namespace vantory {

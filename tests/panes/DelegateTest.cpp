@@ -3,7 +3,7 @@
 #include <atomic>
 #include <thread>
 
-#include "tasks/ui/Documents.h"
+#include "tasks/ui/DocumentPaths.h"
 #include "tests/panes/PaneTest.h"
 
 namespace vantory::test {

@@ -4,8 +4,8 @@
 
 #include "base/Format.h"
 #include "base/Json.h"
-#include "base/LocalTime.h"
 #include "base/Paths.h"
+#include "base/Timestamp.h"
 
 namespace vantory {
 namespace {

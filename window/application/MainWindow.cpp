@@ -13,7 +13,7 @@
 #include <utility>
 
 #include "base/Text.h"
-#include "tasks/ui/Documents.h"
+#include "tasks/ui/DocumentPaths.h"
 #include "window/appearance/DisplayText.h"
 #include "window/appearance/Icons.h"
 #include "window/application/WindowMemory.h"

@@ -7,7 +7,7 @@
 #include <memory>
 
 #include "tasks/ui/MainWindowView.h"
-#include "window/panes/BackupPane.h"
+#include "window/panes/CatalogPanes.h"
 #include "window/panes/LockPane.h"
 #include "window/panes/RestorePane.h"
 #include "window/panes/TrashPane.h"

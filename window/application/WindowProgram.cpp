@@ -25,7 +25,7 @@
 #include "services/threads/MainThread.h"
 #include "tasks/HomeCheck.h"
 #include "tasks/QWVantoryUtilities.h"
-#include "tasks/ui/Documents.h"
+#include "tasks/ui/DocumentPaths.h"
 #include "window/appearance/FontPreload.h"
 #include "window/appearance/SystemColours.h"
 #include "window/application/MainThreadEvents.h"

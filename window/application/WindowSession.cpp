@@ -13,7 +13,7 @@
 #include "services/threads/BackgroundThreads.h"
 #include "services/threads/MainThread.h"
 #include "tasks/HomeCheck.h"
-#include "tasks/ui/Documents.h"
+#include "tasks/ui/DocumentPaths.h"
 #include "window/appearance/Icons.h"
 #include "window/application/WindowMenus.h"
 #include "window/controls/Command.h"

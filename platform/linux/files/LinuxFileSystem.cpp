@@ -11,8 +11,8 @@
 #include "platform/linux/files/FileCopy.h"
 #include "platform/linux/files/FolderCreation.h"
 #include "platform/linux/files/FolderReading.h"
+#include "platform/linux/files/Folders.h"
 #include "platform/linux/files/Staging.h"
-#include "platform/linux/files/TreeRemoval.h"
 #include "platform/posix/files/Errors.h"
 
 namespace vantory {

@@ -9,8 +9,8 @@
 
 #include "platform/linux/files/FileCopy.h"
 #include "platform/linux/files/FolderReading.h"
+#include "platform/linux/files/Folders.h"
 #include "platform/linux/files/TreeCopy.h"
-#include "platform/linux/files/TreeRemoval.h"
 #include "platform/posix/files/Errors.h"
 #include "platform/posix/files/Names.h"
 

@@ -18,7 +18,7 @@
 #include "platform/linux/files/FileCopy.h"
 #include "platform/linux/files/FileRights.h"
 #include "platform/linux/files/FolderReading.h"
-#include "platform/linux/files/TreeRemoval.h"
+#include "platform/linux/files/Folders.h"
 #include "platform/posix/files/Errors.h"
 
 namespace vantory {

@@ -1,4 +1,4 @@
-#include "platform/posix/progress/WatchedFileSystem.h"
+#include "platform/posix/progress/WatchedFiles.h"
 
 #include "platform/posix/progress/ProgressLine.h"
 

@@ -1,4 +1,4 @@
-#include "platform/posix/processes/WaitForChild.h"
+#include "platform/posix/processes/ProcessCalls.h"
 
 #include <sys/wait.h>
 

@@ -1,4 +1,4 @@
-#include "platform/posix/processes/LinuxClock.h"
+#include "platform/posix/processes/PosixClock.h"
 
 #include <ctime>
 
@@ -6,13 +6,13 @@
 
 namespace vantory {
 
-Timestamp LinuxClock::now() const {
+Timestamp PosixClock::now() const {
   timespec time{};
   clock_gettime(CLOCK_REALTIME, &time);
   return {time.tv_sec, static_cast<std::int32_t>(time.tv_nsec)};
 }
 
-void LinuxClock::sleep(std::chrono::microseconds duration) {
+void PosixClock::sleep(std::chrono::microseconds duration) {
   if (duration <= duration.zero()) return;
   const auto seconds = std::chrono::floor<std::chrono::seconds>(duration);
   timespec left{};

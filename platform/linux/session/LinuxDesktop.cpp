@@ -1,4 +1,4 @@
-#include "platform/linux/session/LinuxWorkspace.h"
+#include "platform/linux/session/LinuxDesktop.h"
 
 #include <unistd.h>
 

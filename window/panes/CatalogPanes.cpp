@@ -1,4 +1,4 @@
-#include "window/panes/BackupPane.h"
+#include "window/panes/CatalogPanes.h"
 
 #include "window/controls/Command.h"
 #include "window/outline/QWOutlineView.h"

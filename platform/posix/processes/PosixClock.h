@@ -5,7 +5,7 @@
 
 namespace vantory {
 
-class LinuxClock : public Clock {
+class PosixClock : public Clock {
  public:
   Timestamp now() const override;
   void sleep(std::chrono::microseconds duration) override;

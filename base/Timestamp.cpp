@@ -1,4 +1,4 @@
-#include "base/LocalTime.h"
+#include "base/Timestamp.h"
 
 #include <ctime>
 

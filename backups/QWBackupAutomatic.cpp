@@ -2,8 +2,8 @@
 #include "backups/QWBackup.h"
 #include "backups/QWDataController.h"
 #include "base/Format.h"
-#include "base/LocalTime.h"
 #include "base/Paths.h"
+#include "base/Timestamp.h"
 #include "services/Runtime.h"
 #include "services/log/QWLog.h"
 

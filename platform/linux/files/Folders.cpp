@@ -1,4 +1,4 @@
-#include "platform/linux/files/TreeRemoval.h"
+#include "platform/linux/files/Folders.h"
 
 #include <dirent.h>
 #include <fcntl.h>

@@ -1,4 +1,4 @@
-#include "platform/posix/files/SmallFile.h"
+#include "platform/posix/files/SmallFiles.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

@@ -1,4 +1,4 @@
-#include "tasks/ui/Documents.h"
+#include "tasks/ui/DocumentPaths.h"
 
 #include <charconv>
 #include <filesystem>
