@@ -13,8 +13,8 @@
 #include "services/files/QWFileManager.h"
 #include "services/log/QWLog.h"
 #include "services/settings/QWUserDefaults.h"
+#include "services/threads/BackgroundThreads.h"
 #include "services/threads/MainThread.h"
-#include "services/threads/Parallel.h"
 
 namespace vantory {
 

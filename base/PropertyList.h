@@ -9,7 +9,7 @@
 #include <variant>
 #include <vector>
 
-#include "platform/Clock.h"
+#include "base/Timestamp.h"
 
 namespace vantory {
 

@@ -16,7 +16,9 @@ struct DamagedPropertyList {};
 // Arrays and dictionaries inside each other, the outermost included.
 constexpr int kMaximumPropertyListDepth = 512;
 
-// XML of any encoding that it declares or betrays by its first bytes; at most kLargestReadBytes.
+inline constexpr std::size_t kLargestXml = 4 * 1024 * 1024;
+
+// XML of any encoding that it declares or betrays by its first bytes; at most kLargestXml bytes.
 PropertyList parseXmlPropertyList(std::string_view bytes);
 PropertyList parseBinaryPropertyList(std::string_view bytes);
 PropertyList parseTextPropertyList(std::string_view utf8);

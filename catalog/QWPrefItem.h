@@ -9,10 +9,9 @@
 #include <utility>
 #include <vector>
 
+#include "base/Timestamp.h"
 #include "catalog/CatalogParent.h"
-#include "catalog/SelectionState.h"
 #include "catalog/States.h"
-#include "platform/Clock.h"
 
 namespace vantory {
 

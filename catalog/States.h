@@ -1,12 +1,14 @@
-// The lock state of a record of the catalog.
+// The three states of a check box, and the lock state of a record of the catalog.
 #pragma once
 
 #include <atomic>
 
-#include "catalog/SelectionState.h"
 #include "services/QWCmdUtils.h"
 
 namespace vantory {
+
+// On (every child on, or locked), off, or mixed. A state never computed reads as Off.
+enum State : int { Off = 0, On = 1, Mixed = -1 };
 
 // Finding out means looking at every file. A window shows the states, and its main thread must not wait for the disk,
 // so there they are worked out by whoever says that they are due; a task without a window works out what is asked for,

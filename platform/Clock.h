@@ -2,18 +2,10 @@
 #pragma once
 
 #include <chrono>
-#include <compare>
-#include <cstdint>
+
+#include "base/Timestamp.h"
 
 namespace vantory {
-
-// A moment: seconds since 1970-01-01 00:00:00 UTC (negative before it) and nanoseconds (0 to 999999999).
-struct Timestamp {
-  std::int64_t seconds = 0;
-  std::int32_t nanoseconds = 0;
-
-  auto operator<=>(const Timestamp&) const = default;  // NOLINT(modernize-use-nullptr): a false finding
-};
 
 class Clock {
  public:

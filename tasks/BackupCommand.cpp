@@ -5,6 +5,7 @@
 #include "backups/QWBackup.h"
 #include "backups/QWDataController.h"
 #include "platform/SystemLog.h"
+#include "services/FailureTally.h"
 #include "services/Runtime.h"
 #include "services/files/QWFileManager.h"
 #include "tasks/AppController.h"
@@ -92,6 +93,14 @@ int backupCommand(const CommandContext& context) {
   // Writing it moves a backup that has the name to the Trash, unless another process is at work on that.
   write(*makeRecord(name, path, keys), controller);
   return 0;  // also where there was nothing to back up
+}
+
+int autoBackupCommand(const CommandContext& context) {
+  context.controller.postGrowlNotification("Vantory", "Backing up preferences...");
+  QWDataController::sharedController().populateApps();
+  if (QWBackup::autoBackup()->writeData() == WriteResult::SettingsNotWritten) FailureTally::shared().add();
+  context.controller.postGrowlNotification("Vantory", "Backup complete");
+  return 0;
 }
 
 }  // namespace vantory

@@ -9,6 +9,7 @@
 #include "platform/SystemLog.h"
 #include "services/Runtime.h"
 #include "services/files/QWFileManager.h"
+#include "services/log/QWLog.h"
 #include "tasks/AppController.h"
 #include "tasks/Command.h"
 #include "tasks/KeyList.h"
@@ -70,6 +71,23 @@ int restoreCommand(const CommandContext& context) {
   if (keys) deselectAllBut(*keys, *backup);
   backup->restore();
   controller.postGrowlNotification("Vantory", "Restore complete");
+  return 0;
+}
+
+int restoreDefaultCommand(const CommandContext& context) {
+  const AppController& controller = context.controller;
+  controller.postGrowlNotification("Vantory", "Restoring default backup...");
+  QWDataController& data = QWDataController::sharedController();
+  data.populateApps();
+  data.populateBackups();
+  const auto backup = data.defaultBackup();
+  if (!backup) {
+    QWLog::appendLogAndPrint("Unable to restore backup - no default backup set.");
+    controller.postGrowlNotification("Unable to restore backup", "No default backup set.");
+    return 1;
+  }
+  backup->restore();
+  controller.postGrowlNotification("Default backup restored", backup->name());
   return 0;
 }
 

@@ -48,4 +48,17 @@ void selectRow(const OutlineItemPointer& item, int state) {
   if (const auto app = applicationOfRow(prefItem)) app->updateSelectionStatus();
 }
 
+std::size_t RowsDelegate::numberOfChildrenOfItem(const OutlineItemPointer& item) {
+  return rowsUnder(item).size();
+}
+
+OutlineItemPointer RowsDelegate::child(std::size_t index, const OutlineItemPointer& ofItem) {
+  const Rows rows = rowsUnder(ofItem);
+  return index < rows.size() ? rows[index] : nullptr;
+}
+
+bool RowsDelegate::isItemExpandable(const OutlineItemPointer& item) {
+  return !rowsUnder(item).empty();
+}
+
 }  // namespace vantory

@@ -31,4 +31,17 @@ int clickedState(const ObjectValue& value);
 // Ticks or unticks an application, an item or an Avid user, with all below it, and brings the rows above up to date.
 void selectRow(const OutlineItemPointer& item, int state);
 
+// Answers the outline's questions about rows by what rowsUnder() tells. A row with nothing below it cannot be opened.
+class RowsDelegate : public OutlineDelegate {
+ public:
+  std::size_t numberOfChildrenOfItem(const OutlineItemPointer& item) override;
+  OutlineItemPointer child(std::size_t index, const OutlineItemPointer& ofItem) override;
+  Rows childrenOfItem(const OutlineItemPointer& item) override { return rowsUnder(item); }
+  bool isItemExpandable(const OutlineItemPointer& item) override;
+
+ protected:
+  // The rows below an item, in order; below null the outermost ones.
+  virtual Rows rowsUnder(const OutlineItemPointer& item) const = 0;
+};
+
 }  // namespace vantory

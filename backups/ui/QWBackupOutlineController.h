@@ -3,7 +3,7 @@
 
 #include <memory>
 
-#include "backups/ui/RowsDelegate.h"
+#include "backups/ui/CatalogRows.h"
 #include "platform/OutlineView.h"
 #include "services/messages/NotificationCenter.h"
 

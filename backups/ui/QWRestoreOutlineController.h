@@ -9,10 +9,10 @@
 #include <string>
 
 #include "backups/QWDataController.h"
-#include "backups/ui/RowsDelegate.h"
+#include "backups/ui/CatalogRows.h"
 #include "platform/OutlineView.h"
 #include "services/messages/NotificationCenter.h"
-#include "services/threads/SerialWork.h"
+#include "services/threads/BackgroundThreads.h"
 
 namespace vantory {
 

@@ -17,8 +17,8 @@
 #include "services/files/QWFileManager.h"
 #include "services/log/QWLog.h"
 #include "services/messages/QWAlert.h"
+#include "services/threads/BackgroundThreads.h"
 #include "services/threads/MainThread.h"
-#include "services/threads/SerialWork.h"
 
 namespace vantory {
 

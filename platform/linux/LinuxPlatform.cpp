@@ -13,10 +13,7 @@
 #include "platform/linux/rights/SuperuserRunner.h"
 #include "platform/linux/schedule/LinuxJobControl.h"
 #include "platform/linux/session/DesktopSession.h"
-#include "platform/linux/session/LinuxDefaultHandlers.h"
 #include "platform/linux/session/LinuxDesktop.h"
-#include "platform/linux/session/LinuxDocuments.h"
-#include "platform/linux/session/LinuxMessaging.h"
 #include "platform/linux/system/LinuxCrashReports.h"
 #include "platform/linux/system/LinuxStandardFolders.h"
 #include "platform/linux/system/LinuxSystemInfo.h"
@@ -24,9 +21,8 @@
 #include "platform/linux/system/LinuxSystemTools.h"
 #include "platform/linux/system/LinuxUsers.h"
 #include "platform/posix/processes/PosixClock.h"
-#include "platform/posix/processes/StandardStreams.h"
+#include "platform/posix/processes/ProcessCalls.h"
 #include "platform/posix/progress/ProgressLine.h"
-#include "platform/posix/progress/WatchedFileMetadata.h"
 #include "platform/posix/progress/WatchedFiles.h"
 
 namespace vantory {

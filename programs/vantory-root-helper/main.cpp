@@ -11,8 +11,7 @@
 #include "platform/linux/system/LinuxStandardFolders.h"
 #include "platform/linux/system/LinuxSystemLog.h"
 #include "platform/linux/system/LinuxUsers.h"
-#include "platform/posix/processes/HelperAnswers.h"
-#include "platform/posix/processes/StandardStreams.h"
+#include "platform/posix/processes/ProcessCalls.h"
 #include "programs/vantory-root-helper/Caller.h"
 #include "programs/vantory-root-helper/Capabilities.h"
 

@@ -6,7 +6,7 @@
 #include "platform/Users.h"
 #include "platform/linux/LinuxPlatform.h"
 #include "platform/linux/session/LinuxSingleInstance.h"
-#include "platform/linux/system/CrashReportWriter.h"
+#include "platform/linux/system/LinuxCrashReports.h"
 #include "services/QWLocalPaths.h"
 #include "services/Runtime.h"
 #include "services/threads/MainThread.h"

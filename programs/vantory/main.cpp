@@ -4,7 +4,7 @@
 #include <optional>
 
 #include "platform/linux/LinuxPlatform.h"
-#include "platform/posix/processes/ProgramReplacement.h"
+#include "platform/posix/processes/ProcessCalls.h"
 #include "platform/posix/progress/ProgressLine.h"
 #include "services/Runtime.h"
 #include "services/threads/MainThread.h"

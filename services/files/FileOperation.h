@@ -10,7 +10,7 @@
 #include <thread>
 
 #include "base/Result.h"
-#include "platform/Clock.h"
+#include "base/Timestamp.h"
 
 namespace vantory {
 

@@ -9,7 +9,7 @@
 #include <string_view>
 
 #include "base/Result.h"
-#include "platform/Clock.h"
+#include "base/Timestamp.h"
 #include "platform/Platform.h"
 
 namespace vantory {

@@ -6,6 +6,7 @@
 #include <optional>
 #include <utility>
 
+#include "platform/Clock.h"
 #include "platform/Messaging.h"
 #include "services/GlobalSettings.h"
 #include "services/Runtime.h"

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "platform/Clock.h"
+#include "base/Timestamp.h"
 
 namespace vantory {
 

@@ -1,9 +1,12 @@
 #include "services/threads/BackgroundThreads.h"
 
+#include <algorithm>
+#include <atomic>
 #include <exception>
 #include <system_error>
 #include <thread>
 #include <utility>
+#include <vector>
 
 #include "services/Runtime.h"
 #include "services/log/QWException.h"
@@ -85,6 +88,56 @@ void BackgroundThreads::waitForAll() {
     const std::lock_guard lock(mutex_);
     return running_ == 0 && waiting_.empty();
   });
+}
+
+SerialWork& SerialWork::tasks() {
+  return Runtime::current().shared<SerialWork>();
+}
+
+bool SerialWork::add(std::function<void()> work) {
+  const std::lock_guard lock(mutex_);
+  waiting_.push_back(std::move(work));
+  if (working_) return true;
+  working_ = BackgroundThreads::shared().start([this] { workOff(); });
+  if (!working_) waiting_.clear();
+  return working_;
+}
+
+void SerialWork::workOff() {
+  while (const auto work = takeNext()) {
+    try {
+      work();
+    } catch (const std::exception& exception) {
+      QWException::logException(exception, "SerialWork");
+    }
+  }
+}
+
+std::function<void()> SerialWork::takeNext() {
+  const std::lock_guard lock(mutex_);
+  working_ = !waiting_.empty();
+  if (!working_) return nullptr;
+  std::function<void()> work = std::move(waiting_.front());
+  waiting_.pop_front();
+  return work;
+}
+
+void forEachInParallel(std::size_t count, const std::function<void(std::size_t)>& work) {
+  constexpr unsigned kMostThreads = 4;
+  std::atomic<std::size_t> next = 0;
+  const auto run = [&] {
+    for (std::size_t index; (index = next++) < count;) work(index);
+  };
+  std::vector<std::jthread> others;
+  const unsigned wanted = std::clamp(std::thread::hardware_concurrency(), 1U, kMostThreads) - 1;
+  for (unsigned i = 0; i < wanted && i + 1 < count; ++i) {
+    try {
+      others.emplace_back(run);
+    } catch (const std::system_error&) {
+      break;  // fewer threads are slower, and no other matter
+    }
+  }
+  run();
 }
 
 }  // namespace vantory

@@ -1,4 +1,4 @@
-// Threads for work that a window must not wait for.
+// Work on other threads: for itself, one after the other, and shared out.
 #pragma once
 
 #include <condition_variable>
@@ -37,5 +37,29 @@ class BackgroundThreads {
   std::deque<std::function<void()>> waiting_;  // for idleness
   bool servingWaiting_ = false;                // main thread
 };
+
+// Work that must not be done at the same time. Outlives the BackgroundThreads that do its work.
+class SerialWork {
+ public:
+  // Where the tasks that read or replace preference files or the library take turns: each finds what the one before
+  // has left. Any thread.
+  static SerialWork& tasks();
+
+  // Runs the work on a background thread once all that was handed over before has ended. Work that throws is logged.
+  // False when the system has no thread to give; it is not done then. Any thread.
+  bool add(std::function<void()> work);
+
+ private:
+  void workOff();
+  std::function<void()> takeNext();
+
+  std::mutex mutex_;
+  std::deque<std::function<void()>> waiting_;
+  bool working_ = false;
+};
+
+// Calls work(0) to work(count - 1), in any order, on this thread and a few more where they are to be had; returns when
+// all have run. The work must not throw.
+void forEachInParallel(std::size_t count, const std::function<void(std::size_t)>& work);
 
 }  // namespace vantory

@@ -10,8 +10,8 @@
 #include "services/files/QWFileManager.h"
 #include "services/log/QWLog.h"
 #include "services/messages/NotificationCenter.h"
+#include "services/threads/BackgroundThreads.h"
 #include "services/threads/MainThread.h"
-#include "services/threads/SerialWork.h"
 #include "settings/QWBugReporter.h"
 #include "tasks/ui/MainWindowView.h"
 

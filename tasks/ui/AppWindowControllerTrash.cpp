@@ -12,8 +12,8 @@
 #include "services/log/QWLog.h"
 #include "services/messages/QWAlert.h"
 #include "services/settings/QWUserDefaults.h"
+#include "services/threads/BackgroundThreads.h"
 #include "services/threads/MainThread.h"
-#include "services/threads/SerialWork.h"
 #include "tasks/ui/AppWindowController.h"
 #include "tasks/ui/QWLockOutlineController.h"
 

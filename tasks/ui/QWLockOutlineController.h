@@ -3,10 +3,10 @@
 
 #include <functional>
 
-#include "backups/ui/RowsDelegate.h"
+#include "backups/ui/CatalogRows.h"
 #include "platform/OutlineView.h"
 #include "services/messages/NotificationCenter.h"
-#include "services/threads/SerialWork.h"
+#include "services/threads/BackgroundThreads.h"
 
 namespace vantory {
 

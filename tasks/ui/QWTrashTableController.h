@@ -1,7 +1,7 @@
 // The Trash pane: whose preferences go to the Trash.
 #pragma once
 
-#include "backups/ui/RowsDelegate.h"
+#include "backups/ui/CatalogRows.h"
 #include "platform/OutlineView.h"
 #include "services/messages/NotificationCenter.h"
 

@@ -1,7 +1,7 @@
 #include "platform/Controls.h"
 #include "services/RunningApplicationGuard.h"
 #include "services/log/QWLog.h"
-#include "services/threads/SerialWork.h"
+#include "services/threads/BackgroundThreads.h"
 #include "tasks/ui/AppWindowController.h"
 #include "tasks/ui/QWLockOutlineController.h"
 #include "tests/panes/PaneTest.h"

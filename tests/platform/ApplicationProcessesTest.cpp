@@ -6,7 +6,6 @@
 
 #include <filesystem>
 
-#include "platform/linux/session/ApplicationUnits.h"
 #include "tests/support/ScratchFolder.h"
 
 namespace vantory::test {

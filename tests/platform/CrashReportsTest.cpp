@@ -8,7 +8,6 @@
 #include <thread>
 
 #include "platform/linux/files/LinuxFileSystem.h"
-#include "platform/linux/system/CrashReportWriter.h"
 #include "platform/linux/system/LinuxCrashReports.h"
 #include "tests/support/FakePlatform.h"
 #include "tests/support/ScratchFolder.h"

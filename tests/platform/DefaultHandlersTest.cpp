@@ -6,7 +6,7 @@
 
 #include <filesystem>
 
-#include "platform/linux/session/LinuxDefaultHandlers.h"
+#include "platform/linux/session/LinuxDesktop.h"
 #include "tests/support/DesktopFolders.h"
 #include "tests/support/FakePlatform.h"
 

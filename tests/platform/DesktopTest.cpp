@@ -11,7 +11,7 @@
 
 #include "platform/linux/helpers/DesktopHelper.h"
 #include "platform/linux/session/DesktopSession.h"
-#include "platform/linux/session/LinuxMessaging.h"
+#include "platform/linux/session/LinuxDesktop.h"
 #include "tests/support/DesktopFolders.h"
 #include "tests/support/FakePlatform.h"
 #include "tests/support/SessionBus.h"

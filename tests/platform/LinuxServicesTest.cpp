@@ -6,7 +6,7 @@
 
 #include "platform/linux/system/LinuxStandardFolders.h"
 #include "platform/linux/system/LinuxSystemLog.h"
-#include "platform/posix/files/AssignmentFile.h"
+#include "platform/posix/files/SmallFiles.h"
 #include "tests/support/EnvironmentChange.h"
 #include "tests/support/ScratchFolder.h"
 

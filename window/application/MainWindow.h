@@ -8,9 +8,7 @@
 
 #include "tasks/ui/MainWindowView.h"
 #include "window/panes/CatalogPanes.h"
-#include "window/panes/LockPane.h"
 #include "window/panes/RestorePane.h"
-#include "window/panes/TrashPane.h"
 
 class QLabel;
 class QMenu;

@@ -1,4 +1,4 @@
-// The Backup pane's widgets.
+// The panes that show the catalog with check boxes.
 #pragma once
 
 #include "window/outline/OutlinePane.h"
@@ -13,6 +13,27 @@ class BackupPane : public OutlinePane {
 
  private:
   Command& backup_;
+};
+
+class LockPane : public OutlinePane {
+ public:
+  LockPane();
+
+  // Looks at the files' locks again.
+  Command& refreshCommand() { return refresh_; }
+
+ private:
+  Command& refresh_;
+};
+
+class TrashPane : public OutlinePane {
+ public:
+  TrashPane();
+
+  Command& trashCommand() { return trash_; }
+
+ private:
+  Command& trash_;
 };
 
 }  // namespace vantory

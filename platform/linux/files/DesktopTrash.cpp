@@ -9,7 +9,7 @@
 #include <ctime>
 
 #include "platform/TrashNote.h"
-#include "platform/linux/files/FolderCreation.h"
+#include "platform/linux/files/Folders.h"
 #include "platform/linux/files/Staging.h"
 #include "platform/posix/files/Errors.h"
 #include "platform/posix/files/Names.h"

@@ -1,11 +1,29 @@
-// Deleting for good.
+// Folders: made, read, and removed with all that they hold.
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "base/Result.h"
+#include "platform/FileSystem.h"
 
 namespace vantory {
+
+class FileRights;
+
+// Creates the folder at an absolute path and those above it, with the mode that the rights say where they are new. A
+// folder, or a link to one, that is there already is success.
+Status createFolders(const std::string& path, const FileRights& rights);
+
+// The kind of item that a mode tells of.
+FileType typeOfMode(unsigned mode);
+
+// The entries of a folder that is open for reading, from its beginning.
+Result<std::vector<DirectoryEntry>> readFolder(int folder, const std::string& path, Detail detail);
+
+// Gives the owner all rights to an open folder that is the caller's own; false when it is not or that failed. Works on
+// O_PATH descriptors.
+bool openUp(int folder);
 
 // How deep a folder may nest to be copied or deleted. A deeper one is refused where it goes deeper.
 inline constexpr int kDeepestFolder = 256;

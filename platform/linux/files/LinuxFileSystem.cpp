@@ -9,8 +9,6 @@
 #include <thread>
 
 #include "platform/linux/files/FileCopy.h"
-#include "platform/linux/files/FolderCreation.h"
-#include "platform/linux/files/FolderReading.h"
 #include "platform/linux/files/Folders.h"
 #include "platform/linux/files/Staging.h"
 #include "platform/posix/files/Errors.h"

@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "platform/linux/files/FileCopy.h"
-#include "platform/linux/files/FolderReading.h"
 #include "platform/linux/files/Folders.h"
 #include "platform/linux/files/TreeCopy.h"
 #include "platform/posix/files/Errors.h"

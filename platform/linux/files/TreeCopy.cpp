@@ -17,7 +17,6 @@
 
 #include "platform/linux/files/FileCopy.h"
 #include "platform/linux/files/FileRights.h"
-#include "platform/linux/files/FolderReading.h"
 #include "platform/linux/files/Folders.h"
 #include "platform/posix/files/Errors.h"
 

@@ -7,9 +7,10 @@
 #include "platform/PrivilegedRunner.h"
 #include "platform/ProtectedFolders.h"
 #include "platform/posix/files/Errors.h"
-#include "platform/posix/files/PlainPath.h"
+#include "platform/posix/files/Names.h"
 
 namespace vantory {
+
 namespace {
 
 Status refusal(std::string_view about, std::string_view reason) {

@@ -54,4 +54,8 @@ class AdministratorTools {
   MachineWideFiles machine_{standard_};
 };
 
+inline constexpr const char* kHelperReady = "ready";  // once, before the first request
+inline constexpr const char* kHelperDone = "done";
+inline constexpr const char* kHelperFailed = "failed";
+
 }  // namespace vantory

@@ -7,7 +7,6 @@
 #include <system_error>
 
 #include "platform/linux/rights/AdministratorTools.h"
-#include "platform/posix/processes/HelperAnswers.h"
 
 namespace vantory {
 namespace {

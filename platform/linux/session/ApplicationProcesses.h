@@ -5,12 +5,24 @@
 
 #include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/linux/session/EntryCommand.h"
 #include "platform/posix/files/Descriptor.h"
 
 namespace vantory {
+
+// The unit that a process belongs to, such as "app-gnome-org.example.Editor-4711.scope", from the text of its
+// /proc/PID/cgroup; empty when it tells of none.
+std::string unitOfProcess(std::string_view controlGroups);
+
+// Whether the unit was made for the application with that desktop-entry id (without ".desktop"): a scope
+// "app[-LAUNCHER]-ID-RANDOM.scope" or a service "app[-LAUNCHER]-ID[@RANDOM].service".
+bool isUnitOfApplication(std::string_view unit, std::string_view identifier);
+
+// Whether the unit was made for an application of a snap, named "INSTANCE.APP".
+bool isUnitOfSnap(std::string_view unit, std::string_view snapApplication);
 
 class ProcessView;
 

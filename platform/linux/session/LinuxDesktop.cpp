@@ -10,6 +10,7 @@
 #include "platform/linux/helpers/DesktopHelper.h"
 #include "platform/linux/session/DataFolders.h"
 #include "platform/linux/session/DesktopSession.h"
+#include "platform/posix/files/Errors.h"
 
 namespace vantory {
 
@@ -20,12 +21,23 @@ using std::chrono::seconds;
 // The helper program has limits of its own; these are for one that hangs.
 constexpr seconds kPatienceForQuestion{5};
 constexpr seconds kPatience{10};
-// For an application that the bus has to start.
+constexpr seconds kPatienceForMessage{4};
+// For an application that the bus has to start, a browser, or types that have to be declared first.
 constexpr seconds kPatienceForStart{30};
 
 Status statusOf(const Result<Message>& answer) {
   if (!answer) return answer.error();
   return {};
+}
+
+std::string lowerCase(std::string text) {
+  std::transform(text.begin(), text.end(), text.begin(),
+                 [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+  return text;
+}
+
+Error noSession() {
+  return {std::errc::no_such_device_or_address, "There is no desktop session."};
 }
 
 }  // namespace
@@ -67,6 +79,100 @@ bool LinuxWorkspace::mayRun(const std::string& bundleIdentifier) const {
   return std::any_of(folders.begin(), folders.end(), [&](const std::string& folder) {
     return access((folder + "/applications/" + bundleIdentifier + ".desktop").c_str(), F_OK) == 0;
   });
+}
+
+Status LinuxDocuments::open(const std::string& pathOrAddress) {
+  return ask({"open", pathOrAddress});
+}
+
+Status LinuxDocuments::reveal(const std::vector<std::string>& paths) {
+  std::vector<std::string> request = {"reveal"};
+  request.insert(request.end(), paths.begin(), paths.end());
+  return ask(request);
+}
+
+Status LinuxDocuments::mail(const std::string& path) {
+  return ask({"mail", path});
+}
+
+Status LinuxDocuments::ask(const std::vector<std::string>& request) {
+  const Result<Message> answer = helper_.ask(request, kPatienceForStart);
+  if (!answer) return answer.error();
+  return {};
+}
+
+LinuxDefaultHandlers::LinuxDefaultHandlers(const Users& users) : users_(users) {}
+
+LinuxDefaultHandlers::~LinuxDefaultHandlers() = default;
+
+Result<std::string> LinuxDefaultHandlers::typeOfExtension(const std::string& extension) const {
+  const std::lock_guard lock(mutex_);
+  const Result<Message> type = helper().ask({"find-type", extension}, kPatienceForStart);
+  if (!type) return type.error();
+  if (type->empty()) return systemError(extension, EBADMSG);
+  return type->front();
+}
+
+Status LinuxDefaultHandlers::setDefaultViewer(const std::string& type, const std::string& bundleIdentifier) {
+  const std::lock_guard lock(mutex_);
+  changed_ = true;
+  const Result<Message> set = helper().ask({"set-default-viewer", type, bundleIdentifier}, kPatienceForStart);
+  if (!set) return set.error();
+  return {};
+}
+
+std::optional<std::string> LinuxDefaultHandlers::defaultViewer(const std::string& type) const {
+  const std::lock_guard lock(mutex_);
+  const Result<Message> viewer = helperThatSeesChanges().ask({"default-viewer", type}, kPatienceForStart);
+  if (!viewer || viewer->empty()) return std::nullopt;
+  return lowerCase(viewer->front());
+}
+
+DesktopHelper& LinuxDefaultHandlers::helper() const {
+  if (!helper_) helper_ = std::make_unique<DesktopHelper>([this] { return desktopHelperProgram(users_); });
+  return *helper_;
+}
+
+DesktopHelper& LinuxDefaultHandlers::helperThatSeesChanges() const {
+  if (changed_) helper_.reset();
+  changed_ = false;
+  return helper();
+}
+
+Result<TaskClient::Answer> LinuxTaskClient::send(const std::string& service, const TaskMessage& message) {
+  if (!hasSessionBus(users_)) return Answer::NotRegistered;
+  Message request = {"tell-client", service, message.name};
+  request.insert(request.end(), message.arguments.begin(), message.arguments.end());
+  const Result<Message> sent = helper_.ask(request, kPatienceForMessage);
+  if (sent) return Answer::Received;
+  if (sent.error().code == std::errc::no_such_device_or_address) return Answer::NotRegistered;
+  if (sent.error().code == std::errc::function_not_supported) return Answer::NotUnderstood;
+  return sent.error();
+}
+
+Status LinuxDesktopNotifications::post(const std::string& title, const std::string& text, const std::string& context) {
+  if (!hasSessionBus(users_)) return noSession();
+  const Result<Message> posted = helper_.ask({"notify", title, text, context}, kPatienceForMessage);
+  if (!posted) return posted.error();
+  return {};
+}
+
+void LinuxDesktopNotifications::listen(Listener listener) {
+  const auto handler = [&listener](Outcome outcome) -> DesktopHelper::EventHandler {
+    if (!listener) return nullptr;
+    return [listener, outcome](const Message& values) {
+      if (!values.empty()) listener(outcome, values.front());
+    };
+  };
+  helper_.handle("clicked", handler(Outcome::Clicked));
+  helper_.handle("expired", handler(Outcome::TimedOut));
+}
+
+Status LinuxAnnouncements::announce(const std::string& name) {
+  if (!hasSessionBus(users_)) return noSession();
+  const Result<Message> announced = helper_.ask({"announce", name}, kPatienceForMessage);
+  if (!announced) return announced.error();
+  return {};
 }
 
 }  // namespace vantory

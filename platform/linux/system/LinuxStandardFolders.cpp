@@ -5,8 +5,8 @@
 #include <string_view>
 #include <utility>
 
-#include "platform/posix/files/AssignmentFile.h"
 #include "platform/posix/files/EnvironmentFolder.h"
+#include "platform/posix/files/SmallFiles.h"
 
 namespace vantory {
 

@@ -10,8 +10,8 @@
 #include <system_error>
 #include <utility>
 
-#include "platform/posix/files/AssignmentFile.h"
 #include "platform/posix/files/Descriptor.h"
+#include "platform/posix/files/SmallFiles.h"
 
 namespace vantory {
 

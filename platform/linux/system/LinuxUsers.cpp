@@ -7,8 +7,8 @@
 #include <string_view>
 #include <utility>
 
-#include "platform/posix/files/AssignmentFile.h"
 #include "platform/posix/files/EnvironmentFolder.h"
+#include "platform/posix/files/SmallFiles.h"
 #include "platform/posix/processes/PasswordDatabase.h"
 
 namespace vantory {

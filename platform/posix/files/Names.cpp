@@ -1,5 +1,6 @@
 #include "platform/posix/files/Names.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 
@@ -12,6 +13,18 @@ std::string stagingName(std::string_view finalName, int attempt) {
   char name[64];
   std::snprintf(name, sizeof name, ".vantory-%016llx-%d.partial", static_cast<unsigned long long>(hash), attempt);
   return name;
+}
+
+std::optional<std::string> plainPath(std::string_view path) {
+  if (!path.starts_with('/')) return std::nullopt;
+  std::string plain;
+  for (std::size_t start = 0, end = 0; start < path.size(); start = end + 1) {
+    end = std::min(path.find('/', start), path.size());
+    const std::string_view component = path.substr(start, end - start);
+    if (component == "..") return std::nullopt;
+    if (!component.empty() && component != ".") plain.append("/").append(component);
+  }
+  return plain.empty() ? "/" : plain;
 }
 
 }  // namespace vantory

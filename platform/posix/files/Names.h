@@ -1,6 +1,7 @@
-// Names that the program gives to its own unfinished work on disk.
+// Names of the program's own unfinished work, and paths written the one way in which they can be compared.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -13,5 +14,8 @@ std::string stagingName(std::string_view finalName, int attempt = 0);
 
 // The largest number of bytes in a file name.
 inline constexpr std::size_t kLongestName = 255;
+
+// The path without needless slashes and dots. None when it is not absolute, or climbs with "..".
+std::optional<std::string> plainPath(std::string_view path);
 
 }  // namespace vantory

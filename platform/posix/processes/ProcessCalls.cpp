@@ -1,9 +1,14 @@
 #include "platform/posix/processes/ProcessCalls.h"
 
+#include <fcntl.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <initializer_list>
 #include <thread>
+
+#include "platform/posix/files/Errors.h"
 
 namespace vantory {
 
@@ -14,6 +19,21 @@ constexpr std::chrono::milliseconds kFirstPause{1};
 constexpr std::chrono::milliseconds kLongestPause{20};
 
 }  // namespace
+
+Status replaceProgram(const std::string& program, const std::vector<std::string>& arguments) {
+  if (!program.starts_with('/')) return systemError(program, EINVAL);
+  std::vector<char*> list;
+  list.reserve(arguments.size() + 1);
+  for (const std::string& argument : arguments) list.push_back(const_cast<char*>(argument.c_str()));
+  list.push_back(nullptr);
+  ::execv(program.c_str(), list.data());
+  return systemError(program);
+}
+
+void fillStandardStreams() {
+  for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+    if (fcntl(stream, F_GETFD) < 0) (void)open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+}
 
 std::optional<int> waitForChild(pid_t child, std::chrono::milliseconds limit) {
   const auto end = std::chrono::steady_clock::now() + limit;

@@ -1,12 +1,24 @@
-// Waiting for a child, but not for ever.
+// Becoming another program, standard streams, waiting for a child.
 #pragma once
 
 #include <sys/types.h>
 
 #include <chrono>
 #include <optional>
+#include <string>
+#include <vector>
+
+#include "base/Result.h"
 
 namespace vantory {
+
+// Becomes the program at an absolute path, with these arguments (its own name first), the same environment and the same
+// standard streams. Returns only when that failed.
+Status replaceProgram(const std::string& program, const std::vector<std::string>& arguments);
+
+// A file opened later must not become one of the standard streams. Those that are closed are opened the wrong way
+// round, so that whoever writes to one is told.
+void fillStandardStreams();
 
 // Blocks until the child has ended: its exit status, or 128 plus the signal that ended it. None when it runs on after
 // the time; it is then still to be collected. Any thread.

@@ -1,5 +1,7 @@
 #include "platform/posix/progress/WatchedFiles.h"
 
+#include <algorithm>
+
 #include "platform/posix/progress/ProgressLine.h"
 
 namespace vantory {
@@ -67,6 +69,41 @@ Result<std::unique_ptr<FolderHold>> WatchedFileSystem::holdFolder(const std::str
                                                                   std::chrono::milliseconds wait) {
   line_.show("Waiting for another process in", path);
   return disk_.holdFolder(path, wait);
+}
+
+std::vector<Status> WatchedFileMetadata::setAllLocked(const std::vector<std::string>& paths, bool locked) {
+  if (!paths.empty()) line_.show(locked ? "Locking" : "Unlocking", paths.front());
+  auto results = disk_.setAllLocked(paths, locked);
+  line_.advance(0, static_cast<int>(std::ranges::count_if(results, &Status::ok)));
+  return results;
+}
+
+Status WatchedFileMetadata::setModified(const std::string& path, std::optional<Timestamp> time) {
+  return disk_.setModified(path, time);
+}
+
+bool WatchedFileMetadata::isWritable(const std::string& path) const {
+  return disk_.isWritable(path);
+}
+
+bool WatchedFileMetadata::isExecutable(const std::string& path) const {
+  return disk_.isExecutable(path);
+}
+
+bool WatchedFileMetadata::isPackage(const std::string& path) const {
+  return disk_.isPackage(path);
+}
+
+Result<std::string> WatchedFileMetadata::linkTarget(const std::string& path) const {
+  return disk_.linkTarget(path);
+}
+
+Result<std::string> WatchedFileMetadata::finderInfo(const std::string& path) const {
+  return disk_.finderInfo(path);
+}
+
+Status WatchedFileMetadata::setFinderInfo(const std::string& path, const std::string& bytes) {
+  return disk_.setFinderInfo(path, bytes);
 }
 
 }  // namespace vantory

@@ -1,6 +1,7 @@
-// A disk on which each step that may take long is shown.
+// A disk, and its locks, on which each step that may take long is shown.
 #pragma once
 
+#include "platform/FileMetadata.h"
 #include "platform/FileSystem.h"
 
 namespace vantory {
@@ -27,6 +28,27 @@ class WatchedFileSystem : public FileSystem {
 
  private:
   FileSystem& disk_;
+  ProgressLine& line_;
+};
+
+class ProgressLine;
+
+class WatchedFileMetadata : public FileMetadata {
+ public:
+  // Both outlive it.
+  WatchedFileMetadata(FileMetadata& disk, ProgressLine& line) : disk_(disk), line_(line) {}
+
+  std::vector<Status> setAllLocked(const std::vector<std::string>& paths, bool locked) override;
+  Status setModified(const std::string& path, std::optional<Timestamp> time) override;
+  bool isWritable(const std::string& path) const override;
+  bool isExecutable(const std::string& path) const override;
+  bool isPackage(const std::string& path) const override;
+  Result<std::string> linkTarget(const std::string& path) const override;
+  Result<std::string> finderInfo(const std::string& path) const override;
+  Status setFinderInfo(const std::string& path, const std::string& bytes) override;
+
+ private:
+  FileMetadata& disk_;
   ProgressLine& line_;
 };
 
