@@ -6,7 +6,7 @@
 
 #include "settings/ui/LibraryMove.h"
 #include "settings/ui/QWPreferenceController.h"
-#include "tests/panes/PaneTest.h"
+#include "tests/backups/ui/PaneTest.h"
 
 namespace vantory::test {
 namespace {

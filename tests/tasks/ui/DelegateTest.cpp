@@ -4,7 +4,7 @@
 #include <thread>
 
 #include "tasks/ui/DocumentPaths.h"
-#include "tests/panes/PaneTest.h"
+#include "tests/backups/ui/PaneTest.h"
 
 namespace vantory::test {
 namespace {

@@ -1,5 +1,5 @@
 #include "backups/ui/QWRestoreOutlineController.h"
-#include "tests/panes/PaneTest.h"
+#include "tests/backups/ui/PaneTest.h"
 
 namespace vantory::test {
 namespace {

@@ -2,7 +2,7 @@
 #include "backups/ui/QWBackupEditController.h"
 #include "backups/ui/QWBackupOutlineController.h"
 #include "backups/ui/QWRestoreOutlineController.h"
-#include "tests/panes/PaneTest.h"
+#include "tests/backups/ui/PaneTest.h"
 
 namespace vantory::test {
 namespace {

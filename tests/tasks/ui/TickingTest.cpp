@@ -2,7 +2,7 @@
 #include "backups/ui/QWRestoreOutlineController.h"
 #include "tasks/ui/QWLockOutlineController.h"
 #include "tasks/ui/QWTrashTableController.h"
-#include "tests/panes/PaneTest.h"
+#include "tests/backups/ui/PaneTest.h"
 
 namespace vantory::test {
 namespace {
