@@ -14,8 +14,9 @@
 namespace vantory {
 
 // What an entry of the library answers: a backup, or the group of automatic backups.
-class BackupNode : public OutlineItem {
+class BackupNode {
  public:
+  virtual ~BackupNode() = default;
   virtual std::string name() const = 0;
   virtual std::optional<Timestamp> date() const = 0;
   virtual std::uint64_t size() const = 0;  // bytes; measured when first asked for

@@ -16,6 +16,8 @@ namespace vantory {
 class OutlineItem {
  public:
   virtual ~OutlineItem() = default;
+  // Tells the row from all others of its outline. Items that were made at different times for one thing have the same.
+  virtual std::string identity() const = 0;
 };
 using OutlineItemPointer = std::shared_ptr<OutlineItem>;
 
@@ -74,7 +76,7 @@ class OutlineView {
  public:
   virtual ~OutlineView() = default;
 
-  // Asks the delegate for everything anew. Rows that were open and still exist stay open.
+  // Asks the delegate for everything anew. Rows that were open or selected, and still exist, stay so.
   virtual void reloadData() = 0;
   virtual void reloadItem(const OutlineItemPointer& item, bool reloadChildren) = 0;
   // The check box in the header of the first column.

@@ -2,20 +2,14 @@
 
 namespace vantory {
 
-Rows rowsOf(const AppList& apps) {
-  return {apps.begin(), apps.end()};
-}
-
 Rows rowsBelow(const OutlineItemPointer& item) {
-  if (const auto app = rowAs<QWApp>(item)) return {app->children().begin(), app->children().end()};
-  if (const auto prefItem = rowAs<QWPrefItem>(item)) return {prefItem->users().begin(), prefItem->users().end()};
+  if (const auto app = rowAs<QWApp>(item)) return rowsFor(app->children(), item);
+  if (const auto prefItem = rowAs<QWPrefItem>(item)) return rowsFor(prefItem->users(), item);
   return {};
 }
 
 std::shared_ptr<QWApp> applicationOfRow(const OutlineItemPointer& item) {
-  OutlineItemPointer row = item;
-  while (const auto prefItem = rowAs<QWPrefItem>(row)) row = prefItem->parent();
-  return rowAs<QWApp>(row);
+  return rowAs<QWApp>(rowAround<QWApp>(item));
 }
 
 int selectionOfRow(const OutlineItemPointer& item) {
@@ -45,7 +39,7 @@ void selectRow(const OutlineItemPointer& item, int state) {
   prefItem->setSelected(state);
   for (const auto& user : prefItem->users()) user->inheritSelectionFromParent();
   // The application's own walk reaches the item between it and an Avid user.
-  if (const auto app = applicationOfRow(prefItem)) app->updateSelectionStatus();
+  if (const auto app = applicationOfRow(item)) app->updateSelectionStatus();
 }
 
 std::size_t RowsDelegate::numberOfChildrenOfItem(const OutlineItemPointer& item) {

@@ -3,25 +3,16 @@
 
 #include <memory>
 #include <string>
-#include <vector>
 
+#include "backups/ui/RecordRow.h"
 #include "catalog/Catalog.h"
-#include "platform/OutlineView.h"
 
 namespace vantory {
 
-using Rows = std::vector<OutlineItemPointer>;
-
-template <class T>
-std::shared_ptr<T> rowAs(const OutlineItemPointer& item) {
-  return std::dynamic_pointer_cast<T>(item);
-}
-
-Rows rowsOf(const AppList& apps);
 // The items of an application, the Avid users of an item; nothing below other rows.
 Rows rowsBelow(const OutlineItemPointer& item);
 
-// The application that the row is or lies in; null for other rows.
+// The application that the row stands for or lies in; null for other rows.
 std::shared_ptr<QWApp> applicationOfRow(const OutlineItemPointer& item);
 int selectionOfRow(const OutlineItemPointer& item);
 std::string nameOfRow(const OutlineItemPointer& item);

@@ -89,7 +89,7 @@ void QWBackupOutlineController::selectBackupInRestoreTab(const std::shared_ptr<Q
 }
 
 Rows QWBackupOutlineController::rowsUnder(const OutlineItemPointer& item) const {
-  return item ? rowsBelow(item) : rowsOf(apps());
+  return item ? rowsBelow(item) : rowsFor(apps());
 }
 
 ObjectValue QWBackupOutlineController::objectValueForTableColumn(const std::string&, const OutlineItemPointer& byItem) {
@@ -99,8 +99,7 @@ ObjectValue QWBackupOutlineController::objectValueForTableColumn(const std::stri
 void QWBackupOutlineController::setObjectValue(const ObjectValue& value, const std::string&,
                                                const OutlineItemPointer& byItem) {
   selectRow(byItem, clickedState(value));
-  const auto app = applicationOfRow(byItem);
-  parts_.outline.reloadItem(app ? app : byItem, true);
+  parts_.outline.reloadItem(rowAround<QWApp>(byItem), true);
   updateHeaderCheckCell();
 }
 
@@ -111,7 +110,7 @@ void QWBackupOutlineController::willDisplayCell(OutlineCell& cell, const std::st
 
 void QWBackupOutlineController::mouseDownInHeaderOfTableColumn(const std::string&) {
   const int state = headerState_ == On ? Off : On;
-  for (const auto& app : apps()) selectRow(app, state);
+  for (const auto& row : rowsUnder(nullptr)) selectRow(row, state);
   reload();
 }
 

@@ -1,7 +1,5 @@
 #include "backups/ui/QWRestoreOutlineController.h"
 
-#include <algorithm>
-
 #include "backups/ui/CatalogRows.h"
 #include "backups/ui/LibrarySorting.h"
 #include "base/Paths.h"
@@ -37,10 +35,6 @@ std::shared_ptr<QWBackup> backupWithPath(const std::string& path) {
   return nullptr;
 }
 
-bool holds(const QWBackup& backup, const std::shared_ptr<QWApp>& app) {
-  return std::find(backup.children().begin(), backup.children().end(), app) != backup.children().end();
-}
-
 const char* titleOfDefaultCommand(bool isDefault) {
   return isDefault ? "Unset Default Backup" : "Set as Default Backup";
 }
@@ -65,17 +59,11 @@ void QWRestoreOutlineController::reload() {
 }
 
 std::shared_ptr<QWBackup> QWRestoreOutlineController::selectedBackup() const {
-  const OutlineItemPointer row = parts_.outline.selectedItem();
-  if (auto backup = rowAs<QWBackup>(row)) return backup;
-  const auto app = applicationOfRow(row);
-  if (!app) return nullptr;
-  for (const auto& backup : allBackups())
-    if (holds(*backup, app)) return backup;
-  return nullptr;
+  return rowAs<QWBackup>(rowAround<QWBackup>(parts_.outline.selectedItem()));
 }
 
 void QWRestoreOutlineController::selectBackupWithPath(const std::string& path) {
-  if (const auto backup = backupWithPath(path)) parts_.outline.selectItem(backup);
+  if (const auto backup = backupWithPath(path)) parts_.outline.selectItem(std::make_shared<RecordRow>(backup));
 }
 
 std::shared_ptr<QWBackup> QWRestoreOutlineController::recordInLibrary(const std::shared_ptr<QWBackup>& backup) const {
@@ -120,12 +108,9 @@ void QWRestoreOutlineController::didClickTableColumn(const std::string& column) 
 }
 
 Rows QWRestoreOutlineController::rowsUnder(const OutlineItemPointer& item) const {
-  if (!item) {
-    const auto backups = library().backupArray();
-    return {backups.begin(), backups.end()};
-  }
-  if (const auto header = rowAs<QWAutosaveHeader>(item)) return {header->children().begin(), header->children().end()};
-  if (const auto backup = rowAs<QWBackup>(item)) return rowsOf(backup->children());
+  if (!item) return rowsFor(library().backupArray());
+  if (const auto header = rowAs<QWAutosaveHeader>(item)) return rowsFor(header->children(), item);
+  if (const auto backup = rowAs<QWBackup>(item)) return rowsFor(backup->children(), item);
   return rowsBelow(item);
 }
 
@@ -134,20 +119,21 @@ std::optional<std::uint64_t> QWRestoreOutlineController::sizeOfRow(const Outline
   const auto app = applicationOfRow(item);
   if (!app) return std::nullopt;
   if (!app->isMeasured()) {
-    measure(app);
+    measure(rowAround<QWApp>(item));
     return std::nullopt;
   }
   const auto prefItem = rowAs<QWPrefItem>(item);
   return prefItem ? prefItem->size() : app->size();
 }
 
-void QWRestoreOutlineController::measure(const std::shared_ptr<QWApp>& app) {
+void QWRestoreOutlineController::measure(const OutlineItemPointer& row) {
+  const auto app = rowAs<QWApp>(row);
   if (!beingMeasured_.insert(app).second) return;
-  measuring_.add([this, app] {
+  measuring_.add([this, app, row] {
     (void)app->size();
     MainThread::shared().runAndWait([&] {
       beingMeasured_.erase(app);
-      parts_.outline.reloadItem(app, true);
+      parts_.outline.reloadItem(row, true);
     });
   });
 }
@@ -171,7 +157,7 @@ void QWRestoreOutlineController::setObjectValue(const ObjectValue& value, const 
     if (const auto* name = std::get_if<std::string>(&value)) rename(backup, *name);
     return;
   }
-  const auto app = applicationOfRow(byItem);
+  const OutlineItemPointer app = rowAround<QWApp>(byItem);
   if (!app) return;
   selectRow(byItem, clickedState(value));
   parts_.outline.reloadItem(app, true);

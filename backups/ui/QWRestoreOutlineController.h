@@ -88,7 +88,7 @@ class QWRestoreOutlineController : public RowsDelegate, public OutlineActions {
 
   // In bytes; none where it is not known, or not yet: it is measured then, and the row shown anew.
   std::optional<std::uint64_t> sizeOfRow(const OutlineItemPointer& item);
-  void measure(const std::shared_ptr<QWApp>& app);
+  void measure(const OutlineItemPointer& row);
 
   Parts parts_;
   SerialWork measuring_;

@@ -149,7 +149,7 @@ void QWRestoreOutlineController::rename(const std::shared_ptr<QWBackup>& backup,
         // The default is known by its folder's name.
         record->updateDefault();
       }
-      parts_.outline.reloadItem(renamed, false);
+      parts_.outline.reloadItem(std::make_shared<RecordRow>(renamed), false);
       selectionDidChange();
     });
   });

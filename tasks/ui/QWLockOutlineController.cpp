@@ -73,7 +73,7 @@ void QWLockOutlineController::reload() {
 }
 
 Rows QWLockOutlineController::rowsUnder(const OutlineItemPointer& item) const {
-  return item ? rowsBelow(item) : rowsOf(apps());
+  return item ? rowsBelow(item) : rowsFor(apps());
 }
 
 ObjectValue QWLockOutlineController::objectValueForTableColumn(const std::string& column,
@@ -86,8 +86,7 @@ void QWLockOutlineController::setObjectValue(const ObjectValue& value, const std
                                              const OutlineItemPointer& byItem) {
   if (forTableColumn == "name" || !isLockable(byItem)) return;
   const int state = clickedState(value);
-  const auto app = applicationOfRow(byItem);
-  const OutlineItemPointer shown = app ? app : byItem;
+  const OutlineItemPointer shown = rowAround<QWApp>(byItem);
   // What was asked for shows at once, what came of it when it is done.
   setLockStateOf(byItem, state);
   outline_.reloadItem(shown, true);

@@ -51,11 +51,11 @@ void QWTrashTableController::updateHeaderCheckCell() {
 
 // An application shows the users of its first item that has any; whatever else it holds is not listed.
 Rows QWTrashTableController::rowsUnder(const OutlineItemPointer& item) const {
-  if (!item) return rowsOf(apps());
+  if (!item) return rowsFor(apps());
   const auto app = rowAs<QWApp>(item);
   if (!app) return {};
   for (const auto& prefItem : app->children())
-    if (!prefItem->users().empty()) return rowsBelow(prefItem);
+    if (!prefItem->users().empty()) return rowsFor(prefItem->users(), item);
   return {};
 }
 
@@ -71,9 +71,9 @@ void QWTrashTableController::setObjectValue(const ObjectValue& value, const std:
     setAll(*app, state);
   } else if (const auto user = rowAs<QWPrefItem>(byItem)) {
     user->setSelected(state);
-    if (const auto above = applicationOfRow(user)) {
+    if (const auto above = applicationOfRow(byItem)) {
       above->updateSelectionStatusForPrefs();
-      outline_.reloadItem(above, false);
+      outline_.reloadItem(rowAround<QWApp>(byItem), false);
     }
   }
   outline_.reloadItem(byItem, true);

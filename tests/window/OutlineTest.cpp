@@ -125,12 +125,15 @@ TEST_F(OutlineTest, OpenRowsAndTheSelectionOutliveAReload) {
   EXPECT_EQ(view_.selectedItem(), item_);
   EXPECT_EQ(rows_.selectionChanges, changes) << "nothing changed for the controller";
 
-  // The list is made anew: other items, the same titles.
+  // The list is made anew: other items of the same identities, and a row that looks like another.
   rows_.root.rows.clear();
+  rows_.root.add("Editor")->name = "Editor of old";
+  rows_.root.rows[0]->add("Preferences")->name = "Preferences of old";
   app_ = rows_.root.add("Editor");
   item_ = app_->add("Preferences");
   view_.reloadData();
   EXPECT_TRUE(isOpen(app_));
+  EXPECT_FALSE(isOpen(rows_.root.rows[0]));
   EXPECT_EQ(view_.selectedItem(), item_);
   rows_.root.rows.clear();
   view_.reloadData();

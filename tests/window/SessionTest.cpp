@@ -78,6 +78,20 @@ TEST_F(SessionTest, BacksUpAndRestores) {
   EXPECT_TRUE(exists(inTrash("Clean setup.vnt")));
 }
 
+TEST_F(SessionTest, OfTwoBackupsThatLookAlikeTheSelectedOneStaysSelected) {
+  for (const char* folder : {"Old.vnt", "Old.vnt2"}) writeFile(inLibrary(folder) + "/Settings.plist", "");
+  QWOutlineView& outline = open().restorePane().outline();
+  for (const std::string& path : {inLibrary("Old.vnt"), inLibrary("Old.vnt2")}) {
+    outline.selectItem(std::make_shared<RecordRow>(QWBackup::backupWithFile(path)));
+    controller().populateBackups();
+    ASSERT_EQ(rowAs<QWBackup>(outline.selectedItem())->path(), path);
+  }
+  QTimer::singleShot(0, [] { answer("Remove"); });
+  QTest::keyClick(&outline.tree(), Qt::Key_Delete);
+  EXPECT_TRUE(eventually([&] { return exists(inTrash("Old.vnt2")); }));
+  EXPECT_TRUE(exists(inLibrary("Old.vnt")));
+}
+
 TEST_F(SessionTest, IsAsItWasLeft) {
   MainWindow& first = open();
   first.resize(800, 500);

@@ -16,7 +16,8 @@
 namespace vantory::test {
 
 struct FakeRow : OutlineItem {
-  explicit FakeRow(std::string rowTitle) : title(std::move(rowTitle)) {}
+  explicit FakeRow(std::string rowTitle) : title(std::move(rowTitle)), name(title) {}
+  std::string identity() const override { return name; }
 
   std::shared_ptr<FakeRow> add(const std::string& rowTitle) {
     rows.push_back(std::make_shared<FakeRow>(rowTitle));
@@ -24,6 +25,7 @@ struct FakeRow : OutlineItem {
   }
 
   std::string title;
+  std::string name;  // its identity
   int state = 0;
   bool hasCheckBox = true;
   bool enabled = true;

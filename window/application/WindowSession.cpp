@@ -222,9 +222,9 @@ void WindowSession::showSelection() {
   const OutlineItemPointer row = window_.restorePane().outline().selectedItem();
   const auto backup = restore_.selectedBackup();
   window_.restorePane().showSelection({.backup = backup != nullptr,
-                                       .backupRow = std::dynamic_pointer_cast<QWBackup>(row) != nullptr,
+                                       .backupRow = rowAs<QWBackup>(row) != nullptr,
                                        .hasProjects = backup && !backup->projects().empty(),
-                                       .anyRow = backup || std::dynamic_pointer_cast<QWAutosaveHeader>(row)});
+                                       .anyRow = backup || rowAs<QWAutosaveHeader>(row)});
 }
 
 QWidget* WindowSession::windowOf(AlertParent parent) {

@@ -99,26 +99,27 @@ bool OutlineModel::hasBeenOpened(const QModelIndex& index) const {
 
 QModelIndex OutlineModel::indexOf(const OutlineItemPointer& item) const {
   if (!item) return {};
-  Row* row = find({root_.get()}, item.get(), Search::EveryRow);
+  Row* row = find({root_.get()}, item->identity(), Search::EveryRow);
   return row ? indexOfRow(*row) : QModelIndex();
 }
 
 // Level by level, since what is looked for lies near the top as a rule.
-OutlineModel::Row* OutlineModel::find(const std::vector<Row*>& level, const OutlineItem* item, Search search) const {
+OutlineModel::Row* OutlineModel::find(const std::vector<Row*>& level, const std::string& identity,
+                                      Search search) const {
   std::vector<Row*> below;
   for (Row* row : level) {
     if (search == Search::EveryRow) open(*row);
     for (const auto& child : row->rows) {
-      if (child->item.get() == item) return child.get();
+      if (child->item->identity() == identity) return child.get();
       below.push_back(child.get());
     }
   }
-  return below.empty() ? nullptr : find(below, item, search);
+  return below.empty() ? nullptr : find(below, identity, search);
 }
 
 void OutlineModel::reloadItem(const OutlineItemPointer& item, bool reloadChildren) {
   if (!item) return reloadData();
-  Row* row = find({root_.get()}, item.get(), Search::OpenedRows);
+  Row* row = find({root_.get()}, item->identity(), Search::OpenedRows);
   if (!row) return;
   redraw(*row);
   if (reloadChildren) replaceChildren(*row);
@@ -128,20 +129,21 @@ void OutlineModel::redraw(Row& row) {
   emit dataChanged(indexOfRow(row), indexOfRow(row, columnCount() - 1));
 }
 
-void OutlineModel::redrawBelow(Row& row) {
-  for (const auto& child : row.rows) {
-    redraw(*child);
-    redrawBelow(*child);
-  }
-}
-
 // Rows that are the same as before stay open and selected.
 void OutlineModel::replaceChildren(Row& row) {
   if (!row.opened) return;
   const std::vector<OutlineItemPointer> children = askForChildren(row.item);
-  const bool same = std::equal(children.begin(), children.end(), row.rows.begin(), row.rows.end(),
-                               [](const auto& child, const auto& old) { return child == old->item; });
-  if (same) return redrawBelow(row);
+  const bool same =
+      std::equal(children.begin(), children.end(), row.rows.begin(), row.rows.end(),
+                 [](const auto& child, const auto& old) { return child->identity() == old->item->identity(); });
+  if (same) {
+    for (std::size_t i = 0; i < children.size(); ++i) {
+      row.rows[i]->item = children[i];
+      redraw(*row.rows[i]);
+      replaceChildren(*row.rows[i]);
+    }
+    return;
+  }
   if (!row.rows.empty()) {
     beginRemoveRows(indexOfRow(row), 0, static_cast<int>(row.rows.size()) - 1);
     row.rows.clear();

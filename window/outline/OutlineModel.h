@@ -62,10 +62,9 @@ class OutlineModel : public QAbstractItemModel {
   void open(Row& row) const;
   // Null when there is none among them.
   enum class Search { EveryRow, OpenedRows };
-  Row* find(const std::vector<Row*>& level, const OutlineItem* item, Search search) const;
+  Row* find(const std::vector<Row*>& level, const std::string& identity, Search search) const;
   std::vector<OutlineItemPointer> askForChildren(const OutlineItemPointer& item) const;
   void redraw(Row& row);
-  void redrawBelow(Row& row);
   void replaceChildren(Row& row);
   const std::string& columnIdentifier(const QModelIndex& index) const;
 

@@ -22,12 +22,6 @@ constexpr int kIconSize = 20;
 constexpr int kIndentation = 20;
 constexpr int kHeaderMargin = 14;  // above and below its text
 
-QString titlePath(QModelIndex row) {
-  QString path;
-  for (; row.isValid(); row = row.parent()) path = row.data().toString() + QChar('\n') + path;
-  return path;
-}
-
 }  // namespace
 
 QWOutlineView::QWOutlineView(std::vector<OutlineColumn> columns, const QString& accessibleName)
@@ -191,50 +185,45 @@ void QWOutlineView::editSelectedRow() {
 
 // --- Rows ------------------------------------------------------------------------------------------------------------
 
-void QWOutlineView::markOpenRows(const QModelIndex& parent, Marks& marks) const {
+void QWOutlineView::noteOpenRows(const QModelIndex& parent, std::set<std::string>& open) const {
   if (!model_.hasBeenOpened(parent)) return;
   for (int i = 0; i < model_.rowCount(parent); ++i) {
     const QModelIndex row = model_.index(i, 0, parent);
     if (!tree_->isExpanded(row)) continue;
-    marks.items.insert(model_.item(row));
-    marks.titles.insert(titlePath(row));
-    markOpenRows(row, marks);
+    open.insert(model_.item(row)->identity());
+    noteOpenRows(row, open);
   }
 }
 
-bool QWOutlineView::isMarked(const QModelIndex& row, const Marks& marks) const {
-  return marks.items.count(model_.item(row)) > 0 || marks.titles.count(titlePath(row)) > 0;
-}
-
-void QWOutlineView::openAgain(const QModelIndex& parent, const Marks& marks) {
+void QWOutlineView::openAgain(const QModelIndex& parent, const std::set<std::string>& open) {
   for (int i = 0; i < model_.rowCount(parent); ++i) {
     const QModelIndex row = model_.index(i, 0, parent);
-    if (!isMarked(row, marks)) continue;
+    if (!open.contains(model_.item(row)->identity())) continue;
     tree_->expand(row);
-    openAgain(row, marks);
+    openAgain(row, open);
   }
 }
 
-QModelIndex QWOutlineView::findAgain(const QModelIndex& parent, const Marks& mark) const {
+// Among the rows that are in sight, or would be after scrolling.
+QModelIndex QWOutlineView::findOpen(const QModelIndex& parent, const std::string& identity) const {
   for (int i = 0; i < model_.rowCount(parent); ++i) {
     const QModelIndex row = model_.index(i, 0, parent);
-    if (isMarked(row, mark)) return row;
+    if (model_.item(row)->identity() == identity) return row;
     if (!tree_->isExpanded(row)) continue;
-    if (const QModelIndex below = findAgain(row, mark); below.isValid()) return below;
+    if (const QModelIndex below = findOpen(row, identity); below.isValid()) return below;
   }
   return {};
 }
 
 void QWOutlineView::reloadData() {
-  Marks open, selected;
-  markOpenRows({}, open);
-  if (const OutlineItemPointer item = selectedItem())
-    selected = {{item}, {titlePath(tree_->selectionModel()->selectedRows().front())}};
+  std::set<std::string> open;
+  noteOpenRows({}, open);
+  const OutlineItemPointer selected = selectedItem();
   const int scrolled = tree_->verticalScrollBar()->value();
   reloading_ = true;
   model_.reloadData();
   openAgain({}, open);
-  if (!selected.items.empty()) tree_->setCurrentIndex(findAgain({}, selected));
+  if (selected) tree_->setCurrentIndex(findOpen({}, selected->identity()));
   tree_->verticalScrollBar()->setValue(scrolled);
   reloading_ = false;
   noticeSelection();

@@ -75,23 +75,16 @@ class QWOutlineView : public QWidget, public OutlineView {
   void changeEvent(QEvent* event) override;
 
  private:
-  // Rows by what they stand for, and by their titles from the top down: a list that was made anew has other items.
-  struct Marks {
-    std::set<OutlineItemPointer> items;
-    std::set<QString> titles;
-  };
-
   void connectTree();
   void layOutColumns();
   void placeOverlays();
   QString emptyText() const;
   bool performWatchKey(QChar key);
   void noticeSelection();
-  Marks openRows() const;
-  void markOpenRows(const QModelIndex& parent, Marks& marks) const;
-  void openAgain(const QModelIndex& parent, const Marks& marks);
-  QModelIndex findAgain(const QModelIndex& parent, const Marks& mark) const;
-  bool isMarked(const QModelIndex& row, const Marks& marks) const;
+  // Rows are found again by their identities.
+  void noteOpenRows(const QModelIndex& parent, std::set<std::string>& open) const;
+  void openAgain(const QModelIndex& parent, const std::set<std::string>& open);
+  QModelIndex findOpen(const QModelIndex& parent, const std::string& identity) const;
 
   OutlineModel model_;
   OutlineTree* const tree_;

@@ -71,7 +71,7 @@ TEST_F(BackupDialogTest, ANewBackupHoldsWhatIsTicked) {
   EXPECT_TRUE(exists(avidFolder + QWBackup::safeUserPath(avidFile("ben"))));
   EXPECT_EQ(editor_->selected(), Mixed) << "the pane keeps its ticks";
   EXPECT_THAT(shownPanes_, ElementsAre("Restore"));
-  EXPECT_EQ(restoreOutline_.selected, OutlineItemPointer(backup));
+  EXPECT_EQ(rowAs<QWBackup>(restoreOutline_.selected), backup);
 }
 
 TEST_F(BackupDialogTest, ABadNameLeavesTheDialogOpen) {

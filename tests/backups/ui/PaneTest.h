@@ -64,6 +64,16 @@ class PaneTest : public BackupsTest, protected PaneSwitcher {
     controller().setAppArray({editor_, avid_});
   }
 
+  // The row by which a pane shows the record; null when it shows none.
+  static OutlineItemPointer rowOf(OutlineDelegate& pane, const RecordRow::Record& record,
+                                  const OutlineItemPointer& under = nullptr) {
+    for (const OutlineItemPointer& row : pane.childrenOfItem(under)) {
+      if (dynamic_cast<const RecordRow&>(*row).record() == record) return row;
+      if (const auto below = rowOf(pane, record, row)) return below;
+    }
+    return nullptr;
+  }
+
   // The library's record of the backup; none when there is none.
   std::shared_ptr<QWBackup> listed(const std::string& name) {
     for (const auto& node : controller().backupArray())

@@ -15,13 +15,14 @@ class RestorePaneTest : public PaneTest {
     const auto backup = backupOfAll(name);
     backup->setProjects(projects);
     EXPECT_EQ(backup->writeData(), WriteResult::Success);
-    outline_.selected = listed(name);
+    select(listed(name));
     return listed(name);
   }
   void writeAutomaticBackup() {
     ASSERT_EQ(QWBackup::autoBackup()->writeData(), WriteResult::Success);
-    outline_.selected = controller().autoBackupArray().front();
+    select(controller().autoBackupArray().front());
   }
+  void select(const RecordRow::Record& record) { outline_.selected = rowOf(pane_, record); }
   void finishAfter(void (QWRestoreOutlineController::*command)()) {
     (pane_.*command)();
     finishWork();
@@ -41,18 +42,18 @@ TEST_F(RestorePaneTest, ShowsTheLibraryWithTheAutomaticBackupsFirst) {
   const auto backup = written("Clean");
   ASSERT_THAT(names(), ElementsAre("Autosaves", "Clean"));
   EXPECT_EQ(pane_.numberOfChildrenOfItem(pane_.child(0, nullptr)), 1U);
-  const auto app = pane_.child(0, backup);
+  const auto app = pane_.child(0, rowOf(pane_, backup));
   EXPECT_EQ(nameOfRow(app), "Editor");
   EXPECT_EQ(std::get<int>(pane_.objectValueForTableColumn("name", app)), On);
   EXPECT_EQ(pane_.objectValueForTableColumn("size", app), ObjectValue()) << "measuring it must not stop the window";
   finishWork();
-  EXPECT_THAT(outline_.reloadedItems, testing::Contains(app));
+  EXPECT_EQ(outline_.reloadedItems.back()->identity(), inLibrary("Clean.vnt") + "\nEditor");
   EXPECT_EQ(std::get<std::string>(pane_.objectValueForTableColumn("size", app)), "17 B");
   const auto layouts = backup->children()[0]->children()[1];
-  EXPECT_EQ(std::get<std::string>(pane_.objectValueForTableColumn("size", layouts)), "6 B");
+  EXPECT_EQ(std::get<std::string>(pane_.objectValueForTableColumn("size", rowOf(pane_, layouts))), "6 B");
   EXPECT_EQ(pane_.objectValueForTableColumn("date", app), ObjectValue()) << "the backup's date alone";
-  EXPECT_TRUE(std::holds_alternative<Timestamp>(pane_.objectValueForTableColumn("date", backup)));
-  outline_.selected = backup->children()[1]->children()[0]->users()[0];
+  EXPECT_TRUE(std::holds_alternative<Timestamp>(pane_.objectValueForTableColumn("date", rowOf(pane_, backup))));
+  select(backup->children()[1]->children()[0]->users()[0]);
   EXPECT_EQ(pane_.selectedBackup(), backup);
 }
 
@@ -75,7 +76,7 @@ TEST_F(RestorePaneTest, RenamesInPlaceAlsoTheDefault) {
   written("Taken");
   const auto backup = written("Clean");
   const auto rename = [&](const std::shared_ptr<QWBackup>& backup, const std::string& name) {
-    pane_.setObjectValue(name, "name", backup);
+    pane_.setObjectValue(name, "name", rowOf(pane_, backup));
     finishWork();
   };
   for (const char* title : {"Unset Default Backup", "Set as Default Backup", "Unset Default Backup"}) {
@@ -106,7 +107,7 @@ TEST_F(RestorePaneTest, RenamesInPlaceAlsoTheDefault) {
 TEST_F(RestorePaneTest, CommandsThatWaitKnowARenamedBackup) {
   const auto selected = written("Clean", {"/projects/film.fcp"});
   controller().populateBackups();
-  pane_.setObjectValue(std::string("Fresh"), "name", selected);
+  pane_.setObjectValue(std::string("Fresh"), "name", std::make_shared<RecordRow>(selected));
   finishAfter(&QWRestoreOutlineController::unlinkProjects);
   EXPECT_THAT(names(), ElementsAre("Autosaves", "Fresh"));
   EXPECT_THAT(listed("Fresh")->projects(), IsEmpty());
@@ -121,7 +122,7 @@ TEST_F(RestorePaneTest, RestoresWhatIsTickedAfterAQuestion) {
   const auto backup = written("Clean");
   writeFile(prefs("editor.plist"), "broken");
   writeFile(prefs("editor.layout"), "mine");
-  pane_.setObjectValue(Off, "name", backup->children()[0]->children()[1]);
+  pane_.setObjectValue(Off, "name", rowOf(pane_, backup->children()[0]->children()[1]));
   answer_ = QWAlert::Alternate;
   finishAfter(&QWRestoreOutlineController::restore);
   EXPECT_EQ(readFile(prefs("editor.plist")), "broken");
@@ -143,13 +144,13 @@ TEST_F(RestorePaneTest, RestoresWhatIsTickedAfterAQuestion) {
 }
 
 TEST_F(RestorePaneTest, TheDeleteKeyRemovesBackupsOnly) {
-  outline_.selected = written("Clean")->children()[0];
+  select(written("Clean")->children()[0]);
   EXPECT_FALSE(pane_.keyUp(OutlineKey::Delete)) << "an application is no backup";
-  outline_.selected = controller().backupArray().front();
+  select(controller().backupArray().front());
   EXPECT_EQ(pane_.selectedBackup(), nullptr);
   EXPECT_FALSE(pane_.keyUp(OutlineKey::Delete)) << "nor is the group of automatic ones";
 
-  outline_.selected = listed("Clean");
+  select(listed("Clean"));
   answer_ = QWAlert::Alternate;
   EXPECT_TRUE(pane_.keyUp(OutlineKey::Delete));
   finishWork();
@@ -170,7 +171,7 @@ TEST_F(RestorePaneTest, TheDeleteKeyRemovesBackupsOnly) {
 TEST_F(RestorePaneTest, HandsFilesToOtherPrograms) {
   const std::string project = home_ / "a.fcp";
   writeFile(project, "project");
-  outline_.selected = written("Linked", {project, home_ / "gone.fcp"})->children()[0];
+  select(written("Linked", {project, home_ / "gone.fcp"})->children()[0]);
   finishAfter(&QWRestoreOutlineController::revealLinkedProjects);
   EXPECT_THAT(fakes_.documents.revealed, ElementsAre(project));
   EXPECT_THAT(alerts_, ElementsAre("Projects are missing"));

@@ -32,17 +32,17 @@ TEST_F(TickingTest, TheTrashPaneTicksApplicationsAndAvidUsers) {
   EXPECT_EQ(rowsOfOutline(pane), "Editor Avid Media Composer(anna ben ) ");
   EXPECT_EQ(pane.child(7, nullptr), nullptr);
   OutlineCell cell;
-  pane.willDisplayCell(cell, "selected", editor_);
+  pane.willDisplayCell(cell, "selected", rowOf(pane, editor_));
   EXPECT_EQ(cell.title, "Editor");
 
-  pane.setObjectValue(Off, "selected", avidItem_->users()[0]);
+  pane.setObjectValue(Off, "selected", rowOf(pane, avidItem_->users()[0]));
   EXPECT_EQ(avid_->selected(), Mixed);
   EXPECT_EQ(outline_.headerState, Mixed);
-  EXPECT_THAT(outline_.reloadedItems, testing::Contains(OutlineItemPointer(avid_)));
-  pane.setObjectValue(Mixed, "selected", avid_);  // a click on a mixed box ticks it
+  EXPECT_EQ(rowAs<QWApp>(outline_.reloadedItems[0]), avid_);
+  pane.setObjectValue(Mixed, "selected", rowOf(pane, avid_));  // a click on a mixed box ticks it
   EXPECT_EQ(avid_->selected(), On);
   EXPECT_EQ(avidItem_->users()[0]->selected(), On);
-  pane.setObjectValue(Off, "selected", editor_);
+  pane.setObjectValue(Off, "selected", rowOf(pane, editor_));
   EXPECT_EQ(editor_->children()[1]->selected(), Off);
 }
 
@@ -54,7 +54,7 @@ TEST_F(TickingTest, InTheBackupPaneAnApplicationTickedInPartIsEnough) {
   pane.mouseDownInHeaderOfTableColumn("name");
   EXPECT_EQ(outline_.headerState, Off);
   EXPECT_FALSE(button_.enabled);
-  pane.setObjectValue(On, "name", editor_->children()[0]);
+  pane.setObjectValue(On, "name", rowOf(pane, editor_->children()[0]));
   EXPECT_EQ(outline_.headerState, Off) << "no application is ticked as a whole";
   EXPECT_TRUE(button_.enabled);
 }
@@ -63,19 +63,20 @@ TEST_F(TickingTest, TheLockPaneShowsWhatIsLockedNotWhatWasClicked) {
   QWLockOutlineController pane{outline_, spinner_};
   pane.reload();
   finishWork();
-  const auto click = [&](int state, const OutlineItemPointer& row) { pane.setObjectValue(state, "lock", row); };
-  const auto lock = [&](int state, const OutlineItemPointer& row) {
-    click(state, row);
+  using Record = RecordRow::Record;
+  const auto click = [&](int state, const Record& record) { pane.setObjectValue(state, "lock", rowOf(pane, record)); };
+  const auto lock = [&](int state, const Record& record) {
+    click(state, record);
     finishWork();
   };
-  const auto shown = [&](const OutlineItemPointer& row) {
-    return std::get<int>(pane.objectValueForTableColumn("lock", row));
+  const auto shown = [&](const Record& record) {
+    return std::get<int>(pane.objectValueForTableColumn("lock", rowOf(pane, record)));
   };
   lock(On, avidItem_);
   EXPECT_TRUE(metadata_.locked.empty()) << "it cannot be locked";
   EXPECT_EQ(shown(avidItem_), Off);
   OutlineCell cell;
-  pane.willDisplayCell(cell, "lock", avidItem_);
+  pane.willDisplayCell(cell, "lock", rowOf(pane, avidItem_));
   EXPECT_FALSE(cell.enabled);
 
   lock(On, editor_->children()[0]);
