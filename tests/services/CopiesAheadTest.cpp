@@ -4,7 +4,6 @@
 #include <filesystem>
 #include <thread>
 
-#include "platform/linux/files/LinuxFileSystem.h"
 #include "tests/services/ServicesTest.h"
 
 namespace vantory::test {
@@ -47,12 +46,13 @@ TEST_F(CopiesAheadTest, WhatItMissesIsItsOwnersAndWhatNobodyTakesIsGone) {
 }
 
 // As where a process may have few files open.
-class FewOpenFiles : public LinuxFileSystem {
+class FewOpenFiles : public LockableFiles {
  public:
+  using LockableFiles::LockableFiles;
   Result<std::unique_ptr<StagedCopy>> stageCopy(const CopyRequest& request) override {
     auto copy = std::make_unique<OpenCopy>(open_);
     if (open_ > kMost) return Error{std::errc::too_many_files_open, request.source};
-    auto staged = LinuxFileSystem::stageCopy(request);
+    auto staged = LockableFiles::stageCopy(request);
     if (!staged) return staged.error();
     ++staged_;
     copy->staged = std::move(*staged);
@@ -78,7 +78,7 @@ class FewOpenFiles : public LinuxFileSystem {
 
 TEST_F(CopiesAheadTest, LeavesItsOwnerTheFilesThatMayBeOpen) {
   const std::vector<CopyRequest> wanted = requests(1000);
-  FewOpenFiles disk;
+  FewOpenFiles disk(metadata_);
   FakePlatform fakes(disk, metadata_, machine_.path(), home_.path());
   const Runtime runtime(fakes.platform);
   int failures = 0;

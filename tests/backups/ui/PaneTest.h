@@ -1,48 +1,24 @@
 // What the tests of the panes stand on: a library, parts of a window, and a person who answers.
 #pragma once
 
-#include <functional>
 #include <string>
 #include <vector>
 
 #include "backups/ui/CatalogRows.h"
 #include "backups/ui/PaneSwitcher.h"
-#include "services/messages/QWAlert.h"
-#include "services/settings/QWUserDefaults.h"
-#include "services/threads/BackgroundThreads.h"
-#include "services/threads/MainThread.h"
-#include "tasks/ui/MainWindowView.h"
 #include "tests/backups/BackupsTest.h"
+#include "tests/services/PersonAtWindow.h"
 #include "tests/support/FakeViews.h"
 
 namespace vantory::test {
 
-class FakeMainWindow : public MainWindowView {
- public:
-  void showPane(Pane pane) override { shown.push_back(pane); }
-  void removeLinkItem() override {}
-  void bringToFront() override { ++timesInFront; }
-
-  std::vector<Pane> shown;
-  int timesInFront = 0;
-};
-
-class PaneTest : public BackupsTest, protected PaneSwitcher {
+class PaneTest : public BackupsTest, protected PersonAtWindow, protected PaneSwitcher {
  protected:
-  PaneTest() {
-    runtime_.shared<MainThread>();
-    QWAlert::sharedController().ask = [this](const AlertTexts& texts) {
-      alerts_.push_back(texts.messageText);
-      return onAlert_ ? onAlert_(texts) : answer_;
-    };
-  }
+  PaneTest() : PersonAtWindow(runtime_) {}
   ~PaneTest() override { finishWork(); }
 
   void toolbarBackup() override { shownPanes_.push_back("Backup"); }
   void toolbarRestore() override { shownPanes_.push_back("Restore"); }
-
-  // Returns when what was started on other threads has ended.
-  static void finishWork() { BackgroundThreads::shared().waitForAll(); }
 
   // Two applications: one with preferences and layouts, one with two Avid users.
   void setTwoApps() {
@@ -93,9 +69,6 @@ class PaneTest : public BackupsTest, protected PaneSwitcher {
   FakeButton button_;
   FakeBusyIndicator spinner_;
   std::vector<std::string> shownPanes_;
-  std::vector<std::string> alerts_;                // their messages
-  int answer_ = QWAlert::Default;                  // to every alert,
-  std::function<int(const AlertTexts&)> onAlert_;  // unless this is set
 };
 
 }  // namespace vantory::test

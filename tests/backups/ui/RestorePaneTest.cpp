@@ -1,4 +1,5 @@
 #include "backups/ui/QWRestoreOutlineController.h"
+#include "services/settings/QWUserDefaults.h"
 #include "tests/backups/ui/PaneTest.h"
 
 namespace vantory::test {

@@ -4,9 +4,12 @@
 
 #include <future>
 
+#include "services/settings/QWUserDefaults.h"
 #include "settings/ui/LibraryMove.h"
 #include "settings/ui/QWPreferenceController.h"
-#include "tests/backups/ui/PaneTest.h"
+#include "tests/backups/BackupsTest.h"
+#include "tests/services/PersonAtWindow.h"
+#include "tests/support/FakeViews.h"
 
 namespace vantory::test {
 namespace {
@@ -26,9 +29,11 @@ class FakePreferenceView : public PreferenceView {
   HandlerStatus status;
 };
 
-class PreferencesTest : public PaneTest {
+class PreferencesTest : public BackupsTest, protected PersonAtWindow {
  protected:
-  PreferencesTest() { defaults().registerDefaults({{"backupPath", PropertyList(library())}}); }
+  PreferencesTest() : PersonAtWindow(runtime_) {
+    defaults().registerDefaults({{"backupPath", PropertyList(library())}});
+  }
 
   static QWUserDefaults& defaults() { return QWUserDefaults::standardUserDefaults(); }
   // A backup as far as its folder goes; it holds its own name.

@@ -2,10 +2,8 @@
 
 #include <sys/stat.h>
 
-#include "services/messages/QWAlert.h"
-#include "services/threads/BackgroundThreads.h"
-#include "services/threads/MainThread.h"
 #include "settings/ui/QWShortcutKeyTableDelegate.h"
+#include "tests/services/PersonAtWindow.h"
 #include "tests/services/ServicesTest.h"
 
 namespace vantory::test {
@@ -30,21 +28,15 @@ class FakeTable : public ShortcutTable, public ShortcutFieldEditor {
   bool managerMissing = false;
 };
 
-class ShortcutKeysTest : public ServicesTest {
+class ShortcutKeysTest : public ServicesTest, protected PersonAtWindow {
  protected:
-  ShortcutKeysTest() {
-    runtime_.shared<MainThread>();
+  ShortcutKeysTest() : PersonAtWindow(runtime_) {
     fakes_.system.resources = home_ / "resources";
     writeFile(home_ / "resources/QWKeys.plist",
               "{QWKeys = ({id = trash; description = \"Trash all\";}, {id = lock; description = Lock;});}");
-    QWAlert::sharedController().ask = [this](const AlertTexts& texts) {
-      alerts_.push_back(texts.messageText);
-      return 1;
-    };
   }
-  ~ShortcutKeysTest() override { finish(); }
+  ~ShortcutKeysTest() override { finishWork(); }
 
-  static void finish() { BackgroundThreads::shared().waitForAll(); }
   void open() {
     auto& keys = QWShortcutKeyTableDelegate::sharedController();
     keys.setTable(&table_);
@@ -59,7 +51,7 @@ class ShortcutKeysTest : public ServicesTest {
                          {"opt", key.opt},
                          {"cmd", key.cmd}});
     NotificationCenter::shared().post("QWShortcutKeyChanged", info);
-    finish();
+    finishWork();
   }
   void clear(int row) {
     table_.selected = row;
@@ -85,7 +77,6 @@ class ShortcutKeysTest : public ServicesTest {
   const std::string manager_ =
       machine_ / "Library/Application Support/Quarrywell/Shared Resources/QWShortcutKeyManager";
   FakeTable table_;
-  std::vector<std::string> alerts_;
 };
 
 TEST_F(ShortcutKeysTest, AKeyWithAModifierIsTakenAsItIs) {
@@ -116,7 +107,7 @@ TEST_F(ShortcutKeysTest, ChangesItsOwnEntriesOnly) {
     EXPECT_EQ(shown(row), "");
   }
   EXPECT_EQ(watchList(), others);
-  finish();
+  finishWork();
   EXPECT_EQ(fakes_.announcements.announced, std::vector<std::string>(4, "QWShortcutKeysReload"));
   EXPECT_THAT(alerts_, IsEmpty());
 }

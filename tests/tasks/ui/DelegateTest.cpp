@@ -3,8 +3,10 @@
 #include <atomic>
 #include <thread>
 
+#include "services/settings/QWUserDefaults.h"
 #include "tasks/ui/DocumentPaths.h"
 #include "tests/backups/ui/PaneTest.h"
+#include "tests/tasks/ui/FakeMainWindow.h"
 
 namespace vantory::test {
 namespace {

@@ -1,10 +1,12 @@
 #include "platform/Controls.h"
 #include "services/RunningApplicationGuard.h"
 #include "services/log/QWLog.h"
+#include "services/settings/QWUserDefaults.h"
 #include "services/threads/BackgroundThreads.h"
 #include "tasks/ui/AppWindowController.h"
 #include "tasks/ui/QWLockOutlineController.h"
 #include "tests/backups/ui/PaneTest.h"
+#include "tests/tasks/ui/FakeMainWindow.h"
 
 namespace vantory::test {
 namespace {
