@@ -6,6 +6,7 @@
 #include "platform/Users.h"
 #include "platform/linux/LinuxPlatform.h"
 #include "platform/linux/session/LinuxSingleInstance.h"
+#include "platform/linux/session/LinuxTerminationSignals.h"
 #include "platform/linux/system/LinuxCrashReports.h"
 #include "services/QWLocalPaths.h"
 #include "services/Runtime.h"
@@ -21,5 +22,6 @@ int main(int argumentCount, char** arguments) {
   if (const auto logs = vantory::QWLocalPaths::logDirectory(true); logs && user && logs->starts_with(user->home + "/"))
     vantory::writeCrashReports(vantory::paths::join(*logs, "CrashReporter"), "Vantory");
   vantory::LinuxSingleInstance instance(user ? user->home : "", vantory::displayOfSession());
-  return vantory::runWindow(argumentCount, arguments, instance, std::cerr);
+  vantory::LinuxTerminationSignals signals;
+  return vantory::runWindow(argumentCount, arguments, instance, signals, std::cerr);
 }

@@ -1,6 +1,7 @@
 #include "window/application/WindowProgram.h"
 
 #include <QApplication>
+#include <QSocketNotifier>
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
@@ -17,6 +18,7 @@
 #include "platform/FileSystem.h"
 #include "platform/SingleInstance.h"
 #include "platform/SystemInfo.h"
+#include "platform/TerminationSignals.h"
 #include "platform/Users.h"
 #include "services/QWLocalPaths.h"
 #include "services/Runtime.h"
@@ -29,7 +31,6 @@
 #include "window/appearance/FontPreload.h"
 #include "window/appearance/SystemColours.h"
 #include "window/application/MainThreadEvents.h"
-#include "window/application/TerminationSignals.h"
 #include "window/application/WindowSession.h"
 
 namespace vantory {
@@ -110,9 +111,33 @@ class Listening {
   SingleInstance& instance_;
 };
 
+// While it exists, a signal that ends the program is met between two events.
+class EndBySignal {
+ public:
+  explicit EndBySignal(TerminationSignals& termination) : termination_(termination) {
+    const int descriptor = termination.startReporting();
+    if (descriptor < 0) return;
+    notifier_.emplace(descriptor, QSocketNotifier::Read);
+    QObject::connect(&*notifier_, &QSocketNotifier::activated, &*notifier_, [this] {
+      notifier_->setEnabled(false);
+      QCoreApplication::exit();
+    });
+  }
+  ~EndBySignal() {
+    notifier_.reset();
+    termination_.stopReporting();
+  }
+  EndBySignal(const EndBySignal&) = delete;
+  EndBySignal& operator=(const EndBySignal&) = delete;
+
+ private:
+  TerminationSignals& termination_;
+  std::optional<QSocketNotifier> notifier_;
+};
+
 // The fonts are there when `fonts` is ready.
 int showWindow(const std::string& home, const std::vector<std::string>& files, SingleInstance& instance,
-               WindowSession*& receiver, const std::future<void>& fonts) {
+               TerminationSignals& termination, WindowSession*& receiver, const std::future<void>& fonts) {
   Runtime& runtime = Runtime::current();
   runtime.guard = &runtime.shared<QWVantoryUtilities>();
   if (!WindowSession::onlyHandsOn(files)) AppWindowController::startLog();
@@ -125,7 +150,7 @@ int showWindow(const std::string& home, const std::vector<std::string>& files, S
     QObject::connect(qApp, &QGuiApplication::lastWindowClosed, &session.window(), [&session] {
       if (session.quitsWithLastWindow()) QCoreApplication::exit();
     });
-    const TerminationSignals termination([] { QCoreApplication::exit(); });
+    const EndBySignal endBySignal(termination);
     if (session.open(files)) exitCode = QApplication::exec();
   }
   QWLog::finishWriting();
@@ -135,7 +160,8 @@ int showWindow(const std::string& home, const std::vector<std::string>& files, S
 
 }  // namespace
 
-int runWindow(int& argumentCount, char** arguments, SingleInstance& instance, std::ostream& errors) {
+int runWindow(int& argumentCount, char** arguments, SingleInstance& instance, TerminationSignals& termination,
+              std::ostream& errors) {
   try {
     const auto home = QWLocalPaths::userDirectory();
     if (const auto reason = reasonNotToOpen(home)) {
@@ -158,7 +184,7 @@ int runWindow(int& argumentCount, char** arguments, SingleInstance& instance, st
       mainThread.post([&receiver, later = std::move(later)] { receiver->receive(later); });
     };
     if (isDoneByOther(instance, request, receive)) return 0;
-    return showWindow(*home, request.files, instance, receiver, fonts);
+    return showWindow(*home, request.files, instance, termination, receiver, fonts);
   } catch (const std::exception& exception) {
     QWException::logException(exception, "runWindow");
   }

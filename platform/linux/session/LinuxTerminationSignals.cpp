@@ -1,10 +1,11 @@
-#include "window/application/TerminationSignals.h"
+// Termination signals on Linux: the handler writes one byte into a pipe.
+#include "platform/linux/session/LinuxTerminationSignals.h"
 
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <array>
 #include <csignal>
-#include <utility>
 
 namespace vantory {
 
@@ -34,21 +35,25 @@ void setHandlers(void (*handler)(int)) {
 
 }  // namespace
 
-TerminationSignals::TerminationSignals(std::function<void()> end) {
-  if (pipe2(pipe_.data(), O_CLOEXEC | O_NONBLOCK) != 0) return;
-  notifier_ = std::make_unique<QSocketNotifier>(pipe_[0], QSocketNotifier::Read);
-  QObject::connect(notifier_.get(), &QSocketNotifier::activated, notifier_.get(), [this, end = std::move(end)] {
-    notifier_->setEnabled(false);
-    end();
-  });
-  reportTo = pipe_[1];
-  setHandlers(report);
+LinuxTerminationSignals::~LinuxTerminationSignals() {
+  stopReporting();
 }
 
-TerminationSignals::~TerminationSignals() {
-  if (!notifier_) return;
+int LinuxTerminationSignals::startReporting() {
+  std::array<int, 2> ends{};
+  if (pipe2(ends.data(), O_CLOEXEC | O_NONBLOCK) != 0) return -1;
+  read_ = Descriptor(ends[0]);
+  write_ = Descriptor(ends[1]);
+  reportTo = write_.get();
+  setHandlers(report);
+  return read_.get();
+}
+
+void LinuxTerminationSignals::stopReporting() {
+  if (!read_.valid()) return;
   setHandlers(SIG_DFL);
-  for (const int end : pipe_) close(end);
+  read_ = {};
+  write_ = {};
 }
 
 }  // namespace vantory
