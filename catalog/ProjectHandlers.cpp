@@ -1,10 +1,10 @@
 #include "catalog/ProjectHandlers.h"
 
 #include <algorithm>
-#include <array>
 #include <string>
 
 #include "base/Text.h"
+#include "catalog/ProjectKinds.h"
 #include "platform/DefaultHandlers.h"
 #include "services/Runtime.h"
 #include "services/log/QWLog.h"
@@ -14,20 +14,6 @@ namespace vantory {
 
 namespace {
 
-struct ProjectKind {
-  const char* extension;
-  const char* handler;
-};
-
-constexpr std::array<ProjectKind, 8> kProjectKinds = {{{"fcp", "com.apple.finalcutpro"},
-                                                       {"stap", "com.apple.soundtrackpro"},
-                                                       {"stmp", "com.apple.soundtrackpro"},
-                                                       {"motn", "com.apple.motion"},
-                                                       {"ipr", "com.apple.livetype"},
-                                                       {"dspproj", "com.apple.dvdstudiopro"},
-                                                       {"compressor", "com.apple.compressor.compressor"},
-                                                       {"colorproj", "com.apple.color"}}};
-
 DefaultHandlers& handlers() {
   return Runtime::current().platform().defaultHandlers;
 }
@@ -36,13 +22,13 @@ std::string ownIdentifier() {
   return lowerCased(QWUserDefaults::kDomain);
 }
 
-void setHandler(const std::string& extension, const std::string& identifier) {
-  const Result<std::string> type = handlers().typeOfExtension(extension);
+void setHandler(const ProjectKind& kind, const std::string& identifier) {
+  const Result<std::string> type = handlers().typeOfExtension(std::string(kind.extension));
   if (type) (void)handlers().setDefaultViewer(*type, identifier);
 }
 
-bool isOwn(const std::string& extension) {
-  const Result<std::string> type = handlers().typeOfExtension(extension);
+bool isOwn(const ProjectKind& kind) {
+  const Result<std::string> type = handlers().typeOfExtension(std::string(kind.extension));
   return type && handlers().defaultViewer(*type) == ownIdentifier();
 }
 
@@ -50,21 +36,21 @@ bool isOwn(const std::string& extension) {
 
 bool ProjectHandlers::setFCSDefaultFileExtensions() {
   QWLog::appendLog("Setting Final Cut Studio as default project handler...");
-  for (const auto& [extension, handler] : kProjectKinds) setHandler(extension, handler);
+  // Handlers are known by identifiers in small letters.
+  for (const ProjectKind& kind : kProjectKinds) setHandler(kind, lowerCased(kind.application));
   QWLog::appendLog("Project handling setup complete");
   return true;
 }
 
 bool ProjectHandlers::setVantoryDefaultFileExtensions() {
   QWLog::appendLog("Setting Vantory as default project handler...");
-  for (const ProjectKind& kind : kProjectKinds) setHandler(kind.extension, ownIdentifier());
+  for (const ProjectKind& kind : kProjectKinds) setHandler(kind, ownIdentifier());
   QWLog::appendLog("Project handling setup complete");
   return true;
 }
 
 bool ProjectHandlers::checkVantoryDefaultForFileExtensions() {
-  constexpr std::array kOrder = {"fcp", "stmp", "stap", "motn", "ipr", "dspproj", "compressor", "colorproj"};
-  return std::all_of(kOrder.begin(), kOrder.end(), isOwn);
+  return std::ranges::all_of(kProjectKinds, isOwn);
 }
 
 bool ProjectHandlers::updateHandlingStatus() {

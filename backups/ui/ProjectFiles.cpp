@@ -1,9 +1,6 @@
 #include "backups/ui/ProjectFiles.h"
 
-#include <algorithm>
-
-#include "base/Paths.h"
-#include "base/Text.h"
+#include "catalog/ProjectKinds.h"
 #include "platform/FileMetadata.h"
 #include "services/Runtime.h"
 #include "services/files/QWFileManager.h"
@@ -20,23 +17,12 @@ bool hasProjectType(const std::string& path) {
   return info && info->starts_with(kProjectType);
 }
 
-bool hasProjectExtension(const std::string& path) {
-  const auto& known = projectExtensions();
-  return std::find(known.begin(), known.end(), lowerCased(paths::extension(path))) != known.end();
-}
-
 }  // namespace
-
-const std::vector<std::string>& projectExtensions() {
-  static const std::vector<std::string> extensions = {"fcp",     "colorproj", "stap",       "stmp",
-                                                      "dspproj", "ipr",       "compressor", "motn"};
-  return extensions;
-}
 
 std::optional<std::string> reasonNotToLink(const std::string& path) {
   if (!QWFileManager::fileExistsAtPath(path))
     return "is not there under the name that was chosen. Names that are no text cannot be chosen.";
-  if (!hasProjectExtension(path) && !hasProjectType(path)) return "is no project file.";
+  if (!projectKindOf(path) && !hasProjectType(path)) return "is no project file.";
   return std::nullopt;
 }
 

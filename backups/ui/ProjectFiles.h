@@ -3,12 +3,8 @@
 
 #include <optional>
 #include <string>
-#include <vector>
 
 namespace vantory {
-
-// Without dots.
-const std::vector<std::string>& projectExtensions();
 
 // Why the file cannot be linked, as the end of a sentence that begins with its name; none when it can.
 std::optional<std::string> reasonNotToLink(const std::string& path);

@@ -8,6 +8,7 @@
 #include "backups/ui/QWRestoreOutlineController.h"
 #include "base/Format.h"
 #include "base/Paths.h"
+#include "catalog/ProjectKinds.h"
 #include "platform/Controls.h"
 #include "services/QWLocalPaths.h"
 #include "services/log/QWLog.h"

@@ -2,24 +2,16 @@
 
 #include <charconv>
 #include <filesystem>
-#include <map>
+#include <optional>
 #include <string_view>
 
 #include "base/Paths.h"
 #include "base/Text.h"
+#include "catalog/ProjectKinds.h"
 
 namespace vantory {
 
 namespace {
-
-const std::map<std::string, std::string> kApplications = {{"fcp", "com.apple.FinalCutPro"},
-                                                          {"stap", "com.apple.soundtrackpro"},
-                                                          {"stmp", "com.apple.soundtrackpro"},
-                                                          {"motn", "com.apple.motion"},
-                                                          {"dspproj", "com.apple.dvdstudiopro"},
-                                                          {"ipr", "com.apple.LiveType"},
-                                                          {"compressor", "com.apple.Compressor.compressor"},
-                                                          {"colorproj", "com.apple.color"}};
 
 std::string extensionOf(const std::string& path) {
   return lowerCased(paths::extension(path));
@@ -66,13 +58,8 @@ bool isBackupDocument(const std::string& path) {
   return extension == "vnt" || extension == "vnt2";
 }
 
-std::optional<std::string> applicationOfProject(const std::string& path) {
-  const auto known = kApplications.find(extensionOf(path));
-  return known == kApplications.end() ? std::nullopt : std::optional(known->second);
-}
-
 bool isKnownDocument(const std::string& path) {
-  return isBackupDocument(path) || applicationOfProject(path);
+  return isBackupDocument(path) || projectKindOf(path);
 }
 
 std::vector<std::string> documentPaths(const std::vector<std::string>& arguments, const std::string& workingDirectory) {

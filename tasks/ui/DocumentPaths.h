@@ -1,7 +1,6 @@
 // The files that the program opens, and how a command line names them.
 #pragma once
 
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -9,8 +8,7 @@ namespace vantory {
 
 // Told by the extension, in any case.
 bool isBackupDocument(const std::string& path);
-// The bundle identifier of the application whose project that is; none for all other files.
-std::optional<std::string> applicationOfProject(const std::string& path);
+// A backup or a project.
 bool isKnownDocument(const std::string& path);
 
 // The full paths that arguments name: paths, relative ones too, and "file:" addresses. What begins with a dash is an

@@ -7,6 +7,7 @@
 #include "backups/ui/FailureReport.h"
 #include "backups/ui/PaneSwitcher.h"
 #include "base/Paths.h"
+#include "catalog/ProjectKinds.h"
 #include "platform/Controls.h"
 #include "platform/Documents.h"
 #include "services/FailureTally.h"
@@ -115,8 +116,9 @@ bool Vantory_AppDelegate::openFile(const std::string& path) {
     return true;
   }
   wasOpenedByProjectFile_ = true;
-  if (const auto application = applicationOfProject(path)) {
-    if (!BackgroundThreads::shared().start([this, path, application] { openProject(path, *application); })) terminate();
+  if (const ProjectKind* kind = projectKindOf(path)) {
+    const std::string application(kind->application);
+    if (!BackgroundThreads::shared().start([=, this] { openProject(path, application); })) terminate();
     return true;
   }
   QWLog::appendLogAndPrint("Error - unknown file: %@", path);
