@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "backups/BackupFolder.h"
+#include "backups/BackupNaming.h"
 #include "backups/QWDataController.h"
 #include "base/Paths.h"
 #include "base/PropertyList.h"
@@ -20,7 +21,7 @@ FileSystem& files() {
 
 // A dictionary, empty when there is no readable one.
 PropertyList readSettings(const std::string& backup) {
-  const auto bytes = files().read(paths::join(backup, "Settings.plist"));
+  const auto bytes = files().read(paths::join(backup, kBackupSettingsFile));
   auto settings = bytes ? parsePropertyList(*bytes) : std::nullopt;
   if (settings && settings->asDictionary()) return std::move(*settings);
   return PropertyListDictionary();
@@ -85,8 +86,8 @@ BackupReader::BackupReader()
       defaultName_(QWBackup::defaultBackupName()) {}
 
 std::shared_ptr<QWBackup> BackupReader::read(const std::string& path, std::optional<Timestamp> date) const {
-  const auto backup = std::make_shared<QWBackup>(paths::withoutExtension(paths::lastComponent(path)), path, date);
-  backup->setIsAutosave(paths::lastComponent(paths::parent(path)) == "Autosaves");
+  const auto backup = std::make_shared<QWBackup>(backupName(path), path, date);
+  backup->setIsAutosave(paths::lastComponent(paths::parent(path)) == kAutosavesFolder);
   backup->setIsDefault(defaultName_ == paths::lastComponent(path));
 
   const auto place = std::make_shared<const BackupFolder>(path, home_);

@@ -4,6 +4,7 @@
 #include <memory>
 #include <vector>
 
+#include "backups/BackupNaming.h"
 #include "backups/QWBackup.h"
 
 namespace vantory {
@@ -17,7 +18,7 @@ class QWAutosaveHeader : public BackupNode {
   const BackupList& children() const { return children_; }
   void setChildren(BackupList children) { children_ = std::move(children); }
 
-  std::string name() const override { return "Autosaves"; }
+  std::string name() const override { return kAutosavesFolder; }
   // Of the latest backup; none without backups.
   std::optional<Timestamp> date() const override;
   // Of all backups together.

@@ -1,7 +1,7 @@
+#include "backups/BackupNaming.h"
 #include "backups/FailedBackup.h"
 #include "backups/QWBackup.h"
 #include "backups/QWDataController.h"
-#include "base/Format.h"
 #include "base/Paths.h"
 #include "base/Timestamp.h"
 #include "services/Runtime.h"
@@ -22,9 +22,9 @@ std::shared_ptr<QWApp> copyOf(const QWApp& app, bool preferencesOnly) {
 
 std::shared_ptr<QWBackup> QWBackup::autoBackup(bool preferencesOnly) {
   const Timestamp now = Runtime::current().platform().clock.now();
-  const std::string name = formatted("Auto Backup %@", localTimeText(now, "%Y-%m-%d_%H_%M_%S"));
+  const std::string name = std::string(kAutomaticPrefix) + localTimeText(now, "%Y-%m-%d_%H_%M_%S");
   const auto folder = QWDataController::autosaveLocation();
-  auto backup = backupWithName(name, folder ? paths::join(*folder, name + ".vnt") : std::string());
+  auto backup = backupWithName(name, folder ? paths::join(*folder, backupFileName(name)) : std::string());
   backup->setIsAutosave(true);
   for (const auto& app : QWDataController::sharedController().appArray()) backup->addApp(copyOf(*app, preferencesOnly));
   return backup;

@@ -2,6 +2,7 @@
 #include <unordered_set>
 
 #include "backups/BackupFolder.h"
+#include "backups/BackupNaming.h"
 #include "backups/LibraryHold.h"
 #include "backups/QWBackup.h"
 #include "backups/QWDataController.h"
@@ -223,7 +224,7 @@ bool isPossiblePath(const std::string& path) {
 
 bool writeSettings(const std::string& backup, const PropertyListDictionary& settings) {
   QWLog::appendLog("Writing settings file...");
-  const Status written = files().write(paths::join(backup, "Settings.plist"), writeXmlPropertyList(settings), {});
+  const Status written = files().write(paths::join(backup, kBackupSettingsFile), writeXmlPropertyList(settings), {});
   if (!written) QWLog::appendLog("The settings file could not be written: %@", written.error().text);
   return written.ok();
 }

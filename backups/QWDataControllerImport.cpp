@@ -1,7 +1,7 @@
+#include "backups/BackupNaming.h"
 #include "backups/LibraryHold.h"
 #include "backups/QWDataController.h"
 #include "base/Paths.h"
-#include "base/Text.h"
 #include "platform/FileSystem.h"
 #include "services/QWCmdUtils.h"
 #include "services/Runtime.h"
@@ -50,12 +50,11 @@ Status copyToLibrary(const std::string& source, const std::string& target) {
 bool QWDataController::addBackupFromFile(const std::string& path) {
   QWLog::appendLog("Adding backup file %@", path);
   std::string backup = absolutePath(path);
-  if (paths::extension(backup) == "vnt2") backup = paths::withoutExtension(backup) + ".vnt";
+  if (paths::extension(backup) == kOlderBackupExtension) backup = withBackupExtension(backup);
   const std::string library = vantoryBackupLocation().value_or("");
-  const std::string extension = lowerCased(paths::extension(backup));
   const auto info = files().info(backup, Links::Follow);
   const bool isNoFolder = info && info->type != FileType::Folder;
-  if (library.empty() || (extension != "vnt" && extension != "vnt2") || isNoFolder) {
+  if (library.empty() || !isBackupName(backup) || isNoFolder) {
     QWLog::appendLog("Unable to locate backup");
     return false;
   }

@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "backups/BackupNaming.h"
 #include "backups/BackupReader.h"
 #include "backups/QWDataController.h"
 #include "base/Format.h"
@@ -29,15 +30,10 @@ std::optional<Timestamp> folderDate(const std::string& path) {
   return info->modified;
 }
 
-bool isBackupName(const std::string& name) {
-  const std::string extension = lowerCased(paths::extension(name));
-  return extension == "vnt" || extension == "vnt2";
-}
-
 // Where the backup lies after its older extension gave way to today's, if that name was free.
 std::string withCurrentExtension(const std::string& path) {
-  if (lowerCased(paths::extension(path)) != "vnt2") return path;
-  const std::string current = paths::withoutExtension(path) + ".vnt";
+  if (lowerCased(paths::extension(path)) != kOlderBackupExtension) return path;
+  const std::string current = withBackupExtension(path);
   if (QWFileManager::itemExistsAtPath(current)) return path;
   return QWFileManager::moveFile(path, current, 10s) ? current : path;
 }
@@ -77,7 +73,7 @@ Listing listManualBackups(const std::string& location, const BackupReader& reade
     const auto date = folderDate(listed);
     if (!date) continue;
     const std::string path = withCurrentExtension(listed);
-    if (name.starts_with("Auto Backup ")) {
+    if (isAutomaticName(name)) {
       moveToAutosaves(path);
     } else {
       listing.backups.push_back(reader.read(path, date));
@@ -119,16 +115,16 @@ std::optional<std::string> QWDataController::vantoryBackupLocation() {
 std::optional<std::string> QWDataController::autosaveLocation() {
   const auto library = vantoryBackupLocation();
   if (!library) return std::nullopt;
-  return paths::join(*library, "Autosaves");
+  return paths::join(*library, kAutosavesFolder);
 }
 
 std::string QWDataController::uniqueBackupName(const std::string& name) {
   const std::string library = vantoryBackupLocation().value_or("");
   if (library.empty()) return name;
-  std::string candidate = paths::join(library, formatted("%@.vnt", name));
-  for (int count = 2; QWFileManager::itemExistsAtPath(candidate); ++count)
-    candidate = paths::join(library, formatted("%@-%i.vnt", name, count));
-  return paths::withoutExtension(paths::lastComponent(candidate));
+  std::string candidate = name;
+  for (int count = 2; QWFileManager::itemExistsAtPath(paths::join(library, backupFileName(candidate))); ++count)
+    candidate = formatted("%@-%i", name, count);
+  return candidate;
 }
 
 void QWDataController::populateBackups() {

@@ -29,11 +29,10 @@ std::shared_ptr<QWApp> reducedCopy(const QWApp& app, const std::optional<KeyList
   return copy;
 }
 
-std::shared_ptr<QWBackup> makeRecord(const std::string& name, const std::string& path,
-                                     const std::optional<KeyList>& keys) {
+std::shared_ptr<QWBackup> makeRecord(const std::string& name, const std::optional<KeyList>& keys) {
   QWDataController& data = QWDataController::sharedController();
   data.populateApps();
-  auto backup = QWBackup::backupWithName(name, path);
+  auto backup = QWBackup::backupWithName(name);
   for (const auto& app : data.appArray()) {
     const auto copy = reducedCopy(*app, keys);
     if (!copy->children().empty()) backup->addApp(copy);
@@ -89,9 +88,8 @@ int backupCommand(const CommandContext& context) {
                               .console = "Invalid keys"});
     return 1;
   }
-  const std::string path = QWDataController::vantoryBackupLocation().value_or("") + "/" + name + ".vnt";
   // Writing it moves a backup that has the name to the Trash, unless another process is at work on that.
-  write(*makeRecord(name, path, keys), controller);
+  write(*makeRecord(name, keys), controller);
   return 0;  // also where there was nothing to back up
 }
 

@@ -1,5 +1,6 @@
 #include "backups/ui/BackupNames.h"
 
+#include "backups/BackupNaming.h"
 #include "backups/QWBackup.h"
 #include "backups/QWDataController.h"
 #include "base/Format.h"
@@ -10,7 +11,7 @@
 namespace vantory {
 
 bool refuseNameOfAutomaticBackups(const std::string& name, AlertParent parentWindow) {
-  if (!name.starts_with("Auto Backup ")) return false;
+  if (!isAutomaticName(name)) return false;
   QWLog::appendLog("The name %@ was refused: it is one of automatic backups", name);
   QWAlert::alertSheetWithMessageText("Please choose another name for this backup",
                                      "Names that begin with \"Auto Backup \" are those of automatic backups.",
@@ -22,7 +23,7 @@ std::string freeNameFor(const QWBackup& backup, const std::string& wanted) {
   const std::string folder = paths::parent(backup.path());
   const auto isTaken = [&folder](const std::string& name) {
     return QWDataController::uniqueBackupName(name) != name ||
-           QWFileManager::itemExistsAtPath(paths::join(folder, name + ".vnt"));
+           QWFileManager::itemExistsAtPath(paths::join(folder, backupFileName(name)));
   };
   std::string name = wanted;
   for (int number = 2; isTaken(name); ++number) name = formatted("%@-%i", wanted, number);

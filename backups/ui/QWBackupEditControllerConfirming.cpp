@@ -3,6 +3,7 @@
 #include <chrono>
 #include <utility>
 
+#include "backups/BackupNaming.h"
 #include "backups/QWDataController.h"
 #include "backups/ui/BackupDialogView.h"
 #include "backups/ui/BackupNames.h"
@@ -103,7 +104,7 @@ void QWBackupEditController::backup() {
   if (!location)
     return reportFailure("There is no folder for backups", "Please choose one in the settings.",
                          AlertParent::BackupDialog);
-  const std::string target = paths::join(*location, name + ".vnt");
+  const std::string target = paths::join(*location, backupFileName(name));
   const bool replaces = !isEditedName(name) && QWFileManager::itemExistsAtPath(target);
   if (replaces && !askToReplace(name, target)) return;
 

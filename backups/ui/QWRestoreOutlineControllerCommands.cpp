@@ -3,6 +3,7 @@
 #include <chrono>
 #include <utility>
 
+#include "backups/BackupNaming.h"
 #include "backups/FailedBackup.h"
 #include "backups/ui/BackupNames.h"
 #include "backups/ui/FailureReport.h"
@@ -139,7 +140,7 @@ void QWRestoreOutlineController::rename(const std::shared_ptr<QWBackup>& backup,
   runOnThread([this, backup, cleaned] {
     const auto renamed = recordInLibrary(backup);
     const std::string free = freeNameFor(*renamed, cleaned);
-    const std::string path = paths::join(paths::parent(renamed->path()), free + ".vnt");
+    const std::string path = paths::join(paths::parent(renamed->path()), backupFileName(free));
     if (!QWFileManager::moveFile(renamed->path(), path, 20s)) return;
     MainThread::shared().runAndWait([&] {
       // Commands that wait for their turn know the one that was selected when they were given.

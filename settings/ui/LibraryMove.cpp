@@ -4,9 +4,9 @@
 #include <chrono>
 #include <vector>
 
+#include "backups/BackupNaming.h"
 #include "backups/LibraryHold.h"
 #include "base/Paths.h"
-#include "base/Text.h"
 #include "platform/FileSystem.h"
 #include "services/Runtime.h"
 #include "services/files/QWFileManager.h"
@@ -20,11 +20,6 @@ using namespace std::chrono_literals;
 
 FileSystem& files() {
   return Runtime::current().platform().files;
-}
-
-bool isBackupName(std::string_view name) {
-  const std::string lower = lowerCased(name);
-  return lower.ends_with(".vnt") || lower.ends_with(".vnt2");
 }
 
 std::vector<std::string> backupNamesIn(const std::string& folder, LibraryRemainder& left) {
@@ -53,7 +48,7 @@ bool moveBackup(const std::string& backup, const std::string& destination) {
 LibraryRemainder moveLibrary(const std::string& from, const std::string& to) {
   // Listed first: the new folder may lie in the old one.
   LibraryRemainder left;
-  const std::string automatic = paths::join(from, "Autosaves");
+  const std::string automatic = paths::join(from, kAutosavesFolder);
   const std::vector<std::string> names = backupNamesIn(from, left);
   const std::vector<std::string> automaticNames = backupNamesIn(automatic, left);
   left.backups = names.size() + automaticNames.size();
@@ -61,7 +56,7 @@ LibraryRemainder moveLibrary(const std::string& from, const std::string& to) {
   if (!QWFileManager::isDirectoryAtPath(to)) return left;
   for (const std::string& name : names)
     if (moveBackup(paths::join(from, name), to)) --left.backups;
-  const std::string newAutomatic = paths::join(to, "Autosaves");
+  const std::string newAutomatic = paths::join(to, kAutosavesFolder);
   if (!automaticNames.empty() && !QWFileManager::fileExistsAtPath(newAutomatic))
     QWFileManager::createDirectory(newAutomatic);
   for (const std::string& name : automaticNames)
@@ -76,7 +71,7 @@ bool mayHoldBackups(const std::string& folder) {
   if (!QWFileManager::isFolderEmpty(folder)) return true;
   LibraryRemainder there;
   backupNamesIn(folder, there);
-  backupNamesIn(paths::join(folder, "Autosaves"), there);
+  backupNamesIn(paths::join(folder, kAutosavesFolder), there);
   return there.mayBeMore;
 }
 

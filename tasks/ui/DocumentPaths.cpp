@@ -5,6 +5,7 @@
 #include <optional>
 #include <string_view>
 
+#include "backups/BackupNaming.h"
 #include "base/Paths.h"
 #include "base/Text.h"
 #include "catalog/ProjectKinds.h"
@@ -12,10 +13,6 @@
 namespace vantory {
 
 namespace {
-
-std::string extensionOf(const std::string& path) {
-  return lowerCased(paths::extension(path));
-}
 
 // None where a percent sign is not followed by two digits, or by those of NUL.
 std::optional<std::string> percentDecoded(std::string_view text) {
@@ -53,13 +50,8 @@ std::string fullPath(const std::string& path, const std::string& workingDirector
 
 }  // namespace
 
-bool isBackupDocument(const std::string& path) {
-  const std::string extension = extensionOf(path);
-  return extension == "vnt" || extension == "vnt2";
-}
-
 bool isKnownDocument(const std::string& path) {
-  return isBackupDocument(path) || projectKindOf(path);
+  return isBackupName(path) || projectKindOf(path);
 }
 
 std::vector<std::string> documentPaths(const std::vector<std::string>& arguments, const std::string& workingDirectory) {

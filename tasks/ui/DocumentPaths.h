@@ -6,9 +6,7 @@
 
 namespace vantory {
 
-// Told by the extension, in any case.
-bool isBackupDocument(const std::string& path);
-// A backup or a project.
+// A backup or a project, told by the extension.
 bool isKnownDocument(const std::string& path);
 
 // The full paths that arguments name: paths, relative ones too, and "file:" addresses. What begins with a dash is an

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "backups/AutosaveSchedule.h"
+#include "backups/BackupNaming.h"
 #include "backups/QWDataController.h"
 #include "backups/ui/FailureReport.h"
 #include "backups/ui/PaneSwitcher.h"
@@ -38,10 +39,6 @@ void registerDefaults() {
   QWUserDefaults::standardUserDefaults().registerDefaults(defaults);
 }
 
-std::string nameOf(const std::string& backup) {
-  return paths::withoutExtension(paths::lastComponent(backup));
-}
-
 bool isAutomaticBackup(const std::string& path) {
   const auto isThat = [&](const auto& backup) {
     return paths::lastComponent(backup->path()) == paths::lastComponent(path);
@@ -54,7 +51,7 @@ void tellOfImport(const std::string& path, bool restored, std::size_t failuresBe
     QWAlert::alertSheetWithMessageText("Restoration complete", "You may now relaunch your applications.");
     return reportIncompleteRestore(failuresBefore);
   }
-  QWAlert::alertSheetWithMessageText(formatted("The backup \"%@\" could not be restored", nameOf(path)),
+  QWAlert::alertSheetWithMessageText(formatted("The backup \"%@\" could not be restored", backupName(path)),
                                      isAutomaticBackup(path)
                                          ? "It is an automatic backup. You can restore it from among the autosaves."
                                          : "It is no backup that can be read, or could not be copied into the library. "
@@ -111,7 +108,7 @@ void Vantory_AppDelegate::openFiles(const std::vector<std::string>& paths) {
 
 bool Vantory_AppDelegate::openFile(const std::string& path) {
   QWLog::appendLog("User opened file %@", path);
-  if (isBackupDocument(path)) {
+  if (isBackupName(path)) {
     askToImport(path);
     return true;
   }
@@ -130,7 +127,7 @@ void Vantory_AppDelegate::askToImport(const std::string& path) {
   parts_.window.bringToFront();
   parts_.panes.toolbarRestore();
   const int answer = QWAlert::alertSheetWithMessageText(
-      {.messageText = formatted("Are you sure you wish to restore the backup \"%@\"?", nameOf(path)),
+      {.messageText = formatted("Are you sure you wish to restore the backup \"%@\"?", backupName(path)),
        .defaultButton = "Restore",
        .alternateButton = "Cancel",
        .informativeText = "This will overwrite any existing preferences."});
@@ -151,9 +148,10 @@ void Vantory_AppDelegate::handOn(const std::string& path) {
 }
 
 void Vantory_AppDelegate::importBackup() {
-  const auto chosen = parts_.chooser.choose({.extensions = {"vnt", "vnt2"}, .folders = true});
+  const auto chosen =
+      parts_.chooser.choose({.extensions = {kBackupExtensions.begin(), kBackupExtensions.end()}, .folders = true});
   if (chosen.empty()) return;
-  if (isBackupDocument(chosen.front())) {
+  if (isBackupName(chosen.front())) {
     openFiles({chosen.front()});
     return;
   }

@@ -155,7 +155,7 @@ void WindowSession::enableHelp() {
 // --- While it is open ------------------------------------------------------------------------------------------------
 
 bool WindowSession::needsWindow(const std::vector<std::string>& files) {
-  return files.empty() || std::ranges::any_of(files, isBackupDocument);
+  return files.empty() || std::ranges::any_of(files, isBackupName);
 }
 
 bool WindowSession::onlyHandsOn(const std::vector<std::string>& files) {
