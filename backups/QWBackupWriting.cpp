@@ -26,11 +26,6 @@ FileSystem& files() {
   return Runtime::current().platform().files;
 }
 
-// A star in a folder's own name would be taken for a pattern.
-bool hasStar(const std::optional<std::string>& path) {
-  return path && path->find('*') != std::string::npos;
-}
-
 // Takes the place of an older copy in one step, so that it stays until the new one is whole.
 bool replaceCopy(const std::string& source, const std::string& copy) {
   QWFileManager::unlockFile(copy);
@@ -214,12 +209,12 @@ bool isPossiblePath(const std::string& path) {
     QWLog::appendLog("There is no library to write the backup to");
     return false;
   }
-  const std::string library = paths::parent(path);
-  const auto home = QWLocalPaths::userDirectory();
-  if (!hasStar(library) && !hasStar(home)) return true;
-  QWLog::appendLog("No backup can be written: \"*\" in the name of a folder is not supported (%@)",
-                   hasStar(library) ? library : *home);
-  return false;
+  for (const std::string& folder : {paths::parent(path), QWLocalPaths::userDirectory().value_or("")}) {
+    if (!QWFileManager::isWildcardPath(folder)) continue;
+    QWLog::appendLog("No backup can be written: \"*\" in the name of a folder is not supported (%@)", folder);
+    return false;
+  }
+  return true;
 }
 
 bool writeSettings(const std::string& backup, const PropertyListDictionary& settings) {

@@ -6,6 +6,7 @@
 #include "base/Paths.h"
 #include "catalog/BuiltInCatalog.h"
 #include "services/QWLocalPaths.h"
+#include "services/files/QWFileManager.h"
 
 namespace vantory {
 
@@ -27,7 +28,7 @@ class BaseFolders {
   using Folder = std::optional<std::string>;
 
   static Folder usable(Folder folder) {
-    if (folder && folder->find('*') != std::string::npos) return std::nullopt;
+    if (folder && QWFileManager::isWildcardPath(*folder)) return std::nullopt;
     return folder;
   }
 

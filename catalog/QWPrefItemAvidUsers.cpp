@@ -39,7 +39,7 @@ void QWPrefItem::populateAvidUsersInBackup(const std::optional<std::string>& bac
     const std::string folder = backupPath ? paths::join(*backupPath, live) : live;
     for (const std::string& name : QWFileManager::contentsOfDirectory(folder)) {
       if (!isUserFolder(folder, name)) continue;
-      if (name.find('*') != std::string::npos) {
+      if (QWFileManager::isWildcardPath(name)) {
         QWLog::appendLog("Skipping user %@: a \"*\" in its name would stand for other users too", name);
         continue;
       }

@@ -6,21 +6,19 @@
 #include "base/Text.h"
 #include "platform/Users.h"
 #include "services/Runtime.h"
+#include "services/files/QWFileManager.h"
 
 namespace vantory {
-
-bool looksLikePattern(const std::optional<std::string>& folder) {
-  return folder && folder->find('*') != std::string::npos;
-}
 
 std::optional<std::string> reasonToRefuse(const std::optional<std::string>& home, bool usesBackups) {
   if (!home && Runtime::current().platform().users.isSuperuser())
     return "Nobody is logged in at the console - nothing was done.";
   if (!home) return "There is no home folder - nothing was done.";
-  if (looksLikePattern(home)) return formatted("The home folder %@ has a * in its name - nothing was done.", *home);
+  if (QWFileManager::isWildcardPath(*home))
+    return formatted("The home folder %@ has a * in its name - nothing was done.", *home);
   if (!usesBackups) return std::nullopt;
   const auto library = QWDataController::vantoryBackupLocation();
-  if (looksLikePattern(library))
+  if (library && QWFileManager::isWildcardPath(*library))
     return formatted("The backup folder %@ has a * in its name - nothing was done.", *library);
   return std::nullopt;
 }

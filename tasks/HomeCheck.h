@@ -9,9 +9,6 @@ namespace vantory {
 // Why nothing must be touched there; none when all is well. The library's folder is looked at only where it is needed.
 std::optional<std::string> reasonToRefuse(const std::optional<std::string>& home, bool usesBackups);
 
-// True for a folder whose own name has a "*", which would be taken for a pattern.
-bool looksLikePattern(const std::optional<std::string>& folder);
-
 // What to tell the user of a home whose depth makes backups hard to move; empty for an ordinary one.
 std::string remarkOnHome(const std::string& home);
 

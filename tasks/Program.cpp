@@ -14,6 +14,7 @@
 #include "services/FailureTally.h"
 #include "services/QWLocalPaths.h"
 #include "services/Runtime.h"
+#include "services/files/QWFileManager.h"
 #include "services/log/QWException.h"
 #include "services/log/QWLog.h"
 #include "tasks/AppController.h"
@@ -35,7 +36,7 @@ Platform& platform() {
 
 int refuse(const std::string& reason, const Folder& home) {
   // The superuser's log lies outside of all homes; everyone else's needs one.
-  const bool canLog = !looksLikePattern(home) && (home || platform().users.isSuperuser());
+  const bool canLog = home ? !QWFileManager::isWildcardPath(*home) : platform().users.isSuperuser();
   if (canLog) {
     QWLog::createNewLog(AppController::kTaskLogName);
     QWLog::appendLogAndPrint("%@", reason);

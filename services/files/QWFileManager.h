@@ -8,6 +8,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "base/Result.h"
@@ -23,7 +24,8 @@ class QWFileManager {
   // entries of one folder.
   static std::vector<std::string> filesMatchingWildcardPath(const std::string& pattern);
   // Whether the path is a pattern, all of whose matches exist; any other path matches itself, whether or not it does.
-  static bool isWildcardPath(const std::string& path);
+  // The path of a folder with a "*" in its own name looks like one too, and is of no use as a place for files.
+  static bool isWildcardPath(std::string_view path);
   static std::vector<std::string> filesMatchingWildcardPath(const std::string& pattern,
                                                             const std::string& fromBasePath);
   // The first match, else the base joined with the pattern as written.

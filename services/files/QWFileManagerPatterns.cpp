@@ -50,10 +50,6 @@ bool matches(std::string_view name, std::string_view pattern) {
   return pattern.find_first_not_of('*') == std::string_view::npos;
 }
 
-bool isPattern(std::string_view text) {
-  return text.find('*') != std::string_view::npos;
-}
-
 // Its files are left out of whatever is done, and that must not go unsaid.
 void tellUnreadable(const std::string& folder, const Error& error) {
   QWLog::appendLog("The files in %@ cannot be listed: %@", folder, error.text);
@@ -87,7 +83,7 @@ Paths expand(const std::string& pattern, const std::string& start) {
       // A trailing slash throws away what was matched.
       found = {start};
       untested = false;
-    } else if (isPattern(component)) {
+    } else if (QWFileManager::isWildcardPath(component)) {
       found = matchingEntries(found, component);
       untested = false;
     } else {
@@ -101,17 +97,17 @@ Paths expand(const std::string& pattern, const std::string& start) {
 
 }  // namespace
 
-bool QWFileManager::isWildcardPath(const std::string& path) {
-  return isPattern(path);
+bool QWFileManager::isWildcardPath(std::string_view path) {
+  return path.find('*') != std::string_view::npos;
 }
 
 Paths QWFileManager::filesMatchingWildcardPath(const std::string& pattern) {
-  if (!isPattern(pattern)) return {pattern};
+  if (!isWildcardPath(pattern)) return {pattern};
   return expand(pattern, "/");
 }
 
 Paths QWFileManager::filesMatchingWildcardPath(const std::string& pattern, const std::string& fromBasePath) {
-  if (!isPattern(pattern)) return {paths::join(fromBasePath, pattern)};
+  if (!isWildcardPath(pattern)) return {paths::join(fromBasePath, pattern)};
   return expand(pattern, fromBasePath);
 }
 
