@@ -10,6 +10,7 @@
 #include "services/Runtime.h"
 #include "services/log/QWLog.h"
 #include "services/settings/QWUserDefaults.h"
+#include "services/settings/SettingsKeys.h"
 
 namespace vantory {
 
@@ -18,12 +19,12 @@ namespace {
 constexpr std::int64_t kSecondsPerDay = 86400;
 
 bool isOn() {
-  return QWUserDefaults::standardUserDefaults().integerForKey("periodicAutosave") == 1;
+  return QWUserDefaults::standardUserDefaults().integerForKey(setting::kPeriodicAutosave) == 1;
 }
 
 std::int64_t intervalInSeconds() {
   constexpr long long kMostDays = std::numeric_limits<std::int64_t>::max() / kSecondsPerDay;
-  const long long days = QWUserDefaults::standardUserDefaults().integerForKey("autosaveFrequency");
+  const long long days = QWUserDefaults::standardUserDefaults().integerForKey(setting::kAutosaveFrequency);
   return std::clamp(days, 1LL, kMostDays) * kSecondsPerDay;
 }
 

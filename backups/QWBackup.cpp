@@ -10,12 +10,11 @@
 #include "services/Runtime.h"
 #include "services/files/QWFileManager.h"
 #include "services/settings/QWUserDefaults.h"
+#include "services/settings/SettingsKeys.h"
 
 namespace vantory {
 
 namespace {
-
-constexpr const char* kDefaultBackupKey = "defaultBackup";
 
 template <class T>
 int compare(const T& left, const T& right) {
@@ -70,12 +69,12 @@ std::string QWBackup::safeUserPath(const std::string& path) {
 }
 
 std::optional<std::string> QWBackup::defaultBackupName() {
-  return QWUserDefaults::standardUserDefaults().stringForKey(kDefaultBackupKey);
+  return QWUserDefaults::standardUserDefaults().stringForKey(setting::kDefaultBackup);
 }
 
 void QWBackup::setDefault() {
   if (path_.empty()) return;
-  QWUserDefaults::standardUserDefaults().setObject(kDefaultBackupKey, textValue(paths::lastComponent(path_)));
+  QWUserDefaults::standardUserDefaults().setObject(setting::kDefaultBackup, textValue(paths::lastComponent(path_)));
 }
 
 void QWBackup::updateDefault() {

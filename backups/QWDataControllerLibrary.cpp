@@ -14,6 +14,7 @@
 #include "services/files/QWFileManager.h"
 #include "services/log/QWLog.h"
 #include "services/settings/QWUserDefaults.h"
+#include "services/settings/SettingsKeys.h"
 #include "services/threads/BackgroundThreads.h"
 #include "services/threads/MainThread.h"
 
@@ -104,7 +105,7 @@ void measureForWindow(const BackupList& backups) {
 }  // namespace
 
 std::optional<std::string> QWDataController::vantoryBackupLocation() {
-  const auto path = QWUserDefaults::standardUserDefaults().stringForKey("backupPath");
+  const auto path = QWUserDefaults::standardUserDefaults().stringForKey(setting::kBackupPath);
   // A relative path would depend on where the program was started.
   if (path && path->starts_with('/')) return paths::join(*path, "");
   const auto support = QWLocalPaths::appSupportDirectory(true);
@@ -154,7 +155,8 @@ void QWDataController::populateAutoBackups(bool reload) {
 
 void QWDataController::manageAutoBackups() {
   QWLog::appendLog("Managing old auto backups...");
-  const long long maximum = std::max(0LL, QWUserDefaults::standardUserDefaults().integerForKey("maxAutoBackups"));
+  const long long maximum =
+      std::max(0LL, QWUserDefaults::standardUserDefaults().integerForKey(setting::kMaxAutoBackups));
   QWLog::appendLog("Maximum auto backup count: %i", maximum);
   populateAutoBackups(false);
 

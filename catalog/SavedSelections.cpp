@@ -7,14 +7,13 @@
 #include "base/PropertyList.h"
 #include "services/log/QWLog.h"
 #include "services/settings/QWUserDefaults.h"
+#include "services/settings/SettingsKeys.h"
 
 namespace vantory {
 
 namespace {
 
 using Keys = std::unordered_set<std::string>;
-
-constexpr const char* kSelectedPrefs = "selectedPrefs";
 
 PropertyListArray tickedKeys(const AppList& apps) {
   PropertyListArray keys;
@@ -30,7 +29,8 @@ PropertyListArray tickedKeys(const AppList& apps) {
 }
 
 std::optional<Keys> savedKeys() {
-  const std::optional<PropertyList> saved = QWUserDefaults::standardUserDefaults().objectForKey(kSelectedPrefs);
+  const std::optional<PropertyList> saved =
+      QWUserDefaults::standardUserDefaults().objectForKey(setting::kSelectedPrefs);
   const PropertyListArray* list = saved ? saved->asArray() : nullptr;
   if (!list) return std::nullopt;
   Keys keys;
@@ -56,7 +56,7 @@ bool untickMissing(QWPrefItem& item, const Keys& keys) {
 
 void saveAppSelections(const AppList& apps) {
   QWLog::appendLog("Saving app selections");
-  if (QWUserDefaults::standardUserDefaults().setObject(kSelectedPrefs, tickedKeys(apps)))
+  if (QWUserDefaults::standardUserDefaults().setObject(setting::kSelectedPrefs, tickedKeys(apps)))
     QWLog::appendLog("App selections saved");
 }
 

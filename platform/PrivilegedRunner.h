@@ -6,9 +6,9 @@
 
 namespace vantory {
 
-// No program but a tool like the others: with "requireAdminPassword" and "0" or "1" it writes the machine-wide setting
-// of that name.
+// No program but a tool like the others: with the name of the one machine-wide setting and "0" or "1" it writes that.
 inline constexpr const char* kMachineSettingTool = "machine-setting";
+inline constexpr const char* kAdministratorSetting = "requireAdminPassword";
 
 // Any thread.
 class PrivilegedRunner {

@@ -6,6 +6,7 @@
 #include "backups/QWDataController.h"
 #include "services/log/QWLog.h"
 #include "services/settings/QWUserDefaults.h"
+#include "services/settings/SettingsKeys.h"
 #include "tasks/AppController.h"
 #include "tasks/Command.h"
 #include "tasks/KeyList.h"
@@ -28,7 +29,7 @@ KeyList keysOf(const std::string& operand) {
 }
 
 void restoreDefaultIfWanted() {
-  if (QWUserDefaults::standardUserDefaults().integerForKey("autoRestoreDefault") != 1) return;
+  if (QWUserDefaults::standardUserDefaults().integerForKey(setting::kAutoRestoreDefault) != 1) return;
   QWLog::appendLog("Finding default backup to restore...");
   // The library is searched as it stands: this task does not load it.
   if (const auto backup = QWDataController::sharedController().defaultBackup()) backup->restore();

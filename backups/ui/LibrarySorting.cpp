@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "services/settings/QWUserDefaults.h"
+#include "services/settings/SettingsKeys.h"
 
 namespace vantory {
 
@@ -24,13 +25,14 @@ void sort(List& list, const SortOrder& order) {
 
 SortOrder storedSortOrder() {
   const QWUserDefaults& defaults = QWUserDefaults::standardUserDefaults();
-  return {defaults.stringForKey("sortedColumn").value_or("date"), defaults.boolForKey("sortedDescending")};
+  return {defaults.stringForKey(setting::kSortedColumn).value_or("date"),
+          defaults.boolForKey(setting::kSortedDescending)};
 }
 
 void storeSortOrder(const SortOrder& order) {
   QWUserDefaults& defaults = QWUserDefaults::standardUserDefaults();
-  defaults.setObject("sortedColumn", PropertyList(order.column));
-  defaults.setObject("sortedDescending", PropertyList(order.descending));
+  defaults.setObject(setting::kSortedColumn, PropertyList(order.column));
+  defaults.setObject(setting::kSortedDescending, PropertyList(order.descending));
 }
 
 QWDataController::Library sortedLibrary(QWDataController::Library library, const SortOrder& order) {

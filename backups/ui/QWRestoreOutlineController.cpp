@@ -8,6 +8,7 @@
 #include "services/log/QWLog.h"
 #include "services/messages/QWAlert.h"
 #include "services/settings/QWUserDefaults.h"
+#include "services/settings/SettingsKeys.h"
 #include "services/threads/MainThread.h"
 
 namespace vantory {
@@ -190,7 +191,7 @@ void QWRestoreOutlineController::toggleDefault() {
   if (!backup) return;
   if (backup->isDefault()) {
     QWLog::appendLog("%@ was removed as the default backup", backup->name());
-    QWUserDefaults::standardUserDefaults().removeObjectForKey("defaultBackup");
+    QWUserDefaults::standardUserDefaults().removeObjectForKey(setting::kDefaultBackup);
   } else {
     QWLog::appendLog("%@ was set as the default backup", backup->name());
     backup->setDefault();

@@ -224,7 +224,7 @@ bool QWAuthorization::authTrashFolderContents(const std::string& folder, bool de
 }
 
 bool QWAuthorization::authRequireAdministrator(bool required) {
-  return authExecTask(kMachineSettingTool, {"requireAdminPassword", required ? "1" : "0"}) == Success;
+  return authExecTask(kMachineSettingTool, {kAdministratorSetting, required ? "1" : "0"}) == Success;
 }
 
 }  // namespace vantory

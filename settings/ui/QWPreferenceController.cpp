@@ -15,6 +15,7 @@
 #include "services/log/QWLog.h"
 #include "services/messages/QWAlert.h"
 #include "services/settings/QWUserDefaults.h"
+#include "services/settings/SettingsKeys.h"
 #include "services/threads/BackgroundThreads.h"
 #include "settings/ui/LibraryMove.h"
 #include "settings/ui/QWShortcutKeyTableDelegate.h"
@@ -23,10 +24,8 @@ namespace vantory {
 
 namespace {
 
-constexpr const char* kBackupPath = "backupPath";
-constexpr const char* kAdministrator = "requireAdminPassword";
-constexpr const char* kBoundKeys[] = {"periodicAutosave", "autosaveFrequency", "maxAutoBackups", "autoRestoreDefault",
-                                      "showSysSettingsDialog"};
+constexpr const char* kBoundKeys[] = {setting::kPeriodicAutosave, setting::kAutosaveFrequency, setting::kMaxAutoBackups,
+                                      setting::kAutoRestoreDefault, setting::kShowSystemSettings};
 
 QWUserDefaults& defaults() {
   return QWUserDefaults::standardUserDefaults();
@@ -103,7 +102,7 @@ void QWPreferenceController::windowWillClose() {
 
 void QWPreferenceController::refresh() {
   showBackupPath();
-  parts_.view.setValue(kAdministrator, defaults().integerForKey(kAdministrator));
+  parts_.view.setValue(setting::kRequireAdministrator, defaults().integerForKey(setting::kRequireAdministrator));
   for (const char* key : kBoundKeys) parts_.view.setValue(key, defaults().integerForKey(key));
   showHandling(ProjectHandlers::checkVantoryDefaultForFileExtensions());
   QWShortcutKeyTableDelegate::sharedController().populateKeyData();
@@ -137,7 +136,7 @@ std::vector<std::string> QWPreferenceController::toolbarSelectableItemIdentifier
 // --- The library's folder --------------------------------------------------------------------------------------------
 
 void QWPreferenceController::showBackupPath() {
-  parts_.view.setBackupPath(defaults().stringForKey(kBackupPath).value_or(""));
+  parts_.view.setBackupPath(defaults().stringForKey(setting::kBackupPath).value_or(""));
 }
 
 void QWPreferenceController::setBackupPath(const std::string& path) {
@@ -162,12 +161,12 @@ bool QWPreferenceController::isFree() const {
 }
 
 void QWPreferenceController::modifyBackupPath(const std::string& path) {
-  const auto old = defaults().stringForKey(kBackupPath);
+  const auto old = defaults().stringForKey(setting::kBackupPath);
   if (old == path || !isFree()) return;
   // Where the backups are even if what is stored is no path.
   const auto library = QWDataController::vantoryBackupLocation();
   parts_.view.setBackupRemark("");
-  if (!defaults().setObject(kBackupPath, textValue(path))) return tellNotSaved();
+  if (!defaults().setObject(setting::kBackupPath, textValue(path))) return tellNotSaved();
   if (!QWFileManager::fileExistsAtPath(path) && !QWFileManager::createDirectory(path))
     parts_.view.setBackupRemark("The folder could not be created.");
   showBackupPath();
@@ -191,7 +190,7 @@ void QWPreferenceController::offerMove(const std::string& from, const std::strin
 
 void QWPreferenceController::changeValue(const std::string& key, long long value) {
   const bool saved = defaults().setObject(key, PropertyList(std::int64_t{value}));
-  if (saved && (key == "periodicAutosave" || key == "autosaveFrequency")) changeAutosaveSettings();
+  if (saved && (key == setting::kPeriodicAutosave || key == setting::kAutosaveFrequency)) changeAutosaveSettings();
   if (saved) return;
   tellNotSaved();
   parts_.view.setValue(key, defaults().integerForKey(key));
@@ -211,7 +210,7 @@ void QWPreferenceController::prefsToggleAdminPass(bool required) {
     if (authorized) written = authorization.authRequireAdministrator(required);
   });
   if (written) return;
-  parts_.view.setValue(kAdministrator, required ? 0 : 1);
+  parts_.view.setValue(setting::kRequireAdministrator, required ? 0 : 1);
   if (authorized) tell("The setting could not be saved.", "It takes an administrator of this machine.");
 }
 

@@ -12,6 +12,7 @@
 #include "services/log/QWLog.h"
 #include "services/messages/QWAlert.h"
 #include "services/settings/QWUserDefaults.h"
+#include "services/settings/SettingsKeys.h"
 #include "services/threads/BackgroundThreads.h"
 #include "services/threads/MainThread.h"
 #include "tasks/ui/AppWindowController.h"
@@ -120,7 +121,7 @@ bool AppWindowController::trashApplication(QWApp& app, TrashRun& run) {
 }
 
 void AppWindowController::restoreDefault() {
-  if (QWUserDefaults::standardUserDefaults().integerForKey("autoRestoreDefault") != 1) return;
+  if (QWUserDefaults::standardUserDefaults().integerForKey(setting::kAutoRestoreDefault) != 1) return;
   QWLog::appendLog("Finding default backup to restore...");
   const auto backup = QWDataController::sharedController().defaultBackup();
   if (!backup) return;

@@ -18,6 +18,7 @@
 #include "services/log/QWLog.h"
 #include "services/messages/QWAlert.h"
 #include "services/settings/QWUserDefaults.h"
+#include "services/settings/SettingsKeys.h"
 #include "services/threads/BackgroundThreads.h"
 #include "settings/QWBugReporter.h"
 #include "settings/QWSoftwareUpdate.h"
@@ -29,13 +30,13 @@ namespace vantory {
 namespace {
 
 void registerDefaults() {
-  std::map<std::string, PropertyList> defaults = {{"periodicAutosave", 1},
-                                                  {"autosaveFrequency", 7},
-                                                  {"maxAutoBackups", 10},
-                                                  {"sortedColumn", "name"},
-                                                  {"sortedDescending", false}};
+  std::map<std::string, PropertyList> defaults = {{setting::kPeriodicAutosave, 1},
+                                                  {setting::kAutosaveFrequency, 7},
+                                                  {setting::kMaxAutoBackups, 10},
+                                                  {setting::kSortedColumn, "name"},
+                                                  {setting::kSortedDescending, false}};
   if (const auto support = QWLocalPaths::appSupportDirectory(true))
-    defaults.emplace("backupPath", paths::join(*support, "Quarrywell/Vantory/Backups"));
+    defaults.emplace(setting::kBackupPath, paths::join(*support, "Quarrywell/Vantory/Backups"));
   QWUserDefaults::standardUserDefaults().registerDefaults(defaults);
 }
 
@@ -70,7 +71,7 @@ void import(const std::string& path) {
 // --- Start and quit --------------------------------------------------------------------------------------------------
 
 bool Vantory_AppDelegate::awakeFromNib() {
-  if (QWUserDefaults::standardUserDefaults().integerForKey("requireAdminPassword") != 1) return true;
+  if (QWUserDefaults::standardUserDefaults().integerForKey(setting::kRequireAdministrator) != 1) return true;
   if (QWAuthorization::sharedController().authStart()) return true;
   QWLog::appendLogAndPrint("An administrator is required to open Vantory - quitting...");
   return false;

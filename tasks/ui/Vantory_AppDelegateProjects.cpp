@@ -17,6 +17,7 @@
 #include "services/log/QWLog.h"
 #include "services/messages/QWGrowl.h"
 #include "services/settings/QWUserDefaults.h"
+#include "services/settings/SettingsKeys.h"
 #include "services/threads/BackgroundThreads.h"
 #include "services/threads/MainThread.h"
 #include "tasks/ui/Vantory_AppDelegate.h"
@@ -53,7 +54,7 @@ std::shared_ptr<QWBackup> backupLinkedTo(const std::string& project) {
 }
 
 bool wantsSystemSettings(const std::string& bundleID) {
-  return QWUserDefaults::standardUserDefaults().integerForKey("showSysSettingsDialog") == 1 &&
+  return QWUserDefaults::standardUserDefaults().integerForKey(setting::kShowSystemSettings) == 1 &&
          lowerCased(bundleID) == lowerCased(kFinalCutPro);
 }
 

@@ -17,7 +17,7 @@ if [ -z "${VANTORY_WORK:-}" ]; then
   for set in $(named 'install-dependencies( [a-z]+)+' '[^ ]* '); do check "packages $set" grep -q "^ *\[$set\]=" "$checkout/scripts/install-dependencies"; done
   for tests in $(named '--gtest_filter=.[A-Za-z]+' '.*[^A-Za-z]'); do check "tests $tests" grep -rqE "TEST(_F)?\($tests," "$checkout/tests"; done
   for key in $(sed -n '/^## Settings/,/^## Sch/s/^| `\([A-Za-z]*\)`.*/\1/p' "$checkout/docs/linux.md"); do
-    check "docs/linux.md: $key" grep -rqF "\"$key\"" "$checkout"/{services,backups,settings,tasks}
+    check "docs/linux.md: $key" grep -rqF "\"$key\"" "$checkout"/{platform,services,backups,settings,tasks}
   done
   also=("$checkout"/{README,CONTRIBUTING,docs/backup-format,docs/linux}.md)
   [ "$failed" = 0 ] || summary

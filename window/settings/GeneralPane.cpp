@@ -5,6 +5,7 @@
 #include <QLabel>
 #include <QLineEdit>
 
+#include "services/settings/SettingsKeys.h"
 #include "window/appearance/DisplayText.h"
 #include "window/controls/BoundControls.h"
 #include "window/controls/PushButton.h"
@@ -25,10 +26,10 @@ GeneralPane::GeneralPane(BoundControls& controls) : path_(new QLineEdit(this)), 
 
   auto* restore = new QCheckBox(QStringLiteral("&Restore the default backup after trashing"), this);
   add(restore, QStringLiteral("Only in the window, not for the task \"-trash\" of the command line."));
-  controls.bind("autoRestoreDefault", *restore);
+  controls.bind(setting::kAutoRestoreDefault, *restore);
   auto* administrator = new QCheckBox(QStringLiteral("As&k for an administrator's password at start"), this);
   add(administrator, QStringLiteral("For everybody who uses this machine."));
-  controls.bind("requireAdminPassword", *administrator);
+  controls.bind(setting::kRequireAdministrator, *administrator);
 }
 
 QWidget* GeneralPane::makePathRow() {

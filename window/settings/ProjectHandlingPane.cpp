@@ -5,6 +5,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 
+#include "services/settings/SettingsKeys.h"
 #include "window/appearance/DisplayText.h"
 #include "window/controls/BoundControls.h"
 #include "window/controls/PushButton.h"
@@ -36,7 +37,7 @@ ProjectHandlingPane::ProjectHandlingPane(BoundControls& controls)
   addRow(makeButtons());
   addSpace();
   add(keystroke_, QStringLiteral("Only where no backup is linked to the project, and only on a Mac."));
-  controls.bind("showSysSettingsDialog", *keystroke_);
+  controls.bind(setting::kShowSystemSettings, *keystroke_);
 }
 
 QWidget* ProjectHandlingPane::makeButtons() {

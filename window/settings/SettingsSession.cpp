@@ -1,5 +1,6 @@
 #include "window/settings/SettingsSession.h"
 
+#include "services/settings/SettingsKeys.h"
 #include "window/dialogs/QtFileChooser.h"
 
 namespace vantory {
@@ -30,7 +31,7 @@ struct SettingsSession::Parts {
   }
 
   void change(const std::string& key, long long value) {
-    if (key == "requireAdminPassword") return controller.prefsToggleAdminPass(value == 1);
+    if (key == setting::kRequireAdministrator) return controller.prefsToggleAdminPass(value == 1);
     controller.changeValue(key, value);
   }
 

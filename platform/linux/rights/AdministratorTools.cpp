@@ -55,8 +55,8 @@ const std::vector<AdministratorTools::Shape>& AdministratorTools::shapes() {
       {"/usr/bin/chattr", {"-i"}, 1, &Tools::unlock},
       {"/usr/sbin/chown", {"root:wheel"}, 1, &Tools::giveJobToSuperuser},
       {"/bin/chmod", {"644"}, 1, &Tools::publishJob},
-      {kMachineSettingTool, {"requireAdminPassword", "1"}, 0, &Tools::requireAdministrator},
-      {kMachineSettingTool, {"requireAdminPassword", "0"}, 0, &Tools::requireNoAdministrator},
+      {kMachineSettingTool, {kAdministratorSetting, "1"}, 0, &Tools::requireAdministrator},
+      {kMachineSettingTool, {kAdministratorSetting, "0"}, 0, &Tools::requireNoAdministrator},
   };
   return list;
 }

@@ -6,13 +6,13 @@
 #include <chrono>
 #include <string_view>
 
+#include "platform/PrivilegedRunner.h"
 #include "platform/posix/files/Errors.h"
 #include "platform/posix/files/SettingsText.h"
 
 namespace vantory {
 namespace {
 
-constexpr const char* kRequirement = "requireAdminPassword";
 constexpr std::chrono::seconds kWaitForOthers{2};
 constexpr mode_t kReadableForAll = 0644;
 
@@ -87,7 +87,8 @@ Status MachineWideFiles::requireAdministrator(bool required) {
   if (!hold) return hold.error();
   const Result<std::string> present = files_.read(path);
   if (!present && present.error().code != std::errc::no_such_file_or_directory) return present.error();
-  const Result<std::string> changed = withSetting(present ? *present : "", kRequirement, required ? 1 : 0, path);
+  const Result<std::string> changed =
+      withSetting(present ? *present : "", kAdministratorSetting, required ? 1 : 0, path);
   if (!changed) return changed.error();
   if (Status written = files_.write(path, *changed, {.durable = true}); !written) return written;
   return makeReadable(path);
