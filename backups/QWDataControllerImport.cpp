@@ -22,13 +22,6 @@ std::string absolutePath(const std::string& path) {
   return path.starts_with('/') ? paths::join(path, "") : paths::join(QWCmdUtils::applicationPath(), path);
 }
 
-// Links and ".." may lead to a backup of the library under another name.
-bool isSameFolder(const std::string& left, const std::string& right) {
-  const auto one = files().info(left, Links::Follow);
-  const auto other = files().info(right, Links::Follow);
-  return one && other && one->identity == other->identity;
-}
-
 // Copies a backup to its place in the library. One that bears the name already goes to the Trash, when the copy is
 // ready to take its place.
 Status copyToLibrary(const std::string& source, const std::string& target) {
@@ -61,7 +54,8 @@ bool QWDataController::addBackupFromFile(const std::string& path) {
 
   if (!paths::isWithin(backup, library)) {
     const std::string target = paths::join(library, paths::lastComponent(backup));
-    if (!isSameFolder(backup, target)) {
+    // It may lie in the library and be reached by another way.
+    if (!QWFileManager::isSameItem(backup, target)) {
       if (const Status copied = copyToLibrary(backup, target); !copied) {
         QWLog::appendLog("%@", copied.error().text);
         QWLog::appendLog("Unable to copy file %@ to %@", backup, target);

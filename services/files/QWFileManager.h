@@ -38,6 +38,8 @@ class QWFileManager {
   static bool isPackageAtPath(const std::string& path);
   // Whether anything bears this name, a dangling link included.
   static bool itemExistsAtPath(const std::string& path);
+  // Whether two paths lead to one item, by links or ".." too; false where either leads nowhere.
+  static bool isSameItem(const std::string& path, const std::string& otherPath);
   // Whether it is certain that nothing bears this name; false where that cannot be told.
   static bool isMissingAtPath(const std::string& path);
   static bool meansMissing(const Error& error);

@@ -55,6 +55,12 @@ bool QWFileManager::itemExistsAtPath(const std::string& path) {
   return files().info(path, Links::DoNotFollow).ok();
 }
 
+bool QWFileManager::isSameItem(const std::string& path, const std::string& otherPath) {
+  const auto one = files().info(path, Links::Follow);
+  const auto other = files().info(otherPath, Links::Follow);
+  return one && other && one->identity == other->identity;
+}
+
 bool QWFileManager::isMissingAtPath(const std::string& path) {
   const auto info = files().info(path, Links::DoNotFollow);
   return !info && meansMissing(info.error());

@@ -8,8 +8,6 @@
 #include "base/Paths.h"
 #include "catalog/ProjectHandlers.h"
 #include "platform/Controls.h"
-#include "platform/FileSystem.h"
-#include "services/Runtime.h"
 #include "services/files/QWAuthorization.h"
 #include "services/files/QWFileManager.h"
 #include "services/log/QWLog.h"
@@ -38,13 +36,6 @@ void tell(const std::string& message, const std::string& information) {
 void tellNotSaved() {
   tell("The setting could not be saved.",
        "Please check your permissions for the Preferences folder and the free space on your disk.");
-}
-
-bool isSameFolder(const std::string& left, const std::string& right) {
-  const FileSystem& files = Runtime::current().platform().files;
-  const auto first = files.info(left, Links::Follow);
-  const auto second = files.info(right, Links::Follow);
-  return first && second && first->identity == second->identity;
 }
 
 bool wantsMove() {
@@ -171,7 +162,7 @@ void QWPreferenceController::modifyBackupPath(const std::string& path) {
     parts_.view.setBackupRemark("The folder could not be created.");
   showBackupPath();
   QWLog::appendLog("User changed backup path from %@ to %@. Asking user to confirm moving over old files.", old, path);
-  if (library && !isSameFolder(*library, path) && mayHoldBackups(*library)) offerMove(*library, path);
+  if (library && !QWFileManager::isSameItem(*library, path) && mayHoldBackups(*library)) offerMove(*library, path);
   parts_.view.doBehindSheet("Reading the backups…", [] { QWDataController::sharedController().populateBackups(); });
 }
 
