@@ -44,6 +44,8 @@ class QWDataController {
 
   // The library's folder; none when no user's folders can be resolved.
   static std::optional<std::string> vantoryBackupLocation();
+  // The folder where nobody chose another.
+  static std::optional<std::string> usualBackupLocation();
   // The folder of the automatic backups, inside the library.
   static std::optional<std::string> autosaveLocation();
   // The name, or with "-2", "-3" ...: the first that no backup in the library's folder bears.

@@ -107,7 +107,10 @@ void measureForWindow(const BackupList& backups) {
 std::optional<std::string> QWDataController::vantoryBackupLocation() {
   const auto path = QWUserDefaults::standardUserDefaults().stringForKey(setting::kBackupPath);
   // A relative path would depend on where the program was started.
-  if (path && path->starts_with('/')) return paths::join(*path, "");
+  return path && path->starts_with('/') ? paths::join(*path, "") : usualBackupLocation();
+}
+
+std::optional<std::string> QWDataController::usualBackupLocation() {
   const auto support = QWLocalPaths::appSupportDirectory(true);
   if (!support) return std::nullopt;
   return paths::join(*support, "Quarrywell/Vantory/Backups");

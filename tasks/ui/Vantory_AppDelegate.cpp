@@ -35,8 +35,7 @@ void registerDefaults() {
                                                   {setting::kMaxAutoBackups, 10},
                                                   {setting::kSortedColumn, "name"},
                                                   {setting::kSortedDescending, false}};
-  if (const auto support = QWLocalPaths::appSupportDirectory(true))
-    defaults.emplace(setting::kBackupPath, paths::join(*support, "Quarrywell/Vantory/Backups"));
+  if (const auto library = QWDataController::usualBackupLocation()) defaults.emplace(setting::kBackupPath, *library);
   QWUserDefaults::standardUserDefaults().registerDefaults(defaults);
 }
 
