@@ -101,6 +101,14 @@ std::string_view trimmed(std::string_view text) {
   return text.substr(first, text.find_last_not_of(kWhiteSpace) - first + 1);
 }
 
+std::string_view shortened(std::string_view text, std::size_t length) {
+  constexpr std::size_t kLongestCharacter = 4;
+  if (text.size() <= length) return text;
+  for (std::size_t back = 0; back < std::min(kLongestCharacter, length); ++back)
+    if ((static_cast<unsigned char>(text[length - back]) & 0xC0) != 0x80) return text.substr(0, length - back);
+  return text.substr(0, length);
+}
+
 std::string lowerCased(std::string_view text) {
   std::string lower(text);
   for (char& letter : lower) letter = lowerCased(letter);

@@ -10,6 +10,8 @@ namespace vantory {
 
 // Without white space and line ends at both ends.
 std::string_view trimmed(std::string_view text);
+// At most so many bytes of the text's beginning, no character of which is cut in two.
+std::string_view shortened(std::string_view text, std::size_t length);
 // ASCII letters only; all other bytes stay.
 std::string lowerCased(std::string_view text);
 // Below, at or above zero, ignoring the case of ASCII letters.

@@ -10,7 +10,7 @@
 #include "platform/FileSystem.h"
 #include "platform/PrivilegedRunner.h"
 #include "platform/SystemLog.h"
-#include "platform/TrashNote.h"
+#include "platform/TrashLayout.h"
 #include "platform/Users.h"
 #include "services/QWLocalPaths.h"
 #include "services/Runtime.h"
@@ -27,8 +27,8 @@ struct TrashPlace {
 };
 
 TrashPlace placeInTrash(const std::string& trashFolder, const std::string& name) {
-  const std::string noteFolder = paths::join(paths::parent(trashFolder), "info");
-  return {paths::join(trashFolder, name), paths::join(noteFolder, name + ".trashinfo")};
+  const std::string noteFolder = paths::join(paths::parent(trashFolder), kTrashNotesFolder);
+  return {paths::join(trashFolder, name), paths::join(noteFolder, trashNoteName(name))};
 }
 
 bool isTaken(const TrashPlace& place) {
@@ -38,12 +38,13 @@ bool isTaken(const TrashPlace& place) {
 // Under the item's own name, or with the time behind it where that is taken. The time is followed by the extension's
 // dot even when there is no extension.
 TrashPlace freePlaceInTrash(const std::string& trashFolder, const std::string& name, Timestamp now) {
-  TrashPlace place = placeInTrash(trashFolder, name);
-  const std::string stem = paths::withoutExtension(name) + "_" + localTimeText(now, "%Y%m%d%H%M%S");
-  const std::string extension = paths::extension(name);
+  const std::string stem = paths::withoutExtension(name);
+  TrashPlace place = placeInTrash(trashFolder, nameInTrash(stem, "", name.substr(stem.size())));
+  const std::string time = "_" + localTimeText(now, "%Y%m%d%H%M%S");
+  const std::string extension = "." + paths::extension(name);
   for (int number = 1; isTaken(place); ++number) {
-    const std::string mark = number > 1 ? formatted(" %i", number) : "";
-    place = placeInTrash(trashFolder, stem + mark + "." + extension);
+    const std::string mark = number > 1 ? formatted("%@ %i", time, number) : time;
+    place = placeInTrash(trashFolder, nameInTrash(stem, mark, extension));
   }
   return place;
 }

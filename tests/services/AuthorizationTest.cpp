@@ -91,6 +91,12 @@ TEST_F(AuthorizationTest, TrashesWithANoteToPutTheItemBack) {
   EXPECT_TRUE(authorization.authTrashFile(odd));
   EXPECT_THAT(readFile(inTrash("../info/f\n%\xff.trashinfo")),
               StartsWith("[Trash Info]\nPath=" + home_.path() + "/f%0A%25%FF\n"));
+  // Its note's name may not be longer than any other.
+  const std::string start(238, 'n');
+  const std::string longest = home_ / (start + "\u00e9 and more.plist");
+  writeFile(longest, "long");
+  EXPECT_TRUE(authorization.authTrashFile(longest));
+  EXPECT_EQ(readFile(inTrash(start + ".plist")), "long");
 }
 
 TEST_F(AuthorizationTest, LeavesNoNoteOfAFailedTrash) {

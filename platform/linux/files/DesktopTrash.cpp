@@ -8,48 +8,29 @@
 #include <cstdlib>
 #include <ctime>
 
-#include "platform/TrashNote.h"
+#include "platform/TrashLayout.h"
 #include "platform/linux/files/Folders.h"
 #include "platform/linux/files/Staging.h"
 #include "platform/posix/files/Errors.h"
-#include "platform/posix/files/Names.h"
 
 namespace vantory {
 namespace {
 
-constexpr std::string_view kInfoSuffix = ".trashinfo";
-
-// At most `length` bytes of the text, not cut inside a character where it consists of characters.
-std::string shortened(const std::string& text, std::size_t length) {
-  constexpr std::size_t kLongestCharacter = 4;
-  if (text.size() <= length) return text;
-  for (std::size_t back = 0; back < std::min(kLongestCharacter, length); ++back)
-    if ((static_cast<unsigned char>(text[length - back]) & 0xC0) != 0x80) return text.substr(0, length - back);
-  return text.substr(0, length);
-}
-
-// The name an item gets in the Trash: its own, or with a number before its extension; short enough for the info file
-// beside it.
-std::string nameInTrash(const std::string& name, int number) {
-  if (number == 1 && name.size() + kInfoSuffix.size() <= kLongestName) return name;
+// The item's own name, or with a number before its extension.
+std::string numberedName(std::string_view name, int number) {
   std::string mark;
   if (number > 1) mark.append(1, '.').append(std::to_string(number));
   const std::size_t dot = name.find_last_of('.');
   const bool hasExtension = dot != std::string::npos && dot > 0 && name.size() - dot <= 16;
-  const std::string extension = hasExtension ? name.substr(dot) : "";
-  const std::string stem = hasExtension ? name.substr(0, dot) : name;
-  return shortened(stem, kLongestName - kInfoSuffix.size() - mark.size() - extension.size()) + mark + extension;
-}
-
-std::string infoName(const std::string& trashedName) {
-  return trashedName + std::string(kInfoSuffix);
+  const std::size_t end = hasExtension ? dot : name.size();
+  return nameInTrash(name.substr(0, end), mark, name.substr(end));
 }
 
 // A number above a taken one that is free now, found in so few steps that the thousandth item of a name does not look
 // at a thousand: in growing strides up to a free one, then by halving the last stride.
 int freeNumber(int infoFolder, const std::string& name, int taken) {
   const auto isTaken = [&](int number) {
-    return faccessat(infoFolder, infoName(nameInTrash(name, number)).c_str(), F_OK, AT_SYMLINK_NOFOLLOW) == 0;
+    return faccessat(infoFolder, trashNoteName(numberedName(name, number)).c_str(), F_OK, AT_SYMLINK_NOFOLLOW) == 0;
   };
   int free = taken + 1;
   for (int stride = 2; isTaken(free); stride *= 2) {
@@ -205,8 +186,9 @@ Result<DesktopTrash::Can> DesktopTrash::openCan(const std::string& path, const s
   if (status.st_uid != rights_.fileOwner())
     return errorWithText(std::errc::operation_not_permitted, path, "this Trash belongs to somebody else");
 
-  Can can{path + "/files", topDirectory, {}, {}, {}};
-  for (const auto& [name, folder] : {std::pair{"files", &can.files}, std::pair{"info", &can.info}}) {
+  Can can{path + "/" + kTrashItemsFolder, topDirectory, {}, {}, {}};
+  for (const auto& [name, folder] :
+       {std::pair{kTrashItemsFolder, &can.files}, std::pair{kTrashNotesFolder, &can.info}}) {
     mkdirat(base.get(), name, S_IRWXU);
     *folder = Descriptor(openat(base.get(), name, kFlags | O_NOFOLLOW));
     if (!folder->valid()) return systemError(path + "/" + name);
@@ -230,8 +212,8 @@ Result<std::string> DesktopTrash::putInto(Can& can, const Place& item, const std
   const auto last = can.lastNumbers.find(name);
   int number = last == can.lastNumbers.end() ? 1 : last->second + 1;
   for (int attempt = 0; attempt < kMostAttempts; ++attempt) {
-    const std::string trashed = nameInTrash(name, number);
-    const Status noted = writeInfo(can.info.get(), infoName(trashed), text, path);
+    const std::string trashed = numberedName(name, number);
+    const Status noted = writeInfo(can.info.get(), trashNoteName(trashed), text, path);
     if (!noted && noted.error().code == std::errc::no_such_file_or_directory) forget(can);
     if (!noted && noted.error().code != std::errc::file_exists) return noted.error();
     if (noted) {
@@ -240,7 +222,7 @@ Result<std::string> DesktopTrash::putInto(Can& can, const Place& item, const std
         if (number > 1) can.lastNumbers[name] = number;
         return below(can.filesPath, trashed);
       }
-      unlinkat(can.info.get(), infoName(trashed).c_str(), 0);
+      unlinkat(can.info.get(), trashNoteName(trashed).c_str(), 0);
       if (moved.error().code == std::errc::no_such_file_or_directory) forget(can);
       if (moved.error().code != std::errc::file_exists) return moved.error();
       ++number;  // a file without its note; no other item may take its place

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <utility>
 
+#include "platform/TrashLayout.h"
 #include "platform/posix/files/EnvironmentFolder.h"
 #include "platform/posix/files/SmallFiles.h"
 
@@ -34,8 +35,8 @@ std::optional<std::string> LinuxStandardFolders::userFolder(StandardFolder folde
     case StandardFolder::Desktop:
       return desktop(home);
     case StandardFolder::Trash:
-      if (const auto data = configuredFolder("XDG_DATA_HOME")) return *data + "/Trash/files";
-      return home + "/.local/share/Trash/files";
+      if (const auto data = configuredFolder("XDG_DATA_HOME")) return *data + "/Trash/" + kTrashItemsFolder;
+      return home + "/.local/share/Trash/" + kTrashItemsFolder;
     case StandardFolder::SharedUsers:
     case StandardFolder::Volumes:
       break;

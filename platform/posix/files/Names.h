@@ -12,9 +12,6 @@ namespace vantory {
 // that are under way at once.
 std::string stagingName(std::string_view finalName, int attempt = 0);
 
-// The largest number of bytes in a file name.
-inline constexpr std::size_t kLongestName = 255;
-
 // The path without needless slashes and dots. None when it is not absolute, or climbs with "..".
 std::optional<std::string> plainPath(std::string_view path);
 

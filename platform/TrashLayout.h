@@ -1,12 +1,33 @@
-// The note that lies beside an item in the desktop's Trash, so that a file manager can put the item back.
+// How the desktop's Trash is laid out: its items in one folder, and in another for each a note, by which a file manager
+// puts the item back.
 #pragma once
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <string>
 #include <string_view>
 
+#include "base/Text.h"
+
 namespace vantory {
+
+inline constexpr const char* kTrashItemsFolder = "files";
+inline constexpr const char* kTrashNotesFolder = "info";
+
+// The name of an item's note.
+inline std::string trashNoteName(std::string_view trashedName) {
+  return std::string(trashedName).append(".trashinfo");
+}
+
+// The name that an item gets in the Trash: a mark tells it from others that were called like it. What is too long for
+// its note's name is cut.
+inline std::string nameInTrash(std::string_view stem, std::string_view mark, std::string_view extension) {
+  constexpr std::size_t kLongestName = 255;
+  const std::size_t longest = kLongestName - trashNoteName("").size() - mark.size();
+  const std::string_view end = shortened(extension, longest);
+  return std::string(shortened(stem, longest - end.size())).append(mark).append(end);
+}
 
 // The characters that need no escape in the note's path.
 inline constexpr std::array<bool, 256> kPlainInTrashNote = [] {
