@@ -105,10 +105,27 @@ LinuxPlatform::LinuxPlatform(std::vector<std::string> arguments, std::string sta
   parts_ = std::make_unique<Parts>(std::move(arguments), std::move(startedProgram));
   Parts& p = *parts_;
   if (progress == Progress::Shown) p.showProgress();
-  platform_ = std::make_unique<Platform>(Platform{p.clock, p.users, p.folders, p.shownFiles(), p.shownMetadata(),
-                                                  p.machineFiles, p.processes, *p.privileged, p.systemLog, p.system,
-                                                  p.workspace, p.documents, p.defaultHandlers, p.taskClient,
-                                                  p.notifications, p.announcements, p.jobs, p.tools, p.crashReports});
+  platform_ = std::make_unique<Platform>(Platform{
+      .clock = p.clock,
+      .users = p.users,
+      .folders = p.folders,
+      .files = p.shownFiles(),
+      .metadata = p.shownMetadata(),
+      .machineFiles = p.machineFiles,
+      .processes = p.processes,
+      .privileged = *p.privileged,
+      .systemLog = p.systemLog,
+      .system = p.system,
+      .workspace = p.workspace,
+      .documents = p.documents,
+      .defaultHandlers = p.defaultHandlers,
+      .taskClient = p.taskClient,
+      .notifications = p.notifications,
+      .announcements = p.announcements,
+      .jobs = p.jobs,
+      .tools = p.tools,
+      .crashReports = p.crashReports,
+  });
 }
 
 LinuxPlatform::~LinuxPlatform() = default;

@@ -10,8 +10,26 @@ OverlayPlatform::OverlayPlatform(const Platform& real, std::vector<std::string> 
       privileged_(real.privileged, files_, metadata_),
       systemLog_(errors),
       system_(real.system, std::move(arguments)),
-      platform_{real.clock,     real.users,     real.folders, files_,     metadata_,    files_,           processes_,
-                privileged_,    systemLog_,     system_,      workspace_, documents_,   defaultHandlers_, taskClient_,
-                notifications_, announcements_, jobs_,        real.tools, crashReports_} {}
+      platform_{
+          .clock = real.clock,
+          .users = real.users,
+          .folders = real.folders,
+          .files = files_,
+          .metadata = metadata_,
+          .machineFiles = files_,
+          .processes = processes_,
+          .privileged = privileged_,
+          .systemLog = systemLog_,
+          .system = system_,
+          .workspace = workspace_,
+          .documents = documents_,
+          .defaultHandlers = defaultHandlers_,
+          .taskClient = taskClient_,
+          .notifications = notifications_,
+          .announcements = announcements_,
+          .jobs = jobs_,
+          .tools = real.tools,
+          .crashReports = crashReports_,
+      } {}
 
 }  // namespace vantory

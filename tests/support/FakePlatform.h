@@ -293,10 +293,28 @@ class FakeCrashReports : public CrashReports {
 class FakePlatform {
  public:
   FakePlatform(FileSystem& files, FileMetadata& metadata, const std::string& root, const std::string& home)
-      : folders(root, true), platform{clock,         users,     folders,         files,       metadata,
-                                      files,         processes, privileged,      systemLog,   system,
-                                      workspace,     documents, defaultHandlers, taskClient,  notifications,
-                                      announcements, jobs,      tools,           crashReports} {
+      : folders(root, true),
+        platform{
+            .clock = clock,
+            .users = users,
+            .folders = folders,
+            .files = files,
+            .metadata = metadata,
+            .machineFiles = files,
+            .processes = processes,
+            .privileged = privileged,
+            .systemLog = systemLog,
+            .system = system,
+            .workspace = workspace,
+            .documents = documents,
+            .defaultHandlers = defaultHandlers,
+            .taskClient = taskClient,
+            .notifications = notifications,
+            .announcements = announcements,
+            .jobs = jobs,
+            .tools = tools,
+            .crashReports = crashReports,
+        } {
     users.process = users.console = User{1000, 1000, home};
   }
 
