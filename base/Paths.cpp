@@ -1,6 +1,7 @@
 #include "base/Paths.h"
 
 #include <algorithm>
+#include <filesystem>
 
 namespace vantory::paths {
 
@@ -63,6 +64,10 @@ std::string withoutExtension(std::string_view path) {
   const std::size_t dot = extensionDot(name);
   if (dot != std::string_view::npos) path.remove_suffix(name.size() - dot);
   return std::string(path);
+}
+
+std::string normalized(std::string_view path) {
+  return std::string(withoutTrailingSlashes(std::filesystem::path(path).lexically_normal().native()));
 }
 
 std::vector<std::string_view> components(std::string_view path) {

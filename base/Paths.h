@@ -17,6 +17,8 @@ std::string parent(std::string_view path);
 std::string extension(std::string_view path);
 // The path without its extension and the dot before it.
 std::string withoutExtension(std::string_view path);
+// Without ".", doubled slashes and a slash at the end; ".." takes back the component before it.
+std::string normalized(std::string_view path);
 // Parts of the path that is given. A leading "/" is a component of its own, a trailing "/" gives a last component "/".
 std::vector<std::string_view> components(std::string_view path);
 // True when the path is the folder or lies below it; tested on whole components, ".." is never resolved and makes it

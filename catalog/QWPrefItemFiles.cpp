@@ -1,7 +1,6 @@
 #include <algorithm>
 #include <chrono>
 #include <set>
-#include <string_view>
 
 #include "base/Paths.h"
 #include "catalog/BackupPlace.h"
@@ -43,9 +42,9 @@ class Companions {
   static constexpr const char* kSuffix = ".lockfile";
 
   bool mayExist(const std::string& companion) {
-    const std::string_view folder = std::string_view(companion).substr(0, companion.find_last_of('/'));
-    if (folder != folder_) list(std::string(folder));
-    return !listed_ || names_.contains(companion.substr(folder.size() + 1));
+    std::string folder = paths::parent(companion);
+    if (folder != folder_) list(std::move(folder));
+    return !listed_ || names_.contains(paths::lastComponent(companion));
   }
 
   void list(std::string folder) {

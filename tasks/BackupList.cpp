@@ -87,7 +87,7 @@ std::string table(const BackupList& backups, const DryRun& run) {
   return table.text();
 }
 
-std::string paths(const BackupList& backups, const DryRun& run) {
+std::string placesOnDisk(const BackupList& backups, const DryRun& run) {
   std::string text;
   for (const auto& backup : backups) text.append(run.placeOnDisk(backup->path())).append(1, '\0');
   return text;
@@ -110,7 +110,7 @@ int listBackups(const QuestionContext& context) {
       context.output << json(backups, run);
       break;
     case AnswerForm::Names:
-      context.output << paths(backups, run);
+      context.output << placesOnDisk(backups, run);
       break;
   }
   // Backups that cannot be read are not none.

@@ -5,6 +5,7 @@
 
 #include "backups/QWBackup.h"
 #include "backups/QWDataController.h"
+#include "base/Paths.h"
 #include "platform/SystemInfo.h"
 #include "platform/SystemLog.h"
 #include "services/Runtime.h"
@@ -22,9 +23,7 @@ namespace {
 std::string absolutePath(const std::string& operand) {
   if (operand.empty()) return operand;
   const std::filesystem::path folder = Runtime::current().platform().system.workingDirectory();
-  std::string path = (folder / operand).lexically_normal().native();
-  if (path.size() > 1 && path.back() == '/') path.pop_back();
-  return path;
+  return paths::normalized((folder / operand).native());
 }
 
 // An item that is not listed is left out with all its users; the others stay as they were saved.

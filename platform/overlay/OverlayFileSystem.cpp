@@ -5,6 +5,8 @@
 #include <system_error>
 #include <utility>
 
+#include "base/Paths.h"
+
 namespace vantory {
 
 namespace {
@@ -81,7 +83,7 @@ Result<std::vector<DirectoryEntry>> OverlayFileSystem::list(const std::string& p
     if (!listed) return listed;
     entries = std::move(*listed);
   }
-  const std::string folder = plainPath(path);
+  const std::string folder = paths::normalized(path);
   const std::set<std::string> changed = tree_.children(folder);
   std::erase_if(entries, [&](const DirectoryEntry& entry) { return changed.contains(entry.name); });
   for (const std::string& name : changed) {
@@ -101,7 +103,7 @@ Result<std::string> OverlayFileSystem::read(const std::string& path) const {
 }
 
 std::optional<std::errc> OverlayFileSystem::obstacleTo(const std::string& path) const {
-  const std::string folder = parentOf(plainPath(path));
+  const std::string folder = paths::parent(paths::normalized(path));
   const auto found = info(folder, Links::Follow);
   if (!found) return found.error().code;
   if (found->type != FileType::Folder) return std::errc::not_a_directory;
@@ -123,7 +125,7 @@ Status OverlayFileSystem::write(const std::string& path, std::string_view bytes,
   const Lock lock(tree_.mutex);
   Change change{.kind = Change::Kind::Write, .path = path};
   if (const auto obstacle = obstacleTo(path)) return changes_.refuse(std::move(change), *obstacle);
-  tree_.put(plainPath(path), {.kind = Kind::Written, .bytes = std::string(bytes), .number = tree_.newNumber()});
+  tree_.put(paths::normalized(path), {.kind = Kind::Written, .bytes = std::string(bytes), .number = tree_.newNumber()});
   changes_.add(std::move(change));
   return {};
 }
@@ -135,8 +137,8 @@ Result<std::unique_ptr<AppendFile>> OverlayFileSystem::openForAppending(const st
 
 // Links on the way from the source's root could lead anywhere.
 bool OverlayFileSystem::isReachedWithoutLinks(const CopyRequest& request) const {
-  const std::string root = plainPath(request.sourceRoot);
-  for (std::string path = plainPath(request.source); path.size() > root.size(); path = parentOf(path)) {
+  const std::string root = paths::normalized(request.sourceRoot);
+  for (std::string path = paths::normalized(request.source); path.size() > root.size(); path = paths::parent(path)) {
     const auto found = info(path, Links::DoNotFollow);
     if (found && found->type == FileType::SymbolicLink) return false;
   }
@@ -164,7 +166,7 @@ Status OverlayFileSystem::commit(const Change& copy, OverlayNode copied, StagedC
   const Lock lock(tree_.mutex);
   if (existing == StagedCopy::Existing::Keep && exists(copy.destination))
     return changes_.refuse(copy, std::errc::file_exists);
-  tree_.put(plainPath(copy.destination), std::move(copied));
+  tree_.put(paths::normalized(copy.destination), std::move(copied));
   changes_.add(copy);
   return {};
 }
@@ -176,7 +178,7 @@ Status OverlayFileSystem::move(const std::string& source, const std::string& des
   if (exists(destination)) return changes_.refuse(std::move(change), std::errc::file_exists);
   if (const auto obstacle = obstacleTo(destination)) return changes_.refuse(std::move(change), *obstacle);
   const bool isMade = node(source).isMade();
-  tree_.move(plainPath(source), plainPath(destination));
+  tree_.move(paths::normalized(source), paths::normalized(destination));
   if (isMade)
     changes_.renameMade(source, destination);
   else
@@ -186,9 +188,9 @@ Status OverlayFileSystem::move(const std::string& source, const std::string& des
 
 void OverlayFileSystem::forget(const std::string& path, Change change) {
   const bool isMade = node(path).isMade();
-  tree_.remove(plainPath(path));
+  tree_.remove(paths::normalized(path));
   if (isMade)
-    changes_.dropMade(plainPath(path));
+    changes_.dropMade(paths::normalized(path));
   else
     changes_.add(std::move(change));
 }
@@ -204,9 +206,10 @@ Status OverlayFileSystem::remove(const std::string& path) {
 
 Status OverlayFileSystem::makeFolder(const std::string& path) {
   const Lock lock(tree_.mutex);
-  const std::string folder = plainPath(path);
+  const std::string folder = paths::normalized(path);
+  if (!folder.starts_with('/')) return missing(path);
   std::vector<std::string> wanted;  // the innermost first
-  for (std::string above = folder;; above = parentOf(above)) {
+  for (std::string above = folder;; above = paths::parent(above)) {
     const auto found = info(above, Links::Follow);
     if (found && found->type == FileType::Folder) break;
     const Change change{.kind = Change::Kind::CreateFolder, .path = folder};
@@ -229,7 +232,7 @@ Result<std::string> OverlayFileSystem::trash(const std::string& path, const std:
   if (!exists(path)) return missing(path);
   if (const auto obstacle = obstacleToTaking(path)) return changes_.refuse(std::move(change), *obstacle);
   forget(path, std::move(change));
-  return trashFolder + path.substr(path.find_last_of('/'));
+  return paths::join(trashFolder, paths::lastComponent(path));
 }
 
 Status OverlayFileSystem::sync(const std::string& path) {

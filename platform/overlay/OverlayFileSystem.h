@@ -1,6 +1,7 @@
 // A disk that is only looked at: what would be written is recorded, and read back from the record.
 #pragma once
 
+#include "base/Paths.h"
 #include "platform/FileMetadata.h"
 #include "platform/FileSystem.h"
 #include "platform/overlay/Changes.h"
@@ -38,7 +39,7 @@ class OverlayFileSystem : public FileSystem {
  private:
   class OverlayCopy;
 
-  OverlayNode node(const std::string& path) const { return tree_.at(plainPath(path)); }
+  OverlayNode node(const std::string& path) const { return tree_.at(paths::normalized(path)); }
   Error missing(const std::string& path) const;
   bool exists(const std::string& path) const { return info(path, Links::DoNotFollow).ok(); }
   // Why the entry cannot be made in, or taken from, its folder; none when it can.

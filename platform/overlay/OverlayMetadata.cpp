@@ -2,6 +2,7 @@
 
 #include <system_error>
 
+#include "base/Paths.h"
 #include "platform/FileSystem.h"
 
 namespace vantory {
@@ -27,7 +28,7 @@ Status OverlayMetadata::setLockedAt(const std::string& path, bool locked) {
   if (info->type != FileType::File && info->type != FileType::Folder)
     return changes_.refuse(std::move(change), std::errc::invalid_argument);
   if (info->locked == locked) return {};
-  tree_.own(plainPath(path)).locked = locked;
+  tree_.own(paths::normalized(path)).locked = locked;
   changes_.add(std::move(change));
   return {};
 }
@@ -36,7 +37,7 @@ Status OverlayMetadata::setModified(const std::string& path, std::optional<Times
   const Lock lock(tree_.mutex);
   const auto info = files_.info(path, Links::Follow);
   if (!info) return info.error();
-  if (time) tree_.own(plainPath(path)).modified = time;
+  if (time) tree_.own(paths::normalized(path)).modified = time;
   return {};
 }
 
@@ -49,7 +50,7 @@ bool OverlayMetadata::isWritable(const std::string& path) const {
   const Lock lock(tree_.mutex);
   const auto info = files_.info(path, Links::Follow);
   if (!info || info->locked) return false;
-  const OverlayNode node = tree_.at(plainPath(path));
+  const OverlayNode node = tree_.at(paths::normalized(path));
   return node.isMade() || node.locked || disk_.isWritable(node.origin);
 }
 

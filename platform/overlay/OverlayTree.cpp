@@ -1,7 +1,8 @@
 #include "platform/overlay/OverlayTree.h"
 
-#include <filesystem>
 #include <utility>
+
+#include "base/Paths.h"
 
 namespace vantory {
 
@@ -19,19 +20,8 @@ OverlayNode below(const OverlayNode& folder, const std::string& rest) {
 
 }  // namespace
 
-std::string plainPath(const std::string& path) {
-  std::string plain = std::filesystem::path(path).lexically_normal().native();
-  if (plain.size() > 1 && plain.back() == '/') plain.pop_back();
-  return plain;
-}
-
-std::string parentOf(const std::string& path) {
-  const std::size_t slash = path.find_last_of('/');
-  return slash == 0 || slash == std::string::npos ? "/" : path.substr(0, slash);
-}
-
 OverlayNode OverlayTree::at(const std::string& path) const {
-  for (std::string folder = path;; folder = parentOf(folder)) {
+  for (std::string folder = path;; folder = paths::parent(folder)) {
     const auto known = nodes_.find(folder);
     if (known != nodes_.end()) return folder == path ? known->second : below(known->second, path.substr(folder.size()));
     if (folder.size() <= 1) break;
@@ -75,7 +65,7 @@ std::set<std::string> OverlayTree::children(const std::string& folder) const {
 }
 
 std::string OverlayTree::placeOnDisk(const std::string& path) const {
-  const OverlayNode node = at(plainPath(path));
+  const OverlayNode node = at(paths::normalized(path));
   return node.kind == OverlayNode::Kind::OnDisk ? node.origin : path;
 }
 

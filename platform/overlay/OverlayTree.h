@@ -64,8 +64,4 @@ class OverlayTree {
   std::uint64_t lastNumber_ = 0;
 };
 
-// Without "." and "..", doubled slashes and a slash at the end.
-std::string plainPath(const std::string& path);
-std::string parentOf(const std::string& path);
-
 }  // namespace vantory

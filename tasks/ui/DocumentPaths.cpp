@@ -44,8 +44,7 @@ std::optional<std::string> pathOfAddress(std::string_view text) {
 }
 
 std::string fullPath(const std::string& path, const std::string& workingDirectory) {
-  const auto joined = std::filesystem::path(workingDirectory) / path;
-  return paths::join(joined.lexically_normal().native(), "");
+  return paths::normalized((std::filesystem::path(workingDirectory) / path).native());
 }
 
 }  // namespace

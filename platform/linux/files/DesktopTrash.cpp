@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <ctime>
 
+#include "base/Paths.h"
 #include "platform/TrashLayout.h"
 #include "platform/linux/files/Folders.h"
 #include "platform/linux/files/Staging.h"
@@ -80,23 +81,11 @@ std::uint64_t mountOf(const std::string& path) {
 std::string topDirectoryOf(std::string path) {
   const std::uint64_t mount = mountOf(path);
   while (path != "/") {
-    const std::size_t slash = path.find_last_of('/');
-    const std::string above = slash == 0 ? "/" : path.substr(0, slash);
+    const std::string above = paths::parent(path);
     if (mountOf(above) != mount) break;
     path = above;
   }
   return path;
-}
-
-std::string parentOf(const std::string& path) {
-  const std::size_t slash = path.find_last_of('/');
-  return slash == 0 ? "/" : path.substr(0, slash);
-}
-
-std::string below(const std::string& folder, const std::string& name) {
-  std::string path = folder;
-  if (path != "/") path += '/';
-  return path += name;
 }
 
 Result<std::string> realPath(const std::string& path) {
@@ -119,7 +108,7 @@ bool lieTogether(const Place& item, std::string folder) {
   if (fstatat(item.at(), item.name.c_str(), &itemStatus, AT_SYMLINK_NOFOLLOW) != 0) return true;
   while (stat(folder.c_str(), &folderStatus) != 0) {
     if (folder == "/") return false;
-    folder = parentOf(folder);
+    folder = paths::parent(folder);
   }
   return itemStatus.st_dev == folderStatus.st_dev;
 }
@@ -158,20 +147,20 @@ DesktopTrash::Can* DesktopTrash::knownCan(std::string_view filesFolder) const {
 }
 
 Result<DesktopTrash::Can*> DesktopTrash::homeCan(const std::string& homeFiles) {
-  Result<Can> opened = openCan(parentOf(homeFiles), "");
+  Result<Can> opened = openCan(paths::parent(homeFiles), "");
   if (!opened) return opened.error();
   return cans_.emplace_back(std::make_unique<Can>(std::move(*opened))).get();
 }
 
 Result<DesktopTrash::Can*> DesktopTrash::volumeCan(const std::string& path) {
-  Result<std::string> folder = realPath(parentOf(path));
+  Result<std::string> folder = realPath(paths::parent(path));
   if (!folder) return folder.error();
   const std::string top = topDirectoryOf(*folder);
   for (const auto& can : cans_)
     if (can->topDirectory == top) return can.get();
   const std::string owner = std::to_string(rights_.fileOwner());
-  Result<Can> opened = isSharedTrash(below(top, ".Trash")) ? openCan(below(top, ".Trash/" + owner), top)
-                                                           : openCan(below(top, ".Trash-" + owner), top);
+  Result<Can> opened = isSharedTrash(paths::join(top, ".Trash")) ? openCan(paths::join(top, ".Trash/" + owner), top)
+                                                                 : openCan(paths::join(top, ".Trash-" + owner), top);
   if (!opened) return opened.error();
   return cans_.emplace_back(std::make_unique<Can>(std::move(*opened))).get();
 }
@@ -198,12 +187,12 @@ Result<DesktopTrash::Can> DesktopTrash::openCan(const std::string& path, const s
 
 Result<std::string> DesktopTrash::putInto(Can& can, const Place& item, const std::string& path) {
   constexpr int kMostAttempts = 1000;
-  const std::string name = path.substr(path.find_last_of('/') + 1);
+  const std::string name = paths::lastComponent(path);
   std::string original = path;
   if (!can.topDirectory.empty()) {
-    Result<std::string> folder = realPath(parentOf(path));
+    Result<std::string> folder = realPath(paths::parent(path));
     if (!folder) return folder.error();
-    original = below(*folder, name).substr(can.topDirectory == "/" ? 1 : can.topDirectory.size() + 1);
+    original = paths::join(*folder, name).substr(can.topDirectory == "/" ? 1 : can.topDirectory.size() + 1);
   }
   const std::time_t now = std::time(nullptr);
   if (now != dateTime_) date_ = localDateText(dateTime_ = now);
@@ -220,7 +209,7 @@ Result<std::string> DesktopTrash::putInto(Can& can, const Place& item, const std
       const Status moved = renameItem(item, can.files.get(), trashed, path);
       if (moved) {
         if (number > 1) can.lastNumbers[name] = number;
-        return below(can.filesPath, trashed);
+        return paths::join(can.filesPath, trashed);
       }
       unlinkat(can.info.get(), trashNoteName(trashed).c_str(), 0);
       if (moved.error().code == std::errc::no_such_file_or_directory) forget(can);

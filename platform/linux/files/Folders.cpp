@@ -10,6 +10,7 @@
 #include <memory>
 #include <vector>
 
+#include "base/Paths.h"
 #include "platform/linux/files/FileRights.h"
 #include "platform/posix/files/Descriptor.h"
 #include "platform/posix/files/Errors.h"
@@ -139,9 +140,9 @@ Status removeContents(int folder, const std::string& path, dev_t device, int dep
 Status createFolders(const std::string& path, const FileRights& rights) {
   Status made = createFolder(path, rights);
   if (made || made.error().code != std::errc::no_such_file_or_directory) return made;
-  const std::size_t slash = path.find_last_of('/', path.find_last_not_of('/'));
-  if (slash == std::string::npos || slash == 0) return made;
-  if (Status above = createFolders(path.substr(0, slash), rights); !above) return above;
+  const std::string parent = paths::parent(path);
+  if (parent.empty() || parent == "/") return made;
+  if (Status above = createFolders(parent, rights); !above) return above;
   return createFolder(path, rights);
 }
 

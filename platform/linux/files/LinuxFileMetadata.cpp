@@ -6,10 +6,11 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <climits>
 #include <string_view>
 
+#include "base/Paths.h"
+#include "base/Text.h"
 #include "platform/linux/locks/ImmutableFlag.h"
 #include "platform/posix/files/Errors.h"
 
@@ -120,11 +121,7 @@ bool LinuxFileMetadata::isExecutable(const std::string& path) const {
 }
 
 bool LinuxFileMetadata::isPackage(const std::string& path) const {
-  const std::size_t dot = path.find_last_of("./");
-  if (dot == std::string::npos || path[dot] != '.') return false;
-  std::string extension = path.substr(dot + 1);
-  std::transform(extension.begin(), extension.end(), extension.begin(),
-                 [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
+  const std::string extension = lowerCased(paths::extension(path));
   if (std::find(kPackageExtensions.begin(), kPackageExtensions.end(), extension) == kPackageExtensions.end())
     return false;
   const FileRights::Scope scope(rights_);

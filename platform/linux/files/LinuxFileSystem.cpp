@@ -8,6 +8,7 @@
 
 #include <thread>
 
+#include "base/Paths.h"
 #include "platform/linux/files/FileCopy.h"
 #include "platform/linux/files/Folders.h"
 #include "platform/linux/files/Staging.h"
@@ -142,7 +143,7 @@ Status LinuxFileSystem::write(const std::string& path, std::string_view bytes, W
   if (const Status named = file->name(*place, path, StagedCopy::Existing::Replace); !named) return named;
   if (!options.durable) return {};
 
-  Result<Descriptor> folder = openAt(path.substr(0, path.find_last_of('/') + 1), O_RDONLY | O_DIRECTORY);
+  Result<Descriptor> folder = openAt(paths::parent(path), O_RDONLY | O_DIRECTORY);
   if (folder && fsync(folder->get()) != 0 && errno != EINVAL) return systemError(path);
   return {};
 }

@@ -7,6 +7,7 @@
 
 #include <vector>
 
+#include "base/Paths.h"
 #include "platform/linux/files/FileCopy.h"
 #include "platform/linux/files/Folders.h"
 #include "platform/linux/files/TreeCopy.h"
@@ -21,11 +22,11 @@ constexpr int kAttempts = 16;
 
 // The folder and leaf of a place: a place without an open folder holds both in its name.
 std::string folderOf(const Place& place) {
-  return place.folder.valid() ? "." : place.name.substr(0, place.name.find_last_of('/') + 1);
+  return place.folder.valid() ? "." : paths::parent(place.name);
 }
 
 std::string leafOf(const Place& place) {
-  return place.folder.valid() ? place.name : place.name.substr(place.name.find_last_of('/') + 1);
+  return place.folder.valid() ? place.name : paths::lastComponent(place.name);
 }
 
 Result<Place> openFolderOf(const Place& place, const std::string& path) {

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <string_view>
 
+#include "base/Paths.h"
 #include "platform/PrivilegedRunner.h"
 #include "platform/posix/files/Errors.h"
 #include "platform/posix/files/SettingsText.h"
@@ -51,7 +52,7 @@ bool MachineWideFiles::isJobFolder(const std::string& path) const {
 }
 
 bool MachineWideFiles::isJob(const std::string& path) const {
-  const std::string folder = path.substr(0, path.rfind('/'));
+  const std::string folder = paths::parent(path);
   return isJobFolder(folder) && isJobFileIn(folder, path);
 }
 

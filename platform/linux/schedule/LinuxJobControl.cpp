@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <string_view>
 
+#include "base/Paths.h"
 #include "platform/FileMetadata.h"
 #include "platform/FileSystem.h"
 #include "platform/Users.h"
@@ -30,7 +31,7 @@ bool isMissing(const Error& error) {
 }
 
 Status write(FileSystem& files, const std::string& path, const std::string& text) {
-  if (Status made = files.makeFolder(path.substr(0, path.rfind('/'))); !made) return made;
+  if (Status made = files.makeFolder(paths::parent(path)); !made) return made;
   return files.write(path, text, {});
 }
 

@@ -12,6 +12,7 @@
 #include <span>
 #include <string_view>
 
+#include "base/Paths.h"
 #include "platform/linux/files/Folders.h"
 #include "platform/linux/session/ProcessView.h"
 
@@ -101,8 +102,7 @@ bool isShell(const ProcessView& process) {
 
 // The name of the desktop entry that it, or what it descends from, was started by; empty when there was none.
 std::string entryName(const ProcessView& process) {
-  const std::string entry = process.variable(kStartedEntry);
-  return entry.substr(entry.rfind('/') + 1);
+  return paths::lastComponent(process.variable(kStartedEntry));
 }
 
 }  // namespace

@@ -8,6 +8,8 @@
 #include <climits>
 #include <string_view>
 
+#include "base/Paths.h"
+
 namespace vantory {
 
 namespace {
@@ -78,7 +80,7 @@ std::string ProcessView::flatpakApplication() const {
 std::string ProcessView::programName() const {
   std::string path = linkText("exe");
   if (path.ends_with(kDeleted)) path.resize(path.size() - kDeleted.size());
-  return path.substr(path.rfind('/') + 1);
+  return paths::lastComponent(path);
 }
 
 bool ProcessView::runs(const std::string& program) const {

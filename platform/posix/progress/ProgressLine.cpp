@@ -13,6 +13,8 @@
 #include <system_error>
 #include <utility>
 
+#include "base/Paths.h"
+
 namespace vantory {
 
 namespace {
@@ -90,10 +92,6 @@ std::string fitting(std::string_view text, std::size_t columns) {
   return line;
 }
 
-std::string lastComponent(const std::string& path) {
-  return path.substr(path.find_last_of('/') + 1);
-}
-
 std::string sizeText(std::int64_t bytes) {
   constexpr double kMegabyte = 1024.0 * 1024.0;
   char text[32];
@@ -163,7 +161,7 @@ void ProgressLine::run() {
 
 std::string ProgressLine::text() const {
   std::string text = deed_;
-  text.append(" ").append(lastComponent(path_));
+  text.append(" ").append(paths::lastComponent(path_));
   if (objects_ > 0) text.append(" - ").append(std::to_string(objects_)).append(" done");
   if (objects_ > 0 && bytes_ > 0) text += sizeText(bytes_);
   return text;
