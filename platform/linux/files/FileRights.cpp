@@ -18,6 +18,9 @@
 namespace vantory {
 namespace {
 
+// Whether this thread works with a user's rights already.
+thread_local bool taken = false;
+
 std::vector<std::string> componentsOf(std::string_view path) {
   std::vector<std::string> components;
   for (std::size_t start = 0; start <= path.size();) {
@@ -114,9 +117,6 @@ FileRights FileRights::administrator(const User& user, std::vector<std::string> 
 FileRights FileRights::machine() {
   return administrator({}, {""});  // every path lies below
 }
-
-// Whether this thread works with a user's rights already.
-thread_local bool taken = false;
 
 // The calls of the kernel, not of the C library: those change one thread, these would change all. The user id goes last
 // because it takes the right to change the others away, and comes back first. Working on with the superuser's identity

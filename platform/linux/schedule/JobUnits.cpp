@@ -1,7 +1,9 @@
 #include "platform/linux/schedule/JobUnits.h"
 
 #include <array>
+#include <chrono>
 #include <cstdio>
+#include <string_view>
 
 namespace vantory {
 
@@ -10,6 +12,39 @@ namespace {
 using std::chrono::hours;
 using std::chrono::minutes;
 using std::chrono::seconds;
+
+// How often the timer asks whether the job is due, and how much too early a run may be: half of that, so that a run's
+// own length never pushes the next one to the following tick.
+struct JobTick {
+  const char* calendar;  // as OnCalendar= takes it
+  const char* accuracy;  // as AccuracySec= takes it
+  seconds slack;
+};
+
+// An hour for intervals of days, less for those of hours and minutes.
+JobTick tickOf(seconds interval) {
+  if (interval >= hours(12)) return {"hourly", "1min", minutes(30)};
+  if (interval >= minutes(12)) return {"minutely", "1s", seconds(30)};
+  return {"*:*:*", "100ms", seconds(0)};
+}
+
+// The text as one word of a command line in a unit file.
+std::string unitWord(std::string_view text) {
+  std::string word = "\"";
+  for (const char c : text) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (byte < ' ' || byte > '~') {
+      std::array<char, 5> code{};
+      std::snprintf(code.data(), code.size(), "\\x%02x", byte);
+      word.append(code.data());
+      continue;
+    }
+    if (c == '"' || c == '\\') word += '\\';
+    if (c == '%') word += '%';
+    word += c;
+  }
+  return word += '"';
+}
 
 // The tools' arguments hold no variables: the colon switches them off, so that "$" is a character like all others.
 std::string command(std::string_view prefix, const std::string& program, const std::vector<std::string>& words) {
@@ -32,29 +67,6 @@ std::string onlyWhileInstalled(const std::string& program) {
 }
 
 }  // namespace
-
-JobTick tickOf(seconds interval) {
-  if (interval >= hours(12)) return {"hourly", "1min", minutes(30)};
-  if (interval >= minutes(12)) return {"minutely", "1s", seconds(30)};
-  return {"*:*:*", "100ms", seconds(0)};
-}
-
-std::string unitWord(std::string_view text) {
-  std::string word = "\"";
-  for (const char c : text) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (byte < ' ' || byte > '~') {
-      std::array<char, 5> code{};
-      std::snprintf(code.data(), code.size(), "\\x%02x", byte);
-      word.append(code.data());
-      continue;
-    }
-    if (c == '"' || c == '\\') word += '\\';
-    if (c == '%') word += '%';
-    word += c;
-  }
-  return word += '"';
-}
 
 // systemd's own calendar cannot say "every N days", and a timer that counts from the last run forgets it at every
 // logout. So the timer ticks often, and a tick is passed over unless the stamp is old enough. The stamp is set after a
