@@ -74,7 +74,7 @@ struct LinuxPlatform::Parts {
   LinuxSystemLog systemLog;
   PosixClock clock;
   LinuxUsers users;
-  LinuxStandardFolders folders;
+  LinuxStandardFolders folders{"", users.isSuperuser(), rightsForUser()};
   LinuxSystemInfo system;
   LinuxFileSystem files{rightsForUser()};
   LinuxFileMetadata metadata{rightsForUser()};

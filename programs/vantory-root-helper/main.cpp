@@ -38,7 +38,7 @@ void tell(LinuxSystemLog& log, const std::string& user, const Message& request, 
 
 // What is no message comes from no program of ours and ends the conversation.
 void serve(Channel channel, const User& user) {
-  const LinuxStandardFolders folders;
+  const LinuxStandardFolders folders("", true, FileRights::ofUser(user));
   AdministratorTools tools(user, folders, {*folders.localFolder(StandardFolder::SharedUsers)});
   LinuxSystemLog log;
   const std::string name = LinuxUsers().nameOf(user);

@@ -123,4 +123,11 @@ for mode in 700 755; do
   run_as_sudo -restore "$library/Planted.vnt"
   check "$mode: a link inside a backup gives nothing away" eval 'holds "$preferences/$motion" motion && foreign_is_as_it_was && not grep -rqs secret "$home/Library/Preferences" "$trash"'
 done
+
+fresh vanna
+# Were it read, the file would be the user's desktop, which is never trashed.
+put /tmp/foreign/dirs "XDG_DESKTOP_DIR=\"\$HOME/Library/Preferences/$motion\""
+chmod 600 /tmp/foreign/dirs; chown 0 "$preferences"; as_anna mkdir "$home/.config"; as_anna ln -s /tmp/foreign/dirs "$home/.config/user-dirs.dirs"
+run_as_sudo -trash motionPrefs
+check "root reads no desktop settings that the user may not" eval 'ran && not test -e "$preferences/$motion"'
 summary

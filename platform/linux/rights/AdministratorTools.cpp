@@ -141,10 +141,7 @@ Status AdministratorTools::requireNoAdministrator(const Paths&) {
   return machine_.requireAdministrator(false);
 }
 
-// Where the folders lie depends on the user's desktop settings, which are read with the user's rights.
 Status AdministratorTools::refuseProtected(const std::string& path) const {
-  const FileRights usersRights = FileRights::ofUser(user_);
-  const FileRights::Scope scope(usersRights);
   const auto folders = protectedFolders(standard_, user_.home);
   if (std::find(folders.begin(), folders.end(), path) == folders.end()) return {};
   return refusal(path, "is a system directory");

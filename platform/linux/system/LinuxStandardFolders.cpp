@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "platform/TrashLayout.h"
+#include "platform/linux/files/LinuxFileSystem.h"
 #include "platform/posix/files/EnvironmentFolder.h"
 #include "platform/posix/files/SmallFiles.h"
 
@@ -13,8 +14,8 @@ namespace vantory {
 
 LinuxStandardFolders::LinuxStandardFolders(std::string root) : LinuxStandardFolders(std::move(root), getuid() == 0) {}
 
-LinuxStandardFolders::LinuxStandardFolders(std::string root, bool superuser)
-    : root_(std::move(root)), superuser_(superuser) {}
+LinuxStandardFolders::LinuxStandardFolders(std::string root, bool superuser, FileRights rights)
+    : root_(std::move(root)), superuser_(superuser), rights_(std::move(rights)) {}
 
 std::optional<std::string> LinuxStandardFolders::userFolder(StandardFolder folder, const std::string& home) const {
   switch (folder) {
@@ -91,7 +92,8 @@ std::string LinuxStandardFolders::desktop(const std::string& home) const {
 
 std::string LinuxStandardFolders::configuredDesktop(const std::string& home) const {
   const std::string settings = configuredFolder("XDG_CONFIG_HOME").value_or(home + "/.config") + "/user-dirs.dirs";
-  std::string value = assignedValue(settings, "XDG_DESKTOP_DIR").value_or("");
+  const Result<std::string> text = LinuxFileSystem(rights_).read(settings);
+  std::string value = assignedValueIn(text ? *text : "", "XDG_DESKTOP_DIR").value_or("");
   constexpr std::string_view kHome = "$HOME";
   if (value == kHome || value.starts_with("$HOME/")) value.replace(0, kHome.size(), home);
   return normalisedFolder(value).value_or(home + "/Desktop");

@@ -5,6 +5,7 @@
 #include <mutex>
 
 #include "platform/StandardFolders.h"
+#include "platform/linux/files/FileRights.h"
 
 namespace vantory {
 
@@ -13,8 +14,9 @@ class LinuxStandardFolders : public StandardFolders {
  public:
   // `root` is put before every folder that is not a user's.
   explicit LinuxStandardFolders(std::string root = "");
-  // A superuser's process does not let the environment move folders.
-  LinuxStandardFolders(std::string root, bool superuser);
+  // A superuser's process does not let the environment move folders. The desktop's settings, which are the user's, are
+  // read with these rights.
+  LinuxStandardFolders(std::string root, bool superuser, FileRights rights = FileRights::own());
 
   // The desktop's settings are read once for each home.
   std::optional<std::string> userFolder(StandardFolder folder, const std::string& home) const override;
@@ -28,6 +30,7 @@ class LinuxStandardFolders : public StandardFolders {
 
   const std::string root_;
   const bool superuser_;
+  const FileRights rights_;
   mutable std::mutex mutex_;
   mutable std::string desktopHome_;  // whose desktop is known
   mutable std::string desktop_;

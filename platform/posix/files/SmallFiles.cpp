@@ -75,11 +75,14 @@ Result<std::string> readSmallFile(const std::string& path, std::size_t limit) {
 }
 
 std::optional<std::string> assignedValue(const std::string& path, std::string_view key) {
-  const std::string text = beginningOf(path);
+  return assignedValueIn(beginningOf(path), key);
+}
+
+std::optional<std::string> assignedValueIn(std::string_view text, std::string_view key) {
   std::optional<std::string> value;
   for (std::size_t start = 0, end = 0; start < text.size(); start = end + 1) {
     end = std::min(text.find('\n', start), text.size());
-    const std::string_view line = withoutBlanks(std::string_view(text).substr(start, end - start));
+    const std::string_view line = withoutBlanks(text.substr(start, end - start));
     if (line.starts_with(key) && line.substr(key.size()).starts_with('='))
       value = unquoted(line.substr(key.size() + 1));
   }

@@ -17,5 +17,7 @@ Result<std::string> readSmallFile(const std::string& path, std::size_t limit);
 // The value last given to the key, quotes and escapes removed, variables left as they are. None when the file is no
 // readable regular file or does not name the key. Only the first 64 KiB are looked at.
 std::optional<std::string> assignedValue(const std::string& path, std::string_view key);
+// The same for a text.
+std::optional<std::string> assignedValueIn(std::string_view text, std::string_view key);
 
 }  // namespace vantory
