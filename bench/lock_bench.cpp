@@ -57,6 +57,6 @@ int main() {
              .ours = [&] { return locking(asOrdinaryUser(task)); },
              .peer = peer});
   else
-    std::puts("lock, 3,000 files, through the helper: left out, the helper has no capability here");
+    std::puts("lock, 3,000 files, through the helper: left out, the helper has no capability or does not serve this home");
   runCommands({changing("-i", files)}, home);
 }

@@ -4,31 +4,78 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <climits>
+#include <cstdlib>
+#include <vector>
+
 #include "platform/linux/files/FileRights.h"
 #include "platform/linux/locks/ImmutableFlag.h"
 #include "platform/linux/locks/LockProtocol.h"
+#include "platform/linux/system/LinuxStandardFolders.h"
 #include "platform/posix/files/Errors.h"
+#include "platform/posix/files/Names.h"
+#include "platform/posix/processes/PasswordDatabase.h"
 
 namespace vantory {
 
 namespace {
 
+std::string withoutLinks(const std::string& path) {
+  char real[PATH_MAX];
+  return realpath(path.c_str(), real) ? real : "";
+}
+
+// The home that the machine knows, whatever the caller's environment says, and the folders shared by all users.
+std::vector<std::string> servedFolders() {
+  std::vector<std::string> folders;
+  struct stat status;
+  const auto user = databaseUser(getuid());
+  const std::string home = withoutLinks(user ? user->home : "");
+  if (!home.empty() && stat(home.c_str(), &status) == 0 && status.st_uid == getuid()) folders.push_back(home);
+  const std::string shared = withoutLinks(LinuxStandardFolders().localFolder(StandardFolder::SharedUsers).value_or(""));
+  if (!shared.empty()) folders.push_back(shared);
+  return folders;
+}
+
+bool isServed(const std::string& path) {
+  static const std::vector<std::string> folders = servedFolders();
+  return std::any_of(folders.begin(), folders.end(),
+                     [&](const std::string& folder) { return path.starts_with(folder + "/"); });
+}
+
+// What is locked in a folder, nobody else who may write to it could take away any more.
+Status checkFolder(int folder, const std::string& path) {
+  struct stat status;
+  if (fstat(folder, &status) != 0) return systemError(path);
+  const bool groupIsOthers = status.st_uid != getuid();
+  if ((status.st_mode & (groupIsOthers ? S_IWGRP | S_IWOTH : S_IWOTH)) != 0) return systemError(path, EPERM);
+  return {};
+}
+
+// The second name of a file may lie anywhere.
 Status checkOwn(int item, const std::string& path) {
   struct stat status;
   if (fstat(item, &status) != 0) return systemError(path);
   if (!canBeImmutable(status)) return systemError(path, EINVAL);
-  if (status.st_uid != getuid()) return systemError(path, EPERM);
+  if (status.st_uid != getuid() || (S_ISREG(status.st_mode) && status.st_nlink != 1)) return systemError(path, EPERM);
   return {};
 }
 
 // Looks before it opens, because opening a pipe or a device is an act already; and looks again at what it has opened,
 // because that may be something else by then.
-Result<Descriptor> openOwn(const std::string& path) {
+Result<Descriptor> openOwn(const std::string& text) {
   static const Descriptor root(open("/", O_PATH | O_DIRECTORY | O_CLOEXEC));
-  if (!path.starts_with('/')) return systemError(path, EINVAL);
+  const std::string path = plainPath(text).value_or("");
+  if (path.empty()) return systemError(text, EINVAL);
+  if (!isServed(path)) return systemError(path, EPERM);
+  const std::size_t slash = path.rfind('/');
+  const Descriptor folder = openBeneath(root.get(), path.substr(1, slash - 1), O_PATH | O_DIRECTORY);
+  if (!folder.valid()) return systemError(path);
+  if (const Status allowed = checkFolder(folder.get(), path); !allowed) return allowed.error();
   Descriptor item;
   for (const int flags : {O_PATH, O_RDONLY | O_NONBLOCK | O_NOCTTY}) {
-    item = openBeneath(root.get(), path.substr(1), flags | O_NOFOLLOW);
+    item = openBeneath(folder.get(), path.substr(slash + 1), flags | O_NOFOLLOW);
     if (!item.valid()) return systemError(path);
     if (const Status own = checkOwn(item.get(), path); !own) return own.error();
   }

@@ -7,9 +7,10 @@ helper=$(dirname "${2:-$1}")/vantory-lock-helper
 [ -n "${VANTORY_WORK:-}" ] || [ -x "$helper" ] || skip "there is no $helper"
 begin any "$@"
 
-use_home anna
+nobody=64201  # whose home the helper finds in the password database
+use_home vanna
 truncate -s 512M "$work/disk" && mkfs.ext4 -q -F "$work/disk" && mount -o loop "$work/disk" "$home" || skip "no file system can be mounted here"
-use_home anna
+use_home vanna
 mkdir "$home/bin"
 cp "$program" "$work/vantory-lock-helper" "$home/bin/"
 program=$home/bin/vantory helper=$home/bin/vantory-lock-helper
@@ -56,6 +57,27 @@ run -lock motionPrefs,motionKeyLayout
 check "a link as the file itself, and somebody else's files: left, and said" eval 'ended 0 && said "Vantory: 3 files could not be processed - see the log for details." && not locked "$home/Library/mine" && not locked "$sets/30.commandset" && not locked "$sets/180.commandset" && [ "$(locked_below "$sets" | wc -l)" = 248 ]'
 check "each failure stands below its file in the log" eval '[ "$(counted "Unable to lock")" = 3 ] && for file in "$preferences/$motion" "$sets/30.commandset" "$sets/180.commandset"; do grep -F -A1 "Locking file $file" "$log" | grep -qF "Unable to lock $file: " || exit 1; done'
 check "and every file once" [ "$(grep -o "Locking file .*" "$log" | sort -u | wc -l) $(counted "Locking file")" = "252 252" ]
+
+# --- The helper, asked by a stranger ---------------------------------------------------------------------------------
+# ask lock|unlock PATH...: prints the errno for each.
+ask() { as_user /usr/bin/python3 -c '
+import socket, subprocess, sys
+own, other = socket.socketpair(socket.AF_UNIX, socket.SOCK_SEQPACKET)
+subprocess.Popen([sys.argv[1]], stdin=other)
+own.send("\0".join(sys.argv[2:]).encode() + b"\0")
+print(own.recv(999).decode().replace("\0", " "), end="")' "$helper" "$@"; }
+answers() { [ "$(ask "${@:2}")" = "$1" ]; }
+fill_home
+mkdir "$work/disk2" /Users/Shared; mount --bind "$home" "$work/disk2"
+put "$home/roots/mine"; put "$home/roots/shared/mine"; put "$home/roots/shared/own/mine"; chmod 1777 "$home/roots/shared"
+mount --bind "$home/roots/shared" /Users/Shared
+mkdir -m 1777 "$home/drop"; put "$home/drop/mine"; put "$home/single"; put "$home/second"; ln "$home/second" "$home/third"
+chown "$nobody" "$home/roots/mine" "$home/drop/mine" "$home/single" "$home/second" /Users/Shared/mine /Users/Shared/own{,/mine}
+chattr +i "$home/roots/mine"
+check "locks below the home and the shared folders" answers "0 0 " lock "$home/single" /Users/Shared/own/mine
+check "an administrator's flag elsewhere stays" eval 'answers "1 " unlock "$work/disk2/roots/mine" && locked "$home/roots/mine"'
+check "nothing in folders that others write to, nor by one of two names" eval 'answers "1 1 1 " lock "$home/drop/mine" /Users/Shared/mine "$home/third" && not locked "$home/drop/mine" && not locked /Users/Shared/mine && not locked "$home/second"'
+umount /Users/Shared "$work/disk2"; chattr -R -f -i "$home"; rm -rf "$home/roots" "$home/drop"
 
 # --- Without ---------------------------------------------------------------------------------------------------------
 fill_home
