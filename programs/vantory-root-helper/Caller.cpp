@@ -5,18 +5,19 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <utility>
 
 #include "platform/posix/processes/PasswordDatabase.h"
 
 namespace vantory {
 namespace {
 
-// The kernel remembers who made the socket.
-bool speaksThroughStandardInput(const User& user) {
+// The kernel remembers who made the socket; -1 for another user's process.
+pid_t processBehindStandardInput(const User& user) {
   ucred peer{};
   socklen_t size = sizeof peer;
-  return getsockopt(STDIN_FILENO, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 && size == sizeof peer &&
-         peer.uid == user.id;
+  const bool known = getsockopt(STDIN_FILENO, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 && size == sizeof peer;
+  return known && peer.uid == user.id ? peer.pid : -1;
 }
 
 bool ownsHome(const User& user) {
@@ -27,11 +28,13 @@ bool ownsHome(const User& user) {
 
 }  // namespace
 
-std::optional<User> caller() {
+std::optional<Caller> caller() {
   const char* digits = std::getenv("PKEXEC_UID");
   std::optional<User> user = userWithId(digits ? digits : "");
-  if (!user || user->id == 0 || !speaksThroughStandardInput(*user) || !ownsHome(*user)) return std::nullopt;
-  return user;
+  if (!user || user->id == 0 || !ownsHome(*user)) return std::nullopt;
+  const pid_t process = processBehindStandardInput(*user);
+  if (process <= 0) return std::nullopt;
+  return Caller{std::move(*user), process};
 }
 
 }  // namespace vantory

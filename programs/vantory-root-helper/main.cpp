@@ -1,5 +1,6 @@
 // vantory-root-helper: does the work of a few file tools with the superuser's rights, for the user who had it started
-// by pkexec. Takes requests from its standard input until the conversation ends, and tells the system log of each.
+// by pkexec. Takes requests of the process that started it from its standard input until the conversation or that
+// process ends, and tells the system log of each.
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -59,8 +60,12 @@ int main(int argc, char**) {
   using namespace vantory;
   if (argc != 1 || getuid() != 0 || geteuid() != 0) return kRefused;
   fillStandardStreams();
-  const std::optional<User> user = caller();
-  if (!user || !leaveSurroundings() || !keepOnlyFileCapabilities()) return kRefused;
-  serve(Channel(Descriptor(STDIN_FILENO)), *user);
+  const std::optional<Caller> starter = caller();
+  if (!starter || !leaveSurroundings() || !keepOnlyFileCapabilities()) return kRefused;
+  Channel channel{Descriptor(STDIN_FILENO)};
+  // pkexec became this program, so its parent is who called it. Looked at last: a process that has ended, and whose
+  // number may be another's now, is nobody's parent.
+  if (!channel.hearOnly(starter->process) || getppid() != starter->process) return kRefused;
+  serve(std::move(channel), starter->user);
   return EXIT_SUCCESS;
 }

@@ -2,10 +2,12 @@
 
 #include <poll.h>
 #include <sys/socket.h>
+#include <sys/syscall.h>
 #include <sys/time.h>
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <string_view>
 
 #include "platform/posix/files/Errors.h"
@@ -39,6 +41,27 @@ Message decoded(std::string_view bytes) {
   return message;
 }
 
+// Receives as recv() does. `sender` is 0 where the socket was not told to ask the kernel for it.
+ssize_t receiveFrom(int socket, std::string& bytes, pid_t& sender) {
+  iovec part{bytes.data(), bytes.size()};
+  alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof(ucred))> control;
+  msghdr message{};
+  message.msg_iov = &part;
+  message.msg_iovlen = 1;
+  message.msg_control = control.data();
+  message.msg_controllen = control.size();
+  const ssize_t count = uninterrupted([&] { return recvmsg(socket, &message, MSG_TRUNC | MSG_CMSG_CLOEXEC); });
+  sender = 0;
+  if (count < 0) return count;
+  for (const cmsghdr* each = CMSG_FIRSTHDR(&message); each; each = CMSG_NXTHDR(&message, const_cast<cmsghdr*>(each))) {
+    if (each->cmsg_level != SOL_SOCKET || each->cmsg_type != SCM_CREDENTIALS) continue;
+    ucred credentials;
+    std::memcpy(&credentials, CMSG_DATA(each), sizeof credentials);
+    sender = credentials.pid;
+  }
+  return count;
+}
+
 }  // namespace
 
 Result<Channel::Ends> Channel::pair() {
@@ -60,15 +83,27 @@ Status Channel::send(const Message& message) {
   return systemError(kAbout, sent < 0 && errno != EPIPE && errno != ECONNRESET ? errno : ENOTCONN);
 }
 
+Status Channel::hearOnly(pid_t process) {
+  constexpr int kOn = 1;
+  partnerProcess_ = Descriptor(static_cast<int>(syscall(SYS_pidfd_open, process, 0)));
+  if (!partnerProcess_.valid()) return systemError(kAbout);
+  if (setsockopt(socket_.get(), SOL_SOCKET, SO_PASSCRED, &kOn, sizeof kOn) != 0) return systemError(kAbout);
+  partner_ = process;
+  return {};
+}
+
 Result<Message> Channel::receive(std::optional<std::chrono::milliseconds> limit) {
-  pollfd wanted{socket_.get(), POLLIN, 0};
+  // poll() passes over the number of no descriptor.
+  std::array<pollfd, 2> wanted{{{socket_.get(), POLLIN, 0}, {partnerProcess_.get(), POLLIN, 0}}};
   const int wait = limit ? static_cast<int>(std::max<std::chrono::milliseconds::rep>(limit->count(), 0)) : -1;
-  const int ready = uninterrupted([&] { return poll(&wanted, 1, wait); });
+  const int ready = uninterrupted([&] { return poll(wanted.data(), wanted.size(), wait); });
   if (ready < 0) return systemError(kAbout);
   if (ready == 0) return systemError(kAbout, ETIMEDOUT);
+  if (wanted[1].revents != 0) return systemError(kAbout, ENOTCONN);
   std::string bytes(kMaxMessageBytes, '\0');
-  const ssize_t count = uninterrupted([&] { return recv(socket_.get(), bytes.data(), bytes.size(), MSG_TRUNC); });
-  if (count <= 0) return systemError(kAbout, ENOTCONN);
+  pid_t sender = 0;
+  const ssize_t count = receiveFrom(socket_.get(), bytes, sender);
+  if (count <= 0 || (partnerProcess_.valid() && sender != partner_)) return systemError(kAbout, ENOTCONN);
   if (static_cast<std::size_t>(count) > bytes.size()) return systemError(kAbout, EBADMSG);
   bytes.resize(static_cast<std::size_t>(count));
   if (bytes.back() != '\0') return systemError(kAbout, EBADMSG);

@@ -1,6 +1,8 @@
 // Messages between the program and its helper programs.
 #pragma once
 
+#include <sys/types.h>
+
 #include <chrono>
 #include <optional>
 #include <string>
@@ -28,6 +30,10 @@ class Channel {
   // Both ends of a new conversation; neither is handed down to a program that is started unless asked for.
   static Result<Ends> pair();
 
+  // From now on that process alone is heard: a message of another one, to whom the other end was handed on, and the end
+  // of the process end the conversation. Called before anything has been received.
+  Status hearOnly(pid_t process);
+
   // Fails when the other end is gone (not_connected) or has not read for ten seconds (timed_out), and when the message
   // cannot travel (invalid_argument, message_size).
   Status send(const Message& message);
@@ -41,6 +47,8 @@ class Channel {
 
  private:
   Descriptor socket_;
+  pid_t partner_ = 0;
+  Descriptor partnerProcess_;  // readable once it has ended; none where whoever holds the other end is heard
 };
 
 struct Channel::Ends {
