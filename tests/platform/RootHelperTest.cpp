@@ -187,6 +187,7 @@ TEST_F(RootHelperTest, LeavesTheCallersHomeByNoWay) {
   if (!failure) {
     expectRefused({"/bin/cp", "-f", "-p", "-R", home + "/second", home + "/got"});
     expectRefused({"/usr/bin/chattr", "+i", home + "/second"});
+    expectRefused({"/usr/bin/touch", "-c", home + "/second"});
   }
 }
 

@@ -24,10 +24,10 @@ constexpr std::array<std::string_view, 13> kPackageExtensions = {
     "app",        "appex", "bundle", "fcpbundle", "framework", "imovielibrary", "kext",
     "mdimporter", "pkg",   "plugin", "prefpane",  "vnt",       "vnt2"};
 
-// Whether the superuser may change the flag for the user. With the user's rights a link of the user's may have led
-// anywhere, so only what is the user's own counts; administrator rights come by a trusted way, but must not reach a
-// file through a second name.
-bool mayBeLocked(const struct stat& status, const FileRights& rights) {
+// Whether the superuser may change an item's flag or times for the user. With the user's rights a link of the user's
+// may have led anywhere, so only what is the user's own counts; administrator rights come by a trusted way, but must
+// not reach a file through a second name.
+bool mayBeChanged(const struct stat& status, const FileRights& rights) {
   if (status.st_uid == rights.fileOwner()) return true;
   return rights.isAdministrator() && (S_ISDIR(status.st_mode) || status.st_nlink == 1);
 }
@@ -63,7 +63,7 @@ Status LinuxFileMetadata::setLockedByItself(const std::string& path, bool locked
   if (fstat(item->get(), &status) != 0) return systemError(path);
   if (!canBeImmutable(status))
     return errorWithText(std::errc::invalid_argument, path, "is neither a file nor a folder");
-  if (rights_.isSuperuser() && !mayBeLocked(status, rights_))
+  if (rights_.isSuperuser() && !mayBeChanged(status, rights_))
     return errorWithText(std::errc::operation_not_permitted, path, "belongs to somebody else");
   Status changed = setImmutable(item->get(), path, locked);
   const bool helps = !rights_.isSuperuser() && status.st_uid == rights_.fileOwner();
@@ -103,8 +103,15 @@ Status LinuxFileMetadata::setModified(const std::string& path, std::optional<Tim
     times[0] = {0, UTIME_OMIT};
     times[1] = {time->seconds, time->nanoseconds};
   }
-  const int flags = rights_.isAdministrator() ? AT_SYMLINK_NOFOLLOW : 0;
-  if (utimensat(place->at(), place->name.c_str(), times, flags) != 0) return systemError(path);
+  if (!rights_.isAdministrator()) {
+    if (utimensat(place->at(), place->name.c_str(), times, 0) != 0) return systemError(path);
+    return {};
+  }
+  const Descriptor item(openat(place->at(), place->name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+  struct stat status;
+  if (!item.valid() || fstat(item.get(), &status) != 0) return systemError(path);
+  if (!mayBeChanged(status, rights_)) return systemError(path, EPERM);
+  if (utimensat(item.get(), "", times, AT_EMPTY_PATH) != 0) return systemError(path);
   return {};
 }
 
