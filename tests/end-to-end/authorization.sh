@@ -79,6 +79,9 @@ check "a Trash that the user cannot make" eval 'answered 1 && holds "$trash/file
 fresh
 drive require 1
 check "the machine-wide setting" eval 'answered 1 && [ "$(stat -c "%u %a" /Library/Preferences/com.quarrywell.Vantory.plist)" = "0 644" ] && grep -q "<key>requireAdminPassword</key><integer>1</integer>" /Library/Preferences/com.quarrywell.Vantory.plist'
+as_anna flock -x /Library/Preferences sleep 30 &
+soon not as_anna flock -n /Library/Preferences true; drive require 0
+check "... also while a user holds the folder" eval 'answered 1 && grep -q "<integer>0</integer>" /Library/Preferences/com.quarrywell.Vantory.plist'
 put "$home/job" job; chown "$uid:$uid" "$home/job"; job=/Library/LaunchDaemons/com.quarrywell.Test.plist
 drive tool /bin/mkdir -p /Library/LaunchDaemons -- tool /bin/mv -f "$home/job" "$job" -- tool /usr/sbin/chown root:wheel "$job" -- tool /bin/chmod 644 "$job"
 check "a job of the machine's" eval 'answered 1111 && holds "$job" job && [ "$(stat -c "%u %a" "$job")" = "0 644" ] && not test -e "$home/job"'

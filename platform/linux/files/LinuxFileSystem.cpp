@@ -245,21 +245,24 @@ Status LinuxFileSystem::sync(const std::string& path) {
 Result<std::unique_ptr<FolderHold>> LinuxFileSystem::holdFolder(const std::string& path,
                                                                 std::chrono::milliseconds wait) {
   constexpr std::chrono::milliseconds kPause{20};
-  Descriptor folder;
+  Descriptor held;
   {
     const FileRights::Scope scope(rights_);
-    Result<Descriptor> opened = openAt(path, O_RDONLY | O_DIRECTORY);
+    // A folder of the superuser's could be held by whoever may look into it, a file of that name by the superuser only.
+    Result<Descriptor> opened = rights_.isAdministrator()
+                                    ? openAt(path + "/.vantory-hold", O_RDONLY | O_CREAT | O_NOFOLLOW, kPrivate)
+                                    : openAt(path, O_RDONLY | O_DIRECTORY);
     if (!opened) return opened.error();
-    folder = std::move(*opened);
+    held = std::move(*opened);
   }
-  while (flock(folder.get(), LOCK_EX | LOCK_NB) != 0 && !cannotLock()) {
+  while (flock(held.get(), LOCK_EX | LOCK_NB) != 0 && !cannotLock()) {
     if (errno != EWOULDBLOCK && errno != EINTR) return systemError(path);
     if (wait <= std::chrono::milliseconds::zero())
       return errorWithText(std::errc::timed_out, path, "another process is working here");
     std::this_thread::sleep_for(kPause);
     wait -= kPause;
   }
-  return std::unique_ptr<FolderHold>(std::make_unique<LinuxFolderHold>(std::move(folder)));
+  return std::unique_ptr<FolderHold>(std::make_unique<LinuxFolderHold>(std::move(held)));
 }
 
 }  // namespace vantory
