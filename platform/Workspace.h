@@ -15,7 +15,10 @@ class Workspace {
 
   // Whether any copy of the application with exactly this bundle identifier runs. Fails when that cannot be told.
   virtual Result<bool> isRunning(const std::string& bundleIdentifier) const = 0;
-  // Asks every copy of an application politely to quit; does not wait for it.
+  // Whether every copy of it that runs can be asked to quit; where not, only the user can do it.
+  virtual Result<bool> canBeAskedToQuit(const std::string& bundleIdentifier) const = 0;
+  // Asks every copy of an application politely to quit, so that it can ask about unsaved work; does not wait for it.
+  // Fails (operation_not_supported) after asking the others where a copy cannot be asked.
   virtual Status quitApplication(const std::string& name, const std::string& bundleIdentifier) = 0;
 
   // For the rest an identifier in another case finds the application too.

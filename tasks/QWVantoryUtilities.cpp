@@ -31,7 +31,14 @@ bool isRunning(const std::string& name, const std::string& bundleID, bool otherw
   return otherwise;
 }
 
-GuardDecision askUser(const std::string& name, const QWAlert& alert) {
+// What the question says beside its usual text where the window alone cannot close the application.
+std::string adviceAbout(const std::string& name, const std::string& bundleID) {
+  const Result<bool> canBeAsked = platform().workspace.canBeAskedToQuit(bundleID);
+  if (canBeAsked && *canBeAsked) return "";
+  return formatted("\n\nVantory cannot ask %@ to quit. Please quit it yourself, then choose Close and Relaunch.", name);
+}
+
+GuardDecision askUser(const std::string& name, const std::string& bundleID, const QWAlert& alert) {
   QWLog::appendLog("%@ is running - asking the user what to do...", name);
   const int answer = alert.ask(
       {.messageText = formatted("%@ is running", name),
@@ -40,7 +47,8 @@ GuardDecision askUser(const std::string& name, const QWAlert& alert) {
        .otherButton = "Skip Application",
        .informativeText = formatted("This task cannot complete while %@ is running. Do you want to cancel processing, "
                                     "skip all %@ tasks or close and relaunch %@?",
-                                    name, name, name)});
+                                    name, name, name) +
+                          adviceAbout(name, bundleID)});
   switch (answer) {
     case QWAlert::Default:
       QWLog::appendLog("User chose to close and relaunch app.");
@@ -62,7 +70,7 @@ GuardDecision QWVantoryUtilities::checkRunningAppsForName(const std::string& nam
                                                           bool closeAutomatically) {
   if (!isRunning(name, bundleID, false)) return GuardDecision::NotRunning;
   const QWAlert& alert = QWAlert::sharedController();
-  if (QWCmdUtils::sharedController().hasGUI() && alert.ask) return askUser(name, alert);
+  if (QWCmdUtils::sharedController().hasGUI() && alert.ask) return askUser(name, bundleID, alert);
   if (!closeAutomatically) {
     QWLog::appendLog("%@ is running - skipping app...", name);
     return GuardDecision::Skip;

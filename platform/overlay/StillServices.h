@@ -36,6 +36,7 @@ class StillProcesses : public Processes {
 class StillWorkspace : public Workspace {
  public:
   Result<bool> isRunning(const std::string&) const override { return false; }
+  Result<bool> canBeAskedToQuit(const std::string&) const override { return false; }
   Status quitApplication(const std::string&, const std::string&) override { return leftInPeace(); }
   std::optional<std::string> applicationPath(const std::string&) const override { return std::nullopt; }
   Status launchApplication(const std::string&) override { return leftInPeace(); }

@@ -2,11 +2,10 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cstdlib>
-#include <set>
+#include <functional>
+#include <iterator>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "platform/linux/session/ApplicationProcesses.h"
@@ -14,15 +13,14 @@
 #include "programs/vantory-desktop/ApplicationBus.h"
 #include "programs/vantory-desktop/DesktopEntry.h"
 #include "programs/vantory-desktop/Services.h"
+#include "programs/vantory-desktop/SessionEnvironment.h"
+#include "programs/vantory-desktop/Windows.h"
 
 namespace vantory::desktop {
 
 namespace {
 
 constexpr const char* kQuitAction = "quit";
-// For a process to end, so that those it leaves behind can be asked.
-constexpr std::chrono::milliseconds kEndPatience{500};
-constexpr std::chrono::milliseconds kPause{25};
 
 std::string snapOf(const DesktopEntry& entry) {
   const std::string instance = entry.text("X-SnapInstanceName");
@@ -40,22 +38,6 @@ ApplicationTraits traitsOf(const std::string& identifier) {
           .busOwner = busOwner(identifier)};
 }
 
-// Asks every copy but the spared ones, each once; then whoever a copy has left behind.
-void endCopies(const ApplicationProcesses& processes, const ApplicationTraits& application,
-               const std::set<pid_t>& spared) {
-  std::set<pid_t> asked;
-  const auto end = std::chrono::steady_clock::now() + kEndPatience;
-  do {
-    const std::vector<pid_t> copies = processes.copies(application);
-    if (std::all_of(copies.begin(), copies.end(), [&](pid_t copy) { return spared.contains(copy); })) return;
-    for (const pid_t copy : copies)
-      if (!spared.contains(copy))
-        for (const pid_t process : processes.toBeAsked(copy))
-          if (asked.insert(process).second) (void)processes.terminate(process, application);
-    std::this_thread::sleep_for(kPause);
-  } while (std::chrono::steady_clock::now() < end);
-}
-
 // Arguments: identifier. Values: how many copies run.
 Result<Message> countCopies(const Message& arguments) {
   const ApplicationTraits application = traitsOf(arguments[0]);
@@ -64,39 +46,71 @@ Result<Message> countCopies(const Message& arguments) {
   return Message{std::to_string(std::max(copies, onBus))};
 }
 
-// One that has not answered yet may be asking the user about unsaved work; it must not be ended meanwhile.
-bool quitsOnBus(const ApplicationTraits& application) {
-  if (application.busOwner == 0 || !offersAction(application.identifier, kQuitAction)) return false;
-  const Status asked = activateAction(application.identifier, kQuitAction);
-  return asked || asked.error().code == std::errc::timed_out;
+// How the running copies of an application can be asked to quit, so that each can ask about unsaved work.
+struct WaysToQuit {
+  bool action = false;          // of the application on the bus
+  std::vector<Window> windows;  // to be closed, of copies that the action does not reach
+  bool reachAll = true;         // whether no copy is left out
+};
+
+// The windows that close a copy: its main ones, or whatever it shows where it has none.
+std::vector<Window> windowsOf(pid_t copy, const std::vector<Window>& all, const ApplicationProcesses& processes) {
+  std::vector<Window> windows;
+  std::copy_if(all.begin(), all.end(), std::back_inserter(windows),
+               [&](const Window& window) { return processes.descends(window.process, copy); });
+  const auto isMain = [](const Window& window) { return window.isMain; };
+  if (std::any_of(windows.begin(), windows.end(), isMain)) std::erase_if(windows, std::not_fn(isMain));
+  return windows;
+}
+
+WaysToQuit waysToQuit(const ApplicationTraits& application, const Windows& display) {
+  const ApplicationProcesses processes(getuid());
+  WaysToQuit ways;
+  ways.action = application.busOwner != 0 && offersAction(application.identifier, kQuitAction);
+  std::vector<pid_t> copies = processes.copies(application);
+  const auto isOnBus = [&](pid_t copy) { return processes.descends(application.busOwner, copy); };
+  if (copies.empty()) ways.reachAll = ways.action || application.busOwner == 0;
+  if (ways.action) {
+    // Behind a sandbox's proxy any of them may be the one that is on the bus.
+    if (std::none_of(copies.begin(), copies.end(), isOnBus)) copies.clear();
+    std::erase_if(copies, isOnBus);
+  }
+  const std::vector<Window> all = copies.empty() ? std::vector<Window>() : display.list();
+  for (const pid_t copy : copies) {
+    const std::vector<Window> windows = windowsOf(copy, all, processes);
+    ways.reachAll = ways.reachAll && !windows.empty();
+    ways.windows.insert(ways.windows.end(), windows.begin(), windows.end());
+  }
+  return ways;
+}
+
+// Arguments: identifier. Values: "1" when every copy can be asked to quit, else "0".
+Result<Message> canQuit(const Message& arguments) {
+  adoptSessionEnvironment();
+  return Message{waysToQuit(traitsOf(arguments[0]), Windows()).reachAll ? "1" : "0"};
 }
 
 // Arguments: identifier. No values. The copy that has the application's name on the bus is asked there when it offers
-// that, all others by a signal.
+// that, all others by closing their windows; none is sent a signal, which most obey without saving anything.
 Result<Message> quit(const Message& arguments) {
+  adoptSessionEnvironment();
+  Windows display;
   const ApplicationTraits application = traitsOf(arguments[0]);
-  const ApplicationProcesses processes(getuid());
-  const std::vector<pid_t> copies = processes.copies(application);
-  // Found before it is asked, since it may be gone right after.
-  std::set<pid_t> onBus;
-  for (const pid_t copy : copies)
-    if (processes.descends(application.busOwner, copy)) onBus.insert(copy);
-  if (quitsOnBus(application)) {
-    // Behind a sandbox's proxy any of them may be the one that was asked.
-    if (!onBus.empty()) endCopies(processes, application, onBus);
-    return Message{};
-  }
-  if (application.busOwner != 0 && copies.empty())
+  const WaysToQuit ways = waysToQuit(application, display);
+  // One that has not answered yet may be asking the user about unsaved work.
+  const Status asked = ways.action ? activateAction(application.identifier, kQuitAction) : Status();
+  for (const Window& window : ways.windows) display.close(window);
+  if (!asked && asked.error().code != std::errc::timed_out) return asked.error();
+  if (!ways.reachAll)
     return errorWithText(std::errc::operation_not_supported, application.identifier,
-                         "It runs out of reach and offers no way to quit.");
-  endCopies(processes, application, {});
+                         "It cannot be asked to quit. Please quit it yourself.");
   return Message{};
 }
 
 }  // namespace
 
 Verbs runningApplicationVerbs() {
-  return {{"count-copies", 1, countCopies}, {"quit", 1, quit}};
+  return {{"count-copies", 1, countCopies}, {"can-quit", 1, canQuit}, {"quit", 1, quit}};
 }
 
 }  // namespace vantory::desktop

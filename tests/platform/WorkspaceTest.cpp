@@ -131,20 +131,38 @@ TEST_F(WorkspaceTest, OtherPeoplesProgramsDoNotCount) {
   EXPECT_TRUE(other.isAlive());
 }
 
-TEST_F(WorkspaceTest, AnApplicationThatStaysIsAskedOnceAndLeftAlone) {
-  const std::string ed = desktop_.script("bin/ed",
-                                         "#!/usr/bin/python3\nimport os, signal\n"
-                                         "home = os.environ['HOME']\n"
-                                         "asked = lambda *_: open(home + '/asked', 'a').write('asked\\n')\n"
-                                         "signal.signal(signal.SIGTERM, asked)\n"
-                                         "open(home + '/ready', 'w')\n"
-                                         "while True: signal.pause()\n");
-  desktop_.declare(kEd, ed);
-  Running stubborn(ed);
-  ASSERT_TRUE(soon([this] { return exists(desktop_ / "ready"); }));
+TEST_F(WorkspaceTest, AnApplicationIsAskedByItsMainWindowsAndNeverSentASignal) {
+  const std::string editor = fs::read_symlink("/proc/self/exe").parent_path() / "windows_of_an_editor";
+  const std::string program = desktop_ / "bin/ed";
+  fs::copy_file(editor, program);
+  desktop_.declare(kEd, program);
+  const auto asks = [this] { return *workspace_.canBeAskedToQuit(kEd); };
+  const auto quitFails = [this] {
+    const Status asked = workspace_.quitApplication("Ed", kEd);
+    return !asked && asked.error().code == std::errc::operation_not_supported;
+  };
+  {
+    Running hidden(program);
+    ASSERT_TRUE(soon([this] { return copies() == 1; }));
+    EXPECT_TRUE(!asks() && quitFails()) << "without a display";
+    EXPECT_TRUE(hidden.isAlive());
+  }
+  if (!exists("/usr/bin/Xvfb")) GTEST_SKIP() << "Xvfb is not installed";
+  const Running server("/bin/sh", {"-c", "exec Xvfb -displayfd 3 -nolisten tcp 3>\"$HOME/display\""});
+  ASSERT_TRUE(soon([this] { return exists(desktop_ / "display") && readFile(desktop_ / "display").ends_with('\n'); }));
+  const std::string display = readFile(desktop_ / "display");
+  const EnvironmentChange shown("DISPLAY", ":" + display.substr(0, display.size() - 1));
+  helper_.emplace([this] { return desktopHelperProgram(users_); });
+  Running first(program, {desktop_ / "asked"});
+  ASSERT_TRUE(soon([this] { return exists(desktop_ / "asked"); }));
+  EXPECT_TRUE(asks());
   EXPECT_TRUE(workspace_.quitApplication("Ed", kEd));
-  EXPECT_TRUE(*workspace_.isRunning(kEd));
-  EXPECT_EQ(readFile(desktop_ / "asked"), "asked\n");
+  EXPECT_TRUE(soon([this] { return readFile(desktop_ / "asked") == "main 1\nmain 2\n"; })) << "no palette, no dialog";
+  const Running second(program);
+  ASSERT_TRUE(soon([this] { return copies() == 2; }));
+  EXPECT_TRUE(!asks() && quitFails()) << "one copy has no window";
+  EXPECT_TRUE(soon([this] { return readFile(desktop_ / "asked") == "main 1\nmain 2\nmain 1\nmain 2\n"; }));
+  EXPECT_TRUE(first.isAlive() && copies() == 2);
 }
 
 TEST_F(WorkspaceTest, ALaunchedApplicationStandsOnItsOwn) {
@@ -160,9 +178,6 @@ TEST_F(WorkspaceTest, ALaunchedApplicationStandsOnItsOwn) {
   EXPECT_EQ(fs::read_symlink("/proc/" + std::to_string(start.process) + "/exe"), desktop_ / "bin/waiting");
   helper_.reset();
   EXPECT_EQ(kill(start.process, 0), 0);
-  helper_.emplace([this] { return desktopHelperProgram(users_); });
-  EXPECT_TRUE(workspace_.quitApplication("Ed", kEd));
-  EXPECT_TRUE(soon([this] { return copies() == 0; }));
 }
 
 TEST_F(WorkspaceTest, OpensAFileWithAnApplicationNamedInAnotherCase) {
@@ -205,17 +220,18 @@ class ApplicationBusTest : public WorkspaceTest {
   std::optional<SessionBus> bus_;
 };
 
-TEST_F(ApplicationBusTest, IsAskedToQuitByItsActionAndOtherCopiesByASignal) {
+TEST_F(ApplicationBusTest, IsAskedToQuitByItsActionAndOtherCopiesAreLeftAlone) {
   const std::string program = desktop_.program("bin/ed");
   desktop_.declare(kEd, program);
   const HelperProcess similar = bus_->start("application.py", {"org.example.Editor", "quit"});
   HelperProcess ed = bus_->start("application.py", {kEd, "save", "quit"});
   Running copy(program, kWait);
   EXPECT_EQ(copies(), 2);
-  EXPECT_TRUE(workspace_.quitApplication("Ed", kEd));
+  EXPECT_FALSE(*workspace_.canBeAskedToQuit(kEd));
+  EXPECT_FALSE(workspace_.quitApplication("Ed", kEd));
   EXPECT_THAT(heardBy(ed), ElementsAre("quit"));
-  EXPECT_TRUE(copy.endsBy(SIGTERM));
-  EXPECT_TRUE(soon([this] { return copies() == 0; }));
+  EXPECT_TRUE(soon([this] { return copies() == 1; }));
+  EXPECT_TRUE(copy.isAlive());
   EXPECT_TRUE(*workspace_.isRunning("org.example.Editor"));
 }
 

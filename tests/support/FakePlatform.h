@@ -144,6 +144,7 @@ class FakeWorkspace : public Workspace {
     if (runningFailure) return *runningFailure;
     return std::find(running.begin(), running.end(), identifier) != running.end();
   }
+  Result<bool> canBeAskedToQuit(const std::string&) const override { return canBeAsked; }
   // Recorded, then handed to `onQuit`.
   Status quitApplication(const std::string&, const std::string& identifier) override {
     quitRequests.push_back(identifier);
@@ -169,6 +170,7 @@ class FakeWorkspace : public Workspace {
 
   std::vector<std::string> running;     // one entry for each copy
   std::optional<Error> runningFailure;  // why it cannot be told what runs
+  bool canBeAsked = true;               // to quit
   std::vector<std::string> activated;
   std::map<std::string, std::string> paths;                 // of installed applications, by bundle identifier
   std::vector<std::pair<std::string, std::string>> opened;  // path and bundle identifier

@@ -58,6 +58,13 @@ TEST_F(GuardTest, WithAWindowTheUserDecides) {
             "This task cannot complete while App is running. Do you want to cancel processing, skip all App tasks or "
             "close and relaunch App?");
   EXPECT_THAT(logged(), Contains("App is running - asking the user what to do..."));
+
+  const std::string usual = shown.informativeText;
+  fakes_.workspace.canBeAsked = false;
+  decide(true);
+  EXPECT_EQ(shown.informativeText, usual +
+                                       "\n\nVantory cannot ask App to quit. Please quit it yourself, then choose "
+                                       "Close and Relaunch.");
 }
 
 TEST_F(GuardTest, ClosingWaitsForTheLastCopyWithinItsLimit) {

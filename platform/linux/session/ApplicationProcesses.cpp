@@ -1,13 +1,11 @@
 #include "platform/linux/session/ApplicationProcesses.h"
 
 #include <fcntl.h>
-#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <csignal>
 #include <iterator>
 #include <span>
 #include <string_view>
@@ -74,10 +72,8 @@ bool isUuid(std::string_view text) {
   return text.size() == kUuidLength && text.find_first_not_of("0123456789abcdef-") == std::string_view::npos;
 }
 
-// What holds a sandbox up is not the application: it ends by itself and passes no signal on.
+// What holds a sandbox up is not the application: it ends by itself.
 constexpr std::array<std::string_view, 2> kSandboxPrograms = {"bwrap", "xdg-dbus-proxy"};
-
-constexpr std::array<std::string_view, 5> kShells = {"sh", "bash", "dash", "zsh", "busybox"};
 
 // Set by whatever starts applications from desktop entries, and inherited by all that they start in turn.
 constexpr const char* kStartedEntry = "GIO_LAUNCHED_DESKTOP_FILE";
@@ -93,11 +89,6 @@ pid_t processNumber(std::string_view text) {
 
 bool runsOneOf(std::span<const std::string_view> programs, const ProcessView& process) {
   return std::find(programs.begin(), programs.end(), process.programName()) != programs.end();
-}
-
-// A shell script that starts an application and waits for it would leave it alone when it ended itself.
-bool isShell(const ProcessView& process) {
-  return runsOneOf(kShells, process);
 }
 
 // The name of the desktop entry that it, or what it descends from, was started by; empty when there was none.
@@ -162,14 +153,6 @@ bool ApplicationProcesses::descends(pid_t number, pid_t ancestor) const {
   return number == ancestor || anyAncestor(number, [&](pid_t above) { return above == ancestor; });
 }
 
-std::vector<pid_t> ApplicationProcesses::toBeAsked(pid_t copy) const {
-  if (!isShell(ProcessView(folder_.get(), copy))) return {copy};
-  std::vector<pid_t> programs;
-  for (const pid_t number : numbers())
-    if (ProcessView(folder_.get(), number).parent() == copy) programs.push_back(number);
-  return programs.empty() ? std::vector<pid_t>{copy} : programs;
-}
-
 std::vector<pid_t> ApplicationProcesses::numbers() const {
   const Result<std::vector<DirectoryEntry>> entries = readFolder(folder_.get(), "/proc", Detail::Names);
   std::vector<pid_t> numbers;
@@ -188,17 +171,6 @@ bool ApplicationProcesses::anyAncestor(pid_t number, const std::function<bool(pi
     if (condition(number)) return true;
   }
   return false;
-}
-
-// The descriptor keeps to the process that is looked at after it was opened, also should its number be given away.
-bool ApplicationProcesses::terminate(pid_t number, const ApplicationTraits& application) const {
-  const Descriptor handle(static_cast<int>(syscall(SYS_pidfd_open, number, 0)));
-  const ProcessView process(folder_.get(), number);
-  const ProcessView parent(folder_.get(), process.parent());
-  const auto isOwn = [&](const ProcessView& one) { return one.isAliveFor(user_) && isOf(application, one); };
-  const bool isWrapped = process.isAliveFor(user_) && isShell(parent) && isOwn(parent);
-  if (!handle.valid() || (!isOwn(process) && !isWrapped)) return false;
-  return syscall(SYS_pidfd_send_signal, handle.get(), SIGTERM, nullptr, 0) == 0;
 }
 
 bool ApplicationProcesses::isOf(const ApplicationTraits& application, const ProcessView& process) const {

@@ -46,10 +46,6 @@ class ApplicationProcesses {
   std::vector<pid_t> copies(const ApplicationTraits& application) const;
   // Whether a process is the other one or descends from it.
   bool descends(pid_t number, pid_t ancestor) const;
-  // Whom a request to end is for: the first process of a copy, or, where that is a shell, the programs it waits for.
-  std::vector<pid_t> toBeAsked(pid_t copy) const;
-  // Sends SIGTERM to the process when it is the application's, or was begun by a shell that is; false when it is not.
-  bool terminate(pid_t number, const ApplicationTraits& application) const;
 
  private:
   std::vector<pid_t> numbers() const;

@@ -49,6 +49,12 @@ Result<bool> LinuxWorkspace::isRunning(const std::string& bundleIdentifier) cons
   return *copies != Message{"0"};
 }
 
+Result<bool> LinuxWorkspace::canBeAskedToQuit(const std::string& bundleIdentifier) const {
+  const Result<Message> answer = helper_.ask({"can-quit", bundleIdentifier}, kPatience);
+  if (!answer) return answer.error();
+  return *answer != Message{"0"};
+}
+
 Status LinuxWorkspace::quitApplication(const std::string&, const std::string& bundleIdentifier) {
   return statusOf(helper_.ask({"quit", bundleIdentifier}, kPatience));
 }

@@ -22,6 +22,7 @@ class LinuxWorkspace : public Workspace {
   LinuxWorkspace(DesktopHelper& helper, const Users& users) : helper_(helper), users_(users) {}
 
   Result<bool> isRunning(const std::string& bundleIdentifier) const override;
+  Result<bool> canBeAskedToQuit(const std::string& bundleIdentifier) const override;
   Status quitApplication(const std::string& name, const std::string& bundleIdentifier) override;
   std::optional<std::string> applicationPath(const std::string& bundleIdentifier) const override;
   Status launchApplication(const std::string& bundleIdentifier) override;
