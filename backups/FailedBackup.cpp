@@ -5,8 +5,8 @@
 
 namespace vantory {
 
-void dropFailedBackup(QWBackup& backup) {
-  backup.removeCreatedFolder();
+void dropFailedBackup(QWBackup& backup, TaskReport& report) {
+  backup.removeCreatedFolder(report);
   QWDataController::sharedController().populateBackups();
 }
 

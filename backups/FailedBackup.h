@@ -4,9 +4,10 @@
 namespace vantory {
 
 class QWBackup;
+class TaskReport;
 
 // Removes the folder that the writing made, and lists the library anew: the backup may have been listed before the disk
 // refused it. Any thread.
-void dropFailedBackup(QWBackup& backup);
+void dropFailedBackup(QWBackup& backup, TaskReport& report);
 
 }  // namespace vantory

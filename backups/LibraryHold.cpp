@@ -12,18 +12,18 @@ Result<std::unique_ptr<FolderHold>> holdBackupFolder(const std::string& folder) 
   return Runtime::current().platform().files.holdFolder(folder, 2s);
 }
 
-bool clearBackupPath(const std::string& path) {
-  if (QWFileManager::isMissingAtPath(path)) return true;
+Result<std::string> clearBackupPath(const std::string& path) {
+  if (QWFileManager::isMissingAtPath(path)) return std::string();
   const auto hold = holdBackupFolder(path);
   // What cannot be held, such as a file, nobody writes into.
   if (!hold && hold.error().code == std::errc::timed_out) {
     QWLog::appendLog("Another process is working on %@: %@", path, hold.error().text);
-    return false;
+    return hold.error();
   }
-  QWFileManager::trashFile(path, 10s);
-  if (QWFileManager::isMissingAtPath(path)) return true;
+  auto place = QWFileManager::trashFile(path, 10s);
+  if (place || QWFileManager::isMissingAtPath(path)) return place ? place : std::string();
   QWLog::appendLog("%@ could not be moved to the Trash and is left as it was", path);
-  return false;
+  return place.error();
 }
 
 }  // namespace vantory

@@ -12,8 +12,9 @@ namespace vantory {
 // (timed_out).
 Result<std::unique_ptr<FolderHold>> holdBackupFolder(const std::string& folder);
 
-// Moves a backup, or whatever else bears its name, to the Trash, but not from under a process that writes it. True when
-// nothing stands at the path any more; the log says why not. To be called with the folder above held.
-bool clearBackupPath(const std::string& path);
+// Moves a backup, or whatever else bears its name, to the Trash, but not from under a process that writes it. Answers
+// where it lies there, nothing where nothing was in the way; a failure is in the log. To be called with the folder
+// above held.
+Result<std::string> clearBackupPath(const std::string& path);
 
 }  // namespace vantory

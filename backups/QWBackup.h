@@ -30,6 +30,8 @@ class BackupNode {
 
 enum class WriteResult : int { Success = 0, NoFiles = 1, SettingsNotWritten = 2 };
 
+class TaskReport;
+
 class QWBackup : public BackupNode {
  public:
   // `date` is the folder's date of change; none while there is no folder.
@@ -45,8 +47,9 @@ class QWBackup : public BackupNode {
   static std::shared_ptr<QWBackup> backupWithFile(const std::string& path);
   // An unwritten automatic backup of every catalog item, or of those that hold preferences proper.
   static std::shared_ptr<QWBackup> autoBackup(bool preferencesOnly = false);
-  // Writes one of those before something is replaced or trashed, and logs how that went; a failed one leaves nothing.
-  static WriteResult writeAutoBackup(bool preferencesOnly = false);
+  // Writes one of those before a task replaces or trashes something, and logs how that went; a failed one leaves
+  // nothing, and the task's report gets a remark.
+  static WriteResult writeAutoBackup(TaskReport& task, bool preferencesOnly = false);
 
   std::string name() const override { return name_; }
   void setName(std::string name) { name_ = std::move(name); }
@@ -68,16 +71,17 @@ class QWBackup : public BackupNode {
 
   // Writes the backup and returns when it is on disk. With filesOnly the files of an existing backup are replaced one
   // by one and its settings stay. A folder that bears the path already goes to the Trash first; when it will not, or
-  // another process is writing there, nothing is written. Files that could not be copied are logged and counted.
-  WriteResult writeData(bool filesOnly = false);
+  // another process is writing there, nothing is written. What was copied and what failed stands in the report, also
+  // why the result is no success.
+  WriteResult writeData(TaskReport& report, bool filesOnly = false);
   // True when the last writeData() created the folder.
   bool createdFolder() const { return createdFolder_.has_value(); }
   // Deletes what a failed writeData() left: the folder that it created, unless another process has put its own there.
-  void removeCreatedFolder();
+  void removeCreatedFolder(TaskReport& report);
 
   // Puts the selected applications and items in place, asking the guard about each running application; those it closed
-  // are started again. What was restored is on disk when it returns.
-  void restore(bool closeAutomatically = false);
+  // are started again. What was restored is on disk when it returns; the report says what was not, and why.
+  void restore(TaskReport& report, bool closeAutomatically = false);
 
   // The path with the user's home folder written as "/Users/user".
   static std::string safeUserPath(const std::string& path);

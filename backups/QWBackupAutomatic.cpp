@@ -5,6 +5,7 @@
 #include "base/Paths.h"
 #include "base/Timestamp.h"
 #include "services/Runtime.h"
+#include "services/TaskReport.h"
 #include "services/log/QWLog.h"
 
 namespace vantory {
@@ -30,15 +31,20 @@ std::shared_ptr<QWBackup> QWBackup::autoBackup(bool preferencesOnly) {
   return backup;
 }
 
-WriteResult QWBackup::writeAutoBackup(bool preferencesOnly) {
+WriteResult QWBackup::writeAutoBackup(TaskReport& task, bool preferencesOnly) {
   const auto backup = autoBackup(preferencesOnly);
-  const WriteResult result = backup->writeData();
+  TaskReport report;
+  const WriteResult result = backup->writeData(report);
   if (result == WriteResult::Success) {
     QWLog::appendLog("Backup successful.");
   } else {
     QWLog::appendLog("Backup failed with error code %i.", static_cast<int>(result));
-    dropFailedBackup(*backup);
+    dropFailedBackup(*backup, report);
   }
+  if (report.hasFailures())
+    task.remark(formatted(result == WriteResult::Success ? "The automatic backup made before is incomplete. %@"
+                                                         : "No automatic backup could be made before. %@",
+                          report.causes()));
   return result;
 }
 

@@ -6,12 +6,13 @@
 #include "backups/LibraryHold.h"
 #include "backups/QWBackup.h"
 #include "backups/QWDataController.h"
+#include "base/Format.h"
 #include "base/Paths.h"
 #include "base/PropertyList.h"
 #include "platform/FileSystem.h"
-#include "services/FailureTally.h"
 #include "services/QWLocalPaths.h"
 #include "services/Runtime.h"
+#include "services/TaskReport.h"
 #include "services/files/CopiesAhead.h"
 #include "services/files/QWFileManager.h"
 #include "services/log/QWLog.h"
@@ -27,20 +28,22 @@ FileSystem& files() {
 }
 
 // Takes the place of an older copy in one step, so that it stays until the new one is whole.
-bool replaceCopy(const std::string& source, const std::string& copy) {
-  QWFileManager::unlockFile(copy);
+Status replaceCopy(const std::string& source, const std::string& copy) {
+  // A copy that stays locked refuses to be replaced.
+  (void)QWFileManager::unlockFile(copy);
   auto staged = QWFileManager::stageCopy({.source = source, .destination = copy});
   const Status replaced = staged ? (*staged)->commit(StagedCopy::Existing::Replace) : Status(staged.error());
-  if (replaced) return true;
+  if (replaced) return {};
   if (rightsCouldHelp(replaced.error())) return QWFileManager::copyFile(source, copy, 15s);
   QWLog::appendLog("Error copying file: %@. Authorizing...", replaced.error().text);
-  return false;
+  return replaced;
 }
 
 // Copies the files of items into one backup.
 class ItemCopier {
  public:
-  ItemCopier(const std::string& backup, bool filesOnly) : place_(backup), filesOnly_(filesOnly) {}
+  ItemCopier(const std::string& backup, bool filesOnly, TaskReport& report)
+      : place_(backup), filesOnly_(filesOnly), report_(report) {}
 
   // Answers how many files were copied.
   std::size_t copyItem(const QWPrefItem& item);
@@ -54,38 +57,47 @@ class ItemCopier {
   std::size_t copyFiles(const std::vector<std::string>& sources);
   bool copyFile(const std::string& source, const std::string& copy, std::unique_ptr<StagedCopy> staged);
   bool copyAvidFile(const std::string& source);
+  bool note(const std::string& source, const std::string& copy, const Status& copied);
   bool isThere(const std::string& copy) const;
   // Where the file goes, its folder made; none for what is not copied.
   std::optional<Target> targetFor(const std::string& source);
   Target targetFor(const std::string& source, FileType type) const;
   std::vector<CopyRequest> requestsForFiles(const std::vector<std::string>& sources) const;
-  bool prepareFolder(const std::string& folder);
+  Status prepareFolder(const std::string& folder);
   bool isReachedWithoutLinks(const std::string& folder) const;
 
   const BackupFolder place_;
   const bool filesOnly_;
+  TaskReport& report_;
+  std::string item_;                         // key of the item being copied
   std::unordered_set<std::string> folders_;  // prepared in this run
   std::unordered_set<std::string> copies_;   // made in this run
 };
 
 // A source that has vanished since it was found is none that the backup lacks.
-bool counted(bool copied, const std::string& source) {
-  if (copied) return true;
-  QWLog::appendLog("File copy failed");
-  if (!QWFileManager::isMissingAtPath(source)) FailureTally::shared().add();
-  return false;
+bool ItemCopier::note(const std::string& source, const std::string& copy, const Status& copied) {
+  if (!copied) QWLog::appendLog("File copy failed");
+  if (!copied && QWFileManager::isMissingAtPath(source))
+    report_.skipped(FileAction::Copy, source, copied.error(), item_);
+  else
+    report_.add(FileAction::Copy, source, copied, item_, copy);
+  return copied.ok();
 }
 
 std::size_t ItemCopier::copyItem(const QWPrefItem& item) {
+  item_ = item.key();
   std::vector<std::string> sources;
   for (const std::string& pattern : item.files()) {
-    auto matching = QWFileManager::filesMatchingWildcardPath(pattern);
+    auto matching = QWFileManager::filesMatchingWildcardPath(pattern, report_);
     sources.insert(sources.end(), std::make_move_iterator(matching.begin()), std::make_move_iterator(matching.end()));
   }
   std::size_t count = copyFiles(sources);
-  for (const auto& user : item.users())
+  for (const auto& user : item.users()) {
+    item_ = user->key();
     for (const std::string& pattern : user->files())
-      for (const std::string& source : QWFileManager::filesMatchingWildcardPath(pattern)) count += copyAvidFile(source);
+      for (const std::string& source : QWFileManager::filesMatchingWildcardPath(pattern, report_))
+        count += copyAvidFile(source);
+  }
   return count;
 }
 
@@ -116,8 +128,8 @@ bool ItemCopier::copyFile(const std::string& source, const std::string& copy, st
   const bool replaces = isThere(copy);
   if (replaces) QWLog::appendLog("Destination file %@ exists - removing...", copy);
   QWLog::appendLog("Copying %@ to %@", source, copy);
-  if (!counted(replaces ? replaceCopy(source, copy) : QWFileManager::copyFile(source, copy, 15s, std::move(staged)),
-               source))
+  if (!note(source, copy,
+            replaces ? replaceCopy(source, copy) : QWFileManager::copyFile(source, copy, 15s, std::move(staged))))
     return false;
   copies_.insert(copy);
   return true;
@@ -132,11 +144,11 @@ bool ItemCopier::copyAvidFile(const std::string& source) {
   const auto target = targetFor(source);
   if (!target) return false;
   QWLog::appendLog("Copying Avid user %@ to %@", source, target->copy);
-  if (!counted(filesOnly_ ? replaceCopy(source, target->copy) : QWFileManager::copyFile(source, target->copy, 10s),
-               source))
+  if (!note(source, target->copy,
+            filesOnly_ ? replaceCopy(source, target->copy) : QWFileManager::copyFile(source, target->copy, 10s)))
     return false;
   // Not the copy's path, and normally nobody's: the copy keeps the flag that it has.
-  QWFileManager::unlockFile(paths::join(target->folder, source));
+  (void)QWFileManager::unlockFile(paths::join(target->folder, source));
   return true;
 }
 
@@ -145,17 +157,20 @@ std::optional<ItemCopier::Target> ItemCopier::targetFor(const std::string& sourc
   if (!info) {
     if (QWFileManager::meansMissing(info.error())) return std::nullopt;
     QWLog::appendLog("%@", info.error().text);
-    counted(false, source);
+    note(source, {}, info.error());
     return std::nullopt;
   }
   if (info->type == FileType::SymbolicLink) return std::nullopt;
   if (info->type == FileType::Other) {
     QWLog::appendLog("Skipping %@: it is neither a file nor a folder", source);
+    report_.skipped(FileAction::Copy, source,
+                    {std::errc::invalid_argument, source + ": it is neither a file nor a folder"}, item_);
     return std::nullopt;
   }
   Target target = targetFor(source, info->type);
-  if (prepareFolder(target.folder)) return target;
-  counted(false, source);
+  const Status prepared = prepareFolder(target.folder);
+  if (prepared) return target;
+  note(source, {}, prepared);
   return std::nullopt;
 }
 
@@ -169,15 +184,15 @@ ItemCopier::Target ItemCopier::targetFor(const std::string& source, FileType typ
   return target;
 }
 
-bool ItemCopier::prepareFolder(const std::string& folder) {
-  if (folders_.contains(folder)) return true;
+Status ItemCopier::prepareFolder(const std::string& folder) {
+  if (folders_.contains(folder)) return {};
   if (filesOnly_ && !isReachedWithoutLinks(folder)) {
     QWLog::appendLog("Nothing is written to %@: a symbolic link leads out of the backup", folder);
-    return false;
+    return Error{std::errc::too_many_symbolic_link_levels, folder + ": a symbolic link leads out of the backup"};
   }
-  if (!QWFileManager::createDirectory(folder)) return false;
-  folders_.insert(folder);
-  return true;
+  Status made = QWFileManager::createDirectory(folder);
+  if (made) folders_.insert(folder);
+  return made;
 }
 
 // An existing backup may come from elsewhere.
@@ -190,38 +205,44 @@ bool ItemCopier::isReachedWithoutLinks(const std::string& folder) const {
   return true;
 }
 
+// Moves what bears the path of a new backup to the Trash, and says where it is.
+Status clearPath(const std::string& path, TaskReport& report) {
+  const auto place = clearBackupPath(path);
+  if (!place) return place.error();
+  if (place->empty()) return {};
+  QWLog::appendLog("What was %@ is in the Trash now: %@", path, *place);
+  report.done(FileAction::Trash, path, {}, *place);
+  return {};
+}
+
 // Makes the folder of a new backup, what bore its name in the Trash, and takes hold of it.
-Result<std::unique_ptr<FolderHold>> makeBackupFolder(const std::string& path, std::optional<FileIdentity>& created) {
+Result<std::unique_ptr<FolderHold>> makeBackupFolder(const std::string& path, std::optional<FileIdentity>& created,
+                                                     TaskReport& report) {
   const std::string library = paths::parent(path);
-  const Error failed = {std::errc::io_error, "The backup's folder could not be made: " + path};
-  if (!QWFileManager::createDirectory(library)) return failed;
+  if (const Status made = QWFileManager::createDirectory(library); !made) return made.error();
   // Held until the new folder is, so that of two processes one clears the path and the other finds the result.
   const auto libraryHold = holdBackupFolder(library);
   if (!libraryHold) return libraryHold.error();
-  if (!clearBackupPath(path)) return failed;
-  if (!QWFileManager::createDirectory(path)) return failed;
+  if (const Status cleared = clearPath(path, report); !cleared) return cleared.error();
+  if (const Status made = QWFileManager::createDirectory(path); !made) return made.error();
   if (const auto info = files().info(path, Links::DoNotFollow)) created = info->identity;
   return holdBackupFolder(path);
 }
 
-bool isPossiblePath(const std::string& path) {
-  if (path.empty()) {
-    QWLog::appendLog("There is no library to write the backup to");
-    return false;
-  }
-  for (const std::string& folder : {paths::parent(path), QWLocalPaths::userDirectory().value_or("")}) {
-    if (!QWFileManager::isWildcardPath(folder)) continue;
-    QWLog::appendLog("No backup can be written: \"*\" in the name of a folder is not supported (%@)", folder);
-    return false;
-  }
-  return true;
+Status possiblePath(const std::string& path) {
+  if (path.empty()) return Error{std::errc::no_such_file_or_directory, "There is no library to write the backup to"};
+  for (const std::string& folder : {paths::parent(path), QWLocalPaths::userDirectory().value_or("")})
+    if (QWFileManager::isWildcardPath(folder))
+      return Error{std::errc::invalid_argument,
+                   formatted("No backup can be written: \"*\" in the name of a folder is not supported (%@)", folder)};
+  return {};
 }
 
-bool writeSettings(const std::string& backup, const PropertyListDictionary& settings) {
+Status writeSettings(const std::string& file, const PropertyListDictionary& settings) {
   QWLog::appendLog("Writing settings file...");
-  const Status written = files().write(paths::join(backup, kBackupSettingsFile), writeXmlPropertyList(settings), {});
+  Status written = files().write(file, writeXmlPropertyList(settings), {});
   if (!written) QWLog::appendLog("The settings file could not be written: %@", written.error().text);
-  return written.ok();
+  return written;
 }
 
 PropertyListArray textArray(const std::vector<std::string>& texts) {
@@ -244,17 +265,24 @@ PropertyListDictionary copyApps(const AppList& apps, ItemCopier& copier) {
 
 }  // namespace
 
-WriteResult QWBackup::writeData(bool filesOnly) {
+WriteResult QWBackup::writeData(TaskReport& report, bool filesOnly) {
   QWLog::appendLog("Writing backup data to disk for %@", path_);
   createdFolder_.reset();
-  if (!isPossiblePath(path_)) return WriteResult::SettingsNotWritten;
-  auto hold = filesOnly ? holdBackupFolder(path_) : makeBackupFolder(path_, createdFolder_);
+  const auto refuse = [&](const Error& cause) {
+    report.failed(FileAction::Write, path_, cause);
+    return WriteResult::SettingsNotWritten;
+  };
+  if (const Status possible = possiblePath(path_); !possible) {
+    QWLog::appendLog("%@", possible.error().text);
+    return refuse(possible.error());
+  }
+  auto hold = filesOnly ? holdBackupFolder(path_) : makeBackupFolder(path_, createdFolder_, report);
   if (!hold) {
     QWLog::appendLog("Nothing was written: %@", hold.error().text);
-    return WriteResult::SettingsNotWritten;
+    return refuse(hold.error());
   }
 
-  ItemCopier copier(path_, filesOnly);
+  ItemCopier copier(path_, filesOnly, report);
   PropertyListDictionary settings = copyApps(children_, copier);
   if (!filesOnly) {
     if (settings.empty()) {
@@ -266,24 +294,27 @@ WriteResult QWBackup::writeData(bool filesOnly) {
       settings.set("projects", textArray(projects_));
     }
     // Written last: it marks the backup as complete.
-    if (!writeSettings(path_, settings)) return WriteResult::SettingsNotWritten;
+    if (const Status written = writeSettings(paths::join(path_, kBackupSettingsFile), settings); !written)
+      return refuse(written.error());
   }
   if (isDefault_) setDefault();
   // Waiting for the disk leaves time. Deferred where no thread is to be had.
   std::future<Status> sync = std::async([this] { return files().sync(path_); });
   QWLog::appendLog("Unlocking backup...");
   QWFileManager::unlockFolder(path_);
-  QWFileManager::touchFile(path_);
+  if (const Status touched = QWFileManager::touchFile(path_); !touched)
+    QWLog::appendLog("The backup keeps its old date: %@", touched.error().text);
   hold->reset();
   QWDataController::sharedController().populateBackups();
   if (const Status synced = sync.get(); !synced) {
     QWLog::appendLog("The backup may not be on disk: %@", synced.error().text);
+    report.failed(FileAction::Sync, path_, synced.error());
     return WriteResult::SettingsNotWritten;
   }
   return WriteResult::Success;
 }
 
-void QWBackup::removeCreatedFolder() {
+void QWBackup::removeCreatedFolder(TaskReport& report) {
   if (!createdFolder_) return;
   // While the library is held nobody else can clear the path and make a folder of their own.
   const auto libraryHold = holdBackupFolder(paths::parent(path_));
@@ -292,7 +323,8 @@ void QWBackup::removeCreatedFolder() {
     QWLog::appendLog("%@ is left as it is: another process is working there", path_);
     return;
   }
-  if (!QWFileManager::removeFile(path_, 10s)) FailureTally::shared().add();
+  if (const Status removed = QWFileManager::removeFile(path_, 10s); !removed)
+    report.failed(FileAction::Remove, path_, removed.error());
   createdFolder_.reset();
 }
 

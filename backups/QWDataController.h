@@ -12,6 +12,7 @@
 #include "backups/QWBackup.h"
 #include "base/Result.h"
 #include "catalog/Catalog.h"
+#include "services/TaskReport.h"
 
 namespace vantory {
 
@@ -55,12 +56,12 @@ class QWDataController {
   void populateBackups();
   void populateAutoBackups(bool reload = true);
   // Deletes the oldest automatic backups beyond the number the user wants kept, for good.
-  void manageAutoBackups();
-  // Moves the backup to the Trash and drops it from the list, any thread.
-  void removeBackup(const std::shared_ptr<QWBackup>& backup);
-  // Copies a backup from elsewhere into the library and restores it, on any thread. False when that failed; the log
-  // says why. To tell the user is the caller's part.
-  bool addBackupFromFile(const std::string& path);
+  TaskReport manageAutoBackups();
+  // Moves the backup to the Trash and drops it from the list, also when that fails. Any thread.
+  Status removeBackup(const std::shared_ptr<QWBackup>& backup);
+  // Copies a backup from elsewhere into the library and restores it, on any thread. False when nothing was restored;
+  // the report and the log say why. To tell the user is the caller's part.
+  bool addBackupFromFile(const std::string& path, TaskReport& report);
   // The first manual backup marked as default; null when there is none.
   std::shared_ptr<QWBackup> defaultBackup() const;
 

@@ -7,10 +7,10 @@
 #include "base/Paths.h"
 #include "base/Text.h"
 #include "platform/FileSystem.h"
-#include "services/FailureTally.h"
 #include "services/QWCmdUtils.h"
 #include "services/QWLocalPaths.h"
 #include "services/Runtime.h"
+#include "services/TaskReport.h"
 #include "services/files/QWFileManager.h"
 #include "services/log/QWLog.h"
 #include "services/settings/QWUserDefaults.h"
@@ -43,7 +43,8 @@ void moveToAutosaves(const std::string& path) {
   const auto folder = QWDataController::autosaveLocation();
   if (!folder || !QWFileManager::createDirectory(*folder)) return;
   const std::string target = paths::join(*folder, paths::lastComponent(path));
-  QWFileManager::moveFile(path, QWFileManager::uniqueFilename(target), 10s);
+  // One that stays where it is comes again at the next listing.
+  (void)QWFileManager::moveFile(path, QWFileManager::uniqueFilename(target), 10s);
 }
 
 struct Listing {
@@ -156,7 +157,8 @@ void QWDataController::populateAutoBackups(bool reload) {
   QWLog::appendLog("Auto backup population complete");
 }
 
-void QWDataController::manageAutoBackups() {
+TaskReport QWDataController::manageAutoBackups() {
+  TaskReport report;
   QWLog::appendLog("Managing old auto backups...");
   const long long maximum =
       std::max(0LL, QWUserDefaults::standardUserDefaults().integerForKey(setting::kMaxAutoBackups));
@@ -164,21 +166,22 @@ void QWDataController::manageAutoBackups() {
   populateAutoBackups(false);
 
   BackupList backups = autoBackupArray();
-  if (backups.size() <= static_cast<unsigned long long>(maximum)) return;
+  if (backups.size() <= static_cast<unsigned long long>(maximum)) return report;
   std::ranges::stable_sort(backups, [](const auto& left, const auto& right) { return left->dateCompare(*right) < 0; });
   const auto firstKept = backups.end() - maximum;
   for (auto oldest = backups.begin(); oldest != firstKept; ++oldest) {
     QWLog::appendLog("Removing auto backup %@...", (*oldest)->path());
-    if (!QWFileManager::removeFile((*oldest)->path(), 10s)) FailureTally::shared().add();
+    report.add(FileAction::Remove, (*oldest)->path(), QWFileManager::removeFile((*oldest)->path(), 10s));
   }
   backups.erase(backups.begin(), firstKept);
   MainThread::shared().runAndWait([&] { setAutoBackupArray(std::move(backups)); });
   tellRestorePane();
+  return report;
 }
 
-void QWDataController::removeBackup(const std::shared_ptr<QWBackup>& backup) {
+Status QWDataController::removeBackup(const std::shared_ptr<QWBackup>& backup) {
   QWLog::appendLog("Removing backup...");
-  if (!QWFileManager::trashFile(backup->path(), 10s)) FailureTally::shared().add();
+  const auto place = QWFileManager::trashFile(backup->path(), 10s);
   MainThread::shared().runAndWait([&] {
     Library library = backupArray();
     std::erase(library, std::static_pointer_cast<BackupNode>(backup));
@@ -186,6 +189,7 @@ void QWDataController::removeBackup(const std::shared_ptr<QWBackup>& backup) {
     BackupList automatic = autoBackupArray();
     if (std::erase(automatic, backup) > 0) setAutoBackupArray(std::move(automatic));
   });
+  return place ? Status() : place.error();
 }
 
 std::shared_ptr<QWBackup> QWDataController::defaultBackup() const {

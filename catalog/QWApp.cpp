@@ -91,8 +91,8 @@ int QWApp::lockStateOfItems() const {
   return tally.state();
 }
 
-void QWApp::lockFiles(int state) {
-  for (const auto& item : children_) item->lockFiles(state);
+void QWApp::lockFiles(int state, TaskReport& report) {
+  for (const auto& item : children_) item->lockFiles(state, report);
   updateLockStatus();
 }
 

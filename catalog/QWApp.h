@@ -60,7 +60,7 @@ class QWApp : public CatalogParent, public std::enable_shared_from_this<QWApp> {
   void updateLockStatus(bool refreshChildren) override;
   void updateLockStatus() { updateLockStatus(true); }
   // Locks (On) or unlocks the files of every lockable item.
-  void lockFiles(int state);
+  void lockFiles(int state, TaskReport& report);
 
   // Total size and newest change of the items, as far as they are known.
   std::uint64_t size() const;

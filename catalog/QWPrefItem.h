@@ -16,6 +16,7 @@
 namespace vantory {
 
 class BackupPlace;
+class TaskReport;
 
 // An item of the live catalog, or the copy of one that a backup holds. An Avid item also has one sub-item for each Avid
 // user. The states may be read and set from any thread; lists are replaced whole, by one thread at a time.
@@ -77,16 +78,18 @@ class QWPrefItem : public CatalogParent, public std::enable_shared_from_this<QWP
   // Takes the parent's state, mixed as on, and gives it to all its users.
   void inheritSelectionFromParent();
 
+  // What the three below do to each file, and why not, stands in the report.
+
   // Moves the item's files, and those of its ticked users, to the Trash; answers how many.
-  int trash();
+  int trash(TaskReport& report);
   // Locks (On) or unlocks the files of the item and its users, and brings all states up to date, the parent's too where
   // asked. Nothing happens to an item that is not lockable.
-  void lockFiles(int state, bool refreshParent = true);
+  void lockFiles(int state, TaskReport& report, bool refreshParent = true);
   void updateLockStatus(bool refreshUsers) override;
   void updateLockStatus() { updateLockStatus(true); }
   // Puts the backup's files of the item, and of its ticked users, in place; what was there goes to the Trash. A failure
   // leaves the file as it was, is logged, and does not stop the others.
-  void restoreFilesFromBackup(const BackupPlace& backup);
+  void restoreFilesFromBackup(const BackupPlace& backup, TaskReport& report);
 
   // Finds the Avid user folders, live or below a backup folder, and makes them the users.
   void populateAvidUsers();

@@ -6,8 +6,8 @@
 #include "catalog/BackupPlace.h"
 #include "catalog/QWPrefItem.h"
 #include "platform/FileSystem.h"
-#include "services/FailureTally.h"
 #include "services/Runtime.h"
+#include "services/TaskReport.h"
 #include "services/files/QWFileManager.h"
 #include "services/log/QWLog.h"
 
@@ -16,13 +16,6 @@ namespace vantory {
 namespace {
 
 constexpr std::chrono::seconds kTimeout{10};
-
-// 1 when the file is in the Trash now, 0 when that failed.
-int moveToTrash(const std::string& path) {
-  if (QWFileManager::trashFile(path, kTimeout)) return 1;
-  FailureTally::shared().add();
-  return 0;
-}
 
 // Finds the files that mark another as being in use.
 class Companions {
@@ -63,17 +56,34 @@ class Companions {
   std::set<std::string> names_;
 };
 
-// The file, and its companion. A path that is not known to exist is looked for first.
-int trashWithCompanion(const std::string& path, bool exists, Companions& companions) {
-  int count = 0;
-  // What cannot even be looked at is tried too, so that its failure is told.
-  if (exists || !QWFileManager::isMissingAtPath(path)) {
-    QWLog::appendLog("Trashing file %@", path);
-    count += moveToTrash(path);
+// Moves the files of one item to the Trash.
+class ItemTrashing {
+ public:
+  ItemTrashing(const std::string& item, TaskReport& report) : item_(item), report_(report) {}
+
+  // The file, and its companion. A path that is not known to exist is looked for first.
+  void trash(const std::string& path, bool exists, Companions& companions) {
+    // What cannot even be looked at is tried too, so that its failure is told.
+    if (exists || !QWFileManager::isMissingAtPath(path)) {
+      QWLog::appendLog("Trashing file %@", path);
+      move(path);
+    }
+    if (const auto companion = companions.of(path)) move(*companion);
   }
-  if (const auto companion = companions.of(path)) count += moveToTrash(*companion);
-  return count;
-}
+  int count() const { return count_; }
+
+ private:
+  void move(const std::string& path) {
+    const auto place = QWFileManager::trashFile(path, kTimeout);
+    if (!place) return report_.failed(FileAction::Trash, path, place.error(), item_);
+    report_.done(FileAction::Trash, path, item_, *place);
+    ++count_;
+  }
+
+  const std::string& item_;  // its key
+  TaskReport& report_;
+  int count_ = 0;
+};
 
 void tellLocking(const std::string& path) {
   QWLog::appendLog("Locking file %@", path);
@@ -116,27 +126,31 @@ std::optional<FileInfo> attributesOf(const std::string& path) {
 
 }  // namespace
 
-int QWPrefItem::trash() {
-  int count = 0;
+int QWPrefItem::trash(TaskReport& report) {
+  ItemTrashing trashing(key(), report);
   for (const std::string& pattern : files()) {
     Companions companions(QWFileManager::isWildcardPath(paths::lastComponent(pattern)));
-    for (const std::string& path : QWFileManager::filesMatchingWildcardPath(pattern))
-      count += trashWithCompanion(path, QWFileManager::isWildcardPath(pattern), companions);
+    for (const std::string& path : QWFileManager::filesMatchingWildcardPath(pattern, report))
+      trashing.trash(path, QWFileManager::isWildcardPath(pattern), companions);
   }
+  int count = trashing.count();
   for (const auto& user : users_)
-    if (user->selected() == On) count += user->trash();
+    if (user->selected() == On) count += user->trash(report);
   locked_ = Off;
   return count;
 }
 
-void QWPrefItem::lockFiles(int state, bool refreshParent) {
+void QWPrefItem::lockFiles(int state, TaskReport& report, bool refreshParent) {
   if (!lockable()) return;
+  const FileAction action = state == On ? FileAction::Lock : FileAction::Unlock;
   for (const std::string& pattern : files()) {
-    const std::vector<std::string> matches = QWFileManager::filesMatchingWildcardPath(pattern);
-    FailureTally::shared().add(state == On ? QWFileManager::lockFiles(matches, tellLocking)
-                                           : QWFileManager::unlockFiles(matches, tellUnlocking));
+    const std::vector<std::string> matches = QWFileManager::filesMatchingWildcardPath(pattern, report);
+    const auto outcomes = state == On ? QWFileManager::lockFiles(matches, tellLocking)
+                                      : QWFileManager::unlockFiles(matches, tellUnlocking);
+    for (std::size_t i = 0; i < matches.size(); ++i)
+      if (outcomes[i].changed || !outcomes[i].status) report.add(action, matches[i], outcomes[i].status, key());
   }
-  for (const auto& user : users_) user->lockFiles(state, false);
+  for (const auto& user : users_) user->lockFiles(state, report, false);
   updateLockStatus();
   if (!refreshParent) return;
   if (const auto holder = parent()) holder->updateLockStatus(false);

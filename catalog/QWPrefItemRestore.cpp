@@ -10,9 +10,9 @@
 #include "catalog/QWPrefItem.h"
 #include "platform/FileMetadata.h"
 #include "platform/FileSystem.h"
-#include "services/FailureTally.h"
 #include "services/QWLocalPaths.h"
 #include "services/Runtime.h"
+#include "services/TaskReport.h"
 #include "services/files/QWFileManager.h"
 #include "services/log/QWLog.h"
 
@@ -44,35 +44,16 @@ void logCause(std::string_view cause) {
   QWLog::appendLog("Error copying file: %@. Authorizing...", cause);
 }
 
-void logOutcome(bool copied) {
-  QWLog::appendLog(copied ? "File copied successfully." : "File failed to copy.");
-  if (!copied) FailureTally::shared().add();
-}
-
-// Tells of a copy that cannot be made; the live file stays as it is.
-void refuse(const std::string& source, const std::string& destination, std::string_view cause) {
-  QWLog::appendLog("Copying file %@ to %@", source, destination);
-  logCause(cause);
-  logOutcome(false);
-}
-
 // Nothing else that keeps a copy from being made is worth trying with administrator rights.
 bool areRightsMissingIn(const std::string& folder, const Error& error) {
   return rightsCouldHelp(error) && !Runtime::current().platform().metadata.isWritable(folder);
 }
 
-void trashLiveFile(const std::string& path) {
-  if (QWFileManager::isMissingAtPath(path)) return;
-  QWLog::appendLog("Trashing file %@", path);
-  const bool trashed = QWFileManager::trashFile(path, kTimeout);
-  QWLog::appendLog(trashed ? "File trashed successfully." : "File failed to trash.");
-}
-
-bool putInPlace(const Staged& staged, const std::string& source, const std::string& destination) {
+Status putInPlace(const Staged& staged, const std::string& source, const std::string& destination) {
   if (staged) {
-    const Status committed = (*staged)->commit(StagedCopy::Existing::Keep);
+    Status committed = (*staged)->commit(StagedCopy::Existing::Keep);
     if (!committed) logCause(committed.error().text);
-    return committed.ok();
+    return committed;
   }
   // With administrator rights a live file that could not be trashed, or not even seen, would be written over.
   if (!QWFileManager::isMissingAtPath(destination)) return QWFileManager::copyFile(source, destination, false);
@@ -85,38 +66,84 @@ bool mayBeHeld(const std::string& path) {
   return info || !QWFileManager::meansMissing(info.error());
 }
 
-void restoreMatch(const std::string& source, const std::string& backupPath) {
-  const std::optional<std::string> place = destinationOf(source, backupPath);
+// Puts the files of one item back.
+class ItemRestoring {
+ public:
+  ItemRestoring(std::string backupPath, const std::string& item, TaskReport& report)
+      : backupPath_(std::move(backupPath)), item_(item), report_(report) {}
+
+  // `source` lies in the backup.
+  void restore(const std::string& source);
+
+ private:
+  Status replace(const Staged& staged, const std::string& source, const std::string& destination);
+  Status trashLiveFile(const std::string& path);
+  void note(const std::string& path, const Status& copied);
+
+  const std::string backupPath_;
+  const std::string& item_;  // its key
+  TaskReport& report_;
+};
+
+void ItemRestoring::note(const std::string& path, const Status& copied) {
+  QWLog::appendLog(copied ? "File copied successfully." : "File failed to copy.");
+  report_.add(FileAction::Restore, path, copied, item_, path);
+}
+
+Status ItemRestoring::trashLiveFile(const std::string& path) {
+  if (QWFileManager::isMissingAtPath(path)) return {};
+  QWLog::appendLog("Trashing file %@", path);
+  const auto place = QWFileManager::trashFile(path, kTimeout);
+  QWLog::appendLog(place ? "File trashed successfully." : "File failed to trash.");
+  if (!place) return place.error();
+  report_.done(FileAction::Trash, path, item_, *place);
+  return {};
+}
+
+Status ItemRestoring::replace(const Staged& staged, const std::string& source, const std::string& destination) {
+  const Status trashed = trashLiveFile(destination);
+  QWLog::appendLog("Copying file %@ to %@", source, destination);
+  Status copied = putInPlace(staged, source, destination);
+  // What is in the way is there because it could not be trashed.
+  return copied || trashed ? copied : trashed;
+}
+
+void ItemRestoring::restore(const std::string& source) {
+  const std::optional<std::string> place = destinationOf(source, backupPath_);
   if (!place) {
-    logCause(source + " has no place on this system");
-    return logOutcome(false);
+    const Error nowhere = {std::errc::invalid_argument, source + " has no place on this system"};
+    logCause(nowhere.text);
+    return note(source, nowhere);
   }
   const std::string& destination = *place;
   const std::string folder = paths::parent(destination);
+  // A folder that cannot be made or unlocked keeps the copy from being made, which is told.
   if (!QWFileManager::fileExistsAtPath(folder)) {
     QWLog::appendLog("Creating destination folder %@", folder);
-    QWFileManager::createDirectory(folder, kTimeout);
+    (void)QWFileManager::createDirectory(folder, kTimeout);
   }
-  QWFileManager::unlockFile(folder);
+  (void)QWFileManager::unlockFile(folder);
 
   // The copy is finished, but for its name, before the live file is touched: a bad backup or a full disk costs nothing.
   const Staged staged = QWFileManager::stageCopy(
-      {.source = source, .destination = destination, .sourceRoot = backupPath, .links = Links::DoNotFollow});
-  if (!staged && !areRightsMissingIn(folder, staged.error())) return refuse(source, destination, staged.error().text);
-  trashLiveFile(destination);
+      {.source = source, .destination = destination, .sourceRoot = backupPath_, .links = Links::DoNotFollow});
+  if (staged || areRightsMissingIn(folder, staged.error()))
+    return note(destination, replace(staged, source, destination));
   QWLog::appendLog("Copying file %@ to %@", source, destination);
-  logOutcome(putInPlace(staged, source, destination));
+  logCause(staged.error().text);
+  note(destination, staged.error());
 }
 
 }  // namespace
 
-void QWPrefItem::restoreFilesFromBackup(const BackupPlace& backup) {
+void QWPrefItem::restoreFilesFromBackup(const BackupPlace& backup, TaskReport& report) {
   const std::string root = paths::join(backup.path(), "");
+  ItemRestoring restoring(root, key(), report);
   for (const std::string& pattern : files())
-    for (const std::string& path : QWFileManager::filesMatchingWildcardPath(backup.safeUserPath(pattern), root))
-      if (mayBeHeld(path)) restoreMatch(path, root);
+    for (const std::string& path : QWFileManager::filesMatchingWildcardPath(backup.safeUserPath(pattern), root, report))
+      if (mayBeHeld(path)) restoring.restore(path);
   for (const auto& user : users_)
-    if (user->selected() == On) user->restoreFilesFromBackup(backup);
+    if (user->selected() == On) user->restoreFilesFromBackup(backup, report);
 }
 
 }  // namespace vantory

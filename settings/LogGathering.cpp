@@ -66,7 +66,7 @@ void LogGathering::addFile(const std::string& path) {
   add(path, "Unable to copy file: %@");
 }
 
-bool LogGathering::packInto(const std::string& archive) const {
+Status LogGathering::packInto(const std::string& archive) const {
   return QWFileManager::compressFile(folder_, archive);
 }
 

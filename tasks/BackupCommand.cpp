@@ -5,7 +5,6 @@
 #include "backups/QWBackup.h"
 #include "backups/QWDataController.h"
 #include "platform/SystemLog.h"
-#include "services/FailureTally.h"
 #include "services/Runtime.h"
 #include "services/files/QWFileManager.h"
 #include "tasks/AppController.h"
@@ -40,21 +39,21 @@ std::shared_ptr<QWBackup> makeRecord(const std::string& name, const std::optiona
   return backup;
 }
 
-void write(QWBackup& backup, const AppController& controller) {
-  switch (backup.writeData()) {
+void write(QWBackup& backup, const AppController& controller, TaskReport& report) {
+  switch (backup.writeData(report)) {
     case WriteResult::NoFiles:
       controller.reportFailure({.text = "Vantory: Backup not created - no files to copy.",
                                 .title = "Backup not created",
                                 .description = "No files to backup",
                                 .console = "Backup not created - no files to copy"});
-      backup.removeCreatedFolder();
+      backup.removeCreatedFolder(report);
       break;
     case WriteResult::SettingsNotWritten:
       controller.reportFailure({.text = "Vantory: Error writing backup file.",
                                 .title = "Backup failed",
                                 .description = "Error writing backup file",
                                 .console = "Error writing backup file"});
-      backup.removeCreatedFolder();
+      backup.removeCreatedFolder(report);
       break;
     case WriteResult::Success:
       controller.postGrowlNotification("Vantory", "Backup complete");
@@ -89,14 +88,15 @@ int backupCommand(const CommandContext& context) {
     return 1;
   }
   // Writing it moves a backup that has the name to the Trash, unless another process is at work on that.
-  write(*makeRecord(name, keys), controller);
+  write(*makeRecord(name, keys), controller, context.report);
   return 0;  // also where there was nothing to back up
 }
 
 int autoBackupCommand(const CommandContext& context) {
   context.controller.postGrowlNotification("Vantory", "Backing up preferences...");
   QWDataController::sharedController().populateApps();
-  if (QWBackup::autoBackup()->writeData() == WriteResult::SettingsNotWritten) FailureTally::shared().add();
+  // The result makes no difference here: the report has it.
+  (void)QWBackup::autoBackup()->writeData(context.report);
   context.controller.postGrowlNotification("Vantory", "Backup complete");
   return 0;
 }

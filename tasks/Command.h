@@ -12,6 +12,7 @@
 namespace vantory {
 
 class AppController;
+class TaskReport;
 
 // What a running command has to work with.
 struct CommandContext {
@@ -19,6 +20,7 @@ struct CommandContext {
   std::size_t position;                       // of the option
   const AppController& controller;
   std::ostream& output;
+  TaskReport& report;  // to be filled
 
   std::size_t operandCount() const { return arguments.size() - position - 1; }
   // The n-th argument after the option, counted from 1; none when there are fewer.

@@ -21,7 +21,7 @@ int setLocks(const CommandContext& context, State state) {
                               .description = "Invalid keys"});
     return 1;
   }
-  for (const auto& item : itemsForOperand(operand, keys)) item->lockFiles(state);
+  for (const auto& item : itemsForOperand(operand, keys)) item->lockFiles(state, context.report);
   controller.postGrowlNotification("Vantory", state == On ? "Lock complete" : "Unlock complete");
   return 0;
 }

@@ -8,7 +8,7 @@
 #include "base/Text.h"
 #include "base/TextTable.h"
 #include "platform/Users.h"
-#include "services/FailureTally.h"
+#include "services/TaskReport.h"
 #include "tasks/Command.h"
 #include "tasks/DryRun.h"
 #include "tasks/Question.h"
@@ -96,11 +96,12 @@ int previewTask(const QuestionContext& context) {
   if (command->asSuperuser) Runtime::current().platform().users.becomeSuperuser();
   DryRun run(arguments, context.errors);
   int exitCode = 1;
+  TaskReport report;
   if (run.begin(command->usesBackups)) {
     std::ostringstream printed;  // what the task says is not what it does
-    exitCode = command->run({arguments, 1, run.controller(), printed});
+    exitCode = command->run({arguments, 1, run.controller(), printed, report});
   }
-  if (const std::size_t failures = FailureTally::shared().count(); failures > 0)
+  if (const std::size_t failures = report.count(FileReport::Outcome::Failed); failures > 0)
     context.errors << "Vantory: " << failures << (failures == 1 ? " file" : " files") << " could not be processed.\n";
   context.output << (context.form == AnswerForm::Json ? json(*command, exitCode, run.changes()) : table(run.changes()));
   return exitCode;

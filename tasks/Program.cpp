@@ -11,9 +11,9 @@
 #include "platform/SystemInfo.h"
 #include "platform/SystemLog.h"
 #include "platform/Users.h"
-#include "services/FailureTally.h"
 #include "services/QWLocalPaths.h"
 #include "services/Runtime.h"
+#include "services/TaskReport.h"
 #include "services/files/QWFileManager.h"
 #include "services/log/QWException.h"
 #include "services/log/QWLog.h"
@@ -47,8 +47,17 @@ int refuse(const std::string& reason, const Folder& home) {
   return 1;
 }
 
-void reportPartialFailure() {
-  const std::size_t failures = FailureTally::shared().count();
+// What failed as a whole, such as the writing of a backup, is told by its cause, which is in the log already;
+// preference files are counted.
+void tellFailures(const TaskReport& report) {
+  std::size_t failures = 0;
+  for (const FileReport& file : report.files()) {
+    if (file.outcome != FileReport::Outcome::Failed) continue;
+    if (file.action == FileAction::Write || file.action == FileAction::Sync)
+      platform().systemLog.write(printable(file.cause->text));
+    else
+      ++failures;
+  }
   if (failures == 0) return;
   QWLog::appendLogAndPrint("%i %@ could not be processed - see the log for details.", failures,
                            failures == 1 ? "file" : "files");
@@ -66,8 +75,9 @@ int runCommand(const ChosenCommand& chosen, std::ostream& output, std::ostream& 
   runtime.guard = &runtime.shared<QWVantoryUtilities>();
   AppController controller;
   controller.initWithoutGUI();
-  const int exitCode = command.run({platform().system.arguments(), chosen.position, controller, output});
-  reportPartialFailure();
+  TaskReport report;
+  const int exitCode = command.run({platform().system.arguments(), chosen.position, controller, output, report});
+  tellFailures(report);
   QWLog::finishWriting();
   return exitCode;
 }

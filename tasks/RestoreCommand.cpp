@@ -68,7 +68,7 @@ int restoreCommand(const CommandContext& context) {
   QWDataController::sharedController().populateApps();
   const auto backup = QWBackup::backupWithFile(path);
   if (keys) deselectAllBut(*keys, *backup);
-  backup->restore();
+  backup->restore(context.report);
   controller.postGrowlNotification("Vantory", "Restore complete");
   return 0;
 }
@@ -85,7 +85,7 @@ int restoreDefaultCommand(const CommandContext& context) {
     controller.postGrowlNotification("Unable to restore backup", "No default backup set.");
     return 1;
   }
-  backup->restore();
+  backup->restore(context.report);
   controller.postGrowlNotification("Default backup restored", backup->name());
   return 0;
 }

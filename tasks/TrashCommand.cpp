@@ -4,12 +4,10 @@
 #include <string_view>
 
 #include "backups/QWDataController.h"
-#include "services/log/QWLog.h"
-#include "services/settings/QWUserDefaults.h"
-#include "services/settings/SettingsKeys.h"
 #include "tasks/AppController.h"
 #include "tasks/Command.h"
 #include "tasks/KeyList.h"
+#include "tasks/TrashRun.h"
 
 namespace vantory {
 
@@ -28,13 +26,6 @@ KeyList keysOf(const std::string& operand) {
   return keys;
 }
 
-void restoreDefaultIfWanted() {
-  if (QWUserDefaults::standardUserDefaults().integerForKey(setting::kAutoRestoreDefault) != 1) return;
-  QWLog::appendLog("Finding default backup to restore...");
-  // The library is searched as it stands: this task does not load it.
-  if (const auto backup = QWDataController::sharedController().defaultBackup()) backup->restore();
-}
-
 }  // namespace
 
 int trashCommand(const CommandContext& context) {
@@ -48,8 +39,8 @@ int trashCommand(const CommandContext& context) {
         {.text = "Vantory: Unable to trash. Invalid keys.", .title = "Trash failed", .description = "Invalid keys"});
     return 1;
   }
-  for (const auto& item : itemsForOperand(operand, keys)) item->trash();
-  restoreDefaultIfWanted();
+  TrashObserver nobody;
+  (void)TrashRun(context.report, nobody).run({{.app = nullptr, .items = itemsForOperand(operand, keys)}});
   controller.postGrowlNotification("Vantory", "Trash complete");
   return 0;
 }

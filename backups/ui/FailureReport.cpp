@@ -1,6 +1,7 @@
+// How the outcome of a task is put before the person.
 #include "backups/ui/FailureReport.h"
 
-#include "services/FailureTally.h"
+#include "services/TaskReport.h"
 #include "services/log/QWLog.h"
 
 namespace vantory {
@@ -10,9 +11,21 @@ void reportFailure(const std::string& failure, const std::string& reason, AlertP
   QWAlert::alertSheetWithMessageText(failure, reason, parentWindow);
 }
 
-void reportIncompleteRestore(std::size_t failuresBefore) {
-  if (FailureTally::shared().count() > failuresBefore)
-    reportFailure("Not everything could be restored", "The log names the files that could not be put back.");
+std::string withCauses(const std::string& text, const TaskReport& report) {
+  const std::string causes = report.causes();
+  if (text.empty() || causes.empty()) return text + causes;
+  return text + "\n\n" + causes;
+}
+
+void reportFailedPruning(const TaskReport& report) {
+  if (report.hasFailures()) reportFailure("Old automatic backups could not be removed", report.causes());
+}
+
+void reportIncompleteRestore(const TaskReport& report) {
+  if (report.isWhole() && report.count(FileReport::Outcome::Done, FileAction::Restore) > 0) return;
+  const bool any = report.count(FileReport::Outcome::Done, FileAction::Restore) > 0;
+  reportFailure(any ? "Not everything could be restored" : "Nothing was restored",
+                withCauses(report.isCancelled() ? "The restore was cancelled." : "", report));
 }
 
 }  // namespace vantory

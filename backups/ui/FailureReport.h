@@ -1,18 +1,25 @@
-// Failures, as the person at the window and the log are told of them.
+// What came of a task, as the person at the window and the log are told of it.
 #pragma once
 
-#include <cstddef>
 #include <string>
 
 #include "services/messages/QWAlert.h"
 
 namespace vantory {
 
+class TaskReport;
+
 // Logs what failed and shows it as an alert; blocks until that is answered. Any thread.
 void reportFailure(const std::string& failure, const std::string& reason,
                    AlertParent parentWindow = AlertParent::MainWindow);
 
-// Tells in the same way of files that could not be restored since the tally of failures stood there.
-void reportIncompleteRestore(std::size_t failuresBefore);
+// The text, and below it what the report names as causes, where it names any.
+std::string withCauses(const std::string& text, const TaskReport& report);
+
+// Tells of old automatic backups that could not be removed; nothing where all were.
+void reportFailedPruning(const TaskReport& report);
+
+// Tells of files that were not put back; nothing where all were. Any thread.
+void reportIncompleteRestore(const TaskReport& report);
 
 }  // namespace vantory

@@ -69,11 +69,13 @@ bool askToReplace(const std::string& name, const std::string& target) {
   return answer == QWAlert::Default;
 }
 
-// Nothing to do for a new backup, and for one that keeps its name.
+// Nothing to do for a new backup, and for one that keeps its name. One that cannot be renamed is written under the old
+// name.
 void rename(QWBackup& backup, const std::string& name, const std::string& target) {
   if (backup.name() == name) return;
   QWLog::appendLog("Backup is being renamed from %@ to %@", backup.name(), name);
-  if (!QWFileManager::moveFile(backup.path(), target, 10s)) return;
+  if (const Status moved = QWFileManager::moveFile(backup.path(), target, 10s); !moved)
+    return reportFailure("Unable to rename the backup", moved.error().text);
   MainThread::shared().runAndWait([&] {
     backup.setName(name);
     backup.setPath(target);
@@ -116,7 +118,11 @@ void QWBackupEditController::backup() {
   parts_.dialog.close();
   SerialWork::tasks().add([&writer, written, name, target, replaces] {
     QWAuthorization::sharedController().beginTask();
-    if (replaces) QWFileManager::trashFile(target, 10s);
+    // What cannot be trashed keeps the new one from being written, which is told.
+    if (replaces) {
+      const auto place = QWFileManager::trashFile(target, 10s);
+      if (place) QWLog::appendLog("What was %@ is in the Trash now: %@", target, *place);
+    }
     rename(*written, name, target);
     writer.writeBackupOnThread(written);
   });

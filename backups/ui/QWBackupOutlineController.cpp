@@ -11,7 +11,7 @@
 #include "backups/ui/QWRestoreOutlineController.h"
 #include "base/Format.h"
 #include "platform/Controls.h"
-#include "services/FailureTally.h"
+#include "services/TaskReport.h"
 #include "services/log/QWLog.h"
 #include "services/messages/QWAlert.h"
 #include "services/threads/MainThread.h"
@@ -54,29 +54,31 @@ void QWBackupOutlineController::writeBackupOnThread(const std::shared_ptr<QWBack
   MainThread& mainThread = MainThread::shared();
   QWLog::appendLog("Writing backup...");
   mainThread.runAndWait([this] { parts_.spinner.startAnimation(); });
-  const std::size_t failures = FailureTally::shared().count();
-  switch (backup->writeData()) {
+  TaskReport report;
+  switch (backup->writeData(report)) {
     case WriteResult::NoFiles:
       QWLog::appendLog("Backup failed - no files to copy");
       QWAlert::alertSheetWithMessageText(
           "No files to copy",
-          "The backup was not created because none of the selected preference files exist on disk. To recreate them, "
-          "launch the selected applications or restore an existing backup.");
-      dropFailedBackup(*backup);
+          withCauses("The backup was not created because none of the selected preference files exist on disk. To "
+                     "recreate them, launch the selected applications or restore an existing backup.",
+                     report));
+      dropFailedBackup(*backup, report);
       break;
     case WriteResult::SettingsNotWritten:
       QWLog::appendLog("Backup failed - error creating file");
       QWAlert::alertSheetWithMessageText("Error creating file",
-                                         formatted("Please make sure you have write permissions for the folder %@.",
-                                                   QWDataController::vantoryBackupLocation()));
-      dropFailedBackup(*backup);
+                                         withCauses(formatted("Please make sure you have write permissions for the "
+                                                              "folder %@.",
+                                                              QWDataController::vantoryBackupLocation()),
+                                                    report));
+      dropFailedBackup(*backup, report);
       break;
     case WriteResult::Success:
       QWLog::appendLog("Backup successful");
       QWDataController::sharedController().populateBackups();
       mainThread.runAndWait([&] { selectBackupInRestoreTab(backup); });
-      if (FailureTally::shared().count() > failures)
-        reportFailure("Not everything could be backed up", "The log names the files that are not in the backup.");
+      if (!report.isWhole()) reportFailure("Not everything could be backed up", report.causes());
       break;
   }
   mainThread.runAndWait([this] { parts_.spinner.stopAnimation(); });

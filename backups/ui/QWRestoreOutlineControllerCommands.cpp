@@ -13,7 +13,7 @@
 #include "base/Format.h"
 #include "base/Paths.h"
 #include "platform/Controls.h"
-#include "services/FailureTally.h"
+#include "services/TaskReport.h"
 #include "services/files/QWAuthorization.h"
 #include "services/files/QWFileManager.h"
 #include "services/log/QWLog.h"
@@ -33,17 +33,17 @@ void reportVanished(const QWBackup& backup) {
 }
 
 // The list had dropped it already.
-void reportFailedRemoval() {
+void reportFailedRemoval(const Error& cause) {
   QWDataController::sharedController().populateBackups();
-  reportFailure("Unable to remove the backup", "It could not be moved to the Trash, and stays in the library.");
+  reportFailure("Unable to remove the backup",
+                formatted("It could not be moved to the Trash, and stays in the library.\n\n%@", cause.text));
 }
 
 // The old backup is in the Trash by now, and half of a new one is worth nothing.
-void reportFailedWriting(QWBackup& backup) {
-  dropFailedBackup(backup);
+void reportFailedWriting(QWBackup& backup, TaskReport& report) {
+  dropFailedBackup(backup, report);
   reportFailure("Unable to unlink the projects",
-                formatted("The backup \"%@\" could not be written anew. Where the old one is gone, it is in the Trash.",
-                          backup.name()));
+                withCauses(formatted("The backup \"%@\" could not be written anew.", backup.name()), report));
 }
 
 }  // namespace
@@ -80,15 +80,18 @@ void QWRestoreOutlineController::restoreOnThread(const std::shared_ptr<QWBackup>
   QWLog::appendLog("Beginning restoration of backup %@", backup->name());
   mainThread.runAndWait([this] { parts_.spinner.startAnimation(); });
   QWLog::appendLog("Creating auto backup...");
-  QWBackup::writeAutoBackup();
+  TaskReport report;
+  QWBackup::writeAutoBackup(report);
   QWLog::appendLog("Restoring backup...");
-  const std::size_t failures = FailureTally::shared().count();
-  backup->restore();
+  backup->restore(report);
   mainThread.runAndWait([this] { parts_.spinner.stopAnimation(); });
   QWLog::appendLog("Preferences restored");
-  QWAlert::alertSheetWithMessageText("Preferences successfully restored", "You may now relaunch your applications.");
-  reportIncompleteRestore(failures);
-  QWDataController::sharedController().manageAutoBackups();
+  if (report.isWhole() && report.count(FileReport::Outcome::Done, FileAction::Restore) > 0)
+    QWAlert::alertSheetWithMessageText("Preferences successfully restored",
+                                       withCauses("You may now relaunch your applications.", report));
+  else
+    reportIncompleteRestore(report);
+  reportFailedPruning(QWDataController::sharedController().manageAutoBackups());
 }
 
 void QWRestoreOutlineController::editBackup() {
@@ -112,7 +115,8 @@ void QWRestoreOutlineController::unlinkProjects() {
   runOnThread([backup] {
     if (QWFileManager::isMissingAtPath(backup->path())) return reportVanished(*backup);
     MainThread::shared().runAndWait([&] { backup->setProjects({}); });
-    if (backup->writeData() != WriteResult::Success) reportFailedWriting(*backup);
+    TaskReport report;
+    if (backup->writeData(report) != WriteResult::Success) reportFailedWriting(*backup, report);
   });
 }
 
@@ -125,10 +129,12 @@ void QWRestoreOutlineController::updateBackupFilesOnThread(const std::shared_ptr
   QWAuthorization::sharedController().beginTask();
   MainThread& mainThread = MainThread::shared();
   mainThread.runAndWait([this] { parts_.spinner.startAnimation(); });
-  const WriteResult written = backup->writeData(true);
+  TaskReport report;
+  const WriteResult written = backup->writeData(report, true);
   mainThread.runAndWait([this] { parts_.spinner.stopAnimation(); });
-  if (written != WriteResult::Success)
-    return reportFailure("Unable to update files", "An error occurred when updating files for this backup.");
+  if (written != WriteResult::Success || !report.isWhole())
+    return reportFailure("Unable to update files",
+                         withCauses("An error occurred when updating files for this backup.", report));
   QWAlert::alertSheetWithMessageText("Files successfully updated",
                                      "This backup is now using the latest preferences on your system.");
 }
@@ -141,7 +147,8 @@ void QWRestoreOutlineController::rename(const std::shared_ptr<QWBackup>& backup,
     const auto renamed = recordInLibrary(backup);
     const std::string free = freeNameFor(*renamed, cleaned);
     const std::string path = paths::join(paths::parent(renamed->path()), backupFileName(free));
-    if (!QWFileManager::moveFile(renamed->path(), path, 20s)) return;
+    if (const Status moved = QWFileManager::moveFile(renamed->path(), path, 20s); !moved)
+      return reportFailure("Unable to rename the backup", moved.error().text);
     MainThread::shared().runAndWait([&] {
       // Commands that wait for their turn know the one that was selected when they were given.
       for (const auto& record : {renamed, backup}) {
@@ -169,9 +176,9 @@ bool QWRestoreOutlineController::keyUp(OutlineKey key) {
   QWLog::appendLog("User chose to remove backup");
   runOnThread([this, backup] {
     const auto removed = recordInLibrary(backup);
-    QWDataController::sharedController().removeBackup(removed);
+    const Status trashed = QWDataController::sharedController().removeBackup(removed);
     reload();
-    if (!QWFileManager::isMissingAtPath(removed->path())) reportFailedRemoval();
+    if (!trashed) reportFailedRemoval(trashed.error());
   });
   return true;
 }

@@ -46,10 +46,11 @@ void mail(const QWBackup& backup) {
   const auto folder = QWLocalPaths::tempDirectory();
   if (!folder) return reportFailure(kFailure, "Could not compress backup file.");
   const std::string zip = paths::join(*folder, paths::lastComponent(backup.path()) + ".zip");
-  if (QWFileManager::itemExistsAtPath(zip) && !QWFileManager::removeFile(zip, 10s))
-    return reportFailure(kFailure, formatted("The zip file of an earlier time could not be deleted: %@", zip));
-  if (!QWFileManager::compressFile(backup.path(), zip))
-    return reportFailure(kFailure, "Could not compress backup file.");
+  if (const Status removed = QWFileManager::removeFile(zip, 10s); !removed)
+    return reportFailure(kFailure,
+                         formatted("The zip file of an earlier time could not be deleted: %@", removed.error().text));
+  if (const Status packed = QWFileManager::compressFile(backup.path(), zip); !packed)
+    return reportFailure(kFailure, formatted("Could not compress backup file.\n\n%@", packed.error().text));
   const Status sent = documents().mail(zip);
   if (!sent) reportFailure(kFailure, sent.error().text);
 }

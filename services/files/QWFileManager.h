@@ -17,21 +17,28 @@
 
 namespace vantory {
 
-// All functions may be called from any thread. A true result means that the effect is there.
+class TaskReport;
+
+// All functions may be called from any thread. Success means that the effect is there; a failure carries its cause, and
+// is in the log already unless a function says otherwise.
 class QWFileManager {
  public:
-  // Paths by pattern (WildcardPaths.cpp). In a pattern, every component that contains "*" stands for all matching
-  // entries of one folder.
+  // Paths by pattern (QWFileManagerPatterns.cpp). In a pattern, every component that contains "*" stands for all
+  // matching entries of one folder.
   static std::vector<std::string> filesMatchingWildcardPath(const std::string& pattern);
   // Whether the path is a pattern, all of whose matches exist; any other path matches itself, whether or not it does.
   // The path of a folder with a "*" in its own name looks like one too, and is of no use as a place for files.
   static bool isWildcardPath(std::string_view path);
   static std::vector<std::string> filesMatchingWildcardPath(const std::string& pattern,
                                                             const std::string& fromBasePath);
+  // The same for a task: folders that cannot be listed are logged and told in its report, each once.
+  static std::vector<std::string> filesMatchingWildcardPath(const std::string& pattern, TaskReport& report);
+  static std::vector<std::string> filesMatchingWildcardPath(const std::string& pattern, const std::string& fromBasePath,
+                                                            TaskReport& report);
   // The first match, else the base joined with the pattern as written.
   static std::string decodeWildcardPath(const std::string& pattern, const std::string& fromBasePath);
 
-  // Questions and names (FileUtilities.cpp).
+  // Questions and names (QWFileManagerQuestions.cpp).
   static bool fileExistsAtPath(const std::string& path);   // links followed
   static bool isDirectoryAtPath(const std::string& path);  // links followed
   static bool isSymbolicLinkAtPath(const std::string& path);
@@ -55,9 +62,9 @@ class QWFileManager {
   // Names of a folder's entries; empty when it cannot be read.
   static std::vector<std::string> contentsOfDirectory(const std::string& path);
   // Sets the time of last change to now; never creates a file.
-  static bool touchFile(const std::string& path);
+  static Status touchFile(const std::string& path);
 
-  // Colour labels (FinderLabels.cpp).
+  // Colour labels (QWFileManagerQuestions.cpp).
   struct LabelColor {
     double hue, saturation, brightness;
   };
@@ -66,20 +73,21 @@ class QWFileManager {
   static void setFinderColorIndex(std::uint16_t index, const std::string& forPath);
   static std::optional<LabelColor> finderColorForPath(const std::string& path);
 
-  // Changes (FileOperations.cpp). They clear the immutable flag where it is in the way, try as the user, and on failure
-  // log the reason and, with shouldAuth, try again with administrator rights where rights can help.
-  static bool copyFile(const std::string& source, const std::string& toPath, bool shouldAuth = true);
+  // Changes (QWFileManagerChanges.cpp). They clear the immutable flag where it is in the way, try as the user, and on
+  // failure log the reason and, with shouldAuth, try again with administrator rights where rights can help.
+  static Status copyFile(const std::string& source, const std::string& toPath, bool shouldAuth = true);
   // A copy of the source that was staged before, with the file system itself, is taken as it is.
-  static bool copyFile(const std::string& source, const std::string& toPath, std::chrono::seconds timeout,
-                       std::unique_ptr<StagedCopy> staged = nullptr);
-  static bool moveFile(const std::string& source, const std::string& toPath, bool shouldAuth = true);
-  static bool moveFile(const std::string& source, const std::string& toPath, std::chrono::seconds timeout);
-  static bool removeFile(const std::string& path, bool shouldAuth = true);
-  static bool removeFile(const std::string& path, std::chrono::seconds timeout);
-  static bool trashFile(const std::string& path, bool shouldAuth = true);
-  static bool trashFile(const std::string& path, std::chrono::seconds timeout);
-  static bool createDirectory(const std::string& path, bool shouldAuth = true);
-  static bool createDirectory(const std::string& path, std::chrono::seconds timeout);
+  static Status copyFile(const std::string& source, const std::string& toPath, std::chrono::seconds timeout,
+                         std::unique_ptr<StagedCopy> staged = nullptr);
+  static Status moveFile(const std::string& source, const std::string& toPath, bool shouldAuth = true);
+  static Status moveFile(const std::string& source, const std::string& toPath, std::chrono::seconds timeout);
+  static Status removeFile(const std::string& path, bool shouldAuth = true);
+  static Status removeFile(const std::string& path, std::chrono::seconds timeout);
+  // Answers where it lies now; nothing where that is not known, or nothing was there.
+  static Result<std::string> trashFile(const std::string& path, bool shouldAuth = true);
+  static Result<std::string> trashFile(const std::string& path, std::chrono::seconds timeout);
+  static Status createDirectory(const std::string& path, bool shouldAuth = true);
+  static Status createDirectory(const std::string& path, std::chrono::seconds timeout);
   // The first step of a copy that replaces something: a finished copy without its name. Its notes are logged; a failure
   // is logged by the caller.
   static Result<std::unique_ptr<StagedCopy>> stageCopy(const CopyRequest& request);
@@ -94,32 +102,37 @@ class QWFileManager {
   // Within a second, also inside a file; nothing of the copy stays. The delegate is told as of any other end.
   static void cancelFileOperation(FileOperation& operation);
 
-  // By the system's own tools (ToolOperations.cpp). The zip archive holds the item under its own name and is there
+  // By the system's own tools (QWFileManagerTools.cpp). The zip archive holds the item under its own name and is there
   // whole or not at all; an older one of that name goes to the Trash first. Private to the user (0600).
-  static bool compressFile(const std::string& source, const std::string& toDestinationFile);
+  static Status compressFile(const std::string& source, const std::string& toDestinationFile);
   // Makes the application that the path stands for known to the desktop, also when it has changed.
-  static bool registerApplicationWithLaunchServices(const std::string& path);
+  static Status registerApplicationWithLaunchServices(const std::string& path);
 
-  // Whole folders (FolderOperations.cpp).
-  static bool copyContentsOfDirectory(const std::string& source, const std::string& toPath,
-                                      std::chrono::seconds timeout);
+  // Whole folders (QWFileManagerFolders.cpp).
+  // Ends with the first entry that fails.
+  static Status copyContentsOfDirectory(const std::string& source, const std::string& toPath,
+                                        std::chrono::seconds timeout);
   // Recreates the path's folder chain below the destination; answers the folder made.
   static std::string createDirectoryStructure(const std::string& path, const std::string& destination);
-  static bool removeFolderIfEmpty(const std::string& path);
-  static bool trashDirectoryContents(const std::string& path, bool shouldAuth = true);
+  static Status removeFolderIfEmpty(const std::string& path);
+  // Goes on after a failure and answers the first.
+  static Status trashDirectoryContents(const std::string& path, bool shouldAuth = true);
   // The paths found, whether or not trashing them worked.
   static std::vector<std::string> trashFilesNamed(const std::string& name, const std::string& inFolder);
   static std::vector<std::string> trashFilesOfType(const std::string& extension, const std::string& inFolder);
 
-  // The immutable flag (FileLocks.cpp). A failure gets one log line and answers false; a missing path is
-  // none.
-  static bool lockFile(const std::string& path);
-  static bool unlockFile(const std::string& path);
+  // The immutable flag (QWFileManagerLocks.cpp). A failure gets one log line; a missing path is none.
+  static Status lockFile(const std::string& path);
+  static Status unlockFile(const std::string& path);
   // The same for many, sooner than one by one. `announce` is called for each in turn before its failure is logged.
-  // Answers how many failed.
+  // Answers how each went, in the same order.
+  struct LockOutcome {
+    Status status;
+    bool changed = false;  // false also for a missing path, and for an unlocked one that was to be unlocked
+  };
   using Announcement = std::function<void(const std::string& path)>;
-  static std::size_t lockFiles(const std::vector<std::string>& paths, const Announcement& announce);
-  static std::size_t unlockFiles(const std::vector<std::string>& paths, const Announcement& announce);
+  static std::vector<LockOutcome> lockFiles(const std::vector<std::string>& paths, const Announcement& announce);
+  static std::vector<LockOutcome> unlockFiles(const std::vector<std::string>& paths, const Announcement& announce);
   static bool isFileLocked(const std::string& path);
   // Everything inside the folder that is no folder, at every depth; links are not followed.
   static void lockFolder(const std::string& path);

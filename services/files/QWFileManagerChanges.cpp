@@ -1,3 +1,4 @@
+// Copying, moving, deleting, trashing and making folders, with a second attempt with administrator rights.
 #include <functional>
 
 #include "base/Paths.h"
@@ -56,14 +57,21 @@ bool unlockIfLocked(const std::string& path) {
 }
 
 // How an operation ended. What the user's own rights did is there at once; what was handed over is looked for.
-enum class Outcome { Failed, Done, HandedOver };
+struct Attempt {
+  Status status;
+  bool handedOver = false;
+  std::string place = {};  // of what was trashed
+};
 
-Outcome handedOver(bool accepted) {
-  return accepted ? Outcome::HandedOver : Outcome::Failed;
+// Where administrator rights did not do it either, the cause is that of the first failure.
+Attempt handedOver(bool accepted, const Error& cause) {
+  return accepted ? Attempt{.status = {}, .handedOver = true} : Attempt{.status = cause};
 }
 
-bool arrives(Outcome outcome, const std::function<bool()>& isVisible, std::chrono::seconds timeout) {
-  return outcome == Outcome::Done || (outcome == Outcome::HandedOver && waitUntil(isVisible, timeout));
+Status arrival(const Attempt& attempt, const std::string& path, const std::function<bool()>& isVisible,
+               std::chrono::seconds timeout) {
+  if (!attempt.status || !attempt.handedOver || waitUntil(isVisible, timeout)) return attempt.status;
+  return Error{std::errc::timed_out, path + ": administrator rights did not do it in time"};
 }
 
 // Where a move really goes: into a folder under the item's own name, but never into a package or into itself.
@@ -90,118 +98,131 @@ Status copyAsUser(const std::string& source, const std::string& destination, std
   return staged->commit(StagedCopy::Existing::Keep);
 }
 
-Status trashAsUser(const std::string& path) {
+Result<std::string> trashAsUser(const std::string& path) {
   const auto trashFolder = QWLocalPaths::trashDirectory();
   if (!trashFolder) return Error{std::errc::no_such_file_or_directory, "No user is logged in at the console."};
-  const auto place = files().trash(path, *trashFolder);
-  return place ? Status() : Status(place.error());
+  return files().trash(path, *trashFolder);
 }
 
-Outcome copy(const std::string& source, const std::string& toPath, bool shouldAuth,
+Attempt copy(const std::string& source, const std::string& toPath, bool shouldAuth,
              std::unique_ptr<StagedCopy> staged = nullptr) {
   if (source.empty()) {
     QWLog::appendLogAndPrint("Error copying file: source path is nil");
-    return Outcome::Failed;
+    return {.status = Error{std::errc::invalid_argument, "There is nothing to copy."}};
   }
   if (toPath.empty()) {
     QWLog::appendLogAndPrint("Error copying file %@: destination path is nil", source);
-    return Outcome::Failed;
+    return {.status = Error{std::errc::invalid_argument, source + " has nowhere to go."}};
   }
-  // A folder that took the copy is not locked.
-  if (!staged) QWFileManager::unlockFile(paths::parent(toPath));
+  // A folder that took the copy is not locked. One that stays locked refuses the copy, which is told.
+  if (!staged) (void)QWFileManager::unlockFile(paths::parent(toPath));
   const Status copied = copyAsUser(source, toPath, std::move(staged));
-  if (copied) return Outcome::Done;
+  if (copied) return {};
   QWLog::appendLog("Error copying file: %@. Authorizing...", copied.error().text);
-  return handedOver(shouldAuth && rightsCouldHelp(copied.error()) && authorization().authCopyFile(source, toPath));
+  return handedOver(shouldAuth && rightsCouldHelp(copied.error()) && authorization().authCopyFile(source, toPath),
+                    copied.error());
 }
 
-Outcome move(const std::string& source, const std::string& toPath, bool shouldAuth) {
-  QWFileManager::unlockFile(toPath);
+Attempt move(const std::string& source, const std::string& toPath, bool shouldAuth) {
+  // What stays locked refuses the move, which is told.
+  (void)QWFileManager::unlockFile(toPath);
   QWFileManager::unlockFolder(paths::join(toPath, paths::lastComponent(source)));
   const std::string target = moveTarget(source, toPath);
   const Status moved = files().move(source, target);
-  if (moved) return Outcome::Done;
+  if (moved) return {};
   QWLog::appendLog("Error moving file: %@. Authorizing...", moved.error().text);
-  return handedOver(shouldAuth && onlyRightsAreMissing(moved.error()) && authorization().authMoveFile(source, target));
+  return handedOver(shouldAuth && onlyRightsAreMissing(moved.error()) && authorization().authMoveFile(source, target),
+                    moved.error());
 }
 
-Outcome remove(const std::string& path, bool shouldAuth) {
+Attempt remove(const std::string& path, bool shouldAuth) {
   unlockIfLocked(path);
   const Status removed = files().remove(path);
-  if (removed || QWFileManager::isMissingAtPath(path)) return Outcome::Done;
+  if (removed || QWFileManager::isMissingAtPath(path)) return {};
   QWLog::appendLog("Error removing file: %@. Authorizing...", removed.error().text);
-  return handedOver(shouldAuth && rightsCouldHelp(removed.error()) && authorization().authRemoveFile(path));
+  return handedOver(shouldAuth && rightsCouldHelp(removed.error()) && authorization().authRemoveFile(path),
+                    removed.error());
 }
 
-Outcome trash(const std::string& path, bool shouldAuth) {
+Attempt trash(const std::string& path, bool shouldAuth) {
   // The flag that keeps a file's content keeps its name too, so what could be moved needed no look at it.
-  Status trashed = trashAsUser(path);
-  if (!trashed && unlockIfLocked(path)) trashed = trashAsUser(path);
-  if (trashed || QWFileManager::isMissingAtPath(path)) return Outcome::Done;
-  if (shouldAuth && rightsCouldHelp(trashed.error()) && authorization().authTrashFile(path)) return Outcome::HandedOver;
-  QWLog::appendLog("Unable to trash %@: %@", path, trashed.error().text);
-  return Outcome::Failed;
+  Result<std::string> place = trashAsUser(path);
+  if (!place && unlockIfLocked(path)) place = trashAsUser(path);
+  if (place) return {.status = {}, .place = *place};
+  if (QWFileManager::isMissingAtPath(path)) return {};
+  if (shouldAuth && rightsCouldHelp(place.error()) && authorization().authTrashFile(path))
+    return {.status = {}, .handedOver = true};
+  QWLog::appendLog("Unable to trash %@: %@", path, place.error().text);
+  return {.status = place.error()};
 }
 
-Outcome makeFolder(const std::string& path, bool shouldAuth) {
+Attempt makeFolder(const std::string& path, bool shouldAuth) {
   const Status made = files().makeFolder(path);
-  if (made) return Outcome::Done;
+  if (made) return {};
   QWLog::appendLog("Error creating folder: %@. Authorizing...", made.error().text);
-  return handedOver(shouldAuth && onlyRightsAreMissing(made.error()) && authorization().authCreateDir(path));
+  return handedOver(shouldAuth && onlyRightsAreMissing(made.error()) && authorization().authCreateDir(path),
+                    made.error());
+}
+
+Result<std::string> placeOf(const Attempt& attempt, const Status& status) {
+  if (!status) return status.error();
+  return attempt.place;
 }
 
 }  // namespace
 
-bool QWFileManager::copyFile(const std::string& source, const std::string& toPath, bool shouldAuth) {
-  return copy(source, toPath, shouldAuth) != Outcome::Failed;
+Status QWFileManager::copyFile(const std::string& source, const std::string& toPath, bool shouldAuth) {
+  return copy(source, toPath, shouldAuth).status;
 }
 
-bool QWFileManager::copyFile(const std::string& source, const std::string& toPath, std::chrono::seconds timeout,
-                             std::unique_ptr<StagedCopy> staged) {
-  return arrives(
-      copy(source, toPath, true, std::move(staged)), [&] { return itemExistsAtPath(toPath); }, timeout);
+Status QWFileManager::copyFile(const std::string& source, const std::string& toPath, std::chrono::seconds timeout,
+                               std::unique_ptr<StagedCopy> staged) {
+  return arrival(
+      copy(source, toPath, true, std::move(staged)), toPath, [&] { return itemExistsAtPath(toPath); }, timeout);
 }
 
-bool QWFileManager::moveFile(const std::string& source, const std::string& toPath, bool shouldAuth) {
-  return move(source, toPath, shouldAuth) != Outcome::Failed;
+Status QWFileManager::moveFile(const std::string& source, const std::string& toPath, bool shouldAuth) {
+  return move(source, toPath, shouldAuth).status;
 }
 
-bool QWFileManager::moveFile(const std::string& source, const std::string& toPath, std::chrono::seconds timeout) {
-  const Outcome outcome = move(source, toPath, true);
-  if (outcome != Outcome::Failed && compareIgnoringCase(source, toPath) == 0) {
+Status QWFileManager::moveFile(const std::string& source, const std::string& toPath, std::chrono::seconds timeout) {
+  const Attempt attempt = move(source, toPath, true);
+  if (attempt.status && compareIgnoringCase(source, toPath) == 0) {
     // Where names ignore case the old one still answers.
     clock().sleep(500us);
-    return true;
+    return {};
   }
-  return arrives(
-      outcome, [&] { return isMissingAtPath(source); }, timeout);
+  return arrival(
+      attempt, source, [&] { return isMissingAtPath(source); }, timeout);
 }
 
-bool QWFileManager::removeFile(const std::string& path, bool shouldAuth) {
-  return remove(path, shouldAuth) != Outcome::Failed;
+Status QWFileManager::removeFile(const std::string& path, bool shouldAuth) {
+  return remove(path, shouldAuth).status;
 }
 
-bool QWFileManager::removeFile(const std::string& path, std::chrono::seconds timeout) {
-  return arrives(
-      remove(path, true), [&] { return isMissingAtPath(path); }, timeout);
+Status QWFileManager::removeFile(const std::string& path, std::chrono::seconds timeout) {
+  return arrival(
+      remove(path, true), path, [&] { return isMissingAtPath(path); }, timeout);
 }
 
-bool QWFileManager::trashFile(const std::string& path, bool shouldAuth) {
-  return trash(path, shouldAuth) != Outcome::Failed;
+Result<std::string> QWFileManager::trashFile(const std::string& path, bool shouldAuth) {
+  const Attempt attempt = trash(path, shouldAuth);
+  return placeOf(attempt, attempt.status);
 }
 
-bool QWFileManager::trashFile(const std::string& path, std::chrono::seconds timeout) {
-  return arrives(
-      trash(path, true), [&] { return isMissingAtPath(path); }, timeout);
+Result<std::string> QWFileManager::trashFile(const std::string& path, std::chrono::seconds timeout) {
+  const Attempt attempt = trash(path, true);
+  return placeOf(attempt, arrival(
+                              attempt, path, [&] { return isMissingAtPath(path); }, timeout));
 }
 
-bool QWFileManager::createDirectory(const std::string& path, bool shouldAuth) {
-  return makeFolder(path, shouldAuth) != Outcome::Failed;
+Status QWFileManager::createDirectory(const std::string& path, bool shouldAuth) {
+  return makeFolder(path, shouldAuth).status;
 }
 
-bool QWFileManager::createDirectory(const std::string& path, std::chrono::seconds timeout) {
-  return arrives(
-      makeFolder(path, true), [&] { return isDirectoryAtPath(path); }, timeout);
+Status QWFileManager::createDirectory(const std::string& path, std::chrono::seconds timeout) {
+  return arrival(
+      makeFolder(path, true), path, [&] { return isDirectoryAtPath(path); }, timeout);
 }
 
 Result<std::unique_ptr<StagedCopy>> QWFileManager::stageCopy(const CopyRequest& request) {

@@ -23,11 +23,13 @@ std::vector<std::string> trashMatchingFiles(const std::string& folder,
 
 }  // namespace
 
-bool QWFileManager::copyContentsOfDirectory(const std::string& source, const std::string& toPath,
-                                            std::chrono::seconds timeout) {
-  for (const std::string& name : contentsOfDirectory(source))
-    if (!copyFile(paths::join(source, name), paths::join(toPath, name), timeout)) return false;
-  return true;
+Status QWFileManager::copyContentsOfDirectory(const std::string& source, const std::string& toPath,
+                                              std::chrono::seconds timeout) {
+  for (const std::string& name : contentsOfDirectory(source)) {
+    Status copied = copyFile(paths::join(source, name), paths::join(toPath, name), timeout);
+    if (!copied) return copied;
+  }
+  return {};
 }
 
 std::string QWFileManager::createDirectoryStructure(const std::string& path, const std::string& destination) {
@@ -37,19 +39,23 @@ std::string QWFileManager::createDirectoryStructure(const std::string& path, con
   return target;
 }
 
-bool QWFileManager::removeFolderIfEmpty(const std::string& path) {
+Status QWFileManager::removeFolderIfEmpty(const std::string& path) {
   const auto info = Runtime::current().platform().files.info(path, Links::DoNotFollow);
-  if (!info) return meansMissing(info.error());
-  if (info->type != FileType::Folder) return false;
+  if (!info) return meansMissing(info.error()) ? Status() : info.error();
+  if (info->type != FileType::Folder) return Error{std::errc::not_a_directory, path + " is no folder"};
   // A folder that cannot be read counts as empty elsewhere, but removing opens it up and would delete what it holds.
   const bool isSurelyEmpty = walkFolder(path, Detail::Names, Links::Follow, isHousekeepingEntry, Unreadable::End);
-  return isSurelyEmpty && removeFile(path, false);
+  if (!isSurelyEmpty) return Error{std::errc::directory_not_empty, path + " is not empty"};
+  return removeFile(path, false);
 }
 
-bool QWFileManager::trashDirectoryContents(const std::string& path, bool shouldAuth) {
-  bool all = true;
-  for (const std::string& name : contentsOfDirectory(path)) all &= trashFile(paths::join(path, name), shouldAuth);
-  return all;
+Status QWFileManager::trashDirectoryContents(const std::string& path, bool shouldAuth) {
+  Status first;
+  for (const std::string& name : contentsOfDirectory(path)) {
+    const auto place = trashFile(paths::join(path, name), shouldAuth);
+    if (!place && first) first = place.error();
+  }
+  return first;
 }
 
 std::vector<std::string> QWFileManager::trashFilesNamed(const std::string& name, const std::string& inFolder) {

@@ -12,9 +12,11 @@ namespace vantory {
 
 namespace {
 
-bool report(const Error& error, bool locked) {
+using Outcome = QWFileManager::LockOutcome;
+
+Status report(const Error& error, bool locked) {
   QWLog::appendLog(locked ? "Unable to lock %@" : "Unable to unlock %@", error.text);
-  return false;
+  return error;
 }
 
 bool changeWithRights(const std::string& path, bool locked) {
@@ -49,31 +51,34 @@ void changeThose(std::vector<Item>& items, bool locked) {
     if (item.differs) item.changed = std::move(*next++);
 }
 
-// Whether the item is as wanted in the end, if need be with more rights.
-bool settle(const Item& item, bool locked) {
-  if (!item.looked) return QWFileManager::meansMissing(item.looked.error()) || report(item.looked.error(), locked);
-  if (item.changed || QWFileManager::meansMissing(item.changed.error())) return true;
-  if (rightsCouldHelp(item.changed.error()) && changeWithRights(item.path, locked)) return true;
-  return report(item.changed.error(), locked);
+// Makes the item as wanted, if need be with more rights.
+Outcome settle(const Item& item, bool locked) {
+  const Status& tried = item.looked ? item.changed : item.looked;
+  if (tried) return {.status = {}, .changed = item.differs};
+  if (QWFileManager::meansMissing(tried.error())) return {};
+  if (item.looked && rightsCouldHelp(tried.error()) && changeWithRights(item.path, locked))
+    return {.status = {}, .changed = true};
+  return {.status = report(tried.error(), locked)};
 }
 
 void sayNothing(const std::string&) {}
 
 // Some at a time: each has its cost where another program does it, yet the log should be close behind what is done.
-std::size_t changeAll(const std::vector<std::string>& paths, bool locked,
-                      const QWFileManager::Announcement& announce = sayNothing) {
+std::vector<Outcome> changeAll(const std::vector<std::string>& paths, bool locked,
+                               const QWFileManager::Announcement& announce = sayNothing) {
   constexpr std::size_t kAtOnce = 100;
-  std::size_t failed = 0;
+  std::vector<Outcome> results;
+  results.reserve(paths.size());
   for (auto next = paths.begin(); next != paths.end();) {
     std::vector<Item> items;
     for (; next != paths.end() && items.size() < kAtOnce; ++next) items.push_back(itemAt(*next, locked));
     changeThose(items, locked);
     for (const Item& item : items) {
       announce(item.path);
-      if (!settle(item, locked)) ++failed;
+      results.push_back(settle(item, locked));
     }
   }
-  return failed;
+  return results;
 }
 
 void changeFolder(const std::string& folder, bool locked) {
@@ -90,19 +95,21 @@ void changeFolder(const std::string& folder, bool locked) {
 
 }  // namespace
 
-bool QWFileManager::lockFile(const std::string& path) {
-  return changeAll({path}, true) == 0;
+Status QWFileManager::lockFile(const std::string& path) {
+  return changeAll({path}, true).front().status;
 }
 
-bool QWFileManager::unlockFile(const std::string& path) {
-  return changeAll({path}, false) == 0;
+Status QWFileManager::unlockFile(const std::string& path) {
+  return changeAll({path}, false).front().status;
 }
 
-std::size_t QWFileManager::lockFiles(const std::vector<std::string>& paths, const Announcement& announce) {
+std::vector<QWFileManager::LockOutcome> QWFileManager::lockFiles(const std::vector<std::string>& paths,
+                                                                 const Announcement& announce) {
   return changeAll(paths, true, announce);
 }
 
-std::size_t QWFileManager::unlockFiles(const std::vector<std::string>& paths, const Announcement& announce) {
+std::vector<QWFileManager::LockOutcome> QWFileManager::unlockFiles(const std::vector<std::string>& paths,
+                                                                   const Announcement& announce) {
   return changeAll(paths, false, announce);
 }
 

@@ -1,8 +1,8 @@
 #include <optional>
 
 #include "base/Paths.h"
-#include "services/FailureTally.h"
 #include "services/Runtime.h"
+#include "services/TaskReport.h"
 #include "services/files/QWFileManager.h"
 #include "services/log/QWLog.h"
 
@@ -50,18 +50,19 @@ bool matches(std::string_view name, std::string_view pattern) {
   return pattern.find_first_not_of('*') == std::string_view::npos;
 }
 
-// Its files are left out of whatever is done, and that must not go unsaid.
-void tellUnreadable(const std::string& folder, const Error& error) {
+// Its files are left out of whatever a task does, and that must not go unsaid. Nothing is told without a report.
+void tellUnreadable(const std::string& folder, const Error& error, TaskReport* report) {
+  if (!report || report->hasFailed(FileAction::List, folder)) return;
   QWLog::appendLog("The files in %@ cannot be listed: %@", folder, error.text);
-  FailureTally::shared().add();
+  report->failed(FileAction::List, folder, error);
 }
 
-Paths matchingEntries(const Paths& folders, std::string_view pattern) {
+Paths matchingEntries(const Paths& folders, std::string_view pattern, TaskReport* report) {
   Paths found;
   for (const std::string& folder : folders) {
     const auto entries = Runtime::current().platform().files.list(folder, Detail::Names);
     if (!entries) {
-      if (!QWFileManager::meansMissing(entries.error())) tellUnreadable(folder, entries.error());
+      if (!QWFileManager::meansMissing(entries.error())) tellUnreadable(folder, entries.error(), report);
       continue;
     }
     for (const DirectoryEntry& entry : *entries) {
@@ -74,7 +75,7 @@ Paths matchingEntries(const Paths& folders, std::string_view pattern) {
   return found;
 }
 
-Paths expand(const std::string& pattern, const std::string& start) {
+Paths expand(const std::string& pattern, const std::string& start, TaskReport* report = nullptr) {
   Paths found = {start};
   // Of a run of literal components only the whole is looked for, and not even that before a folder is listed.
   bool untested = false;
@@ -84,7 +85,7 @@ Paths expand(const std::string& pattern, const std::string& start) {
       found = {start};
       untested = false;
     } else if (QWFileManager::isWildcardPath(component)) {
-      found = matchingEntries(found, component);
+      found = matchingEntries(found, component, report);
       untested = false;
     } else {
       for (std::string& path : found) path = paths::join(path, component);
@@ -109,6 +110,17 @@ Paths QWFileManager::filesMatchingWildcardPath(const std::string& pattern) {
 Paths QWFileManager::filesMatchingWildcardPath(const std::string& pattern, const std::string& fromBasePath) {
   if (!isWildcardPath(pattern)) return {paths::join(fromBasePath, pattern)};
   return expand(pattern, fromBasePath);
+}
+
+Paths QWFileManager::filesMatchingWildcardPath(const std::string& pattern, TaskReport& report) {
+  if (!isWildcardPath(pattern)) return {pattern};
+  return expand(pattern, "/", &report);
+}
+
+Paths QWFileManager::filesMatchingWildcardPath(const std::string& pattern, const std::string& fromBasePath,
+                                               TaskReport& report) {
+  if (!isWildcardPath(pattern)) return {paths::join(fromBasePath, pattern)};
+  return expand(pattern, fromBasePath, &report);
 }
 
 std::string QWFileManager::decodeWildcardPath(const std::string& pattern, const std::string& fromBasePath) {

@@ -124,15 +124,18 @@ std::vector<std::string> QWFileManager::contentsOfDirectory(const std::string& p
   return names;
 }
 
-bool QWFileManager::touchFile(const std::string& path) {
-  if (path.empty() || isMissingAtPath(path)) return false;
+Status QWFileManager::touchFile(const std::string& path) {
+  if (path.empty() || isMissingAtPath(path))
+    return Error{std::errc::no_such_file_or_directory, path + " does not exist"};
   if (metadata().isWritable(path)) {
     // True for every file that may be written, whatever became of its date.
     const Timestamp now = Runtime::current().platform().clock.now();
     if (!metadata().setModified(path, now)) (void)metadata().setModified(path, std::nullopt);  // not its owner
-    return true;
+    return {};
   }
-  return QWAuthorization::sharedController().authExecTask("/usr/bin/touch", {"-c", path}) == QWAuthorization::Success;
+  if (QWAuthorization::sharedController().authExecTask("/usr/bin/touch", {"-c", path}) == QWAuthorization::Success)
+    return {};
+  return Error{std::errc::permission_denied, path + " cannot be written to"};
 }
 
 std::uint16_t QWFileManager::finderColorIndexForPath(const std::string& path) {

@@ -16,9 +16,9 @@ Platform& platform() {
   return Runtime::current().platform();
 }
 
-bool reportUncompressed(const std::string& source, std::string_view reason) {
+Status reportUncompressed(const std::string& source, const std::string& reason, std::errc code = std::errc::io_error) {
   QWLog::appendLog("Unable to compress %@: %@", source, reason);
-  return false;
+  return Error{code, source + ": " + reason};
 }
 
 // A tool has the rights of this process and would follow another user's links with them.
@@ -29,19 +29,20 @@ bool handlesOwnFiles() {
   return handled && handled->id == 0;
 }
 
-bool zip(const std::string& source, const std::string& archive) {
+Status zip(const std::string& source, const std::string& archive) {
   const ToolCall call = platform().tools.zip(source, archive);
   std::shared_ptr<Process> process;
   const auto said = QWTask::dataFromTask(call.tool, call.arguments, process);
   if (!process) return reportUncompressed(source, "the tool for it is missing");
   if (process->wait() != 0) return reportUncompressed(source, *said);
   if (!said->empty()) QWLog::appendLog("Compressing %@: %@", source, *said);
-  return true;
+  return {};
 }
 
 }  // namespace
 
-bool QWFileManager::compressFile(const std::string& source, const std::string& toDestinationFile) {
+Status QWFileManager::compressFile(const std::string& source, const std::string& toDestinationFile) {
+  // What is still in the way refuses the new name below.
   if (itemExistsAtPath(toDestinationFile)) (void)trashFile(toDestinationFile, false);
   if (!handlesOwnFiles()) return reportUncompressed(source, "it must be done as the user whose file it is");
   const auto archive = QWLocalPaths::tempFile();
@@ -49,16 +50,19 @@ bool QWFileManager::compressFile(const std::string& source, const std::string& t
   FileSystem& files = platform().files;
   // Made here, so that it is private while the tool fills it.
   if (const Status made = files.write(*archive, "", {}); !made) return reportUncompressed(source, made.error().text);
-  const bool zipped = zip(source, *archive);
+  const Status zipped = zip(source, *archive);
   const Status moved = zipped ? files.move(*archive, toDestinationFile) : Status();
-  if (zipped && moved) return true;
+  if (zipped && moved) return {};
   (void)files.remove(*archive);
-  return zipped && reportUncompressed(source, moved.error().text);
+  return zipped ? reportUncompressed(source, moved.error().text, moved.error().code) : zipped;
 }
 
-bool QWFileManager::registerApplicationWithLaunchServices(const std::string& path) {
+Status QWFileManager::registerApplicationWithLaunchServices(const std::string& path) {
+  if (!fileExistsAtPath(path)) return Error{std::errc::no_such_file_or_directory, path + " does not exist"};
   const auto call = platform().tools.registerApplication(path);
-  return call && fileExistsAtPath(path) && QWTask::terminationCodeFromTask(call->tool, call->arguments) == 0;
+  if (!call) return Error{std::errc::not_supported, path + " cannot be registered on this system"};
+  if (QWTask::terminationCodeFromTask(call->tool, call->arguments) == 0) return {};
+  return Error{std::errc::io_error, path + " could not be registered by " + call->tool};
 }
 
 }  // namespace vantory

@@ -22,12 +22,12 @@ FileSystem& files() {
   return Runtime::current().platform().files;
 }
 
-std::vector<std::string> backupNamesIn(const std::string& folder, LibraryRemainder& left) {
+std::vector<std::string> backupNamesIn(const std::string& folder, TaskReport& report) {
   std::vector<std::string> names;
   const auto entries = files().list(folder, Detail::Names);
   if (!entries && !QWFileManager::meansMissing(entries.error())) {
     QWLog::appendLog("Unable to read the backups: %@", entries.error().text);
-    left.mayBeMore = true;
+    report.failed(FileAction::List, folder, entries.error());
   }
   if (!entries) return names;
   for (const DirectoryEntry& entry : *entries)
@@ -36,43 +36,50 @@ std::vector<std::string> backupNamesIn(const std::string& folder, LibraryRemaind
 }
 
 // Never from under another process that writes it.
-bool moveBackup(const std::string& backup, const std::string& destination) {
+Status moveBackup(const std::string& backup, const std::string& destination) {
   const auto hold = holdBackupFolder(backup);
   if (hold || hold.error().code != std::errc::timed_out) return QWFileManager::moveFile(backup, destination, 10s);
   QWLog::appendLog("Another process is working on %@: %@", backup, hold.error().text);
-  return false;
+  return hold.error();
+}
+
+// `folder` exists, or cannot be made.
+void moveBackups(const std::string& from, const std::vector<std::string>& names, const std::string& folder,
+                 TaskReport& report) {
+  for (const std::string& name : names) {
+    const std::string target = paths::join(folder, name);
+    report.add(FileAction::Move, paths::join(from, name), moveBackup(paths::join(from, name), target), {}, target);
+  }
 }
 
 }  // namespace
 
-LibraryRemainder moveLibrary(const std::string& from, const std::string& to) {
+TaskReport moveLibrary(const std::string& from, const std::string& to) {
   // Listed first: the new folder may lie in the old one.
-  LibraryRemainder left;
+  TaskReport report;
   const std::string automatic = paths::join(from, kAutosavesFolder);
-  const std::vector<std::string> names = backupNamesIn(from, left);
-  const std::vector<std::string> automaticNames = backupNamesIn(automatic, left);
-  left.backups = names.size() + automaticNames.size();
-  // Where there is no folder the first backup would take its place.
-  if (!QWFileManager::isDirectoryAtPath(to)) return left;
-  for (const std::string& name : names)
-    if (moveBackup(paths::join(from, name), to)) --left.backups;
+  const std::vector<std::string> names = backupNamesIn(from, report);
+  const std::vector<std::string> automaticNames = backupNamesIn(automatic, report);
+  moveBackups(from, names, to, report);
   const std::string newAutomatic = paths::join(to, kAutosavesFolder);
+  // Where it cannot be made, each backup says so.
   if (!automaticNames.empty() && !QWFileManager::fileExistsAtPath(newAutomatic))
-    QWFileManager::createDirectory(newAutomatic);
-  for (const std::string& name : automaticNames)
-    if (moveBackup(paths::join(automatic, name), paths::join(newAutomatic, name))) --left.backups;
+    (void)QWFileManager::createDirectory(newAutomatic);
+  moveBackups(automatic, automaticNames, newAutomatic, report);
   // The setting that names the new folder is on the disk already.
-  if (const Status synced = files().sync(to); !synced)
+  if (const Status synced = files().sync(to); !synced) {
     QWLog::appendLog("The moved backups may not be on disk yet: %@", synced.error().text);
-  return left;
+    report.failed(FileAction::Sync, to, synced.error());
+  }
+  return report;
 }
 
 bool mayHoldBackups(const std::string& folder) {
   if (!QWFileManager::isFolderEmpty(folder)) return true;
-  LibraryRemainder there;
-  backupNamesIn(folder, there);
-  backupNamesIn(paths::join(folder, kAutosavesFolder), there);
-  return there.mayBeMore;
+  TaskReport report;
+  backupNamesIn(folder, report);
+  backupNamesIn(paths::join(folder, kAutosavesFolder), report);
+  return report.hasFailures();
 }
 
 std::string reasonAgainstLibrary(const std::string& folder) {

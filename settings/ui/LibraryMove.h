@@ -1,20 +1,15 @@
 // Moving the backups of the library to another folder.
 #pragma once
 
-#include <cstddef>
 #include <string>
+
+#include "services/TaskReport.h"
 
 namespace vantory {
 
-// What stayed in the old folder.
-struct LibraryRemainder {
-  std::size_t backups = 0;
-  bool mayBeMore = false;  // not every folder could be read
-};
-
 // Moves what has a backup's name in the folder and in its "Autosaves"; everything else, and what has no place in the
 // new folder or is being written, stays. Any thread.
-LibraryRemainder moveLibrary(const std::string& from, const std::string& to);
+[[nodiscard]] TaskReport moveLibrary(const std::string& from, const std::string& to);
 
 // Whether a library's folder may hold something to move: it does hold a file, or cannot be read to its end.
 bool mayHoldBackups(const std::string& folder);

@@ -158,8 +158,8 @@ void QWPreferenceController::modifyBackupPath(const std::string& path) {
   const auto library = QWDataController::vantoryBackupLocation();
   parts_.view.setBackupRemark("");
   if (!defaults().setObject(setting::kBackupPath, textValue(path))) return tellNotSaved();
-  if (!QWFileManager::fileExistsAtPath(path) && !QWFileManager::createDirectory(path))
-    parts_.view.setBackupRemark("The folder could not be created.");
+  const Status made = QWFileManager::fileExistsAtPath(path) ? Status() : QWFileManager::createDirectory(path);
+  if (!made) parts_.view.setBackupRemark(formatted("The folder could not be created. %@", made.error().text));
   showBackupPath();
   QWLog::appendLog("User changed backup path from %@ to %@. Asking user to confirm moving over old files.", old, path);
   if (library && !QWFileManager::isSameItem(*library, path) && mayHoldBackups(*library)) offerMove(*library, path);
@@ -169,12 +169,14 @@ void QWPreferenceController::modifyBackupPath(const std::string& path) {
 void QWPreferenceController::offerMove(const std::string& from, const std::string& to) {
   if (!wantsMove()) return;
   QWLog::appendLog("User chose to move files");
-  LibraryRemainder left;
-  parts_.view.doBehindSheet("Moving the backups…", [&] { left = moveLibrary(from, to); });
-  if (left.mayBeMore) parts_.view.setBackupRemark(formatted("Some folders in %@ cannot be read and were left.", from));
-  if (left.backups == 0) return;
-  QWLog::appendLog("Backups that could not be moved and stay in %@: %i", from, left.backups);
-  parts_.view.setBackupRemark(formatted("Backups that could not be moved and are still in %@: %i", from, left.backups));
+  TaskReport report;
+  parts_.view.doBehindSheet("Moving the backups…", [&] { report = moveLibrary(from, to); });
+  if (!report.hasFailures()) return;
+  const std::size_t left = report.count(FileReport::Outcome::Failed, FileAction::Move);
+  if (left > 0) QWLog::appendLog("Backups that could not be moved and stay in %@: %i", from, left);
+  parts_.view.setBackupRemark(
+      left > 0 ? formatted("Backups that could not be moved and are still in %@: %i. %@", from, left, report.causes())
+               : report.causes());
 }
 
 // --- Settings --------------------------------------------------------------------------------------------------------

@@ -3,10 +3,12 @@
 #include "backups/FailedBackup.h"
 #include "backups/QWDataController.h"
 #include "backups/ui/FailureReport.h"
+#include "base/Format.h"
 #include "platform/Controls.h"
 #include "platform/Workspace.h"
 #include "services/QWLocalPaths.h"
 #include "services/Runtime.h"
+#include "services/TaskReport.h"
 #include "services/files/QWFileManager.h"
 #include "services/log/QWLog.h"
 #include "services/messages/NotificationCenter.h"
@@ -68,7 +70,8 @@ void AppWindowController::makeFirstBackup() {
   if (!name) return;
   const auto backup =
       QWBackup::backupWithName(*name, std::nullopt, copiesOf(QWDataController::sharedController().appArray()));
-  if (backup->writeData() != WriteResult::Success) dropFailedBackup(*backup);
+  TaskReport report;
+  if (backup->writeData(report) != WriteResult::Success) dropFailedBackup(*backup, report);
 }
 
 void AppWindowController::toolbarTrash() {
@@ -93,19 +96,20 @@ void AppWindowController::switchTo(Pane pane, const char* logLine, const char* n
   NotificationCenter::shared().post(notification);
 }
 
-WriteResult AppWindowController::autoBackup() {
+WriteResult AppWindowController::autoBackup(TaskReport& task) {
   QWLog::appendLog("Creating auto backup...");
-  return writeAutoBackup(false);
+  return writeAutoBackup(task, false);
 }
 
-WriteResult AppWindowController::autoBackupPrefs() {
+WriteResult AppWindowController::autoBackupPrefs(TaskReport& task) {
   QWLog::appendLog("Creating auto backup of prefs...");
-  return writeAutoBackup(true);
+  return writeAutoBackup(task, true);
 }
 
-WriteResult AppWindowController::writeAutoBackup(bool preferencesOnly) {
-  const WriteResult result = QWBackup::writeAutoBackup(preferencesOnly);
-  QWDataController::sharedController().manageAutoBackups();
+WriteResult AppWindowController::writeAutoBackup(TaskReport& task, bool preferencesOnly) {
+  const WriteResult result = QWBackup::writeAutoBackup(task, preferencesOnly);
+  const TaskReport pruning = QWDataController::sharedController().manageAutoBackups();
+  if (pruning.hasFailures()) task.remark(formatted("Old automatic backups could not be removed. %@", pruning.causes()));
   return result;
 }
 

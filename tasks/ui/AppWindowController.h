@@ -17,6 +17,7 @@ class BusyIndicator;
 class MainWindowView;
 enum class Pane;
 class QWLockOutlineController;
+class TaskReport;
 
 // Main thread, but for the operations that say otherwise. What it is given outlives it.
 class AppWindowController : public AppController, public PaneSwitcher {
@@ -48,22 +49,19 @@ class AppWindowController : public AppController, public PaneSwitcher {
   void trashPreferences();
 
   // Make an automatic backup, of everything or of preferences proper, and delete the oldest beyond the number wanted.
-  // Worker threads.
-  WriteResult autoBackup();
-  WriteResult autoBackupPrefs();
+  // The report of the task that it is made for gets a remark where that failed. Worker threads.
+  WriteResult autoBackup(TaskReport& task);
+  WriteResult autoBackupPrefs(TaskReport& task);
 
   QWProgressController& progressController() { return progressController_; }
 
  private:
-  struct TrashRun;
+  class TrashProgress;
 
   void switchTo(Pane pane, const char* logLine, const char* notification);
   void makeFirstBackup();
-  WriteResult writeAutoBackup(bool preferencesOnly);
-  bool trashApplication(QWApp& app, TrashRun& run);
-  void restoreDefault();
-  void relaunch(const std::vector<std::string>& bundleIDs);
-  void finishTrash(int trashed);
+  WriteResult writeAutoBackup(TaskReport& task, bool preferencesOnly);
+  void finishTrash(int trashed, const TaskReport& report);
 
   Parts parts_;
   QWProgressController progressController_;

@@ -1,20 +1,18 @@
 // The trash workflow of the window: a safety backup, then the preferences of each ticked application to the Trash.
 
-#include <chrono>
+#include <algorithm>
+#include <iterator>
 
 #include "backups/QWDataController.h"
-#include "platform/Clock.h"
+#include "backups/ui/FailureReport.h"
 #include "platform/Controls.h"
-#include "platform/Workspace.h"
-#include "services/RunningApplicationGuard.h"
-#include "services/Runtime.h"
+#include "services/TaskReport.h"
 #include "services/files/QWAuthorization.h"
 #include "services/log/QWLog.h"
 #include "services/messages/QWAlert.h"
-#include "services/settings/QWUserDefaults.h"
-#include "services/settings/SettingsKeys.h"
 #include "services/threads/BackgroundThreads.h"
 #include "services/threads/MainThread.h"
+#include "tasks/TrashRun.h"
 #include "tasks/ui/AppWindowController.h"
 #include "tasks/ui/QWLockOutlineController.h"
 
@@ -26,24 +24,45 @@ void onMainThread(const std::function<void()>& work) {
   MainThread::shared().runAndWait(work);
 }
 
-GuardDecision askGuard(const QWApp& app) {
-  RunningApplicationGuard* guard = Runtime::current().guard;
-  return guard ? guard->checkRunningAppsForName(app.name(), app.bundleID(), false) : GuardDecision::NotRunning;
-}
-
-int trashPreferencesOf(QWApp& app) {
-  int trashed = 0;
-  for (const auto& item : app.children())
-    if (item->isPreferences()) trashed += item->trash();
-  app.updateLockStatus();
-  return trashed;
+// Of each ticked application the items that hold preferences proper.
+std::vector<TrashStep> stepsFor(const AppList& apps) {
+  std::vector<TrashStep> steps;
+  for (const auto& app : apps) {
+    // One without a tick is a step all the same: the progress counts applications.
+    TrashStep& step = steps.emplace_back();
+    if (app->selected() == Off) continue;
+    step.app = app;
+    std::ranges::copy_if(app->children(), std::back_inserter(step.items),
+                         [](const auto& item) { return item->isPreferences(); });
+  }
+  return steps;
 }
 
 }  // namespace
 
-struct AppWindowController::TrashRun {
-  int trashed = 0;
-  std::vector<std::string> closed;  // bundle identifiers, in the order they were closed
+// Shows how far the run is, and heeds the sheet's Cancel.
+class AppWindowController::TrashProgress : public TrashObserver {
+ public:
+  explicit TrashProgress(QWProgressController& sheet) : sheet_(sheet) {}
+
+  bool isCancelled() const override { return sheet_.isCancelled(); }
+  void stepDone() override {
+    onMainThread([this] { sheet_.incrementProgress(); });
+  }
+  void trashed(int count) override { QWLog::appendLog("Total trashed files: %i", count); }
+  void restoringDefault() override { showStage("Restoring default backup..."); }
+  void finishing() override { QWLog::appendLog("Relaunching applications..."); }
+  void relaunching() override { showStage("Relaunching applications..."); }
+
+ private:
+  void showStage(const char* label) {
+    onMainThread([&] {
+      sheet_.updateLabel(label);
+      sheet_.setIndeterminate();
+    });
+  }
+
+  QWProgressController& sheet_;
 };
 
 void AppWindowController::trash() {
@@ -73,89 +92,35 @@ void AppWindowController::trashPreferences() {
     progressController_.updateLabel("Backing up...");
     progressController_.show();
   });
-  autoBackupPrefs();
+  TaskReport report;
+  autoBackupPrefs(report);
 
   const AppList apps = QWDataController::sharedController().appArray();
   onMainThread([&] {
     progressController_.setMaxProgress(static_cast<double>(apps.size()));
     progressController_.updateLabel("Trashing preferences...");
   });
-  TrashRun run;
-  for (const auto& app : apps) {
-    if (!progressController_.isCancelled() && trashApplication(*app, run)) continue;
-    QWLog::appendLog("User cancelled trash task");
-    onMainThread([this] { parts_.trashSpinner.stopAnimation(); });
-    return;
-  }
-  QWLog::appendLog("Total trashed files: %i", run.trashed);
-  restoreDefault();
-  relaunch(run.closed);
-  finishTrash(run.trashed);
+  TrashProgress progress(progressController_);
+  TrashRun run(report, progress);
+  if (run.run(stepsFor(apps))) return finishTrash(run.count(), report);
+  onMainThread([this] { parts_.trashSpinner.stopAnimation(); });
 }
 
-// False when the person answered to cancel the whole workflow. What was skipped does not count as progress.
-bool AppWindowController::trashApplication(QWApp& app, TrashRun& run) {
-  if (app.selected() != Off) {
-    switch (askGuard(app)) {
-      case GuardDecision::Cancel:
-        return false;
-      case GuardDecision::Skip:
-        QWLog::appendLog("User chose to skip app");
-        return true;
-      case GuardDecision::CloseAndRelaunch:
-        QWLog::appendLog("User chose to close and relaunch app");
-        if (!Runtime::current().guard->closeAppWithName(app.name(), app.bundleID())) {
-          QWLog::appendLog("Unable to close application");
-          return true;
-        }
-        QWLog::appendLog("Application closed successfully");
-        run.closed.push_back(app.bundleID());
-        break;
-      case GuardDecision::NotRunning:
-        break;
-    }
-    run.trashed += trashPreferencesOf(app);
-  }
-  onMainThread([this] { progressController_.incrementProgress(); });
-  return true;
-}
-
-void AppWindowController::restoreDefault() {
-  if (QWUserDefaults::standardUserDefaults().integerForKey(setting::kAutoRestoreDefault) != 1) return;
-  QWLog::appendLog("Finding default backup to restore...");
-  const auto backup = QWDataController::sharedController().defaultBackup();
-  if (!backup) return;
-  onMainThread([this] {
-    progressController_.updateLabel("Restoring default backup...");
-    progressController_.setIndeterminate();
-  });
-  backup->restore();
-}
-
-void AppWindowController::relaunch(const std::vector<std::string>& bundleIDs) {
-  QWLog::appendLog("Relaunching applications...");
-  if (bundleIDs.empty()) return;
-  Platform& platform = Runtime::current().platform();
-  platform.clock.sleep(std::chrono::seconds(1));
-  onMainThread([this] {
-    progressController_.updateLabel("Relaunching applications...");
-    progressController_.setIndeterminate();
-  });
-  for (const std::string& bundleID : bundleIDs)
-    if (!platform.workspace.launchApplication(bundleID)) QWLog::appendLog("Couldn't relaunch %@", bundleID);
-}
-
-void AppWindowController::finishTrash(int trashed) {
+void AppWindowController::finishTrash(int trashed, const TaskReport& report) {
   parts_.lockController.reload();
   onMainThread([this] {
     parts_.trashSpinner.stopAnimation();
     progressController_.hide();
   });
-  if (trashed < 1)
-    QWAlert::alertSheetWithMessageText("No files to trash",
-                                       "There were no preference files on disk for the selected applications.");
+  if (report.isWhole() && trashed < 1)
+    QWAlert::alertSheetWithMessageText(
+        "No files to trash",
+        withCauses("There were no preference files on disk for the selected applications.", report));
+  else if (report.isWhole())
+    QWAlert::alertSheetWithMessageText("Preferences successfully trashed",
+                                       withCauses("Please empty your Trash.", report));
   else
-    QWAlert::alertSheetWithMessageText("Preferences successfully trashed", "Please empty your Trash.");
+    vantory::reportFailure(trashed < 1 ? "Nothing was trashed" : "Not everything was trashed", report.causes());
 }
 
 }  // namespace vantory

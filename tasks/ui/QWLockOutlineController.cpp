@@ -6,7 +6,7 @@
 #include "backups/ui/CatalogRows.h"
 #include "backups/ui/FailureReport.h"
 #include "platform/Controls.h"
-#include "services/FailureTally.h"
+#include "services/TaskReport.h"
 #include "services/files/QWAuthorization.h"
 #include "services/threads/MainThread.h"
 
@@ -34,20 +34,19 @@ void setLockStateOf(const OutlineItemPointer& item, int state) {
   if (const auto prefItem = rowAs<QWPrefItem>(item)) prefItem->setLocked(state);
 }
 
-void lock(const OutlineItemPointer& item, int state) {
+void lock(const OutlineItemPointer& item, int state, TaskReport& report) {
   if (const auto app = rowAs<QWApp>(item)) {
-    app->lockFiles(state);
+    app->lockFiles(state, report);
   } else if (const auto prefItem = rowAs<QWPrefItem>(item)) {
-    prefItem->lockFiles(state);
+    prefItem->lockFiles(state, report);
     // An Avid user's state reaches no further than its item by itself.
     const auto above = applicationOfRow(item);
     if (above && prefItem->parent() != std::static_pointer_cast<CatalogParent>(above)) above->updateLockStatus();
   }
 }
 
-void tellFailure(int state) {
-  reportFailure(state == On ? "Not everything could be locked" : "Not everything could be unlocked",
-                "The log names the files that stay as they are, and the reasons.");
+void tellFailure(int state, const TaskReport& report) {
+  reportFailure(state == On ? "Not everything could be locked" : "Not everything could be unlocked", report.causes());
 }
 
 }  // namespace
@@ -92,10 +91,10 @@ void QWLockOutlineController::setObjectValue(const ObjectValue& value, const std
   outline_.reloadItem(shown, true);
   runOnThread([this, byItem, state, shown] {
     QWAuthorization::sharedController().beginTask();
-    const std::size_t failures = FailureTally::shared().count();
-    lock(byItem, state);
+    TaskReport report;
+    lock(byItem, state, report);
     MainThread::shared().runAndWait([&] { outline_.reloadItem(shown, true); });
-    if (FailureTally::shared().count() > failures) tellFailure(state);
+    if (!report.isWhole()) tellFailure(state, report);
   });
 }
 

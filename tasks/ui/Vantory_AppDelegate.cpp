@@ -11,9 +11,9 @@
 #include "catalog/ProjectKinds.h"
 #include "platform/Controls.h"
 #include "platform/Documents.h"
-#include "services/FailureTally.h"
 #include "services/QWLocalPaths.h"
 #include "services/Runtime.h"
+#include "services/TaskReport.h"
 #include "services/files/QWAuthorization.h"
 #include "services/log/QWLog.h"
 #include "services/messages/QWAlert.h"
@@ -46,23 +46,24 @@ bool isAutomaticBackup(const std::string& path) {
   return std::ranges::any_of(QWDataController::sharedController().autoBackupArray(), isThat);
 }
 
-void tellOfImport(const std::string& path, bool restored, std::size_t failuresBefore) {
-  if (restored) {
-    QWAlert::alertSheetWithMessageText("Restoration complete", "You may now relaunch your applications.");
-    return reportIncompleteRestore(failuresBefore);
-  }
-  QWAlert::alertSheetWithMessageText(formatted("The backup \"%@\" could not be restored", backupName(path)),
-                                     isAutomaticBackup(path)
-                                         ? "It is an automatic backup. You can restore it from among the autosaves."
-                                         : "It is no backup that can be read, or could not be copied into the library. "
-                                           "Your preferences are as they were; the log says more.");
+void tellOfImport(const std::string& path, bool restored, const TaskReport& report) {
+  if (restored && report.isWhole())
+    QWAlert::alertSheetWithMessageText("Restoration complete",
+                                       withCauses("You may now relaunch your applications.", report));
+  else if (restored)
+    reportIncompleteRestore(report);
+  else
+    QWAlert::alertSheetWithMessageText(formatted("The backup \"%@\" could not be restored", backupName(path)),
+                                       isAutomaticBackup(path)
+                                           ? "It is an automatic backup. You can restore it from among the autosaves."
+                                           : withCauses("Your preferences are as they were.", report));
 }
 
 void import(const std::string& path) {
-  const std::size_t failures = FailureTally::shared().count();
-  const bool restored = QWDataController::sharedController().addBackupFromFile(path);
+  TaskReport report;
+  const bool restored = QWDataController::sharedController().addBackupFromFile(path, report);
   // The pane's spinner does not turn while this is on the screen.
-  BackgroundThreads::shared().start([=] { tellOfImport(path, restored, failures); });
+  BackgroundThreads::shared().start([=] { tellOfImport(path, restored, report); });
 }
 
 }  // namespace

@@ -10,8 +10,8 @@
 #include "base/Text.h"
 #include "platform/Clock.h"
 #include "platform/Workspace.h"
-#include "services/FailureTally.h"
 #include "services/Runtime.h"
+#include "services/TaskReport.h"
 #include "services/files/QWAuthorization.h"
 #include "services/log/QWException.h"
 #include "services/log/QWLog.h"
@@ -86,9 +86,9 @@ bool Vantory_AppDelegate::restoreBackupLinkedTo(const std::string& project) {
   QWLog::appendLog("Restoring backup %@, which the project is linked to", backup->name());
   QWAuthorization::sharedController().beginTask();
   QWGrowl::postGrowlNotification("Restoring preferences...", "");
-  const std::size_t failures = FailureTally::shared().count();
-  backup->restore();
-  reportIncompleteRestore(failures);
+  TaskReport report;
+  backup->restore(report);
+  reportIncompleteRestore(report);
   return true;
 }
 

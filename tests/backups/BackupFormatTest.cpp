@@ -15,7 +15,7 @@ TEST_F(BackupFormatTest, FilesOutsideTheHomeKeepTheirPath) {
   writeFile(machine_ / "Plain/f", "1");
   writeFile(machine_ / "Tool.bundle/f", "2");
   setCatalog({{"All", {beside + "/x.plist", machine_ / "Plain", machine_ / "Tool.bundle"}}});
-  EXPECT_EQ(backupOfAll("A")->writeData(), WriteResult::Success);
+  EXPECT_EQ(backupOfAll("A")->writeData(report_), WriteResult::Success);
   fs::remove_all(beside);
 
   const std::string stored = inLibrary("A.vnt");
@@ -41,25 +41,24 @@ TEST_F(BackupFormatTest, NothingIsLostWhateverFails) {
         fs::remove_all(library());
         fs::remove_all(home_ / ".local");
         setSmallCatalog("old");
-        ASSERT_EQ(backupOfAll("Clean")->writeData(), WriteResult::Success);
+        ASSERT_EQ(backupOfAll("Clean")->writeData(report_), WriteResult::Success);
         setSmallCatalog("new");
         const auto backup = backupOfAll("Clean");
-        const std::size_t failures = FailureTally::shared().count();
-
+        report_ = {};
         files_.heal();
         if (kind == 0) files_.fail(operation, std::errc::io_error, call);
         if (kind == 1) files_.crashBefore(operation, call);
         if (kind == 2) files_.crashAfter(operation, call);
         bool done = false;
         try {
-          done = backup->writeData() == WriteResult::Success && FailureTally::shared().count() == failures;
+          done = backup->writeData(report_) == WriteResult::Success && report_.isWhole();
         } catch (const SimulatedCrash&) {
         }
         more = files_.calls(operation) >= call;
         files_.heal();
         EXPECT_TRUE(isWhole(inLibrary("Clean.vnt"), "old") || isWhole(inTrash("Clean.vnt"), "old"));
         EXPECT_TRUE(!done || isWhole(inLibrary("Clean.vnt"), "new"));
-        EXPECT_EQ(backupOfAll("Clean")->writeData(), WriteResult::Success) << "after the trouble is over";
+        EXPECT_EQ(backupOfAll("Clean")->writeData(report_), WriteResult::Success) << "after the trouble is over";
         EXPECT_TRUE(isWhole(inLibrary("Clean.vnt"), "new"));
       }
     }
@@ -69,7 +68,7 @@ TEST_F(BackupFormatTest, NothingIsLostWhateverFails) {
 TEST_F(BackupFormatTest, ABackupThatMayNotBeOnDiskIsNotListed) {
   setSmallCatalog("new");
   files_.fail(Operation::Sync, std::errc::io_error);
-  EXPECT_EQ(QWBackup::writeAutoBackup(), WriteResult::SettingsNotWritten);
+  EXPECT_EQ(QWBackup::writeAutoBackup(report_), WriteResult::SettingsNotWritten);
   EXPECT_THAT(controller().autoBackupArray(), IsEmpty());
 }
 
@@ -86,24 +85,25 @@ TEST_F(BackupFormatTest, AFileThatVanishesOnTheWayIsNoneThatTheBackupLacks) {
   disk.vanishing = prefs("gone");
   for (const char* name : {"here", "gone"}) writeFile(prefs(name), name);
   setCatalog({{"Both", {prefs("gone"), prefs("here")}}});
-  EXPECT_EQ(backupOfAll("A")->writeData(), WriteResult::Success);
+  EXPECT_EQ(backupOfAll("A")->writeData(report_), WriteResult::Success);
   EXPECT_TRUE(exists(inLibrary("A.vnt/Users/user/Library/Preferences/here")));
-  EXPECT_EQ(FailureTally::shared().count(), 0U);
+  EXPECT_TRUE(report_.isWhole());
+  EXPECT_EQ(report_.count(FileReport::Outcome::Skipped), 1U);
 }
 
 TEST_F(BackupFormatTest, FilesAloneAreReplacedOneByOne) {
   setSmallCatalog("old");
   const auto backup = backupOfAll("Clean");
-  ASSERT_EQ(backup->writeData(), WriteResult::Success);
+  ASSERT_EQ(backup->writeData(report_), WriteResult::Success);
   writeFile(inLibrary("Clean.vnt/Settings.plist"), "{}");
   setSmallCatalog("new");
   files_.heal();
   files_.fail(Operation::Commit, std::errc::no_space_on_device);
-  EXPECT_EQ(backup->writeData(true), WriteResult::Success);
+  EXPECT_EQ(backup->writeData(report_, true), WriteResult::Success);
   files_.heal();
   EXPECT_TRUE(isWhole(inLibrary("Clean.vnt"), "old")) << "the copy failed";
 
-  EXPECT_EQ(backup->writeData(true), WriteResult::Success);
+  EXPECT_EQ(backup->writeData(report_, true), WriteResult::Success);
   EXPECT_TRUE(isWhole(inLibrary("Clean.vnt"), "new"));
   EXPECT_EQ(readFile(inLibrary("Clean.vnt/Settings.plist")), "{}");
 
@@ -111,7 +111,7 @@ TEST_F(BackupFormatTest, FilesAloneAreReplacedOneByOne) {
   fs::remove_all(inLibrary("Clean.vnt/Users/user/Library"));
   writeFile(machine_ / "Library/Preferences/editor.plist", "foreign");
   fs::create_symlink(machine_ / "Library", inLibrary("Clean.vnt/Users/user/Library"));
-  EXPECT_EQ(backup->writeData(true), WriteResult::Success);
+  EXPECT_EQ(backup->writeData(report_, true), WriteResult::Success);
   EXPECT_EQ(readFile(machine_ / "Library/Preferences/editor.plist"), "foreign");
 }
 

@@ -49,7 +49,7 @@ TEST_F(LibraryTest, TheOldestAutomaticBackupsGoFirst) {
   for (int i = 1; i <= 5; ++i)
     makeBackup(inLibrary("Autosaves/Auto Backup " + std::to_string(i) + ".vnt"), "", 100 * ((i * 2) % 5));
   settings().setObject("maxAutoBackups", 2);
-  controller().manageAutoBackups();
+  EXPECT_TRUE(controller().manageAutoBackups().isWhole());
   std::vector<std::string> kept;
   for (const auto& backup : controller().autoBackupArray()) kept.push_back(backup->name());
   EXPECT_THAT(kept, ElementsAre("Auto Backup 4", "Auto Backup 2"));
@@ -61,8 +61,8 @@ TEST_F(LibraryTest, AutomaticBackupsAreNamedByTheClock) {
   writeFile(prefs("layout"), "l");
   setCatalog({{"Preferences", {prefs("editor.plist")}}, {"Layouts", {prefs("layout")}}});
   controller().appArray()[0]->children()[0]->setSelected(Off);
-  EXPECT_EQ(QWBackup::autoBackup()->writeData(), WriteResult::Success);
-  EXPECT_EQ(QWBackup::autoBackup(true)->writeData(), WriteResult::Success) << "in the same second";
+  EXPECT_EQ(QWBackup::autoBackup()->writeData(report_), WriteResult::Success);
+  EXPECT_EQ(QWBackup::autoBackup(true)->writeData(report_), WriteResult::Success) << "in the same second";
   ASSERT_EQ(controller().autoBackupArray().size(), 1U);
   const auto backup = controller().autoBackupArray()[0];
   EXPECT_THAT(backup->name(), testing::MatchesRegex("Auto Backup 2026-11-1._.._.._17"));
@@ -76,12 +76,13 @@ TEST_F(LibraryTest, ImportingCopiesAndRestores) {
   const std::string foreign = machine_ / "A.vnt";
   makeBackup(foreign, "foreign");
   makeBackup(inLibrary("A.vnt"), "mine");
-  EXPECT_TRUE(controller().addBackupFromFile(foreign + "/"));
+  EXPECT_TRUE(controller().addBackupFromFile(foreign + "/", report_));
   EXPECT_EQ(readFile(prefs("editor.plist")), "foreign");
   EXPECT_EQ(readFile(inTrash("A.vnt/Users/user/Library/Preferences/editor.plist")), "mine");
 
   makeBackup(inLibrary("A.vnt"), "here");
-  EXPECT_TRUE(controller().addBackupFromFile(library() + "/../Backups/A.vnt")) << "it is in the library already";
+  EXPECT_TRUE(controller().addBackupFromFile(library() + "/../Backups/A.vnt", report_))
+      << "it is in the library already";
   EXPECT_EQ(readFile(prefs("editor.plist")), "here");
   EXPECT_TRUE(exists(inLibrary("A.vnt")));
 }
@@ -91,11 +92,11 @@ TEST_F(LibraryTest, AFailedImportChangesNothing) {
   makeBackup(inLibrary("B.vnt"), "mine");
   makeBackup(machine_ / "A.vnt", "foreign");
   files_.fail(Operation::StageCopy, std::errc::no_space_on_device);
-  EXPECT_FALSE(controller().addBackupFromFile(machine_ / "A.vnt"));
+  EXPECT_FALSE(controller().addBackupFromFile(machine_ / "A.vnt", report_));
   EXPECT_THAT(logged(), testing::Contains("Unable to copy file " + (machine_ / "A.vnt") + " to " + inLibrary("A.vnt")));
   makeBackup(machine_ / "B.vnt2", "foreign");
   makeFolders(machine_ / "Photos");
-  for (const char* name : {"B.vnt2", "Photos"}) EXPECT_FALSE(controller().addBackupFromFile(machine_ / name));
+  for (const char* name : {"B.vnt2", "Photos"}) EXPECT_FALSE(controller().addBackupFromFile(machine_ / name, report_));
   EXPECT_FALSE(exists(inLibrary("Photos")));
   for (const char* name : {"A.vnt", "B.vnt"})
     EXPECT_EQ(readFile(inLibrary(name) + "/Users/user/Library/Preferences/editor.plist"), "mine");

@@ -29,7 +29,7 @@ class RestoreTest : public BackupsTest {
       apps.back()->addItemWithName("Preferences", "key" + bundleID, true, {prefs(bundleID)});
     }
     controller().setAppArray(apps);
-    EXPECT_EQ(backupOfAll("B")->writeData(), WriteResult::Success);
+    EXPECT_EQ(backupOfAll("B")->writeData(report_), WriteResult::Success);
     for (const std::string& bundleID : bundleIDs) writeFile(prefs(bundleID), "changed");
     return QWBackup::backupWithFile(inLibrary("B.vnt"));
   }
@@ -48,7 +48,7 @@ TEST_F(RestoreTest, EachRunningApplicationIsDealtWithAsDecided) {
                       {"two", GuardDecision::CloseAndRelaunch},
                       {"off", GuardDecision::Cancel}};
   const Timestamp before = fakes_.clock.now();
-  backup->restore(true);
+  backup->restore(report_, true);
   for (const char* restored : {"one", "idle", "two"}) EXPECT_TRUE(isRestored(restored)) << restored;
   for (const char* left : {"skipped", "stubborn", "off"}) EXPECT_FALSE(isRestored(left)) << left;
   EXPECT_EQ(readFile(inTrash("one")), "changed");
@@ -62,7 +62,7 @@ TEST_F(RestoreTest, CancellingKeepsWhatIsRestoredAndRelaunchesNothing) {
   runtime_.guard = &guard_;
   guard_.decisions = {{"one", GuardDecision::CloseAndRelaunch}, {"two", GuardDecision::Cancel}};
   files_.heal();
-  backup->restore();
+  backup->restore(report_);
   EXPECT_TRUE(isRestored("one"));
   EXPECT_FALSE(isRestored("two"));
   EXPECT_FALSE(isRestored("three"));
@@ -77,7 +77,7 @@ TEST_F(RestoreTest, AnotherUserGetsTheFilesInTheirOwnHome) {
   const auto app = QWApp::appWithName("App one", "", "one");
   app->addItemWithName("Preferences", "key", true, {other / "Library/Preferences/one"});
   controller().setAppArray({app});
-  QWBackup::backupWithFile(backup->path())->restore();
+  QWBackup::backupWithFile(backup->path())->restore(report_);
   EXPECT_EQ(readFile(other / "Library/Preferences/one"), "saved");
   EXPECT_FALSE(isRestored("one"));
 }
@@ -87,14 +87,14 @@ TEST_F(RestoreTest, AvidUsersComeBackAndAreOnDisk) {
   writeFile(users + "/Anna/Anna Settings.avs", "anna");
   makeFolders(users + "/Empty");
   controller().populateApps();
-  EXPECT_EQ(QWBackup::autoBackup()->writeData(), WriteResult::Success);
+  EXPECT_EQ(QWBackup::autoBackup()->writeData(report_), WriteResult::Success);
   std::filesystem::remove_all(users);
   ASSERT_EQ(controller().autoBackupArray().size(), 1U);
   const auto backup = controller().autoBackupArray()[0];
   ASSERT_EQ(backup->children().size(), 1U);
   EXPECT_EQ(backup->children()[0]->children()[0]->users().size(), 1U);
   files_.heal();
-  backup->restore();
+  backup->restore(report_);
   EXPECT_EQ(readFile(users + "/Anna/Anna Settings.avs"), "anna");
   EXPECT_EQ(files_.calls(Operation::Sync), 2) << "the home and the shared folder";
 }

@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "catalog/QWPrefItem.h"
-#include "services/FailureTally.h"
 #include "tests/services/ServicesTest.h"
 
 namespace vantory::test {

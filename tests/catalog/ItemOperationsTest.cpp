@@ -21,7 +21,7 @@ TEST_F(ItemOperationsTest, TrashTakesCompanionsAndLinksToNothing) {
   const auto item = itemWith({home_ / "a.*st", home_ / "gone", home_ / "link", home_ / "none"});
   item->setLocked(On);
 
-  EXPECT_EQ(item->trash(), 4);
+  EXPECT_EQ(item->trash(report_), 4);
   EXPECT_EQ(item->locked(), Off);
   EXPECT_THAT(logged(), ElementsAre("Trashing file " + (home_ / "a.plist"), "Trashing file " + (home_ / "link")));
   for (const char* name : {"a.plist", "a.plist.lockfile", "gone.lockfile", "link"}) {
@@ -37,8 +37,11 @@ TEST_F(ItemOperationsTest, TrashGoesOnAfterAFailureAndTakesTickedUsersOnly) {
   item->users()[0]->setSelected(On);
   item->users()[1]->setSelected(Mixed);
   files_.fail(Operation::Trash, std::errc::io_error);
-  EXPECT_EQ(item->trash(), 1);
-  EXPECT_EQ(FailureTally::shared().count(), 1u);
+  EXPECT_EQ(item->trash(report_), 1);
+  ASSERT_EQ(report_.files().size(), 2U);
+  EXPECT_EQ(report_.files()[0].path, home_ / "own");
+  EXPECT_EQ(report_.files()[0].cause->code, std::errc::io_error);
+  EXPECT_EQ(report_.files()[1].place, inTrash("on"));
   EXPECT_TRUE(exists(home_ / "own"));
   EXPECT_FALSE(exists(home_ / "on"));
   EXPECT_TRUE(exists(home_ / "mixed"));

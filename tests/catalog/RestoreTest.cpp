@@ -30,10 +30,10 @@ struct FolderBackup : BackupPlace {
 class RestoreTest : public test::CatalogTest {
  protected:
   std::string backedUp(const std::string& relative) const { return backup_.path() + "/Users/user/" + relative; }
-  std::size_t failuresOf(const std::function<void()>& work) const {
-    const std::size_t before = FailureTally::shared().count();
+  std::size_t failuresOf(const std::function<void()>& work) {
+    report_ = {};
     work();
-    return FailureTally::shared().count() - before;
+    return report_.count(FileReport::Outcome::Failed);
   }
   // What lies there, or in the Trash under that name; empty when nothing does.
   static std::string contentOf(const std::string& path) {
@@ -68,9 +68,9 @@ TEST_F(RestoreTest, NothingIsLostWhateverFails) {
       writeFile(live_ + suffix, "old");
       const auto attempt = [this] {
         try {
-          item_->restoreFilesFromBackup(backup_);
+          item_->restoreFilesFromBackup(backup_, report_);
         } catch (const test::SimulatedCrash&) {
-          FailureTally::shared().add();
+          report_.failed(FileAction::Restore, live_, {});
         }
       };
       files_.heal();
@@ -97,7 +97,7 @@ TEST_F(RestoreTest, AdministratorRightsCopyOnlyOnceTheLiveFileIsInTheTrash) {
   for (const bool seen : {true, false}) {
     for (const Operation each : {Operation::StageCopy, Operation::Trash, seen ? Operation::Trash : Operation::Info})
       files_.fail(each, std::errc::permission_denied, test::FaultyFileSystem::kEveryCall);
-    EXPECT_EQ(failuresOf([this] { item_->restoreFilesFromBackup(backup_); }), 1u);
+    EXPECT_EQ(failuresOf([this] { item_->restoreFilesFromBackup(backup_, report_); }), 1u);
     EXPECT_THAT(tools, Not(testing::Contains("/bin/cp")));
     EXPECT_EQ(readFile(live_), "old");
     EXPECT_THAT(logged(), testing::IsSupersetOf({"File failed to trash.", "File failed to copy."}));
@@ -112,7 +112,7 @@ TEST_F(RestoreTest, AdministratorRightsCopyOnlyOnceTheLiveFileIsInTheTrash) {
     std::filesystem::copy(call.arguments[3], call.arguments[4]);
     return 0;
   };
-  EXPECT_EQ(failuresOf([this] { item_->restoreFilesFromBackup(backup_); }), 0u);
+  EXPECT_EQ(failuresOf([this] { item_->restoreFilesFromBackup(backup_, report_); }), 0u);
   EXPECT_EQ(fakes_.privileged.calls.size(), 1u);
   EXPECT_EQ(readFile(live_), "new");
   EXPECT_EQ(readFile(inTrash("a.plist")), "old");

@@ -62,10 +62,12 @@ in_terminal() { # TERM COLUMNS
   wait
 }
 drew() { [ "$(tr -d "\r" <"$work/err")" = "$1" ]; }
+busy=$'Vantory: Error writing backup file\n'"Vantory: $library: another process is working here"
+line=$'\e[KWaiting for another process i\e[K'
 in_terminal xterm 30
-check "a terminal shows what takes long, in one line that is gone at the end" eval 'ended 0 && printed "" && drew $'"'"'\e[KWaiting for another process i\e[KVantory: Error writing backup file'"'"
+check "a terminal shows what takes long, in one line that is gone at the end" eval 'ended 0 && printed "" && drew "$line$busy"'
 in_terminal dumb 30
-check "a dumb one does not" eval 'ended 0 && drew "Vantory: Error writing backup file"'
+check "a dumb one does not" eval 'ended 0 && drew "$busy"'
 # A lock helper that does not answer.
 mv "$work/vantory-lock-helper" "$work/helper"
 printf '#!/bin/sh\nsleep 2\n' >"$work/vantory-lock-helper"; chmod 755 "$work/vantory-lock-helper"

@@ -39,14 +39,14 @@ bool startJob(const Operands& operands) {
 }
 
 const std::map<std::string, std::function<bool(const Operands&)>> kOperations = {
-    {"copy", [](const Operands& o) { return Files::copyFile(o.at(1), o.at(2)); }},
-    {"move", [](const Operands& o) { return Files::moveFile(o.at(1), o.at(2)); }},
-    {"remove", [](const Operands& o) { return Files::removeFile(o.at(1)); }},
-    {"trash", [](const Operands& o) { return Files::trashFile(o.at(1)); }},
-    {"mkdir", [](const Operands& o) { return Files::createDirectory(o.at(1)); }},
-    {"touch", [](const Operands& o) { return Files::touchFile(o.at(1)); }},
-    {"lock", [](const Operands& o) { return Files::lockFile(o.at(1)); }},
-    {"unlock", [](const Operands& o) { return Files::unlockFile(o.at(1)); }},
+    {"copy", [](const Operands& o) { return Files::copyFile(o.at(1), o.at(2)).ok(); }},
+    {"move", [](const Operands& o) { return Files::moveFile(o.at(1), o.at(2)).ok(); }},
+    {"remove", [](const Operands& o) { return Files::removeFile(o.at(1)).ok(); }},
+    {"trash", [](const Operands& o) { return Files::trashFile(o.at(1)).ok(); }},
+    {"mkdir", [](const Operands& o) { return Files::createDirectory(o.at(1)).ok(); }},
+    {"touch", [](const Operands& o) { return Files::touchFile(o.at(1)).ok(); }},
+    {"lock", [](const Operands& o) { return Files::lockFile(o.at(1)).ok(); }},
+    {"unlock", [](const Operands& o) { return Files::unlockFile(o.at(1)).ok(); }},
     {"require", [](const Operands& o) { return authorization().authRequireAdministrator(o.at(1) == "1"); }},
     {"tool",
      [](const Operands& o) {

@@ -9,6 +9,7 @@
 
 #include "base/Text.h"
 #include "services/Runtime.h"
+#include "services/TaskReport.h"
 #include "services/log/QWLog.h"
 #include "tests/support/FakePlatform.h"
 #include "tests/support/FaultyFileSystem.h"
@@ -46,6 +47,7 @@ class ServicesTest : public testing::Test {
   FaultyFileSystem files_{disk_};
   FakePlatform fakes_{files_, metadata_, machine_.path(), home_.path()};
   Runtime runtime_{fakes_.platform};
+  TaskReport report_;  // of what a test calls
 
  private:
   std::size_t logRead_ = 0;

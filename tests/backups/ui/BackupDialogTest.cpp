@@ -90,7 +90,7 @@ TEST_F(BackupDialogTest, ABadNameLeavesTheDialogOpen) {
 }
 
 TEST_F(BackupDialogTest, AnAutomaticBackupKeepsItsNameOrBecomesAManualOne) {
-  ASSERT_EQ(QWBackup::autoBackup()->writeData(), WriteResult::Success);
+  ASSERT_EQ(QWBackup::autoBackup()->writeData(report_), WriteResult::Success);
   const auto automatic = controller().autoBackupArray().front();
   const std::string name = automatic->name();
   edit_.editBackup(automatic);

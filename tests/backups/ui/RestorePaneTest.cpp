@@ -15,12 +15,12 @@ class RestorePaneTest : public PaneTest {
   std::shared_ptr<QWBackup> written(const std::string& name, const std::vector<std::string>& projects = {}) {
     const auto backup = backupOfAll(name);
     backup->setProjects(projects);
-    EXPECT_EQ(backup->writeData(), WriteResult::Success);
+    EXPECT_EQ(backup->writeData(report_), WriteResult::Success);
     select(listed(name));
     return listed(name);
   }
   void writeAutomaticBackup() {
-    ASSERT_EQ(QWBackup::autoBackup()->writeData(), WriteResult::Success);
+    ASSERT_EQ(QWBackup::autoBackup()->writeData(report_), WriteResult::Success);
     select(controller().autoBackupArray().front());
   }
   void select(const RecordRow::Record& record) { outline_.selected = rowOf(pane_, record); }

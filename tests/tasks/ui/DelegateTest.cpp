@@ -28,7 +28,7 @@ class DelegateTest : public PaneTest {
   std::shared_ptr<QWBackup> writeBackup(const std::string& name, const std::vector<std::string>& projects) {
     auto backup = backupOfAll(name);
     backup->setProjects(projects);
-    EXPECT_EQ(backup->writeData(), WriteResult::Success);
+    EXPECT_EQ(backup->writeData(report_), WriteResult::Success);
     return backup;
   }
   // Opens the file and waits for all that comes of it; answers the log.
@@ -123,7 +123,9 @@ TEST_F(DelegateTest, TheAlertsTellWhatAnImportLeftUndone) {
     alerts_.clear();
     files_.fail(test::Operation::StageCopy, std::errc::io_error, FaultyFileSystem::kEveryCall);
     open(opened);
-    EXPECT_THAT(alerts_, Contains("Not everything could be restored")) << opened;
+    EXPECT_EQ(alerts_.back(),
+              opened == kProject ? "Nothing was restored" : "The backup \"Clean\" could not be restored");
+    EXPECT_THAT(told, HasSubstr("editor.plist: Input/output error"));
     files_.heal();
   }
 }

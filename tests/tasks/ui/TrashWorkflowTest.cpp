@@ -93,7 +93,7 @@ TEST_F(TrashWorkflowTest, WaitsForTheTaskThatRuns) {
 }
 
 TEST_F(TrashWorkflowTest, BacksUpTrashesPreferencesOnlyAndRestoresTheDefaultBackupWhereWanted) {
-  ASSERT_EQ(backupOfAll("Good")->writeData(), WriteResult::Success);
+  ASSERT_EQ(backupOfAll("Good")->writeData(report_), WriteResult::Success);
   QWUserDefaults::standardUserDefaults().setObject("autoRestoreDefault", PropertyList(1));
   QWUserDefaults::standardUserDefaults().setObject("defaultBackup", PropertyList("Good.vnt"));
   controller().populateBackups();

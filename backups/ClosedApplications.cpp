@@ -1,0 +1,67 @@
+// How a task gets running applications out of its way.
+#include "backups/ClosedApplications.h"
+
+#include <chrono>
+
+#include "base/Format.h"
+#include "catalog/QWApp.h"
+#include "platform/Clock.h"
+#include "platform/Workspace.h"
+#include "services/RunningApplicationGuard.h"
+#include "services/Runtime.h"
+#include "services/TaskReport.h"
+#include "services/log/QWLog.h"
+
+namespace vantory {
+
+namespace {
+
+void say(const char* words) {
+  if (words) QWLog::appendLog(words);
+}
+
+}  // namespace
+
+ClosedApplications::Answer ClosedApplications::makeWay(const QWApp& app, bool closeAutomatically) {
+  RunningApplicationGuard* guard = Runtime::current().guard;
+  const GuardDecision decision = guard ? guard->checkRunningAppsForName(app.name(), app.bundleID(), closeAutomatically)
+                                       : GuardDecision::NotRunning;
+  switch (decision) {
+    case GuardDecision::Cancel:
+      report_.cancelled();
+      return Answer::Cancel;
+    case GuardDecision::Skip:
+      say(words_.skipped);
+      report_.passedOver(app.name(), formatted("%@ is running and was skipped.", app.name()));
+      return Answer::PassOver;
+    case GuardDecision::CloseAndRelaunch:
+      say(words_.toClose);
+      if (!guard->closeAppWithName(app.name(), app.bundleID())) {
+        say(words_.notClosed);
+        report_.passedOver(app.name(), formatted("%@ could not be closed and was skipped.", app.name()));
+        return Answer::PassOver;
+      }
+      say(words_.closed);
+      closed_.push_back({app.name(), app.bundleID()});
+      return Answer::Proceed;
+    case GuardDecision::NotRunning:
+      break;
+  }
+  say(words_.notRunning);
+  return Answer::Proceed;
+}
+
+void ClosedApplications::relaunch(const std::function<void()>& begin) {
+  if (closed_.empty()) return;
+  Platform& platform = Runtime::current().platform();
+  platform.clock.sleep(std::chrono::seconds(1));
+  if (begin) begin();
+  for (const Closed& app : closed_) {
+    const Status started = platform.workspace.launchApplication(app.bundleID);
+    if (started) continue;
+    QWLog::appendLog("Couldn't relaunch %@", app.bundleID);
+    report_.remark(formatted("%@ could not be started again. %@", app.name, started.error().text));
+  }
+}
+
+}  // namespace vantory

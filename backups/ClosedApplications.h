@@ -1,0 +1,47 @@
+// Applications that a task closes before it touches their files, and starts again afterwards.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace vantory {
+
+class QWApp;
+class TaskReport;
+
+class ClosedApplications {
+ public:
+  // What the log says of each step; every kind of task has words of its own. Null for nothing.
+  struct Words {
+    const char* skipped;
+    const char* toClose;
+    const char* closed;
+    const char* notClosed;
+    const char* notRunning;
+  };
+  enum class Answer { Proceed, PassOver, Cancel };
+
+  // The report outlives it.
+  ClosedApplications(const Words& words, TaskReport& report) : words_(words), report_(report) {}
+
+  // Asks the guard about the application, and closes it where that is the answer. One that is to be passed over, and a
+  // cancel, are in the report then. May block for a person's answer.
+  Answer makeWay(const QWApp& app, bool closeAutomatically);
+  // Starts those that were closed again, after a second, in the order they were closed; `begin`, which may be empty, is
+  // called first where there are any. One that does not start is told in the report.
+  void relaunch(const std::function<void()>& begin = {});
+  bool empty() const { return closed_.empty(); }
+
+ private:
+  struct Closed {
+    std::string name;
+    std::string bundleID;
+  };
+
+  const Words words_;
+  TaskReport& report_;
+  std::vector<Closed> closed_;
+};
+
+}  // namespace vantory

@@ -1,0 +1,70 @@
+// How a task's report is kept and put into words.
+#include "services/TaskReport.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "base/Format.h"
+
+namespace vantory {
+
+using Outcome = FileReport::Outcome;
+
+void TaskReport::done(FileAction action, const std::string& path, const std::string& item, const std::string& place) {
+  files_.push_back({.action = action, .path = path, .item = item, .place = place});
+}
+
+void TaskReport::skipped(FileAction action, const std::string& path, Error cause, const std::string& item) {
+  files_.push_back(
+      {.action = action, .path = path, .item = item, .outcome = Outcome::Skipped, .cause = std::move(cause)});
+}
+
+void TaskReport::failed(FileAction action, const std::string& path, Error cause, const std::string& item) {
+  files_.push_back(
+      {.action = action, .path = path, .item = item, .outcome = Outcome::Failed, .cause = std::move(cause)});
+}
+
+void TaskReport::add(FileAction action, const std::string& path, const Status& status, const std::string& item,
+                     const std::string& place) {
+  if (status)
+    done(action, path, item, place);
+  else
+    failed(action, path, status.error(), item);
+}
+
+void TaskReport::passedOver(std::string application, std::string reason) {
+  passedOver_.push_back({std::move(application), std::move(reason)});
+}
+
+std::size_t TaskReport::count(Outcome outcome) const {
+  return static_cast<std::size_t>(
+      std::ranges::count_if(files_, [&](const FileReport& file) { return file.outcome == outcome; }));
+}
+
+std::size_t TaskReport::count(Outcome outcome, FileAction action) const {
+  return static_cast<std::size_t>(std::ranges::count_if(
+      files_, [&](const FileReport& file) { return file.outcome == outcome && file.action == action; }));
+}
+
+bool TaskReport::hasFailed(FileAction action, const std::string& path) const {
+  return std::ranges::any_of(files_, [&](const FileReport& file) {
+    return file.outcome == Outcome::Failed && file.action == action && file.path == path;
+  });
+}
+
+std::string TaskReport::causes() const {
+  std::string text;
+  const auto addLine = [&text](const std::string& line) { text += (text.empty() ? "" : "\n") + line; };
+  const auto first =
+      std::ranges::find_if(files_, [](const FileReport& file) { return file.outcome == Outcome::Failed; });
+  if (first != files_.end()) {
+    addLine(first->cause->text);
+    if (const std::size_t more = count(Outcome::Failed) - 1; more > 0)
+      addLine(formatted("The log names %i more.", more));
+  }
+  for (const PassedOver& passed : passedOver_) addLine(passed.reason);
+  for (const std::string& remark : remarks_) addLine(remark);
+  return text;
+}
+
+}  // namespace vantory

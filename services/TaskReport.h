@@ -1,0 +1,73 @@
+// What a task did to which file, what it did not do, and why.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "base/Result.h"
+
+namespace vantory {
+
+enum class FileAction { Trash, Restore, Copy, Lock, Unlock, Move, Remove, Write, List, Sync };
+
+// One file, or folder, of a task.
+struct FileReport {
+  enum class Outcome { Done, Skipped, Failed };
+
+  FileAction action = FileAction::Copy;
+  std::string path;        // what the task was to work on
+  std::string item = {};   // the key of the preference item it belongs to; empty for none
+  std::string place = {};  // where it, or its copy, lies now; empty where that is nowhere or not known
+  Outcome outcome = Outcome::Done;
+  std::optional<Error> cause = {};  // why it was skipped or failed; none when done
+};
+
+// Filled by whatever a task calls, read by whoever tells of the task. Belongs to one task, and to one thread at a time.
+class TaskReport {
+ public:
+  // An application whose files were left alone.
+  struct PassedOver {
+    std::string application;
+    std::string reason;  // a sentence
+  };
+
+  void done(FileAction action, const std::string& path, const std::string& item = {}, const std::string& place = {});
+  // The file is as it was, on purpose.
+  void skipped(FileAction action, const std::string& path, Error cause, const std::string& item = {});
+  void failed(FileAction action, const std::string& path, Error cause, const std::string& item = {});
+  // As done() or failed(), by how the operation ended.
+  void add(FileAction action, const std::string& path, const Status& status, const std::string& item = {},
+           const std::string& place = {});
+  void passedOver(std::string application, std::string reason);
+  // The person ended the task before it was through.
+  void cancelled() { isCancelled_ = true; }
+  // A sentence about something beside the task itself that went wrong, such as an application that did not start again.
+  void remark(std::string sentence) { remarks_.push_back(std::move(sentence)); }
+
+  const std::vector<FileReport>& files() const { return files_; }
+  const std::vector<PassedOver>& passedOver() const { return passedOver_; }
+  const std::vector<std::string>& remarks() const { return remarks_; }
+  bool isCancelled() const { return isCancelled_; }
+
+  std::size_t count(FileReport::Outcome outcome) const;
+  std::size_t count(FileReport::Outcome outcome, FileAction action) const;
+  bool hasFailures() const { return count(FileReport::Outcome::Failed) > 0; }
+  // Whether everything that was asked for was done.
+  bool isWhole() const { return !hasFailures() && passedOver_.empty() && !isCancelled_; }
+  // Whether this failure is in the report already.
+  bool hasFailed(FileAction action, const std::string& path) const;
+
+  // For a person: the first cause of failure and how many more there are, the applications that were passed over, the
+  // remarks, a sentence or two on each line. Empty where there is nothing to tell.
+  std::string causes() const;
+
+ private:
+  std::vector<FileReport> files_;
+  std::vector<PassedOver> passedOver_;
+  std::vector<std::string> remarks_;
+  bool isCancelled_ = false;
+};
+
+}  // namespace vantory
