@@ -157,28 +157,6 @@ void QWDataController::populateAutoBackups(bool reload) {
   QWLog::appendLog("Auto backup population complete");
 }
 
-TaskReport QWDataController::manageAutoBackups() {
-  TaskReport report;
-  QWLog::appendLog("Managing old auto backups...");
-  const long long maximum =
-      std::max(0LL, QWUserDefaults::standardUserDefaults().integerForKey(setting::kMaxAutoBackups));
-  QWLog::appendLog("Maximum auto backup count: %i", maximum);
-  populateAutoBackups(false);
-
-  BackupList backups = autoBackupArray();
-  if (backups.size() <= static_cast<unsigned long long>(maximum)) return report;
-  std::ranges::stable_sort(backups, [](const auto& left, const auto& right) { return left->dateCompare(*right) < 0; });
-  const auto firstKept = backups.end() - maximum;
-  for (auto oldest = backups.begin(); oldest != firstKept; ++oldest) {
-    QWLog::appendLog("Removing auto backup %@...", (*oldest)->path());
-    report.add(FileAction::Remove, (*oldest)->path(), QWFileManager::removeFile((*oldest)->path(), 10s));
-  }
-  backups.erase(backups.begin(), firstKept);
-  MainThread::shared().runAndWait([&] { setAutoBackupArray(std::move(backups)); });
-  tellRestorePane();
-  return report;
-}
-
 Status QWDataController::removeBackup(const std::shared_ptr<QWBackup>& backup) {
   QWLog::appendLog("Removing backup...");
   const auto place = QWFileManager::trashFile(backup->path(), 10s);

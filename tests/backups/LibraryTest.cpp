@@ -57,6 +57,22 @@ TEST_F(LibraryTest, TheOldestAutomaticBackupsGoFirst) {
   EXPECT_FALSE(exists(inTrash("Auto Backup 1.vnt")));
 }
 
+TEST_F(LibraryTest, FailedAndUnfinishedRunsPushNoGoodBackupOut) {
+  const auto automatic = [&](int day) { return inLibrary("Autosaves/Auto Backup " + std::to_string(day) + ".vnt"); };
+  for (int day = 1; day <= 8; ++day) makeBackup(automatic(day), "", day);
+  for (const int torn : {1, 5, 7, 8}) {
+    fs::remove(automatic(torn) + "/Settings.plist");
+    ASSERT_TRUE(metadata_.setModified(automatic(torn), Timestamp{torn, 0}));
+  }
+  // Another process still writes one.
+  const auto writer = disk_.holdFolder(automatic(5), std::chrono::seconds(0));
+  settings().setObject("maxAutoBackups", 2);
+  const TaskReport report = controller().manageAutoBackups();
+  for (int day = 1; day <= 8; ++day)
+    EXPECT_EQ(exists(automatic(day)), day == 4 || day == 5 || day == 6 || day > 6) << day;
+  EXPECT_EQ(report.count(FileReport::Outcome::Skipped), 1U) << "the one that is held";
+}
+
 TEST_F(LibraryTest, AutomaticBackupsAreNamedByTheClock) {
   writeFile(prefs("layout"), "l");
   setCatalog({{"Preferences", {prefs("editor.plist")}}, {"Layouts", {prefs("layout")}}});

@@ -1,0 +1,79 @@
+// How old automatic backups are removed.
+#include <algorithm>
+#include <chrono>
+
+#include "backups/BackupNaming.h"
+#include "backups/QWDataController.h"
+#include "base/Paths.h"
+#include "platform/FileSystem.h"
+#include "services/Runtime.h"
+#include "services/TaskReport.h"
+#include "services/files/QWFileManager.h"
+#include "services/log/QWLog.h"
+#include "services/settings/QWUserDefaults.h"
+#include "services/settings/SettingsKeys.h"
+#include "services/threads/MainThread.h"
+
+namespace vantory {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+// The settings are what is written last.
+bool isComplete(const std::shared_ptr<QWBackup>& backup) {
+  return QWFileManager::itemExistsAtPath(paths::join(backup->path(), kBackupSettingsFile));
+}
+
+// Of those sorted by date the complete ones beyond the newest `maximum`, and the incomplete ones that a complete one
+// has followed: a run that failed pushes no good backup out.
+BackupList surplus(const BackupList& backups, std::size_t maximum) {
+  std::size_t newerComplete = 0;
+  BackupList found;
+  for (auto backup = backups.rbegin(); backup != backups.rend(); ++backup) {
+    const bool complete = isComplete(*backup);
+    if (complete ? newerComplete >= maximum : newerComplete > 0) found.push_back(*backup);
+    newerComplete += complete;
+  }
+  std::ranges::reverse(found);
+  return found;
+}
+
+// Never from under another process that writes it.
+Status removeUnlessHeld(const std::string& path) {
+  const auto hold = Runtime::current().platform().files.holdFolder(path, 0s);
+  if (!hold && hold.error().code == std::errc::timed_out) return hold.error();
+  return QWFileManager::removeFile(path, 10s);
+}
+
+}  // namespace
+
+TaskReport QWDataController::manageAutoBackups() {
+  TaskReport report;
+  QWLog::appendLog("Managing old auto backups...");
+  const long long maximum =
+      std::max(0LL, QWUserDefaults::standardUserDefaults().integerForKey(setting::kMaxAutoBackups));
+  QWLog::appendLog("Maximum auto backup count: %i", maximum);
+  populateAutoBackups(false);
+
+  BackupList backups = autoBackupArray();
+  std::ranges::stable_sort(backups, [](const auto& left, const auto& right) { return left->dateCompare(*right) < 0; });
+  const BackupList doomed = surplus(backups, static_cast<std::size_t>(maximum));
+  if (doomed.empty()) return report;
+  for (const auto& backup : doomed) {
+    QWLog::appendLog("Removing auto backup %@...", backup->path());
+    const Status removed = removeUnlessHeld(backup->path());
+    if (removed || removed.error().code != std::errc::timed_out) {
+      report.add(FileAction::Remove, backup->path(), removed);
+      std::erase(backups, backup);
+    } else {
+      QWLog::appendLog("It stays for now: %@", removed.error().text);
+      report.skipped(FileAction::Remove, backup->path(), removed.error());
+    }
+  }
+  MainThread::shared().runAndWait([&] { setAutoBackupArray(std::move(backups)); });
+  tellRestorePane();
+  return report;
+}
+
+}  // namespace vantory
