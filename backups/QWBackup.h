@@ -70,9 +70,9 @@ class QWBackup : public BackupNode {
   void setIsDefault(bool isDefault) { isDefault_ = isDefault; }
 
   // Writes the backup and returns when it is on disk. With filesOnly the files of an existing backup are replaced one
-  // by one and its settings stay. A folder that bears the path already goes to the Trash first; when it will not, or
-  // another process is writing there, nothing is written. What was copied and what failed stands in the report, also
-  // why the result is no success.
+  // by one, what they were goes to the Trash, and its settings stay. A folder that bears the path already goes to the
+  // Trash first; when it will not, or another process is writing there, nothing is written. What was copied and what
+  // failed stands in the report, also why the result is no success.
   WriteResult writeData(TaskReport& report, bool filesOnly = false);
   // True when the last writeData() created the folder.
   bool createdFolder() const { return createdFolder_.has_value(); }
@@ -96,6 +96,8 @@ class QWBackup : public BackupNode {
   int sizeCompare(const BackupNode& other) const override;
 
  private:
+  WriteResult write(TaskReport& report, bool filesOnly);
+
   std::string name_;
   std::string path_;
   std::optional<Timestamp> date_;

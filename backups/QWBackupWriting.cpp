@@ -6,6 +6,7 @@
 #include "backups/LibraryHold.h"
 #include "backups/QWBackup.h"
 #include "backups/QWDataController.h"
+#include "backups/ReplacedCopies.h"
 #include "base/Format.h"
 #include "base/Paths.h"
 #include "base/PropertyList.h"
@@ -43,10 +44,12 @@ Status replaceCopy(const std::string& source, const std::string& copy) {
 class ItemCopier {
  public:
   ItemCopier(const std::string& backup, bool filesOnly, TaskReport& report)
-      : place_(backup), filesOnly_(filesOnly), report_(report) {}
+      : place_(backup), filesOnly_(filesOnly), report_(report), replaced_(backup) {}
 
   // Answers how many files were copied.
   std::size_t copyItem(const QWPrefItem& item);
+  // To be called when all items are.
+  void trashReplaced() { replaced_.moveToTrash(report_); }
 
  private:
   struct Target {
@@ -57,6 +60,7 @@ class ItemCopier {
   std::size_t copyFiles(const std::vector<std::string>& sources);
   bool copyFile(const std::string& source, const std::string& copy, std::unique_ptr<StagedCopy> staged);
   bool copyAvidFile(const std::string& source);
+  Status replace(const std::string& source, const std::string& copy);
   bool note(const std::string& source, const std::string& copy, const Status& copied);
   bool isThere(const std::string& copy) const;
   // Where the file goes, its folder made; none for what is not copied.
@@ -69,6 +73,7 @@ class ItemCopier {
   const BackupFolder place_;
   const bool filesOnly_;
   TaskReport& report_;
+  ReplacedCopies replaced_;
   std::string item_;                         // key of the item being copied
   std::unordered_set<std::string> folders_;  // prepared in this run
   std::unordered_set<std::string> copies_;   // made in this run
@@ -129,10 +134,17 @@ bool ItemCopier::copyFile(const std::string& source, const std::string& copy, st
   if (replaces) QWLog::appendLog("Destination file %@ exists - removing...", copy);
   QWLog::appendLog("Copying %@ to %@", source, copy);
   if (!note(source, copy,
-            replaces ? replaceCopy(source, copy) : QWFileManager::copyFile(source, copy, 15s, std::move(staged))))
+            replaces ? replace(source, copy) : QWFileManager::copyFile(source, copy, 15s, std::move(staged))))
     return false;
   copies_.insert(copy);
   return true;
+}
+
+// What this run made itself is no loss.
+Status ItemCopier::replace(const std::string& source, const std::string& copy) {
+  if (filesOnly_ && !copies_.contains(copy) && QWFileManager::itemExistsAtPath(copy))
+    if (Status kept = replaced_.keep(copy); !kept) return kept;
+  return replaceCopy(source, copy);
 }
 
 // A new backup holds nothing but what this run put there.
@@ -145,7 +157,7 @@ bool ItemCopier::copyAvidFile(const std::string& source) {
   if (!target) return false;
   QWLog::appendLog("Copying Avid user %@ to %@", source, target->copy);
   if (!note(source, target->copy,
-            filesOnly_ ? replaceCopy(source, target->copy) : QWFileManager::copyFile(source, target->copy, 10s)))
+            filesOnly_ ? replace(source, target->copy) : QWFileManager::copyFile(source, target->copy, 10s)))
     return false;
   // Not the copy's path, and normally nobody's: the copy keeps the flag that it has.
   (void)QWFileManager::unlockFile(paths::join(target->folder, source));
@@ -263,9 +275,22 @@ PropertyListDictionary copyApps(const AppList& apps, ItemCopier& copier) {
   return held;
 }
 
+// A person who finds no new backup should know what became of the one before.
+void remarkOnEarlier(const std::string& path, TaskReport& report) {
+  for (const FileReport& file : report.files())
+    if (file.action == FileAction::Trash && file.outcome == FileReport::Outcome::Done && file.path == path)
+      return report.remark(formatted("The earlier backup is in the Trash: %@", file.place));
+}
+
 }  // namespace
 
 WriteResult QWBackup::writeData(TaskReport& report, bool filesOnly) {
+  const WriteResult result = write(report, filesOnly);
+  if (result != WriteResult::Success) remarkOnEarlier(path_, report);
+  return result;
+}
+
+WriteResult QWBackup::write(TaskReport& report, bool filesOnly) {
   QWLog::appendLog("Writing backup data to disk for %@", path_);
   createdFolder_.reset();
   const auto refuse = [&](const Error& cause) {
@@ -284,6 +309,7 @@ WriteResult QWBackup::writeData(TaskReport& report, bool filesOnly) {
 
   ItemCopier copier(path_, filesOnly, report);
   PropertyListDictionary settings = copyApps(children_, copier);
+  copier.trashReplaced();
   if (!filesOnly) {
     if (settings.empty()) {
       QWLog::appendLog("Unable to create backup - no files to backup");
@@ -298,8 +324,10 @@ WriteResult QWBackup::writeData(TaskReport& report, bool filesOnly) {
       return refuse(written.error());
   }
   if (isDefault_) setDefault();
-  // Waiting for the disk leaves time. Deferred where no thread is to be had.
-  std::future<Status> sync = std::async([this] { return files().sync(path_); });
+  // Waiting for the disk leaves time. Deferred where no thread is to be had. A new backup may be on its way to the
+  // others of its kind meanwhile; the library's folder stays where it is.
+  std::future<Status> sync =
+      std::async([path = filesOnly ? path_ : paths::parent(path_)] { return files().sync(path); });
   QWLog::appendLog("Unlocking backup...");
   QWFileManager::unlockFolder(path_);
   if (const Status touched = QWFileManager::touchFile(path_); !touched)

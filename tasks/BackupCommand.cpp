@@ -2,11 +2,13 @@
 
 #include <algorithm>
 
+#include "backups/BackupNaming.h"
 #include "backups/QWBackup.h"
 #include "backups/QWDataController.h"
 #include "platform/SystemLog.h"
 #include "services/Runtime.h"
 #include "services/files/QWFileManager.h"
+#include "services/log/QWLog.h"
 #include "tasks/AppController.h"
 #include "tasks/Command.h"
 #include "tasks/KeyList.h"
@@ -87,6 +89,8 @@ int backupCommand(const CommandContext& context) {
                               .console = "Invalid keys"});
     return 1;
   }
+  if (name.starts_with(kAutomaticPrefix))
+    QWLog::appendLogAndPrint("%@ is kept among the automatic backups, which are removed in time.", name);
   // Writing it moves a backup that has the name to the Trash, unless another process is at work on that.
   write(*makeRecord(name, keys), controller, context.report);
   return 0;  // also where there was nothing to back up

@@ -69,11 +69,16 @@ bool askToReplace(const std::string& name, const std::string& target) {
   return answer == QWAlert::Default;
 }
 
-// Nothing to do for a new backup, and for one that keeps its name. One that cannot be renamed is written under the old
-// name.
+// Nothing to do for a new backup, and for one that keeps its name. What bears the new name goes to the Trash. A backup
+// that cannot be renamed is written under its old name.
 void rename(QWBackup& backup, const std::string& name, const std::string& target) {
   if (backup.name() == name) return;
   QWLog::appendLog("Backup is being renamed from %@ to %@", backup.name(), name);
+  if (QWFileManager::itemExistsAtPath(target)) {
+    const auto place = QWFileManager::trashFile(target, 10s);
+    if (!place) return reportFailure("Unable to rename the backup", place.error().text);
+    QWLog::appendLog("What was %@ is in the Trash now: %@", target, *place);
+  }
   if (const Status moved = QWFileManager::moveFile(backup.path(), target, 10s); !moved)
     return reportFailure("Unable to rename the backup", moved.error().text);
   MainThread::shared().runAndWait([&] {
@@ -116,13 +121,8 @@ void QWBackupEditController::backup() {
   QWBackupOutlineController& writer = parts_.backupController;
   writer.reload();
   parts_.dialog.close();
-  SerialWork::tasks().add([&writer, written, name, target, replaces] {
+  SerialWork::tasks().add([&writer, written, name, target] {
     QWAuthorization::sharedController().beginTask();
-    // What cannot be trashed keeps the new one from being written, which is told.
-    if (replaces) {
-      const auto place = QWFileManager::trashFile(target, 10s);
-      if (place) QWLog::appendLog("What was %@ is in the Trash now: %@", target, *place);
-    }
     rename(*written, name, target);
     writer.writeBackupOnThread(written);
   });

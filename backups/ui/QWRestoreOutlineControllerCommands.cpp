@@ -46,6 +46,15 @@ void reportFailedWriting(QWBackup& backup, TaskReport& report) {
                 withCauses(formatted("The backup \"%@\" could not be written anew.", backup.name()), report));
 }
 
+bool askToUpdate(const QWBackup& backup) {
+  return QWAlert::alertSheetWithMessageText(
+             {.messageText = formatted("Do you want to update the files of \"%@\"?", backup.name()),
+              .defaultButton = "Update",
+              .alternateButton = "Cancel",
+              .informativeText = "Its copies are replaced by your present preferences, and placed in the Trash."}) ==
+         QWAlert::Default;
+}
+
 }  // namespace
 
 void QWRestoreOutlineController::runOnThread(std::function<void()> work) {
@@ -121,8 +130,8 @@ void QWRestoreOutlineController::unlinkProjects() {
 }
 
 void QWRestoreOutlineController::updateFiles() {
-  if (const auto backup = selectedBackup())
-    SerialWork::tasks().add([this, backup] { updateBackupFilesOnThread(backup); });
+  const auto backup = selectedBackup();
+  if (backup && askToUpdate(*backup)) SerialWork::tasks().add([this, backup] { updateBackupFilesOnThread(backup); });
 }
 
 void QWRestoreOutlineController::updateBackupFilesOnThread(const std::shared_ptr<QWBackup>& backup) {

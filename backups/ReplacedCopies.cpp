@@ -1,0 +1,32 @@
+// How replaced copies are kept until all are.
+#include "backups/ReplacedCopies.h"
+
+#include <chrono>
+
+#include "base/Format.h"
+#include "base/Paths.h"
+#include "services/TaskReport.h"
+#include "services/files/QWFileManager.h"
+#include "services/log/QWLog.h"
+
+namespace vantory {
+
+using namespace std::chrono_literals;
+
+Status ReplacedCopies::keep(const std::string& path) {
+  if (folder_.empty()) folder_ = QWFileManager::uniqueFilename(paths::withoutExtension(backup_) + " (replaced copies)");
+  const std::string kept = paths::join(folder_, path.substr(backup_.size()));
+  if (Status made = QWFileManager::createDirectory(paths::parent(kept)); !made) return made;
+  auto copy = QWFileManager::stageCopy({.source = path, .destination = kept, .links = Links::DoNotFollow});
+  return copy ? (*copy)->commit(StagedCopy::Existing::Keep) : copy.error();
+}
+
+void ReplacedCopies::moveToTrash(TaskReport& report) {
+  if (folder_.empty() || QWFileManager::removeFolderIfEmpty(folder_)) return;
+  const auto place = QWFileManager::trashFile(folder_, 10s);
+  if (!place) return report.failed(FileAction::Trash, folder_, place.error());
+  QWLog::appendLog("The copies that were replaced are in the Trash: %@", *place);
+  report.done(FileAction::Trash, folder_, {}, *place);
+}
+
+}  // namespace vantory

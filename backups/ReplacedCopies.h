@@ -1,0 +1,28 @@
+// The copies of a backup that newer ones replace: they go to the Trash together.
+#pragma once
+
+#include <string>
+
+#include "base/Result.h"
+
+namespace vantory {
+
+class TaskReport;
+
+// Keeps what is about to be replaced in a folder beside the backup, made when it is first needed.
+class ReplacedCopies {
+ public:
+  explicit ReplacedCopies(const std::string& backup) : backup_(backup) {}
+
+  // Keeps a copy of the file or folder, which lies in the backup, and leaves it as it is.
+  Status keep(const std::string& path);
+  // Moves what was kept to the Trash, under one name, and says where it is. It stays beside the backup where that
+  // fails.
+  void moveToTrash(TaskReport& report);
+
+ private:
+  const std::string backup_;
+  std::string folder_;  // empty while nothing is kept
+};
+
+}  // namespace vantory
