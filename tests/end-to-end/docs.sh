@@ -14,7 +14,8 @@ if [ -z "${VANTORY_WORK:-}" ]; then
   done
   named() { (cd "$checkout" && grep -ohE -- "$1" "${docs[@]}") | sed -E "s/$2//" | tr ' ' '\n' | sort -u; }
   for preset in $(named '--preset [a-z]+' '.* '); do check "preset $preset" grep -q "\"name\": \"$preset\"" "$checkout/CMakePresets.json"; done
-  for set in $(named 'install-dependencies( [a-z]+)+' '[^ ]* '); do check "packages $set" grep -q "^ *\[$set\]=" "$checkout/scripts/install-dependencies"; done
+  read_package_sets "$checkout"
+  for set in $(named 'install-dependencies( [a-z]+)+' '[^ ]* '); do check "packages $set" [ -n "${packages[$set]:-}" ]; done
   for tests in $(named '--gtest_filter=.[A-Za-z]+' '.*[^A-Za-z]'); do check "tests $tests" grep -rqE "TEST(_F)?\($tests," "$checkout/tests"; done
   for key in $(sed -n '/^## Settings/,/^## Sch/s/^| `\([A-Za-z]*\)`.*/\1/p' "$checkout/docs/linux.md"); do
     check "docs/linux.md: $key" grep -rqF "\"$key\"" "$checkout"/{platform,services,backups,settings,tasks}

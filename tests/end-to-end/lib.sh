@@ -64,6 +64,9 @@ is_root() { [ "$(id -u)" = 0 ]; }
 # documented FILE COMMAND: the command of a document of the checkout, so that a test runs what readers are told.
 documented() { grep -qF -- "\`$2\`" "$here/../../$1" && echo "${2#sudo }" || { echo false; return 1; }; }
 
+# Sets `packages`, the sets of scripts/install-dependencies in a checkout, by their names.
+read_package_sets() { eval "$(sed -n '/^declare -A packages/,/^)/{s/-A/-gA/;p}' "$1/scripts/install-dependencies")"; }
+
 # Makes the scratch home NAME the present one and names its folders.
 use_home() {
   home=$homes$1

@@ -1,44 +1,21 @@
 #!/usr/bin/env bash
 # The packages on a fresh system: installed, used by an ordinary user, upgraded, removed, purged. clean_root.sh FOLDER
 . "$(dirname "${BASH_SOURCE[0]}")/../end-to-end/lib.sh"
+. "$here/../packages/fresh_root.sh"
 is_root || skip "needs root"
 need mmdebstrap apt-get dpkg-deb unshare setpriv lsattr getcap Xvfb xdotool
-if [ "${VANTORY_NAMESPACE:-}" != 1 ]; then
-  unshare -mpf --propagation private true 2>/dev/null || skip "namespaces are not permitted here"
-  exec env VANTORY_NAMESPACE=1 unshare -mpf --kill-child --mount-proc --propagation private "${BASH_SOURCE[0]}" "$@"
-fi
+in_namespace "$@"
 folder=$1
 work=$(mktemp -d /var/tmp/vantory-packages-XXXXXX)
 root=$work/root
 clean_up() {
-  umount -lR "$root"/{proc,dev,run,tmp/.X11-unix} 2>/dev/null
   chattr -R -f -i "$root/home" 2>/dev/null
-  rm -rf --one-file-system "$work"
+  remove_root
 }
 trap clean_up EXIT
 
 # --- The system ------------------------------------------------------------------------------------------------------
 
-# From where this machine gets its own packages.
-make_root() {
-  local distribution
-  distribution=$(. /etc/os-release && echo "${ID^}")
-  apt-get indextargets --format 'deb $(REPO_URI) $(CODENAME) $(COMPONENT)' 'Identifier: Packages' \
-    "Origin: $distribution" >"$work/sources"
-  [ -s "$work/sources" ] || skip "apt has no sources of $distribution here"
-  apt-config dump Acquire | grep -E '^Acquire::(Check|http)' >"$work/apt.conf"
-  mmdebstrap --variant=apt --dpkgopt=force-unsafe-io --aptopt="$work/apt.conf" "" "$root" "$work/sources" >"$work/log" 2>&1 ||
-    { tail -n 5 "$work/log"; skip "no fresh system can be made: no network, or no archive in reach"; }
-  mount -t proc proc "$root/proc"
-  mount --rbind /dev "$root/dev"
-  mount -t tmpfs tmpfs "$root/run"
-  cp -L /etc/resolv.conf "$root/etc/resolv.conf" 2>/dev/null
-  printf '#!/bin/sh\nexit 101\n' >"$root/usr/sbin/policy-rc.d"
-  chmod 755 "$root/usr/sbin/policy-rc.d"
-}
-
-inside() { chroot "$root" env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin LANG=C.UTF-8 DEBIAN_FRONTEND=noninteractive "$@"; }
-apt() { inside apt-get -qy --no-install-recommends "$@" </dev/null; }
 # With a home of the usual kind, and no right but an ordinary user's.
 anna() {
   inside setpriv --reuid=anna --regid=anna --init-groups env -C /home/anna HOME=/home/anna DISPLAY="${display:-}" \
