@@ -1,6 +1,4 @@
-// Feeds arbitrary bytes to the property list reader; what it accepts must survive both writers. Build with
-// clang++ -fsanitize=fuzzer,address,undefined, together with services/*PropertyList*.cpp and services/Text.cpp and
-// -lpugixml.
+// Feeds arbitrary bytes to the property list reader; what it accepts must survive both writers.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
