@@ -24,6 +24,24 @@ TEST_F(BackupFormatTest, FilesOutsideTheHomeKeepTheirPath) {
   EXPECT_EQ(readFile(stored + (machine_ / "Tool.bundle/f")), "2");
 }
 
+TEST_F(BackupFormatTest, AFailedBackupTakesNothingAwayThatAnotherProcessPutThere) {
+  for (const bool replaced : {false, true}) {
+    setSmallCatalog("mine");
+    const auto backup = backupOfAll("Clean");
+    files_.fail(Operation::Write, std::errc::io_error);  // of the settings
+    EXPECT_EQ(backup->writeData(report_), WriteResult::SettingsNotWritten);
+    const std::string path = inLibrary("Clean.vnt");
+    if (replaced) {
+      fs::rename(path, home_ / "elsewhere");
+      writeFile(path + "/Settings.plist", "theirs");
+    }
+    backup->removeCreatedFolder(report_);
+    EXPECT_EQ(exists(path + "/Settings.plist"), replaced);
+    EXPECT_EQ(exists(path), replaced);
+    files_.heal();
+  }
+}
+
 // Whole is a backup whose settings are there, with the file as it was then.
 bool isWhole(const std::string& backup, const std::string& content) {
   const std::string copy = backup + "/Users/user/Library/Preferences/editor.plist";

@@ -14,6 +14,7 @@
 #include "services/files/QWAuthorization.h"
 #include "services/files/QWFileManager.h"
 #include "services/log/QWLog.h"
+#include "services/settings/QWUserDefaults.h"
 #include "services/threads/MainThread.h"
 
 namespace {
@@ -52,6 +53,7 @@ const std::map<std::string, std::function<bool(const Operands&)>> kOperations = 
      [](const Operands& o) {
        return authorization().authExecTask(o.at(1), {o.begin() + 2, o.end()}) == 0;
      }},
+    {"set", [](const Operands& o) { return QWUserDefaults::standardUserDefaults().setObject(o.at(1), o.at(2)), true; }},
     {"start-job", startJob},
     {"remove-job", [](const Operands& o) { return QWLaunchd::removeLaunchAgent(o.at(1), true), true; }},
     {"start", [](const Operands&) { return authorization().authStart(); }},

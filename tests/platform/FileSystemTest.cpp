@@ -10,6 +10,7 @@
 #include <csignal>
 
 #include "platform/linux/files/LinuxFileSystem.h"
+#include "platform/posix/files/Descriptor.h"
 #include "tests/support/ScratchFolder.h"
 
 namespace vantory::test {
@@ -54,6 +55,31 @@ TEST_F(FileSystemTest, AFolderThatLetsOthersInPassesThatOnToNoCopy) {
   for (const char* name : {"to/tree", "to/tree/sub", "to/tree/sub/file", "to/file"})
     for (const char* kind : {"system.posix_acl_access", "system.posix_acl_default"})
       EXPECT_LT(getxattr((folder / name).c_str(), kind, nullptr, 0), 0) << name << " " << kind;
+}
+
+// Whoever writes keeps the size, and sets the date back.
+TEST_F(FileSystemTest, AFileThatChangesWhileItIsCopiedIsCopiedAnewOrRefused) {
+  const std::string path = folder / "file";
+  for (const int changes : {1, 99}) {
+    writeFile(path, std::string(3 << 20, 'a'));
+    const struct stat before = status(path);
+    int changed = 0;
+    const auto change = [&](std::int64_t, int) {
+      if (changed == changes) return true;
+      const Descriptor file(open(path.c_str(), O_WRONLY | O_CLOEXEC));
+      const timespec times[] = {before.st_atim, before.st_mtim};
+      const char byte = static_cast<char>('b' + changed++);
+      return pwrite(file.get(), &byte, 1, 0) == 1 && futimens(file.get(), times) == 0;
+    };
+    const auto copy = files.stageCopy({folder / "file", folder / "copy", {}, Links::DoNotFollow, change});
+    ASSERT_EQ(copy.ok(), changes == 1);
+    if (!copy) {
+      EXPECT_EQ(copy.error().code, std::errc::device_or_resource_busy);
+      continue;
+    }
+    ASSERT_TRUE((*copy)->commit(StagedCopy::Existing::Keep).ok());
+    EXPECT_EQ(readFile(folder / "copy").front(), 'b');
+  }
 }
 
 TEST_F(FileSystemTest, NeverCopiesOverSomethingUnlessAskedTo) {

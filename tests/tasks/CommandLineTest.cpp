@@ -326,6 +326,24 @@ TEST_F(CommandLineTest, PreviewsForeseeRefusals) {
   fakes_.users.superuser = true;  // whose rights reach there
   EXPECT_EQ(run("--preview trash motionPrefs"), 0);
   EXPECT_THAT(output_.str(), HasSubstr("\nmove         " + folder + "/com.apple.motion.plist\n  to  "));
+
+  fakes_.users.superuser = false;
+  ASSERT_EQ(run("-backup Set"), 0);
+  fs::remove(folder + "/com.apple.motion.plist");
+  EXPECT_EQ(run("--preview restore", library("/Set.vnt")), 0);
+  EXPECT_THAT(output_.str(), HasSubstr("/Users/user/Library/Preferences/com.apple.motion.plist (Perm"));
+}
+
+TEST_F(CommandLineTest, RemarksOnAHomeOfAnotherDepth) {
+  const std::string remark = "is not two levels deep";
+  for (const char* task : {"-backup Set", "--preview backup Set"}) {
+    fakes_.users.process->home = home_.path();
+    EXPECT_EQ(run(task), 0);
+    EXPECT_THAT(errors_.str(), Not(HasSubstr(remark))) << task;
+    fakes_.users.process->home = home_ / "deeper";
+    run(task);
+    EXPECT_THAT(errors_.str(), HasSubstr(remark)) << task;
+  }
 }
 
 TEST_F(CommandLineTest, QuestionsAskedWronglyAreRefused) {
