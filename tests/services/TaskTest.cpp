@@ -2,7 +2,9 @@
 
 #include <atomic>
 #include <csignal>
+#include <future>
 #include <optional>
+#include <semaphore>
 #include <thread>
 
 #include "services/threads/MainThread.h"
@@ -79,8 +81,12 @@ TEST_F(TaskTest, ErrorTextTakesPrecedenceOverOutput) {
   EXPECT_EQ(QWTask::dataFromTask(kShell, {"-c", "echo out; echo err >&2; echo out"}, task), "err\n");
 }
 
-void waitFor(const std::function<bool()>& condition) {
-  while (!condition()) std::this_thread::sleep_for(1ms);
+// Something that is told of when nobody holds it any more.
+std::shared_ptr<int> held(std::promise<void>& letGo) {
+  return {new int(7), [&letGo](const int* number) {
+            delete number;
+            letGo.set_value();
+          }};
 }
 
 // Output as it comes, and how such a run ends.
@@ -91,6 +97,7 @@ class AsyncTaskTest : public ServicesTest {
     return [this](const std::string& data, QWTask&, const std::any&) {
       output_ += data;
       if (data.empty()) ++ends_;
+      ends_.notify_all();
     };
   }
   void run(const std::string& script, QWTask::AsyncDelegate delegate) {
@@ -103,7 +110,8 @@ class AsyncTaskTest : public ServicesTest {
 };
 
 TEST_F(AsyncTaskTest, HandsOnWhatTheToolPrintsAndThenItsEnd) {
-  const auto mine = std::make_shared<int>(7);
+  std::promise<void> letGo;
+  auto mine = held(letGo);
   task_->asyncDataFromTask(
       kShell, {"-c", "echo error >&2; head -c 300000 /dev/zero"},
       [&, mine](const std::string& data, QWTask& task, const std::any& object) {
@@ -112,14 +120,16 @@ TEST_F(AsyncTaskTest, HandsOnWhatTheToolPrintsAndThenItsEnd) {
         gather()(data, task, object);
       },
       mine);
-  waitFor([&] { return ends_ == 1 && mine.use_count() == 1; });  // delegate and object are let go of
+  mine.reset();
+  letGo.get_future().wait();  // by the delegate, and as the object
+  EXPECT_EQ(ends_, 1);
   EXPECT_EQ(output_, std::string(300000, '\0'));
   EXPECT_EQ(task_->theTask(), nullptr);
 }
 
 TEST_F(AsyncTaskTest, AToolThatCannotBeStartedOnlyEnds) {
   task_->asyncDataFromTask("/missing/tool", {}, gather());
-  waitFor([&] { return ends_ == 1; });
+  ends_.wait(0);
   task_.reset();
   EXPECT_EQ(ends_, 1);
   EXPECT_THAT(output_, IsEmpty());
@@ -128,36 +138,45 @@ TEST_F(AsyncTaskTest, AToolThatCannotBeStartedOnlyEnds) {
 }
 
 TEST_F(AsyncTaskTest, TheDelegateMayDestroyTheTask) {
-  std::atomic<bool> destroyed = false;
-  const auto held = std::make_shared<int>();
-  run("yes", [&, held](const std::string&, QWTask&, const std::any&) {
+  std::atomic<int> calls = 0;
+  std::promise<void> letGo;
+  run("yes", [&, mine = held(letGo)](const std::string&, QWTask&, const std::any&) {
     task_.reset();
-    EXPECT_FALSE(destroyed.exchange(true));
+    ++calls;
   });
-  waitFor([&] { return destroyed && held.use_count() == 1; });
+  letGo.get_future().wait();
+  EXPECT_EQ(calls, 1);
 }
 
 TEST_F(AsyncTaskTest, DestroyingTheTaskWaitsForTheDelegate) {
-  std::atomic<bool> called = false;
+  std::binary_semaphore called{0};
+  std::binary_semaphore destroying{0};
   bool left = false;  // unguarded: the end of the task is what orders the accesses
   run("yes", [&](const std::string&, QWTask& task, const std::any&) {
-    EXPECT_FALSE(called);  // never again after it ended the run
+    EXPECT_FALSE(left);  // never again after it ended the run
     task.terminateAsyncTask();
-    called = true;
-    std::this_thread::sleep_for(20ms);
+    called.release();
+    destroying.acquire();
     EXPECT_EQ(task.theTask(), nullptr);
     left = true;
   });
-  waitFor([&] { return called.load(); });
+  called.acquire();
+  destroying.release();
   task_.reset();
   EXPECT_TRUE(left);
 }
 
+// Before it hands anything on, while the tool runs, and after the end.
 TEST_F(AsyncTaskTest, CanBeDestroyedAtAnyMoment) {
-  for (int round = 0; round < 40; ++round) {
+  for (const int pieces : {0, 1, 2}) {
+    std::atomic<int> seen = 0;
     bool destroyed = false;
-    run("echo a; sleep 0.005; echo b", [&](const std::string&, QWTask&, const std::any&) { EXPECT_FALSE(destroyed); });
-    std::this_thread::sleep_for(std::chrono::microseconds(round * 300));
+    run(pieces == 1 ? "echo a; exec sleep 60" : "echo a", [&](const std::string&, QWTask&, const std::any&) {
+      EXPECT_FALSE(destroyed);
+      ++seen;
+      seen.notify_all();
+    });
+    for (int now = seen; now < pieces; now = seen) seen.wait(now);
     task_ = std::make_unique<QWTask>();
     destroyed = true;
   }

@@ -3,8 +3,7 @@
 #include <QAction>
 #include <QHeaderView>
 #include <QTimer>
-#include <atomic>
-#include <thread>
+#include <future>
 
 #include "backups/ui/CatalogRows.h"
 #include "services/threads/BackgroundThreads.h"
@@ -115,16 +114,15 @@ TEST_F(SessionTest, OpensWhatWasHandedOverJustBeforeTheEnd) {
 
 TEST_F(SessionTest, AsksBeforeItClosesDuringATask) {
   MainWindow& window = open();
-  std::atomic<bool> go = false;
-  BackgroundThreads::shared().start([&go] {
-    while (!go) std::this_thread::sleep_for(std::chrono::milliseconds(1));
-  });
+  std::promise<void> end;
+  BackgroundThreads::shared().start([&end] { end.get_future().wait(); });
   QTimer::singleShot(0, [] { answer("Cancel"); });
   EXPECT_FALSE(window.close());
   QTimer::singleShot(0, [] { answer("Quit When Done"); });
   EXPECT_TRUE(window.close());
-  QTimer::singleShot(50, [&go] { go = true; });
-  QTest::qWait(100);
+  EXPECT_TRUE(BackgroundThreads::shared().isWorking()) << "the task is not cut off";
+  end.set_value();
+  EXPECT_TRUE(eventually([] { return !BackgroundThreads::shared().isWorking(); }));
 }
 
 }  // namespace
