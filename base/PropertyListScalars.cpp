@@ -34,15 +34,15 @@ int digitsAt(std::string_view text, std::size_t at, std::size_t count) {
 
 constexpr std::string_view kBase64Digits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
-constexpr std::array<std::int8_t, 256> base64Values() {
-  std::array<std::int8_t, 256> values{};
+constexpr std::array<short, 256> base64Values() {
+  std::array<short, 256> values{};
   values.fill(-1);
   for (std::size_t i = 0; i < kBase64Digits.size(); ++i) {
-    values[static_cast<unsigned char>(kBase64Digits[i])] = static_cast<std::int8_t>(i);
+    values[static_cast<unsigned char>(kBase64Digits[i])] = static_cast<short>(i);
   }
   return values;
 }
-constexpr std::array<std::int8_t, 256> kBase64Values = base64Values();
+constexpr std::array<short, 256> kBase64Values = base64Values();
 
 bool isSpace(char character) {
   return character == ' ' || character == '\t' || character == '\n' || character == '\r';
@@ -69,8 +69,7 @@ Timestamp parsePropertyListDate(std::string_view text) {
   for (std::size_t i = 0; i < kPattern.size(); ++i) {
     if (kPattern[i] != '0' && text[i] != kPattern[i]) throw DamagedPropertyList();
   }
-  const std::chrono::year_month_day day = year(digitsAt(text, 0, 4)) / static_cast<unsigned>(digitsAt(text, 5, 2)) /
-                                          static_cast<unsigned>(digitsAt(text, 8, 2));
+  const std::chrono::year_month_day day = year(digitsAt(text, 0, 4)) / digitsAt(text, 5, 2) / digitsAt(text, 8, 2);
   const int hour = digitsAt(text, 11, 2);
   const int minute = digitsAt(text, 14, 2);
   const int second = digitsAt(text, 17, 2);
