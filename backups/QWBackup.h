@@ -74,8 +74,6 @@ class QWBackup : public BackupNode {
   // Trash first; when it will not, or another process is writing there, nothing is written. What was copied and what
   // failed stands in the report, also why the result is no success.
   WriteResult writeData(TaskReport& report, bool filesOnly = false);
-  // True when the last writeData() created the folder.
-  bool createdFolder() const { return createdFolder_.has_value(); }
   // Deletes what a failed writeData() left: the folder that it created, unless another process has put its own there.
   void removeCreatedFolder(TaskReport& report);
 

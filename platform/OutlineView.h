@@ -86,7 +86,6 @@ class OutlineView {
   virtual OutlineItemPointer selectedItem() const = 0;
   // Selects the item's row alone, opening the rows above it; null selects nothing.
   virtual void selectItem(const OutlineItemPointer& item) = 0;
-  virtual void collapseAll() = 0;
 };
 
 }  // namespace vantory

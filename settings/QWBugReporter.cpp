@@ -146,11 +146,6 @@ void QWBugReporter::stopBugReporter(const std::string& plistPath) {
   });
 }
 
-std::optional<std::string> QWBugReporter::checkForCrashes() {
-  const auto record = usualRecord();
-  return record ? checkForCrashes(kProgram, *record) : std::nullopt;
-}
-
 std::optional<std::string> QWBugReporter::checkForCrashes(const std::string& appName, const std::string& plistPath) {
   const PropertyListDictionary record = SettingsFile(plistPath).read();
   const auto launch = dateIn(record, "launch");

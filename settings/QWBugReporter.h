@@ -32,7 +32,6 @@ class QWBugReporter {
 
   // The path of the program's crash report that is newer than the last start, where that start had no orderly end.
   // Found, it is opened with the maker's bug reporter, where that is installed and not switched off.
-  static std::optional<std::string> checkForCrashes();
   static std::optional<std::string> checkForCrashes(const std::string& appName, const std::string& plistPath);
 
   // Tells a person what the report is for and how to get help, unless the bug reporter does that or is switched off.

@@ -2,11 +2,9 @@
 
 #include <vector>
 
-#include "base/Paths.h"
 #include "platform/SystemInfo.h"
 #include "platform/SystemLog.h"
 #include "services/QWCmdUtils.h"
-#include "services/QWLocalPaths.h"
 #include "services/Runtime.h"
 #include "services/files/QWAuthorization.h"
 #include "services/log/QWLog.h"
@@ -17,8 +15,7 @@
 namespace vantory {
 
 void AppController::initWithoutGUI() {
-  if (const auto preferences = QWLocalPaths::prefsDirectory(true))
-    QWBugReporter::startBugReporter("Vantory", paths::join(*preferences, "com.quarrywell.Vantory.plist"));
+  QWBugReporter::startBugReporter();
   QWCmdUtils::sharedController().setHasGUI(false);
   QWLog::createNewLog(kTaskLogName);
   QWAuthorization::sharedController(false);

@@ -45,7 +45,6 @@ class QWBackupEditController {
   void contractProjectView();
 
   std::shared_ptr<QWBackup> editedBackup() const { return editedBackup_; }
-  void setEditedBackup(std::shared_ptr<QWBackup> backup) { editedBackup_ = std::move(backup); }
 
  private:
   void show(const std::string& confirmTitle);

@@ -73,14 +73,6 @@ std::shared_ptr<QWBackup> QWRestoreOutlineController::recordInLibrary(const std:
   return record ? record : backup;
 }
 
-void QWRestoreOutlineController::resetSelection() {
-  parts_.outline.selectItem(nullptr);
-}
-
-void QWRestoreOutlineController::collapseAll() {
-  parts_.outline.collapseAll();
-}
-
 void QWRestoreOutlineController::applySortingForOutlineView() {
   const SortOrder order = storedSortOrder();
   sortColumnWithIdentifier(order.column, order.descending);

@@ -43,8 +43,6 @@ class QWRestoreOutlineController : public RowsDelegate, public OutlineActions {
   std::shared_ptr<QWBackup> selectedBackup() const;
   // Nothing when the library does not hold it.
   void selectBackupWithPath(const std::string& path);
-  void resetSelection();
-  void collapseAll();
 
   // The commands. Each does nothing without a selected backup.
   void restore();

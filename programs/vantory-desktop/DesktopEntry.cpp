@@ -93,13 +93,6 @@ bool DesktopEntry::isSet(const char* key) const {
   return g_key_file_get_boolean(keys_.get(), kGroup, key, nullptr) != FALSE;
 }
 
-std::vector<std::string> DesktopEntry::list(const char* key) const {
-  const TextListPointer values(g_key_file_get_string_list(keys_.get(), kGroup, key, nullptr, nullptr));
-  std::vector<std::string> list;
-  for (char** value = values.get(); value && *value; ++value) list.emplace_back(*value);
-  return list;
-}
-
 std::vector<std::string> DesktopEntry::command() const {
   char** parsed = nullptr;
   if (!g_shell_parse_argv(text(G_KEY_FILE_DESKTOP_KEY_EXEC).c_str(), nullptr, &parsed, nullptr)) return {};

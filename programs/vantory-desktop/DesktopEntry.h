@@ -27,10 +27,9 @@ class DesktopEntry {
 
   const std::string& path() const { return path_; }
   std::string identifier() const;
-  // Empty, false, none when the key is missing.
+  // Empty, or false, when the key is missing.
   std::string text(const char* key) const;
   bool isSet(const char* key) const;
-  std::vector<std::string> list(const char* key) const;
   // The words of its command line without placeholders; none when it is malformed.
   std::vector<std::string> command() const;
   // The application, as GIO starts it. Fails when its program is missing.

@@ -86,10 +86,6 @@ bool QWAuthorization::canAuthorize() const {
   return hasGUI_ || isSuperuser();
 }
 
-bool QWAuthorization::hasGUI() const {
-  return hasGUI_;
-}
-
 void QWAuthorization::setHasGUI(bool hasGUI) {
   hasGUI_ = hasGUI;
 }

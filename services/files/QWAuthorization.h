@@ -27,7 +27,6 @@ class QWAuthorization {
 
   bool isAuthorized() const;
   bool canAuthorize() const;
-  bool hasGUI() const;
   void setHasGUI(bool hasGUI);
   // Obtains the right, asking the user, also one who refused before; at once true when it is held already.
   bool authStart();

@@ -57,11 +57,6 @@ std::string QWLog::appName() const {
   return appName_.value_or("Vantory");
 }
 
-void QWLog::setAppName(std::string name) {
-  const std::lock_guard lock(mutex_);
-  appName_ = std::move(name);
-}
-
 void QWLog::append(std::string_view message) {
   std::string entry(trimmed(message));
   const std::size_t length = utf16Length(entry);

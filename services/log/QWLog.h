@@ -60,11 +60,9 @@ class QWLog {
   static void finishWriting();
 
   std::string appName() const;
-  void setAppName(std::string name);
   std::uint64_t bytesWritten() const { return bytesWritten_; }  // entries in the current file, without its header
   // UTF-16 units handed over and not yet written.
   std::size_t bytesInQueue() const { return bytesInQueue_; }
-  bool loggingDisabled() const { return loggingDisabled_; }
 
  private:
   using Lock = std::unique_lock<std::mutex>;

@@ -99,19 +99,6 @@ bool QWUserDefaults::boolForKey(const std::string& key) const {
   return value && booleanOf(*value);
 }
 
-std::optional<std::vector<std::string>> QWUserDefaults::stringArrayForKey(const std::string& key) const {
-  const auto value = objectForKey(key);
-  const PropertyListArray* array = value ? value->asArray() : nullptr;
-  if (!array) return std::nullopt;
-  std::vector<std::string> texts;
-  for (const PropertyList& element : *array) {
-    auto text = textOf(element);
-    if (!text) return std::nullopt;
-    texts.push_back(std::move(*text));
-  }
-  return texts;
-}
-
 bool QWUserDefaults::setObject(const std::string& key, PropertyList value) {
   return change([&](PropertyListDictionary& settings) { settings.set(key, std::move(value)); });
 }

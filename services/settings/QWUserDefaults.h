@@ -33,8 +33,6 @@ class QWUserDefaults {
   long long integerForKey(const std::string& key) const;
   // False when absent; a number is true unless it is 0, a text when it begins with a number but 0, "y" or "t".
   bool boolForKey(const std::string& key) const;
-  // None when absent or no array of texts only.
-  std::optional<std::vector<std::string>> stringArrayForKey(const std::string& key) const;
 
   // Durable when it returns true. False, with a log line, when the settings could not be written; the old ones are then
   // untouched.

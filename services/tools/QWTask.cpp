@@ -168,27 +168,9 @@ Text QWTask::dataFromTask(const std::string& tool, const Arguments& arguments, s
   return outputOf(*process);
 }
 
-Text QWTask::stringFromTask(const std::string& tool, const Arguments& arguments) {
-  ProcessPointer task;
-  return stringFromTask(tool, arguments, task);
-}
-
-Text QWTask::stringFromTask(const std::string& tool, const Arguments& arguments, ProcessPointer& task) {
-  return stringFromTask(tool, arguments, Encoding::Ascii, task);
-}
-
-Text QWTask::stringFromTask(const std::string& tool, const Arguments& arguments, Encoding encoding,
-                            ProcessPointer& task) {
-  return decoded(dataFromTask(tool, arguments, task), encoding);
-}
-
 Text QWTask::stringFromTask(const std::string& tool, const Arguments& arguments, Encoding encoding,
                             std::chrono::seconds timeout) {
   return decoded(dataFromTask(tool, arguments, timeout), encoding);
-}
-
-Text QWTask::stringFromTask(const std::string& tool, const Arguments& arguments, std::chrono::seconds timeout) {
-  return stringFromTask(tool, arguments, Encoding::Ascii, timeout);
 }
 
 ProcessPointer QWTask::theTask() const {

@@ -53,17 +53,9 @@ class QWTask {
   static std::optional<std::string> dataFromTask(const std::string& tool, const Arguments& arguments,
                                                  std::chrono::seconds timeout);
 
-  // The same as text, in ASCII where no encoding is given: none when the bytes are not of that encoding, empty when the
-  // tool could not be started.
-  static std::optional<std::string> stringFromTask(const std::string& tool, const Arguments& arguments);
-  static std::optional<std::string> stringFromTask(const std::string& tool, const Arguments& arguments,
-                                                   std::shared_ptr<Process>& task);
-  static std::optional<std::string> stringFromTask(const std::string& tool, const Arguments& arguments,
-                                                   Encoding encoding, std::shared_ptr<Process>& task);
+  // The same as text: none when the bytes are not of that encoding, empty when the tool could not be started.
   static std::optional<std::string> stringFromTask(const std::string& tool, const Arguments& arguments,
                                                    Encoding encoding, std::chrono::seconds timeout);
-  static std::optional<std::string> stringFromTask(const std::string& tool, const Arguments& arguments,
-                                                   std::chrono::seconds timeout);
 
   // Gets a piece of a tool's standard output, and at its end an empty one. It may end the run, begin another or destroy
   // the task, and in the last two cases must not use the task again.

@@ -120,10 +120,6 @@ void QWPreferenceController::switchTo(PreferencePane pane, const char* logLine) 
   parts_.view.showPane(pane);
 }
 
-std::vector<std::string> QWPreferenceController::toolbarSelectableItemIdentifiers() {
-  return {"General", "Autosave", "Project Handling", "Hotkeys"};
-}
-
 // --- The library's folder --------------------------------------------------------------------------------------------
 
 void QWPreferenceController::showBackupPath() {

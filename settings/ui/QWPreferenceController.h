@@ -4,7 +4,6 @@
 #include <functional>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "settings/ui/PreferenceView.h"
 
@@ -32,7 +31,6 @@ class QWPreferenceController {
   void toolbarAutosave();
   void toolbarProjectHandling();
   void toolbarHotkeys();
-  static std::vector<std::string> toolbarSelectableItemIdentifiers();
 
   // A path was typed. One that cannot hold a library is refused with a sentence.
   void setBackupPath(const std::string& path);

@@ -11,7 +11,6 @@
 #include "catalog/ProjectKinds.h"
 #include "platform/Controls.h"
 #include "platform/Documents.h"
-#include "services/QWLocalPaths.h"
 #include "services/Runtime.h"
 #include "services/TaskReport.h"
 #include "services/files/QWAuthorization.h"
@@ -93,8 +92,7 @@ void Vantory_AppDelegate::applicationWillTerminate() {
   const QWDataController& data = QWDataController::sharedController();
   // Without a catalog there are no ticks: those of the last time stay.
   if (!data.appArray().empty()) data.saveAppSelections();
-  if (const auto preferences = QWLocalPaths::prefsDirectory(true))
-    QWBugReporter::stopBugReporter(paths::join(*preferences, "com.quarrywell.Vantory.plist"));
+  QWBugReporter::stopBugReporter();
 }
 
 void Vantory_AppDelegate::terminate() {

@@ -18,7 +18,6 @@ class FakeOutline : public OutlineView {
   void setSortIndicator(const std::string& column, SortIndicator indicator) override { indicators[column] = indicator; }
   OutlineItemPointer selectedItem() const override { return selected; }
   void selectItem(const OutlineItemPointer& item) override { selected = item; }
-  void collapseAll() override {}
 
   int headerState = 99;
   std::vector<OutlineItemPointer> reloadedItems;

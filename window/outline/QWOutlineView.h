@@ -64,7 +64,7 @@ class QWOutlineView : public QWidget, public OutlineView {
   void setSortIndicator(const std::string& column, SortIndicator indicator) override;
   OutlineItemPointer selectedItem() const override;
   void selectItem(const OutlineItemPointer& item) override;
-  void collapseAll() override;
+  void collapseAll();
 
   OutlineTree& tree() { return *tree_; }
   QWHeaderCheckCell& headerCheck() { return *headerCheck_; }
