@@ -20,6 +20,14 @@ if [ -z "${VANTORY_WORK:-}" ]; then
   for key in $(sed -n '/^## Settings/,/^## Sch/s/^| `\([A-Za-z]*\)`.*/\1/p' "$checkout/docs/linux.md"); do
     check "docs/linux.md: $key" grep -rqF "\"$key\"" "$checkout"/{platform,services,backups,settings,tasks}
   done
+  declared() { (cd "$checkout" && grep -qF "$2" "$1"); }
+  for kind in $(grep -oE '\{"[a-z]+", "com\.' "$checkout/catalog/ProjectKinds.h" | cut -d '"' -f 2); do
+    check "README.md: .$kind" declared README.md "\`.$kind\`"
+    check "packaging/desktop-files.cmake: $kind" declared packaging/desktop-files.cmake "icon($kind "
+    check "the shared MIME database: $kind" declared resources/mime/com.quarrywell.Vantory.xml "\"*.$kind\""
+    check "the desktop entry: $kind" declared resources/com.quarrywell.Vantory.desktop "x-vantory-$kind;"
+    check "the software centre: $kind" declared resources/com.quarrywell.Vantory.metainfo.xml "x-vantory-$kind<"
+  done
   also=("$checkout"/{README,CONTRIBUTING,docs/backup-format,docs/linux}.md)
   [ "$failed" = 0 ] || summary
   rm -rf "$work"
