@@ -113,6 +113,8 @@ TEST_F(BackupFormatTest, FilesAloneAreReplacedOneByOne) {
   setSmallCatalog("old");
   const auto backup = backupOfAll("Clean");
   ASSERT_EQ(backup->writeData(report_), WriteResult::Success);
+  const auto copied = files_.info(inLibrary("Clean.vnt/Users/user/Library/Preferences/editor.plist"), Links::Follow);
+  EXPECT_EQ(QWBackup::backupWithFile(backup->path())->children()[0]->date(), copied->modified);
   writeFile(inLibrary("Clean.vnt/Settings.plist"), "{}");
   setSmallCatalog("new");
   // The old copy could not be kept, or the new one not made.

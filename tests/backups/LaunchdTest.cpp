@@ -104,6 +104,8 @@ TEST_F(LaunchdTest, RemovesWithRightsOnlyWhereAskedTo) {
     files_.fail(Operation::Remove, std::errc::permission_denied, 1);
   };
   writeJob();
+  QWLaunchd::stopJob(kLabel, true, true, false);
+  EXPECT_THAT(events(), ElementsAre("unload", "remove"));
   QWLaunchd::removeJob(kLabel, true, true, false);
   EXPECT_TRUE(exists(file_));
   EXPECT_THAT(events(), ElementsAre("unload", "remove"));

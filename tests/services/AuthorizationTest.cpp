@@ -57,12 +57,41 @@ TEST_F(AuthorizationTest, FoldersOfTheSystemAreProtected) {
   EXPECT_FALSE(QWLocalPaths::isPathSystemDirectory("/usr/local", true));
 }
 
+TEST_F(AuthorizationTest, KnowsTheFoldersOfUserAndMachine) {
+  EXPECT_EQ(QWLocalPaths::currentConsoleUser(), "anna");
+  EXPECT_EQ(QWLocalPaths::movieDirectory(), home_ / "Movies");
+  EXPECT_EQ(QWLocalPaths::adminApplicationDirectory(true), home_ / "Applications/Utilities");
+  EXPECT_EQ(QWLocalPaths::localDocumentationDirectory(), machine_ / "Library/Documentation");
+  EXPECT_EQ(QWLocalPaths::systemLibraryDirectory(), machine_ / "System/Library");
+  const std::string volume = machine_ / "Volumes/TM";
+  EXPECT_TRUE(QWLocalPaths::isPathOnTimeMachineVolume(volume + "/Backups.backupdb/x"));
+  for (const std::string& path : {volume + "/Backups.backupdb2", std::string("/Backups.backupdb/x")})
+    EXPECT_FALSE(QWLocalPaths::isPathOnTimeMachineVolume(path)) << path;
+}
+
+TEST_F(AuthorizationTest, MovesAllThatAFolderHoldsWhateverFails) {
+  QWAuthorization authorization;
+  for (const char* name : {"from/a", "from/b"}) writeFile(home_ / name, name);
+  makeFolders(home_ / "to");
+  bool fails = true;
+  fakes_.privileged.behaviour = [&](const Call& call) {
+    if (std::exchange(fails, false)) return 1;
+    std::filesystem::rename(call.arguments[1], call.arguments[2]);
+    return 0;
+  };
+  EXPECT_FALSE(authorization.authMoveFolderContents(home_ / "from", home_ / "to"));
+  EXPECT_EQ(QWFileManager::contentsOfDirectory(home_ / "to").size(), 1U);
+  EXPECT_TRUE(authorization.authMoveFolderContents(home_ / "from", home_ / "to"));
+  EXPECT_EQ(readFile(home_ / "to/a") + readFile(home_ / "to/b"), "from/afrom/b");
+}
+
 TEST_F(AuthorizationTest, RefusesProtectedFolders) {
   QWAuthorization authorization;
   const std::string folder = home_ / "Library/Preferences";
   EXPECT_FALSE(authorization.authTrashFile(folder));
   EXPECT_FALSE(authorization.authRemoveFile(folder + "/"));
   EXPECT_FALSE(authorization.authMoveFile("/", home_ / "x"));
+  EXPECT_FALSE(authorization.authMoveFolderContents(folder, home_ / "x"));
   EXPECT_FALSE(authorization.authTrashFolderContents(folder, true));
   EXPECT_THAT(fakes_.privileged.calls, IsEmpty());
   EXPECT_EQ(fakes_.systemLog.messages().front(),

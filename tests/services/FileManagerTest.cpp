@@ -31,9 +31,50 @@ TEST_F(FileManagerTest, FindsFreeNames) {
   EXPECT_EQ(Manager::uniqueFilename(b_), b_);
   EXPECT_EQ(Manager::uniqueFilename(a_), home_ / "a 2.plist");
   std::filesystem::create_symlink("nothing", home_ / "a 2.plist");
+  EXPECT_TRUE(Manager::isSymbolicLinkAtPath(home_ / "a 2.plist") && !Manager::isSymbolicLinkAtPath(a_));
   EXPECT_EQ(Manager::uniqueFilename(a_), home_ / "a 3.plist");
   makeFolders(home_ / "Folder");
   EXPECT_EQ(Manager::uniqueFilename(home_ / "Folder"), home_ / "Folder 2");
+}
+
+TEST_F(FileManagerTest, HandlesWhatAFolderHolds) {
+  const std::string tree = home_ / "tree", copy = home_ / "copy";
+  for (const char* name : {"a.PLIST", "deep/b.plist", "deep/.DS_Store", "empty/.DS_Store", "c.txt"})
+    writeFile(tree + "/" + name, name);
+  makeFolders(copy);
+  EXPECT_TRUE(Manager::copyContentsOfDirectory(tree, copy, 10s));
+  EXPECT_EQ(readFile(copy + "/deep/b.plist"), "deep/b.plist");
+  EXPECT_EQ(Manager::createDirectoryStructure(tree + "/deep/b.plist", home_ / "mirror"),
+            (home_ / "mirror") + tree + "/deep");
+  EXPECT_TRUE(Manager::isDirectoryAtPath((home_ / "mirror") + tree + "/deep"));
+
+  EXPECT_TRUE(Manager::removeFolderIfEmpty(tree + "/empty"));
+  EXPECT_FALSE(Manager::removeFolderIfEmpty(tree));
+  EXPECT_THAT(Manager::trashFilesNamed(".DS_Store", tree), ElementsAre(tree + "/deep/.DS_Store"));
+  EXPECT_THAT(Manager::trashFilesOfType("pList", tree),
+              UnorderedElementsAre(tree + "/a.PLIST", tree + "/deep/b.plist"));
+  EXPECT_THAT(Manager::contentsOfDirectory(tree), UnorderedElementsAre("deep", "c.txt"));
+  EXPECT_TRUE(Manager::trashDirectoryContents(tree));
+  EXPECT_THAT(Manager::contentsOfDirectory(tree), IsEmpty());
+}
+
+TEST_F(FileManagerTest, KeepsAColourLabelAmongOtherFlags) {
+  EXPECT_FALSE(Manager::finderColorForPath(a_));
+  Manager::setFinderColorIndex(0xFF06, a_);
+  EXPECT_EQ(Manager::finderColorForPath(a_)->hue, 0.7917) << "purple; what is no label is not set";
+  ASSERT_TRUE(metadata_.setFinderInfo(a_, std::string(8, 'x') + "\x40\x01" + std::string(22, 'x')));
+  Manager::setFinderColorIndex(0x000C, a_);
+  EXPECT_EQ(Manager::finderColorIndexForPath(a_), 0x400D);
+  EXPECT_EQ(metadata_.finderInfo(a_)->substr(0, 8), "xxxxxxxx");
+}
+
+TEST_F(FileManagerTest, RegistersApplicationsOfTheSystemsOwnForm) {
+  if (!exists("/usr/bin/update-desktop-database")) GTEST_SKIP() << "desktop-file-utils is not installed";
+  writeFile(home_ / "apps/ed.desktop", "[Desktop Entry]\nType=Application\nName=Ed\nExec=ed\nMimeType=text/x-ed;\n");
+  EXPECT_TRUE(Manager::registerApplicationWithLaunchServices(home_ / "apps/ed.desktop"));
+  EXPECT_THAT(readFile(home_ / "apps/mimeinfo.cache"), HasSubstr("text/x-ed=ed.desktop"));
+  EXPECT_FALSE(Manager::registerApplicationWithLaunchServices(home_ / "apps/gone.desktop"));
+  EXPECT_FALSE(Manager::registerApplicationWithLaunchServices(a_));
 }
 
 TEST_F(FileManagerTest, WalksThroughFoldersAndLinksWithoutGoingInCircles) {
@@ -166,6 +207,8 @@ TEST_F(WildcardPathsTest, GoesThroughFolders) {
   EXPECT_THAT(find("*/Settings"), UnorderedElementsAre("5.0/Settings", "5.5/Settings"));
   EXPECT_THAT(find("/*/None/*"), IsEmpty());
   EXPECT_THAT(find("no/such?/file"), ElementsAre("no/such?/file"));
+  EXPECT_EQ(Manager::decodeWildcardPath("f*", folder_), folder_ + "/file");
+  EXPECT_EQ(Manager::decodeWildcardPath("g*", folder_), folder_ + "/g*");
   // A trailing slash throws the matches away.
   EXPECT_THAT(Manager::filesMatchingWildcardPath("5*/", folder_), ElementsAre(folder_));
   EXPECT_THAT(Manager::filesMatchingWildcardPath(folder_ + "/f*"), ElementsAre(folder_ + "/file"));

@@ -1,4 +1,6 @@
 #include "services/messages/QWGrowl.h"
+
+#include "services/messages/QWTaskNotification.h"
 #include "tests/services/ServicesTest.h"
 
 namespace vantory::test {
@@ -25,6 +27,19 @@ TEST_F(GrowlTest, OneLineOfTheLogTellsOfAFailureAndOneSwitchTurnsAllOff) {
             "<plist version=\"1.0\"><dict><key>growlDisabled</key><true/></dict></plist>");
   QWGrowl::postGrowlNotification("again", "text");
   EXPECT_EQ(fakes_.notifications.posted.size(), 1u);
+}
+
+TEST_F(GrowlTest, TaskClientsGetTheMessagesThatTheyUnderstand) {
+  fakes_.taskClient.services = {"QWGearwrightClientCallback"};
+  fakes_.taskClient.understood = {"postError:", "incrementRemoteProgress", "postFinishedTask", "postDisconnect"};
+  QWTaskNotification::postTaskError("no space");
+  QWTaskNotification::postIncrementProgress();
+  QWTaskNotification::postTaskFinished();
+  QWTaskNotification::postDisconnect();
+  std::vector<std::string> names;
+  for (const TaskMessage& message : fakes_.taskClient.sent) names.push_back(message.name);
+  EXPECT_THAT(names, ElementsAre("postError:", "incrementRemoteProgress", "postFinishedTask", "postDisconnect"));
+  EXPECT_THAT(fakes_.taskClient.sent.front().arguments, ElementsAre("no space"));
 }
 
 }  // namespace

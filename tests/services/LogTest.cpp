@@ -7,6 +7,7 @@
 #include <optional>
 #include <thread>
 
+#include "services/log/QWException.h"
 #include "tests/services/ServicesTest.h"
 
 namespace vantory::test {
@@ -109,6 +110,15 @@ TEST_F(LogTest, SuperuserWritesTheMachineWideFileAndMovesTheUsersGenerations) {
   QWLog::appendLog("Nobody is logged in");
   EXPECT_THAT(messages(machineLog), ElementsAre("Nobody is logged in"));
   EXPECT_THAT(fakes_.systemLog.messages(), IsEmpty());
+}
+
+TEST_F(LogTest, AnExceptionIsToldWithItsKind) {
+  const std::system_error late(std::make_error_code(std::errc::timed_out), "peer");
+  QWLog::createNewLog("Vantory.task");
+  EXPECT_EQ(QWException::logException(std::runtime_error("100%"), "f:"), "Exception in f:. std::runtime_error - 100%.");
+  EXPECT_EQ(messages(log()).back(), "Exception in f:. std::runtime_error - 100%.");
+  EXPECT_TRUE(QWException::didTimeout(late));
+  EXPECT_FALSE(QWException::didTimeout(std::runtime_error("late")));
 }
 
 }  // namespace

@@ -58,6 +58,14 @@ TEST_F(TrashWorkflowTest, ARunningApplicationIsClosedAndRelaunchedOrSkipped) {
   EXPECT_THAT(runAndReadLog(), testing::Contains("Unable to close application"));
 }
 
+TEST_F(TrashWorkflowTest, BacksUpAllThereIsWhereAsked) {
+  TaskReport report;
+  EXPECT_EQ(controller_.autoBackup(report), WriteResult::Success);
+  EXPECT_THAT(logged(), testing::Contains("Creating auto backup..."));
+  ASSERT_EQ(QWDataController::sharedController().autoBackupArray().size(), 1U);
+  EXPECT_EQ(QWDataController::sharedController().autoBackupArray()[0]->children().size(), 2U);
+}
+
 TEST_F(TrashWorkflowTest, ACancelEndsItBeforeTheNextApplicationAndLeavesNoSheet) {
   const auto onSheet = [this] { controller_.progressController().cancel(); };
   for (const std::function<void()>& cancel : {std::function<void()>(onSheet), {}}) {
