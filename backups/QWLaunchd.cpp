@@ -125,8 +125,7 @@ void stop(const JobName& job) {
   tell(platform().jobs.remove(job), "remove", job);
 }
 
-void removeWithFile(const JobName& job, bool shouldAuth) {
-  stop(job);
+void removeFileOf(const JobName& job, bool shouldAuth) {
   if (!QWFileManager::itemExistsAtPath(job.file)) return;
   if (const Status removed = platform().files.remove(job.file); !removed) {
     QWLog::appendLog("Unable to delete the job's file: %@", removed.error().text);
@@ -190,13 +189,12 @@ bool QWLaunchd::startJob(const StartJob& start) {
   (void)platform().files.makeFolder(paths::parent(name->file));  // what follows tells of it
   if (QWFileManager::itemExistsAtPath(name->file)) {
     job.lastRun = lastRunToKeep(job);
-    removeWithFile(*name, start.shouldAuth);
+    removeFileOf(*name, start.shouldAuth);  // the schedule stays until the new one is in its place
   }
   const Written written = writeFile(start.settings, *name);
   if (written == Written::Failed) return false;
   if (start.killProcessName) QWTask::runTask("/usr/bin/killall", {*start.killProcessName});
   setOwnerAndMode(*name, start.shouldAuth || written == Written::WithRights);
-  tell(platform().jobs.unload(*name), "unload", *name);
   tell(platform().jobs.load(job), "load", *name);
   return true;
 }
@@ -210,7 +208,10 @@ void QWLaunchd::stopJob(const std::string& label, bool user, bool launchAgent, b
 }
 
 void QWLaunchd::removeJob(const std::string& label, bool user, bool launchAgent, bool shouldAuth) {
-  if (const auto job = jobNamed(label, user, launchAgent)) removeWithFile(*job, shouldAuth);
+  const auto job = jobNamed(label, user, launchAgent);
+  if (!job) return;
+  stop(*job);
+  removeFileOf(*job, shouldAuth);
 }
 
 void QWLaunchd::removeLaunchAgent(const std::string& label, bool) {

@@ -33,8 +33,9 @@ class JobControl {
  public:
   virtual ~JobControl() = default;
 
-  // Hands the job to the scheduler. The first run comes one interval after `lastRun`. Where it fails nothing of the job
-  // is left but its file.
+  // Hands the job to the scheduler, in place of the one of that name. The first run comes one interval after `lastRun`.
+  // Where it fails a job that was loaded before stays, at the latest from the next login on; of a new one nothing is
+  // left but its file.
   virtual Status load(const Job& job) = 0;
   // Takes the job back from the scheduler; a run in progress goes on to its end. One that is not loaded is success.
   virtual Status unload(const JobName& job) = 0;

@@ -55,7 +55,7 @@ TEST_F(LaunchdTest, ReplacesADamagedJob) {
   writeFile(file_, "<plist><dict><key>StartInterval</key>");
   ASSERT_TRUE(start(61));
   EXPECT_EQ(fakes_.jobs.loaded.back().lastRun, std::nullopt) << "another interval, for all that can be told";
-  EXPECT_THAT(events(), ElementsAre("unload", "remove", "unload", "load"));
+  EXPECT_THAT(events(), ElementsAre("load"));
   EXPECT_EQ(*parsePropertyList(readFile(file_))->asDictionary(), settingsFor(61));
   EXPECT_EQ(std::filesystem::status(file_).permissions(), std::filesystem::perms(0644));
   EXPECT_EQ(fakes_.privileged.requests, 0);

@@ -87,6 +87,7 @@ check "no run comes of it" [ "$(backups)" = "$count" ]
 restart() { systemctl stop "user@$anna"; "$@"; systemctl start "user@$anna"; soon user_systemctl is-active "$label.timer"; }
 restart set_back 172800
 check "a missed run is made up for" eval 'soon eval "[ \"\$(backups)\" = $((count + 1)) ]" && soon eval "[ \"\$(stamp_age)\" -lt 20 ]"'
+check "a load that fails keeps the schedule" restart schedule 3600
 restart touch -d "2 days ago" "$manager_stamp"
 sleep 2
 check "once" [ "$(backups)" = $((count + 1)) ]

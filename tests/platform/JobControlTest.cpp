@@ -91,6 +91,14 @@ TEST_F(JobControlTest, AFailureLeavesNothing) {
     EXPECT_FALSE(control().load(job_));
     EXPECT_THAT(left(), IsEmpty()) << call;
   }
+
+  files_.heal();
+  ASSERT_TRUE(control().load(job_));
+  writeFile(home_ / ".config/systemd/user/timers.target.wants/com.example.Job.timer", "");  // by the tool
+  const auto loaded = left();
+  systemctlDoes("exit 1");
+  EXPECT_FALSE(control().load(job_));
+  EXPECT_EQ(left(), loaded) << "one that was loaded before stays";
 }
 
 TEST_F(JobControlTest, RefusesWhatIsNoUsersJob) {

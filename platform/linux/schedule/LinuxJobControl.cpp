@@ -63,9 +63,10 @@ Result<LinuxJobControl::Places> LinuxJobControl::placesOf(const JobName& job) co
 Status LinuxJobControl::load(const Job& job) {
   const Result<Places> places = placesOf(job.name);
   if (!places) return places.error();
+  const bool isNew = !files_.info(places->timer, Links::DoNotFollow);
   Status loaded = write(job, *places);
   if (loaded) loaded = start(*places);
-  if (!loaded) (void)remove(job.name);
+  if (!loaded && isNew) (void)remove(job.name);
   return loaded;
 }
 
@@ -83,7 +84,8 @@ Status LinuxJobControl::write(const Job& job, const Places& places) {
 
 Status LinuxJobControl::start(const Places& places) {
   if (Status read = manager_.run({"daemon-reload"}); !read) return read;
-  return manager_.run({"--quiet", "enable", "--now", places.timerName});
+  if (Status enabled = manager_.run({"--quiet", "enable", places.timerName}); !enabled) return enabled;
+  return manager_.run({"restart", places.timerName});
 }
 
 Status LinuxJobControl::unload(const JobName& job) {
