@@ -5,6 +5,7 @@
 #include "backups/BackupNaming.h"
 #include "backups/QWBackup.h"
 #include "backups/QWDataController.h"
+#include "platform/JobControl.h"
 #include "platform/SystemLog.h"
 #include "services/Runtime.h"
 #include "services/files/QWFileManager.h"
@@ -63,6 +64,11 @@ void write(QWBackup& backup, const AppController& controller, TaskReport& report
   }
 }
 
+void tellSchedule() {
+  const Status told = Runtime::current().platform().jobs.runSucceeded();
+  if (!told) QWLog::appendLog("Unable to note the date of the scheduled run: %@", told.error().text);
+}
+
 }  // namespace
 
 int backupCommand(const CommandContext& context) {
@@ -99,8 +105,10 @@ int backupCommand(const CommandContext& context) {
 int autoBackupCommand(const CommandContext& context) {
   context.controller.postGrowlNotification("Vantory", "Backing up preferences...");
   QWDataController::sharedController().populateApps();
-  // The result makes no difference here: the report has it.
-  (void)QWBackup::autoBackup()->writeData(context.report);
+  const WriteResult result = QWBackup::autoBackup()->writeData(context.report);
+  // A run that left out single files is not tried again: it would fail on them every time.
+  const bool hadNothingToDo = result == WriteResult::NoFiles && !context.report.hasFailures();
+  if (result == WriteResult::Success || hadNothingToDo) tellSchedule();
   context.controller.postGrowlNotification("Vantory", "Backup complete");
   return 0;
 }

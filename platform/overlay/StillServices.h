@@ -86,6 +86,7 @@ class StillJobControl : public JobControl {
   Status unload(const JobName&) override { return leftInPeace(); }
   Status remove(const JobName&) override { return leftInPeace(); }
   std::optional<Timestamp> lastRun(const JobName&) const override { return std::nullopt; }
+  Status runSucceeded() override { return {}; }
 };
 
 // Says on a stream what the system's log would be told.

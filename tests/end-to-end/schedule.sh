@@ -91,12 +91,16 @@ check "a load that fails keeps the schedule" restart schedule 3600
 restart touch -d "2 days ago" "$manager_stamp"
 sleep 2
 check "once" [ "$(backups)" = $((count + 1)) ]
+set_back 172800; chmod 500 "$library/Autosaves"; user_systemctl start "$label.service"
+check "a backup that failed is due again, though its exit code is 0" eval '[ "$(user_systemctl show -P Result "$label.service")" = success ] && [ "$(stamp_age)" -ge 172800 ]'
+chmod 700 "$library/Autosaves"; user_systemctl start "$label.service"
+check "until it succeeds" eval '[ "$(stamp_age)" -lt 20 ]'
 set_back 172800; mv "$program" "$program.gone"
 check "a removed program is no failure" eval 'user_systemctl start "$label.service" && [ "$(user_systemctl show -P ConditionResult "$label.service")" = no ]'
 mv "$program.gone" "$program"; set_back 0
 
 # The windowed program may be started, and so load the job anew, just while a missed run is made up for.
-slow() { as_anna "$driver" start-job com.example.Slow 3600 /bin/sh Vantory -c 'echo >>~/runs; sleep 2'; }
+slow() { as_anna "$driver" start-job com.example.Slow 3600 /bin/sh Vantory -c 'echo >>~/runs; sleep 2; touch -c "$VANTORY_SCHEDULE_STAMP"'; }
 slow_stamp=$home/.local/state/com.example.Slow.lastrun
 slow; touch -d "2 hours ago" "$slow_stamp"
 user_systemctl start --no-block com.example.Slow.service; soon test -e "$home/runs"

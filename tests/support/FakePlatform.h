@@ -276,7 +276,9 @@ class FakeJobControl : public JobControl {
     return onCall("remove");
   }
   std::optional<Timestamp> lastRun(const JobName&) const override { return stamp; }
+  Status runSucceeded() override { return ++goodRuns, Status(); }
 
+  int goodRuns = 0;
   std::vector<Job> loaded;
   std::vector<JobName> removed;
   std::optional<Timestamp> stamp;

@@ -260,6 +260,15 @@ TEST_F(CommandLineTest, AutomaticBackupsAreNeitherListedNorPruned) {
   EXPECT_TRUE(parsePropertyList(output_.str())->asDictionary()->empty());
 }
 
+TEST_F(CommandLineTest, TheScheduleHearsWhetherAnAutomaticBackupWasMade) {
+  writeFile(library("/Autosaves"), "in the way");
+  EXPECT_EQ(run("-autobackup"), 0);
+  EXPECT_EQ(fakes_.jobs.goodRuns, 0);
+  fs::remove_all(library());
+  EXPECT_EQ(run("-autobackup"), 0);
+  EXPECT_EQ(fakes_.jobs.goodRuns, 1);
+}
+
 TEST_F(CommandLineTest, TouchesNothingWithoutAUsableHome) {
   fs::remove_all(home_ / "Library");
   fakes_.users.process->home = home_ / "a*b";

@@ -69,10 +69,9 @@ std::string onlyWhileInstalled(const std::string& program) {
 }  // namespace
 
 // systemd's own calendar cannot say "every N days", and a timer that counts from the last run forgets it at every
-// logout. So the timer ticks often, and a tick is passed over unless the stamp is old enough. The stamp is set after a
-// run that succeeded: one that failed, or that a shutdown cut off, is tried again at the next tick. It is never created
-// there, because the job may have been removed meanwhile. Many ticks in a row are no reason for systemd to stop
-// starting the service.
+// logout. So the timer ticks often, and a tick is passed over unless the stamp is old enough. The program, whose exit
+// code tells less, sets the stamp itself after a run that succeeded: one that failed, or that a shutdown cut off, is
+// tried again at the next tick. Many ticks in a row are no reason for systemd to stop starting the service.
 std::string serviceUnit(const Job& job, const JobTools& tools) {
   const std::string interval = std::to_string(job.interval.count());
   const std::string slack = std::to_string(tickOf(job.interval).slack.count());
@@ -81,7 +80,7 @@ std::string serviceUnit(const Job& job, const JobTools& tools) {
   text.append("[Service]\nType=oneshot\n");
   text.append("ExecCondition=").append(command(":", tools.isDue, {tools.stamp, interval, slack})).append("\n");
   text.append("ExecStart=").append(command(":@", job.program, job.arguments)).append("\n");
-  text.append("ExecStartPost=").append(command(":", "/usr/bin/touch", {"-c", "--", tools.stamp})).append("\n");
+  text.append("Environment=").append(unitWord(std::string(kStampVariable) + "=" + tools.stamp)).append("\n");
   text.append("Nice=10\nIOSchedulingClass=idle\n");
   return text;
 }

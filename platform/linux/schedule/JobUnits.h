@@ -12,6 +12,9 @@ struct JobTools {
   std::string stamp;  // the file whose date is that of the last run
 };
 
+// Tells the run of a job where its stamp is.
+inline constexpr const char* kStampVariable = "VANTORY_SCHEDULE_STAMP";
+
 std::string serviceUnit(const Job& job, const JobTools& tools);
 std::string timerUnit(const Job& job);
 

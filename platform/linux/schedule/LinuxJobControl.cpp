@@ -112,4 +112,11 @@ std::optional<Timestamp> LinuxJobControl::lastRun(const JobName& job) const {
   return stamp->modified;
 }
 
+// Never makes the stamp anew: the job may have been removed meanwhile.
+Status LinuxJobControl::runSucceeded() {
+  const auto stamp = users_.isSuperuser() ? std::nullopt : environmentFolder(kStampVariable);
+  const Status set = stamp ? metadata_.setModified(*stamp, std::nullopt) : Status();
+  return !set && isMissing(set.error()) ? Status() : set;
+}
+
 }  // namespace vantory

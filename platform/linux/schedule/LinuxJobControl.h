@@ -25,6 +25,7 @@ class LinuxJobControl : public JobControl {
   Status unload(const JobName& job) override;
   Status remove(const JobName& job) override;
   std::optional<Timestamp> lastRun(const JobName& job) const override;
+  Status runSucceeded() override;
 
  private:
   struct Places {
