@@ -1,6 +1,8 @@
 // The disk as the program sees it: whole copies or none, attributes kept, nothing followed that should not be.
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sched.h>
+#include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
@@ -189,6 +191,23 @@ TEST_F(FileSystemTest, MovesToAnotherFileSystemAndLeavesNothingBehind) {
   EXPECT_TRUE(moved.ok());
   EXPECT_EQ(readFile(folder / "tree/sub/file"), "content");
   EXPECT_EQ(left, std::vector<std::string>());
+}
+
+TEST_F(FileSystemTest, TrashesOnAnOverlayOfLayersOnTwoDisks) {
+  const std::string lower = folder / "lower", upper = folder / "upper", all = folder / "all";
+  for (const std::string& each : {lower, upper, all}) makeFolders(each);
+  const bool mounted =
+      geteuid() == 0 && unshare(CLONE_NEWNS) == 0 && mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+      mount("none", lower.c_str(), "tmpfs", 0, nullptr) == 0 && mount("none", upper.c_str(), "tmpfs", 0, nullptr) == 0;
+  for (const char* name : {"/data", "/work"}) makeFolders(upper + name);
+  writeFile(lower + "/home/file", "content");
+  const std::string layers = "lowerdir=" + lower + ",upperdir=" + upper + "/data,workdir=" + upper + "/work";
+  if (!mounted || mount("none", all.c_str(), "overlay", 0, layers.c_str()) != 0)
+    GTEST_SKIP() << "no overlay can be mounted here";
+  const std::string trash = all + "/home/.local/share/Trash/files";
+  const auto trashed = files.trash(all + "/home/file", trash);
+  EXPECT_TRUE(trashed && *trashed == trash + "/file") << (trashed ? *trashed : trashed.error().text);
+  for (const std::string& each : {all, upper, lower}) umount2(each.c_str(), MNT_DETACH);
 }
 
 }  // namespace

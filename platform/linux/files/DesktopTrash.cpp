@@ -70,19 +70,20 @@ Status writeInfo(int folder, const std::string& name, const std::string& text, c
   return {};
 }
 
-std::uint64_t mountOf(const std::string& path) {
+// Not the device: on an overlay each item may have that of the layer it lies in. 0 where nothing is.
+std::uint64_t mountOf(int folder, const std::string& name, int flags = AT_SYMLINK_NOFOLLOW) {
   struct statx status;
-  if (statx(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, STATX_MNT_ID, &status) != 0) return 0;
+  if (statx(folder, name.c_str(), flags, STATX_MNT_ID, &status) != 0) return 0;
   return (status.stx_mask & STATX_MNT_ID) != 0 ? status.stx_mnt_id
                                                : makedev(status.stx_dev_major, status.stx_dev_minor);
 }
 
 // The folder on which the file system that holds this real path is mounted.
 std::string topDirectoryOf(std::string path) {
-  const std::uint64_t mount = mountOf(path);
+  const std::uint64_t mount = mountOf(AT_FDCWD, path);
   while (path != "/") {
     const std::string above = paths::parent(path);
-    if (mountOf(above) != mount) break;
+    if (mountOf(AT_FDCWD, above) != mount) break;
     path = above;
   }
   return path;
@@ -103,14 +104,14 @@ bool isSharedTrash(const std::string& path) {
 
 // Whether an item is on the file system of a folder, or of where that folder would be made.
 bool lieTogether(const Place& item, std::string folder) {
-  struct stat itemStatus;
-  struct stat folderStatus;
-  if (fstatat(item.at(), item.name.c_str(), &itemStatus, AT_SYMLINK_NOFOLLOW) != 0) return true;
-  while (stat(folder.c_str(), &folderStatus) != 0) {
+  const std::uint64_t itemMount = mountOf(item.at(), item.name);
+  if (itemMount == 0) return true;
+  std::uint64_t mount = 0;
+  while ((mount = mountOf(AT_FDCWD, folder, 0)) == 0) {
     if (folder == "/") return false;
     folder = paths::parent(folder);
   }
-  return itemStatus.st_dev == folderStatus.st_dev;
+  return mount == itemMount;
 }
 
 }  // namespace
