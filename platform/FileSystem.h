@@ -54,8 +54,8 @@ inline constexpr std::uint64_t kLargestReadBytes = 4 * 1024 * 1024;
 class AppendFile {
  public:
   virtual ~AppendFile() = default;
-  // Adds all of `bytes` or reports why not.
-  virtual Status append(std::string_view bytes) = 0;
+  // Adds all of `bytes` or reports why not; then they are left with what has not been added.
+  virtual Status append(std::string_view& bytes) = 0;
 };
 
 // A finished copy that does not have its name yet. Destroying it before commit() leaves no trace of it.

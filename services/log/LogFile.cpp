@@ -19,6 +19,7 @@ namespace vantory {
 namespace {
 
 constexpr int kGenerations = 5;
+constexpr std::size_t kMostPending = 256 * 1024;  // bytes
 constexpr double kBytesPerGigabyte = 1024.0 * 1024.0 * 1024.0;
 
 std::optional<std::string> logFolder(bool user) {
@@ -63,6 +64,7 @@ LogFile::~LogFile() = default;
 
 void LogFile::create(const std::string& name) {
   close();
+  written_ = 0;
   const bool machineWide = platform_.users.isSuperuser();
   const std::optional<std::string> generations = logFolder(true);
   const std::optional<std::string> current = machineWide ? logFolder(false) : generations;
@@ -90,19 +92,22 @@ void LogFile::close() {
   file_.reset();
 }
 
-std::size_t LogFile::add(std::string_view message) {
-  const std::size_t before = pending_.size();
+void LogFile::add(std::string_view message) {
   pending_ += dateText();
   pending_ += " - ";
   pending_ += printable(message);
   pending_ += '\n';
-  return pending_.size() - before;
 }
 
 Status LogFile::flush() {
-  if (pending_.empty()) return {};
-  const std::string lines = std::exchange(pending_, {});
-  return file_->append(lines);
+  if (pending_.empty() || !file_) return {};
+  std::string_view left = pending_;
+  const Status added = file_->append(left);
+  const std::size_t count = pending_.size() - left.size();
+  pending_.erase(0, count);
+  written_ += count;
+  if (pending_.size() > kMostPending) pending_.clear();
+  return added;
 }
 
 bool LogFile::makeFolder(FileSystem& files, const std::optional<std::string>& folder) {

@@ -32,9 +32,13 @@ class LogFile {
   bool open(const std::string& name);
   bool isOpen() const { return file_ != nullptr; }
   void close();
-  // Adds one dated line, which is in the file once flush() has run; answers its length in bytes.
-  std::size_t add(std::string_view message);
-  // Writes the lines added since the last time. Only while the file is open; lines that cannot be written are given up.
+  // Adds one dated line, which is in the file once flush() has run.
+  void add(std::string_view message);
+  // The bytes of lines that are in the file since create(), and of those that are not yet.
+  std::uint64_t written() const { return written_; }
+  std::size_t pending() const { return pending_.size(); }
+  // Writes the lines added since the last time, where the file is open. Lines that cannot be written wait for the
+  // next time, unless they have become too many: then they are given up.
   Status flush();
 
  private:
@@ -47,6 +51,7 @@ class LogFile {
   Platform& platform_;
   std::unique_ptr<AppendFile> file_;
   std::string pending_;                  // lines
+  std::uint64_t written_ = 0;            // bytes
   std::int64_t dateSecond_ = INT64_MIN;  // the second that dateText_ describes
   std::string dateText_;
 };

@@ -129,10 +129,9 @@ void QWLog::endTurn() {
 void QWLog::writeInTurn(Lock& lock, std::span<const std::string> entries) {
   writing_ = std::this_thread::get_id();
   lock.unlock();
-  std::size_t length = 0;
   for (const std::string& entry : entries)
-    if (write(entry)) length += utf16Length(entry);
-  if (flush()) bytesInQueue_ -= length;
+    if (write(entry)) unflushed_ += utf16Length(entry);
+  flush();
   lock.lock();
   finished_ += entries.size();
   endTurn();
@@ -207,9 +206,8 @@ void QWLog::addToFile(const std::string& entry) {
     platform_.systemLog.write("Unable to open log for output");
     return;
   }
-  bytesWritten_ += file_.add(entry);
-  if (bytesWritten_ > kLargestFile) {
-    flush();
+  file_.add(entry);
+  if (bytesWritten_ + file_.pending() > kLargestFile && flush()) {
     startFile(appName());
     append("Log truncated at 500KB");
   }
@@ -217,7 +215,10 @@ void QWLog::addToFile(const std::string& entry) {
 
 bool QWLog::flush() {
   const Status written = file_.flush();
-  return written || fail(written.error().text);
+  bytesWritten_ = file_.written();
+  if (!written) return fail(written.error().text);
+  bytesInQueue_ -= std::exchange(unflushed_, 0);
+  return true;
 }
 
 bool QWLog::fail(std::string_view reason) const {

@@ -90,7 +90,8 @@ class QWLog {
   bool fail(std::string_view reason) const;
 
   Platform& platform_;
-  LogFile file_;  // only in turn
+  LogFile file_;               // only in turn
+  std::size_t unflushed_ = 0;  // only in turn: UTF-16 units of entries that were queued and are in `file_` only
   std::atomic<std::uint64_t> bytesWritten_ = 0;
   std::atomic<std::size_t> bytesInQueue_ = 0;
   std::atomic<bool> loggingDisabled_ = false;

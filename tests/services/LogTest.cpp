@@ -94,6 +94,26 @@ TEST_F(LogTest, FailuresAreToldToTheSystemLogAndTriedAgain) {
   setrlimit(RLIMIT_FSIZE, &before);
   EXPECT_EQ(fakes_.systemLog.messages().back(), "Exception writing to log: " + log() + ": File too large");
   EXPECT_EQ(QWLog::sharedController().bytesInQueue(), 8u);
+  QWLog::appendLog("enough");
+  QWLog::finishWriting();
+  EXPECT_EQ(readFile(log()), entry("found") + entry("kept") + entry("too much") + entry("enough"));
+  EXPECT_EQ(QWLog::sharedController().bytesInQueue(), 0u);
+}
+
+TEST_F(LogTest, AFullDiskRollsNothingOver) {
+  files_.heal();
+  QWLog::createNewLog("Vantory.task");
+  signal(SIGXFSZ, SIG_IGN);
+  rlimit before{};
+  getrlimit(RLIMIT_FSIZE, &before);
+  const rlimit full{std::filesystem::file_size(log()), before.rlim_max};
+  setrlimit(RLIMIT_FSIZE, &full);
+  const std::string large(300'000, 'x');
+  for (int i = 0; i < 4; ++i) QWLog::appendLog("%@", large);
+  QWLog::finishWriting();
+  setrlimit(RLIMIT_FSIZE, &before);
+  EXPECT_FALSE(exists(log(2)));
+  EXPECT_EQ(QWLog::sharedController().bytesWritten(), 0u);
 }
 
 TEST_F(LogTest, SuperuserWritesTheMachineWideFileAndMovesTheUsersGenerations) {

@@ -29,7 +29,8 @@ FileInfo infoOf(const struct statx& status) {
   return info;
 }
 
-Status writeAll(int file, std::string_view bytes, const std::string& path) {
+// Takes what is written off the front of the bytes.
+Status writeAll(int file, std::string_view& bytes, const std::string& path) {
   while (!bytes.empty()) {
     const ssize_t count = uninterrupted([&] { return ::write(file, bytes.data(), bytes.size()); });
     if (count < 0) return systemError(path);
@@ -41,7 +42,7 @@ Status writeAll(int file, std::string_view bytes, const std::string& path) {
 class LinuxAppendFile : public AppendFile {
  public:
   LinuxAppendFile(Descriptor file, std::string path) : file_(std::move(file)), path_(std::move(path)) {}
-  Status append(std::string_view bytes) override { return writeAll(file_.get(), bytes, path_); }
+  Status append(std::string_view& bytes) override { return writeAll(file_.get(), bytes, path_); }
 
  private:
   Descriptor file_;
