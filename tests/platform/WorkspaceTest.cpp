@@ -100,6 +100,11 @@ TEST_F(WorkspaceTest, AnEndedProgramIsGoneAndAReplacedOneIsNot) {
   // The name alone, of another program, is no evidence.
   const Running pretender(desktop_.program("bin/ed (deleted)"), kWait);
   EXPECT_FALSE(*workspace_.isRunning(kEd));
+
+  const Running renamed(desktop_.program("bin/ed"), kWait);
+  fs::rename(program, program + ".old");
+  desktop_.program("bin/ed");
+  EXPECT_TRUE(*workspace_.isRunning(kEd));
 }
 
 TEST_F(WorkspaceTest, AnInterpreterIsNotTheApplication) {

@@ -88,7 +88,16 @@ bool ProcessView::runs(const std::string& program) const {
   struct stat file {};
   if (fstatat(folder_.get(), "exe", &own, 0) != 0) return false;
   if (stat(program.c_str(), &file) == 0 && own.st_dev == file.st_dev && own.st_ino == file.st_ino) return true;
-  return own.st_nlink == 0 && linkText("exe") == program + std::string(kDeleted);
+  if (own.st_nlink == 0 && linkText("exe") == program + std::string(kDeleted)) return true;
+  return wasStartedAs(program);
+}
+
+// Its file may bear another name by now, with another file in its place.
+bool ProcessView::wasStartedAs(const std::string& program) const {
+  const std::vector<std::string> words = arguments();
+  if (words.empty()) return false;
+  if (words.front() == program) return true;
+  return words.front() == paths::lastComponent(program) && paths::parent(linkText("exe")) == paths::parent(program);
 }
 
 // Whatever is no regular file, such as a FIFO in a sandbox's root, is not waited for.
