@@ -61,7 +61,9 @@ bool QWFileManager::isSameItem(const std::string& path, const std::string& other
   return one && other && one->identity == other->identity;
 }
 
-bool QWFileManager::isMissingAtPath(const std::string& path) {
+// With a slash behind its name a file would seem to be missing.
+bool QWFileManager::isMissingAtPath(const std::string& slashed) {
+  const std::string path = slashed.substr(0, std::max<std::size_t>(slashed.find_last_not_of('/') + 1, 1));
   const auto info = files().info(path, Links::DoNotFollow);
   return !info && meansMissing(info.error());
 }
