@@ -134,6 +134,13 @@ void removeFileOf(const JobName& job, bool shouldAuth) {
   pause(500us);
 }
 
+// What follows tells of a failure.
+void makeFolderFor(const JobName& job) {
+  const std::string folder = paths::parent(job.file);
+  const Status made = platform().files.makeFolder(folder);
+  if (!made && job.domain == JobName::Domain::Machine) (void)authorization().authCreateDir(folder);
+}
+
 bool moveIntoPlace(const std::string& draft, const JobName& job) {
   if (QWFileManager::itemExistsAtPath(job.file)) {
     (void)authorization().authRemoveFile(job.file);
@@ -142,8 +149,9 @@ bool moveIntoPlace(const std::string& draft, const JobName& job) {
   print("Unable to write plist - trying to authorize...");
   const bool moved = authorization().authMoveFile(draft, job.file);
   if (moved) pause(1s);
+  if (!moved) failToStart("Error: Unable to create LaunchAgent", job);
   (void)platform().files.remove(draft);
-  return moved || failToStart("Error: Unable to create LaunchAgent", job);
+  return moved;
 }
 
 // Written elsewhere first and then moved with administrator rights.
@@ -186,7 +194,7 @@ bool QWLaunchd::startJob(const StartJob& start) {
   const auto name = jobNamed(start.job, start.user, start.launchAgent);
   if (!name) return false;
   Job job = jobWith(*name, start.settings);
-  (void)platform().files.makeFolder(paths::parent(name->file));  // what follows tells of it
+  makeFolderFor(*name);
   if (QWFileManager::itemExistsAtPath(name->file)) {
     job.lastRun = lastRunToKeep(job);
     removeFileOf(*name, start.shouldAuth);  // the schedule stays until the new one is in its place
