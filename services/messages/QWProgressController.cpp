@@ -24,7 +24,6 @@ void QWProgressController::setIndeterminate() {
 
 void QWProgressController::setMaxProgress(double maximum) {
   sheet_.setMaximum(maximum);
-  setProgress(0);
 }
 
 void QWProgressController::setProgress(double value) {

@@ -56,6 +56,12 @@ Text decoded(Text output, QWTask::Encoding encoding) {
   return fits ? std::move(output) : std::nullopt;
 }
 
+void postPiece(const std::string& data) {
+  UserInfo piece;
+  piece.set(QWTask::kPieceKey, PropertyListData{data});
+  NotificationCenter::shared().post("QWAsyncTaskDataNotification", piece);
+}
+
 }  // namespace
 
 // One run of a tool with a limit to its time, which is counted from here to the destructor.
@@ -236,7 +242,7 @@ void QWTask::launchAsyncTask(AsyncRun& run) {
   for (bool atEnd = false; !atEnd && !run.ended;) {
     const std::string data = run.process ? run.process->readSome() : "";
     atEnd = data.empty();
-    if (!run.ended) NotificationCenter::shared().post("QWAsyncTaskDataNotification");
+    if (!run.ended) postPiece(data);
     if (!run.ended) asyncTaskReturnData(run, data);
   }
   if (!run.ended.exchange(true)) {

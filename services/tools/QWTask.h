@@ -57,13 +57,15 @@ class QWTask {
   static std::optional<std::string> stringFromTask(const std::string& tool, const Arguments& arguments,
                                                    Encoding encoding, std::chrono::seconds timeout);
 
+  static constexpr const char* kPieceKey = "NSFileHandleNotificationDataItem";
   // Gets a piece of a tool's standard output, and at its end an empty one. It may end the run, begin another or destroy
   // the task, and in the last two cases must not use the task again.
   using AsyncDelegate = std::function<void(const std::string& data, QWTask& task, const std::any& object)>;
 
   // Starts the tool and returns; what it writes to standard output goes to the delegate as it comes, on a thread that
-  // reads it, after a notification "QWAsyncTaskDataNotification". At the end of the output, also of a tool that could
-  // not be started, the tool is asked to end and delegate and object are let go of. An earlier run is ended first.
+  // reads it, after a notification "QWAsyncTaskDataNotification" that carries it as data under kPieceKey. At the end of
+  // the output, also of a tool that could not be started, the tool is asked to end and delegate and object are let go
+  // of. An earlier run is ended first.
   void asyncDataFromTask(const std::string& tool, const Arguments& arguments, AsyncDelegate delegate,
                          std::any object = {});
   // Ends the run without a last piece: asks the tool to end and stops reading, whoever still writes. Unless the

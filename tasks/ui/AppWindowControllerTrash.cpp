@@ -98,6 +98,7 @@ void AppWindowController::trashPreferences() {
   const AppList apps = QWDataController::sharedController().appArray();
   onMainThread([&] {
     progressController_.setMaxProgress(static_cast<double>(apps.size()));
+    progressController_.setProgress(0);
     progressController_.updateLabel("Trashing preferences...");
   });
   TrashProgress progress(progressController_);

@@ -7,6 +7,7 @@
 #include <semaphore>
 #include <thread>
 
+#include "services/messages/NotificationCenter.h"
 #include "services/threads/MainThread.h"
 #include "tests/services/ServicesTest.h"
 
@@ -110,6 +111,10 @@ class AsyncTaskTest : public ServicesTest {
 };
 
 TEST_F(AsyncTaskTest, HandsOnWhatTheToolPrintsAndThenItsEnd) {
+  std::string posted;
+  const auto posts = NotificationCenter::shared().observe("QWAsyncTaskDataNotification", [&](const UserInfo& info) {
+    posted += info.find(QWTask::kPieceKey)->asData()->bytes;
+  });
   std::promise<void> letGo;
   auto mine = held(letGo);
   task_->asyncDataFromTask(
@@ -124,6 +129,7 @@ TEST_F(AsyncTaskTest, HandsOnWhatTheToolPrintsAndThenItsEnd) {
   letGo.get_future().wait();  // by the delegate, and as the object
   EXPECT_EQ(ends_, 1);
   EXPECT_EQ(output_, std::string(300000, '\0'));
+  EXPECT_EQ(posted, output_);
   EXPECT_EQ(task_->theTask(), nullptr);
 }
 
