@@ -97,7 +97,9 @@ void Windows::close(const Window& window) {
   xcb_send_event(display_->connection, 0, display_->root,
                  XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
                  reinterpret_cast<const char*>(&request));
-  xcb_flush(display_->connection);
+  // Answered once the server has the request, which it may drop with a connection that ends.
+  const ReplyPointer<xcb_get_input_focus_reply_t> received(
+      xcb_get_input_focus_reply(display_->connection, xcb_get_input_focus(display_->connection), nullptr));
 }
 
 }  // namespace vantory::desktop
