@@ -25,7 +25,7 @@ std::uint64_t QWAutosaveHeader::size() const {
 }
 
 int QWAutosaveHeader::nameCompare(const BackupNode& other) const {
-  return compareIgnoringCase(name(), other.name());
+  return compareNames(name(), other.name());
 }
 
 }  // namespace vantory

@@ -82,7 +82,7 @@ void QWBackup::updateDefault() {
 }
 
 int QWBackup::nameCompare(const BackupNode& other) const {
-  return compareIgnoringCase(name(), other.name());
+  return compareNames(name(), other.name());
 }
 
 int QWBackup::dateCompare(const BackupNode& other) const {

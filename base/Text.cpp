@@ -3,12 +3,17 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <locale>
+#include <stdexcept>
 
 namespace vantory {
 
 namespace {
 
 constexpr std::string_view kWhiteSpace = " \t\n\v\f\r";
+constexpr std::string_view kWideWhiteSpace[] = {"\u0085", "\u00a0", "\u1680", "\u2000", "\u2001", "\u2002", "\u2003",
+                                                "\u2004", "\u2005", "\u2006", "\u2007", "\u2008", "\u2009", "\u200a",
+                                                "\u2028", "\u2029", "\u202f", "\u205f", "\u3000"};
 constexpr char kHexDigits[] = "0123456789abcdef";
 
 unsigned char byteAt(std::string_view bytes, std::size_t index) {
@@ -78,6 +83,52 @@ bool isControlCharacter(std::string_view character) {
   return character == "\u2028" || character == "\u2029";  // line and paragraph separator
 }
 
+// The length of the blank at the start, or the end, of a text; 0 when none is there.
+std::size_t blankAtStart(std::string_view text) {
+  if (text.empty()) return 0;
+  if (byteAt(text, 0) < 0x80) return kWhiteSpace.find(text.front()) != std::string_view::npos ? 1 : 0;
+  const auto* const blank = std::ranges::find_if(kWideWhiteSpace, [&](auto each) { return text.starts_with(each); });
+  return blank != std::end(kWideWhiteSpace) ? blank->size() : 0;
+}
+
+std::size_t blankAtEnd(std::string_view text) {
+  if (text.empty()) return 0;
+  if (byteAt(text, text.size() - 1) < 0x80) return kWhiteSpace.find(text.back()) != std::string_view::npos ? 1 : 0;
+  const auto* const blank = std::ranges::find_if(kWideWhiteSpace, [&](auto each) { return text.ends_with(each); });
+  return blank != std::end(kWideWhiteSpace) ? blank->size() : 0;
+}
+
+// What the C library knows of letters, whatever language the user has; null where it has no such locale. Read when a
+// name first needs it.
+const std::ctype<wchar_t>* letters() {
+  static const std::locale* const locale = []() -> const std::locale* {
+    try {
+      return new std::locale(std::locale::classic(), "C.UTF-8", std::locale::ctype);
+    } catch (const std::runtime_error&) {
+      return nullptr;
+    }
+  }();
+  return locale ? &std::use_facet<std::ctype<wchar_t>>(*locale) : nullptr;
+}
+
+wchar_t decoded(std::string_view character) {
+  unsigned value = byteAt(character, 0) & (0x7fU >> character.size());
+  for (std::size_t i = 1; i < character.size(); ++i) value = value << 6 | (byteAt(character, i) & 0x3f);
+  return static_cast<wchar_t>(value);
+}
+
+// The character that begins the text, as if written small, is taken from it. A byte that is no UTF-8 stands for itself.
+wchar_t takeFolded(std::string_view& text) {
+  const std::size_t length = characterLength(text, 0);
+  const std::string_view character = text.substr(0, std::max<std::size_t>(length, 1));
+  text.remove_prefix(character.size());
+  if (length < 2) return length == 1 ? lowerCased(character[0]) : byteAt(character, 0);
+  const wchar_t letter = decoded(character);
+  // By way of the capital: some have two small forms.
+  const auto* const known = letters();
+  return known ? known->tolower(known->toupper(letter)) : letter;
+}
+
 void appendEscaped(std::string& text, std::string_view bytes) {
   for (const char byte : bytes) {
     if (byte == '\n')
@@ -96,9 +147,9 @@ void appendEscaped(std::string& text, std::string_view bytes) {
 }  // namespace
 
 std::string_view trimmed(std::string_view text) {
-  const std::size_t first = text.find_first_not_of(kWhiteSpace);
-  if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(kWhiteSpace) - first + 1);
+  while (const std::size_t length = blankAtStart(text)) text.remove_prefix(length);
+  while (const std::size_t length = blankAtEnd(text)) text.remove_suffix(length);
+  return text;
 }
 
 std::string_view shortened(std::string_view text, std::size_t length) {
@@ -117,6 +168,16 @@ std::string lowerCased(std::string_view text) {
 
 int compareIgnoringCase(std::string_view left, std::string_view right) {
   return lowerCased(left).compare(lowerCased(right));
+}
+
+int compareNames(std::string_view left, std::string_view right) {
+  std::string_view restOfLeft = left, restOfRight = right;
+  while (!restOfLeft.empty() && !restOfRight.empty()) {
+    const wchar_t one = takeFolded(restOfLeft), other = takeFolded(restOfRight);
+    if (one != other) return one < other ? -1 : 1;
+  }
+  if (restOfLeft.empty() != restOfRight.empty()) return restOfLeft.empty() ? -1 : 1;
+  return left.compare(right);
 }
 
 std::vector<std::string> split(std::string_view text, char separator) {

@@ -8,7 +8,7 @@
 
 namespace vantory {
 
-// Without white space and line ends at both ends.
+// Without white space and line ends, those of Unicode too, at both ends.
 std::string_view trimmed(std::string_view text);
 // At most so many bytes of the text's beginning, no character of which is cut in two.
 std::string_view shortened(std::string_view text, std::size_t length);
@@ -16,6 +16,9 @@ std::string_view shortened(std::string_view text, std::size_t length);
 std::string lowerCased(std::string_view text);
 // Below, at or above zero, ignoring the case of ASCII letters.
 int compareIgnoringCase(std::string_view left, std::string_view right);
+// The order of names for people: below, at or above zero, ignoring the case of all letters; names that differ in
+// nothing else go by their bytes.
+int compareNames(std::string_view left, std::string_view right);
 // Split at every separator; always at least one piece, empty pieces kept.
 std::vector<std::string> split(std::string_view text, char separator);
 bool isUtf8(std::string_view bytes);

@@ -1,6 +1,12 @@
 #include "base/Text.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <ctime>
+#include <string>
+#include <vector>
 
 #include "base/Format.h"
 #include "base/Json.h"
@@ -23,6 +29,20 @@ TEST(Text, PrintableIsOneLineOfTextWhateverTheBytes) {
   EXPECT_EQ(printable(std::string_view("a\nb\tc\rd\0e\x1b[2J\x7f", 14)), "a\\nb\\tc\\rd\\x00e\\x1b[2J\\x7f");
   EXPECT_EQ(printable("\xff\u00e9\xc3"), "\\xff\u00e9\\xc3");
   EXPECT_EQ(printable("a\u0085b\u2028c\u2029"), "a\\xc2\\x85b\\xe2\\x80\\xa8c\\xe2\\x80\\xa9");
+}
+
+TEST(Text, NamesGoByTheirLettersWhateverTheirCase) {
+  std::vector<std::string> names = {"zebra", "\u00dcnder", "\u00e4pfel", "Zebra",   "\u00fcber", "apfel",
+                                    "\xff",  "\u00c4pfel", "\u03a3",     "\u03c2a", "\u03c3",    "\U0001f39e"};
+  std::ranges::sort(names, [](const auto& left, const auto& right) { return compareNames(left, right) < 0; });
+  EXPECT_THAT(names, testing::ElementsAre("apfel", "Zebra", "zebra", "\u00c4pfel", "\u00e4pfel", "\u00fcber",
+                                          "\u00dcnder", "\xff", "\u03a3", "\u03c3", "\u03c2a", "\U0001f39e"));
+}
+
+TEST(Text, TrimsEveryBlankAtTheEndsOnly) {
+  EXPECT_EQ(trimmed(" \u00a0\u3000\ta\u2003b\u2028\n\u0085"), "a\u2003b");
+  EXPECT_EQ(trimmed("\u00a0 \u2009"), "");
+  EXPECT_EQ(trimmed("\u00e0\xa0"), "\u00e0\xa0");
 }
 
 TEST(Format, ArgumentsAndDirectivesNeedNotMatch) {
