@@ -1,15 +1,19 @@
 #include "base/Timestamp.h"
 
-#include <ctime>
-
 namespace vantory {
 
-std::string localTimeText(Timestamp time, const char* format) {
+std::optional<std::tm> localParts(Timestamp time) {
   const std::time_t seconds = time.seconds;
   std::tm parts = {};
-  if (!localtime_r(&seconds, &parts)) return "";
+  if (!localtime_r(&seconds, &parts)) return std::nullopt;
+  return parts;
+}
+
+std::string localTimeText(Timestamp time, const char* format) {
+  const auto parts = localParts(time);
+  if (!parts) return "";
   char text[128];
-  return std::string(text, std::strftime(text, sizeof text, format, &parts));
+  return std::string(text, std::strftime(text, sizeof text, format, &*parts));
 }
 
 }  // namespace vantory

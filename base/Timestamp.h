@@ -3,6 +3,8 @@
 
 #include <compare>
 #include <cstdint>
+#include <ctime>
+#include <optional>
 #include <string>
 
 namespace vantory {
@@ -15,6 +17,8 @@ struct Timestamp {
   auto operator<=>(const Timestamp&) const = default;  // NOLINT(modernize-use-nullptr): a false finding
 };
 
+// The moment in the local time zone; none when it lies beyond all years.
+std::optional<std::tm> localParts(Timestamp time);
 // The moment in the local time zone, written by a strftime() format; nothing when it lies beyond all years.
 std::string localTimeText(Timestamp time, const char* format);
 

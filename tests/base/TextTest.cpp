@@ -10,8 +10,8 @@
 
 #include "base/Format.h"
 #include "base/Json.h"
+#include "base/LocaleDate.h"
 #include "base/Paths.h"
-#include "base/Timestamp.h"
 
 namespace vantory {
 namespace {
@@ -57,6 +57,33 @@ TEST(Text, AMomentBeyondAllYearsHasNoDate) {
   EXPECT_EQ(localTimeText(kBeyond, "%Y"), "");
   EXPECT_EQ(writeJson(kBeyond), "null");
   EXPECT_EQ(writeJson(Timestamp{0}), "\"1970-01-01T00:00:00Z\"");
+}
+
+// A locale's forms of dates: its short one and its months.
+struct DateForms : std::time_put<char> {
+  DateForms(std::string date, std::string month) : date_(std::move(date)), month_(std::move(month)) {}
+
+  iter_type do_put(iter_type out, std::ios_base& base, char fill, const std::tm* time, char format,
+                   char modifier) const override {
+    if (format == 'b') return std::ranges::copy(month_, out).out;
+    if (format == 'x') return put(out, base, fill, time, date_.data(), date_.data() + date_.size());
+    return std::time_put<char>::do_put(out, base, fill, time, format, modifier);
+  }
+
+  const std::string date_, month_;
+};
+
+TEST(Text, TheMediumDateFollowsTheOrderOfTheLocale) {
+  const auto date = [](const char* shortForm, const char* month) {
+    const std::locale locale(std::locale::classic(), new DateForms(shortForm, month));
+    return MediumDateAndTime(locale).text(Timestamp{1795282879});
+  };
+  setenv("TZ", "UTC", 1);
+  tzset();
+  EXPECT_EQ(MediumDateAndTime(std::locale::classic()).text(Timestamp{1795282879}), "Nov 21, 2026 17:41:19");
+  EXPECT_EQ(date("%d.%m.%Y", "nov."), "21 nov. 2026 17:41:19");
+  EXPECT_EQ(date("%Y/%m/%d", "11M"), "2026 11M 21 17:41:19");
+  EXPECT_EQ(date("%m/%d/%y", "Nob"), "Nob 21 2026 17:41:19");
 }
 
 TEST(Paths, WithinIsTestedOnWholeComponents) {
