@@ -1,6 +1,6 @@
 #include "services/files/FolderWalk.h"
 
-#include <set>
+#include <map>
 
 #include "base/Paths.h"
 #include "services/Runtime.h"
@@ -28,16 +28,32 @@ class Walk {
       if (entry.type == FileType::Folder) {
         if (!enter({path, &level})) return false;
       } else if (const auto target = linkedFolder(path, entry)) {
-        if (isInside(level, *target) || !enteredByLink_.insert(*target).second) continue;
-        if (!enter({path, &level})) return false;
-      } else if (!visit_(path, entry)) {
+        if (!enterByLink({path, &level}, *target)) return false;
+      } else if (visit_ && !visit_(path, entry)) {
         return false;
+      } else {
+        size_ += entry.size;
       }
     }
     return true;
   }
 
+  std::uint64_t size() const { return size_; }
+
  private:
+  // Each folder once, whatever links lead to it: links that double at every level would never come to an end.
+  bool enterByLink(const Level& level, const FileIdentity& folder) {
+    if (isInside(*level.above, folder)) return true;
+    if (const auto known = linkedSizes_.find(folder); known != linkedSizes_.end()) {
+      size_ += known->second;
+      return true;
+    }
+    const std::uint64_t before = size_;
+    const bool goesOn = enter(level);
+    linkedSizes_.emplace(folder, size_ - before);
+    return goesOn;
+  }
+
   std::optional<FileIdentity> linkedFolder(const std::string& path, const DirectoryEntry& entry) const {
     if (links_ == Links::DoNotFollow || entry.type != FileType::SymbolicLink) return std::nullopt;
     const auto info = files_.info(path, Links::Follow);
@@ -59,7 +75,8 @@ class Walk {
   const Links links_;
   const FileVisitor& visit_;
   const Unreadable unreadable_;
-  std::set<FileIdentity> enteredByLink_;
+  std::uint64_t size_ = 0;
+  std::map<FileIdentity, std::uint64_t> linkedSizes_;
 };
 
 }  // namespace
@@ -67,6 +84,12 @@ class Walk {
 bool walkFolder(const std::string& folder, Detail detail, Links links, const FileVisitor& visit,
                 Unreadable unreadable) {
   return Walk(detail, links, visit, unreadable).enter({folder, nullptr});
+}
+
+std::uint64_t folderSize(const std::string& folder) {
+  Walk walk(Detail::Sizes, Links::Follow, {}, Unreadable::PassOver);
+  walk.enter({folder, nullptr});
+  return walk.size();
 }
 
 bool isHousekeepingEntry(const std::string&, const DirectoryEntry& entry) {

@@ -1,6 +1,7 @@
 // Going through a folder and everything below it.
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <string>
 
@@ -18,6 +19,10 @@ enum class Unreadable { PassOver, End };
 // walk is inside of already, and each only once through a link. False when the walk was ended early.
 bool walkFolder(const std::string& folder, Detail detail, Links links, const FileVisitor& visit,
                 Unreadable unreadable = Unreadable::PassOver);
+
+// The bytes of all files below the folder, following links; a folder counts each time that a link leads to it, but for
+// links to one that holds them.
+std::uint64_t folderSize(const std::string& folder);
 
 // A visitor that goes on past the files that a desktop leaves behind, and ends the walk at any other.
 bool isHousekeepingEntry(const std::string& path, const DirectoryEntry& entry);

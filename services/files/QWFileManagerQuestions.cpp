@@ -109,12 +109,7 @@ std::uint64_t QWFileManager::fileSize(const std::string& path) {
     const auto info = files().info(path, Links::DoNotFollow);
     return info ? info->size : 0;
   }
-  std::uint64_t total = 0;
-  walkFolder(path, Detail::Sizes, Links::Follow, [&total](const std::string&, const DirectoryEntry& entry) {
-    total += entry.size;
-    return true;
-  });
-  return total;
+  return folderSize(path);
 }
 
 std::vector<std::string> QWFileManager::contentsOfDirectory(const std::string& path) {

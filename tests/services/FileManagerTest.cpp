@@ -85,8 +85,22 @@ TEST_F(FileManagerTest, WalksThroughFoldersAndLinksWithoutGoingInCircles) {
   std::filesystem::create_directory_symlink("..", home_ / "tree/one/up");
   std::filesystem::create_directory_symlink(home_ / "tree", home_ / "outside/back");
   EXPECT_EQ(Manager::fileSize(home_ / "tree"), 8u);
+  std::filesystem::create_directory_symlink(home_ / "outside", home_ / "tree/again");
+  EXPECT_EQ(Manager::fileSize(home_ / "tree"), 11u);
   EXPECT_EQ(Manager::fileSize(home_ / "tree/one/f"), 5u);
   EXPECT_EQ(Manager::fileSize(home_ / "none"), 0u);
+}
+
+TEST_F(FileManagerTest, LinksThatDoubleAtEveryLevelAreCountedInNoTime) {
+  constexpr int kLevels = 40;
+  for (int level = 0; level < kLevels; ++level) {
+    const std::string folder = home_ / "level" + std::to_string(level);
+    makeFolders(folder);
+    for (const char* link : {"/one", "/other"})
+      std::filesystem::create_directory_symlink("../level" + std::to_string(level + 1), folder + link);
+  }
+  writeFile(home_ / "level40/f", "1");
+  EXPECT_EQ(Manager::fileSize(home_ / "level0"), std::uint64_t{1} << kLevels);
 }
 
 TEST_F(FileManagerTest, AsksForRightsOnlyWhereTheyHelp) {
