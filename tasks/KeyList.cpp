@@ -8,16 +8,11 @@ namespace vantory {
 namespace {
 
 constexpr Alias kAliases[] = {
-    {"fcp", "fcpPrefs,borisPrefs"},
-    {"fce", "fcePrefs"},
-    {"stp", "stpPrefs"},
-    {"motion", "motionPrefs"},
-    {"color", "colorPrefs"},
-    {"dvdsp", "dvdspPrefs"},
-    {"livetype", "livetypePrefs"},
-    {"compressor", "compressorPrefs"},
-    {"batchmon", "batchmonPrefs"},
-    {"ct", "ctPrefs"},
+    {"fcp", "fcpPrefs,fcpBoris"},  {"fce", "fcePrefs"},
+    {"stp", "stpPrefs"},           {"motion", "motionPrefs"},
+    {"color", "colorPrefs"},       {"dvdsp", "dvdspPrefs"},
+    {"livetype", "livetypePrefs"}, {"compressor", "compressorPrefs"},
+    {"batchmon", "batchmonPrefs"}, {"ct", "ctPrefs"},
 };
 
 }  // namespace

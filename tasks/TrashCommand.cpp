@@ -1,8 +1,5 @@
 // "-trash": moves preference files to the Trash.
 
-#include <algorithm>
-#include <string_view>
-
 #include "backups/QWDataController.h"
 #include "tasks/AppController.h"
 #include "tasks/Command.h"
@@ -19,13 +16,6 @@ std::string withoutAlias(const std::string& operand) {
   return operand;
 }
 
-KeyList keysOf(const std::string& operand) {
-  KeyList keys = splitKeys(operand);
-  // The catalog has the Boris preferences under another key than the alias.
-  std::replace(keys.begin(), keys.end(), std::string("borisPrefs"), std::string("fcpBoris"));
-  return keys;
-}
-
 }  // namespace
 
 int trashCommand(const CommandContext& context) {
@@ -33,7 +23,7 @@ int trashCommand(const CommandContext& context) {
   controller.postGrowlNotification("Vantory", "Trashing preferences...");
   QWDataController::sharedController().populateApps();
   const std::string operand = withoutAlias(context.operand(1).value_or(std::string(kAllPrefs)));
-  const KeyList keys = keysOf(operand);
+  const KeyList keys = splitKeys(operand);
   if (keys.empty()) {
     controller.reportFailure(
         {.text = "Vantory: Unable to trash. Invalid keys.", .title = "Trash failed", .description = "Invalid keys"});

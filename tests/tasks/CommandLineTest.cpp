@@ -163,7 +163,7 @@ TEST_F(CommandLineTest, TrashTakesTheItemsThatItsOperandNames) {
   for (const auto& [line, left] :
        {std::pair<const char*, Names>{"-trash fcpPrefs,,motionPrefs", {"boris", "plugins", "setting"}},
         {"-trash fcp", {"motion", "plugins", "setting"}},
-        {"-trash fcp,motion", kAll},
+        {"-trash fcp,motion,borisPrefs", kAll},
         {"-trash", {"plugins", "setting"}},
         {"-trash -allfiles", {}}}) {
     fill();
