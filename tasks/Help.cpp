@@ -51,9 +51,10 @@ void printHelp(std::ostream& output) {
             "A preview's task is written without its dash, such as \"--preview trash fcp\".\n"
             "\n"
             "Exit code: 0 when the task was done, also where single files failed (the log says which);\n"
-            "1 when it could not be begun (a missing or invalid operand, no default backup, no backup at PATH,\n"
-            "nobody at the console), when backups to list could not be read, when output could not be written, or\n"
-            "when no window is installed.\n"
+            "1 when it could not be begun (a missing or invalid operand, an unknown option before the task, no\n"
+            "default backup, nothing at PATH, no usable home folder, nobody at the console), when a question was\n"
+            "asked wrongly, when backups to list could not be read, when output could not be written, or when the\n"
+            "window could not be opened.\n"
             "A preview ends as the task would.\n";
 }
 

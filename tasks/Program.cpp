@@ -93,14 +93,34 @@ int openWindow(const std::vector<std::string>& arguments, std::ostream& errors, 
   return 1;
 }
 
+bool hasHelpAsOperand(const std::vector<std::string>& arguments, std::size_t task) {
+  return task + 1 < arguments.size() && (arguments[task + 1] == "--help" || arguments[task + 1] == "-h");
+}
+
+// What looks like an option of other programs might say where they are to work; this one would not.
+std::optional<std::string> optionBefore(const std::vector<std::string>& arguments, std::size_t task) {
+  for (std::size_t i = 1; i < task; ++i)
+    if (arguments[i].starts_with("--")) return arguments[i];
+  return std::nullopt;
+}
+
+int refuseOption(const std::string& option, std::ostream& errors) {
+  errors << "Vantory: There is no option \"" << printable(option)
+         << "\" to go before a task - nothing was done. See \"vantory --help\".\n";
+  return 1;
+}
+
 int runMode(std::ostream& output, std::ostream& errors, const ProgramReplacement& become) {
   const std::vector<std::string>& arguments = platform().system.arguments();
   const auto has = [&](std::string_view argument) {
     return std::find(arguments.begin(), arguments.end(), argument) != arguments.end();
   };
   // Whoever asks for a preview and writes the task with its dash does not want it done.
-  if (const auto chosen = chooseCommand(arguments); chosen && !beginsWithQuestion(arguments))
+  if (const auto chosen = chooseCommand(arguments);
+      chosen && !beginsWithQuestion(arguments) && !hasHelpAsOperand(arguments, chosen->position)) {
+    if (const auto option = optionBefore(arguments, chosen->position)) return refuseOption(*option, errors);
     return runCommand(*chosen, output, errors);
+  }
   if (has("--help") || has("-h")) {
     printHelp(output);
   } else if (has("--version")) {

@@ -52,7 +52,9 @@ std::span<const Question> questionTable() {
 
 bool beginsWithQuestion(const std::vector<std::string>& arguments) {
   if (arguments.size() < 2) return false;
-  return isForm(arguments[1]) || std::ranges::count(kQuestions, arguments[1], &Question::option) > 0;
+  constexpr std::string_view kOthers[] = {"-h", "--help", "--version"};
+  return isForm(arguments[1]) || std::ranges::count(kOthers, arguments[1]) > 0 ||
+         std::ranges::count(kQuestions, arguments[1], &Question::option) > 0;
 }
 
 std::optional<int> answerQuestion(const std::vector<std::string>& arguments, std::ostream& output,

@@ -34,7 +34,7 @@ struct Question {
 
 std::span<const Question> questionTable();
 
-// Whether a question, or the form of its answer, is the first argument: then a task that follows is not done.
+// Whether the first argument asks something, be it for help: then a task that follows is not done.
 bool beginsWithQuestion(const std::vector<std::string>& arguments);
 
 // Answers the first question of the table that is among the arguments; the exit code is 1, with a line on `errors`,

@@ -269,6 +269,20 @@ TEST_F(CommandLineTest, TheScheduleHearsWhetherAnAutomaticBackupWasMade) {
   EXPECT_EQ(fakes_.jobs.goodRuns, 1);
 }
 
+TEST_F(CommandLineTest, DoesNoTaskForWhoeverMeantSomethingElse) {
+  const auto before = snapshot();
+  for (const char* line : {"--help -trash", "-h -trash", "--version -trash", "-trash --help", "x -trash -h"})
+    EXPECT_EQ(run(line), 0) << line;
+  EXPECT_THAT(output_.str(), StartsWith("Usage: "));
+  for (const char* line : {"--home /home/other -trash", "x --dry-run -backup Set", "-- -autobackup"}) {
+    EXPECT_EQ(run(line), 1) << line;
+    EXPECT_THAT(errors_.str(), HasSubstr("nothing was done"));
+  }
+  EXPECT_EQ(snapshot(), before);
+  EXPECT_EQ(run("-psn_0_1 x -trash fcpPrefs --later"), 0);
+  EXPECT_FALSE(intact().contains("fcp"));
+}
+
 TEST_F(CommandLineTest, TouchesNothingWithoutAUsableHome) {
   fs::remove_all(home_ / "Library");
   fakes_.users.process->home = home_ / "a*b";
