@@ -27,8 +27,8 @@ std::optional<std::string> reasonToRefuse(const std::optional<std::string>& home
 std::string remarkOnHome(const std::string& home) {
   if (paths::components(home).size() == 3) return {};
   return formatted(
-      "The home folder %@ is not two levels deep; paths in backups are mapped by dropping their first three "
-      "components.",
+      "The home folder %@ is not two levels deep: a restore puts files of the home elsewhere than they came from, in "
+      "this home too.",
       printable(home));
 }
 
