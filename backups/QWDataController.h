@@ -47,6 +47,10 @@ class QWDataController {
   static std::optional<std::string> vantoryBackupLocation();
   // The folder where nobody chose another.
   static std::optional<std::string> usualBackupLocation();
+  // The folder that a person names by a whole path, or by one in the home that begins with "~"; none by any other.
+  static std::optional<std::string> folderNamed(const std::string& path);
+  // The setting "backupPath" where it names no folder and is passed over.
+  static std::optional<std::string> unusableBackupPath();
   // The folder of the automatic backups, inside the library.
   static std::optional<std::string> autosaveLocation();
   // The name, or with "-2", "-3" ...: the first that no backup in the library's folder bears.

@@ -107,14 +107,27 @@ void measureForWindow(const BackupList& backups) {
 
 std::optional<std::string> QWDataController::vantoryBackupLocation() {
   const auto path = QWUserDefaults::standardUserDefaults().stringForKey(setting::kBackupPath);
-  // A relative path would depend on where the program was started.
-  return path && path->starts_with('/') ? paths::join(*path, "") : usualBackupLocation();
+  auto folder = path ? folderNamed(*path) : std::nullopt;
+  return folder ? folder : usualBackupLocation();
 }
 
 std::optional<std::string> QWDataController::usualBackupLocation() {
   const auto support = QWLocalPaths::appSupportDirectory(true);
   if (!support) return std::nullopt;
   return paths::join(*support, "Quarrywell/Vantory/Backups");
+}
+
+// A relative path would depend on where the program was started.
+std::optional<std::string> QWDataController::folderNamed(const std::string& path) {
+  if (path.starts_with('/')) return paths::join(path, "");
+  const auto home = QWLocalPaths::userDirectory();
+  if (!home || (path != "~" && !path.starts_with("~/"))) return std::nullopt;
+  return paths::join(paths::join(*home, path.substr(1)), "");
+}
+
+std::optional<std::string> QWDataController::unusableBackupPath() {
+  auto path = QWUserDefaults::standardUserDefaults().stringForKey(setting::kBackupPath);
+  return path && !path->empty() && !folderNamed(*path) ? path : std::nullopt;
 }
 
 std::optional<std::string> QWDataController::autosaveLocation() {
@@ -135,6 +148,8 @@ std::string QWDataController::uniqueBackupName(const std::string& name) {
 void QWDataController::populateBackups() {
   QWLog::appendLog("Populating backups...");
   const auto location = vantoryBackupLocation();
+  if (const auto path = unusableBackupPath())
+    QWLog::appendLog("The setting backupPath is no whole path: %@. The backups are in %@", *path, location);
   Listing manual = location ? listManualBackups(*location, BackupReader()) : Listing();
   noteListing(libraryError_, std::move(manual.error));
   measureForWindow(manual.backups);

@@ -119,6 +119,14 @@ TEST_F(PreferencesTest, OverlooksNoLibrary) {
   EXPECT_TRUE(isBackup(inLibrary("Mine.vnt")));
   files_.heal();
 
+  defaults().setObject("backupPath", "Backups");
+  settings_.refresh();
+  EXPECT_EQ(view_.remark, "That is no whole path. Your backups are in " + library() + ".");
+  controller().populateBackups();
+  EXPECT_THAT(logged(), Contains(HasSubstr("The setting backupPath is no whole path: Backups.")));
+  defaults().setObject("backupPath", "~/Mine");
+  EXPECT_EQ(QWDataController::vantoryBackupLocation(), home_ / "Mine");
+
   defaults().setObject("backupPath", PropertyList(5));
   settings_.setBackupPath(home_ / "New");
   EXPECT_EQ(alerts_.size(), 2U) << "what is stored was no path";
