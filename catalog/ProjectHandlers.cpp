@@ -1,6 +1,7 @@
 #include "catalog/ProjectHandlers.h"
 
 #include <algorithm>
+#include <optional>
 #include <string>
 
 #include "base/Text.h"
@@ -27,9 +28,9 @@ void setHandler(const ProjectKind& kind, const std::string& identifier) {
   if (type) (void)handlers().setDefaultViewer(*type, identifier);
 }
 
-bool isOwn(const ProjectKind& kind) {
+std::optional<std::string> handlerOf(const ProjectKind& kind) {
   const Result<std::string> type = handlers().typeOfExtension(std::string(kind.extension));
-  return type && handlers().defaultViewer(*type) == ownIdentifier();
+  return type ? handlers().defaultViewer(*type) : std::nullopt;
 }
 
 }  // namespace
@@ -50,7 +51,11 @@ bool ProjectHandlers::setVantoryDefaultFileExtensions() {
 }
 
 bool ProjectHandlers::checkVantoryDefaultForFileExtensions() {
-  return std::ranges::all_of(kProjectKinds, isOwn);
+  return std::ranges::all_of(kProjectKinds, [](const ProjectKind& kind) { return handlerOf(kind) == ownIdentifier(); });
+}
+
+bool ProjectHandlers::isNoneInstalled() {
+  return std::ranges::none_of(kProjectKinds, [](const ProjectKind& kind) { return handlerOf(kind).has_value(); });
 }
 
 bool ProjectHandlers::updateHandlingStatus() {

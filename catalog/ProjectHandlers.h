@@ -13,7 +13,9 @@ class ProjectHandlers {
   static bool setVantoryDefaultFileExtensions();
   // True when this program is the default viewer of all projects.
   static bool checkVantoryDefaultForFileExtensions();
-  // The same, told in the log: what is shown to the person after a change.
+  // True when no application that was chosen for any of the projects is installed.
+  static bool isNoneInstalled();
+  // Whether this program is it, told in the log: what is shown to the person after a change.
   static bool updateHandlingStatus();
 };
 

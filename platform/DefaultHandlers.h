@@ -18,7 +18,8 @@ class DefaultHandlers {
   // Makes the application with this bundle identifier, in any case, the default viewer of the type, whoever made the
   // file. It may be installed later. A type of projects that the desktop does not know yet is declared to it.
   virtual Status setDefaultViewer(const std::string& type, const std::string& bundleIdentifier) = 0;
-  // The bundle identifier, in lower case, of the application that opens files of the type now; none when none does.
+  // The bundle identifier, in lower case, of the application that opens files of the type now; none when none does, or
+  // the one that the user chose is not installed.
   virtual std::optional<std::string> defaultViewer(const std::string& type) const = 0;
 };
 

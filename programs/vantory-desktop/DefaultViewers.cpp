@@ -2,6 +2,7 @@
 #include <gio/gdesktopappinfo.h>
 
 #include <cerrno>
+#include <memory>
 #include <string>
 
 #include "platform/posix/files/Errors.h"
@@ -41,9 +42,25 @@ Result<KeyFilePointer> readList(const std::string& path) {
   return errorWithText(std::errc::bad_message, path, error->message);
 }
 
+std::string userList() {
+  return std::string(g_get_user_config_dir()) + "/mimeapps.list";
+}
+
+// Whether the user chose applications of which none is installed; GIO passes over them as if nothing were chosen.
+bool isChoiceMissing(const std::string& type) {
+  const Result<KeyFilePointer> list = readList(userList());
+  if (!list) return false;
+  gsize count = 0;
+  char** const entries = g_key_file_get_string_list(list->get(), kDefaults, type.c_str(), &count, nullptr);
+  const std::unique_ptr<char*, decltype(&g_strfreev)> owner(entries, g_strfreev);
+  for (gsize i = 0; i < count; ++i)
+    if (const ObjectPointer<GDesktopAppInfo> entry(g_desktop_app_info_new(entries[i])); entry) return false;
+  return count > 0;
+}
+
 // By hand, because GIO drops the comments of the list, replaces a link by a file, and begins anew where it cannot read.
 Status recordDefault(const std::string& type, const std::string& entry) {
-  const std::string path = std::string(g_get_user_config_dir()) + "/mimeapps.list";
+  const std::string path = userList();
   g_mkdir_with_parents(g_get_user_config_dir(), 0700);
   const Result<KeyFilePointer> list = readList(path);
   if (!list) return list.error();
@@ -64,9 +81,11 @@ Result<Message> setDefaultViewer(const Message& arguments) {
   return Message{};
 }
 
-// Arguments: a type. Values: the identifier of the application that opens it, none when none does.
+// Arguments: a type. Values: the identifier of the application that opens it; none when none does or the user's choice
+// is not installed.
 Result<Message> defaultViewer(const Message& arguments) {
   adoptSessionEnvironment();
+  if (isChoiceMissing(arguments[0])) return Message{};
   const ObjectPointer<GAppInfo> application(g_app_info_get_default_for_type(arguments[0].c_str(), FALSE));
   const char* name = application ? g_app_info_get_id(application.get()) : nullptr;
   if (!name) return Message{};

@@ -214,9 +214,12 @@ void QWPreferenceController::updatePrefsHandlingText() {
 
 void QWPreferenceController::showHandling(bool isDefault) {
   using Colour = HandlerStatus::Colour;
-  parts_.view.setHandlerStatus(isDefault
-                                   ? HandlerStatus{"Status: Vantory is the default handler", Colour::DarkGreen, true}
-                                   : HandlerStatus{"Status: Vantory is NOT the default handler", Colour::Red, false});
+  if (isDefault)
+    parts_.view.setHandlerStatus({"Status: Vantory is the default handler", Colour::DarkGreen, true});
+  else if (ProjectHandlers::isNoneInstalled())
+    parts_.view.setHandlerStatus({"Status: No application is installed for these projects", Colour::Red, false});
+  else
+    parts_.view.setHandlerStatus({"Status: Vantory is NOT the default handler", Colour::Red, false});
 }
 
 void QWPreferenceController::changeHandlerToFCS() {

@@ -75,6 +75,8 @@ TEST_F(DefaultHandlersTest, TheProgramsEntryNamesEveryKindOfProject) {
     ASSERT_TRUE(type) << extension;
     EXPECT_EQ(handlers_.defaultViewer(*type), "com.quarrywell.vantory") << extension;
   }
+  ASSERT_TRUE(handlers_.setDefaultViewer(kType, kFinalCut));
+  EXPECT_EQ(handlers_.defaultViewer(kType), std::nullopt) << "the choice is not installed";
 }
 
 TEST_F(DefaultHandlersTest, OnlyTheOneEntryOfTheListChanges) {

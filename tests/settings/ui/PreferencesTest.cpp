@@ -187,6 +187,7 @@ TEST_F(PreferencesTest, HandlesProjectsOnlyWithAllEightKinds) {
               std::tuple(text, colour, keystroke));
   };
   auto& viewers = fakes_.defaultHandlers.viewers;
+  expectStatus("Status: No application is installed for these projects", Colour::Red, false);
   settings_.changeHandlerToFCS();
   EXPECT_EQ(viewers["type/stmp"], "com.apple.soundtrackpro");
   settings_.changeHandlerToVantory();
