@@ -26,18 +26,37 @@ constexpr std::chrono::seconds kMailPatience{10};
 constexpr const char* kOwnEntry = "com.quarrywell.Vantory.desktop";
 constexpr const char* kMailTool = "xdg-email";
 
+using Application = ObjectPointer<GAppInfo>;
+
+Error noApplication(const std::string& address, const char* reason) {
+  return errorWithText(std::errc::no_such_file_or_directory, address, reason);
+}
+
+// What is no file goes by its scheme as it is written: a virtual file system may have another idea of it.
+Result<Application> usualApplication(const std::string& address) {
+  const TextPointer scheme(g_uri_parse_scheme(address.c_str()));
+  if (scheme && !g_str_equal(scheme.get(), "file")) {
+    Application application(g_app_info_get_default_for_uri_scheme(scheme.get()));
+    if (!application) return noApplication(address, "No application is installed for such addresses.");
+    return application;
+  }
+  const ObjectPointer<GFile> file(g_file_new_for_uri(address.c_str()));
+  GError* error = nullptr;
+  Application application(g_file_query_default_handler(file.get(), nullptr, &error));
+  const ErrorPointer owner(error);
+  if (!application) return noApplication(address, error->message);
+  return application;
+}
+
 // With the application that is usual for what the address, a URI, names.
 Status openUsually(const std::string& address) {
   if (Status usable = checkBus(); !usable) return usable;
   adoptSessionEnvironment();
-  const ObjectPointer<GFile> file(g_file_new_for_uri(address.c_str()));
-  GError* error = nullptr;
-  const ObjectPointer<GAppInfo> application(g_file_query_default_handler(file.get(), nullptr, &error));
-  const ErrorPointer owner(error);
-  if (application && g_str_equal(g_app_info_get_id(application.get()), kOwnEntry))
-    return errorWithText(std::errc::no_such_file_or_directory, address, "Vantory itself is to open it.");
-  if (application) return launch(G_DESKTOP_APP_INFO(application.get()), {address});
-  return errorWithText(std::errc::no_such_file_or_directory, address, error->message);
+  const Result<Application> application = usualApplication(address);
+  if (!application) return application.error();
+  if (g_str_equal(g_app_info_get_id(application->get()), kOwnEntry))
+    return noApplication(address, "Vantory itself is to open it.");
+  return launch(G_DESKTOP_APP_INFO(application->get()), {address});
 }
 
 // Arguments: a path or an address with a scheme. No values.
