@@ -129,7 +129,10 @@ void QWBugReporter::startBugReporter(const std::string& appName, const std::stri
     if (!crash) crash = untoldCrash(plistPath);
     if (crash && delegate) tell(*delegate, *crash);
     change(plistPath, [&](PropertyListDictionary& record) {
-      record.set("launch", platform().clock.now());
+      const Timestamp now = platform().clock.now();
+      record.set("launch", now);
+      // The record knows whole seconds: an end that was not before this start would pass for the end of this run.
+      if (const auto exit = dateIn(record, "exit"); exit && exit->seconds >= now.seconds) record.remove("exit");
       if (delegate) record.remove(kUntoldCrash);
       if (crash && !delegate) record.set(kUntoldCrash, *crash);
     });

@@ -44,6 +44,10 @@ TEST_F(BugReporterTest, ACrashIsAReportNewerThanAStartWithoutAnEnd) {
   EXPECT_EQ(crash(), path);
   QWBugReporter::stopBugReporter(record_);
   EXPECT_EQ(crash(), std::nullopt);
+  start();  // within the same second
+  EXPECT_EQ(crash(), path);
+  QWBugReporter::stopBugReporter(record_);
+  EXPECT_EQ(crash(), std::nullopt);
   fakes_.clock.set({4'000'000'000, 0});  // the report is older than this start
   start();
   EXPECT_EQ(crash(), std::nullopt);
