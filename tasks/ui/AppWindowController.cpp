@@ -46,8 +46,8 @@ void AppWindowController::startLog() {
   QWLog::createNewLog(std::nullopt);
 }
 
-void AppWindowController::load(std::function<void()> shown) {
-  SerialWork::tasks().add([this, shown = std::move(shown)] {
+void AppWindowController::load() {
+  SerialWork::tasks().add([this] {
     QWDataController& data = QWDataController::sharedController();
     data.populateApps();
     data.populateBackups();
@@ -55,7 +55,6 @@ void AppWindowController::load(std::function<void()> shown) {
     MainThread::shared().runAndWait([&] {
       if (hasCrashAnalysis) parts_.window.removeLinkItem();
       toolbarTrash();
-      if (shown) shown();
     });
     // A library that cannot be read looks like one without backups.
     if (const auto error = data.libraryError())

@@ -35,8 +35,8 @@ class AppWindowController : public AppController, public PaneSwitcher {
   explicit AppWindowController(const Parts& parts) : parts_(parts), progressController_(parts.progressSheet) {}
 
   // Loads the catalog and the library and shows the Trash pane, on another thread; a person without a manual
-  // backup gets a first one. Called once the window is painted; `shown` is called on the main thread when the pane is.
-  void load(std::function<void()> shown = {});
+  // backup gets a first one. Called once the window is painted.
+  void load();
 
   void toolbarTrash();
   void toolbarBackup() override;

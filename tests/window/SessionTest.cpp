@@ -91,7 +91,7 @@ TEST_F(SessionTest, OfTwoBackupsThatLookAlikeTheSelectedOneStaysSelected) {
   EXPECT_TRUE(exists(inLibrary("Old.vnt")));
 }
 
-TEST_F(SessionTest, IsAsItWasLeft) {
+TEST_F(SessionTest, IsAsItWasLeftButForThePane) {
   MainWindow& first = open();
   first.resize(800, 500);
   choose(first, "Lock");
@@ -99,7 +99,7 @@ TEST_F(SessionTest, IsAsItWasLeft) {
   first.restorePane().outline().tree().header()->resizeSection(1, width);
   close();
   MainWindow& second = open();
-  EXPECT_EQ(second.shownPane(), Pane::Lock);
+  EXPECT_EQ(second.shownPane(), Pane::Trash);
   EXPECT_EQ(second.size(), QSize(800, 500));
   EXPECT_EQ(second.restorePane().outline().tree().header()->sectionSize(1), width);
   EXPECT_FALSE(exists(home_ / "Library/Preferences/vantory")) << "looks are no settings";

@@ -244,7 +244,6 @@ void MainWindow::dropEvent(QDropEvent* event) {
 
 void MainWindow::remember(WindowMemory& memory) const {
   memory.keep(QStringLiteral("geometry"), saveGeometry());
-  memory.keep(QStringLiteral("pane"), static_cast<int>(shownPane()));
   for (const Pane each : kPanes) memory.keep(columnsKey(each), pane(each).outline().layoutState());
 }
 

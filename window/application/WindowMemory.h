@@ -14,7 +14,6 @@ class WindowMemory {
   explicit WindowMemory(const std::string& home);
 
   QByteArray bytes(const QString& key) const { return settings_.value(key).toByteArray(); }
-  int number(const QString& key, int otherwise) const { return settings_.value(key, otherwise).toInt(); }
   void keep(const QString& key, const QVariant& value) { settings_.setValue(key, value); }
 
  private:

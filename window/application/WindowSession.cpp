@@ -168,7 +168,7 @@ bool WindowSession::open(const std::vector<std::string>& files) {
   if (needsWindow(files)) {
     window_.onFirstPaint = [this] {
       delegate_.applicationDidFinishLaunching();
-      app_.load([this] { showRememberedPane(); });
+      app_.load();
       QApplication::setWindowIcon(icons::application());
       enableHelp();
       painted_ = true;
@@ -198,11 +198,6 @@ void WindowSession::openFiles(const std::vector<std::string>& files) {
     delegate_.openFiles(files);
   else
     waitingFiles_.insert(waitingFiles_.end(), files.begin(), files.end());
-}
-
-void WindowSession::showRememberedPane() {
-  for (const Pane pane : {Pane::Backup, Pane::Lock, Pane::Restore})
-    if (memory_.number(QStringLiteral("pane"), 0) == static_cast<int>(pane)) choosePane(pane);
 }
 
 void WindowSession::choosePane(Pane pane) {

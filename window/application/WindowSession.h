@@ -48,7 +48,6 @@ class WindowSession {
   void connectMenus();
   void enableHelp();
   void choosePane(Pane pane);
-  void showRememberedPane();
   void showSelection();
   QWidget* windowOf(AlertParent parent);
   bool mayClose();
