@@ -91,7 +91,7 @@ int main(int argumentCount, char** arguments) {
   LinuxPlatform platform({"vantory"}, "vantory");
   Runtime runtime(platform.platform());
   const MainThreadEvents events(runtime.shared<MainThread>());
-  AppWindowController::startLog();
+  AppWindowController::startLog(nullptr);
   WindowSession session(home);
   if (!session.open()) return 1;
   serveUntil([] {

@@ -23,10 +23,6 @@ namespace {
 
 constexpr const char* kCrashAnalysis = "com.quarrywell.Faultlens";
 
-struct CrashNotice : BugReporterDelegate {
-  void applicationDidCrashWithLog(const std::string& log) override { QWBugReporter::showCrashNotice(log); }
-};
-
 // The ticks of the panes stay as they are: a backup selects all that it holds.
 AppList copiesOf(const AppList& apps) {
   AppList copies;
@@ -40,9 +36,8 @@ AppList copiesOf(const AppList& apps) {
 
 }  // namespace
 
-void AppWindowController::startLog() {
-  static CrashNotice notice;
-  QWBugReporter::startBugReporterWithDelegate(&notice);
+void AppWindowController::startLog(BugReporterDelegate* delegate) {
+  QWBugReporter::startBugReporterWithDelegate(delegate);
   QWLog::createNewLog(std::nullopt);
 }
 

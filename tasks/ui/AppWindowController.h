@@ -2,7 +2,6 @@
 #pragma once
 
 #include <atomic>
-#include <functional>
 #include <string>
 #include <vector>
 
@@ -13,6 +12,7 @@
 
 namespace vantory {
 
+class BugReporterDelegate;
 class BusyIndicator;
 class MainWindowView;
 enum class Pane;
@@ -29,8 +29,9 @@ class AppWindowController : public AppController, public PaneSwitcher {
     QWLockOutlineController& lockController;
   };
 
-  // Records the start and opens a new log named after the program. Called before any pane is made.
-  static void startLog();
+  // Records the start, and opens a new log named after the program. Called before any pane is made. The delegate, which
+  // may be null, is told of a crash.
+  static void startLog(BugReporterDelegate* delegate);
 
   explicit AppWindowController(const Parts& parts) : parts_(parts), progressController_(parts.progressSheet) {}
 

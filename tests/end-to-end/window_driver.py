@@ -85,6 +85,7 @@ def say_names(place):
 
 notice = wait_for(name="Vantory ended unexpectedly the last time")
 say("/Library/Logs/CrashReporter/Vantory_" in notice.description, "a crash is told of at the next start")
+say(any(all_of(role="tree")), "... over the window, which is there first")
 focus()
 key("Return")
 wait_for(name="Motion")

@@ -25,6 +25,7 @@
 #include "services/log/QWException.h"
 #include "services/log/QWLog.h"
 #include "services/threads/MainThread.h"
+#include "settings/QWBugReporter.h"
 #include "tasks/HomeCheck.h"
 #include "tasks/QWVantoryUtilities.h"
 #include "tasks/ui/DocumentPaths.h"
@@ -135,17 +136,27 @@ class EndBySignal {
   std::optional<QSocketNotifier> notifier_;
 };
 
+struct CrashNotice : BugReporterDelegate {
+  void applicationDidCrashWithLog(const std::string& log) override {
+    if (session) session->whenPainted([log] { QWBugReporter::showCrashNotice(log); });
+  }
+
+  WindowSession* session = nullptr;
+};
+
 // The fonts are there when `fonts` is ready.
 int showWindow(const std::string& home, const std::vector<std::string>& files, SingleInstance& instance,
                TerminationSignals& termination, WindowSession*& receiver, const std::future<void>& fonts) {
   Runtime& runtime = Runtime::current();
   runtime.guard = &runtime.shared<QWVantoryUtilities>();
-  if (!WindowSession::onlyHandsOn(files)) AppWindowController::startLog();
+  CrashNotice notice;
+  if (!WindowSession::onlyHandsOn(files)) AppWindowController::startLog(&notice);
   const SystemColours colours(nullptr);
   int exitCode = 0;
   {
     fonts.wait();
     WindowSession session(home);
+    notice.session = &session;
     const Listening listening(instance, receiver, session);
     QObject::connect(qApp, &QGuiApplication::lastWindowClosed, &session.window(), [&session] {
       if (session.quitsWithLastWindow()) QCoreApplication::exit();

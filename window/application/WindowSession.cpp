@@ -165,7 +165,8 @@ bool WindowSession::onlyHandsOn(const std::vector<std::string>& files) {
 bool WindowSession::open(const std::vector<std::string>& files) {
   onlyHandsOn_ = onlyHandsOn(files);
   if (!delegate_.awakeFromNib()) return false;
-  if (needsWindow(files)) {
+  if (opensWindow_) {
+  opensWindow_ = needsWindow(files);
     window_.onFirstPaint = [this] {
       delegate_.applicationDidFinishLaunching();
       app_.load();
@@ -175,6 +176,7 @@ bool WindowSession::open(const std::vector<std::string>& files) {
       delegate_.openFiles(std::exchange(waitingFiles_, {}));
     };
     openFiles(files);
+      for (const auto& work : std::exchange(waitingWork_, {})) work();
     window_.show();
   } else {
     QWDataController::sharedController().populateApps();
@@ -186,6 +188,13 @@ bool WindowSession::open(const std::vector<std::string>& files) {
 
 void WindowSession::receive(const OpenRequest& request) {
   // Qt looks there when a window is to come to the front.
+void WindowSession::whenPainted(std::function<void()> work) {
+  if (painted_ || !opensWindow_)
+    work();
+  else
+    waitingWork_.push_back(std::move(work));
+}
+
   if (!request.activationToken.empty())
     qputenv("XDG_ACTIVATION_TOKEN", QByteArray::fromStdString(request.activationToken));
   if (needsWindow(request.files)) window_.bringToFront();

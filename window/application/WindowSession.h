@@ -1,6 +1,8 @@
 // The main window with its dialogs, and the controllers behind them.
 #pragma once
 
+#include <functional>
+
 #include "backups/ui/QWBackupEditController.h"
 #include "backups/ui/QWBackupOutlineController.h"
 #include "backups/ui/QWRestoreOutlineController.h"
@@ -32,6 +34,8 @@ class WindowSession {
   // window, it opens them without one. False when the program is to quit at once.
   [[nodiscard]] bool open(const std::vector<std::string>& files = {});
   bool quitsWithLastWindow() const { return delegate_.applicationShouldTerminateAfterLastWindowClosed(); }
+  // Does the work once the window is there for its questions; at once where none is to come.
+  void whenPainted(std::function<void()> work);
   // Another start of the program asks for this.
   void receive(const OpenRequest& request);
   // Whether files alone are reason to open the window.
@@ -70,8 +74,11 @@ class WindowSession {
   Vantory_AppDelegate delegate_;
   SettingsSession settings_;
   bool painted_ = false;
+  bool opensWindow_ = true;
   bool onlyHandsOn_ = false;
-  std::vector<std::string> waitingFiles_;  // for the window to be painted
+  // For the window to be painted:
+  std::vector<std::string> waitingFiles_;
+  std::vector<std::function<void()>> waitingWork_;
 };
 
 }  // namespace vantory
