@@ -31,6 +31,8 @@ class ProgressSheet {
   virtual void setIndeterminate() = 0;
   virtual void setMaximum(double maximum) = 0;
   virtual void setValue(double value) = 0;
+  // What is done now goes on to its end; until the sheet is shown again.
+  virtual void disableCancel() = 0;
 };
 
 // Asks the person for files. Answers absolute paths; none when the person cancelled. The path of a file whose name is

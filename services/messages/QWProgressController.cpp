@@ -14,6 +14,10 @@ void QWProgressController::hide() {
   sheet_.hide();
 }
 
+void QWProgressController::disableCancel() {
+  sheet_.disableCancel();
+}
+
 void QWProgressController::updateLabel(const std::string& text) {
   sheet_.setLabel(text);
 }

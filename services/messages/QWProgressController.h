@@ -23,6 +23,8 @@ class QWProgressController {
   void setMaxProgress(double maximum);
   void setProgress(double value);
   void incrementProgress();
+  // Nobody polls for a cancel any more.
+  void disableCancel();
   // The person pressed the button.
   void cancel() { isCancelled_ = true; }
   bool isCancelled() const { return isCancelled_; }

@@ -49,7 +49,10 @@ class AppWindowController::TrashProgress : public TrashObserver {
   void stepDone() override {
     onMainThread([this] { sheet_.incrementProgress(); });
   }
-  void trashed(int count) override { QWLog::appendLog("Total trashed files: %i", count); }
+  void trashed(int count) override {
+    QWLog::appendLog("Total trashed files: %i", count);
+    onMainThread([this] { sheet_.disableCancel(); });
+  }
   void restoringDefault() override { showStage("Restoring default backup..."); }
   void finishing() override { QWLog::appendLog("Relaunching applications..."); }
   void relaunching() override { showStage("Relaunching applications..."); }

@@ -44,14 +44,16 @@ class FakeBusyIndicator : public BusyIndicator {
 
 class FakeProgressSheet : public ProgressSheet {
  public:
-  void show() override { isShown = true; }
+  void show() override { isShown = mayCancel = true; }
   void hide() override { isShown = false; }
   void setLabel(const std::string& text) override { labels.push_back(text); }
+  void disableCancel() override { mayCancel = false; }
   void setIndeterminate() override { maximum = 0; }
   void setMaximum(double value) override { maximum = value; }
   void setValue(double number) override { value = number; }
 
   bool isShown = false;
+  bool mayCancel = true;
   std::vector<std::string> labels;
   double maximum = 0;
   double value = 0;

@@ -131,6 +131,10 @@ TEST(ProgressDialogTest, StaysUntilTheTaskHasEnded) {
 }
 
 TEST(BackupDialogWidgetTest, TellsWhatIsPressedAndSelectedAndKeepsANameThatIsNoText) {
+  sheet.show();
+  sheet.disableCancel();
+  QTest::keyClick(&sheet, Qt::Key_Escape);
+  EXPECT_EQ(cancels, 2);
   QWidget window;
   BackupDialog dialog(&window);
   QStringList did;

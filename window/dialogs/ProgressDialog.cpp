@@ -72,6 +72,10 @@ void ProgressDialog::setValue(double value) {
   if (bar_->maximum() > 0) bar_->setValue(static_cast<int>(std::lround(value * kSteps)));
 }
 
+void ProgressDialog::disableCancel() {
+  cancelButton_->setEnabled(false);
+}
+
 void ProgressDialog::reject() {
   if (cancelButton_->isHidden() || !cancelButton_->isEnabled()) return;
   cancelButton_->setEnabled(false);

@@ -27,6 +27,7 @@ class ProgressDialog : public QDialog, public ProgressSheet {
   void setIndeterminate() override;
   void setMaximum(double maximum) override;
   void setValue(double value) override;
+  void disableCancel() override;
 
   // Escape and the window's own button cancel.
   void reject() override;

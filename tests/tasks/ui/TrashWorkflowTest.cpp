@@ -113,7 +113,7 @@ TEST_F(TrashWorkflowTest, BacksUpTrashesPreferencesOnlyAndRestoresTheDefaultBack
   EXPECT_FALSE(controller().autoBackupArray().empty());
   EXPECT_THAT(alerts_, ElementsAre("Preferences successfully trashed"));
   EXPECT_THAT(sheet_.labels, ElementsAre("Backing up...", "Trashing preferences...", "Restoring default backup..."));
-  EXPECT_FALSE(sheet_.isShown || spinner_.isTurning);
+  EXPECT_FALSE(sheet_.isShown || spinner_.isTurning || sheet_.mayCancel);
 }
 
 TEST_F(TrashWorkflowTest, AsksForRightsOnceATask) {
