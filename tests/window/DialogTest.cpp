@@ -1,8 +1,9 @@
 // Alerts, the progress sheet and the backup dialog.
 
-#include <QLabel>
+#include <QClipboard>
 #include <QListWidget>
 #include <QProgressBar>
+#include <QTextEdit>
 #include <future>
 
 #include "services/threads/MainThread.h"
@@ -74,14 +75,16 @@ TEST_F(AlertTest, EachButtonAndKeyHasItsCodeForAWorkerThread) {
   }
 }
 
-TEST_F(AlertTest, ALongNameIsShownWhole) {
+TEST_F(AlertTest, ALongNameIsShownWholeAndCopiedAsItIs) {
   auto answer = ask({.messageText = std::string(255, 'M'), .defaultButton = "OK"});
   AlertDialog* alert = waitForAlert();
-  for (auto* label : alert->findChildren<QLabel*>()) {
-    const QString text = label->text();
-    const int lines = label->height() / label->fontMetrics().lineSpacing();
-    EXPECT_GE(lines, label->fontMetrics().horizontalAdvance(text) / label->width());
-  }
+  auto* words = alert->findChild<QTextEdit*>();
+  ASSERT_NE(words, nullptr);
+  const int lines = words->height() / words->fontMetrics().lineSpacing();
+  EXPECT_GE(lines, words->fontMetrics().horizontalAdvance(words->toPlainText()) / words->width());
+  words->selectAll();
+  words->copy();
+  EXPECT_EQ(QApplication::clipboard()->text(), QString(255, 'M'));
   QTest::keyClick(alert, Qt::Key_Return);
   ASSERT_TRUE(isAnswered(answer));
 }
@@ -128,13 +131,13 @@ TEST(ProgressDialogTest, StaysUntilTheTaskHasEnded) {
   sheet.show();
   button(sheet, "Cancel")->click();
   EXPECT_EQ(cancels, 2);
-}
-
-TEST(BackupDialogWidgetTest, TellsWhatIsPressedAndSelectedAndKeepsANameThatIsNoText) {
   sheet.show();
   sheet.disableCancel();
   QTest::keyClick(&sheet, Qt::Key_Escape);
   EXPECT_EQ(cancels, 2);
+}
+
+TEST(BackupDialogWidgetTest, TellsWhatIsPressedAndSelectedAndKeepsANameThatIsNoText) {
   QWidget window;
   BackupDialog dialog(&window);
   QStringList did;

@@ -3,8 +3,11 @@
 #include <QApplication>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QTextDocument>
+#include <QTextEdit>
 #include <QTimer>
 #include <QVBoxLayout>
+#include <QtMath>
 #include <algorithm>
 #include <utility>
 
@@ -19,28 +22,28 @@ namespace {
 constexpr int kImageSize = 56;
 constexpr int kTextWidth = 360;
 
-// Long names would be cut off at the edge: beyond their beginning a line may end anywhere in them.
-QString breakable(const QString& text) {
-  constexpr int kLongest = 20;
-  QString broken;
-  int run = 0;
-  for (const QChar character : text) {
-    const bool mayBreakAfter = character.isSpace() || character == QLatin1Char('/');
-    run = mayBreakAfter ? 0 : run + 1;
-    if (run > kLongest && !character.isLowSurrogate() && !character.isMark()) broken += QChar(0x200b);
-    broken += character;
-  }
-  return broken;
-}
-
-QLabel* textLabel(const std::string& text, QWidget* parent) {
-  auto* label = new QLabel(breakable(displayText(text)), parent);
-  label->setTextFormat(Qt::PlainText);
-  label->setWordWrap(true);
-  label->setMinimumWidth(kTextWidth);
-  label->setMaximumWidth(kTextWidth);
-  label->setTextInteractionFlags(Qt::TextSelectableByMouse);
-  return label;
+// No label: a long name ends a line where it must, and is copied as it is.
+QTextEdit* wordsOf(const std::string& text, const QFont& font, QWidget* parent) {
+  auto* words = new QTextEdit(parent);
+  auto* document = new QTextDocument(displayText(text), words);
+  document->setDefaultFont(font);
+  document->setDocumentMargin(0);
+  QTextOption wrapping;
+  wrapping.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+  document->setDefaultTextOption(wrapping);
+  document->setTextWidth(kTextWidth);
+  words->setFixedSize(kTextWidth, qCeil(document->size().height()));
+  words->setFont(font);
+  words->setDocument(document);
+  words->setReadOnly(true);
+  words->setTextInteractionFlags(Qt::TextSelectableByMouse);
+  words->setFocusPolicy(Qt::ClickFocus);
+  words->setFrameShape(QFrame::NoFrame);
+  words->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+  words->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+  words->viewport()->setAutoFillBackground(false);
+  words->setAccessibleName(words->toPlainText());
+  return words;
 }
 
 QLabel* image(QWidget* parent) {
@@ -61,12 +64,10 @@ AlertDialog::AlertDialog(const Texts& texts, QWidget* parent)
 
   auto* words = new QVBoxLayout;
   words->setSpacing(6);
-  QLabel* message = textLabel(texts.message, this);
-  QFont bold = message->font();
+  QFont bold = font();
   bold.setBold(true);
-  message->setFont(bold);
-  words->addWidget(message);
-  if (!texts.information.empty()) words->addWidget(textLabel(texts.information, this));
+  words->addWidget(wordsOf(texts.message, bold, this));
+  if (!texts.information.empty()) words->addWidget(wordsOf(texts.information, font(), this));
   words->addStretch();
 
   auto* buttons = new QHBoxLayout;
