@@ -7,6 +7,7 @@
 #include <QTextEdit>
 #include <QTimer>
 #include <QVBoxLayout>
+#include <QWindow>
 #include <QtMath>
 #include <algorithm>
 #include <utility>
@@ -44,6 +45,15 @@ QTextEdit* wordsOf(const std::string& text, const QFont& font, QWidget* parent) 
   words->viewport()->setAutoFillBackground(false);
   words->setAccessibleName(words->toPlainText());
   return words;
+}
+
+// The window in front of those that cover the parent; null when none does. A window manager may give the keyboard only
+// to what lies over the window that has it.
+QWidget* sheetOver(const QWidget* parent) {
+  QWidget* const front = QApplication::activeModalWidget();
+  for (const QWidget* each = front; each; each = each->parentWidget())
+    if (each == parent) return front;
+  return nullptr;
 }
 
 QLabel* image(QWidget* parent) {
@@ -101,6 +111,10 @@ AlertDialog::~AlertDialog() {
 void AlertDialog::ask(std::function<void(int)> answered, std::chrono::milliseconds interval) {
   answered_ = std::move(answered);
   if (interval.count() > 0) QTimer::singleShot(interval, this, [this] { done(0); });
+  if (QWidget* covering = sheetOver(parentWidget())) {
+    create();
+    windowHandle()->setTransientParent(covering->windowHandle());
+  }
   open();
 }
 
