@@ -35,4 +35,14 @@ xdotool key Escape
 check "... so that a key answers it" soon logged "User chose to cancel."
 soon main_is_active
 
+xdotool key ctrl+comma
+soon windows "Vantory Preferences"
+soon not main_is_active
+sleep 0.5
+xdotool key alt+f ctrl+a
+xdotool type "$home/typed"
+xdotool windowactivate --sync "$main" key ctrl+q
+check "a folder that is being typed counts when the program quits" soon eval '[ "$(plist get "$settings" backupPath)" = "$home/typed" ]'
+soon eval 'xdotool key Escape; not kill -0 $window'  # the backups stay where they are
+check "... and it ends with 0" wait $window
 summary

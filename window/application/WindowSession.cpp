@@ -46,9 +46,11 @@ WindowSession::WindowSession(const std::string& home)
       backup_({window_.backupPane().outline(), window_.backupPane().backupCommand(), window_.backupPane().spinner(),
                app_, restore_}),
       edit_({dialog_, chooser_, backup_, restore_, &ProjectHandlers::checkVantoryDefaultForFileExtensions,
-             [] {
+             [this] {
                ProjectHandlers::setVantoryDefaultFileExtensions();
-               return ProjectHandlers::updateHandlingStatus();
+               const bool isHandler = ProjectHandlers::updateHandlingStatus();
+               settings_.refresh();
+               return isHandler;
              }}),
       delegate_({window_, app_, importChooser_, *window_.menus().preferences, [] { QCoreApplication::exit(); },
                  [this] { settings_.show(); },
@@ -164,9 +166,9 @@ bool WindowSession::onlyHandsOn(const std::vector<std::string>& files) {
 
 bool WindowSession::open(const std::vector<std::string>& files) {
   onlyHandsOn_ = onlyHandsOn(files);
+  opensWindow_ = needsWindow(files);
   if (!delegate_.awakeFromNib()) return false;
   if (opensWindow_) {
-  opensWindow_ = needsWindow(files);
     window_.onFirstPaint = [this] {
       delegate_.applicationDidFinishLaunching();
       app_.load();
@@ -174,9 +176,9 @@ bool WindowSession::open(const std::vector<std::string>& files) {
       enableHelp();
       painted_ = true;
       delegate_.openFiles(std::exchange(waitingFiles_, {}));
+      for (const auto& work : std::exchange(waitingWork_, {})) work();
     };
     openFiles(files);
-      for (const auto& work : std::exchange(waitingWork_, {})) work();
     window_.show();
   } else {
     QWDataController::sharedController().populateApps();
@@ -186,8 +188,6 @@ bool WindowSession::open(const std::vector<std::string>& files) {
   return true;
 }
 
-void WindowSession::receive(const OpenRequest& request) {
-  // Qt looks there when a window is to come to the front.
 void WindowSession::whenPainted(std::function<void()> work) {
   if (painted_ || !opensWindow_)
     work();
@@ -195,6 +195,8 @@ void WindowSession::whenPainted(std::function<void()> work) {
     waitingWork_.push_back(std::move(work));
 }
 
+void WindowSession::receive(const OpenRequest& request) {
+  // Qt looks there when a window is to come to the front.
   if (!request.activationToken.empty())
     qputenv("XDG_ACTIVATION_TOKEN", QByteArray::fromStdString(request.activationToken));
   if (needsWindow(request.files)) window_.bringToFront();
@@ -240,7 +242,12 @@ QWidget* WindowSession::windowOf(AlertParent parent) {
 // --- The end ---------------------------------------------------------------------------------------------------------
 
 bool WindowSession::mayClose() {
-  if (!BackgroundThreads::shared().isWorking()) return true;
+  if (BackgroundThreads::shared().isWorking() && !wantsToQuit()) return false;
+  settings_.close();
+  return true;
+}
+
+bool WindowSession::wantsToQuit() {
   return alerts_.ask({.messageText = "A task is still running.",
                       .defaultButton = "Quit When Done",
                       .alternateButton = "Cancel",

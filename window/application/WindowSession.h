@@ -55,6 +55,7 @@ class WindowSession {
   void showSelection();
   QWidget* windowOf(AlertParent parent);
   bool mayClose();
+  bool wantsToQuit();
   void finish();
   void openFiles(const std::vector<std::string>& files);
 
@@ -73,8 +74,8 @@ class WindowSession {
   QWBackupEditController edit_;
   Vantory_AppDelegate delegate_;
   SettingsSession settings_;
-  bool painted_ = false;
   bool opensWindow_ = true;
+  bool painted_ = false;
   bool onlyHandsOn_ = false;
   // For the window to be painted:
   std::vector<std::string> waitingFiles_;

@@ -51,6 +51,14 @@ void SettingsSession::show() {
   parts_->controller.awakeFromNib();
 }
 
+void SettingsSession::refresh() {
+  if (window()) parts_->controller.refresh();
+}
+
+void SettingsSession::close() {
+  if (SettingsWindow* open = window()) open->close();
+}
+
 SettingsWindow* SettingsSession::window() const {
   return parts_ && parts_->window.isVisible() ? &parts_->window : nullptr;
 }

@@ -17,6 +17,10 @@ class SettingsSession {
 
   // Opens the window, or brings the open one to the front.
   void show();
+  // What is being typed there counts, and may lead to questions.
+  void close();
+  // Shows the settings as they are now.
+  void refresh();
   // Null while it is not on the screen.
   SettingsWindow* window() const;
 
