@@ -1,8 +1,11 @@
 #include <QContextMenuEvent>
 #include <QLineEdit>
 #include <QMenu>
+#include <algorithm>
+#include <map>
 
 #include "tests/window/WindowTest.h"
+#include "window/appearance/SystemColours.h"
 #include "window/outline/OutlineTree.h"
 #include "window/outline/QWOutlineView.h"
 
@@ -152,6 +155,21 @@ TEST_F(OutlineTest, ReloadingAnItemBringsItsNewChildren) {
   const int told = rows_.listsTold;
   view_.reloadItem(std::make_shared<FakeRow>("stranger"), true);
   EXPECT_EQ(rows_.listsTold, told) << "rows that nobody opened were searched";
+}
+
+TEST_F(OutlineTest, SelectedRowsCanBeRead) {
+  SystemColours colours(nullptr);
+  for (const bool dark : {true, false}) {
+    colours.setDark(dark);
+    QApplication::processEvents();
+    tree().setCurrentIndex(cell(app_));
+    const QImage row = tree().viewport()->grab(tree().visualRect(cell(app_))).toImage();
+    std::map<QRgb, int> counts;
+    for (int i = 0; i < row.width() * row.height(); ++i) ++counts[row.pixel(i % row.width(), i / row.width())];
+    const QColor ground = std::ranges::max_element(counts, {}, [](const auto& each) { return each.second; })->first;
+    EXPECT_EQ(ground.rgb(), QApplication::palette().color(QPalette::Highlight).rgb());
+    EXPECT_GE(contrast(ground, QApplication::palette().color(QPalette::HighlightedText)), 4.5) << dark;
+  }
 }
 
 }  // namespace

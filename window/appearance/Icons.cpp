@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "window/appearance/DisplayText.h"
+#include "window/appearance/SystemColours.h"
 
 namespace vantory::icons {
 
@@ -54,7 +55,8 @@ class DrawingEngine : public QIconEngine {
 
   static QColor textColour(QIcon::Mode mode, QIcon::State state) {
     const QPalette palette = QGuiApplication::palette();
-    if (state == QIcon::On && mode != QIcon::Disabled) return palette.color(QPalette::Highlight);
+    if (state == QIcon::On && mode != QIcon::Disabled)
+      return withContrast(palette.color(QPalette::Highlight), palette.color(QPalette::Button), 4.5);
     if (mode == QIcon::Disabled) return palette.color(QPalette::Disabled, QPalette::WindowText);
     return palette.color(mode == QIcon::Selected ? QPalette::HighlightedText : QPalette::WindowText);
   }

@@ -9,10 +9,31 @@
 #include <QPainter>
 #include <QStyle>
 #include <QStyleOption>
+#include <algorithm>
+#include <cmath>
 
 namespace vantory {
 
 namespace {
+
+double luminance(const QColor& colour) {
+  const auto linear = [](double part) {
+    return part <= 0.04045 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
+  };
+  return 0.2126 * linear(colour.redF()) + 0.7152 * linear(colour.greenF()) + 0.0722 * linear(colour.blueF());
+}
+
+void drawFocusRing(const QStyleOption& option, QPainter& painter) {
+  const auto* focus = qstyleoption_cast<const QStyleOptionFocusRect*>(&option);
+  const bool tellsGround = focus && focus->backgroundColor.isValid();
+  const QColor ground = tellsGround ? focus->backgroundColor : option.palette.color(QPalette::Button);
+  painter.save();
+  painter.setRenderHint(QPainter::Antialiasing);
+  painter.setPen(QPen(contrast(ground, Qt::white) > contrast(ground, Qt::black) ? Qt::white : Qt::black, 1.5));
+  painter.setBrush(Qt::NoBrush);
+  painter.drawRoundedRect(QRectF(option.rect).adjusted(1, 1, -1, -1), 2.5, 2.5);
+  painter.restore();
+}
 
 // A box with a tick, a bar for "some", or nothing.
 void drawCheckBox(const QStyleOption& option, QPainter& painter) {
@@ -76,7 +97,7 @@ QPalette darkPalette() {
   palette.setColor(QPalette::PlaceholderText, faint);
   for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::HighlightedText})
     palette.setColor(QPalette::Disabled, role, faint);
-  return palette;
+  return withReadableSelection(palette);
 }
 
 // The service answers with a value inside a value.
@@ -87,18 +108,61 @@ uint unwrapped(QVariant value) {
 
 }  // namespace
 
-DarkStyle::DarkStyle() : QProxyStyle(QStringLiteral("Fusion")) {}
+double contrast(const QColor& one, const QColor& other) {
+  const auto [darker, lighter] = std::minmax({luminance(one), luminance(other)});
+  return (lighter + 0.05) / (darker + 0.05);
+}
+
+QColor withContrast(QColor colour, const QColor& other, double ratio) {
+  constexpr int kSteps = 80;
+  const bool mustBeLighter = luminance(colour) > luminance(other);
+  for (int step = 0; step < kSteps && contrast(colour, other) < ratio; ++step)
+    colour = mustBeLighter ? colour.lighter(102) : colour.darker(102);
+  return colour;
+}
+
+QPalette withReadableSelection(QPalette palette) {
+  for (const auto group : {QPalette::Active, QPalette::Inactive})
+    palette.setColor(
+        group, QPalette::Highlight,
+        withContrast(palette.color(group, QPalette::Highlight), palette.color(group, QPalette::HighlightedText), 4.6));
+  return palette;
+}
+
+void ReadableStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
+                                  const QWidget* widget) const {
+  if (element != PE_FrameFocusRect)
+    QProxyStyle::drawPrimitive(element, option, painter, widget);
+  else if (option->state & State_KeyboardFocusChange)
+    drawFocusRing(*option, *painter);
+}
+
+void ReadableStyle::drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
+                                const QWidget* widget) const {
+  QProxyStyle::drawControl(element, option, painter, widget);
+  constexpr State kByKeyboard = State_HasFocus | State_KeyboardFocusChange;
+  if (element != CE_PushButton || (option->state & kByKeyboard) != kByKeyboard) return;
+  QStyleOption inside = *option;
+  inside.rect.adjust(2, 2, -2, -2);
+  drawFocusRing(inside, *painter);
+}
+
+DarkStyle::DarkStyle() : ReadableStyle(QStringLiteral("Fusion")) {}
 
 void DarkStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
                               const QWidget* widget) const {
   if (element == PE_IndicatorCheckBox || element == PE_IndicatorItemViewItemCheck)
     drawCheckBox(*option, *painter);
   else
-    QProxyStyle::drawPrimitive(element, option, painter, widget);
+    ReadableStyle::drawPrimitive(element, option, painter, widget);
 }
 
 SystemColours::SystemColours(QObject* parent)
-    : QObject(parent), light_(QApplication::palette()), lightStyle_(QApplication::style()->name()) {
+    : QObject(parent),
+      light_(withReadableSelection(QApplication::palette())),
+      lightStyle_(QApplication::style()->name()) {
+  QApplication::setStyle(new ReadableStyle(lightStyle_));
+  QApplication::setPalette(light_);
   if (isDark(light_) || !hasSessionBus()) return;
   QDBusConnection::sessionBus().connect(kService, kObject, kInterface, QStringLiteral("SettingChanged"), this,
                                         SLOT(settingChanged(QString, QString, QDBusVariant)));
@@ -126,7 +190,7 @@ void SystemColours::setDark(bool dark) {
   if (dark)
     QApplication::setStyle(new DarkStyle);
   else
-    QApplication::setStyle(lightStyle_);
+    QApplication::setStyle(new ReadableStyle(lightStyle_));
   QApplication::setPalette(dark ? darkPalette() : light_);
 }
 

@@ -8,8 +8,27 @@
 
 namespace vantory {
 
+// From 1, none, to 21, black on white, as the guidelines for accessible web pages define it.
+double contrast(const QColor& one, const QColor& other);
+// The colour, darker or lighter by as much as that contrast takes.
+QColor withContrast(QColor colour, const QColor& other, double ratio);
+// The palette with a ground for selected rows on which their text can be read.
+QPalette withReadableSelection(QPalette palette);
+
+// Another style, with a ring around what has the keyboard that can be seen on every ground, a default or pressed button
+// included, and that leaves the ground of a row as it is.
+class ReadableStyle : public QProxyStyle {
+ public:
+  using QProxyStyle::QProxyStyle;
+
+  void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
+                     const QWidget* widget) const override;
+  void drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
+                   const QWidget* widget) const override;
+};
+
 // Fusion with check boxes that can be seen on dark grounds.
-class DarkStyle : public QProxyStyle {
+class DarkStyle : public ReadableStyle {
  public:
   DarkStyle();
 
