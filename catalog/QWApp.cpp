@@ -96,6 +96,12 @@ void QWApp::lockFiles(int state, TaskReport& report) {
   updateLockStatus();
 }
 
+LockCount QWApp::locksOfExistingFiles() const {
+  LockCount count;
+  for (const auto& item : children_) count.add(item->locksOfExistingFiles());
+  return count;
+}
+
 std::uint64_t QWApp::size() const {
   std::uint64_t total = 0;
   for (const auto& item : children_) total += item->size().value_or(0);

@@ -61,6 +61,8 @@ class QWApp : public CatalogParent, public std::enable_shared_from_this<QWApp> {
   void updateLockStatus() { updateLockStatus(true); }
   // Locks (On) or unlocks the files of every lockable item.
   void lockFiles(int state, TaskReport& report);
+  // Of the files of all items that are there. Looks at the disk.
+  LockCount locksOfExistingFiles() const;
 
   // Total size and newest change of the items, as far as they are known.
   std::uint64_t size() const;

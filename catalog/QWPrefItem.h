@@ -78,6 +78,9 @@ class QWPrefItem : public CatalogParent, public std::enable_shared_from_this<QWP
   // Takes the parent's state, mixed as on, and gives it to all its users.
   void inheritSelectionFromParent();
 
+  // Of the files that are there, those of users too; none of an item that cannot be locked. Looks at the disk.
+  LockCount locksOfExistingFiles() const;
+
   // What the three below do to each file, and why not, stands in the report.
 
   // Moves the item's files, and those of its ticked users, to the Trash; answers how many.

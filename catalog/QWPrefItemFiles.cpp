@@ -93,18 +93,10 @@ void tellUnlocking(const std::string& path) {
   QWLog::appendLog("Unlocking file %@", path);
 }
 
-// How many files, or users, are locked and how many are not.
-struct LockCount {
-  std::size_t locked = 0;
-  std::size_t unlocked = 0;
-
-  void add(bool isLocked) { ++(isLocked ? locked : unlocked); }
-
-  int state() const {
-    if (locked == 0 && unlocked > 0) return Off;
-    return locked > 0 && unlocked == 0 ? On : Mixed;
-  }
-};
+int stateOf(const LockCount& count) {
+  if (count.locked == 0 && count.unlocked > 0) return Off;
+  return count.locked > 0 && count.unlocked == 0 ? On : Mixed;
+}
 
 LockCount countLocks(const std::vector<std::string>& patterns) {
   LockCount count;
@@ -162,13 +154,23 @@ void QWPrefItem::updateLockStatus(bool refreshUsers) {
   locked_.becomeDue([this] { return lockStateOfFiles(); });
 }
 
+LockCount QWPrefItem::locksOfExistingFiles() const {
+  LockCount count;
+  if (!lockable()) return count;
+  for (const std::string& pattern : files())
+    for (const std::string& path : QWFileManager::filesMatchingWildcardPath(pattern))
+      if (!QWFileManager::isMissingAtPath(path)) count.add(QWFileManager::isFileLocked(path));
+  for (const auto& user : users_) count.add(user->locksOfExistingFiles());
+  return count;
+}
+
 int QWPrefItem::lockStateOfFiles() const {
   if (!lockable()) return Off;
   LockCount count = countLocks(files());
   // Users count only where the item has no files of its own.
   if (files().empty())
     for (const auto& user : users_) count.add(user->locked() != Off);
-  return count.state();
+  return stateOf(count);
 }
 
 void QWPrefItem::populateFileDatesAndSizes(const BackupPlace& backup) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstddef>
 
 #include "services/QWCmdUtils.h"
 
@@ -9,6 +10,18 @@ namespace vantory {
 
 // On (every child on, or locked), off, or mixed. A state never computed reads as Off.
 enum State : int { Off = 0, On = 1, Mixed = -1 };
+
+// How many files, or users, are locked and how many are not.
+struct LockCount {
+  std::size_t locked = 0;
+  std::size_t unlocked = 0;
+
+  void add(bool isLocked) { ++(isLocked ? locked : unlocked); }
+  void add(const LockCount& others) {
+    locked += others.locked;
+    unlocked += others.unlocked;
+  }
+};
 
 // Finding out means looking at every file. A window shows the states, and its main thread must not wait for the disk,
 // so there they are worked out by whoever says that they are due; a task without a window works out what is asked for,

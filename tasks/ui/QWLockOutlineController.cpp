@@ -45,6 +45,14 @@ void lock(const OutlineItemPointer& item, int state, TaskReport& report) {
   }
 }
 
+// Files that usually are there and are not make a row mixed however often it is locked.
+bool isAllLocked(const OutlineItemPointer& item) {
+  const auto app = rowAs<QWApp>(item);
+  const auto prefItem = rowAs<QWPrefItem>(item);
+  const LockCount count = app ? app->locksOfExistingFiles() : prefItem ? prefItem->locksOfExistingFiles() : LockCount();
+  return count.locked > 0 && count.unlocked == 0;
+}
+
 void tellFailure(int state, const TaskReport& report) {
   reportFailure(state == On ? "Not everything could be locked" : "Not everything could be unlocked", report.causes());
 }
@@ -84,12 +92,14 @@ ObjectValue QWLockOutlineController::objectValueForTableColumn(const std::string
 void QWLockOutlineController::setObjectValue(const ObjectValue& value, const std::string& forTableColumn,
                                              const OutlineItemPointer& byItem) {
   if (forTableColumn == "name" || !isLockable(byItem)) return;
-  const int state = clickedState(value);
+  const int clicked = clickedState(value);
+  const bool wasMixed = lockStateOf(byItem) == Mixed;
   const OutlineItemPointer shown = rowAround<QWApp>(byItem);
   // What was asked for shows at once, what came of it when it is done.
-  setLockStateOf(byItem, state);
+  setLockStateOf(byItem, clicked);
   outline_.reloadItem(shown, true);
-  runOnThread([this, byItem, state, shown] {
+  runOnThread([this, byItem, clicked, wasMixed, shown] {
+    const int state = clicked == On && wasMixed && isAllLocked(byItem) ? Off : clicked;
     QWAuthorization::sharedController().beginTask();
     TaskReport report;
     lock(byItem, state, report);

@@ -105,5 +105,27 @@ TEST_F(TickingTest, TheLockPaneShowsWhatIsLockedNotWhatWasClicked) {
   EXPECT_EQ(shown(editor_), Mixed) << "it looks again when it is shown";
 }
 
+TEST_F(TickingTest, AMixedRowOfWhichNothingIsLeftToLockIsUnlocked) {
+  QWLockOutlineController pane{outline_, spinner_};
+  writeFile(prefs("editor.one"), "");
+  const auto item = editor_->addItemWithName("Caches", "editorCaches", true, {prefs("editor.one"), prefs("missing")});
+  const auto stateAfterClick = [&](const RecordRow::Record& record) {
+    const OutlineItemPointer row = rowOf(pane, record);
+    pane.setObjectValue(On, "lock", row);
+    finishWork();
+    return std::get<int>(pane.objectValueForTableColumn("lock", row));
+  };
+  EXPECT_EQ(stateAfterClick(item), Mixed);
+  EXPECT_THAT(metadata_.locked, ElementsAre(prefs("editor.one")));
+  EXPECT_EQ(stateAfterClick(item), Off);
+  EXPECT_THAT(metadata_.locked, IsEmpty());
+
+  EXPECT_EQ(stateAfterClick(item), Mixed);
+  EXPECT_EQ(stateAfterClick(editor_), Mixed) << "the other items were not locked yet";
+  EXPECT_EQ(metadata_.locked.size(), 3U);
+  EXPECT_EQ(stateAfterClick(editor_), Off);
+  EXPECT_THAT(metadata_.locked, IsEmpty());
+}
+
 }  // namespace
 }  // namespace vantory::test
