@@ -70,8 +70,4 @@ void QWDataController::saveAppSelections() const {
   vantory::saveAppSelections(appArray());
 }
 
-void QWDataController::tellRestorePane() const {
-  if (reloadRestorePane) reloadRestorePane();
-}
-
 }  // namespace vantory

@@ -1,7 +1,6 @@
 // The catalog and the library of backups, joined.
 #pragma once
 
-#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -16,7 +15,8 @@
 
 namespace vantory {
 
-// One for the process. Its lists are replaced whole, on the main thread; callers keep two listings from overlapping.
+// One for the process. Its lists are replaced whole, on the main thread, and "QWVantoryBackupsRefresh" is posted there
+// when the backups were; callers keep two listings from overlapping.
 class QWDataController {
  public:
   using Library = std::vector<std::shared_ptr<BackupNode>>;
@@ -34,8 +34,6 @@ class QWDataController {
   // Why the library's folder or that of the automatic backups could not be listed when last they were; none when they
   // could, or are not there.
   std::optional<Error> libraryError() const;
-  // Told after a list has changed, on the thread that changed it; may be empty.
-  std::function<void()> reloadRestorePane;
 
   // Builds the catalog, applies the saved ticks and tells its observers ("QWVantoryAppRefresh").
   void populateApps();
@@ -70,7 +68,6 @@ class QWDataController {
   std::shared_ptr<QWBackup> defaultBackup() const;
 
  private:
-  void tellRestorePane() const;
   void noteListing(std::optional<Error>& place, std::optional<Error> error);
 
   mutable std::mutex mutex_;

@@ -13,6 +13,7 @@
 #include "services/TaskReport.h"
 #include "services/files/QWFileManager.h"
 #include "services/log/QWLog.h"
+#include "services/messages/NotificationCenter.h"
 #include "services/settings/QWUserDefaults.h"
 #include "services/settings/SettingsKeys.h"
 #include "services/threads/BackgroundThreads.h"
@@ -97,6 +98,10 @@ Listing listAutoBackups(const BackupReader& reader) {
   return listing;
 }
 
+void tellObservers() {
+  NotificationCenter::shared().postOnMainThread("QWVantoryBackupsRefresh");
+}
+
 // A window shows sizes at once, and must not wait for them.
 void measureForWindow(const BackupList& backups) {
   if (!QWCmdUtils::sharedController().hasGUI()) return;
@@ -158,7 +163,7 @@ void QWDataController::populateBackups() {
   Library library = {QWAutosaveHeader::autosaveHeaderWithChildren(autoBackupArray())};
   library.insert(library.end(), manual.backups.begin(), manual.backups.end());
   MainThread::shared().runAndWait([&] { setBackupArray(std::move(library)); });
-  tellRestorePane();
+  tellObservers();
   QWLog::appendLog("Backup population complete");
 }
 
@@ -168,7 +173,7 @@ void QWDataController::populateAutoBackups(bool reload) {
   noteListing(autosaveError_, std::move(listing.error));
   measureForWindow(listing.backups);
   MainThread::shared().runAndWait([&] { setAutoBackupArray(std::move(listing.backups)); });
-  if (reload) tellRestorePane();
+  if (reload) tellObservers();
   QWLog::appendLog("Auto backup population complete");
 }
 

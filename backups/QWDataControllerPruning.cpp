@@ -72,7 +72,7 @@ TaskReport QWDataController::manageAutoBackups() {
     }
   }
   MainThread::shared().runAndWait([&] { setAutoBackupArray(std::move(backups)); });
-  tellRestorePane();
+  tellObservers();
   return report;
 }
 

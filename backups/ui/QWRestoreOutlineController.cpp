@@ -44,13 +44,8 @@ const char* titleOfDefaultCommand(bool isDefault) {
 
 QWRestoreOutlineController::QWRestoreOutlineController(const Parts& parts)
     : parts_(parts),
-      tabSwitch_(NotificationCenter::shared().observe("QWVantoryRestoreTabSwitch", [this] { reload(); })) {
-  library().reloadRestorePane = [this] { reload(); };
-}
-
-QWRestoreOutlineController::~QWRestoreOutlineController() {
-  library().reloadRestorePane = nullptr;
-}
+      backupsRefresh_(NotificationCenter::shared().observe("QWVantoryBackupsRefresh", [this] { reload(); })),
+      tabSwitch_(NotificationCenter::shared().observe("QWVantoryRestoreTabSwitch", [this] { reload(); })) {}
 
 void QWRestoreOutlineController::reload() {
   MainThread::shared().runAndWait([this] {

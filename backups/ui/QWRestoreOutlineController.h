@@ -32,7 +32,6 @@ class QWRestoreOutlineController : public RowsDelegate, public OutlineActions {
     PaneSwitcher& panes;
   };
   explicit QWRestoreOutlineController(const Parts& parts);
-  ~QWRestoreOutlineController() override;
 
   // The dialog that edits a backup; set before the pane is shown.
   void setEditController(QWBackupEditController& dialog) { dialog_ = &dialog; }
@@ -92,6 +91,7 @@ class QWRestoreOutlineController : public RowsDelegate, public OutlineActions {
   SerialWork measuring_;
   std::set<std::shared_ptr<QWApp>> beingMeasured_;
   QWBackupEditController* dialog_ = nullptr;
+  NotificationCenter::Observation backupsRefresh_;
   NotificationCenter::Observation tabSwitch_;
 };
 
