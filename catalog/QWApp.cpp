@@ -76,7 +76,7 @@ void QWApp::updateSelectionStatusForPrefs() {
 void QWApp::updateLockStatus(bool refreshChildren) {
   if (refreshChildren)
     for (const auto& item : children_) item->updateLockStatus();
-  locked_.becomeDue([this] { return lockStateOfItems(); });
+  locked_.becomeDue();
 }
 
 int QWApp::lockStateOfItems() const {

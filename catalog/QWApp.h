@@ -41,9 +41,12 @@ class QWApp : public CatalogParent, public std::enable_shared_from_this<QWApp> {
 
   int selected() const override { return selected_; }
   void setSelected(int state) { selected_ = state; }
+  // Looks at the files where the state is due.
   int locked() const {
     return locked_.value([this] { return lockStateOfItems(); });
   }
+  // Without a look at the disk: the state when it was last set or asked for.
+  int lockedWhenLastKnown() const { return locked_.lastKnown(); }
   void setLocked(int state) { locked_ = state; }
 
   const Items& children() const { return children_; }
@@ -57,6 +60,7 @@ class QWApp : public CatalogParent, public std::enable_shared_from_this<QWApp> {
   void updateSelectionStatus();
   // Looks at the items that hold preferences proper only; a mixed one makes the application mixed.
   void updateSelectionStatusForPrefs();
+  // The state is due from now on, with refreshChildren that of all items too.
   void updateLockStatus(bool refreshChildren) override;
   void updateLockStatus() { updateLockStatus(true); }
   // Locks (On) or unlocks the files of every lockable item.

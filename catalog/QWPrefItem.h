@@ -47,9 +47,12 @@ class QWPrefItem : public CatalogParent, public std::enable_shared_from_this<QWP
 
   int selected() const override { return selected_; }
   void setSelected(int state) { selected_ = state; }
+  // Looks at the files where the state is due.
   int locked() const {
     return locked_.value([this] { return lockStateOfFiles(); });
   }
+  // Without a look at the disk: the state when it was last set or asked for.
+  int lockedWhenLastKnown() const { return locked_.lastKnown(); }
   void setLocked(int state) { locked_ = state; }
 
   // The record that holds this item; null when it has gone or there is none.
@@ -81,13 +84,14 @@ class QWPrefItem : public CatalogParent, public std::enable_shared_from_this<QWP
   // Of the files that are there, those of users too; none of an item that cannot be locked. Looks at the disk.
   LockCount locksOfExistingFiles() const;
 
-  // What the three below do to each file, and why not, stands in the report.
+  // What is done to each file below, and why not, stands in the report.
 
   // Moves the item's files, and those of its ticked users, to the Trash; answers how many.
   int trash(TaskReport& report);
-  // Locks (On) or unlocks the files of the item and its users, and brings all states up to date, the parent's too where
-  // asked. Nothing happens to an item that is not lockable.
+  // Locks (On) or unlocks the files of the item and its users, whose states are due then, the parent's too where asked.
+  // Nothing happens to an item that is not lockable.
   void lockFiles(int state, TaskReport& report, bool refreshParent = true);
+  // The state is due from now on, with refreshUsers that of all users too.
   void updateLockStatus(bool refreshUsers) override;
   void updateLockStatus() { updateLockStatus(true); }
   // Puts the backup's files of the item, and of its ticked users, in place; what was there goes to the Trash. A failure

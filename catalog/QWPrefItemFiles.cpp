@@ -151,7 +151,7 @@ void QWPrefItem::lockFiles(int state, TaskReport& report, bool refreshParent) {
 void QWPrefItem::updateLockStatus(bool refreshUsers) {
   if (refreshUsers)
     for (const auto& user : users_) user->updateLockStatus();
-  locked_.becomeDue([this] { return lockStateOfFiles(); });
+  locked_.becomeDue();
 }
 
 LockCount QWPrefItem::locksOfExistingFiles() const {

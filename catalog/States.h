@@ -4,8 +4,6 @@
 #include <atomic>
 #include <cstddef>
 
-#include "services/QWCmdUtils.h"
-
 namespace vantory {
 
 // On (every child on, or locked), off, or mixed. A state never computed reads as Off.
@@ -23,41 +21,39 @@ struct LockCount {
   }
 };
 
-// Finding out means looking at every file. A window shows the states, and its main thread must not wait for the disk,
-// so there they are worked out by whoever says that they are due; a task without a window works out what is asked for,
-// which mostly is nothing. May be read and set from any thread.
+// Finding out means looking at every file, so a state that is due is worked out when somebody asks for it. May be read
+// and set from any thread.
 class LockState {
  public:
   LockState() = default;
-  LockState(const LockState& other) : value_(other.value_.load()) {}
+  LockState(const LockState& other) : value_(other.value_.load()), due_(other.due_.load()) {}
   LockState& operator=(const LockState& other) {
     value_ = other.value_.load();
+    due_ = other.due_.load();
     return *this;
   }
   LockState& operator=(int state) {
     value_ = state;
+    due_ = false;
     return *this;
   }
 
   // The state, by `workOut` when it is due.
   template <class WorkOut>
   int value(WorkOut workOut) const {
-    int state = value_;
-    if (state != kDue) return state;
-    state = workOut();
-    value_ = state;
-    return state;
+    if (due_) {
+      value_ = workOut();
+      due_ = false;
+    }
+    return value_;
   }
-  // From now on the state is what `workOut` tells.
-  template <class WorkOut>
-  void becomeDue(WorkOut workOut) {
-    value_ = QWCmdUtils::sharedController().hasGUI() ? workOut() : kDue;
-  }
+  // The state that was last set or worked out, without looking at any file.
+  int lastKnown() const { return value_; }
+  void becomeDue() { due_ = true; }
 
  private:
-  static constexpr int kDue = 2;
-
   mutable std::atomic<int> value_ = Off;
+  mutable std::atomic<bool> due_ = false;
 };
 
 }  // namespace vantory

@@ -23,10 +23,20 @@ bool isLockable(const OutlineItemPointer& item) {
   return !prefItem || prefItem->lockable();
 }
 
+// What the window shows: its thread must not look at the files.
 int lockStateOf(const OutlineItemPointer& item) {
-  if (const auto app = rowAs<QWApp>(item)) return app->locked();
+  if (const auto app = rowAs<QWApp>(item)) return app->lockedWhenLastKnown();
   const auto prefItem = rowAs<QWPrefItem>(item);
-  return prefItem && prefItem->lockable() ? prefItem->locked() : Off;
+  return prefItem && prefItem->lockable() ? prefItem->lockedWhenLastKnown() : Off;
+}
+
+// Looks at the files of all states that are due.
+void workOutLockStates(const QWApp& app) {
+  (void)app.locked();
+  for (const auto& item : app.children()) {
+    (void)item->locked();
+    for (const auto& user : item->users()) (void)user->locked();
+  }
 }
 
 void setLockStateOf(const OutlineItemPointer& item, int state) {
@@ -62,6 +72,7 @@ void tellFailure(int state, const TaskReport& report) {
 QWLockOutlineController::QWLockOutlineController(OutlineView& outline, BusyIndicator& spinner)
     : outline_(outline),
       spinner_(spinner),
+      appRefresh_(NotificationCenter::shared().observe("QWVantoryAppRefresh", [this] { reload(); })),
       tabSwitch_(NotificationCenter::shared().observe("QWVantoryLockTabSwitch", [this] { reload(); })) {}
 
 void QWLockOutlineController::runOnThread(std::function<void()> work) {
@@ -75,7 +86,10 @@ void QWLockOutlineController::runOnThread(std::function<void()> work) {
 
 void QWLockOutlineController::reload() {
   if (MainThread::shared().isCurrent()) return runOnThread([this] { reload(); });
-  for (const auto& app : apps()) app->updateLockStatus();
+  for (const auto& app : apps()) {
+    app->updateLockStatus();
+    workOutLockStates(*app);
+  }
   MainThread::shared().runAndWait([this] { outline_.reloadData(); });
 }
 
@@ -103,6 +117,7 @@ void QWLockOutlineController::setObjectValue(const ObjectValue& value, const std
     QWAuthorization::sharedController().beginTask();
     TaskReport report;
     lock(byItem, state, report);
+    if (const auto app = applicationOfRow(byItem)) workOutLockStates(*app);
     MainThread::shared().runAndWait([&] { outline_.reloadItem(shown, true); });
     if (!report.isWhole()) tellFailure(state, report);
   });

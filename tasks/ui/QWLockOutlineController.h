@@ -37,6 +37,7 @@ class QWLockOutlineController : public RowsDelegate, public OutlineActions {
   OutlineView& outline_;
   BusyIndicator& spinner_;
   SerialWork work_;
+  NotificationCenter::Observation appRefresh_;
   NotificationCenter::Observation tabSwitch_;
 };
 
