@@ -24,6 +24,10 @@ std::uint64_t QWAutosaveHeader::size() const {
   return total;
 }
 
+bool QWAutosaveHeader::isMeasured() const {
+  return std::ranges::all_of(children_, [](const auto& backup) { return backup->isMeasured(); });
+}
+
 int QWAutosaveHeader::nameCompare(const BackupNode& other) const {
   return compareNames(name(), other.name());
 }

@@ -16,6 +16,7 @@ class QWAutosaveHeader : public BackupNode {
   static std::shared_ptr<QWAutosaveHeader> autosaveHeaderWithChildren(BackupList children);
 
   const BackupList& children() const { return children_; }
+  // Before other threads know it.
   void setChildren(BackupList children) { children_ = std::move(children); }
 
   std::string name() const override { return kAutosavesFolder; }
@@ -23,6 +24,7 @@ class QWAutosaveHeader : public BackupNode {
   std::optional<Timestamp> date() const override;
   // Of all backups together.
   std::uint64_t size() const override;
+  bool isMeasured() const override;
   int nameCompare(const BackupNode& other) const override;
   // The header stands apart from the sorted backups: always before them.
   int dateCompare(const BackupNode&) const override { return -1; }

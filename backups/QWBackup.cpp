@@ -53,10 +53,16 @@ std::shared_ptr<QWBackup> QWBackup::backupWithName(const std::string& name, cons
   return backup;
 }
 
+void QWBackup::setPath(std::string path) {
+  const std::lock_guard lock(sizeMutex_);
+  path_ = std::move(path);
+}
+
 std::uint64_t QWBackup::size() const {
   const std::lock_guard lock(sizeMutex_);
-  if (!size_) size_ = QWFileManager::fileSize(path_);
-  return *size_;
+  if (!isMeasured_) size_ = QWFileManager::fileSize(path_);
+  isMeasured_ = true;
+  return size_;
 }
 
 void QWBackup::addApp(const std::shared_ptr<QWApp>& app) {

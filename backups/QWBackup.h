@@ -1,6 +1,7 @@
 // One backup: a plain folder with copies of files at their absolute paths and a settings file that says what it holds.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <mutex>
@@ -20,6 +21,8 @@ class BackupNode {
   virtual std::string name() const = 0;
   virtual std::optional<Timestamp> date() const = 0;
   virtual std::uint64_t size() const = 0;  // bytes; measured when first asked for
+  // Whether asking for the size takes no time.
+  virtual bool isMeasured() const = 0;
   // Below, at or above zero, as sorting by that column puts this entry before, beside or behind the other.
   virtual int nameCompare(const BackupNode& other) const = 0;
   virtual int dateCompare(const BackupNode& other) const = 0;
@@ -54,9 +57,10 @@ class QWBackup : public BackupNode {
   std::string name() const override { return name_; }
   void setName(std::string name) { name_ = std::move(name); }
   const std::string& path() const { return path_; }
-  void setPath(std::string path) { path_ = std::move(path); }
+  void setPath(std::string path);
   std::optional<Timestamp> date() const override { return date_; }
   std::uint64_t size() const override;
+  bool isMeasured() const override { return isMeasured_; }
 
   const AppList& children() const { return children_; }
   void setChildren(AppList children) { children_ = std::move(children); }
@@ -104,8 +108,9 @@ class QWBackup : public BackupNode {
   bool isAutosave_ = false;
   bool isDefault_ = false;
   std::optional<FileIdentity> createdFolder_;
-  mutable std::mutex sizeMutex_;
-  mutable std::optional<std::uint64_t> size_;
+  mutable std::mutex sizeMutex_;  // held while it is measured, by its path
+  mutable std::uint64_t size_ = 0;
+  mutable std::atomic<bool> isMeasured_ = false;
 };
 
 }  // namespace vantory

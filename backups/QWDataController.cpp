@@ -36,6 +36,16 @@ BackupList QWDataController::autoBackupArray() const {
   return autoBackups_;
 }
 
+BackupList QWDataController::allBackups() const {
+  BackupList all;
+  for (const auto& node : backupArray()) {
+    if (const auto backup = std::dynamic_pointer_cast<QWBackup>(node)) all.push_back(backup);
+    if (const auto group = std::dynamic_pointer_cast<QWAutosaveHeader>(node))
+      all.insert(all.end(), group->children().begin(), group->children().end());
+  }
+  return all;
+}
+
 void QWDataController::setAutoBackupArray(BackupList backups) {
   const std::lock_guard lock(mutex_);
   autoBackups_.swap(backups);

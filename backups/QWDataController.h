@@ -29,6 +29,8 @@ class QWDataController {
   Library backupArray() const;
   void setBackupArray(Library backups);
   BackupList autoBackupArray() const;
+  // All of the library, those of the group included.
+  BackupList allBackups() const;
   // The group of automatic backups, where there is one, shows them from now on.
   void setAutoBackupArray(BackupList backups);
   // Why the library's folder or that of the automatic backups could not be listed when last they were; none when they
@@ -54,8 +56,11 @@ class QWDataController {
   // The name, or with "-2", "-3" ...: the first that no backup in the library's folder bears.
   static std::string uniqueBackupName(const std::string& name);
   // Lists the library anew. On the way a ".vnt2" backup is renamed to ".vnt" where that name is free, and an automatic
-  // backup in the library's own folder is moved to the others. With a window the sizes of all backups are measured.
+  // backup in the library's own folder is moved to the others.
   void populateBackups();
+  // Measures all listed backups, which takes its time: for whoever is going to show their sizes.
+  void measureBackups() const;
+  bool areBackupsMeasured() const;
   void populateAutoBackups(bool reload = true);
   // Deletes the oldest automatic backups beyond the number the user wants kept, for good.
   TaskReport manageAutoBackups();

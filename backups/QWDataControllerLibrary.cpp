@@ -7,7 +7,6 @@
 #include "base/Paths.h"
 #include "base/Text.h"
 #include "platform/FileSystem.h"
-#include "services/QWCmdUtils.h"
 #include "services/QWLocalPaths.h"
 #include "services/Runtime.h"
 #include "services/TaskReport.h"
@@ -102,12 +101,6 @@ void tellObservers() {
   NotificationCenter::shared().postOnMainThread("QWVantoryBackupsRefresh");
 }
 
-// A window shows sizes at once, and must not wait for them.
-void measureForWindow(const BackupList& backups) {
-  if (!QWCmdUtils::sharedController().hasGUI()) return;
-  forEachInParallel(backups.size(), [&](std::size_t index) { (void)backups[index]->size(); });
-}
-
 }  // namespace
 
 std::optional<std::string> QWDataController::vantoryBackupLocation() {
@@ -157,7 +150,6 @@ void QWDataController::populateBackups() {
     QWLog::appendLog("The setting backupPath is no whole path: %@. The backups are in %@", *path, location);
   Listing manual = location ? listManualBackups(*location, BackupReader()) : Listing();
   noteListing(libraryError_, std::move(manual.error));
-  measureForWindow(manual.backups);
   populateAutoBackups(false);
 
   Library library = {QWAutosaveHeader::autosaveHeaderWithChildren(autoBackupArray())};
@@ -167,11 +159,19 @@ void QWDataController::populateBackups() {
   QWLog::appendLog("Backup population complete");
 }
 
+void QWDataController::measureBackups() const {
+  const BackupList backups = allBackups();
+  forEachInParallel(backups.size(), [&](std::size_t index) { (void)backups[index]->size(); });
+}
+
+bool QWDataController::areBackupsMeasured() const {
+  return std::ranges::all_of(allBackups(), [](const auto& backup) { return backup->isMeasured(); });
+}
+
 void QWDataController::populateAutoBackups(bool reload) {
   QWLog::appendLog("Populating auto backups...");
   Listing listing = listAutoBackups(BackupReader());
   noteListing(autosaveError_, std::move(listing.error));
-  measureForWindow(listing.backups);
   MainThread::shared().runAndWait([&] { setAutoBackupArray(std::move(listing.backups)); });
   if (reload) tellObservers();
   QWLog::appendLog("Auto backup population complete");

@@ -59,7 +59,6 @@ TaskReport QWDataController::manageAutoBackups() {
   BackupList backups = autoBackupArray();
   std::ranges::stable_sort(backups, [](const auto& left, const auto& right) { return left->dateCompare(*right) < 0; });
   const BackupList doomed = surplus(backups, static_cast<std::size_t>(maximum));
-  if (doomed.empty()) return report;
   for (const auto& backup : doomed) {
     QWLog::appendLog("Removing auto backup %@...", backup->path());
     const Status removed = removeUnlessHeld(backup->path());

@@ -37,6 +37,7 @@ bool readSizes(const char* program) {
   auto& data = vantory::QWDataController::sharedController();
   data.populateApps();
   data.populateBackups();
+  data.measureBackups();
   const auto library = data.backupArray();
   std::uint64_t bytes = 0;
   for (const auto& backup : library) bytes += backup->size();

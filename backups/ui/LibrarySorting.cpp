@@ -43,8 +43,7 @@ QWDataController::Library sortedLibrary(QWDataController::Library library, const
   if (!header) return library;
   BackupList children = header->children();
   sort(children, order);
-  header->setChildren(std::move(children));
-  library.insert(library.begin(), header);
+  library.insert(library.begin(), QWAutosaveHeader::autosaveHeaderWithChildren(std::move(children)));
   return library;
 }
 

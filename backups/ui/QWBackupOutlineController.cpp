@@ -77,6 +77,7 @@ void QWBackupOutlineController::writeBackupOnThread(const std::shared_ptr<QWBack
     case WriteResult::Success:
       QWLog::appendLog("Backup successful");
       QWDataController::sharedController().populateBackups();
+      parts_.restoreController.reload();
       mainThread.runAndWait([&] { selectBackupInRestoreTab(backup); });
       if (!report.isWhole()) reportFailure("Not everything could be backed up", report.causes());
       break;

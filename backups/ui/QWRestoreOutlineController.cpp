@@ -19,19 +19,8 @@ QWDataController& library() {
   return QWDataController::sharedController();
 }
 
-// All backups of the library, the automatic ones included.
-BackupList allBackups() {
-  BackupList backups;
-  for (const auto& node : library().backupArray()) {
-    if (const auto backup = std::dynamic_pointer_cast<QWBackup>(node)) backups.push_back(backup);
-    if (const auto header = std::dynamic_pointer_cast<QWAutosaveHeader>(node))
-      backups.insert(backups.end(), header->children().begin(), header->children().end());
-  }
-  return backups;
-}
-
 std::shared_ptr<QWBackup> backupWithPath(const std::string& path) {
-  for (const auto& backup : allBackups())
+  for (const auto& backup : library().allBackups())
     if (backup->path() == path) return backup;
   return nullptr;
 }
@@ -48,10 +37,15 @@ QWRestoreOutlineController::QWRestoreOutlineController(const Parts& parts)
       tabSwitch_(NotificationCenter::shared().observe("QWVantoryRestoreTabSwitch", [this] { reload(); })) {}
 
 void QWRestoreOutlineController::reload() {
-  MainThread::shared().runAndWait([this] {
+  if (!MainThread::shared().isCurrent()) {
+    library().measureBackups();
+    MainThread::shared().runAndWait([this] { reload(); });
+  } else if (library().areBackupsMeasured()) {
     applySortingForOutlineView();
     selectionDidChange();
-  });
+  } else {
+    measuring_.add([this] { reload(); });
+  }
 }
 
 std::shared_ptr<QWBackup> QWRestoreOutlineController::selectedBackup() const {
@@ -91,8 +85,8 @@ void QWRestoreOutlineController::didClickTableColumn(const std::string& column) 
     parts_.outline.setSortIndicator(order.column, SortIndicator::None);
     order = {column, false};
   }
-  sortColumnWithIdentifier(order.column, order.descending);
   storeSortOrder(order);
+  reload();
 }
 
 Rows QWRestoreOutlineController::rowsUnder(const OutlineItemPointer& item) const {
@@ -103,7 +97,7 @@ Rows QWRestoreOutlineController::rowsUnder(const OutlineItemPointer& item) const
 }
 
 std::optional<std::uint64_t> QWRestoreOutlineController::sizeOfRow(const OutlineItemPointer& item) {
-  if (const auto node = rowAs<BackupNode>(item)) return node->size();
+  if (const auto node = rowAs<BackupNode>(item)) return node->isMeasured() ? std::optional(node->size()) : std::nullopt;
   const auto app = applicationOfRow(item);
   if (!app) return std::nullopt;
   if (!app->isMeasured()) {
@@ -185,7 +179,7 @@ void QWRestoreOutlineController::toggleDefault() {
   }
   for (const auto& node : library().backupArray()) node->updateDefault();
   // An automatic backup is no entry of its own there.
-  for (const auto& each : allBackups()) each->updateDefault();
+  for (const auto& each : library().allBackups()) each->updateDefault();
   parts_.outline.reloadData();
   selectionDidChange();
 }

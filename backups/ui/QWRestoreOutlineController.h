@@ -36,7 +36,8 @@ class QWRestoreOutlineController : public RowsDelegate, public OutlineActions {
   // The dialog that edits a backup; set before the pane is shown.
   void setEditController(QWBackupEditController& dialog) { dialog_ = &dialog; }
 
-  // Shows the library anew, sorted as the person left it. Any thread.
+  // Shows the library anew, sorted as the person left it. Any thread; on the main thread, which must not wait for the
+  // sizes of backups, it may return before they are measured and shown.
   void reload();
   // The backup of the selected row, or the one that the selected row lies in; null for none.
   std::shared_ptr<QWBackup> selectedBackup() const;

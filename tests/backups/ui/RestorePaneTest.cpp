@@ -16,6 +16,7 @@ class RestorePaneTest : public PaneTest {
     const auto backup = backupOfAll(name);
     backup->setProjects(projects);
     EXPECT_EQ(backup->writeData(report_), WriteResult::Success);
+    finishWork();
     select(listed(name));
     return listed(name);
   }
@@ -66,6 +67,10 @@ TEST_F(RestorePaneTest, SortsAndRemembers) {
   EXPECT_THAT(names(), ElementsAre("Autosaves", "c", "b", "A"));
   EXPECT_EQ(outline_.indicators["name"], SortIndicator::Descending);
   controller().populateBackups();
+  finishWork();
+  const auto unmeasured = std::make_shared<RecordRow>(QWBackup::backupWithFile(inLibrary("A.vnt")));
+  EXPECT_EQ(pane_.objectValueForTableColumn("size", unmeasured), ObjectValue()) << "measuring must not stop the window";
+  EXPECT_NE(pane_.objectValueForTableColumn("size", rowOf(pane_, listed("A"))), ObjectValue());
   EXPECT_THAT(names(), ElementsAre("Autosaves", "c", "b", "A"));
   pane_.didClickTableColumn("size");
   EXPECT_EQ(outline_.indicators["name"], SortIndicator::None);
