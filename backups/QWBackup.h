@@ -106,7 +106,7 @@ class QWBackup : public BackupNode {
   AppList children_;
   std::vector<std::string> projects_;
   bool isAutosave_ = false;
-  bool isDefault_ = false;
+  std::atomic<bool> isDefault_ = false;
   std::optional<FileIdentity> createdFolder_;
   mutable std::mutex sizeMutex_;  // held while it is measured, by its path
   mutable std::uint64_t size_ = 0;
