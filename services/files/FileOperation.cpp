@@ -6,10 +6,7 @@
 #include <vector>
 
 #include "base/Format.h"
-#include "base/Paths.h"
-#include "base/Text.h"
 #include "platform/FileSystem.h"
-#include "platform/SystemLog.h"
 #include "services/Runtime.h"
 #include "services/files/FolderWalk.h"
 #include "services/files/QWFileManager.h"
@@ -20,14 +17,7 @@ namespace vantory {
 
 namespace {
 
-using namespace std::chrono_literals;
-
 constexpr double kSecondsBetweenReports = 1.0;
-
-template <class... Arguments>
-void logToSystem(std::string_view format, const Arguments&... arguments) {
-  Runtime::current().platform().systemLog.write(printable(formatted(format, arguments...)));
-}
 
 double secondsBetween(Timestamp earlier, Timestamp later) {
   return static_cast<double>(later.seconds - earlier.seconds) + (later.nanoseconds - earlier.nanoseconds) / 1e9;
@@ -167,37 +157,6 @@ void FileOperation::join() {
     ended.swap(thread_);
   }
   if (ended.joinable()) ended.join();
-}
-
-std::shared_ptr<FileOperation> QWFileManager::copyFileWithProgress(FileOperationContext context) {
-  const std::string source = context.source;
-  const std::string folder = paths::parent(context.destination);
-  if (!fileExistsAtPath(source)) {
-    logToSystem("Error: File %@ doesn't exist. Aborting copy process...", source);
-    return nullptr;
-  }
-  if (!fileExistsAtPath(folder) && !createDirectory(folder, 10s)) {
-    logToSystem("Unable to copy file %@ - destination directory %@ doesn't exist. Aborting copy process...", source,
-                folder);
-    return nullptr;
-  }
-  auto operation = std::make_shared<FileOperation>(std::move(context));
-  if (const Status started = operation->start(); !started) {
-    logToSystem("Failed to begin asynchronous object copy: %@", static_cast<int>(started.error().code));
-    return nullptr;
-  }
-  return operation;
-}
-
-std::shared_ptr<FileOperation> QWFileManager::copyFileWithProgress(const std::string& source,
-                                                                   const std::string& destination,
-                                                                   std::shared_ptr<FileOperationDelegate> delegate,
-                                                                   std::any object) {
-  return copyFileWithProgress({source, destination, std::move(delegate), std::move(object), {}});
-}
-
-void QWFileManager::cancelFileOperation(FileOperation& operation) {
-  operation.cancel();
 }
 
 }  // namespace vantory

@@ -2,6 +2,7 @@
 // second attempt.
 #pragma once
 
+#include <any>
 #include <chrono>
 #include <cstdint>
 #include <functional>
@@ -13,11 +14,13 @@
 
 #include "base/Result.h"
 #include "platform/FileSystem.h"
-#include "services/files/FileOperation.h"
 
 namespace vantory {
 
+class FileOperation;
+class FileOperationDelegate;
 class TaskReport;
+struct FileOperationContext;
 
 // All functions may be called from any thread. Success means that the effect is there; a failure carries its cause, and
 // is in the log already unless a function says otherwise.
@@ -92,9 +95,9 @@ class QWFileManager {
   // is logged by the caller.
   static Result<std::unique_ptr<StagedCopy>> stageCopy(const CopyRequest& request);
 
-  // A copy in the background, never over an item that exists (FileOperation.cpp). It has its name when it is complete,
-  // and its folder is made when missing. Answers the operation once it has started, null when it cannot. The delegate
-  // is kept until its last call.
+  // A copy in the background, never over an item that exists (QWFileManagerProgress.cpp). It has its name when it is
+  // complete, and its folder is made when missing. Answers the operation once it has started, null when it cannot. The
+  // delegate is kept until its last call.
   static std::shared_ptr<FileOperation> copyFileWithProgress(FileOperationContext context);
   static std::shared_ptr<FileOperation> copyFileWithProgress(const std::string& source, const std::string& destination,
                                                              std::shared_ptr<FileOperationDelegate> delegate,
