@@ -6,7 +6,7 @@
 #include "backups/BackupNaming.h"
 #include "backups/QWDataController.h"
 #include "base/Paths.h"
-#include "base/PropertyList.h"
+#include "base/PropertyListBytes.h"
 #include "platform/FileSystem.h"
 #include "services/QWLocalPaths.h"
 #include "services/Runtime.h"

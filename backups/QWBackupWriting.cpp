@@ -9,7 +9,7 @@
 #include "backups/ReplacedCopies.h"
 #include "base/Format.h"
 #include "base/Paths.h"
-#include "base/PropertyList.h"
+#include "base/PropertyListBytes.h"
 #include "platform/FileSystem.h"
 #include "services/QWLocalPaths.h"
 #include "services/Runtime.h"

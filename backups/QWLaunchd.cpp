@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "base/Paths.h"
+#include "base/PropertyListBytes.h"
 #include "base/Text.h"
 #include "platform/Clock.h"
 #include "platform/FileSystem.h"

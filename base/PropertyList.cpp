@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstddef>
 
-#include "base/PropertyListFormats.h"
 #include "base/Text.h"
 
 namespace vantory {
@@ -23,20 +22,6 @@ std::vector<bool> supersededEntries(const std::vector<Entry>& entries) {
     if (byKey[i - 1]->first == byKey[i]->first) superseded[byKey[i - 1] - entries.data()] = true;
   }
   return superseded;
-}
-
-// In every encoding XML begins with "<", after a byte order mark, white space and the NUL bytes of wide characters.
-bool looksLikeXml(std::string_view bytes) {
-  using namespace std::string_view_literals;
-  const std::size_t first = bytes.find_first_not_of("\xef\xbb\xbf\xfe\xff\0 \t\r\n"sv);
-  return first != std::string_view::npos && bytes[first] == '<';
-}
-
-PropertyList parseAnyForm(std::string_view bytes) {
-  if (bytes.starts_with("bplist")) return parseBinaryPropertyList(bytes);
-  if (looksLikeXml(bytes)) return parseXmlPropertyList(bytes);
-  std::string storage;
-  return parseTextPropertyList(decodedText(bytes, storage));
 }
 
 }  // namespace
@@ -81,14 +66,6 @@ bool PropertyListDictionary::empty() const {
 
 bool PropertyListDictionary::operator==(const PropertyListDictionary& other) const {
   return entries_ == other.entries_;
-}
-
-std::optional<PropertyList> parsePropertyList(std::string_view bytes) {
-  try {
-    return parseAnyForm(bytes);
-  } catch (const DamagedPropertyList&) {
-    return std::nullopt;
-  }
 }
 
 std::optional<std::string> textOf(const PropertyList& value) {

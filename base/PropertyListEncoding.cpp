@@ -1,6 +1,4 @@
 // The encodings of text in property lists.
-#include <algorithm>
-
 #include "base/PropertyListFormats.h"
 #include "base/Text.h"
 
@@ -41,10 +39,6 @@ void appendUtf8(char32_t character, std::string& text) {
   add(0x80 | (character & 0x3f));
 }
 
-bool isForbiddenInXml(unsigned char byte) {
-  return byte < 0x20 && byte != '\t' && byte != '\n' && byte != '\r';
-}
-
 }  // namespace
 
 std::string_view decodedText(std::string_view bytes, std::string& storage) {
@@ -81,14 +75,6 @@ std::size_t utf8CharacterLength(std::string_view text) {
     if (isUtf8(text.substr(0, length))) return length;
   }
   return 0;
-}
-
-bool xmlCanHold(std::string_view text) {
-  constexpr std::string_view kNoCharacters[] = {"\xef\xbf\xbe", "\xef\xbf\xbf"};  // U+FFFE and U+FFFF
-  if (std::any_of(text.begin(), text.end(), isForbiddenInXml)) return false;
-  for (const std::string_view none : kNoCharacters)
-    if (text.find(none) != std::string_view::npos) return false;
-  return isUtf8(text);
 }
 
 }  // namespace vantory

@@ -32,8 +32,6 @@ enum class ByteOrder { BigEndian, LittleEndian };
 std::string utf8FromUtf16(std::string_view bytes, ByteOrder order);
 // The length of the UTF-8 character at the text's beginning; 0 when there is none.
 std::size_t utf8CharacterLength(std::string_view text);
-// False for bytes that are no UTF-8 and for characters that XML 1.0 forbids.
-bool xmlCanHold(std::string_view text);
 
 // "2026-11-14T21:35:17Z"; the fraction is dropped, and the nearest date is taken for one that has no four-digit year.
 std::string propertyListDate(const Timestamp& date);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "base/PropertyListBytes.h"
 #include "base/PropertyListFormats.h"
 #include "base/Text.h"
 

@@ -7,6 +7,7 @@
 #include <pugixml.hpp>
 #include <set>
 
+#include "base/PropertyListBytes.h"
 #include "base/PropertyListFormats.h"
 #include "base/Text.h"
 

@@ -24,6 +24,10 @@ char lowerCased(char letter) {
   return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
 }
 
+bool isForbiddenInXml(unsigned char byte) {
+  return byte < 0x20 && byte != '\t' && byte != '\n' && byte != '\r';
+}
+
 // The length that a UTF-8 sequence with this first byte has; 0 where none begins.
 std::size_t announcedLength(unsigned char first) {
   if (first < 0x80) return 1;
@@ -198,6 +202,14 @@ bool isUtf8(std::string_view bytes) {
     i += length;
   }
   return true;
+}
+
+bool xmlCanHold(std::string_view text) {
+  constexpr std::string_view kNoCharacters[] = {"\xef\xbf\xbe", "\xef\xbf\xbf"};  // U+FFFE and U+FFFF
+  if (std::any_of(text.begin(), text.end(), isForbiddenInXml)) return false;
+  for (const std::string_view none : kNoCharacters)
+    if (text.find(none) != std::string_view::npos) return false;
+  return isUtf8(text);
 }
 
 std::size_t utf16Length(std::string_view text) {

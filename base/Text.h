@@ -22,6 +22,8 @@ int compareNames(std::string_view left, std::string_view right);
 // Split at every separator; always at least one piece, empty pieces kept.
 std::vector<std::string> split(std::string_view text, char separator);
 bool isUtf8(std::string_view bytes);
+// False for bytes that are no UTF-8 and for characters that XML 1.0 forbids.
+bool xmlCanHold(std::string_view text);
 // The number of 16-bit units the text has in UTF-16; a byte that is no UTF-8 counts as one.
 std::size_t utf16Length(std::string_view text);
 // Control characters as "\n", "\t", "\x1b" and bytes that are no UTF-8 as "\xff": one line of text, whatever the bytes.

@@ -1,6 +1,7 @@
 #include "services/GlobalSettings.h"
 
 #include "base/Paths.h"
+#include "base/PropertyListBytes.h"
 #include "platform/FileSystem.h"
 #include "services/QWLocalPaths.h"
 #include "services/Runtime.h"

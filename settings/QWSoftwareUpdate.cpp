@@ -4,7 +4,7 @@
 #include <optional>
 
 #include "base/Paths.h"
-#include "base/PropertyList.h"
+#include "base/PropertyListBytes.h"
 #include "platform/FileSystem.h"
 #include "platform/SystemInfo.h"
 #include "platform/Workspace.h"

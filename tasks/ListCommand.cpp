@@ -6,7 +6,7 @@
 
 #include "backups/QWDataController.h"
 #include "base/LocaleDate.h"
-#include "base/PropertyList.h"
+#include "base/PropertyListBytes.h"
 #include "tasks/Command.h"
 
 namespace vantory {

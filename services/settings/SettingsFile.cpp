@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "base/Paths.h"
+#include "base/PropertyListBytes.h"
 #include "base/Text.h"
 #include "base/Timestamp.h"
 #include "platform/Clock.h"

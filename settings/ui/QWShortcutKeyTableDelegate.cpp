@@ -3,6 +3,7 @@
 #include <chrono>
 
 #include "base/Paths.h"
+#include "base/PropertyListBytes.h"
 #include "platform/FileSystem.h"
 #include "platform/Messaging.h"
 #include "platform/SystemInfo.h"

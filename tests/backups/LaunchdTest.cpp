@@ -1,6 +1,7 @@
 #include "backups/QWLaunchd.h"
 
 #include "backups/AutosaveSchedule.h"
+#include "base/PropertyListBytes.h"
 #include "services/QWCmdUtils.h"
 #include "services/files/QWAuthorization.h"
 #include "services/messages/QWAlert.h"

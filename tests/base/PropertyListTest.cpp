@@ -1,4 +1,4 @@
-#include "base/PropertyList.h"
+#include "base/PropertyListBytes.h"
 
 #include <gmock/gmock.h>
 

@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <optional>
 
-#include "base/PropertyList.h"
+#include "base/PropertyListBytes.h"
 
 namespace {
 

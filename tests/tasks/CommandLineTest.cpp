@@ -7,7 +7,7 @@
 #include <sstream>
 
 #include "base/Format.h"
-#include "base/PropertyList.h"
+#include "base/PropertyListBytes.h"
 #include "base/Text.h"
 #include "catalog/BuiltInCatalog.h"
 #include "services/settings/QWUserDefaults.h"

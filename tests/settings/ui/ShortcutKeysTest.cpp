@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include "base/PropertyListBytes.h"
 #include "settings/ui/QWShortcutKeyTableDelegate.h"
 #include "tests/services/PersonAtWindow.h"
 #include "tests/services/ServicesTest.h"

@@ -1,0 +1,36 @@
+// Tells by the first bytes in which form a property list is written.
+#include "base/PropertyListBytes.h"
+
+#include <cstddef>
+
+#include "base/PropertyListFormats.h"
+
+namespace vantory {
+
+namespace {
+
+// In every encoding XML begins with "<", after a byte order mark, white space and the NUL bytes of wide characters.
+bool looksLikeXml(std::string_view bytes) {
+  using namespace std::string_view_literals;
+  const std::size_t first = bytes.find_first_not_of("\xef\xbb\xbf\xfe\xff\0 \t\r\n"sv);
+  return first != std::string_view::npos && bytes[first] == '<';
+}
+
+PropertyList parseAnyForm(std::string_view bytes) {
+  if (bytes.starts_with("bplist")) return parseBinaryPropertyList(bytes);
+  if (looksLikeXml(bytes)) return parseXmlPropertyList(bytes);
+  std::string storage;
+  return parseTextPropertyList(decodedText(bytes, storage));
+}
+
+}  // namespace
+
+std::optional<PropertyList> parsePropertyList(std::string_view bytes) {
+  try {
+    return parseAnyForm(bytes);
+  } catch (const DamagedPropertyList&) {
+    return std::nullopt;
+  }
+}
+
+}  // namespace vantory
