@@ -3,8 +3,8 @@
 #include <algorithm>
 
 #include "backups/BackupFolder.h"
+#include "backups/BackupLibrary.h"
 #include "backups/BackupNaming.h"
-#include "backups/QWDataController.h"
 #include "base/Paths.h"
 #include "base/PropertyListBytes.h"
 #include "platform/FileSystem.h"
@@ -81,7 +81,7 @@ std::vector<std::string> linkedProjects(const PropertyListDictionary& settings) 
 }  // namespace
 
 BackupReader::BackupReader()
-    : catalog_(QWDataController::sharedController().appArray()),
+    : catalog_(BackupLibrary::current().appArray()),
       home_(QWLocalPaths::userDirectory()),
       defaultName_(QWBackup::defaultBackupName()) {}
 

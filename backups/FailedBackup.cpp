@@ -1,13 +1,13 @@
 #include "backups/FailedBackup.h"
 
+#include "backups/BackupLibrary.h"
 #include "backups/QWBackup.h"
-#include "backups/QWDataController.h"
 
 namespace vantory {
 
 void dropFailedBackup(QWBackup& backup, TaskReport& report) {
   backup.removeCreatedFolder(report);
-  QWDataController::sharedController().populateBackups();
+  BackupLibrary::current().populateBackups();
 }
 
 }  // namespace vantory

@@ -2,7 +2,7 @@
 
 #include "backups/BackupFolder.h"
 #include "backups/BackupNaming.h"
-#include "backups/QWDataController.h"
+#include "backups/LibraryFolder.h"
 #include "base/Paths.h"
 #include "base/PropertyList.h"
 #include "base/Text.h"
@@ -34,8 +34,7 @@ QWBackup::QWBackup(std::string name, std::string path, std::optional<Timestamp> 
 std::shared_ptr<QWBackup> QWBackup::backupWithName(const std::string& name, const std::optional<std::string>& path) {
   std::string place = path.value_or("");
   if (!path) {
-    if (const auto library = QWDataController::vantoryBackupLocation())
-      place = paths::join(*library, backupFileName(name));
+    if (const auto library = libraryFolder()) place = paths::join(*library, backupFileName(name));
   }
   const auto info = Runtime::current().platform().files.info(place, Links::Follow);
   return std::make_shared<QWBackup>(name, place, info ? std::optional(info->modified) : std::nullopt);

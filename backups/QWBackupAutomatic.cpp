@@ -1,7 +1,8 @@
+#include "backups/BackupLibrary.h"
 #include "backups/BackupNaming.h"
 #include "backups/FailedBackup.h"
+#include "backups/LibraryFolder.h"
 #include "backups/QWBackup.h"
-#include "backups/QWDataController.h"
 #include "base/Paths.h"
 #include "base/Timestamp.h"
 #include "services/Runtime.h"
@@ -24,10 +25,10 @@ std::shared_ptr<QWApp> copyOf(const QWApp& app, bool preferencesOnly) {
 std::shared_ptr<QWBackup> QWBackup::autoBackup(bool preferencesOnly) {
   const Timestamp now = Runtime::current().platform().clock.now();
   const std::string name = std::string(kAutomaticPrefix) + localTimeText(now, "%Y-%m-%d_%H_%M_%S");
-  const auto folder = QWDataController::autosaveLocation();
+  const auto folder = autosavesFolder();
   auto backup = backupWithName(name, folder ? paths::join(*folder, backupFileName(name)) : std::string());
   backup->setIsAutosave(true);
-  for (const auto& app : QWDataController::sharedController().appArray()) backup->addApp(copyOf(*app, preferencesOnly));
+  for (const auto& app : BackupLibrary::current().appArray()) backup->addApp(copyOf(*app, preferencesOnly));
   return backup;
 }
 

@@ -2,10 +2,10 @@
 #include <unordered_set>
 
 #include "backups/BackupFolder.h"
+#include "backups/BackupLibrary.h"
 #include "backups/BackupNaming.h"
 #include "backups/LibraryHold.h"
 #include "backups/QWBackup.h"
-#include "backups/QWDataController.h"
 #include "backups/ReplacedCopies.h"
 #include "base/Format.h"
 #include "base/Paths.h"
@@ -333,7 +333,7 @@ WriteResult QWBackup::write(TaskReport& report, bool filesOnly) {
   if (const Status touched = QWFileManager::touchFile(path_); !touched)
     QWLog::appendLog("The backup keeps its old date: %@", touched.error().text);
   hold->reset();
-  QWDataController::sharedController().populateBackups();
+  BackupLibrary::current().populateBackups();
   if (const Status synced = sync.get(); !synced) {
     QWLog::appendLog("The backup may not be on disk: %@", synced.error().text);
     report.failed(FileAction::Sync, path_, synced.error());

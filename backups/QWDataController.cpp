@@ -11,6 +11,10 @@ QWDataController& QWDataController::sharedController() {
   return Runtime::current().shared<QWDataController>();
 }
 
+BackupLibrary& BackupLibrary::current() {
+  return QWDataController::sharedController();
+}
+
 AppList QWDataController::appArray() const {
   const std::lock_guard lock(mutex_);
   return apps_;

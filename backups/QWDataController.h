@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "backups/BackupLibrary.h"
+#include "backups/LibraryFolder.h"
 #include "backups/QWAutosaveHeader.h"
 #include "backups/QWBackup.h"
 #include "base/Result.h"
@@ -17,13 +19,13 @@ namespace vantory {
 
 // One for the process. Its lists are replaced whole, on the main thread, and "QWVantoryBackupsRefresh" is posted there
 // when the backups were; callers keep two listings from overlapping.
-class QWDataController {
+class QWDataController : public BackupLibrary {
  public:
   using Library = std::vector<std::shared_ptr<BackupNode>>;
 
   static QWDataController& sharedController();
 
-  AppList appArray() const;
+  AppList appArray() const override;
   void setAppArray(AppList apps);
   // The group of automatic backups first, then the manual backups. Empty until populateBackups() has run.
   Library backupArray() const;
@@ -43,21 +45,14 @@ class QWDataController {
   std::shared_ptr<QWPrefItem> prefItemForKey(const std::string& key) const;
   void saveAppSelections() const;
 
-  // The library's folder; none when no user's folders can be resolved.
-  static std::optional<std::string> vantoryBackupLocation();
-  // The folder where nobody chose another.
-  static std::optional<std::string> usualBackupLocation();
-  // The folder that a person names by a whole path, or by one in the home that begins with "~"; none by any other.
-  static std::optional<std::string> folderNamed(const std::string& path);
-  // The setting "backupPath" where it names no folder and is passed over.
-  static std::optional<std::string> unusableBackupPath();
-  // The folder of the automatic backups, inside the library.
-  static std::optional<std::string> autosaveLocation();
+  // The library's folder, and that of the automatic backups.
+  static std::optional<std::string> vantoryBackupLocation() { return libraryFolder(); }
+  static std::optional<std::string> autosaveLocation() { return autosavesFolder(); }
   // The name, or with "-2", "-3" ...: the first that no backup in the library's folder bears.
   static std::string uniqueBackupName(const std::string& name);
   // Lists the library anew. On the way a ".vnt2" backup is renamed to ".vnt" where that name is free, and an automatic
   // backup in the library's own folder is moved to the others.
-  void populateBackups();
+  void populateBackups() override;
   // Measures all listed backups, which takes its time: for whoever is going to show their sizes.
   void measureBackups() const;
   bool areBackupsMeasured() const;

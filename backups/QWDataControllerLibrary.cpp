@@ -7,7 +7,6 @@
 #include "base/Paths.h"
 #include "base/Text.h"
 #include "platform/FileSystem.h"
-#include "services/QWLocalPaths.h"
 #include "services/Runtime.h"
 #include "services/TaskReport.h"
 #include "services/files/QWFileManager.h"
@@ -103,37 +102,6 @@ void tellObservers() {
 
 }  // namespace
 
-std::optional<std::string> QWDataController::vantoryBackupLocation() {
-  const auto path = QWUserDefaults::standardUserDefaults().stringForKey(setting::kBackupPath);
-  auto folder = path ? folderNamed(*path) : std::nullopt;
-  return folder ? folder : usualBackupLocation();
-}
-
-std::optional<std::string> QWDataController::usualBackupLocation() {
-  const auto support = QWLocalPaths::appSupportDirectory(true);
-  if (!support) return std::nullopt;
-  return paths::join(*support, "Quarrywell/Vantory/Backups");
-}
-
-// A relative path would depend on where the program was started.
-std::optional<std::string> QWDataController::folderNamed(const std::string& path) {
-  if (path.starts_with('/')) return paths::join(path, "");
-  const auto home = QWLocalPaths::userDirectory();
-  if (!home || (path != "~" && !path.starts_with("~/"))) return std::nullopt;
-  return paths::join(paths::join(*home, path.substr(1)), "");
-}
-
-std::optional<std::string> QWDataController::unusableBackupPath() {
-  auto path = QWUserDefaults::standardUserDefaults().stringForKey(setting::kBackupPath);
-  return path && !path->empty() && !folderNamed(*path) ? path : std::nullopt;
-}
-
-std::optional<std::string> QWDataController::autosaveLocation() {
-  const auto library = vantoryBackupLocation();
-  if (!library) return std::nullopt;
-  return paths::join(*library, kAutosavesFolder);
-}
-
 std::string QWDataController::uniqueBackupName(const std::string& name) {
   const std::string library = vantoryBackupLocation().value_or("");
   if (library.empty()) return name;
@@ -146,7 +114,7 @@ std::string QWDataController::uniqueBackupName(const std::string& name) {
 void QWDataController::populateBackups() {
   QWLog::appendLog("Populating backups...");
   const auto location = vantoryBackupLocation();
-  if (const auto path = unusableBackupPath())
+  if (const auto path = unusableLibraryFolder())
     QWLog::appendLog("The setting backupPath is no whole path: %@. The backups are in %@", *path, location);
   Listing manual = location ? listManualBackups(*location, BackupReader()) : Listing();
   noteListing(libraryError_, std::move(manual.error));

@@ -123,14 +123,14 @@ void QWPreferenceController::switchTo(PreferencePane pane, const char* logLine) 
 // --- The library's folder --------------------------------------------------------------------------------------------
 
 void QWPreferenceController::showBackupPath() {
-  if (QWDataController::unusableBackupPath())
+  if (unusableLibraryFolder())
     parts_.view.setBackupRemark(
         formatted("That is no whole path. Your backups are in %@.", QWDataController::vantoryBackupLocation()));
   parts_.view.setBackupPath(defaults().stringForKey(setting::kBackupPath).value_or(""));
 }
 
 void QWPreferenceController::setBackupPath(const std::string& path) {
-  const std::string folder = QWDataController::folderNamed(path).value_or(path);
+  const std::string folder = folderNamed(path).value_or(path);
   if (const std::string reason = reasonAgainstLibrary(folder); !reason.empty())
     tell("Your backups cannot be kept there.", reason);
   else

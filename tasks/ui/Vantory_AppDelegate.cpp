@@ -34,7 +34,7 @@ void registerDefaults() {
                                                   {setting::kMaxAutoBackups, 10},
                                                   {setting::kSortedColumn, "name"},
                                                   {setting::kSortedDescending, false}};
-  if (const auto library = QWDataController::usualBackupLocation()) defaults.emplace(setting::kBackupPath, *library);
+  if (const auto library = usualLibraryFolder()) defaults.emplace(setting::kBackupPath, *library);
   QWUserDefaults::standardUserDefaults().registerDefaults(defaults);
 }
 

@@ -1,0 +1,43 @@
+// The library's place: the user's choice, or below the folder of application data.
+#include "backups/LibraryFolder.h"
+
+#include "backups/BackupNaming.h"
+#include "base/Paths.h"
+#include "services/QWLocalPaths.h"
+#include "services/settings/QWUserDefaults.h"
+#include "services/settings/SettingsKeys.h"
+
+namespace vantory {
+
+std::optional<std::string> libraryFolder() {
+  const auto path = QWUserDefaults::standardUserDefaults().stringForKey(setting::kBackupPath);
+  auto folder = path ? folderNamed(*path) : std::nullopt;
+  return folder ? folder : usualLibraryFolder();
+}
+
+// A relative path would depend on where the program was started.
+std::optional<std::string> folderNamed(const std::string& path) {
+  if (path.starts_with('/')) return paths::join(path, "");
+  const auto home = QWLocalPaths::userDirectory();
+  if (!home || (path != "~" && !path.starts_with("~/"))) return std::nullopt;
+  return paths::join(paths::join(*home, path.substr(1)), "");
+}
+
+std::optional<std::string> unusableLibraryFolder() {
+  auto path = QWUserDefaults::standardUserDefaults().stringForKey(setting::kBackupPath);
+  return path && !path->empty() && !folderNamed(*path) ? path : std::nullopt;
+}
+
+std::optional<std::string> usualLibraryFolder() {
+  const auto support = QWLocalPaths::appSupportDirectory(true);
+  if (!support) return std::nullopt;
+  return paths::join(*support, "Quarrywell/Vantory/Backups");
+}
+
+std::optional<std::string> autosavesFolder() {
+  const auto library = libraryFolder();
+  if (!library) return std::nullopt;
+  return paths::join(*library, kAutosavesFolder);
+}
+
+}  // namespace vantory

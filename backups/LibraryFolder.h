@@ -1,0 +1,20 @@
+// Where the library of backups lies.
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace vantory {
+
+// The folder of the manual backups; none when no user's folders can be resolved. It need not exist.
+std::optional<std::string> libraryFolder();
+// The same where nobody chose another.
+std::optional<std::string> usualLibraryFolder();
+// The folder that a person names by a whole path, or by one in the home that begins with "~"; none by any other.
+std::optional<std::string> folderNamed(const std::string& path);
+// The setting "backupPath" where it names no folder and is passed over.
+std::optional<std::string> unusableLibraryFolder();
+// The folder of the automatic backups, inside the library's.
+std::optional<std::string> autosavesFolder();
+
+}  // namespace vantory
