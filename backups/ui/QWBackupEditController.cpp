@@ -3,13 +3,13 @@
 #include <algorithm>
 
 #include "backups/ui/BackupDialogView.h"
+#include "backups/ui/Controls.h"
 #include "backups/ui/FailureReport.h"
 #include "backups/ui/ProjectFiles.h"
 #include "backups/ui/QWRestoreOutlineController.h"
 #include "base/Format.h"
 #include "base/Paths.h"
 #include "catalog/ProjectKinds.h"
-#include "platform/Controls.h"
 #include "services/QWLocalPaths.h"
 #include "services/log/QWLog.h"
 #include "services/threads/BackgroundThreads.h"

@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "backups/ui/CatalogRows.h"
-#include "platform/OutlineView.h"
+#include "backups/ui/OutlineView.h"
 #include "services/messages/NotificationCenter.h"
 
 namespace vantory {

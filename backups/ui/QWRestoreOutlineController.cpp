@@ -1,9 +1,9 @@
 #include "backups/ui/QWRestoreOutlineController.h"
 
 #include "backups/ui/CatalogRows.h"
+#include "backups/ui/Controls.h"
 #include "backups/ui/LibrarySorting.h"
 #include "base/Paths.h"
-#include "platform/Controls.h"
 #include "services/files/QWFileManager.h"
 #include "services/log/QWLog.h"
 #include "services/messages/QWAlert.h"

@@ -10,7 +10,7 @@
 
 #include "backups/QWDataController.h"
 #include "backups/ui/CatalogRows.h"
-#include "platform/OutlineView.h"
+#include "backups/ui/OutlineView.h"
 #include "services/messages/NotificationCenter.h"
 #include "services/threads/BackgroundThreads.h"
 

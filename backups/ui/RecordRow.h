@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "backups/QWBackup.h"
+#include "backups/ui/OutlineView.h"
 #include "catalog/QWApp.h"
-#include "platform/OutlineView.h"
 
 namespace vantory {
 

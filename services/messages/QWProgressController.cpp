@@ -1,6 +1,6 @@
 #include "services/messages/QWProgressController.h"
 
-#include "platform/Controls.h"
+#include "services/messages/ProgressSheet.h"
 
 namespace vantory {
 

@@ -4,10 +4,10 @@
 
 #include "backups/AutosaveSchedule.h"
 #include "backups/QWDataController.h"
+#include "backups/ui/Controls.h"
 #include "base/Format.h"
 #include "base/Paths.h"
 #include "catalog/ProjectHandlers.h"
-#include "platform/Controls.h"
 #include "services/files/QWAuthorization.h"
 #include "services/files/QWFileManager.h"
 #include "services/log/QWLog.h"

@@ -4,7 +4,6 @@
 #include "backups/QWDataController.h"
 #include "backups/ui/FailureReport.h"
 #include "base/Format.h"
-#include "platform/Controls.h"
 #include "platform/Workspace.h"
 #include "services/QWLocalPaths.h"
 #include "services/Runtime.h"

@@ -4,8 +4,8 @@
 #include <iterator>
 
 #include "backups/QWDataController.h"
+#include "backups/ui/Controls.h"
 #include "backups/ui/FailureReport.h"
-#include "platform/Controls.h"
 #include "services/TaskReport.h"
 #include "services/files/QWAuthorization.h"
 #include "services/log/QWLog.h"

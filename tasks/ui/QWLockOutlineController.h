@@ -4,7 +4,7 @@
 #include <functional>
 
 #include "backups/ui/CatalogRows.h"
-#include "platform/OutlineView.h"
+#include "backups/ui/OutlineView.h"
 #include "services/messages/NotificationCenter.h"
 #include "services/threads/BackgroundThreads.h"
 

@@ -4,7 +4,7 @@
 
 #include "backups/QWDataController.h"
 #include "backups/ui/CatalogRows.h"
-#include "platform/Controls.h"
+#include "backups/ui/Controls.h"
 
 namespace vantory {
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "backups/ui/CatalogRows.h"
-#include "platform/OutlineView.h"
+#include "backups/ui/OutlineView.h"
 #include "services/messages/NotificationCenter.h"
 
 namespace vantory {

@@ -2,7 +2,7 @@
 
 #include <optional>
 
-#include "platform/Controls.h"
+#include "backups/ui/Controls.h"
 #include "platform/Documents.h"
 #include "platform/FileSystem.h"
 #include "platform/SystemInfo.h"

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/OutlineView.h"
+#include "backups/ui/OutlineView.h"
 #include "window/dialogs/AlertDialog.h"
 
 namespace vantory::test {

@@ -4,7 +4,7 @@
 #include <QAction>
 #include <functional>
 
-#include "platform/Controls.h"
+#include "backups/ui/Controls.h"
 
 class QPushButton;
 

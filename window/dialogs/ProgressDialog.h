@@ -4,7 +4,7 @@
 #include <QDialog>
 #include <functional>
 
-#include "platform/Controls.h"
+#include "services/messages/ProgressSheet.h"
 
 class QLabel;
 class QProgressBar;

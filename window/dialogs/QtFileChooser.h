@@ -4,7 +4,7 @@
 #include <QPointer>
 #include <QWidget>
 
-#include "platform/Controls.h"
+#include "backups/ui/Controls.h"
 
 namespace vantory {
 

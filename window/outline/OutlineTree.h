@@ -4,7 +4,7 @@
 #include <QTreeView>
 #include <functional>
 
-#include "platform/OutlineView.h"
+#include "backups/ui/OutlineView.h"
 
 class QMenu;
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/OutlineView.h"
+#include "backups/ui/OutlineView.h"
 #include "window/outline/OutlineModel.h"
 
 class QLabel;

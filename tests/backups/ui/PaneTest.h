@@ -7,8 +7,8 @@
 #include "backups/ui/CatalogRows.h"
 #include "backups/ui/PaneSwitcher.h"
 #include "tests/backups/BackupsTest.h"
+#include "tests/backups/ui/FakeViews.h"
 #include "tests/services/PersonAtWindow.h"
-#include "tests/support/FakeViews.h"
 
 namespace vantory::test {
 

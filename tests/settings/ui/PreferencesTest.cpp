@@ -8,8 +8,8 @@
 #include "settings/ui/LibraryMove.h"
 #include "settings/ui/QWPreferenceController.h"
 #include "tests/backups/BackupsTest.h"
+#include "tests/backups/ui/FakeViews.h"
 #include "tests/services/PersonAtWindow.h"
-#include "tests/support/FakeViews.h"
 
 namespace vantory::test {
 namespace {

@@ -1,4 +1,4 @@
-#include "platform/Controls.h"
+#include "backups/ui/Controls.h"
 #include "services/RunningApplicationGuard.h"
 #include "services/log/QWLog.h"
 #include "services/settings/QWUserDefaults.h"

@@ -21,20 +21,6 @@ class BusyIndicator {
   virtual void stopAnimation() = 0;
 };
 
-// A sheet over the main window with a label, a bar and a cancel button.
-class ProgressSheet {
- public:
-  virtual ~ProgressSheet() = default;
-  virtual void show() = 0;
-  virtual void hide() = 0;
-  virtual void setLabel(const std::string& text) = 0;
-  virtual void setIndeterminate() = 0;
-  virtual void setMaximum(double maximum) = 0;
-  virtual void setValue(double value) = 0;
-  // What is done now goes on to its end; until the sheet is shown again.
-  virtual void disableCancel() = 0;
-};
-
 // Asks the person for files. Answers absolute paths; none when the person cancelled. The path of a file whose name is
 // no text may come out as one that does not exist.
 class FileChooser {

@@ -5,8 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "platform/Controls.h"
-#include "platform/OutlineView.h"
+#include "backups/ui/Controls.h"
+#include "backups/ui/OutlineView.h"
+#include "services/messages/ProgressSheet.h"
 
 namespace vantory::test {
 
