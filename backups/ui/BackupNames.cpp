@@ -19,6 +19,11 @@ bool refuseNameOfAutomaticBackups(const std::string& name, AlertParent parentWin
   return true;
 }
 
+std::string nameAndDate(const QWBackup& backup) {
+  const std::string name = "\"" + backup.name() + "\"";
+  return backup.date() ? name + " of " + localTimeText(*backup.date(), "%Y-%m-%d %H:%M:%S") : name;
+}
+
 std::string freeNameFor(const QWBackup& backup, const std::string& wanted) {
   const std::string folder = paths::parent(backup.path());
   const auto isTaken = [&folder](const std::string& name) {

@@ -1,4 +1,4 @@
-// What a backup may be called.
+// What a backup is called, and may be.
 #pragma once
 
 #include <string>
@@ -12,6 +12,10 @@ class QWBackup;
 // Whether it is a name of automatic backups. A manual backup of such a name would be listed with them, and deleted in
 // time; the person is told so on that window. Blocks until the person has answered.
 bool refuseNameOfAutomaticBackups(const std::string& name, AlertParent parentWindow);
+
+// "Clean setup" of 2026-11-14 21:35:17, by which a question tells a backup from another of that name; without the date
+// where there is none.
+std::string nameAndDate(const QWBackup& backup);
 
 // The name, or with "-2", "-3" ...: the first that no backup bears, neither in the library's folder nor beside this
 // one.

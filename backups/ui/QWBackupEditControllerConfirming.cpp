@@ -61,9 +61,10 @@ bool askToReplace(const std::string& name, const std::string& target) {
       {.messageText = formatted("\"%@\" already exists. Do you want to replace it?", name),
        .defaultButton = "Replace",
        .alternateButton = "Cancel",
-       .informativeText = formatted("A file with the same name already exists at %@. Replacing it will send the "
-                                    "old file to the Trash and put the new one in its place.",
-                                    withTilde(paths::parent(target))),
+       .informativeText =
+           formatted("%@. A file with the same name already exists at %@. Replacing it will send the "
+                     "old file to the Trash and put the new one in its place.",
+                     nameAndDate(*QWBackup::backupWithName(name, target)), withTilde(paths::parent(target))),
        .parentWindow = AlertParent::BackupDialog});
   QWLog::appendLog(answer == QWAlert::Default ? "User chose to replace" : "User cancelled backup");
   return answer == QWAlert::Default;

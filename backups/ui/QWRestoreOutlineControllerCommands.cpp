@@ -74,7 +74,8 @@ void QWRestoreOutlineController::restore() {
           {.messageText = "Are you sure you wish to restore this backup?",
            .defaultButton = "Restore",
            .alternateButton = "Cancel",
-           .informativeText = "This will overwrite any current preferences with those stored in the backup."}) !=
+           .informativeText = nameAndDate(*backup) +
+                              ". This will overwrite any current preferences with those stored in the backup."}) !=
       QWAlert::Default)
     return;
   SerialWork::tasks().add([this, backup] {
@@ -176,11 +177,11 @@ bool QWRestoreOutlineController::keyUp(OutlineKey key) {
   const auto backup = rowAs<QWBackup>(parts_.outline.selectedItem());
   if (key != OutlineKey::Delete || !backup) return false;
   QWLog::appendLog("User tried to delete backup %@. Asking for confirmation.", backup->name());
-  if (QWAlert::alertSheetWithMessageText({.messageText = "Are you sure you wish to remove this backup?",
-                                          .defaultButton = "Remove",
-                                          .alternateButton = "Cancel",
-                                          .informativeText = "The backup will be placed in the Trash."}) !=
-      QWAlert::Default)
+  if (QWAlert::alertSheetWithMessageText(
+          {.messageText = "Are you sure you wish to remove this backup?",
+           .defaultButton = "Remove",
+           .alternateButton = "Cancel",
+           .informativeText = nameAndDate(*backup) + ". The backup will be placed in the Trash."}) != QWAlert::Default)
     return true;
   QWLog::appendLog("User chose to remove backup");
   runOnThread([this, backup] {

@@ -5,6 +5,7 @@
 #include "backups/AutosaveSchedule.h"
 #include "backups/BackupNaming.h"
 #include "backups/QWDataController.h"
+#include "backups/ui/BackupNames.h"
 #include "backups/ui/Controls.h"
 #include "backups/ui/FailureReport.h"
 #include "backups/ui/PaneSwitcher.h"
@@ -129,7 +130,8 @@ void Vantory_AppDelegate::askToImport(const std::string& path) {
       {.messageText = formatted("Are you sure you wish to restore the backup \"%@\"?", backupName(path)),
        .defaultButton = "Restore",
        .alternateButton = "Cancel",
-       .informativeText = "This will overwrite any existing preferences."});
+       .informativeText = nameAndDate(*QWBackup::backupWithName(backupName(path), path)) +
+                          ". This will overwrite any existing preferences."});
   if (answer == QWAlert::Default) parts_.restoreOnThread([path] { import(path); });
 }
 

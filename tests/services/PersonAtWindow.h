@@ -18,6 +18,7 @@ class PersonAtWindow {
     runtime.shared<MainThread>();
     QWAlert::sharedController().ask = [this](const AlertTexts& texts) {
       alerts_.push_back(texts.messageText);
+      informative_ = texts.informativeText;
       return onAlert_ ? onAlert_(texts) : answer_;
     };
   }
@@ -27,6 +28,7 @@ class PersonAtWindow {
   static void finishWork() { BackgroundThreads::shared().waitForAll(); }
 
   std::vector<std::string> alerts_;                // their messages
+  std::string informative_;                        // of the last
   int answer_ = QWAlert::Default;                  // to every alert,
   std::function<int(const AlertTexts&)> onAlert_;  // unless this is set
 };

@@ -108,17 +108,15 @@ TEST_F(BackupDialogTest, AnAutomaticBackupKeepsItsNameOrBecomesAManualOne) {
 TEST_F(BackupDialogTest, ReplacingAsksAndKeepsTheOldOneInTheTrash) {
   confirm("Clean");
   edit_.showBackupDialog();
-  std::string informative;
+  const std::string date = localTimeText(*listed("Clean")->date(), "%Y-%m-%d %H:%M:%S");
   for (const auto& [answer, replaces] : {std::pair{QWAlert::Alternate, false}, {QWAlert::Default, true}}) {
-    onAlert_ = [&, chosen = answer](const AlertTexts& texts) {
-      informative = texts.informativeText;
-      return chosen;
-    };
+    answer_ = answer;
     confirm("Clean");
     EXPECT_EQ(dialog_.isShown, !replaces);
     EXPECT_EQ(exists(inTrash("Clean.vnt/Settings.plist")), replaces);
   }
-  EXPECT_THAT(informative, HasSubstr("already exists at ~/Library/Application Support/Quarrywell/Vantory/Backups. "));
+  EXPECT_THAT(informative_, testing::StartsWith("\"Clean\" of " + date + ". "));
+  EXPECT_THAT(informative_, HasSubstr("already exists at ~/Library/Application Support/Quarrywell/Vantory/Backups. "));
   EXPECT_TRUE(exists(inLibrary("Clean.vnt/Settings.plist")));
 }
 

@@ -161,6 +161,7 @@ TEST_F(RestorePaneTest, TheDeleteKeyRemovesBackupsOnly) {
   EXPECT_TRUE(pane_.keyUp(OutlineKey::Delete));
   finishWork();
   EXPECT_TRUE(exists(inLibrary("Clean.vnt"))) << "the person thought better of it";
+  EXPECT_THAT(informative_, testing::StartsWith("\"Clean\" of " + localTimeText(*listed("Clean")->date(), "%Y")));
 
   answer_ = QWAlert::Default;
   files_.fail(Operation::Trash, std::errc::read_only_file_system, FaultyFileSystem::kEveryCall);
