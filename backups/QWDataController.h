@@ -68,6 +68,7 @@ class QWDataController : public BackupLibrary {
   std::shared_ptr<QWBackup> defaultBackup() const;
 
  private:
+  static void tellObservers();
   void noteListing(std::optional<Error>& place, std::optional<Error> error);
 
   mutable std::mutex mutex_;

@@ -96,11 +96,11 @@ Listing listAutoBackups(const BackupReader& reader) {
   return listing;
 }
 
-void tellObservers() {
+}  // namespace
+
+void QWDataController::tellObservers() {
   NotificationCenter::shared().postOnMainThread("QWVantoryBackupsRefresh");
 }
-
-}  // namespace
 
 std::string QWDataController::uniqueBackupName(const std::string& name) {
   const std::string library = vantoryBackupLocation().value_or("");
