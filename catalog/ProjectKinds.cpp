@@ -15,6 +15,7 @@ const ProjectKind* projectKindOf(const std::string& path) {
 
 std::vector<std::string> projectExtensions() {
   std::vector<std::string> extensions;
+  extensions.reserve(kProjectKinds.size());
   for (const ProjectKind& kind : kProjectKinds) extensions.emplace_back(kind.extension);
   return extensions;
 }
