@@ -57,6 +57,7 @@ int main() {
              .ours = [&] { return locking(asOrdinaryUser(task)); },
              .peer = peer});
   else
-    std::puts("lock, 3,000 files, through the helper: left out, the helper has no capability or does not serve this home");
+    std::puts(
+        "lock, 3,000 files, through the helper: left out, the helper has no capability or does not serve this home");
   runCommands({changing("-i", files)}, home);
 }

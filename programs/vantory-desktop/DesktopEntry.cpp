@@ -6,6 +6,7 @@
 #include <string_view>
 #include <system_error>
 
+#include "base/Paths.h"
 #include "platform/linux/session/DataFolders.h"
 #include "platform/posix/files/Errors.h"
 #include "platform/posix/files/SmallFiles.h"
@@ -37,7 +38,7 @@ std::optional<std::string> entryPath(const std::string& name, Case names) {
   for (const std::string& folder : dataFolders(g_get_home_dir(), true)) folders.push_back(folder + "/applications");
   std::error_code ignored;
   for (const std::string& folder : folders)
-    if (fs::exists(folder + "/" + name, ignored)) return folder + "/" + name;
+    if (std::string path = paths::join(folder, name); fs::exists(path, ignored)) return path;
   if (names == Case::Exact) return std::nullopt;
   for (const std::string& folder : folders)
     if (std::optional<std::string> path = pathInAnyCase(folder, name)) return path;

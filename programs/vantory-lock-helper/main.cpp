@@ -53,6 +53,7 @@ ExitCode run(int argumentCount) {
 
 }  // namespace vantory
 
+// NOLINTNEXTLINE(bugprone-exception-escape): one that escaped ends the helper, which is then started anew
 int main(int argc, char**) {
   return vantory::run(argc);
 }

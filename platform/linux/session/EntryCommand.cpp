@@ -12,6 +12,7 @@
 #include <string_view>
 #include <system_error>
 
+#include "base/Paths.h"
 #include "platform/linux/session/ProcessView.h"
 #include "platform/posix/files/Descriptor.h"
 
@@ -48,7 +49,7 @@ std::string located(const std::string& program, const std::string& searchPath) {
   if (program.empty() || program.find('/') != std::string::npos) return {};
   std::istringstream folders(searchPath);
   for (std::string folder; std::getline(folders, folder, ':');) {
-    const std::string path = folder + "/" + program;
+    const std::string path = paths::join(folder, program);
     if (folder.starts_with('/') && access(path.c_str(), X_OK) == 0) return resolved(path);
   }
   return {};

@@ -12,6 +12,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/Format.h"
 #include "platform/linux/system/LinuxSystemInfo.h"
 
 namespace vantory {
@@ -22,15 +23,15 @@ constexpr const char* kPrograms[] = {"vantory", "vantory-window"};
 
 // "core.PROGRAM.USER.BOOT.PROCESS.TIME", with the ending of its compression.
 bool isMemoryDump(const std::string& name, const std::string& user) {
-  for (const std::string program : kPrograms)
-    if (name.starts_with("core." + program + "." + user + ".")) return true;
+  for (const char* program : kPrograms)
+    if (name.starts_with(formatted("core.%@.%@.", program, user))) return true;
   return false;
 }
 
 // "_usr_bin_PROGRAM.USER.crash"
 bool isReport(const std::string& name, const std::string& user) {
-  for (const std::string program : kPrograms)
-    if (name.ends_with("_" + program + "." + user + ".crash")) return true;
+  for (const char* program : kPrograms)
+    if (name.ends_with(formatted("_%@.%@.crash", program, user))) return true;
   return false;
 }
 
