@@ -1,3 +1,4 @@
+// Turns the settings of scheduled backups into a job, at the start and after a change.
 #include "backups/AutosaveSchedule.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Maps paths into a backup's folder.
 #include "backups/BackupFolder.h"
 
 #include "base/Paths.h"

@@ -1,3 +1,4 @@
+// Builds the record of a backup from its settings file and the catalog.
 #include "backups/BackupReader.h"
 
 #include <algorithm>

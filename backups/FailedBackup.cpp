@@ -1,3 +1,4 @@
+// Clears away a backup that could not be written.
 #include "backups/FailedBackup.h"
 
 #include "backups/BackupLibrary.h"

@@ -1,3 +1,4 @@
+// Takes hold of folders, and clears a path for a new backup.
 #include "backups/LibraryHold.h"
 
 #include "services/Runtime.h"

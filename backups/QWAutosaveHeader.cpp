@@ -1,3 +1,4 @@
+// Sums up the automatic backups for their row.
 #include "backups/QWAutosaveHeader.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// How a backup is recorded, compared, and made the default.
 #include "backups/QWBackup.h"
 
 #include "backups/BackupFolder.h"

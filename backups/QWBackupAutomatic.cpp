@@ -1,3 +1,4 @@
+// How automatic backups are put together, named and written.
 #include "backups/BackupLibrary.h"
 #include "backups/BackupNaming.h"
 #include "backups/FailedBackup.h"

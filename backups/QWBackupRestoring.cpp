@@ -1,3 +1,4 @@
+// How a backup is restored: application by application, then made durable.
 #include <algorithm>
 
 #include "backups/BackupFolder.h"

@@ -1,3 +1,4 @@
+// How a backup is written: files first, settings last, on disk before success is told.
 #include <future>
 #include <unordered_set>
 

@@ -1,3 +1,4 @@
+// Holds the catalog and the lists of the library, and tells of changes.
 #include "backups/QWDataController.h"
 
 #include "catalog/SavedSelections.h"

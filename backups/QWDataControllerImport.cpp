@@ -1,3 +1,4 @@
+// How a backup from elsewhere gets into the library and is restored.
 #include "backups/BackupNaming.h"
 #include "backups/LibraryHold.h"
 #include "backups/QWDataController.h"

@@ -1,3 +1,4 @@
+// How the library is listed.
 #include <algorithm>
 
 #include "backups/BackupNaming.h"

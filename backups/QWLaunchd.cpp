@@ -1,3 +1,4 @@
+// Writes job files, and has them loaded and unloaded.
 #include "backups/QWLaunchd.h"
 
 #include <chrono>

@@ -1,3 +1,4 @@
+// Fills in placeholders.
 #include "base/Format.h"
 
 #include <array>

@@ -1,3 +1,4 @@
+// Writes values as JSON.
 #include "base/Json.h"
 
 #include <array>

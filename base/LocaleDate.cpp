@@ -1,3 +1,4 @@
+// Puts a date together in the order of the locale.
 #include "base/LocaleDate.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Takes paths apart and puts them together, as text.
 #include "base/Paths.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Dictionaries of property lists.
 #include "base/PropertyList.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Trims, folds, splits and escapes bytes that should be UTF-8.
 #include "base/Text.h"
 
 #include <algorithm>

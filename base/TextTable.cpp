@@ -1,3 +1,4 @@
+// Lays out columns.
 #include "base/TextTable.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Writes a moment in the local time zone.
 #include "base/Timestamp.h"
 
 namespace vantory {

@@ -1,3 +1,4 @@
+// The table itself.
 #include "catalog/BuiltInCatalog.h"
 
 namespace vantory {

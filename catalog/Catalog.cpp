@@ -1,3 +1,4 @@
+// Resolves the built-in table for the user whose files are handled.
 #include "catalog/Catalog.h"
 
 #include <optional>

@@ -1,3 +1,4 @@
+// Sets and reads the default applications of project files.
 #include "catalog/ProjectHandlers.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// How an application's state follows from its items.
 #include "catalog/QWApp.h"
 
 #include <algorithm>

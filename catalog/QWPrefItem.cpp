@@ -1,3 +1,4 @@
+// How an item is copied, and its state follows from its users.
 #include "catalog/QWPrefItem.h"
 
 #include <algorithm>

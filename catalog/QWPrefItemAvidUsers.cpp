@@ -1,3 +1,4 @@
+// How the Avid users of an item are found.
 #include <optional>
 #include <string>
 #include <vector>

@@ -1,3 +1,4 @@
+// How an item's files are trashed, locked and measured.
 #include <algorithm>
 #include <chrono>
 #include <set>

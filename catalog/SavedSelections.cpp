@@ -1,3 +1,4 @@
+// Stores which items are ticked, and applies it to a new catalog.
 #include "catalog/SavedSelections.h"
 
 #include <optional>

@@ -1,3 +1,4 @@
+// Reads the maker-wide settings file.
 #include "services/GlobalSettings.h"
 
 #include "base/Paths.h"

@@ -1,3 +1,4 @@
+// Keeps whether there is a user interface.
 #include "services/QWCmdUtils.h"
 
 #include "platform/SystemInfo.h"

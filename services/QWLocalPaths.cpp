@@ -1,3 +1,4 @@
+// Answers each folder by the platform, and makes private temporary ones.
 #include "services/QWLocalPaths.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Keeps the newest runtime, and destroys its instances in reverse.
 #include "services/Runtime.h"
 
 #include <atomic>

@@ -1,3 +1,4 @@
+// Copies logs, reports and settings into one folder, and packs it.
 #include "settings/LogGathering.h"
 
 #include <utility>

@@ -1,3 +1,4 @@
+// Compares the dates of the last start, the last end and the newest crash report.
 #include "settings/QWBugReporter.h"
 
 #include <algorithm>

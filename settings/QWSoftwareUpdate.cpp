@@ -1,3 +1,4 @@
+// Finds the newest copy of the updater and starts it.
 #include "settings/QWSoftwareUpdate.h"
 
 #include <charconv>

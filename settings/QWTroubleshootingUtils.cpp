@@ -1,3 +1,4 @@
+// Gathers logs onto the desktop, and opens them.
 #include "settings/QWTroubleshootingUtils.h"
 
 #include <mutex>

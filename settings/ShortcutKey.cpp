@@ -1,3 +1,4 @@
+// Writes a key and its modifiers as people read them.
 #include "settings/ShortcutKey.h"
 
 #include <map>

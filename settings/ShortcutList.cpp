@@ -1,3 +1,4 @@
+// Reads and changes the shared list.
 #include "settings/ShortcutList.h"
 
 #include <limits>

@@ -1,3 +1,4 @@
+// Begins a task, and tells its failures to whoever started it.
 #include "tasks/AppController.h"
 
 #include <vector>

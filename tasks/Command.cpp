@@ -1,3 +1,4 @@
+// The table of commands, and the search in it.
 #include "tasks/Command.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Sets up a runtime on the recording platform.
 #include "tasks/DryRun.h"
 
 #include <ostream>

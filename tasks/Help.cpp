@@ -1,3 +1,4 @@
+// Prints the help and the version.
 #include "tasks/Help.h"
 
 #include <iomanip>

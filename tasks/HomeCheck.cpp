@@ -1,3 +1,4 @@
+// Looks at the shape of the home's path.
 #include "tasks/HomeCheck.h"
 
 #include "backups/QWDataController.h"

@@ -1,3 +1,4 @@
+// Splits operands, and finds the items they name.
 #include "tasks/KeyList.h"
 
 #include "backups/QWDataController.h"

@@ -1,3 +1,4 @@
+// Decides between task, answer and window, and tells what failed.
 #include "tasks/Program.h"
 
 #include <algorithm>

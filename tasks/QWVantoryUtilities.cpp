@@ -1,3 +1,4 @@
+// Asks about running applications, and waits for them to quit.
 #include "tasks/QWVantoryUtilities.h"
 
 #include <chrono>

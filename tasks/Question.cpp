@@ -1,3 +1,4 @@
+// Finds the question that a command line asks, and answers it.
 #include "tasks/Question.h"
 
 #include <algorithm>

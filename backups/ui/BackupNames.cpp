@@ -1,3 +1,4 @@
+// Looks for names that are free, and refuses those that mislead.
 #include "backups/ui/BackupNames.h"
 
 #include "backups/BackupNaming.h"

@@ -1,3 +1,4 @@
+// Turns records of the catalog into rows, and ticks of rows into selections.
 #include "backups/ui/CatalogRows.h"
 
 namespace vantory {

@@ -1,3 +1,4 @@
+// Sorts the library as the person wants it.
 #include "backups/ui/LibrarySorting.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Tells which files are projects.
 #include "backups/ui/ProjectFiles.h"
 
 #include "catalog/ProjectKinds.h"

@@ -1,3 +1,4 @@
+// Fills the backup dialog and keeps its list of projects.
 #include "backups/ui/QWBackupEditController.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Ticks, and the writing of what is ticked.
 #include "backups/ui/QWBackupOutlineController.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// What the Restore pane shows, and in which order.
 #include "backups/ui/QWRestoreOutlineController.h"
 
 #include "backups/ui/CatalogRows.h"

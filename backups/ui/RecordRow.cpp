@@ -1,3 +1,4 @@
+// Makes rows for records and knows them again.
 #include "backups/ui/RecordRow.h"
 
 namespace vantory {

@@ -1,3 +1,4 @@
+// Makes the parts of the platform in the order in which they stand on each other.
 #include "platform/linux/LinuxPlatform.h"
 
 #include <unistd.h>

@@ -1,3 +1,4 @@
+// Records changes, each once.
 #include "platform/overlay/Changes.h"
 
 #include <system_error>

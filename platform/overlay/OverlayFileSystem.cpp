@@ -1,3 +1,4 @@
+// Answers from the record and the disk below it.
 #include "platform/overlay/OverlayFileSystem.h"
 
 #include <limits>

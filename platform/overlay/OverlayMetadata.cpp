@@ -1,3 +1,4 @@
+// Records flags and times instead of setting them.
 #include "platform/overlay/OverlayMetadata.h"
 
 #include <system_error>

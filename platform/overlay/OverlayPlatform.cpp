@@ -1,3 +1,4 @@
+// Puts recording parts before those of the real platform.
 #include "platform/overlay/OverlayPlatform.h"
 
 #include <utility>

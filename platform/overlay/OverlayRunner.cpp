@@ -1,3 +1,4 @@
+// Records what administrator rights would do.
 #include "platform/overlay/OverlayRunner.h"
 
 namespace vantory {

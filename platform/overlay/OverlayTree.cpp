@@ -1,3 +1,4 @@
+// Resolves paths through what was moved, made and removed.
 #include "platform/overlay/OverlayTree.h"
 
 #include <utility>

@@ -1,3 +1,4 @@
+// Quits and activates applications by their bus names.
 #include "programs/vantory-desktop/ApplicationBus.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Finds desktop entries in any case of letters, and reads them.
 #include "programs/vantory-desktop/DesktopEntry.h"
 
 #include <cerrno>

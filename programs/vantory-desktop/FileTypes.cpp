@@ -1,3 +1,4 @@
+// Finds the type of an extension, and declares those of projects.
 #include "programs/vantory-desktop/FileTypes.h"
 
 #include <gio/gio.h>

@@ -1,3 +1,4 @@
+// Starts applications by the bus or by their commands, with their files.
 #include "programs/vantory-desktop/Launch.h"
 
 #include <unistd.h>

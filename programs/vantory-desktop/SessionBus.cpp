@@ -1,3 +1,4 @@
+// Connects to the bus and calls with a limit of time.
 #include "programs/vantory-desktop/SessionBus.h"
 
 #include <algorithm>

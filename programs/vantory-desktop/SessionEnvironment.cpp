@@ -1,3 +1,4 @@
+// Asks the service manager for the session's variables.
 #include "programs/vantory-desktop/SessionEnvironment.h"
 
 #include <chrono>

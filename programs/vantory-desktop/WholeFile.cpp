@@ -1,3 +1,4 @@
+// Writes a file beside the old one and renames it.
 #include "programs/vantory-desktop/WholeFile.h"
 
 #include <gio/gio.h>

@@ -1,3 +1,4 @@
+// Finds an application's windows and asks them to close.
 #include "programs/vantory-desktop/Windows.h"
 
 #include <xcb/res.h>

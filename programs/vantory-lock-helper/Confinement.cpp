@@ -1,3 +1,4 @@
+// Gives up what the helper does not need.
 #include "programs/vantory-lock-helper/Confinement.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// Serves requests on descriptors that the caller hands over.
 #include "programs/vantory-lock-helper/LockService.h"
 
 #include <fcntl.h>

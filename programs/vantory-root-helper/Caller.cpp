@@ -1,3 +1,4 @@
+// Learns from the kernel and pkexec who the caller is.
 #include "programs/vantory-root-helper/Caller.h"
 
 #include <sys/socket.h>

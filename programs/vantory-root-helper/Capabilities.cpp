@@ -1,3 +1,4 @@
+// Drops capabilities.
 #include "programs/vantory-root-helper/Capabilities.h"
 
 #include <linux/capability.h>

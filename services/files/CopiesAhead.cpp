@@ -1,3 +1,4 @@
+// A second thread that works from the end of the list.
 #include "services/files/CopiesAhead.h"
 
 #include <algorithm>

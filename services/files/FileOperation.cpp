@@ -1,3 +1,4 @@
+// Measures, copies, reports each second, and ends with a last call.
 #include "services/files/FileOperation.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Walks folders without going in circles.
 #include "services/files/FolderWalk.h"
 
 #include <map>

@@ -1,3 +1,4 @@
+// Asks for the right, and has tools do their work with it.
 #include "services/files/QWAuthorization.h"
 
 #include <chrono>

@@ -1,3 +1,4 @@
+// Work on all that a folder holds.
 #include "base/Paths.h"
 #include "base/Text.h"
 #include "services/Runtime.h"

@@ -1,3 +1,4 @@
+// Sets and clears the immutable flag, many files at a time.
 #include <string>
 #include <vector>
 

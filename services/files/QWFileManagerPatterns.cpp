@@ -1,3 +1,4 @@
+// Expands patterns against the disk, one folder level at a time.
 #include <optional>
 
 #include "base/Paths.h"

@@ -1,3 +1,4 @@
+// Questions about files, names for them, and their labels.
 #include <algorithm>
 #include <optional>
 

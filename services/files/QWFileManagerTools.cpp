@@ -1,3 +1,4 @@
+// What tools of the system do: archives, and the registry of applications.
 #include "base/Paths.h"
 #include "platform/Processes.h"
 #include "platform/SystemTools.h"

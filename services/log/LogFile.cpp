@@ -1,3 +1,4 @@
+// Opens, rolls over and fills the files.
 #include "services/log/LogFile.h"
 
 #include <array>

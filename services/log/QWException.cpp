@@ -1,3 +1,4 @@
+// Tells of an exception in the log.
 #include "services/log/QWException.h"
 
 #include <cxxabi.h>

@@ -1,3 +1,4 @@
+// Decides which thread writes an entry, and when.
 #include "services/log/QWLog.h"
 
 #include <chrono>

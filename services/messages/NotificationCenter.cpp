@@ -1,3 +1,4 @@
+// Keeps observers, and calls them on the right thread.
 #include "services/messages/NotificationCenter.h"
 
 #include <utility>

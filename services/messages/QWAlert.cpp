@@ -1,3 +1,4 @@
+// Passes questions to the front end that has a window.
 #include "services/messages/QWAlert.h"
 
 #include "services/Runtime.h"

@@ -1,3 +1,4 @@
+// Posts notifications, and notices a click on one.
 #include "services/messages/QWGrowl.h"
 
 #include <charconv>

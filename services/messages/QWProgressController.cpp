@@ -1,3 +1,4 @@
+// Keeps what the sheet shows.
 #include "services/messages/QWProgressController.h"
 
 #include "services/messages/ProgressSheet.h"

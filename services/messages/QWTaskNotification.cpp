@@ -1,3 +1,4 @@
+// Sends reports to whichever client listens.
 #include "services/messages/QWTaskNotification.h"
 
 #include <chrono>

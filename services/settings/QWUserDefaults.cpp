@@ -1,3 +1,4 @@
+// Reads settings by layers, and changes the user's own.
 #include "services/settings/QWUserDefaults.h"
 
 #include <charconv>

@@ -1,3 +1,4 @@
+// Reads, changes and writes the file under a lock.
 #include "services/settings/SettingsFile.h"
 
 #include <chrono>

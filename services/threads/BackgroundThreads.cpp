@@ -1,3 +1,4 @@
+// Starts threads, and keeps count of them.
 #include "services/threads/BackgroundThreads.h"
 
 #include <algorithm>

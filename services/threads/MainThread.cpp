@@ -1,3 +1,4 @@
+// A queue that the main thread serves while it waits.
 #include "services/threads/MainThread.h"
 
 #include <utility>

@@ -1,3 +1,4 @@
+// Starts tools, gathers their output, and ends those that take too long.
 #include "services/tools/QWTask.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Moves backups one by one, and reports what stayed.
 #include "settings/ui/LibraryMove.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Applies each setting at once, and shows what came of it.
 #include "settings/ui/QWPreferenceController.h"
 
 #include <mutex>

@@ -1,3 +1,4 @@
+// Joins the table of commands with the shared list.
 #include "settings/ui/QWShortcutKeyTableDelegate.h"
 
 #include <chrono>

@@ -1,3 +1,4 @@
+// Loads catalog and library, switches panes, makes automatic backups.
 #include "tasks/ui/AppWindowController.h"
 
 #include "backups/FailedBackup.h"

@@ -1,3 +1,4 @@
+// Turns arguments and addresses into paths.
 #include "tasks/ui/DocumentPaths.h"
 
 #include <charconv>

@@ -1,3 +1,4 @@
+// Shows locks, and changes them on another thread.
 #include "tasks/ui/QWLockOutlineController.h"
 
 #include <utility>

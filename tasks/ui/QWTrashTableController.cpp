@@ -1,3 +1,4 @@
+// Ticks whole applications.
 #include "tasks/ui/QWTrashTableController.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Start and quit, and the opening of documents.
 #include "tasks/ui/Vantory_AppDelegate.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Puts addresses together.
 #include "tasks/ui/WebPages.h"
 
 #include <string_view>

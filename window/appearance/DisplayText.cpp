@@ -1,3 +1,4 @@
+// Shows bytes that are no text as escapes.
 #include "window/appearance/DisplayText.h"
 
 #include <QStringDecoder>

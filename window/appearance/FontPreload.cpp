@@ -1,3 +1,4 @@
+// Has Fontconfig read its lists.
 #include "window/appearance/FontPreload.h"
 
 #include <fontconfig/fontconfig.h>

@@ -1,3 +1,4 @@
+// Renders the images.
 #include "window/appearance/Icons.h"
 
 #include <QFile>

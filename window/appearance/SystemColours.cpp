@@ -1,3 +1,4 @@
+// Asks the desktop for its colours, and repaints.
 #include "window/appearance/SystemColours.h"
 
 #include <QApplication>

@@ -1,3 +1,4 @@
+// Wakes Qt's loop when work waits.
 #include "window/application/MainThreadEvents.h"
 
 #include <QMetaObject>

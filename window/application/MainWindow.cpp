@@ -1,3 +1,4 @@
+// Lays the window out, and takes what is dropped onto it.
 #include "window/application/MainWindow.h"
 
 #include <QApplication>

@@ -1,3 +1,4 @@
+// Stores and restores size and columns.
 #include "window/application/WindowMemory.h"
 
 #include <QFile>

@@ -1,3 +1,4 @@
+// Fills the menus.
 #include "window/application/WindowMenus.h"
 
 #include <QMenu>

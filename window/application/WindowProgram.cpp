@@ -1,3 +1,4 @@
+// Starts the toolkit, meets other copies, runs the loop.
 #include "window/application/WindowProgram.h"
 
 #include <QApplication>

@@ -1,3 +1,4 @@
+// Connects widgets and controllers.
 #include "window/application/WindowSession.h"
 
 #include <QApplication>

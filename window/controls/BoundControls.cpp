@@ -1,3 +1,4 @@
+// Check boxes and numbers that follow settings.
 #include "window/controls/BoundControls.h"
 
 #include <QCheckBox>

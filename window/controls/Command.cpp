@@ -1,3 +1,4 @@
+// Keeps button, menu item and shortcut in step.
 #include "window/controls/Command.h"
 
 #include "window/appearance/DisplayText.h"

@@ -1,3 +1,4 @@
+// Lays out controls and their sentences.
 #include "window/controls/FormPane.h"
 
 #include <QHBoxLayout>

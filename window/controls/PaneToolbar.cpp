@@ -1,3 +1,4 @@
+// Makes one button for each pane.
 #include "window/controls/PaneToolbar.h"
 
 #include <QLayout>

@@ -1,3 +1,4 @@
+// Draws the wheel.
 #include "window/controls/Spinner.h"
 
 #include <QPainter>

@@ -1,3 +1,4 @@
+// Lays out a message with its buttons.
 #include "window/dialogs/AlertDialog.h"
 
 #include <QApplication>

@@ -1,3 +1,4 @@
+// Shows one alert at a time on each window, and waits for it.
 #include "window/dialogs/AlertSheets.h"
 
 #include <QApplication>

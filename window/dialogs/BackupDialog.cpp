@@ -1,3 +1,4 @@
+// Lays out the sheet, and tells its controller of changes.
 #include "window/dialogs/BackupDialog.h"
 
 #include <QFormLayout>

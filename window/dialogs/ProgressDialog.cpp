@@ -1,3 +1,4 @@
+// Lays out the sheet.
 #include "window/dialogs/ProgressDialog.h"
 
 #include <QHBoxLayout>

@@ -1,3 +1,4 @@
+// Opens the dialog, and answers paths as bytes.
 #include "window/dialogs/QtFileChooser.h"
 
 #include <QFileDialog>

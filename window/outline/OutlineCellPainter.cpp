@@ -1,3 +1,4 @@
+// Draws names with icons, and what is the default in bold.
 #include "window/outline/OutlineCellPainter.h"
 
 #include "window/outline/OutlineModel.h"

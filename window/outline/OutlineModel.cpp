@@ -1,3 +1,4 @@
+// Asks the delegate for rows when they are needed.
 #include "window/outline/OutlineModel.h"
 
 #include <QDateTime>

@@ -1,3 +1,4 @@
+// Lays the pane out.
 #include "window/outline/OutlinePane.h"
 
 #include <QFrame>

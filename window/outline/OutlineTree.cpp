@@ -1,3 +1,4 @@
+// Turns keys and clicks into calls of the delegate.
 #include "window/outline/OutlineTree.h"
 
 #include <QContextMenuEvent>

@@ -1,3 +1,4 @@
+// Paints the check box.
 #include "window/outline/QWHeaderCheckCell.h"
 
 #include <QScopedValueRollback>

@@ -1,3 +1,4 @@
+// Keeps selection, open rows and sorting through a reload.
 #include "window/outline/QWOutlineView.h"
 
 #include <QEvent>

@@ -1,3 +1,4 @@
+// Gives each pane its sentence and its command.
 #include "window/panes/CatalogPanes.h"
 
 #include "window/controls/Command.h"

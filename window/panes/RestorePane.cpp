@@ -1,3 +1,4 @@
+// Gives the pane its columns and commands.
 #include "window/panes/RestorePane.h"
 
 #include "backups/QWDataController.h"

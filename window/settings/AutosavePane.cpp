@@ -1,3 +1,4 @@
+// Lays the pane out.
 #include "window/settings/AutosavePane.h"
 
 #include <QCheckBox>

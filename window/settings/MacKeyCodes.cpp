@@ -1,3 +1,4 @@
+// The table of codes.
 #include "window/settings/MacKeyCodes.h"
 
 #include <QKeyEvent>

@@ -1,3 +1,4 @@
+// Lays the pane out, and shows the handlers' state.
 #include "window/settings/ProjectHandlingPane.h"
 
 #include <QCheckBox>

@@ -1,3 +1,4 @@
+// Lays the pane out, and warns where shortcuts cannot work.
 #include "window/settings/QWShortcutKeyContainerView.h"
 
 #include <QHBoxLayout>

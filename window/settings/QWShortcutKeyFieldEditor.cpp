@@ -1,3 +1,4 @@
+// Turns key presses into a shortcut.
 #include "window/settings/QWShortcutKeyFieldEditor.h"
 
 #include <QKeyEvent>

@@ -1,3 +1,4 @@
+// Fills the table from its delegate.
 #include "window/settings/QWShortcutKeyTableview.h"
 
 #include <QAbstractTableModel>

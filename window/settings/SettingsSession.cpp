@@ -1,3 +1,4 @@
+// Makes the window when it is first wanted.
 #include "window/settings/SettingsSession.h"
 
 #include "services/settings/SettingsKeys.h"

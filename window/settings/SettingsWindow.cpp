@@ -1,3 +1,4 @@
+// Shows one pane at a time, and a sheet while something takes long.
 #include "window/settings/SettingsWindow.h"
 
 #include <QCloseEvent>

@@ -1,3 +1,4 @@
+// Finds the Trash of a file's own disk, writes the note, then renames.
 #include "platform/linux/files/DesktopTrash.h"
 
 #include <fcntl.h>

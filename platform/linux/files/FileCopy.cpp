@@ -1,3 +1,4 @@
+// Copies content, attributes, access lists, mode, owner and times between descriptors.
 #include "platform/linux/files/FileCopy.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// Opens folders without following links, with the right identity.
 #include "platform/linux/files/FileRights.h"
 
 #include <grp.h>

@@ -1,3 +1,4 @@
+// Makes, lists and empties folders on descriptors.
 #include "platform/linux/files/Folders.h"
 
 #include <dirent.h>

@@ -1,3 +1,4 @@
+// Asks the kernel for flags, times and labels, and sets them.
 #include "platform/linux/files/LinuxFileMetadata.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// Answers the interface of the disk by the parts beside it.
 #include "platform/linux/files/LinuxFileSystem.h"
 
 #include <fcntl.h>

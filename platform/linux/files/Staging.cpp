@@ -1,3 +1,4 @@
+// Puts copies together without a name, and commits them.
 #include "platform/linux/files/Staging.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// Copies folders with two threads.
 #include "platform/linux/files/TreeCopy.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// Frames messages on a socket.
 #include "platform/linux/helpers/Channel.h"
 
 #include <poll.h>

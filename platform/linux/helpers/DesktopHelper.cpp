@@ -1,3 +1,4 @@
+// Starts the desktop's helper when it is first asked, and gives it up when it hangs.
 #include "platform/linux/helpers/DesktopHelper.h"
 
 #include <charconv>

@@ -1,3 +1,4 @@
+// Finds helper programs, starts them and ends them.
 #include "platform/linux/helpers/HelperProcess.h"
 
 #include <sys/wait.h>

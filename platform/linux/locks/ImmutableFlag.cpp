@@ -1,3 +1,4 @@
+// Reads and sets the flag on a descriptor.
 #include "platform/linux/locks/ImmutableFlag.h"
 
 #include <linux/fs.h>

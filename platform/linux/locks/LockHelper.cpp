@@ -1,3 +1,4 @@
+// Hands open files to the lock helper.
 #include "platform/linux/locks/LockHelper.h"
 
 #include <charconv>

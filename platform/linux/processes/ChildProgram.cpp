@@ -1,3 +1,4 @@
+// Spawns programs with a clean set of descriptors.
 #include "platform/linux/processes/ChildProgram.h"
 
 #include <fcntl.h>

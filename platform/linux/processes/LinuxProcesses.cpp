@@ -1,3 +1,4 @@
+// Runs tools, reads what they print, and waits for them.
 #include "platform/linux/processes/LinuxProcesses.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// Checks the paths of a request, and does the tool's work by system calls.
 #include "platform/linux/rights/AdministratorTools.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Writes job files and the machine's setting as root.
 #include "platform/linux/rights/MachineWideFiles.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// Starts the root helper by pkexec and passes requests on to it.
 #include "platform/linux/rights/PkexecRunner.h"
 
 #include <sys/stat.h>

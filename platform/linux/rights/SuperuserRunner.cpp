@@ -1,3 +1,4 @@
+// Does administrator work in this process.
 #include "platform/linux/rights/SuperuserRunner.h"
 
 namespace vantory {

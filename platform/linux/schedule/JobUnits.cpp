@@ -1,3 +1,4 @@
+// Translates a job into a service and a timer.
 #include "platform/linux/schedule/JobUnits.h"
 
 #include <array>

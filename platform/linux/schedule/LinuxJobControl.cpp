@@ -1,3 +1,4 @@
+// Puts unit files in place and has the service manager read them.
 #include "platform/linux/schedule/LinuxJobControl.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Calls systemctl for the right user.
 #include "platform/linux/schedule/UserManager.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// Tells an application's processes by their scopes and their commands.
 #include "platform/linux/session/ApplicationProcesses.h"
 
 #include <fcntl.h>

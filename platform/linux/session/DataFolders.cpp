@@ -1,3 +1,4 @@
+// Reads the variables that name data folders.
 #include "platform/linux/session/DataFolders.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Starts programs in the session of the user at the screen.
 #include "platform/linux/session/DesktopSession.h"
 
 #include <sys/stat.h>

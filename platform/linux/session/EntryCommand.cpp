@@ -1,3 +1,4 @@
+// Takes the command of a desktop entry apart, and compares it with processes.
 #include "platform/linux/session/EntryCommand.h"
 
 #include <fcntl.h>

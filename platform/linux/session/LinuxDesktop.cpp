@@ -1,3 +1,4 @@
+// Asks the desktop's helper, each question with its patience.
 #include "platform/linux/session/LinuxDesktop.h"
 
 #include <unistd.h>

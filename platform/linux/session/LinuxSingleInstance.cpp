@@ -1,3 +1,4 @@
+// Binds the socket, or hands files to whoever has it.
 #include "platform/linux/session/LinuxSingleInstance.h"
 
 #include <sys/socket.h>

@@ -1,3 +1,4 @@
+// Reads a process's files below /proc.
 #include "platform/linux/session/ProcessView.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// Looks for dumps and reports, and writes reports of this process.
 #include "platform/linux/system/LinuxCrashReports.h"
 
 #include <execinfo.h>

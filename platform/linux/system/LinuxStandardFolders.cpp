@@ -1,3 +1,4 @@
+// Names each folder, from the home and the desktop's own settings.
 #include "platform/linux/system/LinuxStandardFolders.h"
 
 #include <unistd.h>

@@ -1,3 +1,4 @@
+// Reads names, versions, paths and random numbers from the system.
 #include "platform/linux/system/LinuxSystemInfo.h"
 
 #include <sys/random.h>

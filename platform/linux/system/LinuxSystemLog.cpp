@@ -1,3 +1,4 @@
+// Writes to syslog and to standard error.
 #include "platform/linux/system/LinuxSystemLog.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// The command lines of the system's tools.
 #include "platform/linux/system/LinuxSystemTools.h"
 
 #include "base/Paths.h"

@@ -1,3 +1,4 @@
+// Finds out who sits at the machine and who runs this process.
 #include "platform/linux/system/LinuxUsers.h"
 
 #include <sys/stat.h>

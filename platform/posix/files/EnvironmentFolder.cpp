@@ -1,3 +1,4 @@
+// Reads folders from variables, and normalises them.
 #include "platform/posix/files/EnvironmentFolder.h"
 
 #include <cstdlib>

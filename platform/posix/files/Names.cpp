@@ -1,3 +1,4 @@
+// Shortens names for staging, and brings paths into one form.
 #include "platform/posix/files/Names.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Edits one number in the XML of settings.
 #include "platform/posix/files/SettingsText.h"
 
 #include <pugixml.hpp>

@@ -1,3 +1,4 @@
+// Reads small files whole, and assignments in them.
 #include "platform/posix/files/SmallFiles.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// Looks users up by name and by number.
 #include "platform/posix/processes/PasswordDatabase.h"
 
 #include <pwd.h>

@@ -1,3 +1,4 @@
+// Reads the real-time clock, and sleeps.
 #include "platform/posix/processes/PosixClock.h"
 
 #include <ctime>

@@ -1,3 +1,4 @@
+// The system calls behind becoming, awaiting and preparing processes.
 #include "platform/posix/processes/ProcessCalls.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// Draws the line when something takes long, and takes it away.
 #include "platform/posix/progress/ProgressLine.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// Tells the line of each step, and passes it on to the disk.
 #include "platform/posix/progress/WatchedFiles.h"
 
 #include <algorithm>
