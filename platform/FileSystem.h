@@ -28,7 +28,7 @@ struct FileIdentity {
   std::uint64_t device = 0;
   std::uint64_t number = 0;
 
-  auto operator<=>(const FileIdentity&) const = default;
+  auto operator<=>(const FileIdentity&) const = default;  // NOLINT(modernize-use-nullptr): a false finding
 };
 
 struct FileInfo {
