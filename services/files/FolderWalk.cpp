@@ -88,7 +88,8 @@ bool walkFolder(const std::string& folder, Detail detail, Links links, const Fil
 }
 
 std::uint64_t folderSize(const std::string& folder) {
-  Walk walk(Detail::Sizes, Links::Follow, {}, Unreadable::PassOver);
+  const FileVisitor nobody;
+  Walk walk(Detail::Sizes, Links::Follow, nobody, Unreadable::PassOver);
   walk.enter({folder, nullptr});
   return walk.size();
 }
