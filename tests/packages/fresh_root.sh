@@ -29,7 +29,9 @@ make_root() {
 }
 
 # Nothing that might still be mounted from elsewhere is deleted.
+# A demo that failed may leave a locked file.
 remove_root() {
+  chattr -R -f -i "$root"/{home,tmp} 2>/dev/null
   umount -lR "$root" 2>/dev/null
   grep -qF " $work/" /proc/self/mounts || rm -rf --one-file-system "$work"
 }
