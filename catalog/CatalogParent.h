@@ -1,12 +1,14 @@
 // What a preference item needs of the record that holds it.
 #pragma once
 
+#include "catalog/States.h"
+
 namespace vantory {
 
 class CatalogParent {
  public:
   virtual ~CatalogParent() = default;
-  virtual int selected() const = 0;
+  virtual State selected() const = 0;
   virtual void updateLockStatus(bool refreshChildren) = 0;
 };
 

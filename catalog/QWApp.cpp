@@ -13,7 +13,7 @@ struct Tally {
   std::size_t off = 0;
   std::size_t on = 0;
 
-  int state() const {
+  State state() const {
     if (off == total) return Off;
     return on == total ? On : Mixed;
   }
@@ -66,7 +66,7 @@ void QWApp::updateSelectionStatusForPrefs() {
   for (const auto& item : children_) {
     if (!item->isPreferences()) continue;
     item->updateSelectionStatus();
-    const int state = item->selected();
+    const State state = item->selected();
     ++tally.total;
     if (state == Off) ++tally.off;
     if (state == On) ++tally.on;
@@ -80,11 +80,11 @@ void QWApp::updateLockStatus(bool refreshChildren) {
   locked_.becomeDue();
 }
 
-int QWApp::lockStateOfItems() const {
+State QWApp::lockStateOfItems() const {
   Tally tally;
   for (const auto& item : children_) {
     if (!item->lockable()) continue;
-    const int state = item->locked();
+    const State state = item->locked();
     ++tally.total;
     if (state == Off) ++tally.off;
     if (state == On) ++tally.on;
@@ -92,7 +92,7 @@ int QWApp::lockStateOfItems() const {
   return tally.state();
 }
 
-void QWApp::lockFiles(int state, TaskReport& report) {
+void QWApp::lockFiles(State state, TaskReport& report) {
   for (const auto& item : children_) item->lockFiles(state, report);
   updateLockStatus();
 }

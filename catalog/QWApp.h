@@ -39,15 +39,15 @@ class QWApp : public CatalogParent, public std::enable_shared_from_this<QWApp> {
   const std::string& bundleID() const { return definition_->bundleID; }
   const std::string& icon() const { return definition_->icon; }  // resource name
 
-  int selected() const override { return selected_; }
-  void setSelected(int state) { selected_ = state; }
+  State selected() const override { return selected_; }
+  void setSelected(State state) { selected_ = state; }
   // Looks at the files where the state is due.
-  int locked() const {
+  State locked() const {
     return locked_.value([this] { return lockStateOfItems(); });
   }
   // Without a look at the disk: the state when it was last set or asked for.
-  int lockedWhenLastKnown() const { return locked_.lastKnown(); }
-  void setLocked(int state) { locked_ = state; }
+  State lockedWhenLastKnown() const { return locked_.lastKnown(); }
+  void setLocked(State state) { locked_ = state; }
 
   const Items& children() const { return children_; }
   void setChildren(Items children) { children_ = std::move(children); }
@@ -64,7 +64,7 @@ class QWApp : public CatalogParent, public std::enable_shared_from_this<QWApp> {
   void updateLockStatus(bool refreshChildren) override;
   void updateLockStatus() { updateLockStatus(true); }
   // Locks (On) or unlocks the files of every lockable item.
-  void lockFiles(int state, TaskReport& report);
+  void lockFiles(State state, TaskReport& report);
   // Of the files of all items that are there. Looks at the disk.
   LockCount locksOfExistingFiles() const;
 
@@ -75,10 +75,10 @@ class QWApp : public CatalogParent, public std::enable_shared_from_this<QWApp> {
   bool isMeasured() const;
 
  private:
-  int lockStateOfItems() const;
+  State lockStateOfItems() const;
 
   std::shared_ptr<const Definition> definition_;
-  std::atomic<int> selected_ = Off;
+  std::atomic<State> selected_ = Off;
   LockState locked_;
   Items children_;
 };

@@ -40,7 +40,7 @@ void QWPrefItem::updateSelectionStatus() {
 
 void QWPrefItem::inheritSelectionFromParent() {
   const std::shared_ptr<CatalogParent> holder = parent();
-  int state = holder ? holder->selected() : Off;
+  State state = holder ? holder->selected() : Off;
   if (state == Mixed) state = On;
   selected_ = state;
   for (const auto& user : users_) user->setSelected(state);

@@ -45,15 +45,15 @@ class QWPrefItem : public CatalogParent, public std::enable_shared_from_this<QWP
   // True for an item that holds an application's preferences proper.
   bool isPreferences() const;
 
-  int selected() const override { return selected_; }
-  void setSelected(int state) { selected_ = state; }
+  State selected() const override { return selected_; }
+  void setSelected(State state) { selected_ = state; }
   // Looks at the files where the state is due.
-  int locked() const {
+  State locked() const {
     return locked_.value([this] { return lockStateOfFiles(); });
   }
   // Without a look at the disk: the state when it was last set or asked for.
-  int lockedWhenLastKnown() const { return locked_.lastKnown(); }
-  void setLocked(int state) { locked_ = state; }
+  State lockedWhenLastKnown() const { return locked_.lastKnown(); }
+  void setLocked(State state) { locked_ = state; }
 
   // The record that holds this item; null when it has gone or there is none.
   std::shared_ptr<CatalogParent> parent() const { return parent_.lock(); }
@@ -90,7 +90,7 @@ class QWPrefItem : public CatalogParent, public std::enable_shared_from_this<QWP
   int trash(TaskReport& report);
   // Locks (On) or unlocks the files of the item and its users, whose states are due then, the parent's too where asked.
   // Nothing happens to an item that is not lockable.
-  void lockFiles(int state, TaskReport& report, bool refreshParent = true);
+  void lockFiles(State state, TaskReport& report, bool refreshParent = true);
   // The state is due from now on, with refreshUsers that of all users too.
   void updateLockStatus(bool refreshUsers) override;
   void updateLockStatus() { updateLockStatus(true); }
@@ -104,10 +104,10 @@ class QWPrefItem : public CatalogParent, public std::enable_shared_from_this<QWP
 
  private:
   void measureIfDue();
-  int lockStateOfFiles() const;
+  State lockStateOfFiles() const;
 
   std::shared_ptr<const Definition> definition_;
-  std::atomic<int> selected_ = On;
+  std::atomic<State> selected_ = On;
   LockState locked_;
   std::weak_ptr<CatalogParent> parent_;
   Users users_;

@@ -94,7 +94,7 @@ void tellUnlocking(const std::string& path) {
   QWLog::appendLog("Unlocking file %@", path);
 }
 
-int stateOf(const LockCount& count) {
+State stateOf(const LockCount& count) {
   if (count.locked == 0 && count.unlocked > 0) return Off;
   return count.locked > 0 && count.unlocked == 0 ? On : Mixed;
 }
@@ -133,7 +133,7 @@ int QWPrefItem::trash(TaskReport& report) {
   return count;
 }
 
-void QWPrefItem::lockFiles(int state, TaskReport& report, bool refreshParent) {
+void QWPrefItem::lockFiles(State state, TaskReport& report, bool refreshParent) {
   if (!lockable()) return;
   const FileAction action = state == On ? FileAction::Lock : FileAction::Unlock;
   for (const std::string& pattern : files()) {
@@ -165,7 +165,7 @@ LockCount QWPrefItem::locksOfExistingFiles() const {
   return count;
 }
 
-int QWPrefItem::lockStateOfFiles() const {
+State QWPrefItem::lockStateOfFiles() const {
   if (!lockable()) return Off;
   LockCount count = countLocks(files());
   // Users count only where the item has no files of its own.

@@ -7,7 +7,8 @@
 namespace vantory {
 
 // On (every child on, or locked), off, or mixed. A state never computed reads as Off.
-enum State : int { Off = 0, On = 1, Mixed = -1 };
+enum class State : int { Off = 0, On = 1, Mixed = -1 };
+using enum State;
 
 // How many files, or users, are locked and how many are not.
 struct LockCount {
@@ -32,7 +33,7 @@ class LockState {
     due_ = other.due_.load();
     return *this;
   }
-  LockState& operator=(int state) {
+  LockState& operator=(State state) {
     value_ = state;
     due_ = false;
     return *this;
@@ -40,7 +41,7 @@ class LockState {
 
   // The state, by `workOut` when it is due.
   template <class WorkOut>
-  int value(WorkOut workOut) const {
+  State value(WorkOut workOut) const {
     if (due_) {
       value_ = workOut();
       due_ = false;
@@ -48,11 +49,11 @@ class LockState {
     return value_;
   }
   // The state that was last set or worked out, without looking at any file.
-  int lastKnown() const { return value_; }
+  State lastKnown() const { return value_; }
   void becomeDue() { due_ = true; }
 
  private:
-  mutable std::atomic<int> value_ = Off;
+  mutable std::atomic<State> value_ = Off;
   mutable std::atomic<bool> due_ = false;
 };
 

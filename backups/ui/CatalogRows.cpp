@@ -13,7 +13,7 @@ std::shared_ptr<QWApp> applicationOfRow(const OutlineItemPointer& item) {
   return rowAs<QWApp>(rowAround<QWApp>(item));
 }
 
-int selectionOfRow(const OutlineItemPointer& item) {
+State selectionOfRow(const OutlineItemPointer& item) {
   const auto record = rowAs<CatalogParent>(item);
   return record ? record->selected() : Off;
 }
@@ -24,12 +24,12 @@ std::string nameOfRow(const OutlineItemPointer& item) {
   return {};
 }
 
-int clickedState(const ObjectValue& value) {
-  const int* state = std::get_if<int>(&value);
+State clickedState(const ObjectValue& value) {
+  const State* state = std::get_if<State>(&value);
   return state && *state != Off ? On : Off;
 }
 
-void selectRow(const OutlineItemPointer& item, int state) {
+void selectRow(const OutlineItemPointer& item, State state) {
   if (const auto app = rowAs<QWApp>(item)) {
     app->setSelected(state);
     for (const auto& child : app->children()) child->inheritSelectionFromParent();

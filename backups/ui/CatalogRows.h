@@ -14,13 +14,13 @@ Rows rowsBelow(const OutlineItemPointer& item);
 
 // The application that the row stands for or lies in; null for other rows.
 std::shared_ptr<QWApp> applicationOfRow(const OutlineItemPointer& item);
-int selectionOfRow(const OutlineItemPointer& item);
+State selectionOfRow(const OutlineItemPointer& item);
 std::string nameOfRow(const OutlineItemPointer& item);
 
 // What a click makes of a check box: a mixed one becomes on.
-int clickedState(const ObjectValue& value);
+State clickedState(const ObjectValue& value);
 // Ticks or unticks an application, an item or an Avid user, with all below it, and brings the rows above up to date.
-void selectRow(const OutlineItemPointer& item, int state);
+void selectRow(const OutlineItemPointer& item, State state);
 
 // Answers the outline's questions about rows by what rowsUnder() tells. A row with nothing below it cannot be opened.
 class RowsDelegate : public OutlineDelegate {

@@ -8,6 +8,7 @@
 #include <variant>
 #include <vector>
 
+#include "catalog/States.h"
 #include "platform/Clock.h"
 
 namespace vantory {
@@ -21,9 +22,9 @@ class OutlineItem {
 };
 using OutlineItemPointer = std::shared_ptr<OutlineItem>;
 
-// What a cell holds: nothing, the state of a check box (1 on, 0 off, -1 mixed), text, or a date, which the view shows
-// as the person's language does in short.
-using ObjectValue = std::variant<std::monostate, int, std::string, Timestamp>;
+// What a cell holds: nothing, the state of a check box, text, or a date, which the view shows as the person's language
+// does in short.
+using ObjectValue = std::variant<std::monostate, State, std::string, Timestamp>;
 
 // How a cell is shown.
 struct OutlineCell {
@@ -80,7 +81,7 @@ class OutlineView {
   virtual void reloadData() = 0;
   virtual void reloadItem(const OutlineItemPointer& item, bool reloadChildren) = 0;
   // The check box in the header of the first column.
-  virtual void setHeaderState(int state) = 0;
+  virtual void setHeaderState(State state) = 0;
   virtual void setSortIndicator(const std::string& column, SortIndicator indicator) = 0;
   // The first selected row's item; null when none is.
   virtual OutlineItemPointer selectedItem() const = 0;

@@ -113,7 +113,7 @@ void QWBackupOutlineController::willDisplayCell(OutlineCell& cell, const std::st
 }
 
 void QWBackupOutlineController::mouseDownInHeaderOfTableColumn(const std::string&) {
-  const int state = headerState_ == On ? Off : On;
+  const State state = headerState_ == On ? Off : On;
   for (const auto& row : rowsUnder(nullptr)) selectRow(row, state);
   reload();
 }

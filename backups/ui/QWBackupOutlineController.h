@@ -45,7 +45,7 @@ class QWBackupOutlineController : public RowsDelegate, public OutlineActions {
 
  private:
   Parts parts_;
-  int headerState_ = 1;
+  State headerState_ = On;
   NotificationCenter::Observation appRefresh_;
   NotificationCenter::Observation tabSwitch_;
 };

@@ -25,7 +25,7 @@ bool isLockable(const OutlineItemPointer& item) {
 }
 
 // What the window shows: its thread must not look at the files.
-int lockStateOf(const OutlineItemPointer& item) {
+State lockStateOf(const OutlineItemPointer& item) {
   if (const auto app = rowAs<QWApp>(item)) return app->lockedWhenLastKnown();
   const auto prefItem = rowAs<QWPrefItem>(item);
   return prefItem && prefItem->lockable() ? prefItem->lockedWhenLastKnown() : Off;
@@ -40,12 +40,12 @@ void workOutLockStates(const QWApp& app) {
   }
 }
 
-void setLockStateOf(const OutlineItemPointer& item, int state) {
+void setLockStateOf(const OutlineItemPointer& item, State state) {
   if (const auto app = rowAs<QWApp>(item)) app->setLocked(state);
   if (const auto prefItem = rowAs<QWPrefItem>(item)) prefItem->setLocked(state);
 }
 
-void lock(const OutlineItemPointer& item, int state, TaskReport& report) {
+void lock(const OutlineItemPointer& item, State state, TaskReport& report) {
   if (const auto app = rowAs<QWApp>(item)) {
     app->lockFiles(state, report);
   } else if (const auto prefItem = rowAs<QWPrefItem>(item)) {
@@ -64,7 +64,7 @@ bool isAllLocked(const OutlineItemPointer& item) {
   return count.locked > 0 && count.unlocked == 0;
 }
 
-void tellFailure(int state, const TaskReport& report) {
+void tellFailure(State state, const TaskReport& report) {
   reportFailure(state == On ? "Not everything could be locked" : "Not everything could be unlocked", report.causes());
 }
 
@@ -107,14 +107,14 @@ ObjectValue QWLockOutlineController::objectValueForTableColumn(const std::string
 void QWLockOutlineController::setObjectValue(const ObjectValue& value, const std::string& forTableColumn,
                                              const OutlineItemPointer& byItem) {
   if (forTableColumn == "name" || !isLockable(byItem)) return;
-  const int clicked = clickedState(value);
+  const State clicked = clickedState(value);
   const bool wasMixed = lockStateOf(byItem) == Mixed;
   const OutlineItemPointer shown = rowAround<QWApp>(byItem);
   // What was asked for shows at once, what came of it when it is done.
   setLockStateOf(byItem, clicked);
   outline_.reloadItem(shown, true);
   runOnThread([this, byItem, clicked, wasMixed, shown] {
-    const int state = clicked == On && wasMixed && isAllLocked(byItem) ? Off : clicked;
+    const State state = clicked == On && wasMixed && isAllLocked(byItem) ? Off : clicked;
     QWAuthorization::sharedController().beginTask();
     TaskReport report;
     lock(byItem, state, report);

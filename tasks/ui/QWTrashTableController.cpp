@@ -15,7 +15,7 @@ AppList apps() {
   return QWDataController::sharedController().appArray();
 }
 
-void setAll(const QWApp& app, int state) {
+void setAll(const QWApp& app, State state) {
   for (const auto& item : app.children()) {
     item->setSelected(state);
     for (const auto& user : item->users()) user->setSelected(state);
@@ -39,7 +39,7 @@ void QWTrashTableController::reload() {
 
 void QWTrashTableController::updateHeaderCheckCell() {
   const AppList all = apps();
-  const auto count = [&](int state) {
+  const auto count = [&](State state) {
     return static_cast<std::size_t>(
         std::count_if(all.begin(), all.end(), [=](const auto& app) { return app->selected() == state; }));
   };
@@ -66,7 +66,7 @@ ObjectValue QWTrashTableController::objectValueForTableColumn(const std::string&
 
 void QWTrashTableController::setObjectValue(const ObjectValue& value, const std::string&,
                                             const OutlineItemPointer& byItem) {
-  const int state = clickedState(value);
+  const State state = clickedState(value);
   if (const auto app = rowAs<QWApp>(byItem)) {
     app->setSelected(state);
     setAll(*app, state);
@@ -87,7 +87,7 @@ void QWTrashTableController::willDisplayCell(OutlineCell& cell, const std::strin
 }
 
 void QWTrashTableController::mouseDownInHeaderOfTableColumn(const std::string&) {
-  const int state = headerState_ == On ? Off : On;
+  const State state = headerState_ == On ? Off : On;
   for (const auto& app : apps()) {
     setAll(*app, state);
     app->setSelected(state);

@@ -29,7 +29,7 @@ class QWTrashTableController : public RowsDelegate, public OutlineActions {
  private:
   OutlineView& outline_;
   Button& trashButton_;
-  int headerState_ = 1;
+  State headerState_ = On;
   NotificationCenter::Observation appRefresh_;
   NotificationCenter::Observation tabSwitch_;
 };

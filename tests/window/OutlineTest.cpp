@@ -48,13 +48,13 @@ class OutlineTest : public testing::Test {
 TEST_F(OutlineTest, ClicksOnCheckBoxesTick) {
   click(inCheckBox(app_));
   click(inCheckBox(app_));
-  EXPECT_EQ(rows_.changes, (std::vector<FakeRows::Change>{{"Editor", 1}, {"Editor", 0}}));
-  app_->state = -1;
+  EXPECT_EQ(rows_.changes, (std::vector<FakeRows::Change>{{"Editor", On}, {"Editor", Off}}));
+  app_->state = Mixed;
   other_->enabled = false;
   view_.reloadData();
   EXPECT_EQ(cell(app_).data(Qt::CheckStateRole).toInt(), Qt::PartiallyChecked);
   click(inCheckBox(app_));
-  EXPECT_EQ(rows_.changes.back(), FakeRows::Change("Editor", 1));
+  EXPECT_EQ(rows_.changes.back(), FakeRows::Change("Editor", On));
   click(inCheckBox(other_));
   EXPECT_EQ(rows_.changes.size(), 3u) << "a greyed check box was used";
   click(inText(other_));

@@ -26,7 +26,7 @@ struct FakeRow : OutlineItem {
 
   std::string title;
   std::string name;  // its identity
-  int state = 0;
+  State state = Off;
   bool hasCheckBox = true;
   bool enabled = true;
   bool editable = false;
@@ -54,7 +54,7 @@ class FakeRows : public OutlineDelegate, public OutlineActions {
   }
   void setObjectValue(const ObjectValue& value, const std::string&, const OutlineItemPointer& byItem) override {
     changes.emplace_back(row(byItem).title, value);
-    if (const int* state = std::get_if<int>(&value)) row(byItem).state = *state;
+    if (const State* state = std::get_if<State>(&value)) row(byItem).state = *state;
   }
   void willDisplayCell(OutlineCell& cell, const std::string& column, const OutlineItemPointer& item) override {
     if (column != "name") return;

@@ -23,14 +23,14 @@ struct OutlineModel::Row {
 
 namespace {
 
-Qt::CheckState checkState(int state) {
-  if (state < 0) return Qt::PartiallyChecked;
-  return state > 0 ? Qt::Checked : Qt::Unchecked;
+Qt::CheckState checkState(State state) {
+  if (state == Mixed) return Qt::PartiallyChecked;
+  return state == On ? Qt::Checked : Qt::Unchecked;
 }
 
-QString stateInWords(int state) {
-  if (state < 0) return QStringLiteral("partly ticked");
-  return state > 0 ? QStringLiteral("ticked") : QStringLiteral("not ticked");
+QString stateInWords(State state) {
+  if (state == Mixed) return QStringLiteral("partly ticked");
+  return state == On ? QStringLiteral("ticked") : QStringLiteral("not ticked");
 }
 
 QString cellText(const ObjectValue& value, const OutlineCell& cell) {
@@ -194,7 +194,7 @@ QVariant OutlineModel::data(const QModelIndex& index, int role) const {
     return QVariant::fromValue(columns_[static_cast<std::size_t>(index.column())].alignment | Qt::AlignVCenter);
   const OutlineItemPointer& item = rowAt(index).item;
   const ObjectValue value = delegate_->objectValueForTableColumn(columnIdentifier(index), item);
-  const auto* state = std::get_if<int>(&value);
+  const auto* state = std::get_if<State>(&value);
   if (role == Qt::CheckStateRole) return state ? QVariant(checkState(*state)) : QVariant();
 
   OutlineCell cell;
@@ -219,7 +219,7 @@ QVariant OutlineModel::data(const QModelIndex& index, int role) const {
 bool OutlineModel::setData(const QModelIndex& index, const QVariant& value, int role) {
   if (!index.isValid() || !delegate_) return false;
   if (role == Qt::CheckStateRole) {
-    const int state = value.toInt() == Qt::Unchecked ? 0 : 1;
+    const State state = value.toInt() == Qt::Unchecked ? Off : On;
     delegate_->setObjectValue(state, columnIdentifier(index), item(index));
     return true;
   }
@@ -240,7 +240,7 @@ Qt::ItemFlags OutlineModel::flags(const QModelIndex& index) const {
   Qt::ItemFlags flags = Qt::ItemIsEnabled | Qt::ItemIsSelectable;
   if (cell.editable) flags |= Qt::ItemIsEditable;
   const ObjectValue value = delegate_->objectValueForTableColumn(columnIdentifier(index), item);
-  if (cell.enabled && std::holds_alternative<int>(value)) flags |= Qt::ItemIsUserCheckable;
+  if (cell.enabled && std::holds_alternative<State>(value)) flags |= Qt::ItemIsUserCheckable;
   return flags;
 }
 

@@ -12,10 +12,10 @@ QWHeaderCheckCell::QWHeaderCheckCell(QWidget* parent) : QCheckBox(parent) {
   setToolTip(QStringLiteral("Tick or untick all"));
 }
 
-void QWHeaderCheckCell::setState(int state) {
+void QWHeaderCheckCell::setState(State state) {
   state_ = state;
   const QScopedValueRollback setting(settingState_, true);
-  setCheckState(state < 0 ? Qt::PartiallyChecked : state > 0 ? Qt::Checked : Qt::Unchecked);
+  setCheckState(state == Mixed ? Qt::PartiallyChecked : state == On ? Qt::Checked : Qt::Unchecked);
 }
 
 void QWHeaderCheckCell::nextCheckState() {

@@ -4,6 +4,8 @@
 #include <QCheckBox>
 #include <functional>
 
+#include "catalog/States.h"
+
 namespace vantory {
 
 // Shows what it is told; a click, the space bar or an assistive technology only says that it was clicked.
@@ -11,8 +13,7 @@ class QWHeaderCheckCell : public QCheckBox {
  public:
   explicit QWHeaderCheckCell(QWidget* parent);
 
-  // 1 on, 0 off, -1 mixed.
-  void setState(int state);
+  void setState(State state);
 
   std::function<void()> onClick;
 
@@ -21,7 +22,7 @@ class QWHeaderCheckCell : public QCheckBox {
   void checkStateSet() override;
 
  private:
-  int state_ = 0;
+  State state_ = Off;
   bool settingState_ = false;
 };
 

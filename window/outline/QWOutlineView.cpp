@@ -236,7 +236,7 @@ void QWOutlineView::reloadItem(const OutlineItemPointer& item, bool reloadChildr
   model_.reloadItem(item, reloadChildren);
 }
 
-void QWOutlineView::setHeaderState(int state) {
+void QWOutlineView::setHeaderState(State state) {
   headerCheck_->setState(state);
 }
 

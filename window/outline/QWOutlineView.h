@@ -60,7 +60,7 @@ class QWOutlineView : public QWidget, public OutlineView {
 
   void reloadData() override;
   void reloadItem(const OutlineItemPointer& item, bool reloadChildren) override;
-  void setHeaderState(int state) override;
+  void setHeaderState(State state) override;
   void setSortIndicator(const std::string& column, SortIndicator indicator) override;
   OutlineItemPointer selectedItem() const override;
   void selectItem(const OutlineItemPointer& item) override;

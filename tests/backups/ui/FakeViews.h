@@ -2,6 +2,7 @@
 #pragma once
 
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -15,12 +16,12 @@ class FakeOutline : public OutlineView {
  public:
   void reloadData() override {}
   void reloadItem(const OutlineItemPointer& item, bool) override { reloadedItems.push_back(item); }
-  void setHeaderState(int state) override { headerState = state; }
+  void setHeaderState(State state) override { headerState = state; }
   void setSortIndicator(const std::string& column, SortIndicator indicator) override { indicators[column] = indicator; }
   OutlineItemPointer selectedItem() const override { return selected; }
   void selectItem(const OutlineItemPointer& item) override { selected = item; }
 
-  int headerState = 99;
+  std::optional<State> headerState;
   std::vector<OutlineItemPointer> reloadedItems;
   std::map<std::string, SortIndicator> indicators;
   OutlineItemPointer selected;

@@ -46,7 +46,7 @@ TEST_F(RestorePaneTest, ShowsTheLibraryWithTheAutomaticBackupsFirst) {
   EXPECT_EQ(pane_.numberOfChildrenOfItem(pane_.child(0, nullptr)), 1U);
   const auto app = pane_.child(0, rowOf(pane_, backup));
   EXPECT_EQ(nameOfRow(app), "Editor");
-  EXPECT_EQ(std::get<int>(pane_.objectValueForTableColumn("name", app)), On);
+  EXPECT_EQ(std::get<State>(pane_.objectValueForTableColumn("name", app)), On);
   EXPECT_EQ(pane_.objectValueForTableColumn("size", app), ObjectValue()) << "measuring it must not stop the window";
   finishWork();
   EXPECT_EQ(outline_.reloadedItems.back()->identity(), inLibrary("Clean.vnt") + "\nEditor");

@@ -64,13 +64,15 @@ TEST_F(TickingTest, TheLockPaneShowsWhatIsLockedNotWhatWasClicked) {
   pane.reload();
   finishWork();
   using Record = RecordRow::Record;
-  const auto click = [&](int state, const Record& record) { pane.setObjectValue(state, "lock", rowOf(pane, record)); };
-  const auto lock = [&](int state, const Record& record) {
+  const auto click = [&](State state, const Record& record) {
+    pane.setObjectValue(state, "lock", rowOf(pane, record));
+  };
+  const auto lock = [&](State state, const Record& record) {
     click(state, record);
     finishWork();
   };
   const auto shown = [&](const Record& record) {
-    return std::get<int>(pane.objectValueForTableColumn("lock", rowOf(pane, record)));
+    return std::get<State>(pane.objectValueForTableColumn("lock", rowOf(pane, record)));
   };
   lock(On, avidItem_);
   EXPECT_TRUE(metadata_.locked.empty()) << "it cannot be locked";
@@ -115,7 +117,7 @@ TEST_F(TickingTest, AMixedRowOfWhichNothingIsLeftToLockIsUnlocked) {
     const OutlineItemPointer row = rowOf(pane, record);
     pane.setObjectValue(On, "lock", row);
     finishWork();
-    return std::get<int>(pane.objectValueForTableColumn("lock", row));
+    return std::get<State>(pane.objectValueForTableColumn("lock", row));
   };
   EXPECT_EQ(stateAfterClick(item), Mixed);
   EXPECT_THAT(metadata_.locked, ElementsAre(prefs("editor.one")));
