@@ -12,24 +12,16 @@
 
 namespace vantory {
 
-namespace {
-
-std::shared_ptr<QWApp> copyOf(const QWApp& app, bool preferencesOnly) {
-  auto copy = app.copyWithoutChildren();
-  for (const auto& item : app.children())
-    if (!preferencesOnly || item->isPreferences()) copy->addItem(item->copy());
-  return copy;
-}
-
-}  // namespace
-
 std::shared_ptr<QWBackup> QWBackup::autoBackup(bool preferencesOnly) {
   const Timestamp now = Runtime::current().platform().clock.now();
   const std::string name = std::string(kAutomaticPrefix) + localTimeText(now, "%Y-%m-%d_%H_%M_%S");
   const auto folder = autosavesFolder();
   auto backup = backupWithName(name, folder ? paths::join(*folder, backupFileName(name)) : std::string());
   backup->setIsAutosave(true);
-  for (const auto& app : BackupLibrary::current().appArray()) backup->addApp(copyOf(*app, preferencesOnly));
+  const auto copied = [&](const QWPrefItem& item) {
+    return preferencesOnly && !item.isPreferences() ? nullptr : item.copy();
+  };
+  for (const auto& app : BackupLibrary::current().appArray()) backup->addApp(app->copyWithItems(copied));
   return backup;
 }
 

@@ -33,6 +33,14 @@ std::shared_ptr<QWApp> QWApp::copyWithoutChildren() const {
   return copied;
 }
 
+std::shared_ptr<QWApp> QWApp::copyWithItems(
+    const std::function<std::shared_ptr<QWPrefItem>(const QWPrefItem&)>& copied) const {
+  auto app = copyWithoutChildren();
+  for (const auto& item : children_)
+    if (const auto itemCopy = copied(*item)) app->addItem(itemCopy);
+  return app;
+}
+
 std::shared_ptr<QWApp> QWApp::copy() const {
   auto copied = copyWithoutChildren();
   copied->children_ = children_;

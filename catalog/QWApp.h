@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -34,6 +35,9 @@ class QWApp : public CatalogParent, public std::enable_shared_from_this<QWApp> {
   std::shared_ptr<QWApp> copy() const;
   // A copy without items; a lock state that nobody has worked out yet is that of an application without any.
   std::shared_ptr<QWApp> copyWithoutChildren() const;
+  // A copy with items of its own, for a backup: what `copied` makes of each item, but for null.
+  std::shared_ptr<QWApp> copyWithItems(
+      const std::function<std::shared_ptr<QWPrefItem>(const QWPrefItem&)>& copied) const;
 
   const std::string& name() const { return definition_->name; }
   const std::string& bundleID() const { return definition_->bundleID; }

@@ -23,20 +23,16 @@ std::optional<std::string> keyOperand(const CommandContext& context) {
   return context.operand(context.operandCount() == 2 ? 2 : 3);
 }
 
-// The application with copies of its items in the list; without a list, of all of them.
-std::shared_ptr<QWApp> reducedCopy(const QWApp& app, const std::optional<KeyList>& keys) {
-  auto copy = app.copyWithoutChildren();
-  for (const auto& item : app.children())
-    if (!keys || std::find(keys->begin(), keys->end(), item->key()) != keys->end()) copy->addItem(item->copy());
-  return copy;
-}
-
+// Of the items in the list; without a list, of all of them.
 std::shared_ptr<QWBackup> makeRecord(const std::string& name, const std::optional<KeyList>& keys) {
   QWDataController& data = QWDataController::sharedController();
   data.populateApps();
   auto backup = QWBackup::backupWithName(name);
+  const auto copied = [&](const QWPrefItem& item) {
+    return keys && std::ranges::find(*keys, item.key()) == keys->end() ? nullptr : item.copy();
+  };
   for (const auto& app : data.appArray()) {
-    const auto copy = reducedCopy(*app, keys);
+    const auto copy = app->copyWithItems(copied);
     if (!copy->children().empty()) backup->addApp(copy);
   }
   return backup;

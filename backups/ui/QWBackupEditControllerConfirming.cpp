@@ -33,7 +33,9 @@ std::string withTilde(const std::string& path) {
   return std::string("~").append(path, home->size());
 }
 
-std::shared_ptr<QWPrefItem> copyForBackup(const QWPrefItem& item) {
+// With the users that are ticked; null for an item that is not.
+std::shared_ptr<QWPrefItem> copyOfTicked(const QWPrefItem& item) {
+  if (item.selected() == Off) return nullptr;
   auto copy = item.copy();
   copy->setUsers({});
   for (const auto& user : item.users())
@@ -44,13 +46,8 @@ std::shared_ptr<QWPrefItem> copyForBackup(const QWPrefItem& item) {
 std::shared_ptr<QWBackup> newBackup(const std::string& name, const std::string& target) {
   QWLog::appendLog("Creating new backup...");
   auto backup = QWBackup::backupWithName(name, target);
-  for (const auto& app : QWDataController::sharedController().appArray()) {
-    if (app->selected() == Off) continue;
-    auto appCopy = app->copyWithoutChildren();
-    for (const auto& item : app->children())
-      if (item->selected() != Off) appCopy->addItem(copyForBackup(*item));
-    backup->addApp(appCopy);
-  }
+  for (const auto& app : QWDataController::sharedController().appArray())
+    if (app->selected() != Off) backup->addApp(app->copyWithItems(copyOfTicked));
   return backup;
 }
 

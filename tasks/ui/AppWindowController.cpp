@@ -23,17 +23,6 @@ namespace {
 
 constexpr const char* kCrashAnalysis = "com.quarrywell.Faultlens";
 
-// The ticks of the panes stay as they are: a backup selects all that it holds.
-AppList copiesOf(const AppList& apps) {
-  AppList copies;
-  for (const auto& app : apps) {
-    auto copy = app->copyWithoutChildren();
-    for (const auto& item : app->children()) copy->addItem(item->copy());
-    copies.push_back(copy);
-  }
-  return copies;
-}
-
 }  // namespace
 
 void AppWindowController::startLog(BugReporterDelegate* delegate) {
@@ -62,8 +51,9 @@ void AppWindowController::load() {
 void AppWindowController::makeFirstBackup() {
   const auto name = QWLocalPaths::username();
   if (!name) return;
-  const auto backup =
-      QWBackup::backupWithName(*name, std::nullopt, copiesOf(QWDataController::sharedController().appArray()));
+  const auto backup = QWBackup::backupWithName(*name);
+  for (const auto& app : QWDataController::sharedController().appArray())
+    backup->addApp(app->copyWithItems([](const QWPrefItem& item) { return item.copy(); }));
   TaskReport report;
   if (backup->writeData(report) != WriteResult::Success) dropFailedBackup(*backup, report);
 }
