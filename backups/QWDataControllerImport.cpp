@@ -84,7 +84,7 @@ bool QWDataController::addBackupFromFile(const std::string& path, TaskReport& re
       return refuse("The backup holds nothing that can be restored",
                     {std::errc::invalid_argument, backup + " holds nothing that can be restored."});
     candidate->restore(report);
-    return report.count(FileReport::Outcome::Done, FileAction::Restore) > 0;
+    return report.hasDone(FileAction::Restore);
   }
   return refuse("Unable to locate backup",
                 {std::errc::no_such_file_or_directory, backup + " is not among the backups of the library."});

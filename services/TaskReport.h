@@ -53,6 +53,8 @@ class TaskReport {
 
   std::size_t count(FileReport::Outcome outcome) const;
   std::size_t count(FileReport::Outcome outcome, FileAction action) const;
+  // Whether that was done to one file at least.
+  bool hasDone(FileAction action) const { return count(FileReport::Outcome::Done, action) > 0; }
   bool hasFailures() const { return count(FileReport::Outcome::Failed) > 0; }
   // Whether everything that was asked for was done.
   bool isWhole() const { return !hasFailures() && passedOver_.empty() && !isCancelled_; }

@@ -21,11 +21,12 @@ void reportFailedPruning(const TaskReport& report) {
   if (report.hasFailures()) reportFailure("Old automatic backups could not be removed", report.causes());
 }
 
-void reportIncompleteRestore(const TaskReport& report) {
-  if (report.isWhole() && report.count(FileReport::Outcome::Done, FileAction::Restore) > 0) return;
-  const bool any = report.count(FileReport::Outcome::Done, FileAction::Restore) > 0;
+bool reportIncompleteRestore(const TaskReport& report) {
+  const bool any = report.hasDone(FileAction::Restore);
+  if (any && report.isWhole()) return false;
   reportFailure(any ? "Not everything could be restored" : "Nothing was restored",
                 withCauses(report.isCancelled() ? "The restore was cancelled." : "", report));
+  return true;
 }
 
 }  // namespace vantory

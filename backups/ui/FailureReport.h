@@ -19,7 +19,7 @@ std::string withCauses(const std::string& text, const TaskReport& report);
 // Tells of old automatic backups that could not be removed; nothing where all were.
 void reportFailedPruning(const TaskReport& report);
 
-// Tells of files that were not put back; nothing where all were. Any thread.
-void reportIncompleteRestore(const TaskReport& report);
+// Tells of files that were not put back; false, and nothing told, where all were. Any thread.
+bool reportIncompleteRestore(const TaskReport& report);
 
 }  // namespace vantory

@@ -96,11 +96,9 @@ void QWRestoreOutlineController::restoreOnThread(const std::shared_ptr<QWBackup>
   backup->restore(report);
   mainThread.runAndWait([this] { parts_.spinner.stopAnimation(); });
   QWLog::appendLog("Preferences restored");
-  if (report.isWhole() && report.count(FileReport::Outcome::Done, FileAction::Restore) > 0)
+  if (!reportIncompleteRestore(report))
     QWAlert::alertSheetWithMessageText("Preferences successfully restored",
                                        withCauses("You may now relaunch your applications.", report));
-  else
-    reportIncompleteRestore(report);
   reportFailedPruning(QWDataController::sharedController().manageAutoBackups());
 }
 

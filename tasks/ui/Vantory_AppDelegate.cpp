@@ -48,16 +48,14 @@ bool isAutomaticBackup(const std::string& path) {
 }
 
 void tellOfImport(const std::string& path, bool restored, const TaskReport& report) {
-  if (restored && report.isWhole())
-    QWAlert::alertSheetWithMessageText("Restoration complete",
-                                       withCauses("You may now relaunch your applications.", report));
-  else if (restored)
-    reportIncompleteRestore(report);
-  else
+  if (!restored)
     QWAlert::alertSheetWithMessageText(formatted("The backup \"%@\" could not be restored", backupName(path)),
                                        isAutomaticBackup(path)
                                            ? "It is an automatic backup. You can restore it from among the autosaves."
                                            : withCauses("Your preferences are as they were.", report));
+  else if (!reportIncompleteRestore(report))
+    QWAlert::alertSheetWithMessageText("Restoration complete",
+                                       withCauses("You may now relaunch your applications.", report));
 }
 
 void import(const std::string& path) {
