@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "backups/QWBackup.h"
+#include "backups/ui/BackupEditor.h"
 
 namespace vantory {
 
@@ -16,7 +17,7 @@ class QWBackupOutlineController;
 class QWRestoreOutlineController;
 
 // Main thread. What it is given outlives it.
-class QWBackupEditController {
+class QWBackupEditController : public BackupEditor {
  public:
   struct Parts {
     BackupDialogView& dialog;
@@ -32,8 +33,7 @@ class QWBackupEditController {
 
   // For a new backup.
   void showBackupDialog();
-  // For one that exists: it will be written anew, from the files that are there now.
-  void editBackup(const std::shared_ptr<QWBackup>& backup);
+  void editBackup(const std::shared_ptr<QWBackup>& backup) override;
 
   // The dialog's commands. backup() leaves it open while something is wrong with the name.
   void backup();
@@ -41,7 +41,7 @@ class QWBackupEditController {
   void addProject();
   void removeProject();
   void enableProjectHandling();
-  void expandProjectView();
+  void expandProjectView() override;
   void contractProjectView();
 
   std::shared_ptr<QWBackup> editedBackup() const { return editedBackup_; }

@@ -16,10 +16,10 @@
 
 namespace vantory {
 
+class BackupEditor;
 class BusyIndicator;
 class Button;
 class PaneSwitcher;
-class QWBackupEditController;
 
 // Main thread, but for the operations "OnThread". What it is given outlives it. What takes its time is done in the
 // turn of the tasks.
@@ -34,7 +34,7 @@ class QWRestoreOutlineController : public RowsDelegate, public OutlineActions {
   explicit QWRestoreOutlineController(const Parts& parts);
 
   // The dialog that edits a backup; set before the pane is shown.
-  void setEditController(QWBackupEditController& dialog) { dialog_ = &dialog; }
+  void setEditor(BackupEditor& dialog) { dialog_ = &dialog; }
 
   // Shows the library anew, sorted as the person left it. Any thread; on the main thread, which must not wait for the
   // sizes of backups, it may return before they are measured and shown.
@@ -91,7 +91,7 @@ class QWRestoreOutlineController : public RowsDelegate, public OutlineActions {
   Parts parts_;
   SerialWork measuring_;
   std::set<std::shared_ptr<QWApp>> beingMeasured_;
-  QWBackupEditController* dialog_ = nullptr;
+  BackupEditor* dialog_ = nullptr;
   NotificationCenter::Observation backupsRefresh_;
   NotificationCenter::Observation tabSwitch_;
 };

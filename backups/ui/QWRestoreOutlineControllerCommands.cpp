@@ -5,11 +5,11 @@
 
 #include "backups/BackupNaming.h"
 #include "backups/FailedBackup.h"
+#include "backups/ui/BackupEditor.h"
 #include "backups/ui/BackupNames.h"
 #include "backups/ui/Controls.h"
 #include "backups/ui/FailureReport.h"
 #include "backups/ui/PaneSwitcher.h"
-#include "backups/ui/QWBackupEditController.h"
 #include "backups/ui/QWRestoreOutlineController.h"
 #include "base/Format.h"
 #include "base/Paths.h"

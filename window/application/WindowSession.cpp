@@ -57,7 +57,7 @@ WindowSession::WindowSession(const std::string& home)
                  [this] { settings_.show(); },
                  [this](std::function<void()> work) { restore_.runOnThread(std::move(work)); }}),
       settings_(&window_, &delegate_) {
-  restore_.setEditController(edit_);
+  restore_.setEditor(edit_);
   QWAlert::sharedController().ask = [this](const AlertTexts& texts) { return alerts_.ask(texts); };
   connectWindow();
   connectCatalogPanes();
