@@ -80,6 +80,8 @@ class QWBackup : public BackupNode {
   WriteResult writeData(TaskReport& report, bool filesOnly = false);
   // Deletes what a failed writeData() left: the folder that it created, unless another process has put its own there.
   void removeCreatedFolder(TaskReport& report);
+  // The same, and lists the library anew: the backup may have been listed before the disk refused it. Any thread.
+  void dropUnwritten(TaskReport& report);
 
   // Puts the selected applications and items in place, asking the guard about each running application; those it closed
   // are started again. What was restored is on disk when it returns; the report says what was not, and why.

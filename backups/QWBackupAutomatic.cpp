@@ -1,7 +1,6 @@
 // How automatic backups are put together, named and written.
 #include "backups/BackupLibrary.h"
 #include "backups/BackupNaming.h"
-#include "backups/FailedBackup.h"
 #include "backups/LibraryFolder.h"
 #include "backups/QWBackup.h"
 #include "base/Paths.h"
@@ -33,7 +32,7 @@ WriteResult QWBackup::writeAutoBackup(TaskReport& task, bool preferencesOnly) {
     QWLog::appendLog("Backup successful.");
   } else {
     QWLog::appendLog("Backup failed with error code %i.", static_cast<int>(result));
-    dropFailedBackup(*backup, report);
+    backup->dropUnwritten(report);
   }
   if (report.hasFailures())
     task.remark(formatted(result == WriteResult::Success ? "The automatic backup made before is incomplete. %@"

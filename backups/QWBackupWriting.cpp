@@ -357,4 +357,9 @@ void QWBackup::removeCreatedFolder(TaskReport& report) {
   createdFolder_.reset();
 }
 
+void QWBackup::dropUnwritten(TaskReport& report) {
+  removeCreatedFolder(report);
+  BackupLibrary::current().populateBackups();
+}
+
 }  // namespace vantory

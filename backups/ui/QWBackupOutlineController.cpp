@@ -3,7 +3,6 @@
 
 #include <algorithm>
 
-#include "backups/FailedBackup.h"
 #include "backups/QWBackup.h"
 #include "backups/QWDataController.h"
 #include "backups/ui/CatalogRows.h"
@@ -64,7 +63,7 @@ void QWBackupOutlineController::writeBackupOnThread(const std::shared_ptr<QWBack
           withCauses("The backup was not created because none of the selected preference files exist on disk. To "
                      "recreate them, launch the selected applications or restore an existing backup.",
                      report));
-      dropFailedBackup(*backup, report);
+      backup->dropUnwritten(report);
       break;
     case WriteResult::SettingsNotWritten:
       QWLog::appendLog("Backup failed - error creating file");
@@ -73,7 +72,7 @@ void QWBackupOutlineController::writeBackupOnThread(const std::shared_ptr<QWBack
                                                               "folder %@.",
                                                               QWDataController::vantoryBackupLocation()),
                                                     report));
-      dropFailedBackup(*backup, report);
+      backup->dropUnwritten(report);
       break;
     case WriteResult::Success:
       QWLog::appendLog("Backup successful");

@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "backups/BackupNaming.h"
-#include "backups/FailedBackup.h"
 #include "backups/ui/BackupEditor.h"
 #include "backups/ui/BackupNames.h"
 #include "backups/ui/Controls.h"
@@ -41,7 +40,7 @@ void reportFailedRemoval(const Error& cause) {
 
 // The old backup is in the Trash by now, and half of a new one is worth nothing.
 void reportFailedWriting(QWBackup& backup, TaskReport& report) {
-  dropFailedBackup(backup, report);
+  backup.dropUnwritten(report);
   reportFailure("Unable to unlink the projects",
                 withCauses(formatted("The backup \"%@\" could not be written anew.", backup.name()), report));
 }

@@ -1,7 +1,6 @@
 // Loads catalog and library, switches panes, makes automatic backups.
 #include "tasks/ui/AppWindowController.h"
 
-#include "backups/FailedBackup.h"
 #include "backups/QWDataController.h"
 #include "backups/ui/FailureReport.h"
 #include "base/Format.h"
@@ -55,7 +54,7 @@ void AppWindowController::makeFirstBackup() {
   for (const auto& app : QWDataController::sharedController().appArray())
     backup->addApp(app->copyWithItems([](const QWPrefItem& item) { return item.copy(); }));
   TaskReport report;
-  if (backup->writeData(report) != WriteResult::Success) dropFailedBackup(*backup, report);
+  if (backup->writeData(report) != WriteResult::Success) backup->dropUnwritten(report);
 }
 
 void AppWindowController::toolbarTrash() {
