@@ -18,6 +18,7 @@ struct Directive {
   int decimals = 0;
 };
 
+// What the text, which begins with a percent sign, begins with; Kind::None where that is no placeholder here.
 Directive directiveAt(std::string_view rest) {
   using Kind = Directive::Kind;
   if (rest.starts_with("%%")) return {Kind::Percent, 2};
@@ -28,6 +29,7 @@ Directive directiveAt(std::string_view rest) {
   return {};
 }
 
+// By std::to_chars(), which knows no locale and so writes a point everywhere.
 template <class... Details>
 std::string digits(Details... details) {
   std::array<char, 512> buffer;  // the largest double has 309 digits before the point
@@ -59,6 +61,7 @@ std::string formatText(std::string_view format, std::span<const FormatArgument> 
   std::size_t used = 0;
   for (std::size_t i = 0; i < format.size();) {
     const Directive directive = format[i] == '%' ? directiveAt(format.substr(i)) : Directive{};
+    // Of "%%" the first is copied and both are passed.
     if (directive.kind == Directive::Kind::None || directive.kind == Directive::Kind::Percent)
       text += format[i];
     else if (used < arguments.size())

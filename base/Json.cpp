@@ -41,6 +41,7 @@ class Writer {
   void add(bool value) { text_ += value ? "true" : "false"; }
   void add(std::int64_t value) { text_ += std::to_string(value); }
   void add(std::uint64_t value) { text_ += std::to_string(value); }
+  // JSON has neither infinity nor what is no number.
   void add(double value) {
     std::array<char, 32> digits;
     const char* end = std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr;
@@ -77,6 +78,7 @@ class Writer {
     });
   }
 
+  // Each element stands on a line of its own, one level further in; an empty list on one line.
   template <class List, class Add>
   void addList(char opening, const List& list, char closing, Add addElement) {
     text_ += opening;

@@ -17,6 +17,7 @@ std::string formattedTime(const std::tm& time, const char* format, const std::lo
   return text.str();
 }
 
+// English gets one order everywhere, and so do locales that are not there or have no language, such as "C.UTF-8".
 bool hasEnglishMonths(const std::locale& locale) {
   std::tm time = {};
   for (; time.tm_mon < 12; ++time.tm_mon)
@@ -27,6 +28,7 @@ bool hasEnglishMonths(const std::locale& locale) {
 // Where the short date changes with the field.
 std::size_t placeInDate(int std::tm::*field, const std::locale& locale) {
   std::tm time = {};
+  // Each field keeps its two digits when it is one more: the date changes where the field stands, and nowhere before.
   time.tm_mday = 11;
   time.tm_mon = 10;
   time.tm_year = 122;
@@ -51,6 +53,7 @@ std::string MediumDateAndTime::text(Timestamp time) const {
   const std::string month = formattedTime(*parts, "%b ", locale_);
   if (places_ == decltype(places_){}) return month + day + formattedTime(*parts, ", %Y %T", std::locale::classic());
   using Part = std::pair<std::size_t, std::string>;
+  // A locale whose date leaves a field out has it in this order.
   std::array<Part, 3> date = {
       Part{places_[0], day + " "}, {places_[1], month}, {places_[2], formattedTime(*parts, "%Y ", locale_)}};
   std::ranges::stable_sort(date, {}, &Part::first);

@@ -8,6 +8,7 @@ namespace vantory::paths {
 
 namespace {
 
+// The root keeps its own.
 std::string_view withoutTrailingSlashes(std::string_view path) {
   while (path.size() > 1 && path.ends_with('/')) path.remove_suffix(1);
   return path;

@@ -19,6 +19,7 @@ std::vector<bool> supersededEntries(const std::vector<Entry>& entries) {
   std::stable_sort(byKey.begin(), byKey.end(),
                    [](const Entry* left, const Entry* right) { return left->first < right->first; });
   std::vector<bool> superseded(entries.size());
+  // Equal keys stand in the order of the file, so that each but the last has its successor beside it.
   for (std::size_t i = 1; i < byKey.size(); ++i) {
     if (byKey[i - 1]->first == byKey[i]->first) superseded[byKey[i - 1] - entries.data()] = true;
   }

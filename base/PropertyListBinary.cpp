@@ -20,8 +20,10 @@ constexpr double kSecondsFrom1970To2001 = 978307200;
   throw DamagedPropertyList();
 }
 
+// One reading of one file. An object is read again each time that another refers to it.
 class BinaryReader {
  public:
+  // Of the trailer the first six bytes say nothing that is needed.
   explicit BinaryReader(std::string_view bytes) : bytes_(bytes) {
     if (!bytes.starts_with(kHeader) || bytes.size() < kHeader.size() + kTrailerSize) damaged();
     const std::size_t trailer = bytes.size() - kTrailerSize;
@@ -64,6 +66,8 @@ class BinaryReader {
     return number(at, size);
   }
 
+  // A marker's lower half is the count; fifteen says that the count follows as an integer of its own. Numbers and dates
+  // have none.
   Object object(std::uint64_t reference) const {
     if (reference >= objectCount_) damaged();
     const std::uint64_t offset = number(tableOffset_ + reference * offsetSize_, offsetSize_);
@@ -112,6 +116,7 @@ class BinaryReader {
     }
   }
 
+  // 8 is false, 9 is true; the others of this type, such as null, stand for no value here.
   PropertyList boolean(const Object& object) const {
     if (object.count != 8 && object.count != 9) damaged();
     return object.count == 9;
@@ -151,9 +156,11 @@ class BinaryReader {
     return PropertyListData{std::string(bytes)};
   }
 
+  // ASCII, or UTF-16 with the higher byte first. UTF-8 where ASCII should be is what some writers leave.
   std::string text(const Object& object) {
     if (object.type == 0x6) {
       const std::string_view units = content(object.content, object.count, 2);
+      // A unit takes three bytes at most.
       spend(units.size() / 2 * 3);
       return utf8FromUtf16(units, ByteOrder::BigEndian);
     }
@@ -163,6 +170,7 @@ class BinaryReader {
     return std::string(characters);
   }
 
+  // The number of the object that the container has at this index; the bytes are known to exist.
   std::uint64_t reference(const Object& container, std::uint64_t index) const {
     return number(container.content + index * referenceSize_, referenceSize_);
   }

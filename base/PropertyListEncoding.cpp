@@ -19,6 +19,7 @@ char32_t unitAt(std::string_view bytes, ByteOrder order) {
   return order == ByteOrder::BigEndian ? first << 8 | second : second << 8 | first;
 }
 
+// The character is known to be one that Unicode has.
 void appendUtf8(char32_t character, std::string& text) {
   const auto add = [&text](char32_t byte) { text += static_cast<char>(byte); };
   if (character < 0x80) {
@@ -56,6 +57,7 @@ std::string utf8FromUtf16(std::string_view bytes, ByteOrder order) {
   char32_t high = 0;
   for (; !bytes.empty(); bytes.remove_prefix(2)) {
     const char32_t unit = unitAt(bytes, order);
+    // The second half of a pair stands behind a first half and nowhere else.
     if (isLowSurrogate(unit) != (high != 0)) throw DamagedPropertyList();
     if (isHighSurrogate(unit)) {
       high = unit;

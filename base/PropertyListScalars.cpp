@@ -17,12 +17,14 @@ using std::chrono::sys_days;
 using std::chrono::sys_seconds;
 using std::chrono::year;
 
+// Since 1970, in UTC.
 constexpr std::int64_t firstSecondOf(int number) {
   return sys_seconds(sys_days(year(number) / 1 / 1)).time_since_epoch().count();
 }
 constexpr std::int64_t kFirstSecond = firstSecondOf(0);
 constexpr std::int64_t kLastSecond = firstSecondOf(10000) - 1;
 
+// A number in a date's fixed place; damage where anything but a digit stands there.
 int digitsAt(std::string_view text, std::size_t at, std::size_t count) {
   int number = 0;
   for (const char digit : text.substr(at, count)) {
@@ -34,6 +36,7 @@ int digitsAt(std::string_view text, std::size_t at, std::size_t count) {
 
 constexpr std::string_view kBase64Digits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
+// For each byte its value as a digit, -1 for one that is none.
 constexpr std::array<short, 256> base64Values() {
   std::array<short, 256> values{};
   values.fill(-1);
@@ -124,6 +127,7 @@ std::string parseBase64(std::string_view text) {
     if (digits > 0) bytes += static_cast<char>(bits >> (6 - 2 * digits));
     digits = (digits + 1) % 4;
   }
+  // A single digit is less than a byte.
   if (digits == 1 || padding > 2) throw DamagedPropertyList();
   return bytes;
 }

@@ -24,6 +24,7 @@ bool isOctalDigit(char character) {
   return character >= '0' && character <= '7';
 }
 
+// What may stand without quotes. The writer quotes all but letters and digits, as other writers do.
 bool isWordCharacter(char character) {
   return isLetterOrDigit(character) || std::string_view("_$/:.-").find(character) != std::string_view::npos;
 }
@@ -35,6 +36,7 @@ unsigned hexadecimalDigit(char character) {
   damaged();
 }
 
+// Reads by recursive descent: each function takes what it understands from the front of the rest.
 class TextReader {
  public:
   explicit TextReader(std::string_view text) : rest_(text) {}
@@ -100,6 +102,7 @@ class TextReader {
     return PropertyListDictionary(std::move(entries));
   }
 
+  // At least one pair: an empty text is damaged.
   PropertyList pairsWithoutBraces() {
     std::vector<PropertyListDictionary::Entry> entries;
     do {
@@ -128,6 +131,7 @@ class TextReader {
     return values;
   }
 
+  // Behind the "<": pairs of hexadecimal digits, blanks between them as one likes.
   PropertyList data() {
     std::string bytes;
     for (skipBetween(); !take('>'); skipBetween()) {
@@ -137,6 +141,7 @@ class TextReader {
     return PropertyListData{std::move(bytes)};
   }
 
+  // A bare word, or a text in quotes of either kind.
   std::string text() {
     if (startsWith('"') || startsWith('\'')) return quotedText(takeCharacter());
     std::size_t length = 0;
@@ -225,6 +230,7 @@ class TextReader {
   std::string_view rest_;
 };
 
+// Writes one value; what an array or a dictionary holds stands on lines of its own, by level.
 class TextWriter {
  public:
   std::string document(const PropertyList& value) {
@@ -293,6 +299,7 @@ class TextWriter {
     }
   }
 
+  // Characters beyond ASCII stay as they are; what is no UTF-8 is escaped byte by byte.
   void quote(std::string_view text) {
     while (!text.empty()) {
       const std::size_t length = utf8CharacterLength(text);

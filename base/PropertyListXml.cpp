@@ -19,6 +19,7 @@ namespace {
   throw DamagedPropertyList();
 }
 
+// Decimal, or hexadecimal behind "0x"; unsigned only where the signed range ends.
 PropertyList integerFrom(std::string_view text) {
   const bool negative = text.starts_with('-');
   if (negative || text.starts_with('+')) text.remove_prefix(1);
@@ -35,6 +36,7 @@ PropertyList integerFrom(std::string_view text) {
   return magnitude;
 }
 
+// A plus sign in front is allowed, which std::from_chars() does not take.
 double realFrom(std::string_view text) {
   if (text.starts_with('+')) {
     text.remove_prefix(1);
@@ -65,6 +67,7 @@ std::string textIn(pugi::xml_node element) {
   return text;
 }
 
+// Everything but text, arrays and dictionaries.
 PropertyList plainValue(std::string_view type, std::string_view content) {
   if (type == "data") return PropertyListData{parseBase64(content)};
   if (type == "integer") return integerFrom(content);
@@ -113,6 +116,7 @@ constexpr std::string_view kHeader =
     "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
     "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" \"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
     "<plist version=\"1.0\">\n";
+// Characters of base64 on a line.
 constexpr std::size_t kDataLineLength = 68;
 
 // What stands for a key that XML cannot hold: its bytes percent-escaped, told apart from all keys in `taken`.
@@ -131,6 +135,7 @@ std::string escapedKey(std::string_view key, const std::set<std::string_view>& t
   return name;
 }
 
+// Writes values line by line, one tab for each level.
 class XmlWriter {
  public:
   std::string document(const PropertyList& value) {

@@ -12,6 +12,7 @@ namespace vantory {
 namespace {
 
 constexpr std::string_view kWhiteSpace = " \t\n\v\f\r";
+// The blanks of Unicode beyond ASCII.
 constexpr std::string_view kWideWhiteSpace[] = {"\u0085", "\u00a0", "\u1680", "\u2000", "\u2001", "\u2002", "\u2003",
                                                 "\u2004", "\u2005", "\u2006", "\u2007", "\u2008", "\u2009", "\u200a",
                                                 "\u2028", "\u2029", "\u202f", "\u205f", "\u3000"};
@@ -81,6 +82,7 @@ std::size_t past(bool (*isCommon)(std::uint64_t block), std::string_view bytes, 
   return start;
 }
 
+// Those of ASCII and of Latin-1, and what some programs take for the end of a line.
 bool isControlCharacter(std::string_view character) {
   const unsigned char first = byteAt(character, 0);
   if (character.size() == 1) return first < 0x20 || first == 0x7f;
@@ -116,6 +118,7 @@ const std::ctype<wchar_t>* letters() {
   return locale ? &std::use_facet<std::ctype<wchar_t>>(*locale) : nullptr;
 }
 
+// The number of a character of two bytes or more, known to be sound.
 wchar_t decoded(std::string_view character) {
   unsigned value = byteAt(character, 0) & (0x7fU >> character.size());
   for (std::size_t i = 1; i < character.size(); ++i) value = value << 6 | (byteAt(character, i) & 0x3f);
@@ -160,6 +163,7 @@ std::string_view trimmed(std::string_view text) {
 std::string_view shortened(std::string_view text, std::size_t length) {
   constexpr std::size_t kLongestCharacter = 4;
   if (text.size() <= length) return text;
+  // From the cut back to where the character that it would split begins.
   for (std::size_t back = 0; back < std::min(kLongestCharacter, length); ++back)
     if ((static_cast<unsigned char>(text[length - back]) & 0xC0) != 0x80) return text.substr(0, length - back);
   return text.substr(0, length);
@@ -221,6 +225,7 @@ std::size_t utf16Length(std::string_view text) {
     i = next;
     if (i == text.size()) break;
     const std::size_t length = characterLength(text, i);
+    // Characters of four bytes are those that take a pair of units.
     units += length == 4 ? 2 : 1;
     i += std::max<std::size_t>(length, 1);
   }

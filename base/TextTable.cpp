@@ -9,6 +9,7 @@ namespace vantory {
 
 namespace {
 
+// Every byte begins a character but those that continue one.
 std::size_t characters(const std::string& text) {
   const auto begins = [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0) != 0x80; };
   return static_cast<std::size_t>(std::ranges::count_if(text, begins));
