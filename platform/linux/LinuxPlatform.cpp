@@ -41,6 +41,7 @@ struct LinuxPlatform::Parts {
   Parts(std::vector<std::string> arguments, std::string startedProgram)
       : system(std::move(arguments), std::move(startedProgram)) {}
 
+  // From here on every step passes through what draws the line; the log makes room for its own lines.
   void showProgress() {
     progress = ProgressLine::onStandardError();
     if (!progress) return;
@@ -59,12 +60,14 @@ struct LinuxPlatform::Parts {
     return metadata;
   }
 
+  // With nobody at the console they serve nowhere.
   FileRights rightsForUser() const {
     if (!users.isSuperuser()) return FileRights::own();
     const auto user = users.consoleUser();
     return user ? FileRights::ofUser(*user) : FileRights::administrator({}, {});
   }
 
+  // Beyond the home the superuser's serve in the folders that all users share, and for the machine's logs.
   std::unique_ptr<PrivilegedRunner> privilegedRunner() const {
     if (!users.isSuperuser()) return std::make_unique<PkexecRunner>();
     return std::make_unique<SuperuserRunner>(users.consoleUser(), folders,
@@ -72,6 +75,7 @@ struct LinuxPlatform::Parts {
                                                          *folders.localFolder(StandardFolder::Library) + "/Logs"});
   }
 
+  // In this order: each is made of those above it.
   LinuxSystemLog systemLog;
   PosixClock clock;
   LinuxUsers users;

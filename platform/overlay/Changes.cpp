@@ -33,6 +33,7 @@ bool isSuperseded(const Change& earlier, const Change& change) {
 
 }  // namespace
 
+// An attempt with more rights takes the place of the refusal before it.
 void Changes::add(Change change) {
   if (refused_.contains(change.path))
     std::erase_if(changes_, [&](const Change& earlier) { return isSuperseded(earlier, change); });

@@ -18,6 +18,7 @@ using Lock = std::lock_guard<std::recursive_mutex>;
 // A device that no disk is.
 constexpr std::uint64_t kOverlayDevice = std::numeric_limits<std::uint64_t>::max();
 
+// What the overlay knows of an item goes over what the disk says.
 void applyOwn(const OverlayNode& node, FileInfo& info) {
   if (node.isCopy) info.locked = false;
   if (node.locked) info.locked = *node.locked;
@@ -31,6 +32,7 @@ DirectoryEntry entryFor(const std::string& name, const FileInfo& info) {
 
 }  // namespace
 
+// Copies no byte: its commit has the destination stand for what the source was.
 class OverlayFileSystem::OverlayCopy : public StagedCopy {
  public:
   OverlayCopy(OverlayFileSystem& files, Change change, OverlayNode node)
@@ -74,6 +76,7 @@ Result<FileInfo> OverlayFileSystem::info(const std::string& path, Links links) c
   return info;
 }
 
+// The disk's list, but for the names that the overlay knows better.
 Result<std::vector<DirectoryEntry>> OverlayFileSystem::list(const std::string& path, Detail detail) const {
   const Lock lock(tree_.mutex);
   const OverlayNode there = node(path);
@@ -172,6 +175,7 @@ Status OverlayFileSystem::commit(const Change& copy, OverlayNode copied, StagedC
   return {};
 }
 
+// What was made here only gets another name; of what the disk has it is a change.
 Status OverlayFileSystem::move(const std::string& source, const std::string& destination) {
   const Lock lock(tree_.mutex);
   Change change{.kind = Change::Kind::Move, .path = source, .destination = destination};
@@ -187,6 +191,7 @@ Status OverlayFileSystem::move(const std::string& source, const std::string& des
   return {};
 }
 
+// What was made here leaves no trace; of what the disk has it is a change.
 void OverlayFileSystem::forget(const std::string& path, Change change) {
   const bool isMade = node(path).isMade();
   tree_.remove(paths::normalized(path));
@@ -205,6 +210,7 @@ Status OverlayFileSystem::remove(const std::string& path) {
   return {};
 }
 
+// One change, however many folders it takes.
 Status OverlayFileSystem::makeFolder(const std::string& path) {
   const Lock lock(tree_.mutex);
   const std::string folder = paths::normalized(path);

@@ -22,6 +22,7 @@ std::vector<Status> OverlayMetadata::setAllLocked(const std::vector<std::string>
   return results;
 }
 
+// An item that is as wanted already is no change.
 Status OverlayMetadata::setLockedAt(const std::string& path, bool locked) {
   Change change{.kind = locked ? Change::Kind::Lock : Change::Kind::Unlock, .path = path};
   const auto info = files_.info(path, Links::DoNotFollow);
@@ -47,6 +48,7 @@ std::string OverlayMetadata::placeOnDisk(const std::string& path) const {
   return tree_.placeOnDisk(path);
 }
 
+// The disk tells only of what was not made, locked or unlocked here.
 bool OverlayMetadata::isWritable(const std::string& path) const {
   const Lock lock(tree_.mutex);
   const auto info = files_.info(path, Links::Follow);

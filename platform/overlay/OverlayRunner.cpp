@@ -3,6 +3,7 @@
 
 namespace vantory {
 
+// Rights do not stand in the way meanwhile.
 int OverlayRunner::run(const std::string& tool, const std::vector<std::string>& arguments) {
   files_.setUnlimited(true);
   const Status applied = apply(tool, arguments);
@@ -24,6 +25,7 @@ Status OverlayRunner::apply(const std::string& tool, const std::vector<std::stri
   return Error{std::errc::not_supported, tool};
 }
 
+// Over what is there, as the tool would.
 Status OverlayRunner::copy(const std::string& source, const std::string& destination) {
   const auto staged = files_.stageCopy({.source = source, .destination = destination, .links = Links::DoNotFollow});
   if (!staged) return staged.error();

@@ -21,6 +21,7 @@ OverlayNode below(const OverlayNode& folder, const std::string& rest) {
 
 }  // namespace
 
+// The nearest known folder above decides; where there is none, the disk.
 OverlayNode OverlayTree::at(const std::string& path) const {
   for (std::string folder = path;; folder = paths::parent(folder)) {
     const auto known = nodes_.find(folder);
@@ -30,17 +31,20 @@ OverlayNode OverlayTree::at(const std::string& path) const {
   return {.kind = OverlayNode::Kind::OnDisk, .origin = path};
 }
 
+// Nothing of what was there before shines through.
 void OverlayTree::put(const std::string& path, OverlayNode node) {
   remove(path);
   nodes_[path] = std::move(node);
 }
 
+// The empty node hides what the disk has.
 void OverlayTree::remove(const std::string& path) {
   const auto [first, last] = rangeBelow(path);
   nodes_.erase(first, last);
   nodes_[path] = {};
 }
 
+// The nodes below go along, each under its new name.
 void OverlayTree::move(const std::string& path, const std::string& destination) {
   Nodes moved;
   const auto [first, last] = rangeBelow(path);

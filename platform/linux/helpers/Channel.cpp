@@ -32,6 +32,7 @@ Result<std::string> encoded(const Message& message) {
   return bytes;
 }
 
+// The bytes are known to end with a NUL.
 Message decoded(std::string_view bytes) {
   Message message;
   while (!bytes.empty()) {
@@ -74,6 +75,7 @@ Result<Channel::Ends> Channel::pair() {
   return both;
 }
 
+// A partner that has gone is one error, whichever way the kernel tells it.
 Status Channel::send(const Message& message) {
   const Result<std::string> bytes = encoded(message);
   if (!bytes) return bytes.error();
@@ -104,6 +106,7 @@ Result<Message> Channel::receive(std::optional<std::chrono::milliseconds> limit)
   std::string bytes(kMaxMessageBytes, '\0');
   pid_t sender = 0;
   const ssize_t count = receiveFrom(socket_.get(), bytes, sender);
+  // Nothing received is how the end of a conversation looks.
   if (count <= 0 || (partnerProcess_.valid() && sender != partner_)) return systemError(kAbout, ENOTCONN);
   if (static_cast<std::size_t>(count) > bytes.size()) return systemError(kAbout, EBADMSG);
   bytes.resize(static_cast<std::size_t>(count));

@@ -16,6 +16,7 @@ namespace {
 
 constexpr std::string_view kAbout = "the desktop helper program";
 
+// An answer is "ok" and its values, or "error", a number and a text.
 Result<Message> valuesOf(Message answer) {
   if (answer.front() == "ok") {
     answer.erase(answer.begin());
@@ -38,6 +39,7 @@ class DesktopHelper::Conversation {
   Conversation(DesktopHelper& owner, HelperProcess process)
       : owner_(owner), process_(std::move(process)), reader_(&Conversation::read, this) {}
 
+  // The end of the conversation wakes the reader.
   ~Conversation() {
     process_.channel().end();
     reader_.join();
@@ -48,6 +50,7 @@ class DesktopHelper::Conversation {
     return ended_;
   }
 
+  // One at a time; the owner's lock sees to that.
   Result<Message> ask(const Message& request, std::chrono::milliseconds limit) {
     std::unique_lock lock(mutex_);
     answer_.reset();
@@ -59,6 +62,7 @@ class DesktopHelper::Conversation {
   }
 
  private:
+  // The reader's thread. Events may come at any time, also ahead of an answer.
   void read() {
     while (Result<Message> message = process_.channel().receive()) {
       if (message->front() == "event")
@@ -95,6 +99,7 @@ Result<Message> DesktopHelper::ask(const Message& request, std::chrono::millisec
   if (const Status begun = begin(); !begun) return begun.error();
   Result<Message> answer = conversation_->ask(request, limit);
   if (answer) return valuesOf(std::move(*answer));
+  // Given up after a silence, too: a late answer would pass for that to the next request.
   const std::errc reason = answer.error().code;
   if (reason == std::errc::not_connected || reason == std::errc::timed_out) conversation_.reset();
   return answer;
@@ -105,6 +110,7 @@ void DesktopHelper::handle(const std::string& event, EventHandler handler) {
   handlers_[event] = std::move(handler);
 }
 
+// Under the lock.
 Status DesktopHelper::begin() {
   if (conversation_ && !conversation_->ended()) return {};
   conversation_.reset();

@@ -20,6 +20,7 @@ namespace {
 constexpr std::chrono::milliseconds kPause{1};
 constexpr std::chrono::seconds kPatience{2};
 
+// True also where somebody else has collected it.
 bool hasEnded(pid_t child) {
   return uninterrupted([&] { return waitpid(child, nullptr, WNOHANG); }) != 0;
 }
@@ -51,6 +52,7 @@ HelperProcess::HelperProcess(HelperProcess&& other) noexcept
 
 HelperProcess::~HelperProcess() {
   if (child_ < 0) return;
+  // A helper that works ends with its input.
   channel_ = Channel(Descriptor());
   const auto limit = std::chrono::steady_clock::now() + kPatience;
   while (!hasEnded(child_)) {
@@ -58,6 +60,7 @@ HelperProcess::~HelperProcess() {
       uninterrupted([&] { return waitpid(child_, nullptr, 0); });
       return;
     }
+    // One that runs as somebody else is left alone.
     if (std::chrono::steady_clock::now() > limit) return;
     std::this_thread::sleep_for(kPause);
   }

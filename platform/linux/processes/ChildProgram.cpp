@@ -32,6 +32,7 @@ constexpr const char* kPassedOn[] = {"HOME",
                                      "XDG_RUNTIME_DIR",
                                      "DBUS_SESSION_BUS_ADDRESS"};
 
+// As the kernel takes lists: ended by a null pointer, and valid as long as the texts.
 std::vector<char*> pointersTo(std::vector<std::string>& texts) {
   std::vector<char*> pointers;
   pointers.reserve(texts.size() + 1);
@@ -68,6 +69,7 @@ class ChildSetup {
   }
   int closeOthers() { return posix_spawn_file_actions_addclosefrom_np(&actions_, kFirstOtherDescriptor); }
 
+  // What this process ignores or blocks is no matter of the child's.
   int resetSignals() {
     sigset_t all;
     sigset_t none;

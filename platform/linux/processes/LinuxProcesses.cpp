@@ -25,6 +25,7 @@ namespace {
 constexpr std::size_t kChunkBytes = 64 * 1024;
 constexpr int kUnknownStatus = -1;  // somebody else collected the child
 
+// As shells tell it.
 int exitStatus(int waitStatus) {
   return WIFSIGNALED(waitStatus) ? 128 + WTERMSIG(waitStatus) : WEXITSTATUS(waitStatus);
 }
@@ -38,6 +39,7 @@ bool readChunk(int stream, std::string& text) {
   return true;
 }
 
+// A child that nobody waits for stays in the table of processes when it has ended.
 void collectLater(pid_t child) {
   const auto collect = [child] { uninterrupted([&] { return waitpid(child, nullptr, 0); }); };
   try {
@@ -61,6 +63,7 @@ int openPipe(Pipe& pipe) {
   return 0;
 }
 
+// A write to it ends another thread's poll().
 int openEventCounter(Descriptor& counter) {
   counter = Descriptor(eventfd(0, EFD_CLOEXEC));
   return counter.valid() ? 0 : errno;
@@ -124,6 +127,7 @@ void LinuxProcess::terminate() {
   if (!status_) kill(child_, SIGTERM);
 }
 
+// Under the lock.
 void LinuxProcess::collectIfEnded() {
   if (status_) return;
   int status = 0;

@@ -18,6 +18,7 @@ Status refusal(std::string_view about, std::string_view reason) {
   return errorWithText(std::errc::operation_not_permitted, about, reason);
 }
 
+// The tools, too, are content with what is gone already.
 Status unlessMissing(Status status) {
   if (!status && status.error().code == std::errc::no_such_file_or_directory) return {};
   return status;
@@ -43,6 +44,7 @@ struct AdministratorTools::Shape {
   }
 };
 
+// Every call that the program makes and no other: options are compared to the letter.
 const std::vector<AdministratorTools::Shape>& AdministratorTools::shapes() {
   using Tools = AdministratorTools;
   static const std::vector<Shape> list = {
@@ -72,6 +74,7 @@ bool AdministratorTools::knows(const std::string& tool) {
   return std::any_of(shapes().begin(), shapes().end(), [&](const Shape& shape) { return shape.tool == tool; });
 }
 
+// Paths are brought into one form first, in which all checks compare them.
 Status AdministratorTools::perform(const std::string& tool, const std::vector<std::string>& arguments) {
   const auto shape =
       std::find_if(shapes().begin(), shapes().end(), [&](const Shape& each) { return each.fits(tool, arguments); });
@@ -94,6 +97,7 @@ Status AdministratorTools::copy(const Paths& paths) {
   return (*staged)->commit(StagedCopy::Existing::Replace);
 }
 
+// To the place of a job the superuser writes a file of its own.
 Status AdministratorTools::move(const Paths& paths) {
   if (machine_.isJob(paths[1])) return machine_.install(paths[0], paths[1], user_);
   if (Status allowed = refuseProtected(paths[0]); !allowed) return allowed;
@@ -114,6 +118,7 @@ Status AdministratorTools::touch(const Paths& paths) {
   return unlessMissing(metadata_.setModified(paths[0], std::nullopt));
 }
 
+// A folder that must not be moved must not be frozen either.
 Status AdministratorTools::lock(const Paths& paths) {
   if (Status allowed = refuseProtected(paths[0]); !allowed) return allowed;
   return metadata_.setLocked(paths[0], true);

@@ -34,6 +34,7 @@ Result<Descriptor> openOnlyFile(const std::string& path, const FileRights& right
 
 }  // namespace
 
+// Directly in the folder, and called as the maker's jobs are.
 bool isJobFileIn(const std::string& folder, const std::string& path) {
   if (!path.starts_with(folder + "/")) return false;
   const std::string_view name = std::string_view(path).substr(folder.size() + 1);
@@ -81,6 +82,7 @@ Status MachineWideFiles::makeReadable(const std::string& path) const {
   return makeReadableForAll(path, rights_);
 }
 
+// Under the lock that all changes of settings take; whatever else the file holds stays.
 Status MachineWideFiles::requireAdministrator(bool required) {
   const std::string folder = standard_.localFolder(StandardFolder::Library).value_or("") + "/Preferences";
   const std::string path = folder + "/com.quarrywell.Vantory.plist";

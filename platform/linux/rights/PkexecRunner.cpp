@@ -70,6 +70,7 @@ int PkexecRunner::run(const std::string& tool, const std::vector<std::string>& a
   request.insert(request.end(), arguments.begin(), arguments.end());
   const Status sent = helper_->channel().send(request);
   if (!sent && sent.error().code != std::errc::not_connected) return kFailed;  // the request itself cannot travel
+  // Also of a helper that has ended: its last answer may still lie there.
   const Result<Message> answer = helper_->channel().receive();
   if (!answer) letGo();
   return answer && *answer == Message{kHelperDone} ? kDone : kFailed;

@@ -20,6 +20,7 @@ void addOnce(std::vector<std::string>& folders, std::string folder) {
   if (std::find(folders.begin(), folders.end(), folder) == folders.end()) folders.push_back(std::move(folder));
 }
 
+// Of folders between colons those that are absolute, each once.
 void addListed(std::vector<std::string>& folders, const std::string& list) {
   std::istringstream entries(list);
   for (std::string entry; std::getline(entries, entry, ':');)
@@ -28,6 +29,7 @@ void addListed(std::vector<std::string>& folders, const std::string& list) {
 
 }  // namespace
 
+// Those of packages come last, and come also where no session has named them.
 std::vector<std::string> dataFolders(const std::string& home, bool environment) {
   const std::optional<std::string> own = environment ? environmentFolder("XDG_DATA_HOME") : std::nullopt;
   const char* listed = environment ? std::getenv("XDG_DATA_DIRS") : nullptr;

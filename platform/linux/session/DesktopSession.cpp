@@ -33,6 +33,7 @@ std::optional<std::string> runtimeFolder(const User& user) {
   return path;
 }
 
+// What can be known of the user's session without looking into other processes.
 std::vector<std::string> environmentOf(const User& user, const std::string& name) {
   std::vector<std::string> environment = {"HOME=" + user.home, "USER=" + name, "LOGNAME=" + name,
                                           "PATH=/usr/local/bin:/usr/bin:/bin", "LANG=C.UTF-8"};

@@ -57,6 +57,7 @@ bool isSameUser(int socket) {
   return getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 && peer.uid == getuid();
 }
 
+// A partner that does not read holds nobody up for long.
 bool limitWaiting(int socket) {
   constexpr timeval kLimit{5, 0};  // seconds
   return setsockopt(socket, SOL_SOCKET, SO_SNDTIMEO, &kLimit, sizeof kLimit) == 0;
@@ -91,6 +92,7 @@ LinuxSingleInstance::LinuxSingleInstance(const std::string& home, const std::str
     : name_("com.quarrywell.Vantory/" + std::to_string(getuid()) + "/" +
             std::to_string(std::hash<std::string>()(home + '\0' + display))) {}
 
+// Of two copies that start at once the name decides: one gets it.
 bool LinuxSingleInstance::listen(Receiver receive) {
   Descriptor socket = newSocket();
   const Address address = addressOf(name_);
@@ -101,6 +103,7 @@ bool LinuxSingleInstance::listen(Receiver receive) {
   return true;
 }
 
+// The thread sleeps in accept4(), which the shutdown ends.
 void LinuxSingleInstance::stopListening() {
   if (!thread_.joinable()) return;
   (void)shutdown(listener_.get(), SHUT_RDWR);
@@ -108,6 +111,7 @@ void LinuxSingleInstance::stopListening() {
   listener_ = Descriptor();
 }
 
+// One copy after the other; another user's is not answered.
 void LinuxSingleInstance::serve(const Receiver& receive) const {
   for (;;) {
     Descriptor socket(uninterrupted([&] { return accept4(listener_.get(), nullptr, nullptr, SOCK_CLOEXEC); }));
@@ -120,6 +124,7 @@ void LinuxSingleInstance::serve(const Receiver& receive) const {
   }
 }
 
+// Nobody has taken it only where that is certain: otherwise two copies would do the work.
 SingleInstance::HandOver LinuxSingleInstance::handOver(const OpenRequest& request) {
   Descriptor socket = newSocket();
   const Address address = addressOf(name_);

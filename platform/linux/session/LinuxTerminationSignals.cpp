@@ -12,8 +12,10 @@ namespace vantory {
 namespace {
 
 constexpr std::array kSignals = {SIGTERM, SIGINT, SIGHUP};
+// The pipe's writing end, where the handler finds it.
 volatile std::sig_atomic_t reportTo = -1;
 
+// The handler: only few calls are allowed here.
 void report(int) {
   const char byte = 0;
   if (write(reportTo, &byte, 1) != 1) _exit(1);
@@ -28,6 +30,7 @@ bool isIgnored(int signal) {
 void setHandlers(void (*handler)(int)) {
   struct sigaction action {};
   action.sa_handler = handler;
+  // It serves once; a second signal does what signals do.
   action.sa_flags = static_cast<int>(SA_RESTART | SA_RESETHAND);
   for (const int signal : kSignals)
     if (!isIgnored(signal)) sigaction(signal, &action, nullptr);

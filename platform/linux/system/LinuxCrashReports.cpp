@@ -59,6 +59,7 @@ std::string textOf(std::time_t time, const char* format) {
   return std::string(text, std::strftime(text, sizeof text, format, &parts));
 }
 
+// Put together at the start, while everything works.
 Report reportOf(const std::string& folder, const std::string& program) {
   const LinuxSystemInfo system({});
   const std::time_t now = std::time(nullptr);
@@ -72,6 +73,7 @@ Report reportOf(const std::string& folder, const std::string& program) {
   return made;
 }
 
+// What cannot be written is lost: nobody is left to be told.
 void write(int file, const char* text) {
   (void)!::write(file, text, std::strlen(text));
 }

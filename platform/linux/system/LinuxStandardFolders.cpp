@@ -91,6 +91,7 @@ std::string LinuxStandardFolders::desktop(const std::string& home) const {
   return desktop_;
 }
 
+// The desktop's file may name the home by its variable, and no other.
 std::string LinuxStandardFolders::configuredDesktop(const std::string& home) const {
   const std::string settings = configuredFolder("XDG_CONFIG_HOME").value_or(home + "/.config") + "/user-dirs.dirs";
   const Result<std::string> text = LinuxFileSystem(rights_).read(settings);

@@ -18,6 +18,7 @@ namespace vantory {
 
 namespace {
 
+// For a system that does not say what it is called.
 std::string kernelName() {
   utsname name{};
   uname(&name);

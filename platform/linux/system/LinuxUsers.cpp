@@ -71,6 +71,7 @@ void LinuxUsers::becomeSuperuser() {
   if (setuid(0) != 0) return;  // stays who it was
 }
 
+// The superuser's HOME is believed only where no login service could know better.
 std::optional<User> LinuxUsers::processUser() const {
   std::call_once(processUserFound_, [this] {
     if (!isSuperuser())

@@ -20,6 +20,7 @@ pugi::xml_node nextElement(pugi::xml_node node) {
   return node;
 }
 
+// Behind the last entry, indented like those.
 pugi::xml_node addedValue(pugi::xml_node dictionary, const std::string& key) {
   dictionary.append_child(pugi::node_pcdata).set_value("\t");
   dictionary.append_child("key").text().set(key.c_str());
@@ -49,6 +50,7 @@ Result<std::string> withSetting(std::string_view settings, const std::string& ke
   number.set_name("integer");
   number.remove_children();
   number.text().set(value);
+  // As it was read, with comments and line ends.
   std::ostringstream bytes;
   for (const pugi::xml_node part : document.children()) {
     part.print(bytes, "", pugi::format_raw, pugi::encoding_utf8);

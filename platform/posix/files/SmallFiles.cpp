@@ -35,6 +35,7 @@ std::string beginningOf(const std::string& path) {
   return text;
 }
 
+// As a shell would: a backslash counts everywhere but in single quotes.
 std::string unquoted(std::string_view value) {
   std::string result;
   char quote = '\0';

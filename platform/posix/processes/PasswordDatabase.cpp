@@ -16,6 +16,7 @@ namespace {
 // What the database says of a user.
 class Entry {
  public:
+  // The buffer grows until the entry fits.
   explicit Entry(uid_t id) {
     int failure = 0;
     while ((failure = getpwuid_r(id, &entry_, buffer_.data(), buffer_.size(), &found_)) == ERANGE || failure == EINTR)

@@ -36,6 +36,7 @@ void fillStandardStreams() {
     if (fcntl(stream, F_GETFD) < 0) (void)open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
 }
 
+// No call waits for a child with a limit, so it is asked for, less and less often.
 std::optional<int> waitForChild(pid_t child, std::chrono::milliseconds limit) {
   const auto end = std::chrono::steady_clock::now() + limit;
   for (auto pause = kFirstPause;; pause = std::min(pause * 2, kLongestPause)) {

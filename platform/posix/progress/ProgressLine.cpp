@@ -29,12 +29,14 @@ constexpr std::string_view kErase = "\r\x1b[K";
 // The terminal on which a line stands now; -1 for none. For a signal's handler.
 std::atomic<int> drawnOn = -1;
 
+// A signal's handler: a line left behind would get into the shell's prompt.
 void eraseAndEnd(int signal) {
   const int terminal = drawnOn;
   if (terminal >= 0) (void)!write(terminal, kErase.data(), kErase.size());
   raise(signal);  // ends the program, as the handler is called but once
 }
 
+// Signals that are handled or ignored already stay so.
 void leaveNoLineBehind() {
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
     struct sigaction before {};
@@ -147,6 +149,7 @@ void ProgressLine::end() {
   changed_.notify_all();
 }
 
+// In between deeds are only noted, so that thousands of small files cost nothing.
 void ProgressLine::run() {
   std::unique_lock lock(mutex_);
   while (!ended_) {
@@ -183,6 +186,7 @@ void ProgressLine::draw() {
   drawn_ = line;
 }
 
+// In the background the line has to stay.
 void ProgressLine::erase() {
   if (drawn_.empty()) return;
   drawn_.clear();
@@ -202,6 +206,7 @@ BeforeOutput::~BeforeOutput() {
   stream_.tie(previous_);
 }
 
+// A stream flushes the one that it is tied to before it writes.
 int BeforeOutput::sync() {
   action_();
   return 0;

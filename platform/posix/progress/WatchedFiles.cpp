@@ -33,6 +33,7 @@ Result<std::unique_ptr<AppendFile>> WatchedFileSystem::openForAppending(const st
 Result<std::unique_ptr<StagedCopy>> WatchedFileSystem::stageCopy(const CopyRequest& request) {
   line_.show("Copying", request.source);
   CopyRequest watched = request;
+  // Whoever observes the copy can still end it.
   watched.observer = [this, observer = request.observer](std::int64_t bytes, int objects) {
     line_.advance(bytes, objects);
     return !observer || observer(bytes, objects);
