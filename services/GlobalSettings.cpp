@@ -11,6 +11,7 @@ namespace vantory {
 
 namespace {
 
+// What scripts and other programs of the maker write for "on".
 bool isOn(const PropertyList& value) {
   if (const bool* flag = value.asBoolean()) return *flag;
   if (const auto* number = std::get_if<std::int64_t>(&value.content())) return *number == 1;

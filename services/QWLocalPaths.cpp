@@ -22,6 +22,7 @@ Platform& platform() {
   return Runtime::current().platform();
 }
 
+// Whose files the process works on; none for a superuser with nobody at the console.
 std::optional<User> handledUser() {
   const Users& users = platform().users;
   return users.isSuperuser() ? users.consoleUser() : users.processUser();
@@ -32,6 +33,7 @@ Folder below(const Folder& folder, std::string_view component) {
   return paths::join(*folder, component);
 }
 
+// A whole character of UTF-8, however many bytes it has.
 void dropLastCharacter(std::string_view& text) {
   const auto continues = [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0) == 0x80; };
   while (!text.empty() && continues(text.back())) text.remove_suffix(1);

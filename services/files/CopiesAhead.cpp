@@ -11,6 +11,7 @@ namespace vantory {
 
 namespace {
 
+// Fewer are copied sooner than a thread has started.
 constexpr std::size_t kFewestRequests = 8;
 // Each holds a file open.
 constexpr std::size_t kMostCopies = 64;
@@ -36,6 +37,7 @@ Staged stageCaught(const CopyRequest& request) {
   }
 }
 
+// By the limit of the process, or by that of the machine.
 bool tooManyFilesOpen(const Staged& copy) {
   return !copy && (copy.error().code == std::errc::too_many_files_open ||
                    copy.error().code == std::errc::too_many_files_open_in_system);
@@ -65,6 +67,7 @@ CopiesAhead::~CopiesAhead() {
   if (thread_.joinable()) thread_.join();
 }
 
+// The second thread has the request already, or there is no such thread, or it has not come so far yet.
 std::unique_ptr<StagedCopy> CopiesAhead::take(std::size_t index) {
   std::unique_lock lock(mutex_);
   taken_ = std::max(taken_, index + 1);
@@ -89,6 +92,7 @@ void CopiesAhead::letGo() {
   for (auto& copy : copies_) copy.reset();
 }
 
+// From the end towards the owner, until they meet or enough copies wait to be taken.
 void CopiesAhead::run() {
   const std::size_t last = requests_.size() - std::min(requests_.size(), kMostCopies);
   std::unique_lock lock(mutex_);

@@ -10,6 +10,7 @@ namespace vantory {
 
 namespace {
 
+// One walk, with what it has counted and where links have led it.
 class Walk {
  public:
   Walk(Detail detail, Links links, const FileVisitor& visit, Unreadable unreadable)
@@ -21,6 +22,7 @@ class Walk {
     const Level* above;
   };
 
+  // False when the visitor, or a folder that cannot be read, has ended the walk.
   bool enter(const Level& level) {
     const auto entries = files_.list(level.folder, detail_);
     if (!entries) return unreadable_ == Unreadable::PassOver;
@@ -55,6 +57,7 @@ class Walk {
     return goesOn;
   }
 
+  // The folder that a link stands for, where links are followed; none for all else.
   std::optional<FileIdentity> linkedFolder(const std::string& path, const DirectoryEntry& entry) const {
     if (links_ == Links::DoNotFollow || entry.type != FileType::SymbolicLink) return std::nullopt;
     const auto info = files_.info(path, Links::Follow);
@@ -77,6 +80,7 @@ class Walk {
   const FileVisitor& visit_;
   const Unreadable unreadable_;
   std::uint64_t size_ = 0;
+  // Of the folders entered through a link; a second link to one adds its size without another visit.
   std::map<FileIdentity, std::uint64_t> linkedSizes_;
 };
 

@@ -9,6 +9,7 @@ namespace vantory {
 
 namespace {
 
+// One that cannot be trashed is logged, and among the answer all the same.
 std::vector<std::string> trashMatchingFiles(const std::string& folder,
                                             const std::function<bool(const std::string& name)>& matches) {
   std::vector<std::string> found;

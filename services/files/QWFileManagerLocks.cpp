@@ -15,11 +15,13 @@ namespace {
 
 using Outcome = QWFileManager::LockOutcome;
 
+// The one line that a failure gets.
 Status report(const Error& error, bool locked) {
   QWLog::appendLog(locked ? "Unable to lock %@" : "Unable to unlock %@", error.text);
   return error;
 }
 
+// Where nobody can be asked for the right it is not tried.
 bool changeWithRights(const std::string& path, bool locked) {
   QWAuthorization& authorization = QWAuthorization::sharedController();
   return authorization.canAuthorize() &&
@@ -41,6 +43,7 @@ Item itemAt(const std::string& path, bool locked) {
   return info ? Item{path, info->locked} : Item{path, false, info.error()};
 }
 
+// All in one call, because another program may do the work; what is as wanted already is left out.
 void changeThose(std::vector<Item>& items, bool locked) {
   std::vector<std::string> paths;
   for (const Item& item : items)
@@ -82,6 +85,7 @@ std::vector<Outcome> changeAll(const std::vector<std::string>& paths, bool locke
   return results;
 }
 
+// Nothing happens where the path is no folder, or a link to one.
 void changeFolder(const std::string& folder, bool locked) {
   const auto info = Runtime::current().platform().files.info(folder, Links::DoNotFollow);
   if (!info || info->type != FileType::Folder) return;

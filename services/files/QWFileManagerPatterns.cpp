@@ -58,6 +58,7 @@ void tellUnreadable(const std::string& folder, const Error& error, TaskReport* r
   report->failed(FileAction::List, folder, error);
 }
 
+// The entries of all these folders whose names match, in the order that they are listed. A link to nothing is none.
 Paths matchingEntries(const Paths& folders, std::string_view pattern, TaskReport* report) {
   Paths found;
   for (const std::string& folder : folders) {
@@ -76,6 +77,7 @@ Paths matchingEntries(const Paths& folders, std::string_view pattern, TaskReport
   return found;
 }
 
+// What exists of the pattern below `start`, component by component.
 Paths expand(const std::string& pattern, const std::string& start, TaskReport* report = nullptr) {
   Paths found = {start};
   // Of a run of literal components only the whole is looked for, and not even that before a folder is listed.

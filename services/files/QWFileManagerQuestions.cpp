@@ -27,6 +27,7 @@ FileMetadata& metadata() {
 constexpr std::size_t kFlagsOffset = 8;  // two bytes, the higher one first
 constexpr std::uint16_t kLabelMask = 0x000E;
 
+// The flags word of the Finder's information, which holds the label; 0 where that is too short.
 std::uint16_t flagsOf(const std::string& finderInfo) {
   if (finderInfo.size() < kFlagsOffset + 2) return 0;
   const auto byte = [&](std::size_t index) { return static_cast<unsigned char>(finderInfo[index]); };
@@ -162,6 +163,7 @@ std::optional<QWFileManager::LabelColor> QWFileManager::finderColorForPath(const
   };
   // The word is not masked: with any other flag set an item shows no colour.
   const std::uint16_t index = finderColorIndexForPath(path);
+  // The lowest bit is not the label's, so that each of the seven colours has two numbers.
   if (index < 2 || index > 15) return std::nullopt;
   return kColors[index / 2 - 1];
 }

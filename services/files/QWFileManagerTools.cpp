@@ -17,6 +17,7 @@ Platform& platform() {
   return Runtime::current().platform();
 }
 
+// A failure, told in the log.
 Status reportUncompressed(const std::string& source, const std::string& reason, std::errc code = std::errc::io_error) {
   QWLog::appendLog("Unable to compress %@: %@", source, reason);
   return Error{code, source + ": " + reason};
@@ -30,6 +31,7 @@ bool handlesOwnFiles() {
   return handled && handled->id == 0;
 }
 
+// Fails with what the tool said. What it says about a success is logged.
 Status zip(const std::string& source, const std::string& archive) {
   const ToolCall call = platform().tools.zip(source, archive);
   std::shared_ptr<Process> process;

@@ -63,6 +63,7 @@ LogFile::LogFile(Platform& platform) : platform_(platform) {}
 
 LogFile::~LogFile() = default;
 
+// The superuser's older generations lie in another folder than the current file: both must be there.
 void LogFile::create(const std::string& name) {
   close();
   written_ = 0;
@@ -117,6 +118,7 @@ bool LogFile::makeFolder(FileSystem& files, const std::optional<std::string>& fo
   return false;
 }
 
+// The oldest first, so that each finds its new name free.
 bool LogFile::rotate(const std::string& folder, const std::string& name) {
   FileSystem& files = platform_.files;
   const std::string oldest = generationPath(folder, name, kGenerations);
@@ -132,6 +134,7 @@ bool LogFile::rotate(const std::string& folder, const std::string& name) {
   return true;
 }
 
+// The words are fixed: scripts look for them.
 std::string LogFile::header() {
   const SystemInfo& system = platform_.system;
   std::string text = formatted("Log started: %@\n", dateText());
@@ -147,6 +150,7 @@ FileSystem& LogFile::currentFiles() const {
   return platform_.users.isSuperuser() ? platform_.machineFiles : platform_.files;
 }
 
+// Many lines fall into one second, so its text is kept.
 const std::string& LogFile::dateText() {
   const std::int64_t second = platform_.clock.now().seconds;
   if (second != dateSecond_) {

@@ -58,6 +58,7 @@ std::string QWLog::appName() const {
   return appName_.value_or("Vantory");
 }
 
+// A short entry is in the file at the end: written here where nobody else writes, else waited for.
 void QWLog::append(std::string_view message) {
   std::string entry(trimmed(message));
   const std::size_t length = utf16Length(entry);
@@ -94,6 +95,7 @@ void QWLog::hold(std::string message) {
   append(message);
 }
 
+// A turn like any other, so that nobody writes while files are renamed.
 void QWLog::startNewLog(const std::optional<std::string>& name) {
   Lock lock(mutex_);
   drain(lock);
@@ -110,6 +112,7 @@ void QWLog::startNewLog(const std::optional<std::string>& name) {
   if (!queue_.empty()) wakeWriter(lock);
 }
 
+// Inside the writer it would wait for itself.
 void QWLog::drain(Lock& lock) {
   if (!insideWriter()) waitUntilFinished(lock, handedOver_);
 }
@@ -127,6 +130,7 @@ void QWLog::endTurn() {
   if (!queue_.empty()) queued_.notify_one();
 }
 
+// The lock is given up for the disk; the turn keeps others from writing.
 void QWLog::writeInTurn(Lock& lock, std::span<const std::string> entries) {
   writing_ = std::this_thread::get_id();
   lock.unlock();
@@ -145,6 +149,7 @@ void QWLog::writeQueued(Lock& lock) {
   }
 }
 
+// The thread is started for the first entry that needs it.
 void QWLog::wakeWriter(Lock& lock) {
   if (!writer_.joinable()) {
     try {
@@ -201,6 +206,7 @@ bool QWLog::write(const std::string& entry) {
   }
 }
 
+// A full file is moved on, and the next one begins by saying so.
 void QWLog::addToFile(const std::string& entry) {
   if (!file_.isOpen() && !file_.open(appName())) {
     platform_.systemLog.write(printable(formatted("Unable to log the following information: %@", entry)));
@@ -222,6 +228,7 @@ bool QWLog::flush() {
   return true;
 }
 
+// Always false.
 bool QWLog::fail(std::string_view reason) const {
   if (!loggingDisabled_) platform_.systemLog.write(printable(formatted("Exception writing to log: %@", reason)));
   return false;

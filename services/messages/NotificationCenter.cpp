@@ -25,6 +25,7 @@ NotificationCenter::Observation& NotificationCenter::Observation::operator=(Obse
   return *this;
 }
 
+// Waits for an observer that runs on another thread.
 void NotificationCenter::Observation::reset() {
   const std::shared_ptr<Entry> entry = std::exchange(entry_, nullptr);
   if (!entry) return;
@@ -49,6 +50,7 @@ NotificationCenter::Observation NotificationCenter::observe(std::string name, st
   return observe(std::move(name), [observer = std::move(observer)](const UserInfo&) { observer(); });
 }
 
+// Observers are called without the lock: they may post and observe themselves.
 void NotificationCenter::post(std::string_view name, const UserInfo& info) {
   std::vector<std::shared_ptr<Entry>> called;
   {

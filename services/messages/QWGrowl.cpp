@@ -25,6 +25,7 @@ std::string contextOf(Timestamp date) {
   return std::to_string(date.seconds * kNanosecondsPerSecond + date.nanoseconds);
 }
 
+// None for a text that is none of ours.
 std::optional<Timestamp> dateOf(const std::string& context) {
   std::int64_t count = 0;
   const char* end = context.data() + context.size();

@@ -28,6 +28,7 @@ Result<Answer> post(TaskClient& client, const std::string& service, const std::v
   return answer;
 }
 
+// To the first service that is there; a failure is logged, and nobody else is tried.
 void post(const char* operation, const std::vector<TaskMessage>& messages) {
   const Platform& platform = Runtime::current().platform();
   for (const char* service : {"QWProClientCallback", "QWGearwrightClientCallback"}) {

@@ -16,11 +16,13 @@ namespace {
 
 using Limits = std::numeric_limits<long long>;
 
+// Null where there is no such folder.
 std::unique_ptr<SettingsFile> settingsIn(const std::optional<std::string>& folder) {
   if (!folder) return nullptr;
   return std::make_unique<SettingsFile>(paths::join(*folder, QWUserDefaults::kDomain + std::string(".plist")));
 }
 
+// Cut off towards zero; the nearest number for one beyond the range, 0 for what is none.
 long long integerOf(double number) {
   if (number != number) return 0;
   if (number >= 0x1p63) return Limits::max();
@@ -28,6 +30,7 @@ long long integerOf(double number) {
   return static_cast<long long>(number);
 }
 
+// The number that the text begins with.
 std::optional<long long> integerOf(std::string_view text) {
   text = trimmed(text);
   if (text.starts_with('+')) text.remove_prefix(1);
@@ -48,6 +51,7 @@ std::optional<long long> integerOf(const PropertyList& value) {
   return std::nullopt;
 }
 
+// Behind a sign and zeros a text is on when it goes on with another digit, or with the first letter of "yes" or "true".
 bool booleanOf(const PropertyList& value) {
   if (const auto* number = std::get_if<double>(&value.content())) return *number != 0;
   const std::string* text = value.asString();

@@ -42,6 +42,7 @@ std::mutex& changing() {
 
 SettingsFile::SettingsFile(std::string path) : path_(std::move(path)) {}
 
+// What the file holds now; what is wrong with it becomes the content's state.
 SettingsFile::Content SettingsFile::load() const {
   Content content;
   // The look comes before the reading: a change between them is noticed at the next look.
@@ -59,6 +60,7 @@ SettingsFile::Content SettingsFile::load() const {
   return content;
 }
 
+// The content that was read last, as long as the file looks the same.
 std::shared_ptr<const SettingsFile::Content> SettingsFile::current() const {
   const std::lock_guard lock(mutex_);
   const auto info = files().info(path_, Links::Follow);
@@ -73,6 +75,7 @@ std::shared_ptr<const SettingsFile::Content> SettingsFile::current() const {
   return cached_;
 }
 
+// Once for each change of the state.
 void SettingsFile::tell(const Content& content) const {
   if (!isNews(content.state)) return;
   // A task that goes on without the settings may work in another library: its caller must know.
@@ -116,6 +119,7 @@ void SettingsFile::forget() const {
   cached_ = nullptr;
 }
 
+// One that cannot be read is left alone: all that it holds would be lost.
 Status SettingsFile::replace(const std::function<void(PropertyListDictionary&)>& change, Durability durability) {
   const std::string folder = paths::parent(path_);
   if (Status made = files().makeFolder(folder); !made) return made;
@@ -131,6 +135,7 @@ Status SettingsFile::replace(const std::function<void(PropertyListDictionary&)>&
   return files().write(path_, bytes, {.durable = durability == Durability::Lasting});
 }
 
+// Keeps a damaged file under a name with the time in it.
 Status SettingsFile::setAside() const {
   const Timestamp now = Runtime::current().platform().clock.now();
   const std::string place = QWFileManager::uniqueFilename(path_ + ".damaged-" + localTimeText(now, "%Y%m%d%H%M%S"));

@@ -35,6 +35,7 @@ bool BackgroundThreads::start(std::function<void()> work) {
   return false;
 }
 
+// The whole life of a thread.
 void BackgroundThreads::run(const std::function<void()>& work) {
   try {
     work();
@@ -71,6 +72,7 @@ void BackgroundThreads::runWaiting() {
   servingWaiting_ = false;
 }
 
+// Empty as long as work runs, and when nothing waits.
 std::function<void()> BackgroundThreads::takeWaiting() {
   const std::lock_guard lock(mutex_);
   if (running_ > 0 || waiting_.empty()) return nullptr;
@@ -114,6 +116,7 @@ void SerialWork::workOff() {
   }
 }
 
+// Empty when the thread is to end; decided under the lock, so that what is added later gets a thread of its own.
 std::function<void()> SerialWork::takeNext() {
   const std::lock_guard lock(mutex_);
   working_ = !waiting_.empty();
@@ -126,6 +129,7 @@ std::function<void()> SerialWork::takeNext() {
 void forEachInParallel(std::size_t count, const std::function<void(std::size_t)>& work) {
   constexpr unsigned kMostThreads = 4;
   std::atomic<std::size_t> next = 0;
+  // Each thread takes the next index until there is none.
   const auto run = [&] {
     for (std::size_t index; (index = next++) < count;) work(index);
   };

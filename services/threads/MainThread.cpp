@@ -33,6 +33,7 @@ bool MainThread::post(std::function<void()> work) {
   return enqueue(std::move(work)) != nullptr;
 }
 
+// The notices are counted, so that one which comes while `done` is asked is not slept through.
 void MainThread::runUntil(const std::function<bool()>& done) {
   std::unique_lock lock(mutex_);
   for (;;) {
@@ -78,6 +79,7 @@ std::shared_ptr<MainThread::Job> MainThread::enqueue(std::function<void()> work)
   return job;
 }
 
+// The lock is given up while the work runs. What the work holds is let go before it counts as finished.
 void MainThread::runNextJob(std::unique_lock<std::mutex>& lock) {
   const std::shared_ptr<Job> job = std::move(jobs_.front());
   jobs_.pop_front();

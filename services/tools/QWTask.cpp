@@ -32,6 +32,7 @@ void logToSystem(std::string_view format, const Arguments&... arguments) {
   Runtime::current().platform().systemLog.write(printable(formatted(format, arguments...)));
 }
 
+// What is none is told in both logs.
 bool isTool(const std::string& path) {
   const FileMetadata& metadata = Runtime::current().platform().metadata;
   if (metadata.isExecutable(path) && !metadata.isPackage(path)) return true;
@@ -51,6 +52,7 @@ bool isAscii(std::string_view bytes) {
   return std::none_of(bytes.begin(), bytes.end(), [](unsigned char byte) { return byte > 127; });
 }
 
+// Without output the text is empty; with bytes of another encoding there is none.
 Text decoded(Text output, QWTask::Encoding encoding) {
   if (!output) return "";
   const bool fits = encoding == QWTask::Encoding::Ascii ? isAscii(*output) : isUtf8(*output);
@@ -95,6 +97,7 @@ class QWTask::TimedRun {
   TimedRun& operator=(const TimedRun&) = delete;
 
  private:
+  // On a thread of its own, until the run has ended or its time is over.
   void waitForLimit() {
     {
       std::unique_lock lock(mutex_);
@@ -238,6 +241,7 @@ void QWTask::asyncDataFromTask(const std::string& tool, const Arguments& argumen
   }
 }
 
+// The reader's thread: each piece is posted, then given to the delegate. An end from elsewhere is heeded in between.
 void QWTask::launchAsyncTask(AsyncRun& run) {
   if (!run.process) QWLog::appendLog("Unable to launch async task - no task set");
   for (bool atEnd = false; !atEnd && !run.ended;) {
@@ -262,6 +266,7 @@ void QWTask::asyncTaskReturnData(const AsyncRun& run, const std::string& data) {
   }
 }
 
+// The reader is waited for without the lock, and never by itself.
 void QWTask::terminateAsyncTask() {
   std::thread reader;
   {
