@@ -28,6 +28,7 @@ PropertyList readSettings(const std::string& backup) {
   return PropertyListDictionary();
 }
 
+// Null where the key is missing or has another type of value.
 const PropertyListArray* arrayIn(const PropertyListDictionary& settings, const std::string& key) {
   const PropertyList* value = settings.find(key);
   return value ? value->asArray() : nullptr;
@@ -40,6 +41,7 @@ bool names(const PropertyListArray& list, const std::string& name) {
   });
 }
 
+// Which users a backup holds is told by its folders, not by its settings.
 bool holdsAvidUsers(const QWApp& app, const QWPrefItem& item) {
   return app.name() == "Avid Media Composer" && item.name() == "Preferences";
 }
@@ -65,6 +67,7 @@ std::shared_ptr<QWApp> heldApp(const QWApp& app, const PropertyListArray& itemNa
   return held;
 }
 
+// The projects whose opening restores this backup, by their full paths.
 std::vector<std::string> linkedProjects(const PropertyListDictionary& settings) {
   std::vector<std::string> projects;
   if (const PropertyListArray* list = arrayIn(settings, "projects"))

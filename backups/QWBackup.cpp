@@ -22,6 +22,7 @@ int compare(const T& left, const T& right) {
   return left < right ? -1 : right < left ? 1 : 0;
 }
 
+// A backup holds what was chosen for it, so all of it is ticked when it is shown.
 void selectEveryItem(QWApp& app) {
   for (const auto& item : app.children()) item->setSelected(On);
   app.updateSelectionStatus();
@@ -53,6 +54,7 @@ std::shared_ptr<QWBackup> QWBackup::backupWithName(const std::string& name, cons
   return backup;
 }
 
+// Not while the old path is being measured.
 void QWBackup::setPath(std::string path) {
   const std::lock_guard lock(sizeMutex_);
   path_ = std::move(path);

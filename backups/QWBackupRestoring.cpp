@@ -66,6 +66,7 @@ bool RestoreRun::restore(const QWApp& app) {
   return true;
 }
 
+// A mixed item is restored too: which of its users are meant, it knows itself.
 void RestoreRun::restoreItems(const QWApp& app) {
   restoredAny_ = true;
   for (const auto& item : app.children()) {
@@ -75,6 +76,7 @@ void RestoreRun::restoreItems(const QWApp& app) {
   }
 }
 
+// One wait for each place that was written to, instead of one for each file.
 void RestoreRun::makeDurable() const {
   if (restoredAny_) syncFolder(QWLocalPaths::userDirectory(), report_);
   if (restoredAvidUsers_) syncFolder(QWLocalPaths::sharedUsersDirectory(), report_);

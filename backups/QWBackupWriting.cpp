@@ -90,6 +90,7 @@ bool ItemCopier::note(const std::string& source, const std::string& copy, const 
   return copied.ok();
 }
 
+// The item's own files, then those of its users.
 std::size_t ItemCopier::copyItem(const QWPrefItem& item) {
   item_ = item.key();
   std::vector<std::string> sources;
@@ -107,6 +108,7 @@ std::size_t ItemCopier::copyItem(const QWPrefItem& item) {
   return count;
 }
 
+// Small files are staged by a second thread meanwhile, from the end of the list.
 std::size_t ItemCopier::copyFiles(const std::vector<std::string>& sources) {
   std::optional<CopiesAhead> ahead;
   std::size_t count = 0;
@@ -122,6 +124,7 @@ std::size_t ItemCopier::copyFiles(const std::vector<std::string>& sources) {
   return count;
 }
 
+// As if each were a plain file; what is none is passed over by the second thread.
 std::vector<CopyRequest> ItemCopier::requestsForFiles(const std::vector<std::string>& sources) const {
   std::vector<CopyRequest> requests;
   requests.reserve(sources.size());
@@ -153,6 +156,7 @@ bool ItemCopier::isThere(const std::string& copy) const {
   return filesOnly_ ? QWFileManager::itemExistsAtPath(copy) : copies_.contains(copy);
 }
 
+// These have a log line of their own.
 bool ItemCopier::copyAvidFile(const std::string& source) {
   const auto target = targetFor(source);
   if (!target) return false;
@@ -165,6 +169,7 @@ bool ItemCopier::copyAvidFile(const std::string& source) {
   return true;
 }
 
+// A source that has vanished, or is a link, is left out without a word.
 std::optional<ItemCopier::Target> ItemCopier::targetFor(const std::string& source) {
   const auto info = files().info(source, Links::DoNotFollow);
   if (!info) {
@@ -197,6 +202,7 @@ ItemCopier::Target ItemCopier::targetFor(const std::string& source, FileType typ
   return target;
 }
 
+// Once for each folder of a run.
 Status ItemCopier::prepareFolder(const std::string& folder) {
   if (folders_.contains(folder)) return {};
   if (filesOnly_ && !isReachedWithoutLinks(folder)) {
@@ -242,6 +248,7 @@ Result<std::unique_ptr<FolderHold>> makeBackupFolder(const std::string& path, st
   return holdBackupFolder(path);
 }
 
+// Checked before anything is made: a star would have the path taken for a pattern.
 Status possiblePath(const std::string& path) {
   if (path.empty()) return Error{std::errc::no_such_file_or_directory, "There is no library to write the backup to"};
   for (const std::string& folder : {paths::parent(path), QWLocalPaths::userDirectory().value_or("")})

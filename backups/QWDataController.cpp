@@ -41,6 +41,7 @@ BackupList QWDataController::autoBackupArray() const {
   return autoBackups_;
 }
 
+// The group stands for its backups.
 BackupList QWDataController::allBackups() const {
   BackupList all;
   for (const auto& node : backupArray()) {
@@ -63,6 +64,7 @@ std::optional<Error> QWDataController::libraryError() const {
   return libraryError_ ? libraryError_ : autosaveError_;
 }
 
+// Keeps how the listing of one of the two folders ended.
 void QWDataController::noteListing(std::optional<Error>& place, std::optional<Error> error) {
   const std::lock_guard lock(mutex_);
   place = std::move(error);

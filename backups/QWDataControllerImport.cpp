@@ -20,6 +20,7 @@ FileSystem& files() {
   return Runtime::current().platform().files;
 }
 
+// A relative path begins where the program was started.
 std::string absolutePath(const std::string& path) {
   return path.starts_with('/') ? paths::join(path, "") : paths::join(QWCmdUtils::applicationPath(), path);
 }
@@ -83,6 +84,7 @@ bool QWDataController::addBackupFromFile(const std::string& path, TaskReport& re
     if (candidate->children().empty())
       return refuse("The backup holds nothing that can be restored",
                     {std::errc::invalid_argument, backup + " holds nothing that can be restored."});
+    // Everything that the backup holds: a backup that was just read has all of it ticked.
     candidate->restore(report);
     return report.hasDone(FileAction::Restore);
   }

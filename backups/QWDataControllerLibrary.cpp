@@ -39,6 +39,7 @@ std::string withCurrentExtension(const std::string& path) {
   return QWFileManager::moveFile(path, current, 10s) ? current : path;
 }
 
+// With a number behind its name where another has that.
 void moveToAutosaves(const std::string& path) {
   const auto folder = QWDataController::autosaveLocation();
   if (!folder || !QWFileManager::createDirectory(*folder)) return;
@@ -47,6 +48,7 @@ void moveToAutosaves(const std::string& path) {
   (void)QWFileManager::moveFile(path, QWFileManager::uniqueFilename(target), 10s);
 }
 
+// The backups of a folder, or why it could not be listed.
 struct Listing {
   BackupList backups;
   std::optional<Error> error;
@@ -66,6 +68,7 @@ Result<std::vector<std::string>> backupNamesIn(const std::string& folder) {
   return names;
 }
 
+// On the way an older extension gives way to today's, and a stray automatic backup goes to the others.
 Listing listManualBackups(const std::string& location, const BackupReader& reader) {
   const auto names = backupNamesIn(location);
   if (!names) return {{}, names.error()};
@@ -146,6 +149,7 @@ void QWDataController::populateAutoBackups(bool reload) {
   QWLog::appendLog("Auto backup population complete");
 }
 
+// Off the list even where the Trash refused it: the next listing shows it again.
 Status QWDataController::removeBackup(const std::shared_ptr<QWBackup>& backup) {
   QWLog::appendLog("Removing backup...");
   const auto place = QWFileManager::trashFile(backup->path(), 10s);

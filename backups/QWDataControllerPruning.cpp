@@ -56,6 +56,7 @@ TaskReport QWDataController::manageAutoBackups() {
   QWLog::appendLog("Maximum auto backup count: %i", maximum);
   populateAutoBackups(false);
 
+  // The oldest first.
   BackupList backups = autoBackupArray();
   std::ranges::stable_sort(backups, [](const auto& left, const auto& right) { return left->dateCompare(*right) < 0; });
   const BackupList doomed = surplus(backups, static_cast<std::size_t>(maximum));

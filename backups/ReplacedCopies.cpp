@@ -21,6 +21,7 @@ Status ReplacedCopies::keep(const std::string& path) {
   return copy ? (*copy)->commit(StagedCopy::Existing::Keep) : copy.error();
 }
 
+// A folder that no copy came to is removed for good.
 void ReplacedCopies::moveToTrash(TaskReport& report) {
   if (folder_.empty() || QWFileManager::removeFolderIfEmpty(folder_)) return;
   const auto place = QWFileManager::trashFile(folder_, 10s);

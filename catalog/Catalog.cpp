@@ -17,6 +17,7 @@ namespace {
 // be taken for a pattern and lead to other people's files: such a home has no folders either.
 class BaseFolders {
  public:
+  // The full patterns of those whose folder the user has.
   std::vector<std::string> resolve(const std::vector<BuiltInFile>& files) const {
     std::vector<std::string> patterns;
     patterns.reserve(files.size());
@@ -50,6 +51,7 @@ class BaseFolders {
   Folder documents_ = usable(QWLocalPaths::documentDirectory(true));
 };
 
+// One row of the table as a record, with the Avid users of this moment.
 std::shared_ptr<QWApp> buildApp(const BuiltInApp& row, const BaseFolders& folders) {
   auto app = QWApp::appWithName(row.name, row.icon, row.bundleID);
   for (const BuiltInItem& item : row.items) {

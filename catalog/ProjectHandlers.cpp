@@ -24,11 +24,13 @@ std::string ownIdentifier() {
   return lowerCased(QWUserDefaults::kDomain);
 }
 
+// What is refused here shows when the handlers are read afterwards.
 void setHandler(const ProjectKind& kind, const std::string& identifier) {
   const Result<std::string> type = handlers().typeOfExtension(std::string(kind.extension));
   if (type) (void)handlers().setDefaultViewer(*type, identifier);
 }
 
+// In small letters; none where no application opens such projects.
 std::optional<std::string> handlerOf(const ProjectKind& kind) {
   const Result<std::string> type = handlers().typeOfExtension(std::string(kind.extension));
   return type ? handlers().defaultViewer(*type) : std::nullopt;

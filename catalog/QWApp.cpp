@@ -88,6 +88,7 @@ void QWApp::updateLockStatus(bool refreshChildren) {
   locked_.becomeDue();
 }
 
+// Items that cannot be locked do not count.
 State QWApp::lockStateOfItems() const {
   Tally tally;
   for (const auto& item : children_) {

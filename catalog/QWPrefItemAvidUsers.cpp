@@ -16,6 +16,7 @@ namespace {
 constexpr const char* kUsersFolder = "AvidMediaComposer/Avid Users";
 constexpr const char* kWebCache = "AvidWebCache";  // lies among the users' folders and is none
 
+// Their names contain the user's; no other file of the folder belongs to the item.
 std::vector<std::string> filesOfUser(const std::string& usersFolder, const std::string& user) {
   const std::string folder = usersFolder + "/" + user + "/";
   return {folder + user + " Settings.avs", folder + user + " Settings.xml", folder + user + ".ave",

@@ -74,6 +74,7 @@ class ItemTrashing {
   int count() const { return count_; }
 
  private:
+  // Only what has arrived in the Trash is counted.
   void move(const std::string& path) {
     const auto place = QWFileManager::trashFile(path, kTimeout);
     if (!place) return report_.failed(FileAction::Trash, path, place.error(), item_);
@@ -86,6 +87,7 @@ class ItemTrashing {
   int count_ = 0;
 };
 
+// Called just before the failure of a file, if any, is logged.
 void tellLocking(const std::string& path) {
   QWLog::appendLog("Locking file %@", path);
 }
@@ -94,11 +96,13 @@ void tellUnlocking(const std::string& path) {
   QWLog::appendLog("Unlocking file %@", path);
 }
 
+// Nothing at all is mixed.
 State stateOf(const LockCount& count) {
   if (count.locked == 0 && count.unlocked > 0) return Off;
   return count.locked > 0 && count.unlocked == 0 ? On : Mixed;
 }
 
+// A pattern without a match counts as one file that is not locked.
 LockCount countLocks(const std::vector<std::string>& patterns) {
   LockCount count;
   for (const std::string& pattern : patterns) {
@@ -141,6 +145,7 @@ void QWPrefItem::lockFiles(State state, TaskReport& report, bool refreshParent) 
     const auto outcomes = state == On ? QWFileManager::lockFiles(matches, tellLocking)
                                       : QWFileManager::unlockFiles(matches, tellUnlocking);
     for (std::size_t i = 0; i < matches.size(); ++i)
+      // A file that is missing, or was as wanted already, is no part of the report.
       if (outcomes[i].changed || !outcomes[i].status) report.add(action, matches[i], outcomes[i].status, key());
   }
   for (const auto& user : users_) user->lockFiles(state, report, false);

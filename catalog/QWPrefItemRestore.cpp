@@ -40,6 +40,7 @@ std::optional<std::string> destinationOf(const std::string& match, const std::st
   return destination;
 }
 
+// The line that precedes every second attempt, whether or not there is one.
 void logCause(std::string_view cause) {
   QWLog::appendLog("Error copying file: %@. Authorizing...", cause);
 }
@@ -49,6 +50,7 @@ bool areRightsMissingIn(const std::string& folder, const Error& error) {
   return rightsCouldHelp(error) && !Runtime::current().platform().metadata.isWritable(folder);
 }
 
+// Names the finished copy; where there is none for want of rights, copies with them.
 Status putInPlace(const Staged& staged, const std::string& source, const std::string& destination) {
   if (staged) {
     Status committed = (*staged)->commit(StagedCopy::Existing::Keep);
@@ -90,6 +92,7 @@ void ItemRestoring::note(const std::string& path, const Status& copied) {
   report_.add(FileAction::Restore, path, copied, item_, path);
 }
 
+// Success where nothing is in the way.
 Status ItemRestoring::trashLiveFile(const std::string& path) {
   if (QWFileManager::isMissingAtPath(path)) return {};
   QWLog::appendLog("Trashing file %@", path);
@@ -100,6 +103,7 @@ Status ItemRestoring::trashLiveFile(const std::string& path) {
   return {};
 }
 
+// The old file goes first, because a copy never takes an existing item's name.
 Status ItemRestoring::replace(const Staged& staged, const std::string& source, const std::string& destination) {
   const Status trashed = trashLiveFile(destination);
   QWLog::appendLog("Copying file %@ to %@", source, destination);

@@ -16,6 +16,7 @@ namespace {
 
 using Keys = std::unordered_set<std::string>;
 
+// Of applications that are not off: the items that are not off, and the users that are on.
 PropertyListArray tickedKeys(const AppList& apps) {
   PropertyListArray keys;
   for (const auto& app : apps) {
@@ -29,6 +30,7 @@ PropertyListArray tickedKeys(const AppList& apps) {
   return keys;
 }
 
+// None when none were ever saved.
 std::optional<Keys> savedKeys() {
   const std::optional<PropertyList> saved =
       QWUserDefaults::standardUserDefaults().objectForKey(setting::kSelectedPrefs);
