@@ -16,6 +16,7 @@ int compare(const BackupNode& left, const BackupNode& right, const std::string& 
 }
 
 template <class List>
+// Turned round as a whole: entries that are equal change places too.
 void sort(List& list, const SortOrder& order) {
   std::stable_sort(list.begin(), list.end(),
                    [&](const auto& left, const auto& right) { return compare(*left, *right, order.column) < 0; });

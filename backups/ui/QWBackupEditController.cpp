@@ -44,6 +44,7 @@ void QWBackupEditController::editBackup(const std::shared_ptr<QWBackup>& backup)
   show("Edit");
 }
 
+// Opens the dialog on the projects that its list holds now.
 void QWBackupEditController::show(const std::string& confirmTitle) {
   parts_.dialog.setProjects(projects_);
   parts_.dialog.setHandlingNoticeShown(false);
@@ -86,6 +87,7 @@ void QWBackupEditController::removeProject() {
   std::vector<std::size_t> rows = parts_.dialog.selectedProjects();
   if (rows.empty()) return;
   QWLog::appendLog("User removed project(s) from handling");
+  // From the end, so that the rows before keep their numbers.
   std::sort(rows.rbegin(), rows.rend());
   for (const std::size_t row : rows)
     if (row < projects_.size()) projects_.erase(projects_.begin() + static_cast<std::ptrdiff_t>(row));

@@ -43,6 +43,7 @@ std::shared_ptr<QWPrefItem> copyOfTicked(const QWPrefItem& item) {
   return copy;
 }
 
+// A record of what is ticked now; its items are its own, so that later ticks change nothing in it.
 std::shared_ptr<QWBackup> newBackup(const std::string& name, const std::string& target) {
   QWLog::appendLog("Creating new backup...");
   auto backup = QWBackup::backupWithName(name, target);
@@ -87,10 +88,12 @@ void rename(QWBackup& backup, const std::string& name, const std::string& target
 
 }  // namespace
 
+// Whether the edited backup keeps its name, so that nothing else is replaced.
 bool QWBackupEditController::isEditedName(const std::string& name) const {
   return editedBackup_ && editedBackup_->name() == name;
 }
 
+// Tells the person what is wrong where it is not.
 bool QWBackupEditController::isAcceptable(const std::string& name) const {
   if (name.empty()) {
     QWLog::appendLog("You must enter a name for this backup. The name cannot be blank.");
@@ -113,6 +116,7 @@ void QWBackupEditController::backup() {
   const bool replaces = !isEditedName(name) && QWFileManager::itemExistsAtPath(target);
   if (replaces && !askToReplace(name, target)) return;
 
+  // From here on the dialog is free for another backup.
   const auto edited = std::exchange(editedBackup_, nullptr);
   const auto written = edited ? edited : newBackup(name, target);
   written->setProjects(projects_);

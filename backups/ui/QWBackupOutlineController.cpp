@@ -38,6 +38,7 @@ void QWBackupOutlineController::reload() {
   updateHeaderCheckCell();
 }
 
+// With mixed applications only the header is off, and yet a backup can be made.
 void QWBackupOutlineController::updateHeaderCheckCell() {
   const AppList all = apps();
   const auto on = std::count_if(all.begin(), all.end(), [](const auto& app) { return app->selected() == On; });
@@ -111,6 +112,7 @@ void QWBackupOutlineController::willDisplayCell(OutlineCell& cell, const std::st
   if (const auto app = rowAs<QWApp>(item)) cell.icon = app->icon();
 }
 
+// A mixed header becomes on.
 void QWBackupOutlineController::mouseDownInHeaderOfTableColumn(const std::string&) {
   const State state = headerState_ == On ? Off : On;
   for (const auto& row : rowsUnder(nullptr)) selectRow(row, state);

@@ -20,6 +20,7 @@ QWDataController& library() {
   return QWDataController::sharedController();
 }
 
+// Among the automatic ones too; null when the library lists none of that path.
 std::shared_ptr<QWBackup> backupWithPath(const std::string& path) {
   for (const auto& backup : library().allBackups())
     if (backup->path() == path) return backup;
@@ -37,6 +38,7 @@ QWRestoreOutlineController::QWRestoreOutlineController(const Parts& parts)
       backupsRefresh_(NotificationCenter::shared().observe("QWVantoryBackupsRefresh", [this] { reload(); })),
       tabSwitch_(NotificationCenter::shared().observe("QWVantoryRestoreTabSwitch", [this] { reload(); })) {}
 
+// Sorting asks for all sizes, so they are measured first, never on the main thread.
 void QWRestoreOutlineController::reload() {
   if (!MainThread::shared().isCurrent()) {
     library().measureBackups();
@@ -109,6 +111,7 @@ std::optional<std::uint64_t> QWRestoreOutlineController::sizeOfRow(const Outline
   return prefItem ? prefItem->size() : app->size();
 }
 
+// An application that is being measured already is not measured once more.
 void QWRestoreOutlineController::measure(const OutlineItemPointer& row) {
   const auto app = rowAs<QWApp>(row);
   if (!beingMeasured_.insert(app).second) return;
@@ -121,6 +124,7 @@ void QWRestoreOutlineController::measure(const OutlineItemPointer& row) {
   });
 }
 
+// Backups have a name, a size and a date; what lies in them has a check box and a size.
 ObjectValue QWRestoreOutlineController::objectValueForTableColumn(const std::string& column,
                                                                   const OutlineItemPointer& byItem) {
   const auto node = rowAs<BackupNode>(byItem);
@@ -133,6 +137,7 @@ ObjectValue QWRestoreOutlineController::objectValueForTableColumn(const std::str
   return date ? ObjectValue(*date) : ObjectValue();
 }
 
+// A backup's name was typed, or a check box clicked. The other columns cannot be changed.
 void QWRestoreOutlineController::setObjectValue(const ObjectValue& value, const std::string& forTableColumn,
                                                 const OutlineItemPointer& byItem) {
   if (forTableColumn != "name") return;

@@ -26,6 +26,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
+// Lists the library anew too, so that the pane no longer offers it.
 void reportVanished(const QWBackup& backup) {
   QWDataController::sharedController().populateBackups();
   reportFailure("The backup is no longer there", formatted("%@ has been moved or deleted.", backup.path()));
@@ -83,6 +84,7 @@ void QWRestoreOutlineController::restore() {
   });
 }
 
+// The automatic backup comes first. Where it fails the restore goes on, and the person is told of it at the end.
 void QWRestoreOutlineController::restoreOnThread(const std::shared_ptr<QWBackup>& backup) {
   QWAuthorization::sharedController().beginTask();
   MainThread& mainThread = MainThread::shared();
@@ -116,6 +118,7 @@ void QWRestoreOutlineController::linkProject() {
   dialog_->expandProjectView();
 }
 
+// The projects stand in the settings file, and that is written only with the whole backup.
 void QWRestoreOutlineController::unlinkProjects() {
   const auto backup = selectedBackup();
   if (!backup) return;
@@ -146,6 +149,7 @@ void QWRestoreOutlineController::updateBackupFilesOnThread(const std::shared_ptr
                                      "This backup is now using the latest preferences on your system.");
 }
 
+// A name that is taken gets a number.
 void QWRestoreOutlineController::rename(const std::shared_ptr<QWBackup>& backup, const std::string& name) {
   const std::string cleaned = QWFileManager::validateFilename(name);
   if (cleaned.empty() || cleaned == backup->name()) return;

@@ -41,6 +41,7 @@ void revealProjects(const std::vector<std::string>& projects) {
   if (!missing.empty()) reportFailure("Projects are missing", missing);
 }
 
+// The archive stays where it is, because the mail program reads it when it likes; the next one takes its place.
 void mail(const QWBackup& backup) {
   constexpr const char* kFailure = "Unable to email backup";
   const auto folder = QWLocalPaths::tempDirectory();

@@ -5,6 +5,7 @@ namespace vantory {
 
 namespace {
 
+// What tells the record from its neighbours.
 std::string nameOf(const std::shared_ptr<BackupNode>& entry) {
   const auto backup = std::dynamic_pointer_cast<QWBackup>(entry);
   return backup ? backup->path() : entry->name();

@@ -23,6 +23,7 @@ FileSystem& files() {
   return Runtime::current().platform().files;
 }
 
+// A folder that is missing has none; one that cannot be read is told in the report.
 std::vector<std::string> backupNamesIn(const std::string& folder, TaskReport& report) {
   std::vector<std::string> names;
   const auto entries = files().list(folder, Detail::Names);

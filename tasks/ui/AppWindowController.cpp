@@ -29,6 +29,7 @@ void AppWindowController::startLog(BugReporterDelegate* delegate) {
   QWLog::createNewLog(std::nullopt);
 }
 
+// In one turn of the tasks: the first backup needs to know the catalog, and that the library is empty.
 void AppWindowController::load() {
   SerialWork::tasks().add([this] {
     QWDataController& data = QWDataController::sharedController();
@@ -47,6 +48,7 @@ void AppWindowController::load() {
   });
 }
 
+// Of copies, so that no tick changes.
 void AppWindowController::makeFirstBackup() {
   const auto name = QWLocalPaths::username();
   if (!name) return;
@@ -73,6 +75,7 @@ void AppWindowController::toolbarRestore() {
   switchTo(Pane::Restore, "Switched to Restore pane", "QWVantoryRestoreTabSwitch");
 }
 
+// The notification has the pane show itself anew.
 void AppWindowController::switchTo(Pane pane, const char* logLine, const char* notification) {
   QWLog::appendLog(logLine);
   parts_.window.showPane(pane);
@@ -89,6 +92,7 @@ WriteResult AppWindowController::autoBackupPrefs(TaskReport& task) {
   return writeAutoBackup(task, true);
 }
 
+// Old ones are pruned whether or not a new one was made.
 WriteResult AppWindowController::writeAutoBackup(TaskReport& task, bool preferencesOnly) {
   const WriteResult result = QWBackup::writeAutoBackup(task, preferencesOnly);
   const TaskReport pruning = QWDataController::sharedController().manageAutoBackups();

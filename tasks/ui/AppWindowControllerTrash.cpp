@@ -110,6 +110,7 @@ void AppWindowController::trashPreferences() {
   onMainThread([this] { parts_.trashSpinner.stopAnimation(); });
 }
 
+// Says how the run ended: a success only where everything was done.
 void AppWindowController::finishTrash(int trashed, const TaskReport& report) {
   parts_.lockController.reload();
   onMainThread([this] {

@@ -19,6 +19,7 @@ AppList apps() {
   return QWDataController::sharedController().appArray();
 }
 
+// An application always is: items that are not are passed over.
 bool isLockable(const OutlineItemPointer& item) {
   const auto prefItem = rowAs<QWPrefItem>(item);
   return !prefItem || prefItem->lockable();
@@ -40,6 +41,7 @@ void workOutLockStates(const QWApp& app) {
   }
 }
 
+// Only what the row shows; no file is touched.
 void setLockStateOf(const OutlineItemPointer& item, State state) {
   if (const auto app = rowAs<QWApp>(item)) app->setLocked(state);
   if (const auto prefItem = rowAs<QWPrefItem>(item)) prefItem->setLocked(state);
@@ -76,6 +78,7 @@ QWLockOutlineController::QWLockOutlineController(OutlineView& outline, BusyIndic
       appRefresh_(NotificationCenter::shared().observe("QWVantoryAppRefresh", [this] { reload(); })),
       tabSwitch_(NotificationCenter::shared().observe("QWVantoryLockTabSwitch", [this] { reload(); })) {}
 
+// Main thread. The spinner turns until the work is done, or cannot be begun.
 void QWLockOutlineController::runOnThread(std::function<void()> work) {
   spinner_.startAnimation();
   const bool added = work_.add([this, work = std::move(work)] {

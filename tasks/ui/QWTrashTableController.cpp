@@ -37,6 +37,7 @@ void QWTrashTableController::reload() {
   updateHeaderCheckCell();
 }
 
+// Without any application the header is off.
 void QWTrashTableController::updateHeaderCheckCell() {
   const AppList all = apps();
   const auto count = [&](State state) {
@@ -86,6 +87,7 @@ void QWTrashTableController::willDisplayCell(OutlineCell& cell, const std::strin
   if (const auto app = rowAs<QWApp>(item)) cell.icon = app->icon();
 }
 
+// A mixed header becomes on.
 void QWTrashTableController::mouseDownInHeaderOfTableColumn(const std::string&) {
   const State state = headerState_ == On ? Off : On;
   for (const auto& app : apps()) {

@@ -30,6 +30,7 @@ namespace vantory {
 
 namespace {
 
+// What counts where nobody has set anything. The command line has no such values, so that it never prunes.
 void registerDefaults() {
   std::map<std::string, PropertyList> defaults = {{setting::kPeriodicAutosave, 1},
                                                   {setting::kAutosaveFrequency, 7},
@@ -40,6 +41,7 @@ void registerDefaults() {
   QWUserDefaults::standardUserDefaults().registerDefaults(defaults);
 }
 
+// Listing the library moves a copy of one to the others, so that only its name tells.
 bool isAutomaticBackup(const std::string& path) {
   const auto isThat = [&](const auto& backup) {
     return paths::lastComponent(backup->path()) == paths::lastComponent(path);

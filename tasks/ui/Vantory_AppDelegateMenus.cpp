@@ -77,6 +77,7 @@ void Vantory_AppDelegate::viewLog() {
   runWithName(&QWTroubleshootingUtils::viewLogForApp);
 }
 
+// The installed updater, or else the one that came with the program.
 void Vantory_AppDelegate::menuSoftwareUpdate() {
   BackgroundThreads::shared().start([] {
     if (!platform().workspace.applicationPath(kUpdater)) {

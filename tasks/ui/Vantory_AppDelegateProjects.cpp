@@ -45,6 +45,7 @@ void wait(std::chrono::seconds duration) {
   Runtime::current().platform().clock.sleep(duration);
 }
 
+// Among the backups made by hand; null when none is.
 std::shared_ptr<QWBackup> backupLinkedTo(const std::string& project) {
   for (const auto& node : QWDataController::sharedController().backupArray()) {
     auto backup = std::dynamic_pointer_cast<QWBackup>(node);
@@ -60,6 +61,7 @@ bool wantsSystemSettings(const std::string& bundleID) {
 
 }  // namespace
 
+// The preferences come first: the application reads them when it starts.
 void Vantory_AppDelegate::openProject(const std::string& path, const std::string& withApplication) {
   try {
     const std::lock_guard turn(projectTurn_);
@@ -79,6 +81,7 @@ void Vantory_AppDelegate::openProject(const std::string& path, const std::string
   terminate();
 }
 
+// True when there is such a backup, whatever became of the restore.
 bool Vantory_AppDelegate::restoreBackupLinkedTo(const std::string& project) {
   QWDataController::sharedController().populateBackups();
   const auto backup = backupLinkedTo(project);
