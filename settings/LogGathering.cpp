@@ -32,6 +32,7 @@ std::string withoutBlanks(std::string name) {
 LogGathering::LogGathering(std::string folder) : folder_(std::move(folder)), room_(kMostBytes) {}
 
 LogGathering::~LogGathering() {
+  // What stays is in the way of the next gathering, which tells of it.
   (void)files().remove(folder_);
 }
 
@@ -47,6 +48,7 @@ Status LogGathering::begin() {
   return made;
 }
 
+// Of the preference files the first that there is: the maker's programs spell their names in two ways.
 void LogGathering::addProgram(const std::string& name) {
   if (name.empty()) return;
   for (const bool user : {true, false}) {
@@ -86,6 +88,7 @@ void LogGathering::add(const std::string& path, const char* complaint) {
   if (!copied) QWLog::appendLogAndPrint(complaint, copied.error().text);
 }
 
+// Below the gathering's folder by its full path, so that support sees where it lay. What is there already stays.
 Status LogGathering::copy(const std::string& path) {
   const std::string target = paths::join(folder_, path);
   if (!paths::isWithin(target, folder_)) return Error{std::errc::invalid_argument, path + ": not a full path"};

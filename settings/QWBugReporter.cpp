@@ -72,6 +72,7 @@ std::optional<std::string> lastReport(const std::string& folder, const std::stri
   return paths::join(folder, *std::max_element(names.begin(), names.end()));
 }
 
+// The person's reports first, then those of the machine, then what the system keeps elsewhere.
 std::optional<std::string> reportNewerThan(Timestamp launch, const std::string& appName) {
   for (const bool user : {true, false}) {
     const auto logs = QWLocalPaths::logDirectory(user);
@@ -109,6 +110,7 @@ std::optional<std::string> untoldCrash(const std::string& plistPath) {
   return *report;
 }
 
+// Later, because a start waits for nobody.
 void tell(BugReporterDelegate& delegate, const std::string& report) {
   MainThread::shared().post([&delegate, report] { delegate.applicationDidCrashWithLog(report); });
 }
@@ -129,6 +131,7 @@ void QWBugReporter::startBugReporter(const std::string& appName, const std::stri
     auto crash = checkForCrashes(appName, plistPath);
     if (!crash) crash = untoldCrash(plistPath);
     if (crash && delegate) tell(*delegate, *crash);
+    // Only now: the search goes by the date that this replaces.
     change(plistPath, [&](PropertyListDictionary& record) {
       const Timestamp now = platform().clock.now();
       record.set("launch", now);

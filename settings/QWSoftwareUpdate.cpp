@@ -35,6 +35,7 @@ std::optional<std::string> bundleText(const std::string& application, const std:
   return value ? textOf(*value) : std::nullopt;
 }
 
+// The number that its version begins with; 0 for none, so that a missing copy is the oldest.
 long long versionOf(const std::string& application) {
   const std::string text = bundleText(application, "CFBundleVersion").value_or("");
   long long version = 0;
@@ -42,6 +43,7 @@ long long versionOf(const std::string& application) {
   return version;
 }
 
+// None where it could not be made; then the installed one has to do.
 std::optional<std::string> temporaryCopy(const std::string& application) {
   const auto folder = QWLocalPaths::tempDirectory();
   if (!folder) return std::nullopt;

@@ -29,6 +29,7 @@ struct OneAtATime {
   std::mutex mutex;
 };
 
+// An older archive stays: then the name of the new one ends with the time.
 std::string archiveIn(const std::string& desktop, const std::string& name) {
   std::string archive = paths::join(desktop, name + " Logs.zip");
   if (!QWFileManager::itemExistsAtPath(archive)) return archive;

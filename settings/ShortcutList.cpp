@@ -27,6 +27,7 @@ std::string textIn(const PropertyList& entry, std::string_view key) {
 }
 
 template <class Number>
+// None for what is no whole number, or too large.
 std::optional<Number> numberIn(const PropertyList& entry, std::string_view key) {
   const PropertyList* value = valueIn(entry, key);
   const auto* number = value ? std::get_if<std::int64_t>(&value->content()) : nullptr;
@@ -38,12 +39,14 @@ bool isOwn(const PropertyList& entry) {
   return textIn(entry, "bundleid") == QWUserDefaults::kDomain;
 }
 
+// By the command where the target names one, else by its parameters.
 bool calls(const PropertyList& entry, const ShortcutTarget& target) {
   if (target.commandID) return textIn(entry, "commandid") == *target.commandID;
   const PropertyList* params = valueIn(entry, "commandparams");
   return target.params && params && params->asArray() && *params->asArray() == *target.params;
 }
 
+// The entries. What stands in their place and is no list is kept under another key.
 PropertyListArray takeWatchList(PropertyListDictionary& list) {
   const PropertyList* stored = list.find(kWatchList);
   if (!stored) return {};

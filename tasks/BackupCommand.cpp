@@ -38,6 +38,7 @@ std::shared_ptr<QWBackup> makeRecord(const std::string& name, const std::optiona
   return backup;
 }
 
+// Each result has words that scripts look for.
 void write(QWBackup& backup, const AppController& controller, TaskReport& report) {
   switch (backup.writeData(report)) {
     case WriteResult::NoFiles:
@@ -60,6 +61,7 @@ void write(QWBackup& backup, const AppController& controller, TaskReport& report
   }
 }
 
+// Otherwise the scheduler tries again before long.
 void tellSchedule() {
   const Status told = Runtime::current().platform().jobs.runSucceeded();
   if (!told) QWLog::appendLog("Unable to note the date of the scheduled run: %@", told.error().text);
@@ -98,6 +100,7 @@ int backupCommand(const CommandContext& context) {
   return 0;  // also where there was nothing to back up
 }
 
+// What it made stays, also where it is incomplete, and nothing is pruned.
 int autoBackupCommand(const CommandContext& context) {
   context.controller.postGrowlNotification("Vantory", "Backing up preferences...");
   QWDataController::sharedController().populateApps();

@@ -41,6 +41,7 @@ PropertyListArray itemsOf(const QWBackup& backup) {
   return items;
 }
 
+// `path` is where the backup lies on disk; listing it may have moved its record.
 PropertyListDictionary entryFor(const QWBackup& backup, const std::string& path) {
   PropertyListArray projects;
   for (const std::string& project : backup.projects()) projects.push_back(project);
@@ -70,6 +71,7 @@ std::string keysOf(const QWApp& app) {
   return keys;
 }
 
+// The backup's own line, and below its path one for each application and each project.
 void addRows(TextTable& table, const QWBackup& backup, const std::string& path) {
   const auto date = backup.date();
   std::string kind = backup.isAutosave() ? "automatic" : "manual";
@@ -87,6 +89,7 @@ std::string table(const BackupList& backups, const DryRun& run) {
   return table.text();
 }
 
+// Each ended by a zero byte: a path may hold anything else.
 std::string placesOnDisk(const BackupList& backups, const DryRun& run) {
   std::string text;
   for (const auto& backup : backups) text.append(run.placeOnDisk(backup->path())).append(1, '\0');

@@ -25,6 +25,7 @@ std::span<const Command> commandTable() {
   return kCommands;
 }
 
+// The table's order counts, not that of the arguments.
 std::optional<ChosenCommand> chooseCommand(const std::vector<std::string>& arguments) {
   for (const Command& command : kCommands) {
     const auto option = std::find(arguments.begin(), arguments.end(), command.option);

@@ -11,6 +11,7 @@
 
 namespace vantory {
 
+// The order counts: what is made after the runtime works on the recording platform.
 DryRun::DryRun(std::vector<std::string> arguments, std::ostream& errors)
     : errors_(errors),
       overlay_(Runtime::current().platform(), std::move(arguments), errors),

@@ -13,6 +13,7 @@ namespace vantory {
 
 namespace {
 
+// An option that is too long for its column has a line of its own.
 void printRow(std::ostream& output, std::string_view option, std::string_view operands, std::string_view purpose) {
   std::string left(option);
   if (!operands.empty()) left.append(" ").append(operands);

@@ -13,6 +13,7 @@ namespace vantory {
 
 namespace {
 
+// Of the item's own patterns what is there now.
 std::vector<std::string> filesOf(const QWPrefItem& item) {
   std::vector<std::string> files;
   for (const std::string& pattern : item.files())
@@ -21,6 +22,7 @@ std::vector<std::string> filesOf(const QWPrefItem& item) {
   return files;
 }
 
+// Only an item that has users has an entry for them.
 PropertyListDictionary entryFor(const QWPrefItem& item) {
   PropertyListArray files;
   for (std::string& path : filesOf(item)) files.push_back(std::move(path));
@@ -66,6 +68,7 @@ std::string table(const AppList& apps) {
   return table.text();
 }
 
+// A user's key follows that of its item.
 std::string keys(const AppList& apps) {
   std::string text;
   const auto add = [&text](const QWPrefItem& item) { text.append(item.key()).append(1, '\0'); };

@@ -13,6 +13,7 @@ namespace vantory {
 
 namespace {
 
+// Only the dates follow the person's language; the rest is for scripts.
 std::locale userTimeLocale() {
   try {
     return std::locale(std::locale::classic(), "", std::locale::time);

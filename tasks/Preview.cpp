@@ -39,6 +39,7 @@ const char* wordFor(Change::Kind kind) {
   return "unlock";
 }
 
+// A change that would be refused stands there with the reason.
 std::string table(const std::vector<Change>& changes) {
   if (changes.empty()) return "Nothing would be changed.\n";
   TextTable table({"ACTION", "PATH"});
@@ -77,6 +78,7 @@ const Command* commandNamed(std::string_view word) {
   return nullptr;
 }
 
+// Names all tasks that there are.
 int refuse(std::ostream& errors) {
   errors << "Vantory: --preview needs the name of a task:";
   for (const Command& command : commandTable()) errors << ' ' << command.option.substr(1);

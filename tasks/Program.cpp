@@ -35,6 +35,7 @@ Platform& platform() {
   return Runtime::current().platform();
 }
 
+// For a task that must not begin. The reason is logged where there is a place for a log.
 int refuse(const std::string& reason, const Folder& home) {
   // The superuser's log lies outside of all homes; everyone else's needs one.
   const bool canLog = home ? !QWFileManager::isWildcardPath(*home) : platform().users.isSuperuser();
@@ -64,6 +65,7 @@ void tellFailures(const TaskReport& report) {
                            failures == 1 ? "file" : "files");
 }
 
+// One task from its identity to what is told of it.
 int runCommand(const ChosenCommand& chosen, std::ostream& output, std::ostream& errors) {
   const Command& command = *chosen.command;
   if (command.asSuperuser) platform().users.becomeSuperuser();
@@ -83,6 +85,7 @@ int runCommand(const ChosenCommand& chosen, std::ostream& output, std::ostream& 
   return exitCode;
 }
 
+// Becomes the window's program, which lies beside this one.
 int openWindow(const std::vector<std::string>& arguments, std::ostream& errors, const ProgramReplacement& become) {
   const std::string program = paths::join(paths::parent(platform().system.executablePath()), "vantory-window");
   const Status status = become(program, arguments);
@@ -94,6 +97,7 @@ int openWindow(const std::vector<std::string>& arguments, std::ostream& errors, 
   return 1;
 }
 
+// Whoever asks about a task does not want it done.
 bool hasHelpAsOperand(const std::vector<std::string>& arguments, std::size_t task) {
   return task + 1 < arguments.size() && (arguments[task + 1] == "--help" || arguments[task + 1] == "-h");
 }
@@ -111,6 +115,7 @@ int refuseOption(const std::string& option, std::ostream& errors) {
   return 1;
 }
 
+// A task goes before a question, and a question before the window.
 int runMode(std::ostream& output, std::ostream& errors, const ProgramReplacement& become) {
   const std::vector<std::string>& arguments = platform().system.arguments();
   const auto has = [&](std::string_view argument) {

@@ -10,6 +10,7 @@ namespace vantory {
 
 namespace {
 
+// A short name counts only as the whole operand.
 std::string withoutAlias(const std::string& operand) {
   for (const Alias& alias : aliasTable())
     if (operand == alias.name) return std::string(alias.keys);
