@@ -19,6 +19,7 @@ namespace vantory::icons {
 
 namespace {
 
+// Empty where the program has no such drawing.
 QByteArray drawing(const QString& folder, const QString& name) {
   QFile file(QStringLiteral(":/%1/%2.svg").arg(folder, name));
   return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
@@ -54,6 +55,7 @@ class DrawingEngine : public QIconEngine {
  private:
   using Key = std::tuple<int, int, bool, QRgb>;
 
+  // A choice that is on stands out; everything else looks like the text beside it.
   static QColor textColour(QIcon::Mode mode, QIcon::State state) {
     const QPalette palette = QGuiApplication::palette();
     if (state == QIcon::On && mode != QIcon::Disabled)
@@ -62,6 +64,7 @@ class DrawingEngine : public QIconEngine {
     return palette.color(mode == QIcon::Selected ? QPalette::HighlightedText : QPalette::WindowText);
   }
 
+  // In the middle of the space, and as large as fits without being stretched.
   QPixmap draw(const QSize& size, QIcon::Mode mode, const QColor& colour) const {
     QByteArray text = drawing_;
     if (followsText_) text.replace("currentColor", colour.name().toLatin1());
@@ -90,6 +93,7 @@ QIcon load(const QString& folder, const QString& name) {
 
 }  // namespace
 
+// The catalog's names end as those of the original images do; the drawings have none of these endings.
 QIcon named(const std::string& resourceName) {
   if (loaded.isEmpty()) qAddPostRoutine([] { loaded.clear(); });
   QString name = displayText(resourceName);

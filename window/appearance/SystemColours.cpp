@@ -17,6 +17,7 @@ namespace vantory {
 
 namespace {
 
+// How bright a colour seems, from 0 to 1.
 double luminance(const QColor& colour) {
   const auto linear = [](double part) {
     return part <= 0.04045 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
@@ -24,6 +25,7 @@ double luminance(const QColor& colour) {
   return 0.2126 * linear(colour.redF()) + 0.7152 * linear(colour.greenF()) + 0.0722 * linear(colour.blueF());
 }
 
+// Black or white, whichever the ground shows better.
 void drawFocusRing(const QStyleOption& option, QPainter& painter) {
   const auto* focus = qstyleoption_cast<const QStyleOptionFocusRect*>(&option);
   const bool tellsGround = focus && focus->backgroundColor.isValid();
@@ -75,10 +77,12 @@ bool hasSessionBus() {
          QFile::exists(qEnvironmentVariable("XDG_RUNTIME_DIR") + QStringLiteral("/bus"));
 }
 
+// Told by the colours themselves: a desktop may have made them dark without saying so.
 bool isDark(const QPalette& palette) {
   return palette.color(QPalette::Window).lightness() < palette.color(QPalette::WindowText).lightness();
 }
 
+// Where Qt has no dark colours of its own.
 QPalette darkPalette() {
   const QColor window(0x2d, 0x2e, 0x31), base(0x1f, 0x20, 0x22), text(0xec, 0xec, 0xee), faint(0x80, 0x82, 0x87);
   const QColor accent(0x3d, 0x8b, 0xdf);
@@ -109,11 +113,13 @@ uint unwrapped(QVariant value) {
 
 }  // namespace
 
+// The small addition stands for the light that every screen reflects.
 double contrast(const QColor& one, const QColor& other) {
   const auto [darker, lighter] = std::minmax({luminance(one), luminance(other)});
   return (lighter + 0.05) / (darker + 0.05);
 }
 
+// In steps of two percent, and only so many: not every colour can come so far.
 QColor withContrast(QColor colour, const QColor& other, double ratio) {
   constexpr int kSteps = 80;
   const bool mustBeLighter = luminance(colour) > luminance(other);
@@ -170,6 +176,7 @@ SystemColours::SystemColours(QObject* parent)
   ask();
 }
 
+// The answer may never come; nothing waits for it.
 void SystemColours::ask() {
   auto question = QDBusMessage::createMethodCall(kService, kObject, kInterface, QStringLiteral("Read"));
   question << QString::fromLatin1(kGroup) << QString::fromLatin1(kKey);

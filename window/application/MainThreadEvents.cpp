@@ -8,6 +8,7 @@
 namespace vantory {
 
 MainThreadEvents::MainThreadEvents(MainThread& mainThread) : mainThread_(mainThread) {
+  // Called on any thread; the queued call runs on the thread that the context belongs to.
   mainThread.wake = [this] {
     QMetaObject::invokeMethod(
         &context_, [this] { mainThread_.runPending(); }, Qt::QueuedConnection);

@@ -40,6 +40,7 @@ std::vector<std::string> droppedPaths(const QMimeData& data) {
   return documentPaths(addresses, "/");
 }
 
+// Each pane's columns have widths of their own.
 QString columnsKey(Pane pane) {
   return QStringLiteral("columns%1").arg(static_cast<int>(pane));
 }
@@ -115,6 +116,7 @@ void MainWindow::makeToolbar() {
   addLinkItem();
 }
 
+// The letters with ampersands choose the panes by the keyboard.
 void MainWindow::addPaneItem(Pane pane, const QString& title, const QString& symbol) {
   toolbar_->addPane(title, symbol, [this, pane] {
     if (actions_.choosePane) actions_.choosePane(pane);
@@ -167,6 +169,7 @@ void MainWindow::makeViewMenu() {
   connect(collapse, &QAction::triggered, this, [this] { pane(shownPane()).outline().collapseAll(); });
 }
 
+// As a click on the header's check box, where the pane has one.
 void MainWindow::tickAll() {
   QWHeaderCheckCell& check = pane(shownPane()).outline().headerCheck();
   if (!check.isHidden() && check.onClick) check.onClick();
@@ -183,6 +186,7 @@ void MainWindow::showAbout() {
 
 // --- Panes -----------------------------------------------------------------------------------------------------------
 
+// The Task menu holds the commands of the pane that is shown.
 void MainWindow::showPane(Pane shown) {
   OutlinePane& widget = pane(shown);
   toolbar_->panes().actions().at(static_cast<int>(shown))->setChecked(true);
@@ -195,6 +199,7 @@ void MainWindow::showPane(Pane shown) {
   widget.outline().setFocus();
 }
 
+// Laid out only when it is first in the stack.
 void MainWindow::putIntoStack(OutlinePane& pane) {
   if (stack_->indexOf(&pane) < 0) stack_->addWidget(&pane);
 }
@@ -220,6 +225,7 @@ void MainWindow::closeEvent(QCloseEvent* event) {
   event->setAccepted(!mayClose || mayClose());
 }
 
+// All that can wait happens after the first paint, when the window is on the screen.
 void MainWindow::paintEvent(QPaintEvent* event) {
   QMainWindow::paintEvent(event);
   // Its panes are painted in the same go.
@@ -230,9 +236,9 @@ void MainWindow::paintEvent(QPaintEvent* event) {
   });
 }
 
-// --- Files dropped onto it
-// ----------------------------------------------------------------------------------------------
+// --- Files dropped onto it -------------------------------------------------------------------------------------------
 
+// Only where the program can open every file of them.
 void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
   const auto paths = droppedPaths(*event->mimeData());
   if (!paths.empty() && std::ranges::all_of(paths, isKnownDocument)) event->acceptProposedAction();

@@ -27,6 +27,7 @@ WindowMenus::WindowMenus(QObject* parent)
   gatherLogs->setToolTip(QStringLiteral("Put the logs into one archive on the desktop, for the maker's support"));
 }
 
+// What the window adds comes behind.
 void WindowMenus::addTo(QMenu& file, QMenu& help) {
   file.addAction(importBackup);
   file.addSeparator();

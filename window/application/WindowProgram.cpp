@@ -56,12 +56,14 @@ bool isSuperuserForSomebodyElse() {
   return user && user->id != 0;
 }
 
+// As for a task that works on the library.
 std::optional<std::string> reasonNotToOpen(const std::optional<std::string>& home) {
   if (isSuperuserForSomebodyElse())
     return "The window is not opened by the superuser for another user. Please start it as that user.";
   return reasonToRefuse(home, true);
 }
 
+// The session decides whether the program ends with its last window.
 void prepareApplication() {
   QApplication::setApplicationName(QStringLiteral("vantory"));
   QApplication::setApplicationDisplayName(QStringLiteral("Vantory"));
@@ -137,6 +139,7 @@ class EndBySignal {
   std::optional<QSocketNotifier> notifier_;
 };
 
+// Waits for the first paint, when the notice has a window to stand on.
 struct CrashNotice : BugReporterDelegate {
   void applicationDidCrashWithLog(const std::string& log) override {
     if (session) session->whenPainted([log] { QWBugReporter::showCrashNotice(log); });

@@ -26,12 +26,14 @@ namespace vantory {
 namespace {
 
 template <class Act>
+// The command itself is the receiver, so that nothing is called once it has gone.
 void onTrigger(Command& command, Act act) {
   QObject::connect(&command, &QAction::triggered, &command, [act] { act(); });
 }
 
 }  // namespace
 
+// The parts know each other in this order: panes, then dialogs, then what joins them.
 WindowSession::WindowSession(const std::string& home)
     : memory_(home),
       dialog_(&window_),
@@ -91,6 +93,7 @@ void WindowSession::connectCatalogPanes() {
   onTrigger(window_.lockPane().refreshCommand(), [this] { lock_.reload(); });
 }
 
+// Its outline also has keys that stand for commands by name.
 void WindowSession::connectRestorePane() {
   RestorePane& pane = window_.restorePane();
   QWOutlineView& outline = pane.outline();
@@ -165,6 +168,7 @@ bool WindowSession::onlyHandsOn(const std::vector<std::string>& files) {
   return !files.empty() && std::ranges::none_of(files, isKnownDocument);
 }
 
+// With a window everything waits for its first paint; without one the files are opened at once.
 bool WindowSession::open(const std::vector<std::string>& files) {
   onlyHandsOn_ = onlyHandsOn(files);
   opensWindow_ = needsWindow(files);
@@ -212,6 +216,7 @@ void WindowSession::openFiles(const std::vector<std::string>& files) {
     waitingFiles_.insert(waitingFiles_.end(), files.begin(), files.end());
 }
 
+// The controller logs the choice, and has the window show the pane.
 void WindowSession::choosePane(Pane pane) {
   switch (pane) {
     case Pane::Trash:
@@ -234,6 +239,7 @@ void WindowSession::showSelection() {
                                        .anyRow = backup || rowAs<QWAutosaveHeader>(row)});
 }
 
+// Null where none is on the screen: then the alert stands alone.
 QWidget* WindowSession::windowOf(AlertParent parent) {
   if (parent == AlertParent::BackupDialog && dialog_.isVisible()) return &dialog_;
   if (parent == AlertParent::SettingsWindow && settings_.window()) return settings_.window();
@@ -242,6 +248,7 @@ QWidget* WindowSession::windowOf(AlertParent parent) {
 
 // --- The end ---------------------------------------------------------------------------------------------------------
 
+// The settings window goes with it: what is being typed there counts, and may lead to a question.
 bool WindowSession::mayClose() {
   if (BackgroundThreads::shared().isWorking() && !wantsToQuit()) return false;
   settings_.close();
@@ -262,6 +269,7 @@ void WindowSession::finish() {
   // Whoever handed something over just before the end relies on it.
   MainThread::shared().runPending();
   if (painted_) window_.remember(memory_);
+  // The window is gone at once, however long the work takes.
   window_.hide();
   BackgroundThreads::shared().waitForAll();
   if (!onlyHandsOn_) delegate_.applicationWillTerminate();

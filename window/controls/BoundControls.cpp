@@ -11,6 +11,7 @@ namespace vantory {
 
 namespace {
 
+// A number that is not finished must not be replaced under the person's hands.
 bool isBeingTypedIn(const QSpinBox& box) {
   const auto* text = box.findChild<QLineEdit*>();
   return box.hasFocus() && text && text->isModified();
@@ -20,6 +21,7 @@ void finishTyping(const QSpinBox& box) {
   if (auto* text = box.findChild<QLineEdit*>()) text->setModified(false);
 }
 
+// A value from outside of the range shows as its nearest end, and stays as it is in the settings.
 int within(const QSpinBox& box, long long value) {
   return static_cast<int>(std::clamp<long long>(value, box.minimum(), box.maximum()));
 }

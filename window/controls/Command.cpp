@@ -8,11 +8,13 @@ namespace vantory {
 
 namespace {
 
+// The letter behind the ampersand; none without one.
 QChar mnemonicOf(const QString& title) {
   const auto position = title.indexOf(QLatin1Char('&'));
   return position >= 0 && position + 1 < title.size() ? title.at(position + 1) : QChar();
 }
 
+// An ampersand of the title's own is doubled, which shows it as it is.
 QString withMnemonic(QString title, QChar mnemonic) {
   title.replace(QLatin1Char('&'), QLatin1String("&&"));
   const auto position = mnemonic.isNull() ? -1 : title.indexOf(mnemonic, 0, Qt::CaseInsensitive);
@@ -32,6 +34,7 @@ void Command::setTitle(const std::string& title) {
   setText(withMnemonic(displayText(title), mnemonic_));
 }
 
+// The button takes text, state and explanation from the action, now and whenever that changes.
 QPushButton* Command::makeButton(QWidget* parent) {
   auto* button = new PushButton(parent);
   const auto follow = [this, button] {

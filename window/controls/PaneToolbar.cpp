@@ -26,6 +26,7 @@ void PaneToolbar::addPane(const QString& title, const QString& symbol, std::func
   connect(item, &QAction::triggered, this, [choose = std::move(choose)] { choose(); });
 }
 
+// A toolbar's buttons take no keyboard by themselves.
 QAction* PaneToolbar::addItem(const QString& title, const QString& symbol) {
   QAction* item = addAction(icons::symbol(symbol), title);
   widgetForAction(item)->setFocusPolicy(Qt::TabFocus);

@@ -34,6 +34,7 @@ void Spinner::stopAnimation() {
   showState();
 }
 
+// The timer runs only while something turns: a still window wakes nobody.
 void Spinner::showState() {
   setAccessibleName(isTurning() ? QStringLiteral("Working") : QString());
   if (isTurning())
@@ -49,6 +50,7 @@ void Spinner::paintEvent(QPaintEvent*) {
   painter.setRenderHint(QPainter::Antialiasing);
   painter.translate(rect().center() + QPointF(0.5, 0.5));
   QColor colour = palette().color(QPalette::WindowText);
+  // Each spoke fainter than the one before it, so that the wheel seems to turn.
   for (int spoke = 0; spoke < kSpokes; ++spoke) {
     colour.setAlphaF(0.15F + 0.75F * static_cast<float>((spoke + kSpokes - step_) % kSpokes) / kSpokes);
     painter.setPen(QPen(colour, 1.8, Qt::SolidLine, Qt::RoundCap));

@@ -105,6 +105,7 @@ AlertDialog::AlertDialog(const Texts& texts, QWidget* parent)
   layout->setSizeConstraint(QLayout::SetFixedSize);
 }
 
+// Whoever waits for the answer gets one, also when the window takes the dialog with it.
 AlertDialog::~AlertDialog() {
   answer(qMin(1, buttonCount_ - 1));
 }
@@ -128,6 +129,7 @@ void AlertDialog::reject() {
   done(qMin(1, buttonCount_ - 1));
 }
 
+// Once: closing and destroying both come here.
 void AlertDialog::answer(int button) {
   if (const auto answered = std::exchange(answered_, nullptr)) answered(button);
 }

@@ -33,6 +33,7 @@ void bringToFront(QWidget* window) {
 
 }  // namespace
 
+// What a thread waits for: the main thread by serving events, any other asleep.
 struct AlertSheets::Answer {
   void give(int code) {
     {
@@ -65,6 +66,7 @@ struct AlertSheets::Answer {
   QEventLoop* loop = nullptr;
 };
 
+// Shown by the main thread, which then goes on; only the one who asked waits.
 int AlertSheets::ask(const AlertTexts& texts) {
   const auto answer = std::make_shared<Answer>();
   MainThread& mainThread = MainThread::shared();
@@ -90,6 +92,7 @@ void AlertSheets::show(const AlertTexts& texts, const std::shared_ptr<Answer>& a
       texts.interval);
 }
 
+// Rejecting one takes it off the list.
 void AlertSheets::refuse() {
   refusing_ = true;
   while (!shown_.empty()) shown_.back()->reject();

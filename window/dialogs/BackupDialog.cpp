@@ -88,6 +88,7 @@ QWidget* BackupDialog::makeProjectArea() {
   return area;
 }
 
+// Shown only while another program opens projects.
 QWidget* BackupDialog::makeHandlingNotice() {
   auto* notice = new QWidget(this);
   auto* words = new QLabel(QStringLiteral("Projects are not opened through Vantory yet."), notice);
@@ -138,10 +139,12 @@ void BackupDialog::close() {
   QDialog::hide();
 }
 
+// The controller closes it: an edit that is given up has a backup to be selected again.
 void BackupDialog::reject() {
   call(actions_.cancel);
 }
 
+// A name that is no text is shown with escapes; untouched, it is the one that was set.
 std::string BackupDialog::name() const {
   const QString text = nameField_->text();
   return text == displayText(givenName_) ? givenName_ : text.toStdString();

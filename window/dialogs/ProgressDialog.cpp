@@ -61,6 +61,7 @@ void ProgressDialog::setLabel(const std::string& text) {
   setAccessibleName(label_->text());
 }
 
+// A bar without an end runs to and fro.
 void ProgressDialog::setIndeterminate() {
   bar_->setRange(0, 0);
 }
@@ -77,6 +78,7 @@ void ProgressDialog::disableCancel() {
   cancelButton_->setEnabled(false);
 }
 
+// Once: a task that has been told needs its time to stop.
 void ProgressDialog::reject() {
   if (cancelButton_->isHidden() || !cancelButton_->isEnabled()) return;
   cancelButton_->setEnabled(false);

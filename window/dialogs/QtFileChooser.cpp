@@ -18,6 +18,7 @@ QString pattern(const QString& extension) {
   return pattern;
 }
 
+// The kind that is asked for first, then all files where others may be chosen.
 QStringList nameFilters(const FileChooser::Request& request) {
   const QString all = QStringLiteral("All files (*)");
   if (request.extensions.empty()) return {all};

@@ -17,6 +17,7 @@ QSize OutlineCellPainter::sizeHint(const QStyleOptionViewItem& option, const QMo
   return {size.width(), qMax(option.decorationSize.height(), option.fontMetrics.height()) + kRowMargin};
 }
 
+// Only drawn as disabled: a row that is disabled for Qt could not be selected.
 void OutlineCellPainter::initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const {
   QStyledItemDelegate::initStyleOption(option, index);
   if (!index.data(OutlineModel::kEnabledRole).toBool()) option->state &= ~QStyle::State_Enabled;

@@ -13,6 +13,7 @@
 
 namespace vantory {
 
+// A row that Qt may hold an index of. Its children are there once it was opened.
 struct OutlineModel::Row {
   OutlineItemPointer item;
   Row* parent = nullptr;
@@ -33,6 +34,7 @@ QString stateInWords(State state) {
   return state == On ? QStringLiteral("ticked") : QStringLiteral("not ticked");
 }
 
+// Dates in short, as the person's language has them; beside a check box its title.
 QString cellText(const ObjectValue& value, const OutlineCell& cell) {
   if (const auto* date = std::get_if<Timestamp>(&value))
     return QLocale().toString(QDateTime::fromSecsSinceEpoch(date->seconds), QLocale::ShortFormat);
@@ -68,6 +70,7 @@ void OutlineModel::reloadData() {
 
 // --- Rows ------------------------------------------------------------------------------------------------------------
 
+// An index that is not valid is the root's.
 OutlineModel::Row& OutlineModel::rowAt(const QModelIndex& index) const {
   return index.isValid() ? *static_cast<Row*>(index.internalPointer()) : *root_;
 }
@@ -81,6 +84,7 @@ std::vector<OutlineItemPointer> OutlineModel::askForChildren(const OutlineItemPo
   return delegate_->childrenOfItem(item);
 }
 
+// Const for Qt's questions: to be asked is what opens a row.
 void OutlineModel::open(Row& row) const {
   if (row.opened) return;
   row.opened = true;
@@ -118,6 +122,7 @@ OutlineModel::Row* OutlineModel::find(const std::vector<Row*>& level, const std:
   return below.empty() ? nullptr : find(below, identity, search);
 }
 
+// A row that was never opened is asked for when it is.
 void OutlineModel::reloadItem(const OutlineItemPointer& item, bool reloadChildren) {
   if (!item) return reloadData();
   Row* row = find({root_.get()}, item->identity(), Search::OpenedRows);
@@ -216,6 +221,7 @@ QVariant OutlineModel::data(const QModelIndex& index, int role) const {
   }
 }
 
+// A click on a mixed check box makes it on.
 bool OutlineModel::setData(const QModelIndex& index, const QVariant& value, int role) {
   if (!index.isValid() || !delegate_) return false;
   if (role == Qt::CheckStateRole) {

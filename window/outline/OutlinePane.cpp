@@ -71,6 +71,7 @@ void OutlinePane::addButton(Command& command) {
   buttons_->insertWidget(leadingButtons_++, command.makeButton(this));
 }
 
+// Behind the space and the spinner, at the right end.
 void OutlinePane::addMainButton(Command& command) {
   QPushButton* button = command.makeButton(this);
   button->setDefault(true);

@@ -26,6 +26,7 @@ OutlineTree::OutlineTree(QWidget* parent) : QTreeView(parent) {
   setFrameShape(QFrame::NoFrame);
 }
 
+// Keys bound to a command go first, then the space bar, then what a tree does with keys.
 void OutlineTree::keyPressEvent(QKeyEvent* event) {
   if (state() == EditingState) return QTreeView::keyPressEvent(event);
   if (!event->isAutoRepeat()) pressedKey_ = event->key();
@@ -35,6 +36,7 @@ void OutlineTree::keyPressEvent(QKeyEvent* event) {
   QTreeView::keyPressEvent(event);
 }
 
+// A key that was pressed in a dialog may be let go here, and is not meant for the row.
 void OutlineTree::keyReleaseEvent(QKeyEvent* event) {
   const bool pressedHere = !event->isAutoRepeat() && pressedKey_ == event->key();
   if (!event->isAutoRepeat()) pressedKey_ = 0;
@@ -64,6 +66,7 @@ QModelIndex OutlineTree::indexForMenu(const QContextMenuEvent& event) const {
   return event.reason() == QContextMenuEvent::Keyboard ? currentIndex() : indexAt(event.pos());
 }
 
+// The menu is about the row under it, so that row is selected first.
 void OutlineTree::contextMenuEvent(QContextMenuEvent* event) {
   const QModelIndex index = indexForMenu(*event);
   if (!menu || !index.isValid() || !(index.flags() & Qt::ItemIsSelectable)) return;

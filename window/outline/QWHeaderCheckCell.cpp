@@ -18,6 +18,7 @@ void QWHeaderCheckCell::setState(State state) {
   setCheckState(state == Mixed ? Qt::PartiallyChecked : state == On ? Qt::Checked : Qt::Unchecked);
 }
 
+// Whoever hears of the click decides about the state.
 void QWHeaderCheckCell::nextCheckState() {
   if (onClick) onClick();
 }

@@ -79,6 +79,7 @@ void QWOutlineView::setDelegate(OutlineDelegate* delegate, OutlineActions* actio
 
 // --- Columns and what lies over the tree -----------------------------------------------------------------------------
 
+// The first column takes what the others leave.
 void QWOutlineView::layOutColumns() {
   QHeaderView& header = *tree_->header();
   header.setStretchLastSection(false);
@@ -109,6 +110,7 @@ void QWOutlineView::setEmptyText(const QString& noRows, std::function<QString()>
   placeOverlays();
 }
 
+// Of one row that cannot be opened the text says what is missing below it.
 QString QWOutlineView::emptyText() const {
   const int rows = model_.rowCount();
   if (rows == 0) return noRowsText_;
@@ -120,6 +122,7 @@ void QWOutlineView::setMenu(QMenu* menu) {
   tree_->menu = menu;
 }
 
+// The check box stands over the header, the text over the empty tree; both follow every change of size.
 void QWOutlineView::placeOverlays() {
   QHeaderView& header = *tree_->header();
   const QPoint corner = header.viewport()->mapTo(this, QPoint(header.sectionViewportPosition(0), 0));
@@ -170,6 +173,7 @@ void QWOutlineView::addWatchKeys(const QString& keys, const std::string& selecto
   for (const QChar key : keys) watchKeys_.push_back({key, selector});
 }
 
+// The entries of a key are tried in turn.
 bool QWOutlineView::performWatchKey(QChar key) {
   for (const WatchKey& watched : watchKeys_) {
     if (watched.keycode != key) continue;
@@ -196,6 +200,7 @@ void QWOutlineView::noteOpenRows(const QModelIndex& parent, std::set<std::string
   }
 }
 
+// Rows that have gone are passed over.
 void QWOutlineView::openAgain(const QModelIndex& parent, const std::set<std::string>& open) {
   for (int i = 0; i < model_.rowCount(parent); ++i) {
     const QModelIndex row = model_.index(i, 0, parent);
@@ -216,6 +221,7 @@ QModelIndex QWOutlineView::findOpen(const QModelIndex& parent, const std::string
   return {};
 }
 
+// Open rows, selection and scrolling are noted, and found again by the identities of the rows.
 void QWOutlineView::reloadData() {
   std::set<std::string> open;
   noteOpenRows({}, open);

@@ -49,11 +49,13 @@ RestorePane::RestorePane()
   showSelection({});
 }
 
+// The first command of a new section of the menu.
 Command& RestorePane::addToSection(const QString& title, const QKeySequence& shortcut) {
   addSeparator();
   return addCommand(title, shortcut);
 }
 
+// What needs a backup, a backup's own row, linked projects, or any row at all.
 void RestorePane::showSelection(const Selection& selection) {
   for (Command* command : {&restore, &edit, &toggleDefault, &linkProjects, &updateFiles, &sendToMail})
     command->setEnabled(selection.backup);
