@@ -3,6 +3,7 @@
 
 #include "backups/BackupNaming.h"
 #include "backups/BackupReader.h"
+#include "backups/LibraryHold.h"
 #include "backups/QWDataController.h"
 #include "base/Format.h"
 #include "base/Paths.h"
@@ -31,12 +32,21 @@ std::optional<Timestamp> folderDate(const std::string& path) {
   return info->modified;
 }
 
+// Never from under another process that writes it. One that stays where it is comes again at the next listing.
+bool moveUnlessHeld(const std::string& path, const std::string& target) {
+  const auto isTaken = [](const auto& hold) { return !hold && hold.error().code == std::errc::timed_out; };
+  // Held too while a new backup is made, until that one is.
+  const auto libraryHold = holdBackupFolder(paths::parent(path));
+  const auto hold = Runtime::current().platform().files.holdFolder(path, 0s);
+  return !isTaken(libraryHold) && !isTaken(hold) && QWFileManager::moveFile(path, target, 10s);
+}
+
 // Where the backup lies after its older extension gave way to today's, if that name was free.
 std::string withCurrentExtension(const std::string& path) {
   if (lowerCased(paths::extension(path)) != kOlderBackupExtension) return path;
   const std::string current = withBackupExtension(path);
   if (QWFileManager::itemExistsAtPath(current)) return path;
-  return QWFileManager::moveFile(path, current, 10s) ? current : path;
+  return moveUnlessHeld(path, current) ? current : path;
 }
 
 // With a number behind its name where another has that.
@@ -44,8 +54,7 @@ void moveToAutosaves(const std::string& path) {
   const auto folder = QWDataController::autosaveLocation();
   if (!folder || !QWFileManager::createDirectory(*folder)) return;
   const std::string target = paths::join(*folder, paths::lastComponent(path));
-  // One that stays where it is comes again at the next listing.
-  (void)QWFileManager::moveFile(path, QWFileManager::uniqueFilename(target), 10s);
+  (void)moveUnlessHeld(path, QWFileManager::uniqueFilename(target));
 }
 
 // The backups of a folder, or why it could not be listed.

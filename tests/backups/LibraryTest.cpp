@@ -57,6 +57,18 @@ TEST_F(LibraryTest, TheOldestAutomaticBackupsGoFirst) {
   EXPECT_FALSE(exists(inTrash("Auto Backup 1.vnt")));
 }
 
+TEST_F(LibraryTest, ABackupThatAnotherProcessWritesStaysWhereItIs) {
+  for (const char* name : {"Auto Backup x.vnt", "Old.vnt2"}) {
+    makeBackup(inLibrary(name));
+    auto writer = disk_.holdFolder(inLibrary(name), std::chrono::seconds(0));
+    controller().populateBackups();
+    EXPECT_TRUE(exists(inLibrary(name))) << name;
+    writer->reset();
+    controller().populateBackups();
+    EXPECT_FALSE(exists(inLibrary(name))) << name;
+  }
+}
+
 TEST_F(LibraryTest, FailedAndUnfinishedRunsPushNoGoodBackupOut) {
   const auto automatic = [&](int day) { return inLibrary("Autosaves/Auto Backup " + std::to_string(day) + ".vnt"); };
   for (int day = 1; day <= 8; ++day) makeBackup(automatic(day), "", day);
