@@ -53,14 +53,21 @@ struct WaysToQuit {
   bool reachAll = true;         // whether no copy is left out
 };
 
-// The windows that close a copy: its main ones, or whatever it shows where it has none.
+// The windows that close a copy: its main ones, or whatever it shows where it has none. A program that was started from
+// one that shows windows is another one, and its work is not to be touched.
 std::vector<Window> windowsOf(pid_t copy, const std::vector<Window>& all, const ApplicationProcesses& processes) {
   std::vector<Window> windows;
   std::copy_if(all.begin(), all.end(), std::back_inserter(windows),
                [&](const Window& window) { return processes.descends(window.process, copy); });
   const auto isMain = [](const Window& window) { return window.isMain; };
   if (std::any_of(windows.begin(), windows.end(), isMain)) std::erase_if(windows, std::not_fn(isMain));
-  return windows;
+  std::vector<Window> own;
+  std::copy_if(windows.begin(), windows.end(), std::back_inserter(own), [&](const Window& window) {
+    return std::none_of(windows.begin(), windows.end(), [&](const Window& other) {
+      return other.process != window.process && processes.descends(window.process, other.process);
+    });
+  });
+  return own;
 }
 
 WaysToQuit waysToQuit(const ApplicationTraits& application, const Windows& display) {

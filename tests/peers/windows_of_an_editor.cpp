@@ -1,6 +1,6 @@
-// An editor with two main windows, a palette and a dialog, on a display without a window manager, whose part it plays.
-// With a file as its argument it writes down there, a line each, which windows are to close, and lets none. Without a
-// display or a file it shows no window. It waits until it is ended.
+// An editor with two main windows, a palette and a dialog, and with a browser that it has started, on a display without
+// a window manager, whose part it plays. With a file as its argument it writes down there, a line each, which windows
+// are to close, and lets none. Without a display or a file it shows no window. It waits until it is ended.
 #include <unistd.h>
 #include <xcb/xcb.h>
 
@@ -34,22 +34,44 @@ xcb_window_t window() {
   return number;
 }
 
+void openDisplay() {
+  display = xcb_connect(nullptr, nullptr);
+  root = xcb_setup_roots_iterator(xcb_get_setup(display)).data->root;
+}
+
+// Another process with a window, whose number it answers. It ends with the display.
+xcb_window_t browser() {
+  int ends[2];
+  xcb_window_t number = XCB_WINDOW_NONE;
+  if (pipe(ends) != 0) return number;
+  if (fork() != 0) {
+    (void)!read(ends[0], &number, sizeof number);
+    return number;
+  }
+  openDisplay();
+  number = window();
+  std::free(xcb_get_input_focus_reply(display, xcb_get_input_focus(display), nullptr));  // the server has it now
+  (void)!write(ends[1], &number, sizeof number);
+  while (auto* const event = xcb_wait_for_event(display)) std::free(event);
+  _exit(0);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   if (argc < 2) pause();
-  display = xcb_connect(nullptr, nullptr);
-  root = xcb_setup_roots_iterator(xcb_get_setup(display)).data->root;
+  const xcb_window_t other = browser();
+  openDisplay();
   const std::uint32_t mask = XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT;
   xcb_change_window_attributes(display, root, XCB_CW_EVENT_MASK, &mask);
-  const std::vector<xcb_window_t> all = {window(), window(), window(), window()};
+  const std::vector<xcb_window_t> all = {window(), window(), window(), window(), other};
   set(all[1], "_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM, {atom("_NET_WM_WINDOW_TYPE_NORMAL")});
   set(all[2], "_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM, {atom("_NET_WM_WINDOW_TYPE_UTILITY")});
   set(all[3], "WM_TRANSIENT_FOR", XCB_ATOM_WINDOW, {all[0]});
   set(root, "_NET_CLIENT_LIST", XCB_ATOM_WINDOW, all);
   const xcb_atom_t close = atom("_NET_CLOSE_WINDOW");
   std::ofstream asked(argv[1]);
-  const char* const names[] = {"main 1", "main 2", "palette", "dialog"};
+  const char* const names[] = {"main 1", "main 2", "palette", "dialog", "browser"};
   while (auto* const event = xcb_wait_for_event(display)) {
     const auto* const message = reinterpret_cast<xcb_client_message_event_t*>(event);
     if ((event->response_type & 0x7f) == XCB_CLIENT_MESSAGE && message->type == close)

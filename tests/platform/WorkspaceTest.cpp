@@ -162,7 +162,8 @@ TEST_F(WorkspaceTest, AnApplicationIsAskedByItsMainWindowsAndNeverSentASignal) {
   ASSERT_TRUE(soon([this] { return exists(desktop_ / "asked"); }));
   EXPECT_TRUE(asks());
   EXPECT_TRUE(workspace_.quitApplication("Ed", kEd));
-  EXPECT_TRUE(soon([this] { return readFile(desktop_ / "asked") == "main 1\nmain 2\n"; })) << "no palette, no dialog";
+  EXPECT_TRUE(soon([this] { return readFile(desktop_ / "asked") == "main 1\nmain 2\n"; }))
+      << "no palette, no dialog, no other program";
   const Running second(program);
   ASSERT_TRUE(soon([this] { return copies() == 2; }));
   EXPECT_TRUE(!asks() && quitFails()) << "one copy has no window";
