@@ -35,6 +35,30 @@ Status outcome(const BusCall& call) {
   return {};
 }
 
+BusCall busQuestion(const char* member, const char* reply) {
+  return {.service = kBus, .path = "/org/freedesktop/DBus", .interface = kBus, .member = member, .reply = reply};
+}
+
+pid_t processOf(const std::string& name) {
+  BusCall question = busQuestion("GetConnectionUnixProcessID", "(u)");
+  question.arguments = owned(g_variant_new("(s)", name.c_str()));
+  const Result<VariantPointer> reply = callBus(question, Deadline(kPatience));
+  guint32 number = 0;
+  if (reply) g_variant_get(reply->get(), "(u)", &number);
+  return static_cast<pid_t>(number);
+}
+
+// The texts of a reply "(as)".
+std::vector<std::string> textsIn(const VariantPointer& reply) {
+  const VariantPointer list(g_variant_get_child_value(reply.get(), 0));
+  std::vector<std::string> texts;
+  GVariantIter iterator;
+  const char* text = nullptr;
+  g_variant_iter_init(&iterator, list.get());
+  while (g_variant_iter_next(&iterator, "&s", &text)) texts.emplace_back(text);
+  return texts;
+}
+
 // What the desktop adds to a request, such as a start-up notice; nothing here.
 GVariant* noPlatformData() {
   return g_variant_new_array(G_VARIANT_TYPE("{sv}"), nullptr, 0);
@@ -54,17 +78,17 @@ bool isBusName(const std::string& identifier) {
 }
 
 pid_t busOwner(const std::string& identifier) {
-  if (!isBusName(identifier) || !hasBus()) return 0;
-  const BusCall question{.service = kBus,
-                         .path = "/org/freedesktop/DBus",
-                         .interface = kBus,
-                         .member = "GetConnectionUnixProcessID",
-                         .arguments = owned(g_variant_new("(s)", identifier.c_str())),
-                         .reply = "(u)"};
-  const Result<VariantPointer> reply = callBus(question, Deadline(kPatience));
-  guint32 number = 0;
-  if (reply) g_variant_get(reply->get(), "(u)", &number);
-  return static_cast<pid_t>(number);
+  return isBusName(identifier) && hasBus() ? processOf(identifier) : 0;
+}
+
+std::vector<BusConnection> busConnections() {
+  if (!hasBus()) return {};
+  const Result<VariantPointer> reply = callBus(busQuestion("ListNames", "(as)"), Deadline(kPatience));
+  std::vector<BusConnection> connections;
+  if (!reply) return connections;
+  for (const std::string& name : textsIn(*reply))
+    if (g_dbus_is_unique_name(name.c_str())) connections.push_back({name, processOf(name)});
+  return connections;
 }
 
 // The interface itself tells of no actions; that of GTK, which most applications with actions have, does.
@@ -78,13 +102,8 @@ bool offersAction(const std::string& identifier, const std::string& action) {
                          .insist = true};
   const Result<VariantPointer> reply = callBus(question, Deadline(kPatience));
   if (!reply) return false;
-  const VariantPointer names(g_variant_get_child_value(reply->get(), 0));
-  GVariantIter iterator;
-  const char* name = nullptr;
-  g_variant_iter_init(&iterator, names.get());
-  while (g_variant_iter_next(&iterator, "&s", &name))
-    if (action == name) return true;
-  return false;
+  const std::vector<std::string> names = textsIn(*reply);
+  return std::find(names.begin(), names.end(), action) != names.end();
 }
 
 Status activateAction(const std::string& identifier, const std::string& action) {

@@ -17,6 +17,13 @@ bool isBusName(const std::string& identifier);
 // The process that has the identifier as its name on the bus; 0 when none has or there is no bus.
 pid_t busOwner(const std::string& identifier);
 
+// A program on the bus, by the name that the bus gave its connection, whatever others it has.
+struct BusConnection {
+  std::string name;
+  pid_t process;
+};
+std::vector<BusConnection> busConnections();
+
 // Whether the application, which must be on the bus, offers that action to the bus.
 bool offersAction(const std::string& identifier, const std::string& action);
 Status activateAction(const std::string& identifier, const std::string& action);

@@ -2,16 +2,20 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdlib>
 #include <functional>
 #include <iterator>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/linux/session/ApplicationProcesses.h"
 #include "platform/posix/files/Errors.h"
 #include "programs/vantory-desktop/ApplicationBus.h"
 #include "programs/vantory-desktop/DesktopEntry.h"
+#include "programs/vantory-desktop/KdeActions.h"
 #include "programs/vantory-desktop/Services.h"
 #include "programs/vantory-desktop/SessionEnvironment.h"
 #include "programs/vantory-desktop/Windows.h"
@@ -21,6 +25,7 @@ namespace vantory::desktop {
 namespace {
 
 constexpr const char* kQuitAction = "quit";
+constexpr std::chrono::seconds kPatience{2};
 
 std::string snapOf(const DesktopEntry& entry) {
   const std::string instance = entry.text("X-SnapInstanceName");
@@ -48,10 +53,20 @@ Result<Message> countCopies(const Message& arguments) {
 
 // How the running copies of an application can be asked to quit, so that each can ask about unsaved work.
 struct WaysToQuit {
-  bool action = false;          // of the application on the bus
-  std::vector<Window> windows;  // to be closed, of copies that the action does not reach
-  bool reachAll = true;         // whether no copy is left out
+  bool action = false;                // of the application on the bus
+  std::vector<KdeAction> kdeActions;  // of copies that the action does not reach
+  std::vector<Window> windows;        // to be closed, of copies that no action reaches
+  bool reachAll = true;               // whether no copy is left out
 };
+
+// What a copy offers on the bus without having the application's name there.
+std::optional<KdeAction> kdeActionOf(pid_t copy, const std::vector<BusConnection>& connections,
+                                     const ApplicationProcesses& processes, const Deadline& deadline) {
+  for (const BusConnection& connection : connections)
+    if (connection.process != 0 && processes.descends(connection.process, copy))
+      if (auto action = quitActionOf(connection.name, deadline)) return action;
+  return std::nullopt;
+}
 
 // The windows that close a copy: its main ones, or whatever it shows where it has none. A program that was started from
 // one that shows windows is another one, and its work is not to be touched.
@@ -82,8 +97,15 @@ WaysToQuit waysToQuit(const ApplicationTraits& application, const Windows& displ
     if (std::none_of(copies.begin(), copies.end(), isOnBus)) copies.clear();
     std::erase_if(copies, isOnBus);
   }
-  const std::vector<Window> all = copies.empty() ? std::vector<Window>() : display.list();
+  if (copies.empty()) return ways;
+  const std::vector<BusConnection> connections = busConnections();
+  const Deadline deadline(kPatience);
+  const std::vector<Window> all = display.list();
   for (const pid_t copy : copies) {
+    if (auto action = kdeActionOf(copy, connections, processes, deadline)) {
+      ways.kdeActions.push_back(std::move(*action));
+      continue;
+    }
     const std::vector<Window> windows = windowsOf(copy, all, processes);
     ways.reachAll = ways.reachAll && !windows.empty();
     ways.windows.insert(ways.windows.end(), windows.begin(), windows.end());
@@ -97,17 +119,25 @@ Result<Message> canQuit(const Message& arguments) {
   return Message{waysToQuit(traitsOf(arguments[0]), Windows()).reachAll ? "1" : "0"};
 }
 
-// Arguments: identifier. No values. The copy that has the application's name on the bus is asked there when it offers
-// that, all others by closing their windows; none is sent a signal, which most obey without saving anything.
+// One that has not answered yet may be asking the user about unsaved work; one that never will has ended.
+bool isUnderWay(const Status& asked) {
+  return asked || asked.error().code == std::errc::timed_out || asked.error().code == std::errc::connection_reset;
+}
+
+// Arguments: identifier. No values. Copies are asked on the bus where they offer that there, all others by closing
+// their windows; none is sent a signal, which most obey without saving anything.
 Result<Message> quit(const Message& arguments) {
   adoptSessionEnvironment();
   Windows display;
   const ApplicationTraits application = traitsOf(arguments[0]);
   const WaysToQuit ways = waysToQuit(application, display);
-  // One that has not answered yet may be asking the user about unsaved work.
-  const Status asked = ways.action ? activateAction(application.identifier, kQuitAction) : Status();
+  std::vector<Status> asked;
+  if (ways.action) asked.push_back(activateAction(application.identifier, kQuitAction));
+  const Deadline deadline(kPatience);
+  for (const KdeAction& action : ways.kdeActions) asked.push_back(trigger(action, deadline));
   for (const Window& window : ways.windows) display.close(window);
-  if (!asked && asked.error().code != std::errc::timed_out) return asked.error();
+  for (const Status& answer : asked)
+    if (!isUnderWay(answer)) return answer.error();
   if (!ways.reachAll)
     return errorWithText(std::errc::operation_not_supported, application.identifier,
                          "It cannot be asked to quit. Please quit it yourself.");

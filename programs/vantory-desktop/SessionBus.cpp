@@ -34,6 +34,8 @@ int numberOf(const GError& error) {
     case G_DBUS_ERROR_TIMEOUT:
     case G_DBUS_ERROR_TIMED_OUT:
       return ETIMEDOUT;
+    case G_DBUS_ERROR_NO_REPLY:
+      return ECONNRESET;
     case G_DBUS_ERROR_ACCESS_DENIED:
       return EACCES;
     default:

@@ -37,7 +37,8 @@ struct BusCall {
 Result<GDBusConnection*> sessionBus();
 
 // Blocks until the reply or the deadline. Errors that callers tell apart: nobody offers the service
-// (no_such_device_or_address), it does not know the member (function_not_supported), no reply in time (timed_out). A
+// (no_such_device_or_address), it does not know the member (function_not_supported), no reply in time (timed_out), it
+// ended instead of replying (connection_reset). A
 // service that did not reply in time is not asked for half a minute, so that many calls in a row hold nobody up.
 Result<VariantPointer> callBus(const BusCall& call, const Deadline& deadline);
 

@@ -241,6 +241,18 @@ TEST_F(ApplicationBusTest, IsAskedToQuitByItsActionAndOtherCopiesAreLeftAlone) {
   EXPECT_TRUE(*workspace_.isRunning("org.example.Editor"));
 }
 
+TEST_F(ApplicationBusTest, AnApplicationOfKdeIsAskedByTheActionOfAWindow) {
+  {
+    const HelperProcess busy = bus_->start("kde_application.py", {kEd, "MainWindow_1", "--busy"});
+    EXPECT_FALSE(*workspace_.canBeAskedToQuit(kEd));
+  }
+  HelperProcess ed = bus_->start("kde_application.py", {kEd, "Palette_1", "MainWindow_3"});
+  EXPECT_TRUE(*workspace_.canBeAskedToQuit(kEd));
+  EXPECT_TRUE(workspace_.quitApplication("Ed", kEd));
+  EXPECT_THAT(heardBy(ed), ElementsAre("quit", "MainWindow_3"));
+  EXPECT_TRUE(soon([this] { return copies() == 0; }));
+}
+
 TEST_F(ApplicationBusTest, OneThatTakesTimeToAnswerIsNotCutShort) {
   HelperProcess ed = bus_->start("application.py", {kEd, "quit", "--asks"});
   EXPECT_TRUE(workspace_.quitApplication("Ed", kEd));
