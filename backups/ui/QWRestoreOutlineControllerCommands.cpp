@@ -51,7 +51,8 @@ bool askToUpdate(const QWBackup& backup) {
              {.messageText = formatted("Do you want to update the files of \"%@\"?", backup.name()),
               .defaultButton = "Update",
               .alternateButton = "Cancel",
-              .informativeText = "Its copies are replaced by your present preferences, and placed in the Trash."}) ==
+              .informativeText = nameAndDate(backup) +
+                                 ". Its copies are replaced by your present preferences, and placed in the Trash."}) ==
          QWAlert::Default;
 }
 

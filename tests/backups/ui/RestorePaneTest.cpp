@@ -149,6 +149,26 @@ TEST_F(RestorePaneTest, RestoresWhatIsTickedAfterAQuestion) {
   EXPECT_THAT(names(), ElementsAre("Autosaves"));
 }
 
+TEST_F(RestorePaneTest, UpdatingAsksFirstAndClaimsNoMoreThanWasDone) {
+  const std::string copy = "/Users/user/Library/Preferences/editor.plist";
+  written("Clean");
+  writeFile(prefs("editor.plist"), "newer");
+  answer_ = QWAlert::Alternate;
+  finishAfter(&QWRestoreOutlineController::updateFiles);
+  EXPECT_EQ(readFile(inLibrary("Clean.vnt") + copy), "preferences");
+  EXPECT_THAT(informative_, testing::StartsWith("\"Clean\" of " + localTimeText(*listed("Clean")->date(), "%Y")));
+
+  answer_ = QWAlert::Default;
+  finishAfter(&QWRestoreOutlineController::updateFiles);
+  EXPECT_EQ(readFile(inLibrary("Clean.vnt") + copy), "newer");
+  EXPECT_EQ(readFile(inTrash("Clean (replaced copies)") + copy), "preferences");
+  files_.fail(Operation::StageCopy, std::errc::no_space_on_device, FaultyFileSystem::kEveryCall);
+  finishAfter(&QWRestoreOutlineController::updateFiles);
+  const std::string question = "Do you want to update the files of \"Clean\"?";
+  EXPECT_THAT(alerts_,
+              ElementsAre(question, question, "Files successfully updated", question, "Unable to update files"));
+}
+
 TEST_F(RestorePaneTest, TheDeleteKeyRemovesBackupsOnly) {
   select(written("Clean")->children()[0]);
   EXPECT_FALSE(pane_.keyUp(OutlineKey::Delete)) << "an application is no backup";
