@@ -125,9 +125,10 @@ ask authorized; check "and takes the right with it" answered 0
 ask remove "$theirs/b"; check "which the next operation asks for again" eval 'answered 1 && [ "$(helpers)" = 1 ]'
 kill -9 "$holder"; wait "$holder" 2>/dev/null
 check "a caller that is killed takes the helper with it" no_helper_runs
-# hand_on stays|ends: the process that was authorized gives the conversation to another one, which asks for a removal.
+# hand_on stays|ends: the process that was authorized gives the conversation to another one, which asks for a removal
+# while that stays, and for nothing when it has ended.
 hand_on() { as_anna HELPER="$helper" /usr/bin/python3 - "$theirs/a" "$1" <<'EOF' >/dev/null 2>"$work/err"
-import os, socket, subprocess, sys, time
+import os, socket, subprocess, sys
 own, other = socket.socketpair(socket.AF_UNIX, socket.SOCK_SEQPACKET)
 subprocess.Popen(["pkexec", "--disable-internal-agent", os.environ["HELPER"]], stdin=other)
 other.close()
@@ -136,9 +137,8 @@ child = os.fork()
 if child:
     if sys.argv[2] == "stays": os.waitpid(child, 0)
     os._exit(0)
-if sys.argv[2] == "ends": time.sleep(1)
 own.settimeout(20)
-own.send(f"/bin/rm\0-Rdf\0{sys.argv[1]}\0".encode())
+if sys.argv[2] == "stays": own.send(f"/bin/rm\0-Rdf\0{sys.argv[1]}\0".encode())
 sys.exit(own.recv(99))
 EOF
 }
