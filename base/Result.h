@@ -10,10 +10,11 @@
 namespace vantory {
 
 // A failed operation. `code` is what the caller decides by, `text` is what a person reads:
-// the path concerned and the reason.
+// the path concerned and the reason. `cure` says what the person can do about it; empty where nothing is known.
 struct Error {
   std::errc code{};
   std::string text;
+  std::string cure = {};
 };
 
 // True where another identity's rights could make the operation succeed.

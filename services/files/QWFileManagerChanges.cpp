@@ -63,9 +63,16 @@ struct Attempt {
   std::string place = {};  // of what was trashed
 };
 
+// A task of the command line asks nobody for administrator rights.
+Error withCure(Error cause) {
+  if (cause.cure.empty() && onlyRightsAreMissing(cause) && !authorization().canAuthorize())
+    cause.cure = "An administrator can do it: run the same task with sudo.";
+  return cause;
+}
+
 // Where administrator rights did not do it either, the cause is that of the first failure.
 Attempt handedOver(bool accepted, const Error& cause) {
-  return accepted ? Attempt{.status = {}, .handedOver = true} : Attempt{.status = cause};
+  return accepted ? Attempt{.status = {}, .handedOver = true} : Attempt{.status = withCure(cause)};
 }
 
 Status arrival(const Attempt& attempt, const std::string& path, const std::function<bool()>& isVisible,
@@ -153,7 +160,7 @@ Attempt trash(const std::string& path, bool shouldAuth) {
   if (shouldAuth && rightsCouldHelp(place.error()) && authorization().authTrashFile(path))
     return {.status = {}, .handedOver = true};
   QWLog::appendLog("Unable to trash %@: %@", path, place.error().text);
-  return {.status = place.error()};
+  return {.status = withCure(place.error())};
 }
 
 Attempt makeFolder(const std::string& path, bool shouldAuth) {

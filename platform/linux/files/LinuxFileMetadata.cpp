@@ -73,6 +73,12 @@ Status LinuxFileMetadata::setLockedByItself(const std::string& path, bool locked
   return changed;
 }
 
+Error LinuxFileMetadata::lockError(const std::string& path, int number) {
+  Error error = systemError(path, number);
+  if (number == EPERM) error.cure = lockHelper_.cure();
+  return error;
+}
+
 // A helper that runs is asked first. What it could not change is tried without it, which also tells the reason best,
 // and then with it again where links stood in its way.
 std::vector<Status> LinuxFileMetadata::setAllLocked(const std::vector<std::string>& paths, bool locked) {
@@ -91,7 +97,7 @@ std::vector<Status> LinuxFileMetadata::setAllLocked(const std::vector<std::strin
   }
   numbers = lockHelper_.setLocked(ways, locked);
   for (std::size_t i = 0; i < left.size(); ++i)
-    results[left[i]] = numbers[i] == 0 ? Status() : Status(systemError(paths[left[i]], numbers[i]));
+    results[left[i]] = numbers[i] == 0 ? Status() : Status(lockError(paths[left[i]], numbers[i]));
   return results;
 }
 

@@ -29,6 +29,8 @@ class LinuxFileMetadata : public FileMetadata {
   Result<Descriptor> openItem(const std::string& path) const;
   Status setLockedByItself(const std::string& path, bool locked, std::optional<std::string>& wayForHelper) const;
 
+  Error lockError(const std::string& path, int number);
+
   FileRights rights_;
   LockHelper lockHelper_;
 };

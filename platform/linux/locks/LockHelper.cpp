@@ -1,6 +1,8 @@
 // Hands open files to the lock helper.
 #include "platform/linux/locks/LockHelper.h"
 
+#include <sys/xattr.h>
+
 #include <charconv>
 #include <chrono>
 
@@ -70,6 +72,13 @@ std::vector<int> LockHelper::setLocked(const std::vector<std::string>& paths, bo
 bool LockHelper::isRunning() {
   const std::lock_guard lock(mutex_);
   return process_.has_value();
+}
+
+std::string LockHelper::cure() {
+  const std::lock_guard lock(mutex_);
+  if (program_.path.empty()) return "Locking needs the lock helper, which is not installed.";
+  if (getxattr(program_.path.c_str(), "security.capability", nullptr, 0) >= 0) return "";
+  return "Locking needs the lock helper: sudo setcap cap_linux_immutable=ep " + program_.path;
 }
 
 }  // namespace vantory

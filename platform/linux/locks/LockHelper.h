@@ -25,6 +25,9 @@ class LockHelper {
   // Whether it has been started and serves.
   bool isRunning();
 
+  // What the machine's administrator can do so that it serves; empty where nothing is missing.
+  std::string cure();
+
  private:
   void start();
   bool ask(const Message& request, std::vector<int>& numbers);

@@ -10,10 +10,8 @@
 
 namespace vantory {
 
-// The error that errno holds, about this path.
-inline Error systemError(std::string_view path, int number = errno) {
-  return {static_cast<std::errc>(number), std::string(path) + ": " + std::generic_category().message(number)};
-}
+// The error that errno holds, about this path, with the cure where there is one that always helps.
+Error systemError(std::string_view path, int number = errno);
 
 inline Error errorWithText(std::errc code, std::string_view path, std::string_view reason) {
   return {code, std::string(path) + ": " + std::string(reason)};
