@@ -96,7 +96,7 @@ void QWBackup::restore(TaskReport& report, bool closeAutomatically) {
         children_.empty() ? "Nothing was restored: the Settings.plist of %@ is missing, damaged or names no known item."
                           : "Nothing was restored: %@ holds none of the chosen items.",
         path_);
-    QWLog::appendLogAndPrint("%@", reason);
+    QWLog::appendLog("%@", reason);
     report.remark(reason);
   }
   RestoreRun run(path_, closeAutomatically, report);

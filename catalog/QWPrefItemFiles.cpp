@@ -144,9 +144,11 @@ void QWPrefItem::lockFiles(State state, TaskReport& report, bool refreshParent) 
     const std::vector<std::string> matches = QWFileManager::filesMatchingWildcardPath(pattern, report);
     const auto outcomes = state == On ? QWFileManager::lockFiles(matches, tellLocking)
                                       : QWFileManager::unlockFiles(matches, tellUnlocking);
-    for (std::size_t i = 0; i < matches.size(); ++i)
-      // A file that is missing, or was as wanted already, is no part of the report.
+    // A file that is missing is no part of the report.
+    for (std::size_t i = 0; i < matches.size(); ++i) {
       if (outcomes[i].changed || !outcomes[i].status) report.add(action, matches[i], outcomes[i].status, key());
+      if (outcomes[i].wasSo) report.skipped(action, matches[i], {{}, matches[i] + " is not locked"}, key());
+    }
   }
   for (const auto& user : users_) user->lockFiles(state, report, false);
   updateLockStatus();

@@ -20,6 +20,8 @@ class SystemInfo {
   // The whole argument list, the program first.
   virtual const std::vector<std::string>& arguments() const = 0;
   virtual std::string workingDirectory() const = 0;
+  // Whether a person reads standard error.
+  virtual bool hasTerminal() const = 0;
   // A string that no other call, process or machine is given.
   virtual std::string uniqueString() const = 0;
 };

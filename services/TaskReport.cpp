@@ -10,6 +10,32 @@ namespace vantory {
 
 using Outcome = FileReport::Outcome;
 
+const char* nameOf(FileAction action) {
+  switch (action) {
+    case FileAction::Trash:
+      return "trash";
+    case FileAction::Restore:
+      return "restore";
+    case FileAction::Copy:
+      return "copy";
+    case FileAction::Lock:
+      return "lock";
+    case FileAction::Unlock:
+      return "unlock";
+    case FileAction::Move:
+      return "move";
+    case FileAction::Remove:
+      return "remove";
+    case FileAction::Write:
+      return "write";
+    case FileAction::List:
+      return "list";
+    case FileAction::Sync:
+      break;
+  }
+  return "sync";
+}
+
 void TaskReport::done(FileAction action, const std::string& path, const std::string& item, const std::string& place) {
   files_.push_back({.action = action, .path = path, .item = item, .place = place});
 }
@@ -59,6 +85,7 @@ std::string TaskReport::causes() const {
       std::ranges::find_if(files_, [](const FileReport& file) { return file.outcome == Outcome::Failed; });
   if (first != files_.end()) {
     addLine(first->cause->text);
+    if (!first->cause->cure.empty()) addLine(first->cause->cure);
     if (const std::size_t more = count(Outcome::Failed) - 1; more > 0)
       addLine(formatted("The log names %i more.", more));
   }

@@ -12,6 +12,9 @@ namespace vantory {
 
 enum class FileAction { Trash, Restore, Copy, Lock, Unlock, Move, Remove, Write, List, Sync };
 
+// As scripts read it, such as "trash".
+const char* nameOf(FileAction action);
+
 // One file, or folder, of a task.
 struct FileReport {
   enum class Outcome { Done, Skipped, Failed };
@@ -33,6 +36,13 @@ class TaskReport {
     std::string reason;  // a sentence
   };
 
+  // An operand, or a part of one, that nothing was done for.
+  struct UnusedOperand {
+    std::string operand;
+    std::string reason;        // a sentence
+    std::string nearest = {};  // what may have been meant; empty where nothing comes near
+  };
+
   void done(FileAction action, const std::string& path, const std::string& item = {}, const std::string& place = {});
   // The file is as it was, on purpose.
   void skipped(FileAction action, const std::string& path, Error cause, const std::string& item = {});
@@ -46,9 +56,19 @@ class TaskReport {
   // A sentence about something beside the task itself that went wrong, such as an application that did not start again.
   void remark(std::string sentence) { remarks_.push_back(std::move(sentence)); }
 
+  // Why the task could not be begun at all.
+  void refuse(std::string reason) { refusal_ = std::move(reason); }
+  void unused(UnusedOperand operand) { unusedOperands_.push_back(std::move(operand)); }
+  // A sentence about what was done otherwise than it was asked for, such as under another name.
+  void notice(std::string sentence) { notices_.push_back(std::move(sentence)); }
+
   const std::vector<FileReport>& files() const { return files_; }
   const std::vector<PassedOver>& passedOver() const { return passedOver_; }
   const std::vector<std::string>& remarks() const { return remarks_; }
+  const std::vector<UnusedOperand>& unusedOperands() const { return unusedOperands_; }
+  const std::vector<std::string>& notices() const { return notices_; }
+  // None where it could be begun.
+  const std::optional<std::string>& refusal() const { return refusal_; }
   bool isCancelled() const { return isCancelled_; }
 
   std::size_t count(FileReport::Outcome outcome) const;
@@ -57,18 +77,21 @@ class TaskReport {
   bool hasDone(FileAction action) const { return count(FileReport::Outcome::Done, action) > 0; }
   bool hasFailures() const { return count(FileReport::Outcome::Failed) > 0; }
   // Whether everything that was asked for was done.
-  bool isWhole() const { return !hasFailures() && passedOver_.empty() && !isCancelled_; }
+  bool isWhole() const { return !refusal_ && !hasFailures() && passedOver_.empty() && !isCancelled_; }
   // Whether this failure is in the report already.
   bool hasFailed(FileAction action, const std::string& path) const;
 
-  // For a person: the first cause of failure and how many more there are, the applications that were passed over, the
-  // remarks, a sentence or two on each line. Empty where there is nothing to tell.
+  // For a person: the first cause of failure with its cure and how many more there are, the applications that were
+  // passed over, the remarks, a sentence or two on each line. Empty where there is nothing to tell.
   std::string causes() const;
 
  private:
   std::vector<FileReport> files_;
   std::vector<PassedOver> passedOver_;
   std::vector<std::string> remarks_;
+  std::vector<UnusedOperand> unusedOperands_;
+  std::vector<std::string> notices_;
+  std::optional<std::string> refusal_;
   bool isCancelled_ = false;
 };
 

@@ -5,9 +5,10 @@
 #include "backups/BackupNaming.h"
 #include "backups/QWBackup.h"
 #include "backups/QWDataController.h"
+#include "base/Format.h"
 #include "platform/JobControl.h"
-#include "platform/SystemLog.h"
 #include "services/Runtime.h"
+#include "services/TaskReport.h"
 #include "services/files/QWFileManager.h"
 #include "services/log/QWLog.h"
 #include "tasks/AppController.h"
@@ -72,31 +73,28 @@ void tellSchedule() {
 int backupCommand(const CommandContext& context) {
   const AppController& controller = context.controller;
   controller.postGrowlNotification("Vantory", "Creating backup...");
-  if (context.operandCount() == 0) {
-    Runtime::current().platform().systemLog.write("Invalid number of arguments");
-    return 1;
-  }
+  if (context.operandCount() == 0) return context.refuseWithoutOperand();
   const std::string name = QWFileManager::validateFilename(*context.operand(1));
-  if (name.empty()) {
-    controller.reportFailure({.text = "Vantory: Unable to backup - invalid filename.",
-                              .title = "Backup failed",
-                              .description = "Invalid filename",
-                              .console = "Invalid filename"});
-    return 1;
-  }
+  if (name.empty())
+    return context.refuse({.text = "Vantory: Unable to backup - invalid filename.",
+                           .title = "Backup failed",
+                           .description = "Invalid filename",
+                           .console = "Invalid filename"});
+  if (name != *context.operand(1))
+    context.report.notice(formatted("\"%@\" is kept as \"%@\".", *context.operand(1), name));
   std::optional<KeyList> keys;
   if (const auto operand = keyOperand(context)) keys = splitKeys(*operand);
-  if (keys && keys->empty()) {
-    controller.reportFailure({.text = "Vantory: Unable to backup - invalid keys.",
-                              .title = "Backup failed",
-                              .description = "Invalid keys",
-                              .console = "Invalid keys"});
-    return 1;
-  }
+  if (keys && keys->empty())
+    return context.refuse({.text = "Vantory: Unable to backup - invalid keys.",
+                           .title = "Backup failed",
+                           .description = "Invalid keys",
+                           .console = "Invalid keys"});
   if (name.starts_with(kAutomaticPrefix))
     QWLog::appendLogAndPrint("%@ is kept among the automatic backups, which are removed in time.", name);
   // Writing it moves a backup that has the name to the Trash, unless another process is at work on that.
-  write(*makeRecord(name, keys), controller, context.report);
+  const auto backup = makeRecord(name, keys);
+  if (keys) noteUnknownKeys(*keys, *backup, context.report);
+  write(*backup, controller, context.report);
   return 0;  // also where there was nothing to back up
 }
 

@@ -3,20 +3,31 @@
 
 #include <algorithm>
 
+#include "platform/SystemLog.h"
+#include "services/Runtime.h"
+#include "services/TaskReport.h"
+#include "tasks/AppController.h"
+
 namespace vantory {
 
 namespace {
 
 constexpr Command kCommands[] = {
-    {"-autobackup", "", "Back up all preferences into a new automatic backup.", autoBackupCommand, true, true},
-    {"-restoredefault", "", "Restore the backup that is marked as default.", restoreDefaultCommand, true, true},
-    {"-list", "", "Print the backups of the library as a property list.", listCommand, false, true},
-    {"-trash", "[KEYS]", "Move preference files to the Trash (default: -allprefs).", trashCommand, true, false},
-    {"-lock", "[KEYS]", "Lock preference files against changes (default: -allfiles).", lockCommand, true, false},
-    {"-unlock", "[KEYS]", "Unlock preference files (default: -allfiles).", unlockCommand, true, false},
+    {"-autobackup", "", "Back up all preferences into a new automatic backup.", autoBackupCommand, true, true, 0,
+     FileAction::Copy},
+    {"-restoredefault", "", "Restore the backup that is marked as default.", restoreDefaultCommand, true, true, 0,
+     FileAction::Restore},
+    {"-list", "", "Print the backups of the library as a property list.", listCommand, false, true, 0},
+    {"-trash", "[KEYS]", "Move preference files to the Trash (default: -allprefs).", trashCommand, true, false, 1,
+     FileAction::Trash},
+    {"-lock", "[KEYS]", "Lock preference files against changes (default: -allfiles).", lockCommand, true, false, 1,
+     FileAction::Lock},
+    {"-unlock", "[KEYS]", "Unlock preference files (default: -allfiles).", unlockCommand, true, false, 1,
+     FileAction::Unlock},
     {"-backup", "NAME [KEYS]", "Back up into the library under this name (default: all items).", backupCommand, true,
-     true},
-    {"-restore", "PATH [KEYS]", "Restore the backup at this path (default: all it holds).", restoreCommand, true, true},
+     true, 3, FileAction::Copy},
+    {"-restore", "PATH [KEYS]", "Restore the backup at this path (default: all it holds).", restoreCommand, true, true,
+     2, FileAction::Restore},
 };
 
 }  // namespace
@@ -37,6 +48,19 @@ std::optional<ChosenCommand> chooseCommand(const std::vector<std::string>& argum
 std::optional<std::string> CommandContext::operand(std::size_t number) const {
   if (number > operandCount()) return std::nullopt;
   return arguments[position + number];
+}
+
+int CommandContext::refuse(const TaskFailure& failure) const {
+  controller.reportFailure(failure);
+  report.refuse(failure.description);
+  return 1;
+}
+
+int CommandContext::refuseWithoutOperand() const {
+  constexpr const char* kReason = "Invalid number of arguments";
+  Runtime::current().platform().systemLog.write(kReason);
+  report.refuse(kReason);
+  return 1;
 }
 
 }  // namespace vantory

@@ -13,6 +13,8 @@ namespace vantory {
 
 class AppController;
 class TaskReport;
+struct TaskFailure;
+enum class FileAction;
 
 // What a running command has to work with.
 struct CommandContext {
@@ -25,6 +27,10 @@ struct CommandContext {
   std::size_t operandCount() const { return arguments.size() - position - 1; }
   // The n-th argument after the option, counted from 1; none when there are fewer.
   std::optional<std::string> operand(std::size_t number) const;
+  // Tells of what keeps the command from being begun, and answers its exit code.
+  int refuse(const TaskFailure& failure) const;
+  // The same where an operand is missing, which the system's log alone is told.
+  int refuseWithoutOperand() const;
 };
 
 // One row of the command table.
@@ -35,6 +41,10 @@ struct Command {
   int (*run)(const CommandContext& context);  // answers the exit code
   bool asSuperuser;                           // takes the superuser's identity where it can
   bool usesBackups;                           // reads or writes backups
+  std::size_t mostOperands;                   // how many it heeds
+  std::optional<FileAction> deed = {};        // what it does to files; none for a command that only tells
+
+  std::string_view name() const { return option.substr(1); }
 };
 
 // In the order they are looked for: the first whose option is given anywhere wins.

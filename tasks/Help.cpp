@@ -8,6 +8,7 @@
 
 #include "tasks/Command.h"
 #include "tasks/Question.h"
+#include "tasks/TaskOptions.h"
 
 namespace vantory {
 
@@ -26,13 +27,16 @@ void printRow(std::ostream& output, std::string_view option, std::string_view op
 }  // namespace
 
 void printHelp(std::ostream& output) {
-  output << "Usage: vantory [TASK [OPERANDS]]\n"
+  output << "Usage: vantory [--json] [--strict] [TASK [OPERANDS]]\n"
             "       vantory FILE...\n"
             "Looks after the preference files of video-editing applications.\n"
             "Without a task the window opens. Of several tasks the first in this list is done.\n"
             "FILE is a project, which opens with the preferences of the backup that it is linked to, or a backup to "
             "import.\n\n";
   for (const Command& command : commandTable()) printRow(output, command.option, command.operands, command.purpose);
+  output << "\nBefore a task:\n\n";
+  printRow(output, kJson, "", "Report in JSON what was done to each file.");
+  printRow(output, kStrict, "", "Let the exit code tell more (below).");
   output << "\nTo see without changing anything, with no task on the line:\n\n";
   for (const Question& question : questionTable())
     printRow(output, question.option, question.operands, question.purpose);
@@ -40,24 +44,26 @@ void printHelp(std::ostream& output) {
   printRow(output, "--print0", "", "With a list: only the keys, or paths, each ended by a zero byte.");
   printRow(output, "-h, --help", "", "Print this text.");
   printRow(output, "--version", "", "Print the version.");
-  output << "\n"
-            "KEYS   item keys separated by commas, such as fcpPrefs,motionPrefs. For -trash, -lock and -unlock also\n"
-            "       -allprefs (every item of preferences proper) or -allfiles (every item).\n"
-            "NAME   of the backup; one that bears it already goes to the Trash. Where more than two arguments follow\n"
-            "       -backup, the third is KEYS.\n"
-            "PATH   of a backup folder.\n"
-            "\n"
-            "With -task or -hotkey as the very last argument a task shows desktop notifications. Right after a task\n"
-            "option it counts as an operand.\n"
-            "\n"
-            "A preview's task is written without its dash, such as \"--preview trash fcp\".\n"
-            "\n"
-            "Exit code: 0 when the task was done, also where single files failed (the log says which);\n"
-            "1 when it could not be begun (a missing or invalid operand, an unknown option before the task, no\n"
-            "default backup, nothing at PATH, no usable home folder, nobody at the console), when a question was\n"
-            "asked wrongly, when backups to list could not be read, when output could not be written, or when the\n"
-            "window could not be opened.\n"
-            "A preview ends as the task would.\n";
+  output
+      << "\n"
+         "KEYS   item keys separated by commas, such as fcpPrefs,motionPrefs. For -trash, -lock and -unlock also\n"
+         "       -allprefs (every item of preferences proper) or -allfiles (every item).\n"
+         "NAME   of the backup; one that bears it already goes to the Trash. Where more than two arguments follow\n"
+         "       -backup, the third is KEYS.\n"
+         "PATH   of a backup folder.\n"
+         "\n"
+         "With -task or -hotkey as the very last argument a task shows desktop notifications. Right after a task\n"
+         "option it counts as an operand.\n"
+         "\n"
+         "A preview's task is written without its dash, such as \"--preview trash fcp\".\n"
+         "\n"
+         "Exit code: 0 when the task was done, also where single files failed (the log says which);\n"
+         "1 when it could not be begun (a missing or invalid operand, an unknown option before the task, no\n"
+         "default backup, nothing at PATH, no usable home folder, nobody at the console), when a question was\n"
+         "asked wrongly, when backups to list could not be read, when output could not be written, or when the\n"
+         "window could not be opened.\n"
+         "A preview ends as the task would. With --strict: 0 when all was done, 1 when it could not be begun, 3 when\n"
+         "something failed or was passed over, 4 when an operand was not understood or nothing matched.\n";
 }
 
 void printVersion(std::ostream& output) {

@@ -1,8 +1,15 @@
 // Splits operands, and finds the items they name.
 #include "tasks/KeyList.h"
 
+#include <algorithm>
+#include <unordered_set>
+
+#include "backups/QWBackup.h"
 #include "backups/QWDataController.h"
+#include "base/Format.h"
+#include "base/Spelling.h"
 #include "base/Text.h"
+#include "services/TaskReport.h"
 
 namespace vantory {
 
@@ -16,6 +23,37 @@ constexpr Alias kAliases[] = {
     {"batchmon", "batchmonPrefs"}, {"ct", "ctPrefs"},
 };
 
+constexpr std::size_t kMostGuesses = 20;  // an operand may be as long as the system allows
+
+std::vector<std::string> wordsForItems() {
+  std::vector<std::string> words;
+  for (const auto& app : QWDataController::sharedController().appArray())
+    for (const auto& item : app->children()) words.push_back(item->key());
+  for (const std::string_view word : {kAllPrefs, kAllFiles}) words.emplace_back(word);
+  return words;
+}
+
+// Notes each key once that is not among the known ones; what lies between two commas is no key.
+class UnknownKeys {
+ public:
+  explicit UnknownKeys(TaskReport& report) : report_(report) {}
+
+  void note(const std::string& key) {
+    if (key.empty() || !noted_.insert(key).second) return;
+    if (QWDataController::sharedController().prefItemForKey(key))
+      return report_.unused({.operand = key, .reason = formatted("The backup holds no item \"%@\".", key)});
+    const auto nearest = noted_.size() <= kMostGuesses ? nearestWord(key, wordsForItems()) : std::nullopt;
+    report_.unused({.operand = key,
+                    .reason = nearest ? formatted("Unknown item \"%@\": did you mean \"%@\"?", key, *nearest)
+                                      : formatted("Unknown item \"%@\". \"vantory --list-items\" lists the keys.", key),
+                    .nearest = nearest.value_or("")});
+  }
+
+ private:
+  TaskReport& report_;
+  std::unordered_set<std::string> noted_;
+};
+
 }  // namespace
 
 std::span<const Alias> aliasTable() {
@@ -26,18 +64,33 @@ KeyList splitKeys(std::string_view operand) {
   return split(operand, ',');
 }
 
-std::vector<std::shared_ptr<QWPrefItem>> itemsForOperand(std::string_view operand, const KeyList& keys) {
+std::vector<std::shared_ptr<QWPrefItem>> itemsForOperand(std::string_view operand, const KeyList& keys,
+                                                         TaskReport& report) {
   const QWDataController& controller = QWDataController::sharedController();
   std::vector<std::shared_ptr<QWPrefItem>> items;
   if (operand != kAllPrefs && operand != kAllFiles) {
-    for (const std::string& key : keys)
-      if (const auto item = controller.prefItemForKey(key)) items.push_back(item);
+    UnknownKeys unknown(report);
+    for (const std::string& key : keys) {
+      if (const auto item = controller.prefItemForKey(key))
+        items.push_back(item);
+      else
+        unknown.note(key);
+    }
     return items;
   }
   for (const auto& app : controller.appArray())
     for (const auto& item : app->children())
       if (operand == kAllFiles || item->isPreferences()) items.push_back(item);
   return items;
+}
+
+void noteUnknownKeys(const KeyList& keys, const QWBackup& backup, TaskReport& report) {
+  std::unordered_set<std::string> held;
+  for (const auto& app : backup.children())
+    for (const auto& item : app->children()) held.insert(item->key());
+  UnknownKeys unknown(report);
+  for (const std::string& key : keys)
+    if (!held.contains(key)) unknown.note(key);
 }
 
 }  // namespace vantory

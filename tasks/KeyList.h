@@ -11,6 +11,9 @@
 
 namespace vantory {
 
+class QWBackup;
+class TaskReport;
+
 using KeyList = std::vector<std::string>;
 
 // As a whole operand: every item that holds preferences proper, and every item.
@@ -28,7 +31,11 @@ std::span<const Alias> aliasTable();
 KeyList splitKeys(std::string_view operand);
 
 // The catalog's items that the operand, split into `keys`, stands for: those of a selection word in catalog order, else
-// those of the keys in their order. Unknown keys stand for nothing.
-std::vector<std::shared_ptr<QWPrefItem>> itemsForOperand(std::string_view operand, const KeyList& keys);
+// those of the keys in their order. Unknown keys stand for nothing, and are noted as unused.
+std::vector<std::shared_ptr<QWPrefItem>> itemsForOperand(std::string_view operand, const KeyList& keys,
+                                                         TaskReport& report);
+
+// Notes the keys of which a backup, read or to be written, holds no item as unused.
+void noteUnknownKeys(const KeyList& keys, const QWBackup& backup, TaskReport& report);
 
 }  // namespace vantory

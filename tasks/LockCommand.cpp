@@ -15,13 +15,11 @@ int setLocks(const CommandContext& context, State state) {
   QWDataController::sharedController().populateApps();
   const std::string operand = context.operand(1).value_or(std::string(kAllFiles));
   const KeyList keys = splitKeys(operand);
-  if (keys.empty()) {
-    controller.reportFailure({.text = "Vantory: Unable to lock/unlock. Invalid keys.",
-                              .title = "Lock/unlock failed",
-                              .description = "Invalid keys"});
-    return 1;
-  }
-  for (const auto& item : itemsForOperand(operand, keys)) item->lockFiles(state, context.report);
+  if (keys.empty())
+    return context.refuse({.text = "Vantory: Unable to lock/unlock. Invalid keys.",
+                           .title = "Lock/unlock failed",
+                           .description = "Invalid keys"});
+  for (const auto& item : itemsForOperand(operand, keys, context.report)) item->lockFiles(state, context.report);
   controller.postGrowlNotification("Vantory", state == On ? "Lock complete" : "Unlock complete");
   return 0;
 }

@@ -12,6 +12,7 @@
 #include "tasks/Command.h"
 #include "tasks/DryRun.h"
 #include "tasks/Question.h"
+#include "tasks/TaskAccount.h"
 
 namespace vantory {
 
@@ -54,7 +55,7 @@ std::string table(const std::vector<Change>& changes) {
   return table.text();
 }
 
-std::string json(const Command& command, int exitCode, const std::vector<Change>& changes) {
+std::string json(const Command& command, int exitCode, const TaskReport& report, const std::vector<Change>& changes) {
   PropertyListArray entries;
   for (const Change& change : changes) {
     PropertyListDictionary entry;
@@ -65,23 +66,24 @@ std::string json(const Command& command, int exitCode, const std::vector<Change>
     entries.push_back(std::move(entry));
   }
   PropertyListDictionary preview;
-  preview.append("task", std::string(command.option.substr(1)));
+  preview.append("task", std::string(command.name()));
   preview.append("exitCode", exitCode);
   preview.append("changes", std::move(entries));
+  appendFields(preview, report);
   return writeJson(std::move(preview)) + "\n";
 }
 
 // The command whose option, without its dash, is the word; null when there is none.
 const Command* commandNamed(std::string_view word) {
   for (const Command& command : commandTable())
-    if (command.option.substr(1) == word) return &command;
+    if (command.name() == word) return &command;
   return nullptr;
 }
 
 // Names all tasks that there are.
 int refuse(std::ostream& errors) {
   errors << "Vantory: --preview needs the name of a task:";
-  for (const Command& command : commandTable()) errors << ' ' << command.option.substr(1);
+  for (const Command& command : commandTable()) errors << ' ' << command.name();
   errors << ".\n";
   return 1;
 }
@@ -101,11 +103,13 @@ int previewTask(const QuestionContext& context) {
   TaskReport report;
   if (run.begin(command->usesBackups)) {
     std::ostringstream printed;  // what the task says is not what it does
-    exitCode = command->run({arguments, 1, run.controller(), printed, report});
+    const CommandContext task{arguments, 1, run.controller(), printed, report};
+    noteUnusedArguments(task, command->mostOperands);
+    exitCode = command->run(task);
   }
-  if (const std::size_t failures = report.count(FileReport::Outcome::Failed); failures > 0)
-    context.errors << "Vantory: " << failures << (failures == 1 ? " file" : " files") << " could not be processed.\n";
-  context.output << (context.form == AnswerForm::Json ? json(*command, exitCode, run.changes()) : table(run.changes()));
+  tellWhatWasNotDone(report, false);
+  context.output << (context.form == AnswerForm::Json ? json(*command, exitCode, report, run.changes())
+                                                      : table(run.changes()));
   return exitCode;
 }
 

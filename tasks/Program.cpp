@@ -7,8 +7,10 @@
 #include <ostream>
 #include <string_view>
 
+#include "base/Json.h"
 #include "base/Paths.h"
 #include "base/Text.h"
+#include "platform/Clock.h"
 #include "platform/SystemInfo.h"
 #include "platform/SystemLog.h"
 #include "platform/Users.h"
@@ -22,8 +24,11 @@
 #include "tasks/Command.h"
 #include "tasks/Help.h"
 #include "tasks/HomeCheck.h"
+#include "tasks/Misspelling.h"
 #include "tasks/QWVantoryUtilities.h"
 #include "tasks/Question.h"
+#include "tasks/TaskAccount.h"
+#include "tasks/TaskOptions.h"
 
 namespace vantory {
 
@@ -36,7 +41,7 @@ Platform& platform() {
 }
 
 // For a task that must not begin. The reason is logged where there is a place for a log.
-int refuse(const std::string& reason, const Folder& home) {
+void refuse(const std::string& reason, const Folder& home) {
   // The superuser's log lies outside of all homes; everyone else's needs one.
   const bool canLog = home ? !QWFileManager::isWildcardPath(*home) : platform().users.isSuperuser();
   if (canLog) {
@@ -46,31 +51,56 @@ int refuse(const std::string& reason, const Folder& home) {
   } else {
     platform().systemLog.write(printable(reason));
   }
-  return 1;
 }
 
-// What failed as a whole, such as the writing of a backup, is told by its cause, which is in the log already;
-// preference files are counted.
-void tellFailures(const TaskReport& report) {
-  std::size_t failures = 0;
-  for (const FileReport& file : report.files()) {
-    if (file.outcome != FileReport::Outcome::Failed) continue;
-    if (file.action == FileAction::Write || file.action == FileAction::Sync)
-      platform().systemLog.write(printable(file.cause->text));
-    else
-      ++failures;
+// What a task did, beside the result it always gave.
+class TaskEnding {
+ public:
+  TaskEnding(const Command& command, TaskOptions options, std::ostream& output, std::ostream& errors)
+      : command_(command), options_(options), output_(output), errors_(errors) {}
+
+  // Tells of the report, and answers the exit code.
+  int tell(int exitCode, const TaskReport& report) const {
+    tellWhatWasNotDone(report, true);
+    QWLog::finishWriting();
+    if (options_.strict) exitCode = strictExitCode(exitCode, report, command_.deed.has_value());
+    if (options_.json) output_ << json(exitCode, report);
+    if (command_.deed && exitCode == 0 && report.isWhole() && platform().system.hasTerminal())
+      errors_ << sentenceOn(*command_.deed, report) << '\n';
+    return exitCode;
   }
-  if (failures == 0) return;
-  QWLog::appendLogAndPrint("%i %@ could not be processed - see the log for details.", failures,
-                           failures == 1 ? "file" : "files");
-}
+
+ private:
+  std::string json(int exitCode, const TaskReport& report) const {
+    PropertyListDictionary account;
+    account.append("task", std::string(command_.name()));
+    account.append("began", began_);
+    account.append("ended", platform().clock.now());
+    account.append("exitCode", exitCode);
+    appendFields(account, report);
+    if (auto path = QWLog::sharedController().path()) account.append("log", std::move(*path));
+    return writeJson(std::move(account)) + "\n";
+  }
+
+  const Command& command_;
+  const TaskOptions options_;
+  std::ostream& output_;
+  std::ostream& errors_;
+  const Timestamp began_ = platform().clock.now();
+};
 
 // One task from its identity to what is told of it.
-int runCommand(const ChosenCommand& chosen, std::ostream& output, std::ostream& errors) {
+int runCommand(const ChosenCommand& chosen, TaskOptions options, std::ostream& output, std::ostream& errors) {
   const Command& command = *chosen.command;
   if (command.asSuperuser) platform().users.becomeSuperuser();
   const Folder home = QWLocalPaths::userDirectory();
-  if (const auto reason = reasonToRefuse(home, command.usesBackups)) return refuse(*reason, home);
+  const TaskEnding ending(command, options, output, errors);
+  TaskReport report;
+  if (const auto reason = reasonToRefuse(home, command.usesBackups)) {
+    refuse(*reason, home);
+    report.refuse(*reason);
+    return ending.tell(1, report);
+  }
   const std::string remark = command.usesBackups ? remarkOnHome(*home) : "";
   if (!remark.empty()) errors << "Vantory: " << remark << '\n';
 
@@ -78,11 +108,9 @@ int runCommand(const ChosenCommand& chosen, std::ostream& output, std::ostream& 
   runtime.guard = &runtime.shared<QWVantoryUtilities>();
   AppController controller;
   controller.initWithoutGUI();
-  TaskReport report;
-  const int exitCode = command.run({platform().system.arguments(), chosen.position, controller, output, report});
-  tellFailures(report);
-  QWLog::finishWriting();
-  return exitCode;
+  const CommandContext context{platform().system.arguments(), chosen.position, controller, output, report};
+  noteUnusedArguments(context, command.mostOperands);
+  return ending.tell(command.run(context), report);
 }
 
 // Becomes the window's program, which lies beside this one.
@@ -102,13 +130,6 @@ bool hasHelpAsOperand(const std::vector<std::string>& arguments, std::size_t tas
   return task + 1 < arguments.size() && (arguments[task + 1] == "--help" || arguments[task + 1] == "-h");
 }
 
-// What looks like an option of other programs might say where they are to work; this one would not.
-std::optional<std::string> optionBefore(const std::vector<std::string>& arguments, std::size_t task) {
-  for (std::size_t i = 1; i < task; ++i)
-    if (arguments[i].starts_with("--")) return arguments[i];
-  return std::nullopt;
-}
-
 int refuseOption(const std::string& option, std::ostream& errors) {
   errors << "Vantory: There is no option \"" << printable(option)
          << "\" to go before a task - nothing was done. See \"vantory --help\".\n";
@@ -116,6 +137,12 @@ int refuseOption(const std::string& option, std::ostream& errors) {
 }
 
 // A task goes before a question, and a question before the window.
+int refuseJson(const Command& command, std::ostream& errors) {
+  errors << "Vantory: " << command.option
+         << " answers with a property list. \"vantory --list-backups --json\" answers in JSON.\n";
+  return 1;
+}
+
 int runMode(std::ostream& output, std::ostream& errors, const ProgramReplacement& become) {
   const std::vector<std::string>& arguments = platform().system.arguments();
   const auto has = [&](std::string_view argument) {
@@ -124,8 +151,10 @@ int runMode(std::ostream& output, std::ostream& errors, const ProgramReplacement
   // Whoever asks for a preview and writes the task with its dash does not want it done.
   if (const auto chosen = chooseCommand(arguments);
       chosen && !beginsWithQuestion(arguments) && !hasHelpAsOperand(arguments, chosen->position)) {
-    if (const auto option = optionBefore(arguments, chosen->position)) return refuseOption(*option, errors);
-    return runCommand(*chosen, output, errors);
+    if (const auto option = unknownOptionBefore(arguments, chosen->position)) return refuseOption(*option, errors);
+    const TaskOptions options = optionsBefore(arguments, chosen->position);
+    if (options.json && !chosen->command->deed) return refuseJson(*chosen->command, errors);
+    return runCommand(*chosen, options, output, errors);
   }
   if (has("--help") || has("-h")) {
     printHelp(output);
@@ -133,6 +162,9 @@ int runMode(std::ostream& output, std::ostream& errors, const ProgramReplacement
     printVersion(output);
   } else if (const auto answered = answerQuestion(arguments, output, errors)) {
     return *answered;
+  } else if (const auto meant = whatWasMeant(arguments)) {
+    errors << "Vantory: " << printable(*meant) << " See \"vantory --help\".\n";
+    return 1;
   } else {
     return openWindow(arguments, errors, become);
   }

@@ -5,6 +5,7 @@
 #include <ostream>
 
 #include "base/Text.h"
+#include "tasks/TaskOptions.h"
 
 namespace vantory {
 
@@ -52,10 +53,13 @@ std::span<const Question> questionTable() {
 }
 
 bool beginsWithQuestion(const std::vector<std::string>& arguments) {
-  if (arguments.size() < 2) return false;
   constexpr std::string_view kOthers[] = {"-h", "--help", "--version"};
-  return isForm(arguments[1]) || std::ranges::count(kOthers, arguments[1]) > 0 ||
-         std::ranges::count(kQuestions, arguments[1], &Question::option) > 0;
+  for (std::size_t i = 1; i < arguments.size(); ++i) {
+    if (isTaskOption(arguments[i])) continue;
+    return std::ranges::count(kOthers, arguments[i]) > 0 ||
+           std::ranges::count(kQuestions, arguments[i], &Question::option) > 0;
+  }
+  return false;
 }
 
 std::optional<int> answerQuestion(const std::vector<std::string>& arguments, std::ostream& output,

@@ -10,7 +10,6 @@
 
 namespace vantory {
 
-inline constexpr std::string_view kJson = "--json";
 inline constexpr std::string_view kPrint0 = "--print0";
 
 enum class AnswerForm { Table, Json, Names };
@@ -34,7 +33,8 @@ struct Question {
 
 std::span<const Question> questionTable();
 
-// Whether the first argument asks something, be it for help: then a task that follows is not done.
+// Whether the first argument, but for the options of tasks, asks something, be it for help: then a task that follows is
+// not done.
 bool beginsWithQuestion(const std::vector<std::string>& arguments);
 
 // Answers the first question of the table that is among the arguments; the exit code is 1, with a line on `errors`,

@@ -7,7 +7,6 @@
 #include "backups/QWDataController.h"
 #include "base/Paths.h"
 #include "platform/SystemInfo.h"
-#include "platform/SystemLog.h"
 #include "services/Runtime.h"
 #include "services/files/QWFileManager.h"
 #include "services/log/QWLog.h"
@@ -43,31 +42,27 @@ void deselectAllBut(const KeyList& keys, const QWBackup& backup) {
 int restoreCommand(const CommandContext& context) {
   const AppController& controller = context.controller;
   controller.postGrowlNotification("Vantory", "Restoring preferences...");
-  if (context.operandCount() == 0) {
-    Runtime::current().platform().systemLog.write("Invalid number of arguments");
-    return 1;
-  }
+  if (context.operandCount() == 0) return context.refuseWithoutOperand();
   const std::string path = absolutePath(*context.operand(1));
-  if (!QWFileManager::fileExistsAtPath(path)) {
-    controller.reportFailure({.text = "Vantory: Unable to restore backup - backup does not exist.",
-                              .log = "Unable to restore backup - backup does not exist",
-                              .title = "Restore failed",
-                              .description = "Backup does not exist",
-                              .console = "Unable to restore backup - backup does not exist"});
-    return 1;
-  }
+  if (!QWFileManager::fileExistsAtPath(path))
+    return context.refuse({.text = "Vantory: Unable to restore backup - backup does not exist.",
+                           .log = "Unable to restore backup - backup does not exist",
+                           .title = "Restore failed",
+                           .description = "Backup does not exist",
+                           .console = "Unable to restore backup - backup does not exist"});
   std::optional<KeyList> keys;
   if (const auto operand = context.operand(2)) keys = splitKeys(*operand);
-  if (keys && keys->empty()) {
-    controller.reportFailure({.text = "Vantory: Unable to restore - invalid keys.",
-                              .title = "Restore failed",
-                              .description = "Invalid keys",
-                              .console = "Invalid keys"});
-    return 1;
-  }
+  if (keys && keys->empty())
+    return context.refuse({.text = "Vantory: Unable to restore - invalid keys.",
+                           .title = "Restore failed",
+                           .description = "Invalid keys",
+                           .console = "Invalid keys"});
   QWDataController::sharedController().populateApps();
   const auto backup = QWBackup::backupWithFile(path);
-  if (keys) deselectAllBut(*keys, *backup);
+  if (keys) {
+    deselectAllBut(*keys, *backup);
+    noteUnknownKeys(*keys, *backup, context.report);
+  }
   backup->restore(context.report);
   controller.postGrowlNotification("Vantory", "Restore complete");
   return 0;
@@ -83,6 +78,7 @@ int restoreDefaultCommand(const CommandContext& context) {
   if (!backup) {
     QWLog::appendLogAndPrint("Unable to restore backup - no default backup set.");
     controller.postGrowlNotification("Unable to restore backup", "No default backup set.");
+    context.report.refuse("No default backup set.");
     return 1;
   }
   backup->restore(context.report);

@@ -25,13 +25,12 @@ int trashCommand(const CommandContext& context) {
   QWDataController::sharedController().populateApps();
   const std::string operand = withoutAlias(context.operand(1).value_or(std::string(kAllPrefs)));
   const KeyList keys = splitKeys(operand);
-  if (keys.empty()) {
-    controller.reportFailure(
+  if (keys.empty())
+    return context.refuse(
         {.text = "Vantory: Unable to trash. Invalid keys.", .title = "Trash failed", .description = "Invalid keys"});
-    return 1;
-  }
   TrashObserver nobody;
-  (void)TrashRun(context.report, nobody).run({{.app = nullptr, .items = itemsForOperand(operand, keys)}});
+  (void)TrashRun(context.report, nobody)
+      .run({{.app = nullptr, .items = itemsForOperand(operand, keys, context.report)}});
   controller.postGrowlNotification("Vantory", "Trash complete");
   return 0;
 }

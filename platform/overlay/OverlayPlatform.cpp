@@ -11,6 +11,7 @@ OverlayPlatform::OverlayPlatform(const Platform& real, std::vector<std::string> 
       privileged_(real.privileged, files_, metadata_),
       systemLog_(errors),
       system_(real.system, std::move(arguments)),
+      workspace_(real.workspace),
       platform_{
           .clock = real.clock,
           .users = real.users,

@@ -32,16 +32,22 @@ class StillProcesses : public Processes {
   }
 };
 
-// To learn which applications run takes a helper program; here none does.
+// Looks at the desktop and leaves it as it is.
 class StillWorkspace : public Workspace {
  public:
-  Result<bool> isRunning(const std::string&) const override { return false; }
+  explicit StillWorkspace(const Workspace& desktop) : desktop_(desktop) {}
+  Result<bool> isRunning(const std::string& bundleIdentifier) const override {
+    return desktop_.isRunning(bundleIdentifier);
+  }
   Result<bool> canBeAskedToQuit(const std::string&) const override { return false; }
   Status quitApplication(const std::string&, const std::string&) override { return leftInPeace(); }
   std::optional<std::string> applicationPath(const std::string&) const override { return std::nullopt; }
   Status launchApplication(const std::string&) override { return leftInPeace(); }
   Status openFile(const std::string&, const std::string&) override { return leftInPeace(); }
   Status activateApplication(const std::string&) override { return leftInPeace(); }
+
+ private:
+  const Workspace& desktop_;
 };
 
 class StillDocuments : public Documents {
@@ -111,6 +117,7 @@ class OtherArguments : public SystemInfo {
   std::string resourcePath(const std::string& name) const override { return system_.resourcePath(name); }
   const std::vector<std::string>& arguments() const override { return arguments_; }
   std::string workingDirectory() const override { return system_.workingDirectory(); }
+  bool hasTerminal() const override { return system_.hasTerminal(); }
   std::string uniqueString() const override { return system_.uniqueString(); }
 
  private:

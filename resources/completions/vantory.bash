@@ -131,7 +131,7 @@ _vantory() {
     esac
   done
   ((i < last)) || _vantory_offer -autobackup -restoredefault -list -trash -lock -unlock -backup -restore --list-items \
-    --list-backups --preview --json --print0 --help --version
+    --list-backups --preview --json --strict --print0 --help --version
 
   _vantory_drop_before_colon
   _vantory_quote

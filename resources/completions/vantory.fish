@@ -73,6 +73,8 @@ complete -c vantory -n __vantory_at_start -l list-items -d 'List applications, t
 complete -c vantory -n __vantory_at_start -l list-backups -d 'List the backups of the library and what they hold'
 complete -c vantory -n __vantory_at_start -l preview -d 'Tell what a task would do'
 complete -c vantory -n __vantory_at_question -l json -d 'Answer in JSON'
+complete -c vantory -n __vantory_at_start -l json -d 'Report what a task did in JSON'
+complete -c vantory -n __vantory_at_start -l strict -d 'Let the exit code of a task tell more'
 complete -c vantory -n __vantory_at_question -l print0 -d 'List only keys or paths, each ended by a zero byte'
 complete -c vantory -n __vantory_at_start -s h -l help -d 'Print a short help'
 complete -c vantory -n __vantory_at_start -l version -d 'Print the version'

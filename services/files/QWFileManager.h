@@ -132,6 +132,7 @@ class QWFileManager {
   struct LockOutcome {
     Status status;
     bool changed = false;  // false also for a missing path, and for an unlocked one that was to be unlocked
+    bool wasSo = false;    // it is unlocked, and was so before
   };
   using Announcement = std::function<void(const std::string& path)>;
   static std::vector<LockOutcome> lockFiles(const std::vector<std::string>& paths, const Announcement& announce);

@@ -81,10 +81,16 @@ void LogFile::create(const std::string& name) {
   open(name);
 }
 
+std::optional<std::string> LogFile::currentPath(const Platform& platform, const std::string& name) {
+  const std::optional<std::string> folder = logFolder(!platform.users.isSuperuser());
+  if (!folder) return std::nullopt;
+  return generationPath(*folder, name, 1);
+}
+
 bool LogFile::open(const std::string& name) {
-  const std::optional<std::string> folder = logFolder(!platform_.users.isSuperuser());
-  if (!folder) return false;
-  auto file = currentFiles().openForAppending(generationPath(*folder, name, 1));
+  const std::optional<std::string> path = currentPath(platform_, name);
+  if (!path) return false;
+  auto file = currentFiles().openForAppending(*path);
   if (!file) return false;
   file_ = std::move(*file);
   return true;

@@ -30,6 +30,8 @@ class LogFile {
   void create(const std::string& name);
   // Opens the current file as it is, or an empty one. False when it cannot be opened.
   bool open(const std::string& name);
+  // Where the current file of that name lies; none where there is no folder for it.
+  static std::optional<std::string> currentPath(const Platform& platform, const std::string& name);
   bool isOpen() const { return file_ != nullptr; }
   void close();
   // Adds one dated line, which is in the file once flush() has run.

@@ -58,6 +58,10 @@ std::string QWLog::appName() const {
   return appName_.value_or("Vantory");
 }
 
+std::optional<std::string> QWLog::path() const {
+  return loggingDisabled_ ? std::nullopt : LogFile::currentPath(platform_, appName());
+}
+
 // A short entry is in the file at the end: written here where nobody else writes, else waited for.
 void QWLog::append(std::string_view message) {
   std::string entry(trimmed(message));

@@ -60,6 +60,8 @@ class QWLog {
   static void finishWriting();
 
   std::string appName() const;
+  // The file that entries go to; none where there is no folder for it, or logging is switched off.
+  std::optional<std::string> path() const;
   std::uint64_t bytesWritten() const { return bytesWritten_; }  // entries in the current file, without its header
   // UTF-16 units handed over and not yet written.
   std::size_t bytesInQueue() const { return bytesInQueue_; }

@@ -27,7 +27,7 @@ run -restore "$library/.odd*name.vnt"; check "a star in a backup's name is no pa
 put "$preferences/$fcp" changed
 (cd "$library" && run -restore "Clean setup.vnt" fcpPrefs; exit "$code"); check "a relative path" holds "$preferences/$fcp" fcp
 run -unlock -lock fcpPrefs
-check "without the right to lock: said how many, nothing changed" eval 'ended 0 && said "Vantory: 1 file could not be processed - see the log for details." && [ -w "$preferences/$fcp" ]'
+check "without the right to lock: said how many, nothing changed" eval 'ended 0 && told "Vantory: 1 file could not be processed - see the log for details." && told "Vantory: \"-unlock\" was not used." && told "Vantory: The log: $log" && [ -w "$preferences/$fcp" ]'
 check "five logs are kept" [ "$(cd "$home/Library/Logs/Quarrywell" && echo *)" = "Vantory.task.1.log Vantory.task.2.log Vantory.task.3.log Vantory.task.4.log Vantory.task.5.log" ]
 
 # --- Questions -------------------------------------------------------------------------------------------------------
@@ -63,11 +63,14 @@ in_terminal() { # TERM COLUMNS
 }
 drew() { [ "$(tr -d "\r" <"$work/err")" = "$1" ]; }
 busy=$'Vantory: Error writing backup file\n'"Vantory: $library: another process is working here"
+busy+=$'\n'"Vantory: The log: $log"
 line=$'\e[KWaiting for another process i\e[K'
 in_terminal xterm 30
 check "a terminal shows what takes long, in one line that is gone at the end" eval 'ended 0 && printed "" && drew "$line$busy"'
 in_terminal dumb 30
 check "a dumb one does not" eval 'ended 0 && drew "$busy"'
+as_user env TERM=dumb /usr/bin/python3 "$here/terminal.py" 80 "$program" -backup Told fcpPrefs >"$work/out" 2>"$work/err"
+check "a person is told what was done" drew "Backed up 1 file of 1 item."
 # A lock helper that does not answer.
 mv "$work/vantory-lock-helper" "$work/helper"
 printf '#!/bin/sh\nsleep 2\n' >"$work/vantory-lock-helper"; chmod 755 "$work/vantory-lock-helper"
@@ -88,6 +91,6 @@ run -list
 check "damaged settings are set aside and told of" eval 'ended 0 && said "Vantory: The settings in $settings are damaged and are not used." && [ "$(count "$preferences" -name "com.quarrywell.Vantory.plist.damaged-*")" = 1 ] && grep -q "were damaged and now lie at" "$log" && [ -n "$(plist get "$settings" launch)" ]'
 plist write "$preferences/com.quarrywell.global.plist" xml disable-logging=true; rm "$log"
 run -trash nokey
-check "logging switched off" eval 'ended 0 && said "Vantory: Logging is disabled" && [ ! -e "$log" ]'
+check "logging switched off" eval 'ended 0 && told "Vantory: Logging is disabled" && not grep -q "The log:" "$work/err" && [ ! -e "$log" ]'
 check "no temporary files are left" no_leftovers
 summary

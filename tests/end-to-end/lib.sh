@@ -140,6 +140,8 @@ not() { ! "$@"; }
 ended() { [ "$code" = "$1" ]; }
 printed() { [ "$(cat "$work/out")" = "$1" ]; }
 said() { [ "$(cat "$work/err")" = "$1" ]; }
+# Whether one of the lines on standard error is this one.
+told() { grep -qxF -- "$1" "$work/err"; }
 ran() { ended 0 && said ""; }
 # Whether the log has an entry of exactly this text.
 logged() { sed 's/^[^+]*+0000 - //' "$log" | grep -qxF -- "$1"; }

@@ -54,7 +54,7 @@ fill_home
 put "$home/Library/mine" mine; give; rm "$preferences/$motion"; ln -s "$home/Library/mine" "$preferences/$motion"
 for i in 30 180; do chown 0 "$sets/$i.commandset"; done
 run -lock motionPrefs,motionKeyLayout
-check "a link as the file itself, and somebody else's files: left, and said" eval 'ended 0 && said "Vantory: 3 files could not be processed - see the log for details." && not locked "$home/Library/mine" && not locked "$sets/30.commandset" && not locked "$sets/180.commandset" && [ "$(locked_below "$sets" | wc -l)" = 248 ]'
+check "a link as the file itself, and somebody else's files: left, and said" eval 'ended 0 && told "Vantory: 3 files could not be processed - see the log for details." && not locked "$home/Library/mine" && not locked "$sets/30.commandset" && not locked "$sets/180.commandset" && [ "$(locked_below "$sets" | wc -l)" = 248 ]'
 check "each failure stands below its file in the log" eval '[ "$(counted "Unable to lock")" = 3 ] && for file in "$preferences/$motion" "$sets/30.commandset" "$sets/180.commandset"; do grep -F -A1 "Locking file $file" "$log" | grep -qF "Unable to lock $file: " || exit 1; done'
 check "and every file once" [ "$(grep -o "Locking file .*" "$log" | sort -u | wc -l) $(counted "Locking file")" = "252 252" ]
 
@@ -86,11 +86,11 @@ take_helper_away
 one_failed="Vantory: 1 file could not be processed - see the log for details."
 for without in "lacks its capability" "is not installed"; do
   run -lock motionKeyLayout
-  check "the helper $without: nothing is locked, and each file is said" eval 'ended 0 && said "Vantory: 250 files could not be processed - see the log for details." && [ "$(counted "Unable to lock")" = 250 ] && not locked_below "$sets"'
+  check "the helper $without: nothing is locked, and each file is said" eval 'ended 0 && told "Vantory: 250 files could not be processed - see the log for details." && told "Vantory: ... and 240 more." && grep -q "^Vantory: Locking needs the lock helper" "$work/err" && [ "$(counted "Unable to lock")" = 250 ] && not locked_below "$sets"'
   run -unlock motionPrefs
-  check "nor unlocked" eval 'ended 0 && said "$one_failed" && [ "$(counted "Unable to unlock")" = 1 ] && locked "$preferences/$motion"'
+  check "nor unlocked" eval 'ended 0 && told "$one_failed" && [ "$(counted "Unable to unlock")" = 1 ] && locked "$preferences/$motion"'
   run -trash motionPrefs
-  check "a locked file is not trashed, and said" eval 'ended 0 && grep -qxF "$one_failed" "$work/err" && holds "$preferences/$motion" motion && locked "$preferences/$motion" && [ "$(count "$trash/files" -mindepth 1)" = 0 ]'
+  check "a locked file is not trashed, and said" eval 'ended 0 && told "$one_failed" && holds "$preferences/$motion" motion && locked "$preferences/$motion" && [ "$(count "$trash/files" -mindepth 1)" = 0 ]'
   run -restore "$library/Kept.vnt"
   check "nor written over" eval 'ended 0 && [ -s "$work/err" ] && holds "$preferences/$motion" motion && locked "$preferences/$motion"'
   rm -f "$helper"

@@ -78,7 +78,7 @@ if chattr +i "$work/mark" 2>/dev/null && chattr -i "$work/mark"; then
   check "-unlock unlocks" eval 'ended 0 && said "" && not locked_below "$home"'
   put /tmp/foreign/secret secret; ln /tmp/foreign/secret "$user_data/Final Cut Pro 8 Prefs.fcset"
   run_as_sudo -lock fcpPrefs
-  check "nor is root's own file locked by a second name" eval 'ended 0 && said "Vantory: 1 file could not be processed - see the log for details." && not locked /tmp/foreign/secret && locked "$user_data/Final Cut Pro 7 Prefs.fcset"'
+  check "nor is root's own file locked by a second name" eval 'ended 0 && told "Vantory: 1 file could not be processed - see the log for details." && not locked /tmp/foreign/secret && locked "$user_data/Final Cut Pro 7 Prefs.fcset"'
 else
   echo "note: this file system has no immutable flag"
 fi

@@ -91,10 +91,12 @@ class FakeSystemInfo : public SystemInfo {
   std::string resourcePath(const std::string& name) const override { return resources + "/" + name; }
   const std::vector<std::string>& arguments() const override { return argumentList; }
   std::string workingDirectory() const override { return directory; }
+  bool hasTerminal() const override { return isInTerminal; }
   std::string uniqueString() const override { return "unique-" + std::to_string(++count_); }
 
   std::vector<std::string> argumentList = {"vantory"};
   std::string directory = "/";
+  bool isInTerminal = false;
   std::string resources = "/opt/vantory/resources";
 
  private:

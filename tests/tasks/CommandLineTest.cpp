@@ -16,11 +16,13 @@
 #include "tasks/KeyList.h"
 #include "tasks/Program.h"
 #include "tasks/Question.h"
+#include "tasks/TaskOptions.h"
 #include "tests/services/ServicesTest.h"
 
 namespace vantory::test {
 namespace {
 
+using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
@@ -195,11 +197,11 @@ TEST_F(CommandLineTest, BackupTakesItsKeysByPositionAndTrashesItsNamesake) {
 }
 
 TEST_F(CommandLineTest, EachFailureIsToldWhereItBelongs) {
-  for (const char* line : {"-backup", "x -restore"}) EXPECT_EQ(run(line), 1);
+  for (const char* line : {"-backup", "-restore"}) EXPECT_EQ(run(line), 1);
   EXPECT_THAT(fakes_.systemLog.messages(), ElementsAre("Invalid number of arguments", "Invalid number of arguments"));
   EXPECT_THAT(sentErrors(), IsEmpty());
 
-  EXPECT_EQ(run("-backup /: x -hotkey"), 1);
+  EXPECT_EQ(run("-backup /: -hotkey"), 1);
   EXPECT_THAT(sentErrors(), ElementsAre("Vantory: Unable to backup - invalid filename."));
   EXPECT_EQ(fakes_.systemLog.messages().back(), "Invalid filename");
   EXPECT_EQ(fakes_.notifications.posted.back(), (Note{"Backup failed", "Invalid filename"}));
@@ -208,7 +210,7 @@ TEST_F(CommandLineTest, EachFailureIsToldWhereItBelongs) {
   EXPECT_FALSE(exists(library("/None.vnt")));
   EXPECT_EQ(sentErrors().back(), "Vantory: Backup not created - no files to copy.");
   EXPECT_THAT(log(), HasSubstr(" - Vantory: Backup not created - no files to copy.\n"));
-  EXPECT_EQ(fakes_.systemLog.messages().back(), "Backup not created - no files to copy");
+  EXPECT_THAT(fakes_.systemLog.messages(), Contains("Backup not created - no files to copy"));
 
   for (const char* line : {"-restore None", "-restore "}) EXPECT_EQ(run(line), 1);
   EXPECT_EQ(sentErrors().back(), "Vantory: Unable to restore backup - backup does not exist.");
@@ -221,7 +223,74 @@ TEST_F(CommandLineTest, EachFailureIsToldWhereItBelongs) {
   for (const auto& [line, path] : {std::pair{"-restore", library("/Torn.vnt")}, {"-restoredefault", ""}}) {
     EXPECT_EQ(run(line, path), 0);
     EXPECT_THAT(log(), HasSubstr(nothing));
-    EXPECT_EQ(fakes_.systemLog.messages().back(), nothing);
+    EXPECT_THAT(fakes_.systemLog.messages(), Contains(nothing));
+  }
+}
+
+TEST_F(CommandLineTest, NamesWhatItDidNotUnderstand) {
+  const auto told = [this](const std::string& line) {
+    const std::size_t before = fakes_.systemLog.messages().size();
+    EXPECT_EQ(run(line), 0) << line;
+    const auto messages = fakes_.systemLog.messages();
+    return std::vector<std::string>(messages.begin() + static_cast<std::ptrdiff_t>(before), messages.end());
+  };
+  const std::string separated = " Names with blanks need quotes; keys are separated by commas.";
+  fakes_.system.directory = library();
+  EXPECT_THAT(told("-unlock fcpPref,,nonsense,fcpPref"),
+              ElementsAre("Unknown item \"fcpPref\": did you mean \"fcpPrefs\"?",
+                          "Unknown item \"nonsense\". \"vantory --list-items\" lists the keys."));
+  EXPECT_THAT(told("word -unlock fcpPrefs motionPrefs -task"),
+              ElementsAre("\"word\" was not used.", "\"motionPrefs\" was not used." + separated));
+  EXPECT_THAT(told("-backup a/b:c fcpPrefs"), ElementsAre("\"a/b:c\" is kept as \"abc\"."));
+  EXPECT_THAT(told("-backup My Backup fcpPrefs"), ElementsAre("\"Backup\" was not used." + separated));
+  EXPECT_THAT(told("-restore My.vnt fcpPrefs,motionPrefs"), ElementsAre("The backup holds no item \"motionPrefs\"."));
+  EXPECT_THAT(told("-restore My.vnt"), IsEmpty());
+}
+
+TEST_F(CommandLineTest, TheStrictExitCodeTellsMore) {
+  EXPECT_EQ(run("--strict -backup Set"), 0);
+  fakes_.system.directory = library();
+  EXPECT_EQ(run("--strict -restore /nowhere"), 1);
+  fakes_.workspace.running = {"com.apple.motion"};
+  EXPECT_EQ(run("--strict -restore Set.vnt"), 3);
+  EXPECT_EQ(run("-restore Set.vnt"), 0);
+  EXPECT_EQ(run("--strict -unlock fcpPrefs,fcpPref"), 4);
+  EXPECT_EQ(run("--strict -unlock fcpPrefs"), 0);  // it was so already
+  EXPECT_EQ(run("--strict -trash fcpPrefs"), 0);
+  EXPECT_EQ(run("--strict -trash fcpPrefs"), 4);
+}
+
+TEST_F(CommandLineTest, AReportInJsonTellsOfEachFile) {
+  fakes_.workspace.running = {"com.apple.motion"};
+  ASSERT_EQ(run("-backup Set"), 0);
+  fakes_.system.directory = library();
+  EXPECT_EQ(run("--json -restore Set.vnt fcpPrefs,motionPrefs,none"), 0);
+  for (const std::string& part :
+       {std::string("\"task\": \"restore\""), std::string("\"done\": 2"), "\"path\": \"" + home_ / kFiles[1].second,
+        std::string("\"place\": \""), std::string("Motion is running and was skipped."),
+        std::string("\"operand\": \"none\""), std::string("\"exitCode\": 0"), std::string("\"log\": \"")})
+    EXPECT_THAT(output_.str(), HasSubstr(part));
+  EXPECT_EQ(run("--preview restore Set.vnt motionPrefs,none --json"), 0);
+  EXPECT_THAT(output_.str(),
+              AllOf(HasSubstr("Motion is running and was skipped."), HasSubstr("\"operand\": \"none\"")));
+  EXPECT_EQ(run("--json -list"), 1);
+}
+
+TEST_F(CommandLineTest, ATaskThatIsMistypedIsNamed) {
+  const std::pair<const char*, const char*> kMistyped[] = {
+      {"trash fcp", "\"vantory -trash fcp\""}, {"--backup x", "\"vantory -backup x\""},
+      {"-restor x", "\"vantory -restore x\""}, {"--list-item", "\"vantory --list-items\""},
+      {"-foo", "no option \"-foo\"."},         {"--strict", "a task is missing"}};
+  for (const auto& [line, meant] : kMistyped) {
+    EXPECT_EQ(run(line), 1) << line;
+    EXPECT_THAT(errors_.str(), HasSubstr(meant));
+  }
+  EXPECT_THAT(window_, IsEmpty());
+  fakes_.system.directory = home_.path();
+  writeFile(home_ / "trash", "a project of that name");
+  for (const char* line : {"trash fcp", "Missing.fcp"}) {
+    EXPECT_EQ(run(line), 0) << line;
+    EXPECT_THAT(window_, Contains(std::string(line).substr(0, std::string(line).find(' '))));
   }
 }
 
@@ -387,7 +456,7 @@ TEST_F(CommandLineTest, EveryOptionAndKeyIsDocumented) {
   const std::string manual = read("resources/man/vantory.1"), readme = read("README.md");
   ASSERT_EQ(run("--help"), 0);
   const std::string help = output_.str();
-  std::vector<std::string> options = {std::string(kJson), std::string(kPrint0)};
+  std::vector<std::string> options = {std::string(kJson), std::string(kStrict), std::string(kPrint0)};
   for (const Command& command : commandTable()) options.emplace_back(command.option);
   for (const Question& question : questionTable()) options.emplace_back(question.option);
   const auto completion = [&](const char* name) {

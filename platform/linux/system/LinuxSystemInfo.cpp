@@ -74,6 +74,10 @@ std::string LinuxSystemInfo::workingDirectory() const {
   return std::filesystem::current_path(failure).native();
 }
 
+bool LinuxSystemInfo::hasTerminal() const {
+  return isatty(STDERR_FILENO) == 1;
+}
+
 std::string LinuxSystemInfo::uniqueString() const {
   std::array<unsigned char, 16> bytes{};
   uninterrupted([&] { return getrandom(bytes.data(), bytes.size(), 0); });

@@ -22,6 +22,7 @@ class LinuxSystemInfo : public SystemInfo {
   const std::vector<std::string>& arguments() const override { return arguments_; }
   // Empty when that folder is gone.
   std::string workingDirectory() const override;
+  bool hasTerminal() const override;
   // A random UUID in capitals.
   std::string uniqueString() const override;
 

@@ -1,0 +1,69 @@
+// Compares what was typed with the tasks and options.
+#include "tasks/Misspelling.h"
+
+#include <algorithm>
+
+#include "base/Format.h"
+#include "base/Paths.h"
+#include "base/Spelling.h"
+#include "platform/SystemInfo.h"
+#include "services/Runtime.h"
+#include "services/files/QWFileManager.h"
+#include "tasks/Command.h"
+#include "tasks/Question.h"
+#include "tasks/TaskOptions.h"
+
+namespace vantory {
+
+namespace {
+
+// Every word that begins a line, as it is written.
+std::vector<std::string> knownOptions() {
+  std::vector<std::string> options;
+  for (const Command& command : commandTable()) options.emplace_back(command.option);
+  for (const Question& question : questionTable()) options.emplace_back(question.option);
+  for (const std::string_view other : {"--help", "--version"}) options.emplace_back(other);
+  return options;
+}
+
+std::string withoutDashes(const std::string& word) {
+  return word.substr(std::min(word.find_first_not_of('-'), word.size()));
+}
+
+// The option that comes nearest, however many dashes were typed.
+std::optional<std::string> nearestOption(const std::string& word) {
+  const std::vector<std::string> options = knownOptions();
+  std::vector<std::string> names;
+  for (const std::string& option : options) names.push_back(withoutDashes(option));
+  const auto name = nearestWord(withoutDashes(word), names);
+  if (!name) return std::nullopt;
+  return options[static_cast<std::size_t>(std::ranges::find(names, *name) - names.begin())];
+}
+
+bool isFile(const std::string& word) {
+  return QWFileManager::fileExistsAtPath(
+      word.starts_with('/') ? word : paths::join(Runtime::current().platform().system.workingDirectory(), word));
+}
+
+}  // namespace
+
+std::optional<std::string> whatWasMeant(const std::vector<std::string>& arguments) {
+  std::size_t first = 1;
+  while (first < arguments.size() && isTaskOption(arguments[first])) ++first;
+  if (first > 1 && first == arguments.size()) return formatted("After \"%@\" a task is missing.", arguments[1]);
+  if (first == arguments.size() || arguments[first] == "--" || isFile(arguments[first])) return std::nullopt;
+  const std::string& word = arguments[first];
+  const auto nearest = nearestOption(word);
+  if (!nearest) {
+    if (!word.starts_with('-')) return std::nullopt;
+    return formatted("There is no option \"%@\".", word);
+  }
+  if (!word.starts_with('-') && withoutDashes(word) != word) return std::nullopt;
+  std::string meant = *nearest;
+  for (std::size_t i = first + 1; i < arguments.size(); ++i) meant.append(" ").append(arguments[i]);
+  return formatted(word.starts_with('-') ? "There is no option \"%@\": did you mean \"vantory %@\"?"
+                                         : "There is no file \"%@\" here: did you mean \"vantory %@\"?",
+                   word, meant);
+}
+
+}  // namespace vantory

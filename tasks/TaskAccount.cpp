@@ -1,0 +1,197 @@
+// Puts a report into words, into JSON and into a number.
+#include "tasks/TaskAccount.h"
+
+#include <algorithm>
+#include <set>
+
+#include "base/Format.h"
+#include "base/Text.h"
+#include "platform/SystemLog.h"
+#include "services/Runtime.h"
+#include "services/TaskReport.h"
+#include "services/log/QWLog.h"
+#include "tasks/Command.h"
+#include "tasks/TaskOptions.h"
+
+namespace vantory {
+
+namespace {
+
+using Outcome = FileReport::Outcome;
+
+constexpr std::size_t kMostLines = 10;  // of one kind
+
+constexpr int kDoneInPart = 3;
+constexpr int kNothingMatched = 4;
+
+void tell(const std::string& line) {
+  Runtime::current().platform().systemLog.write(printable(line));
+}
+
+// The first lines, and how many more there are.
+template <class List, class Line>
+void tellFirst(const List& list, Line line) {
+  std::size_t told = 0;
+  for (const auto& each : list) {
+    if (told++ == kMostLines) return tell(formatted("... and %i more.", list.size() - kMostLines));
+    tell(line(each));
+  }
+}
+
+// What failed as a whole, such as the writing of a backup; preference files are counted.
+bool isWholeTask(const FileReport& file) {
+  return file.action == FileAction::Write || file.action == FileAction::Sync;
+}
+
+std::vector<FileReport> failuresIn(const TaskReport& report) {
+  std::vector<FileReport> failures;
+  std::ranges::copy_if(report.files(), std::back_inserter(failures),
+                       [](const FileReport& file) { return file.outcome == Outcome::Failed; });
+  return failures;
+}
+
+void tellFailures(const TaskReport& report) {
+  const std::vector<FileReport> failures = failuresIn(report);
+  tellFirst(failures, [](const FileReport& file) { return file.cause->text; });
+  std::set<std::string> cures;
+  for (const FileReport& file : failures)
+    if (!file.cause->cure.empty()) cures.insert(file.cause->cure);
+  for (const std::string& cure : cures) tell(cure);
+  const auto files = failures.size() - static_cast<std::size_t>(std::ranges::count_if(failures, isWholeTask));
+  if (files > 0)
+    QWLog::appendLogAndPrint("%i %@ could not be processed - see the log for details.", files,
+                             files == 1 ? "file" : "files");
+}
+
+const char* nameOf(Outcome outcome) {
+  switch (outcome) {
+    case Outcome::Done:
+      return "done";
+    case Outcome::Skipped:
+      return "skipped";
+    case Outcome::Failed:
+      break;
+  }
+  return "failed";
+}
+
+PropertyListDictionary entryFor(const FileReport& file) {
+  PropertyListDictionary entry;
+  entry.append("action", nameOf(file.action));
+  entry.append("path", file.path);
+  entry.append("outcome", nameOf(file.outcome));
+  if (!file.item.empty()) entry.append("item", file.item);
+  if (!file.place.empty()) entry.append("place", file.place);
+  if (!file.cause) return entry;
+  PropertyListDictionary error;
+  error.append("code", static_cast<int>(file.cause->code));
+  error.append("text", file.cause->text);
+  if (!file.cause->cure.empty()) error.append("cure", file.cause->cure);
+  entry.append("error", std::move(error));
+  return entry;
+}
+
+PropertyListArray textsOf(const std::vector<std::string>& texts) {
+  PropertyListArray array;
+  for (const std::string& text : texts) array.push_back(text);
+  return array;
+}
+
+PropertyListDictionary countsOf(const TaskReport& report) {
+  PropertyListDictionary counts;
+  for (const Outcome outcome : {Outcome::Done, Outcome::Skipped, Outcome::Failed})
+    counts.append(nameOf(outcome), report.count(outcome));
+  return counts;
+}
+
+}  // namespace
+
+void noteUnusedArguments(const CommandContext& context, std::size_t mostOperands) {
+  const std::vector<std::string>& arguments = context.arguments;
+  const auto note = [&](const std::string& argument, const std::string& reason) {
+    const std::string word = formatted("\"%@\" was not used", argument);
+    context.report.unused({.operand = argument, .reason = word + reason});
+  };
+  for (std::size_t i = 1; i < context.position; ++i)
+    if (!isTaskOption(arguments[i])) note(arguments[i], ".");
+  for (std::size_t i = 1; i <= context.operandCount(); ++i) {
+    const std::string argument = *context.operand(i);
+    const bool asksForNotifications = i == context.operandCount() && (argument == "-task" || argument == "-hotkey");
+    // Of three operands the one between name and keys has no meaning.
+    const bool isBetween = mostOperands == 3 && context.operandCount() >= 3 && i == 2;
+    if ((i > mostOperands || isBetween) && !asksForNotifications && !argument.empty() && argument != "-")
+      note(argument, ". Names with blanks need quotes; keys are separated by commas.");
+  }
+}
+
+void tellWhatWasNotDone(const TaskReport& report, bool keepsLog) {
+  tellFirst(report.notices(), [](const std::string& notice) { return notice; });
+  tellFirst(report.unusedOperands(), [](const TaskReport::UnusedOperand& unused) { return unused.reason; });
+  tellFirst(report.passedOver(), [](const TaskReport::PassedOver& passed) { return passed.reason; });
+  tellFailures(report);
+  tellFirst(report.remarks(), [](const std::string& remark) { return remark; });
+  if (!keepsLog || (report.isWhole() && report.remarks().empty()) || report.refusal()) return;
+  if (const auto path = QWLog::sharedController().path()) tell("The log: " + *path);
+}
+
+std::string sentenceOn(FileAction deed, const TaskReport& report) {
+  std::set<std::string> items;
+  std::size_t files = 0;
+  for (const FileReport& file : report.files()) {
+    if (file.action != deed || file.outcome != Outcome::Done) continue;
+    items.insert(file.item);
+    ++files;
+  }
+  const std::string what = formatted("%i %@ of %i %@", files, files == 1 ? "file" : "files", items.size(),
+                                     items.size() == 1 ? "item" : "items");
+  switch (deed) {
+    case FileAction::Trash:
+      return formatted(files > 0 ? "Moved %@ to the Trash." : "There was nothing to trash.", what);
+    case FileAction::Copy:
+      return formatted(files > 0 ? "Backed up %@." : "There was nothing to back up.", what);
+    case FileAction::Restore:
+      return formatted(files > 0 ? "Restored %@." : "There was nothing to restore.", what);
+    case FileAction::Lock:
+      return formatted(files > 0 ? "Locked %@." : "There was nothing to lock.", what);
+    case FileAction::Unlock:
+      return formatted(files > 0 ? "Unlocked %@." : "There was nothing to unlock.", what);
+    default:
+      return "";
+  }
+}
+
+void appendFields(PropertyListDictionary& fields, const TaskReport& report) {
+  PropertyListArray files;
+  for (const FileReport& file : report.files()) files.push_back(entryFor(file));
+  PropertyListArray passedOver;
+  for (const TaskReport::PassedOver& passed : report.passedOver()) {
+    PropertyListDictionary entry;
+    entry.append("application", passed.application);
+    entry.append("reason", passed.reason);
+    passedOver.push_back(std::move(entry));
+  }
+  PropertyListArray unused;
+  for (const TaskReport::UnusedOperand& operand : report.unusedOperands()) {
+    PropertyListDictionary entry;
+    entry.append("operand", operand.operand);
+    entry.append("reason", operand.reason);
+    if (!operand.nearest.empty()) entry.append("nearest", operand.nearest);
+    unused.push_back(std::move(entry));
+  }
+  fields.append("counts", countsOf(report));
+  fields.append("files", std::move(files));
+  fields.append("passedOver", std::move(passedOver));
+  fields.append("unused", std::move(unused));
+  fields.append("notices", textsOf(report.notices()));
+  fields.append("remarks", textsOf(report.remarks()));
+  if (report.refusal()) fields.append("error", *report.refusal());
+}
+
+int strictExitCode(int exitCode, const TaskReport& report, bool changesFiles) {
+  if (exitCode != 0) return exitCode;
+  if (!report.isWhole()) return kDoneInPart;
+  const bool didNothing = changesFiles && report.count(Outcome::Done) == 0 && report.count(Outcome::Skipped) == 0;
+  return didNothing || !report.unusedOperands().empty() ? kNothingMatched : 0;
+}
+
+}  // namespace vantory
