@@ -32,6 +32,7 @@ class LaunchdTest : public BackupsTest {
     fakes_.privileged.behaviour = [this](const Call& call) {
       events_.push_back(call.tool);
       if (call.tool == "/bin/mv" && runnerAnswer_ == 0) std::filesystem::rename(call.arguments[1], call.arguments[2]);
+      if (call.tool == "/bin/mkdir") std::filesystem::create_directories(call.arguments.back());
       if (call.tool == "/bin/rm" && runnerAnswer_ == 0) std::filesystem::remove_all(call.arguments[1]);
       return runnerAnswer_;
     };
@@ -76,9 +77,17 @@ TEST_F(LaunchdTest, TakesAdministratorRightsWhereTheUsersFail) {
   EXPECT_FALSE(exists(draft_));
 }
 
+TEST_F(LaunchdTest, AMachineJobsFolderIsMadeWithItsRights) {
+  QWAuthorization::sharedController(true);
+  files_.fail(Operation::MakeFolder, std::errc::permission_denied, 1);
+  EXPECT_TRUE(QWLaunchd::startJob({.job = kLabel, .settings = settingsFor(60), .user = false, .launchAgent = false}));
+  EXPECT_EQ(fakes_.privileged.calls.front(), (Call{"/bin/mkdir", {"-p", machine_ / "Library/LaunchDaemons"}}));
+}
+
 TEST_F(LaunchdTest, TellsAtTheWindowThatTheFileCannotBeWritten) {
   std::vector<std::string> sheets;
   QWAlert::sharedController().ask = [&](const AlertTexts& texts) {
+    EXPECT_EQ(exists(draft_), sheets.empty()) << "it goes once the error is told";
     sheets.push_back(texts.messageText + "|" + texts.informativeText);
     return 1;
   };
