@@ -101,10 +101,14 @@ TEST_F(WorkspaceTest, AnEndedProgramIsGoneAndAReplacedOneIsNot) {
   const Running pretender(desktop_.program("bin/ed (deleted)"), kWait);
   EXPECT_FALSE(*workspace_.isRunning(kEd));
 
-  const Running renamed(desktop_.program("bin/ed"), kWait);
-  fs::rename(program, program + ".old");
-  desktop_.program("bin/ed");
-  EXPECT_TRUE(*workspace_.isRunning(kEd));
+  fs::create_symlink(desktop_.program("bin/ed"), desktop_ / "editor");
+  for (const std::string& started : {program, desktop_ / "editor"}) {
+    desktop_.declare(kEd, started);
+    const Running renamed(started, kWait);
+    fs::rename(program, program + ".old");
+    desktop_.program("bin/ed");
+    EXPECT_TRUE(*workspace_.isRunning(kEd)) << started;
+  }
 }
 
 TEST_F(WorkspaceTest, AnInterpreterIsNotTheApplication) {

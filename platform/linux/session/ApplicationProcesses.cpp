@@ -89,7 +89,7 @@ pid_t processNumber(std::string_view text) {
 }
 
 bool runsOneOf(std::span<const std::string_view> programs, const ProcessView& process) {
-  return std::find(programs.begin(), programs.end(), process.programName()) != programs.end();
+  return std::find(programs.begin(), programs.end(), paths::lastComponent(process.program())) != programs.end();
 }
 
 // The name of the desktop entry that it, or what it descends from, was started by; empty when there was none.

@@ -106,11 +106,13 @@ bool isSame(const std::string& wanted, const std::string& given, const ProcessVi
 EntryCommand::EntryCommand(Words words, const std::string& searchPath) {
   dropEnvironment(words);
   if (words.empty()) return;
+  name_ = paths::lastComponent(words.front());
   program_ = located(words.front(), searchPath);
   words.front() = program_;
   Words interpreter = program_.empty() ? Words() : interpreterOf(program_);
   dropEnvironment(interpreter);
   if (!interpreter.empty()) {
+    name_ = paths::lastComponent(interpreter.front());
     program_ = located(interpreter.front(), searchPath);
     words.insert(words.begin(), program_);
   }
@@ -123,9 +125,20 @@ EntryCommand::EntryCommand(Words words, const std::string& searchPath) {
 }
 
 bool EntryCommand::isRunBy(const ProcessView& process) const {
-  if (program_.empty() || (operands_.empty() && isShared(program_)) || !process.runs(program_)) return false;
+  if (program_.empty() || (operands_.empty() && isShared(program_))) return false;
+  if (!process.runs(program_) && !wasStarted(process)) return false;
   if (operands_.empty() && settings_.empty()) return true;
   return operandsMatch(process, process.arguments());
+}
+
+// The file that it was started from may bear another name by now, with another one in its place.
+bool EntryCommand::wasStarted(const ProcessView& process) const {
+  const Words words = process.arguments();
+  const std::string given = words.empty() ? "" : words.front();
+  const std::string name = paths::lastComponent(given);
+  if (name != name_ && name != paths::lastComponent(program_)) return false;
+  if (given.starts_with('/')) return resolved(given) == program_;
+  return paths::parent(process.program()) == paths::parent(program_);
 }
 
 // Options come and go with how an application is started; those with a value may choose what it is.

@@ -19,8 +19,10 @@ class EntryCommand {
   bool isRunBy(const ProcessView& process) const;
 
  private:
+  bool wasStarted(const ProcessView& process) const;
   bool operandsMatch(const ProcessView& process, const std::vector<std::string>& arguments) const;
 
+  std::string name_;                   // that the program is called by
   std::string program_;                // absolute; empty when it cannot be told
   std::vector<std::string> operands_;  // the first arguments that are no options
   std::vector<std::string> settings_;  // options with a value, "--NAME=VALUE"

@@ -9,8 +9,6 @@
 #include <climits>
 #include <string_view>
 
-#include "base/Paths.h"
-
 namespace vantory {
 
 namespace {
@@ -78,10 +76,10 @@ std::string ProcessView::flatpakApplication() const {
   return info.starts_with("[Application]\n") ? std::string(lineAfter(info, "name=")) : "";
 }
 
-std::string ProcessView::programName() const {
+std::string ProcessView::program() const {
   std::string path = linkText("exe");
   if (path.ends_with(kDeleted)) path.resize(path.size() - kDeleted.size());
-  return paths::lastComponent(path);
+  return path;
 }
 
 bool ProcessView::runs(const std::string& program) const {
@@ -89,16 +87,7 @@ bool ProcessView::runs(const std::string& program) const {
   struct stat file {};
   if (fstatat(folder_.get(), "exe", &own, 0) != 0) return false;
   if (stat(program.c_str(), &file) == 0 && own.st_dev == file.st_dev && own.st_ino == file.st_ino) return true;
-  if (own.st_nlink == 0 && linkText("exe") == program + std::string(kDeleted)) return true;
-  return wasStartedAs(program);
-}
-
-// Its file may bear another name by now, with another file in its place.
-bool ProcessView::wasStartedAs(const std::string& program) const {
-  const std::vector<std::string> words = arguments();
-  if (words.empty()) return false;
-  if (words.front() == program) return true;
-  return words.front() == paths::lastComponent(program) && paths::parent(linkText("exe")) == paths::parent(program);
+  return own.st_nlink == 0 && linkText("exe") == program + std::string(kDeleted);
 }
 
 // Whatever is no regular file, such as a FIFO in a sandbox's root, is not waited for.

@@ -32,10 +32,9 @@ class ProcessView {
   std::string flatpakApplication() const;
 
   std::string workingFolder() const { return linkText("cwd"); }
-  // The last part of its program's path.
-  std::string programName() const;
-  // True when it runs that file, or the one that was there when it began, as far as the name tells that it was started
-  // by.
+  // Where its program's file lies, or lay.
+  std::string program() const;
+  // True when it runs that file, or one that was removed from there.
   bool runs(const std::string& program) const;
 
  private:
@@ -47,7 +46,6 @@ class ProcessView {
   // The fields of its state, beginning with the letter for the state itself.
   std::vector<std::string> state() const;
   bool belongsTo(uid_t user) const;
-  bool wasStartedAs(const std::string& program) const;
 
   pid_t number_;
   Descriptor folder_;
