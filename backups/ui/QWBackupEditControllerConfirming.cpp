@@ -119,12 +119,13 @@ void QWBackupEditController::backup() {
   // From here on the dialog is free for another backup.
   const auto edited = std::exchange(editedBackup_, nullptr);
   const auto written = edited ? edited : newBackup(name, target);
-  written->setProjects(projects_);
   QWBackupOutlineController& writer = parts_.backupController;
   writer.reload();
   parts_.dialog.close();
-  SerialWork::tasks().add([&writer, written, name, target] {
+  SerialWork::tasks().add([&writer, written, name, target, projects = projects_] {
     QWAuthorization::sharedController().beginTask();
+    // Not earlier: the task before may have been writing the same record.
+    MainThread::shared().runAndWait([&] { written->setProjects(projects); });
     rename(*written, name, target);
     writer.writeBackupOnThread(written);
   });

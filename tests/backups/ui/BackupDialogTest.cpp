@@ -154,6 +154,19 @@ TEST_F(BackupDialogTest, ListsProjectsOnce) {
   EXPECT_THAT(listed("Linked")->projects(), ElementsAre(b));
 }
 
+TEST_F(BackupDialogTest, AnEditSetsTheProjectsAfterTheTaskBefore) {
+  confirm("Clean");
+  const auto backup = listed("Clean");
+  restoreOutline_.selected = rowOf(restore_, backup);
+  restore_.unlinkProjects();
+  edit_.editBackup(backup);
+  writeFile(home_ / "a.fcp", "project");
+  chooser_.answer = {home_ / "a.fcp"};
+  edit_.addProject();
+  confirm("Clean");
+  EXPECT_THAT(listed("Clean")->projects(), ElementsAre(home_ / "a.fcp"));
+}
+
 TEST_F(BackupDialogTest, OffersToOpenProjects) {
   edit_.showBackupDialog();
   finishWork();
