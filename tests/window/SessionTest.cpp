@@ -2,16 +2,21 @@
 
 #include <QAction>
 #include <QHeaderView>
+#include <QLineEdit>
+#include <QThread>
 #include <QTimer>
+#include <atomic>
 #include <future>
 
 #include "backups/ui/CatalogRows.h"
+#include "services/settings/QWUserDefaults.h"
 #include "services/threads/BackgroundThreads.h"
 #include "services/threads/MainThread.h"
 #include "tests/backups/BackupsTest.h"
 #include "tests/support/EnvironmentChange.h"
 #include "tests/window/WindowTest.h"
 #include "window/application/MainThreadEvents.h"
+#include "window/application/WindowMenus.h"
 #include "window/application/WindowSession.h"
 #include "window/controls/Command.h"
 #include "window/outline/OutlineTree.h"
@@ -103,6 +108,22 @@ TEST_F(SessionTest, IsAsItWasLeftButForThePane) {
   EXPECT_EQ(second.size(), QSize(800, 500));
   EXPECT_EQ(second.restorePane().outline().tree().header()->sectionSize(1), width);
   EXPECT_FALSE(exists(home_ / "Library/Preferences/vantory")) << "looks are no settings";
+}
+
+TEST_F(SessionTest, OpenSettingsFollowTheBackupDialogOnTheMainThread) {
+  MainWindow& window = open();
+  window.menus().preferences->trigger();
+  const auto fields = visibleWindow<SettingsWindow>()->findChildren<QLineEdit*>();
+  QLineEdit* const field = *std::ranges::find(fields, QStringLiteral("Backup folder"), &QWidget::accessibleName);
+  std::atomic<bool> isOnMainThread = true;
+  QObject::connect(field, &QLineEdit::textChanged, [&, main = QThread::currentThread()] {
+    if (QThread::currentThread() != main) isOnMainThread = false;
+  });
+  window.backupPane().backupCommand().trigger();
+  QWUserDefaults::standardUserDefaults().setObject("backupPath", PropertyList("/else"));
+  button(*visibleWindow<BackupDialog>(), "Open Projects with Vantory")->click();
+  EXPECT_TRUE(eventually([&] { return field->text() == "/else"; }));
+  EXPECT_TRUE(isOnMainThread);
 }
 
 TEST_F(SessionTest, OpensWhatWasHandedOverJustBeforeTheEnd) {

@@ -52,7 +52,7 @@ WindowSession::WindowSession(const std::string& home)
              [this] {
                ProjectHandlers::setVantoryDefaultFileExtensions();
                const bool isHandler = ProjectHandlers::updateHandlingStatus();
-               settings_.refresh();
+               MainThread::shared().runAndWait([this] { settings_.refresh(); });
                return isHandler;
              }}),
       delegate_({window_, app_, importChooser_, *window_.menus().preferences, [] { QCoreApplication::exit(); },
