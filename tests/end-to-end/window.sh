@@ -36,6 +36,8 @@ window=$!
 soon eval '[ -n "$(find "$library" -name Settings.plist)" ]'
 kill -SEGV "$window"
 wait "$window" 2>/dev/null
+put "$home/film.motn"
+"$program" "$home/film.motn"  # shows no window to tell of the crash
 
 QT_LINUX_ACCESSIBILITY_ALWAYS_ON=1 "$program" &
 window=$!

@@ -142,10 +142,10 @@ class EndBySignal {
 // Waits for the first paint, when the notice has a window to stand on.
 struct CrashNotice : BugReporterDelegate {
   void applicationDidCrashWithLog(const std::string& log) override {
-    if (session) session->whenPainted([log] { QWBugReporter::showCrashNotice(log); });
+    session->whenPainted([log] { QWBugReporter::showCrashNotice(log); });
   }
 
-  WindowSession* session = nullptr;
+  WindowSession* session = nullptr;  // made before the first event is served
 };
 
 // The fonts are there when `fonts` is ready.
@@ -154,7 +154,9 @@ int showWindow(const std::string& home, const std::vector<std::string>& files, S
   Runtime& runtime = Runtime::current();
   runtime.guard = &runtime.shared<QWVantoryUtilities>();
   CrashNotice notice;
-  if (!WindowSession::onlyHandsOn(files)) AppWindowController::startLog(&notice);
+  // Without a window to show it over, the next start tells of a crash.
+  if (!WindowSession::onlyHandsOn(files))
+    AppWindowController::startLog(WindowSession::needsWindow(files) ? &notice : nullptr);
   const SystemColours colours(nullptr);
   int exitCode = 0;
   {

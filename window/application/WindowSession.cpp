@@ -171,9 +171,8 @@ bool WindowSession::onlyHandsOn(const std::vector<std::string>& files) {
 // With a window everything waits for its first paint; without one the files are opened at once.
 bool WindowSession::open(const std::vector<std::string>& files) {
   onlyHandsOn_ = onlyHandsOn(files);
-  opensWindow_ = needsWindow(files);
   if (!delegate_.awakeFromNib()) return false;
-  if (opensWindow_) {
+  if (needsWindow(files)) {
     window_.onFirstPaint = [this] {
       delegate_.applicationDidFinishLaunching();
       app_.load();
@@ -194,7 +193,7 @@ bool WindowSession::open(const std::vector<std::string>& files) {
 }
 
 void WindowSession::whenPainted(std::function<void()> work) {
-  if (painted_ || !opensWindow_)
+  if (painted_)
     work();
   else
     waitingWork_.push_back(std::move(work));

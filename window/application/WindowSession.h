@@ -34,7 +34,7 @@ class WindowSession {
   // window, it opens them without one. False when the program is to quit at once.
   [[nodiscard]] bool open(const std::vector<std::string>& files = {});
   bool quitsWithLastWindow() const { return delegate_.applicationShouldTerminateAfterLastWindowClosed(); }
-  // Does the work once the window is there for its questions; at once where none is to come.
+  // Does the work once the window is there for its questions.
   void whenPainted(std::function<void()> work);
   // Another start of the program asks for this.
   void receive(const OpenRequest& request);
@@ -74,7 +74,6 @@ class WindowSession {
   QWBackupEditController edit_;
   Vantory_AppDelegate delegate_;
   SettingsSession settings_;
-  bool opensWindow_ = true;
   bool painted_ = false;
   bool onlyHandsOn_ = false;
   // For the window to be painted:
