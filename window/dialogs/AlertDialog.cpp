@@ -4,6 +4,7 @@
 #include <QApplication>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QMimeData>
 #include <QTextDocument>
 #include <QTextEdit>
 #include <QTimer>
@@ -13,6 +14,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "base/Text.h"
 #include "window/appearance/DisplayText.h"
 #include "window/appearance/Icons.h"
 #include "window/controls/PushButton.h"
@@ -24,10 +26,29 @@ namespace {
 constexpr int kImageSize = 56;
 constexpr int kTextWidth = 360;
 
+// The toolkit would copy a blank that ends no line as an ordinary one.
+class Words : public QTextEdit {
+ public:
+  using QTextEdit::QTextEdit;
+
+ protected:
+  QMimeData* createMimeDataFromSelection() const override {
+    auto* data = new QMimeData;
+    data->setText(textCursor().selectedText().replace(QChar::ParagraphSeparator, QLatin1Char('\n')));
+    return data;
+  }
+};
+
+QString paragraphs(const std::string& text) {
+  QStringList lines;
+  for (const std::string& line : split(text, '\n')) lines.append(displayText(line));
+  return lines.join(QLatin1Char('\n'));
+}
+
 // No label: a long name ends a line where it must, and is copied as it is.
 QTextEdit* wordsOf(const std::string& text, const QFont& font, QWidget* parent) {
-  auto* words = new QTextEdit(parent);
-  auto* document = new QTextDocument(displayText(text), words);
+  auto* words = new Words(parent);
+  auto* document = new QTextDocument(paragraphs(text), words);
   document->setDefaultFont(font);
   document->setDocumentMargin(0);
   QTextOption wrapping;
@@ -70,8 +91,8 @@ AlertDialog::AlertDialog(const Texts& texts, QWidget* parent)
     : QDialog(parent), buttonCount_(static_cast<int>(texts.buttons.size())) {
   setWindowModality(Qt::WindowModal);
   setWindowTitle(QApplication::applicationDisplayName());
-  setAccessibleName(displayText(texts.message));
-  setAccessibleDescription(displayText(texts.information));
+  setAccessibleName(paragraphs(texts.message));
+  setAccessibleDescription(paragraphs(texts.information));
 
   auto* words = new QVBoxLayout;
   words->setSpacing(6);
