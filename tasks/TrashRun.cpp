@@ -10,10 +10,9 @@
 namespace vantory {
 
 bool TrashRun::run(const std::vector<TrashStep>& steps) {
-  for (const TrashStep& step : steps) {
-    if (observer_.isCancelled()) report_.cancelled();
-    if (!report_.isCancelled() && take(step)) observer_.stepDone();
-    if (!report_.isCancelled()) continue;
+  for (const TrashStep& step : steps)
+    if (!isCancelled() && take(step)) observer_.stepDone();
+  if (isCancelled()) {
     QWLog::appendLog("User cancelled trash task");
     return false;
   }
@@ -22,6 +21,11 @@ bool TrashRun::run(const std::vector<TrashStep>& steps) {
   observer_.finishing();
   applications_.relaunch([this] { observer_.relaunching(); });
   return true;
+}
+
+bool TrashRun::isCancelled() {
+  if (observer_.isCancelled()) report_.cancelled();
+  return report_.isCancelled();
 }
 
 // False when the step was passed over.

@@ -16,7 +16,7 @@ class TrashObserver {
  public:
   virtual ~TrashObserver() = default;
 
-  // Asked before each step; true ends the run.
+  // Asked before each step and after the last; true ends the run.
   virtual bool isCancelled() const { return false; }
   // A step was not passed over.
   virtual void stepDone() {}
@@ -48,6 +48,7 @@ class TrashRun {
   int count() const { return count_; }
 
  private:
+  bool isCancelled();
   bool take(const TrashStep& step);
   void restoreDefault();
 

@@ -83,6 +83,11 @@ TEST_F(TrashWorkflowTest, ACancelEndsItBeforeTheNextApplicationAndLeavesNoSheet)
   guard_.decisions.clear();
   runAndReadLog();
   EXPECT_FALSE(exists(avidFile("anna"))) << "an earlier cancel is forgotten";
+  int asked = 0;
+  guard_.onAsked = [&] {
+    if (++asked == 2) onSheet();
+  };
+  EXPECT_EQ(runAndReadLog().back(), "User cancelled trash task") << "during the last application, too";
 }
 
 TEST_F(TrashWorkflowTest, WaitsForTheTaskThatRuns) {
@@ -94,6 +99,8 @@ TEST_F(TrashWorkflowTest, WaitsForTheTaskThatRuns) {
   EXPECT_TRUE(spinner_.isTurning);
   finishWork();
   EXPECT_EQ(sheet_.value, 2);
+  controller_.progressController().setMaxProgress(9);
+  EXPECT_EQ(sheet_.value, 2) << "the maximum alone";
   const auto lines = logged();
   EXPECT_LT(std::ranges::find(lines, "The task before has ended"), std::ranges::find(lines, "Trashing preferences..."));
   EXPECT_FALSE(exists(prefs("editor.plist")));
