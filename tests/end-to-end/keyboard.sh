@@ -31,14 +31,25 @@ soon main_is_active
 xdotool key ctrl+shift+t
 soon logged "Soundtrack Pro is running - asking the user what to do..."
 check "the question over the progress sheet has the keyboard" soon eval '[ "$(windows | wc -l)" = 3 ] && not main_is_active'
+xdotool key Return
+check "... so that a key answers it" soon logged "User chose to close and relaunch app."
+check "... and gives the keyboard back to the sheet" soon eval '[ "$(windows | wc -l)" = 2 ] && not main_is_active'
 xdotool key Escape
-check "... so that a key answers it" soon logged "User chose to cancel."
+kill $application
+check "... which a key cancels" soon logged "User cancelled trash task"
 soon main_is_active
 
 xdotool key ctrl+comma
 soon windows "Vantory Preferences"
 soon not main_is_active
 sleep 0.5
+xdotool key alt+f ctrl+a
+xdotool type "no path"
+xdotool key Return
+soon eval '[ "$(windows | wc -l)" = 2 ]'
+xdotool key Return
+check "a question over the settings gives the keyboard back to them" soon eval '[ "$(xdotool getactivewindow)" = "$(windows "Vantory Preferences")" ]'
+sleep 1  # for all that the window manager has to say
 xdotool key alt+f ctrl+a
 xdotool type "$home/typed"
 xdotool windowactivate --sync "$main" key ctrl+q

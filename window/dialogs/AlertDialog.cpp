@@ -78,6 +78,18 @@ QWidget* sheetOver(const QWidget* parent) {
   return nullptr;
 }
 
+// A window manager that sees the alert go may give the keyboard to the window below that again.
+void giveKeyboardBack(QWidget* window) {
+  constexpr std::chrono::seconds kForItsChoice{1};
+  auto* watch = new QObject(window);
+  QObject::connect(qApp, &QApplication::focusWindowChanged, watch, [window](const QWindow* chosen) {
+    const QWidget* const parent = window->parentWidget();
+    if (parent && chosen == parent->windowHandle() && chosen && window->isVisible()) window->activateWindow();
+  });
+  QTimer::singleShot(kForItsChoice, watch, &QObject::deleteLater);
+  window->activateWindow();
+}
+
 QLabel* image(QWidget* parent) {
   auto* label = new QLabel(parent);
   label->setPixmap(icons::application().pixmap({kImageSize, kImageSize}, parent->devicePixelRatioF()));
@@ -88,7 +100,7 @@ QLabel* image(QWidget* parent) {
 }  // namespace
 
 AlertDialog::AlertDialog(const Texts& texts, QWidget* parent)
-    : QDialog(parent), buttonCount_(static_cast<int>(texts.buttons.size())) {
+    : QDialog(parent), below_(parent), buttonCount_(static_cast<int>(texts.buttons.size())) {
   setWindowModality(Qt::WindowModal);
   setWindowTitle(QApplication::applicationDisplayName());
   setAccessibleName(paragraphs(texts.message));
@@ -135,6 +147,7 @@ void AlertDialog::ask(std::function<void(int)> answered, std::chrono::millisecon
   answered_ = std::move(answered);
   if (interval.count() > 0) QTimer::singleShot(interval, this, [this] { done(0); });
   if (QWidget* covering = sheetOver(parentWidget())) {
+    below_ = covering;
     create();
     windowHandle()->setTransientParent(covering->windowHandle());
   }
@@ -142,7 +155,9 @@ void AlertDialog::ask(std::function<void(int)> answered, std::chrono::millisecon
 }
 
 void AlertDialog::done(int button) {
+  const bool leadsBack = below_ && isActiveWindow();
   QDialog::done(button);
+  if (leadsBack) giveKeyboardBack(below_);
   answer(button);
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QDialog>
+#include <QPointer>
 #include <chrono>
 #include <functional>
 #include <string>
@@ -31,6 +32,7 @@ class AlertDialog : public QDialog {
  private:
   void answer(int button);
 
+  QPointer<QWidget> below_;  // what it lies over, if anything
   const int buttonCount_;
   std::function<void(int)> answered_;
 };
