@@ -85,7 +85,7 @@ bool mayHoldBackups(const std::string& folder) {
 }
 
 std::string reasonAgainstLibrary(const std::string& folder) {
-  if (!folder.starts_with('/')) return "Please enter the whole path of a folder, beginning with \"/\".";
+  if (!folder.starts_with('/')) return "Please enter the whole path of a folder, beginning with \"/\" or \"~/\".";
   if (QWFileManager::isWildcardPath(folder)) return "The path of the backup folder cannot contain a \"*\".";
   const std::vector<std::string_view> components = paths::components(folder);
   if (std::any_of(components.begin(), components.end(), isBackupName))
