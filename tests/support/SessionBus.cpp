@@ -16,7 +16,7 @@ constexpr const char* kPython = "/usr/bin/python3";
 constexpr const char* kConfiguration =
     "<busconfig><type>session</type><listen>unix:path=%@/bus</listen>"
     "<policy context=\"default\"><allow send_destination=\"*\" eavesdrop=\"true\"/>"
-    "<allow eavesdrop=\"true\"/><allow own=\"*\"/></policy></busconfig>\n";
+    "<allow eavesdrop=\"true\"/><allow own=\"*\"/></policy><servicedir>%@</servicedir></busconfig>\n";
 
 }  // namespace
 
@@ -25,9 +25,10 @@ std::string SessionBus::missing() {
   return std::system("/usr/bin/python3 -c 'import dbus, gi'") == 0 ? "" : "Python's dbus or gi is not installed";
 }
 
-SessionBus::SessionBus() : address_("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + (folder_ / "bus")) {
+SessionBus::SessionBus(const std::string& services)
+    : address_("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + (folder_ / "bus")) {
   const std::string configuration = folder_ / "bus.conf";
-  writeFile(configuration, formatted(kConfiguration, folder_.path()));
+  writeFile(configuration, formatted(kConfiguration, folder_.path(), services));
   daemon_.emplace(kDaemon, std::vector<std::string>{"--config-file=" + configuration, "--nofork", "--nopidfile"});
   if (!soon([this] { return exists(folder_ / "bus"); })) throw std::runtime_error("no bus appears");
 }

@@ -15,7 +15,8 @@ namespace vantory::test {
 // A bus where nobody is yet. While it exists it is the session bus of this process and of what this process starts.
 class SessionBus {
  public:
-  SessionBus();
+  // It may start the services of that folder.
+  explicit SessionBus(const std::string& services = "/nowhere");
 
   // Why this machine can have none; empty when it can.
   static std::string missing();
