@@ -16,6 +16,7 @@ bool TrashRun::run(const std::vector<TrashStep>& steps) {
     QWLog::appendLog("User cancelled trash task");
     return false;
   }
+  trashedAll_ = report_.isWhole();
   observer_.trashed(count_);
   restoreDefault();
   observer_.finishing();

@@ -46,6 +46,8 @@ class TrashRun {
   bool run(const std::vector<TrashStep>& steps);
   // How many files are in the Trash now.
   int count() const { return count_; }
+  // Whether all that there was went there, whatever became of the default backup.
+  bool trashedAll() const { return trashedAll_; }
 
  private:
   bool isCancelled();
@@ -61,6 +63,7 @@ class TrashRun {
                                     .notRunning = nullptr},
                                    report_};
   int count_ = 0;
+  bool trashedAll_ = false;
 };
 
 }  // namespace vantory

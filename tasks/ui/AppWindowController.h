@@ -18,6 +18,7 @@ class MainWindowView;
 enum class Pane;
 class QWLockOutlineController;
 class TaskReport;
+class TrashRun;
 
 // Main thread, but for the operations that say otherwise. What it is given outlives it.
 class AppWindowController : public AppController, public PaneSwitcher {
@@ -62,7 +63,7 @@ class AppWindowController : public AppController, public PaneSwitcher {
   void switchTo(Pane pane, const char* logLine, const char* notification);
   void makeFirstBackup();
   WriteResult writeAutoBackup(TaskReport& task, bool preferencesOnly);
-  void finishTrash(int trashed, const TaskReport& report);
+  void finishTrash(const TrashRun& run, const TaskReport& report);
 
   Parts parts_;
   QWProgressController progressController_;

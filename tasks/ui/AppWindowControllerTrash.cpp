@@ -106,26 +106,28 @@ void AppWindowController::trashPreferences() {
   });
   TrashProgress progress(progressController_);
   TrashRun run(report, progress);
-  if (run.run(stepsFor(apps))) return finishTrash(run.count(), report);
+  if (run.run(stepsFor(apps))) return finishTrash(run, report);
   onMainThread([this] { parts_.trashSpinner.stopAnimation(); });
 }
 
 // Says how the run ended: a success only where everything was done.
-void AppWindowController::finishTrash(int trashed, const TaskReport& report) {
+void AppWindowController::finishTrash(const TrashRun& run, const TaskReport& report) {
   parts_.lockController.reload();
   onMainThread([this] {
     parts_.trashSpinner.stopAnimation();
     progressController_.hide();
   });
-  if (report.isWhole() && trashed < 1)
+  if (report.isWhole() && run.count() < 1)
     QWAlert::alertSheetWithMessageText(
         "No files to trash",
         withCauses("There were no preference files on disk for the selected applications.", report));
   else if (report.isWhole())
     QWAlert::alertSheetWithMessageText("Preferences successfully trashed",
                                        withCauses("Please empty your Trash.", report));
+  else if (run.trashedAll())
+    vantory::reportFailure("The default backup could not be restored as a whole", report.causes());
   else
-    vantory::reportFailure(trashed < 1 ? "Nothing was trashed" : "Not everything was trashed", report.causes());
+    vantory::reportFailure(run.count() < 1 ? "Nothing was trashed" : "Not everything was trashed", report.causes());
 }
 
 }  // namespace vantory

@@ -1,3 +1,5 @@
+#include <sys/stat.h>
+
 #include "backups/ui/Controls.h"
 #include "services/RunningApplicationGuard.h"
 #include "services/log/QWLog.h"
@@ -121,6 +123,13 @@ TEST_F(TrashWorkflowTest, BacksUpTrashesPreferencesOnlyAndRestoresTheDefaultBack
   EXPECT_THAT(alerts_, ElementsAre("Preferences successfully trashed"));
   EXPECT_THAT(sheet_.labels, ElementsAre("Backing up...", "Trashing preferences...", "Restoring default backup..."));
   EXPECT_FALSE(sheet_.isShown || spinner_.isTurning || sheet_.mayCancel);
+
+  const std::string copy = inLibrary("Good.vnt/Users/user/Library/Preferences/editor.plist");
+  ASSERT_TRUE(disk_.remove(copy));
+  ASSERT_EQ(mkfifo(copy.c_str(), 0600), 0);
+  alerts_.clear();
+  runAndReadLog();
+  EXPECT_THAT(alerts_, ElementsAre("The default backup could not be restored as a whole")) << "all was trashed";
 }
 
 TEST_F(TrashWorkflowTest, AsksForRightsOnceATask) {
@@ -131,6 +140,7 @@ TEST_F(TrashWorkflowTest, AsksForRightsOnceATask) {
     finishWork();
     EXPECT_EQ(fakes_.privileged.requests, task) << "three files could not be trashed";
   }
+  EXPECT_THAT(alerts_, ElementsAre("Nothing was trashed", "Nothing was trashed"));
 }
 
 TEST_F(TrashWorkflowTest, TheFirstStartMakesABackupOfEverything) {
