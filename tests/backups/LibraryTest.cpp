@@ -2,6 +2,7 @@
 
 #include "services/settings/QWUserDefaults.h"
 #include "tests/backups/BackupsTest.h"
+#include "tests/support/DesktopFolders.h"
 
 namespace vantory::test {
 namespace {
@@ -55,6 +56,14 @@ TEST_F(LibraryTest, TheOldestAutomaticBackupsGoFirst) {
   EXPECT_THAT(kept, ElementsAre("Auto Backup 4", "Auto Backup 2"));
   EXPECT_FALSE(exists(inLibrary("Autosaves/Auto Backup 1.vnt")));
   EXPECT_FALSE(exists(inTrash("Auto Backup 1.vnt")));
+}
+
+TEST_F(LibraryTest, AStrayAutomaticBackupIsSyncedOnItsWay) {
+  const std::string moved = inLibrary("Autosaves/Auto Backup x.vnt");
+  files_.beforeSync = [&](const std::string& path) {
+    EXPECT_TRUE(soon([&] { return exists(moved); }) && exists(path)) << path;
+  };
+  EXPECT_EQ(backupOfAll("Auto Backup x")->writeData(report_), WriteResult::Success);
 }
 
 TEST_F(LibraryTest, ABackupThatAnotherProcessWritesStaysWhereItIs) {

@@ -1,6 +1,7 @@
 // A disk that fails when a test wants it to.
 #pragma once
 
+#include <functional>
 #include <map>
 #include <mutex>
 #include <optional>
@@ -89,11 +90,14 @@ class FaultyFileSystem : public FileSystem {
     return run(Operation::Trash, path, [&] { return disk_.trash(path, trashFolder); });
   }
   Status sync(const std::string& path) override {
+    if (beforeSync) beforeSync(path);
     return run(Operation::Sync, path, [&] { return disk_.sync(path); });
   }
   Result<std::unique_ptr<FolderHold>> holdFolder(const std::string& path, std::chrono::milliseconds wait) override {
     return run(Operation::HoldFolder, path, [&] { return disk_.holdFolder(path, wait); });
   }
+
+  std::function<void(const std::string& path)> beforeSync;  // on the thread that syncs
 
  private:
   struct Copy : StagedCopy {
