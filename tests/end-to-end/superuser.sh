@@ -130,4 +130,8 @@ put /tmp/foreign/dirs "XDG_DESKTOP_DIR=\"\$HOME/Library/Preferences/$motion\""
 chmod 600 /tmp/foreign/dirs; chown 0 "$preferences"; as_anna mkdir "$home/.config"; as_anna ln -s /tmp/foreign/dirs "$home/.config/user-dirs.dirs"
 run_as_sudo -trash motionPrefs
 check "root reads no desktop settings that the user may not" eval 'ran && not test -e "$preferences/$motion"'
+fresh vanna; run_as_sudo -backup Mine
+put /tmp/foreign/com.apple.motion.desktop; chmod 700 /tmp/foreign; as_anna mkdir -p "$home/.local/share"; as_anna ln -s /tmp/foreign "$home/.local/share/applications"
+run_as_sudo -restore "$library/Mine.vnt"
+check "nor looks for applications there" eval 'ran && ! grep -q "Unable to tell whether" "$log"'
 summary

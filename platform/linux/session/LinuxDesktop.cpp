@@ -1,13 +1,14 @@
 // Asks the desktop's helper, each question with its patience.
 #include "platform/linux/session/LinuxDesktop.h"
 
-#include <unistd.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <chrono>
 #include <vector>
 
 #include "platform/Users.h"
+#include "platform/linux/files/FileRights.h"
 #include "platform/linux/helpers/DesktopHelper.h"
 #include "platform/linux/session/DataFolders.h"
 #include "platform/linux/session/DesktopSession.h"
@@ -83,8 +84,11 @@ bool LinuxWorkspace::mayRun(const std::string& bundleIdentifier) const {
   if (!user) return false;
   if (hasSessionBus(users_)) return true;
   const std::vector<std::string> folders = dataFolders(user->home, !users_.isSuperuser());
+  const FileRights rights = users_.isSuperuser() ? FileRights::ofUser(*user) : FileRights::own();
+  const FileRights::Scope scope(rights);
   return std::any_of(folders.begin(), folders.end(), [&](const std::string& folder) {
-    return access((folder + "/applications/" + bundleIdentifier + ".desktop").c_str(), F_OK) == 0;
+    struct stat status;
+    return stat((folder + "/applications/" + bundleIdentifier + ".desktop").c_str(), &status) == 0;
   });
 }
 
