@@ -24,7 +24,7 @@ Status ReplacedCopies::keep(const std::string& path) {
 // A folder that no copy came to is removed for good.
 void ReplacedCopies::moveToTrash(TaskReport& report) {
   if (folder_.empty() || QWFileManager::removeFolderIfEmpty(folder_)) return;
-  const auto place = QWFileManager::trashFile(folder_, 10s);
+  const auto place = QWFileManager::trashFile(folder_, 10s, report);
   if (!place) return report.failed(FileAction::Trash, folder_, place.error());
   QWLog::appendLog("The copies that were replaced are in the Trash: %@", *place);
   report.done(FileAction::Trash, folder_, {}, *place);

@@ -56,6 +56,8 @@ class [[nodiscard]] Result {
   const T& operator*() const { return value(); }
   // Only when not ok().
   const Error& error() const { return std::get<1>(content_); }
+  // How it ended, without the value.
+  Status status() const { return ok() ? Status() : Status(error()); }
 
  private:
   std::variant<T, Error> content_;

@@ -76,7 +76,7 @@ class ItemTrashing {
  private:
   // Only what has arrived in the Trash is counted.
   void move(const std::string& path) {
-    const auto place = QWFileManager::trashFile(path, kTimeout);
+    const auto place = QWFileManager::trashFile(path, kTimeout, report_);
     if (!place) return report_.failed(FileAction::Trash, path, place.error(), item_);
     report_.done(FileAction::Trash, path, item_, *place);
     ++count_;

@@ -96,7 +96,7 @@ void ItemRestoring::note(const std::string& path, const Status& copied) {
 Status ItemRestoring::trashLiveFile(const std::string& path) {
   if (QWFileManager::isMissingAtPath(path)) return {};
   QWLog::appendLog("Trashing file %@", path);
-  const auto place = QWFileManager::trashFile(path, kTimeout);
+  const auto place = QWFileManager::trashFile(path, kTimeout, report_);
   QWLog::appendLog(place ? "File trashed successfully." : "File failed to trash.");
   if (!place) return place.error();
   report_.done(FileAction::Trash, path, item_, *place);

@@ -50,6 +50,16 @@ enum class Detail { Names, Sizes };
 // The largest file that read() is asked for: property lists, all of them small.
 inline constexpr std::uint64_t kLargestReadBytes = 4 * 1024 * 1024;
 
+// Sentences about what was left out on purpose or could not be kept: special files, unsupported attributes, files that
+// vanished.
+using Notes = std::vector<std::string>;
+
+// Where a trashed item lies now, and what did not come along where it had to be copied there.
+struct Trashed {
+  std::string place;
+  Notes notes = {};
+};
+
 // A file open for adding lines at its end.
 class AppendFile {
  public:
@@ -67,9 +77,7 @@ class StagedCopy {
   // Gives the copy its final name in one step. With Existing::Keep an item already there makes it fail with
   // file_exists; with Existing::Replace it takes the old item's place atomically.
   virtual Status commit(Existing existing) = 0;
-  // Sentences about what was left out on purpose or could not be kept: special files, unsupported attributes, files
-  // that vanished.
-  virtual const std::vector<std::string>& notes() const = 0;
+  virtual const Notes& notes() const = 0;
 };
 
 // Holds a folder against other processes (not threads) until it is destroyed; the kernel lets go of it when a process
@@ -123,8 +131,11 @@ class FileSystem {
   // missing; a copy that fails or is ended leaves nothing behind.
   virtual Result<std::unique_ptr<StagedCopy>> stageCopy(const CopyRequest& request) = 0;
 
-  // Moves an item, also to another file system, never over an existing one (file_exists). Both paths are full.
-  virtual Status move(const std::string& source, const std::string& destination) = 0;
+  // Moves an item, also to another file system, never over an existing one (file_exists). Both paths are full. To
+  // another file system it is copied, and the original removed once the copy is on disk. Only what is still as it was
+  // copied is removed: what another program has changed or added meanwhile stays, as does a special file, and the move
+  // fails. A failure before the first removal leaves no copy behind. Answers what the copy could not keep.
+  virtual Result<Notes> move(const std::string& source, const std::string& destination) = 0;
 
   // Deletes an item for good, folders with their contents. A missing one is an error (no_such_file_or_directory).
   virtual Status remove(const std::string& path) = 0;
@@ -134,8 +145,8 @@ class FileSystem {
   virtual Status makeFolder(const std::string& path) = 0;
 
   // Moves an item to the desktop's Trash: the one whose files lie in `trashFolder` when that is on the same file
-  // system, otherwise that of the item's own. Answers where it lies now.
-  virtual Result<std::string> trash(const std::string& path, const std::string& trashFolder) = 0;
+  // system, otherwise that of the item's own. What cannot be renamed on its own file system is moved as to another.
+  virtual Result<Trashed> trash(const std::string& path, const std::string& trashFolder) = 0;
 
   // Returns once everything written to the file system that holds `path` is on disk.
   virtual Status sync(const std::string& path) = 0;

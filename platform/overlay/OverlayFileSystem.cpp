@@ -38,13 +38,13 @@ class OverlayFileSystem::OverlayCopy : public StagedCopy {
   OverlayCopy(OverlayFileSystem& files, Change change, OverlayNode node)
       : files_(files), change_(std::move(change)), node_(std::move(node)) {}
   Status commit(Existing existing) override { return files_.commit(change_, node_, existing); }
-  const std::vector<std::string>& notes() const override { return notes_; }
+  const Notes& notes() const override { return notes_; }
 
  private:
   OverlayFileSystem& files_;
   const Change change_;
   const OverlayNode node_;
-  const std::vector<std::string> notes_;
+  const Notes notes_;
 };
 
 Error OverlayFileSystem::missing(const std::string& path) const {
@@ -176,7 +176,7 @@ Status OverlayFileSystem::commit(const Change& copy, OverlayNode copied, StagedC
 }
 
 // What was made here only gets another name; of what the disk has it is a change.
-Status OverlayFileSystem::move(const std::string& source, const std::string& destination) {
+Result<Notes> OverlayFileSystem::move(const std::string& source, const std::string& destination) {
   const Lock lock(tree_.mutex);
   Change change{.kind = Change::Kind::Move, .path = source, .destination = destination};
   if (const auto obstacle = obstacleToTaking(source)) return changes_.refuse(std::move(change), *obstacle);
@@ -188,7 +188,7 @@ Status OverlayFileSystem::move(const std::string& source, const std::string& des
     changes_.renameMade(source, destination);
   else
     changes_.add(std::move(change));
-  return {};
+  return Notes();
 }
 
 // What was made here leaves no trace; of what the disk has it is a change.
@@ -233,13 +233,13 @@ Status OverlayFileSystem::makeFolder(const std::string& path) {
   return {};
 }
 
-Result<std::string> OverlayFileSystem::trash(const std::string& path, const std::string& trashFolder) {
+Result<Trashed> OverlayFileSystem::trash(const std::string& path, const std::string& trashFolder) {
   const Lock lock(tree_.mutex);
   Change change{.kind = Change::Kind::Trash, .path = path};
   if (!exists(path)) return missing(path);
   if (const auto obstacle = obstacleToTaking(path)) return changes_.refuse(std::move(change), *obstacle);
   forget(path, std::move(change));
-  return paths::join(trashFolder, paths::lastComponent(path));
+  return Trashed{paths::join(trashFolder, paths::lastComponent(path))};
 }
 
 Status OverlayFileSystem::sync(const std::string& path) {

@@ -27,11 +27,11 @@ class OverlayFileSystem : public FileSystem {
   // Refused: a log of what did not happen would be none.
   Result<std::unique_ptr<AppendFile>> openForAppending(const std::string& path) override;
   Result<std::unique_ptr<StagedCopy>> stageCopy(const CopyRequest& request) override;
-  Status move(const std::string& source, const std::string& destination) override;
+  Result<Notes> move(const std::string& source, const std::string& destination) override;
   Status remove(const std::string& path) override;
   Status makeFolder(const std::string& path) override;
   // The answer is where the item would lie were no other of its name there.
-  Result<std::string> trash(const std::string& path, const std::string& trashFolder) override;
+  Result<Trashed> trash(const std::string& path, const std::string& trashFolder) override;
   Status sync(const std::string& path) override;
   // Nothing changes, so nobody is kept out and nobody waited for.
   Result<std::unique_ptr<FolderHold>> holdFolder(const std::string& path, std::chrono::milliseconds wait) override;

@@ -17,7 +17,7 @@ Status OverlayRunner::apply(const std::string& tool, const std::vector<std::stri
   const std::string& last = arguments.back();
   const std::string& beforeLast = arguments[arguments.size() - 2];
   if (tool == "/bin/cp") return copy(beforeLast, last);
-  if (tool == "/bin/mv") return files_.move(beforeLast, last);
+  if (tool == "/bin/mv") return files_.move(beforeLast, last).status();
   if (tool == "/bin/rm") return files_.remove(last);
   if (tool == "/bin/mkdir") return files_.makeFolder(last);
   if (tool == "/usr/bin/chattr") return metadata_.setLocked(last, beforeLast == "+i");

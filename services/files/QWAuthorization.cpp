@@ -54,7 +54,7 @@ TrashPlace freePlaceInTrash(const std::string& trashFolder, const std::string& n
 Status writeNote(FileSystem& files, const TrashPlace& place, const std::string& text) {
   const std::string draft = paths::join(paths::parent(place.note), formatted(".%@", QWLocalPaths::uuid()));
   Status done = files.write(draft, text, {});
-  if (done) done = files.move(draft, place.note);
+  if (done) done = files.move(draft, place.note).status();
   if (!done) (void)files.remove(draft);
   return done;
 }

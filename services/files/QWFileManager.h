@@ -89,6 +89,11 @@ class QWFileManager {
   // Answers where it lies now; nothing where that is not known, or nothing was there.
   static Result<std::string> trashFile(const std::string& path, bool shouldAuth = true);
   static Result<std::string> trashFile(const std::string& path, std::chrono::seconds timeout);
+  // The same for a task: what a move to another file system could not keep, told in the log already, is remarked in its
+  // report.
+  static Status moveFile(const std::string& source, const std::string& toPath, std::chrono::seconds timeout,
+                         TaskReport& report);
+  static Result<std::string> trashFile(const std::string& path, std::chrono::seconds timeout, TaskReport& report);
   static Status createDirectory(const std::string& path, bool shouldAuth = true);
   static Status createDirectory(const std::string& path, std::chrono::seconds timeout);
   // The first step of a copy that replaces something: a finished copy without its name. Its notes are logged; a failure

@@ -6,6 +6,7 @@
 #include "platform/Clock.h"
 #include "services/QWLocalPaths.h"
 #include "services/Runtime.h"
+#include "services/TaskReport.h"
 #include "services/files/QWAuthorization.h"
 #include "services/files/QWFileManager.h"
 #include "services/log/QWLog.h"
@@ -61,6 +62,7 @@ struct Attempt {
   Status status;
   bool handedOver = false;
   std::string place = {};  // of what was trashed
+  Notes notes = {};        // what a move could not keep
 };
 
 // A task of the command line asks nobody for administrator rights.
@@ -94,6 +96,16 @@ void logNotes(const StagedCopy& copy) {
   for (const std::string& note : copy.notes()) QWLog::appendLog("%@", note);
 }
 
+// What a move has lost is gone for good: the person hears of it, on standard error at least.
+Attempt tellNotes(Attempt attempt) {
+  for (const std::string& note : attempt.notes) QWLog::appendLogAndPrint("%@", note);
+  return attempt;
+}
+
+void remarkNotes(const Attempt& attempt, TaskReport& report) {
+  for (const std::string& note : attempt.notes) report.remark(note);
+}
+
 Status copyAsUser(const std::string& source, const std::string& destination, std::unique_ptr<StagedCopy> staged) {
   if (staged) {
     logNotes(*staged);
@@ -105,7 +117,7 @@ Status copyAsUser(const std::string& source, const std::string& destination, std
   return staged->commit(StagedCopy::Existing::Keep);
 }
 
-Result<std::string> trashAsUser(const std::string& path) {
+Result<Trashed> trashAsUser(const std::string& path) {
   const auto trashFolder = QWLocalPaths::trashDirectory();
   if (!trashFolder) return Error{std::errc::no_such_file_or_directory, "No user is logged in at the console."};
   return files().trash(path, *trashFolder);
@@ -135,8 +147,8 @@ Attempt move(const std::string& source, const std::string& toPath, bool shouldAu
   (void)QWFileManager::unlockFile(toPath);
   QWFileManager::unlockFolder(paths::join(toPath, paths::lastComponent(source)));
   const std::string target = moveTarget(source, toPath);
-  const Status moved = files().move(source, target);
-  if (moved) return {};
+  const Result<Notes> moved = files().move(source, target);
+  if (moved) return tellNotes({.status = {}, .notes = *moved});
   QWLog::appendLog("Error moving file: %@. Authorizing...", moved.error().text);
   return handedOver(shouldAuth && onlyRightsAreMissing(moved.error()) && authorization().authMoveFile(source, target),
                     moved.error());
@@ -153,14 +165,14 @@ Attempt remove(const std::string& path, bool shouldAuth) {
 
 Attempt trash(const std::string& path, bool shouldAuth) {
   // The flag that keeps a file's content keeps its name too, so what could be moved needed no look at it.
-  Result<std::string> place = trashAsUser(path);
-  if (!place && unlockIfLocked(path)) place = trashAsUser(path);
-  if (place) return {.status = {}, .place = *place};
+  Result<Trashed> trashed = trashAsUser(path);
+  if (!trashed && unlockIfLocked(path)) trashed = trashAsUser(path);
+  if (trashed) return tellNotes({.status = {}, .place = trashed->place, .notes = trashed->notes});
   if (QWFileManager::isMissingAtPath(path)) return {};
-  if (shouldAuth && rightsCouldHelp(place.error()) && authorization().authTrashFile(path))
+  if (shouldAuth && rightsCouldHelp(trashed.error()) && authorization().authTrashFile(path))
     return {.status = {}, .handedOver = true};
-  QWLog::appendLog("Unable to trash %@: %@", path, place.error().text);
-  return {.status = withCure(place.error())};
+  QWLog::appendLog("Unable to trash %@: %@", path, trashed.error().text);
+  return {.status = withCure(trashed.error())};
 }
 
 Attempt makeFolder(const std::string& path, bool shouldAuth) {
@@ -193,7 +205,14 @@ Status QWFileManager::moveFile(const std::string& source, const std::string& toP
 }
 
 Status QWFileManager::moveFile(const std::string& source, const std::string& toPath, std::chrono::seconds timeout) {
+  TaskReport nobodys;
+  return moveFile(source, toPath, timeout, nobodys);
+}
+
+Status QWFileManager::moveFile(const std::string& source, const std::string& toPath, std::chrono::seconds timeout,
+                               TaskReport& report) {
   const Attempt attempt = move(source, toPath, true);
+  remarkNotes(attempt, report);
   if (attempt.status && compareIgnoringCase(source, toPath) == 0) {
     // Where names ignore case the old one still answers.
     clock().sleep(500us);
@@ -218,7 +237,14 @@ Result<std::string> QWFileManager::trashFile(const std::string& path, bool shoul
 }
 
 Result<std::string> QWFileManager::trashFile(const std::string& path, std::chrono::seconds timeout) {
+  TaskReport nobodys;
+  return trashFile(path, timeout, nobodys);
+}
+
+Result<std::string> QWFileManager::trashFile(const std::string& path, std::chrono::seconds timeout,
+                                             TaskReport& report) {
   const Attempt attempt = trash(path, true);
+  remarkNotes(attempt, report);
   return placeOf(attempt, arrival(
                               attempt, path, [&] { return isMissingAtPath(path); }, timeout));
 }

@@ -54,7 +54,7 @@ Status QWFileManager::compressFile(const std::string& source, const std::string&
   // Made here, so that it is private while the tool fills it.
   if (const Status made = files.write(*archive, "", {}); !made) return reportUncompressed(source, made.error().text);
   const Status zipped = zip(source, *archive);
-  const Status moved = zipped ? files.move(*archive, toDestinationFile) : Status();
+  const Status moved = zipped ? files.move(*archive, toDestinationFile).status() : Status();
   if (zipped && moved) return {};
   (void)files.remove(*archive);
   return zipped ? reportUncompressed(source, moved.error().text, moved.error().code) : zipped;

@@ -139,7 +139,7 @@ Status SettingsFile::replace(const std::function<void(PropertyListDictionary&)>&
 Status SettingsFile::setAside() const {
   const Timestamp now = Runtime::current().platform().clock.now();
   const std::string place = QWFileManager::uniqueFilename(path_ + ".damaged-" + localTimeText(now, "%Y%m%d%H%M%S"));
-  if (Status moved = files().move(path_, place); !moved) return moved;
+  if (Status moved = files().move(path_, place).status(); !moved) return moved;
   report("The settings in %@ were damaged and now lie at %@.", path_, place);
   return {};
 }

@@ -38,9 +38,10 @@ std::vector<std::string> backupNamesIn(const std::string& folder, TaskReport& re
 }
 
 // Never from under another process that writes it.
-Status moveBackup(const std::string& backup, const std::string& destination) {
+Status moveBackup(const std::string& backup, const std::string& destination, TaskReport& report) {
   const auto hold = holdBackupFolder(backup);
-  if (hold || hold.error().code != std::errc::timed_out) return QWFileManager::moveFile(backup, destination, 10s);
+  if (hold || hold.error().code != std::errc::timed_out)
+    return QWFileManager::moveFile(backup, destination, 10s, report);
   QWLog::appendLog("Another process is working on %@: %@", backup, hold.error().text);
   return hold.error();
 }
@@ -49,8 +50,9 @@ Status moveBackup(const std::string& backup, const std::string& destination) {
 void moveBackups(const std::string& from, const std::vector<std::string>& names, const std::string& folder,
                  TaskReport& report) {
   for (const std::string& name : names) {
+    const std::string backup = paths::join(from, name);
     const std::string target = paths::join(folder, name);
-    report.add(FileAction::Move, paths::join(from, name), moveBackup(paths::join(from, name), target), {}, target);
+    report.add(FileAction::Move, backup, moveBackup(backup, target, report), {}, target);
   }
 }
 

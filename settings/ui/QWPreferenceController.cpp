@@ -171,12 +171,12 @@ void QWPreferenceController::offerMove(const std::string& from, const std::strin
   QWLog::appendLog("User chose to move files");
   TaskReport report;
   parts_.view.doBehindSheet("Moving the backups…", [&] { report = moveLibrary(from, to); });
-  if (!report.hasFailures()) return;
+  const std::string causes = report.causes();
+  if (causes.empty()) return;
   const std::size_t left = report.count(FileReport::Outcome::Failed, FileAction::Move);
   if (left > 0) QWLog::appendLog("Backups that could not be moved and stay in %@: %i", from, left);
   parts_.view.setBackupRemark(
-      left > 0 ? formatted("Backups that could not be moved and are still in %@: %i. %@", from, left, report.causes())
-               : report.causes());
+      left > 0 ? formatted("Backups that could not be moved and are still in %@: %i. %@", from, left, causes) : causes);
 }
 
 // --- Settings --------------------------------------------------------------------------------------------------------

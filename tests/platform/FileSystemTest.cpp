@@ -5,15 +5,29 @@
 #include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <csignal>
+#include <filesystem>
+#include <functional>
 
+#include "base/Paths.h"
 #include "platform/linux/files/LinuxFileSystem.h"
 #include "platform/posix/files/Descriptor.h"
 #include "tests/support/ScratchFolder.h"
+
+namespace {
+std::function<void()> whileSyncing;
+}
+
+// The C library's call, with what a test does in that moment.
+extern "C" int syncfs(int file) noexcept {
+  if (whileSyncing) whileSyncing();
+  return static_cast<int>(syscall(SYS_syncfs, file));
+}
 
 namespace vantory::test {
 namespace {
@@ -31,6 +45,14 @@ class FileSystemTest : public testing::Test {
     auto entries = files.list(path, Detail::Names);
     if (entries)
       for (const auto& entry : *entries) result.push_back(entry.name);
+    std::sort(result.begin(), result.end());
+    return result;
+  }
+  // All that a folder holds: paths, and what files contain.
+  std::vector<std::string> everything(const std::string& path) {
+    std::vector<std::string> result;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(path))
+      result.push_back(entry.path().string() + (entry.is_regular_file() ? readFile(entry.path()) : ""));
     std::sort(result.begin(), result.end());
     return result;
   }
@@ -179,18 +201,77 @@ TEST_F(FileSystemTest, AFailedWriteLeavesTheOldFile) {
   EXPECT_EQ(names(folder.path()), (std::vector<std::string>{"fresh", "settings", "small"}));
 }
 
-TEST_F(FileSystemTest, MovesToAnotherFileSystemAndLeavesNothingBehind) {
+// From a file system of its own to that of the scratch folder.
+class MoveTest : public FileSystemTest {
+ protected:
+  void SetUp() override {
+    makeFolders(elsewhere);
+    if (status(elsewhere).st_dev == status(folder.path()).st_dev)
+      GTEST_SKIP() << "/dev/shm is no file system of its own";
+  }
+  ~MoveTest() override {
+    whileSyncing = nullptr;
+    (void)files.remove(elsewhere);
+  }
+
   const std::string elsewhere = "/dev/shm/vantory-test-" + std::to_string(getpid());
-  makeFolders(elsewhere);
+};
+
+TEST_F(MoveTest, TakesFoldersAndLinksToAnotherFileSystemAndTellsWhatItCannotHold) {
   writeFile(elsewhere + "/tree/sub/file", "content");
-  const bool isElsewhere = status(elsewhere).st_dev != status(folder.path()).st_dev;
-  const Status moved = files.move(elsewhere + "/tree", folder / "tree");
-  const std::vector<std::string> left = names(elsewhere);
-  ASSERT_TRUE(files.remove(elsewhere).ok());
-  if (!isElsewhere) GTEST_SKIP() << "/dev/shm is no file system of its own";
-  EXPECT_TRUE(moved.ok());
+  ASSERT_EQ(symlink("tree/sub", (elsewhere + "/link").c_str()), 0);
+  const std::string large(60'000, 'x');
+  const auto holds = [&](const std::string& path) {
+    return setxattr(path.c_str(), "user.large", large.data(), large.size(), 0) == 0;
+  };
+  const bool isTooLarge = holds(elsewhere + "/tree") && !holds(folder.path());
+  const auto moved = files.move(elsewhere + "/tree", folder / "tree");
+  ASSERT_TRUE(moved.ok()) << moved.error().text;
   EXPECT_EQ(readFile(folder / "tree/sub/file"), "content");
-  EXPECT_EQ(left, std::vector<std::string>());
+  if (isTooLarge) {
+    ASSERT_EQ(moved->size(), 1u);
+    EXPECT_NE(moved->front().find("user.large"), std::string::npos);
+  }
+  const timespec date = status(elsewhere + "/link").st_mtim;
+  EXPECT_EQ(files.move(elsewhere + "/link", folder / "tree").error().code, std::errc::file_exists);
+  ASSERT_TRUE(files.move(elsewhere + "/link", folder / "link").ok());
+  EXPECT_EQ(std::filesystem::read_symlink(folder / "link"), "tree/sub");
+  EXPECT_EQ(status(folder / "link").st_mtim.tv_nsec, date.tv_nsec);
+  EXPECT_TRUE(names(elsewhere).empty());
+}
+
+TEST_F(MoveTest, RemovesNothingThatChangedSinceItWasCopied) {
+  const std::string tree = elsewhere + "/tree", file = tree + "/sub/file";
+  const auto rewrite = [&] {  // as long, and with the old date
+    const struct stat before = status(file);
+    writeFile(file, "CHANGED");
+    const timespec times[] = {before.st_atim, before.st_mtim};
+    utimensat(AT_FDCWD, file.c_str(), times, 0);
+  };
+  const auto replace = [&] {
+    writeFile(tree + "/new", "content");
+    rename((tree + "/new").c_str(), file.c_str());
+  };
+  const auto addFile = [&] { writeFile(tree + "/sub/added", ""); };
+  const auto addPipe = [&] { mkfifo((tree + "/pipe").c_str(), 0600); };
+  const std::pair<std::string, std::function<void()>> moves[] = {{tree, rewrite}, {tree, replace}, {tree, addFile},
+                                                                 {tree, addPipe}, {file, rewrite}, {file, replace}};
+  for (const auto& [moved, change] : moves) {
+    (void)files.remove(tree);
+    writeFile(file, "content");
+    writeFile(tree + "/other", "other");
+    std::vector<std::string> left;
+    whileSyncing = [&, &change = change] {
+      change();
+      left = everything(tree);
+    };
+    const Status done = files.move(moved, folder / "copy").status();
+    whileSyncing = nullptr;
+    ASSERT_FALSE(done.ok());
+    EXPECT_TRUE(done.error().text.ends_with("and stays")) << done.error().text;
+    EXPECT_EQ(everything(tree), left);
+    EXPECT_EQ(names(folder.path()), std::vector<std::string>());
+  }
 }
 
 TEST_F(FileSystemTest, TrashesOnAnOverlayOfLayersOnTwoDisks) {
@@ -201,12 +282,27 @@ TEST_F(FileSystemTest, TrashesOnAnOverlayOfLayersOnTwoDisks) {
       mount("none", lower.c_str(), "tmpfs", 0, nullptr) == 0 && mount("none", upper.c_str(), "tmpfs", 0, nullptr) == 0;
   for (const char* name : {"/data", "/work"}) makeFolders(upper + name);
   writeFile(lower + "/home/file", "content");
-  const std::string layers = "lowerdir=" + lower + ",upperdir=" + upper + "/data,workdir=" + upper + "/work";
+  for (const char* name : {"/home/tree/sub/one", "/home/tree/two", "/home/busy/one"})
+    writeFile(lower + name, "content");
+  const std::string layers =
+      "redirect_dir=off,lowerdir=" + lower + ",upperdir=" + upper + "/data,workdir=" + upper + "/work";
   if (!mounted || mount("none", all.c_str(), "overlay", 0, layers.c_str()) != 0)
     GTEST_SKIP() << "no overlay can be mounted here";
   const std::string trash = all + "/home/.local/share/Trash/files";
-  const auto trashed = files.trash(all + "/home/file", trash);
-  EXPECT_TRUE(trashed && *trashed == trash + "/file") << (trashed ? *trashed : trashed.error().text);
+  for (const char* name : {"/file", "/tree"}) {
+    const auto trashed = files.trash(all + "/home" + name, trash);
+    EXPECT_TRUE(trashed && trashed->place == trash + name) << (trashed ? trashed->place : trashed.error().text);
+    EXPECT_TRUE(exists(paths::parent(trash) + "/info" + name + ".trashinfo"));
+  }
+  EXPECT_EQ(everything(trash + "/tree").size(), 3u);
+  EXPECT_EQ(readFile(trash + "/tree/sub/one"), "content");
+
+  whileSyncing = [&] { writeFile(all + "/home/busy/two", ""); };
+  EXPECT_EQ(files.trash(all + "/home/busy", trash).status().error().code, std::errc::device_or_resource_busy);
+  whileSyncing = nullptr;
+  EXPECT_EQ(names(all + "/home"), (std::vector<std::string>{".local", "busy"}));
+  EXPECT_EQ(names(all + "/home/busy").size(), 2u);
+  EXPECT_EQ(names(trash).size() + names(paths::parent(trash) + "/info").size(), 4u);
   for (const std::string& each : {all, upper, lower}) umount2(each.c_str(), MNT_DETACH);
 }
 

@@ -77,7 +77,7 @@ class FaultyFileSystem : public FileSystem {
     if (copy) *copy = std::make_unique<Copy>(*this, request.destination, std::move(*copy));
     return copy;
   }
-  Status move(const std::string& source, const std::string& destination) override {
+  Result<Notes> move(const std::string& source, const std::string& destination) override {
     return run(Operation::Move, source, [&] { return disk_.move(source, destination); });
   }
   Status remove(const std::string& path) override {
@@ -86,7 +86,7 @@ class FaultyFileSystem : public FileSystem {
   Status makeFolder(const std::string& path) override {
     return run(Operation::MakeFolder, path, [&] { return disk_.makeFolder(path); });
   }
-  Result<std::string> trash(const std::string& path, const std::string& trashFolder) override {
+  Result<Trashed> trash(const std::string& path, const std::string& trashFolder) override {
     return run(Operation::Trash, path, [&] { return disk_.trash(path, trashFolder); });
   }
   Status sync(const std::string& path) override {
@@ -106,7 +106,7 @@ class FaultyFileSystem : public FileSystem {
     Status commit(Existing existing) override {
       return files.run(Operation::Commit, destination, [&] { return real->commit(existing); });
     }
-    const std::vector<std::string>& notes() const override { return real->notes(); }
+    const Notes& notes() const override { return real->notes(); }
 
     FaultyFileSystem& files;
     const std::string destination;

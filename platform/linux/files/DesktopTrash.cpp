@@ -12,6 +12,7 @@
 #include "base/Paths.h"
 #include "platform/TrashLayout.h"
 #include "platform/linux/files/Folders.h"
+#include "platform/linux/files/Moving.h"
 #include "platform/linux/files/Staging.h"
 #include "platform/posix/files/Errors.h"
 
@@ -117,24 +118,24 @@ bool lieTogether(const Place& item, std::string folder) {
 
 }  // namespace
 
-Result<std::string> DesktopTrash::put(const std::string& path, const std::string& homeFiles) {
+Result<Trashed> DesktopTrash::put(const std::string& path, const std::string& homeFiles) {
   const std::lock_guard lock(mutex_);
   const FileRights::Scope scope(rights_);
   Result<Place> item = rights_.locate(path);
   if (!item) return item.error();
-  Result<std::string> trashed = putInto(*item, path, homeFiles);
+  Result<Trashed> trashed = putInto(*item, path, homeFiles);
   const bool folderVanished = !trashed && trashed.error().code == std::errc::no_such_file_or_directory;
   return folderVanished ? putInto(*item, path, homeFiles) : trashed;
 }
 
-Result<std::string> DesktopTrash::putInto(const Place& item, const std::string& path, const std::string& homeFiles) {
+Result<Trashed> DesktopTrash::putInto(const Place& item, const std::string& path, const std::string& homeFiles) {
   // An item beside the user's own Trash belongs there or nowhere. Where that Trash is open already, moving the item
   // there tells.
   Can* const known = knownCan(homeFiles);
   if (known || lieTogether(item, homeFiles)) {
     Result<Can*> can = known ? known : homeCan(homeFiles);
     if (!can) return can.error();
-    Result<std::string> trashed = putInto(**can, item, path);
+    Result<Trashed> trashed = putInto(**can, item, path);
     if (trashed || trashed.error().code != std::errc::cross_device_link) return trashed;
   }
   Result<Can*> volume = volumeCan(path);
@@ -187,7 +188,7 @@ Result<DesktopTrash::Can> DesktopTrash::openCan(const std::string& path, const s
   return can;
 }
 
-Result<std::string> DesktopTrash::putInto(Can& can, const Place& item, const std::string& path) {
+Result<Trashed> DesktopTrash::putInto(Can& can, const Place& item, const std::string& path) {
   constexpr int kMostAttempts = 1000;
   const std::string name = paths::lastComponent(path);
   std::string original = path;
@@ -208,10 +209,10 @@ Result<std::string> DesktopTrash::putInto(Can& can, const Place& item, const std
     if (!noted && noted.error().code == std::errc::no_such_file_or_directory) forget(can);
     if (!noted && noted.error().code != std::errc::file_exists) return noted.error();
     if (noted) {
-      const Status moved = renameItem(item, can.files.get(), trashed, path);
+      Result<Notes> moved = moveInto(can, trashed, item, path);
       if (moved) {
         if (number > 1) can.lastNumbers[name] = number;
-        return paths::join(can.filesPath, trashed);
+        return Trashed{paths::join(can.filesPath, trashed), std::move(*moved)};
       }
       unlinkat(can.info.get(), trashNoteName(trashed).c_str(), 0);
       if (moved.error().code == std::errc::no_such_file_or_directory) forget(can);
@@ -222,6 +223,17 @@ Result<std::string> DesktopTrash::putInto(Can& can, const Place& item, const std
     }
   }
   return errorWithText(std::errc::device_or_resource_busy, path, "others are filling the Trash");
+}
+
+// An overlay renames no folder of its lower layers, though the Trash be beside it: such a one is copied.
+Result<Notes> DesktopTrash::moveInto(const Can& can, const std::string& trashed, const Place& item,
+                                     const std::string& path) const {
+  const Status renamed = renameItem(item, can.files.get(), trashed, path);
+  if (renamed) return Notes();
+  if (renamed.error().code != std::errc::cross_device_link || !lieTogether(item, can.filesPath)) return renamed.error();
+  const Place place{Descriptor(fcntl(can.files.get(), F_DUPFD_CLOEXEC, 0)), trashed};
+  if (!place.folder.valid()) return systemError(path);
+  return moveByCopying(item, place, path, paths::join(can.filesPath, trashed), rights_);
 }
 
 // The folders were removed while we had them open.

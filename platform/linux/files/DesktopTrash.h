@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "base/Result.h"
+#include "platform/FileSystem.h"
 #include "platform/linux/files/FileRights.h"
 #include "platform/posix/files/Descriptor.h"
 
@@ -25,8 +26,8 @@ class DesktopTrash {
  public:
   explicit DesktopTrash(const FileRights& rights) : rights_(rights) {}
 
-  // Answers where the item lies now. `homeFiles` is the "files" folder of the user's own Trash.
-  Result<std::string> put(const std::string& path, const std::string& homeFiles);
+  // `homeFiles` is the "files" folder of the user's own Trash.
+  Result<Trashed> put(const std::string& path, const std::string& homeFiles);
 
  private:
   // One Trash: its open folders and where it lies.
@@ -42,8 +43,9 @@ class DesktopTrash {
   Result<Can*> homeCan(const std::string& homeFiles);
   Result<Can*> volumeCan(const std::string& path);
   Result<Can> openCan(const std::string& path, const std::string& topDirectory) const;
-  Result<std::string> putInto(const Place& item, const std::string& path, const std::string& homeFiles);
-  Result<std::string> putInto(Can& can, const Place& item, const std::string& path);
+  Result<Trashed> putInto(const Place& item, const std::string& path, const std::string& homeFiles);
+  Result<Trashed> putInto(Can& can, const Place& item, const std::string& path);
+  Result<Notes> moveInto(const Can& can, const std::string& trashed, const Place& item, const std::string& path) const;
   void forget(const Can& can);
 
   const FileRights& rights_;

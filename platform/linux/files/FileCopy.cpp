@@ -5,11 +5,13 @@
 #include <sys/xattr.h>
 
 #include <algorithm>
+#include <climits>
 #include <cstring>
 #include <ctime>
 #include <optional>
 #include <string_view>
 
+#include "platform/linux/files/CopiedItems.h"
 #include "platform/linux/files/FileRights.h"
 #include "platform/posix/files/Errors.h"
 
@@ -22,16 +24,6 @@ constexpr off_t kRangeBytes = 64 * 1024 * 1024;
 constexpr off_t kObservedRangeBytes = 1024 * 1024;
 constexpr const char* kAccessList = "system.posix_acl_access";
 constexpr const char* kDefaultAccessList = "system.posix_acl_default";
-
-bool sameTime(const timespec& left, const timespec& right) {
-  return left.tv_sec == right.tv_sec && left.tv_nsec == right.tv_nsec;
-}
-
-// The change time tells even a writer that sets the modification time back.
-bool unchanged(const struct stat& before, const struct stat& after) {
-  return before.st_size == after.st_size && sameTime(before.st_mtim, after.st_mtim) &&
-         sameTime(before.st_ctim, after.st_ctim);
-}
 
 // The kernel stamps changes with a clock that moves in steps of some milliseconds, so a change that follows another
 // within a step leaves no trace. A status is good to compare with only when its last change is older than that.
@@ -214,6 +206,12 @@ bool CopyReport::advance(std::int64_t bytes, int objects) const {
   return false;
 }
 
+void CopyReport::copied(const std::string& path, const struct stat& status) {
+  if (!items_) return;
+  const std::lock_guard lock(mutex_);
+  items_->add(path, status);
+}
+
 Descriptor openSource(int folder, const char* name, int followFlag) {
   return Descriptor(
       uninterrupted([&] { return openat(folder, name, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC | followFlag); }));
@@ -231,14 +229,36 @@ Status copyFileContent(int source, struct stat status, int copy, const std::stri
     if (!copyContentOnce(source, status, copy, progress)) return systemError(path);
     struct stat after;
     if (fstat(source, &after) != 0) return systemError(path);
-    if (comparable && unchanged(status, after)) {
+    if (comparable && isUnchanged(status, after)) {
       Status copied = copyAttributes(source, status, copy, path, destination, rights, report);
       if (copied && !progress.finish()) return systemError(path);
+      if (copied) report.copied(path, status);
       return copied;
     }
     status = after;
   }
   return errorWithText(std::errc::device_or_resource_busy, path, "it kept changing while it was copied");
+}
+
+Status copyLink(int folder, const char* name, int copyFolder, const char* copyName, const std::string& path,
+                const std::string& destination, const FileRights& rights, CopyReport& report) {
+  struct stat status;
+  char target[PATH_MAX];
+  if (fstatat(folder, name, &status, AT_SYMLINK_NOFOLLOW) != 0) return systemError(path);
+  const ssize_t length = readlinkat(folder, name, target, sizeof target - 1);
+  if (length < 0) return systemError(path);
+  target[length] = '\0';
+  if (uninterrupted([&] { return symlinkat(target, copyFolder, copyName); }) != 0) return systemError(path);
+  // A link that stayed the superuser's would count as a way to be trusted.
+  Status done = rights.giveAway(copyFolder, copyName, destination, status.st_uid, status.st_gid);
+  const timespec times[2] = {status.st_atim, status.st_mtim};
+  utimensat(copyFolder, copyName, times, AT_SYMLINK_NOFOLLOW);
+  if (done && !report.advance(0, 1)) done = systemError(path);
+  if (done)
+    report.copied(path, status);
+  else
+    unlinkat(copyFolder, copyName, 0);
+  return done;
 }
 
 Status copyAttributes(int source, const struct stat& status, int copy, const std::string& path,

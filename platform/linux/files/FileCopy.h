@@ -15,13 +15,16 @@
 
 namespace vantory {
 
+class CopiedItems;
 class FileRights;
 
-// What the threads of a copy tell: sentences about what was left out, and to an observer how far they are.
+// What the threads of a copy tell: sentences about what was left out, to an observer how far they are, and what was
+// copied where the originals are to go.
 class CopyReport {
  public:
   CopyReport() = default;
   explicit CopyReport(CopyObserver observer) : observer_(std::move(observer)) {}
+  explicit CopyReport(CopiedItems& items) : items_(&items) {}
 
   void note(std::string sentence);
   // Only the first of its kind: what a whole file system cannot hold is told once.
@@ -31,9 +34,12 @@ class CopyReport {
   bool isObserved() const { return observer_ != nullptr; }
   // False, with errno, when the observer wants the copy to end.
   bool advance(std::int64_t bytes, int objects) const;
+  // The item at this path is copied as it was with this status.
+  void copied(const std::string& path, const struct stat& status);
 
  private:
   const CopyObserver observer_;
+  CopiedItems* const items_ = nullptr;
   std::mutex mutex_;
   std::vector<std::string> notes_;
   std::vector<std::string> told_;
@@ -52,6 +58,11 @@ bool dropInherited(int item);
 // copy.
 Status copyFileContent(int source, struct stat status, int copy, const std::string& path,
                        const std::string& destination, const FileRights& rights, CopyReport& report);
+
+// Copies a symbolic link, with its times, under a name that nothing has; leaves nothing behind when it fails. `path`
+// and `destination` as above.
+Status copyLink(int folder, const char* name, int copyFolder, const char* copyName, const std::string& path,
+                const std::string& destination, const FileRights& rights, CopyReport& report);
 
 // Gives a copy the extended attributes, mode and times of its source. Content must be complete: it may be read-only
 // afterwards.

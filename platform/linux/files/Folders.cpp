@@ -80,7 +80,7 @@ Status addEntry(std::vector<DirectoryEntry>& entries, int folder, const KernelEn
   return {};
 }
 
-Status removeContents(int folder, const std::string& path, dev_t device, int depth);
+Status removeContents(int folder, const std::string& path, dev_t device, int depth, const RemovalCheck& check);
 
 bool isClosed(const struct stat& status) {
   return (status.st_mode & S_IRWXU) != S_IRWXU;
@@ -106,14 +106,15 @@ Descriptor openToEmpty(int parent, const std::string& name, struct stat& found) 
   return Descriptor(openat(closed.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
 }
 
-Status removeFolder(int parent, const std::string& name, const std::string& path, dev_t device, int depth) {
+Status removeFolder(int parent, const std::string& name, const std::string& path, dev_t device, int depth,
+                    const RemovalCheck& check) {
   if (depth > kDeepestFolder)
     return errorWithText(std::errc::filename_too_long, path, "the folder is nested too deeply");
   struct stat found;
   const Descriptor folder = openToEmpty(parent, name, found);
   if (!folder.valid()) return systemError(path);
   Status removed = found.st_dev == device
-                       ? removeContents(folder.get(), path, device, depth)
+                       ? removeContents(folder.get(), path, device, depth, check)
                        : errorWithText(std::errc::cross_device_link, path, "another file system is mounted here");
   if (removed && uninterrupted([&] { return unlinkat(parent, name.c_str(), AT_REMOVEDIR); }) != 0)
     removed = systemError(path);
@@ -121,13 +122,15 @@ Status removeFolder(int parent, const std::string& name, const std::string& path
   return removed;
 }
 
-Status removeContents(int folder, const std::string& path, dev_t device, int depth) {
+Status removeContents(int folder, const std::string& path, dev_t device, int depth, const RemovalCheck& check) {
   auto entries = readFolder(folder, path, Detail::Names);
   if (!entries) return entries.error();
   for (const DirectoryEntry& entry : *entries) {
     const std::string entryPath = path + "/" + entry.name;
+    if (check)
+      if (Status allowed = check(folder, entry.name, entryPath); !allowed) return allowed;
     if (entry.type == FileType::Folder) {
-      if (const Status removed = removeFolder(folder, entry.name, entryPath, device, depth + 1); !removed)
+      if (const Status removed = removeFolder(folder, entry.name, entryPath, device, depth + 1, check); !removed)
         return removed;
     } else if (uninterrupted([&] { return unlinkat(folder, entry.name.c_str(), 0); }) != 0 && errno != ENOENT) {
       return systemError(entryPath);
@@ -181,12 +184,14 @@ bool openUp(int folder) {
   return chmod(name.c_str(), (status.st_mode & 07777U) | S_IRWXU) == 0;
 }
 
-Status removeItem(int folder, const std::string& name, const std::string& path) {
+Status removeItem(int folder, const std::string& name, const std::string& path, const RemovalCheck& check) {
+  if (check)
+    if (Status allowed = check(folder, name, path); !allowed) return allowed;
   if (uninterrupted([&] { return unlinkat(folder, name.c_str(), 0); }) == 0) return {};
   if (errno != EISDIR) return systemError(path);
   struct stat status;
   if (fstatat(folder, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) return systemError(path);
-  return removeFolder(folder, name, path, status.st_dev, 0);
+  return removeFolder(folder, name, path, status.st_dev, 0, check);
 }
 
 }  // namespace vantory

@@ -1,6 +1,7 @@
 // Folders: made, read, and removed with all that they hold.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -28,8 +29,11 @@ bool openUp(int folder);
 // How deep a folder may nest to be copied or deleted. A deeper one is refused where it goes deeper.
 inline constexpr int kDeepestFolder = 256;
 
+// Asked before an item is deleted, or a folder entered for that: a failure ends the deletion there.
+using RemovalCheck = std::function<Status(int folder, const std::string& name, const std::string& path)>;
+
 // Deletes the item called `name` in an open folder (AT_FDCWD for a whole path), a folder with all it holds. Never
-// follows a link and never leaves the file system. `path` is for messages.
-Status removeItem(int folder, const std::string& name, const std::string& path);
+// follows a link and never leaves the file system. `path` is for messages and the check.
+Status removeItem(int folder, const std::string& name, const std::string& path, const RemovalCheck& check = {});
 
 }  // namespace vantory

@@ -12,6 +12,7 @@
 #include "base/Paths.h"
 #include "platform/linux/files/FileCopy.h"
 #include "platform/linux/files/Folders.h"
+#include "platform/linux/files/Moving.h"
 #include "platform/linux/files/Staging.h"
 #include "platform/posix/files/Errors.h"
 
@@ -193,29 +194,22 @@ Result<std::unique_ptr<StagedCopy>> LinuxFileSystem::stageCopy(const CopyRequest
   if (!rights_.mayCopy(status)) return systemError(request.source, EPERM);
   Result<Place> destination = rights_.locate(request.destination);
   if (!destination) return destination.error();
-  if (S_ISDIR(status.st_mode)) return stageFolder(std::move(*source), request, std::move(*destination), rights_);
-  return stageFile(*source, status, request, std::move(*destination), rights_);
+  CopyReport report(request.observer);
+  if (S_ISDIR(status.st_mode))
+    return stageFolder(std::move(*source), request, std::move(*destination), rights_, report);
+  return stageFile(*source, status, request, std::move(*destination), rights_, report);
 }
 
-Status LinuxFileSystem::move(const std::string& source, const std::string& destination) {
-  {
-    const FileRights::Scope scope(rights_);
-    Result<Place> from = rights_.locate(source);
-    if (!from) return from.error();
-    Result<Place> to = rights_.locate(destination);
-    if (!to) return to.error();
-    Status renamed = renameItem(*from, to->at(), to->name, destination);
-    if (renamed || renamed.error().code != std::errc::cross_device_link) return renamed;
-  }
-  // To another file system: the copy is whole and on disk before the original goes.
-  Result<std::unique_ptr<StagedCopy>> copy = stageCopy({source, destination, {}, Links::DoNotFollow});
-  if (!copy) return copy.error();
-  if (const Status named = (*copy)->commit(StagedCopy::Existing::Keep); !named) return named;
-  if (const Status synced = sync(destination); !synced) return synced;
+Result<Notes> LinuxFileSystem::move(const std::string& source, const std::string& destination) {
   const FileRights::Scope scope(rights_);
-  Result<Place> original = rights_.locate(source);
-  if (!original) return original.error();
-  return removeAtOnce(*original, source);
+  Result<Place> from = rights_.locate(source);
+  if (!from) return from.error();
+  Result<Place> to = rights_.locate(destination);
+  if (!to) return to.error();
+  const Status renamed = renameItem(*from, to->at(), to->name, destination);
+  if (renamed) return Notes();
+  if (renamed.error().code != std::errc::cross_device_link) return renamed.error();
+  return moveByCopying(*from, *to, source, destination, rights_);
 }
 
 Status LinuxFileSystem::remove(const std::string& path) {
@@ -230,7 +224,7 @@ Status LinuxFileSystem::makeFolder(const std::string& path) {
   return createFolders(path, rights_);
 }
 
-Result<std::string> LinuxFileSystem::trash(const std::string& path, const std::string& trashFolder) {
+Result<Trashed> LinuxFileSystem::trash(const std::string& path, const std::string& trashFolder) {
   if (rights_.isAdministrator())
     return errorWithText(std::errc::operation_not_permitted, path, "the Trash takes a user's own items only");
   return trash_.put(path, trashFolder);

@@ -17,10 +17,10 @@ class LinuxFileSystem : public FileSystem {
   Status write(const std::string& path, std::string_view bytes, WriteOptions options) override;
   Result<std::unique_ptr<AppendFile>> openForAppending(const std::string& path) override;
   Result<std::unique_ptr<StagedCopy>> stageCopy(const CopyRequest& request) override;
-  Status move(const std::string& source, const std::string& destination) override;
+  Result<Notes> move(const std::string& source, const std::string& destination) override;
   Status remove(const std::string& path) override;
   Status makeFolder(const std::string& path) override;
-  Result<std::string> trash(const std::string& path, const std::string& trashFolder) override;
+  Result<Trashed> trash(const std::string& path, const std::string& trashFolder) override;
   Status sync(const std::string& path) override;
   Result<std::unique_ptr<FolderHold>> holdFolder(const std::string& path, std::chrono::milliseconds wait) override;
 

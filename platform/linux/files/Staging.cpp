@@ -9,7 +9,6 @@
 #include <vector>
 
 #include "base/Paths.h"
-#include "platform/linux/files/FileCopy.h"
 #include "platform/linux/files/Folders.h"
 #include "platform/linux/files/TreeCopy.h"
 #include "platform/posix/files/Errors.h"
@@ -30,13 +29,6 @@ std::string leafOf(const Place& place) {
   return place.folder.valid() ? place.name : paths::lastComponent(place.name);
 }
 
-Result<Place> openFolderOf(const Place& place, const std::string& path) {
-  Place opened{Descriptor(openat(place.at(), folderOf(place).c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC)),
-               leafOf(place)};
-  if (!opened.folder.valid()) return systemError(path);
-  return opened;
-}
-
 enum class Work { Ours, LeftBehind };
 
 // Takes hold of an open item of unfinished work, if nobody else has it and it still bears the name. Where the file
@@ -51,22 +43,9 @@ bool takeHold(Work work, int item, int folder, const std::string& name) {
          opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
 }
 
-int renameKeeping(int fromFolder, const char* from, int toFolder, const char* to) {
-  const int renamed = uninterrupted([&] { return renameat2(fromFolder, from, toFolder, to, RENAME_NOREPLACE); });
-  if (renamed == 0 || errno != EINVAL) return renamed;
-  // A file system that cannot promise it: look first.
-  struct stat status;
-  if (fstatat(toFolder, to, &status, AT_SYMLINK_NOFOLLOW) == 0) {
-    errno = EEXIST;
-    return -1;
-  }
-  return errno == ENOENT ? renameat(fromFolder, from, toFolder, to) : -1;
-}
-
 class StagedFile : public StagedCopy {
  public:
-  StagedFile(UnnamedFile file, Place destination, std::string path, const FileRights& rights,
-             std::vector<std::string> notes)
+  StagedFile(UnnamedFile file, Place destination, std::string path, const FileRights& rights, Notes notes)
       : file_(std::move(file)),
         destination_(std::move(destination)),
         path_(std::move(path)),
@@ -81,14 +60,14 @@ class StagedFile : public StagedCopy {
     const FileRights::Scope scope(rights_);
     return file_.name(destination_, path_, existing);
   }
-  const std::vector<std::string>& notes() const override { return notes_; }
+  const Notes& notes() const override { return notes_; }
 
  private:
   UnnamedFile file_;
   Place destination_;
   std::string path_;
   const FileRights& rights_;
-  std::vector<std::string> notes_;
+  Notes notes_;
 };
 
 // The hidden folder in which a copy is put together. It is locked while somebody works in it, so that what a killed
@@ -167,7 +146,7 @@ class StagingFolder {
 
 class StagedFolder : public StagedCopy {
  public:
-  StagedFolder(StagingFolder folder, const FileRights& rights, std::vector<std::string> notes)
+  StagedFolder(StagingFolder folder, const FileRights& rights, Notes notes)
       : folder_(std::move(folder)), rights_(rights), notes_(std::move(notes)) {}
   ~StagedFolder() override {
     const FileRights::Scope scope(rights_);
@@ -178,15 +157,34 @@ class StagedFolder : public StagedCopy {
     const FileRights::Scope scope(rights_);
     return folder_.name(existing);
   }
-  const std::vector<std::string>& notes() const override { return notes_; }
+  const Notes& notes() const override { return notes_; }
 
  private:
   StagingFolder folder_;
   const FileRights& rights_;
-  std::vector<std::string> notes_;
+  Notes notes_;
 };
 
 }  // namespace
+
+Result<Place> openFolderOf(const Place& place, const std::string& path) {
+  Place opened{Descriptor(openat(place.at(), folderOf(place).c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC)),
+               leafOf(place)};
+  if (!opened.folder.valid()) return systemError(path);
+  return opened;
+}
+
+int renameKeeping(int fromFolder, const char* from, int toFolder, const char* to) {
+  const int renamed = uninterrupted([&] { return renameat2(fromFolder, from, toFolder, to, RENAME_NOREPLACE); });
+  if (renamed == 0 || errno != EINVAL) return renamed;
+  // A file system that cannot promise it: look first.
+  struct stat status;
+  if (fstatat(toFolder, to, &status, AT_SYMLINK_NOFOLLOW) == 0) {
+    errno = EEXIST;
+    return -1;
+  }
+  return errno == ENOENT ? renameat(fromFolder, from, toFolder, to) : -1;
+}
 
 Result<UnnamedFile> UnnamedFile::create(const Place& destination, const std::string& path) {
   constexpr mode_t kPrivate = S_IRUSR | S_IWUSR;
@@ -283,10 +281,10 @@ Status UnnamedFile::replace(const Place& destination, const std::string& path) {
 }
 
 Result<std::unique_ptr<StagedCopy>> stageFile(const Descriptor& source, const struct stat& status,
-                                              const CopyRequest& request, Place destination, const FileRights& rights) {
+                                              const CopyRequest& request, Place destination, const FileRights& rights,
+                                              CopyReport& report) {
   Result<UnnamedFile> copy = UnnamedFile::create(destination, request.destination);
   if (!copy) return copy.error();
-  CopyReport report(request.observer);
   if (const Status copied =
           copyFileContent(source.get(), status, copy->get(), request.source, request.destination, rights, report);
       !copied)
@@ -296,10 +294,9 @@ Result<std::unique_ptr<StagedCopy>> stageFile(const Descriptor& source, const st
 }
 
 Result<std::unique_ptr<StagedCopy>> stageFolder(Descriptor source, const CopyRequest& request, Place destination,
-                                                const FileRights& rights) {
+                                                const FileRights& rights, CopyReport& report) {
   Result<StagingFolder> staging = StagingFolder::create(destination, request.destination, rights);
   if (!staging) return staging.error();
-  CopyReport report(request.observer);
   Descriptor copy(fcntl(staging->folder().get(), F_DUPFD_CLOEXEC, 0));
   if (!copy.valid()) return systemError(request.destination);
   if (const Status copied =

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "platform/FileSystem.h"
+#include "platform/linux/files/FileCopy.h"
 #include "platform/linux/files/FileRights.h"
 #include "platform/posix/files/Descriptor.h"
 
@@ -40,9 +41,16 @@ class UnnamedFile {
 
 // Copies an open regular file or folder beside its destination.
 Result<std::unique_ptr<StagedCopy>> stageFile(const Descriptor& source, const struct stat& status,
-                                              const CopyRequest& request, Place destination, const FileRights& rights);
+                                              const CopyRequest& request, Place destination, const FileRights& rights,
+                                              CopyReport& report);
 Result<std::unique_ptr<StagedCopy>> stageFolder(Descriptor source, const CopyRequest& request, Place destination,
-                                                const FileRights& rights);
+                                                const FileRights& rights, CopyReport& report);
+
+// The place with its folder open.
+Result<Place> openFolderOf(const Place& place, const std::string& path);
+
+// Renames within one file system, never over an existing item; answers as the system call does.
+int renameKeeping(int fromFolder, const char* from, int toFolder, const char* to);
 
 // Renames an item, never over an existing one. A read-only folder of the caller's own is opened up for the moment it
 // takes.

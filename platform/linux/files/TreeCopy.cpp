@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <climits>
 #include <condition_variable>
 #include <exception>
 #include <iterator>
@@ -137,7 +136,8 @@ void TreeCopier::giveAttributes(const Folder& folder) {
   if (const Status copied = copyAttributes(folder.source.get(), status, folder.copy.get(), folder.path,
                                            folder.destination, rights_, report_);
       !copied)
-    fail(copied.error());
+    return fail(copied.error());
+  report_.copied(folder.path, status);
 }
 
 void TreeCopier::work() {
@@ -270,25 +270,12 @@ void TreeCopier::copyOne(const Folder& folder, const std::string& name) {
 
 void TreeCopier::copyLink(const Folder& folder, const std::string& name) {
   const std::string path = folder.path + "/" + name;
-  char target[PATH_MAX];
-  const ssize_t length = readlinkat(folder.source.get(), name.c_str(), target, sizeof target - 1);
-  if (length < 0) {
-    if (errno == ENOENT) return report_.note(path + " vanished while its folder was copied");
-    return fail(systemError(path));
-  }
-  target[length] = '\0';
-  struct stat status;
-  if (symlinkat(target, folder.copy.get(), name.c_str()) != 0 ||
-      fstatat(folder.source.get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0)
-    return fail(systemError(path));
-  // A link that stayed the superuser's would count as a way to be trusted.
-  if (const Status given = rights_.giveAway(folder.copy.get(), name.c_str(), folder.destination + "/" + name,
-                                            status.st_uid, status.st_gid);
-      !given)
-    return fail(given.error());
-  const timespec times[2] = {status.st_atim, status.st_mtim};
-  utimensat(folder.copy.get(), name.c_str(), times, AT_SYMLINK_NOFOLLOW);
-  if (!report_.advance(0, 1)) fail(systemError(path));
+  const Status copied = vantory::copyLink(folder.source.get(), name.c_str(), folder.copy.get(), name.c_str(), path,
+                                          folder.destination + "/" + name, rights_, report_);
+  if (copied) return;
+  if (copied.error().code == std::errc::no_such_file_or_directory)
+    return report_.note(path + " vanished while its folder was copied");
+  fail(copied.error());
 }
 
 }  // namespace

@@ -101,7 +101,7 @@ Status AdministratorTools::copy(const Paths& paths) {
 Status AdministratorTools::move(const Paths& paths) {
   if (machine_.isJob(paths[1])) return machine_.install(paths[0], paths[1], user_);
   if (Status allowed = refuseProtected(paths[0]); !allowed) return allowed;
-  return files_.move(paths[0], paths[1]);
+  return files_.move(paths[0], paths[1]).status();
 }
 
 Status AdministratorTools::removeItem(const Paths& paths) {

@@ -41,7 +41,7 @@ Result<std::unique_ptr<StagedCopy>> WatchedFileSystem::stageCopy(const CopyReque
   return disk_.stageCopy(watched);
 }
 
-Status WatchedFileSystem::move(const std::string& source, const std::string& destination) {
+Result<Notes> WatchedFileSystem::move(const std::string& source, const std::string& destination) {
   line_.show("Moving", source);
   return disk_.move(source, destination);
 }
@@ -55,7 +55,7 @@ Status WatchedFileSystem::makeFolder(const std::string& path) {
   return disk_.makeFolder(path);
 }
 
-Result<std::string> WatchedFileSystem::trash(const std::string& path, const std::string& trashFolder) {
+Result<Trashed> WatchedFileSystem::trash(const std::string& path, const std::string& trashFolder) {
   line_.show("Moving to the Trash:", path);
   auto place = disk_.trash(path, trashFolder);
   if (place) line_.advance(0, 1);

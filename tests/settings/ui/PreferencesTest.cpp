@@ -1,7 +1,10 @@
 // The settings window's controller.
 
 #include <sys/stat.h>
+#include <sys/xattr.h>
+#include <unistd.h>
 
+#include <filesystem>
 #include <future>
 
 #include "services/settings/QWUserDefaults.h"
@@ -148,6 +151,26 @@ TEST_F(PreferencesTest, KeepsOutOfTheWayOfWhoeverWorksInTheLibrary) {
   EXPECT_EQ(moveLibrary(library(), home_ / "New").count(FileReport::Outcome::Failed, FileAction::Move), 1U)
       << "another process writes it";
   EXPECT_TRUE(isBackup(inLibrary("Mine.vnt")));
+}
+
+TEST_F(PreferencesTest, TellsWhatDidNotComeAlongToAnotherDisk) {
+  const std::string other = "/dev/shm/vantory-library-" + std::to_string(getpid());
+  const std::string large(60'000, 'x');
+  makeBackup(other + "/Marked.vnt");
+  makeBackup(other + "/Piped.vnt");
+  ASSERT_EQ(mkfifo((other + "/Piped.vnt/pipe").c_str(), 0600), 0);
+  const auto holds = [&](const std::string& path) {
+    return setxattr(path.c_str(), "user.large", large.data(), large.size(), 0) == 0;
+  };
+  const bool isTooLarge = holds(other + "/Marked.vnt") && !holds(home_.path());
+  defaults().setObject("backupPath", other);
+  settings_.modifyBackupPath(home_ / "New");
+  EXPECT_TRUE(isBackup(home_ / "New/Marked.vnt"));
+  EXPECT_TRUE(isBackup(other + "/Piped.vnt")) << "whole, or not at all";
+  EXPECT_FALSE(exists(home_ / "New/Piped.vnt") || exists(other + "/Marked.vnt"));
+  EXPECT_THAT(view_.remark,
+              AllOf(HasSubstr(other + ": 1"), HasSubstr("pipe: "), HasSubstr(isTooLarge ? "user.large" : "")));
+  std::filesystem::remove_all(other);
 }
 
 TEST_F(PreferencesTest, AsksForAPasswordBeforeItGivesTheRequirementUp) {
