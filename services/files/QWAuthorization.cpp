@@ -193,21 +193,31 @@ bool QWAuthorization::makeFolder(const std::string& path) {
 }
 
 bool QWAuthorization::authTrashFile(const std::string& path, bool deleteOnRootAccount) {
-  if (isProtected(path, "Unable to trash path %@ because it is a system directory.")) return false;
-  const auto trashFolder = QWLocalPaths::trashDirectory();
-  if (!trashFolder) return false;
-  const Timestamp now = platform_.clock.now();
-  const TrashPlace place = freePlaceInTrash(*trashFolder, paths::lastComponent(path), now);
+  if (!deletesInsteadOfTrashing(deleteOnRootAccount)) return trashedPlace(path).has_value();
+  const auto place = freePlaceFor(path);
   // What is deleted is the place in the Trash; the item itself stays.
-  if (deletesInsteadOfTrashing(deleteOnRootAccount)) return authRemoveFile(place.item);
+  return place && authRemoveFile(*place);
+}
 
+std::optional<std::string> QWAuthorization::freePlaceFor(const std::string& path) const {
+  if (isProtected(path, "Unable to trash path %@ because it is a system directory.")) return std::nullopt;
+  const auto trashFolder = QWLocalPaths::trashDirectory();
+  if (!trashFolder) return std::nullopt;
+  return freePlaceInTrash(*trashFolder, paths::lastComponent(path), platform_.clock.now()).item;
+}
+
+std::optional<std::string> QWAuthorization::trashedPlace(const std::string& path) {
+  const auto item = freePlaceFor(path);
+  if (!item) return std::nullopt;
+  const TrashPlace place = placeInTrash(paths::parent(*item), paths::lastComponent(*item));
   for (const std::string& folder : {paths::parent(place.item), paths::parent(place.note)})
-    if (!makeFolder(folder)) return false;
+    if (!makeFolder(folder)) return std::nullopt;
   // The note comes first, so that nothing ever lies in the Trash without one.
-  if (!writeNote(platform_.files, place, trashNote(path, localTimeText(now, "%Y-%m-%dT%H:%M:%S")))) return false;
-  if (authMoveFile(path, place.item)) return true;
+  const std::string text = trashNote(path, localTimeText(platform_.clock.now(), "%Y-%m-%dT%H:%M:%S"));
+  if (!writeNote(platform_.files, place, text)) return std::nullopt;
+  if (authMoveFile(path, place.item)) return place.item;
   (void)platform_.files.remove(place.note);
-  return false;
+  return std::nullopt;
 }
 
 bool QWAuthorization::authTrashFolderContents(const std::string& folder, bool deleteOnRootAccount) {

@@ -53,6 +53,8 @@ class QWAuthorization {
   bool authCreateDir(const std::string& path);
   // To the user's Trash, with the note beside it by which a file manager puts it back.
   bool authTrashFile(const std::string& path, bool deleteOnRootAccount = false);
+  // The same, answering where it lies now; none when that failed.
+  std::optional<std::string> trashedPlace(const std::string& path);
   // Every entry of the folder is tried; true when none failed.
   bool authTrashFolderContents(const std::string& folder, bool deleteOnRootAccount = false);
 
@@ -66,6 +68,8 @@ class QWAuthorization {
   bool authorizeForTask();
   bool ask();
   bool makeFolder(const std::string& path);
+  // Where an item can go in the Trash; none when it may not, or nobody has one.
+  std::optional<std::string> freePlaceFor(const std::string& path) const;
   // The superuser has no Trash of its own: whether its items are to be deleted instead.
   bool deletesInsteadOfTrashing(bool deleteOnRootAccount) const;
 

@@ -86,7 +86,7 @@ class QWFileManager {
   static Status moveFile(const std::string& source, const std::string& toPath, std::chrono::seconds timeout);
   static Status removeFile(const std::string& path, bool shouldAuth = true);
   static Status removeFile(const std::string& path, std::chrono::seconds timeout);
-  // Answers where it lies now; nothing where that is not known, or nothing was there.
+  // Answers where it lies now; nothing where nothing was there.
   static Result<std::string> trashFile(const std::string& path, bool shouldAuth = true);
   static Result<std::string> trashFile(const std::string& path, std::chrono::seconds timeout);
   // The same for a task: what a move to another file system could not keep, told in the log already, is remarked in its

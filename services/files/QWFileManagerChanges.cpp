@@ -169,8 +169,9 @@ Attempt trash(const std::string& path, bool shouldAuth) {
   if (!trashed && unlockIfLocked(path)) trashed = trashAsUser(path);
   if (trashed) return tellNotes({.status = {}, .place = trashed->place, .notes = trashed->notes});
   if (QWFileManager::isMissingAtPath(path)) return {};
-  if (shouldAuth && rightsCouldHelp(trashed.error()) && authorization().authTrashFile(path))
-    return {.status = {}, .handedOver = true};
+  if (shouldAuth && rightsCouldHelp(trashed.error()))
+    if (const auto place = authorization().trashedPlace(path))
+      return {.status = {}, .handedOver = true, .place = *place};
   QWLog::appendLog("Unable to trash %@: %@", path, trashed.error().text);
   return {.status = withCure(trashed.error())};
 }

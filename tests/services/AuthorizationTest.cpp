@@ -124,8 +124,11 @@ TEST_F(AuthorizationTest, TrashesWithANoteToPutTheItemBack) {
   const std::string start(238, 'n');
   const std::string longest = home_ / (start + "\u00e9 and more.plist");
   writeFile(longest, "long");
-  EXPECT_TRUE(authorization.authTrashFile(longest));
-  EXPECT_EQ(readFile(inTrash(start + ".plist")), "long");
+  files_.fail(Operation::Trash, std::errc::permission_denied);
+  const auto place = QWFileManager::trashFile(longest);
+  ASSERT_TRUE(place.ok());
+  EXPECT_EQ(*place, inTrash(start + ".plist"));
+  EXPECT_EQ(readFile(*place), "long");
 }
 
 TEST_F(AuthorizationTest, LeavesNoNoteOfAFailedTrash) {
