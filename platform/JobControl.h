@@ -28,7 +28,8 @@ struct Job {
 };
 
 // A user's jobs run while that user is logged in. A run that was missed because the machine was off or asleep is made
-// up for once, soon after; one that failed is tried again before long. Every call is bounded in time.
+// up for once, soon after; one that failed is tried again before long, then ever later, up to a
+// day. Every call is bounded in time.
 class JobControl {
  public:
   virtual ~JobControl() = default;

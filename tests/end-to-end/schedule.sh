@@ -58,7 +58,7 @@ units=$home/.config/systemd/user stamp=$home/.local/state/$label.lastrun manager
 backups() { find "$library/Autosaves" -maxdepth 1 -name "Auto Backup *.vnt" 2>/dev/null | wc -l; }
 schedule() { as_anna "$driver" start-job "$label" "$1" "$program" Vantory -autobackup; }
 stamp_age() { echo $(($(date +%s) - $(stat -c %Y "$stamp"))); }
-set_back() { touch -d "$1 seconds ago" "$stamp" "$manager_stamp"; }
+set_back() { touch -d "$1 seconds ago" "$stamp" "$manager_stamp"; rm -f "$stamp.tries"; }
 schedule 3
 check "the first run is not at once" [ "$(backups)" = 0 ]
 check "the timer is enabled" [ "$(user_systemctl is-enabled "$label.timer") $(user_systemctl is-active "$label.timer")" = "enabled active" ]

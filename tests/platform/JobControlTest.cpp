@@ -1,3 +1,4 @@
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -22,6 +23,7 @@ namespace {
 using std::chrono::hours;
 using std::chrono::milliseconds;
 using std::chrono::seconds;
+using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
@@ -124,11 +126,35 @@ TEST_F(JobControlTest, RefusesWhatIsNoUsersJob) {
   EXPECT_EQ(left().size(), 3u) << "the user's job of the same label stays";
 }
 
-TEST_F(JobControlTest, ARunIsDueOneIntervalAfterTheStamp) {
-  const auto answer = [&](std::vector<std::string> arguments) {
-    auto process = LinuxProcesses().start(helperProgram("vantory-due"), arguments, Streams::Discarded);
-    return process ? (*process)->wait() : -1;
+// Of the program that the service asks.
+int answer(const std::vector<std::string>& arguments) {
+  auto process = LinuxProcesses().start(helperProgram("vantory-due"), arguments, Streams::Discarded);
+  return process ? (*process)->wait() : -1;
+}
+
+TEST_F(JobControlTest, ARunThatKeepsFailingIsTriedAgainEverLater) {
+  const auto isDue = [&] { return answer({stamp_, "604800", "1800"}) == 0; };
+  const auto anHourLater = [&] {
+    struct stat tries {};
+    ASSERT_EQ(stat((stamp_ + ".tries").c_str(), &tries), 0);
+    const timespec dates[] = {{tries.st_atime - 3600, 0}, {tries.st_mtime - 3600, 0}};
+    utimensat(AT_FDCWD, (stamp_ + ".tries").c_str(), dates, 0);
   };
+  writeFile(stamp_, "");
+  ASSERT_TRUE(metadata_.setModified(stamp_, Timestamp{0, 0}));
+  std::vector<int> hours;
+  for (int hour = 0; hour < 100; ++hour, anHourLater())
+    if (isDue()) hours.push_back(hour);
+  EXPECT_THAT(hours, ElementsAre(0, 1, 3, 7, 15, 31, 55, 79));
+
+  for (int hour = 0; hour < 24 * 7; ++hour) anHourLater();
+  ASSERT_TRUE(metadata_.setModified(stamp_, Timestamp{std::time(nullptr) - 604800, 0}));
+  EXPECT_TRUE(isDue() && isDue()) << "it succeeded meanwhile";
+  ASSERT_TRUE(control().remove(job_.name));
+  EXPECT_THAT(left(), IsEmpty());
+}
+
+TEST_F(JobControlTest, ARunIsDueOneIntervalAfterTheStamp) {
   const auto answerAt = [&](seconds age) {
     EXPECT_TRUE(metadata_.setModified(stamp_, Timestamp{std::time(nullptr) - age.count(), 0}));
     return answer({stamp_, "604800", "1800"});

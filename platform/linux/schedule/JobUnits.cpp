@@ -72,7 +72,8 @@ std::string onlyWhileInstalled(const std::string& program) {
 // systemd's own calendar cannot say "every N days", and a timer that counts from the last run forgets it at every
 // logout. So the timer ticks often, and a tick is passed over unless the stamp is old enough. The program, whose exit
 // code tells less, sets the stamp itself after a run that succeeded: one that failed, or that a shutdown cut off, is
-// tried again at the next tick. Many ticks in a row are no reason for systemd to stop starting the service.
+// tried again at the next tick, and then ever later. Many ticks in a row are no reason for systemd to stop starting the
+// service.
 std::string serviceUnit(const Job& job, const JobTools& tools) {
   const std::string interval = std::to_string(job.interval.count());
   const std::string slack = std::to_string(tickOf(job.interval).slack.count());

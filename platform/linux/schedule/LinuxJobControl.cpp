@@ -99,8 +99,8 @@ Status LinuxJobControl::remove(const JobName& job) {
   const Result<Places> places = placesOf(job);
   if (!places) return {};
   Status all;
-  for (const std::string& path :
-       {places->enabling, places->timer, places->service, places->stamp, places->managerStamp})
+  for (const std::string& path : {places->enabling, places->timer, places->service, places->stamp,
+                                  places->stamp + ".tries", places->managerStamp})
     if (Status removed = files_.remove(path); !removed && !isMissing(removed.error())) all = removed;
   return all;
 }
