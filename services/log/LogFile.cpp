@@ -73,11 +73,18 @@ void LogFile::create(const std::string& name) {
   if ((generations || !machineWide) && !makeFolder(platform_.files, generations)) return;
   if (machineWide && !makeFolder(platform_.machineFiles, current)) return;
   const std::string path = generationPath(*current, name, 1);
-  if (generations && exists(currentFiles(), path) && !rotate(*generations, name)) return;
-  if (const Status written = currentFiles().write(path, header(), {}); !written) {
-    tell(platform_, "Unable to create log file %@ - %@", path, written.error().text);
+  // On the disk before the generations move on: one that is full loses none of them.
+  const std::string draft = paths::join(*current, formatted(".%@.new", name));
+  Status made = currentFiles().write(draft, header(), {});
+  if (made && generations && exists(currentFiles(), path) && !rotate(*generations, name)) {
+    (void)currentFiles().remove(draft);
     return;
   }
+  if (made) {
+    (void)currentFiles().remove(path);  // the superuser's, which is no generation; what stays refuses the move
+    made = currentFiles().move(draft, path).status();
+  }
+  if (!made) return tell(platform_, "Unable to create log file %@ - %@", path, made.error().text);
   open(name);
 }
 

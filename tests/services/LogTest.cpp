@@ -114,6 +114,11 @@ TEST_F(LogTest, AFullDiskRollsNothingOver) {
   setrlimit(RLIMIT_FSIZE, &before);
   EXPECT_FALSE(exists(log(2)));
   EXPECT_EQ(QWLog::sharedController().bytesWritten(), 0u);
+  files_.fail(Operation::Write, std::errc::no_space_on_device, FaultyFileSystem::kEveryCall);
+  QWLog::createNewLog();  // at the next start
+  EXPECT_FALSE(exists(log(2)));
+  QWLog::appendLog("goes on");
+  EXPECT_EQ(messages(log()).back(), "goes on");
 }
 
 TEST_F(LogTest, SuperuserWritesTheMachineWideFileAndMovesTheUsersGenerations) {
