@@ -26,13 +26,16 @@ bool isComplete(const std::shared_ptr<QWBackup>& backup) {
 }
 
 // Of those sorted by date the complete ones beyond the newest `maximum`, and the incomplete ones that a complete one
-// has followed: a run that failed pushes no good backup out.
+// has followed: a run that failed pushes no good backup out. One whose removal was cut off has a new date, but still
+// the name of its time.
 BackupList surplus(const BackupList& backups, std::size_t maximum) {
   std::size_t newerComplete = 0;
+  const auto newest = std::find_if(backups.rbegin(), backups.rend(), isComplete);
   BackupList found;
   for (auto backup = backups.rbegin(); backup != backups.rend(); ++backup) {
     const bool complete = isComplete(*backup);
-    if (complete ? newerComplete >= maximum : newerComplete > 0) found.push_back(*backup);
+    const bool isFollowed = newerComplete > 0 || (newest != backups.rend() && (*backup)->name() < (*newest)->name());
+    if (complete ? newerComplete >= maximum : isFollowed) found.push_back(*backup);
     newerComplete += complete;
   }
   std::ranges::reverse(found);
@@ -43,6 +46,8 @@ BackupList surplus(const BackupList& backups, std::size_t maximum) {
 Status removeUnlessHeld(const std::string& path) {
   const auto hold = Runtime::current().platform().files.holdFolder(path, 0s);
   if (!hold && hold.error().code == std::errc::timed_out) return hold.error();
+  // First of all what makes it complete: half of it must not pass for the newest backup.
+  if (Status opened = QWFileManager::removeFile(paths::join(path, kBackupSettingsFile), 10s); !opened) return opened;
   return QWFileManager::removeFile(path, 10s);
 }
 
