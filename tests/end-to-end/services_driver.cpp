@@ -1,12 +1,14 @@
-// Services as the windowed program asks for them: authorization may be asked for. Each line of standard input is an
-// operation and its operands, separated by tabs; each answer is a line with 1 or 0. One operation may be given as the
-// program's arguments instead; then the exit code, 0 or 1, is the answer.
+// What only the windowed program does: services, for which authorization may be asked, and work on the library. Each
+// line of standard input is an operation and its operands, separated by tabs; each answer is a line with 1 or 0. One
+// operation may be given as the program's arguments instead; then the exit code, 0 or 1, is the answer.
 #include <functional>
 #include <iostream>
 #include <map>
 #include <string>
 #include <vector>
 
+#include "backups/QWBackup.h"
+#include "backups/QWDataController.h"
 #include "backups/QWLaunchd.h"
 #include "base/Text.h"
 #include "platform/linux/LinuxPlatform.h"
@@ -16,6 +18,7 @@
 #include "services/log/QWLog.h"
 #include "services/settings/QWUserDefaults.h"
 #include "services/threads/MainThread.h"
+#include "settings/ui/LibraryMove.h"
 
 namespace {
 
@@ -39,6 +42,20 @@ bool startJob(const Operands& operands) {
   return QWLaunchd::startLaunchAgent(operands[1], job, true);
 }
 
+// update NAME: replaces the copies in that backup.
+bool updateBackup(const Operands& operands) {
+  QWDataController& data = QWDataController::sharedController();
+  data.populateApps();
+  data.populateBackups();
+  for (const auto& node : data.backupArray()) {
+    const auto backup = std::dynamic_pointer_cast<QWBackup>(node);
+    if (!backup || backup->name() != operands.at(1)) continue;
+    TaskReport report;
+    return backup->writeData(report, true) == WriteResult::Success && report.isWhole();
+  }
+  return false;
+}
+
 const std::map<std::string, std::function<bool(const Operands&)>> kOperations = {
     {"copy", [](const Operands& o) { return Files::copyFile(o.at(1), o.at(2)).ok(); }},
     {"move", [](const Operands& o) { return Files::moveFile(o.at(1), o.at(2)).ok(); }},
@@ -56,6 +73,9 @@ const std::map<std::string, std::function<bool(const Operands&)>> kOperations = 
     {"set", [](const Operands& o) { return QWUserDefaults::standardUserDefaults().setObject(o.at(1), o.at(2)), true; }},
     {"start-job", startJob},
     {"remove-job", [](const Operands& o) { return QWLaunchd::removeLaunchAgent(o.at(1), true), true; }},
+    {"update", updateBackup},
+    {"move-library", [](const Operands& o) { return moveLibrary(o.at(1), o.at(2)).isWhole(); }},
+    {"prune", [](const Operands&) { return QWDataController::sharedController().manageAutoBackups().isWhole(); }},
     {"start", [](const Operands&) { return authorization().authStart(); }},
     {"end", [](const Operands&) { return authorization().authEnd(), true; }},
     {"authorized", [](const Operands&) { return authorization().isAuthorized(); }},
