@@ -56,10 +56,18 @@ Status removeUnlessHeld(const std::string& path) {
 TaskReport QWDataController::manageAutoBackups() {
   TaskReport report;
   QWLog::appendLog("Managing old auto backups...");
-  const long long maximum =
-      std::max(0LL, QWUserDefaults::standardUserDefaults().integerForKey(setting::kMaxAutoBackups));
+  const QWUserDefaults& defaults = QWUserDefaults::standardUserDefaults();
+  const bool isMaximumKnown = defaults.areKnown();
+  const long long maximum = std::max(0LL, defaults.integerForKey(setting::kMaxAutoBackups));
   QWLog::appendLog("Maximum auto backup count: %i", maximum);
   populateAutoBackups(false);
+  // What is removed is gone for good.
+  if (!isMaximumKnown) {
+    const Error cause{std::errc::io_error, "None is removed while the settings cannot be read."};
+    QWLog::appendLog("%@", cause.text);
+    report.failed(FileAction::Remove, autosaveLocation().value_or(""), cause);
+    return report;
+  }
 
   // The oldest first.
   BackupList backups = autoBackupArray();

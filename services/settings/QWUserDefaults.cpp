@@ -93,6 +93,10 @@ std::optional<std::string> QWUserDefaults::stringForKey(const std::string& key) 
 }
 
 // A count that somebody has spoilt must not be taken for none: backups beyond it are deleted.
+bool QWUserDefaults::areKnown() const {
+  return (!user_ || user_->isUsable()) && (!machine_ || machine_->isUsable());
+}
+
 long long QWUserDefaults::integerForKey(const std::string& key) const {
   for (const auto& value : {objectForKey(key), registeredDefault(key)})
     if (const auto number = value ? integerOf(*value) : std::nullopt) return *number;

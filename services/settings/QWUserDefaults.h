@@ -34,6 +34,9 @@ class QWUserDefaults {
   // False when absent; a number is true unless it is 0, a text when it begins with a number but 0, "y" or "t".
   bool boolForKey(const std::string& key) const;
 
+  // False while settings are there that cannot be read or understood: what a person has set is not known then.
+  bool areKnown() const;
+
   // Durable when it returns true. False, with a log line, when the settings could not be written; the old ones are then
   // untouched.
   bool setObject(const std::string& key, PropertyList value);

@@ -94,6 +94,11 @@ bool SettingsFile::isNews(State state) const {
   return std::exchange(told.states[path_], state) != state;
 }
 
+bool SettingsFile::isUsable() const {
+  const State state = current()->state;
+  return state == State::Sound || state == State::Missing;
+}
+
 PropertyListDictionary SettingsFile::read() const {
   return current()->values;
 }

@@ -24,6 +24,8 @@ class SettingsFile {
   PropertyListDictionary read() const;
   // The value of one key. Costs no more than a look at the file's date while nobody changes it.
   std::optional<PropertyList> find(const std::string& key) const;
+  // False when the file is there and damaged or unreadable.
+  bool isUsable() const;
 
   enum class Durability { Lasting, Passing };
   // Applies the change under the folder's lock (waited for at most two seconds) and replaces the file; the folder is

@@ -89,6 +89,9 @@ TEST_F(LibraryTest, FailedAndUnfinishedRunsPushNoGoodBackupOut) {
   // Another process still writes one.
   const auto writer = disk_.holdFolder(automatic(5), std::chrono::seconds(0));
   settings().setObject("maxAutoBackups", 2);
+  files_.fail(Operation::Read, std::errc::io_error, FaultyFileSystem::kEveryCall);
+  EXPECT_TRUE(controller().manageAutoBackups().hasFailures()) << "how many are to be kept is not known";
+  files_.heal();
   const TaskReport report = controller().manageAutoBackups();
   for (int day = 1; day <= 8; ++day)
     EXPECT_EQ(exists(automatic(day)), day == 4 || day == 5 || day == 6 || day > 6) << day;
