@@ -14,7 +14,7 @@ namespace vantory {
 using namespace std::chrono_literals;
 
 Status ReplacedCopies::keep(const std::string& path) {
-  if (folder_.empty()) folder_ = QWFileManager::uniqueFilename(paths::withoutExtension(backup_) + " (replaced copies)");
+  if (folder_.empty()) folder_ = newFolder();
   const std::string kept = paths::join(folder_, path.substr(backup_.size()));
   if (Status made = QWFileManager::createDirectory(paths::parent(kept)); !made) return made;
   auto copy = QWFileManager::stageCopy({.source = path, .destination = kept, .links = Links::DoNotFollow});
@@ -22,6 +22,15 @@ Status ReplacedCopies::keep(const std::string& path) {
 }
 
 // A folder that no copy came to is removed for good.
+// What an update that was killed has kept under the name goes to the Trash first, where it was to go.
+std::string ReplacedCopies::newFolder() const {
+  const std::string folder = paths::withoutExtension(backup_) + " (replaced copies)";
+  if (!QWFileManager::isMissingAtPath(folder))
+    if (const auto place = QWFileManager::trashFile(folder, 10s))
+      QWLog::appendLog("The copies that an earlier update replaced are in the Trash: %@", *place);
+  return QWFileManager::uniqueFilename(folder);
+}
+
 void ReplacedCopies::moveToTrash(TaskReport& report) {
   if (folder_.empty() || QWFileManager::removeFolderIfEmpty(folder_)) return;
   const auto place = QWFileManager::trashFile(folder_, 10s, report);

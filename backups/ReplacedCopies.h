@@ -21,6 +21,8 @@ class ReplacedCopies {
   void moveToTrash(TaskReport& report);
 
  private:
+  std::string newFolder() const;
+
   const std::string backup_;
   std::string folder_;  // empty while nothing is kept
 };
