@@ -20,12 +20,12 @@ FileSystem& files() {
   return Runtime::current().platform().files;
 }
 
-// A dictionary, empty when there is no readable one.
-PropertyList readSettings(const std::string& backup) {
+// A dictionary; none when there is no readable one.
+std::optional<PropertyList> readSettings(const std::string& backup) {
   const auto bytes = files().read(paths::join(backup, kBackupSettingsFile));
   auto settings = bytes ? parsePropertyList(*bytes) : std::nullopt;
-  if (settings && settings->asDictionary()) return std::move(*settings);
-  return PropertyListDictionary();
+  if (settings && !settings->asDictionary()) settings.reset();
+  return settings;
 }
 
 // Null where the key is missing or has another type of value.
@@ -92,11 +92,13 @@ BackupReader::BackupReader()
 std::shared_ptr<QWBackup> BackupReader::read(const std::string& path, std::optional<Timestamp> date) const {
   const auto backup = std::make_shared<QWBackup>(backupName(path), path, date);
   backup->setIsAutosave(paths::lastComponent(paths::parent(path)) == kAutosavesFolder);
-  backup->setIsDefault(defaultName_ == paths::lastComponent(path));
 
   const auto place = std::make_shared<const BackupFolder>(path, home_);
-  const PropertyList content = readSettings(path);
-  const PropertyListDictionary& settings = *content.asDictionary();
+  const std::optional<PropertyList> content = readSettings(path);
+  backup->setIsComplete(content.has_value());
+  backup->setIsDefault(content && defaultName_ == paths::lastComponent(path));
+  if (!content) return backup;
+  const PropertyListDictionary& settings = *content->asDictionary();
   AppList held;
   for (const auto& app : catalog_) {
     const PropertyListArray* itemNames = arrayIn(settings, app->name());

@@ -86,7 +86,7 @@ void QWBackup::setDefault() {
 }
 
 void QWBackup::updateDefault() {
-  isDefault_ = defaultBackupName() == paths::lastComponent(path_);
+  isDefault_ = isComplete_ && defaultBackupName() == paths::lastComponent(path_);
 }
 
 int QWBackup::nameCompare(const BackupNode& other) const {

@@ -72,6 +72,10 @@ class QWBackup : public BackupNode {
   void setIsAutosave(bool isAutosave) { isAutosave_ = isAutosave; }
   bool isDefault() const { return isDefault_; }
   void setIsDefault(bool isDefault) { isDefault_ = isDefault; }
+  // False for one whose settings, which are written last, cannot be read: it was torn off, by a full disk or a kill, or
+  // damaged since. Such a one is never the default.
+  bool isComplete() const { return isComplete_; }
+  void setIsComplete(bool isComplete) { isComplete_ = isComplete; }
 
   // Writes the backup and returns when it is on disk. With filesOnly the files of an existing backup are replaced one
   // by one, what they were goes to the Trash, and its settings stay. A folder that bears the path already goes to the
@@ -109,6 +113,7 @@ class QWBackup : public BackupNode {
   std::vector<std::string> projects_;
   bool isAutosave_ = false;
   std::atomic<bool> isDefault_ = false;
+  bool isComplete_ = true;
   std::optional<FileIdentity> createdFolder_;
   mutable std::mutex sizeMutex_;  // held while it is measured, by its path
   mutable std::uint64_t size_ = 0;

@@ -64,7 +64,7 @@ class QWDataController : public BackupLibrary {
   // Copies a backup from elsewhere into the library and restores it, on any thread. False when nothing was restored;
   // the report and the log say why. To tell the user is the caller's part.
   bool addBackupFromFile(const std::string& path, TaskReport& report);
-  // The first manual backup marked as default; null when there is none.
+  // The first backup marked as default, of the manual ones or else of the automatic ones; null when there is none.
   std::shared_ptr<QWBackup> defaultBackup() const;
 
  private:

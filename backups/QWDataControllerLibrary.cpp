@@ -173,11 +173,10 @@ Status QWDataController::removeBackup(const std::shared_ptr<QWBackup>& backup) {
 }
 
 std::shared_ptr<QWBackup> QWDataController::defaultBackup() const {
-  for (const auto& node : backupArray()) {
-    auto backup = std::dynamic_pointer_cast<QWBackup>(node);
-    if (backup && backup->isDefault()) return backup;
-  }
-  return nullptr;
+  BackupList backups = allBackups();
+  std::ranges::stable_partition(backups, [](const auto& backup) { return !backup->isAutosave(); });
+  const auto found = std::ranges::find_if(backups, [](const auto& backup) { return backup->isDefault(); });
+  return found == backups.end() ? nullptr : *found;
 }
 
 }  // namespace vantory

@@ -52,6 +52,7 @@ PropertyListDictionary entryFor(const QWBackup& backup, const std::string& path)
   entry.append("size", backup.size());
   entry.append("default", backup.isDefault());
   entry.append("automatic", backup.isAutosave());
+  entry.append("complete", backup.isComplete());
   entry.append("items", itemsOf(backup));
   entry.append("projects", std::move(projects));
   return entry;
@@ -76,6 +77,7 @@ void addRows(TextTable& table, const QWBackup& backup, const std::string& path) 
   const auto date = backup.date();
   std::string kind = backup.isAutosave() ? "automatic" : "manual";
   if (backup.isDefault()) kind += ", default";
+  if (!backup.isComplete()) kind += ", incomplete";
   table.add({backup.name(), date ? localTimeText(*date, "%Y-%m-%d %H:%M:%S") : "-",
              QWFileManager::formatFileSize(static_cast<double>(backup.size())), kind, path});
   const auto addBelow = [&table](std::string text) { table.add({"", "", "", "", std::move(text)}); };

@@ -5,9 +5,11 @@
 
 #include "backups/QWBackup.h"
 #include "backups/QWDataController.h"
+#include "base/Format.h"
 #include "base/Paths.h"
 #include "platform/SystemInfo.h"
 #include "services/Runtime.h"
+#include "services/TaskReport.h"
 #include "services/files/QWFileManager.h"
 #include "services/log/QWLog.h"
 #include "tasks/AppController.h"
@@ -35,6 +37,14 @@ void deselectAllBut(const KeyList& keys, const QWBackup& backup) {
     }
     app->updateSelectionStatus();
   }
+}
+
+// A backup that is named as the default and is none, because it is incomplete.
+void remarkOnTornDefault(const QWDataController& data, TaskReport& report) {
+  const auto name = QWBackup::defaultBackupName();
+  for (const auto& backup : data.allBackups())
+    if (!backup->isComplete() && name == paths::lastComponent(backup->path()))
+      report.remark(formatted("The default backup \"%@\" is incomplete.", backup->name()));
 }
 
 }  // namespace
@@ -79,6 +89,7 @@ int restoreDefaultCommand(const CommandContext& context) {
     QWLog::appendLogAndPrint("Unable to restore backup - no default backup set.");
     controller.postGrowlNotification("Unable to restore backup", "No default backup set.");
     context.report.refuse("No default backup set.");
+    remarkOnTornDefault(data, context.report);
     return 1;
   }
   backup->restore(context.report);

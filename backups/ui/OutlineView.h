@@ -28,8 +28,9 @@ using ObjectValue = std::variant<std::monostate, State, std::string, Timestamp>;
 
 // How a cell is shown.
 struct OutlineCell {
-  std::string title;  // beside a check box
-  std::string icon;   // the name of an image of the program's own; empty for none
+  std::string title;   // beside a check box
+  std::string remark;  // behind the text, and no part of it
+  std::string icon;    // the name of an image of the program's own; empty for none
   bool enabled = true;
   bool editable = false;    // whether its text may be changed in place
   bool emphasized = false;  // stands out among its neighbours

@@ -3,7 +3,9 @@
 
 #include "backups/ui/CatalogRows.h"
 #include "backups/ui/Controls.h"
+#include "backups/ui/FailureReport.h"
 #include "backups/ui/LibrarySorting.h"
+#include "base/Format.h"
 #include "base/Paths.h"
 #include "services/files/QWFileManager.h"
 #include "services/log/QWLog.h"
@@ -158,6 +160,7 @@ void QWRestoreOutlineController::willDisplayCell(OutlineCell& cell, const std::s
     cell.icon = "VNT-icon";
     cell.editable = true;
     cell.emphasized = backup->isDefault();
+    if (!backup->isComplete()) cell.remark = "incomplete";
     return;
   }
   if (rowAs<QWAutosaveHeader>(item)) {
@@ -179,6 +182,9 @@ void QWRestoreOutlineController::toggleDefault() {
   if (backup->isDefault()) {
     QWLog::appendLog("%@ was removed as the default backup", backup->name());
     QWUserDefaults::standardUserDefaults().removeObjectForKey(setting::kDefaultBackup);
+  } else if (!backup->isComplete()) {
+    return reportFailure("An incomplete backup cannot be the default",
+                         formatted("\"%@\" was not written to its end, or its settings are damaged.", backup->name()));
   } else {
     QWLog::appendLog("%@ was set as the default backup", backup->name());
     backup->setDefault();

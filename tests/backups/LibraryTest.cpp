@@ -98,6 +98,19 @@ TEST_F(LibraryTest, FailedAndUnfinishedRunsPushNoGoodBackupOut) {
   EXPECT_EQ(report.count(FileReport::Outcome::Skipped), 1U) << "the one that is held";
 }
 
+TEST_F(LibraryTest, TheDefaultIsAnyWholeBackup) {
+  const auto path = inLibrary("Autosaves/Auto Backup 1.vnt");
+  makeBackup(path);
+  settings().setObject("defaultBackup", "Auto Backup 1.vnt");
+  controller().populateBackups();
+  ASSERT_TRUE(controller().defaultBackup());
+  EXPECT_EQ(controller().defaultBackup()->path(), path);
+  writeFile(path + "/Settings.plist", "{Editor = (Pref");
+  controller().populateBackups();
+  EXPECT_FALSE(controller().defaultBackup()) << "it was torn off";
+  EXPECT_FALSE(controller().autoBackupArray().front()->isComplete());
+}
+
 TEST_F(LibraryTest, AutomaticBackupsAreNamedByTheClock) {
   writeFile(prefs("layout"), "l");
   setCatalog({{"Preferences", {prefs("editor.plist")}}, {"Layouts", {prefs("layout")}}});

@@ -217,14 +217,16 @@ TEST_F(CommandLineTest, EachFailureIsToldWhereItBelongs) {
   EXPECT_THAT(log(), HasSubstr(" - Unable to restore backup - backup does not exist\n"));
 
   writeFile(library("/Torn.vnt/Settings.plist"), "<plist><dict>");
-  set("defaultBackup", "Torn.vnt");
+  EXPECT_EQ(run("--list-backups"), 0);
+  EXPECT_THAT(output_.str(), HasSubstr("manual, incomplete"));
   const std::string nothing = "Nothing was restored: the Settings.plist of " + library("/Torn.vnt") +
                               " is missing, damaged or names no known item.";
-  for (const auto& [line, path] : {std::pair{"-restore", library("/Torn.vnt")}, {"-restoredefault", ""}}) {
-    EXPECT_EQ(run(line, path), 0);
-    EXPECT_THAT(log(), HasSubstr(nothing));
-    EXPECT_THAT(fakes_.systemLog.messages(), Contains(nothing));
-  }
+  EXPECT_EQ(run("-restore", library("/Torn.vnt")), 0);
+  EXPECT_THAT(log(), HasSubstr(nothing));
+  EXPECT_THAT(fakes_.systemLog.messages(), Contains(nothing));
+  set("defaultBackup", "Torn.vnt");
+  EXPECT_EQ(run("-restoredefault"), 1);
+  EXPECT_EQ(fakes_.systemLog.messages().back(), "The default backup \"Torn\" is incomplete.");
 }
 
 TEST_F(CommandLineTest, NamesWhatItDidNotUnderstand) {

@@ -206,6 +206,8 @@ QVariant OutlineModel::data(const QModelIndex& index, int role) const {
   delegate_->willDisplayCell(cell, columnIdentifier(index), item);
   switch (role) {
     case Qt::DisplayRole:
+      return cell.remark.empty() ? cellText(value, cell)
+                                 : QStringLiteral("%1 (%2)").arg(cellText(value, cell), displayText(cell.remark));
     case Qt::EditRole:
       return cellText(value, cell);
     case Qt::DecorationRole:
@@ -229,7 +231,7 @@ bool OutlineModel::setData(const QModelIndex& index, const QVariant& value, int 
     delegate_->setObjectValue(state, columnIdentifier(index), item(index));
     return true;
   }
-  if (role != Qt::EditRole || value.toString() == data(index, Qt::DisplayRole).toString()) return false;
+  if (role != Qt::EditRole || value.toString() == data(index, Qt::EditRole).toString()) return false;
   // The delegate may have all rows replaced, which the editor that is closing now would not survive.
   QTimer::singleShot(
       0, this, [this, text = value.toString().toStdString(), column = columnIdentifier(index), item = item(index)] {

@@ -59,6 +59,20 @@ TEST_F(RestorePaneTest, ShowsTheLibraryWithTheAutomaticBackupsFirst) {
   EXPECT_EQ(pane_.selectedBackup(), backup);
 }
 
+TEST_F(RestorePaneTest, MarksAnIncompleteBackupAndMakesItNoDefault) {
+  written("Torn");
+  std::filesystem::remove(inLibrary("Torn.vnt/Settings.plist"));
+  controller().populateBackups();
+  finishWork();
+  select(listed("Torn"));
+  OutlineCell cell;
+  pane_.willDisplayCell(cell, "name", outline_.selected);
+  EXPECT_EQ(cell.remark, "incomplete");
+  pane_.toggleDefault();
+  EXPECT_FALSE(QWBackup::defaultBackupName());
+  EXPECT_EQ(alerts_.back(), "An incomplete backup cannot be the default");
+}
+
 TEST_F(RestorePaneTest, SortsAndRemembers) {
   for (const char* name : {"b", "A", "c"}) written(name);
   pane_.reload();
