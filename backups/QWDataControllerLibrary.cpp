@@ -158,20 +158,6 @@ void QWDataController::populateAutoBackups(bool reload) {
   QWLog::appendLog("Auto backup population complete");
 }
 
-// Off the list even where the Trash refused it: the next listing shows it again.
-Status QWDataController::removeBackup(const std::shared_ptr<QWBackup>& backup) {
-  QWLog::appendLog("Removing backup...");
-  const auto place = QWFileManager::trashFile(backup->path(), 10s);
-  MainThread::shared().runAndWait([&] {
-    Library library = backupArray();
-    std::erase(library, std::static_pointer_cast<BackupNode>(backup));
-    setBackupArray(std::move(library));
-    BackupList automatic = autoBackupArray();
-    if (std::erase(automatic, backup) > 0) setAutoBackupArray(std::move(automatic));
-  });
-  return place ? Status() : place.error();
-}
-
 std::shared_ptr<QWBackup> QWDataController::defaultBackup() const {
   BackupList backups = allBackups();
   std::ranges::stable_partition(backups, [](const auto& backup) { return !backup->isAutosave(); });

@@ -53,12 +53,12 @@ Status removeUnlessHeld(const std::string& path) {
 
 }  // namespace
 
-TaskReport QWDataController::manageAutoBackups() {
+TaskReport QWDataController::manageAutoBackups(std::optional<long long> wanted) {
   TaskReport report;
   QWLog::appendLog("Managing old auto backups...");
   const QWUserDefaults& defaults = QWUserDefaults::standardUserDefaults();
-  const bool isMaximumKnown = defaults.areKnown();
-  const long long maximum = std::max(0LL, defaults.integerForKey(setting::kMaxAutoBackups));
+  const bool isMaximumKnown = wanted || defaults.areKnown();
+  const long long maximum = std::max(0LL, wanted ? *wanted : defaults.integerForKey(setting::kMaxAutoBackups));
   QWLog::appendLog("Maximum auto backup count: %i", maximum);
   populateAutoBackups(false);
   // What is removed is gone for good.

@@ -2,6 +2,7 @@
 #include "services/TaskReport.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "base/Format.h"
@@ -60,6 +61,11 @@ void TaskReport::add(FileAction action, const std::string& path, const Status& s
 
 void TaskReport::passedOver(std::string application, std::string reason) {
   passedOver_.push_back({std::move(application), std::move(reason)});
+}
+
+void TaskReport::take(TaskReport other) {
+  std::ranges::move(other.files_, std::back_inserter(files_));
+  std::ranges::move(other.remarks_, std::back_inserter(remarks_));
 }
 
 std::size_t TaskReport::count(Outcome outcome) const {

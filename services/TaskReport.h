@@ -51,11 +51,16 @@ class TaskReport {
   void add(FileAction action, const std::string& path, const Status& status, const std::string& item = {},
            const std::string& place = {});
   void passedOver(std::string application, std::string reason);
+  // What another report has of files and remarks.
+  void take(TaskReport other);
   // The person ended the task before it was through.
   void cancelled() { isCancelled_ = true; }
   // A sentence about something beside the task itself that went wrong, such as an application that did not start again.
   void remark(std::string sentence) { remarks_.push_back(std::move(sentence)); }
 
+  // What a person reads where all was done.
+  void summarize(std::string sentence) { summary_ = std::move(sentence); }
+  const std::optional<std::string>& summary() const { return summary_; }
   // Why the task could not be begun at all.
   void refuse(std::string reason) { refusal_ = std::move(reason); }
   void unused(UnusedOperand operand) { unusedOperands_.push_back(std::move(operand)); }
@@ -92,6 +97,7 @@ class TaskReport {
   std::vector<UnusedOperand> unusedOperands_;
   std::vector<std::string> notices_;
   std::optional<std::string> refusal_;
+  std::optional<std::string> summary_;
   bool isCancelled_ = false;
 };
 

@@ -2,7 +2,10 @@
 #include "tasks/Command.h"
 
 #include <algorithm>
+#include <filesystem>
 
+#include "base/Paths.h"
+#include "platform/SystemInfo.h"
 #include "platform/SystemLog.h"
 #include "services/Runtime.h"
 #include "services/TaskReport.h"
@@ -28,6 +31,14 @@ constexpr Command kCommands[] = {
      true, 3, FileAction::Copy},
     {"-restore", "PATH [KEYS]", "Restore the backup at this path (default: all it holds).", restoreCommand, true, true,
      2, FileAction::Restore},
+    {"--default", "NAME|none", "Make this backup of the library the default, or none.", defaultCommand, true, true, 1,
+     FileAction::Write},
+    {"--rename", "NAME NEW", "Rename a backup of the library.", renameCommand, true, true, 2, FileAction::Move},
+    {"--remove", "NAME", "Move a backup of the library to the Trash.", removeCommand, true, true, 1, FileAction::Trash},
+    {"--update", "NAME", "Replace what a backup holds by the present files.", updateCommand, true, true, 1,
+     FileAction::Copy},
+    {"--prune", "[N]", "Remove old automatic backups but N (default: as the settings say).", pruneCommand, true, true,
+     1, FileAction::Remove},
 };
 
 }  // namespace
@@ -48,6 +59,13 @@ std::optional<ChosenCommand> chooseCommand(const std::vector<std::string>& argum
 std::optional<std::string> CommandContext::operand(std::size_t number) const {
   if (number > operandCount()) return std::nullopt;
   return arguments[position + number];
+}
+
+std::string CommandContext::pathOperand(std::size_t number) const {
+  const std::string path = *operand(number);
+  if (path.empty()) return path;
+  const std::filesystem::path folder = Runtime::current().platform().system.workingDirectory();
+  return paths::normalized((folder / path).native());
 }
 
 int CommandContext::refuse(const TaskFailure& failure) const {

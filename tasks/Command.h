@@ -27,6 +27,9 @@ struct CommandContext {
   std::size_t operandCount() const { return arguments.size() - position - 1; }
   // The n-th argument after the option, counted from 1; none when there are fewer.
   std::optional<std::string> operand(std::size_t number) const;
+  // The n-th, which there is, as an absolute path without "." and "..", and without the slash that a completed folder
+  // name ends with. Nothing stays nothing.
+  std::string pathOperand(std::size_t number) const;
   // Tells of what keeps the command from being begun, and answers its exit code.
   int refuse(const TaskFailure& failure) const;
   // The same where an operand is missing, which the system's log alone is told.
@@ -44,7 +47,8 @@ struct Command {
   std::size_t mostOperands;                   // how many it heeds
   std::optional<FileAction> deed = {};        // what it does to files; none for a command that only tells
 
-  std::string_view name() const { return option.substr(1); }
+  // Without dashes.
+  std::string_view name() const { return option.substr(option.find_first_not_of('-')); }
 };
 
 // In the order they are looked for: the first whose option is given anywhere wins.
@@ -65,5 +69,10 @@ int lockCommand(const CommandContext& context);
 int unlockCommand(const CommandContext& context);
 int backupCommand(const CommandContext& context);
 int restoreCommand(const CommandContext& context);
+int defaultCommand(const CommandContext& context);
+int renameCommand(const CommandContext& context);
+int removeCommand(const CommandContext& context);
+int updateCommand(const CommandContext& context);
+int pruneCommand(const CommandContext& context);
 
 }  // namespace vantory

@@ -1,13 +1,11 @@
 // "-restore": puts a backup in place.
 
 #include <algorithm>
-#include <filesystem>
 
 #include "backups/QWBackup.h"
 #include "backups/QWDataController.h"
 #include "base/Format.h"
 #include "base/Paths.h"
-#include "platform/SystemInfo.h"
 #include "services/Runtime.h"
 #include "services/TaskReport.h"
 #include "services/files/QWFileManager.h"
@@ -19,13 +17,6 @@
 namespace vantory {
 
 namespace {
-
-// Absolute, without "." and "..", and without the slash that a completed folder name ends with. Nothing stays nothing.
-std::string absolutePath(const std::string& operand) {
-  if (operand.empty()) return operand;
-  const std::filesystem::path folder = Runtime::current().platform().system.workingDirectory();
-  return paths::normalized((folder / operand).native());
-}
 
 // An item that is not listed is left out with all its users; the others stay as they were saved.
 void deselectAllBut(const KeyList& keys, const QWBackup& backup) {
@@ -53,7 +44,7 @@ int restoreCommand(const CommandContext& context) {
   const AppController& controller = context.controller;
   controller.postGrowlNotification("Vantory", "Restoring preferences...");
   if (context.operandCount() == 0) return context.refuseWithoutOperand();
-  const std::string path = absolutePath(*context.operand(1));
+  const std::string path = context.pathOperand(1);
   if (!QWFileManager::fileExistsAtPath(path))
     return context.refuse({.text = "Vantory: Unable to restore backup - backup does not exist.",
                            .log = "Unable to restore backup - backup does not exist",

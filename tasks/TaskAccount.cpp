@@ -135,6 +135,7 @@ void tellWhatWasNotDone(const TaskReport& report, bool keepsLog) {
 }
 
 std::string sentenceOn(FileAction deed, const TaskReport& report) {
+  if (report.summary()) return *report.summary();
   std::set<std::string> items;
   std::size_t files = 0;
   for (const FileReport& file : report.files()) {
@@ -190,7 +191,8 @@ void appendFields(PropertyListDictionary& fields, const TaskReport& report) {
 int strictExitCode(int exitCode, const TaskReport& report, bool changesFiles) {
   if (exitCode != 0) return exitCode;
   if (!report.isWhole()) return kDoneInPart;
-  const bool didNothing = changesFiles && report.count(Outcome::Done) == 0 && report.count(Outcome::Skipped) == 0;
+  const bool didNothing =
+      changesFiles && !report.summary() && report.count(Outcome::Done) == 0 && report.count(Outcome::Skipped) == 0;
   return didNothing || !report.unusedOperands().empty() ? kNothingMatched : 0;
 }
 

@@ -18,7 +18,7 @@ void noteUnusedArguments(const CommandContext& context, std::size_t mostOperands
 // nothing where everything was. Says where the log lies, unless the task keeps none.
 void tellWhatWasNotDone(const TaskReport& report, bool keepsLog);
 
-// One line for a person: how many files of how many items.
+// One line for a person: what the report has as its summary, else how many files of how many items.
 std::string sentenceOn(FileAction deed, const TaskReport& report);
 
 // The report's fields for scripts: counts, files, passedOver, unused, notices, remarks, error.

@@ -1,12 +1,8 @@
-// Looks for names that are free, and refuses those that mislead.
+// Tells backups apart, and refuses names that mislead.
 #include "backups/ui/BackupNames.h"
 
 #include "backups/BackupNaming.h"
 #include "backups/QWBackup.h"
-#include "backups/QWDataController.h"
-#include "base/Format.h"
-#include "base/Paths.h"
-#include "services/files/QWFileManager.h"
 #include "services/log/QWLog.h"
 
 namespace vantory {
@@ -23,17 +19,6 @@ bool refuseNameOfAutomaticBackups(const std::string& name, AlertParent parentWin
 std::string nameAndDate(const QWBackup& backup) {
   const std::string name = "\"" + backup.name() + "\"";
   return backup.date() ? name + " of " + localTimeText(*backup.date(), "%Y-%m-%d %H:%M:%S") : name;
-}
-
-std::string freeNameFor(const QWBackup& backup, const std::string& wanted) {
-  const std::string folder = paths::parent(backup.path());
-  const auto isTaken = [&folder](const std::string& name) {
-    return QWDataController::uniqueBackupName(name) != name ||
-           QWFileManager::itemExistsAtPath(paths::join(folder, backupFileName(name)));
-  };
-  std::string name = wanted;
-  for (int number = 2; isTaken(name); ++number) name = formatted("%@-%i", wanted, number);
-  return name;
 }
 
 }  // namespace vantory

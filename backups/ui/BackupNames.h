@@ -17,8 +17,4 @@ bool refuseNameOfAutomaticBackups(const std::string& name, AlertParent parentWin
 // where there is none.
 std::string nameAndDate(const QWBackup& backup);
 
-// The name, or with "-2", "-3" ...: the first that no backup bears, neither in the library's folder nor beside this
-// one.
-std::string freeNameFor(const QWBackup& backup, const std::string& wanted);
-
 }  // namespace vantory

@@ -1,6 +1,5 @@
 // What the Restore pane does with the selected backup.
 
-#include <chrono>
 #include <utility>
 
 #include "backups/BackupNaming.h"
@@ -11,7 +10,6 @@
 #include "backups/ui/PaneSwitcher.h"
 #include "backups/ui/QWRestoreOutlineController.h"
 #include "base/Format.h"
-#include "base/Paths.h"
 #include "services/TaskReport.h"
 #include "services/files/QWAuthorization.h"
 #include "services/files/QWFileManager.h"
@@ -23,8 +21,6 @@
 namespace vantory {
 
 namespace {
-
-using namespace std::chrono_literals;
 
 // Lists the library anew too, so that the pane no longer offers it.
 void reportVanished(const QWBackup& backup) {
@@ -157,15 +153,13 @@ void QWRestoreOutlineController::rename(const std::shared_ptr<QWBackup>& backup,
   if (!backup->isAutosave() && refuseNameOfAutomaticBackups(cleaned, AlertParent::MainWindow)) return;
   runOnThread([this, backup, cleaned] {
     const auto renamed = recordInLibrary(backup);
-    const std::string free = freeNameFor(*renamed, cleaned);
-    const std::string path = paths::join(paths::parent(renamed->path()), backupFileName(free));
-    if (const Status moved = QWFileManager::moveFile(renamed->path(), path, 20s); !moved)
-      return reportFailure("Unable to rename the backup", moved.error().text);
+    const auto path = QWDataController::renameBackup(*renamed, cleaned);
+    if (!path) return reportFailure("Unable to rename the backup", path.error().text);
     MainThread::shared().runAndWait([&] {
       // Commands that wait for their turn know the one that was selected when they were given.
       for (const auto& record : {renamed, backup}) {
-        record->setName(free);
-        record->setPath(path);
+        record->setName(backupName(*path));
+        record->setPath(*path);
         // The default is known by its folder's name.
         record->updateDefault();
       }
@@ -188,7 +182,7 @@ bool QWRestoreOutlineController::keyUp(OutlineKey key) {
   QWLog::appendLog("User chose to remove backup");
   runOnThread([this, backup] {
     const auto removed = recordInLibrary(backup);
-    const Status trashed = QWDataController::sharedController().removeBackup(removed);
+    const auto trashed = QWDataController::sharedController().removeBackup(removed);
     reload();
     if (!trashed) reportFailedRemoval(trashed.error());
   });

@@ -80,6 +80,17 @@ _vantory_names() {
   done
 }
 
+# Those of automatic backups too.
+_vantory_all_names() {
+  local list path
+  _vantory_list backups
+  for path in "${list[@]}"; do
+    path=${path%/}
+    path=${path##*/}
+    _vantory_offer "${path%.vnt}"
+  done
+}
+
 # Backups by their path, or by how their name begins.
 _vantory_paths() {
   local list path
@@ -100,6 +111,8 @@ _vantory_operand() {
     trash1 | lock1 | unlock1 | backup2 | backup3 | restore2) _vantory_keys ;;
     backup1) _vantory_names ;;
     restore1) _vantory_paths ;;
+    *default1) _vantory_offer none ;;&
+    *default1 | *rename1 | *remove1 | *update1) _vantory_all_names ;;
   esac
   case $1 in trash2 | lock2 | unlock2 | backup4 | restore3) _vantory_offer -task -hotkey ;; esac
 }
@@ -111,14 +124,16 @@ _vantory() {
   COMPREPLY=()
   for ((i = 1; i < last; i++)); do
     case ${words[i]} in
-      -autobackup | -restoredefault | -list | -trash | -lock | -unlock | -backup | -restore)
+      --default | --rename | --remove | --update | --prune | \
+        -autobackup | -restoredefault | -list | -trash | -lock | -unlock | -backup | -restore)
         _vantory_operand "${words[i]#-}$((last - i))"
         break
         ;;
       --preview)
         [[ ${words[i + 1]} != --json ]] || ((i++))
         if ((last == i + 1)); then
-          _vantory_offer autobackup restoredefault list trash lock unlock backup restore --json
+          _vantory_offer autobackup restoredefault list trash lock unlock backup restore default rename remove \
+            update prune --json
         else
           _vantory_operand "${words[i + 1]}$((last - i - 1))"
         fi
@@ -130,8 +145,8 @@ _vantory() {
         ;;
     esac
   done
-  ((i < last)) || _vantory_offer -autobackup -restoredefault -list -trash -lock -unlock -backup -restore --list-items \
-    --list-backups --preview --json --strict --print0 --help --version
+  ((i < last)) || _vantory_offer -autobackup -restoredefault -list -trash -lock -unlock -backup -restore --default \
+    --rename --remove --update --prune --list-items --list-backups --preview --json --strict --print0 --help --version
 
   _vantory_drop_before_colon
   _vantory_quote

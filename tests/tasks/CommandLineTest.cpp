@@ -262,6 +262,41 @@ TEST_F(CommandLineTest, TheStrictExitCodeTellsMore) {
   EXPECT_EQ(run("--strict -trash fcpPrefs"), 4);
 }
 
+TEST_F(CommandLineTest, TheLibraryIsManagedByCommand) {
+  ASSERT_EQ(run("-backup Old"), 0);
+  ASSERT_EQ(run("-autobackup"), 0);
+  EXPECT_EQ(run("--default Old"), 0);
+  EXPECT_EQ(run("--strict --default none"), 0);
+  EXPECT_EQ(run("-restoredefault"), 1);
+  EXPECT_EQ(run("--default Old"), 0);
+  fill("new");
+  EXPECT_EQ(run("-restoredefault"), 0);
+  EXPECT_EQ(intact(), kAll);
+
+  EXPECT_EQ(run("--preview rename Old New"), 0);
+  EXPECT_EQ(run("--rename Old a/New"), 0);
+  EXPECT_THAT(fakes_.systemLog.messages(), Contains("\"a/New\" is kept as \"aNew\"."));
+  EXPECT_TRUE(exists(library("/aNew.vnt")));
+
+  fs::remove(home_ / kFiles[1].second);
+  writeFile(home_ / kFiles[2].second, "newer");
+  EXPECT_EQ(run("--strict --update aNew"), 0);
+  EXPECT_EQ(heldBy(library("/aNew.vnt")), (Names{"boris", "fcp", "plugins", "setting"}));
+
+  for (const char* line : {"--prune 0", "--prune x", "--remove", "--remove Nothing", "--remove anew", "--rename aNew",
+                           "--rename aNew /", "--rename aNew Auto Backup", "--default /nowhere/aNew.vnt"})
+    EXPECT_EQ(run(line), line == std::string("--rename aNew Auto Backup") ? 0 : 1) << line;
+  EXPECT_THAT(fakes_.systemLog.messages(), Contains("There is no backup \"anew\": did you mean \"aNew\"?"));
+  fs::copy(library("/Auto.vnt"), library("/Autosaves/Auto.vnt"), fs::copy_options::recursive);
+  EXPECT_EQ(run("--remove Auto"), 1) << "there are two";
+  fakes_.system.directory = library();
+  EXPECT_EQ(run("--remove ./Auto.vnt"), 0);
+  EXPECT_FALSE(exists(library("/Auto.vnt")));
+  EXPECT_TRUE(exists(library("/Autosaves/Auto.vnt")));
+  EXPECT_EQ(run("--strict --prune 1"), 0);
+  EXPECT_EQ(std::distance(fs::directory_iterator(library("/Autosaves")), {}), 1);
+}
+
 TEST_F(CommandLineTest, AReportInJsonTellsOfEachFile) {
   fakes_.workspace.running = {"com.apple.motion"};
   ASSERT_EQ(run("-backup Set"), 0);
@@ -372,10 +407,12 @@ TEST_F(CommandLineTest, QuestionsTouchNothing) {
   for (const bool superuser : {false, true}) {
     fakes_.users.superuser = superuser;
     for (const Command& command : commandTable()) {
-      const std::string task(command.option.substr(1));
-      for (const std::string& operand : {library("/Set.vnt"), std::string("Set"), std::string("-allfiles")})
-        EXPECT_EQ(run("--preview " + task, operand),
-                  (task == "restore" && operand != library("/Set.vnt")) || task == "restoredefault");
+      const std::string task(command.name());
+      for (const std::string& operand : {library("/Set.vnt"), std::string("Set"), std::string("-allfiles")}) {
+        const int exitCode = run("--preview " + task, operand);
+        if (command.option.starts_with("--")) continue;  // few of the operands are theirs
+        EXPECT_EQ(exitCode, (task == "restore" && operand != library("/Set.vnt")) || task == "restoredefault");
+      }
     }
     EXPECT_EQ(run("--list-items --json"), 0);
     EXPECT_EQ(run("--list-backups --print0"), 0);

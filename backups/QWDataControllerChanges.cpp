@@ -1,0 +1,52 @@
+// How a backup of the library is renamed, and how it is removed.
+#include <chrono>
+
+#include "backups/BackupNaming.h"
+#include "backups/QWDataController.h"
+#include "base/Format.h"
+#include "base/Paths.h"
+#include "services/files/QWFileManager.h"
+#include "services/log/QWLog.h"
+#include "services/threads/MainThread.h"
+
+namespace vantory {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+// An automatic backup takes no name that is in use among the manual ones either.
+std::string freeNameIn(const std::string& folder, const std::string& wanted) {
+  const auto isTaken = [&folder](const std::string& name) {
+    return QWDataController::uniqueBackupName(name) != name ||
+           QWFileManager::itemExistsAtPath(paths::join(folder, backupFileName(name)));
+  };
+  std::string name = wanted;
+  for (int number = 2; isTaken(name); ++number) name = formatted("%@-%i", wanted, number);
+  return name;
+}
+
+}  // namespace
+
+// Off the list even where the Trash refused it: the next listing shows it again.
+Result<std::string> QWDataController::removeBackup(const std::shared_ptr<QWBackup>& backup) {
+  QWLog::appendLog("Removing backup...");
+  auto place = QWFileManager::trashFile(backup->path(), 10s);
+  MainThread::shared().runAndWait([&] {
+    Library library = backupArray();
+    std::erase(library, std::static_pointer_cast<BackupNode>(backup));
+    setBackupArray(std::move(library));
+    BackupList automatic = autoBackupArray();
+    if (std::erase(automatic, backup) > 0) setAutoBackupArray(std::move(automatic));
+  });
+  return place;
+}
+
+Result<std::string> QWDataController::renameBackup(const QWBackup& backup, const std::string& name) {
+  const std::string folder = paths::parent(backup.path());
+  std::string path = paths::join(folder, backupFileName(freeNameIn(folder, name)));
+  if (const Status moved = QWFileManager::moveFile(backup.path(), path, 20s); !moved) return moved.error();
+  return path;
+}
+
+}  // namespace vantory
