@@ -12,6 +12,7 @@ struct HandlerStatus {
   enum class Colour { DarkGreen, Red };
 
   std::string text;
+  std::string note = {};  // a sentence below; empty for none
   Colour colour = Colour::Red;
   bool keystrokeEnabled = false;  // of the check box "showSysSettingsDialog"
 };

@@ -214,13 +214,14 @@ void QWPreferenceController::updatePrefsHandlingText() {
 }
 
 void QWPreferenceController::showHandling(bool isDefault) {
-  using Colour = HandlerStatus::Colour;
+  HandlerStatus status{.text = "Status: Vantory is NOT the default handler"};
   if (isDefault)
-    parts_.view.setHandlerStatus({"Status: Vantory is the default handler", Colour::DarkGreen, true});
+    status = {.text = "Status: Vantory is the default handler",
+              .colour = HandlerStatus::Colour::DarkGreen,
+              .keystrokeEnabled = true};
   else if (ProjectHandlers::isNoneInstalled())
-    parts_.view.setHandlerStatus({"Status: No application is installed for these projects", Colour::Red, false});
-  else
-    parts_.view.setHandlerStatus({"Status: Vantory is NOT the default handler", Colour::Red, false});
+    status.note = "No other application is installed for these projects.";
+  parts_.view.setHandlerStatus(status);
 }
 
 void QWPreferenceController::changeHandlerToFCS() {

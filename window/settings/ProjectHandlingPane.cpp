@@ -26,11 +26,13 @@ QColor inkFor(HandlerStatus::Colour colour, const QPalette& palette) {
 
 ProjectHandlingPane::ProjectHandlingPane(BoundControls& controls)
     : status_(new QLabel(this)),
+      note_(makeExplanation({})),
       keystroke_(new QCheckBox(QStringLiteral("Show the &system settings of Final Cut Pro with each project"), this)) {
   QFont bold = status_->font();
   bold.setBold(true);
   status_->setFont(bold);
   addRow(status_);
+  addRow(note_);
   addRow(makeExplanation(
       QStringLiteral("As the default handler, Vantory is what opens the projects of Final Cut Studio: it restores the "
                      "backup that is linked to a project, then opens the project in its application.")));
@@ -61,6 +63,8 @@ QWidget* ProjectHandlingPane::makeButtons() {
 
 void ProjectHandlingPane::setStatus(const HandlerStatus& status) {
   status_->setText(displayText(status.text));
+  note_->setText(displayText(status.note));
+  note_->setVisible(!status.note.empty());
   keystroke_->setEnabled(status.keystrokeEnabled);
   colour_ = status.colour;
   colourStatus();

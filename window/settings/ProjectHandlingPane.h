@@ -30,6 +30,7 @@ class ProjectHandlingPane : public FormPane {
   void colourStatus();
 
   QLabel* const status_;
+  QLabel* const note_;
   QCheckBox* const keystroke_;
   HandlerStatus::Colour colour_ = HandlerStatus::Colour::Red;
 };

@@ -210,7 +210,8 @@ TEST_F(PreferencesTest, HandlesProjectsOnlyWithAllEightKinds) {
               std::tuple(text, colour, keystroke));
   };
   auto& viewers = fakes_.defaultHandlers.viewers;
-  expectStatus("Status: No application is installed for these projects", Colour::Red, false);
+  expectStatus("Status: Vantory is NOT the default handler", Colour::Red, false);
+  EXPECT_EQ(view_.status.note, "No other application is installed for these projects.");
   settings_.changeHandlerToFCS();
   EXPECT_EQ(viewers["type/stmp"], "com.apple.soundtrackpro");
   settings_.changeHandlerToVantory();
