@@ -12,8 +12,8 @@
 #include "services/files/QWFileManager.h"
 #include "services/log/QWLog.h"
 #include "tasks/AppController.h"
-#include "tasks/Command.h"
 #include "tasks/KeyList.h"
+#include "tasks/TaskCommand.h"
 
 namespace vantory {
 

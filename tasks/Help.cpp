@@ -6,8 +6,8 @@
 #include <string>
 #include <string_view>
 
-#include "tasks/Command.h"
 #include "tasks/Question.h"
+#include "tasks/TaskCommand.h"
 #include "tasks/TaskOptions.h"
 
 namespace vantory {

@@ -7,7 +7,7 @@
 #include "backups/QWDataController.h"
 #include "base/LocaleDate.h"
 #include "base/PropertyListBytes.h"
-#include "tasks/Command.h"
+#include "tasks/TaskCommand.h"
 
 namespace vantory {
 

@@ -2,8 +2,8 @@
 
 #include "backups/QWDataController.h"
 #include "tasks/AppController.h"
-#include "tasks/Command.h"
 #include "tasks/KeyList.h"
+#include "tasks/TaskCommand.h"
 
 namespace vantory {
 

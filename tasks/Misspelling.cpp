@@ -9,8 +9,8 @@
 #include "platform/SystemInfo.h"
 #include "services/Runtime.h"
 #include "services/files/QWFileManager.h"
-#include "tasks/Command.h"
 #include "tasks/Question.h"
+#include "tasks/TaskCommand.h"
 #include "tasks/TaskOptions.h"
 
 namespace vantory {

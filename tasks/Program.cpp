@@ -21,13 +21,13 @@
 #include "services/log/QWException.h"
 #include "services/log/QWLog.h"
 #include "tasks/AppController.h"
-#include "tasks/Command.h"
 #include "tasks/Help.h"
 #include "tasks/HomeCheck.h"
 #include "tasks/Misspelling.h"
 #include "tasks/QWVantoryUtilities.h"
 #include "tasks/Question.h"
 #include "tasks/TaskAccount.h"
+#include "tasks/TaskCommand.h"
 #include "tasks/TaskOptions.h"
 
 namespace vantory {

@@ -10,7 +10,7 @@
 #include "services/Runtime.h"
 #include "services/TaskReport.h"
 #include "services/log/QWLog.h"
-#include "tasks/Command.h"
+#include "tasks/TaskCommand.h"
 #include "tasks/TaskOptions.h"
 
 namespace vantory {

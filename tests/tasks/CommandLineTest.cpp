@@ -12,10 +12,10 @@
 #include "catalog/BuiltInCatalog.h"
 #include "services/settings/QWUserDefaults.h"
 #include "services/threads/MainThread.h"
-#include "tasks/Command.h"
 #include "tasks/KeyList.h"
 #include "tasks/Program.h"
 #include "tasks/Question.h"
+#include "tasks/TaskCommand.h"
 #include "tasks/TaskOptions.h"
 #include "tests/services/ServicesTest.h"
 

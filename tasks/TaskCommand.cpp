@@ -1,5 +1,5 @@
 // The table of commands, and the search in it.
-#include "tasks/Command.h"
+#include "tasks/TaskCommand.h"
 
 #include <algorithm>
 #include <filesystem>

@@ -9,10 +9,10 @@
 #include "base/TextTable.h"
 #include "platform/Users.h"
 #include "services/TaskReport.h"
-#include "tasks/Command.h"
 #include "tasks/DryRun.h"
 #include "tasks/Question.h"
 #include "tasks/TaskAccount.h"
+#include "tasks/TaskCommand.h"
 
 namespace vantory {
 
