@@ -33,7 +33,7 @@ void printHelp(std::ostream& output) {
             "Without a task the window opens. Of several tasks the first in this list is done.\n"
             "FILE is a project, which opens with the preferences of the backup that it is linked to, or a backup to "
             "import.\n\n";
-  for (const Command& command : commandTable()) printRow(output, command.option, command.operands, command.purpose);
+  for (const TaskCommand& command : commandTable()) printRow(output, command.option, command.operands, command.purpose);
   output << "\nBefore a task:\n\n";
   printRow(output, kJson, "", "Report in JSON what was done to each file.");
   printRow(output, kStrict, "", "Let the exit code tell more (below).");

@@ -14,7 +14,7 @@
 #include "services/settings/QWUserDefaults.h"
 #include "services/settings/SettingsKeys.h"
 #include "tasks/AppController.h"
-#include "tasks/Command.h"
+#include "tasks/TaskCommand.h"
 
 namespace vantory {
 

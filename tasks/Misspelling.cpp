@@ -20,7 +20,7 @@ namespace {
 // Every word that begins a line, as it is written.
 std::vector<std::string> knownOptions() {
   std::vector<std::string> options;
-  for (const Command& command : commandTable()) options.emplace_back(command.option);
+  for (const TaskCommand& command : commandTable()) options.emplace_back(command.option);
   for (const Question& question : questionTable()) options.emplace_back(question.option);
   for (const std::string_view other : {"--help", "--version"}) options.emplace_back(other);
   return options;

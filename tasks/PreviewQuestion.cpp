@@ -55,7 +55,8 @@ std::string table(const std::vector<Change>& changes) {
   return table.text();
 }
 
-std::string json(const Command& command, int exitCode, const TaskReport& report, const std::vector<Change>& changes) {
+std::string json(const TaskCommand& command, int exitCode, const TaskReport& report,
+                 const std::vector<Change>& changes) {
   PropertyListArray entries;
   for (const Change& change : changes) {
     PropertyListDictionary entry;
@@ -74,8 +75,8 @@ std::string json(const Command& command, int exitCode, const TaskReport& report,
 }
 
 // The command whose option, without its dash, is the word; null when there is none.
-const Command* commandNamed(std::string_view word) {
-  for (const Command& command : commandTable())
+const TaskCommand* commandNamed(std::string_view word) {
+  for (const TaskCommand& command : commandTable())
     if (command.name() == word) return &command;
   return nullptr;
 }
@@ -83,7 +84,7 @@ const Command* commandNamed(std::string_view word) {
 // Names all tasks that there are.
 int refuse(std::ostream& errors) {
   errors << "Vantory: --preview needs the name of a task:";
-  for (const Command& command : commandTable()) errors << ' ' << command.name();
+  for (const TaskCommand& command : commandTable()) errors << ' ' << command.name();
   errors << ".\n";
   return 1;
 }
@@ -91,7 +92,7 @@ int refuse(std::ostream& errors) {
 }  // namespace
 
 int previewTask(const QuestionContext& context) {
-  const Command* command = context.operands.empty() ? nullptr : commandNamed(context.operands.front());
+  const TaskCommand* command = context.operands.empty() ? nullptr : commandNamed(context.operands.front());
   if (!command) return refuse(context.errors);
   std::vector<std::string> arguments = context.operands;
   arguments.front() = command->option;

@@ -56,7 +56,7 @@ void refuse(const std::string& reason, const Folder& home) {
 // What a task did, beside the result it always gave.
 class TaskEnding {
  public:
-  TaskEnding(const Command& command, TaskOptions options, std::ostream& output, std::ostream& errors)
+  TaskEnding(const TaskCommand& command, TaskOptions options, std::ostream& output, std::ostream& errors)
       : command_(command), options_(options), output_(output), errors_(errors) {}
 
   // Tells of the report, and answers the exit code.
@@ -82,7 +82,7 @@ class TaskEnding {
     return writeJson(std::move(account)) + "\n";
   }
 
-  const Command& command_;
+  const TaskCommand& command_;
   const TaskOptions options_;
   std::ostream& output_;
   std::ostream& errors_;
@@ -91,7 +91,7 @@ class TaskEnding {
 
 // One task from its identity to what is told of it.
 int runCommand(const ChosenCommand& chosen, TaskOptions options, std::ostream& output, std::ostream& errors) {
-  const Command& command = *chosen.command;
+  const TaskCommand& command = *chosen.command;
   if (command.asSuperuser) platform().users.becomeSuperuser();
   const Folder home = QWLocalPaths::userDirectory();
   const TaskEnding ending(command, options, output, errors);
@@ -137,7 +137,7 @@ int refuseOption(const std::string& option, std::ostream& errors) {
 }
 
 // A task goes before a question, and a question before the window.
-int refuseJson(const Command& command, std::ostream& errors) {
+int refuseJson(const TaskCommand& command, std::ostream& errors) {
   errors << "Vantory: " << command.option
          << " answers with a property list. \"vantory --list-backups --json\" answers in JSON.\n";
   return 1;

@@ -15,7 +15,7 @@ namespace vantory {
 
 namespace {
 
-constexpr Command kCommands[] = {
+constexpr TaskCommand kCommands[] = {
     {"-autobackup", "", "Back up all preferences into a new automatic backup.", autoBackupCommand, true, true, 0,
      FileAction::Copy},
     {"-restoredefault", "", "Restore the backup that is marked as default.", restoreDefaultCommand, true, true, 0,
@@ -43,13 +43,13 @@ constexpr Command kCommands[] = {
 
 }  // namespace
 
-std::span<const Command> commandTable() {
+std::span<const TaskCommand> commandTable() {
   return kCommands;
 }
 
 // The table's order counts, not that of the arguments.
 std::optional<ChosenCommand> chooseCommand(const std::vector<std::string>& arguments) {
-  for (const Command& command : kCommands) {
+  for (const TaskCommand& command : kCommands) {
     const auto option = std::find(arguments.begin(), arguments.end(), command.option);
     if (option != arguments.end()) return ChosenCommand{&command, static_cast<std::size_t>(option - arguments.begin())};
   }

@@ -37,7 +37,7 @@ struct CommandContext {
 };
 
 // One row of the command table.
-struct Command {
+struct TaskCommand {
   std::string_view option;
   std::string_view operands;  // as the help shows them
   std::string_view purpose;
@@ -52,11 +52,11 @@ struct Command {
 };
 
 // In the order they are looked for: the first whose option is given anywhere wins.
-std::span<const Command> commandTable();
+std::span<const TaskCommand> commandTable();
 
 // The command that the arguments ask for, and where its option stands.
 struct ChosenCommand {
-  const Command* command;
+  const TaskCommand* command;
   std::size_t position;
 };
 std::optional<ChosenCommand> chooseCommand(const std::vector<std::string>& arguments);

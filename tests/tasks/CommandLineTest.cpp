@@ -406,7 +406,7 @@ TEST_F(CommandLineTest, QuestionsTouchNothing) {
   const auto before = snapshot();
   for (const bool superuser : {false, true}) {
     fakes_.users.superuser = superuser;
-    for (const Command& command : commandTable()) {
+    for (const TaskCommand& command : commandTable()) {
       const std::string task(command.name());
       for (const std::string& operand : {library("/Set.vnt"), std::string("Set"), std::string("-allfiles")}) {
         const int exitCode = run("--preview " + task, operand);
@@ -496,7 +496,7 @@ TEST_F(CommandLineTest, EveryOptionAndKeyIsDocumented) {
   ASSERT_EQ(run("--help"), 0);
   const std::string help = output_.str();
   std::vector<std::string> options = {std::string(kJson), std::string(kStrict), std::string(kPrint0)};
-  for (const Command& command : commandTable()) options.emplace_back(command.option);
+  for (const TaskCommand& command : commandTable()) options.emplace_back(command.option);
   for (const Question& question : questionTable()) options.emplace_back(question.option);
   const auto completion = [&](const char* name) {
     return read((std::string("resources/completions/") + name).c_str());
