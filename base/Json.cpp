@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <ctime>
 
+#include "base/PropertyListFormats.h"
 #include "base/Text.h"
 
 namespace vantory {
@@ -14,20 +15,6 @@ namespace vantory {
 namespace {
 
 constexpr char kHexDigits[] = "0123456789abcdef";
-constexpr char kBase64Digits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-
-std::string base64(std::string_view bytes) {
-  std::string text;
-  for (std::size_t i = 0; i < bytes.size(); i += 3) {
-    const std::string_view group = bytes.substr(i, 3);
-    std::uint32_t bits = 0;
-    for (std::size_t j = 0; j < 3; ++j)
-      bits = bits << 8 | (j < group.size() ? static_cast<unsigned char>(group[j]) : 0);
-    for (std::size_t j = 0; j < 4; ++j) text += j <= group.size() ? kBase64Digits[bits >> (18 - 6 * j) & 63] : '=';
-  }
-  return text;
-}
-
 // Writes one value after the other behind what is there.
 class Writer {
  public:

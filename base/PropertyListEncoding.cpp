@@ -72,11 +72,4 @@ std::string utf8FromUtf16(std::string_view bytes, ByteOrder order) {
   return text;
 }
 
-std::size_t utf8CharacterLength(std::string_view text) {
-  for (std::size_t length = 1; length <= 4 && length <= text.size(); ++length) {
-    if (isUtf8(text.substr(0, length))) return length;
-  }
-  return 0;
-}
-
 }  // namespace vantory

@@ -1,4 +1,5 @@
-// The forms of property lists one by one, and what they share. Only the sources of property lists include this.
+// The forms of property lists one by one, and what they share. Only the sources of property lists, and of JSON,
+// include this.
 #pragma once
 
 #include <cstddef>
@@ -30,8 +31,6 @@ std::string_view decodedText(std::string_view bytes, std::string& storage);
 enum class ByteOrder { BigEndian, LittleEndian };
 // Refuses halves of pairs.
 std::string utf8FromUtf16(std::string_view bytes, ByteOrder order);
-// The length of the UTF-8 character at the text's beginning; 0 when there is none.
-std::size_t utf8CharacterLength(std::string_view text);
 
 // "2026-11-14T21:35:17Z"; the fraction is dropped, and the nearest date is taken for one that has no four-digit year.
 std::string propertyListDate(const Timestamp& date);

@@ -46,17 +46,6 @@ bool isSecondByte(unsigned char first, unsigned char second) {
   return second >= lowest && second <= highest;
 }
 
-// The length of the character at `start`; 0 when the bytes there are no UTF-8.
-std::size_t characterLength(std::string_view bytes, std::size_t start) {
-  const unsigned char first = byteAt(bytes, start);
-  const std::size_t length = announcedLength(first);
-  if (length < 2) return length;
-  if (length > bytes.size() - start || !isSecondByte(first, byteAt(bytes, start + 1))) return 0;
-  for (std::size_t i = start + 2; i < start + length; ++i)
-    if ((byteAt(bytes, i) & 0xc0) != 0x80) return 0;
-  return length;
-}
-
 constexpr std::uint64_t inEveryByte(std::uint64_t byte) {
   return byte * 0x0101010101010101;
 }
@@ -80,14 +69,6 @@ std::size_t past(bool (*isCommon)(std::uint64_t block), std::string_view bytes, 
     if (!isCommon(block)) break;
   }
   return start;
-}
-
-// Those of ASCII and of Latin-1, and what some programs take for the end of a line.
-bool isControlCharacter(std::string_view character) {
-  const unsigned char first = byteAt(character, 0);
-  if (character.size() == 1) return first < 0x20 || first == 0x7f;
-  if (character.size() == 2) return first == 0xc2 && byteAt(character, 1) < 0xa0;
-  return character == "\u2028" || character == "\u2029";  // line and paragraph separator
 }
 
 // The length of the blank at the start, or the end, of a text; 0 when none is there.
@@ -127,7 +108,7 @@ wchar_t decoded(std::string_view character) {
 
 // The character that begins the text, as if written small, is taken from it. A byte that is no UTF-8 stands for itself.
 wchar_t takeFolded(std::string_view& text) {
-  const std::size_t length = characterLength(text, 0);
+  const std::size_t length = utf8CharacterLength(text);
   const std::string_view character = text.substr(0, std::max<std::size_t>(length, 1));
   text.remove_prefix(character.size());
   if (length < 2) return length == 1 ? lowerCased(character[0]) : byteAt(character, 0);
@@ -200,9 +181,26 @@ std::vector<std::string> split(std::string_view text, char separator) {
   return pieces;
 }
 
+std::size_t utf8CharacterLength(std::string_view text) {
+  if (text.empty()) return 0;
+  const unsigned char first = byteAt(text, 0);
+  const std::size_t length = announcedLength(first);
+  if (length < 2) return length;
+  if (length > text.size() || !isSecondByte(first, byteAt(text, 1))) return 0;
+  const auto continues = [](char byte) { return (static_cast<unsigned char>(byte) & 0xc0) == 0x80; };
+  return std::ranges::all_of(text.substr(2, length - 2), continues) ? length : 0;
+}
+
+bool isControlCharacter(std::string_view character) {
+  const unsigned char first = byteAt(character, 0);
+  if (character.size() == 1) return first < 0x20 || first == 0x7f;
+  if (character.size() == 2) return first == 0xc2 && byteAt(character, 1) < 0xa0;
+  return character == "\u2028" || character == "\u2029";  // line and paragraph separator
+}
+
 bool isUtf8(std::string_view bytes) {
   for (std::size_t i = past(isAscii, bytes, 0); i < bytes.size(); i = past(isAscii, bytes, i)) {
-    const std::size_t length = characterLength(bytes, i);
+    const std::size_t length = utf8CharacterLength(bytes.substr(i));
     if (length == 0) return false;
     i += length;
   }
@@ -224,7 +222,7 @@ std::size_t utf16Length(std::string_view text) {
     units += next - i;
     i = next;
     if (i == text.size()) break;
-    const std::size_t length = characterLength(text, i);
+    const std::size_t length = utf8CharacterLength(text.substr(i));
     // Characters of four bytes are those that take a pair of units.
     units += length == 4 ? 2 : 1;
     i += std::max<std::size_t>(length, 1);
@@ -240,7 +238,7 @@ std::string printable(std::string_view bytes) {
     text += bytes.substr(i, next - i);
     i = next;
     if (i == bytes.size()) break;
-    const std::size_t length = characterLength(bytes, i);
+    const std::size_t length = utf8CharacterLength(bytes.substr(i));
     const std::string_view character = bytes.substr(i, std::max<std::size_t>(length, 1));
     if (length == 0 || isControlCharacter(character))
       appendEscaped(text, character);

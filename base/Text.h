@@ -22,6 +22,10 @@ int compareNames(std::string_view left, std::string_view right);
 // Split at every separator; always at least one piece, empty pieces kept.
 std::vector<std::string> split(std::string_view text, char separator);
 bool isUtf8(std::string_view bytes);
+// The bytes of the UTF-8 character that the text begins with; 0 where it begins with none.
+std::size_t utf8CharacterLength(std::string_view text);
+// Whether a whole character is a control character, or one that some programs take for the end of a line.
+bool isControlCharacter(std::string_view character);
 // False for bytes that are no UTF-8 and for characters that XML 1.0 forbids.
 bool xmlCanHold(std::string_view text);
 // The number of 16-bit units the text has in UTF-16; a byte that is no UTF-8 counts as one.

@@ -1,7 +1,9 @@
 // Expands patterns against the disk, one folder level at a time.
+#include <algorithm>
 #include <optional>
 
 #include "base/Paths.h"
+#include "base/Text.h"
 #include "services/Runtime.h"
 #include "services/TaskReport.h"
 #include "services/files/QWFileManager.h"
@@ -13,14 +15,9 @@ namespace {
 
 using Paths = std::vector<std::string>;
 
-// The bytes of the UTF-8 character at the front of non-empty text; 1 where it does not decode.
-std::size_t characterLength(std::string_view text) {
-  const auto lead = static_cast<unsigned char>(text.front());
-  const std::size_t length = lead < 0xC2 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : lead < 0xF5 ? 4 : 1;
-  if (text.size() < length) return 1;
-  for (const char byte : text.substr(1, length - 1))
-    if ((static_cast<unsigned char>(byte) & 0xC0) != 0x80) return 1;
-  return length;
+// A byte that is no UTF-8 counts as a character.
+std::size_t firstCharacterLength(std::string_view text) {
+  return std::max<std::size_t>(utf8CharacterLength(text), 1);
 }
 
 // Whether the whole name matches: "*" stands for any run of characters, "?" for one. Only the last "*" passed is ever
@@ -36,12 +33,12 @@ bool matches(std::string_view name, std::string_view pattern) {
       nameAtStar = name;
     } else if (wanted == '?') {
       pattern.remove_prefix(1);
-      name.remove_prefix(characterLength(name));
+      name.remove_prefix(firstCharacterLength(name));
     } else if (!pattern.empty() && wanted == name.front()) {
       pattern.remove_prefix(1);
       name.remove_prefix(1);
     } else if (patternAfterStar) {
-      nameAtStar.remove_prefix(characterLength(nameAtStar));
+      nameAtStar.remove_prefix(firstCharacterLength(nameAtStar));
       name = nameAtStar;
       pattern = *patternAfterStar;
     } else {

@@ -15,6 +15,7 @@
 #include <utility>
 
 #include "base/Paths.h"
+#include "base/Text.h"
 
 namespace vantory {
 
@@ -60,31 +61,12 @@ bool isDumb() {
   return terminal && std::string_view(terminal) == "dumb";
 }
 
-bool continues(char byte) {
-  return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
-}
-
-// The length of the character that the text begins with; 0 when that is none.
-std::size_t characterLength(std::string_view text) {
-  const auto first = static_cast<unsigned char>(text.front());
-  if (first < 0x80) return 1;
-  const std::size_t length = first < 0xC2 ? 0 : first < 0xE0 ? 2 : first < 0xF0 ? 3 : first < 0xF5 ? 4 : 0;
-  if (length == 0 || length > text.size()) return 0;
-  return std::ranges::all_of(text.substr(1, length - 1), continues) ? length : 0;
-}
-
-bool isControlCharacter(std::string_view character) {
-  const auto last = static_cast<unsigned char>(character.back());
-  if (character.size() == 1) return last < 0x20 || last == 0x7f;
-  return character.size() == 2 && character.front() == '\xC2' && last < 0xA0;
-}
-
 // As much of the text as fits, with nothing that a terminal could take for a command. Characters of three bytes and
 // more may be two columns wide.
 std::string fitting(std::string_view text, std::size_t columns) {
   std::string line;
   while (!text.empty()) {
-    const std::size_t length = characterLength(text);
+    const std::size_t length = utf8CharacterLength(text);
     const std::string_view character = text.substr(0, std::max<std::size_t>(length, 1));
     const std::size_t width = length > 2 ? 2 : 1;
     if (width > columns) break;
