@@ -80,9 +80,10 @@ std::optional<std::string> QWBackup::defaultBackupName() {
   return QWUserDefaults::standardUserDefaults().stringForKey(setting::kDefaultBackup);
 }
 
-void QWBackup::setDefault() {
-  if (path_.empty()) return;
-  QWUserDefaults::standardUserDefaults().setObject(setting::kDefaultBackup, textValue(paths::lastComponent(path_)));
+Status QWBackup::setDefault() {
+  if (path_.empty()) return {};
+  return QWUserDefaults::standardUserDefaults().setObject(setting::kDefaultBackup,
+                                                          textValue(paths::lastComponent(path_)));
 }
 
 void QWBackup::updateDefault() {

@@ -96,8 +96,8 @@ class QWBackup : public BackupNode {
 
   // The folder name of the default backup; none when there is no default.
   static std::optional<std::string> defaultBackupName();
-  // Makes this the default backup.
-  void setDefault();
+  // Makes this the default backup. Nothing happens to a record without a path.
+  Status setDefault();
   void updateDefault() override;
   int nameCompare(const BackupNode& other) const override;
   int dateCompare(const BackupNode& other) const override;

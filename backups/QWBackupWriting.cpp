@@ -331,7 +331,8 @@ WriteResult QWBackup::write(TaskReport& report, bool filesOnly) {
     if (const Status written = writeSettings(paths::join(path_, kBackupSettingsFile), settings); !written)
       return refuse(written.error());
   }
-  if (isDefault_) setDefault();
+  if (const Status kept = isDefault_ ? setDefault() : Status(); !kept)
+    report.remark(formatted("It could not be made the default backup. %@", kept.error().text));
   // Waiting for the disk leaves time. Deferred where no thread is to be had. A new backup may be on its way to the
   // others of its kind meanwhile; the library's folder stays where it is.
   std::future<Status> sync =

@@ -53,7 +53,7 @@ std::optional<Timestamp> dateIn(const PropertyListDictionary& record, std::strin
 
 // Not durable: a start must not wait for the disk, and a lost date costs nothing.
 void change(const std::string& plistPath, const std::function<void(PropertyListDictionary&)>& change) {
-  SettingsFile(plistPath).change(change, SettingsFile::Durability::Passing);
+  (void)SettingsFile(plistPath).change(change, SettingsFile::Durability::Passing);
 }
 
 // The program's settings; none when nobody is at the console.

@@ -76,7 +76,7 @@ std::vector<ShortcutList::Entry> ShortcutList::ownEntries() const {
   return own;
 }
 
-bool ShortcutList::set(const ShortcutTarget& target, const ShortcutKey& key) {
+Status ShortcutList::set(const ShortcutTarget& target, const ShortcutKey& key) {
   PropertyListDictionary entry;
   entry.set("bundleid", QWUserDefaults::kDomain);
   entry.set("keycode", std::int64_t{key.keycode});
@@ -86,18 +86,19 @@ bool ShortcutList::set(const ShortcutTarget& target, const ShortcutKey& key) {
   return change(target, entry);
 }
 
-bool ShortcutList::remove(const ShortcutTarget& target) {
+Status ShortcutList::remove(const ShortcutTarget& target) {
   return change(target, std::nullopt);
 }
 
-bool ShortcutList::change(const ShortcutTarget& target, const std::optional<PropertyListDictionary>& replacement) {
+Status ShortcutList::change(const ShortcutTarget& target, const std::optional<PropertyListDictionary>& replacement) {
   const auto replace = [&](PropertyListDictionary& list) {
     PropertyListArray entries = takeWatchList(list);
     std::erase_if(entries, [&](const PropertyList& entry) { return isOwn(entry) && calls(entry, target); });
     if (replacement) entries.emplace_back(*replacement);
     list.set(kWatchList, std::move(entries));
   };
-  return file_ && file_->change(replace, SettingsFile::Durability::Lasting);
+  if (!file_) return Error{std::errc::no_such_file_or_directory, "Nobody is logged in at the console."};
+  return file_->change(replace, SettingsFile::Durability::Lasting);
 }
 
 }  // namespace vantory

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "base/PropertyList.h"
+#include "base/Result.h"
 #include "services/settings/SettingsFile.h"
 #include "settings/ShortcutKey.h"
 
@@ -33,13 +34,13 @@ class ShortcutList {
   // This program's entries.
   std::vector<Entry> ownEntries() const;
 
-  // Replaces this program's entry for the target, or adds one. False, with a log line, when the list could not be
-  // written; it is then as it was.
-  bool set(const ShortcutTarget& target, const ShortcutKey& key);
-  bool remove(const ShortcutTarget& target);
+  // Replaces this program's entry for the target, or adds one. Where the list could not be written, which is in the
+  // log, it is as it was.
+  Status set(const ShortcutTarget& target, const ShortcutKey& key);
+  Status remove(const ShortcutTarget& target);
 
  private:
-  bool change(const ShortcutTarget& target, const std::optional<PropertyListDictionary>& replacement);
+  Status change(const ShortcutTarget& target, const std::optional<PropertyListDictionary>& replacement);
 
   std::unique_ptr<SettingsFile> file_;  // null when nobody is at the console
 };

@@ -30,6 +30,10 @@ int refuse(const CommandContext& context, const std::string& reason) {
   return context.refuse({.text = "Vantory: " + reason, .title = "Vantory", .description = reason, .console = reason});
 }
 
+std::string unchangedDefault(const Error& error) {
+  return "The default backup could not be changed: " + error.text;
+}
+
 // Why no backup, or no single one, is meant by the name.
 std::string faultOf(const std::string& name, const BackupList& meant) {
   if (!meant.empty()) return formatted("%i backups are called \"%@\": give the path of one.", meant.size(), name);
@@ -62,16 +66,18 @@ int withBackup(const CommandContext& context, Work work) {
 
 int defaultCommand(const CommandContext& context) {
   if (context.operand(1) == kNone) {
+    const Status removed = QWUserDefaults::standardUserDefaults().removeObjectForKey(setting::kDefaultBackup);
+    if (!removed) return refuse(context, unchangedDefault(removed.error()));
     QWLog::appendLog("There is no default backup any more");
-    QWUserDefaults::standardUserDefaults().removeObjectForKey(setting::kDefaultBackup);
     context.report.summarize("There is no default backup any more.");
     return 0;
   }
   return withBackup(context, [&](const std::shared_ptr<QWBackup>& backup) {
     if (!backup->isComplete())
       return refuse(context, formatted("\"%@\" is incomplete and cannot be the default.", backup->name()));
+    const Status stored = backup->setDefault();
+    if (!stored) return refuse(context, unchangedDefault(stored.error()));
     QWLog::appendLog("%@ was set as the default backup", backup->name());
-    backup->setDefault();
     context.report.summarize(formatted("\"%@\" is the default backup.", backup->name()));
     return 0;
   });

@@ -33,8 +33,9 @@ SortOrder storedSortOrder() {
 
 void storeSortOrder(const SortOrder& order) {
   QWUserDefaults& defaults = QWUserDefaults::standardUserDefaults();
-  defaults.setObject(setting::kSortedColumn, PropertyList(order.column));
-  defaults.setObject(setting::kSortedDescending, PropertyList(order.descending));
+  // Where it cannot be stored the order holds for now, and the log says why.
+  (void)defaults.setObject(setting::kSortedColumn, PropertyList(order.column));
+  (void)defaults.setObject(setting::kSortedDescending, PropertyList(order.descending));
 }
 
 QWDataController::Library sortedLibrary(QWDataController::Library library, const SortOrder& order) {

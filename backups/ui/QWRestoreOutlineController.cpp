@@ -179,16 +179,15 @@ void QWRestoreOutlineController::selectionDidChange() {
 void QWRestoreOutlineController::toggleDefault() {
   const auto backup = selectedBackup();
   if (!backup) return;
-  if (backup->isDefault()) {
-    QWLog::appendLog("%@ was removed as the default backup", backup->name());
-    QWUserDefaults::standardUserDefaults().removeObjectForKey(setting::kDefaultBackup);
-  } else if (!backup->isComplete()) {
+  const bool wasDefault = backup->isDefault();
+  if (!wasDefault && !backup->isComplete())
     return reportFailure("An incomplete backup cannot be the default",
                          formatted("\"%@\" was not written to its end, or its settings are damaged.", backup->name()));
-  } else {
-    QWLog::appendLog("%@ was set as the default backup", backup->name());
-    backup->setDefault();
-  }
+  const Status stored = wasDefault ? QWUserDefaults::standardUserDefaults().removeObjectForKey(setting::kDefaultBackup)
+                                   : backup->setDefault();
+  if (!stored) return reportFailure("The default backup could not be changed", stored.error().text);
+  QWLog::appendLog(wasDefault ? "%@ was removed as the default backup" : "%@ was set as the default backup",
+                   backup->name());
   for (const auto& node : library().backupArray()) node->updateDefault();
   // An automatic backup is no entry of its own there.
   for (const auto& each : library().allBackups()) each->updateDefault();

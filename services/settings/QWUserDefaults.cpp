@@ -92,11 +92,11 @@ std::optional<std::string> QWUserDefaults::stringForKey(const std::string& key) 
   return value ? textOf(*value) : std::nullopt;
 }
 
-// A count that somebody has spoilt must not be taken for none: backups beyond it are deleted.
 bool QWUserDefaults::areKnown() const {
   return (!user_ || user_->isUsable()) && (!machine_ || machine_->isUsable());
 }
 
+// A count that somebody has spoilt must not be taken for none: backups beyond it are deleted.
 long long QWUserDefaults::integerForKey(const std::string& key) const {
   for (const auto& value : {objectForKey(key), registeredDefault(key)})
     if (const auto number = value ? integerOf(*value) : std::nullopt) return *number;
@@ -108,18 +108,19 @@ bool QWUserDefaults::boolForKey(const std::string& key) const {
   return value && booleanOf(*value);
 }
 
-bool QWUserDefaults::setObject(const std::string& key, PropertyList value) {
+Status QWUserDefaults::setObject(const std::string& key, PropertyList value) {
   return change([&](PropertyListDictionary& settings) { settings.set(key, std::move(value)); });
 }
 
-bool QWUserDefaults::removeObjectForKey(const std::string& key) {
+Status QWUserDefaults::removeObjectForKey(const std::string& key) {
   return change([&](PropertyListDictionary& settings) { settings.remove(key); });
 }
 
-bool QWUserDefaults::change(const std::function<void(PropertyListDictionary&)>& change) {
+Status QWUserDefaults::change(const std::function<void(PropertyListDictionary&)>& change) {
   if (user_) return user_->change(change, SettingsFile::Durability::Lasting);
-  QWLog::appendLog("Unable to save the settings: nobody is logged in at the console.");
-  return false;
+  const Error nobody = {std::errc::no_such_file_or_directory, "nobody is logged in at the console."};
+  QWLog::appendLog("Unable to save the settings: %@", nobody.text);
+  return nobody;
 }
 
 void QWUserDefaults::registerDefaults(const std::map<std::string, PropertyList>& defaults) {

@@ -37,16 +37,15 @@ class QWUserDefaults {
   // False while settings are there that cannot be read or understood: what a person has set is not known then.
   bool areKnown() const;
 
-  // Durable when it returns true. False, with a log line, when the settings could not be written; the old ones are then
-  // untouched.
-  bool setObject(const std::string& key, PropertyList value);
-  bool removeObjectForKey(const std::string& key);
+  // Success is on the disk. Where the settings could not be written, which is in the log, the old ones are untouched.
+  Status setObject(const std::string& key, PropertyList value);
+  Status removeObjectForKey(const std::string& key);
   // Values for keys that nobody set. Never written.
   void registerDefaults(const std::map<std::string, PropertyList>& defaults);
 
  private:
   std::optional<PropertyList> registeredDefault(const std::string& key) const;
-  bool change(const std::function<void(PropertyListDictionary&)>& change);
+  Status change(const std::function<void(PropertyListDictionary&)>& change);
 
   std::unique_ptr<SettingsFile> user_;     // null when nobody is at the console
   std::unique_ptr<SettingsFile> machine_;  // null when the machine has no such folder

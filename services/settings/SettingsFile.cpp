@@ -110,12 +110,12 @@ std::optional<PropertyList> SettingsFile::find(const std::string& key) const {
   return *value;
 }
 
-bool SettingsFile::change(const std::function<void(PropertyListDictionary&)>& change, Durability durability) {
+Status SettingsFile::change(const std::function<void(PropertyListDictionary&)>& change, Durability durability) {
   const std::lock_guard lock(changing());
-  const Status replaced = replace(change, durability);
+  Status replaced = replace(change, durability);
   if (!replaced) report("Unable to save the settings: %@", replaced.error().text);
   forget();
-  return replaced.ok();
+  return replaced;
 }
 
 // Two changes in a moment may leave a file that looks like the one before them.

@@ -29,8 +29,8 @@ class SettingsFile {
 
   enum class Durability { Lasting, Passing };
   // Applies the change under the folder's lock (waited for at most two seconds) and replaces the file; the folder is
-  // made when missing. False, with a log line, when that failed; the file is then as it was.
-  bool change(const std::function<void(PropertyListDictionary&)>& change, Durability durability);
+  // made when missing. A failure is in the log; the file is then as it was.
+  Status change(const std::function<void(PropertyListDictionary&)>& change, Durability durability);
 
  private:
   enum class State { Sound, Missing, Damaged, Unreadable };

@@ -34,9 +34,9 @@ void tell(const std::string& message, const std::string& information) {
   QWAlert::alertSheetWithMessageText(message, information, AlertParent::SettingsWindow);
 }
 
-void tellNotSaved() {
+void tellNotSaved(const Error& cause) {
   tell("The setting could not be saved.",
-       "Please check your permissions for the Preferences folder and the free space on your disk.");
+       "Please check your permissions for the Preferences folder and the free space on your disk.\n\n" + cause.text);
 }
 
 bool wantsMove() {
@@ -157,7 +157,8 @@ void QWPreferenceController::modifyBackupPath(const std::string& path) {
   // Where the backups are even if what is stored is no path.
   const auto library = QWDataController::vantoryBackupLocation();
   parts_.view.setBackupRemark("");
-  if (!defaults().setObject(setting::kBackupPath, textValue(path))) return tellNotSaved();
+  if (const Status saved = defaults().setObject(setting::kBackupPath, textValue(path)); !saved)
+    return tellNotSaved(saved.error());
   const Status made = QWFileManager::fileExistsAtPath(path) ? Status() : QWFileManager::createDirectory(path);
   if (!made) parts_.view.setBackupRemark(formatted("The folder could not be created. %@", made.error().text));
   showBackupPath();
@@ -182,10 +183,10 @@ void QWPreferenceController::offerMove(const std::string& from, const std::strin
 // --- Settings --------------------------------------------------------------------------------------------------------
 
 void QWPreferenceController::changeValue(const std::string& key, long long value) {
-  const bool saved = defaults().setObject(key, PropertyList(std::int64_t{value}));
+  const Status saved = defaults().setObject(key, PropertyList(std::int64_t{value}));
   if (saved && (key == setting::kPeriodicAutosave || key == setting::kAutosaveFrequency)) changeAutosaveSettings();
   if (saved) return;
-  tellNotSaved();
+  tellNotSaved(saved.error());
   parts_.view.setValue(key, defaults().integerForKey(key));
 }
 

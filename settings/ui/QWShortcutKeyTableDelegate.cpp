@@ -58,10 +58,10 @@ bool isSet(const UserInfo& info, std::string_view flag) {
   return value && value->asBoolean() && *value->asBoolean();
 }
 
-void tellNotSaved() {
+void tellNotSaved(const Error& cause) {
   QWAlert::alertSheetWithMessageText(
       "The shortcut could not be saved.",
-      "Please check your permissions for the Preferences folder and the free space on your disk.",
+      "Please check your permissions for the Preferences folder and the free space on your disk.\n\n" + cause.text,
       AlertParent::SettingsWindow);
 }
 
@@ -135,11 +135,11 @@ void QWShortcutKeyTableDelegate::keyChanged(const UserInfo& info) {
   const ShortcutKey key{keycodeIn(info), isSet(info, "shift"), isSet(info, "ctrl"), isSet(info, "opt"),
                         isSet(info, "cmd")};
   row->keyname = nameForKeyCode(key.keycode, key.modifiers()).value_or("Unknown");
-  const bool saved = setKeyboardShortcutWithID(
+  const Status saved = setKeyboardShortcutWithID(
       {.id = row->id, .keycode = key.keycode, .shift = key.shift, .cmd = key.cmd, .opt = key.opt, .ctrl = key.ctrl});
   table_->endEditing();
   showShortcuts();
-  if (!saved) tellNotSaved();
+  if (!saved) tellNotSaved(saved.error());
 }
 
 void QWShortcutKeyTableDelegate::clearShortcutKey() {
@@ -149,17 +149,17 @@ void QWShortcutKeyTableDelegate::clearShortcutKey() {
 void QWShortcutKeyTableDelegate::keyCleared() {
   const Row* row = selectedRow();
   if (!row) return;
-  const bool saved = list_.remove({.commandID = row->id});
+  const Status saved = list_.remove({.commandID = row->id});
   if (saved) handOver();
   showShortcuts();
-  if (!saved) tellNotSaved();
+  if (!saved) tellNotSaved(saved.error());
 }
 
-bool QWShortcutKeyTableDelegate::setKeyboardShortcutWithID(const KeyboardShortcut& shortcut) {
+Status QWShortcutKeyTableDelegate::setKeyboardShortcutWithID(const KeyboardShortcut& shortcut) {
   const ShortcutKey key{shortcut.keycode, shortcut.shift, shortcut.ctrl, shortcut.opt, shortcut.cmd};
-  if (!list_.set({.commandID = shortcut.id, .params = shortcut.params}, key)) return false;
-  handOver();
-  return true;
+  Status stored = list_.set({.commandID = shortcut.id, .params = shortcut.params}, key);
+  if (stored) handOver();
+  return stored;
 }
 
 // Another program may take its time, which the window must not.

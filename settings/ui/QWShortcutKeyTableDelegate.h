@@ -40,8 +40,8 @@ class QWShortcutKeyTableDelegate {
     bool opt = false;
     bool ctrl = false;
   };
-  // Replaces the command's shortcut and has the manager read the list. False when the list could not be written.
-  bool setKeyboardShortcutWithID(const KeyboardShortcut& shortcut);
+  // Replaces the command's shortcut and has the manager read the list. Fails when the list could not be written.
+  Status setKeyboardShortcutWithID(const KeyboardShortcut& shortcut);
 
   // "Ctrl+Shift+Alt+Cmd+F", or less of it; none for a code that no key has.
   static std::optional<std::string> nameForKeyCode(std::uint32_t keycode, std::uint16_t modifiers);

@@ -49,7 +49,7 @@ TEST_F(LibraryTest, ListsFoldersThatAreBackups) {
 TEST_F(LibraryTest, TheOldestAutomaticBackupsGoFirst) {
   for (int i = 1; i <= 5; ++i)
     makeBackup(inLibrary("Autosaves/Auto Backup " + std::to_string(i) + ".vnt"), "", 100 * ((i * 2) % 5));
-  settings().setObject("maxAutoBackups", 2);
+  EXPECT_TRUE(settings().setObject("maxAutoBackups", 2));
   EXPECT_TRUE(controller().manageAutoBackups().isWhole());
   std::vector<std::string> kept;
   for (const auto& backup : controller().autoBackupArray()) kept.push_back(backup->name());
@@ -88,7 +88,7 @@ TEST_F(LibraryTest, FailedAndUnfinishedRunsPushNoGoodBackupOut) {
   }
   // Another process still writes one.
   const auto writer = disk_.holdFolder(automatic(5), std::chrono::seconds(0));
-  settings().setObject("maxAutoBackups", 2);
+  EXPECT_TRUE(settings().setObject("maxAutoBackups", 2));
   files_.fail(Operation::Read, std::errc::io_error, FaultyFileSystem::kEveryCall);
   EXPECT_TRUE(controller().manageAutoBackups().hasFailures()) << "how many are to be kept is not known";
   files_.heal();
@@ -101,7 +101,7 @@ TEST_F(LibraryTest, FailedAndUnfinishedRunsPushNoGoodBackupOut) {
 TEST_F(LibraryTest, TheDefaultIsAnyWholeBackup) {
   const auto path = inLibrary("Autosaves/Auto Backup 1.vnt");
   makeBackup(path);
-  settings().setObject("defaultBackup", "Auto Backup 1.vnt");
+  EXPECT_TRUE(settings().setObject("defaultBackup", "Auto Backup 1.vnt"));
   controller().populateBackups();
   ASSERT_TRUE(controller().defaultBackup());
   EXPECT_EQ(controller().defaultBackup()->path(), path);

@@ -70,7 +70,7 @@ const std::map<std::string, std::function<bool(const Operands&)>> kOperations = 
      [](const Operands& o) {
        return authorization().authExecTask(o.at(1), {o.begin() + 2, o.end()}) == 0;
      }},
-    {"set", [](const Operands& o) { return QWUserDefaults::standardUserDefaults().setObject(o.at(1), o.at(2)), true; }},
+    {"set", [](const Operands& o) { return QWUserDefaults::standardUserDefaults().setObject(o.at(1), o.at(2)).ok(); }},
     {"start-job", startJob},
     {"remove-job", [](const Operands& o) { return QWLaunchd::removeLaunchAgent(o.at(1), true), true; }},
     {"update", updateBackup},

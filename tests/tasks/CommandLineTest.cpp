@@ -65,7 +65,7 @@ class CommandLineTest : public ::testing::Test {
   }
   void set(const std::string& key, PropertyList value) {
     const Runtime runtime(fakes_.platform);
-    QWUserDefaults::standardUserDefaults().setObject(key, std::move(value));
+    EXPECT_TRUE(QWUserDefaults::standardUserDefaults().setObject(key, std::move(value)));
   }
 
   // The words of the line, and a path or name that may hold spaces.

@@ -120,7 +120,7 @@ TEST_F(SessionTest, OpenSettingsFollowTheBackupDialogOnTheMainThread) {
     if (QThread::currentThread() != main) isOnMainThread = false;
   });
   window.backupPane().backupCommand().trigger();
-  QWUserDefaults::standardUserDefaults().setObject("backupPath", PropertyList("/else"));
+  EXPECT_TRUE(QWUserDefaults::standardUserDefaults().setObject("backupPath", PropertyList("/else")));
   button(*visibleWindow<BackupDialog>(), "Open Projects with Vantory")->click();
   EXPECT_TRUE(eventually([&] { return field->text() == "/else"; }));
   EXPECT_TRUE(isOnMainThread);

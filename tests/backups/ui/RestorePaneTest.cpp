@@ -103,6 +103,11 @@ TEST_F(RestorePaneTest, RenamesInPlaceAlsoTheDefault) {
     pane_.toggleDefault();
     EXPECT_EQ(button_.title, title);
   }
+  files_.refuseWrites();
+  pane_.toggleDefault();
+  files_.heal();
+  EXPECT_EQ(button_.title, "Unset Default Backup") << "it is the default still";
+  EXPECT_THAT(std::exchange(alerts_, {}), ElementsAre("The default backup could not be changed"));
   EXPECT_EQ(QWUserDefaults::standardUserDefaults().stringForKey("defaultBackup"), "Clean.vnt");
   EXPECT_THAT(logged(), testing::IsSupersetOf(
                             {"Clean was set as the default backup", "Clean was removed as the default backup"}));

@@ -99,7 +99,7 @@ TEST_F(PreferencesTest, LosesNoBackupWhereTheNewFolderIsOdd) {
   EXPECT_EQ(defaults().stringForKey("backupPath"), home_ / "file/below");
   EXPECT_THAT(view_.remark, HasSubstr(": 2"));
 
-  defaults().setObject("backupPath", library());
+  EXPECT_TRUE(defaults().setObject("backupPath", library()));
   settings_.setBackupPath(inLibrary("Autosaves"));
   EXPECT_TRUE(isBackup(inLibrary("Autosaves/Mine.vnt"))) << "named backups are never among automatic ones";
   EXPECT_TRUE(isBackup(inLibrary("Autosaves/Autosaves/Auto Backup 1.vnt")));
@@ -122,15 +122,15 @@ TEST_F(PreferencesTest, OverlooksNoLibrary) {
   EXPECT_TRUE(isBackup(inLibrary("Mine.vnt")));
   files_.heal();
 
-  defaults().setObject("backupPath", "Backups");
+  EXPECT_TRUE(defaults().setObject("backupPath", "Backups"));
   settings_.refresh();
   EXPECT_EQ(view_.remark, "That is no whole path. Your backups are in " + library() + ".");
   controller().populateBackups();
   EXPECT_THAT(logged(), Contains(HasSubstr("The setting backupPath is no whole path: Backups.")));
-  defaults().setObject("backupPath", "~/Mine");
+  EXPECT_TRUE(defaults().setObject("backupPath", "~/Mine"));
   EXPECT_EQ(QWDataController::vantoryBackupLocation(), home_ / "Mine");
 
-  defaults().setObject("backupPath", PropertyList(5));
+  EXPECT_TRUE(defaults().setObject("backupPath", PropertyList(5)));
   settings_.setBackupPath(home_ / "New");
   EXPECT_EQ(alerts_.size(), 2U) << "what is stored was no path";
   EXPECT_TRUE(isBackup(home_ / "New/Mine.vnt"));
@@ -163,7 +163,7 @@ TEST_F(PreferencesTest, TellsWhatDidNotComeAlongToAnotherDisk) {
     return setxattr(path.c_str(), "user.large", large.data(), large.size(), 0) == 0;
   };
   const bool isTooLarge = holds(other + "/Marked.vnt") && !holds(home_.path());
-  defaults().setObject("backupPath", other);
+  ASSERT_TRUE(defaults().setObject("backupPath", other));
   settings_.modifyBackupPath(home_ / "New");
   EXPECT_TRUE(isBackup(home_ / "New/Marked.vnt"));
   EXPECT_TRUE(isBackup(other + "/Piped.vnt")) << "whole, or not at all";
@@ -199,6 +199,7 @@ TEST_F(PreferencesTest, TheScheduleFollowsAtOnceAndAFailureIsShown) {
   files_.refuseWrites();
   settings_.changeValue("maxAutoBackups", 3);
   EXPECT_THAT(alerts_, ElementsAre("The setting could not be saved."));
+  EXPECT_THAT(informative_, HasSubstr("Read-only file system"));
   EXPECT_EQ(view_.values["maxAutoBackups"], 0);
 }
 

@@ -22,7 +22,7 @@ class DelegateTest : public PaneTest {
   DelegateTest() {
     setSmallCatalog("good");
     fakes_.workspace.paths["com.apple.FinalCutPro"] = "/share/com.apple.FinalCutPro.desktop";
-    QWUserDefaults::standardUserDefaults().setObject("showSysSettingsDialog", PropertyList(1));
+    EXPECT_TRUE(QWUserDefaults::standardUserDefaults().setObject("showSysSettingsDialog", PropertyList(1)));
   }
 
   std::shared_ptr<QWBackup> writeBackup(const std::string& name, const std::vector<std::string>& projects) {
@@ -157,7 +157,7 @@ TEST_F(DelegateTest, DocumentsAndTheEndWaitForRunningWork) {
 
 TEST_F(DelegateTest, StartsOnlyWithAnAdministratorWhereOneIsRequired) {
   EXPECT_TRUE(delegate_.awakeFromNib());
-  QWUserDefaults::standardUserDefaults().setObject("requireAdminPassword", PropertyList(1));
+  EXPECT_TRUE(QWUserDefaults::standardUserDefaults().setObject("requireAdminPassword", PropertyList(1)));
   fakes_.privileged.grants = false;
   EXPECT_FALSE(delegate_.awakeFromNib());
   fakes_.privileged.grants = true;

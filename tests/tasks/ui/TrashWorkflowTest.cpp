@@ -111,8 +111,8 @@ TEST_F(TrashWorkflowTest, WaitsForTheTaskThatRuns) {
 
 TEST_F(TrashWorkflowTest, BacksUpTrashesPreferencesOnlyAndRestoresTheDefaultBackupWhereWanted) {
   ASSERT_EQ(backupOfAll("Good")->writeData(report_), WriteResult::Success);
-  QWUserDefaults::standardUserDefaults().setObject("autoRestoreDefault", PropertyList(1));
-  QWUserDefaults::standardUserDefaults().setObject("defaultBackup", PropertyList("Good.vnt"));
+  EXPECT_TRUE(QWUserDefaults::standardUserDefaults().setObject("autoRestoreDefault", PropertyList(1)));
+  EXPECT_TRUE(QWUserDefaults::standardUserDefaults().setObject("defaultBackup", PropertyList("Good.vnt")));
   controller().populateBackups();
   writeFile(prefs("editor.plist"), "broken");
   EXPECT_THAT(runAndReadLog(), testing::IsSupersetOf({"Total trashed files: 3", "Relaunching applications...",
