@@ -17,10 +17,10 @@ std::optional<std::string> libraryFolder() {
 
 // A relative path would depend on where the program was started.
 std::optional<std::string> folderNamed(const std::string& path) {
-  if (path.starts_with('/')) return paths::join(path, "");
+  if (path.starts_with('/')) return std::string(paths::withoutTrailingSlashes(path));
   const auto home = QWLocalPaths::userDirectory();
   if (!home || (path != "~" && !path.starts_with("~/"))) return std::nullopt;
-  return paths::join(paths::join(*home, path.substr(1)), "");
+  return paths::join(*home, path.substr(1));
 }
 
 std::optional<std::string> unusableLibraryFolder() {

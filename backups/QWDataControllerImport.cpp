@@ -22,7 +22,8 @@ FileSystem& files() {
 
 // A relative path begins where the program was started.
 std::string absolutePath(const std::string& path) {
-  return path.starts_with('/') ? paths::join(path, "") : paths::join(QWCmdUtils::applicationPath(), path);
+  return path.starts_with('/') ? std::string(paths::withoutTrailingSlashes(path))
+                               : paths::join(QWCmdUtils::applicationPath(), path);
 }
 
 // Copies a backup to its place in the library. One that bears the name already goes to the Trash, when the copy is

@@ -8,12 +8,6 @@ namespace vantory::paths {
 
 namespace {
 
-// The root keeps its own.
-std::string_view withoutTrailingSlashes(std::string_view path) {
-  while (path.size() > 1 && path.ends_with('/')) path.remove_suffix(1);
-  return path;
-}
-
 std::string_view lastPart(std::string_view path) {
   path = withoutTrailingSlashes(path);
   return path == "/" ? path : path.substr(path.rfind('/') + 1);
@@ -34,6 +28,11 @@ std::string_view takeComponent(std::string_view& path) {
 }
 
 }  // namespace
+
+std::string_view withoutTrailingSlashes(std::string_view path) {
+  while (path.size() > 1 && path.ends_with('/')) path.remove_suffix(1);
+  return path;
+}
 
 std::string join(std::string_view folder, std::string_view component) {
   std::string path(withoutTrailingSlashes(folder));
@@ -70,6 +69,10 @@ std::string withoutExtension(std::string_view path) {
 
 std::string normalized(std::string_view path) {
   return std::string(withoutTrailingSlashes(std::filesystem::path(path).lexically_normal().native()));
+}
+
+std::string absolute(std::string_view path, std::string_view folder) {
+  return normalized(path.starts_with('/') ? std::string(path) : join(folder, path));
 }
 
 std::vector<std::string_view> components(std::string_view path) {

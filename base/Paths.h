@@ -17,6 +17,10 @@ std::string parent(std::string_view path);
 std::string extension(std::string_view path);
 // The path without its extension and the dot before it.
 std::string withoutExtension(std::string_view path);
+// The root keeps its slash.
+std::string_view withoutTrailingSlashes(std::string_view path);
+// The path itself, or where it is relative below the folder; normalized.
+std::string absolute(std::string_view path, std::string_view folder);
 // Without ".", doubled slashes and a slash at the end; ".." takes back the component before it.
 std::string normalized(std::string_view path);
 // Parts of the path that is given. A leading "/" is a component of its own, a trailing "/" gives a last component "/".

@@ -141,7 +141,7 @@ void ItemRestoring::restore(const std::string& source) {
 }  // namespace
 
 void QWPrefItem::restoreFilesFromBackup(const BackupPlace& backup, TaskReport& report) {
-  const std::string root = paths::join(backup.path(), "");
+  const std::string root(paths::withoutTrailingSlashes(backup.path()));
   ItemRestoring restoring(root, key(), report);
   for (const std::string& pattern : files())
     for (const std::string& path : QWFileManager::filesMatchingWildcardPath(backup.safeUserPath(pattern), root, report))

@@ -89,7 +89,7 @@ int backupCommand(const CommandContext& context) {
                            .title = "Backup failed",
                            .description = "Invalid keys",
                            .console = "Invalid keys"});
-  if (name.starts_with(kAutomaticPrefix))
+  if (isAutomaticName(name))
     QWLog::appendLogAndPrint("%@ is kept among the automatic backups, which are removed in time.", name);
   // Writing it moves a backup that has the name to the Trash, unless another process is at work on that.
   const auto backup = makeRecord(name, keys);

@@ -2,7 +2,6 @@
 #include "tasks/TaskCommand.h"
 
 #include <algorithm>
-#include <filesystem>
 
 #include "base/Paths.h"
 #include "platform/SystemInfo.h"
@@ -64,8 +63,7 @@ std::optional<std::string> CommandContext::operand(std::size_t number) const {
 std::string CommandContext::pathOperand(std::size_t number) const {
   const std::string path = *operand(number);
   if (path.empty()) return path;
-  const std::filesystem::path folder = Runtime::current().platform().system.workingDirectory();
-  return paths::normalized((folder / path).native());
+  return paths::absolute(path, Runtime::current().platform().system.workingDirectory());
 }
 
 int CommandContext::refuse(const TaskFailure& failure) const {

@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <vector>
 
+#include "base/Paths.h"
 #include "platform/linux/files/FileRights.h"
 #include "platform/linux/locks/ImmutableFlag.h"
 #include "platform/linux/locks/LockProtocol.h"
@@ -70,13 +71,12 @@ Result<Descriptor> openOwn(const std::string& text) {
   const std::string path = plainPath(text).value_or("");
   if (path.empty()) return systemError(text, EINVAL);
   if (!isServed(path)) return systemError(path, EPERM);
-  const std::size_t slash = path.rfind('/');
-  const Descriptor folder = openBeneath(root.get(), path.substr(1, slash - 1), O_PATH | O_DIRECTORY);
+  const Descriptor folder = openBeneath(root.get(), paths::parent(path).substr(1), O_PATH | O_DIRECTORY);
   if (!folder.valid()) return systemError(path);
   if (const Status allowed = checkFolder(folder.get(), path); !allowed) return allowed.error();
   Descriptor item;
   for (const int flags : {O_PATH, O_RDONLY | O_NONBLOCK | O_NOCTTY}) {
-    item = openBeneath(folder.get(), path.substr(slash + 1), flags | O_NOFOLLOW);
+    item = openBeneath(folder.get(), paths::lastComponent(path), flags | O_NOFOLLOW);
     if (!item.valid()) return systemError(path);
     if (const Status own = checkOwn(item.get(), path); !own) return own.error();
   }

@@ -142,9 +142,7 @@ bool QWAuthorization::refuse(const char* message) const {
 }
 
 bool QWAuthorization::isProtected(const std::string& path, const char* message) const {
-  std::string_view folder = path;
-  while (folder.size() > 1 && folder.ends_with('/')) folder.remove_suffix(1);
-  if (!QWLocalPaths::isPathSystemDirectory(folder, true)) return false;
+  if (!QWLocalPaths::isPathSystemDirectory(paths::withoutTrailingSlashes(path), true)) return false;
   platform_.systemLog.write(printable(formatted(message, path)));
   return true;
 }

@@ -65,8 +65,7 @@ bool QWFileManager::isSameItem(const std::string& path, const std::string& other
 
 // With a slash behind its name a file would seem to be missing.
 bool QWFileManager::isMissingAtPath(const std::string& slashed) {
-  const std::string path = slashed.substr(0, std::max<std::size_t>(slashed.find_last_not_of('/') + 1, 1));
-  const auto info = files().info(path, Links::DoNotFollow);
+  const auto info = files().info(std::string(paths::withoutTrailingSlashes(slashed)), Links::DoNotFollow);
   return !info && meansMissing(info.error());
 }
 

@@ -2,7 +2,6 @@
 #include "tasks/ui/DocumentPaths.h"
 
 #include <charconv>
-#include <filesystem>
 #include <optional>
 #include <string_view>
 
@@ -44,10 +43,6 @@ std::optional<std::string> pathOfAddress(std::string_view text) {
   return percentDecoded(text);
 }
 
-std::string fullPath(const std::string& path, const std::string& workingDirectory) {
-  return paths::normalized((std::filesystem::path(workingDirectory) / path).native());
-}
-
 }  // namespace
 
 bool isKnownDocument(const std::string& path) {
@@ -61,7 +56,7 @@ std::vector<std::string> documentPaths(const std::vector<std::string>& arguments
     const bool isOption = !optionsEnded && argument.starts_with('-');
     optionsEnded = optionsEnded || argument == "--";
     if (argument.empty() || isOption) continue;
-    found.push_back(fullPath(pathOfAddress(argument).value_or(argument), workingDirectory));
+    found.push_back(paths::absolute(pathOfAddress(argument).value_or(argument), workingDirectory));
   }
   return found;
 }

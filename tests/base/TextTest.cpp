@@ -94,6 +94,8 @@ TEST(Paths, WithinIsTestedOnWholeComponents) {
   EXPECT_FALSE(paths::isWithin("/a", "/a/b"));
   EXPECT_FALSE(paths::isWithin("/a/../b", "/a"));
   EXPECT_FALSE(paths::isWithin("/a", ""));
+  EXPECT_EQ(paths::absolute("../b/./c/", "/a"), "/b/c");
+  EXPECT_EQ(paths::absolute("/b//c", "/a"), "/b/c");
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <chrono>
 #include <vector>
 
+#include "base/Text.h"
 #include "platform/Users.h"
 #include "platform/linux/files/FileRights.h"
 #include "platform/linux/helpers/DesktopHelper.h"
@@ -30,12 +31,6 @@ constexpr seconds kPatienceForStart{30};
 Status statusOf(const Result<Message>& answer) {
   if (!answer) return answer.error();
   return {};
-}
-
-std::string lowerCase(std::string text) {
-  std::transform(text.begin(), text.end(), text.begin(),
-                 [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-  return text;
 }
 
 Error noSession() {
@@ -136,7 +131,7 @@ std::optional<std::string> LinuxDefaultHandlers::defaultViewer(const std::string
   const std::lock_guard lock(mutex_);
   const Result<Message> viewer = helperThatSeesChanges().ask({"default-viewer", type}, kPatienceForStart);
   if (!viewer || viewer->empty()) return std::nullopt;
-  return lowerCase(viewer->front());
+  return lowerCased(viewer->front());
 }
 
 DesktopHelper& LinuxDefaultHandlers::helper() const {

@@ -1,9 +1,10 @@
 // Shortens names for staging, and brings paths into one form.
 #include "platform/posix/files/Names.h"
 
-#include <algorithm>
 #include <cstdint>
 #include <cstdio>
+
+#include "base/Paths.h"
 
 namespace vantory {
 
@@ -19,11 +20,9 @@ std::string stagingName(std::string_view finalName, int attempt) {
 std::optional<std::string> plainPath(std::string_view path) {
   if (!path.starts_with('/')) return std::nullopt;
   std::string plain;
-  for (std::size_t start = 0, end = 0; start < path.size(); start = end + 1) {
-    end = std::min(path.find('/', start), path.size());
-    const std::string_view component = path.substr(start, end - start);
+  for (const std::string_view component : paths::components(path)) {
     if (component == "..") return std::nullopt;
-    if (!component.empty() && component != ".") plain.append("/").append(component);
+    if (component != "/" && component != ".") plain.append("/").append(component);
   }
   return plain.empty() ? "/" : plain;
 }

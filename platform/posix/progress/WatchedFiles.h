@@ -31,8 +31,6 @@ class WatchedFileSystem : public FileSystem {
   ProgressLine& line_;
 };
 
-class ProgressLine;
-
 class WatchedFileMetadata : public FileMetadata {
  public:
   // Both outlive it.
