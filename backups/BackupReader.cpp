@@ -41,11 +41,6 @@ bool names(const PropertyListArray& list, const std::string& name) {
   });
 }
 
-// Which users a backup holds is told by its folders, not by its settings.
-bool holdsAvidUsers(const QWApp& app, const QWPrefItem& item) {
-  return app.name() == "Avid Media Composer" && item.name() == "Preferences";
-}
-
 // The application as the backup holds it; null when it holds none of its items.
 std::shared_ptr<QWApp> heldApp(const QWApp& app, const PropertyListArray& itemNames,
                                const std::shared_ptr<const BackupFolder>& place) {
@@ -57,7 +52,8 @@ std::shared_ptr<QWApp> heldApp(const QWApp& app, const PropertyListArray& itemNa
     const auto copy = item->copy();
     copy->setSelected(On);
     copy->setParent(held);
-    if (holdsAvidUsers(app, *item)) copy->populateAvidUsersInBackup(place->path());
+    // Which users a backup holds is told by its folders, not by its settings.
+    if (item->hasAvidUsers()) copy->populateAvidUsersInBackup(place->path());
     copy->measureWhenAsked(place);
     items.push_back(copy);
   }

@@ -55,7 +55,8 @@ class BaseFolders {
 std::shared_ptr<QWApp> buildApp(const BuiltInApp& row, const BaseFolders& folders) {
   auto app = QWApp::appWithName(row.name, row.icon, row.bundleID);
   for (const BuiltInItem& item : row.items) {
-    auto added = std::make_shared<QWPrefItem>(item.name, item.key, item.lockable, folders.resolve(item.files));
+    auto added = std::make_shared<QWPrefItem>(item.name, item.key, item.lockable, folders.resolve(item.files),
+                                              item.hasAvidUsers);
     if (item.hasAvidUsers) added->populateAvidUsers();
     app->addItem(added);
   }

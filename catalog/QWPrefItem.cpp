@@ -6,10 +6,10 @@
 
 namespace vantory {
 
-QWPrefItem::QWPrefItem(std::string name, std::string key, bool lockable, std::vector<std::string> files)
-    : QWPrefItem(
-          std::make_shared<const Definition>(Definition{std::move(name), std::move(key), lockable, std::move(files)})) {
-}
+QWPrefItem::QWPrefItem(std::string name, std::string key, bool lockable, std::vector<std::string> files,
+                       bool hasAvidUsers)
+    : QWPrefItem(std::make_shared<const Definition>(
+          Definition{std::move(name), std::move(key), lockable, std::move(files), hasAvidUsers})) {}
 
 std::shared_ptr<QWPrefItem> QWPrefItem::copy() const {
   auto copied = std::make_shared<QWPrefItem>(definition_);

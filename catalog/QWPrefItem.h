@@ -30,9 +30,11 @@ class QWPrefItem : public CatalogParent, public std::enable_shared_from_this<QWP
     std::string key;
     bool lockable = true;
     std::vector<std::string> files;
+    bool hasAvidUsers = false;
   };
 
-  QWPrefItem(std::string name, std::string key, bool lockable, std::vector<std::string> files);
+  QWPrefItem(std::string name, std::string key, bool lockable, std::vector<std::string> files,
+             bool hasAvidUsers = false);
   explicit QWPrefItem(std::shared_ptr<const Definition> definition) : definition_(std::move(definition)) {}
   // A copy has the same states and users; it has no parent, date or size.
   std::shared_ptr<QWPrefItem> copy() const;
@@ -42,6 +44,8 @@ class QWPrefItem : public CatalogParent, public std::enable_shared_from_this<QWP
   bool lockable() const { return definition_->lockable; }
   // Absolute path patterns.
   const std::vector<std::string>& files() const { return definition_->files; }
+  // Whether the Avid users' folders are looked for, to become its users.
+  bool hasAvidUsers() const { return definition_->hasAvidUsers; }
   // True for an item that holds an application's preferences proper.
   bool isPreferences() const;
 

@@ -32,9 +32,11 @@ class SameFiles : public test::LockableFiles {
 
 struct Machine {
   Machine() {
-    for (const char* name : {"Editor", "Avid Media Composer"}) {
+    for (const char* name : {"Editor", "Player"}) {
       const auto app = QWApp::appWithName(name, "", "com.example");
-      for (const char* item : {"Preferences", "Layouts"}) app->addItemWithName(item, "key", true, {"/nowhere"});
+      for (const bool hasAvidUsers : {true, false})
+        app->addItem(std::make_shared<QWPrefItem>(hasAvidUsers ? "Preferences" : "Layouts", "key", true,
+                                                  std::vector<std::string>{"/nowhere"}, hasAvidUsers));
       catalog.push_back(app);
     }
     QWDataController::sharedController().setAppArray(catalog);

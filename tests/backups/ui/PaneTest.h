@@ -28,7 +28,8 @@ class PaneTest : public BackupsTest, protected PersonAtWindow, protected PaneSwi
     editor_->addItemWithName("Preferences", "editorPrefs", true, {prefs("editor.plist")});
     editor_->addItemWithName("Layouts", "editorLayouts", true, {prefs("editor.layout")});
     avid_ = QWApp::appWithName("Avid Media Composer", "avid.png", "com.example.Avid");
-    avidItem_ = avid_->addItemWithName("Preferences", "avidPrefs", false, {});
+    avidItem_ = std::make_shared<QWPrefItem>("Preferences", "avidPrefs", false, std::vector<std::string>(), true);
+    avid_->addItem(avidItem_);
     for (const char* name : {"anna", "ben"}) {
       writeFile(avidFile(name), name);
       auto user = std::make_shared<QWPrefItem>(name, std::string("avidPrefUser") + name, true,
