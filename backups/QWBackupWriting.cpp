@@ -355,8 +355,12 @@ void QWBackup::removeCreatedFolder(TaskReport& report) {
   if (!createdFolder_) return;
   // While the library is held nobody else can clear the path and make a folder of their own.
   const auto libraryHold = holdBackupFolder(paths::parent(path_));
+  if (!libraryHold) {
+    QWLog::appendLog("%@ is left as it is: %@", path_, libraryHold.error().text);
+    return report.failed(FileAction::Remove, path_, libraryHold.error());
+  }
   const auto info = files().info(path_, Links::DoNotFollow);
-  if (!libraryHold || !info || info->identity != *createdFolder_) {
+  if (!info || info->identity != *createdFolder_) {
     QWLog::appendLog("%@ is left as it is: another process is working there", path_);
     return;
   }

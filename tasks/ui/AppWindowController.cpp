@@ -56,7 +56,11 @@ void AppWindowController::makeFirstBackup() {
   for (const auto& app : QWDataController::sharedController().appArray())
     backup->addApp(app->copyWithItems([](const QWPrefItem& item) { return item.copy(); }));
   TaskReport report;
-  if (backup->writeData(report) != WriteResult::Success) backup->dropUnwritten(report);
+  const bool written = backup->writeData(report) == WriteResult::Success;
+  if (!written) backup->dropUnwritten(report);
+  if (report.hasFailures())
+    vantory::reportFailure(written ? "The first backup is incomplete" : "No first backup could be made",
+                           report.causes());
 }
 
 void AppWindowController::toolbarTrash() {

@@ -125,7 +125,8 @@ void AppWindowController::finishTrash(const TrashRun& run, const TaskReport& rep
     QWAlert::alertSheetWithMessageText("Preferences successfully trashed",
                                        withCauses("Please empty your Trash.", report));
   else if (run.trashedAll())
-    vantory::reportFailure("The default backup could not be restored as a whole", report.causes());
+    vantory::reportFailure("The default backup could not be restored as a whole",
+                           withCauses(report.isCancelled() ? "The restore was cancelled." : "", report));
   else
     vantory::reportFailure(run.count() < 1 ? "Nothing was trashed" : "Not everything was trashed", report.causes());
 }
