@@ -8,6 +8,7 @@ namespace vantory {
 
 // No program but a tool like the others: with the name of the one machine-wide setting and "0" or "1" it writes that.
 inline constexpr const char* kMachineSettingTool = "machine-setting";
+inline constexpr const char* kSettingsFile = "com.quarrywell.Vantory.plist";  // the machine's, and each user's
 inline constexpr const char* kAdministratorSetting = "requireAdminPassword";
 
 // Any thread.

@@ -9,6 +9,7 @@
 #include "services/QWLocalPaths.h"
 #include "services/Runtime.h"
 #include "services/files/QWFileManager.h"
+#include "services/log/LogFile.h"
 #include "services/log/QWLog.h"
 
 namespace vantory {
@@ -52,10 +53,9 @@ Status LogGathering::begin() {
 void LogGathering::addProgram(const std::string& name) {
   if (name.empty()) return;
   for (const bool user : {true, false}) {
-    const auto logs = QWLocalPaths::logDirectory(user);
-    if (!logs) continue;
-    addMatching(paths::join(*logs, "Quarrywell"), name, ".log");
-    addMatching(paths::join(*logs, "CrashReporter"), name + "_", ".crash");
+    if (const auto logs = logFolder(user)) addMatching(*logs, name, ".log");
+    if (const auto logs = QWLocalPaths::logDirectory(user))
+      addMatching(paths::join(*logs, "CrashReporter"), name + "_", ".crash");
   }
   const auto preferences = QWLocalPaths::prefsDirectory(true);
   if (!preferences) return;

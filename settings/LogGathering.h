@@ -22,7 +22,7 @@ class LogGathering {
   // The program's logs, crash reports and preference file, of the user and of the machine.
   void addProgram(const std::string& name);
   void addFile(const std::string& path);
-  // A zip archive of the folder; none where that failed.
+  // Makes a zip archive of the folder.
   Status packInto(const std::string& archive) const;
 
   bool isEmpty() const { return copied_ == 0 && failed_ == 0; }  // nothing was there to be added

@@ -56,13 +56,6 @@ void change(const std::string& plistPath, const std::function<void(PropertyListD
   (void)SettingsFile(plistPath).change(change, SettingsFile::Durability::Passing);
 }
 
-// The program's settings; none when nobody is at the console.
-std::optional<std::string> usualRecord() {
-  const auto preferences = QWLocalPaths::prefsDirectory(true);
-  if (!preferences) return std::nullopt;
-  return paths::join(*preferences, QWUserDefaults::kDomain + std::string(".plist"));
-}
-
 // The last report by name, which goes by date.
 std::optional<std::string> lastReport(const std::string& folder, const std::string& appName) {
   std::vector<std::string> names = QWFileManager::contentsOfDirectory(folder);
@@ -122,7 +115,7 @@ void QWBugReporter::startBugReporter() {
 }
 
 void QWBugReporter::startBugReporterWithDelegate(BugReporterDelegate* delegate) {
-  if (const auto record = usualRecord()) startBugReporter(kProgram, *record, delegate);
+  if (const auto record = QWUserDefaults::settingsPath(true)) startBugReporter(kProgram, *record, delegate);
 }
 
 void QWBugReporter::startBugReporter(const std::string& appName, const std::string& plistPath,
@@ -144,7 +137,7 @@ void QWBugReporter::startBugReporter(const std::string& appName, const std::stri
 }
 
 void QWBugReporter::stopBugReporter() {
-  if (const auto record = usualRecord()) stopBugReporter(*record);
+  if (const auto record = QWUserDefaults::settingsPath(true)) stopBugReporter(*record);
 }
 
 void QWBugReporter::stopBugReporter(const std::string& plistPath) {

@@ -12,6 +12,7 @@
 #include "services/QWLocalPaths.h"
 #include "services/Runtime.h"
 #include "services/files/QWFileManager.h"
+#include "services/log/LogFile.h"
 #include "services/log/QWLog.h"
 #include "services/messages/QWAlert.h"
 #include "settings/LogGathering.h"
@@ -37,11 +38,11 @@ std::string archiveIn(const std::string& desktop, const std::string& name) {
                    localTimeText(platform().clock.now(), "%Y%m%d%H%M%S"));
 }
 
-// What a person can do about it.
-std::string reasonForFailure(const std::string& desktop) {
+// What a person can do about it, or else the cause.
+std::string reasonForFailure(const std::string& desktop, const Error& cause) {
   if (!QWFileManager::isDirectoryAtPath(desktop)) return formatted("There is no folder %@.", desktop);
   if (!platform().metadata.isWritable(desktop)) return formatted("The folder %@ cannot be written to.", desktop);
-  return "The log says what happened.";
+  return cause.text;
 }
 
 bool tellFailure(const std::string& reason) {
@@ -66,8 +67,8 @@ bool tellSuccess(const std::string& archive, int leftOut, bool silent) {
 }
 
 void viewLog(const std::string& fileName, const std::string& whenMissing) {
-  const auto logs = QWLocalPaths::logDirectory(true);
-  const std::string path = paths::join(logs.value_or(""), "Quarrywell/" + fileName);
+  const auto logs = logFolder(true);
+  const std::string path = paths::join(logs.value_or(""), fileName);
   if (!logs || !QWFileManager::fileExistsAtPath(path))
     return QWAlert::alertSheetWithMessageText("No log found", whenMissing);
   QWLog::finishWriting();
@@ -93,7 +94,9 @@ bool QWTroubleshootingUtils::gatherLogsForAppsWithNames(const std::vector<std::s
   for (const std::string& path : additionalFiles) gathering.addFile(path);
   if (gathering.isEmpty()) return tellNothingFound(silent);
   const std::string archive = archiveIn(*desktop, names.front());
-  if (gathering.copied() == 0 || !gathering.packInto(archive)) return tellFailure(reasonForFailure(*desktop));
+  if (gathering.copied() == 0) return tellFailure("None of the files could be read; the log names them.");
+  if (const Status packed = gathering.packInto(archive); !packed)
+    return tellFailure(reasonForFailure(*desktop, packed.error()));
   return tellSuccess(archive, gathering.failed(), silent);
 }
 
@@ -110,7 +113,7 @@ bool QWTroubleshootingUtils::gatherLogsForAppWithName(const std::string& name) {
 }
 
 void QWTroubleshootingUtils::viewLogForApp(const std::string& name) {
-  viewLog(name + ".1.log", "You must perform a task before viewing the log.");
+  viewLog(logFileName(name), "You must perform a task before viewing the log.");
 }
 
 void QWTroubleshootingUtils::viewTaskLogForApp(const std::string& name) {

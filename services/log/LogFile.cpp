@@ -23,14 +23,8 @@ constexpr int kGenerations = 5;
 constexpr std::size_t kMostPending = 256 * 1024;  // bytes
 constexpr double kBytesPerGigabyte = 1024.0 * 1024.0 * 1024.0;
 
-std::optional<std::string> logFolder(bool user) {
-  const std::optional<std::string> logs = QWLocalPaths::logDirectory(user);
-  if (!logs) return std::nullopt;
-  return paths::join(*logs, "Quarrywell");
-}
-
 std::string generationPath(const std::string& folder, const std::string& name, int generation) {
-  return paths::join(folder, formatted("%@.%i.log", name, generation));
+  return paths::join(folder, logFileName(name, generation));
 }
 
 bool exists(const FileSystem& files, const std::string& path) {
@@ -58,6 +52,16 @@ void tell(Platform& platform, std::string_view format, const Arguments&... argum
 }
 
 }  // namespace
+
+std::optional<std::string> logFolder(bool user) {
+  const std::optional<std::string> logs = QWLocalPaths::logDirectory(user);
+  if (!logs) return std::nullopt;
+  return paths::join(*logs, "Quarrywell");
+}
+
+std::string logFileName(const std::string& name, int generation) {
+  return formatted("%@.%i.log", name, generation);
+}
 
 LogFile::LogFile(Platform& platform) : platform_(platform) {}
 

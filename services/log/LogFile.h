@@ -16,6 +16,11 @@ namespace vantory {
 
 class AppendFile;
 
+// The folder of the maker's logs, the user's or the machine's; none when there is no such user.
+std::optional<std::string> logFolder(bool user);
+// What the log of that name is called there; the generations count from 1, the current one.
+std::string logFileName(const std::string& name, int generation = 1);
+
 // The current file "NAME.1.log" and the older ones up to "NAME.5.log". Used by one thread at a time.
 //
 // The superuser writes the current file in the machine-wide log folder, while the older generations are those in the

@@ -6,6 +6,7 @@
 
 #include "base/Paths.h"
 #include "base/Text.h"
+#include "platform/PrivilegedRunner.h"
 #include "services/QWLocalPaths.h"
 #include "services/Runtime.h"
 #include "services/log/QWLog.h"
@@ -16,10 +17,10 @@ namespace {
 
 using Limits = std::numeric_limits<long long>;
 
-// Null where there is no such folder.
-std::unique_ptr<SettingsFile> settingsIn(const std::optional<std::string>& folder) {
-  if (!folder) return nullptr;
-  return std::make_unique<SettingsFile>(paths::join(*folder, QWUserDefaults::kDomain + std::string(".plist")));
+// Null where nobody's folders can be resolved.
+std::unique_ptr<SettingsFile> settingsOf(bool user) {
+  const auto path = QWUserDefaults::settingsPath(user);
+  return path ? std::make_unique<SettingsFile>(*path) : nullptr;
 }
 
 // Cut off towards zero; the nearest number for one beyond the range, 0 for what is none.
@@ -68,9 +69,13 @@ QWUserDefaults& QWUserDefaults::standardUserDefaults() {
   return Runtime::current().shared<QWUserDefaults>();
 }
 
-QWUserDefaults::QWUserDefaults()
-    : user_(settingsIn(QWLocalPaths::prefsDirectory(true))),
-      machine_(settingsIn(QWLocalPaths::prefsDirectory(false))) {}
+QWUserDefaults::QWUserDefaults() : user_(settingsOf(true)), machine_(settingsOf(false)) {}
+
+std::optional<std::string> QWUserDefaults::settingsPath(bool user) {
+  const auto folder = QWLocalPaths::prefsDirectory(user);
+  if (!folder) return std::nullopt;
+  return paths::join(*folder, kSettingsFile);
+}
 
 std::optional<PropertyList> QWUserDefaults::objectForKey(const std::string& key) const {
   for (const SettingsFile* file : {user_.get(), machine_.get()}) {

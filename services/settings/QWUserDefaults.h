@@ -24,6 +24,9 @@ class QWUserDefaults {
 
   QWUserDefaults();
 
+  // Where the settings lie, the user's or the machine's; none when there is no such user.
+  static std::optional<std::string> settingsPath(bool user);
+
   // None when the key is neither set nor registered.
   std::optional<PropertyList> objectForKey(const std::string& key) const;
   // None when absent or no text.

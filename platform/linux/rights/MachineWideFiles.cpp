@@ -85,7 +85,7 @@ Status MachineWideFiles::makeReadable(const std::string& path) const {
 // Under the lock that all changes of settings take; whatever else the file holds stays.
 Status MachineWideFiles::requireAdministrator(bool required) {
   const std::string folder = standard_.localFolder(StandardFolder::Library).value_or("") + "/Preferences";
-  const std::string path = folder + "/com.quarrywell.Vantory.plist";
+  const std::string path = paths::join(folder, kSettingsFile);
   if (Status made = files_.makeFolder(folder); !made) return made;
   const auto hold = files_.holdFolder(folder, kWaitForOthers);
   if (!hold) return hold.error();
