@@ -173,7 +173,7 @@ bool ItemCopier::copyAvidFile(const std::string& source) {
 std::optional<ItemCopier::Target> ItemCopier::targetFor(const std::string& source) {
   const auto info = files().info(source, Links::DoNotFollow);
   if (!info) {
-    if (QWFileManager::meansMissing(info.error())) return std::nullopt;
+    if (meansMissing(info.error())) return std::nullopt;
     QWLog::appendLog("%@", info.error().text);
     note(source, {}, info.error());
     return std::nullopt;

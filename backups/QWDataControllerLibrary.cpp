@@ -70,7 +70,7 @@ Result<std::vector<std::string>> backupNamesIn(const std::string& folder) {
   if (entries) {
     for (const DirectoryEntry& entry : *entries)
       if (isBackupName(entry.name)) names.push_back(entry.name);
-  } else if (!QWFileManager::meansMissing(entries.error())) {
+  } else if (!meansMissing(entries.error())) {
     QWLog::appendLogAndPrint("The backups in %@ cannot be read: %@", folder, entries.error().text);
     return entries.error();
   }

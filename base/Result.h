@@ -23,6 +23,11 @@ inline bool rightsCouldHelp(const Error& error) {
          error.code == std::errc::file_exists;
 }
 
+// Whether the error says that there is nothing of that name.
+inline bool meansMissing(const Error& error) {
+  return error.code == std::errc::no_such_file_or_directory || error.code == std::errc::not_a_directory;
+}
+
 // The outcome of an operation without a value.
 class [[nodiscard]] Status {
  public:

@@ -65,7 +65,7 @@ Status putInPlace(const Staged& staged, const std::string& source, const std::st
 // False for what the backup does not hold; a file that cannot be looked at is tried, so that its failure is told.
 bool mayBeHeld(const std::string& path) {
   const Result<FileInfo> info = Runtime::current().platform().files.info(path, Links::Follow);
-  return info || !QWFileManager::meansMissing(info.error());
+  return info || !meansMissing(info.error());
 }
 
 // Puts the files of one item back.

@@ -10,7 +10,7 @@
 #include "platform/FileSystem.h"
 #include "services/Runtime.h"
 #include "services/files/FolderWalk.h"
-#include "services/files/QWFileManager.h"
+#include "services/files/Items.h"
 #include "services/log/QWLog.h"
 #include "services/threads/MainThread.h"
 
@@ -78,6 +78,7 @@ Status FileOperation::start() {
   }
 }
 
+// The thread. A failure is logged here; the delegate knows it by the missing destination.
 void FileOperation::run() {
   measure();
   if (const Status copied = copy(); !copied && !cancelled_)
@@ -102,18 +103,21 @@ void FileOperation::measure() {
   lastReport_ = Runtime::current().platform().clock.now();
 }
 
+// Never over an item: looked for before anything is copied, and once more by the last step.
 Status FileOperation::copy() {
-  if (QWFileManager::itemExistsAtPath(info_.destination))
+  if (itemExists(info_.destination))
     return Error{std::errc::file_exists, formatted("%@ exists already", info_.destination)};
-  auto copy = QWFileManager::stageCopy(
+  auto copy = Runtime::current().platform().files.stageCopy(
       {.source = info_.source, .destination = info_.destination, .observer = [this](std::int64_t bytes, int objects) {
          return advance(bytes, objects);
        }});
   if (!copy) return copy.error();
+  for (const std::string& note : (*copy)->notes()) QWLog::appendLog("%@", note);
   if (cancelled_) return Error{std::errc::operation_canceled, info_.destination};
   return (*copy)->commit(StagedCopy::Existing::Keep);
 }
 
+// Heard from all threads that copy; false ends them.
 bool FileOperation::advance(std::int64_t bytes, int objects) {
   if (cancelled_) return false;
   const std::lock_guard lock(mutex_);
@@ -129,6 +133,7 @@ bool FileOperation::advance(std::int64_t bytes, int objects) {
   return true;
 }
 
+// Under the lock. The delegate gets the numbers as they are now, on the main thread.
 void FileOperation::report(double seconds) {
   info_.stage = FileOperationInfo::Stage::Running;
   // Fewer than before when a file is copied again.
@@ -140,6 +145,7 @@ void FileOperation::report(double seconds) {
       [self = shared_from_this(), info = info_] { info.delegate->fileOperationProgress(info, *self); });
 }
 
+// The main thread tells the delegate only once this thread has ended.
 void FileOperation::finish() {
   const std::lock_guard lock(mutex_);
   info_.stage = FileOperationInfo::Stage::Complete;
@@ -151,6 +157,7 @@ void FileOperation::finish() {
   });
 }
 
+// Waits without the lock, which the thread takes for its last step.
 void FileOperation::join() {
   std::thread ended;
   {

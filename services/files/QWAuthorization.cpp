@@ -15,7 +15,7 @@
 #include "platform/Users.h"
 #include "services/QWLocalPaths.h"
 #include "services/Runtime.h"
-#include "services/files/QWFileManager.h"
+#include "services/files/Items.h"
 
 namespace vantory {
 
@@ -33,7 +33,7 @@ TrashPlace placeInTrash(const std::string& trashFolder, const std::string& name)
 }
 
 bool isTaken(const TrashPlace& place) {
-  return QWFileManager::itemExistsAtPath(place.item) || QWFileManager::itemExistsAtPath(place.note);
+  return itemExists(place.item) || itemExists(place.note);
 }
 
 // Under the item's own name, or with the time behind it where that is taken. The time is followed by the extension's
@@ -116,11 +116,13 @@ void QWAuthorization::authEnd() {
   if (!isSuperuser()) platform_.privileged.release();
 }
 
+// For the steps of a task: whoever refused once is not asked at every file.
 bool QWAuthorization::authorizeForTask() {
   const std::lock_guard lock(asking_);
   return isAuthorized() || (!refused_ && ask());
 }
 
+// Under the mutex.
 bool QWAuthorization::ask() {
   if (!hasGUI_) return refuse("Unable to authorize");
   refused_ = !platform_.privileged.authorize();
@@ -128,7 +130,7 @@ bool QWAuthorization::ask() {
 }
 
 int QWAuthorization::authExecTask(const std::string& tool, const std::vector<std::string>& parameters) {
-  if (!platform_.privileged.knows(tool) && !QWFileManager::fileExistsAtPath(tool)) {
+  if (!platform_.privileged.knows(tool) && !platform_.files.info(tool, Links::Follow)) {
     platform_.systemLog.write(printable(formatted("Unable to execute task: path %@ doesn't exist", tool)));
     return ToolMissing;
   }
@@ -141,6 +143,7 @@ bool QWAuthorization::refuse(const char* message) const {
   return false;
 }
 
+// Told in the system log.
 bool QWAuthorization::isProtected(const std::string& path, const char* message) const {
   if (!QWLocalPaths::isPathSystemDirectory(paths::withoutTrailingSlashes(path), true)) return false;
   platform_.systemLog.write(printable(formatted(message, path)));
@@ -150,7 +153,7 @@ bool QWAuthorization::isProtected(const std::string& path, const char* message) 
 bool QWAuthorization::authCopyFile(const std::string& source, const std::string& toPath) {
   if (source.empty()) return refuse("Error in authCopyFile: old path is null");
   if (toPath.empty()) return refuse("Error in authCopyFile: new path is null");
-  if (QWFileManager::isMissingAtPath(source)) return false;
+  if (isItemMissing(source)) return false;
   return authExecTask("/bin/cp", {"-f", "-p", "-R", source, toPath}) == Success;
 }
 
@@ -158,14 +161,14 @@ bool QWAuthorization::authMoveFile(const std::string& source, const std::string&
   if (source.empty()) return refuse("Error in authMoveFile: old path is null");
   if (toPath.empty()) return refuse("Error in authMoveFile: new path is null");
   if (isProtected(source, "Unable to move path %@ because it is a system directory.")) return false;
-  if (QWFileManager::isMissingAtPath(source)) return false;
+  if (isItemMissing(source)) return false;
   return authExecTask("/bin/mv", {"-f", source, toPath}) == Success;
 }
 
 bool QWAuthorization::authMoveFolderContents(const std::string& folder, const std::string& toPath) {
   if (isProtected(folder, "Unable to move contents of path %@ because it is a system directory.")) return false;
   bool all = true;
-  for (const std::string& name : QWFileManager::contentsOfDirectory(folder))
+  for (const std::string& name : namesIn(folder))
     all &= authMoveFile(paths::join(folder, name), paths::join(toPath, name));
   return all;
 }
@@ -185,6 +188,7 @@ bool QWAuthorization::deletesInsteadOfTrashing(bool deleteOnRootAccount) const {
   return !userDirectory_ && deleteOnRootAccount && isSuperuser();
 }
 
+// As the user first, and with administrator rights where only those are missing.
 bool QWAuthorization::makeFolder(const std::string& path) {
   const vantory::Status made = platform_.files.makeFolder(path);
   return made || (rightsCouldHelp(made.error()) && authCreateDir(path));
@@ -221,7 +225,7 @@ std::optional<std::string> QWAuthorization::trashedPlace(const std::string& path
 bool QWAuthorization::authTrashFolderContents(const std::string& folder, bool deleteOnRootAccount) {
   if (isProtected(folder, "Unable to trash folder contents of path %@ because it is a system directory.")) return false;
   bool all = true;
-  for (const std::string& name : QWFileManager::contentsOfDirectory(folder)) {
+  for (const std::string& name : namesIn(folder)) {
     const std::string path = paths::join(folder, name);
     all &= deletesInsteadOfTrashing(deleteOnRootAccount) ? authExecTask("/bin/rm", {"-R", "-f", path}) == Success
                                                          : authTrashFile(path);

@@ -52,7 +52,6 @@ class QWFileManager {
   static bool isSameItem(const std::string& path, const std::string& otherPath);
   // Whether it is certain that nothing bears this name; false where that cannot be told.
   static bool isMissingAtPath(const std::string& path);
-  static bool meansMissing(const Error& error);
   // The path itself, or with " 2", " 3" ... before its extension: the first that does not exist.
   static std::string uniqueFilename(const std::string& path);
   // The name without a leading dot, blanks at its ends, "/" and ":"; may be empty.

@@ -77,6 +77,7 @@ Attempt handedOver(bool accepted, const Error& cause) {
   return accepted ? Attempt{.status = {}, .handedOver = true} : Attempt{.status = withCure(cause)};
 }
 
+// What the user's own rights did needs no look; what was handed over is waited for until it shows.
 Status arrival(const Attempt& attempt, const std::string& path, const std::function<bool()>& isVisible,
                std::chrono::seconds timeout) {
   if (!attempt.status || !attempt.handedOver || waitUntil(isVisible, timeout)) return attempt.status;
@@ -106,6 +107,7 @@ void remarkNotes(const Attempt& attempt, TaskReport& report) {
   for (const std::string& note : attempt.notes) report.remark(note);
 }
 
+// Notes of a copy that was staged ahead are logged now, in its turn.
 Status copyAsUser(const std::string& source, const std::string& destination, std::unique_ptr<StagedCopy> staged) {
   if (staged) {
     logNotes(*staged);

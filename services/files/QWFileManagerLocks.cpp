@@ -59,7 +59,7 @@ void changeThose(std::vector<Item>& items, bool locked) {
 Outcome settle(const Item& item, bool locked) {
   const Status& tried = item.looked ? item.changed : item.looked;
   if (tried) return {.status = {}, .changed = item.differs, .wasSo = !item.differs};
-  if (QWFileManager::meansMissing(tried.error())) return {};
+  if (meansMissing(tried.error())) return {};
   if (item.looked && rightsCouldHelp(tried.error()) && changeWithRights(item.path, locked))
     return {.status = {}, .changed = true};
   return {.status = report(tried.error(), locked)};

@@ -61,7 +61,7 @@ Paths matchingEntries(const Paths& folders, std::string_view pattern, TaskReport
   for (const std::string& folder : folders) {
     const auto entries = Runtime::current().platform().files.list(folder, Detail::Names);
     if (!entries) {
-      if (!QWFileManager::meansMissing(entries.error())) tellUnreadable(folder, entries.error(), report);
+      if (!meansMissing(entries.error())) tellUnreadable(folder, entries.error(), report);
       continue;
     }
     for (const DirectoryEntry& entry : *entries) {

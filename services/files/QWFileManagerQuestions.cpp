@@ -9,6 +9,7 @@
 #include "platform/FileMetadata.h"
 #include "services/Runtime.h"
 #include "services/files/FolderWalk.h"
+#include "services/files/Items.h"
 #include "services/files/QWAuthorization.h"
 #include "services/files/QWFileManager.h"
 
@@ -54,7 +55,7 @@ bool QWFileManager::isPackageAtPath(const std::string& path) {
 }
 
 bool QWFileManager::itemExistsAtPath(const std::string& path) {
-  return files().info(path, Links::DoNotFollow).ok();
+  return itemExists(path);
 }
 
 bool QWFileManager::isSameItem(const std::string& path, const std::string& otherPath) {
@@ -63,14 +64,8 @@ bool QWFileManager::isSameItem(const std::string& path, const std::string& other
   return one && other && one->identity == other->identity;
 }
 
-// With a slash behind its name a file would seem to be missing.
-bool QWFileManager::isMissingAtPath(const std::string& slashed) {
-  const auto info = files().info(std::string(paths::withoutTrailingSlashes(slashed)), Links::DoNotFollow);
-  return !info && meansMissing(info.error());
-}
-
-bool QWFileManager::meansMissing(const Error& error) {
-  return error.code == std::errc::no_such_file_or_directory || error.code == std::errc::not_a_directory;
+bool QWFileManager::isMissingAtPath(const std::string& path) {
+  return isItemMissing(path);
 }
 
 std::string QWFileManager::uniqueFilename(const std::string& path) {
@@ -114,12 +109,7 @@ std::uint64_t QWFileManager::fileSize(const std::string& path) {
 }
 
 std::vector<std::string> QWFileManager::contentsOfDirectory(const std::string& path) {
-  std::vector<std::string> names;
-  auto entries = files().list(path, Detail::Names);
-  if (!entries) return names;
-  names.reserve(entries->size());
-  for (DirectoryEntry& entry : *entries) names.push_back(std::move(entry.name));
-  return names;
+  return namesIn(path);
 }
 
 Status QWFileManager::touchFile(const std::string& path) {

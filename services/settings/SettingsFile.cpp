@@ -49,7 +49,7 @@ SettingsFile::Content SettingsFile::load() const {
   if (const auto info = files().info(path_, Links::Follow)) content.info = *info;
   const auto bytes = files().read(path_);
   if (!bytes) {
-    content.state = QWFileManager::meansMissing(bytes.error()) ? State::Missing : State::Unreadable;
+    content.state = meansMissing(bytes.error()) ? State::Missing : State::Unreadable;
     content.reason = bytes.error().text;
     return content;
   }
@@ -65,9 +65,9 @@ std::shared_ptr<const SettingsFile::Content> SettingsFile::current() const {
   const std::lock_guard lock(mutex_);
   const auto info = files().info(path_, Links::Follow);
   // A file that could not be read is tried again each time.
-  const bool isKnown = cached_ && cached_->state != State::Unreadable &&
-                       (info ? cached_->info && isSameFile(*info, *cached_->info)
-                             : !cached_->info && QWFileManager::meansMissing(info.error()));
+  const bool isKnown =
+      cached_ && cached_->state != State::Unreadable &&
+      (info ? cached_->info && isSameFile(*info, *cached_->info) : !cached_->info && meansMissing(info.error()));
   if (!isKnown) {
     cached_ = std::make_shared<const Content>(load());
     tell(*cached_);

@@ -27,7 +27,7 @@ FileSystem& files() {
 std::vector<std::string> backupNamesIn(const std::string& folder, TaskReport& report) {
   std::vector<std::string> names;
   const auto entries = files().list(folder, Detail::Names);
-  if (!entries && !QWFileManager::meansMissing(entries.error())) {
+  if (!entries && !meansMissing(entries.error())) {
     QWLog::appendLog("Unable to read the backups: %@", entries.error().text);
     report.failed(FileAction::List, folder, entries.error());
   }
@@ -86,6 +86,7 @@ bool mayHoldBackups(const std::string& folder) {
   return report.hasFailures();
 }
 
+// Each reason is a sentence for the person.
 std::string reasonAgainstLibrary(const std::string& folder) {
   if (!folder.starts_with('/')) return "Please enter the whole path of a folder, beginning with \"/\" or \"~/\".";
   if (QWFileManager::isWildcardPath(folder)) return "The path of the backup folder cannot contain a \"*\".";

@@ -27,10 +27,6 @@ bool isUnitName(std::string_view label) {
          label.find_first_not_of(kCharacters) == std::string_view::npos;
 }
 
-bool isMissing(const Error& error) {
-  return error.code == std::errc::no_such_file_or_directory || error.code == std::errc::not_a_directory;
-}
-
 Status write(FileSystem& files, const std::string& path, const std::string& text) {
   if (Status made = files.makeFolder(paths::parent(path)); !made) return made;
   return files.write(path, text, {});
@@ -41,6 +37,7 @@ Status write(FileSystem& files, const std::string& path, const std::string& text
 LinuxJobControl::LinuxJobControl(const Users& users, FileSystem& files, FileMetadata& metadata, UserManager manager)
     : users_(users), files_(files), metadata_(metadata), manager_(std::move(manager)) {}
 
+// Where the user's configuration, state and data lie decides the environment, but for the superuser's process.
 Result<LinuxJobControl::Places> LinuxJobControl::placesOf(const JobName& job) const {
   if (job.domain == JobName::Domain::Machine)
     return errorWithText(std::errc::not_supported, job.file, "jobs for the whole machine are not supported here");
@@ -61,6 +58,7 @@ Result<LinuxJobControl::Places> LinuxJobControl::placesOf(const JobName& job) co
                 .managerStamp = folder("XDG_DATA_HOME", "/.local/share") + "/systemd/timers/stamp-" + timerName};
 }
 
+// A job that was loaded before is better than none.
 Status LinuxJobControl::load(const Job& job) {
   const Result<Places> places = placesOf(job.name);
   if (!places) return places.error();
@@ -83,6 +81,7 @@ Status LinuxJobControl::write(const Job& job, const Places& places) {
   return done;
 }
 
+// A timer that runs already takes a new interval only when it is started again.
 Status LinuxJobControl::start(const Places& places) {
   if (Status read = manager_.run({"daemon-reload"}); !read) return read;
   if (Status enabled = manager_.run({"--quiet", "enable", places.timerName}); !enabled) return enabled;
@@ -101,7 +100,7 @@ Status LinuxJobControl::remove(const JobName& job) {
   Status all;
   for (const std::string& path : {places->enabling, places->timer, places->service, places->stamp,
                                   places->stamp + ".tries", places->managerStamp})
-    if (Status removed = files_.remove(path); !removed && !isMissing(removed.error())) all = removed;
+    if (Status removed = files_.remove(path); !removed && !meansMissing(removed.error())) all = removed;
   return all;
 }
 
@@ -117,7 +116,7 @@ std::optional<Timestamp> LinuxJobControl::lastRun(const JobName& job) const {
 Status LinuxJobControl::runSucceeded() {
   const auto stamp = users_.isSuperuser() ? std::nullopt : environmentFolder(kStampVariable);
   const Status set = stamp ? metadata_.setModified(*stamp, std::nullopt) : Status();
-  return !set && isMissing(set.error()) ? Status() : set;
+  return !set && meansMissing(set.error()) ? Status() : set;
 }
 
 }  // namespace vantory
