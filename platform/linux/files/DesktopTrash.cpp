@@ -55,6 +55,7 @@ std::string localDateText(std::time_t time) {
   return date;
 }
 
+// Fails where the name is taken; nothing of a note stays that could not be written.
 Status writeInfo(int folder, const std::string& name, const std::string& text, const std::string& path) {
   const Descriptor file(uninterrupted([&] {
     return openat(folder, name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR);
@@ -118,6 +119,7 @@ bool lieTogether(const Place& item, std::string folder) {
 
 }  // namespace
 
+// Folders that somebody removed while they were open are made once more.
 Result<Trashed> DesktopTrash::put(const std::string& path, const std::string& homeFiles) {
   const std::lock_guard lock(mutex_);
   const FileRights::Scope scope(rights_);
@@ -149,12 +151,14 @@ DesktopTrash::Can* DesktopTrash::knownCan(std::string_view filesFolder) const {
   return nullptr;
 }
 
+// Opened when it is first needed, and kept.
 Result<DesktopTrash::Can*> DesktopTrash::homeCan(const std::string& homeFiles) {
   Result<Can> opened = openCan(paths::parent(homeFiles), "");
   if (!opened) return opened.error();
   return cans_.emplace_back(std::make_unique<Can>(std::move(*opened))).get();
 }
 
+// As the desktops agreed: a shared Trash with a folder for each user, or else the user's own beside it.
 Result<DesktopTrash::Can*> DesktopTrash::volumeCan(const std::string& path) {
   Result<std::string> folder = realPath(paths::parent(path));
   if (!folder) return folder.error();

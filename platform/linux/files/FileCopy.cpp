@@ -84,6 +84,7 @@ bool copyThroughBuffer(int source, int copy, off_t length, FileProgress& progres
   return true;
 }
 
+// Errors of copy_file_range() that say nothing about the files.
 bool kernelCannotCopy() {
   return errno == EXDEV || errno == EOPNOTSUPP || errno == EINVAL || errno == ENOSYS || errno == EBADF ||
          errno == ETXTBSY;
@@ -118,6 +119,7 @@ bool copySparse(int source, int copy, off_t size, FileProgress& progress) {
   return progress.advance(size - position) && ftruncate(copy, size) == 0;
 }
 
+// A file with fewer blocks than its size needs has holes.
 bool copyContentOnce(int source, const struct stat& status, int copy, FileProgress& progress) {
   constexpr blkcnt_t kBlockBytes = 512;
   if (status.st_size > 0 && status.st_blocks * kBlockBytes < status.st_size)
@@ -125,6 +127,7 @@ bool copyContentOnce(int source, const struct stat& status, int copy, FileProgre
   return copyBytes(source, copy, status.st_size, progress);
 }
 
+// Those of the user, and access lists: all others belong to the system.
 bool isKept(std::string_view attribute) {
   return attribute.substr(0, 5) == "user." || attribute == kAccessList || attribute == kDefaultAccessList;
 }
@@ -143,6 +146,7 @@ std::optional<std::string> attributeNames(int file) {
   return many;
 }
 
+// The value may change between the two calls; what there is then is taken.
 bool copyAttribute(int source, int copy, const char* name) {
   const ssize_t length = fgetxattr(source, name, nullptr, 0);
   if (length < 0) return false;
@@ -217,6 +221,7 @@ Descriptor openSource(int folder, const char* name, int followFlag) {
       uninterrupted([&] { return openat(folder, name, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC | followFlag); }));
 }
 
+// A copy counts only when the source looked the same before and after it.
 Status copyFileContent(int source, struct stat status, int copy, const std::string& path,
                        const std::string& destination, const FileRights& rights, CopyReport& report) {
   constexpr int kAttempts = 3;

@@ -53,6 +53,7 @@ std::string trustedTarget(int folder, const std::string& name) {
   return std::string(target, static_cast<std::size_t>(length));
 }
 
+// Where a user could have put a link, none is followed.
 bool onlySuperuserChanges(const Descriptor& folder) {
   struct stat status;
   return fstat(folder.get(), &status) == 0 && status.st_uid == 0 && (status.st_mode & (S_IWGRP | S_IWOTH)) == 0;
@@ -95,6 +96,7 @@ FileRights FileRights::own() {
   return {Kind::Own, {}};
 }
 
+// With the groups that a login would give.
 FileRights FileRights::ofUser(const User& user) {
   if (user.id == 0) return own();
   FileRights rights(Kind::User, user);
@@ -160,6 +162,7 @@ Result<Place> FileRights::locate(const std::string& path) const {
   return place;
 }
 
+// Another's folder in the place of the new one shows by its owner or its mode.
 Descriptor FileRights::openNewFolder(int parent, const std::string& name) const {
   Descriptor folder(
       uninterrupted([&] { return openat(parent, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC); }));

@@ -20,6 +20,7 @@ namespace vantory {
 
 namespace {
 
+// One that exists is success, whoever made it in between.
 Status createFolder(const std::string& path, const FileRights& rights) {
   Result<Place> place = rights.locate(path);
   if (!place) return place.error();
@@ -82,6 +83,7 @@ Status addEntry(std::vector<DirectoryEntry>& entries, int folder, const KernelEn
 
 Status removeContents(int folder, const std::string& path, dev_t device, int depth, const RemovalCheck& check);
 
+// Whether its owner lacks a right to it.
 bool isClosed(const struct stat& status) {
   return (status.st_mode & S_IRWXU) != S_IRWXU;
 }
@@ -106,6 +108,7 @@ Descriptor openToEmpty(int parent, const std::string& name, struct stat& found) 
   return Descriptor(openat(closed.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
 }
 
+// What could not be removed gets its mode back.
 Status removeFolder(int parent, const std::string& name, const std::string& path, dev_t device, int depth,
                     const RemovalCheck& check) {
   if (depth > kDeepestFolder)
@@ -141,6 +144,7 @@ Status removeContents(int folder, const std::string& path, dev_t device, int dep
 
 }  // namespace
 
+// From below: as a rule only the last one is missing.
 Status createFolders(const std::string& path, const FileRights& rights) {
   Status made = createFolder(path, rights);
   if (made || made.error().code != std::errc::no_such_file_or_directory) return made;

@@ -130,6 +130,7 @@ Result<std::string> LinuxFileSystem::read(const std::string& path) const {
   return bytes;
 }
 
+// The new file is complete, and has what the old one had, before it takes the name.
 Status LinuxFileSystem::write(const std::string& path, std::string_view bytes, WriteOptions options) {
   const FileRights::Scope scope(rights_);
   Result<Place> place = rights_.locate(path);
@@ -162,6 +163,7 @@ Result<std::unique_ptr<AppendFile>> LinuxFileSystem::openForAppending(const std:
   return std::unique_ptr<AppendFile>(std::make_unique<LinuxAppendFile>(std::move(*file), path));
 }
 
+// Below its root nothing is reached by a link: a backup may come from anywhere.
 Result<Descriptor> LinuxFileSystem::openCopySource(const CopyRequest& request) const {
   if (request.sourceRoot.empty()) {
     Result<Place> place = rights_.locate(request.source);

@@ -43,6 +43,7 @@ bool takeHold(Work work, int item, int folder, const std::string& name) {
          opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
 }
 
+// A file that has everything but its name.
 class StagedFile : public StagedCopy {
  public:
   StagedFile(UnnamedFile file, Place destination, std::string path, const FileRights& rights, Notes notes)
@@ -132,6 +133,7 @@ class StagingFolder {
   StagingFolder(Place parent, std::string name, Descriptor folder, std::string path)
       : parent_(std::move(parent)), name_(std::move(name)), folder_(std::move(folder)), path_(std::move(path)) {}
 
+  // What a killed process left is not held by anybody.
   static bool clearLeftover(int parent, const std::string& name, const std::string& path) {
     const Descriptor left(
         uninterrupted([&] { return openat(parent, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC); }));
@@ -144,6 +146,7 @@ class StagingFolder {
   std::string path_;
 };
 
+// A folder that bears a hidden name until it is put in place.
 class StagedFolder : public StagedCopy {
  public:
   StagedFolder(StagingFolder folder, const FileRights& rights, Notes notes)
@@ -306,6 +309,7 @@ Result<std::unique_ptr<StagedCopy>> stageFolder(Descriptor source, const CopyReq
   return std::unique_ptr<StagedCopy>(std::make_unique<StagedFolder>(std::move(*staging), rights, report.takeNotes()));
 }
 
+// A folder's own write permission is needed to move it to another, because its ".." changes.
 Status renameItem(const Place& from, int toFolder, const std::string& toName, const std::string& path) {
   if (renameKeeping(from.at(), from.name.c_str(), toFolder, toName.c_str()) == 0) return {};
   if (errno != EACCES) return systemError(path);
@@ -321,6 +325,7 @@ Status renameItem(const Place& from, int toFolder, const std::string& toName, co
   return {};
 }
 
+// Hidden first: half of it must not be taken for the whole.
 Status removeAtOnce(const Place& item, const std::string& path) {
   Result<Place> folder = openFolderOf(item, path);
   if (!folder) return folder.error();

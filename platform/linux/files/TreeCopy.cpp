@@ -36,6 +36,7 @@ struct Job {
   std::string subfolder;
 };
 
+// The jobs of one copy, and the two threads that work them off.
 class TreeCopier {
  public:
   TreeCopier(const FileRights& rights, CopyReport& report, int copy) : rights_(rights), report_(report), copy_(copy) {}
@@ -129,6 +130,7 @@ void TreeCopier::finish(const Folder& folder) noexcept {
   if (auto error = caught([&] { giveAttributes(folder); })) fail(std::move(*error));
 }
 
+// When all that it holds is there: adding to a folder changes its times.
 void TreeCopier::giveAttributes(const Folder& folder) {
   struct stat status;
   if (fstat(folder.source.get(), &status) != 0) return fail(systemError(folder.path));
@@ -140,6 +142,7 @@ void TreeCopier::giveAttributes(const Folder& folder) {
   report_.copied(folder.path, status);
 }
 
+// Until there is nothing left, not even in the hands of the other thread.
 void TreeCopier::work() {
   const FileRights::Scope scope(rights_);
   while (auto job = takeJob()) {
@@ -182,6 +185,7 @@ void TreeCopier::jobDone() {
   if (--unfinished_ == 0) changed_.notify_all();
 }
 
+// The first failure is the one that is told.
 void TreeCopier::fail(Error error) {
   const std::lock_guard lock(mutex_);
   if (!error_) error_ = std::move(error);
@@ -199,6 +203,7 @@ void TreeCopier::perform(const Job& job) noexcept {
   if (error) fail(std::move(*error));
 }
 
+// Links are made at once, files wait in batches, folders one by one.
 void TreeCopier::enumerate(const FolderPointer& folder) {
   auto entries = readFolder(folder->source.get(), folder->path, Detail::Names);
   if (!entries) return fail(entries.error());
@@ -226,6 +231,7 @@ void TreeCopier::enumerate(const FolderPointer& folder) {
   addJobs(std::move(jobs));
 }
 
+// A folder that vanished is a note; one that cannot be opened ends the copy.
 void TreeCopier::openSubfolder(const FolderPointer& parent, const std::string& name) {
   const std::string path = parent->path + "/" + name;
   if (parent->depth >= kDeepestFolder - 32)  // a backup adds levels of its own, and must be deletable

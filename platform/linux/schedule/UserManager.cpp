@@ -53,6 +53,7 @@ std::string firstLine(const std::string& text) {
 UserManager::UserManager(const Users& users, std::string tool, milliseconds limit)
     : users_(users), tool_(std::move(tool)), limit_(limit) {}
 
+// For the superuser's process a child speaks that gives its rights up for good.
 Result<ChildProgram> UserManager::program(const std::vector<std::string>& arguments) const {
   ChildProgram program{.path = tool_, .arguments = {"--user", "--no-ask-password"}, .environment = cleanEnvironment()};
   program.arguments.insert(program.arguments.end(), arguments.begin(), arguments.end());

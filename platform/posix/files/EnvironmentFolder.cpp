@@ -7,6 +7,7 @@
 
 namespace vantory {
 
+// A relative folder would depend on where the process was started.
 std::optional<std::string> normalisedFolder(std::string_view text) {
   if (!text.starts_with('/')) return std::nullopt;
   return paths::normalized(text);

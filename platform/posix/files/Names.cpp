@@ -17,6 +17,7 @@ std::string stagingName(std::string_view finalName, int attempt) {
   return name;
 }
 
+// Two paths to one item that differ only in slashes and dots become equal.
 std::optional<std::string> plainPath(std::string_view path) {
   if (!path.starts_with('/')) return std::nullopt;
   std::string plain;
