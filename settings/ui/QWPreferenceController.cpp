@@ -23,6 +23,7 @@ namespace vantory {
 
 namespace {
 
+// Those that are a number in the settings and a control in the window.
 constexpr const char* kBoundKeys[] = {setting::kPeriodicAutosave, setting::kAutosaveFrequency, setting::kMaxAutoBackups,
                                       setting::kAutoRestoreDefault, setting::kShowSystemSettings};
 
@@ -167,6 +168,7 @@ void QWPreferenceController::modifyBackupPath(const std::string& path) {
   parts_.view.doBehindSheet("Reading the backups…", [] { QWDataController::sharedController().populateBackups(); });
 }
 
+// What stayed behind is told below the path, with the cause.
 void QWPreferenceController::offerMove(const std::string& from, const std::string& to) {
   if (!wantsMove()) return;
   QWLog::appendLog("User chose to move files");
@@ -214,6 +216,7 @@ void QWPreferenceController::updatePrefsHandlingText() {
   showHandling(ProjectHandlers::updateHandlingStatus());
 }
 
+// Whether the check box of the pane can be used goes with it.
 void QWPreferenceController::showHandling(bool isDefault) {
   HandlerStatus status{.text = "Status: Vantory is NOT the default handler"};
   if (isDefault)

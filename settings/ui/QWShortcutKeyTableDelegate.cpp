@@ -41,6 +41,7 @@ std::string textIn(const PropertyListDictionary& values, std::string_view key) {
   return value ? textOf(*value).value_or("") : "";
 }
 
+// A key that no keyboard has is shown as "Unknown".
 std::string nameOf(const ShortcutList::Entry& entry) {
   const auto name =
       entry.keycode ? QWShortcutKeyTableDelegate::nameForKeyCode(*entry.keycode, entry.modifiers) : std::nullopt;
@@ -83,6 +84,7 @@ void QWShortcutKeyTableDelegate::setTable(ShortcutTable* table) {
 
 // --- The table -------------------------------------------------------------------------------------------------------
 
+// From the file that comes with the program; none where that is missing or damaged.
 std::vector<QWShortcutKeyTableDelegate::Row> QWShortcutKeyTableDelegate::commandTable() {
   std::vector<Row> rows;
   const auto bytes = platform().files.read(platform().system.resourcePath("QWKeys.plist"));
@@ -102,6 +104,7 @@ void QWShortcutKeyTableDelegate::populateKeyData() {
   showShortcuts();
 }
 
+// Of two entries for one command the later counts.
 void QWShortcutKeyTableDelegate::showShortcuts() {
   for (Row& row : rows_) row.keyname.clear();
   for (const ShortcutList::Entry& entry : list_.ownEntries())

@@ -20,6 +20,7 @@ namespace {
 constexpr int kWidth = 460;
 constexpr int kListHeight = 130;
 
+// Nobody may have asked to be told.
 void call(const std::function<void()>& action) {
   if (action) action();
 }
@@ -63,6 +64,7 @@ BackupDialog::BackupDialog(QWidget* parent)
   connectParts();
 }
 
+// All that the triangle shows and hides.
 QWidget* BackupDialog::makeProjectArea() {
   auto* area = new QWidget(this);
   auto* sentence = new QLabel(QStringLiteral("When you open one of these projects through Vantory, this backup is "
@@ -128,6 +130,7 @@ void BackupDialog::connectParts() {
           [this] { removeButton_->setEnabled(!projects_->selectedItems().isEmpty()); });
 }
 
+// The name is selected, so that typing replaces it.
 void BackupDialog::show(const std::string& confirmTitle) {
   confirmButton_->setText(displayText(confirmTitle));
   nameField_->selectAll();
@@ -177,6 +180,7 @@ std::vector<std::size_t> BackupDialog::selectedProjects() const {
   return rows;
 }
 
+// The arrow is a picture only; the description says it to those who cannot see it.
 void BackupDialog::setProjectListShown(bool shown) {
   disclosure_->setAccessibleDescription(shown ? QStringLiteral("Shown below") : QStringLiteral("Hidden"));
   disclosure_->setArrowType(shown ? Qt::DownArrow : Qt::RightArrow);

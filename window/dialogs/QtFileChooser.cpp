@@ -42,6 +42,7 @@ QFileDialog::FileMode fileMode(const FileChooser::Request& request) {
 
 }  // namespace
 
+// The desktop's own dialog where it has one.
 std::vector<std::string> QtFileChooser::choose(const Request& request) {
   QFileDialog dialog(parent_);
   dialog.setWindowModality(Qt::WindowModal);

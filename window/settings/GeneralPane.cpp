@@ -33,6 +33,7 @@ GeneralPane::GeneralPane(BoundControls& controls) : path_(new QLineEdit(this)), 
   controls.bind(setting::kRequireAdministrator, *administrator);
 }
 
+// A path counts when it has been typed to its end.
 QWidget* GeneralPane::makePathRow() {
   auto* row = new QWidget(this);
   auto* label = new QLabel(QStringLiteral("Backup &folder:"), row);

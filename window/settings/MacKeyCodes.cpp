@@ -56,6 +56,7 @@ std::optional<std::uint32_t> codeIn(const Codes& codes, quint32 key) {
 
 }  // namespace
 
+// By what the key bears first, and by its place on the keyboard where no key of the Mac's bears that.
 std::optional<std::uint32_t> macKeyCode(const QKeyEvent& event) {
   const auto key = static_cast<quint32>(event.key());
   if (event.modifiers() & Qt::KeypadModifier)

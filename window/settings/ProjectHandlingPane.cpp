@@ -70,6 +70,7 @@ void ProjectHandlingPane::setStatus(const HandlerStatus& status) {
   colourStatus();
 }
 
+// Setting a palette tells of a changed palette: the same ink again would never end.
 void ProjectHandlingPane::colourStatus() {
   const QColor ink = inkFor(colour_, palette());
   if (status_->palette().color(QPalette::WindowText) == ink) return;

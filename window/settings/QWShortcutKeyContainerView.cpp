@@ -53,6 +53,7 @@ QWidget* QWShortcutKeyContainerView::makeButtons(QWShortcutKeyTableDelegate& del
   return row;
 }
 
+// Only a row that has a shortcut can lose it.
 void QWShortcutKeyContainerView::showSelection() {
   const bool selected = table_->isEnabled() && table_->selectedRow() >= 0;
   edit_->setEnabled(selected);

@@ -11,11 +11,13 @@ namespace vantory {
 
 namespace {
 
+// Escape and Tab must let the keyboard out, unless a modifier makes shortcuts of them.
 bool leaves(const QKeyEvent& event) {
   const bool isLeaving = event.key() == Qt::Key_Escape || event.key() == Qt::Key_Tab || event.key() == Qt::Key_Backtab;
   return isLeaving && !(event.modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier));
 }
 
+// As the table's delegate reads it.
 UserInfo infoOf(const ShortcutKey& key) {
   UserInfo info;
   info.set("keycode", std::int64_t{key.keycode});

@@ -45,6 +45,7 @@ class QWShortcutKeyTableview::Model : public QAbstractTableModel {
     return index.column() == kShortcutColumn ? flags | Qt::ItemIsEditable : flags;
   }
 
+  // Rows of the same number are only painted anew, so that what is selected stays so.
   void reload() {
     const int rows = static_cast<int>(delegate_.numberOfRows());
     if (rows == rows_) {
@@ -71,6 +72,7 @@ class QWShortcutKeyTableview::Cells : public QStyledItemDelegate {
     table_.editor_->setParent(parent);
     return table_.editor_;
   }
+  // There is one editor, which is kept.
   void destroyEditor(QWidget* editor, const QModelIndex&) const override { editor->hide(); }
   void setEditorData(QWidget*, const QModelIndex&) const override {}
   void setModelData(QWidget*, QAbstractItemModel*, const QModelIndex&) const override {}
@@ -114,6 +116,7 @@ QWShortcutKeyTableview::QWShortcutKeyTableview(QWShortcutKeyTableDelegate& deleg
   delegate.setTable(this);
 }
 
+// The delegate lives on, and must not tell a table that has gone.
 QWShortcutKeyTableview::~QWShortcutKeyTableview() {
   delegate_.setTable(nullptr);
   setModel(nullptr);
@@ -141,6 +144,7 @@ void QWShortcutKeyTableview::endEditing() {
   if (editor_->isVisible()) closeEditor(editor_, QAbstractItemDelegate::NoHint);
 }
 
+// Shortcuts that nobody listens for cannot be set.
 void QWShortcutKeyTableview::setManagerMissing(bool missing) {
   setEnabled(!missing);
   if (onManagerMissing) onManagerMissing(missing);

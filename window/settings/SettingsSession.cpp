@@ -31,6 +31,7 @@ struct SettingsSession::Parts {
     }
   }
 
+  // The administrator's setting is one of the machine's and takes a password.
   void change(const std::string& key, long long value) {
     if (key == setting::kRequireAdministrator) return controller.prefsToggleAdminPass(value == 1);
     controller.changeValue(key, value);
@@ -46,6 +47,7 @@ SettingsSession::SettingsSession(QWidget* parent, PreferenceDelegate* delegate)
 
 SettingsSession::~SettingsSession() = default;
 
+// One that is open already only comes to the front.
 void SettingsSession::show() {
   if (!parts_) parts_ = std::make_unique<Parts>(parent_, delegate_);
   if (parts_->window.isVisible()) return parts_->window.bringToFront();

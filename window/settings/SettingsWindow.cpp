@@ -59,6 +59,7 @@ void SettingsWindow::setActions(Actions actions) {
   controls_.onChange = actions_.changeValue;
 }
 
+// In the order of PreferencePane.
 void SettingsWindow::makeToolbar() {
   addToolBar(toolbar_);
   for (int i = 0; i < 4; ++i)
@@ -98,6 +99,7 @@ void SettingsWindow::setHandlerStatus(const HandlerStatus& status) {
   projectHandling_->setStatus(status);
 }
 
+// Short work passes without a sheet, and without events of the person's meanwhile.
 void SettingsWindow::doBehindSheet(const std::string& label, const std::function<void()>& work) {
   QEventLoop loop;
   bool done = false;
@@ -139,6 +141,7 @@ void SettingsWindow::leave() {
   if (actions_.activated) actions_.activated();
 }
 
+// Leaving a control has what was typed there count.
 void SettingsWindow::closeEvent(QCloseEvent* event) {
   setFocus();  // what is being typed counts
   general_->takePath();
