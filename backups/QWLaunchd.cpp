@@ -67,6 +67,7 @@ bool showSheet(const std::string& title, const std::string& folder) {
   return true;
 }
 
+// Always false.
 bool failToStart(const std::string& title, const JobName& job) {
   const std::string folder = paths::parent(job.file);
   const std::string message =
@@ -83,6 +84,7 @@ void failToRemove(const JobName& job) {
     QWLog::appendLogAndPrint("%@. Please check you have correct permissions for the directory %@", title, folder);
 }
 
+// A failure is logged; a success needs no word.
 void tell(const Status& outcome, const char* verb, const JobName& job) {
   if (!outcome) QWLog::appendLog("Unable to %@ the job %@: %@", verb, job.label, outcome.error().text);
 }
@@ -98,6 +100,7 @@ std::string textIn(const PropertyListDictionary& settings, std::string_view key)
   return value ? textOf(*value).value_or("") : "";
 }
 
+// A job without arguments gets its program's path as the name it starts under.
 Job jobWith(const JobName& name, const PropertyListDictionary& settings) {
   Job job{.name = name, .program = textIn(settings, "Program"), .arguments = {}, .interval = intervalIn(settings)};
   const PropertyList* arguments = settings.find("ProgramArguments");
@@ -127,6 +130,7 @@ void stop(const JobName& job) {
   tell(platform().jobs.remove(job), "remove", job);
 }
 
+// As the user first.
 void removeFileOf(const JobName& job, bool shouldAuth) {
   if (!QWFileManager::itemExistsAtPath(job.file)) return;
   if (const Status removed = platform().files.remove(job.file); !removed) {
@@ -143,6 +147,7 @@ void makeFolderFor(const JobName& job) {
   if (!made && job.domain == JobName::Domain::Machine) (void)authorization().authCreateDir(folder);
 }
 
+// The draft goes in any case.
 bool moveIntoPlace(const std::string& draft, const JobName& job) {
   if (QWFileManager::itemExistsAtPath(job.file)) {
     (void)authorization().authRemoveFile(job.file);

@@ -15,6 +15,7 @@
 
 namespace vantory {
 
+// The log comes after the look for crashes, which holds back what it has to say until then.
 void AppController::initWithoutGUI() {
   QWBugReporter::startBugReporter();
   QWCmdUtils::sharedController().setHasGUI(false);
@@ -28,6 +29,7 @@ void AppController::initForDryRun() {
   QWAuthorization::sharedController(false);
 }
 
+// Only where whoever started the task asked for it.
 void AppController::postGrowlNotification(const std::string& title, const std::string& description) const {
   const std::vector<std::string>& arguments = Runtime::current().platform().system.arguments();
   if (arguments.empty() || (arguments.back() != "-hotkey" && arguments.back() != "-task")) return;

@@ -21,6 +21,7 @@ DryRun::DryRun(std::vector<std::string> arguments, std::ostream& errors)
   controller_.initForDryRun();
 }
 
+// The same checks as before a real task.
 bool DryRun::begin(bool usesBackups) {
   const auto home = QWLocalPaths::userDirectory();
   if (const auto reason = reasonToRefuse(home, usesBackups)) {

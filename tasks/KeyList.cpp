@@ -15,6 +15,7 @@ namespace vantory {
 
 namespace {
 
+// Older than the keys, and still in scripts.
 constexpr Alias kAliases[] = {
     {"fcp", "fcpPrefs,fcpBoris"},  {"fce", "fcePrefs"},
     {"stp", "stpPrefs"},           {"motion", "motionPrefs"},

@@ -22,6 +22,7 @@ std::locale userTimeLocale() {
   }
 }
 
+// A backup without a date has an empty one: scripts look for the key.
 PropertyListDictionary entryFor(const QWBackup& backup) {
   static const MediumDateAndTime dates(userTimeLocale());
   const auto date = backup.date();

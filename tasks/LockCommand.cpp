@@ -9,6 +9,7 @@ namespace vantory {
 
 namespace {
 
+// A file that could not be locked is in the report; the task goes on.
 int setLocks(const CommandContext& context, State state) {
   const AppController& controller = context.controller;
   controller.postGrowlNotification("Vantory", state == On ? "Locking preferences..." : "Unlocking preferences...");

@@ -39,6 +39,7 @@ std::string adviceAbout(const std::string& name, const std::string& bundleID) {
   return formatted("\n\nVantory cannot ask %@ to quit. Please quit it yourself, then choose Close and Relaunch.", name);
 }
 
+// Blocks until the person has decided.
 GuardDecision askUser(const std::string& name, const std::string& bundleID, const QWAlert& alert) {
   QWLog::appendLog("%@ is running - asking the user what to do...", name);
   const int answer = alert.ask(

@@ -18,6 +18,7 @@ constexpr Question kQuestions[] = {
     {"--preview", "TASK [OPERANDS]", "Tell what a task, given without its dash, would do.", previewTask, true, false},
 };
 
+// How an answer is written, as against what is asked.
 bool isForm(std::string_view argument) {
   return argument == kJson || argument == kPrint0;
 }

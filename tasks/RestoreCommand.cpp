@@ -69,6 +69,7 @@ int restoreCommand(const CommandContext& context) {
   return 0;
 }
 
+// The library is listed first: only a listed backup can be the default.
 int restoreDefaultCommand(const CommandContext& context) {
   const AppController& controller = context.controller;
   controller.postGrowlNotification("Vantory", "Restoring default backup...");

@@ -24,11 +24,13 @@ std::string nameOfRow(const OutlineItemPointer& item) {
   return {};
 }
 
+// What is no state of a check box, such as text, counts as off.
 State clickedState(const ObjectValue& value) {
   const State* state = std::get_if<State>(&value);
   return state && *state != Off ? On : Off;
 }
 
+// The application's own state follows from its items, unless it is what was ticked.
 void selectRow(const OutlineItemPointer& item, State state) {
   if (const auto app = rowAs<QWApp>(item)) {
     app->setSelected(state);

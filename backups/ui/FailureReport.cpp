@@ -21,6 +21,7 @@ void reportFailedPruning(const TaskReport& report) {
   if (report.hasFailures()) reportFailure("Old automatic backups could not be removed", report.causes());
 }
 
+// A restore that put nothing back is none, even where nothing failed.
 bool reportIncompleteRestore(const TaskReport& report) {
   const bool any = report.hasDone(FileAction::Restore);
   if (any && report.isWhole()) return false;

@@ -34,6 +34,7 @@ void QWBackupEditController::showBackupDialog() {
   show("Backup");
 }
 
+// The list of projects is open where there are any.
 void QWBackupEditController::editBackup(const std::shared_ptr<QWBackup>& backup) {
   QWLog::appendLog("User began editing backup %@", backup->name());
   parts_.dialog.setName(backup->name());
@@ -60,6 +61,7 @@ void QWBackupEditController::showHandlingNotice() {
   });
 }
 
+// The row of the edited backup is selected again.
 void QWBackupEditController::cancelBackup() {
   parts_.dialog.close();
   if (!editedBackup_) return;
@@ -67,6 +69,7 @@ void QWBackupEditController::cancelBackup() {
   editedBackup_ = nullptr;
 }
 
+// Each file that is refused is named with its reason; the others are added all the same.
 void QWBackupEditController::addProject() {
   const auto chosen =
       parts_.chooser.choose({.extensions = projectExtensions(), .several = true, .kind = "Projects", .others = true});
@@ -94,6 +97,7 @@ void QWBackupEditController::removeProject() {
   parts_.dialog.setProjects(projects_);
 }
 
+// The notice goes at once and comes back where the desktop refused.
 void QWBackupEditController::enableProjectHandling() {
   QWLog::appendLog("User enabled project handling");
   parts_.dialog.setHandlingNoticeShown(false);

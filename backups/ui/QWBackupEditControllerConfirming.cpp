@@ -104,6 +104,7 @@ bool QWBackupEditController::isAcceptable(const std::string& name) const {
   return isEditedName(name) || !refuseNameOfAutomaticBackups(name, AlertParent::BackupDialog);
 }
 
+// Main thread up to the writing, which takes its turn among the tasks.
 void QWBackupEditController::backup() {
   QWLog::appendLog("User started backup");
   const std::string name = QWFileManager::validateFilename(parts_.dialog.name());

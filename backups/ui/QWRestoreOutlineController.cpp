@@ -82,6 +82,7 @@ void QWRestoreOutlineController::setSortIndicatorsForColumn(const std::string& c
   parts_.outline.setSortIndicator(column, descending ? SortIndicator::Descending : SortIndicator::Ascending);
 }
 
+// The same column once more turns the order round.
 void QWRestoreOutlineController::didClickTableColumn(const std::string& column) {
   SortOrder order = storedSortOrder();
   if (order.column == column) {
@@ -94,6 +95,7 @@ void QWRestoreOutlineController::didClickTableColumn(const std::string& column) 
   reload();
 }
 
+// Library, then backups, then what they hold.
 Rows QWRestoreOutlineController::rowsUnder(const OutlineItemPointer& item) const {
   if (!item) return rowsFor(library().backupArray());
   if (const auto header = rowAs<QWAutosaveHeader>(item)) return rowsFor(header->children(), item);
@@ -153,6 +155,7 @@ void QWRestoreOutlineController::setObjectValue(const ObjectValue& value, const 
   parts_.outline.reloadItem(app, true);
 }
 
+// Only names have icons, may be edited, and stand out.
 void QWRestoreOutlineController::willDisplayCell(OutlineCell& cell, const std::string& forTableColumn,
                                                  const OutlineItemPointer& item) {
   if (forTableColumn != "name") return;
@@ -176,6 +179,7 @@ void QWRestoreOutlineController::selectionDidChange() {
   parts_.defaultCommand.setTitle(titleOfDefaultCommand(backup && backup->isDefault()));
 }
 
+// The command's title follows: it says what it would do next.
 void QWRestoreOutlineController::toggleDefault() {
   const auto backup = selectedBackup();
   if (!backup) return;

@@ -132,6 +132,7 @@ void QWRestoreOutlineController::updateFiles() {
   if (backup && askToUpdate(*backup)) SerialWork::tasks().add([this, backup] { updateBackupFilesOnThread(backup); });
 }
 
+// A text of success only where every file was replaced.
 void QWRestoreOutlineController::updateBackupFilesOnThread(const std::shared_ptr<QWBackup>& backup) {
   QWAuthorization::sharedController().beginTask();
   MainThread& mainThread = MainThread::shared();

@@ -111,6 +111,7 @@ void LogFile::close() {
   file_.reset();
 }
 
+// One line, whatever bytes the message has.
 void LogFile::add(std::string_view message) {
   pending_ += dateText();
   pending_ += " - ";
@@ -118,6 +119,7 @@ void LogFile::add(std::string_view message) {
   pending_ += '\n';
 }
 
+// What could not be written is kept, but not without end.
 Status LogFile::flush() {
   if (pending_.empty() || !file_) return {};
   std::string_view left = pending_;
@@ -129,6 +131,7 @@ Status LogFile::flush() {
   return added;
 }
 
+// Told with the folder's path, or "(null)" where there is nobody it could belong to.
 bool LogFile::makeFolder(FileSystem& files, const std::optional<std::string>& folder) {
   if (folder && files.makeFolder(*folder)) return true;
   tell(platform_, "Unable to create folder %@.", folder);

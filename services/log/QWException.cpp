@@ -28,6 +28,7 @@ std::string className(const std::exception& exception) {
 
 }  // namespace
 
+// Only exceptions that carry an error number can tell.
 bool QWException::didTimeout(const std::exception& exception) {
   const auto* failure = dynamic_cast<const std::system_error*>(&exception);
   return failure && failure->code() == std::errc::timed_out;

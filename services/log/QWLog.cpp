@@ -88,6 +88,7 @@ void QWLog::appendAndPrint(const std::string& text) {
   platform_.systemLog.write(printable(text));
 }
 
+// Before the log has begun it is kept in memory.
 void QWLog::hold(std::string message) {
   {
     const std::lock_guard lock(mutex_);
@@ -121,6 +122,7 @@ void QWLog::drain(Lock& lock) {
   if (!insideWriter()) waitUntilFinished(lock, handedOver_);
 }
 
+// The writer stops gathering as soon as somebody waits.
 void QWLog::waitUntilFinished(Lock& lock, std::uint64_t number) {
   ++waiters_;
   if (gathering_) queued_.notify_one();
@@ -184,6 +186,7 @@ void QWLog::runWriter() {
   }
 }
 
+// The person may have switched logging off for all of the maker's programs.
 void QWLog::startFile(const std::optional<std::string>& name) {
   file_.close();
   if (globalSwitch("disable-logging")) {
@@ -224,6 +227,7 @@ void QWLog::addToFile(const std::string& entry) {
   }
 }
 
+// What is in the file no longer counts as waiting.
 bool QWLog::flush() {
   const Status written = file_.flush();
   bytesWritten_ = file_.written();

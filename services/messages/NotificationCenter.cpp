@@ -37,6 +37,7 @@ NotificationCenter& NotificationCenter::shared() {
   return Runtime::current().shared<NotificationCenter>();
 }
 
+// Observers that have gone are forgotten on the way.
 NotificationCenter::Observation NotificationCenter::observe(std::string name,
                                                             std::function<void(const UserInfo&)> observer) {
   const auto entry = std::make_shared<Entry>(std::move(name), std::move(observer));
@@ -68,6 +69,7 @@ bool NotificationCenter::postOnMainThread(std::string_view name) {
   return MainThread::shared().runAndWait([this, name] { post(name); });
 }
 
+// The main thread may be waiting for the very thread that posts.
 void NotificationCenter::postOnMainThreadLater(std::string name, UserInfo info) {
   MainThread::shared().post([this, name = std::move(name), info = std::move(info)] { post(name, info); });
 }

@@ -9,6 +9,7 @@ QWAlert& QWAlert::sharedController() {
   return Runtime::current().shared<QWAlert>();
 }
 
+// Without a window nobody has chosen anything.
 int QWAlert::alertSheetWithMessageText(const AlertTexts& texts) {
   const QWAlert& alert = sharedController();
   return alert.ask ? alert.ask(texts) : Other;

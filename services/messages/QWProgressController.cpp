@@ -10,6 +10,7 @@ void QWProgressController::show() {
   sheet_.show();
 }
 
+// A task that still polls takes it for a cancel.
 void QWProgressController::hide() {
   isCancelled_ = true;
   sheet_.hide();

@@ -20,6 +20,7 @@ BackgroundThreads& BackgroundThreads::shared() {
   return Runtime::current().shared<BackgroundThreads>();
 }
 
+// Counted before the thread runs, so that nobody takes the program for idle in between.
 bool BackgroundThreads::start(std::function<void()> work) {
   {
     const std::lock_guard lock(mutex_);
@@ -86,6 +87,7 @@ bool BackgroundThreads::isWorking() const {
   return running_ > 0;
 }
 
+// Serves the main thread's queue meanwhile: the work may wait for it.
 void BackgroundThreads::waitForAll() {
   MainThread::shared().runUntil([this] {
     const std::lock_guard lock(mutex_);
@@ -97,6 +99,7 @@ SerialWork& SerialWork::tasks() {
   return Runtime::current().shared<SerialWork>();
 }
 
+// Without a thread nothing that waits would ever be done, so all of it is given up.
 bool SerialWork::add(std::function<void()> work) {
   const std::lock_guard lock(mutex_);
   waiting_.push_back(std::move(work));

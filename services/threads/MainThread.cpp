@@ -17,6 +17,7 @@ bool MainThread::isCurrent() const {
   return std::this_thread::get_id() == thread_;
 }
 
+// The work belongs to the caller, who waits until nobody uses it.
 bool MainThread::runAndWait(const std::function<void()>& work) {
   if (isCurrent()) {
     work();
@@ -66,6 +67,7 @@ void MainThread::shutDown() {
   changed_.notify_all();
 }
 
+// An event loop is woken without the lock: it may come for the work at once.
 std::shared_ptr<MainThread::Job> MainThread::enqueue(std::function<void()> work) {
   auto job = std::make_shared<Job>();
   job->work = std::move(work);

@@ -59,6 +59,7 @@ Text decoded(Text output, QWTask::Encoding encoding) {
   return fits ? std::move(output) : std::nullopt;
 }
 
+// On the reader's thread, whoever observes.
 void postPiece(const std::string& data) {
   UserInfo piece;
   piece.set(QWTask::kPieceKey, PropertyListData{data});
@@ -115,6 +116,7 @@ class QWTask::TimedRun {
   std::thread timer_;
 };
 
+// Both logs hear of a tool that does not start.
 ProcessPointer QWTask::launch(const std::string& tool, const Arguments& arguments, Streams streams) {
   if (!isTool(tool)) return nullptr;
   auto process = Runtime::current().platform().processes.start(tool, arguments, streams);
@@ -193,6 +195,7 @@ void QWTask::setTheTask(ProcessPointer task) {
   theTask_ = std::move(task);
 }
 
+// A tool that has ended meanwhile is left alone.
 void QWTask::timeout(const std::string& tool) {
   const ProcessPointer task = theTask();
   if (!task || !task->isRunning()) return;
@@ -224,6 +227,7 @@ QWTask::~QWTask() {
   if (asyncReader_.joinable()) asyncReader_.detach();  // it is this thread: the delegate destroys the task
 }
 
+// The thread is made under the lock, so that an end from elsewhere finds it.
 void QWTask::asyncDataFromTask(const std::string& tool, const Arguments& arguments, AsyncDelegate delegate,
                                std::any object) {
   terminateAsyncTask();
