@@ -82,6 +82,15 @@ bool isDark(const QPalette& palette) {
   return palette.color(QPalette::Window).lightness() < palette.color(QPalette::WindowText).lightness();
 }
 
+// The palette with a ground for selected rows on which their text can be read.
+QPalette withReadableSelection(QPalette palette) {
+  for (const auto group : {QPalette::Active, QPalette::Inactive})
+    palette.setColor(
+        group, QPalette::Highlight,
+        withContrast(palette.color(group, QPalette::Highlight), palette.color(group, QPalette::HighlightedText), 4.6));
+  return palette;
+}
+
 // Where Qt has no dark colours of its own.
 QPalette darkPalette() {
   const QColor window(0x2d, 0x2e, 0x31), base(0x1f, 0x20, 0x22), text(0xec, 0xec, 0xee), faint(0x80, 0x82, 0x87);
@@ -126,14 +135,6 @@ QColor withContrast(QColor colour, const QColor& other, double ratio) {
   for (int step = 0; step < kSteps && contrast(colour, other) < ratio; ++step)
     colour = mustBeLighter ? colour.lighter(102) : colour.darker(102);
   return colour;
-}
-
-QPalette withReadableSelection(QPalette palette) {
-  for (const auto group : {QPalette::Active, QPalette::Inactive})
-    palette.setColor(
-        group, QPalette::Highlight,
-        withContrast(palette.color(group, QPalette::Highlight), palette.color(group, QPalette::HighlightedText), 4.6));
-  return palette;
 }
 
 void ReadableStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,

@@ -12,8 +12,6 @@ namespace vantory {
 double contrast(const QColor& one, const QColor& other);
 // The colour, darker or lighter by as much as that contrast takes.
 QColor withContrast(QColor colour, const QColor& other, double ratio);
-// The palette with a ground for selected rows on which their text can be read.
-QPalette withReadableSelection(QPalette palette);
 
 // Another style, with a ring around what has the keyboard that can be seen on every ground, a default or pressed button
 // included, and that leaves the ground of a row as it is.
