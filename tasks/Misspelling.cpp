@@ -26,6 +26,7 @@ std::vector<std::string> knownOptions() {
   return options;
 }
 
+// Tasks have one dash, questions two, and people neither.
 std::string withoutDashes(const std::string& word) {
   return word.substr(std::min(word.find_first_not_of('-'), word.size()));
 }
@@ -42,11 +43,12 @@ std::optional<std::string> nearestOption(const std::string& word) {
 
 bool isFile(const std::string& word) {
   return QWFileManager::fileExistsAtPath(
-      word.starts_with('/') ? word : paths::join(Runtime::current().platform().system.workingDirectory(), word));
+      paths::absolute(word, Runtime::current().platform().system.workingDirectory()));
 }
 
 }  // namespace
 
+// A word without a dash may be a file: only what is close to an option is taken for one.
 std::optional<std::string> whatWasMeant(const std::vector<std::string>& arguments) {
   std::size_t first = 1;
   while (first < arguments.size() && isTaskOption(arguments[first])) ++first;

@@ -136,13 +136,14 @@ int refuseOption(const std::string& option, std::ostream& errors) {
   return 1;
 }
 
-// A task goes before a question, and a question before the window.
+// "-list" has a form of its own.
 int refuseJson(const TaskCommand& command, std::ostream& errors) {
   errors << "Vantory: " << command.option
          << " answers with a property list. \"vantory --list-backups --json\" answers in JSON.\n";
   return 1;
 }
 
+// A task goes before a question, and a question before the window.
 int runMode(std::ostream& output, std::ostream& errors, const ProgramReplacement& become) {
   const std::vector<std::string>& arguments = platform().system.arguments();
   const auto has = [&](std::string_view argument) {
