@@ -85,6 +85,7 @@ BackupReader::BackupReader()
       home_(QWLocalPaths::userDirectory()),
       defaultName_(QWBackup::defaultBackupName()) {}
 
+// In the catalog's order, whatever that of the settings is.
 std::shared_ptr<QWBackup> BackupReader::read(const std::string& path, std::optional<Timestamp> date) const {
   const auto backup = std::make_shared<QWBackup>(backupName(path), path, date);
   backup->setIsAutosave(paths::lastComponent(paths::parent(path)) == kAutosavesFolder);

@@ -60,6 +60,7 @@ void QWBackup::setPath(std::string path) {
   path_ = std::move(path);
 }
 
+// Once; whoever else asks meanwhile waits for the answer.
 std::uint64_t QWBackup::size() const {
   const std::lock_guard lock(sizeMutex_);
   if (!isMeasured_) size_ = QWFileManager::fileSize(path_);

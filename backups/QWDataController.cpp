@@ -21,6 +21,7 @@ AppList QWDataController::appArray() const {
   return apps_;
 }
 
+// The old list goes with the argument, after the lock.
 void QWDataController::setAppArray(AppList apps) {
   const std::lock_guard lock(mutex_);
   apps_.swap(apps);

@@ -124,6 +124,7 @@ std::string QWDataController::uniqueBackupName(const std::string& name) {
   return candidate;
 }
 
+// The main thread may be showing the lists, so it replaces them.
 void QWDataController::populateBackups() {
   QWLog::appendLog("Populating backups...");
   const auto location = vantoryBackupLocation();

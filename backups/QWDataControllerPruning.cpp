@@ -53,6 +53,7 @@ Status removeUnlessHeld(const std::string& path) {
 
 }  // namespace
 
+// Lists them anew first: other processes make backups too.
 TaskReport QWDataController::manageAutoBackups(std::optional<long long> wanted) {
   TaskReport report;
   QWLog::appendLog("Managing old auto backups...");

@@ -56,6 +56,7 @@ struct ArgumentText {
 
 }  // namespace
 
+// Arguments go from left to right, whatever kind the placeholders ask for.
 std::string formatText(std::string_view format, std::span<const FormatArgument> arguments) {
   std::string text;
   std::size_t used = 0;

@@ -34,6 +34,7 @@ class Writer {
     const char* end = std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr;
     text_.append(std::isfinite(value) ? std::string_view(digits.data(), end) : "null");
   }
+  // JSON is UTF-8; other bytes travel as data.
   void add(const std::string& text) {
     if (isUtf8(text))
       addQuoted(text);

@@ -143,6 +143,7 @@ class BinaryReader {
 
   PropertyList real(const Object& object) const { return realNumber(object); }
 
+  // Seconds since 2001, as a real number.
   PropertyList date(const Object& object) const {
     const double since1970 = realNumber(object) + kSecondsFrom1970To2001;
     if (!isPropertyListDate(since1970)) damaged();
@@ -175,6 +176,7 @@ class BinaryReader {
     return number(container.content + index * referenceSize_, referenceSize_);
   }
 
+  // The memory is paid for before it is taken.
   PropertyList array(const Object& object, int depth) {
     if (depth > kMaximumPropertyListDepth) damaged();
     content(object.content, object.count, referenceSize_);

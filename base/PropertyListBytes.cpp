@@ -25,6 +25,7 @@ PropertyList parseAnyForm(std::string_view bytes) {
 
 }  // namespace
 
+// Damage is thrown from deep inside and ends here.
 std::optional<PropertyList> parsePropertyList(std::string_view bytes) {
   try {
     return parseAnyForm(bytes);

@@ -208,6 +208,7 @@ class XmlWriter {
     out_.append("</").append(name).append(">\n");
   }
 
+  // Only what would end a text, or change when it is read.
   void escape(std::string_view text) {
     for (const char character : text) {
       if (character == '<') {

@@ -160,6 +160,7 @@ int compareIgnoringCase(std::string_view left, std::string_view right) {
   return lowerCased(left).compare(lowerCased(right));
 }
 
+// Bytes decide only between names that are the same to a reader.
 int compareNames(std::string_view left, std::string_view right) {
   std::string_view restOfLeft = left, restOfRight = right;
   while (!restOfLeft.empty() && !restOfRight.empty()) {
@@ -198,6 +199,7 @@ bool isControlCharacter(std::string_view character) {
   return character == "\u2028" || character == "\u2029";  // line and paragraph separator
 }
 
+// Most text is ASCII, which goes by in blocks.
 bool isUtf8(std::string_view bytes) {
   for (std::size_t i = past(isAscii, bytes, 0); i < bytes.size(); i = past(isAscii, bytes, i)) {
     const std::size_t length = utf8CharacterLength(bytes.substr(i));
@@ -230,6 +232,7 @@ std::size_t utf16Length(std::string_view text) {
   return units;
 }
 
+// Ordinary text is taken in blocks, the rest by characters.
 std::string printable(std::string_view bytes) {
   std::string text;
   text.reserve(bytes.size());

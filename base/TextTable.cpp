@@ -26,6 +26,7 @@ void TextTable::add(Row row) {
   rows_.push_back(std::move(row));
 }
 
+// Without blanks at the ends of lines.
 std::string TextTable::text() const {
   std::string text;
   for (const Row& row : rows_) {

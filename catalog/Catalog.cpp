@@ -73,6 +73,7 @@ AppList buildCatalog() {
   return apps;
 }
 
+// Users lie below their items.
 std::shared_ptr<QWPrefItem> prefItemForKey(const AppList& apps, const std::string& key) {
   for (const auto& app : apps)
     for (const auto& item : app->children()) {

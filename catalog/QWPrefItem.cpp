@@ -38,6 +38,7 @@ void QWPrefItem::updateSelectionStatus() {
     selected_ = off == 0 ? On : Mixed;
 }
 
+// Off where there is no parent.
 void QWPrefItem::inheritSelectionFromParent() {
   const std::shared_ptr<CatalogParent> holder = parent();
   State state = holder ? holder->selected() : Off;

@@ -63,6 +63,7 @@ void saveAppSelections(const AppList& apps) {
     QWLog::appendLog("App selections saved");
 }
 
+// New items of the catalog are not among the saved keys, and so begin unticked.
 void loadAppSelections(const AppList& apps) {
   QWLog::appendLog("Loading app selections");
   const std::optional<Keys> keys = savedKeys();

@@ -22,6 +22,7 @@ bool isOn(const PropertyList& value) {
 
 }  // namespace
 
+// Read each time: other programs of the maker change it.
 std::optional<PropertyList> globalSetting(const std::string& key) {
   const auto folder = QWLocalPaths::prefsDirectory(true);
   if (!folder) return std::nullopt;

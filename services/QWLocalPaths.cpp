@@ -127,6 +127,7 @@ std::string QWLocalPaths::uuid() {
   return platform().system.uniqueString();
 }
 
+// Made each time, because caches are tidied away.
 Folder QWLocalPaths::tempDirectory() {
   Folder folder = below(cacheDirectory(true), "com.quarrywell.Vantory");
   if (!folder || !platform().files.makeFolder(*folder)) return std::nullopt;

@@ -84,6 +84,7 @@ bool TaskReport::hasFailed(FileAction action, const std::string& path) const {
   });
 }
 
+// One cause stands for all; the log has the others.
 std::string TaskReport::causes() const {
   std::string text;
   const auto addLine = [&text](const std::string& line) { text += (text.empty() ? "" : "\n") + line; };

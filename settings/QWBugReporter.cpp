@@ -88,6 +88,7 @@ bool hasBugReporter() {
   return platform().workspace.applicationPath(kBugReporter).has_value();
 }
 
+// Where it is not installed, the log names the report.
 void openWithBugReporter(const std::string& report) {
   if (!hasBugReporter()) return QWLog::holdUntilNewLog(formatted("The crash report is %@", report));
   const Status opened = platform().workspace.openFile(report, kBugReporter);

@@ -11,6 +11,7 @@
 
 namespace vantory {
 
+// A star would have the home or the library taken for a pattern of other folders.
 std::optional<std::string> reasonToRefuse(const std::optional<std::string>& home, bool usesBackups) {
   if (!home && Runtime::current().platform().users.isSuperuser())
     return "Nobody is logged in at the console - nothing was done.";

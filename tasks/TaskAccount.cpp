@@ -24,6 +24,7 @@ constexpr std::size_t kMostLines = 10;  // of one kind
 constexpr int kDoneInPart = 3;
 constexpr int kNothingMatched = 4;
 
+// One line on standard error and in the system's log.
 void tell(const std::string& line) {
   Runtime::current().platform().systemLog.write(printable(line));
 }
@@ -50,6 +51,7 @@ std::vector<FileReport> failuresIn(const TaskReport& report) {
   return failures;
 }
 
+// Each cure once, behind the causes: many files may fail for one reason.
 void tellFailures(const TaskReport& report) {
   const std::vector<FileReport> failures = failuresIn(report);
   tellFirst(failures, [](const FileReport& file) { return file.cause->text; });
@@ -75,6 +77,7 @@ const char* nameOf(Outcome outcome) {
   return "failed";
 }
 
+// Keys that have nothing to say are left out.
 PropertyListDictionary entryFor(const FileReport& file) {
   PropertyListDictionary entry;
   entry.append("action", nameOf(file.action));
@@ -97,6 +100,7 @@ PropertyListArray textsOf(const std::vector<std::string>& texts) {
   return array;
 }
 
+// The names are those of the files' outcomes.
 PropertyListDictionary countsOf(const TaskReport& report) {
   PropertyListDictionary counts;
   for (const Outcome outcome : {Outcome::Done, Outcome::Skipped, Outcome::Failed})
@@ -106,6 +110,7 @@ PropertyListDictionary countsOf(const TaskReport& report) {
 
 }  // namespace
 
+// What stands before the task and behind what it understands.
 void noteUnusedArguments(const CommandContext& context, std::size_t mostOperands) {
   const std::vector<std::string>& arguments = context.arguments;
   const auto note = [&](const std::string& argument, const std::string& reason) {
@@ -134,6 +139,7 @@ void tellWhatWasNotDone(const TaskReport& report, bool keepsLog) {
   if (const auto path = QWLog::sharedController().path()) tell("The log: " + *path);
 }
 
+// The one sentence that a person at a terminal gets where all went well.
 std::string sentenceOn(FileAction deed, const TaskReport& report) {
   if (report.summary()) return *report.summary();
   std::set<std::string> items;
@@ -188,6 +194,7 @@ void appendFields(PropertyListDictionary& fields, const TaskReport& report) {
   if (report.refusal()) fields.append("error", *report.refusal());
 }
 
+// Done in part goes before an operand that was not used.
 int strictExitCode(int exitCode, const TaskReport& report, bool changesFiles) {
   if (exitCode != 0) return exitCode;
   if (!report.isWhole()) return kDoneInPart;

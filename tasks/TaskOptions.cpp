@@ -16,6 +16,7 @@ TaskOptions optionsBefore(const std::vector<std::string>& arguments, std::size_t
   return options;
 }
 
+// What looks like an option of other programs might say where they are to work; this one would not.
 std::optional<std::string> unknownOptionBefore(const std::vector<std::string>& arguments, std::size_t task) {
   for (std::size_t i = 1; i < task; ++i)
     if (arguments[i].starts_with("--") && !isTaskOption(arguments[i])) return arguments[i];

@@ -52,6 +52,7 @@ Error OverlayFileSystem::missing(const std::string& path) const {
   return {code, path + ": " + std::make_error_code(code).message()};
 }
 
+// The disk is asked for what lies there, under its name of before.
 Result<FileInfo> OverlayFileSystem::info(const std::string& path, Links links) const {
   const Lock lock(tree_.mutex);
   const OverlayNode there = node(path);
@@ -125,6 +126,7 @@ std::optional<std::errc> OverlayFileSystem::obstacleToTaking(const std::string& 
   return obstacleTo(path);
 }
 
+// Kept in memory, so that it can be read again.
 Status OverlayFileSystem::write(const std::string& path, std::string_view bytes, WriteOptions) {
   const Lock lock(tree_.mutex);
   Change change{.kind = Change::Kind::Write, .path = path};
@@ -201,6 +203,7 @@ void OverlayFileSystem::forget(const std::string& path, Change change) {
     changes_.add(std::move(change));
 }
 
+// A missing item is neither a change nor a refusal.
 Status OverlayFileSystem::remove(const std::string& path) {
   const Lock lock(tree_.mutex);
   Change change{.kind = Change::Kind::Remove, .path = path};

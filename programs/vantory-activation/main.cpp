@@ -33,6 +33,7 @@ std::string textIn(GVariant* dictionary, const char* key) {
   return text;
 }
 
+// Wayland's word for it, else that of X11.
 std::string activationToken(GVariant* platformData) {
   const std::string token = textIn(platformData, "activation-token");
   return token.empty() ? textIn(platformData, "desktop-startup-id") : token;

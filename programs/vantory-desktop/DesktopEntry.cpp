@@ -34,6 +34,7 @@ std::optional<std::string> pathInAnyCase(const fs::path& folder, const std::stri
   return std::nullopt;
 }
 
+// An exact name anywhere goes before another case in an earlier folder.
 std::optional<std::string> entryPath(const std::string& name, Case names) {
   std::vector<std::string> folders;
   for (const std::string& folder : dataFolders(g_get_home_dir(), true)) folders.push_back(folder + "/applications");

@@ -19,6 +19,7 @@ constexpr std::chrono::seconds kPatience{1};
 
 using ListPointer = std::unique_ptr<GList, Releaser<g_list_free>>;
 
+// The file's name without its ending.
 std::string identifierOf(GDesktopAppInfo* application) {
   const char* name = g_app_info_get_id(G_APP_INFO(application));
   std::string identifier = name ? name : "";
@@ -84,6 +85,7 @@ Status spawn(GDesktopAppInfo* application, const std::vector<std::string>& addre
   return errorWithText(std::errc::io_error, identifierOf(application), error->message);
 }
 
+// As its entry declares, and only under a name that the bus would take.
 bool isOnBus(GDesktopAppInfo* application) {
   return hasBus() && isBusName(identifierOf(application)) &&
          g_desktop_app_info_get_boolean(application, "DBusActivatable");

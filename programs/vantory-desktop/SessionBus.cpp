@@ -19,6 +19,7 @@ using std::chrono::steady_clock;
 constexpr std::chrono::seconds kConnectPatience{1};
 constexpr std::chrono::seconds kSilence{30};
 
+// The errors that callers tell apart; all others are one.
 int numberOf(const GError& error) {
   if (g_error_matches(&error, G_IO_ERROR, G_IO_ERROR_TIMED_OUT)) return ETIMEDOUT;
   if (g_error_matches(&error, G_IO_ERROR, G_IO_ERROR_CLOSED)) return ENXIO;

@@ -77,6 +77,7 @@ std::optional<std::string> QWUserDefaults::settingsPath(bool user) {
   return paths::join(*folder, kSettingsFile);
 }
 
+// The user's own value, else the machine's, else the registered one.
 std::optional<PropertyList> QWUserDefaults::objectForKey(const std::string& key) const {
   for (const SettingsFile* file : {user_.get(), machine_.get()}) {
     if (!file) continue;

@@ -152,6 +152,7 @@ bool QWPreferenceController::isFree() const {
   return false;
 }
 
+// A folder that cannot be made is told, and stays what the person chose.
 void QWPreferenceController::modifyBackupPath(const std::string& path) {
   const auto old = defaults().stringForKey(setting::kBackupPath);
   if (old == path || !isFree()) return;
@@ -196,6 +197,7 @@ void QWPreferenceController::changeAutosaveSettings() {
   schedule_->follow();
 }
 
+// To take the requirement away takes an administrator already.
 void QWPreferenceController::prefsToggleAdminPass(bool required) {
   QWAuthorization& authorization = QWAuthorization::sharedController();
   bool authorized = true;

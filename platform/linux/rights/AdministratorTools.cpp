@@ -110,10 +110,12 @@ Status AdministratorTools::removeItem(const Paths& paths) {
   return unlessMissing(files_.remove(paths[0]));
 }
 
+// The folders of jobs are the machine's.
 Status AdministratorTools::makeFolder(const Paths& paths) {
   return machine_.isJobFolder(paths[0]) ? machine_.makeFolder(paths[0]) : files_.makeFolder(paths[0]);
 }
 
+// What is missing is not made.
 Status AdministratorTools::touch(const Paths& paths) {
   return unlessMissing(metadata_.setModified(paths[0], std::nullopt));
 }

@@ -69,6 +69,7 @@ std::string unescaped(std::string_view text) {
   return result;
 }
 
+// As snapd writes it, in small letters.
 bool isUuid(std::string_view text) {
   return text.size() == kUuidLength && text.find_first_not_of("0123456789abcdef-") == std::string_view::npos;
 }
@@ -99,6 +100,7 @@ std::string entryName(const ProcessView& process) {
 
 }  // namespace
 
+// One line for each hierarchy of control groups, of which only systemd's tells of units.
 std::string unitOfProcess(std::string_view controlGroups) {
   while (!controlGroups.empty()) {
     std::string_view path = takeUntil(controlGroups, '\n');
@@ -137,6 +139,7 @@ bool isUnitOfSnap(std::string_view unit, std::string_view snapApplication) {
 ApplicationProcesses::ApplicationProcesses(uid_t user, const std::string& folder)
     : user_(user), folder_(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {}
 
+// Of those found the ones without an ancestor among them: the others are their children.
 std::vector<pid_t> ApplicationProcesses::copies(const ApplicationTraits& application) const {
   std::vector<pid_t> found;
   for (const pid_t number : numbers()) {
@@ -184,6 +187,7 @@ bool ApplicationProcesses::isOf(const ApplicationTraits& application, const Proc
   return shows && !runsOneOf(kSandboxPrograms, process);
 }
 
+// A child inherits the variables, but the number in them is not its own.
 bool ApplicationProcesses::wasStartedAs(const ApplicationTraits& application, const ProcessView& process) const {
   if (processNumber(process.variable(kStartedProcess)) != process.number()) return false;
   return entryName(process) == application.identifier + ".desktop";

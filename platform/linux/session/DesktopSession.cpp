@@ -20,6 +20,7 @@ namespace {
 
 constexpr const char* kProgram = "vantory-desktop";
 
+// The name itself, not what it may point to.
 bool isSocket(const std::string& path) {
   struct stat info {};
   return lstat(path.c_str(), &info) == 0 && S_ISSOCK(info.st_mode);
@@ -46,6 +47,7 @@ std::vector<std::string> environmentOf(const User& user, const std::string& name
 
 }  // namespace
 
+// By setpriv the superuser's rights are gone before the helper begins.
 Result<ChildProgram> desktopHelperProgram(const Users& users) {
   const std::string program = helperProgram(kProgram);
   if (program.empty()) return errorWithText(std::errc::no_such_file_or_directory, kProgram, "not installed");

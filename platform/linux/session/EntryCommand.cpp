@@ -30,6 +30,7 @@ constexpr std::array<std::string_view, 9> kSharedPrograms = {"sh",      "bash", 
 constexpr std::array<std::string_view, 9> kSharedPrefixes = {"python", "perl", "ruby",     "node", "java",
                                                              "wine",   "mono", "electron", "bwrap"};
 
+// Interpreters and launchers, which run many applications.
 bool isShared(const std::string& program) {
   const std::string name = fs::path(program).filename();
   return std::find(kSharedPrograms.begin(), kSharedPrograms.end(), name) != kSharedPrograms.end() ||
@@ -103,6 +104,7 @@ bool isSame(const std::string& wanted, const std::string& given, const ProcessVi
 
 }  // namespace
 
+// The kernel shows a script as its interpreter.
 EntryCommand::EntryCommand(Words words, const std::string& searchPath) {
   dropEnvironment(words);
   if (words.empty()) return;
@@ -124,6 +126,7 @@ EntryCommand::EntryCommand(Words words, const std::string& searchPath) {
   }
 }
 
+// Without operands a shared program could be anybody's.
 bool EntryCommand::isRunBy(const ProcessView& process) const {
   if (program_.empty() || (operands_.empty() && isShared(program_))) return false;
   if (!process.runs(program_) && !wasStarted(process)) return false;

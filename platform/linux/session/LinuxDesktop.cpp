@@ -74,6 +74,7 @@ Status LinuxWorkspace::activateApplication(const std::string& bundleIdentifier) 
   return statusOf(helper_.ask({"activate", bundleIdentifier}, kPatience));
 }
 
+// Where nothing can run, the helper need not be started.
 bool LinuxWorkspace::mayRun(const std::string& bundleIdentifier) const {
   const std::optional<User> user = users_.isSuperuser() ? users_.consoleUser() : users_.processUser();
   if (!user) return false;
@@ -139,6 +140,7 @@ DesktopHelper& LinuxDefaultHandlers::helper() const {
   return *helper_;
 }
 
+// A new process reads the list anew.
 DesktopHelper& LinuxDefaultHandlers::helperThatSeesChanges() const {
   if (changed_) helper_.reset();
   changed_ = false;

@@ -88,6 +88,7 @@ bool sendRequest(Channel& channel, const OpenRequest& request) {
 
 }  // namespace
 
+// A hash, because such a name is short.
 LinuxSingleInstance::LinuxSingleInstance(const std::string& home, const std::string& display)
     : name_("com.quarrywell.Vantory/" + std::to_string(getuid()) + "/" +
             std::to_string(std::hash<std::string>()(home + '\0' + display))) {}

@@ -49,6 +49,7 @@ ProcessView::ProcessView(int processes, pid_t number)
     : number_(number),
       folder_(openat(processes, std::to_string(number).c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC)) {}
 
+// One that has ended stays in the table until its parent has asked for it.
 bool ProcessView::isAliveFor(uid_t user) const {
   if (!folder_.valid() || !belongsTo(user)) return false;
   const std::vector<std::string> fields = state();
@@ -82,6 +83,7 @@ std::string ProcessView::program() const {
   return path;
 }
 
+// By the file itself, or by its name where an update has put another in its place.
 bool ProcessView::runs(const std::string& program) const {
   struct stat own {};
   struct stat file {};

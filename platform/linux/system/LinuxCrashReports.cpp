@@ -111,6 +111,7 @@ void giveHandlerAStack() {
 LinuxCrashReports::LinuxCrashReports(const FileSystem& files, const Users& users, std::string root)
     : files_(files), users_(users), root_(std::move(root)) {}
 
+// Each that is newer is the mark for the next.
 std::optional<std::string> LinuxCrashReports::newestSince(Timestamp moment) const {
   const auto user = users_.isSuperuser() ? users_.consoleUser() : users_.processUser();
   if (!user) return std::nullopt;
@@ -131,6 +132,7 @@ std::optional<std::string> LinuxCrashReports::newestSince(Timestamp moment) cons
   return newest;
 }
 
+// What the handler needs lives as long as the process.
 void writeCrashReports(const std::string& folder, const std::string& program) {
   static const Report made = reportOf(folder, program);
   report = &made;

@@ -49,6 +49,7 @@ std::uint64_t LinuxSystemInfo::memoryBytes() const {
   return static_cast<std::uint64_t>(pages) * static_cast<std::uint64_t>(pageSize);
 }
 
+// The program that the person started, also where another became this one.
 std::string LinuxSystemInfo::executablePath() const {
   std::error_code failure;
   std::string path = std::filesystem::read_symlink("/proc/self/exe", failure).native();
@@ -59,6 +60,7 @@ std::string LinuxSystemInfo::executablePath() const {
   return (std::filesystem::path(path).parent_path() / startedProgram_).native();
 }
 
+// From where the program lies: an installation may have been moved.
 std::string LinuxSystemInfo::resourcePath(const std::string& name) const {
   std::error_code failure;
   const std::filesystem::path own = std::filesystem::path(executablePath()).parent_path();

@@ -20,6 +20,7 @@ bool exists(const std::string& path) {
   return access(path.c_str(), F_OK) == 0;
 }
 
+// Without a home there are no files to handle.
 std::optional<User> withHome(std::optional<User> user) {
   if (!user || user->home.empty()) return std::nullopt;
   return user;

@@ -60,6 +60,7 @@ std::string_view withoutBlanks(std::string_view text) {
 
 }  // namespace
 
+// The size that the system tells is not believed: a file of /proc has none.
 Result<std::string> readSmallFile(const std::string& path, std::size_t limit) {
   const Descriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
   struct stat status {};

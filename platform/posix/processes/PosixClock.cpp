@@ -13,6 +13,7 @@ Timestamp PosixClock::now() const {
   return {time.tv_sec, static_cast<std::int32_t>(time.tv_nsec)};
 }
 
+// A signal does not shorten it.
 void PosixClock::sleep(std::chrono::microseconds duration) {
   if (duration <= duration.zero()) return;
   const auto seconds = std::chrono::floor<std::chrono::seconds>(duration);

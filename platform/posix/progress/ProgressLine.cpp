@@ -118,6 +118,7 @@ void ProgressLine::advance(std::int64_t bytes, int objects) {
   objects_ += objects;
 }
 
+// Whoever writes next begins an empty line.
 void ProgressLine::clear() {
   const std::lock_guard lock(mutex_);
   erase();
