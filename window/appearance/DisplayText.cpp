@@ -7,6 +7,7 @@ namespace vantory {
 
 namespace {
 
+// As a programmer would write the byte.
 QString escaped(unsigned char byte) {
   if (byte == '\n') return QStringLiteral("\\n");
   if (byte == '\t') return QStringLiteral("\\t");
@@ -19,6 +20,7 @@ QString withInvalidBytesEscaped(QByteArrayView bytes) {
   while (!bytes.isEmpty()) {
     qsizetype length = 0;
     QString character;
+    // A character has four bytes at the most.
     for (qsizetype tried = 1; tried <= qMin<qsizetype>(4, bytes.size()) && length == 0; ++tried) {
       QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
       character = decoder(bytes.first(tried));
@@ -30,6 +32,7 @@ QString withInvalidBytesEscaped(QByteArrayView bytes) {
   return text;
 }
 
+// A line break within a name would make two names of one.
 QString withControlCharactersEscaped(const QString& text) {
   QString line;
   for (const QChar character : text)

@@ -46,6 +46,7 @@ class DrawingEngine : public QIconEngine {
   // The size is in the device's own pixels.
   QPixmap scaledPixmap(const QSize& size, QIcon::Mode mode, QIcon::State state, qreal) override {
     const QRgb colour = followsText_ ? textColour(mode, state).rgb() : 0;
+    // With the colour, so that another palette gets pictures of its own.
     const auto key = std::make_tuple(size.width(), size.height(), mode == QIcon::Disabled, colour);
     QPixmap& pixmap = drawn_[key];
     if (pixmap.isNull()) pixmap = draw(size, mode, QColor(colour));
@@ -71,6 +72,7 @@ class DrawingEngine : public QIconEngine {
     QPixmap pixmap(size);
     pixmap.fill(Qt::transparent);
     QPainter painter(&pixmap);
+    // A drawing with colours of its own can only be made fainter.
     if (!followsText_ && mode == QIcon::Disabled) painter.setOpacity(0.4);
     QSvgRenderer renderer(text);
     const QSize drawn = renderer.defaultSize().scaled(size, Qt::KeepAspectRatio);

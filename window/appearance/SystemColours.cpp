@@ -64,6 +64,7 @@ void drawCheckBox(const QStyleOption& option, QPainter& painter) {
   painter.restore();
 }
 
+// Where a desktop says whether its user prefers dark colours.
 constexpr auto kService = "org.freedesktop.portal.Desktop";
 constexpr auto kObject = "/org/freedesktop/portal/desktop";
 constexpr auto kInterface = "org.freedesktop.portal.Settings";
@@ -137,6 +138,7 @@ QColor withContrast(QColor colour, const QColor& other, double ratio) {
   return colour;
 }
 
+// The ring is for those who go by the keyboard: after a click there is none.
 void ReadableStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
                                   const QWidget* widget) const {
   if (element != PE_FrameFocusRect)
@@ -145,6 +147,7 @@ void ReadableStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* 
     drawFocusRing(*option, *painter);
 }
 
+// The ring of a push button lies within its edge.
 void ReadableStyle::drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
                                 const QWidget* widget) const {
   QProxyStyle::drawControl(element, option, painter, widget);
@@ -171,6 +174,7 @@ SystemColours::SystemColours(QObject* parent)
       lightStyle_(QApplication::style()->name()) {
   QApplication::setStyle(new ReadableStyle(lightStyle_));
   QApplication::setPalette(light_);
+  // Colours that are dark from the start are the desktop's own choice, and stay.
   if (isDark(light_) || !hasSessionBus()) return;
   QDBusConnection::sessionBus().connect(kService, kObject, kInterface, QStringLiteral("SettingChanged"), this,
                                         SLOT(settingChanged(QString, QString, QDBusVariant)));

@@ -140,6 +140,7 @@ void MainWindow::removeLinkItem() {
 void MainWindow::makeMenus() {
   QMenu& file = *menuBar()->addMenu(QStringLiteral("&File"));
   auto* help = new QMenu(QStringLiteral("&Help"), this);
+  // Filled here already, though its place is at the end of the bar.
   menus_->addTo(file, *help);
   QAction* quit = file.addAction(QStringLiteral("&Quit"), QKeySequence(QKeySequence::Quit));
   quit->setMenuRole(QAction::QuitRole);
@@ -204,6 +205,7 @@ void MainWindow::putIntoStack(OutlinePane& pane) {
   if (stack_->indexOf(&pane) < 0) stack_->addWidget(&pane);
 }
 
+// A later start of the program ends here as well, instead of opening a second window.
 void MainWindow::bringToFront() {
   setWindowState(windowState() & ~Qt::WindowMinimized);
   show();
@@ -221,6 +223,7 @@ void MainWindow::showNotice(const std::string& text) {
   notice_->setVisible(!text.empty());
 }
 
+// Refused while a task runs, unless the person wants to quit after it.
 void MainWindow::closeEvent(QCloseEvent* event) {
   event->setAccepted(!mayClose || mayClose());
 }
@@ -249,6 +252,7 @@ void MainWindow::dropEvent(QDropEvent* event) {
   if (actions_.openFiles) actions_.openFiles(droppedPaths(*event->mimeData()));
 }
 
+// Size and place of the window, and the widths of each pane's columns.
 void MainWindow::remember(WindowMemory& memory) const {
   memory.keep(QStringLiteral("geometry"), saveGeometry());
   for (const Pane each : kPanes) memory.keep(columnsKey(each), pane(each).outline().layoutState());

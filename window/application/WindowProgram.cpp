@@ -187,8 +187,10 @@ int runWindow(int& argumentCount, char** arguments, SingleInstance& instance, Te
     }
     const std::string remark = remarkOnHome(*home);
     if (!remark.empty()) errors << "Vantory: " << remark << '\n';
+    // Read first: the toolkit may take it out of the environment.
     const std::string activationToken = qgetenv("XDG_ACTIVATION_TOKEN").toStdString();
     const QtMessageHandler usual = qInstallMessageHandler(endWithoutDisplay);
+    // The lists of fonts are read while the toolkit starts.
     const std::future<void> fonts = std::async(std::launch::async, &preloadFonts);
     QApplication application(argumentCount, arguments);
     qInstallMessageHandler(usual);

@@ -59,6 +59,7 @@ WindowSession::WindowSession(const std::string& home)
                  [this] { settings_.show(); },
                  [this](std::function<void()> work) { restore_.runOnThread(std::move(work)); }}),
       settings_(&window_, &delegate_) {
+  // Each of the two needs the other, so one of them is told later.
   restore_.setEditor(edit_);
   QWAlert::sharedController().ask = [this](const AlertTexts& texts) { return alerts_.ask(texts); };
   connectWindow();
@@ -84,6 +85,7 @@ void WindowSession::connectWindow() {
   window_.mayClose = [this] { return mayClose(); };
 }
 
+// The button of the Backup pane asks for a name first; the dialog's own button makes the backup.
 void WindowSession::connectCatalogPanes() {
   window_.trashPane().outline().setDelegate(&trash_, &trash_);
   window_.backupPane().outline().setDelegate(&backup_, &backup_);
@@ -114,6 +116,7 @@ void WindowSession::connectRestorePane() {
   outline.reportMissing = [](const std::string& selector) {
     Runtime::current().platform().systemLog.write(formatted("Selector %@ doesn't exist", selector));
   };
+  // Return restores what is selected, as the button does.
   outline.watchDelegate = [this](const std::string& selector) {
     if (selector != "restore:") return false;
     restore_.restore();
@@ -160,6 +163,7 @@ void WindowSession::enableHelp() {
 
 // --- While it is open ------------------------------------------------------------------------------------------------
 
+// A backup is shown in the library; a project only passes through to its application.
 bool WindowSession::needsWindow(const std::vector<std::string>& files) {
   return files.empty() || std::ranges::any_of(files, isBackupName);
 }
@@ -185,6 +189,7 @@ bool WindowSession::open(const std::vector<std::string>& files) {
     openFiles(files);
     window_.show();
   } else {
+    // Without a window nothing else loads the catalog.
     QWDataController::sharedController().populateApps();
     for (const std::string& file : files) delegate_.openFile(file);
     delegate_.applicationDidFinishLaunching();
@@ -229,6 +234,7 @@ void WindowSession::choosePane(Pane pane) {
   }
 }
 
+// A command can be chosen only where the selection gives it something to work on.
 void WindowSession::showSelection() {
   const OutlineItemPointer row = window_.restorePane().outline().selectedItem();
   const auto backup = restore_.selectedBackup();
@@ -254,6 +260,7 @@ bool WindowSession::mayClose() {
   return true;
 }
 
+// After "Quit When Done" the window goes at once; finish() waits for the task.
 bool WindowSession::wantsToQuit() {
   return alerts_.ask({.messageText = "A task is still running.",
                       .defaultButton = "Quit When Done",

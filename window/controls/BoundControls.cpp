@@ -28,12 +28,14 @@ int within(const QSpinBox& box, long long value) {
 
 }  // namespace
 
+// By clicks, so that only the person's changes are told, and not those of show().
 void BoundControls::bind(const std::string& key, QCheckBox& box) {
   QObject::connect(&box, &QCheckBox::clicked, &box, [this, key](bool ticked) { tell(key, ticked ? 1 : 0); });
   controls_[key] = [&box](long long value) { box.setChecked(value == 1); };
 }
 
 void BoundControls::bind(const std::string& key, QSpinBox& box) {
+  // A number counts when it is finished, not digit by digit.
   box.setKeyboardTracking(false);
   QObject::connect(&box, &QSpinBox::editingFinished, &box, [&box] { finishTyping(box); });
   QObject::connect(&box, &QSpinBox::valueChanged, &box, [this, key, &box](int value) {
@@ -42,6 +44,7 @@ void BoundControls::bind(const std::string& key, QSpinBox& box) {
   });
   controls_[key] = [&box](long long value) {
     if (isBeingTypedIn(box)) return;
+    // What comes from the settings is not told back to them.
     const QSignalBlocker silence(box);
     box.setValue(within(box, value));
   };

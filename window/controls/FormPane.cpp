@@ -13,6 +13,7 @@ namespace {
 constexpr int kMargin = 20;
 constexpr int kIndent = 22;  // below the text of a check box
 constexpr int kBetween = 16;
+// How large an explanation is beside other text.
 constexpr double kSmaller = 0.92;
 
 }  // namespace
@@ -33,6 +34,7 @@ QLabel* FormPane::makeExplanation(const QString& text) {
   return label;
 }
 
+// Assistive technologies read the explanation out with its control.
 void FormPane::add(QWidget* control, const QString& explanation) {
   rows_->addWidget(control, 0, Qt::AlignLeading);
   QLabel* text = makeExplanation(explanation);
@@ -42,6 +44,7 @@ void FormPane::add(QWidget* control, const QString& explanation) {
   addSpace();
 }
 
+// The words before and behind the number are also its name for assistive technologies.
 void FormPane::addNumber(const QString& before, QSpinBox* number, const QString& after, const QString& explanation) {
   auto* row = new QWidget(this);
   auto* label = new QLabel(before, row);

@@ -11,6 +11,7 @@ namespace vantory {
 PaneToolbar::PaneToolbar(QWidget* parent) : QToolBar(QStringLiteral("Panes"), parent), panes_(this) {
   constexpr int kIconSize = 28;
   setMovable(false);
+  // The menu that a window gives its toolbars could hide this one for good.
   setContextMenuPolicy(Qt::PreventContextMenu);
   setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
   setIconSize({kIconSize, kIconSize});
@@ -22,6 +23,7 @@ void PaneToolbar::addPane(const QString& title, const QString& symbol, std::func
   QAction* item = addItem(title, symbol);
   item->setCheckable(true);
   item->setActionGroup(&panes_);
+  // Ctrl+1 for the first pane, and so on.
   item->setShortcut(QKeySequence(QStringLiteral("Ctrl+%1").arg(panes_.actions().size())));
   connect(item, &QAction::triggered, this, [choose = std::move(choose)] { choose(); });
 }

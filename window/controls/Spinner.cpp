@@ -16,6 +16,7 @@ constexpr int kSpokes = 12;
 
 Spinner::Spinner(QWidget* parent) : QWidget(parent) {
   setFixedSize(sizeHint());
+  // Twelve of these steps make a turn of about a second.
   timer_.setInterval(80ms);
   connect(&timer_, &QTimer::timeout, this, [this] {
     step_ = (step_ + 1) % kSpokes;

@@ -39,6 +39,7 @@ class Words : public QTextEdit {
   }
 };
 
+// Line by line, because displayText() would show the breaks between lines as escapes.
 QString paragraphs(const std::string& text) {
   QStringList lines;
   for (const std::string& line : split(text, '\n')) lines.append(displayText(line));
@@ -154,6 +155,7 @@ void AlertDialog::ask(std::function<void(int)> answered, std::chrono::millisecon
   open();
 }
 
+// The keyboard is given back only by an alert that had it.
 void AlertDialog::done(int button) {
   const bool leadsBack = below_ && isActiveWindow();
   QDialog::done(button);

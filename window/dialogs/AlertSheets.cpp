@@ -41,6 +41,7 @@ struct AlertSheets::Answer {
       value = code;
     }
     changed.notify_all();
+    // Answers are given on the main thread, the only one that has a loop here.
     if (loop) loop->quit();
   }
 
@@ -74,6 +75,7 @@ int AlertSheets::ask(const AlertTexts& texts) {
   return mainThread.isCurrent() ? answer->waitInEventLoop() : answer->wait();
 }
 
+// On the main thread. Once alerts are refused the answer is there at once.
 void AlertSheets::show(const AlertTexts& texts, const std::shared_ptr<Answer>& answer) {
   if (refusing_) return answer->give(QWAlert::Other);
   const auto buttons = buttonsOf(texts);

@@ -120,6 +120,7 @@ QWidget* BackupDialog::makeButtons() {
   return row;
 }
 
+// Return is for the default button alone.
 void BackupDialog::connectParts() {
   for (QPushButton* button : {addButton_, removeButton_}) button->setAutoDefault(false);
   connect(disclosure_, &QToolButton::clicked, this,
@@ -138,6 +139,7 @@ void BackupDialog::show(const std::string& confirmTitle) {
   open();
 }
 
+// The toolkit's own close() would tell the controller of a cancel.
 void BackupDialog::close() {
   QDialog::hide();
 }
@@ -167,11 +169,13 @@ void BackupDialog::setProjects(const std::vector<std::string>& projects) {
   projects_->clear();
   for (const std::string& path : projects) {
     auto* item = new QListWidgetItem(displayText(path), projects_);
+    // A path that is too long is shown without its middle.
     item->setToolTip(item->text());
   }
   removeButton_->setEnabled(false);
 }
 
+// In rising order, however they were selected.
 std::vector<std::size_t> BackupDialog::selectedProjects() const {
   std::vector<std::size_t> rows;
   for (const QModelIndex& index : projects_->selectionModel()->selectedRows())

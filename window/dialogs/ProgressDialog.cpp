@@ -43,6 +43,7 @@ ProgressDialog::ProgressDialog(QWidget* parent)
   layout->setSizeConstraint(QLayout::SetFixedSize);
 }
 
+// It is shown again and again, and the last task may have been cancelled.
 void ProgressDialog::show() {
   cancelButton_->setEnabled(true);
   QDialog::open();
@@ -66,6 +67,7 @@ void ProgressDialog::setIndeterminate() {
   bar_->setRange(0, 0);
 }
 
+// Never of no length, which would be a bar without an end.
 void ProgressDialog::setMaximum(double maximum) {
   bar_->setRange(0, static_cast<int>(std::lround(std::max(maximum, 0.01) * kSteps)));
 }

@@ -55,6 +55,7 @@ OutlineModel::OutlineModel(std::vector<OutlineColumn> columns)
 
 OutlineModel::~OutlineModel() = default;
 
+// All rows go: they were the last delegate's.
 void OutlineModel::setDelegate(OutlineDelegate* delegate) {
   beginResetModel();
   delegate_ = delegate;
@@ -173,6 +174,7 @@ QModelIndex OutlineModel::parent(const QModelIndex& index) const {
   return index.isValid() ? indexOfRow(*rowAt(index).parent) : QModelIndex();
 }
 
+// Below other columns than the first there are no rows, as Qt wants it of a tree.
 int OutlineModel::rowCount(const QModelIndex& parent) const {
   if (parent.column() > 0) return 0;
   Row& row = rowAt(parent);
@@ -184,6 +186,7 @@ int OutlineModel::columnCount(const QModelIndex&) const {
   return static_cast<int>(columns_.size());
 }
 
+// Does not open the row: a triangle must not cost the reading of what is below it.
 bool OutlineModel::hasChildren(const QModelIndex& parent) const {
   if (!delegate_ || parent.column() > 0) return false;
   return parent.isValid() ? delegate_->isItemExpandable(item(parent)) : rowCount() > 0;
@@ -240,6 +243,7 @@ bool OutlineModel::setData(const QModelIndex& index, const QVariant& value, int 
   return true;
 }
 
+// What is drawn as disabled can be selected all the same, but not ticked.
 Qt::ItemFlags OutlineModel::flags(const QModelIndex& index) const {
   if (!index.isValid() || !delegate_) return Qt::NoItemFlags;
   OutlineCell cell;
@@ -252,6 +256,7 @@ Qt::ItemFlags OutlineModel::flags(const QModelIndex& index) const {
   return flags;
 }
 
+// A title that is hidden behind the check box is still told to assistive technologies.
 QVariant OutlineModel::headerData(int section, Qt::Orientation orientation, int role) const {
   if (orientation != Qt::Horizontal || section < 0 || section >= columnCount()) return {};
   const OutlineColumn& column = columns_[static_cast<std::size_t>(section)];

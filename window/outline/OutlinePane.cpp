@@ -63,10 +63,12 @@ void OutlinePane::addCommandsTo(QMenu& menu) const {
   }
 }
 
+// Null stands for a line between the commands of the menu.
 void OutlinePane::addSeparator() {
   commands_.append(nullptr);
 }
 
+// From the left, in the order in which they are added.
 void OutlinePane::addButton(Command& command) {
   buttons_->insertWidget(leadingButtons_++, command.makeButton(this));
 }

@@ -9,6 +9,7 @@ namespace vantory {
 
 namespace {
 
+// Backspace too, which is where a Mac's keyboard has its delete key.
 OutlineKey outlineKey(int key) {
   return key == Qt::Key_Delete || key == Qt::Key_Backspace ? OutlineKey::Delete : OutlineKey::Other;
 }
@@ -21,6 +22,7 @@ OutlineTree::OutlineTree(QWidget* parent) : QTreeView(parent) {
   setSelectionMode(SingleSelection);
   setSelectionBehavior(SelectRows);
   setEditTriggers(EditKeyPressed | SelectedClicked);
+  // What a double click does is the delegate's choice.
   setExpandsOnDoubleClick(false);
   setTabKeyNavigation(false);
   setFrameShape(QFrame::NoFrame);
@@ -56,6 +58,7 @@ bool OutlineTree::toggleCheckBox() {
   return false;
 }
 
+// Only on a row, and not while its name is edited.
 void OutlineTree::mouseDoubleClickEvent(QMouseEvent* event) {
   QTreeView::mouseDoubleClickEvent(event);
   const QModelIndex index = indexAt(event->position().toPoint());

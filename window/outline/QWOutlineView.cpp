@@ -48,6 +48,7 @@ QWOutlineView::QWOutlineView(std::vector<OutlineColumn> columns, const QString& 
   connectTree();
 }
 
+// Nothing may ask the delegate any more while the tree is taken down.
 QWOutlineView::~QWOutlineView() {
   setDelegate(nullptr, nullptr);
 }
@@ -153,6 +154,7 @@ bool QWOutlineView::eventFilter(QObject* watched, QEvent* event) {
     const auto& press = static_cast<const QMouseEvent&>(*event);
     const QHeaderView& header = *tree_->header();
     const int x = static_cast<int>(press.position().x());
+    // A press within four pixels of the border widens the column.
     const bool onBorder = header.logicalIndexAt(x + 4) != 0;
     if (press.button() == Qt::LeftButton && header.logicalIndexAt(x) == 0 && !onBorder) headerCheck_->onClick();
   }
@@ -190,6 +192,7 @@ void QWOutlineView::editSelectedRow() {
 
 // --- Rows ------------------------------------------------------------------------------------------------------------
 
+// A row that was never opened is not asked for what is below it.
 void QWOutlineView::noteOpenRows(const QModelIndex& parent, std::set<std::string>& open) const {
   if (!model_.hasBeenOpened(parent)) return;
   for (int i = 0; i < model_.rowCount(parent); ++i) {
@@ -263,6 +266,7 @@ OutlineItemPointer QWOutlineView::selectedItem() const {
   return rows.isEmpty() ? nullptr : model_.item(rows.front());
 }
 
+// Opens the rows above it; an item that is not there leaves nothing selected.
 void QWOutlineView::selectItem(const OutlineItemPointer& item) {
   const QModelIndex row = model_.indexOf(item);
   if (!row.isValid()) return tree_->selectionModel()->clear();

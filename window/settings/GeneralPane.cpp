@@ -62,6 +62,7 @@ void GeneralPane::takePath() {
   if (onPath) onPath(path_->text().toStdString());
 }
 
+// A path that is being typed stays.
 void GeneralPane::setBackupPath(const std::string& path) {
   if (path_->isModified()) return;
   path_->setText(displayText(path));

@@ -79,6 +79,7 @@ void ProjectHandlingPane::colourStatus() {
   status_->setPalette(coloured);
 }
 
+// The desktop may turn dark while the pane is shown.
 void ProjectHandlingPane::changeEvent(QEvent* event) {
   FormPane::changeEvent(event);
   if (event->type() == QEvent::PaletteChange) colourStatus();

@@ -33,6 +33,7 @@ QWShortcutKeyContainerView::QWShortcutKeyContainerView(QWShortcutKeyTableDelegat
   layout->addWidget(warning_);
   layout->addWidget(table_, 1);
   layout->addWidget(makeButtons(delegate));
+  // Told anew with every reading of the shortcuts: it may be installed meanwhile.
   table_->onManagerMissing = [this](bool missing) {
     warning_->setVisible(missing);
     showSelection();

@@ -31,6 +31,7 @@ UserInfo infoOf(const ShortcutKey& key) {
 }  // namespace
 
 QWShortcutKeyFieldEditor::QWShortcutKeyFieldEditor(QWidget* parent) : QLineEdit(parent) {
+  // Keys are captured here, not typed.
   setReadOnly(true);
   setFrame(false);
   setAutoFillBackground(true);
@@ -57,6 +58,7 @@ void QWShortcutKeyFieldEditor::keyDown(const QKeyEvent& event) {
     if (onLeave) onLeave();
     return;
   }
+  // None for a modifier alone: the key that goes with it is still to come.
   const auto keycode = macKeyCode(event);
   if (!keycode) return;
   const Qt::KeyboardModifiers held = event.modifiers();
@@ -65,6 +67,7 @@ void QWShortcutKeyFieldEditor::keyDown(const QKeyEvent& event) {
                                     .ctrl = held.testFlag(Qt::ControlModifier),
                                     .opt = held.testFlag(Qt::AltModifier),
                                     .cmd = held.testFlag(Qt::MetaModifier)});
+  // The table's delegate stores the shortcut and ends the editing.
   NotificationCenter::shared().post("QWShortcutKeyChanged", infoOf(key));
 }
 

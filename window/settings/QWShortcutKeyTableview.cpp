@@ -21,6 +21,7 @@ constexpr int kRowPadding = 8;
 
 }  // namespace
 
+// The commands with their shortcuts, of which only the shortcuts can be edited.
 class QWShortcutKeyTableview::Model : public QAbstractTableModel {
  public:
   explicit Model(const QWShortcutKeyTableDelegate& delegate) : delegate_(delegate) {}
@@ -140,6 +141,7 @@ void QWShortcutKeyTableview::editShortcut() {
   edit(model_->index(row, kShortcutColumn));
 }
 
+// What was captured has been handed on already.
 void QWShortcutKeyTableview::endEditing() {
   if (editor_->isVisible()) closeEditor(editor_, QAbstractItemDelegate::NoHint);
 }
@@ -154,6 +156,7 @@ ShortcutFieldEditor& QWShortcutKeyTableview::fieldEditor() {
   return *editor_;
 }
 
+// Other keys than these do not begin to edit, so that a letter still finds its row.
 void QWShortcutKeyTableview::keyPressEvent(QKeyEvent* event) {
   switch (event->key()) {
     case Qt::Key_Return:

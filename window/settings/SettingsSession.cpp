@@ -6,6 +6,7 @@
 
 namespace vantory {
 
+// Window and controller, which stay once they have been made.
 struct SettingsSession::Parts {
   Parts(QWidget* parent, PreferenceDelegate* delegate) : window(parent), controller({window, chooser, delegate}) {
     window.setActions({.choosePane = [this](PreferencePane pane) { choose(pane); },
@@ -54,6 +55,7 @@ void SettingsSession::show() {
   parts_->controller.awakeFromNib();
 }
 
+// A window that is closed reads everything anew when it is shown.
 void SettingsSession::refresh() {
   if (window()) parts_->controller.refresh();
 }

@@ -114,6 +114,7 @@ void SettingsWindow::doBehindSheet(const std::string& label, const std::function
       loop.quit();
     });
   });
+  // Where no thread is to be had, the work is done here.
   if (!begun) return work();
   QTimer patience;
   patience.setSingleShot(true);
@@ -149,6 +150,7 @@ void SettingsWindow::closeEvent(QCloseEvent* event) {
   if (actions_.closed) actions_.closed();
 }
 
+// Other programs may have changed what the window shows while they were in front.
 void SettingsWindow::changeEvent(QEvent* event) {
   QMainWindow::changeEvent(event);
   if (event->type() == QEvent::ActivationChange && isActiveWindow() && actions_.activated) actions_.activated();
