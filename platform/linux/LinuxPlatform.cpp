@@ -50,6 +50,7 @@ struct LinuxPlatform::Parts {
     systemLog.setBeforeLine([this] { progress->clear(); });
   }
 
+  // What others get: the watched one where a line is drawn.
   FileSystem& shownFiles() {
     if (watched) return *watched;
     return files;
@@ -96,6 +97,7 @@ struct LinuxPlatform::Parts {
   LinuxJobControl jobs{users, files, metadata, UserManager(users)};
   LinuxSystemTools tools;
   LinuxCrashReports crashReports{files, users};
+  // Null where no line is drawn.
   std::unique_ptr<ProgressLine> progress;
   std::unique_ptr<WatchedFileSystem> watched;
   std::unique_ptr<WatchedFileMetadata> watchedMetadata;

@@ -23,12 +23,14 @@ Error changed(const std::string& path) {
   return errorWithText(std::errc::device_or_resource_busy, path, "it changed while it was moved, and stays");
 }
 
+// It is new, or of a kind that no copy takes.
 Error notCopied(const std::string& path, mode_t mode) {
   if (S_ISREG(mode) || S_ISDIR(mode) || S_ISLNK(mode))
     return errorWithText(std::errc::device_or_resource_busy, path, "it appeared while its folder was moved, and stays");
   return errorWithText(std::errc::not_supported, path, "a special file cannot be moved to another disk, and stays");
 }
 
+// Neither an immutable item nor one that only takes additions can be removed.
 bool isLocked(int folder, const std::string& name) {
   struct statx status;
   return statx(folder, name.c_str(), AT_SYMLINK_NOFOLLOW, STATX_TYPE, &status) == 0 &&

@@ -22,6 +22,7 @@ namespace {
 // Whether this thread works with a user's rights already.
 thread_local bool taken = false;
 
+// Empty parts and single dots are left out, ".." is not.
 std::vector<std::string> componentsOf(std::string_view path) {
   std::vector<std::string> components;
   for (std::size_t start = 0; start <= path.size();) {
@@ -144,6 +145,7 @@ FileRights::Scope::~Scope() {
   taken = false;
 }
 
+// Only administrator rights look at each step of the way; for all others the kernel does.
 Result<Place> FileRights::locate(const std::string& path) const {
   if (path.empty() || path.front() != '/' || path.find('\0') != std::string::npos)
     return errorWithText(std::errc::invalid_argument, path, "is no absolute path");

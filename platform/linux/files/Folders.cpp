@@ -48,6 +48,7 @@ struct KernelEntry {
   char name[1];
 };
 
+// What a file system does not tell here is looked up by addEntry().
 FileType typeOf(unsigned char kind) {
   switch (kind) {
     case DT_REG:

@@ -18,9 +18,11 @@
 namespace vantory {
 namespace {
 
+// What a Mac's file manager notes of a file, such as its type and creator.
 constexpr const char* kFinderInfo = "user.com.apple.FinderInfo";
 constexpr std::size_t kFinderInfoBytes = 32;
 
+// Folders that a Mac shows as one file.
 constexpr std::array<std::string_view, 13> kPackageExtensions = {
     "app",        "appex", "bundle", "fcpbundle", "framework", "imovielibrary", "kext",
     "mdimporter", "pkg",   "plugin", "prefpane",  "vnt",       "vnt2"};
@@ -73,6 +75,7 @@ Status LinuxFileMetadata::setLockedByItself(const std::string& path, bool locked
   return changed;
 }
 
+// Where rights are missing, the error says what would help.
 Error LinuxFileMetadata::lockError(const std::string& path, int number) {
   Error error = systemError(path, number);
   if (number == EPERM) error.cure = lockHelper_.cure();
@@ -101,6 +104,7 @@ std::vector<Status> LinuxFileMetadata::setAllLocked(const std::vector<std::strin
   return results;
 }
 
+// None stands for now, which whoever may write to the file may set; any other time only its owner.
 Status LinuxFileMetadata::setModified(const std::string& path, std::optional<Timestamp> time) {
   const FileRights::Scope scope(rights_);
   Result<Place> place = rights_.locate(path);
@@ -151,6 +155,7 @@ Result<std::string> LinuxFileMetadata::linkTarget(const std::string& path) const
   return std::string(target, static_cast<std::size_t>(length));
 }
 
+// Only zeros for a file that has none.
 Result<std::string> LinuxFileMetadata::finderInfo(const std::string& path) const {
   const FileRights::Scope scope(rights_);
   std::string bytes(kFinderInfoBytes, '\0');

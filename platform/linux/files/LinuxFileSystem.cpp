@@ -51,6 +51,7 @@ class LinuxAppendFile : public AppendFile {
   std::string path_;
 };
 
+// The lock goes with the descriptor, and so also with a process that is killed.
 class LinuxFolderHold : public FolderHold {
  public:
   explicit LinuxFolderHold(Descriptor folder) : folder_(std::move(folder)) {}
@@ -77,6 +78,7 @@ void keepAttributes(int old, int successor, const FileRights& rights, const std:
 
 }  // namespace
 
+// A terminal of that name does not become this process's own.
 Result<Descriptor> LinuxFileSystem::openAt(const std::string& path, int flags, mode_t mode) const {
   Result<Place> place = rights_.locate(path);
   if (!place) return place.error();
@@ -91,6 +93,7 @@ Result<FileInfo> LinuxFileSystem::info(const std::string& path, Links links) con
   const FileRights::Scope scope(rights_);
   Result<Place> place = rights_.locate(path);
   if (!place) return place.error();
+  // Administrator rights follow no link at the end of a path: a user may have made it.
   const bool follow = links == Links::Follow && !rights_.isAdministrator();
   struct statx status;
   if (statx(place->at(), place->name.c_str(), follow ? 0 : AT_SYMLINK_NOFOLLOW, STATX_BASIC_STATS, &status) != 0)
@@ -152,6 +155,7 @@ Status LinuxFileSystem::write(const std::string& path, std::string_view bytes, W
   return {};
 }
 
+// A new file is its owner's alone. A FIFO in its place is refused instead of waited for.
 Result<std::unique_ptr<AppendFile>> LinuxFileSystem::openForAppending(const std::string& path) {
   const FileRights::Scope scope(rights_);
   Result<Descriptor> file = openAt(path, O_WRONLY | O_APPEND | O_CREAT | O_NOFOLLOW | O_NONBLOCK, kPrivate);
@@ -202,6 +206,7 @@ Result<std::unique_ptr<StagedCopy>> LinuxFileSystem::stageCopy(const CopyRequest
   return stageFile(*source, status, request, std::move(*destination), rights_, report);
 }
 
+// Only onto another file system is it a copy, after which the original is removed.
 Result<Notes> LinuxFileSystem::move(const std::string& source, const std::string& destination) {
   const FileRights::Scope scope(rights_);
   Result<Place> from = rights_.locate(source);
@@ -232,6 +237,7 @@ Result<Trashed> LinuxFileSystem::trash(const std::string& path, const std::strin
   return trash_.put(path, trashFolder);
 }
 
+// One call for all that was written to this file system.
 Status LinuxFileSystem::sync(const std::string& path) {
   const FileRights::Scope scope(rights_);
   Result<Descriptor> item = openAt(path, O_RDONLY | O_NONBLOCK);

@@ -43,6 +43,7 @@ class MoveByCopying {
   bool isOriginalWhole_ = true;
 };
 
+// The original goes last, when the copy is on the disk and nothing has changed meanwhile.
 Result<Notes> MoveByCopying::run() {
   CopyReport report(copied_);
   if (const Status copied = copy(report); !copied) return copied.error();
@@ -57,6 +58,7 @@ Result<Notes> MoveByCopying::run() {
   return Error{moved.error().code, moved.error().text + ". The rest is in " + destination_ + " already"};
 }
 
+// Notes which item the copy is, in case it has to go again.
 Status MoveByCopying::copy(CopyReport& report) {
   struct stat status;
   if (fstatat(from_.at(), from_.name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) return systemError(source_);
@@ -128,6 +130,7 @@ void MoveByCopying::putBack(const std::string& hidden) const {
     name = from_.name + " " + std::to_string(number);
 }
 
+// Another program may have put an item of its own in the place of the copy.
 void MoveByCopying::removeCopy() const {
   struct stat now;
   const bool isOurs = fstatat(to_.at(), to_.name.c_str(), &now, AT_SYMLINK_NOFOLLOW) == 0 &&

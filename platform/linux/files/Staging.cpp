@@ -75,6 +75,7 @@ class StagedFile : public StagedCopy {
 // process left can be told from what a live one needs.
 class StagingFolder {
  public:
+  // Tries again where a leftover has the name, or where another process took the new folder for one.
   static Result<StagingFolder> create(const Place& destination, const std::string& path, const FileRights& rights) {
     Result<Place> parent = openFolderOf(destination, path);
     if (!parent) return parent.error();
@@ -112,6 +113,7 @@ class StagingFolder {
     parent_.folder = Descriptor();
   }
 
+  // An old folder and the new one change places in one step; then the old one is removed.
   Status name(StagedCopy::Existing existing) {
     const int parent = parent_.folder.get();
     const char* final = parent_.name.c_str();

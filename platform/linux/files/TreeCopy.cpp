@@ -152,6 +152,7 @@ void TreeCopier::work() {
   }
 }
 
+// Waits while the other thread may still add jobs; none when all is done.
 std::optional<Job> TreeCopier::takeJob() {
   std::unique_lock lock(mutex_);
   changed_.wait(lock, [&] { return !jobs_.empty() || unfinished_ == 0; });
@@ -161,6 +162,7 @@ std::optional<Job> TreeCopier::takeJob() {
   return job;
 }
 
+// Turned around, because they are taken from the end.
 void TreeCopier::addJobs(std::vector<Job> jobs) {
   if (jobs.empty()) return;
   const std::lock_guard lock(mutex_);
@@ -192,6 +194,7 @@ void TreeCopier::fail(Error error) {
   stopped_ = true;
 }
 
+// After a failure, here or on the other thread, the rest of the batch is left.
 void TreeCopier::perform(const Job& job) noexcept {
   auto error = caught([&] {
     if (!job.subfolder.empty()) openSubfolder(job.folder, job.subfolder);
@@ -251,6 +254,7 @@ void TreeCopier::openSubfolder(const FolderPointer& parent, const std::string& n
                                      parent->destination + "/" + name, parent->depth + 1));
 }
 
+// Looked at once it is open: it may not be the file any more that was listed.
 void TreeCopier::copyOne(const Folder& folder, const std::string& name) {
   const std::string path = folder.path + "/" + name;
   const Descriptor source = openSource(folder.source.get(), name.c_str(), O_NOFOLLOW);

@@ -66,6 +66,7 @@ ssize_t receiveFrom(int socket, std::string& bytes, pid_t& sender) {
 
 }  // namespace
 
+// A kind of socket on which messages keep their borders.
 Result<Channel::Ends> Channel::pair() {
   std::array<int, 2> ends{};
   if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()) != 0) return systemError(kAbout);

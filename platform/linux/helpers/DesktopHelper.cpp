@@ -75,6 +75,7 @@ class DesktopHelper::Conversation {
     changed_.notify_all();
   }
 
+  // One that nobody waits for is dropped with the next request.
   void keep(Message answer) {
     const std::lock_guard lock(mutex_);
     answer_ = std::move(answer);

@@ -18,6 +18,7 @@ namespace vantory {
 namespace {
 
 constexpr std::chrono::milliseconds kPause{1};
+// For what a helper still has to do at the end of its conversation.
 constexpr std::chrono::seconds kPatience{2};
 
 // True also where somebody else has collected it.
@@ -27,6 +28,7 @@ bool hasEnded(pid_t child) {
 
 }  // namespace
 
+// Those beside the program go first, so that one that is not installed finds its own.
 std::string helperProgram(const std::string& name) {
   namespace fs = std::filesystem;
   std::error_code failure;

@@ -89,6 +89,7 @@ int LinuxProcess::wait() {
   return status_.value_or(kUnknownStatus);
 }
 
+// Both streams together: a child that fills one of them waits until it is read.
 Process::Output LinuxProcess::readAll() {
   Output result;
   std::array<pollfd, 3> streams{pollfd{ends_.output.get(), POLLIN, 0}, pollfd{ends_.errors.get(), POLLIN, 0},
@@ -121,6 +122,7 @@ bool LinuxProcess::isRunning() {
   return !status_;
 }
 
+// Never after the child was collected, when its number may be another's.
 void LinuxProcess::terminate() {
   const std::lock_guard lock(mutex_);
   collectIfEnded();

@@ -13,6 +13,7 @@ namespace vantory {
 namespace {
 
 constexpr const char* kPkexec = "/usr/bin/pkexec";
+// Somebody who knows the password may have to be fetched.
 constexpr std::chrono::minutes kPatienceWithPerson{10};
 
 bool onlySuperuserWrites(const std::filesystem::path& path) {
@@ -54,6 +55,7 @@ void PkexecRunner::release() {
   letGo();
 }
 
+// The helper ends with its conversation.
 void PkexecRunner::letGo() {
   authorized_ = false;
   helper_.reset();

@@ -69,6 +69,7 @@ Status LinuxJobControl::load(const Job& job) {
   return loaded;
 }
 
+// The interval is counted from the date of the stamp.
 Status LinuxJobControl::write(const Job& job, const Places& places) {
   if (!job.program.starts_with('/') || job.interval <= std::chrono::seconds(0))
     return errorWithText(std::errc::invalid_argument, job.name.label, "names no program or no interval");
@@ -88,12 +89,14 @@ Status LinuxJobControl::start(const Places& places) {
   return manager_.run({"restart", places.timerName});
 }
 
+// Stops the timer, also for later sessions; its files stay.
 Status LinuxJobControl::unload(const JobName& job) {
   const Result<Places> places = placesOf(job);
   if (!places || !files_.info(places->timer, Links::DoNotFollow)) return {};  // never loaded
   return manager_.run({"--quiet", "disable", "--now", places->timerName});
 }
 
+// One that cannot be removed does not keep the others from it.
 Status LinuxJobControl::remove(const JobName& job) {
   const Result<Places> places = placesOf(job);
   if (!places) return {};

@@ -25,6 +25,7 @@ using std::chrono::steady_clock;
 
 constexpr std::size_t kLargestMessage = 4096;
 
+// There systemctl finds the manager's socket.
 std::string runtimeFolder(std::uint32_t user) {
   return "XDG_RUNTIME_DIR=/run/user/" + std::to_string(user);
 }
@@ -44,6 +45,7 @@ std::optional<std::string> readUntil(steady_clock::time_point limit, int stream)
   }
 }
 
+// The first line names the fault, those below it give advice.
 std::string firstLine(const std::string& text) {
   return text.substr(0, text.find('\n'));
 }
@@ -86,6 +88,7 @@ Status UserManager::run(const std::vector<std::string>& arguments) const {
   child->errors = writeEnd.get();
   const Result<pid_t> started = startChild(*child);
   if (!started) return started.error();
+  // The child has the last one then, so that reading ends with it.
   writeEnd = Descriptor();
 
   const std::optional<std::string> said = readUntil(steady_clock::now() + limit_, readEnd.get());

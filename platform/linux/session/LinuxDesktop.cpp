@@ -52,6 +52,7 @@ Result<bool> LinuxWorkspace::canBeAskedToQuit(const std::string& bundleIdentifie
   return *answer != Message{"0"};
 }
 
+// The identifier alone finds all copies.
 Status LinuxWorkspace::quitApplication(const std::string&, const std::string& bundleIdentifier) {
   return statusOf(helper_.ask({"quit", bundleIdentifier}, kPatience));
 }
@@ -122,6 +123,7 @@ Result<std::string> LinuxDefaultHandlers::typeOfExtension(const std::string& ext
 
 Status LinuxDefaultHandlers::setDefaultViewer(const std::string& type, const std::string& bundleIdentifier) {
   const std::lock_guard lock(mutex_);
+  // Also where it fails: something may have been written by then.
   changed_ = true;
   const Result<Message> set = helper().ask({"set-default-viewer", type, bundleIdentifier}, kPatienceForStart);
   if (!set) return set.error();
@@ -147,6 +149,7 @@ DesktopHelper& LinuxDefaultHandlers::helperThatSeesChanges() const {
   return helper();
 }
 
+// A tool that is gone, or does not know the message, is no failure.
 Result<TaskClient::Answer> LinuxTaskClient::send(const std::string& service, const TaskMessage& message) {
   if (!hasSessionBus(users_)) return Answer::NotRegistered;
   Message request = {"tell-client", service, message.name};

@@ -72,11 +72,13 @@ std::string ProcessView::variable(const std::string& name) const {
   return {};
 }
 
+// Flatpak puts this file into each of its sandboxes.
 std::string ProcessView::flatpakApplication() const {
   const std::string info = content("root/.flatpak-info", kLargestText);
   return info.starts_with("[Application]\n") ? std::string(lineAfter(info, "name=")) : "";
 }
 
+// The kernel marks a program whose file was removed or replaced.
 std::string ProcessView::program() const {
   std::string path = linkText("exe");
   if (path.ends_with(kDeleted)) path.resize(path.size() - kDeleted.size());

@@ -18,6 +18,7 @@ LinuxStandardFolders::LinuxStandardFolders(std::string root) : LinuxStandardFold
 LinuxStandardFolders::LinuxStandardFolders(std::string root, bool superuser, FileRights rights)
     : root_(std::move(root)), superuser_(superuser), rights_(std::move(rights)) {}
 
+// As on a Mac, but for the Desktop and the Trash, which are where this desktop has them.
 std::optional<std::string> LinuxStandardFolders::userFolder(StandardFolder folder, const std::string& home) const {
   switch (folder) {
     case StandardFolder::Applications:
@@ -46,6 +47,7 @@ std::optional<std::string> LinuxStandardFolders::userFolder(StandardFolder folde
   return std::nullopt;
 }
 
+// None for folders that only users have.
 std::optional<std::string> LinuxStandardFolders::localFolder(StandardFolder folder) const {
   switch (folder) {
     case StandardFolder::Applications:
@@ -76,6 +78,7 @@ std::string LinuxStandardFolders::systemLibraryFolder() const {
   return root_ + "/System/Library";
 }
 
+// The superuser's variables say nothing about the user who is served.
 std::optional<std::string> LinuxStandardFolders::configuredFolder(const char* variable) const {
   if (superuser_) return std::nullopt;
   return environmentFolder(variable);

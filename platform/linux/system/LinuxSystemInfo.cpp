@@ -30,6 +30,7 @@ std::string kernelName() {
 LinuxSystemInfo::LinuxSystemInfo(std::vector<std::string> arguments, std::string startedProgram)
     : arguments_(std::move(arguments)), startedProgram_(std::move(startedProgram)) {}
 
+// The second file is the distribution's own, which the first may replace.
 std::string LinuxSystemInfo::systemName() const {
   for (const char* file : {"/etc/os-release", "/usr/lib/os-release"}) {
     const std::optional<std::string> name = assignedValue(file, "PRETTY_NAME");
@@ -80,6 +81,7 @@ bool LinuxSystemInfo::hasTerminal() const {
   return isatty(STDERR_FILENO) == 1;
 }
 
+// A random UUID in capitals.
 std::string LinuxSystemInfo::uniqueString() const {
   std::array<unsigned char, 16> bytes{};
   uninterrupted([&] { return getrandom(bytes.data(), bytes.size(), 0); });

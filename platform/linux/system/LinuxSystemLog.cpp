@@ -51,10 +51,12 @@ void writeToStandardError(std::string_view line) {
 
 }  // namespace
 
+// Looked at once: what is opened later may get the number of a stream that is missing.
 LinuxSystemLog::LinuxSystemLog() : hasStandardError_(fcntl(STDERR_FILENO, F_GETFD) != -1) {
   openlog("Vantory", LOG_ODELAY, LOG_USER);
 }
 
+// In one line, so that a line break in a file's name begins no entry of its own.
 void LinuxSystemLog::write(std::string_view message) {
   std::string line(message);
   std::replace_if(
