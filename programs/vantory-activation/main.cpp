@@ -54,6 +54,7 @@ class Activation {
         g_dbus_connection_register_object(bus_.get(), kPath, node->interfaces[0], &kTable, this, nullptr, &error);
     g_dbus_node_info_unref(node);
     if (object == 0) return failed(error);
+    // Where another process has the name, this one does not wait for it.
     constexpr guint kDoNotQueue = 4;
     return call("RequestName", g_variant_new("(su)", kName, kDoNotQueue));
   }
@@ -91,6 +92,7 @@ class Activation {
     return G_SOURCE_REMOVE;
   }
 
+  // The last argument of each method is what the desktop adds, such as the activation token.
   static void called(GDBusConnection*, const char*, const char*, const char*, const char* method, GVariant* arguments,
                      GDBusMethodInvocation* invocation, void* self) {
     const std::string_view name = method;
@@ -104,6 +106,7 @@ class Activation {
     g_dbus_method_invocation_return_value(invocation, nullptr);
   }
 
+  // The files of all requests come together; of the tokens the last one counts.
   void take(GVariant* files, GVariant* platformData) {
     if (files) {
       const VariantPointer addresses(g_variant_get_child_value(files, 0));
@@ -125,6 +128,7 @@ class Activation {
   OpenRequest request_;
 };
 
+// Returns only where the program cannot be started.
 int become(const char* program, const OpenRequest& request) {
   std::vector<char*> arguments{const_cast<char*>(program), const_cast<char*>("--")};
   for (const std::string& file : request.files) arguments.push_back(const_cast<char*>(file.c_str()));

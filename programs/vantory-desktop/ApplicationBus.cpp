@@ -22,6 +22,7 @@ std::string objectPath(std::string identifier) {
   return "/" + identifier;
 }
 
+// One that did not answer lately is asked all the same: it may only have been busy.
 BusCall applicationCall(const std::string& identifier, const char* member) {
   return {.service = identifier,
           .path = objectPath(identifier),
@@ -40,6 +41,7 @@ BusCall busQuestion(const char* member, const char* reply) {
   return {.service = kBus, .path = "/org/freedesktop/DBus", .interface = kBus, .member = member, .reply = reply};
 }
 
+// 0 for a name that nobody owns.
 pid_t processOf(const std::string& name) {
   BusCall question = busQuestion("GetConnectionUnixProcessID", "(u)");
   question.arguments = owned(g_variant_new("(s)", name.c_str()));
@@ -74,6 +76,7 @@ GVariant* textArray(const std::vector<std::string>& texts) {
 
 }  // namespace
 
+// A unique name such as ":1.7" is that of a connection.
 bool isBusName(const std::string& identifier) {
   return g_dbus_is_name(identifier.c_str()) && !g_dbus_is_unique_name(identifier.c_str());
 }
@@ -107,6 +110,7 @@ bool offersAction(const std::string& identifier, const std::string& action) {
   return std::find(names.begin(), names.end(), action) != names.end();
 }
 
+// An application that does not run is not started for it.
 Status activateAction(const std::string& identifier, const std::string& action) {
   BusCall call = applicationCall(identifier, "ActivateAction");
   call.arguments = owned(g_variant_new("(s@av@a{sv})", action.c_str(),

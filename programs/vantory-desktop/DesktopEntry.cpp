@@ -58,6 +58,7 @@ bool takePlaceholders(std::string& word) {
 
 }  // namespace
 
+// A hidden entry counts as none: by one a user takes away an application of the system's.
 Result<DesktopEntry> DesktopEntry::find(const std::string& identifier, Case names) {
   adoptSessionEnvironment();
   if (identifier.empty() || identifier.front() == '.' || identifier.find('/') != std::string::npos)
@@ -106,6 +107,7 @@ std::vector<std::string> DesktopEntry::command() const {
   return words;
 }
 
+// GIO makes none of an entry whose program it does not find.
 Result<ApplicationPointer> DesktopEntry::application() const {
   ApplicationPointer application(g_desktop_app_info_new_from_filename(path_.c_str()));
   if (application) return application;

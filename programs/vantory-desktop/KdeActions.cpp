@@ -35,6 +35,7 @@ std::vector<std::string> objectsBelow(const std::string& connection, const std::
   return paths;
 }
 
+// An action that is not there, or does not answer in time, counts as one that is not enabled.
 bool isEnabled(const KdeAction& action, const Deadline& deadline) {
   const BusCall question{.service = action.connection,
                          .path = action.path,

@@ -71,6 +71,7 @@ void started(GDesktopAppInfo* application, GPid process, void*) {
   giveUnit(application, process);
 }
 
+// In the user's home, and not in the folder where Vantory was started.
 Status spawn(GDesktopAppInfo* application, const std::vector<std::string>& addresses) {
   if (chdir(g_get_home_dir()) != 0) return systemError(g_get_home_dir());
   ListPointer list;

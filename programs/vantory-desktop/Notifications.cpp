@@ -24,11 +24,13 @@ constexpr guchar kNormalUrgency = 1;
 constexpr gint32 kServersOwnTime = -1;
 constexpr std::chrono::seconds kPatience{2};
 
+// What the program that shows the messages can do.
 struct Capabilities {
   bool markup = false;   // the text is read as markup
   bool actions = false;  // a click is told
 };
 
+// Keeps what each message hands back for as long as it is shown.
 class Notifications {
  public:
   explicit Notifications(EventSink tell) : tell_(std::move(tell)) {}
@@ -54,6 +56,7 @@ class Notifications {
     return {.service = kService, .path = kPath, .interface = kService, .member = member};
   }
 
+  // Asked for each message, because another program may show them by now.
   static Result<Capabilities> capabilities(const Deadline& deadline) {
     BusCall question = call("GetCapabilities");
     question.reply = "(as)";
@@ -71,6 +74,7 @@ class Notifications {
     return found;
   }
 
+  // Where the text is read as markup, its own "<" and "&" are escaped.
   static BusCall message(const Capabilities& server, const std::string& title, const std::string& text) {
     TextPointer body = busText(text);
     if (server.markup) body.reset(g_markup_escape_text(body.get(), -1));
@@ -88,6 +92,7 @@ class Notifications {
     return notify;
   }
 
+  // Before the first message, so that no click is missed.
   void listen() {
     if (listening_) return;
     listening_ = true;
@@ -101,6 +106,7 @@ class Notifications {
     static_cast<Notifications*>(self)->heard(signal, values);
   }
 
+  // What a message hands back is forgotten when the message has gone.
   void heard(std::string_view signal, GVariant* values) {
     std::uint32_t id = 0;
     const char* action = nullptr;

@@ -27,6 +27,7 @@ namespace {
 constexpr const char* kQuitAction = "quit";
 constexpr std::chrono::seconds kPatience{2};
 
+// Empty for an application that is no snap.
 std::string snapOf(const DesktopEntry& entry) {
   const std::string instance = entry.text("X-SnapInstanceName");
   const std::string application = entry.text("X-SnapAppName");

@@ -17,6 +17,7 @@ namespace {
 using std::chrono::steady_clock;
 
 constexpr std::chrono::seconds kConnectPatience{1};
+// How long a service that did not answer is left alone.
 constexpr std::chrono::seconds kSilence{30};
 
 // The errors that callers tell apart; all others are one.
@@ -78,11 +79,13 @@ bool isSilent(const std::string& service) {
 
 }  // namespace
 
+// At least one millisecond, because GIO takes a negative limit for one of its own.
 int Deadline::remaining() const {
   const auto left = std::chrono::ceil<std::chrono::milliseconds>(end_ - std::chrono::steady_clock::now());
   return static_cast<int>(std::max<std::chrono::milliseconds::rep>(left.count(), 1));
 }
 
+// The first call waits for the connection; later ones only look whether it stands by now.
 Result<GDBusConnection*> sessionBus() {
   static GDBusConnection* connection = nullptr;
   static std::future<Result<GDBusConnection*>> attempt;

@@ -33,6 +33,7 @@ bool hasBus() {
   return found;
 }
 
+// Only a bus that hangs is an error: without one, applications start by their commands.
 Status checkBus() {
   if (!hasBus()) return {};
   const Result<GDBusConnection*> bus = sessionBus();
@@ -40,6 +41,7 @@ Status checkBus() {
   return {};
 }
 
+// Tried once: without an answer the variables stay as they are.
 void adoptSessionEnvironment() {
   static bool adopted = false;
   if (std::exchange(adopted, true) || !hasBus()) return;

@@ -19,6 +19,7 @@ Status writeWhole(const std::string& path, std::string_view bytes, int mode) {
   if (failure) return systemError(path, failure.value());
   struct stat status {};
   const bool exists = stat(target.c_str(), &status) == 0;
+  // A rename would replace a write-protected file all the same.
   if (exists && access(target.c_str(), W_OK) != 0) return systemError(target);
   GError* error = nullptr;
   constexpr auto kFlags =

@@ -24,10 +24,12 @@ constexpr std::uint32_t kSourceIsPerson = 2;  // the request is the user's own w
 
 }  // namespace
 
+// Without a root no window can be found.
 struct Windows::Display {
   xcb_connection_t* connection;
   xcb_window_t root;
 
+  // The number by which the server knows the name.
   xcb_atom_t atom(std::string_view name) const {
     const ReplyPointer<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(
         connection, xcb_intern_atom(connection, 0, static_cast<std::uint16_t>(name.size()), name.data()), nullptr));
@@ -57,6 +59,7 @@ struct Windows::Display {
   }
 };
 
+// The server must be able to tell to which process a window belongs.
 Windows::Windows() {
   int number = 0;
   xcb_connection_t* const connection = xcb_connect(nullptr, &number);
@@ -72,6 +75,7 @@ Windows::~Windows() {
   xcb_disconnect(display_->connection);
 }
 
+// A main window is of the normal type or of none, and belongs to no other.
 std::vector<Window> Windows::list() const {
   const Display& display = *display_;
   if (display.root == XCB_WINDOW_NONE) return {};
@@ -87,6 +91,7 @@ std::vector<Window> Windows::list() const {
   return windows;
 }
 
+// By the window manager, as its own button does: the application can still ask about its work.
 void Windows::close(const Window& window) {
   xcb_client_message_event_t request{};
   request.response_type = XCB_CLIENT_MESSAGE;

@@ -55,6 +55,7 @@ class Server {
 
   void add(Verbs verbs) { std::move(verbs.begin(), verbs.end(), std::back_inserter(verbs_)); }
 
+  // Each request waits for its turn in the main loop.
   [[noreturn]] void receive() {
     while (Result<Message> message = channel_.receive())
       g_idle_add_full(G_PRIORITY_DEFAULT, &Server::serve, new Request{this, std::move(*message)}, nullptr);
@@ -67,6 +68,7 @@ class Server {
     return G_SOURCE_REMOVE;
   }
 
+  // Values that cannot travel are answered by the reason.
   void answer(const Message& request) {
     Result<Message> values = outcome(request);
     if (values) {

@@ -27,6 +27,7 @@ __user_cap_header_struct ownHeader() {
   return {_LINUX_CAPABILITY_VERSION_3, 0};
 }
 
+// Neither the superuser is served, nor anybody under another identity than their own.
 Status checkIdentity() {
   uid_t user, effectiveUser, savedUser;
   gid_t group, effectiveGroup, savedGroup;
@@ -50,6 +51,7 @@ Status keepOnlyCapability() {
   return {};
 }
 
+// No new rights, no look into the process, and nothing of the caller's surroundings.
 Status closeWays() {
   if (prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0 || prctl(PR_SET_DUMPABLE, 0, 0, 0, 0) != 0 || clearenv() != 0 ||
       chdir("/") != 0)

@@ -23,6 +23,7 @@ namespace vantory {
 
 namespace {
 
+// Empty for what is not there: nothing is served below it.
 std::string withoutLinks(const std::string& path) {
   char real[PATH_MAX];
   return realpath(path.c_str(), real) ? real : "";

@@ -22,6 +22,7 @@ int socketOption(int option) {
   return getsockopt(STDIN_FILENO, SOL_SOCKET, option, &value, &size) == 0 ? value : -1;
 }
 
+// Whoever starts the helper by hand has no such socket to give it.
 bool isConversation() {
   return socketOption(SO_DOMAIN) == AF_UNIX && socketOption(SO_TYPE) == SOCK_SEQPACKET;
 }

@@ -21,6 +21,7 @@ pid_t processBehindStandardInput(const User& user) {
   return known && peer.uid == user.id ? peer.pid : -1;
 }
 
+// A home that is somebody else's would open that user's files to the caller.
 bool ownsHome(const User& user) {
   struct stat status;
   return !user.home.empty() && stat(user.home.c_str(), &status) == 0 && S_ISDIR(status.st_mode) &&

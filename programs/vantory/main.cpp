@@ -13,6 +13,7 @@
 int main(int argumentCount, char** arguments) {
   vantory::LinuxPlatform platform({arguments, arguments + argumentCount}, "", vantory::LinuxPlatform::Progress::Shown);
   std::optional<vantory::BeforeOutput> beforeOutput, beforeErrors;
+  // What is printed does not share a row with the line of progress.
   if (vantory::ProgressLine* line = platform.progressLine()) {
     beforeOutput.emplace(std::cout, [line] { line->end(); });
     beforeErrors.emplace(std::cerr, [line] { line->clear(); });
