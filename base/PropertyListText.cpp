@@ -112,6 +112,7 @@ class TextReader {
     return PropertyListDictionary(std::move(entries));
   }
 
+  // The semicolon also stands behind the last pair.
   PropertyListDictionary::Entry pair(int depth) {
     std::string key = text();
     expect('=');
@@ -120,6 +121,7 @@ class TextReader {
     return entry;
   }
 
+  // A comma may stand behind the last value.
   PropertyList array(int depth) {
     if (depth > kMaximumPropertyListDepth) damaged();
     PropertyListArray values;
@@ -152,6 +154,7 @@ class TextReader {
     return word;
   }
 
+  // Quotes of the other kind may stand within.
   std::string quotedText(char quote) {
     std::string text;
     for (char character; (character = takeCharacter()) != quote;) {

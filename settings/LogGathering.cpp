@@ -37,6 +37,7 @@ LogGathering::~LogGathering() {
   (void)files().remove(folder_);
 }
 
+// A gathering that was killed may have left its folder.
 Status LogGathering::begin() {
   if (QWFileManager::itemExistsAtPath(folder_)) {
     if (Status removed = files().remove(folder_); !removed) {

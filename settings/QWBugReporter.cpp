@@ -80,6 +80,7 @@ std::optional<std::string> reportNewerThan(Timestamp launch, const std::string& 
   return platform().crashReports.newestSince(launch);
 }
 
+// One switch of the user's for all programs of the maker.
 bool isSwitchedOff() {
   return globalSwitch("disable-crash-reporter");
 }
@@ -141,6 +142,7 @@ void QWBugReporter::stopBugReporter() {
   if (const auto record = QWUserDefaults::settingsPath(true)) stopBugReporter(*record);
 }
 
+// Where this date is missing at the next start, a report of a crash is looked for.
 void QWBugReporter::stopBugReporter(const std::string& plistPath) {
   guarded("stopBugReporter:", [&] {
     change(plistPath, [](PropertyListDictionary& record) { record.set("exit", platform().clock.now()); });

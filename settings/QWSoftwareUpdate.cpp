@@ -55,6 +55,7 @@ std::optional<std::string> temporaryCopy(const std::string& application) {
 
 }  // namespace
 
+// The program's own copy counts only where it is newer than the installed one.
 std::string QWSoftwareUpdate::updaterPath() {
   const auto applications = QWLocalPaths::applicationDirectory(false);
   std::string installed = paths::join(applications.value_or(""), std::string("Quarrywell/") + kUpdater);

@@ -71,6 +71,7 @@ void viewLog(const std::string& fileName, const std::string& whenMissing) {
   const std::string path = paths::join(logs.value_or(""), fileName);
   if (!logs || !QWFileManager::fileExistsAtPath(path))
     return QWAlert::alertSheetWithMessageText("No log found", whenMissing);
+  // Lines that still wait are to be seen too.
   QWLog::finishWriting();
   const Status opened = platform().documents.open(path);
   if (opened) return;

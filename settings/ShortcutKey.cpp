@@ -17,6 +17,7 @@ ShortcutKey captured(ShortcutKey pressed) {
   return pressed;
 }
 
+// By the codes of a Mac's keyboard, which the shared list stores.
 std::optional<std::string> keyCodeName(std::uint32_t keycode) {
   // clang-format off
   static const std::map<std::uint32_t, const char*> names = {

@@ -35,6 +35,7 @@ std::optional<Number> numberIn(const PropertyList& entry, std::string_view key) 
   return static_cast<Number>(*number);
 }
 
+// Other programs of the maker keep their shortcuts in the same list.
 bool isOwn(const PropertyList& entry) {
   return textIn(entry, "bundleid") == QWUserDefaults::kDomain;
 }
@@ -90,6 +91,7 @@ Status ShortcutList::remove(const ShortcutTarget& target) {
   return change(target, std::nullopt);
 }
 
+// The old entry goes and the new one comes in one write.
 Status ShortcutList::change(const ShortcutTarget& target, const std::optional<PropertyListDictionary>& replacement) {
   const auto replace = [&](PropertyListDictionary& list) {
     PropertyListArray entries = takeWatchList(list);

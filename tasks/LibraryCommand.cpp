@@ -54,6 +54,7 @@ int withBackup(const CommandContext& context, Work work) {
   library().populateBackups();
   BackupList meant = library().allBackups();
   const bool isPath = name.find('/') != std::string::npos;
+  // A name may also be that of the backup's folder, ending and all.
   std::erase_if(meant, [&](const auto& backup) {
     return isPath ? !QWFileManager::isSameItem(backup->path(), context.pathOperand(1))
                   : backup->name() != name && paths::lastComponent(backup->path()) != name;
@@ -83,6 +84,7 @@ int defaultCommand(const CommandContext& context) {
   });
 }
 
+// A name that no folder can bear is mended, and the person is told.
 int renameCommand(const CommandContext& context) {
   if (context.operandCount() < 2) return context.refuseWithoutOperand();
   const std::string wanted = *context.operand(2);
@@ -122,6 +124,7 @@ int updateCommand(const CommandContext& context) {
   });
 }
 
+// Without a number the settings say how many stay.
 int pruneCommand(const CommandContext& context) {
   std::optional<long long> number;
   if (const auto operand = context.operand(1)) {

@@ -54,6 +54,7 @@ std::string json(const AppList& apps) {
   return writeJson(std::move(listing)) + "\n";
 }
 
+// Each further file of an item has a row of its own.
 void addRows(TextTable& table, const QWApp& app, const QWPrefItem& item) {
   const std::vector<std::string> files = filesOf(item);
   table.add({item.key(), app.name(), item.name(), item.lockable() ? "yes" : "no", files.empty() ? "-" : files.front()});

@@ -18,6 +18,7 @@ namespace vantory {
 
 namespace {
 
+// Scripts read these words too, so they stay as they are.
 const char* wordFor(Change::Kind kind) {
   switch (kind) {
     case Change::Kind::Trash:

@@ -89,10 +89,12 @@ void QWPreferenceController::awakeFromNib() {
   parts_.view.bringToFront();
 }
 
+// The menu's item is off while the window is open.
 void QWPreferenceController::windowWillClose() {
   if (parts_.delegate) parts_.delegate->enablePrefsMenu();
 }
 
+// Also when the window comes to the front: other programs may have changed what it shows.
 void QWPreferenceController::refresh() {
   showBackupPath();
   parts_.view.setValue(setting::kRequireAdministrator, defaults().integerForKey(setting::kRequireAdministrator));
@@ -185,6 +187,7 @@ void QWPreferenceController::offerMove(const std::string& from, const std::strin
 
 // --- Settings --------------------------------------------------------------------------------------------------------
 
+// A control whose value could not be stored goes back to the stored one.
 void QWPreferenceController::changeValue(const std::string& key, long long value) {
   const Status saved = defaults().setObject(key, PropertyList(std::int64_t{value}));
   if (saved && (key == setting::kPeriodicAutosave || key == setting::kAutosaveFrequency)) changeAutosaveSettings();

@@ -119,6 +119,7 @@ std::string QWShortcutKeyTableDelegate::objectValueForTableColumn(const std::str
   return column == "shortcutkey" ? rows_[row].keyname : "";
 }
 
+// Emptied, because one editor serves all rows.
 ShortcutFieldEditor* QWShortcutKeyTableDelegate::windowWillReturnFieldEditor(const ShortcutTable* toObject) {
   if (!table_ || toObject != table_) return nullptr;
   table_->fieldEditor().empty();
@@ -132,6 +133,7 @@ QWShortcutKeyTableDelegate::Row* QWShortcutKeyTableDelegate::selectedRow() {
 
 // --- Changes ---------------------------------------------------------------------------------------------------------
 
+// The keys show at once, and afterwards what has been stored.
 void QWShortcutKeyTableDelegate::keyChanged(const UserInfo& info) {
   Row* row = selectedRow();
   if (!row || info.empty()) return;

@@ -86,6 +86,7 @@ void AppWindowController::trash() {
   trashing_ = false;
 }
 
+// Runs beside the main thread, which shows how far it is.
 void AppWindowController::trashPreferences() {
   QWAuthorization::sharedController().beginTask();
   QWLog::appendLog("Trashing preferences...");
