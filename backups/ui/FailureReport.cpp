@@ -1,14 +1,24 @@
 // How the outcome of a task is put before the person.
 #include "backups/ui/FailureReport.h"
 
+#include <utility>
+
 #include "services/TaskReport.h"
 #include "services/log/QWLog.h"
+#include "services/threads/BackgroundThreads.h"
 
 namespace vantory {
 
 void reportFailure(const std::string& failure, const std::string& reason, AlertParent parentWindow) {
   QWLog::appendLog("%@: %@", failure, reason);
   QWAlert::alertSheetWithMessageText(failure, reason, parentWindow);
+}
+
+bool startTask(std::function<void()> work) {
+  if (SerialWork::tasks().add(std::move(work))) return true;
+  reportFailure("The task could not be begun",
+                "The system has no thread to give. Please close other programs, then try again.");
+  return false;
 }
 
 std::string withCauses(const std::string& text, const TaskReport& report) {

@@ -17,7 +17,6 @@
 #include "services/files/QWFileManager.h"
 #include "services/log/QWLog.h"
 #include "services/messages/QWAlert.h"
-#include "services/threads/BackgroundThreads.h"
 #include "services/threads/MainThread.h"
 
 namespace vantory {
@@ -123,7 +122,7 @@ void QWBackupEditController::backup() {
   QWBackupOutlineController& writer = parts_.backupController;
   writer.reload();
   parts_.dialog.close();
-  SerialWork::tasks().add([&writer, written, name, target, projects = projects_] {
+  startTask([&writer, written, name, target, projects = projects_] {
     QWAuthorization::sharedController().beginTask();
     // Not earlier: the task before may have been writing the same record.
     MainThread::shared().runAndWait([&] { written->setProjects(projects); });

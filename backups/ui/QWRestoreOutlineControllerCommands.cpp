@@ -15,7 +15,6 @@
 #include "services/files/QWFileManager.h"
 #include "services/log/QWLog.h"
 #include "services/messages/QWAlert.h"
-#include "services/threads/BackgroundThreads.h"
 #include "services/threads/MainThread.h"
 
 namespace vantory {
@@ -55,7 +54,7 @@ bool askToUpdate(const QWBackup& backup) {
 }  // namespace
 
 void QWRestoreOutlineController::runOnThread(std::function<void()> work) {
-  SerialWork::tasks().add([this, work = std::move(work)] {
+  startTask([this, work = std::move(work)] {
     QWAuthorization::sharedController().beginTask();
     MainThread& mainThread = MainThread::shared();
     mainThread.runAndWait([this] { parts_.spinner.startAnimation(); });
@@ -75,7 +74,7 @@ void QWRestoreOutlineController::restore() {
                               ". This will overwrite any current preferences with those stored in the backup."}) !=
       QWAlert::Default)
     return;
-  SerialWork::tasks().add([this, backup] {
+  startTask([this, backup] {
     if (QWFileManager::isMissingAtPath(backup->path())) return reportVanished(*backup);
     restoreOnThread(backup);
   });
@@ -129,7 +128,7 @@ void QWRestoreOutlineController::unlinkProjects() {
 
 void QWRestoreOutlineController::updateFiles() {
   const auto backup = selectedBackup();
-  if (backup && askToUpdate(*backup)) SerialWork::tasks().add([this, backup] { updateBackupFilesOnThread(backup); });
+  if (backup && askToUpdate(*backup)) startTask([this, backup] { updateBackupFilesOnThread(backup); });
 }
 
 // A text of success only where every file was replaced.

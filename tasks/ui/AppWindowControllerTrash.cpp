@@ -72,7 +72,7 @@ void AppWindowController::trash() {
   if (trashing_.exchange(true)) return;
   // Until its turn comes.
   parts_.trashSpinner.startAnimation();
-  const bool added = SerialWork::tasks().add([this] {
+  const bool added = startTask([this] {
     onMainThread([this] { parts_.trashSpinner.stopAnimation(); });
     trashPreferences();
     // After a cancel the sheet still covers the window. The next run must not find it on its way out.
