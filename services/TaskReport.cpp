@@ -42,13 +42,19 @@ void TaskReport::done(FileAction action, const std::string& path, const std::str
 }
 
 void TaskReport::skipped(FileAction action, const std::string& path, Error cause, const std::string& item) {
-  files_.push_back(
-      {.action = action, .path = path, .item = item, .outcome = Outcome::Skipped, .cause = std::move(cause)});
+  files_.push_back({.action = action,
+                    .path = path,
+                    .item = item,
+                    .outcome = Outcome::Skipped,
+                    .cause = std::make_shared<const Error>(std::move(cause))});
 }
 
 void TaskReport::failed(FileAction action, const std::string& path, Error cause, const std::string& item) {
-  files_.push_back(
-      {.action = action, .path = path, .item = item, .outcome = Outcome::Failed, .cause = std::move(cause)});
+  files_.push_back({.action = action,
+                    .path = path,
+                    .item = item,
+                    .outcome = Outcome::Failed,
+                    .cause = std::make_shared<const Error>(std::move(cause))});
 }
 
 void TaskReport::add(FileAction action, const std::string& path, const Status& status, const std::string& item,

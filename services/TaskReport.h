@@ -2,6 +2,8 @@
 #pragma once
 
 #include <cstddef>
+#include <deque>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -24,7 +26,7 @@ struct FileReport {
   std::string item = {};   // the key of the preference item it belongs to; empty for none
   std::string place = {};  // where it, or its copy, lies now; empty where that is nowhere or not known
   Outcome outcome = Outcome::Done;
-  std::optional<Error> cause = {};  // why it was skipped or failed; none when done
+  std::shared_ptr<const Error> cause = {};  // why it was skipped or failed; null when done
 };
 
 // Filled by whatever a task calls, read by whoever tells of the task. Belongs to one task, and to one thread at a time.
@@ -67,7 +69,7 @@ class TaskReport {
   // A sentence about what was done otherwise than it was asked for, such as under another name.
   void notice(std::string sentence) { notices_.push_back(std::move(sentence)); }
 
-  const std::vector<FileReport>& files() const { return files_; }
+  const std::deque<FileReport>& files() const { return files_; }
   const std::vector<PassedOver>& passedOver() const { return passedOver_; }
   const std::vector<std::string>& remarks() const { return remarks_; }
   const std::vector<UnusedOperand>& unusedOperands() const { return unusedOperands_; }
@@ -91,7 +93,7 @@ class TaskReport {
   std::string causes() const;
 
  private:
-  std::vector<FileReport> files_;
+  std::deque<FileReport> files_;  // tens of thousands, perhaps, and never moved
   std::vector<PassedOver> passedOver_;
   std::vector<std::string> remarks_;
   std::vector<UnusedOperand> unusedOperands_;
