@@ -65,14 +65,32 @@ Status checkOwn(int item, const std::string& path) {
   return {};
 }
 
+// The folder of one path after the other: the paths of a request mostly share one.
+class FolderOfPaths {
+ public:
+  // Opened anew only where it is another than before.
+  const Descriptor& of(const std::string& path) {
+    static const Descriptor root(open("/", O_PATH | O_DIRECTORY | O_CLOEXEC));
+    std::string folder = paths::parent(path);
+    if (folder != path_ || !folder_.valid()) {
+      folder_ = openBeneath(root.get(), folder.substr(1), O_PATH | O_DIRECTORY);
+      path_ = std::move(folder);
+    }
+    return folder_;
+  }
+
+ private:
+  std::string path_;
+  Descriptor folder_;
+};
+
 // Looks before it opens, because opening a pipe or a device is an act already; and looks again at what it has opened,
 // because that may be something else by then.
-Result<Descriptor> openOwn(const std::string& text) {
-  static const Descriptor root(open("/", O_PATH | O_DIRECTORY | O_CLOEXEC));
+Result<Descriptor> openOwn(const std::string& text, FolderOfPaths& folders) {
   const std::string path = plainPath(text).value_or("");
   if (path.empty()) return systemError(text, EINVAL);
   if (!isServed(path)) return systemError(path, EPERM);
-  const Descriptor folder = openBeneath(root.get(), paths::parent(path).substr(1), O_PATH | O_DIRECTORY);
+  const Descriptor& folder = folders.of(path);
   if (!folder.valid()) return systemError(path);
   if (const Status allowed = checkFolder(folder.get(), path); !allowed) return allowed.error();
   Descriptor item;
@@ -84,8 +102,8 @@ Result<Descriptor> openOwn(const std::string& text) {
   return item;
 }
 
-Status setLocked(const std::string& path, bool locked) {
-  const Result<Descriptor> item = openOwn(path);
+Status setLocked(const std::string& path, bool locked, FolderOfPaths& folders) {
+  const Result<Descriptor> item = openOwn(path, folders);
   return item ? setImmutable(item->get(), path, locked) : item.error();
 }
 
@@ -96,8 +114,9 @@ std::optional<Message> serveLockRequest(const Message& request) {
   if (!locks && request.front() != kUnlock) return std::nullopt;
   if (request.size() < 2 || request.size() - 1 > kMostPathsAtOnce) return std::nullopt;
   Message answer;
+  FolderOfPaths folders;
   for (std::size_t i = 1; i < request.size(); ++i) {
-    const Status done = setLocked(request[i], locks);
+    const Status done = setLocked(request[i], locks, folders);
     answer.push_back(std::to_string(done ? 0 : static_cast<int>(done.error().code)));
   }
   return answer;
