@@ -15,7 +15,7 @@ constexpr const char* kBus = "org.freedesktop.DBus";
 constexpr std::chrono::seconds kPatience{2};
 constexpr std::chrono::seconds kPatienceForStart{20};
 
-// As the specification derives it from the name.
+// As the standard of desktop entries derives it from the name.
 std::string objectPath(std::string identifier) {
   std::replace(identifier.begin(), identifier.end(), '.', '/');
   std::replace(identifier.begin(), identifier.end(), '-', '_');
