@@ -161,7 +161,7 @@ void QWDataController::populateAutoBackups(bool reload) {
 
 std::shared_ptr<QWBackup> QWDataController::defaultBackup() const {
   BackupList backups = allBackups();
-  std::ranges::stable_partition(backups, [](const auto& backup) { return !backup->isAutosave(); });
+  std::stable_partition(backups.begin(), backups.end(), [](const auto& backup) { return !backup->isAutosave(); });
   const auto found = std::ranges::find_if(backups, [](const auto& backup) { return backup->isDefault(); });
   return found == backups.end() ? nullptr : *found;
 }
