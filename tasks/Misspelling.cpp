@@ -35,6 +35,7 @@ std::string withoutDashes(const std::string& word) {
 std::optional<std::string> nearestOption(const std::string& word) {
   const std::vector<std::string> options = knownOptions();
   std::vector<std::string> names;
+  names.reserve(options.size());
   for (const std::string& option : options) names.push_back(withoutDashes(option));
   const auto name = nearestWord(withoutDashes(word), names);
   if (!name) return std::nullopt;
