@@ -17,6 +17,10 @@ namespace vantory {
 
 namespace {
 
+// The window's toolkit takes these, and a session manager starts the window again with the first.
+constexpr std::string_view kToolkitOptions[] = {"-session",    "-platform", "-style",
+                                                "-stylesheet", "-display",  "-geometry"};
+
 // Every word that begins a line, as it is written.
 std::vector<std::string> knownOptions() {
   std::vector<std::string> options;
@@ -54,7 +58,9 @@ std::optional<std::string> whatWasMeant(const std::vector<std::string>& argument
   std::size_t first = 1;
   while (first < arguments.size() && isTaskOption(arguments[first])) ++first;
   if (first > 1 && first == arguments.size()) return formatted("After \"%@\" a task is missing.", arguments[1]);
-  if (first == arguments.size() || arguments[first] == "--" || isFile(arguments[first])) return std::nullopt;
+  if (first == arguments.size() || arguments[first] == "--" ||
+      std::ranges::count(kToolkitOptions, arguments[first]) > 0 || isFile(arguments[first]))
+    return std::nullopt;
   const std::string& word = arguments[first];
   const auto nearest = nearestOption(word);
   if (!nearest) {

@@ -325,7 +325,7 @@ TEST_F(CommandLineTest, ATaskThatIsMistypedIsNamed) {
   EXPECT_THAT(window_, IsEmpty());
   fakes_.system.directory = home_.path();
   writeFile(home_ / "trash", "a project of that name");
-  for (const char* line : {"trash fcp", "Missing.fcp"}) {
+  for (const char* line : {"trash fcp", "Missing.fcp", "-session 1_2"}) {
     EXPECT_EQ(run(line), 0) << line;
     EXPECT_THAT(window_, Contains(std::string(line).substr(0, std::string(line).find(' '))));
   }
