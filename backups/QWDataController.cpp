@@ -65,6 +65,11 @@ std::optional<Error> QWDataController::libraryError() const {
   return libraryError_ ? libraryError_ : autosaveError_;
 }
 
+std::optional<Error> QWDataController::listingErrorOfAutoBackups() const {
+  const std::lock_guard lock(mutex_);
+  return autosaveError_;
+}
+
 // Keeps how the listing of one of the two folders ended.
 void QWDataController::noteListing(std::optional<Error>& place, std::optional<Error> error) {
   const std::lock_guard lock(mutex_);

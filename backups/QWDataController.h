@@ -60,11 +60,12 @@ class QWDataController : public BackupLibrary {
   // Deletes the oldest automatic backups beyond that number, for good; without one, beyond the number that the settings
   // say.
   TaskReport manageAutoBackups(std::optional<long long> maximum = std::nullopt);
-  // Moves the backup to the Trash, answers where it lies there, and drops it from the list, also when that fails. Any
-  // thread.
+  // Moves the backup to the Trash, answers where it lies there, and drops it from the list, also when that fails, as it
+  // does (timed_out) while another process writes it. Any thread.
   Result<std::string> removeBackup(const std::shared_ptr<QWBackup>& backup);
   // Gives a backup's folder another name, with "-2", "-3" ... where another backup, of the library's folder or beside
-  // this one, bears that. Answers its path now; the record is left as it is. Any thread.
+  // this one, bears that. Answers its path now; the record is left as it is. Fails (timed_out) while another process
+  // writes it. Any thread.
   static Result<std::string> renameBackup(const QWBackup& backup, const std::string& name);
   // Copies a backup from elsewhere into the library and restores it, on any thread. False when nothing was restored;
   // the report and the log say why. To tell the user is the caller's part.
@@ -74,6 +75,7 @@ class QWDataController : public BackupLibrary {
 
  private:
   static void tellObservers();
+  std::optional<Error> listingErrorOfAutoBackups() const;
   void noteListing(std::optional<Error>& place, std::optional<Error> error);
 
   mutable std::mutex mutex_;

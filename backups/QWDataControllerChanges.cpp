@@ -2,6 +2,7 @@
 #include <chrono>
 
 #include "backups/BackupNaming.h"
+#include "backups/LibraryHold.h"
 #include "backups/QWDataController.h"
 #include "base/Format.h"
 #include "base/Paths.h"
@@ -26,12 +27,37 @@ std::string freeNameIn(const std::string& folder, const std::string& wanted) {
   return name;
 }
 
+// Held until the result goes, so that no other process writes there meanwhile: the backup's folder, and the library's,
+// which is held while a new backup is made.
+struct Holds {
+  std::unique_ptr<FolderHold> library;
+  std::unique_ptr<FolderHold> backup;
+};
+
+// Fails (timed_out) where another process is at work. What cannot be held for another reason nobody writes into.
+Result<Holds> holdBackup(const std::string& path) {
+  Holds holds;
+  auto library = holdBackupFolder(paths::parent(path));
+  auto backup = holdBackupFolder(path);
+  for (const auto* hold : {&library, &backup})
+    if (!*hold && hold->error().code == std::errc::timed_out) return hold->error();
+  if (library) holds.library = std::move(*library);
+  if (backup) holds.backup = std::move(*backup);
+  return holds;
+}
+
+Result<std::string> trashUnlessHeld(const std::string& path) {
+  const auto holds = holdBackup(path);
+  if (!holds) return holds.error();
+  return QWFileManager::trashFile(path, 10s);
+}
+
 }  // namespace
 
 // Off the list even where the Trash refused it: the next listing shows it again.
 Result<std::string> QWDataController::removeBackup(const std::shared_ptr<QWBackup>& backup) {
   QWLog::appendLog("Removing backup...");
-  auto place = QWFileManager::trashFile(backup->path(), 10s);
+  auto place = trashUnlessHeld(backup->path());
   MainThread::shared().runAndWait([&] {
     Library library = backupArray();
     std::erase(library, std::static_pointer_cast<BackupNode>(backup));
@@ -43,6 +69,8 @@ Result<std::string> QWDataController::removeBackup(const std::shared_ptr<QWBacku
 }
 
 Result<std::string> QWDataController::renameBackup(const QWBackup& backup, const std::string& name) {
+  const auto holds = holdBackup(backup.path());
+  if (!holds) return holds.error();
   const std::string folder = paths::parent(backup.path());
   std::string path = paths::join(folder, backupFileName(freeNameIn(folder, name)));
   if (const Status moved = QWFileManager::moveFile(backup.path(), path, 20s); !moved) return moved.error();

@@ -20,20 +20,29 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// The settings are what is written last.
-bool isComplete(const std::shared_ptr<QWBackup>& backup) {
+bool hasSettings(const std::shared_ptr<QWBackup>& backup) {
   return QWFileManager::itemExistsAtPath(paths::join(backup->path(), kBackupSettingsFile));
 }
 
+// Its settings are there and cannot be looked at: it may be as good as any.
+bool isUnknown(const std::shared_ptr<QWBackup>& backup) {
+  const auto settings = Runtime::current().platform().files.read(paths::join(backup->path(), kBackupSettingsFile));
+  return !settings && !meansMissing(settings.error());
+}
+
 // Of those sorted by date the complete ones beyond the newest `maximum`, and the incomplete ones that a complete one
-// has followed: a run that failed pushes no good backup out. One whose removal was cut off has a new date, but still
-// the name of its time.
+// has followed: neither a run that failed nor a backup that was damaged since pushes a good one out. One whose removal
+// was cut off has a new date, but still the name of its time.
 BackupList surplus(const BackupList& backups, std::size_t maximum) {
+  // Where the settings of none can be understood, that tells nothing of any.
+  const bool tellsApart = std::ranges::any_of(backups, [](const auto& backup) { return backup->isComplete(); });
+  const auto isComplete = [&](const auto& backup) { return tellsApart ? backup->isComplete() : hasSettings(backup); };
   std::size_t newerComplete = 0;
   const auto newest = std::find_if(backups.rbegin(), backups.rend(), isComplete);
   BackupList found;
   for (auto backup = backups.rbegin(); backup != backups.rend(); ++backup) {
     const bool complete = isComplete(*backup);
+    if (!complete && isUnknown(*backup)) continue;
     const bool isFollowed = newerComplete > 0 || (newest != backups.rend() && (*backup)->name() < (*newest)->name());
     if (complete ? newerComplete >= maximum : isFollowed) found.push_back(*backup);
     newerComplete += complete;
@@ -63,10 +72,11 @@ TaskReport QWDataController::manageAutoBackups(std::optional<long long> wanted) 
   QWLog::appendLog("Maximum auto backup count: %i", maximum);
   populateAutoBackups(false);
   // What is removed is gone for good.
-  if (!isMaximumKnown) {
-    const Error cause{std::errc::io_error, "None is removed while the settings cannot be read."};
-    QWLog::appendLog("%@", cause.text);
-    report.failed(FileAction::Remove, autosaveLocation().value_or(""), cause);
+  std::optional<Error> obstacle = listingErrorOfAutoBackups();
+  if (!isMaximumKnown) obstacle = Error{std::errc::io_error, "None is removed while the settings cannot be read."};
+  if (obstacle) {
+    QWLog::appendLog("%@", obstacle->text);
+    report.failed(FileAction::Remove, autosaveLocation().value_or(""), *obstacle);
     return report;
   }
 
@@ -75,6 +85,10 @@ TaskReport QWDataController::manageAutoBackups(std::optional<long long> wanted) 
   std::ranges::stable_sort(backups, [](const auto& left, const auto& right) { return left->dateCompare(*right) < 0; });
   const BackupList doomed = surplus(backups, static_cast<std::size_t>(maximum));
   for (const auto& backup : doomed) {
+    if (QWFileManager::isMissingAtPath(backup->path())) {  // another process was sooner
+      std::erase(backups, backup);
+      continue;
+    }
     QWLog::appendLog("Removing auto backup %@...", backup->path());
     const Status removed = removeUnlessHeld(backup->path());
     if (removed || removed.error().code != std::errc::timed_out) {

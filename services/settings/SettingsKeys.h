@@ -11,7 +11,8 @@ inline constexpr const char* kAutoRestoreDefault = "autoRestoreDefault";  // 1: 
 inline constexpr const char* kSelectedPrefs = "selectedPrefs";            // the keys of the ticked items
 inline constexpr const char* kPeriodicAutosave = "periodicAutosave";      // 1: make automatic backups ...
 inline constexpr const char* kAutosaveFrequency = "autosaveFrequency";    // ... every so many days, at least 1
-inline constexpr const char* kMaxAutoBackups = "maxAutoBackups";          // how many of them are kept
+inline constexpr const char* kMaxAutoBackups = "maxAutoBackups";          // how many of them are kept ...
+inline constexpr int kUsualMaxAutoBackups = 10;                           // ... where nobody chose
 inline constexpr const char* kSortedColumn = "sortedColumn";  // of the Restore pane: "name", "date" or "size"
 inline constexpr const char* kSortedDescending = "sortedDescending";
 // 1: with a project that no backup is linked to, show the system settings of Final Cut Pro.

@@ -30,11 +30,11 @@ namespace vantory {
 
 namespace {
 
-// What counts where nobody has set anything. The command line has no such values, so that it never prunes.
+// What counts where nobody has set anything.
 void registerDefaults() {
   std::map<std::string, PropertyList> defaults = {{setting::kPeriodicAutosave, 1},
                                                   {setting::kAutosaveFrequency, 7},
-                                                  {setting::kMaxAutoBackups, 10},
+                                                  {setting::kMaxAutoBackups, setting::kUsualMaxAutoBackups},
                                                   {setting::kSortedColumn, "name"},
                                                   {setting::kSortedDescending, false}};
   if (const auto library = usualLibraryFolder()) defaults.emplace(setting::kBackupPath, *library);

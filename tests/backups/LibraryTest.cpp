@@ -98,6 +98,27 @@ TEST_F(LibraryTest, FailedAndUnfinishedRunsPushNoGoodBackupOut) {
   EXPECT_EQ(report.count(FileReport::Outcome::Skipped), 1U) << "the one that is held";
 }
 
+TEST_F(LibraryTest, ADamagedBackupPushesNoGoodOneOut) {
+  const auto automatic = [&](int day) { return inLibrary("Autosaves/Auto Backup " + std::to_string(day) + ".vnt"); };
+  for (int day = 1; day <= 3; ++day) makeBackup(automatic(day), "", day);
+  writeFile(automatic(3) + "/Settings.plist", "{Editor = (Pref");
+  ASSERT_TRUE(metadata_.setModified(automatic(3), Timestamp{3, 0}));
+  controller().manageAutoBackups(1);
+  for (int day = 1; day <= 3; ++day) EXPECT_EQ(exists(automatic(day)), day > 1) << day;
+}
+
+TEST_F(LibraryTest, WhatAnotherProcessWritesIsNeitherRenamedNorRemoved) {
+  makeBackup(inLibrary("A.vnt"));
+  controller().populateBackups();
+  const auto backup = controller().allBackups().front();
+  auto writer = disk_.holdFolder(backup->path(), std::chrono::seconds(0));
+  EXPECT_EQ(controller().renameBackup(*backup, "B").error().code, std::errc::timed_out);
+  EXPECT_EQ(controller().removeBackup(backup).error().code, std::errc::timed_out);
+  EXPECT_TRUE(exists(inLibrary("A.vnt")));
+  writer->reset();
+  EXPECT_TRUE(controller().removeBackup(backup).ok());
+}
+
 TEST_F(LibraryTest, TheDefaultIsAnyWholeBackup) {
   const auto path = inLibrary("Autosaves/Auto Backup 1.vnt");
   makeBackup(path);
