@@ -34,6 +34,27 @@ std::string unchangedDefault(const Error& error) {
   return "The default backup could not be changed: " + error.text;
 }
 
+// How many operands there are, but for a last "-task" or "-hotkey".
+std::size_t countOperands(const CommandContext& context) {
+  const std::size_t count = context.operandCount();
+  const auto last = count > 0 ? context.operand(count) : std::nullopt;
+  return last == "-task" || last == "-hotkey" ? count - 1 : count;
+}
+
+// These commands have no older callers: what they do not understand keeps them from being begun. None where all is
+// well.
+std::optional<int> refuseOperands(const CommandContext& context, std::size_t least, std::size_t most) {
+  const std::size_t count = countOperands(context);
+  if (count < least) return context.refuseWithoutOperand();
+  if (count <= most) return std::nullopt;
+  return refuse(
+      context, formatted("\"%@\" is one operand too many. Names with blanks need quotes.", *context.operand(most + 1)));
+}
+
+void noteSettings(const CommandContext& context) {
+  if (const auto path = QWUserDefaults::settingsPath(true)) context.report.done(FileAction::Write, *path);
+}
+
 // Why no backup, or no single one, is meant by the name.
 std::string faultOf(const std::string& name, const BackupList& meant) {
   if (!meant.empty()) return formatted("%i backups are called \"%@\": give the path of one.", meant.size(), name);
@@ -44,41 +65,68 @@ std::string faultOf(const std::string& name, const BackupList& meant) {
                  : formatted("There is no backup \"%@\". \"vantory --list-backups\" lists them.", name);
 }
 
-// Runs `work` on the backup of the library that the first operand names, by its name or by a path; answers the exit
-// code.
-template <class Work>
-int withBackup(const CommandContext& context, Work work) {
-  if (context.operandCount() == 0) return context.refuseWithoutOperand();
-  const std::string name = *context.operand(1);
+// The backups of the library, freshly listed, that are meant by a name, which may be that of the folder, or by a path.
+BackupList backupsMeant(const CommandContext& context, const std::string& name) {
   library().populateApps();
   library().populateBackups();
   BackupList meant = library().allBackups();
-  const bool isPath = name.find('/') != std::string::npos;
-  // A name may also be that of the backup's folder, ending and all.
-  std::erase_if(meant, [&](const auto& backup) {
-    return isPath ? !QWFileManager::isSameItem(backup->path(), context.pathOperand(1))
-                  : backup->name() != name && paths::lastComponent(backup->path()) != name;
-  });
+  if (name.find('/') == std::string::npos) {
+    std::erase_if(meant, [&](const auto& backup) {
+      return backup->name() != name && paths::lastComponent(backup->path()) != name;
+    });
+    return meant;
+  }
+  // The listing gives an older extension up.
+  const std::string path = context.pathOperand(1);
+  const std::string current = isBackupName(path) ? withBackupExtension(path) : path;
+  for (const auto& backup : meant)
+    if (backup->path() == path || backup->path() == current) return {backup};
+  std::erase_if(meant, [&](const auto& backup) { return !QWFileManager::isSameItem(backup->path(), path); });
+  return meant;
+}
+
+// Runs `work` on the one backup of the library that the first operand names; answers the exit code.
+template <class Work>
+int withBackup(const CommandContext& context, Work work) {
+  const std::string name = *context.operand(1);
+  const BackupList meant = backupsMeant(context, name);
   if (meant.size() != 1) return refuse(context, faultOf(name, meant));
   return work(meant.front());
+}
+
+// The default is known by its folder's name.
+bool isNameShared(const QWBackup& backup) {
+  const BackupList all = library().allBackups();
+  return std::ranges::count_if(all, [&](const auto& other) {
+           return paths::lastComponent(other->path()) == paths::lastComponent(backup.path());
+         }) > 1;
+}
+
+std::string filesInWords(std::size_t count) {
+  return formatted("%i %@", count, count == 1 ? "file" : "files");
 }
 
 }  // namespace
 
 int defaultCommand(const CommandContext& context) {
+  if (const auto refused = refuseOperands(context, 1, 1)) return *refused;
   if (context.operand(1) == kNone) {
     const Status removed = QWUserDefaults::standardUserDefaults().removeObjectForKey(setting::kDefaultBackup);
     if (!removed) return refuse(context, unchangedDefault(removed.error()));
     QWLog::appendLog("There is no default backup any more");
+    noteSettings(context);
     context.report.summarize("There is no default backup any more.");
     return 0;
   }
   return withBackup(context, [&](const std::shared_ptr<QWBackup>& backup) {
     if (!backup->isComplete())
       return refuse(context, formatted("\"%@\" is incomplete and cannot be the default.", backup->name()));
+    if (isNameShared(*backup))
+      return refuse(context, "Another backup's folder has the same name, by which the default is known: rename one.");
     const Status stored = backup->setDefault();
     if (!stored) return refuse(context, unchangedDefault(stored.error()));
     QWLog::appendLog("%@ was set as the default backup", backup->name());
+    noteSettings(context);
     context.report.summarize(formatted("\"%@\" is the default backup.", backup->name()));
     return 0;
   });
@@ -86,7 +134,7 @@ int defaultCommand(const CommandContext& context) {
 
 // A name that no folder can bear is mended, and the person is told.
 int renameCommand(const CommandContext& context) {
-  if (context.operandCount() < 2) return context.refuseWithoutOperand();
+  if (const auto refused = refuseOperands(context, 2, 2)) return *refused;
   const std::string wanted = *context.operand(2);
   const std::string name = QWFileManager::validateFilename(wanted);
   if (name.empty()) return refuse(context, "A backup's name cannot be blank.");
@@ -106,7 +154,9 @@ int renameCommand(const CommandContext& context) {
 }
 
 int removeCommand(const CommandContext& context) {
+  if (const auto refused = refuseOperands(context, 1, 1)) return *refused;
   return withBackup(context, [&](const std::shared_ptr<QWBackup>& backup) {
+    if (backup->isDefault()) context.report.notice("There is no default backup any more.");
     const auto place = library().removeBackup(backup);
     context.report.add(FileAction::Trash, backup->path(), place ? Status() : place.error(), {}, place ? *place : "");
     context.report.summarize(formatted("\"%@\" is in the Trash now.", backup->name()));
@@ -115,29 +165,41 @@ int removeCommand(const CommandContext& context) {
 }
 
 int updateCommand(const CommandContext& context) {
+  if (const auto refused = refuseOperands(context, 1, 1)) return *refused;
   return withBackup(context, [&](const std::shared_ptr<QWBackup>& backup) {
+    if (!backup->isComplete())
+      return refuse(context, formatted("\"%@\" is incomplete and cannot be updated.", backup->name()));
     const WriteResult result = backup->writeData(context.report, true);
-    if (result == WriteResult::Success && context.report.hasDone(FileAction::Copy))
-      context.report.summarize(
-          formatted("\"%@\" holds your present files; the earlier copies are in the Trash.", backup->name()));
+    const std::size_t copied = context.report.count(FileReport::Outcome::Done, FileAction::Copy);
+    if (result == WriteResult::Success && copied == 0)
+      context.report.notice("None of its files is there now: the backup is as it was.");
+    const char* earlier = context.report.hasDone(FileAction::Trash) ? " The earlier copies are in the Trash." : "";
+    context.report.summarize(formatted("Put %@ into \"%@\".%@", filesInWords(copied), backup->name(), earlier));
     return 0;
   });
 }
 
 // Without a number the settings say how many stay.
 int pruneCommand(const CommandContext& context) {
+  if (const auto refused = refuseOperands(context, 0, 1)) return *refused;
   std::optional<long long> number;
-  if (const auto operand = context.operand(1)) {
+  if (const auto operand = countOperands(context) > 0 ? context.operand(1) : std::nullopt) {
     long long value = 0;
     const auto [end, failure] = std::from_chars(operand->data(), operand->data() + operand->size(), value);
     if (failure != std::errc() || end != operand->data() + operand->size() || value < 1)
       return refuse(context, "The number of automatic backups to keep must be 1 or more.");
     number = value;
   }
+  QWUserDefaults& settings = QWUserDefaults::standardUserDefaults();
+  settings.registerDefaults({{setting::kMaxAutoBackups, setting::kUsualMaxAutoBackups}});
+  if (!number && settings.areKnown() && settings.integerForKey(setting::kMaxAutoBackups) < 1)
+    return refuse(context, "The settings say that no automatic backup is to stay. Say how many: \"--prune N\".");
   library().populateApps();
   context.report.take(library().manageAutoBackups(number));
   const std::size_t removed = context.report.count(FileReport::Outcome::Done, FileAction::Remove);
-  context.report.summarize(formatted("Removed %i automatic %@.", removed, removed == 1 ? "backup" : "backups"));
+  context.report.summarize(removed == 0
+                               ? "There was nothing to remove."
+                               : formatted("Removed %i automatic %@.", removed, removed == 1 ? "backup" : "backups"));
   return 0;
 }
 

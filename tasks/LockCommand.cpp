@@ -1,6 +1,8 @@
 // "-lock" and "-unlock": protect preference files against changes, and give them back.
 
 #include "backups/QWDataController.h"
+#include "base/Format.h"
+#include "services/TaskReport.h"
 #include "tasks/AppController.h"
 #include "tasks/KeyList.h"
 #include "tasks/TaskCommand.h"
@@ -20,7 +22,13 @@ int setLocks(const CommandContext& context, State state) {
     return context.refuse({.text = "Vantory: Unable to lock/unlock. Invalid keys.",
                            .title = "Lock/unlock failed",
                            .description = "Invalid keys"});
-  for (const auto& item : itemsForOperand(operand, keys, context.report)) item->lockFiles(state, context.report);
+  const bool areNamed = operand != kAllPrefs && operand != kAllFiles;
+  for (const auto& item : itemsForOperand(operand, keys, context.report)) {
+    if (areNamed && !item->lockable())
+      context.report.unused(
+          {.operand = item->key(), .reason = formatted("\"%@\" is an item that cannot be locked.", item->key())});
+    item->lockFiles(state, context.report);
+  }
   controller.postGrowlNotification("Vantory", state == On ? "Lock complete" : "Unlock complete");
   return 0;
 }

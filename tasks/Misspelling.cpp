@@ -18,8 +18,10 @@ namespace vantory {
 namespace {
 
 // The window's toolkit takes these, and a session manager starts the window again with the first.
-constexpr std::string_view kToolkitOptions[] = {"-session",    "-platform", "-style",
-                                                "-stylesheet", "-display",  "-geometry"};
+constexpr std::string_view kToolkitOptions[] = {
+    "session",    "platform",        "style",         "stylesheet",     "display",           "geometry",
+    "name",       "title",           "reverse",       "widgetcount",    "qwindowicon",       "qwindowtitle",
+    "fontengine", "qwindowgeometry", "platformtheme", "nocolorpalette", "platformpluginpath"};
 
 // Every word that begins a line, as it is written.
 std::vector<std::string> knownOptions() {
@@ -46,6 +48,18 @@ std::optional<std::string> nearestOption(const std::string& word) {
   return options[static_cast<std::size_t>(std::ranges::find(names, *name) - names.begin())];
 }
 
+// However many dashes were typed, and whatever it is to be set to.
+bool isToolkitOption(const std::string& word) {
+  const std::string name = withoutDashes(word);
+  return word.starts_with('-') && std::ranges::count(kToolkitOptions, name.substr(0, name.find('='))) > 0;
+}
+
+// Whether a shell takes the word as it stands.
+bool needsNoQuotes(const std::string& word) {
+  constexpr std::string_view kPlain = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_-./,=";
+  return !word.empty() && word.find_first_not_of(kPlain) == std::string::npos;
+}
+
 bool isFile(const std::string& word) {
   return QWFileManager::fileExistsAtPath(
       paths::absolute(word, Runtime::current().platform().system.workingDirectory()));
@@ -58,8 +72,8 @@ std::optional<std::string> whatWasMeant(const std::vector<std::string>& argument
   std::size_t first = 1;
   while (first < arguments.size() && isTaskOption(arguments[first])) ++first;
   if (first > 1 && first == arguments.size()) return formatted("After \"%@\" a task is missing.", arguments[1]);
-  if (first == arguments.size() || arguments[first] == "--" ||
-      std::ranges::count(kToolkitOptions, arguments[first]) > 0 || isFile(arguments[first]))
+  if (first == arguments.size() || arguments[first] == "--" || isToolkitOption(arguments[first]) ||
+      isFile(arguments[first]))
     return std::nullopt;
   const std::string& word = arguments[first];
   const auto nearest = nearestOption(word);
@@ -67,12 +81,13 @@ std::optional<std::string> whatWasMeant(const std::vector<std::string>& argument
     if (!word.starts_with('-')) return std::nullopt;
     return formatted("There is no option \"%@\".", word);
   }
-  if (!word.starts_with('-') && withoutDashes(word) != word) return std::nullopt;
   std::string meant = *nearest;
-  for (std::size_t i = first + 1; i < arguments.size(); ++i) meant.append(" ").append(arguments[i]);
-  return formatted(word.starts_with('-') ? "There is no option \"%@\": did you mean \"vantory %@\"?"
-                                         : "There is no file \"%@\" here: did you mean \"vantory %@\"?",
-                   word, meant);
+  const bool isPlain =
+      std::all_of(arguments.begin() + static_cast<std::ptrdiff_t>(first) + 1, arguments.end(), needsNoQuotes);
+  for (std::size_t i = first + 1; i < arguments.size() && isPlain; ++i) meant.append(" ").append(arguments[i]);
+  return formatted(word.starts_with('-') ? "There is no option \"%@\": did you mean \"vantory %@%@\"?"
+                                         : "There is no file \"%@\" here: did you mean \"vantory %@%@\"?",
+                   word, meant, isPlain ? "" : " ...");
 }
 
 }  // namespace vantory

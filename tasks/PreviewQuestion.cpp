@@ -108,6 +108,8 @@ int previewTask(const QuestionContext& context) {
     const CommandContext task{arguments, 1, run.controller(), printed, report};
     noteUnusedArguments(task, command->mostOperands);
     exitCode = command->run(task);
+  } else {
+    report.refuse("There is no usable home folder or library.");
   }
   tellWhatWasNotDone(report, false);
   context.output << (context.form == AnswerForm::Json ? json(*command, exitCode, report, run.changes())

@@ -63,10 +63,12 @@ class TaskEnding {
   int tell(int exitCode, const TaskReport& report) const {
     tellWhatWasNotDone(report, true);
     QWLog::finishWriting();
-    if (options_.strict) exitCode = strictExitCode(exitCode, report, command_.deed.has_value());
+    if (options_.strict) exitCode = strictExitCode(exitCode, report, command_.deed);
     if (options_.json) output_ << json(exitCode, report);
-    if (command_.deed && exitCode == 0 && report.isWhole() && platform().system.hasTerminal())
-      errors_ << sentenceOn(*command_.deed, report) << '\n';
+    // A remark says already why there was nothing to do.
+    if (command_.deed && exitCode == 0 && report.isWhole() && report.remarks().empty() &&
+        platform().system.hasTerminal())
+      errors_ << printable(sentenceOn(*command_.deed, report)) << '\n';
     return exitCode;
   }
 

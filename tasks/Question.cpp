@@ -75,7 +75,7 @@ std::optional<int> answerQuestion(const std::vector<std::string>& arguments, std
     std::erase_if(operands, isForm);
     return question.answer({std::move(operands), formIn(arguments), output, errors});
   }
-  if (std::ranges::any_of(arguments, isForm)) return refuse("There is nothing to list.", errors);
+  if (std::ranges::count(arguments, kPrint0) > 0) return refuse("There is nothing to list.", errors);
   return std::nullopt;
 }
 

@@ -39,6 +39,16 @@ void tellFirst(const List& list, Line line) {
   }
 }
 
+// Files that are there and were passed over on purpose, such as a pipe or what another process holds.
+std::vector<FileReport> leftOutIn(const TaskReport& report) {
+  std::vector<FileReport> leftOut;
+  std::ranges::copy_if(report.files(), std::back_inserter(leftOut), [](const FileReport& file) {
+    const bool wasSo = file.cause && file.cause->code == std::errc();
+    return file.outcome == Outcome::Skipped && file.cause && !wasSo && !meansMissing(*file.cause);
+  });
+  return leftOut;
+}
+
 // What failed as a whole, such as the writing of a backup; preference files are counted.
 bool isWholeTask(const FileReport& file) {
   return file.action == FileAction::Write || file.action == FileAction::Sync;
@@ -125,7 +135,8 @@ void noteUnusedArguments(const CommandContext& context, std::size_t mostOperands
     // Of three operands the one between name and keys has no meaning.
     const bool isBetween = mostOperands == 3 && context.operandCount() >= 3 && i == 2;
     if ((i > mostOperands || isBetween) && !asksForNotifications && !argument.empty() && argument != "-")
-      note(argument, ". Names with blanks need quotes; keys are separated by commas.");
+      note(argument, isTaskOption(argument) ? ": it goes before the task."
+                                            : ". Names with blanks need quotes; keys are separated by commas.");
   }
 }
 
@@ -133,6 +144,7 @@ void tellWhatWasNotDone(const TaskReport& report, bool keepsLog) {
   tellFirst(report.notices(), [](const std::string& notice) { return notice; });
   tellFirst(report.unusedOperands(), [](const TaskReport::UnusedOperand& unused) { return unused.reason; });
   tellFirst(report.passedOver(), [](const TaskReport::PassedOver& passed) { return passed.reason; });
+  tellFirst(leftOutIn(report), [](const FileReport& file) { return file.cause->text; });
   tellFailures(report);
   tellFirst(report.remarks(), [](const std::string& remark) { return remark; });
   if (!keepsLog || (report.isWhole() && report.remarks().empty()) || report.refusal()) return;
@@ -195,11 +207,12 @@ void appendFields(PropertyListDictionary& fields, const TaskReport& report) {
 }
 
 // Done in part goes before an operand that was not used.
-int strictExitCode(int exitCode, const TaskReport& report, bool changesFiles) {
+int strictExitCode(int exitCode, const TaskReport& report, std::optional<FileAction> deed) {
   if (exitCode != 0) return exitCode;
   if (!report.isWhole()) return kDoneInPart;
-  const bool didNothing =
-      changesFiles && !report.summary() && report.count(Outcome::Done) == 0 && report.count(Outcome::Skipped) == 0;
+  // A file that is locked already is as it was to be; one that was not copied is not.
+  const bool wasSo = (deed == FileAction::Lock || deed == FileAction::Unlock) && report.count(Outcome::Skipped) > 0;
+  const bool didNothing = deed && !report.summary() && !report.hasDone(*deed) && !wasSo;
   return didNothing || !report.unusedOperands().empty() ? kNothingMatched : 0;
 }
 

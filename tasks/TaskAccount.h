@@ -1,7 +1,9 @@
 // A task's report, as whoever typed the task gets it: lines on standard error, JSON, and an exit code.
 #pragma once
 
-#include <iosfwd>
+#include <cstddef>
+#include <optional>
+#include <string>
 
 #include "base/PropertyList.h"
 
@@ -25,6 +27,7 @@ std::string sentenceOn(FileAction deed, const TaskReport& report);
 void appendFields(PropertyListDictionary& fields, const TaskReport& report);
 
 // 0 all done; 1 not begun; 3 something failed or was passed over; 4 an operand was not understood, or nothing matched.
-int strictExitCode(int exitCode, const TaskReport& report, bool changesFiles);
+// `deed` is what the task does to files; none for one that only tells.
+int strictExitCode(int exitCode, const TaskReport& report, std::optional<FileAction> deed);
 
 }  // namespace vantory

@@ -36,8 +36,8 @@ constexpr TaskCommand kCommands[] = {
     {"--remove", "NAME", "Move a backup of the library to the Trash.", removeCommand, true, true, 1, FileAction::Trash},
     {"--update", "NAME", "Replace what a backup holds by the present files.", updateCommand, true, true, 1,
      FileAction::Copy},
-    {"--prune", "[N]", "Remove old automatic backups but N (default: as the settings say).", pruneCommand, true, true,
-     1, FileAction::Remove},
+    {"--prune", "[N]", "Remove all but N automatic backups for good (default: as the settings say).", pruneCommand,
+     true, true, 1, FileAction::Remove},
 };
 
 }  // namespace

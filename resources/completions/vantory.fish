@@ -14,7 +14,7 @@ function __vantory_at
         switch $words[$i]
             case -autobackup -restoredefault -list -trash -lock -unlock -backup -restore --default --rename --remove --update --prune
                 set task (string replace -r '^-+' '' -- $words[$i])
-            case --preview --json
+            case --preview --json --strict
                 continue
             case '*'
                 contains -- --preview $words; or return 1

@@ -268,7 +268,7 @@ TEST_F(CommandLineTest, TheLibraryIsManagedByCommand) {
   EXPECT_EQ(run("--default Old"), 0);
   EXPECT_EQ(run("--strict --default none"), 0);
   EXPECT_EQ(run("-restoredefault"), 1);
-  EXPECT_EQ(run("--default Old"), 0);
+  EXPECT_EQ(run("--strict --default Old"), 0);
   fill("new");
   EXPECT_EQ(run("-restoredefault"), 0);
   EXPECT_EQ(intact(), kAll);
@@ -283,16 +283,22 @@ TEST_F(CommandLineTest, TheLibraryIsManagedByCommand) {
   EXPECT_EQ(run("--strict --update aNew"), 0);
   EXPECT_EQ(heldBy(library("/aNew.vnt")), (Names{"boris", "fcp", "plugins", "setting"}));
 
-  for (const char* line : {"--prune 0", "--prune x", "--remove", "--remove Nothing", "--remove anew", "--rename aNew",
+  for (const char* line : {"--prune 0", "--prune x", "--prune 1 --preview", "--remove", "--remove Nothing",
+                           "--remove anew", "--remove aNew --help", "--rename aNew", "--rename aNew -task",
                            "--rename aNew /", "--rename aNew Auto Backup", "--default /nowhere/aNew.vnt"})
-    EXPECT_EQ(run(line), line == std::string("--rename aNew Auto Backup") ? 0 : 1) << line;
+    EXPECT_EQ(run(line), 1) << line;
   EXPECT_THAT(fakes_.systemLog.messages(), Contains("There is no backup \"anew\": did you mean \"aNew\"?"));
-  fs::copy(library("/Auto.vnt"), library("/Autosaves/Auto.vnt"), fs::copy_options::recursive);
-  EXPECT_EQ(run("--remove Auto"), 1) << "there are two";
+  EXPECT_TRUE(exists(library("/aNew.vnt")));
+  fs::copy(library("/aNew.vnt"), library("/Autosaves/aNew.vnt"), fs::copy_options::recursive);
+  EXPECT_EQ(run("--remove aNew"), 1) << "there are two";
   fakes_.system.directory = library();
-  EXPECT_EQ(run("--remove ./Auto.vnt"), 0);
-  EXPECT_FALSE(exists(library("/Auto.vnt")));
-  EXPECT_TRUE(exists(library("/Autosaves/Auto.vnt")));
+  EXPECT_EQ(run("--default ./aNew.vnt"), 1) << "the default is known by its folder's name";
+  fs::rename(library("/aNew.vnt"), library("/aNew.vnt2"));
+  EXPECT_EQ(run("--remove ./aNew.vnt2"), 0) << "a listing gives the older extension up";
+  EXPECT_FALSE(exists(library("/aNew.vnt")));
+  EXPECT_TRUE(exists(library("/Autosaves/aNew.vnt")));
+  EXPECT_EQ(run("--prune"), 0);
+  EXPECT_EQ(std::distance(fs::directory_iterator(library("/Autosaves")), {}), 2) << "nobody has set a number";
   EXPECT_EQ(run("--strict --prune 1"), 0);
   EXPECT_EQ(std::distance(fs::directory_iterator(library("/Autosaves")), {}), 1);
 }
@@ -325,7 +331,7 @@ TEST_F(CommandLineTest, ATaskThatIsMistypedIsNamed) {
   EXPECT_THAT(window_, IsEmpty());
   fakes_.system.directory = home_.path();
   writeFile(home_ / "trash", "a project of that name");
-  for (const char* line : {"trash fcp", "Missing.fcp", "-session 1_2"}) {
+  for (const char* line : {"trash fcp", "Missing.fcp", "-session 1_2", "-style=fusion"}) {
     EXPECT_EQ(run(line), 0) << line;
     EXPECT_THAT(window_, Contains(std::string(line).substr(0, std::string(line).find(' '))));
   }
