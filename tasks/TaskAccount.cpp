@@ -129,6 +129,8 @@ void noteUnusedArguments(const CommandContext& context, std::size_t mostOperands
   };
   for (std::size_t i = 1; i < context.position; ++i)
     if (!isTaskOption(arguments[i])) note(arguments[i], ".");
+  // Tasks with two dashes refuse surplus operands themselves.
+  if (arguments[context.position].starts_with("--")) return;
   for (std::size_t i = 1; i <= context.operandCount(); ++i) {
     const std::string argument = *context.operand(i);
     const bool asksForNotifications = i == context.operandCount() && (argument == "-task" || argument == "-hotkey");
