@@ -66,7 +66,8 @@ check "systemd finds no fault with the units" eval '[ -z "$(as_anna systemd-anal
 # Meanwhile: a job that always fails, and whose arguments are hard to write down.
 odd='a  "b" \c $HOME ${x} %n '\''d'\'' ; é'
 as_anna "$driver" start-job com.example.Fails 2 /bin/sh Vantory -c 'cp /proc/$$/cmdline ~/seen; echo >>~/tries; exit 1' "$odd"
-check "a backup appears" eval 'soon eval "[ \"\$(backups)\" -ge 1 ]" && holds "$(find "$library/Autosaves" -name com.apple.motion.plist | head -1)" motion'
+complete() { [ -n "$(find "$library/Autosaves" -maxdepth 2 -name Settings.plist 2>/dev/null)" ]; }  # written last
+check "a backup appears" eval 'soon complete && holds "$(find "$library/Autosaves" -name com.apple.motion.plist | head -1)" motion'
 check "and another, one interval later" eval 'soon eval "[ \"\$(backups)\" -ge 2 ]"'
 check "a run that fails is tried again soon" eval 'soon eval "[ \"\$(wc -l <\"$home/tries\")\" -ge 2 ]" && [ "$(stat -c %Y "$home/.local/state/com.example.Fails.lastrun")" -lt "$(stat -c %Y "$home/seen")" ]'
 check "arguments arrive as they are" eval '[ "$(tr "\0" "|" <"$home/seen")" = "Vantory|-c|cp /proc/\$\$/cmdline ~/seen; echo >>~/tries; exit 1|$odd|" ]'
