@@ -15,6 +15,10 @@
 
 namespace vantory {
 
+bool asksForNotifications(std::string_view argument) {
+  return argument == "-hotkey" || argument == "-task";
+}
+
 // The log comes after the look for crashes, which holds back what it has to say until then.
 void AppController::initWithoutGUI() {
   QWBugReporter::startBugReporter();
@@ -32,7 +36,7 @@ void AppController::initForDryRun() {
 // Only where whoever started the task asked for it.
 void AppController::postGrowlNotification(const std::string& title, const std::string& description) const {
   const std::vector<std::string>& arguments = Runtime::current().platform().system.arguments();
-  if (arguments.empty() || (arguments.back() != "-hotkey" && arguments.back() != "-task")) return;
+  if (arguments.empty() || !asksForNotifications(arguments.back())) return;
   QWGrowl::postGrowlNotification(title, description);
 }
 

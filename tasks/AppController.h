@@ -3,6 +3,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace vantory {
 
@@ -14,6 +15,9 @@ struct TaskFailure {
   std::string description;                  // its text
   std::optional<std::string> console = {};  // to the system log; none for no line there
 };
+
+// Whether the argument, the process's last, asks for desktop notifications: "-hotkey" or "-task".
+bool asksForNotifications(std::string_view argument);
 
 class AppController {
  public:

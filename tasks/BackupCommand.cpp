@@ -5,7 +5,6 @@
 #include "backups/BackupNaming.h"
 #include "backups/QWBackup.h"
 #include "backups/QWDataController.h"
-#include "base/Format.h"
 #include "platform/JobControl.h"
 #include "services/Runtime.h"
 #include "services/TaskReport.h"
@@ -13,6 +12,7 @@
 #include "services/log/QWLog.h"
 #include "tasks/AppController.h"
 #include "tasks/KeyList.h"
+#include "tasks/TaskAccount.h"
 #include "tasks/TaskCommand.h"
 
 namespace vantory {
@@ -80,8 +80,7 @@ int backupCommand(const CommandContext& context) {
                            .title = "Backup failed",
                            .description = "Invalid filename",
                            .console = "Invalid filename"});
-  if (name != *context.operand(1))
-    context.report.notice(formatted("\"%@\" is kept as \"%@\".", *context.operand(1), name));
+  noteKeptName(*context.operand(1), name, context.report);
   std::optional<KeyList> keys;
   if (const auto operand = keyOperand(context)) keys = splitKeys(*operand);
   if (keys && keys->empty())

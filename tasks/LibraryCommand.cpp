@@ -14,6 +14,7 @@
 #include "services/settings/QWUserDefaults.h"
 #include "services/settings/SettingsKeys.h"
 #include "tasks/AppController.h"
+#include "tasks/TaskAccount.h"
 #include "tasks/TaskCommand.h"
 
 namespace vantory {
@@ -37,13 +38,14 @@ std::string unchangedDefault(const Error& error) {
 // How many operands there are, but for a last "-task" or "-hotkey".
 std::size_t countOperands(const CommandContext& context) {
   const std::size_t count = context.operandCount();
-  const auto last = count > 0 ? context.operand(count) : std::nullopt;
-  return last == "-task" || last == "-hotkey" ? count - 1 : count;
+  return count > 0 && asksForNotifications(*context.operand(count)) ? count - 1 : count;
 }
 
 // These commands have no older callers: what they do not understand keeps them from being begun. None where all is
 // well.
-std::optional<int> refuseOperands(const CommandContext& context, std::size_t least, std::size_t most) {
+std::optional<int> refuseOperands(const CommandContext& context, std::size_t least) {
+  const std::string& option = context.arguments[context.position];
+  const std::size_t most = std::ranges::find(commandTable(), option, &TaskCommand::option)->mostOperands;
   const std::size_t count = countOperands(context);
   if (count < least) return context.refuseWithoutOperand();
   if (count <= most) return std::nullopt;
@@ -109,7 +111,7 @@ std::string filesInWords(std::size_t count) {
 }  // namespace
 
 int defaultCommand(const CommandContext& context) {
-  if (const auto refused = refuseOperands(context, 1, 1)) return *refused;
+  if (const auto refused = refuseOperands(context, 1)) return *refused;
   if (context.operand(1) == kNone) {
     const Status removed = QWUserDefaults::standardUserDefaults().removeObjectForKey(setting::kDefaultBackup);
     if (!removed) return refuse(context, unchangedDefault(removed.error()));
@@ -134,7 +136,7 @@ int defaultCommand(const CommandContext& context) {
 
 // A name that no folder can bear is mended, and the person is told.
 int renameCommand(const CommandContext& context) {
-  if (const auto refused = refuseOperands(context, 2, 2)) return *refused;
+  if (const auto refused = refuseOperands(context, 2)) return *refused;
   const std::string wanted = *context.operand(2);
   const std::string name = QWFileManager::validateFilename(wanted);
   if (name.empty()) return refuse(context, "A backup's name cannot be blank.");
@@ -146,7 +148,7 @@ int renameCommand(const CommandContext& context) {
     context.report.add(FileAction::Move, backup->path(), path ? Status() : path.error(), {}, path ? *path : "");
     if (!path) return 0;
     const std::string kept = backupName(*path);
-    if (kept != wanted) context.report.notice(formatted("\"%@\" is kept as \"%@\".", wanted, kept));
+    noteKeptName(wanted, kept, context.report);
     if (backup->isDefault()) context.report.notice("It is no longer the default backup, which is known by its name.");
     context.report.summarize(formatted("\"%@\" is called \"%@\" now.", backup->name(), kept));
     return 0;
@@ -154,7 +156,7 @@ int renameCommand(const CommandContext& context) {
 }
 
 int removeCommand(const CommandContext& context) {
-  if (const auto refused = refuseOperands(context, 1, 1)) return *refused;
+  if (const auto refused = refuseOperands(context, 1)) return *refused;
   return withBackup(context, [&](const std::shared_ptr<QWBackup>& backup) {
     if (backup->isDefault()) context.report.notice("There is no default backup any more.");
     const auto place = library().removeBackup(backup);
@@ -165,7 +167,7 @@ int removeCommand(const CommandContext& context) {
 }
 
 int updateCommand(const CommandContext& context) {
-  if (const auto refused = refuseOperands(context, 1, 1)) return *refused;
+  if (const auto refused = refuseOperands(context, 1)) return *refused;
   return withBackup(context, [&](const std::shared_ptr<QWBackup>& backup) {
     if (!backup->isComplete())
       return refuse(context, formatted("\"%@\" is incomplete and cannot be updated.", backup->name()));
@@ -181,7 +183,7 @@ int updateCommand(const CommandContext& context) {
 
 // Without a number the settings say how many stay.
 int pruneCommand(const CommandContext& context) {
-  if (const auto refused = refuseOperands(context, 0, 1)) return *refused;
+  if (const auto refused = refuseOperands(context, 0)) return *refused;
   std::optional<long long> number;
   if (const auto operand = countOperands(context) > 0 ? context.operand(1) : std::nullopt) {
     long long value = 0;

@@ -10,6 +10,7 @@
 #include "services/Runtime.h"
 #include "services/TaskReport.h"
 #include "services/log/QWLog.h"
+#include "tasks/AppController.h"
 #include "tasks/TaskCommand.h"
 #include "tasks/TaskOptions.h"
 
@@ -39,14 +40,21 @@ void tellFirst(const List& list, Line line) {
   }
 }
 
-// Files that are there and were passed over on purpose, such as a pipe or what another process holds.
-std::vector<FileReport> leftOutIn(const TaskReport& report) {
-  std::vector<FileReport> leftOut;
-  std::ranges::copy_if(report.files(), std::back_inserter(leftOut), [](const FileReport& file) {
-    const bool wasSo = file.cause && file.cause->code == std::errc();
-    return file.outcome == Outcome::Skipped && file.cause && !wasSo && !meansMissing(*file.cause);
-  });
-  return leftOut;
+template <class Predicate>
+std::vector<FileReport> filesIn(const TaskReport& report, Predicate predicate) {
+  std::vector<FileReport> files;
+  std::ranges::copy_if(report.files(), std::back_inserter(files), predicate);
+  return files;
+}
+
+bool hasFailed(const FileReport& file) {
+  return file.outcome == Outcome::Failed;
+}
+
+// It is there and was passed over on purpose, such as a pipe or what another process holds. A file that was as wanted
+// already has no code.
+bool wasLeftOut(const FileReport& file) {
+  return file.outcome == Outcome::Skipped && file.cause->code != std::errc() && !meansMissing(*file.cause);
 }
 
 // What failed as a whole, such as the writing of a backup; preference files are counted.
@@ -54,16 +62,9 @@ bool isWholeTask(const FileReport& file) {
   return file.action == FileAction::Write || file.action == FileAction::Sync;
 }
 
-std::vector<FileReport> failuresIn(const TaskReport& report) {
-  std::vector<FileReport> failures;
-  std::ranges::copy_if(report.files(), std::back_inserter(failures),
-                       [](const FileReport& file) { return file.outcome == Outcome::Failed; });
-  return failures;
-}
-
 // Each cure once, behind the causes: many files may fail for one reason.
 void tellFailures(const TaskReport& report) {
-  const std::vector<FileReport> failures = failuresIn(report);
+  const std::vector<FileReport> failures = filesIn(report, hasFailed);
   tellFirst(failures, [](const FileReport& file) { return file.cause->text; });
   std::set<std::string> cures;
   for (const FileReport& file : failures)
@@ -133,20 +134,24 @@ void noteUnusedArguments(const CommandContext& context, std::size_t mostOperands
   if (arguments[context.position].starts_with("--")) return;
   for (std::size_t i = 1; i <= context.operandCount(); ++i) {
     const std::string argument = *context.operand(i);
-    const bool asksForNotifications = i == context.operandCount() && (argument == "-task" || argument == "-hotkey");
+    const bool isForNotifications = i == context.operandCount() && asksForNotifications(argument);
     // Of three operands the one between name and keys has no meaning.
     const bool isBetween = mostOperands == 3 && context.operandCount() >= 3 && i == 2;
-    if ((i > mostOperands || isBetween) && !asksForNotifications && !argument.empty() && argument != "-")
+    if ((i > mostOperands || isBetween) && !isForNotifications && !argument.empty() && argument != "-")
       note(argument, isTaskOption(argument) ? ": it goes before the task."
                                             : ". Names with blanks need quotes; keys are separated by commas.");
   }
+}
+
+void noteKeptName(const std::string& wanted, const std::string& kept, TaskReport& report) {
+  if (kept != wanted) report.notice(formatted("\"%@\" is kept as \"%@\".", wanted, kept));
 }
 
 void tellWhatWasNotDone(const TaskReport& report, bool keepsLog) {
   tellFirst(report.notices(), [](const std::string& notice) { return notice; });
   tellFirst(report.unusedOperands(), [](const TaskReport::UnusedOperand& unused) { return unused.reason; });
   tellFirst(report.passedOver(), [](const TaskReport::PassedOver& passed) { return passed.reason; });
-  tellFirst(leftOutIn(report), [](const FileReport& file) { return file.cause->text; });
+  tellFirst(filesIn(report, wasLeftOut), [](const FileReport& file) { return file.cause->text; });
   tellFailures(report);
   tellFirst(report.remarks(), [](const std::string& remark) { return remark; });
   if (!keepsLog || (report.isWhole() && report.remarks().empty()) || report.refusal()) return;

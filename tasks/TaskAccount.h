@@ -16,6 +16,9 @@ enum class FileAction;
 // Notes the arguments that the command did not look at: those before the task, and surplus operands.
 void noteUnusedArguments(const CommandContext& context, std::size_t mostOperands);
 
+// Notes that a backup is kept under another name than was asked for, where it is.
+void noteKeptName(const std::string& wanted, const std::string& kept, TaskReport& report);
+
 // Writes to the system's log and standard error what was not done as asked, with causes and cures, at most a screenful;
 // nothing where everything was. Says where the log lies, unless the task keeps none.
 void tellWhatWasNotDone(const TaskReport& report, bool keepsLog);
