@@ -1,7 +1,9 @@
 // Reads the XML form. The parser neither fetches nor expands what a document type declares: a reference to it stays as
 // text.
 
+#include <fast_float/fast_float.h>
 #include <charconv>
+#include <cmath>
 #include <cstdint>
 #include <limits>
 #include <pugixml.hpp>
@@ -36,7 +38,7 @@ PropertyList integerFrom(std::string_view text) {
   return magnitude;
 }
 
-// A plus sign in front is allowed, which std::from_chars() does not take.
+// A plus sign in front is allowed, which from_chars() does not take.
 double realFrom(std::string_view text) {
   if (text.starts_with('+')) {
     text.remove_prefix(1);
@@ -44,8 +46,10 @@ double realFrom(std::string_view text) {
   }
   double value = 0;
   const char* end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, value);  // takes "nan", "inf" and "infinity" too
+  const auto [stop, error] = fast_float::from_chars(text.data(), end, value);  // takes "nan", "inf" and "infinity" too
   if (error != std::errc() || stop != end) damaged();
+  // A number too large to be held comes as infinity.
+  if (std::isinf(value) && text.find_first_of("0123456789") != std::string_view::npos) damaged();
   return value;
 }
 
