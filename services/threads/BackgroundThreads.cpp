@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <atomic>
 #include <exception>
+#include <future>
 #include <system_error>
 #include <thread>
 #include <utility>
@@ -136,16 +137,17 @@ void forEachInParallel(std::size_t count, const std::function<void(std::size_t)>
   const auto run = [&] {
     for (std::size_t index; (index = next++) < count;) work(index);
   };
-  std::vector<std::jthread> others;
+  std::vector<std::future<void>> others;  // each is waited for when it goes
   const unsigned wanted = std::clamp(std::thread::hardware_concurrency(), 1U, kMostThreads) - 1;
   for (unsigned i = 0; i < wanted && i + 1 < count; ++i) {
     try {
-      others.emplace_back(run);
+      others.push_back(std::async(std::launch::async, run));
     } catch (const std::system_error&) {
       break;  // fewer threads are slower, and no other matter
     }
   }
   run();
+  for (std::future<void>& other : others) other.get();
 }
 
 }  // namespace vantory
