@@ -118,6 +118,10 @@ class FileSystem {
   // is refused, never waited for.
   virtual Result<std::string> read(const std::string& path) const = 0;
 
+  // Whether two regular files hold the same bytes, read piece by piece (links followed). What is no regular
+  // file is refused, as by read(); one of any size is compared.
+  virtual Result<bool> haveSameContent(const std::string& path, const std::string& other) const = 0;
+
   // Replaces the file at `path` by one holding `bytes`, whole or not at all. Mode, owner and access lists of a file
   // that was there are kept; a new file is private (0600).
   virtual Status write(const std::string& path, std::string_view bytes, WriteOptions options) = 0;

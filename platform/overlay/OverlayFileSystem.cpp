@@ -107,6 +107,19 @@ Result<std::string> OverlayFileSystem::read(const std::string& path) const {
   return missing(path);
 }
 
+// What was written here is small, and read whole.
+Result<bool> OverlayFileSystem::haveSameContent(const std::string& path, const std::string& other) const {
+  std::unique_lock lock(tree_.mutex);
+  const OverlayNode nodes[] = {node(path), node(other)};
+  lock.unlock();
+  if (nodes[0].kind == Kind::OnDisk && nodes[1].kind == Kind::OnDisk)
+    return disk_.haveSameContent(nodes[0].origin, nodes[1].origin);
+  const Result<std::string> bytes[] = {read(path), read(other)};
+  for (const auto& each : bytes)
+    if (!each) return each.error();
+  return *bytes[0] == *bytes[1];
+}
+
 std::optional<std::errc> OverlayFileSystem::obstacleTo(const std::string& path) const {
   const std::string folder = paths::parent(paths::normalized(path));
   const auto found = info(folder, Links::Follow);

@@ -23,6 +23,7 @@ class OverlayFileSystem : public FileSystem {
   Result<FileInfo> info(const std::string& path, Links links) const override;
   Result<std::vector<DirectoryEntry>> list(const std::string& path, Detail detail) const override;
   Result<std::string> read(const std::string& path) const override;
+  Result<bool> haveSameContent(const std::string& path, const std::string& other) const override;
   Status write(const std::string& path, std::string_view bytes, WriteOptions options) override;
   // Refused: a log of what did not happen would be none.
   Result<std::unique_ptr<AppendFile>> openForAppending(const std::string& path) override;

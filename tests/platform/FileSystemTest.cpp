@@ -143,6 +143,7 @@ TEST_F(FileSystemTest, RefusesWhatIsNoFileWithoutWaiting) {
   ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0600), 0);
   EXPECT_FALSE(files.stageCopy({folder / "pipe", folder / "copy"}).ok());
   EXPECT_FALSE(files.read(folder / "pipe").ok());
+  EXPECT_FALSE(files.haveSameContent(folder / "pipe", folder / "pipe").ok());
   EXPECT_FALSE(files.openForAppending(folder / "pipe").ok());
   EXPECT_FALSE(files.read(folder.path()).ok());
   EXPECT_EQ(files.info("relative", Links::Follow).error().code, std::errc::invalid_argument);

@@ -66,6 +66,9 @@ class FaultyFileSystem : public FileSystem {
   Result<std::string> read(const std::string& path) const override {
     return run(Operation::Read, path, [&] { return disk_.read(path); });
   }
+  Result<bool> haveSameContent(const std::string& path, const std::string& other) const override {
+    return run(Operation::Read, path, [&] { return disk_.haveSameContent(path, other); });
+  }
   Status write(const std::string& path, std::string_view bytes, WriteOptions options) override {
     return run(Operation::Write, path, [&] { return disk_.write(path, bytes, options); });
   }

@@ -133,6 +133,34 @@ Result<std::string> LinuxFileSystem::read(const std::string& path) const {
   return bytes;
 }
 
+// Fewer bytes than asked for come at the end only, as far as files go.
+Result<bool> LinuxFileSystem::haveSameContent(const std::string& path, const std::string& other) const {
+  constexpr std::size_t kPiece = 256 * 1024;
+  const FileRights::Scope scope(rights_);
+  const Result<Descriptor> files[] = {openAt(path, O_RDONLY | O_NONBLOCK), openAt(other, O_RDONLY | O_NONBLOCK)};
+  const std::string* names[] = {&path, &other};
+  struct stat status[2];
+  for (std::size_t i = 0; i < 2; ++i) {
+    if (!files[i]) return files[i].error();
+    if (fstat(files[i]->get(), &status[i]) != 0) return systemError(*names[i]);
+    if (!S_ISREG(status[i].st_mode)) return errorWithText(std::errc::invalid_argument, *names[i], "is no file");
+  }
+  if (status[0].st_size != status[1].st_size) return false;
+  std::string pieces[2] = {std::string(kPiece, '\0'), std::string(kPiece, '\0')};
+  for (;;) {
+    ssize_t counts[2];
+    for (std::size_t i = 0; i < 2; ++i) {
+      counts[i] = uninterrupted([&] { return ::read(files[i]->get(), pieces[i].data(), kPiece); });
+      if (counts[i] < 0) return systemError(*names[i]);
+    }
+    if (counts[0] != counts[1]) return false;
+    if (counts[0] == 0) return true;
+    if (pieces[0].compare(0, static_cast<std::size_t>(counts[0]), pieces[1], 0, static_cast<std::size_t>(counts[0])) !=
+        0)
+      return false;
+  }
+}
+
 // The new file is complete, and has what the old one had, before it takes the name.
 Status LinuxFileSystem::write(const std::string& path, std::string_view bytes, WriteOptions options) {
   const FileRights::Scope scope(rights_);

@@ -21,6 +21,11 @@ Result<std::string> WatchedFileSystem::read(const std::string& path) const {
   return disk_.read(path);
 }
 
+Result<bool> WatchedFileSystem::haveSameContent(const std::string& path, const std::string& other) const {
+  line_.show("Comparing", path);
+  return disk_.haveSameContent(path, other);
+}
+
 Status WatchedFileSystem::write(const std::string& path, std::string_view bytes, WriteOptions options) {
   line_.show("Writing", path);
   return disk_.write(path, bytes, options);

@@ -16,6 +16,7 @@ class WatchedFileSystem : public FileSystem {
   Result<FileInfo> info(const std::string& path, Links links) const override;
   Result<std::vector<DirectoryEntry>> list(const std::string& path, Detail detail) const override;
   Result<std::string> read(const std::string& path) const override;
+  Result<bool> haveSameContent(const std::string& path, const std::string& other) const override;
   Status write(const std::string& path, std::string_view bytes, WriteOptions options) override;
   Result<std::unique_ptr<AppendFile>> openForAppending(const std::string& path) override;
   Result<std::unique_ptr<StagedCopy>> stageCopy(const CopyRequest& request) override;
