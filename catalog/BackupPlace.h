@@ -1,6 +1,7 @@
 // Where a backup lies and how paths are named in it: all that a preference item knows of backups.
 #pragma once
 
+#include <optional>
 #include <string>
 
 namespace vantory {
@@ -16,5 +17,9 @@ class BackupPlace {
 
 // The name of every user's home folder inside a backup.
 inline constexpr const char* kHomePlaceholder = "/Users/user";
+
+// Where a path below the backup's folder belongs on the live system; none when that is no plain absolute path, or lies
+// in a home and there is no user.
+std::optional<std::string> livePathOf(const std::string& path, const std::string& backupPath);
 
 }  // namespace vantory

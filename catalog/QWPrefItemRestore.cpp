@@ -1,9 +1,7 @@
 // Putting the files of a backup back in place. At every instant the user's previous file is in its place or in the
 // Trash.
-#include <algorithm>
 #include <chrono>
 #include <optional>
-#include <string_view>
 
 #include "base/Paths.h"
 #include "catalog/BackupPlace.h"
@@ -23,22 +21,6 @@ namespace {
 constexpr std::chrono::seconds kTimeout{10};
 
 using Staged = Result<std::unique_ptr<StagedCopy>>;
-
-// Where a path below the backup folder belongs on the live system; none when that is no plain absolute path, or lies in
-// a home and there is no user.
-std::optional<std::string> destinationOf(const std::string& match, const std::string& backupPath) {
-  const std::string_view placeholder = kHomePlaceholder;
-  std::string destination = match.substr(std::min(backupPath.size(), match.size()));
-  // A plain prefix on purpose: of "/Users/username", too, "/Users/user" is replaced.
-  if (destination.starts_with(placeholder)) {
-    const std::optional<std::string> home = QWLocalPaths::userDirectory();
-    if (!home || destination.size() == placeholder.size()) return std::nullopt;
-    destination = paths::join(*home, std::string_view(destination).substr(placeholder.size()));
-  }
-  const std::vector<std::string_view> parts = paths::components(destination);
-  if (!destination.starts_with('/') || std::ranges::count(parts, "..") > 0) return std::nullopt;
-  return destination;
-}
 
 // The line that precedes every second attempt, whether or not there is one.
 void logCause(std::string_view cause) {
@@ -113,7 +95,7 @@ Status ItemRestoring::replace(const Staged& staged, const std::string& source, c
 }
 
 void ItemRestoring::restore(const std::string& source) {
-  const std::optional<std::string> place = destinationOf(source, backupPath_);
+  const std::optional<std::string> place = livePathOf(source, backupPath_);
   if (!place) {
     const Error nowhere = {std::errc::invalid_argument, source + " has no place on this system"};
     logCause(nowhere.text);

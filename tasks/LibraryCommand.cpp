@@ -7,13 +7,13 @@
 #include "backups/QWDataController.h"
 #include "base/Format.h"
 #include "base/Paths.h"
-#include "base/Spelling.h"
 #include "services/TaskReport.h"
 #include "services/files/QWFileManager.h"
 #include "services/log/QWLog.h"
 #include "services/settings/QWUserDefaults.h"
 #include "services/settings/SettingsKeys.h"
 #include "tasks/AppController.h"
+#include "tasks/NamedBackup.h"
 #include "tasks/TaskAccount.h"
 #include "tasks/TaskCommand.h"
 
@@ -57,42 +57,14 @@ void noteSettings(const CommandContext& context) {
   if (const auto path = QWUserDefaults::settingsPath(true)) context.report.done(FileAction::Write, *path);
 }
 
-// Why no backup, or no single one, is meant by the name.
-std::string faultOf(const std::string& name, const BackupList& meant) {
-  if (!meant.empty()) return formatted("%i backups are called \"%@\": give the path of one.", meant.size(), name);
-  std::vector<std::string> names;
-  for (const auto& backup : library().allBackups()) names.push_back(backup->name());
-  const auto nearest = nearestWord(name, names);
-  return nearest ? formatted("There is no backup \"%@\": did you mean \"%@\"?", name, *nearest)
-                 : formatted("There is no backup \"%@\". \"vantory --list-backups\" lists them.", name);
-}
-
-// The backups of the library, freshly listed, that are meant by a name, which may be that of the folder, or by a path.
-BackupList backupsMeant(const CommandContext& context, const std::string& name) {
-  library().populateApps();
-  library().populateBackups();
-  BackupList meant = library().allBackups();
-  if (name.find('/') == std::string::npos) {
-    std::erase_if(meant, [&](const auto& backup) {
-      return backup->name() != name && paths::lastComponent(backup->path()) != name;
-    });
-    return meant;
-  }
-  // The listing gives an older extension up.
-  const std::string path = context.pathOperand(1);
-  const std::string current = isBackupName(path) ? withBackupExtension(path) : path;
-  for (const auto& backup : meant)
-    if (backup->path() == path || backup->path() == current) return {backup};
-  std::erase_if(meant, [&](const auto& backup) { return !QWFileManager::isSameItem(backup->path(), path); });
-  return meant;
-}
-
 // Runs `work` on the one backup of the library that the first operand names; answers the exit code.
 template <class Work>
 int withBackup(const CommandContext& context, Work work) {
   const std::string name = *context.operand(1);
-  const BackupList meant = backupsMeant(context, name);
-  if (meant.size() != 1) return refuse(context, faultOf(name, meant));
+  library().populateApps();
+  library().populateBackups();
+  const BackupList meant = backupsMeant(name, context.pathOperand(1));
+  if (meant.size() != 1) return refuse(context, faultOfName(name, meant));
   return work(meant.front());
 }
 

@@ -16,6 +16,8 @@ constexpr Question kQuestions[] = {
      true},
     {"--list-backups", "", "List the backups of the library and what they hold.", listBackups, false, true},
     {"--preview", "TASK [OPERANDS]", "Tell what a task, given without its dash, would do.", previewTask, true, false},
+    {"--compare", "BACKUP [BACKUP] [KEYS]", "Tell what restoring a backup would change, or what differs between two.",
+     compareBackup, true, false},
 };
 
 // How an answer is written, as against what is asked.

@@ -139,6 +139,12 @@ _vantory() {
         fi
         break
         ;;
+      --compare)
+        ((last - i > 2)) || _vantory_all_names
+        ((last - i < 2)) || _vantory_keys
+        _vantory_offer --json
+        break
+        ;;
       --list-items | --list-backups)
         _vantory_offer --json --print0
         break
@@ -146,7 +152,7 @@ _vantory() {
     esac
   done
   ((i < last)) || _vantory_offer -autobackup -restoredefault -list -trash -lock -unlock -backup -restore --default \
-    --rename --remove --update --prune --list-items --list-backups --preview --json --strict --print0 --help --version
+    --rename --remove --update --prune --list-items --list-backups --preview --compare --json --strict --print0 --help --version
 
   _vantory_drop_before_colon
   _vantory_quote

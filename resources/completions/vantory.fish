@@ -12,7 +12,7 @@ function __vantory_at
     for i in (seq 2 (count $words))
         set -l task
         switch $words[$i]
-            case -autobackup -restoredefault -list -trash -lock -unlock -backup -restore --default --rename --remove --update --prune
+            case -autobackup -restoredefault -list -trash -lock -unlock -backup -restore --default --rename --remove --update --prune --compare
                 set task (string replace -r '^-+' '' -- $words[$i])
             case --preview --json --strict
                 continue
@@ -28,11 +28,11 @@ end
 
 # Succeeds while there is neither a task nor a question on the line.
 function __vantory_at_start
-    not string match -qr '^-(-list-|-preview|-default|-rename|-remove|-update|-prune|[a-z])' -- (commandline -opc)[2..]
+    not string match -qr '^-(-list-|-preview|-compare|-default|-rename|-remove|-update|-prune|[a-z])' -- (commandline -opc)[2..]
 end
 
 function __vantory_at_question
-    string match -qr '^--(list-|preview)' -- (commandline -opc)
+    string match -qr '^--(list-|preview|compare)' -- (commandline -opc)
 end
 
 # Succeeds where the task to preview goes.
@@ -82,6 +82,7 @@ complete -c vantory -n __vantory_at_start -l prune -d 'Remove old automatic back
 complete -c vantory -n __vantory_at_start -l list-items -d 'List applications, their items with keys, and files'
 complete -c vantory -n __vantory_at_start -l list-backups -d 'List the backups of the library and what they hold'
 complete -c vantory -n __vantory_at_start -l preview -d 'Tell what a task would do'
+complete -c vantory -n __vantory_at_start -l compare -d 'Tell what restoring a backup would change'
 complete -c vantory -n __vantory_at_question -l json -d 'Answer in JSON'
 complete -c vantory -n __vantory_at_start -l json -d 'Report what a task did in JSON'
 complete -c vantory -n __vantory_at_start -l strict -d 'Let the exit code of a task tell more'
@@ -98,6 +99,10 @@ complete -c vantory -n '__vantory_at 1 backup' -a '(__vantory_names)' -d Backup
 complete -c vantory -n '__vantory_at 1 default' -a none -d 'No backup'
 complete -c vantory -n '__vantory_at 1 default rename remove update' -a '(__vantory_all_names)' -d Backup
 complete -c vantory -n '__vantory_at 1 restore' -a '(__vantory_paths)'
+complete -c vantory -n '__vantory_at 1 compare' -a '(__vantory_all_names)' -d Backup
+complete -c vantory -n '__vantory_at 2 compare' -a '(__vantory_all_names)' -d Backup
+complete -c vantory -n '__vantory_at 2 compare' -a '(__vantory_keys)'
+complete -c vantory -n '__vantory_at 3 compare' -a '(__vantory_keys)'
 complete -c vantory -n '__vantory_at 2 backup restore' -a '(__vantory_keys)'
 complete -c vantory -n '__vantory_at 3 backup' -a '(__vantory_keys)'
 complete -c vantory -n '__vantory_at 2 trash lock unlock' -a '-task -hotkey' -d 'Show desktop notifications'

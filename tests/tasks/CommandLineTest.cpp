@@ -495,6 +495,29 @@ TEST_F(CommandLineTest, QuestionsAskedWronglyAreRefused) {
   EXPECT_THAT(window_, IsEmpty());
 }
 
+TEST_F(CommandLineTest, ComparesABackupWithTheFilesAndWithAnother) {
+  writeFile(home_ / kFiles[1].second, "{ Timeline = { Snapping = 0; }; }");
+  ASSERT_EQ(run("-backup First"), 0);
+  writeFile(home_ / kFiles[1].second, "{ Timeline = { Snapping = 1; }; }");
+  ASSERT_EQ(run("-backup fcpPrefs"), 0);
+  const Snapshot before = snapshot();
+  ASSERT_EQ(run("--compare First"), 0);
+  EXPECT_THAT(output_.str(),
+              HasSubstr("\n      Timeline.Snapping: \"1\" → \"0\"\n\nFiles: 5 the same, 1 different.\n"));
+  ASSERT_EQ(run("--compare First fcpPrefs"), 0) << "a key, not the backup";
+  EXPECT_THAT(output_.str(), HasSubstr("What restoring \"First\" would change:"));
+  ASSERT_EQ(run("--compare First fcpPrefs fcp --json"), 0);
+  EXPECT_THAT(output_.str(), HasSubstr("\"same\": 1,\n    \"different\": 1,"));
+  for (const auto& [line, told] : {std::pair("", "needs a backup"),
+                                   {" Frst", "did you mean \"First\"?"},
+                                   {" First fcpPref", "did you mean \"fcpPrefs\"?"},
+                                   {" a b c d", "too many"}}) {
+    EXPECT_EQ(run(std::string("--compare") + line), 1);
+    EXPECT_THAT(errors_.str(), HasSubstr(told));
+  }
+  EXPECT_EQ(snapshot(), before);
+}
+
 // The manual, the README and the completions are written by hand.
 TEST_F(CommandLineTest, EveryOptionAndKeyIsDocumented) {
   const auto read = [](const char* path) { return readFile(std::string(VANTORY_SOURCE "/") + path); };

@@ -1,0 +1,234 @@
+// "--compare": what restoring a backup would change, or what differs between two.
+
+#include <algorithm>
+#include <ostream>
+
+#include "backups/QWDataController.h"
+#include "backups/comparison/Comparison.h"
+#include "base/Format.h"
+#include "base/Json.h"
+#include "base/Paths.h"
+#include "base/Text.h"
+#include "base/Timestamp.h"
+#include "platform/SystemInfo.h"
+#include "services/Runtime.h"
+#include "services/TaskReport.h"
+#include "services/files/QWFileManager.h"
+#include "tasks/DryRun.h"
+#include "tasks/KeyList.h"
+#include "tasks/NamedBackup.h"
+#include "tasks/Question.h"
+
+namespace vantory {
+
+namespace {
+
+constexpr std::size_t kMostShown = 50;     // keys or lines of one file, in the table
+constexpr std::size_t kLongestLine = 100;  // bytes of a line of text
+constexpr std::size_t kMostTold = 10;      // files that could not be compared, on standard error
+
+using BackupPointer = std::shared_ptr<const QWBackup>;
+
+int refuse(const QuestionContext& context, const std::string& reason) {
+  context.errors << "Vantory: " << printable(reason) << '\n';
+  return 1;
+}
+
+QWDataController& library() {
+  return QWDataController::sharedController();
+}
+
+// A backup of the library by its name, or any by its path. Null, with the reason told, where there is no such, or where
+// it holds nothing that could be compared.
+BackupPointer backupFor(const QuestionContext& context, const std::string& operand) {
+  const std::string path = paths::absolute(operand, Runtime::current().platform().system.workingDirectory());
+  const BackupList meant = backupsMeant(operand, path);
+  BackupPointer backup = meant.size() == 1 ? meant.front() : nullptr;
+  if (meant.empty() && QWFileManager::isDirectoryAtPath(path)) backup = QWBackup::backupWithFile(path);
+  if (!backup) {
+    refuse(context, faultOfName(operand, meant));
+  } else if (!backup->isComplete()) {
+    refuse(context, formatted("%@ is no complete backup: it has no readable Settings.plist.", backup->path()));
+    backup = nullptr;
+  }
+  return backup;
+}
+
+// The short names of "-trash" count here too.
+KeyList keysFor(const std::string& operand, TaskReport& report) {
+  const auto alias = std::ranges::find(aliasTable(), operand, &Alias::name);
+  const KeyList keys = splitKeys(alias == aliasTable().end() ? operand : alias->keys);
+  KeyList known;
+  for (const auto& item : itemsForOperand(operand, keys, report)) known.push_back(item->key());
+  return known;
+}
+
+bool areKeys(const std::string& operand) {
+  TaskReport ignored;
+  return !keysFor(operand, ignored).empty() && ignored.unusedOperands().empty();
+}
+
+// For a second operand, which may be keys too: those that are known are meant.
+bool isBackup(const std::string& operand) {
+  return !areKeys(operand) && (operand.find('/') != std::string::npos || !backupsMeant(operand, operand).empty());
+}
+
+std::string headingOf(const ComparisonRequest& request) {
+  if (request.before)
+    return formatted("What changes from \"%@\" to \"%@\":", request.before->name(), request.after->name());
+  return formatted("What restoring \"%@\" would change:", request.after->name());
+}
+
+template <class List, class Line>
+void appendFirst(std::string& text, const List& list, Line line) {
+  for (std::size_t i = 0; i < list.size(); ++i) {
+    if (i == kMostShown) {
+      text += formatted("      ... and %i more. --json lists all.\n", list.size() - i);
+      return;
+    }
+    text += "      " + line(list[i]) + "\n";
+  }
+}
+
+void appendFile(std::string& text, const FileComparison& file) {
+  text += formatted("  %@  %@\n", nameOf(file.difference), printable(file.path));
+  if (!file.remark.empty()) text += "      " + printable(file.remark) + "\n";
+  appendFirst(text, file.keys, [](const KeyChange& change) {
+    const std::string path = keyPathText(change.path);
+    return (path.empty() ? "The whole property list" : path) + ": " + changeInShort(change);
+  });
+  appendFirst(text, file.lines, [](const LineChange& change) {
+    const std::string_view line = shortened(change.line, kLongestLine);
+    const std::string end = line.size() < change.line.size() ? "…" : "";
+    return formatted("%i %@ %@", change.number, change.added ? "+" : "-", printable(line) + end);
+  });
+}
+
+// Only what there is any of.
+std::string countsInWords(const Comparison& comparison) {
+  constexpr std::pair<Difference, const char*> kWords[] = {{Difference::Same, "the same"},
+                                                           {Difference::Different, "different"},
+                                                           {Difference::Added, "added"},
+                                                           {Difference::Removed, "removed"},
+                                                           {Difference::Kept, "not in the backup and kept"},
+                                                           {Difference::Unreadable, "not to be compared"}};
+  std::string text;
+  for (const auto& [difference, words] : kWords)
+    if (const std::size_t count = comparison.count(difference); count > 0)
+      text += formatted("%@%i %@", text.empty() ? "" : ", ", count, words);
+  return (text.empty() ? "There are no files to compare" : "Files: " + text) + ".\n";
+}
+
+std::string table(const ComparisonRequest& request, const Comparison& comparison) {
+  std::string text = headingOf(request) + "\n";
+  for (const ItemComparison& item : comparison.items) {
+    if (item.files.empty()) continue;
+    text += formatted("\n%@: %@ (%@)\n", item.application, item.name, item.key);
+    for (const FileComparison& file : item.files) appendFile(text, file);
+  }
+  return text + "\n" + countsInWords(comparison);
+}
+
+PropertyListDictionary entryFor(const FileComparison& file) {
+  PropertyListDictionary entry;
+  entry.append("path", file.path);
+  entry.append("difference", nameOf(file.difference));
+  if (!file.remark.empty()) entry.append("remark", file.remark);
+  PropertyListArray keys;
+  for (const KeyChange& change : file.keys) {
+    PropertyListDictionary key;
+    key.append("key", keyPathText(change.path));
+    if (change.before) key.append("before", *change.before);
+    if (change.after) key.append("after", *change.after);
+    keys.push_back(std::move(key));
+  }
+  if (!keys.empty()) entry.append("keys", std::move(keys));
+  PropertyListArray lines;
+  for (const LineChange& change : file.lines) {
+    PropertyListDictionary line;
+    line.append("line", static_cast<std::int64_t>(change.number));
+    line.append(change.added ? "added" : "removed", change.line);
+    lines.push_back(std::move(line));
+  }
+  if (!lines.empty()) entry.append("lines", std::move(lines));
+  return entry;
+}
+
+PropertyListDictionary entryFor(const ItemComparison& item) {
+  PropertyListArray files;
+  for (const FileComparison& file : item.files) files.push_back(entryFor(file));
+  PropertyListDictionary entry;
+  entry.append("application", item.application);
+  entry.append("key", item.key);
+  entry.append("name", item.name);
+  entry.append("same", static_cast<std::int64_t>(item.same));
+  entry.append("files", std::move(files));
+  return entry;
+}
+
+PropertyListDictionary entryFor(const QWBackup& backup, const DryRun& run) {
+  PropertyListDictionary entry;
+  entry.append("name", backup.name());
+  entry.append("path", run.placeOnDisk(backup.path()));
+  return entry;
+}
+
+std::string json(const ComparisonRequest& request, const Comparison& comparison, const TaskReport& report,
+                 const DryRun& run) {
+  PropertyListDictionary counts;
+  for (const Difference difference : {Difference::Same, Difference::Different, Difference::Added, Difference::Removed,
+                                      Difference::Kept, Difference::Unreadable})
+    counts.append(nameOf(difference), static_cast<std::int64_t>(comparison.count(difference)));
+  PropertyListArray items;
+  for (const ItemComparison& item : comparison.items) items.push_back(entryFor(item));
+  PropertyListArray unused;
+  for (const auto& operand : report.unusedOperands()) unused.push_back(operand.operand);
+  PropertyListDictionary answer;
+  if (request.before) answer.append("before", entryFor(*request.before, run));
+  answer.append("after", entryFor(*request.after, run));
+  answer.append("counts", std::move(counts));
+  answer.append("items", std::move(items));
+  answer.append("unused", std::move(unused));
+  return writeJson(std::move(answer)) + "\n";
+}
+
+void tellErrors(const QuestionContext& context, const Comparison& comparison, const TaskReport& report) {
+  for (const auto& operand : report.unusedOperands()) context.errors << printable(operand.reason) << '\n';
+  std::size_t told = 0;
+  for (const ItemComparison& item : comparison.items)
+    for (const FileComparison& file : item.files)
+      if (file.difference == Difference::Unreadable && told++ < kMostTold)
+        context.errors << printable(file.remark) << '\n';
+  if (told > kMostTold) context.errors << "... and " << told - kMostTold << " more could not be compared.\n";
+}
+
+}  // namespace
+
+int compareBackup(const QuestionContext& context) {
+  const std::vector<std::string>& operands = context.operands;
+  if (operands.empty()) return refuse(context, "--compare needs a backup: its name in the library, or its path.");
+  if (operands.size() > 3)
+    return refuse(context, formatted("\"%@\" is one operand too many. Names with blanks need quotes.", operands[3]));
+  DryRun run({"vantory"}, context.errors);
+  if (!run.begin(true)) return 1;
+  library().populateApps();
+  library().populateBackups();
+  const bool areTwo = operands.size() == 3 || (operands.size() == 2 && isBackup(operands[1]));
+  ComparisonRequest request{.after = backupFor(context, operands[areTwo ? 1 : 0])};
+  if (areTwo) request.before = backupFor(context, operands[0]);
+  if (!request.after || (areTwo && !request.before)) return 1;
+  TaskReport report;
+  const std::size_t keys = areTwo ? 2 : 1;
+  if (operands.size() > keys) request.items = keysFor(operands[keys], report);
+  if (request.items && request.items->empty()) {
+    tellErrors(context, {}, report);
+    return 1;
+  }
+  const Comparison comparison = compareBackups(request);
+  context.output << (context.form == AnswerForm::Json ? json(request, comparison, report, run)
+                                                      : table(request, comparison));
+  tellErrors(context, comparison, report);
+  return 0;
+}
+
+}  // namespace vantory

@@ -1,0 +1,37 @@
+// Finds backups of the library by name and by path.
+#include "tasks/NamedBackup.h"
+
+#include "backups/BackupNaming.h"
+#include "base/Format.h"
+#include "base/Paths.h"
+#include "base/Spelling.h"
+#include "services/files/QWFileManager.h"
+
+namespace vantory {
+
+BackupList backupsMeant(const std::string& name, const std::string& path) {
+  BackupList meant = QWDataController::sharedController().allBackups();
+  if (name.find('/') == std::string::npos) {
+    std::erase_if(meant, [&](const auto& backup) {
+      return backup->name() != name && paths::lastComponent(backup->path()) != name;
+    });
+    return meant;
+  }
+  // The listing gives an older extension up.
+  const std::string current = isBackupName(path) ? withBackupExtension(path) : path;
+  for (const auto& backup : meant)
+    if (backup->path() == path || backup->path() == current) return {backup};
+  std::erase_if(meant, [&](const auto& backup) { return !QWFileManager::isSameItem(backup->path(), path); });
+  return meant;
+}
+
+std::string faultOfName(const std::string& name, const BackupList& meant) {
+  if (!meant.empty()) return formatted("%i backups are called \"%@\": give the path of one.", meant.size(), name);
+  std::vector<std::string> names;
+  for (const auto& backup : QWDataController::sharedController().allBackups()) names.push_back(backup->name());
+  const auto nearest = nearestWord(name, names);
+  return nearest ? formatted("There is no backup \"%@\": did you mean \"%@\"?", name, *nearest)
+                 : formatted("There is no backup \"%@\". \"vantory --list-backups\" lists them.", name);
+}
+
+}  // namespace vantory

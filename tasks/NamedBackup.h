@@ -1,0 +1,16 @@
+// The backup that an operand names.
+#pragma once
+
+#include <string>
+
+#include "backups/QWDataController.h"
+
+namespace vantory {
+
+// The listed backups that are meant by a name, which may be that of the folder, or by a path, which stands for itself
+// at `path` too.
+BackupList backupsMeant(const std::string& name, const std::string& path);
+// Why no backup, or no single one, is meant by the name; a sentence.
+std::string faultOfName(const std::string& name, const BackupList& meant);
+
+}  // namespace vantory
