@@ -20,9 +20,10 @@ FileSystem& files() {
   return Runtime::current().platform().files;
 }
 
-// A dictionary; none when there is no readable one.
-std::optional<PropertyList> readSettings(const std::string& backup) {
-  const auto bytes = files().read(paths::join(backup, kBackupSettingsFile));
+// A dictionary; none when there is no readable one. The record is told what keeps the file from being read.
+std::optional<PropertyList> readSettings(QWBackup& backup) {
+  const auto bytes = files().read(paths::join(backup.path(), kBackupSettingsFile));
+  if (!bytes && !meansMissing(bytes.error())) backup.setReadError(bytes.error());
   auto settings = bytes ? parsePropertyList(*bytes) : std::nullopt;
   if (settings && !settings->asDictionary()) settings.reset();
   return settings;
@@ -91,7 +92,7 @@ std::shared_ptr<QWBackup> BackupReader::read(const std::string& path, std::optio
   backup->setIsAutosave(paths::lastComponent(paths::parent(path)) == kAutosavesFolder);
 
   const auto place = std::make_shared<const BackupFolder>(path, home_);
-  const std::optional<PropertyList> content = readSettings(path);
+  const std::optional<PropertyList> content = readSettings(*backup);
   backup->setIsComplete(content.has_value());
   backup->setIsDefault(content && defaultName_ == paths::lastComponent(path));
   if (!content) return backup;

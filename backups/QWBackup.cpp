@@ -4,6 +4,7 @@
 #include "backups/BackupFolder.h"
 #include "backups/BackupNaming.h"
 #include "backups/LibraryFolder.h"
+#include "base/Format.h"
 #include "base/Paths.h"
 #include "base/PropertyList.h"
 #include "base/Text.h"
@@ -89,6 +90,16 @@ Status QWBackup::setDefault() {
 
 void QWBackup::updateDefault() {
   isDefault_ = isComplete_ && defaultBackupName() == paths::lastComponent(path_);
+}
+
+std::string QWBackup::flaw() const {
+  if (isComplete_) return "";
+  return readError_ ? "cannot be read" : "incomplete";
+}
+
+std::string QWBackup::flawInWords() const {
+  return readError_ ? formatted("\"%@\" cannot be read: %@", name_, readError_->text)
+                    : formatted("\"%@\" is incomplete", name_);
 }
 
 int QWBackup::nameCompare(const BackupNode& other) const {

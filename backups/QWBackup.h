@@ -7,6 +7,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "catalog/Catalog.h"
@@ -72,10 +73,17 @@ class QWBackup : public BackupNode {
   void setIsAutosave(bool isAutosave) { isAutosave_ = isAutosave; }
   bool isDefault() const { return isDefault_; }
   void setIsDefault(bool isDefault) { isDefault_ = isDefault; }
-  // False for one whose settings, which are written last, cannot be read: it was torn off, by a full disk or a kill, or
-  // damaged since. Such a one is never the default.
+  // False for one whose settings, which are written last, are not there or damaged: it was torn off, by a full disk or
+  // a kill, or damaged since; or whose settings the system does not let us read. Such a one is never the default.
   bool isComplete() const { return isComplete_; }
   void setIsComplete(bool isComplete) { isComplete_ = isComplete; }
+  // Why its settings, which are there, could not be read; none where they could, or are not there.
+  const std::optional<Error>& readError() const { return readError_; }
+  void setReadError(std::optional<Error> error) { readError_ = std::move(error); }
+  // "incomplete" or "cannot be read"; empty for a complete one.
+  std::string flaw() const;
+  // The same as the beginning of a sentence, with the backup's name and the cause: "\"Torn\" is incomplete".
+  std::string flawInWords() const;
 
   // Writes the backup and returns when it is on disk. With filesOnly the files of an existing backup are replaced one
   // by one, what they were goes to the Trash, and its settings stay. A folder that bears the path already goes to the
@@ -114,6 +122,7 @@ class QWBackup : public BackupNode {
   bool isAutosave_ = false;
   std::atomic<bool> isDefault_ = false;
   bool isComplete_ = true;
+  std::optional<Error> readError_;
   std::optional<FileIdentity> createdFolder_;
   mutable std::mutex sizeMutex_;  // held while it is measured, by its path
   mutable std::uint64_t size_ = 0;

@@ -92,10 +92,13 @@ void RestoreRun::relaunchClosed() {
 
 void QWBackup::restore(TaskReport& report, bool closeAutomatically) {
   if (std::ranges::all_of(children_, [](const auto& app) { return app->selected() == Off; })) {
-    const std::string reason = formatted(
-        children_.empty() ? "Nothing was restored: the Settings.plist of %@ is missing, damaged or names no known item."
-                          : "Nothing was restored: %@ holds none of the chosen items.",
-        path_);
+    const std::string reason =
+        readError_
+            ? formatted("Nothing was restored: %@", readError_->text)
+            : formatted(children_.empty() ? "Nothing was restored: the Settings.plist of %@ is missing, damaged or "
+                                            "names no known item."
+                                          : "Nothing was restored: %@ holds none of the chosen items.",
+                        path_);
     QWLog::appendLog("%@", reason);
     report.remark(reason);
   }

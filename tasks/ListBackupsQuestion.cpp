@@ -53,6 +53,7 @@ PropertyListDictionary entryFor(const QWBackup& backup, const std::string& path)
   entry.append("default", backup.isDefault());
   entry.append("automatic", backup.isAutosave());
   entry.append("complete", backup.isComplete());
+  if (backup.readError()) entry.append("error", backup.readError()->text);
   entry.append("items", itemsOf(backup));
   entry.append("projects", std::move(projects));
   return entry;
@@ -77,10 +78,11 @@ void addRows(TextTable& table, const QWBackup& backup, const std::string& path) 
   const auto date = backup.date();
   std::string kind = backup.isAutosave() ? "automatic" : "manual";
   if (backup.isDefault()) kind += ", default";
-  if (!backup.isComplete()) kind += ", incomplete";
+  if (!backup.isComplete()) kind += ", " + backup.flaw();
   table.add({backup.name(), date ? localTimeText(*date, "%Y-%m-%d %H:%M:%S") : "-",
              QWFileManager::formatFileSize(static_cast<double>(backup.size())), kind, path});
   const auto addBelow = [&table](std::string text) { table.add({"", "", "", "", std::move(text)}); };
+  if (backup.readError()) addBelow(backup.readError()->text);
   for (const auto& app : backup.children()) addBelow(app->name() + ": " + keysOf(*app));
   for (const std::string& project : backup.projects()) addBelow("Project: " + project);
 }

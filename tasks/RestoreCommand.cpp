@@ -30,12 +30,12 @@ void deselectAllBut(const KeyList& keys, const QWBackup& backup) {
   }
 }
 
-// A backup that is named as the default and is none, because it is incomplete.
+// A backup that is named as the default and is none, because it is incomplete or cannot be read.
 void remarkOnTornDefault(const QWDataController& data, TaskReport& report) {
   const auto name = QWBackup::defaultBackupName();
   for (const auto& backup : data.allBackups())
     if (!backup->isComplete() && name == paths::lastComponent(backup->path()))
-      report.remark(formatted("The default backup \"%@\" is incomplete.", backup->name()));
+      report.remark(formatted("The default backup %@.", backup->flawInWords()));
 }
 
 }  // namespace

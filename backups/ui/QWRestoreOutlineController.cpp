@@ -163,7 +163,7 @@ void QWRestoreOutlineController::willDisplayCell(OutlineCell& cell, const std::s
     cell.icon = "VNT-icon";
     cell.editable = true;
     cell.emphasized = backup->isDefault();
-    if (!backup->isComplete()) cell.remark = "incomplete";
+    cell.remark = backup->flaw();
     return;
   }
   if (rowAs<QWAutosaveHeader>(item)) {
@@ -185,8 +185,11 @@ void QWRestoreOutlineController::toggleDefault() {
   if (!backup) return;
   const bool wasDefault = backup->isDefault();
   if (!wasDefault && !backup->isComplete())
-    return reportFailure("An incomplete backup cannot be the default",
-                         formatted("\"%@\" was not written to its end, or its settings are damaged.", backup->name()));
+    return backup->readError()
+               ? reportFailure("A backup that cannot be read cannot be the default", backup->readError()->text)
+               : reportFailure(
+                     "An incomplete backup cannot be the default",
+                     formatted("\"%@\" was not written to its end, or its settings are damaged.", backup->name()));
   const Status stored = wasDefault ? QWUserDefaults::standardUserDefaults().removeObjectForKey(setting::kDefaultBackup)
                                    : backup->setDefault();
   if (!stored) return reportFailure("The default backup could not be changed", stored.error().text);
