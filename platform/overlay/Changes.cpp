@@ -56,6 +56,12 @@ void Changes::renameMade(const std::string& path, const std::string& destination
   }
 }
 
+void Changes::trashCopiesIn(const std::string& folder) {
+  for (Change& change : changes_)
+    if (change.kind == Change::Kind::Copy && !change.refusal && isAtOrBelow(change.destination, folder))
+      change = {.kind = Change::Kind::Trash, .path = change.path};
+}
+
 void Changes::dropMade(const std::string& path) {
   std::erase_if(changes_, [&](Change& change) {
     const std::string* place = placeMade(change);

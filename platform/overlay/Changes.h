@@ -31,6 +31,8 @@ class Changes {
 
   // Something that was made lies elsewhere from now on.
   void renameMade(const std::string& path, const std::string& destination);
+  // A folder that was made goes to the Trash: to whoever looks, what was copied into it to be kept does.
+  void trashCopiesIn(const std::string& folder);
   // Something that was made is gone, with all that was made inside it.
   void dropMade(const std::string& path);
 

@@ -18,6 +18,9 @@ using Lock = std::lock_guard<std::recursive_mutex>;
 // A device that no disk is.
 constexpr std::uint64_t kOverlayDevice = std::numeric_limits<std::uint64_t>::max();
 
+// Bytes of an entry's name, on the file systems that people keep files on.
+constexpr std::size_t kLongestName = 255;
+
 // What the overlay knows of an item goes over what the disk says.
 void applyOwn(const OverlayNode& node, FileInfo& info) {
   if (node.isCopy) info.locked = false;
@@ -121,6 +124,7 @@ Result<bool> OverlayFileSystem::haveSameContent(const std::string& path, const s
 }
 
 std::optional<std::errc> OverlayFileSystem::obstacleTo(const std::string& path) const {
+  if (paths::lastComponent(path).size() > kLongestName) return std::errc::filename_too_long;
   const std::string folder = paths::parent(paths::normalized(path));
   const auto found = info(folder, Links::Follow);
   if (!found) return found.error().code;
@@ -254,6 +258,7 @@ Result<Trashed> OverlayFileSystem::trash(const std::string& path, const std::str
   Change change{.kind = Change::Kind::Trash, .path = path};
   if (!exists(path)) return missing(path);
   if (const auto obstacle = obstacleToTaking(path)) return changes_.refuse(std::move(change), *obstacle);
+  if (node(path).kind == Kind::Folder) changes_.trashCopiesIn(paths::normalized(path));
   forget(path, std::move(change));
   return Trashed{paths::join(trashFolder, paths::lastComponent(path))};
 }
