@@ -60,7 +60,7 @@ class TaskReport {
   // A sentence about something beside the task itself that went wrong, such as an application that did not start again.
   void remark(std::string sentence) { remarks_.push_back(std::move(sentence)); }
 
-  // What a person reads where all was done.
+  // What a person reads where all was done; empty where they have read it already.
   void summarize(std::string sentence) { summary_ = std::move(sentence); }
   const std::optional<std::string>& summary() const { return summary_; }
   // Why the task could not be begun at all.

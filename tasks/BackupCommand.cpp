@@ -47,6 +47,7 @@ void write(QWBackup& backup, const AppController& controller, TaskReport& report
                                 .title = "Backup not created",
                                 .description = "No files to backup",
                                 .console = "Backup not created - no files to copy"});
+      report.summarize("");
       backup.removeCreatedFolder(report);
       break;
     case WriteResult::SettingsNotWritten:

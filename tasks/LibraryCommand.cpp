@@ -85,6 +85,10 @@ std::string filesInWords(std::size_t count) {
 int defaultCommand(const CommandContext& context) {
   if (const auto refused = refuseOperands(context, 1)) return *refused;
   if (context.operand(1) == kNone) {
+    if (!QWBackup::defaultBackupName()) {
+      context.report.summarize("There was no default backup.");
+      return 0;
+    }
     const Status removed = QWUserDefaults::standardUserDefaults().removeObjectForKey(setting::kDefaultBackup);
     if (!removed) return refuse(context, unchangedDefault(removed.error()));
     QWLog::appendLog("There is no default backup any more");
@@ -93,8 +97,7 @@ int defaultCommand(const CommandContext& context) {
     return 0;
   }
   return withBackup(context, [&](const std::shared_ptr<QWBackup>& backup) {
-    if (!backup->isComplete())
-      return refuse(context, formatted("\"%@\" is incomplete and cannot be the default.", backup->name()));
+    if (!backup->isComplete()) return refuse(context, backup->flawInWords() + ". It cannot be the default.");
     if (isNameShared(*backup))
       return refuse(context, "Another backup's folder has the same name, by which the default is known: rename one.");
     const Status stored = backup->setDefault();
@@ -112,6 +115,7 @@ int renameCommand(const CommandContext& context) {
   const std::string wanted = *context.operand(2);
   const std::string name = QWFileManager::validateFilename(wanted);
   if (name.empty()) return refuse(context, "A backup's name cannot be blank.");
+  if (name == kNone) return refuse(context, "\"none\" means no backup to \"--default\". Please choose another name.");
   return withBackup(context, [&](const std::shared_ptr<QWBackup>& backup) {
     if (!backup->isAutosave() && isAutomaticName(name))
       return refuse(context, "Names that begin with \"Auto Backup \" are those of automatic backups.");
@@ -141,8 +145,7 @@ int removeCommand(const CommandContext& context) {
 int updateCommand(const CommandContext& context) {
   if (const auto refused = refuseOperands(context, 1)) return *refused;
   return withBackup(context, [&](const std::shared_ptr<QWBackup>& backup) {
-    if (!backup->isComplete())
-      return refuse(context, formatted("\"%@\" is incomplete and cannot be updated.", backup->name()));
+    if (!backup->isComplete()) return refuse(context, backup->flawInWords() + ". It cannot be updated.");
     const WriteResult result = backup->writeData(context.report, true);
     const std::size_t copied = context.report.count(FileReport::Outcome::Done, FileAction::Copy);
     if (result == WriteResult::Success && copied == 0)

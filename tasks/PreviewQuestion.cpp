@@ -7,10 +7,12 @@
 #include "base/Json.h"
 #include "base/Text.h"
 #include "base/TextTable.h"
+#include "platform/SystemInfo.h"
 #include "platform/Users.h"
 #include "services/TaskReport.h"
 #include "tasks/DryRun.h"
 #include "tasks/Question.h"
+#include "tasks/Refusal.h"
 #include "tasks/TaskAccount.h"
 #include "tasks/TaskCommand.h"
 
@@ -83,18 +85,17 @@ const TaskCommand* commandNamed(std::string_view word) {
 }
 
 // Names all tasks that there are.
-int refuse(std::ostream& errors) {
-  errors << "Vantory: --preview needs the name of a task:";
-  for (const TaskCommand& command : commandTable()) errors << ' ' << command.name();
-  errors << ".\n";
-  return 1;
+int refuse(const QuestionContext& context) {
+  std::string reason = "--preview needs the name of a task:";
+  for (const TaskCommand& command : commandTable()) reason.append(" ").append(command.name());
+  return refuseLine(reason + ".", Runtime::current().platform().system.arguments(), context.output, context.errors);
 }
 
 }  // namespace
 
 int previewTask(const QuestionContext& context) {
   const TaskCommand* command = context.operands.empty() ? nullptr : commandNamed(context.operands.front());
-  if (!command) return refuse(context.errors);
+  if (!command) return refuse(context);
   std::vector<std::string> arguments = context.operands;
   arguments.front() = command->option;
   arguments.insert(arguments.begin(), "vantory");

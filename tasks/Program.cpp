@@ -7,6 +7,7 @@
 #include <ostream>
 #include <string_view>
 
+#include "base/Format.h"
 #include "base/Json.h"
 #include "base/Paths.h"
 #include "base/Text.h"
@@ -26,6 +27,7 @@
 #include "tasks/Misspelling.h"
 #include "tasks/QWVantoryUtilities.h"
 #include "tasks/Question.h"
+#include "tasks/Refusal.h"
 #include "tasks/TaskAccount.h"
 #include "tasks/TaskCommand.h"
 #include "tasks/TaskOptions.h"
@@ -67,8 +69,10 @@ class TaskEnding {
     if (options_.json) output_ << json(exitCode, report);
     // A remark says already why there was nothing to do.
     if (command_.deed && exitCode == 0 && report.isWhole() && report.remarks().empty() &&
-        platform().system.hasTerminal())
-      errors_ << printable(sentenceOn(*command_.deed, report)) << '\n';
+        platform().system.hasTerminal()) {
+      const std::string sentence = sentenceOn(*command_.deed, report);
+      if (!sentence.empty()) errors_ << printable(sentence) << '\n';
+    }
     return exitCode;
   }
 
@@ -132,17 +136,16 @@ bool hasHelpAsOperand(const std::vector<std::string>& arguments, std::size_t tas
   return task + 1 < arguments.size() && (arguments[task + 1] == "--help" || arguments[task + 1] == "-h");
 }
 
-int refuseOption(const std::string& option, std::ostream& errors) {
-  errors << "Vantory: There is no option \"" << printable(option)
-         << "\" to go before a task - nothing was done. See \"vantory --help\".\n";
-  return 1;
-}
-
-// "-list" has a form of its own.
-int refuseJson(const TaskCommand& command, std::ostream& errors) {
-  errors << "Vantory: " << command.option
-         << " answers with a property list. \"vantory --list-backups --json\" answers in JSON.\n";
-  return 1;
+// Why the line before a task keeps it from being begun; none where nothing does.
+std::optional<std::string> faultBefore(const ChosenCommand& chosen, TaskOptions options) {
+  if (const auto option = unknownOptionBefore(platform().system.arguments(), chosen.position))
+    return formatted("There is no option \"%@\" to go before a task - nothing was done. See \"vantory --help\".",
+                     *option);
+  // "-list" has a form of its own.
+  if (options.json && !chosen.command->deed)
+    return formatted("%@ answers with a property list. \"vantory --list-backups --json\" answers in JSON.",
+                     chosen.command->option);
+  return std::nullopt;
 }
 
 // A task goes before a question, and a question before the window.
@@ -154,9 +157,8 @@ int runMode(std::ostream& output, std::ostream& errors, const ProgramReplacement
   // Whoever asks for a preview and writes the task with its dash does not want it done.
   if (const auto chosen = chooseCommand(arguments);
       chosen && !beginsWithQuestion(arguments) && !hasHelpAsOperand(arguments, chosen->position)) {
-    if (const auto option = unknownOptionBefore(arguments, chosen->position)) return refuseOption(*option, errors);
     const TaskOptions options = optionsBefore(arguments, chosen->position);
-    if (options.json && !chosen->command->deed) return refuseJson(*chosen->command, errors);
+    if (const auto fault = faultBefore(*chosen, options)) return refuseLine(*fault, arguments, output, errors);
     return runCommand(*chosen, options, output, errors);
   }
   if (has("--help") || has("-h")) {
@@ -166,8 +168,7 @@ int runMode(std::ostream& output, std::ostream& errors, const ProgramReplacement
   } else if (const auto answered = answerQuestion(arguments, output, errors)) {
     return *answered;
   } else if (const auto meant = whatWasMeant(arguments)) {
-    errors << "Vantory: " << printable(*meant) << " See \"vantory --help\".\n";
-    return 1;
+    return refuseLine(*meant + " See \"vantory --help\".", arguments, output, errors);
   } else {
     return openWindow(arguments, errors, become);
   }

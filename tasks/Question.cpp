@@ -2,9 +2,8 @@
 #include "tasks/Question.h"
 
 #include <algorithm>
-#include <ostream>
 
-#include "base/Text.h"
+#include "tasks/Refusal.h"
 #include "tasks/TaskOptions.h"
 
 namespace vantory {
@@ -31,16 +30,11 @@ std::string faultOf(const Question& question, const std::vector<std::string>& ar
   const std::string option(question.option);
   for (std::size_t i = 1; i < arguments.size(); ++i) {
     const bool isExpected = isForm(arguments[i]) || i == position || (i > position && question.takesOperands);
-    if (!isExpected) return option + " does not go with \"" + printable(arguments[i]) + "\".";
+    if (!isExpected) return option + " does not go with \"" + arguments[i] + "\".";
   }
   if (has(kPrint0) && !question.hasNames) return option + " has no names to print with --print0.";
   if (has(kPrint0) && has(kJson)) return "--json and --print0 exclude each other.";
   return "";
-}
-
-int refuse(const std::string& fault, std::ostream& errors) {
-  errors << "Vantory: " << fault << " See \"vantory --help\".\n";
-  return 1;
 }
 
 AnswerForm formIn(const std::vector<std::string>& arguments) {
@@ -67,17 +61,20 @@ bool beginsWithQuestion(const std::vector<std::string>& arguments) {
 
 std::optional<int> answerQuestion(const std::vector<std::string>& arguments, std::ostream& output,
                                   std::ostream& errors) {
+  const auto refuse = [&](const std::string& fault) {
+    return refuseLine(fault + " See \"vantory --help\".", arguments, output, errors);
+  };
   for (const Question& question : kQuestions) {
     const auto option = std::ranges::find(arguments, question.option);
     if (option == arguments.end()) continue;
     const auto position = static_cast<std::size_t>(option - arguments.begin());
     const std::string fault = faultOf(question, arguments, position);
-    if (!fault.empty()) return refuse(fault, errors);
+    if (!fault.empty()) return refuse(fault);
     std::vector<std::string> operands(option + 1, arguments.end());
     std::erase_if(operands, isForm);
     return question.answer({std::move(operands), formIn(arguments), output, errors});
   }
-  if (std::ranges::count(arguments, kPrint0) > 0) return refuse("There is nothing to list.", errors);
+  if (std::ranges::count(arguments, kPrint0) > 0) return refuse("There is nothing to list.");
   return std::nullopt;
 }
 

@@ -219,7 +219,7 @@ int strictExitCode(int exitCode, const TaskReport& report, std::optional<FileAct
   if (!report.isWhole()) return kDoneInPart;
   // A file that is locked already is as it was to be; one that was not copied is not.
   const bool wasSo = (deed == FileAction::Lock || deed == FileAction::Unlock) && report.count(Outcome::Skipped) > 0;
-  const bool didNothing = deed && !report.summary() && !report.hasDone(*deed) && !wasSo;
+  const bool didNothing = deed && report.summary().value_or("").empty() && !report.hasDone(*deed) && !wasSo;
   return didNothing || !report.unusedOperands().empty() ? kNothingMatched : 0;
 }
 

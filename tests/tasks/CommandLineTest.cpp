@@ -227,6 +227,10 @@ TEST_F(CommandLineTest, EachFailureIsToldWhereItBelongs) {
   set("defaultBackup", "Torn.vnt");
   EXPECT_EQ(run("-restoredefault"), 1);
   EXPECT_EQ(fakes_.systemLog.messages().back(), "The default backup \"Torn\" is incomplete.");
+  fs::remove(library("/Torn.vnt/Settings.plist"));
+  fs::create_directory(library("/Torn.vnt/Settings.plist"));  // as unreadable as for want of rights
+  EXPECT_EQ(run("--default Torn"), 1);
+  EXPECT_THAT(fakes_.systemLog.messages().back(), StartsWith("\"Torn\" cannot be read: " + library("/Torn.vnt")));
 }
 
 TEST_F(CommandLineTest, NamesWhatItDidNotUnderstand) {
@@ -280,12 +284,17 @@ TEST_F(CommandLineTest, TheLibraryIsManagedByCommand) {
 
   fs::remove(home_ / kFiles[1].second);
   writeFile(home_ / kFiles[2].second, "newer");
+  EXPECT_EQ(run("--preview update aNew"), 0);
+  EXPECT_THAT(foreseen(), Contains(library("/aNew.vnt/Users/user/" + kFiles[2].second)));
+  EXPECT_EQ(run("--preview rename aNew " + std::string(252, 'x')), 0);
+  EXPECT_THAT(output_.str(), HasSubstr("(File name too long)"));
   EXPECT_EQ(run("--strict --update aNew"), 0);
   EXPECT_EQ(heldBy(library("/aNew.vnt")), (Names{"boris", "fcp", "plugins", "setting"}));
 
-  for (const char* line : {"--prune 0", "--prune x", "--prune 1 --preview", "--remove", "--remove Nothing",
-                           "--remove anew", "--remove aNew --help", "--rename aNew", "--rename aNew -task",
-                           "--rename aNew /", "--rename aNew Auto Backup", "--default /nowhere/aNew.vnt"})
+  for (const char* line :
+       {"--prune 0", "--prune x", "--prune 1 --preview", "--remove", "--remove Nothing", "--remove anew",
+        "--remove aNew --help", "--rename aNew", "--rename aNew -task", "--rename aNew /", "--rename aNew Auto Backup",
+        "--rename aNew none", "--default /nowhere/aNew.vnt"})
     EXPECT_EQ(run(line), 1) << line;
   EXPECT_THAT(fakes_.systemLog.messages(), Contains("There is no backup \"anew\": did you mean \"aNew\"?"));
   EXPECT_TRUE(exists(library("/aNew.vnt")));
@@ -489,7 +498,9 @@ TEST_F(CommandLineTest, QuestionsAskedWronglyAreRefused) {
         "--list-items fcpPrefs", "x --list-backups", "--list-items --json --print0", "--json"}) {
     EXPECT_EQ(run(line), 1) << line;
     EXPECT_THAT(errors_.str(), StartsWith("Vantory: "));
-    EXPECT_THAT(output_.str(), IsEmpty());
+    const bool asksForJson = std::string(line).find("--json") != std::string::npos;
+    EXPECT_THAT(output_.str(), asksForJson ? StartsWith("{") : StartsWith("")) << line;
+    EXPECT_EQ(output_.str().empty(), !asksForJson) << line;
   }
   EXPECT_EQ(intact(), kAll);
   EXPECT_THAT(window_, IsEmpty());
