@@ -3,6 +3,7 @@
 
 #include "base/Paths.h"
 #include "services/QWLocalPaths.h"
+#include "services/files/QWFileManager.h"
 
 namespace vantory {
 
@@ -24,6 +25,13 @@ std::string BackupFolder::safeUserPath(const std::string& path) const {
     safe += components[i];
   }
   return safe;
+}
+
+// A plain folder outside the home folder lands inside a folder of its own name.
+std::string BackupFolder::placeOf(const std::string& source, FileType type) const {
+  const std::string safe = safeUserPath(source);
+  const bool nested = type == FileType::Folder && !isInHome(source) && !QWFileManager::isPackageAtPath(source);
+  return paths::join(nested ? safe : paths::parent(safe), paths::lastComponent(source));
 }
 
 }  // namespace vantory

@@ -193,13 +193,8 @@ std::optional<ItemCopier::Target> ItemCopier::targetFor(const std::string& sourc
 }
 
 ItemCopier::Target ItemCopier::targetFor(const std::string& source, FileType type) const {
-  const std::string safe = place_.safeUserPath(source);
-  // A plain folder outside the home folder lands inside a folder of its own name.
-  const bool nested = type == FileType::Folder && !place_.isInHome(source) && !QWFileManager::isPackageAtPath(source);
-  Target target;
-  target.folder = paths::join(place_.path(), nested ? safe : paths::parent(safe));
-  target.copy = paths::join(target.folder, paths::lastComponent(source));
-  return target;
+  const std::string copy = paths::join(place_.path(), place_.placeOf(source, type));
+  return {.folder = paths::parent(copy), .copy = copy};
 }
 
 // Once for each folder of a run.

@@ -22,35 +22,35 @@ BackgroundThreads& BackgroundThreads::shared() {
 }
 
 // Counted before the thread runs, so that nobody takes the program for idle in between.
-bool BackgroundThreads::start(std::function<void()> work) {
+bool BackgroundThreads::start(std::function<void()> work, Kind kind) {
   {
     const std::lock_guard lock(mutex_);
-    ++running_;
+    ++(kind == Kind::Task ? tasks_ : looks_);
   }
   try {
-    std::thread([this, work = std::move(work)] { run(work); }).detach();
+    std::thread([this, work = std::move(work), kind] { run(work, kind); }).detach();
     return true;
   } catch (const std::system_error& error) {
     QWLog::appendLog("Unable to start a task: %@", error.what());
   }
-  workEnded();
+  workEnded(kind);
   return false;
 }
 
 // The whole life of a thread.
-void BackgroundThreads::run(const std::function<void()>& work) {
+void BackgroundThreads::run(const std::function<void()>& work, Kind kind) {
   try {
     work();
   } catch (const std::exception& exception) {
     QWException::logException(exception, "BackgroundThreads");
   }
-  workEnded();
+  workEnded(kind);
 }
 
 // Whoever waits may destroy this object as soon as the lock is given up.
-void BackgroundThreads::workEnded() {
+void BackgroundThreads::workEnded(Kind kind) {
   const std::lock_guard lock(mutex_);
-  --running_;
+  --(kind == Kind::Task ? tasks_ : looks_);
   callWaiting();
   MainThread::shared().notify();
 }
@@ -63,7 +63,7 @@ void BackgroundThreads::whenIdle(std::function<void()> work) {
 
 // Under the lock.
 void BackgroundThreads::callWaiting() {
-  if (running_ == 0 && !waiting_.empty()) MainThread::shared().post([this] { runWaiting(); });
+  if (tasks_ == 0 && !waiting_.empty()) MainThread::shared().post([this] { runWaiting(); });
 }
 
 // What is run may serve events of its own, such as a question's, and so come here again.
@@ -77,7 +77,7 @@ void BackgroundThreads::runWaiting() {
 // Empty as long as work runs, and when nothing waits.
 std::function<void()> BackgroundThreads::takeWaiting() {
   const std::lock_guard lock(mutex_);
-  if (running_ > 0 || waiting_.empty()) return nullptr;
+  if (tasks_ > 0 || waiting_.empty()) return nullptr;
   auto work = std::move(waiting_.front());
   waiting_.pop_front();
   return work;
@@ -85,14 +85,14 @@ std::function<void()> BackgroundThreads::takeWaiting() {
 
 bool BackgroundThreads::isWorking() const {
   const std::lock_guard lock(mutex_);
-  return running_ > 0;
+  return tasks_ > 0;
 }
 
 // Serves the main thread's queue meanwhile: the work may wait for it.
 void BackgroundThreads::waitForAll() {
   MainThread::shared().runUntil([this] {
     const std::lock_guard lock(mutex_);
-    return running_ == 0 && waiting_.empty();
+    return tasks_ == 0 && looks_ == 0 && waiting_.empty();
   });
 }
 

@@ -14,26 +14,30 @@ class BackgroundThreads {
  public:
   static BackgroundThreads& shared();
 
+  // A look changes nothing and can be given up: the program may be left, and files opened, meanwhile.
+  enum class Kind { Task, Look };
+
   // Runs the work on a thread of its own. Work that throws is logged and ends. False when the system has no thread to
   // give; the log says so.
-  bool start(std::function<void()> work);
-  // True while any work runs.
+  bool start(std::function<void()> work, Kind kind = Kind::Task);
+  // True while any work runs that is more than a look.
   bool isWorking() const;
-  // Runs this on the main thread as soon as no work runs. What waits is run in order, one at a time: work that it
-  // starts holds up the rest.
+  // Runs this on the main thread as soon as nothing but looks runs. What waits is run in order, one at a time: work
+  // that it starts holds up the rest.
   void whenIdle(std::function<void()> work);
   // Called on the main thread: serves what the work asks of it until all has ended, also what waits for that.
   void waitForAll();
 
  private:
-  void run(const std::function<void()>& work);
-  void workEnded();
+  void run(const std::function<void()>& work, Kind kind);
+  void workEnded(Kind kind);
   void callWaiting();
   void runWaiting();
   std::function<void()> takeWaiting();
 
   mutable std::mutex mutex_;
-  std::size_t running_ = 0;
+  std::size_t tasks_ = 0;
+  std::size_t looks_ = 0;
   std::deque<std::function<void()>> waiting_;  // for idleness
   bool servingWaiting_ = false;                // main thread
 };

@@ -18,9 +18,11 @@ class FakeOutline : public OutlineView {
   void reloadItem(const OutlineItemPointer& item, bool) override { reloadedItems.push_back(item); }
   void setHeaderState(State state) override { headerState = state; }
   void setSortIndicator(const std::string& column, SortIndicator indicator) override { indicators[column] = indicator; }
+  void setRemark(const std::string& text) override { remark = text; }
   OutlineItemPointer selectedItem() const override { return selected; }
   void selectItem(const OutlineItemPointer& item) override { selected = item; }
 
+  std::string remark;
   std::optional<State> headerState;
   std::vector<OutlineItemPointer> reloadedItems;
   std::map<std::string, SortIndicator> indicators;
