@@ -6,7 +6,7 @@
 int main(int argumentCount, char** arguments) {
   const QApplication application(argumentCount, arguments);
   QMainWindow window;
-  window.resize(720, 600);
+  window.resize(800, 600);
   window.show();
   return QApplication::exec();
 }

@@ -32,6 +32,7 @@ struct OutlineCell {
   std::string remark;  // behind the text, and no part of it
   std::string icon;    // the name of an image of the program's own; empty for none
   bool enabled = true;
+  bool dimmed = false;      // of something that is not there; it can be used all the same
   bool editable = false;    // whether its text may be changed in place
   bool emphasized = false;  // stands out among its neighbours
 };
@@ -84,6 +85,8 @@ class OutlineView {
   // The check box in the header of the first column.
   virtual void setHeaderState(State state) = 0;
   virtual void setSortIndicator(const std::string& column, SortIndicator indicator) = 0;
+  // A sentence above the rows; empty for none.
+  virtual void setRemark(const std::string& text) = 0;
   // The first selected row's item; null when none is.
   virtual OutlineItemPointer selectedItem() const = 0;
   // Selects the item's row alone, opening the rows above it; null selects nothing.

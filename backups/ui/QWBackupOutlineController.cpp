@@ -27,7 +27,8 @@ AppList apps() {
 }  // namespace
 
 QWBackupOutlineController::QWBackupOutlineController(const Parts& parts)
-    : parts_(parts),
+    : SurveyedRows(parts.outline),
+      parts_(parts),
       appRefresh_(NotificationCenter::shared().observe("QWVantoryAppRefresh", [this] { reload(); })),
       tabSwitch_(NotificationCenter::shared().observe("QWVantoryBackupTabSwitch", [this] { reload(); })) {
   updateHeaderCheckCell();
@@ -96,7 +97,9 @@ Rows QWBackupOutlineController::rowsUnder(const OutlineItemPointer& item) const 
   return item ? rowsBelow(item) : rowsFor(apps());
 }
 
-ObjectValue QWBackupOutlineController::objectValueForTableColumn(const std::string&, const OutlineItemPointer& byItem) {
+ObjectValue QWBackupOutlineController::objectValueForTableColumn(const std::string& column,
+                                                                 const OutlineItemPointer& byItem) {
+  if (const auto value = surveyedValue(column, byItem)) return *value;
   return selectionOfRow(byItem);
 }
 
@@ -107,7 +110,10 @@ void QWBackupOutlineController::setObjectValue(const ObjectValue& value, const s
   updateHeaderCheckCell();
 }
 
-void QWBackupOutlineController::willDisplayCell(OutlineCell& cell, const std::string&, const OutlineItemPointer& item) {
+void QWBackupOutlineController::willDisplayCell(OutlineCell& cell, const std::string& column,
+                                                const OutlineItemPointer& item) {
+  cell.dimmed = hasNothing(item);
+  if (column != "selected") return;
   cell.title = nameOfRow(item);
   if (const auto app = rowAs<QWApp>(item)) cell.icon = app->icon();
 }

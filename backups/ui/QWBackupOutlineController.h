@@ -3,8 +3,8 @@
 
 #include <memory>
 
-#include "backups/ui/CatalogRows.h"
 #include "backups/ui/OutlineView.h"
+#include "backups/ui/SurveyedRows.h"
 #include "services/messages/NotificationCenter.h"
 
 namespace vantory {
@@ -16,7 +16,7 @@ class QWBackup;
 class QWRestoreOutlineController;
 
 // Main thread, but for writeBackupOnThread(). What it is given outlives it.
-class QWBackupOutlineController : public RowsDelegate, public OutlineActions {
+class QWBackupOutlineController : public SurveyedRows, public OutlineActions {
  public:
   struct Parts {
     OutlineView& outline;

@@ -73,7 +73,8 @@ void tellFailure(State state, const TaskReport& report) {
 }  // namespace
 
 QWLockOutlineController::QWLockOutlineController(OutlineView& outline, BusyIndicator& spinner)
-    : outline_(outline),
+    : SurveyedRows(outline),
+      outline_(outline),
       spinner_(spinner),
       appRefresh_(NotificationCenter::shared().observe("QWVantoryAppRefresh", [this] { reload(); })),
       tabSwitch_(NotificationCenter::shared().observe("QWVantoryLockTabSwitch", [this] { reload(); })) {}
@@ -104,12 +105,13 @@ Rows QWLockOutlineController::rowsUnder(const OutlineItemPointer& item) const {
 ObjectValue QWLockOutlineController::objectValueForTableColumn(const std::string& column,
                                                                const OutlineItemPointer& byItem) {
   if (column == "name") return nameOfRow(byItem);
+  if (const auto value = surveyedValue(column, byItem)) return *value;
   return lockStateOf(byItem);
 }
 
 void QWLockOutlineController::setObjectValue(const ObjectValue& value, const std::string& forTableColumn,
                                              const OutlineItemPointer& byItem) {
-  if (forTableColumn == "name" || !isLockable(byItem)) return;
+  if (forTableColumn == "name" || isSurveyed(forTableColumn) || !isLockable(byItem)) return;
   const State clicked = clickedState(value);
   const bool wasMixed = lockStateOf(byItem) == Mixed;
   const OutlineItemPointer shown = rowAround<QWApp>(byItem);
@@ -129,8 +131,9 @@ void QWLockOutlineController::setObjectValue(const ObjectValue& value, const std
 
 void QWLockOutlineController::willDisplayCell(OutlineCell& cell, const std::string& forTableColumn,
                                               const OutlineItemPointer& item) {
+  cell.dimmed = hasNothing(item);
   if (forTableColumn != "name") {
-    cell.enabled = isLockable(item);
+    cell.enabled = isSurveyed(forTableColumn) || isLockable(item);
     return;
   }
   if (const auto app = rowAs<QWApp>(item)) cell.icon = app->icon();

@@ -3,8 +3,8 @@
 
 #include <functional>
 
-#include "backups/ui/CatalogRows.h"
 #include "backups/ui/OutlineView.h"
+#include "backups/ui/SurveyedRows.h"
 #include "services/messages/NotificationCenter.h"
 #include "services/threads/BackgroundThreads.h"
 
@@ -14,7 +14,7 @@ class BusyIndicator;
 
 // Main thread, but for reload(). What it is given outlives it. Files are looked at, locked and unlocked on another
 // thread, one change after the other.
-class QWLockOutlineController : public RowsDelegate, public OutlineActions {
+class QWLockOutlineController : public SurveyedRows, public OutlineActions {
  public:
   QWLockOutlineController(OutlineView& outline, BusyIndicator& spinner);
 
@@ -22,7 +22,7 @@ class QWLockOutlineController : public RowsDelegate, public OutlineActions {
   // afterwards.
   void reload();
 
-  // "name", or the state of the lock.
+  // "name", what a survey tells, or the state of the lock.
   ObjectValue objectValueForTableColumn(const std::string& column, const OutlineItemPointer& byItem) override;
   void setObjectValue(const ObjectValue& value, const std::string& forTableColumn,
                       const OutlineItemPointer& byItem) override;

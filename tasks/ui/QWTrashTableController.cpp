@@ -25,7 +25,8 @@ void setAll(const QWApp& app, State state) {
 }  // namespace
 
 QWTrashTableController::QWTrashTableController(OutlineView& outline, Button& trashButton)
-    : outline_(outline),
+    : SurveyedRows(outline),
+      outline_(outline),
       trashButton_(trashButton),
       appRefresh_(NotificationCenter::shared().observe("QWVantoryAppRefresh", [this] { reload(); })),
       tabSwitch_(NotificationCenter::shared().observe("QWVantoryTrashTabSwitch", [this] { reload(); })) {
@@ -61,7 +62,15 @@ Rows QWTrashTableController::rowsUnder(const OutlineItemPointer& item) const {
   return {};
 }
 
-ObjectValue QWTrashTableController::objectValueForTableColumn(const std::string&, const OutlineItemPointer& byItem) {
+// Only what would be trashed.
+Standing QWTrashTableController::standingIn(const Survey& survey, const OutlineItemPointer& row) const {
+  const auto app = rowAs<QWApp>(row);
+  return app ? survey.ofPreferences(*app) : SurveyedRows::standingIn(survey, row);
+}
+
+ObjectValue QWTrashTableController::objectValueForTableColumn(const std::string& column,
+                                                              const OutlineItemPointer& byItem) {
+  if (const auto value = surveyedValue(column, byItem)) return *value;
   return selectionOfRow(byItem);
 }
 
@@ -82,7 +91,10 @@ void QWTrashTableController::setObjectValue(const ObjectValue& value, const std:
   updateHeaderCheckCell();
 }
 
-void QWTrashTableController::willDisplayCell(OutlineCell& cell, const std::string&, const OutlineItemPointer& item) {
+void QWTrashTableController::willDisplayCell(OutlineCell& cell, const std::string& column,
+                                             const OutlineItemPointer& item) {
+  cell.dimmed = hasNothing(item);
+  if (column != "selected") return;
   cell.title = nameOfRow(item);
   if (const auto app = rowAs<QWApp>(item)) cell.icon = app->icon();
 }

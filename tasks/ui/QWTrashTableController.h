@@ -1,8 +1,8 @@
 // The Trash pane: whose preferences go to the Trash.
 #pragma once
 
-#include "backups/ui/CatalogRows.h"
 #include "backups/ui/OutlineView.h"
+#include "backups/ui/SurveyedRows.h"
 #include "services/messages/NotificationCenter.h"
 
 namespace vantory {
@@ -10,7 +10,7 @@ namespace vantory {
 class Button;
 
 // Main thread. What it is given outlives it.
-class QWTrashTableController : public RowsDelegate, public OutlineActions {
+class QWTrashTableController : public SurveyedRows, public OutlineActions {
  public:
   QWTrashTableController(OutlineView& outline, Button& trashButton);
 
@@ -25,6 +25,7 @@ class QWTrashTableController : public RowsDelegate, public OutlineActions {
 
  protected:
   Rows rowsUnder(const OutlineItemPointer& item) const override;
+  Standing standingIn(const Survey& survey, const OutlineItemPointer& row) const override;
 
  private:
   OutlineView& outline_;

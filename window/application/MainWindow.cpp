@@ -28,7 +28,7 @@ namespace vantory {
 
 namespace {
 
-constexpr QSize kFirstSize(720, 600);
+constexpr QSize kFirstSize(800, 600);
 constexpr QSize kLeastSize(480, 360);
 constexpr std::array kPanes = {Pane::Trash, Pane::Backup, Pane::Lock, Pane::Restore};
 
@@ -40,9 +40,9 @@ std::vector<std::string> droppedPaths(const QMimeData& data) {
   return documentPaths(addresses, "/");
 }
 
-// Each pane's columns have widths of their own.
+// Each pane's columns have widths of their own. Those of an earlier version may be others.
 QString columnsKey(Pane pane) {
-  return QStringLiteral("columns%1").arg(static_cast<int>(pane));
+  return QStringLiteral("surveyedColumns%1").arg(static_cast<int>(pane));
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 
 #include "backups/QWAutosaveHeader.h"
 #include "backups/QWDataController.h"
+#include "backups/ui/Surveyor.h"
 #include "base/Format.h"
 #include "catalog/ProjectHandlers.h"
 #include "platform/SystemLog.h"
@@ -179,6 +180,7 @@ bool WindowSession::open(const std::vector<std::string>& files) {
   if (needsWindow(files)) {
     window_.onFirstPaint = [this] {
       delegate_.applicationDidFinishLaunching();
+      Surveyor::shared().start();
       app_.load();
       QApplication::setWindowIcon(icons::application());
       enableHelp();
@@ -272,6 +274,7 @@ bool WindowSession::wantsToQuit() {
 // Work that still runs is served to its end; its questions are answered as if dismissed.
 void WindowSession::finish() {
   alerts_.refuse();
+  Surveyor::shared().stop();
   // Whoever handed something over just before the end relies on it.
   MainThread::shared().runPending();
   if (painted_) window_.remember(memory_);

@@ -221,6 +221,8 @@ QVariant OutlineModel::data(const QModelIndex& index, int role) const {
       return cell.emphasized ? QVariant(emphasizedFont()) : QVariant();
     case kEnabledRole:
       return cell.enabled;
+    case kDimmedRole:
+      return cell.dimmed;
     default:
       return {};
   }

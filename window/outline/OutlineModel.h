@@ -23,6 +23,8 @@ class OutlineModel : public QAbstractItemModel {
  public:
   // Whether a cell can be used, beside Qt's own roles.
   static constexpr int kEnabledRole = Qt::UserRole;
+  // Whether it tells of something that is not there.
+  static constexpr int kDimmedRole = Qt::UserRole + 1;
 
   explicit OutlineModel(std::vector<OutlineColumn> columns);
   ~OutlineModel() override;

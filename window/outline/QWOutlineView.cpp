@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "window/appearance/DisplayText.h"
 #include "window/outline/OutlineCellPainter.h"
 #include "window/outline/OutlineTree.h"
 #include "window/outline/QWHeaderCheckCell.h"
@@ -21,6 +22,7 @@ namespace {
 
 constexpr int kIconSize = 20;
 constexpr int kIndentation = 20;
+constexpr int kRemarkMargin = 10;
 constexpr int kHeaderMargin = 14;  // above and below its text
 
 }  // namespace
@@ -29,9 +31,16 @@ QWOutlineView::QWOutlineView(std::vector<OutlineColumn> columns, const QString& 
     : model_(std::move(columns)),
       tree_(new OutlineTree(this)),
       headerCheck_(new QWHeaderCheckCell(this)),
-      emptyLabel_(new QLabel(this)) {
+      emptyLabel_(new QLabel(this)),
+      remark_(new QLabel(this)) {
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(0, 0, 0, 0);
+  layout->setSpacing(0);
+  remark_->setWordWrap(true);
+  remark_->setMargin(kRemarkMargin);
+  remark_->setTextInteractionFlags(Qt::TextSelectableByMouse);
+  remark_->hide();
+  layout->addWidget(remark_);
   layout->addWidget(tree_);
   setFocusProxy(tree_);
   tree_->setModel(&model_);
@@ -259,6 +268,12 @@ void QWOutlineView::setSortIndicator(const std::string& column, SortIndicator in
   if (shown)
     header.setSortIndicator(static_cast<int>(found - columns.begin()),
                             indicator == SortIndicator::Ascending ? Qt::AscendingOrder : Qt::DescendingOrder);
+}
+
+void QWOutlineView::setRemark(const std::string& text) {
+  remark_->setText(displayText(text));
+  remark_->setVisible(!text.empty());
+  tree_->setAccessibleDescription(remark_->text());
 }
 
 OutlineItemPointer QWOutlineView::selectedItem() const {

@@ -62,6 +62,7 @@ class QWOutlineView : public QWidget, public OutlineView {
   void reloadItem(const OutlineItemPointer& item, bool reloadChildren) override;
   void setHeaderState(State state) override;
   void setSortIndicator(const std::string& column, SortIndicator indicator) override;
+  void setRemark(const std::string& text) override;
   OutlineItemPointer selectedItem() const override;
   void selectItem(const OutlineItemPointer& item) override;
   void collapseAll();
@@ -90,6 +91,7 @@ class QWOutlineView : public QWidget, public OutlineView {
   OutlineTree* const tree_;
   QWHeaderCheckCell* const headerCheck_;
   QLabel* const emptyLabel_;
+  QLabel* const remark_;
   OutlineActions* actions_ = nullptr;
   QString noRowsText_;
   std::function<QString()> oneClosedRowText_;

@@ -1,5 +1,6 @@
 #include "backups/ui/QWBackupOutlineController.h"
 #include "backups/ui/QWRestoreOutlineController.h"
+#include "backups/ui/Surveyor.h"
 #include "tasks/ui/QWLockOutlineController.h"
 #include "tasks/ui/QWTrashTableController.h"
 #include "tests/backups/ui/PaneTest.h"
@@ -44,6 +45,40 @@ TEST_F(TickingTest, TheTrashPaneTicksApplicationsAndAvidUsers) {
   EXPECT_EQ(avidItem_->users()[0]->selected(), On);
   pane.setObjectValue(Off, "selected", rowOf(pane, editor_));
   EXPECT_EQ(editor_->children()[1]->selected(), Off);
+}
+
+TEST_F(TickingTest, ThePanesTellWhatThereIs) {
+  QWTrashTableController trash{outline_, button_};
+  QWLockOutlineController lock{outline_, spinner_};
+  const auto cell = [](OutlineDelegate& pane, const char* column, const RecordRow::Record& record) {
+    const ObjectValue value = pane.objectValueForTableColumn(column, rowOf(pane, record));
+    return std::holds_alternative<std::string>(value) ? std::get<std::string>(value) : "";
+  };
+  const auto isDimmed = [](OutlineDelegate& pane, const RecordRow::Record& record) {
+    OutlineCell shown;
+    pane.willDisplayCell(shown, "files", rowOf(pane, record));
+    return shown.dimmed;
+  };
+  EXPECT_EQ(cell(trash, "files", editor_), "") << "nobody has looked yet";
+  EXPECT_FALSE(isDimmed(trash, editor_));
+  Surveyor::shared().start();
+  std::filesystem::remove(prefs("editor.plist"));
+  NotificationCenter::shared().post("QWVantoryTrashTabSwitch");
+  EXPECT_FALSE(BackgroundThreads::shared().isWorking()) << "the program may be left meanwhile";
+  finishWork();
+  EXPECT_EQ(cell(trash, "files", editor_), "none") << "only its preferences would be trashed";
+  EXPECT_TRUE(isDimmed(trash, editor_));
+  EXPECT_EQ(cell(trash, "size", avidItem_->users()[0]), "4 B");
+  EXPECT_EQ(cell(lock, "files", editor_), "1");
+  EXPECT_EQ(cell(lock, "kept", editor_), "no");
+  EXPECT_EQ(outline_.remark, "");
+
+  std::filesystem::remove_all(home_ / "Library");
+  std::filesystem::remove_all(machine_ / "Users");
+  Surveyor::shared().renew();
+  Surveyor::shared().renew();
+  finishWork();
+  EXPECT_THAT(outline_.remark, HasSubstr("was found. Vantory looked in " + (home_ / "Library") + " and "));
 }
 
 TEST_F(TickingTest, InTheBackupPaneAnApplicationTickedInPartIsEnough) {

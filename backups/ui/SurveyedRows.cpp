@@ -1,0 +1,122 @@
+// Puts a survey into cells and sentences.
+#include "backups/ui/SurveyedRows.h"
+
+#include "backups/QWDataController.h"
+#include "backups/ui/OutlineView.h"
+#include "backups/ui/Surveyor.h"
+#include "base/Format.h"
+#include "services/files/QWFileManager.h"
+
+namespace vantory {
+
+namespace {
+
+using Kept = Standing::Kept;
+
+std::string sizeInWords(std::uint64_t bytes) {
+  return QWFileManager::formatFileSize(static_cast<double>(bytes));
+}
+
+const char* keptInWords(const Standing& standing) {
+  switch (standing.kept) {
+    case Kept::Nothing:
+      break;
+    case Kept::NotAtAll:
+      return "no";
+    case Kept::InPart:
+      return "in part";
+    case Kept::AsItIs:
+      return "yes";
+    case Kept::Otherwise:
+      return standing.files > 0 ? "changed since" : "removed since";
+  }
+  return "";
+}
+
+// "a, b and c".
+std::string enumerated(const std::vector<std::string>& words) {
+  std::string text;
+  for (std::size_t i = 0; i < words.size(); ++i)
+    text.append(i == 0 ? "" : i + 1 < words.size() ? ", " : " and ").append(words[i]);
+  return text;
+}
+
+// Of a home without any of the applications; empty where there is something.
+std::string remarkOn(const Survey& survey) {
+  const AppList apps = QWDataController::sharedController().appArray();
+  if (survey.total().files > 0 || apps.empty()) return "";
+  return formatted("Nothing of these applications was found. Vantory looked in %@.", enumerated(foldersLookedAt(apps)));
+}
+
+std::string counted(std::size_t count, const char* thing) {
+  return formatted("%i %@%@", count, thing, count == 1 ? "" : "s");
+}
+
+}  // namespace
+
+SurveyedRows::SurveyedRows(OutlineView& outline)
+    : outline_(outline),
+      surveyed_(NotificationCenter::shared().observe(Surveyor::kRefresh, [this] { showSurvey(); })) {}
+
+Standing SurveyedRows::standingIn(const Survey& survey, const OutlineItemPointer& row) const {
+  if (const auto app = rowAs<QWApp>(row)) return survey.of(*app);
+  const auto item = rowAs<QWPrefItem>(row);
+  return item ? survey.of(*item) : Standing();
+}
+
+bool SurveyedRows::isSurveyed(const std::string& column) {
+  return column == "files" || column == "size" || column == "changed" || column == "kept";
+}
+
+std::optional<ObjectValue> SurveyedRows::surveyedValue(const std::string& column, const OutlineItemPointer& row) const {
+  if (!isSurveyed(column)) return std::nullopt;
+  const auto& survey = Surveyor::shared().survey();
+  if (!survey) return ObjectValue();
+  const Standing standing = standingIn(*survey, row);
+  if (column == "kept") return ObjectValue(keptInWords(standing));
+  if (column == "files") return ObjectValue(standing.files > 0 ? formatted("%i", standing.files) : "none");
+  if (standing.files == 0) return ObjectValue();
+  if (column == "size") return ObjectValue(sizeInWords(standing.bytes));
+  return standing.changed ? ObjectValue(*standing.changed) : ObjectValue();
+}
+
+bool SurveyedRows::hasNothing(const OutlineItemPointer& row) const {
+  const auto& survey = Surveyor::shared().survey();
+  return survey && standingIn(*survey, row).files == 0;
+}
+
+// Cell by cell, so that whatever is open or selected stays so.
+void SurveyedRows::showSurvey() {
+  for (const OutlineItemPointer& row : childrenOfItem(nullptr)) outline_.reloadItem(row, true);
+  outline_.setRemark(remarkOn(*Surveyor::shared().survey()));
+}
+
+// An item of which nothing is there is none that the backup will hold.
+std::string contentsInWords(const AppList& apps) {
+  const auto& survey = Surveyor::shared().survey();
+  if (!survey) return "";
+  std::size_t itemCount = 0;
+  std::size_t appCount = 0;
+  std::uint64_t bytes = 0;
+  for (const auto& app : apps) {
+    const std::size_t before = itemCount;
+    for (const auto& item : app->children()) {
+      if (item->selected() == Off) continue;
+      Standing standing;
+      if (item->selected() == On)
+        standing = survey->of(*item);
+      else
+        for (const auto& user : item->users())
+          if (user->selected() == On) standing.add(survey->of(*user));
+      if (standing.files == 0) continue;
+      ++itemCount;
+      bytes += standing.bytes;
+    }
+    appCount += itemCount > before;
+  }
+  if (itemCount == 0) return "Nothing of what is ticked is there: no backup would come of it.";
+  return formatted("The backup will hold %@ of %@, %@.", counted(itemCount, "item"), counted(appCount, "application"),
+                   sizeInWords(bytes));
+}
+
+}  // namespace vantory

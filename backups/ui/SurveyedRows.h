@@ -1,0 +1,40 @@
+// Rows of the catalog that also tell what is on disk, and whether a backup has it.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "backups/Survey.h"
+#include "backups/ui/CatalogRows.h"
+#include "services/messages/NotificationCenter.h"
+
+namespace vantory {
+
+// Answers the columns "files", "size", "changed" and "kept", and shows them anew after each survey. Main thread. The
+// outline outlives it.
+class SurveyedRows : public RowsDelegate {
+ public:
+  explicit SurveyedRows(OutlineView& outline);
+
+ protected:
+  // Of what the row stands for. By default of all its items.
+  virtual Standing standingIn(const Survey& survey, const OutlineItemPointer& row) const;
+
+  static bool isSurveyed(const std::string& column);
+  // None for a column of the pane's own. Nothing stands in a cell before the first survey.
+  std::optional<ObjectValue> surveyedValue(const std::string& column, const OutlineItemPointer& row) const;
+  // Whether there is certainly nothing of what the row stands for.
+  bool hasNothing(const OutlineItemPointer& row) const;
+
+ private:
+  void showSurvey();
+
+  OutlineView& outline_;
+  NotificationCenter::Observation surveyed_;
+};
+
+// "12 items of 3 applications, 8.4 MB": what a backup of these items, or of what is ticked of them, would hold. Empty
+// before the first survey.
+std::string contentsInWords(const AppList& apps);
+
+}  // namespace vantory
