@@ -1,6 +1,7 @@
 // Tells by the first bytes in which form a property list is written.
 #include "base/PropertyListBytes.h"
 
+#include <algorithm>
 #include <cstddef>
 
 #include "base/PropertyListFormats.h"
@@ -32,6 +33,20 @@ std::optional<PropertyList> parsePropertyList(std::string_view bytes) {
   } catch (const DamagedPropertyList&) {
     return std::nullopt;
   }
+}
+
+std::optional<int> lineOfDamage(std::string_view bytes) {
+  std::optional<std::size_t> offset;
+  std::string storage;
+  try {
+    parseAnyForm(bytes);
+  } catch (const DamagedPropertyList& damage) {
+    offset = damage.offset;
+  }
+  if (!offset) return std::nullopt;
+  const std::string_view text = looksLikeXml(bytes) ? bytes : decodedText(bytes, storage);
+  const std::string_view sound = text.substr(0, *offset);
+  return 1 + static_cast<int>(std::count(sound.begin(), sound.end(), '\n'));
 }
 
 }  // namespace vantory

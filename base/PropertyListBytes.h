@@ -16,6 +16,9 @@ namespace vantory {
 // hardly faster (keys are sorted).
 std::optional<PropertyList> parsePropertyList(std::string_view bytes);
 
+// The line, from 1, where bytes that parsePropertyList() refuses make no sense any more; none where that is not known.
+std::optional<int> lineOfDamage(std::string_view bytes);
+
 // The XML form. Text that XML cannot hold (no UTF-8, or control characters) is written as data, in a key
 // percent-escaped so that it differs from all others of its dictionary; dates lose their fraction of a second, and
 // those outside the years 0 to 9999 become the nearest inside. Otherwise parsePropertyList() gives equal values back.

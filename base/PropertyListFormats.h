@@ -12,7 +12,9 @@
 namespace vantory {
 
 // Thrown by everything below that reads, caught by parsePropertyList().
-struct DamagedPropertyList {};
+struct DamagedPropertyList {
+  std::optional<std::size_t> offset = {};  // bytes of the text that made sense, where that is known
+};
 
 // Arrays and dictionaries inside each other, the outermost included.
 constexpr int kMaximumPropertyListDepth = 512;

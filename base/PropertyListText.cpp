@@ -42,6 +42,17 @@ class TextReader {
   explicit TextReader(std::string_view text) : rest_(text) {}
 
   PropertyList read() {
+    const std::size_t length = rest_.size();
+    try {
+      return document();
+    } catch (DamagedPropertyList& damage) {
+      damage.offset = length - rest_.size();
+      throw;
+    }
+  }
+
+ private:
+  PropertyList document() {
     skipBetween();
     PropertyList result = take('{') ? dictionary(1) : take('(') ? array(1) : pairsWithoutBraces();
     skipBetween();
@@ -49,7 +60,6 @@ class TextReader {
     return result;
   }
 
- private:
   bool startsWith(char character) const { return rest_.starts_with(character); }
 
   bool take(char character) {

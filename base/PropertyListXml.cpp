@@ -239,7 +239,8 @@ PropertyList parseXmlPropertyList(std::string_view bytes) {
   // The parser's tree may take thirty times the memory of the text.
   if (bytes.size() > kLargestXml) damaged();
   pugi::xml_document document;
-  if (!document.load_buffer(bytes.data(), bytes.size(), pugi::parse_default | pugi::parse_ws_pcdata)) damaged();
+  const auto parsed = document.load_buffer(bytes.data(), bytes.size(), pugi::parse_default | pugi::parse_ws_pcdata);
+  if (!parsed) throw DamagedPropertyList{static_cast<std::size_t>(parsed.offset)};
   const pugi::xml_node root = document.first_child();
   if (std::string_view(root.name()) != "plist" || root.next_sibling()) damaged();
   const pugi::xml_node content = elementFrom(root.first_child());
