@@ -19,6 +19,7 @@ class SystemInfo;
 class SystemLog;
 class SystemTools;
 class TaskClient;
+class TrustedFiles;
 class Users;
 class Workspace;
 
@@ -31,6 +32,7 @@ struct Platform {
   FileMetadata& metadata;
   FileSystem&
       machineFiles;  // for the machine-wide log: as files, or with the superuser's rights when the process has them
+  TrustedFiles& trustedFiles;
   Processes& processes;
   PrivilegedRunner& privileged;
   SystemLog& systemLog;

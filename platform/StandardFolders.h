@@ -4,6 +4,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace vantory {
 
@@ -31,6 +32,8 @@ class StandardFolders {
   virtual std::optional<std::string> localFolder(StandardFolder folder) const = 0;
   // The operating system's own Library folder.
   virtual std::string systemLibraryFolder() const = 0;
+  // Where the machine keeps files for this program: those installed beside it, then those of its administrator.
+  virtual std::vector<std::string> programDataFolders() const = 0;
 };
 
 }  // namespace vantory

@@ -8,6 +8,7 @@
 
 #include "platform/linux/files/LinuxFileMetadata.h"
 #include "platform/linux/files/LinuxFileSystem.h"
+#include "platform/linux/files/LinuxTrustedFiles.h"
 #include "platform/linux/helpers/DesktopHelper.h"
 #include "platform/linux/processes/LinuxProcesses.h"
 #include "platform/linux/rights/PkexecRunner.h"
@@ -85,6 +86,7 @@ struct LinuxPlatform::Parts {
   LinuxFileSystem files{rightsForUser()};
   LinuxFileMetadata metadata{rightsForUser()};
   LinuxFileSystem machineFiles{users.isSuperuser() ? FileRights::machine() : FileRights::own()};
+  LinuxTrustedFiles trustedFiles;
   std::unique_ptr<PrivilegedRunner> privileged = privilegedRunner();
   LinuxProcesses processes;
   DesktopHelper desktop{[this] { return desktopHelperProgram(users); }};
@@ -119,6 +121,7 @@ LinuxPlatform::LinuxPlatform(std::vector<std::string> arguments, std::string sta
       .files = p.shownFiles(),
       .metadata = p.shownMetadata(),
       .machineFiles = p.machineFiles,
+      .trustedFiles = p.trustedFiles,
       .processes = p.processes,
       .privileged = *p.privileged,
       .systemLog = p.systemLog,

@@ -19,6 +19,7 @@ OverlayPlatform::OverlayPlatform(const Platform& real, std::vector<std::string> 
           .files = files_,
           .metadata = metadata_,
           .machineFiles = files_,
+          .trustedFiles = real.trustedFiles,
           .processes = processes_,
           .privileged = privileged_,
           .systemLog = systemLog_,

@@ -30,6 +30,7 @@
 #include "platform/SystemLog.h"
 #include "platform/Users.h"
 #include "platform/Workspace.h"
+#include "platform/linux/files/LinuxTrustedFiles.h"
 #include "platform/linux/processes/LinuxProcesses.h"
 #include "platform/linux/system/LinuxStandardFolders.h"
 #include "platform/linux/system/LinuxSystemTools.h"
@@ -307,6 +308,7 @@ class FakePlatform {
             .files = files,
             .metadata = metadata,
             .machineFiles = files,
+            .trustedFiles = trustedFiles,
             .processes = processes,
             .privileged = privileged,
             .systemLog = systemLog,
@@ -327,6 +329,7 @@ class FakePlatform {
   FakeClock clock;
   FakeUsers users;
   LinuxStandardFolders folders;
+  LinuxTrustedFiles trustedFiles;
   LinuxProcesses processes;
   FakePrivilegedRunner privileged;
   RecordingSystemLog systemLog;

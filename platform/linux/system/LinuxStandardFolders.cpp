@@ -3,7 +3,9 @@
 
 #include <unistd.h>
 
+#include <filesystem>
 #include <string_view>
+#include <system_error>
 #include <utility>
 
 #include "platform/TrashLayout.h"
@@ -76,6 +78,14 @@ std::optional<std::string> LinuxStandardFolders::localFolder(StandardFolder fold
 
 std::string LinuxStandardFolders::systemLibraryFolder() const {
   return root_ + "/System/Library";
+}
+
+// From where the program lies: an installation may have been moved.
+std::vector<std::string> LinuxStandardFolders::programDataFolders() const {
+  std::error_code failure;
+  const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", failure);
+  const std::filesystem::path installed = (program.parent_path() / VANTORY_DATA_FROM_BIN).lexically_normal();
+  return {root_ + (installed.is_absolute() ? installed.native() : VANTORY_DATA), root_ + "/etc/vantory"};
 }
 
 // The superuser's variables say nothing about the user who is served.

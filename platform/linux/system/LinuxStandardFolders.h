@@ -22,6 +22,7 @@ class LinuxStandardFolders : public StandardFolders {
   std::optional<std::string> userFolder(StandardFolder folder, const std::string& home) const override;
   std::optional<std::string> localFolder(StandardFolder folder) const override;
   std::string systemLibraryFolder() const override;
+  std::vector<std::string> programDataFolders() const override;
 
  private:
   std::optional<std::string> configuredFolder(const char* variable) const;

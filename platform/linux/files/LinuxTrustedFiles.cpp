@@ -1,0 +1,105 @@
+// Looks at owner and mode of what is open, so that nothing can be exchanged between the look and the reading.
+#include "platform/linux/files/LinuxTrustedFiles.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+
+#include "base/Paths.h"
+#include "platform/linux/files/Folders.h"
+#include "platform/posix/files/Descriptor.h"
+#include "platform/posix/files/Errors.h"
+
+namespace vantory {
+namespace {
+
+Error distrust(const std::string& path, std::string_view reason) {
+  return errorWithText(std::errc::operation_not_permitted, path, reason);
+}
+
+Status checkOwner(int item, const std::string& path, TrustedOwners owners) {
+  struct stat status;
+  if (fstat(item, &status) != 0) return systemError(path);
+  const bool onlySuperuser = owners == TrustedOwners::Superuser;
+  if (status.st_uid != 0 && onlySuperuser) return distrust(path, "does not belong to root");
+  if (status.st_uid != 0 && status.st_uid != geteuid()) return distrust(path, "belongs to another user");
+  if ((status.st_mode & (onlySuperuser ? S_IWGRP | S_IWOTH : S_IWOTH)) != 0)
+    return distrust(path, "may be changed by other users");
+  return {};
+}
+
+// Reached from the root by folders that are the superuser's alone, none of them a link.
+Result<Descriptor> openBelowTrusted(const std::string& path) {
+  constexpr int kFlags = O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
+  std::string walked;
+  Descriptor folder(open("/", kFlags));
+  for (const std::string_view component : paths::components(path)) {
+    if (component != "/") {
+      walked.append("/").append(component);
+      folder = Descriptor(openat(folder.get(), std::string(component).c_str(), kFlags));
+    }
+    if (!folder.valid()) return systemError(walked);
+    if (Status trusted = checkOwner(folder.get(), walked.empty() ? "/" : walked, TrustedOwners::Superuser); !trusted)
+      return trusted.error();
+  }
+  Descriptor readable(openat(folder.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (!readable.valid()) return systemError(path);
+  return readable;
+}
+
+// Of a missing folder the first look says all.
+Result<Descriptor> openFolder(const std::string& path, TrustedOwners owners) {
+  Descriptor folder(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (!folder.valid()) return systemError(path);
+  if (owners == TrustedOwners::Superuser) return openBelowTrusted(path);
+  if (const Status trusted = checkOwner(folder.get(), path, owners); !trusted) return trusted.error();
+  return folder;
+}
+
+Result<std::string> readFile(int folder, const std::string& name, const std::string& path, std::size_t limit,
+                             TrustedOwners owners) {
+  const Descriptor file(uninterrupted(
+      [&] { return openat(folder, name.c_str(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_NOCTTY | O_CLOEXEC); }));
+  if (!file.valid() && errno == ELOOP) return distrust(path, "is a symbolic link");
+  struct stat status;
+  if (!file.valid() || fstat(file.get(), &status) != 0) return systemError(path);
+  if (!S_ISREG(status.st_mode)) return distrust(path, "is no file");
+  if (const Status trusted = checkOwner(file.get(), path, owners); !trusted) return trusted.error();
+  std::string bytes(limit + 1, '\0');
+  std::size_t size = 0;
+  while (size < bytes.size()) {
+    const ssize_t count = uninterrupted([&] { return ::read(file.get(), bytes.data() + size, bytes.size() - size); });
+    if (count < 0) return systemError(path);
+    if (count == 0) break;
+    size += static_cast<std::size_t>(count);
+  }
+  if (size > limit) return systemError(path, EFBIG);
+  bytes.resize(size);
+  return bytes;
+}
+
+}  // namespace
+
+Result<std::vector<TrustedFile>> LinuxTrustedFiles::read(const std::string& path, std::string_view ending,
+                                                         Limits limits, TrustedOwners owners) const {
+  const auto folder = openFolder(path, owners);
+  if (!folder && meansMissing(folder.error())) return std::vector<TrustedFile>();
+  if (!folder) return folder.error();
+  auto entries = readFolder(folder->get(), path, Detail::Names);
+  if (!entries) return entries.error();
+  std::erase_if(*entries, [&](const DirectoryEntry& entry) {
+    return entry.name.starts_with('.') || !entry.name.ends_with(ending);
+  });
+  if (entries->size() > limits.files) return distrust(path, "holds too many files");
+  std::sort(entries->begin(), entries->end(), [](const auto& a, const auto& b) { return a.name < b.name; });
+  std::vector<TrustedFile> files;
+  for (const DirectoryEntry& entry : *entries) {
+    std::string file = paths::join(path, entry.name);
+    auto bytes = readFile(folder->get(), entry.name, file, limits.bytes, owners);
+    files.push_back({std::move(file), std::move(bytes)});
+  }
+  return files;
+}
+
+}  // namespace vantory
