@@ -34,6 +34,13 @@ std::optional<std::string> usualLibraryFolder() {
   return paths::join(*support, "Quarrywell/Vantory/Backups");
 }
 
+std::vector<std::string> foldersOfBackups() {
+  std::vector<std::string> folders;
+  for (auto folder : {libraryFolder(), usualLibraryFolder()})
+    if (folder) folders.push_back(std::move(*folder));
+  return folders;
+}
+
 std::optional<std::string> autosavesFolder() {
   const auto library = libraryFolder();
   if (!library) return std::nullopt;

@@ -3,6 +3,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace vantory {
 
@@ -14,6 +15,8 @@ std::optional<std::string> usualLibraryFolder();
 std::optional<std::string> folderNamed(const std::string& path);
 // The setting "backupPath" where it names no folder and is passed over.
 std::optional<std::string> unusableLibraryFolder();
+// The folders that hold backups, which are nobody's preferences.
+std::vector<std::string> foldersOfBackups();
 // The folder of the automatic backups, inside the library's.
 std::optional<std::string> autosavesFolder();
 

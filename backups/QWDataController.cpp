@@ -2,6 +2,7 @@
 #include "backups/QWDataController.h"
 
 #include "catalog/SavedSelections.h"
+#include "catalog/definitions/DefinitionFiles.h"
 #include "services/Runtime.h"
 #include "services/log/QWLog.h"
 #include "services/messages/NotificationCenter.h"
@@ -78,11 +79,22 @@ void QWDataController::noteListing(std::optional<Error>& place, std::optional<Er
 
 void QWDataController::populateApps() {
   QWLog::appendLog("Populating applications...");
-  const AppList apps = buildCatalog();
+  AppList apps = buildCatalog();
+  const DefinedCatalog defined = readDefinedCatalog(foldersOfBackups());
+  apps.insert(apps.end(), defined.apps.begin(), defined.apps.end());
+  tellOnce(defined.complaints);
   setAppArray(apps);
   loadAppSelections(apps);
   NotificationCenter::shared().postOnMainThread("QWVantoryAppRefresh");
   QWLog::appendLog("App population complete");
+}
+
+// Not each time that the window builds its catalog.
+void QWDataController::tellOnce(const std::vector<std::string>& complaints) {
+  for (const std::string& complaint : complaints) {
+    const std::lock_guard lock(mutex_);
+    if (told_.insert(complaint).second) QWLog::appendLogAndPrint("%@", complaint);
+  }
 }
 
 std::shared_ptr<QWPrefItem> QWDataController::prefItemForKey(const std::string& key) const {

@@ -4,6 +4,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -39,7 +40,8 @@ class QWDataController : public BackupLibrary {
   // could, or are not there.
   std::optional<Error> libraryError() const;
 
-  // Builds the catalog, applies the saved ticks and tells its observers ("QWVantoryAppRefresh").
+  // Builds the catalog, that of catalog files included, applies the saved ticks and tells its observers
+  // ("QWVantoryAppRefresh"). What is wrong with a catalog file is logged and printed once.
   void populateApps();
   // The item, or Avid user, with that key; null when there is none.
   std::shared_ptr<QWPrefItem> prefItemForKey(const std::string& key) const;
@@ -75,6 +77,7 @@ class QWDataController : public BackupLibrary {
 
  private:
   static void tellObservers();
+  void tellOnce(const std::vector<std::string>& complaints);
   std::optional<Error> listingErrorOfAutoBackups() const;
   void noteListing(std::optional<Error>& place, std::optional<Error> error);
 
@@ -84,6 +87,7 @@ class QWDataController : public BackupLibrary {
   BackupList autoBackups_;
   std::optional<Error> libraryError_;
   std::optional<Error> autosaveError_;
+  std::set<std::string> told_;  // complaints about catalog files
 };
 
 }  // namespace vantory

@@ -3,6 +3,8 @@
 
 #include <algorithm>
 
+#include "catalog/AppDefinition.h"
+
 namespace vantory {
 
 namespace {
@@ -24,6 +26,10 @@ struct Tally {
 std::shared_ptr<QWApp> QWApp::appWithName(std::string name, std::string icon, std::string bundleID) {
   return std::make_shared<QWApp>(
       std::make_shared<const Definition>(Definition{std::move(name), std::move(icon), std::move(bundleID)}));
+}
+
+std::vector<std::string> QWApp::identifiers() const {
+  return defined() ? defined()->identifiers : std::vector{bundleID()};
 }
 
 std::shared_ptr<QWApp> QWApp::copyWithoutChildren() const {

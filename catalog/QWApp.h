@@ -16,6 +16,8 @@
 
 namespace vantory {
 
+struct AppDefinition;
+
 // An application of the live catalog, or the copy of one that a backup holds.
 class QWApp : public CatalogParent, public std::enable_shared_from_this<QWApp> {
  public:
@@ -26,6 +28,7 @@ class QWApp : public CatalogParent, public std::enable_shared_from_this<QWApp> {
     std::string name;
     std::string icon;
     std::string bundleID;
+    std::shared_ptr<const AppDefinition> defined = nullptr;
   };
 
   // An application without items.
@@ -41,7 +44,11 @@ class QWApp : public CatalogParent, public std::enable_shared_from_this<QWApp> {
 
   const std::string& name() const { return definition_->name; }
   const std::string& bundleID() const { return definition_->bundleID; }
-  const std::string& icon() const { return definition_->icon; }  // resource name
+  const std::string& icon() const { return definition_->icon; }  // resource name, or one of the icon theme
+  // What a catalog file says of it; null for an application of the built-in table.
+  const AppDefinition* defined() const { return definition_->defined.get(); }
+  // All that it may run under, bundleID() first.
+  std::vector<std::string> identifiers() const;
 
   State selected() const override { return selected_; }
   void setSelected(State state) { selected_ = state; }

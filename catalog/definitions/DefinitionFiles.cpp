@@ -1,0 +1,169 @@
+// Reads the folders of catalog files one after the other, and joins what they say.
+#include "catalog/definitions/DefinitionFiles.h"
+
+#include <algorithm>
+#include <memory>
+#include <optional>
+#include <utility>
+
+#include "base/Format.h"
+#include "base/Paths.h"
+#include "base/PropertyListBytes.h"
+#include "base/Text.h"
+#include "platform/StandardFolders.h"
+#include "platform/TrustedFiles.h"
+#include "platform/Users.h"
+#include "services/QWLocalPaths.h"
+#include "services/Runtime.h"
+
+namespace vantory {
+
+namespace {
+
+constexpr std::size_t kMostFiles = 200;  // of a folder
+constexpr const char* kMachineFolder = "catalogs";
+constexpr const char* kUserFolder = "Quarrywell/Vantory/Catalogs";
+
+const Platform& platform() {
+  return Runtime::current().platform();
+}
+
+std::vector<std::string> folders() {
+  std::vector<std::string> found;
+  for (const std::string& folder : platform().folders.programDataFolders())
+    found.push_back(paths::join(folder, kMachineFolder));
+  // What a user writes must not guide the superuser's hand.
+  if (platform().users.isSuperuser()) return found;
+  if (const auto support = QWLocalPaths::appSupportDirectory(true)) found.push_back(paths::join(*support, kUserFolder));
+  return found;
+}
+
+// The line, from 1, that the text stands in, not as a part of a longer word.
+std::optional<int> lineOf(std::string_view text, std::string_view bytes) {
+  const auto isPartOfWord = [&](std::size_t position) {
+    return position < bytes.size() && (std::isalnum(static_cast<unsigned char>(bytes[position])) != 0);
+  };
+  if (text.empty()) return std::nullopt;
+  for (std::size_t at = bytes.find(text); at != std::string_view::npos; at = bytes.find(text, at + 1))
+    if (!isPartOfWord(at - 1) && !isPartOfWord(at + text.size()))
+      return 1 + static_cast<int>(std::count(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(at), '\n'));
+  return std::nullopt;
+}
+
+std::string complaint(const std::string& path, std::optional<int> line, std::string_view reason) {
+  return line ? formatted("%@:%i: %@", path, *line, reason) : formatted("%@: %@", path, reason);
+}
+
+// Puts definitions together, those of a later folder before those of the same application from an earlier one.
+class Joining {
+ public:
+  explicit Joining(const std::vector<std::string>& keptOut) : rules_(keptOut) {}
+
+  void beginFolder() { earlier_ = definitions_.size(); }
+
+  void add(const std::string& path, std::string_view bytes) {
+    auto read = readDefinitionFile(path, bytes, rules_, complaints_);
+    if (auto* fault = std::get_if<std::string>(&read)) return leaveOut(*fault);
+    auto& definition = std::get<AppDefinition>(read);
+    std::vector<std::size_t> hidden;
+    for (std::size_t i = 0; i < definitions_.size(); ++i) {
+      if (!shareIdentifier(definitions_[i], definition)) continue;
+      if (i >= earlier_)
+        return leaveOut(complaint(path, {}, formatted("%@ defines the same application.", definitions_[i].source)));
+      hidden.push_back(i);
+    }
+    for (const std::size_t i : hidden) taken_.release(definitions_[i]);
+    if (const DefinitionFault fault = taken_.faultOf(definition); !fault.reason.empty()) {
+      for (const std::size_t i : hidden) taken_.take(definitions_[i]);
+      return leaveOut(complaintAbout(path, bytes, fault));
+    }
+    for (auto i = hidden.rbegin(); i != hidden.rend(); ++i)
+      definitions_.erase(definitions_.begin() + static_cast<std::ptrdiff_t>(*i));
+    earlier_ -= hidden.size();
+    taken_.take(definition);
+    definitions_.push_back(std::move(definition));
+  }
+
+  void leaveOut(const std::string& reason) { complaints_.push_back(reason + " The file is left out."); }
+
+  DefinedCatalog finish() {
+    std::sort(definitions_.begin(), definitions_.end(),
+              [](const auto& left, const auto& right) { return compareNames(left.name, right.name) < 0; });
+    DefinedCatalog catalog{{}, std::move(complaints_)};
+    for (const AppDefinition& definition : definitions_) catalog.apps.push_back(definedApp(definition, rules_));
+    return catalog;
+  }
+
+ private:
+  const PatternRules rules_;
+  TakenNames taken_;
+  std::vector<AppDefinition> definitions_;
+  std::size_t earlier_ = 0;  // definitions of folders before the present one
+  std::vector<std::string> complaints_;
+};
+
+}  // namespace
+
+DefinedCatalog readDefinedCatalog(const std::vector<std::string>& keptOut) {
+  const auto owners = platform().users.isSuperuser() ? TrustedOwners::Superuser : TrustedOwners::UserAndSuperuser;
+  std::unique_ptr<Joining> joining;  // where there is anything
+  for (const std::string& folder : folders()) {
+    const auto files =
+        platform().trustedFiles.read(folder, ".plist", {.files = kMostFiles, .bytes = kLargestDefinition}, owners);
+    if (files && files->empty()) continue;
+    if (!joining) joining = std::make_unique<Joining>(keptOut);
+    joining->beginFolder();
+    if (!files) {
+      joining->leaveOut(files.error().text + ".");
+      continue;
+    }
+    for (const TrustedFile& file : *files) {
+      if (file.bytes)
+        joining->add(file.path, *file.bytes);
+      else
+        joining->leaveOut(file.bytes.error().text + ".");
+    }
+  }
+  return joining ? joining->finish() : DefinedCatalog();
+}
+
+std::variant<AppDefinition, std::string> readDefinitionFile(const std::string& path, std::string_view bytes,
+                                                            const PatternRules& rules,
+                                                            std::vector<std::string>& remarks) {
+  const auto value = bytes.size() <= kLargestDefinition ? parsePropertyList(bytes) : std::nullopt;
+  if (!value && bytes.size() > kLargestDefinition) return complaint(path, {}, "It is larger than 64 KiB.");
+  if (!value) return complaint(path, lineOfDamage(bytes), "It is no property list.");
+  auto read = readDefinition(*value, rules);
+  if (const auto* fault = std::get_if<DefinitionFault>(&read)) return complaintAbout(path, bytes, *fault);
+  auto& [definition, unknown] = std::get<ReadDefinition>(read);
+  for (const DefinitionFault& remark : unknown) remarks.push_back(complaintAbout(path, bytes, remark));
+  definition.source = path;
+  return std::move(definition);
+}
+
+std::string complaintAbout(const std::string& path, std::string_view bytes, const DefinitionFault& fault) {
+  return complaint(path, lineOf(fault.at, bytes), fault.reason);
+}
+
+bool shareIdentifier(const AppDefinition& one, const AppDefinition& other) {
+  return std::ranges::any_of(one.identifiers, [&](const std::string& identifier) {
+    return std::ranges::any_of(other.identifiers,
+                               [&](const std::string& second) { return compareIgnoringCase(identifier, second) == 0; });
+  });
+}
+
+std::shared_ptr<QWApp> definedApp(const AppDefinition& definition, const PatternRules& rules) {
+  const auto app = std::make_shared<QWApp>(std::make_shared<const QWApp::Definition>(
+      QWApp::Definition{definition.name, definition.icon, definition.identifiers.front(),
+                        std::make_shared<const AppDefinition>(definition)}));
+  for (const AppDefinition::Item& item : definition.items) {
+    std::vector<std::string> patterns;
+    for (const std::string& pattern : item.files)
+      if (auto resolved = rules.resolve(pattern)) patterns.push_back(std::move(*resolved));
+    app->addItemWithName(item.name, item.key, item.lockable, std::move(patterns));
+  }
+  app->updateLockStatus();
+  return app;
+}
+
+}  // namespace vantory

@@ -1,0 +1,47 @@
+// Makes a definition of an application out of a property list, or says why it is none.
+#pragma once
+
+#include <set>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "base/PropertyList.h"
+#include "catalog/AppDefinition.h"
+#include "catalog/definitions/PatternRules.h"
+
+namespace vantory {
+
+inline constexpr std::size_t kLargestDefinition = 64 * 1024;  // bytes of a file
+
+struct DefinitionFault {
+  std::string reason;   // a sentence
+  std::string at = {};  // the text that it is about; may be empty
+};
+
+// A definition that may be used by itself, and what in it means nothing.
+struct ReadDefinition {
+  AppDefinition definition;
+  std::vector<DefinitionFault> remarks = {};
+};
+
+// Checks everything but what other definitions say.
+std::variant<ReadDefinition, DefinitionFault> readDefinition(const PropertyList& value, const PatternRules& rules);
+// The reverse; without the source.
+PropertyList propertyListOf(const AppDefinition& definition);
+
+// What has been taken in a catalog, at first by the built-in table. Letters of either case are alike.
+class TakenNames {
+ public:
+  TakenNames();
+  // Why the definition cannot stand beside the others; an empty reason where it can.
+  DefinitionFault faultOf(const AppDefinition& definition) const;
+  void take(const AppDefinition& definition);
+  void release(const AppDefinition& definition);
+
+ private:
+  std::set<std::string> names_;
+  std::set<std::string> keys_;
+};
+
+}  // namespace vantory

@@ -1,0 +1,207 @@
+// Catalog files: what they may say, and how those of several folders come together.
+#include <unistd.h>
+
+#include <filesystem>
+
+#include "base/Paths.h"
+#include "catalog/definitions/DefinitionFiles.h"
+#include "tests/catalog/CatalogFixture.h"
+
+namespace vantory::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+std::string appWith(const std::string& items, const std::string& name = "Editor",
+                    const std::string& identifier = "org.example.editor") {
+  return "// A file\n{ format = 1; name = \"" + name + "\"; identifier = \"" + identifier + "\";\n  items = (\n" +
+         items + "\n  ); }\n";
+}
+
+std::string item(const std::string& files, const std::string& key = "editPrefs",
+                 const std::string& name = "Preferences") {
+  return "{ key = \"" + key + "\"; name = \"" + name + "\"; files = (" + files + "); }";
+}
+
+std::string appFor(const std::string& pattern) {
+  return appWith(item('"' + pattern + '"'));
+}
+
+class DefinitionsTest : public CatalogTest {
+ protected:
+  std::string inUserFolder(const std::string& name) const {
+    return home_ / ("Library/Application Support/Quarrywell/Vantory/Catalogs/" + name);
+  }
+  std::string inMachineFolder(std::size_t which, const std::string& name) const {
+    return fakes_.folders.programDataFolders()[which] + "/catalogs/" + name;
+  }
+  // The only complaint about a file with this text.
+  std::string complaintAbout(const std::string& text) {
+    writeFile(inUserFolder("editor.plist"), text);
+    const DefinedCatalog catalog = readDefinedCatalog({home_ / "Documents/Cutting Sets"});
+    EXPECT_THAT(catalog.apps, IsEmpty()) << text;
+    if (catalog.complaints.size() != 1) return "complaints: " + std::to_string(catalog.complaints.size());
+    EXPECT_THAT(catalog.complaints[0], StartsWith(inUserFolder("editor.plist:"))) << text;
+    EXPECT_THAT(catalog.complaints[0], EndsWith(" The file is left out."));
+    return catalog.complaints[0].substr(inUserFolder("editor.plist:").size());
+  }
+  std::vector<std::string> namesIn(const DefinedCatalog& catalog) {
+    std::vector<std::string> names;
+    for (const auto& app : catalog.apps) names.push_back(app->name());
+    return names;
+  }
+};
+
+TEST_F(DefinitionsTest, HostilePatternsAreRefused) {
+  const std::string shared = machine_ / "Users/Shared";
+  const std::pair<std::string, const char*> patterns[] = {
+      {"/etc/passwd", "does not begin with"},
+      {"~anna/.config/editor/rc", "does not begin with"},
+      {"Library/editor/rc", "does not begin with"},
+      {home_ / ".config/editor/rc", "does not begin with"},
+      {"~/.config/../.bashrc/x", "\"..\""},
+      {"~/.config/editor/./rc", "\"..\""},
+      {"~/.config//editor/rc", "\"..\""},
+      {"~/.config/editor/", "slash"},
+      {"~/.config/editor/r?", "stands for others"},
+      {"~/$HOME/editor/rc", "stands for others"},
+      {"~/.config/editor/**/rc", "two * in a row"},
+      {"~/.config/editor/*/*/*/*", "more than three"},
+      {"~/.config/editor/\\n", "control characters"},
+      {"~/.config/" + std::string(1100, 'x'), "1024"},
+      {"~/.bashrc", "in no folder of an application"},
+      {"~/Library", "many applications share"},
+      {"~/.config", "many applications share"},
+      {"~/.local/share", "many applications share"},
+      {"~/.conf*", "many applications share"},
+      {"~/.config/*", "four characters"},
+      {"~/.config/*rc", "four characters"},
+      {"~/.config/kde*/rc", "four characters"},
+      {"~/Library/Preferences/*", "four characters"},
+      {"~/Library/Preferences/com.apple.*", "own must stand"},
+      {"~/Library/Application Support/*/x", "four characters"},
+      {"~/*/kdenliverc", "four characters"},
+      {"~/.local/share/Trash/files/x", "where no application keeps"},
+      {"~/.loca*/share/tras*/files/x", "where no application keeps"},
+      {"~/.ssh/id_ed25519", "where no application keeps"},
+      {"~/.config/auto*/editor.desktop", "where no application keeps"},
+      {"~/.config/systemd/user/x.service", "where no application keeps"},
+      {"~/bin/ls", "where no application keeps"},
+      {"~/library/preferences/com.Quarrywell.vantory*", "where no application keeps"},
+      {"~/Library/Application Support/Quarrywell/Vantory/Backups/Set.vnt/Settings.plist", "where no application keeps"},
+      {"~/Documents/Cutting Sets/Set.vnt", "where no application keeps"},  // the chosen library
+      {"~/Documents/Cutt*", "where no application keeps"},
+      {shared, "does not begin with"},
+      {shared + "/Notes.txt", "in no folder of an application"},
+      {shared + "/*/x", "four characters"},
+  };
+  for (const auto& [pattern, reason] : patterns)
+    EXPECT_THAT(complaintAbout(appFor(pattern)), HasSubstr(reason)) << pattern;
+}
+
+TEST_F(DefinitionsTest, HostileFilesAreRefusedWithTheirLine) {
+  const std::string sound = item("\"~/.config/editor/rc\"");
+  const auto withKey = [&](const char* key) { return appWith(item("\"~/.config/editor/rc\"", key)); };
+  std::string many;
+  for (int i = 0; i < 51; ++i) many += item("\"~/.config/editor/rc\"", "k" + std::to_string(i)) + ",";
+  const std::pair<std::string, const char*> files[] = {
+      {"", " It is no property list"},
+      {"{ format = 1;\n name = ;}", "2: It is no property list"},
+      {"<plist><dict>\n</plist>", "2: It is no property list"},
+      {std::string(70'000, ' '), " "},
+      {std::string(600, '('), "1: It is no property list"},
+      {"(a)", "no dictionary"},
+      {"{ name = x; }", "no format"},
+      {"{ format = 2; }", "1: Its format is not 1"},
+      {"{ format = 1; }", "\"name\" is missing"},
+      {"{ format = 1; name = (x); }", "\"name\" is no text"},
+      {"{ format = 1; name = \"a/b\"; }", "is no name"},
+      {"{ format = 1; name = Editor; identifier = (); }", "array of 1 to 10"},
+      {"{ format = 1; name = Editor; identifier = \"../x\"; }", "no identifier"},
+      {"{ format = 1; name = Editor; identifier = x; icon = \"/etc/x\"; }", "icon"},
+      {"{ format = 1; name = Editor; identifier = x; projects = motn; }", "known already"},
+      {"{ format = 1; name = Editor; identifier = x; items = (); }", "1 to 50 items"},
+      {appWith(many), "1 to 50 items"},
+      {appWith("x"), "An item is no dictionary"},
+      {appWith("{ key = x; name = Preferences; }"), "\"files\" is missing"},
+      {appWith("{ key = x; name = Preferences; lockable = perhaps; files = (); }"), "4: \"lockable\" is neither"},
+      {appWith(item("\"~/.config/editor/rc\"", "editKeys", "Layouts")), "3: No item's name ends in"},
+      {appWith(item("\"~/.config/editor/rc\", \"~/.config/editor/rc\"")), "stands there twice"},
+      {appWith(sound + "," + item("\"~/.config/editor/b\"", "EDITPREFS", "Others")), "Two items have the key"},
+      {appWith(sound + ",\n" + item("\"~/.config/editor/b\"", "b")), "Two items are called"},
+      {appWith(sound, "Motion"), "2: Another application is called"},
+      {appWith(sound, "projects"), "is reserved"},
+      {withKey("fcpprefs"), "4: The key"},
+      {withKey("all"), "taken or reserved"},
+      {withKey("fcp"), "taken or reserved"},
+      {withKey("avidPrefUserX"), "taken or reserved"},
+      {withKey("-allfiles"), "is no key"},
+      {withKey("a,b"), "is no key"},
+  };
+  for (const auto& [text, reason] : files) EXPECT_THAT(complaintAbout(text), HasSubstr(reason)) << text.substr(0, 200);
+}
+
+TEST_F(DefinitionsTest, NamedFilesAndOwnWildcardsMayStand) {
+  const std::string shared = machine_ / "Users/Shared";
+  for (const std::string& pattern :
+       {std::string("~/.config/kdenliverc"), std::string("~/.config/kden*"), std::string("~/.editor/rc"),
+        std::string("~/.config/flowblade"), std::string("~/.config/blender/*/scripts/presets/*/*.py"),
+        std::string("~/Library/Preferences/com.Adobe.Premiere Pro.*.plist"),
+        shared + "/AvidMediaComposer/Avid Users/*/*.ave"})
+    EXPECT_EQ(PatternRules({}).faultOf(pattern), "") << pattern;
+}
+
+TEST_F(DefinitionsTest, LaterFoldersHideEarlierOnes) {
+  const auto files = [](const char* name) { return item("\"~/.config/" + std::string(name) + "/rc\"", name); };
+  writeFile(inMachineFolder(0, "a.plist"), appWith(files("installed"), "Editor", "org.example.editor"));
+  writeFile(inMachineFolder(0, "b.plist"), appWith(files("other"), "Other", "org.example.other"));
+  writeFile(inMachineFolder(1, "a.plist"), appWith(files("etc"), "Editor", "org.Example.Editor"));
+  writeFile(inUserFolder("mine.plist"), appWith(files("etc"), "Cutter", "org.example.editor"));  // with the hidden key
+  writeFile(inUserFolder("taken.plist"), appWith(files("other"), "Third", "org.example.third"));
+  writeFile(inUserFolder("twice.plist"), appWith(files("x"), "Fourth", "org.example.editor"));
+  writeFile(inUserFolder(".hidden.plist"), "nonsense");
+  const DefinedCatalog catalog = readDefinedCatalog({});
+  EXPECT_THAT(namesIn(catalog), ElementsAre("Cutter", "Other"));
+  EXPECT_EQ(catalog.apps[0]->defined()->source, inUserFolder("mine.plist"));
+  EXPECT_THAT(catalog.apps[0]->children()[0]->files(), ElementsAre(home_ / ".config/etc/rc"));
+  EXPECT_THAT(catalog.complaints,
+              ElementsAre(HasSubstr("taken.plist:4: The key \"other\""), HasSubstr("twice.plist: ")));
+}
+
+TEST_F(DefinitionsTest, FilesOfOthersAreNotTrusted) {
+  namespace fs = std::filesystem;
+  const std::string text = appFor("~/.config/editor/rc");
+  writeFile(inUserFolder("open.plist"), text);
+  fs::permissions(inUserFolder("open.plist"), fs::perms::others_write, fs::perm_options::add);
+  writeFile(home_ / "elsewhere", text);
+  fs::create_symlink(home_ / "elsewhere", inUserFolder("link.plist"));
+  makeFolders(inUserFolder("folder.plist"));
+  std::vector reasons{HasSubstr("is no file"), HasSubstr("link.plist: is a symbolic link"),
+                      HasSubstr("may be changed by other users")};
+  if (geteuid() == 0) {
+    writeFile(inUserFolder("theirs.plist"), text);
+    ASSERT_EQ(chown(inUserFolder("theirs.plist").c_str(), 12345, 12345), 0);
+    reasons.push_back(HasSubstr("belongs to another user"));
+  }
+  const DefinedCatalog catalog = readDefinedCatalog({});
+  EXPECT_THAT(catalog.apps, IsEmpty());
+  EXPECT_THAT(catalog.complaints, testing::ElementsAreArray(reasons));
+}
+
+// The scratch folder lies where everybody may write.
+TEST_F(DefinitionsTest, TheSuperuserTrustsOnlyItsOwnFolders) {
+  writeFile(inMachineFolder(1, "a.plist"), appFor("~/.config/editor/rc"));
+  writeFile(inUserFolder("b.plist"), "nonsense");
+  fakes_.users.superuser = true;
+  const DefinedCatalog catalog = readDefinedCatalog({});
+  EXPECT_THAT(catalog.apps, IsEmpty());
+  EXPECT_THAT(catalog.complaints, ElementsAre(testing::AnyOf(HasSubstr("may be changed by other users"),
+                                                             HasSubstr("does not belong to root"))));
+}
+
+}  // namespace
+}  // namespace vantory::test
