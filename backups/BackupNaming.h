@@ -15,6 +15,8 @@ inline constexpr const char* kAutosavesFolder = "Autosaves";
 inline constexpr std::string_view kAutomaticPrefix = "Auto Backup ";
 // In each backup; it says what the backup holds.
 inline constexpr const char* kBackupSettingsFile = "Settings.plist";
+// In its settings, the definitions of applications that are not built in.
+inline constexpr const char* kDefinitionsKey = "definitions";
 
 // "Set" gives "Set.vnt".
 std::string backupFileName(std::string_view name);

@@ -6,11 +6,15 @@
 #include "backups/BackupFolder.h"
 #include "backups/BackupLibrary.h"
 #include "backups/BackupNaming.h"
+#include "backups/LibraryFolder.h"
 #include "base/Paths.h"
 #include "base/PropertyListBytes.h"
+#include "catalog/definitions/DefinitionFiles.h"
 #include "platform/FileSystem.h"
+#include "platform/Users.h"
 #include "services/QWLocalPaths.h"
 #include "services/Runtime.h"
+#include "services/log/QWLog.h"
 
 namespace vantory {
 
@@ -64,6 +68,58 @@ std::shared_ptr<QWApp> heldApp(const QWApp& app, const PropertyListArray& itemNa
   return held;
 }
 
+// The definitions that the backup carries, as applications. What is wrong with one makes it unknown, as a missing one.
+AppList carriedApps(const PropertyListDictionary& settings, const PatternRules& rules) {
+  AppList apps;
+  // What a user's backup says must not guide the superuser's hand.
+  const PropertyListArray* list = arrayIn(settings, kDefinitionsKey);
+  if (!list || Runtime::current().platform().users.isSuperuser()) return apps;
+  TakenNames taken;
+  for (const PropertyList& entry : *list) {
+    const auto read = readDefinition(entry, rules);
+    const auto* sound = std::get_if<ReadDefinition>(&read);
+    const DefinitionFault fault = sound ? taken.faultOf(sound->definition) : std::get<DefinitionFault>(read);
+    if (!fault.reason.empty()) {
+      QWLog::appendLog("A definition that the backup carries is passed over: %@", fault.reason);
+      continue;
+    }
+    taken.take(sound->definition);
+    apps.push_back(definedApp(sound->definition, rules));
+  }
+  return apps;
+}
+
+// Whether one of the others has the application's name, or the key of one of its items.
+bool isHiddenBy(const AppList& others, const QWApp& app) {
+  return std::ranges::any_of(others, [&](const auto& other) {
+    if (other->name() == app.name()) return true;
+    return std::ranges::any_of(app.children(),
+                               [&](const auto& item) { return prefItemForKey({other}, item->key()) != nullptr; });
+  });
+}
+
+// The applications that a backup is compared with: what it says of itself counts for what it holds.
+AppList catalogFor(const AppList& catalog, const AppList& carried) {
+  AppList apps;
+  for (const auto& app : catalog)
+    if (!app->defined() || !isHiddenBy(carried, *app)) apps.push_back(app);
+  apps.insert(apps.end(), carried.begin(), carried.end());
+  return apps;
+}
+
+// The names of applications in the settings that are not among those held: whoever wrote the backup knew them.
+std::vector<std::string> unknownNames(const PropertyListDictionary& settings, const AppList& held) {
+  std::vector<std::string> unknown;
+  for (const auto& [name, value] : settings.entries()) {
+    const PropertyListArray* items = value.asArray();
+    if (!items || items->empty() || name == "projects") continue;
+    const bool namesItems = std::ranges::all_of(*items, [](const PropertyList& item) { return item.asString(); });
+    const bool isHeld = std::ranges::any_of(held, [&](const auto& app) { return app->name() == name; });
+    if (namesItems && !isHeld) unknown.push_back(name);
+  }
+  return unknown;
+}
+
 // The projects whose opening restores this backup, by their full paths.
 std::vector<std::string> linkedProjects(const PropertyListDictionary& settings) {
   std::vector<std::string> projects;
@@ -84,7 +140,8 @@ std::vector<std::string> linkedProjects(const PropertyListDictionary& settings) 
 BackupReader::BackupReader()
     : catalog_(BackupLibrary::current().appArray()),
       home_(QWLocalPaths::userDirectory()),
-      defaultName_(QWBackup::defaultBackupName()) {}
+      defaultName_(QWBackup::defaultBackupName()),
+      rules_(foldersOfBackups()) {}
 
 // In the catalog's order, whatever that of the settings is.
 std::shared_ptr<QWBackup> BackupReader::read(const std::string& path, std::optional<Timestamp> date) const {
@@ -98,11 +155,14 @@ std::shared_ptr<QWBackup> BackupReader::read(const std::string& path, std::optio
   if (!content) return backup;
   const PropertyListDictionary& settings = *content->asDictionary();
   AppList held;
-  for (const auto& app : catalog_) {
+  const AppList carried = carriedApps(settings, rules_);
+  const AppList ownCatalog = carried.empty() ? AppList() : catalogFor(catalog_, carried);
+  for (const auto& app : carried.empty() ? catalog_ : ownCatalog) {
     const PropertyListArray* itemNames = arrayIn(settings, app->name());
     if (!itemNames) continue;
     if (auto copy = heldApp(*app, *itemNames, place)) held.push_back(std::move(copy));
   }
+  backup->setUnknown(unknownNames(settings, held));
   backup->setChildren(std::move(held));
   backup->setProjects(linkedProjects(settings));
   return backup;

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "backups/QWBackup.h"
+#include "catalog/definitions/PatternRules.h"
 
 namespace vantory {
 
@@ -15,14 +16,16 @@ class BackupReader {
  public:
   BackupReader();
 
-  // The backup in that folder, whose date is known. Without readable settings it holds no applications; what they name
-  // beyond the catalog is passed over. Sizes are measured when first asked for.
+  // The backup in that folder, whose date is known. Without readable settings it holds no applications. Those that it
+  // carries a definition of are taken as that says; what it names beyond is unknown(). Sizes are measured when first
+  // asked for.
   std::shared_ptr<QWBackup> read(const std::string& path, std::optional<Timestamp> date) const;
 
  private:
   AppList catalog_;
   std::optional<std::string> home_;
   std::optional<std::string> defaultName_;
+  PatternRules rules_;  // for the definitions that backups carry
 };
 
 }  // namespace vantory

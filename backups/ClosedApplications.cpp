@@ -22,32 +22,45 @@ void say(const char* words) {
 
 }  // namespace
 
+// One application may run under several identifiers.
 ClosedApplications::Answer ClosedApplications::makeWay(const QWApp& app, bool closeAutomatically) {
+  bool closed = false;
+  for (const std::string& identifier : app.identifiers()) {
+    const std::size_t before = closed_.size();
+    const Answer answer = makeWay(app.name(), identifier, closeAutomatically);
+    if (answer != Answer::Proceed) return answer;
+    closed |= closed_.size() > before;
+  }
+  if (!closed) say(words_.notRunning);
+  return Answer::Proceed;
+}
+
+ClosedApplications::Answer ClosedApplications::makeWay(const std::string& name, const std::string& identifier,
+                                                       bool closeAutomatically) {
   RunningApplicationGuard* guard = Runtime::current().guard;
-  const GuardDecision decision = guard ? guard->checkRunningAppsForName(app.name(), app.bundleID(), closeAutomatically)
-                                       : GuardDecision::NotRunning;
+  const GuardDecision decision =
+      guard ? guard->checkRunningAppsForName(name, identifier, closeAutomatically) : GuardDecision::NotRunning;
   switch (decision) {
     case GuardDecision::Cancel:
       report_.cancelled();
       return Answer::Cancel;
     case GuardDecision::Skip:
       say(words_.skipped);
-      report_.passedOver(app.name(), formatted("%@ is running and was skipped.", app.name()));
+      report_.passedOver(name, formatted("%@ is running and was skipped.", name));
       return Answer::PassOver;
     case GuardDecision::CloseAndRelaunch:
       say(words_.toClose);
-      if (!guard->closeAppWithName(app.name(), app.bundleID())) {
+      if (!guard->closeAppWithName(name, identifier)) {
         say(words_.notClosed);
-        report_.passedOver(app.name(), formatted("%@ could not be closed and was skipped.", app.name()));
+        report_.passedOver(name, formatted("%@ could not be closed and was skipped.", name));
         return Answer::PassOver;
       }
       say(words_.closed);
-      closed_.push_back({app.name(), app.bundleID()});
+      closed_.push_back({name, identifier});
       return Answer::Proceed;
     case GuardDecision::NotRunning:
       break;
   }
-  say(words_.notRunning);
   return Answer::Proceed;
 }
 

@@ -34,6 +34,8 @@ class ClosedApplications {
   bool empty() const { return closed_.empty(); }
 
  private:
+  Answer makeWay(const std::string& name, const std::string& identifier, bool closeAutomatically);
+
   struct Closed {
     std::string name;
     std::string bundleID;

@@ -69,6 +69,9 @@ class QWBackup : public BackupNode {
   void addApp(const std::shared_ptr<QWApp>& app);
   const std::vector<std::string>& projects() const { return projects_; }
   void setProjects(std::vector<std::string> projects) { projects_ = std::move(projects); }
+  // The names of applications that it holds files of and neither the catalog nor itself defines: they stay in it.
+  const std::vector<std::string>& unknown() const { return unknown_; }
+  void setUnknown(std::vector<std::string> names) { unknown_ = std::move(names); }
   bool isAutosave() const { return isAutosave_; }
   void setIsAutosave(bool isAutosave) { isAutosave_ = isAutosave; }
   bool isDefault() const { return isDefault_; }
@@ -119,6 +122,7 @@ class QWBackup : public BackupNode {
   std::optional<Timestamp> date_;
   AppList children_;
   std::vector<std::string> projects_;
+  std::vector<std::string> unknown_;
   bool isAutosave_ = false;
   std::atomic<bool> isDefault_ = false;
   bool isComplete_ = true;

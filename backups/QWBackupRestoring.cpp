@@ -102,6 +102,10 @@ void QWBackup::restore(TaskReport& report, bool closeAutomatically) {
     QWLog::appendLog("%@", reason);
     report.remark(reason);
   }
+  // Whoever chose some of the applications has not asked for the others.
+  if (std::ranges::none_of(children_, [](const auto& app) { return app->selected() == Off; }))
+    for (const std::string& name : unknown_)
+      report.remark(formatted("No definition of \"%@\" is known: its files stay in the backup.", name));
   RestoreRun run(path_, closeAutomatically, report);
   bool cancelled = false;
   for (const auto& app : children_) {

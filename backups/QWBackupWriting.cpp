@@ -11,6 +11,7 @@
 #include "base/Format.h"
 #include "base/Paths.h"
 #include "base/PropertyListBytes.h"
+#include "catalog/definitions/DefinitionReader.h"
 #include "platform/FileSystem.h"
 #include "services/QWLocalPaths.h"
 #include "services/Runtime.h"
@@ -278,6 +279,14 @@ PropertyListDictionary copyApps(const AppList& apps, ItemCopier& copier) {
   return held;
 }
 
+// Of the applications that are in the backup those that no built-in table knows, so that it can be restored anywhere.
+PropertyListArray definitionsOf(const AppList& apps, const PropertyListDictionary& held) {
+  PropertyListArray definitions;
+  for (const auto& app : apps)
+    if (app->defined() && held.find(app->name())) definitions.push_back(propertyListOf(*app->defined()));
+  return definitions;
+}
+
 // A person who finds no new backup should know what became of the one before.
 void remarkOnEarlier(const std::string& path, TaskReport& report) {
   for (const FileReport& file : report.files())
@@ -322,6 +331,8 @@ WriteResult QWBackup::write(TaskReport& report, bool filesOnly) {
       settings.set("projectPath", textValue(projects_.front()));
       settings.set("projects", textArray(projects_));
     }
+    if (auto definitions = definitionsOf(children_, settings); !definitions.empty())
+      settings.set(kDefinitionsKey, std::move(definitions));
     // Written last: it marks the backup as complete.
     if (const Status written = writeSettings(paths::join(path_, kBackupSettingsFile), settings); !written)
       return refuse(written.error());

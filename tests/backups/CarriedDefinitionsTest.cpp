@@ -1,0 +1,94 @@
+// Applications that catalog files define, in backups.
+#include "base/PropertyListBytes.h"
+#include "tests/backups/BackupsTest.h"
+
+namespace vantory::test {
+namespace {
+
+class CarriedDefinitionsTest : public BackupsTest {
+ protected:
+  // The example of the documentation.
+  static std::string example() {
+    const std::string page = readFile(VANTORY_RESOURCES "/../docs/catalogs.md");
+    const std::size_t begin = page.find("```\n") + 4;
+    return page.substr(begin, page.find("```", begin) - begin);
+  }
+  // A backup of the application of the example, whose files and definition are gone since.
+  void makeBackup() {
+    writeFile(userFile_, example());
+    writeFile(settings_, "mine");
+    writeFile(profile_, "ini");
+    controller().populateApps();
+    EXPECT_EQ(backupOfAll("B")->writeData(report_), WriteResult::Success);
+    for (const std::string& path : {userFile_, settings_, profile_}) std::filesystem::remove(path);
+    controller().populateApps();
+  }
+  void restore() { QWBackup::backupWithFile(inLibrary("B.vnt"))->restore(report_); }
+  // Replaces a text of the backup's settings.
+  void changeSettings(const std::string& from, const std::string& to) {
+    const std::string path = inLibrary("B.vnt/Settings.plist");
+    std::string text = readFile(path);
+    ASSERT_NE(text.find(from), std::string::npos);
+    writeFile(path, text.replace(text.find(from), from.size(), to));
+  }
+
+  const std::string userFile_ = home_ / "Library/Application Support/Quarrywell/Vantory/Catalogs/obs.plist";
+  const std::string settings_ = home_ / ".config/obs-studio/global.ini";
+  const std::string profile_ = home_ / ".config/obs-studio/basic/profiles/Untitled/basic.ini";
+};
+
+TEST_F(CarriedDefinitionsTest, ABackupRestoresWhereNothingDefinesItsApplications) {
+  makeBackup();
+  EXPECT_EQ(controller().prefItemForKey("obsPrefs"), nullptr);
+  EXPECT_EQ(readFile(inLibrary("B.vnt/Users/user/.config/obs-studio/global.ini")), "mine");
+  restore();
+  EXPECT_EQ(readFile(settings_), "mine");
+  EXPECT_EQ(readFile(profile_), "ini");
+  EXPECT_THAT(report_.remarks(), IsEmpty());
+}
+
+TEST_F(CarriedDefinitionsTest, WhatABackupCarriesIsNotTrusted) {
+  makeBackup();
+  changeSettings("~/.config/obs-studio/global.ini", "~/.config/autostart/evil.desktop");
+  writeFile(inLibrary("B.vnt/Users/user/.config/autostart/evil.desktop"), "evil");
+  restore();
+  EXPECT_FALSE(exists(home_ / ".config/autostart/evil.desktop"));
+  EXPECT_FALSE(exists(profile_));
+  EXPECT_THAT(report_.remarks(), testing::Contains(HasSubstr("No definition of \"OBS Studio\" is known")));
+}
+
+TEST_F(CarriedDefinitionsTest, TheSuperuserTakesNone) {
+  makeBackup();
+  fakes_.users.superuser = true;
+  restore();
+  EXPECT_FALSE(exists(settings_));
+}
+
+TEST_F(CarriedDefinitionsTest, ForItsOwnBackupItsDefinitionGoesFirst) {
+  makeBackup();
+  std::string other = example();
+  other.replace(other.find("~/.config/obs-studio/global.ini"), 31, "~/.config/obs-studio/user.ini12");
+  writeFile(userFile_, other);
+  controller().populateApps();
+  EXPECT_NE(controller().prefItemForKey("obsPrefs"), nullptr);
+  restore();
+  EXPECT_EQ(readFile(settings_), "mine");
+}
+
+TEST_F(CarriedDefinitionsTest, BuiltInApplicationsAddNothingToTheSettings) {
+  setSmallCatalog("x");
+  EXPECT_EQ(backupOfAll("B")->writeData(report_), WriteResult::Success);
+  const auto settings = parsePropertyList(readFile(inLibrary("B.vnt/Settings.plist")));
+  EXPECT_EQ(settings->asDictionary()->entries().size(), 1u);
+}
+
+TEST_F(CarriedDefinitionsTest, ABrokenFileIsToldOnceAndCostsNothingElse) {
+  writeFile(userFile_, "nonsense");
+  controller().populateApps();
+  controller().populateApps();
+  EXPECT_THAT(fakes_.systemLog.messages(), ElementsAre(HasSubstr("obs.plist:1: It is no property list")));
+  EXPECT_NE(controller().prefItemForKey("fcpPrefs"), nullptr);
+}
+
+}  // namespace
+}  // namespace vantory::test
