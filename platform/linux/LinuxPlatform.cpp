@@ -10,7 +10,6 @@
 #include "platform/linux/files/LinuxFileSystem.h"
 #include "platform/linux/files/LinuxTrustedFiles.h"
 #include "platform/linux/helpers/DesktopHelper.h"
-#include "platform/linux/processes/LinuxProcesses.h"
 #include "platform/linux/rights/PkexecRunner.h"
 #include "platform/linux/rights/SuperuserRunner.h"
 #include "platform/linux/schedule/LinuxJobControl.h"
@@ -18,14 +17,15 @@
 #include "platform/linux/session/LinuxDesktop.h"
 #include "platform/linux/system/LinuxCrashReports.h"
 #include "platform/linux/system/LinuxStandardFolders.h"
-#include "platform/linux/system/LinuxSystemInfo.h"
-#include "platform/linux/system/LinuxSystemLog.h"
 #include "platform/linux/system/LinuxSystemTools.h"
 #include "platform/linux/system/LinuxUsers.h"
 #include "platform/posix/processes/PosixClock.h"
+#include "platform/posix/processes/PosixProcesses.h"
 #include "platform/posix/processes/ProcessCalls.h"
 #include "platform/posix/progress/ProgressLine.h"
 #include "platform/posix/progress/WatchedFiles.h"
+#include "platform/posix/system/PosixSystemInfo.h"
+#include "platform/posix/system/PosixSystemLog.h"
 
 namespace vantory {
 namespace {
@@ -78,17 +78,17 @@ struct LinuxPlatform::Parts {
   }
 
   // In this order: each is made of those above it.
-  LinuxSystemLog systemLog;
+  PosixSystemLog systemLog;
   PosixClock clock;
   LinuxUsers users;
   LinuxStandardFolders folders{"", users.isSuperuser(), rightsForUser()};
-  LinuxSystemInfo system;
+  PosixSystemInfo system;
   LinuxFileSystem files{rightsForUser()};
   LinuxFileMetadata metadata{rightsForUser()};
   LinuxFileSystem machineFiles{users.isSuperuser() ? FileRights::machine() : FileRights::own()};
   LinuxTrustedFiles trustedFiles;
   std::unique_ptr<PrivilegedRunner> privileged = privilegedRunner();
-  LinuxProcesses processes;
+  PosixProcesses processes;
   DesktopHelper desktop{[this] { return desktopHelperProgram(users); }};
   LinuxWorkspace workspace{desktop, users};
   LinuxDocuments documents{desktop};

@@ -8,8 +8,8 @@
 #include <system_error>
 #include <vector>
 
-#include "platform/linux/processes/ChildProgram.h"
 #include "platform/posix/files/Errors.h"
+#include "platform/posix/processes/ChildProgram.h"
 #include "platform/posix/processes/ProcessCalls.h"
 #include "programs/vantory-desktop/Launch.h"
 #include "programs/vantory-desktop/Services.h"

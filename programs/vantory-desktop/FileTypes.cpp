@@ -9,9 +9,9 @@
 #include <optional>
 #include <system_error>
 
-#include "platform/linux/processes/ChildProgram.h"
 #include "platform/linux/session/GLibPointers.h"
 #include "platform/posix/files/Errors.h"
+#include "platform/posix/processes/ChildProgram.h"
 #include "platform/posix/processes/ProcessCalls.h"
 #include "programs/vantory-desktop/ProjectTypes.h"
 #include "programs/vantory-desktop/SessionEnvironment.h"

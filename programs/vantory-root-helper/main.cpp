@@ -10,9 +10,9 @@
 #include "platform/linux/helpers/Channel.h"
 #include "platform/linux/rights/AdministratorTools.h"
 #include "platform/linux/system/LinuxStandardFolders.h"
-#include "platform/linux/system/LinuxSystemLog.h"
 #include "platform/linux/system/LinuxUsers.h"
 #include "platform/posix/processes/ProcessCalls.h"
+#include "platform/posix/system/PosixSystemLog.h"
 #include "programs/vantory-root-helper/Caller.h"
 #include "programs/vantory-root-helper/Capabilities.h"
 
@@ -29,7 +29,7 @@ bool leaveSurroundings() {
   return clearenv() == 0 && chdir("/") == 0;
 }
 
-void tell(LinuxSystemLog& log, const std::string& user, const Message& request, const Status& done) {
+void tell(PosixSystemLog& log, const std::string& user, const Message& request, const Status& done) {
   std::string line("As administrator for ");
   line.append(user).append(":");
   for (const std::string& text : request) line.append(" ").append(text);
@@ -41,7 +41,7 @@ void tell(LinuxSystemLog& log, const std::string& user, const Message& request, 
 void serve(Channel channel, const User& user) {
   const LinuxStandardFolders folders("", true, FileRights::ofUser(user));
   AdministratorTools tools(user, folders, {*folders.localFolder(StandardFolder::SharedUsers)});
-  LinuxSystemLog log;
+  PosixSystemLog log;
   const std::string name = LinuxUsers().nameOf(user);
   bool open = channel.send({kHelperReady}).ok();
   while (open) {

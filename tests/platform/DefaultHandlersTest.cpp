@@ -34,7 +34,7 @@ class DefaultHandlersTest : public ::testing::Test {
   std::string run(std::vector<std::string> words) {
     for (const char* name : {"HOME", "XDG_DATA_HOME", "XDG_DATA_DIRS", "XDG_CONFIG_HOME", "XDG_CONFIG_DIRS"})
       words.insert(words.begin(), std::string(name) + "=" + std::getenv(name));
-    auto process = LinuxProcesses().start("/usr/bin/env", words, Streams::OutputCaptured);
+    auto process = PosixProcesses().start("/usr/bin/env", words, Streams::OutputCaptured);
     return process ? (*process)->readAll().output : process.error().text;
   }
   std::string list() { return readFile(desktop_ / ".config/mimeapps.list"); }

@@ -10,8 +10,8 @@
 #include "platform/linux/files/LinuxFileMetadata.h"
 #include "platform/linux/files/LinuxFileSystem.h"
 #include "platform/linux/helpers/HelperProcess.h"
-#include "platform/linux/processes/LinuxProcesses.h"
 #include "platform/linux/schedule/LinuxJobControl.h"
+#include "platform/posix/processes/PosixProcesses.h"
 #include "tests/support/EnvironmentChange.h"
 #include "tests/support/FakePlatform.h"
 #include "tests/support/FaultyFileSystem.h"
@@ -128,7 +128,7 @@ TEST_F(JobControlTest, RefusesWhatIsNoUsersJob) {
 
 // Of the program that the service asks.
 int answer(const std::vector<std::string>& arguments) {
-  auto process = LinuxProcesses().start(helperProgram("vantory-due"), arguments, Streams::Discarded);
+  auto process = PosixProcesses().start(helperProgram("vantory-due"), arguments, Streams::Discarded);
   return process ? (*process)->wait() : -1;
 }
 

@@ -5,8 +5,8 @@
 #include <unistd.h>
 
 #include "platform/linux/system/LinuxStandardFolders.h"
-#include "platform/linux/system/LinuxSystemLog.h"
 #include "platform/posix/files/SmallFiles.h"
+#include "platform/posix/system/PosixSystemLog.h"
 #include "tests/support/EnvironmentChange.h"
 #include "tests/support/ScratchFolder.h"
 
@@ -60,7 +60,7 @@ TEST(SystemLogTest, NeverWritesIntoAFileThatTookTheNumberOfStandardError) {
   const pid_t child = fork();
   if (child == 0) {
     for (int standard : {0, 1, 2}) close(standard);
-    LinuxSystemLog log;
+    PosixSystemLog log;
     while (open(path.c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, 0600) < STDERR_FILENO) {
     }
     log.write("message");

@@ -22,7 +22,7 @@
 #include "platform/linux/files/LinuxFileMetadata.h"
 #include "platform/linux/locks/LockHelper.h"
 #include "platform/linux/locks/LockProtocol.h"
-#include "platform/linux/processes/ChildProgram.h"
+#include "platform/posix/processes/ChildProgram.h"
 #include "tests/support/ScratchFolder.h"
 
 namespace vantory::test {

@@ -5,7 +5,7 @@
 #include <cerrno>
 #include <csignal>
 
-#include "platform/linux/processes/LinuxProcesses.h"
+#include "platform/posix/processes/PosixProcesses.h"
 #include "tests/support/DesktopFolders.h"
 
 namespace vantory::test {
@@ -15,13 +15,13 @@ using ::testing::HasSubstr;
 using ::testing::Not;
 
 std::unique_ptr<Process> startShell(const std::string& script) {
-  auto process = LinuxProcesses().start("/bin/sh", {"-c", script}, Streams::Captured);
+  auto process = PosixProcesses().start("/bin/sh", {"-c", script}, Streams::Captured);
   if (!process) throw std::runtime_error(process.error().text);
   return std::move(*process);
 }
 
 TEST(ProcessesTest, SaysWhyAProgramCannotStart) {
-  LinuxProcesses processes;
+  PosixProcesses processes;
   const auto missing = processes.start("/missing/tool", {}, Streams::Captured);
   ASSERT_FALSE(missing);
   EXPECT_EQ(missing.error().code, std::errc::no_such_file_or_directory);

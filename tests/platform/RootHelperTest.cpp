@@ -12,8 +12,8 @@
 #include <filesystem>
 
 #include "platform/linux/helpers/Channel.h"
-#include "platform/linux/processes/ChildProgram.h"
 #include "platform/posix/files/SettingsText.h"
+#include "platform/posix/processes/ChildProgram.h"
 #include "tests/support/ScratchFolder.h"
 
 namespace vantory::test {

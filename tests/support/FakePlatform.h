@@ -31,9 +31,9 @@
 #include "platform/Users.h"
 #include "platform/Workspace.h"
 #include "platform/linux/files/LinuxTrustedFiles.h"
-#include "platform/linux/processes/LinuxProcesses.h"
 #include "platform/linux/system/LinuxStandardFolders.h"
 #include "platform/linux/system/LinuxSystemTools.h"
+#include "platform/posix/processes/PosixProcesses.h"
 
 namespace vantory::test {
 
@@ -330,7 +330,7 @@ class FakePlatform {
   FakeUsers users;
   LinuxStandardFolders folders;
   LinuxTrustedFiles trustedFiles;
-  LinuxProcesses processes;
+  PosixProcesses processes;
   FakePrivilegedRunner privileged;
   RecordingSystemLog systemLog;
   FakeSystemInfo system;

@@ -7,11 +7,11 @@
 #include <chrono>
 #include <csignal>
 #include <filesystem>
-#include <system_error>
 #include <thread>
 #include <utility>
 
 #include "platform/posix/files/Descriptor.h"
+#include "platform/posix/kernel/Kernel.h"
 
 namespace vantory {
 
@@ -31,8 +31,7 @@ bool hasEnded(pid_t child) {
 // Those beside the program go first, so that one that is not installed finds its own.
 std::string helperProgram(const std::string& name) {
   namespace fs = std::filesystem;
-  std::error_code failure;
-  const fs::path own = fs::read_symlink("/proc/self/exe", failure).parent_path();
+  const fs::path own = fs::path(kernel::ownPath()).parent_path();
   for (const fs::path& folder : {own, own / VANTORY_LIBEXEC_FROM_BIN, fs::path(VANTORY_LIBEXEC)}) {
     const fs::path path = (folder / name).lexically_normal();
     if (path.is_absolute() && access(path.c_str(), X_OK) == 0) return path;

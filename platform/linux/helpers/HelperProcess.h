@@ -7,7 +7,7 @@
 
 #include "base/Result.h"
 #include "platform/linux/helpers/Channel.h"
-#include "platform/linux/processes/ChildProgram.h"
+#include "platform/posix/processes/ChildProgram.h"
 
 namespace vantory {
 

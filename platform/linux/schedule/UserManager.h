@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "base/Result.h"
-#include "platform/linux/processes/ChildProgram.h"
+#include "platform/posix/processes/ChildProgram.h"
 
 namespace vantory {
 

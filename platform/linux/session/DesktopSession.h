@@ -2,7 +2,7 @@
 #pragma once
 
 #include "base/Result.h"
-#include "platform/linux/processes/ChildProgram.h"
+#include "platform/posix/processes/ChildProgram.h"
 
 namespace vantory {
 

@@ -14,7 +14,7 @@
 #include <vector>
 
 #include "base/Format.h"
-#include "platform/linux/system/LinuxSystemInfo.h"
+#include "platform/posix/system/PosixSystemInfo.h"
 
 namespace vantory {
 
@@ -61,7 +61,7 @@ std::string textOf(std::time_t time, const char* format) {
 
 // Put together at the start, while everything works.
 Report reportOf(const std::string& folder, const std::string& program) {
-  const LinuxSystemInfo system({});
+  const PosixSystemInfo system({});
   const std::time_t now = std::time(nullptr);
   const std::string process = std::to_string(getpid());
   Report made;

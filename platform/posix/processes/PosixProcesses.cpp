@@ -1,9 +1,7 @@
 // Runs tools, reads what they print, and waits for them.
-#include "platform/linux/processes/LinuxProcesses.h"
+#include "platform/posix/processes/PosixProcesses.h"
 
-#include <fcntl.h>
 #include <poll.h>
-#include <sys/eventfd.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -14,9 +12,9 @@
 #include <thread>
 #include <utility>
 
-#include "platform/linux/processes/ChildProgram.h"
 #include "platform/posix/files/Descriptor.h"
 #include "platform/posix/files/Errors.h"
+#include "platform/posix/processes/ChildProgram.h"
 
 namespace vantory {
 
@@ -49,51 +47,30 @@ void collectLater(pid_t child) {
   }
 }
 
-struct Pipe {
-  Descriptor readEnd;
-  Descriptor writeEnd;
-};
-
-// 0, or the error's number.
-int openPipe(Pipe& pipe) {
-  int ends[2];
-  if (pipe2(ends, O_CLOEXEC) != 0) return errno;
-  pipe.readEnd = Descriptor(ends[0]);
-  pipe.writeEnd = Descriptor(ends[1]);
-  return 0;
-}
-
-// A write to it ends another thread's poll().
-int openEventCounter(Descriptor& counter) {
-  counter = Descriptor(eventfd(0, EFD_CLOEXEC));
-  return counter.valid() ? 0 : errno;
-}
-
 }  // namespace
 
-LinuxProcess::~LinuxProcess() {
-  collectIfEnded();
+PosixProcess::~PosixProcess() {
+  collect(WNOHANG);
   if (!status_) collectLater(child_);
 }
 
-int LinuxProcess::wait() {
+int PosixProcess::wait() {
   {
     const std::lock_guard lock(mutex_);
     if (status_) return *status_;
   }
   // Not collected yet, so that terminate() meanwhile cannot hit another process with the same number.
-  siginfo_t ended{};
-  uninterrupted([&] { return waitid(P_PID, static_cast<id_t>(child_), &ended, WEXITED | WNOWAIT); });
+  kernel::awaitEnd(child_);
   const std::lock_guard lock(mutex_);
-  collectIfEnded();
-  return status_.value_or(kUnknownStatus);
+  collect(0);
+  return *status_;
 }
 
 // Both streams together: a child that fills one of them waits until it is read.
-Process::Output LinuxProcess::readAll() {
+Process::Output PosixProcess::readAll() {
   Output result;
   std::array<pollfd, 3> streams{pollfd{ends_.output.get(), POLLIN, 0}, pollfd{ends_.errors.get(), POLLIN, 0},
-                                pollfd{ends_.stop.get(), POLLIN, 0}};
+                                pollfd{ends_.stop.readEnd.get(), POLLIN, 0}};
   const std::array<std::string*, 2> texts{&result.output, &result.errors};
   while (streams[0].fd >= 0 || streams[1].fd >= 0) {
     if (uninterrupted([&] { return poll(streams.data(), streams.size(), -1); }) < 0) break;
@@ -104,50 +81,50 @@ Process::Output LinuxProcess::readAll() {
   return result;
 }
 
-std::string LinuxProcess::readSome() {
+std::string PosixProcess::readSome() {
   std::string chunk;
-  std::array<pollfd, 2> events{pollfd{ends_.output.get(), POLLIN, 0}, pollfd{ends_.stop.get(), POLLIN, 0}};
+  std::array<pollfd, 2> events{pollfd{ends_.output.get(), POLLIN, 0}, pollfd{ends_.stop.readEnd.get(), POLLIN, 0}};
   if (!ends_.output.valid() || uninterrupted([&] { return poll(events.data(), events.size(), -1); }) < 0) return chunk;
   if (events[1].revents == 0) readChunk(ends_.output.get(), chunk);
   return chunk;
 }
 
-void LinuxProcess::stopReading() {
-  if (ends_.stop.valid()) eventfd_write(ends_.stop.get(), 1);
+void PosixProcess::stopReading() {
+  if (ends_.stop.writeEnd.valid()) (void)!write(ends_.stop.writeEnd.get(), "", 1);
 }
 
-bool LinuxProcess::isRunning() {
+bool PosixProcess::isRunning() {
   const std::lock_guard lock(mutex_);
-  collectIfEnded();
+  collect(WNOHANG);
   return !status_;
 }
 
 // Never after the child was collected, when its number may be another's.
-void LinuxProcess::terminate() {
+void PosixProcess::terminate() {
   const std::lock_guard lock(mutex_);
-  collectIfEnded();
+  collect(WNOHANG);
   if (!status_) kill(child_, SIGTERM);
 }
 
 // Under the lock.
-void LinuxProcess::collectIfEnded() {
+void PosixProcess::collect(int options) {
   if (status_) return;
   int status = 0;
-  const pid_t collected = waitpid(child_, &status, WNOHANG);
+  const pid_t collected = uninterrupted([&] { return waitpid(child_, &status, options); });
   if (collected == child_)
     status_ = exitStatus(status);
   else if (collected < 0)
     status_ = kUnknownStatus;
 }
 
-Result<std::unique_ptr<Process>> LinuxProcesses::start(const std::string& program,
+Result<std::unique_ptr<Process>> PosixProcesses::start(const std::string& program,
                                                        const std::vector<std::string>& arguments, Streams streams) {
-  Pipe output;
-  Pipe errors;
-  Descriptor stop;
-  int number = streams != Streams::Discarded ? openPipe(output) : 0;
-  if (number == 0 && streams != Streams::Discarded) number = openEventCounter(stop);
-  if (number == 0 && streams == Streams::Captured) number = openPipe(errors);
+  kernel::Pipe output;
+  kernel::Pipe errors;
+  kernel::Pipe stop;
+  int number = streams != Streams::Discarded ? kernel::openPipe(output) : 0;
+  if (number == 0 && streams != Streams::Discarded) number = kernel::openPipe(stop);
+  if (number == 0 && streams == Streams::Captured) number = kernel::openPipe(errors);
   if (number != 0) return systemError(program, number);
   const Result<pid_t> child = startChild({.path = program,
                                           .arguments = arguments,
@@ -155,8 +132,8 @@ Result<std::unique_ptr<Process>> LinuxProcesses::start(const std::string& progra
                                           .output = output.writeEnd.get(),
                                           .errors = errors.writeEnd.get()});
   if (!child) return child.error();
-  return std::unique_ptr<Process>(std::make_unique<LinuxProcess>(
-      *child, LinuxProcess::Ends{std::move(output.readEnd), std::move(errors.readEnd), std::move(stop)}));
+  return std::unique_ptr<Process>(std::make_unique<PosixProcess>(
+      *child, PosixProcess::Ends{std::move(output.readEnd), std::move(errors.readEnd), std::move(stop)}));
 }
 
 }  // namespace vantory

@@ -1,5 +1,5 @@
 // Writes to syslog and to standard error.
-#include "platform/linux/system/LinuxSystemLog.h"
+#include "platform/posix/system/PosixSystemLog.h"
 
 #include <fcntl.h>
 #include <syslog.h>
@@ -10,6 +10,7 @@
 #include <string>
 
 #include "platform/posix/files/Descriptor.h"
+#include "platform/posix/kernel/Kernel.h"
 
 namespace vantory {
 
@@ -27,8 +28,7 @@ class BrokenPipeIgnored {
     pthread_sigmask(SIG_BLOCK, &signal_, &previous_);
   }
   ~BrokenPipeIgnored() {
-    const timespec noWait{};
-    if (!wasPending_) sigtimedwait(&signal_, nullptr, &noWait);
+    if (!wasPending_) kernel::takePending(signal_);
     pthread_sigmask(SIG_SETMASK, &previous_, nullptr);
   }
   BrokenPipeIgnored(const BrokenPipeIgnored&) = delete;
@@ -52,12 +52,12 @@ void writeToStandardError(std::string_view line) {
 }  // namespace
 
 // Looked at once: what is opened later may get the number of a stream that is missing.
-LinuxSystemLog::LinuxSystemLog() : hasStandardError_(fcntl(STDERR_FILENO, F_GETFD) != -1) {
+PosixSystemLog::PosixSystemLog() : hasStandardError_(fcntl(STDERR_FILENO, F_GETFD) != -1) {
   openlog("Vantory", LOG_ODELAY, LOG_USER);
 }
 
 // In one line, so that a line break in a file's name begins no entry of its own.
-void LinuxSystemLog::write(std::string_view message) {
+void PosixSystemLog::write(std::string_view message) {
   std::string line(message);
   std::replace_if(
       line.begin(), line.end(), [](char c) { return c == '\n' || c == '\r' || c == '\0'; }, ' ');

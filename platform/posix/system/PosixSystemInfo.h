@@ -1,4 +1,4 @@
-// The machine and this process, as the kernel and os-release describe them.
+// The machine and this process, as the system describes them.
 #pragma once
 
 #include "platform/SystemInfo.h"
@@ -6,11 +6,11 @@
 namespace vantory {
 
 // Everything is looked up when asked for. Any thread.
-class LinuxSystemInfo : public SystemInfo {
+class PosixSystemInfo : public SystemInfo {
  public:
   // The argument list as main() got it, the program first. For a program that another became, `startedProgram` is the
   // file name of the one beside it that the user started; empty otherwise.
-  explicit LinuxSystemInfo(std::vector<std::string> arguments, std::string startedProgram = {});
+  explicit PosixSystemInfo(std::vector<std::string> arguments, std::string startedProgram = {});
 
   std::string systemName() const override;
   int processorCount() const override;

@@ -9,24 +9,25 @@
 
 #include "platform/Processes.h"
 #include "platform/posix/files/Descriptor.h"
+#include "platform/posix/kernel/Kernel.h"
 
 namespace vantory {
 
 // One thread may read the streams while others wait for the program or end it.
-class LinuxProcess : public Process {
+class PosixProcess : public Process {
  public:
-  // The reading ends of the child's streams where they are captured, and an event counter that ends the reading.
+  // The reading ends of the child's streams where they are captured, and a pipe that ends the reading.
   struct Ends {
     Descriptor output;
     Descriptor errors;
-    Descriptor stop;
+    kernel::Pipe stop;
   };
 
   // A child that nobody else waits for.
-  LinuxProcess(pid_t child, Ends ends) : child_(child), ends_(std::move(ends)) {}
-  ~LinuxProcess() override;
-  LinuxProcess(const LinuxProcess&) = delete;
-  LinuxProcess& operator=(const LinuxProcess&) = delete;
+  PosixProcess(pid_t child, Ends ends) : child_(child), ends_(std::move(ends)) {}
+  ~PosixProcess() override;
+  PosixProcess(const PosixProcess&) = delete;
+  PosixProcess& operator=(const PosixProcess&) = delete;
 
   int wait() override;
   Output readAll() override;
@@ -36,7 +37,8 @@ class LinuxProcess : public Process {
   void terminate() override;
 
  private:
-  void collectIfEnded();
+  // With the options of waitpid().
+  void collect(int options);
 
   const pid_t child_;
   const Ends ends_;
@@ -47,7 +49,7 @@ class LinuxProcess : public Process {
 // Programs start with signals as by default, no open files but their streams (standard input is the null device), the
 // working folder of this process, and an environment of PATH, LANG and, unless this is the superuser's process, the few
 // variables that tools need to find the user's home, time zone and desktop session. Any thread.
-class LinuxProcesses : public Processes {
+class PosixProcesses : public Processes {
  public:
   Result<std::unique_ptr<Process>> start(const std::string& program, const std::vector<std::string>& arguments,
                                          Streams streams) override;

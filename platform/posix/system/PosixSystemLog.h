@@ -11,9 +11,9 @@ namespace vantory {
 // Messages go to syslog under the name "Vantory" and to standard error as "Vantory: <message>", one line each: line
 // ends inside a message become blanks. Writing never fails, and connects to syslog with the first message only. Any
 // thread.
-class LinuxSystemLog : public SystemLog {
+class PosixSystemLog : public SystemLog {
  public:
-  LinuxSystemLog();
+  PosixSystemLog();
   void write(std::string_view message) override;
   // Called before each line on standard error; set before anything is written.
   void setBeforeLine(std::function<void()> action) { beforeLine_ = std::move(action); }

@@ -1,5 +1,5 @@
 // Spawns programs with a clean set of descriptors.
-#include "platform/linux/processes/ChildProgram.h"
+#include "platform/posix/processes/ChildProgram.h"
 
 #include <fcntl.h>
 #include <spawn.h>
@@ -13,24 +13,15 @@
 
 #include "platform/posix/files/Descriptor.h"
 #include "platform/posix/files/Errors.h"
+#include "platform/posix/kernel/Kernel.h"
+
+extern "C" char** environ;  // which not every system's headers declare
 
 namespace vantory {
 
 namespace {
 
 constexpr int kFirstOtherDescriptor = 3;
-
-// Names in archives need a UTF-8 locale, messages the plain one.
-constexpr const char* kFixedEnvironment[] = {"PATH=/usr/bin:/bin", "LANG=C.UTF-8"};
-constexpr const char* kPassedOn[] = {"HOME",
-                                     "USER",
-                                     "LOGNAME",
-                                     "TZ",
-                                     "DISPLAY",
-                                     "WAYLAND_DISPLAY",
-                                     "XAUTHORITY",
-                                     "XDG_RUNTIME_DIR",
-                                     "DBUS_SESSION_BUS_ADDRESS"};
 
 // As the kernel takes lists: ended by a null pointer, and valid as long as the texts.
 std::vector<char*> pointersTo(std::vector<std::string>& texts) {
@@ -67,7 +58,7 @@ class ChildSetup {
     }
     return posix_spawn_file_actions_adddup2(&actions_, descriptor, stream);
   }
-  int closeOthers() { return posix_spawn_file_actions_addclosefrom_np(&actions_, kFirstOtherDescriptor); }
+  int closeOthers() { return kernel::closeOthers(actions_, flags_, kFirstOtherDescriptor); }
 
   // What this process ignores or blocks is no matter of the child's.
   int resetSignals() {
@@ -77,7 +68,8 @@ class ChildSetup {
     sigemptyset(&none);
     posix_spawnattr_setsigdefault(&attributes_, &all);
     posix_spawnattr_setsigmask(&attributes_, &none);
-    return posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK);
+    return posix_spawnattr_setflags(&attributes_,
+                                    static_cast<short>(flags_ | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK));
   }
 
   int start(const ChildProgram& program, pid_t& child) {
@@ -91,6 +83,7 @@ class ChildSetup {
  private:
   posix_spawn_file_actions_t actions_;
   posix_spawnattr_t attributes_;
+  short flags_ = 0;
   std::array<Descriptor, kFirstOtherDescriptor> moved_;
 };
 
@@ -109,9 +102,10 @@ bool holdsNul(const std::string& text) {
 }  // namespace
 
 std::vector<std::string> cleanEnvironment() {
-  std::vector<std::string> environment(std::begin(kFixedEnvironment), std::end(kFixedEnvironment));
+  const auto fixed = kernel::fixedEnvironment();
+  std::vector<std::string> environment(fixed.begin(), fixed.end());
   if (getuid() == 0 || geteuid() == 0) return environment;
-  for (const std::string name : kPassedOn)
+  for (const std::string name : kernel::inheritedVariables())
     if (const char* value = std::getenv(name.c_str())) environment.push_back(name + "=" + value);
   return environment;
 }

@@ -1,0 +1,45 @@
+// What POSIX leaves to each system. The sources lie in a folder for each of them.
+#pragma once
+
+#include <spawn.h>
+#include <sys/types.h>
+
+#include <csignal>
+#include <cstdint>
+#include <span>
+#include <string>
+
+#include "platform/posix/files/Descriptor.h"
+
+namespace vantory::kernel {
+
+struct Pipe {
+  Descriptor readEnd;
+  Descriptor writeEnd;
+};
+
+// A pipe that no program gets which is started. Answers 0 or the error's number.
+int openPipe(Pipe& pipe);
+
+// Has a child begin without any descriptor from `first` on that its actions do not name. Called when all of them are
+// named; adds to the flags of its attributes. Answers 0 or the error's number.
+int closeOthers(posix_spawn_file_actions_t& actions, short& flags, int first);
+// Blocks until a child has ended, and does not collect it.
+void awaitEnd(pid_t child);
+// What every program is started with, as "NAME=value", and the variables that it gets from this process.
+std::span<const char* const> fixedEnvironment();
+std::span<const char* const> inheritedVariables();
+
+// Takes one of these signals, which are blocked, off this thread where one is pending.
+void takePending(const sigset_t& set);
+
+// The file that this process runs: its path without links, empty where the kernel does not tell.
+std::string ownPath();
+// For people, such as "Debian GNU/Linux 12 (bookworm)".
+std::string systemName();
+// What the machine has; 0 where that is not told.
+std::uint64_t memoryBytes();
+// From the kernel's own source; fewer than 256.
+void fillRandomly(std::span<unsigned char> bytes);
+
+}  // namespace vantory::kernel

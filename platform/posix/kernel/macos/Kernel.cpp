@@ -1,0 +1,101 @@
+// The calls of macOS.
+#include "platform/posix/kernel/Kernel.h"
+
+#include <fcntl.h>
+#include <mach-o/dyld.h>
+#include <sys/event.h>
+#include <sys/random.h>
+#include <sys/sysctl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+
+namespace vantory::kernel {
+
+namespace {
+
+// Names in archives need a UTF-8 locale; there is none for plain messages with it.
+constexpr const char* kFixedEnvironment[] = {"PATH=/usr/bin:/bin:/usr/sbin:/sbin", "LANG=en_US.UTF-8"};
+constexpr const char* kInherited[] = {"HOME", "USER", "LOGNAME", "TMPDIR", "TZ"};
+
+std::string textOf(const char* name) {
+  char text[256];
+  std::size_t size = sizeof text;
+  if (sysctlbyname(name, text, &size, nullptr, 0) != 0 || size == 0) return {};
+  return std::string(text, size - 1);
+}
+
+}  // namespace
+
+// A program that is started in between gets neither end: closeOthers() sees to that.
+int openPipe(Pipe& pipe) {
+  int ends[2];
+  if (::pipe(ends) != 0) return errno;
+  pipe.readEnd = Descriptor(ends[0]);
+  pipe.writeEnd = Descriptor(ends[1]);
+  for (const int end : ends)
+    if (fcntl(end, F_SETFD, FD_CLOEXEC) != 0) return errno;
+  return 0;
+}
+
+int closeOthers(posix_spawn_file_actions_t&, short& flags, int) {
+  flags = static_cast<short>(flags | POSIX_SPAWN_CLOEXEC_DEFAULT);
+  return 0;
+}
+
+// waitid() tells of children that were only stopped, too. One that has ended already cannot be waited for this way.
+void awaitEnd(pid_t child) {
+  const Descriptor queue(kqueue());
+  struct kevent end {};
+  EV_SET(&end, static_cast<uintptr_t>(child), EVFILT_PROC, EV_ADD | EV_ONESHOT, NOTE_EXIT, 0, nullptr);
+  if (!queue.valid() || kevent(queue.get(), &end, 1, nullptr, 0, nullptr) != 0) return;
+  uninterrupted([&] { return kevent(queue.get(), nullptr, 0, &end, 1, nullptr); });
+}
+
+std::span<const char* const> fixedEnvironment() {
+  return kFixedEnvironment;
+}
+
+std::span<const char* const> inheritedVariables() {
+  return kInherited;
+}
+
+void takePending(const sigset_t& set) {
+  sigset_t pending;
+  sigpending(&pending);
+  for (int number = 1; number < NSIG; ++number) {
+    if (sigismember(&set, number) != 1 || sigismember(&pending, number) != 1) continue;
+    int taken = 0;
+    sigwait(&set, &taken);
+    return;
+  }
+}
+
+std::string ownPath() {
+  std::string path(PATH_MAX, '\0');
+  auto size = static_cast<std::uint32_t>(path.size());
+  if (_NSGetExecutablePath(path.data(), &size) != 0) {
+    path.resize(size);
+    if (_NSGetExecutablePath(path.data(), &size) != 0) return {};
+  }
+  char real[PATH_MAX];
+  return realpath(path.c_str(), real) ? real : "";
+}
+
+std::string systemName() {
+  return "macOS " + textOf("kern.osproductversion") + " (" + textOf("kern.osversion") + ")";
+}
+
+std::uint64_t memoryBytes() {
+  std::uint64_t bytes = 0;
+  std::size_t size = sizeof bytes;
+  return sysctlbyname("hw.memsize", &bytes, &size, nullptr, 0) == 0 ? bytes : 0;
+}
+
+void fillRandomly(std::span<unsigned char> bytes) {
+  getentropy(bytes.data(), bytes.size());
+}
+
+}  // namespace vantory::kernel
