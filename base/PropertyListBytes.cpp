@@ -18,13 +18,24 @@ bool looksLikeXml(std::string_view bytes) {
 }
 
 PropertyList parseAnyForm(std::string_view bytes) {
-  if (bytes.starts_with("bplist")) return parseBinaryPropertyList(bytes);
-  if (looksLikeXml(bytes)) return parseXmlPropertyList(bytes);
+  switch (formOfPropertyList(bytes)) {
+    case PropertyListForm::Binary:
+      return parseBinaryPropertyList(bytes);
+    case PropertyListForm::Xml:
+      return parseXmlPropertyList(bytes);
+    case PropertyListForm::Text:
+      break;
+  }
   std::string storage;
   return parseTextPropertyList(decodedText(bytes, storage));
 }
 
 }  // namespace
+
+PropertyListForm formOfPropertyList(std::string_view bytes) {
+  if (bytes.starts_with("bplist")) return PropertyListForm::Binary;
+  return looksLikeXml(bytes) ? PropertyListForm::Xml : PropertyListForm::Text;
+}
 
 // Damage is thrown from deep inside and ends here.
 std::optional<PropertyList> parsePropertyList(std::string_view bytes) {

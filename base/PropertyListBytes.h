@@ -24,6 +24,9 @@ std::optional<int> lineOfDamage(std::string_view bytes);
 // those outside the years 0 to 9999 become the nearest inside. Otherwise parsePropertyList() gives equal values back.
 std::string writeXmlPropertyList(const PropertyList& value);
 
+// The binary form; a text that is no UTF-8 is written as data. parsePropertyList() gives equal values back.
+std::string writeBinaryPropertyList(const PropertyList& value);
+
 // The old text notation, as used on standard output: indented by four blanks a level, strings quoted where they must
 // be, no line end after the last character. Bytes that are no UTF-8 are written as octal escapes, also those of data
 // that stands for text; other data in hexadecimal. parsePropertyList() reads an array or a dictionary back, with every

@@ -19,12 +19,21 @@ struct DamagedPropertyList {
 // Arrays and dictionaries inside each other, the outermost included.
 constexpr int kMaximumPropertyListDepth = 512;
 
+enum class PropertyListForm { Binary, Xml, Text };
+// By the first bytes.
+PropertyListForm formOfPropertyList(std::string_view bytes);
+
 inline constexpr std::size_t kLargestXml = 4 * 1024 * 1024;
 
 // XML of any encoding that it declares or betrays by its first bytes; at most kLargestXml bytes.
 PropertyList parseXmlPropertyList(std::string_view bytes);
 PropertyList parseBinaryPropertyList(std::string_view bytes);
 PropertyList parseTextPropertyList(std::string_view utf8);
+
+// The element of one value alone, indented by so many tabs, each line with its end.
+std::string xmlElement(const PropertyList& value, std::size_t level);
+// The element of a key that XML can hold, without a line's end.
+std::string xmlKeyElement(std::string_view key);
 
 // Text in UTF-8, or in UTF-16 with a byte order mark, as UTF-8 without one. `storage` holds it where it had to be
 // converted.

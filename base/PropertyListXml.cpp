@@ -148,6 +148,18 @@ class XmlWriter {
     return std::move(out_) + "</plist>\n";
   }
 
+  std::string elements(const PropertyList& value, std::size_t level) {
+    level_ = level;
+    write(value);
+    return std::move(out_);
+  }
+
+  std::string keyElement(std::string_view key) {
+    element("key", key);
+    out_.pop_back();
+    return std::move(out_);
+  }
+
  private:
   void write(const PropertyList& value) {
     std::visit([this](const auto& content) { put(content); }, value.content());
@@ -246,6 +258,14 @@ PropertyList parseXmlPropertyList(std::string_view bytes) {
   const pugi::xml_node content = elementFrom(root.first_child());
   if (elementFrom(content.next_sibling())) damaged();
   return value(content, 0);
+}
+
+std::string xmlElement(const PropertyList& value, std::size_t level) {
+  return XmlWriter().elements(value, level);
+}
+
+std::string xmlKeyElement(std::string_view key) {
+  return XmlWriter().keyElement(key);
 }
 
 std::string writeXmlPropertyList(const PropertyList& value) {

@@ -4,6 +4,8 @@
 #include "base/LineChanges.h"
 #include "base/PropertyListBytes.h"
 #include "base/PropertyListChanges.h"
+#include "base/PropertyListEditing.h"
+#include "base/PropertyListFormats.h"
 
 namespace vantory {
 
@@ -87,6 +89,35 @@ TEST(LineChangesTest, FindsTheFewestLines) {
   EXPECT_EQ(changes("a\n", "a\n"), "");
   EXPECT_EQ(changes("a\nb\nc\na\nb\nb\na\n", "c\nb\na\nb\na\nc\n"), "1-a 2-b 2+b 6-b 6+c ");
   EXPECT_EQ(changes("1\n2\n3\n", "4\n5\n6\n", 5), "0+? ");
+}
+
+// Each edit alone, in each form; what else is there stays.
+TEST(PropertyListEditingTest, ChangesOnlyWhatItIsToldTo) {
+  const std::string xml =
+      "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!-- mine <dict> -->\n<plist version='1.0'><dict>\n"
+      "\t<key>a&amp;b</key>\n\t<array>\n\t\t<true/>\n\t\t<real>1.50</real>\n\t</array>\n"
+      "\t<key>d</key> <dict>\n\t\t<key>x</key><string><![CDATA[<y>]]></string>\n\t</dict>\n\t<key>e</key><dict/>\n"
+      "\t<key>t</key><date>2026-01-02T03:04:05Z</date>\n</dict></plist>\n";
+  const PropertyList whole = *parsePropertyList(xml);
+  const std::string text = writeTextPropertyList(whole);
+  PropertyListDictionary value;
+  value.set("k\né\U0001F600", PropertyListArray{1, -1, 300, 1LL << 40, ~0ULL, 0.1, "", PropertyListData{"\x00\xff"}});
+  for (const std::string& before : {xml, writeBinaryPropertyList(whole), text})
+    for (const char* path : {"a&b[0]", "a&b[2]", "d.x", "d.new", "e.new", "new", "t"}) {
+      const auto after = editedPropertyList(before, {{*parseKeyPath(path), value}});
+      ASSERT_TRUE(after) << path;
+      EXPECT_EQ(formOfPropertyList(*after), formOfPropertyList(before));
+      const auto found = changesBetween(*parsePropertyList(before), *parsePropertyList(*after));
+      ASSERT_EQ(found.size(), 1U) << path;
+      EXPECT_EQ(keyPathText(found[0].path), path);
+      EXPECT_TRUE(before == text || found[0].after == PropertyList(value)) << path;
+    }
+  EXPECT_EQ(*editedPropertyList(xml, {{{"d", "x"}, "<z>"}}),
+            std::string(xml).replace(xml.find("<string>"), 32, "<string>&lt;z&gt;</string>"));
+  EXPECT_THAT(*editedPropertyList(xml, {{{"d", "y"}, true}}),
+              testing::HasSubstr("</string>\n\t\t<key>y</key>\n\t\t<true/>\n\t</dict>"));
+  for (const char* nowhere : {"a&b[3]", "d.x.y", "nothing.new"})
+    EXPECT_FALSE(editedPropertyList(xml, {{*parseKeyPath(nowhere), true}})) << nowhere;
 }
 
 }  // namespace
