@@ -68,6 +68,10 @@ std::string withoutExtension(std::string_view path) {
 }
 
 std::string normalized(std::string_view path) {
+  // Most paths are so already, which is told sooner than they are taken to pieces.
+  constexpr auto kNowhere = std::string_view::npos;
+  if (path.starts_with('/') && !path.ends_with('/') && path.find("//") == kNowhere && path.find("/.") == kNowhere)
+    return std::string(path);
   return std::string(withoutTrailingSlashes(std::filesystem::path(path).lexically_normal().native()));
 }
 

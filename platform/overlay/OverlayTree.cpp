@@ -23,7 +23,7 @@ OverlayNode below(const OverlayNode& folder, const std::string& rest) {
 
 // The nearest known folder above decides; where there is none, the disk.
 OverlayNode OverlayTree::at(const std::string& path) const {
-  for (std::string folder = path;; folder = paths::parent(folder)) {
+  for (std::string folder = path; !nodes_.empty(); folder = paths::parent(folder)) {
     const auto known = nodes_.find(folder);
     if (known != nodes_.end()) return folder == path ? known->second : below(known->second, path.substr(folder.size()));
     if (folder.size() <= 1) break;
