@@ -5,6 +5,7 @@
 
 #include "base/Paths.h"
 #include "catalog/BackupPlace.h"
+#include "catalog/FileRestoring.h"
 #include "catalog/QWPrefItem.h"
 #include "platform/FileMetadata.h"
 #include "platform/FileSystem.h"
@@ -58,6 +59,7 @@ class ItemRestoring {
 
   // `source` lies in the backup.
   void restore(const std::string& source);
+  void replaceContent(const std::string& path, std::string bytes, const FileInfo& known);
 
  private:
   Status replace(const Staged& staged, const std::string& source, const std::string& destination);
@@ -120,7 +122,30 @@ void ItemRestoring::restore(const std::string& source) {
   note(destination, staged.error());
 }
 
+// Finished first, like any copy that replaces something. What has changed since its content was read stays.
+void ItemRestoring::replaceContent(const std::string& path, std::string bytes, const FileInfo& known) {
+  (void)QWFileManager::unlockFile(paths::parent(path));
+  const Staged staged = QWFileManager::stageCopy({.source = path, .destination = path, .content = std::move(bytes)});
+  if (!staged) {
+    logCause(staged.error().text);
+    return note(path, staged.error());
+  }
+  const auto now = Runtime::current().platform().files.info(path, Links::Follow);
+  if (!now || now->identity != known.identity || now->size != known.size || now->modified != known.modified)
+    return note(path, Error{std::errc::device_or_resource_busy, path + ": another program has changed it meanwhile"});
+  note(path, replace(staged, path, path));
+}
+
 }  // namespace
+
+void restoreFile(const std::string& source, const BackupPlace& backup, const std::string& item, TaskReport& report) {
+  ItemRestoring(std::string(paths::withoutTrailingSlashes(backup.path())), item, report).restore(source);
+}
+
+void replaceContent(const std::string& path, std::string bytes, const FileInfo& known, const std::string& item,
+                    TaskReport& report) {
+  ItemRestoring({}, item, report).replaceContent(path, std::move(bytes), known);
+}
 
 void QWPrefItem::restoreFilesFromBackup(const BackupPlace& backup, TaskReport& report) {
   const std::string root(paths::withoutTrailingSlashes(backup.path()));

@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -98,6 +99,8 @@ struct CopyRequest {
   std::string sourceRoot = {};
   Links links = Links::Follow;  // whether a symbolic link as the source stands for what it points to
   CopyObserver observer = {};   // may be empty
+  // What the copy of a file is to hold instead of its content; its time of change is then now.
+  std::optional<std::string> content = {};
 };
 
 struct WriteOptions {

@@ -7,13 +7,8 @@
 #include "backups/comparison/Comparison.h"
 #include "base/Format.h"
 #include "base/Json.h"
-#include "base/Paths.h"
 #include "base/Text.h"
-#include "base/Timestamp.h"
-#include "platform/SystemInfo.h"
-#include "services/Runtime.h"
 #include "services/TaskReport.h"
-#include "services/files/QWFileManager.h"
 #include "tasks/DryRun.h"
 #include "tasks/KeyList.h"
 #include "tasks/NamedBackup.h"
@@ -38,20 +33,12 @@ QWDataController& library() {
   return QWDataController::sharedController();
 }
 
-// A backup of the library by its name, or any by its path. Null, with the reason told, where there is no such, or where
-// it holds nothing that could be compared.
+// Null, with the reason told, where none can be read.
 BackupPointer backupFor(const QuestionContext& context, const std::string& operand) {
-  const std::string path = paths::absolute(operand, Runtime::current().platform().system.workingDirectory());
-  const BackupList meant = backupsMeant(operand, path);
-  BackupPointer backup = meant.size() == 1 ? meant.front() : nullptr;
-  if (meant.empty() && QWFileManager::isDirectoryAtPath(path)) backup = QWBackup::backupWithFile(path);
-  if (!backup) {
-    refuse(context, faultOfName(operand, meant));
-  } else if (!backup->isComplete()) {
-    refuse(context, formatted("%@ is no complete backup: it has no readable Settings.plist.", backup->path()));
-    backup = nullptr;
-  }
-  return backup;
+  const auto backup = backupToRead(operand);
+  if (backup) return *backup;
+  refuse(context, backup.error().text);
+  return nullptr;
 }
 
 // The short names of "-trash" count here too.

@@ -35,18 +35,12 @@ std::string unchangedDefault(const Error& error) {
   return "The default backup could not be changed: " + error.text;
 }
 
-// How many operands there are, but for a last "-task" or "-hotkey".
-std::size_t countOperands(const CommandContext& context) {
-  const std::size_t count = context.operandCount();
-  return count > 0 && asksForNotifications(*context.operand(count)) ? count - 1 : count;
-}
-
 // These commands have no older callers: what they do not understand keeps them from being begun. None where all is
 // well.
 std::optional<int> refuseOperands(const CommandContext& context, std::size_t least) {
   const std::string& option = context.arguments[context.position];
   const std::size_t most = std::ranges::find(commandTable(), option, &TaskCommand::option)->mostOperands;
-  const std::size_t count = countOperands(context);
+  const std::size_t count = context.ownOperandCount();
   if (count < least) return context.refuseWithoutOperand();
   if (count <= most) return std::nullopt;
   return refuse(
@@ -160,7 +154,7 @@ int updateCommand(const CommandContext& context) {
 int pruneCommand(const CommandContext& context) {
   if (const auto refused = refuseOperands(context, 0)) return *refused;
   std::optional<long long> number;
-  if (const auto operand = countOperands(context) > 0 ? context.operand(1) : std::nullopt) {
+  if (const auto operand = context.ownOperandCount() > 0 ? context.operand(1) : std::nullopt) {
     long long value = 0;
     const auto [end, failure] = std::from_chars(operand->data(), operand->data() + operand->size(), value);
     if (failure != std::errc() || end != operand->data() + operand->size() || value < 1)

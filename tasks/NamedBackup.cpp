@@ -5,6 +5,8 @@
 #include "base/Format.h"
 #include "base/Paths.h"
 #include "base/Spelling.h"
+#include "platform/SystemInfo.h"
+#include "services/Runtime.h"
 #include "services/files/QWFileManager.h"
 
 namespace vantory {
@@ -32,6 +34,18 @@ std::string faultOfName(const std::string& name, const BackupList& meant) {
   const auto nearest = nearestWord(name, names);
   return nearest ? formatted("There is no backup \"%@\": did you mean \"%@\"?", name, *nearest)
                  : formatted("There is no backup \"%@\". \"vantory --list-backups\" lists them.", name);
+}
+
+Result<std::shared_ptr<QWBackup>> backupToRead(const std::string& operand) {
+  const std::string path = paths::absolute(operand, Runtime::current().platform().system.workingDirectory());
+  const BackupList meant = backupsMeant(operand, path);
+  const auto fault = [](std::string sentence) { return Error{std::errc::invalid_argument, std::move(sentence)}; };
+  std::shared_ptr<QWBackup> backup = meant.size() == 1 ? meant.front() : nullptr;
+  if (meant.empty() && QWFileManager::isDirectoryAtPath(path)) backup = QWBackup::backupWithFile(path);
+  if (!backup) return fault(faultOfName(operand, meant));
+  if (!backup->isComplete())
+    return fault(formatted("%@ is no complete backup: it has no readable Settings.plist.", backup->path()));
+  return backup;
 }
 
 }  // namespace vantory

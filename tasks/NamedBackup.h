@@ -13,4 +13,8 @@ BackupList backupsMeant(const std::string& name, const std::string& path);
 // Why no backup, or no single one, is meant by the name; a sentence.
 std::string faultOfName(const std::string& name, const BackupList& meant);
 
+// The backup to read: of the listed ones by its name, or any by its path. Fails with such a sentence where there is no
+// single one, and where it is incomplete.
+Result<std::shared_ptr<QWBackup>> backupToRead(const std::string& operand);
+
 }  // namespace vantory

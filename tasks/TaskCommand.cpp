@@ -2,6 +2,7 @@
 #include "tasks/TaskCommand.h"
 
 #include <algorithm>
+#include <limits>
 
 #include "base/Paths.h"
 #include "platform/SystemInfo.h"
@@ -38,6 +39,8 @@ constexpr TaskCommand kCommands[] = {
      FileAction::Copy},
     {"--prune", "[N]", "Remove all but N automatic backups for good (default: as the settings say).", pruneCommand,
      true, true, 1, FileAction::Remove},
+    {"--restore-keys", "BACKUP ITEM KEYPATH...", "Put only these keys of a property list back.", restoreKeysCommand,
+     true, true, std::numeric_limits<std::size_t>::max(), FileAction::Restore},
 };
 
 }  // namespace
@@ -53,6 +56,11 @@ std::optional<ChosenCommand> chooseCommand(const std::vector<std::string>& argum
     if (option != arguments.end()) return ChosenCommand{&command, static_cast<std::size_t>(option - arguments.begin())};
   }
   return std::nullopt;
+}
+
+std::size_t CommandContext::ownOperandCount() const {
+  const std::size_t count = operandCount();
+  return count > 0 && asksForNotifications(*operand(count)) ? count - 1 : count;
 }
 
 std::optional<std::string> CommandContext::operand(std::size_t number) const {

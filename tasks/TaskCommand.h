@@ -25,6 +25,8 @@ struct CommandContext {
   TaskReport& report;  // to be filled
 
   std::size_t operandCount() const { return arguments.size() - position - 1; }
+  // How many there are but for a last "-task" or "-hotkey".
+  std::size_t ownOperandCount() const;
   // The n-th argument after the option, counted from 1; none when there are fewer.
   std::optional<std::string> operand(std::size_t number) const;
   // The n-th, which there is, as an absolute path without "." and "..", and without the slash that a completed folder
@@ -74,5 +76,6 @@ int renameCommand(const CommandContext& context);
 int removeCommand(const CommandContext& context);
 int updateCommand(const CommandContext& context);
 int pruneCommand(const CommandContext& context);
+int restoreKeysCommand(const CommandContext& context);
 
 }  // namespace vantory

@@ -178,6 +178,13 @@ Result<std::unique_ptr<StagedCopy>> OverlayFileSystem::stageCopy(const CopyReque
   if (source->type != FileType::File && source->type != FileType::Folder)
     return changes_.refuse(std::move(change), std::errc::invalid_argument);
   if (const auto obstacle = obstacleTo(request.destination)) return changes_.refuse(std::move(change), *obstacle);
+  if (request.content) {
+    change.kind = Change::Kind::Write;
+    change.path = std::exchange(change.destination, {});
+    return std::unique_ptr<StagedCopy>(std::make_unique<OverlayCopy>(
+        *this, std::move(change),
+        OverlayNode{.kind = Kind::Written, .bytes = *request.content, .number = tree_.newNumber()}));
+  }
   OverlayNode copied = node(request.source);
   copied.isCopy = true;
   copied.locked.reset();
@@ -187,9 +194,10 @@ Result<std::unique_ptr<StagedCopy>> OverlayFileSystem::stageCopy(const CopyReque
 
 Status OverlayFileSystem::commit(const Change& copy, OverlayNode copied, StagedCopy::Existing existing) {
   const Lock lock(tree_.mutex);
-  if (existing == StagedCopy::Existing::Keep && exists(copy.destination))
+  const std::string& destination = copy.kind == Change::Kind::Write ? copy.path : copy.destination;
+  if (existing == StagedCopy::Existing::Keep && exists(destination))
     return changes_.refuse(copy, std::errc::file_exists);
-  tree_.put(paths::normalized(copy.destination), std::move(copied));
+  tree_.put(paths::normalized(destination), std::move(copied));
   changes_.add(copy);
   return {};
 }

@@ -112,7 +112,8 @@ _vantory_operand() {
     backup1) _vantory_names ;;
     restore1) _vantory_paths ;;
     *default1) _vantory_offer none ;;&
-    *default1 | *rename1 | *remove1 | *update1) _vantory_all_names ;;
+    *restore-keys2) _vantory_keys ;;
+    *default1 | *rename1 | *remove1 | *update1 | *restore-keys1) _vantory_all_names ;;
   esac
   case $1 in trash2 | lock2 | unlock2 | backup4 | restore3) _vantory_offer -task -hotkey ;; esac
 }
@@ -124,7 +125,7 @@ _vantory() {
   COMPREPLY=()
   for ((i = 1; i < last; i++)); do
     case ${words[i]} in
-      --default | --rename | --remove | --update | --prune | \
+      --default | --rename | --remove | --update | --prune | --restore-keys | \
         -autobackup | -restoredefault | -list | -trash | -lock | -unlock | -backup | -restore)
         _vantory_operand "${words[i]#-}$((last - i))"
         break
@@ -133,7 +134,7 @@ _vantory() {
         [[ ${words[i + 1]} != --json ]] || ((i++))
         if ((last == i + 1)); then
           _vantory_offer autobackup restoredefault list trash lock unlock backup restore default rename remove \
-            update prune --json
+            update prune restore-keys --json
         else
           _vantory_operand "${words[i + 1]}$((last - i - 1))"
         fi
@@ -152,7 +153,8 @@ _vantory() {
     esac
   done
   ((i < last)) || _vantory_offer -autobackup -restoredefault -list -trash -lock -unlock -backup -restore --default \
-    --rename --remove --update --prune --list-items --list-backups --preview --compare --json --strict --print0 --help --version
+    --rename --remove --update --prune --restore-keys --list-items --list-backups --preview --compare --json --strict \
+    --print0 --help --version
 
   _vantory_drop_before_colon
   _vantory_quote

@@ -4,6 +4,9 @@
 #include <sys/stat.h>
 
 #include "backups/BackupFolder.h"
+#include "backups/comparison/PartialRestore.h"
+#include "base/PropertyListBytes.h"
+#include "catalog/FileRestoring.h"
 #include "tests/backups/BackupsTest.h"
 
 namespace vantory::test {
@@ -107,6 +110,77 @@ TEST_F(ComparisonTest, EndsWhenItIsToldTo) {
       compareBackups({.after = backup, .observer = [](std::size_t files) { return files < 3; }});
   EXPECT_FALSE(comparison.isWhole);
   EXPECT_EQ(comparison.count(Difference::Same), 3U);
+}
+
+class PartialRestoreTest : public ComparisonTest {
+ protected:
+  PartialRestoreTest() {
+    setWideCatalog();
+    writeFile(prefs("editor.plist"), "{ Snapping = 0; Zoom = 1; Gone = x; }");
+    writeFile(prefs("a.layout"), "{ Same = 1; Twice = 0; }");
+    writeFile(prefs("b.layout"), "{ Twice = 0; }");
+    backup_ = write("B");
+    writeFile(prefs("editor.plist"), kPresent);
+    writeFile(prefs("a.layout"), "{ Same = 1; Twice = 1; }");
+    writeFile(prefs("b.layout"), "{ Twice = 1; }");
+    EXPECT_EQ(chmod(prefs("editor.plist").c_str(), 0640), 0);
+    files_.heal();
+  }
+  Result<std::vector<FileChoice>> find(const std::string& item, const std::string& key) {
+    return filesWithKeys(compareBackups({.after = backup_, .items = {{item}}}).items.at(0), {*parseKeyPath(key)});
+  }
+  std::string refusal(const std::string& item, const std::string& key) {
+    const auto found = find(item, key);
+    return found ? "" : found.error().text;
+  }
+
+  static constexpr const char* kPresent = "{ Snapping = 1; Zoom = 2; New = y; }";
+  std::shared_ptr<QWBackup> backup_;
+};
+
+TEST_F(PartialRestoreTest, PutsBackOnlyTheKeysAndKeepsTheRest) {
+  auto chosen = find("keyA", "Snapping");
+  ASSERT_TRUE(chosen);
+  chosen->front().keys.push_back({"Gone"});
+  restorePartly(backup_, {{"keyA", *chosen}}, report_);
+  EXPECT_TRUE(report_.isWhole());
+  EXPECT_EQ(parsePropertyList(readFile(prefs("editor.plist"))), parsePropertyList("{Snapping=0;Zoom=2;New=y;Gone=x;}"));
+  EXPECT_EQ(readFile(inTrash("editor.plist")), kPresent);
+  struct stat status {};
+  ASSERT_EQ(stat(prefs("editor.plist").c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777U, 0640U);
+  EXPECT_EQ(readFile(prefs("a.layout")), "{ Same = 1; Twice = 1; }");
+}
+
+TEST_F(PartialRestoreTest, RefusesKeysThatAreNotMeantForOneFile) {
+  EXPECT_THAT(refusal("keyB", "Twice"), HasSubstr("is in 2 files"));
+  EXPECT_THAT(refusal("keyB", "Same"), HasSubstr("is the same in the backup"));
+  EXPECT_THAT(refusal("keyA", "New"), HasSubstr("The backup has no \"New\""));
+  EXPECT_THAT(refusal("keyA", "Snaping"), HasSubstr("did you mean \"Snapping\"?"));
+}
+
+TEST_F(PartialRestoreTest, AtEveryFailureTheFileIsInItsPlaceOrInTheTrash) {
+  const auto chosen = find("keyA", "Snapping");
+  ASSERT_TRUE(chosen);
+  for (const Operation operation : {Operation::StageCopy, Operation::Trash, Operation::Commit}) {
+    files_.heal();
+    files_.crashBefore(operation);
+    EXPECT_THROW(restorePartly(backup_, {{"keyA", *chosen}}, report_), SimulatedCrash);
+    const bool isInPlace = fs::exists(prefs("editor.plist"));
+    EXPECT_EQ(isInPlace, operation != Operation::Commit);
+    EXPECT_EQ(readFile(isInPlace ? prefs("editor.plist") : inTrash("editor.plist")), kPresent);
+  }
+}
+
+// An editor that writes its preferences between the reading and the replacing.
+TEST_F(PartialRestoreTest, WhatAnotherProgramWritesMeanwhileStays) {
+  const auto chosen = find("keyA", "Snapping");
+  ASSERT_TRUE(chosen);
+  const auto known = fakes_.platform.files.info(prefs("editor.plist"), Links::Follow);
+  writeFile(prefs("editor.plist"), "{ Snapping = 7; }");
+  replaceContent(prefs("editor.plist"), "x", *known, "keyA", report_);
+  EXPECT_TRUE(report_.hasFailures());
+  EXPECT_EQ(readFile(prefs("editor.plist")), "{ Snapping = 7; }");
 }
 
 }  // namespace

@@ -527,6 +527,11 @@ TEST_F(CommandLineTest, ComparesABackupWithTheFilesAndWithAnother) {
     EXPECT_THAT(errors_.str(), HasSubstr(told));
   }
   EXPECT_EQ(snapshot(), before);
+  EXPECT_EQ(run("--restore-keys First fcpPrefs Timeline.Snaping"), 1);
+  EXPECT_THAT(errors_.str() + log(), HasSubstr("did you mean \"Timeline.Snapping\"?"));
+  EXPECT_EQ(readFile(home_ / kFiles[1].second), "{ Timeline = { Snapping = 1; }; }");
+  EXPECT_EQ(run("--strict --restore-keys First fcpPrefs Timeline.Snapping"), 0);
+  EXPECT_THAT(readFile(home_ / kFiles[1].second), HasSubstr("Snapping = 0;"));
 }
 
 // The manual, the README and the completions are written by hand.

@@ -228,6 +228,10 @@ Result<std::unique_ptr<StagedCopy>> LinuxFileSystem::stageCopy(const CopyRequest
   if (!rights_.mayCopy(status)) return systemError(request.source, EPERM);
   Result<Place> destination = rights_.locate(request.destination);
   if (!destination) return destination.error();
+  if (request.content) {
+    if (!S_ISREG(status.st_mode)) return errorWithText(std::errc::invalid_argument, request.source, "is no file");
+    return stageChanged(*source, status, request, std::move(*destination), rights_);
+  }
   CopyReport report(request.observer);
   if (S_ISDIR(status.st_mode))
     return stageFolder(std::move(*source), request, std::move(*destination), rights_, report);

@@ -298,6 +298,27 @@ Result<std::unique_ptr<StagedCopy>> stageFile(const Descriptor& source, const st
                                                                   request.destination, rights, report.takeNotes()));
 }
 
+Result<std::unique_ptr<StagedCopy>> stageChanged(const Descriptor& source, const struct stat& status,
+                                                 const CopyRequest& request, Place destination,
+                                                 const FileRights& rights) {
+  Result<UnnamedFile> copy = UnnamedFile::create(destination, request.destination);
+  if (!copy) return copy.error();
+  for (std::string_view bytes = *request.content; !bytes.empty();) {
+    const ssize_t count = uninterrupted([&] { return write(copy->get(), bytes.data(), bytes.size()); });
+    if (count < 0) return systemError(request.destination);
+    bytes.remove_prefix(static_cast<std::size_t>(count));
+  }
+  CopyReport report;
+  if (Status kept =
+          copyAttributes(source.get(), status, copy->get(), request.source, request.destination, rights, report);
+      !kept)
+    return kept.error();
+  const timespec now[2] = {{0, UTIME_NOW}, {0, UTIME_NOW}};
+  if (futimens(copy->get(), now) != 0) return systemError(request.destination);
+  return std::unique_ptr<StagedCopy>(std::make_unique<StagedFile>(std::move(*copy), std::move(destination),
+                                                                  request.destination, rights, report.takeNotes()));
+}
+
 Result<std::unique_ptr<StagedCopy>> stageFolder(Descriptor source, const CopyRequest& request, Place destination,
                                                 const FileRights& rights, CopyReport& report) {
   Result<StagingFolder> staging = StagingFolder::create(destination, request.destination, rights);

@@ -43,6 +43,10 @@ class UnnamedFile {
 Result<std::unique_ptr<StagedCopy>> stageFile(const Descriptor& source, const struct stat& status,
                                               const CopyRequest& request, Place destination, const FileRights& rights,
                                               CopyReport& report);
+// The same with the content that the request has.
+Result<std::unique_ptr<StagedCopy>> stageChanged(const Descriptor& source, const struct stat& status,
+                                                 const CopyRequest& request, Place destination,
+                                                 const FileRights& rights);
 Result<std::unique_ptr<StagedCopy>> stageFolder(Descriptor source, const CopyRequest& request, Place destination,
                                                 const FileRights& rights, CopyReport& report);
 

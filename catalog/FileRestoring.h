@@ -1,0 +1,22 @@
+// Putting single files back in place. At every instant the user's previous file is in its place or in the Trash.
+#pragma once
+
+#include <string>
+
+#include "platform/FileSystem.h"
+
+namespace vantory {
+
+class BackupPlace;
+class TaskReport;
+
+// Puts a file or folder of the backup in its place; what was there goes to the Trash. A failure leaves the file as it
+// was, is logged, and stands in the report.
+void restoreFile(const std::string& source, const BackupPlace& backup, const std::string& item, TaskReport& report);
+
+// The same with a file that has these bytes and all else of the present one, which must still be as it was when it was
+// known by this information.
+void replaceContent(const std::string& path, std::string bytes, const FileInfo& known, const std::string& item,
+                    TaskReport& report);
+
+}  // namespace vantory
