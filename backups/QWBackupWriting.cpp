@@ -222,6 +222,7 @@ bool ItemCopier::isReachedWithoutLinks(const std::string& folder) const {
 
 // Moves what bears the path of a new backup to the Trash, and says where it is.
 Status clearPath(const std::string& path, TaskReport& report) {
+  report.planned(FileAction::Trash, std::vector{path});
   const auto place = clearBackupPath(path);
   if (!place) return place.error();
   if (place->empty()) return {};
@@ -239,8 +240,10 @@ Result<std::unique_ptr<FolderHold>> makeBackupFolder(const std::string& path, st
   const auto libraryHold = holdBackupFolder(library);
   if (!libraryHold) return libraryHold.error();
   if (const Status cleared = clearPath(path, report); !cleared) return cleared.error();
+  report.planned(FileAction::Create, std::vector{path});
   if (const Status made = QWFileManager::createDirectory(path); !made) return made.error();
   if (const auto info = files().info(path, Links::DoNotFollow)) created = info->identity;
+  report.noted(FileAction::Create, path);
   return holdBackupFolder(path);
 }
 
@@ -347,6 +350,7 @@ WriteResult QWBackup::write(TaskReport& report, bool filesOnly) {
   QWFileManager::unlockFolder(path_);
   if (const Status touched = QWFileManager::touchFile(path_); !touched)
     QWLog::appendLog("The backup keeps its old date: %@", touched.error().text);
+  if (!filesOnly) report.noted(FileAction::Create, path_);
   hold->reset();
   BackupLibrary::current().populateBackups();
   if (const Status synced = sync.get(); !synced) {

@@ -64,11 +64,11 @@ class QWDataController : public BackupLibrary {
   TaskReport manageAutoBackups(std::optional<long long> maximum = std::nullopt);
   // Moves the backup to the Trash, answers where it lies there, and drops it from the list, also when that fails, as it
   // does (timed_out) while another process writes it. Any thread.
-  Result<std::string> removeBackup(const std::shared_ptr<QWBackup>& backup);
+  Result<std::string> removeBackup(const std::shared_ptr<QWBackup>& backup, TaskReport& report);
   // Gives a backup's folder another name, with "-2", "-3" ... where another backup, of the library's folder or beside
   // this one, bears that. Answers its path now; the record is left as it is. Fails (timed_out) while another process
   // writes it. Any thread.
-  static Result<std::string> renameBackup(const QWBackup& backup, const std::string& name);
+  static Result<std::string> renameBackup(const QWBackup& backup, const std::string& name, TaskReport& report);
   // Copies a backup from elsewhere into the library and restores it, on any thread. False when nothing was restored;
   // the report and the log say why. To tell the user is the caller's part.
   bool addBackupFromFile(const std::string& path, TaskReport& report);

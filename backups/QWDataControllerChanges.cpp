@@ -6,6 +6,7 @@
 #include "backups/QWDataController.h"
 #include "base/Format.h"
 #include "base/Paths.h"
+#include "services/TaskReport.h"
 #include "services/files/QWFileManager.h"
 #include "services/log/QWLog.h"
 #include "services/threads/MainThread.h"
@@ -46,18 +47,20 @@ Result<Holds> holdBackup(const std::string& path) {
   return holds;
 }
 
-Result<std::string> trashUnlessHeld(const std::string& path) {
+Result<std::string> trashUnlessHeld(const std::string& path, TaskReport& report) {
   const auto holds = holdBackup(path);
   if (!holds) return holds.error();
-  return QWFileManager::trashFile(path, 10s);
+  report.planned(FileAction::Trash, std::vector{path});
+  return QWFileManager::trashFile(path, 10s, report);
 }
 
 }  // namespace
 
 // Off the list even where the Trash refused it: the next listing shows it again.
-Result<std::string> QWDataController::removeBackup(const std::shared_ptr<QWBackup>& backup) {
+Result<std::string> QWDataController::removeBackup(const std::shared_ptr<QWBackup>& backup, TaskReport& report) {
   QWLog::appendLog("Removing backup...");
-  auto place = trashUnlessHeld(backup->path());
+  auto place = trashUnlessHeld(backup->path(), report);
+  report.add(FileAction::Trash, backup->path(), place.status(), {}, place ? *place : "");
   MainThread::shared().runAndWait([&] {
     Library library = backupArray();
     std::erase(library, std::static_pointer_cast<BackupNode>(backup));
@@ -68,12 +71,15 @@ Result<std::string> QWDataController::removeBackup(const std::shared_ptr<QWBacku
   return place;
 }
 
-Result<std::string> QWDataController::renameBackup(const QWBackup& backup, const std::string& name) {
+Result<std::string> QWDataController::renameBackup(const QWBackup& backup, const std::string& name,
+                                                   TaskReport& report) {
   const auto holds = holdBackup(backup.path());
-  if (!holds) return holds.error();
   const std::string folder = paths::parent(backup.path());
   std::string path = paths::join(folder, backupFileName(freeNameIn(folder, name)));
-  if (const Status moved = QWFileManager::moveFile(backup.path(), path, 20s); !moved) return moved.error();
+  if (holds) report.planned(FileAction::Move, {{.path = backup.path(), .place = path}});
+  const Status moved = holds ? QWFileManager::moveFile(backup.path(), path, 20s) : holds.status();
+  report.add(FileAction::Move, backup.path(), moved, {}, path);
+  if (!moved) return moved.error();
   return path;
 }
 

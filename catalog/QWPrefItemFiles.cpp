@@ -62,14 +62,20 @@ class ItemTrashing {
  public:
   ItemTrashing(const std::string& item, TaskReport& report) : item_(item), report_(report) {}
 
+  // Called first for what a pattern matches, all of it at once.
+  void plan(const std::vector<std::string>& paths) { report_.planned(FileAction::Trash, paths, item_); }
   // The file, and its companion. A path that is not known to exist is looked for first.
   void trash(const std::string& path, bool exists, Companions& companions) {
     // What cannot even be looked at is tried too, so that its failure is told.
     if (exists || !QWFileManager::isMissingAtPath(path)) {
+      if (!exists) plan({path});
       QWLog::appendLog("Trashing file %@", path);
       move(path);
     }
-    if (const auto companion = companions.of(path)) move(*companion);
+    if (const auto companion = companions.of(path)) {
+      plan({*companion});
+      move(*companion);
+    }
   }
   int count() const { return count_; }
 
@@ -127,8 +133,10 @@ int QWPrefItem::trash(TaskReport& report) {
   ItemTrashing trashing(key(), report);
   for (const std::string& pattern : files()) {
     Companions companions(QWFileManager::isWildcardPath(paths::lastComponent(pattern)));
-    for (const std::string& path : QWFileManager::filesMatchingWildcardPath(pattern, report))
-      trashing.trash(path, QWFileManager::isWildcardPath(pattern), companions);
+    const std::vector<std::string> paths = QWFileManager::filesMatchingWildcardPath(pattern, report);
+    const bool exist = QWFileManager::isWildcardPath(pattern);
+    if (exist) trashing.plan(paths);
+    for (const std::string& path : paths) trashing.trash(path, exist, companions);
   }
   int count = trashing.count();
   for (const auto& user : users_)
@@ -142,6 +150,7 @@ void QWPrefItem::lockFiles(State state, TaskReport& report, bool refreshParent) 
   const FileAction action = state == On ? FileAction::Lock : FileAction::Unlock;
   for (const std::string& pattern : files()) {
     const std::vector<std::string> matches = QWFileManager::filesMatchingWildcardPath(pattern, report);
+    report.planned(action, matches, key());
     const auto outcomes = state == On ? QWFileManager::lockFiles(matches, tellLocking)
                                       : QWFileManager::unlockFiles(matches, tellUnlocking);
     // A file that is missing is no part of the report.

@@ -57,6 +57,8 @@ class ItemRestoring {
   ItemRestoring(std::string backupPath, const std::string& item, TaskReport& report)
       : backupPath_(std::move(backupPath)), item_(item), report_(report) {}
 
+  // Called first, for what a pattern matches in the backup.
+  void plan(const std::vector<std::string>& sources);
   // `source` lies in the backup.
   void restore(const std::string& source);
   void replaceContent(const std::string& path, std::string bytes, const FileInfo& known);
@@ -94,6 +96,14 @@ Status ItemRestoring::replace(const Staged& staged, const std::string& source, c
   Status copied = putInPlace(staged, source, destination);
   // What is in the way is there because it could not be trashed.
   return copied || trashed ? copied : trashed;
+}
+
+void ItemRestoring::plan(const std::vector<std::string>& sources) {
+  std::vector<FilePlan> files;
+  for (const std::string& source : sources)
+    if (auto destination = livePathOf(source, backupPath_))
+      files.push_back({.path = std::move(*destination), .source = source});
+  report_.planned(FileAction::Restore, files, item_);
 }
 
 void ItemRestoring::restore(const std::string& source) {
@@ -150,9 +160,12 @@ void replaceContent(const std::string& path, std::string bytes, const FileInfo& 
 void QWPrefItem::restoreFilesFromBackup(const BackupPlace& backup, TaskReport& report) {
   const std::string root(paths::withoutTrailingSlashes(backup.path()));
   ItemRestoring restoring(root, key(), report);
-  for (const std::string& pattern : files())
-    for (const std::string& path : QWFileManager::filesMatchingWildcardPath(backup.safeUserPath(pattern), root, report))
-      if (mayBeHeld(path)) restoring.restore(path);
+  for (const std::string& pattern : files()) {
+    auto sources = QWFileManager::filesMatchingWildcardPath(backup.safeUserPath(pattern), root, report);
+    std::erase_if(sources, [](const std::string& source) { return !mayBeHeld(source); });
+    restoring.plan(sources);
+    for (const std::string& source : sources) restoring.restore(source);
+  }
   for (const auto& user : users_)
     if (user->selected() == On) user->restoreFilesFromBackup(backup, report);
 }

@@ -158,7 +158,7 @@ class FileSystem {
   // Returns once everything written to the file system that holds `path` is on disk.
   virtual Status sync(const std::string& path) = 0;
 
-  // Takes hold of an existing folder, waiting at most `wait` for another process that has it (timed_out).
+  // Takes hold of an existing folder, or file, waiting at most `wait` for another process that has it (timed_out).
   virtual Result<std::unique_ptr<FolderHold>> holdFolder(const std::string& path, std::chrono::milliseconds wait) = 0;
 };
 

@@ -31,14 +31,25 @@ const char* nameOf(FileAction action) {
       return "write";
     case FileAction::List:
       return "list";
+    case FileAction::PutBack:
+      return "putback";
+    case FileAction::Create:
+      return "create";
     case FileAction::Sync:
       break;
   }
   return "sync";
 }
 
+std::optional<FileAction> actionNamed(std::string_view name) {
+  for (int number = 0; number <= static_cast<int>(FileAction::Create); ++number)
+    if (const auto action = static_cast<FileAction>(number); name == nameOf(action)) return action;
+  return std::nullopt;
+}
+
 void TaskReport::done(FileAction action, const std::string& path, const std::string& item, const std::string& place) {
   files_.push_back({.action = action, .path = path, .item = item, .place = place});
+  if (record_) record_->done(action, path, item, place);
 }
 
 void TaskReport::skipped(FileAction action, const std::string& path, Error cause, const std::string& item) {
@@ -67,6 +78,22 @@ void TaskReport::add(FileAction action, const std::string& path, const Status& s
 
 void TaskReport::passedOver(std::string application, std::string reason) {
   passedOver_.push_back({std::move(application), std::move(reason)});
+}
+
+void TaskReport::planned(FileAction action, const std::vector<FilePlan>& files, const std::string& item) {
+  if (record_ && !files.empty()) record_->planned(action, files, item);
+}
+
+void TaskReport::planned(FileAction action, const std::vector<std::string>& paths, const std::string& item) {
+  if (!record_) return;
+  std::vector<FilePlan> files;
+  files.reserve(paths.size());
+  for (const std::string& path : paths) files.push_back({.path = path});
+  planned(action, files, item);
+}
+
+void TaskReport::noted(FileAction action, const std::string& path, const std::string& item) {
+  if (record_) record_->done(action, path, item, {});
 }
 
 void TaskReport::take(TaskReport other) {

@@ -6,16 +6,19 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "base/Result.h"
 
 namespace vantory {
 
-enum class FileAction { Trash, Restore, Copy, Lock, Unlock, Move, Remove, Write, List, Sync };
+enum class FileAction { Trash, Restore, Copy, Lock, Unlock, Move, Remove, Write, List, Sync, PutBack, Create };
 
 // As scripts read it, such as "trash".
 const char* nameOf(FileAction action);
+// The reverse; none for any other word.
+std::optional<FileAction> actionNamed(std::string_view name);
 
 // One file, or folder, of a task.
 struct FileReport {
@@ -27,6 +30,23 @@ struct FileReport {
   std::string place = {};  // where it, or its copy, lies now; empty where that is nowhere or not known
   Outcome outcome = Outcome::Done;
   std::shared_ptr<const Error> cause = {};  // why it was skipped or failed; null when done
+};
+
+// What is about to be done to a file or folder.
+struct FilePlan {
+  std::string path;
+  std::string source = {};  // what is to be put there; empty for none
+  std::string place = {};   // where it is to go; empty where that shows only afterwards
+};
+
+// Hears of a task's changes as they happen, so that they can be taken back, also after the process was killed.
+class TaskRecord {
+ public:
+  virtual ~TaskRecord() = default;
+  // Called before the first of these is touched.
+  virtual void planned(FileAction action, const std::vector<FilePlan>& files, const std::string& item) = 0;
+  // Called right after.
+  virtual void done(FileAction action, const std::string& path, const std::string& item, const std::string& place) = 0;
 };
 
 // Filled by whatever a task calls, read by whoever tells of the task. Belongs to one task, and to one thread at a time.
@@ -59,6 +79,14 @@ class TaskReport {
   void cancelled() { isCancelled_ = true; }
   // A sentence about something beside the task itself that went wrong, such as an application that did not start again.
   void remark(std::string sentence) { remarks_.push_back(std::move(sentence)); }
+
+  // What is about to be done, for the record alone. Whoever changes files says it first, for a few or for many at once.
+  void planned(FileAction action, const std::vector<FilePlan>& files, const std::string& item = {});
+  void planned(FileAction action, const std::vector<std::string>& paths, const std::string& item = {});
+  // What was done on the way and is nothing to tell a person, for the record alone.
+  void noted(FileAction action, const std::string& path, const std::string& item = {});
+  // Hears of everything from now on; outlives the report. Null for nobody.
+  void setRecord(TaskRecord* record) { record_ = record; }
 
   // What a person reads where all was done; empty where they have read it already.
   void summarize(std::string sentence) { summary_ = std::move(sentence); }
@@ -101,6 +129,7 @@ class TaskReport {
   std::optional<std::string> refusal_;
   std::optional<std::string> summary_;
   bool isCancelled_ = false;
+  TaskRecord* record_ = nullptr;
 };
 
 }  // namespace vantory

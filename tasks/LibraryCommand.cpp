@@ -114,8 +114,7 @@ int renameCommand(const CommandContext& context) {
     if (!backup->isAutosave() && isAutomaticName(name))
       return refuse(context, "Names that begin with \"Auto Backup \" are those of automatic backups.");
     if (name == backup->name()) return refuse(context, formatted("It is called \"%@\" already.", name));
-    const auto path = QWDataController::renameBackup(*backup, name);
-    context.report.add(FileAction::Move, backup->path(), path ? Status() : path.error(), {}, path ? *path : "");
+    const auto path = QWDataController::renameBackup(*backup, name, context.report);
     if (!path) return 0;
     const std::string kept = backupName(*path);
     noteKeptName(wanted, kept, context.report);
@@ -129,8 +128,7 @@ int removeCommand(const CommandContext& context) {
   if (const auto refused = refuseOperands(context, 1)) return *refused;
   return withBackup(context, [&](const std::shared_ptr<QWBackup>& backup) {
     if (backup->isDefault()) context.report.notice("There is no default backup any more.");
-    const auto place = library().removeBackup(backup);
-    context.report.add(FileAction::Trash, backup->path(), place ? Status() : place.error(), {}, place ? *place : "");
+    (void)library().removeBackup(backup, context.report);
     context.report.summarize(formatted("\"%@\" is in the Trash now.", backup->name()));
     return 0;
   });

@@ -21,6 +21,7 @@
 #include "services/files/QWFileManager.h"
 #include "services/log/QWException.h"
 #include "services/log/QWLog.h"
+#include "services/receipts/TaskReceipt.h"
 #include "tasks/AppController.h"
 #include "tasks/Help.h"
 #include "tasks/HomeCheck.h"
@@ -62,7 +63,7 @@ class TaskEnding {
       : command_(command), options_(options), output_(output), errors_(errors) {}
 
   // Tells of the report, and answers the exit code.
-  int tell(int exitCode, const TaskReport& report) const {
+  int tell(int exitCode, const TaskReport& report, bool canBeUndone = false) const {
     tellWhatWasNotDone(report, true);
     QWLog::finishWriting();
     if (options_.strict) exitCode = strictExitCode(exitCode, report, command_.deed);
@@ -71,7 +72,7 @@ class TaskEnding {
     if (command_.deed && exitCode == 0 && report.isWhole() && report.remarks().empty() &&
         platform().system.hasTerminal()) {
       const std::string sentence = sentenceOn(*command_.deed, report);
-      if (!sentence.empty()) errors_ << printable(sentence) << '\n';
+      if (!sentence.empty()) errors_ << printable(sentence) << (canBeUndone ? " Undo: vantory --undo" : "") << '\n';
     }
     return exitCode;
   }
@@ -114,9 +115,15 @@ int runCommand(const ChosenCommand& chosen, TaskOptions options, std::ostream& o
   runtime.guard = &runtime.shared<QWVantoryUtilities>();
   AppController controller;
   controller.initWithoutGUI();
-  const CommandContext context{platform().system.arguments(), chosen.position, controller, output, report};
+  const std::vector<std::string>& arguments = platform().system.arguments();
+  TaskReceipt receipt(
+      report, {.name = std::string(command.name()),
+               .operands = {arguments.begin() + static_cast<std::ptrdiff_t>(chosen.position) + 1, arguments.end()}});
+  const CommandContext context{arguments, chosen.position, controller, output, report, &receipt};
   noteUnusedArguments(context, command.mostOperands);
-  return ending.tell(command.run(context), report);
+  const int exitCode = command.run(context);
+  receipt.end();
+  return ending.tell(exitCode, report, receipt.isOfUse());
 }
 
 // Becomes the window's program, which lies beside this one.

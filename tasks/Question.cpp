@@ -14,6 +14,7 @@ constexpr Question kQuestions[] = {
     {"--list-items", "", "List applications, their items with keys, and the files that are there.", listItems, false,
      true},
     {"--list-backups", "", "List the backups of the library and what they hold.", listBackups, false, true},
+    {"--receipts", "", "List what tasks did lately, and what of it was taken back.", listReceipts, false, true},
     {"--preview", "TASK [OPERANDS]", "Tell what a task, given without its dash, would do.", previewTask, true, false},
     {"--compare", "BACKUP [BACKUP] [KEYS]", "Tell what restoring a backup would change, or what differs between two.",
      compareBackup, true, false},

@@ -44,6 +44,7 @@ std::optional<int> answerQuestion(const std::vector<std::string>& arguments, std
 
 int listItems(const QuestionContext& context);
 int listBackups(const QuestionContext& context);
+int listReceipts(const QuestionContext& context);
 int previewTask(const QuestionContext& context);
 int compareBackup(const QuestionContext& context);
 

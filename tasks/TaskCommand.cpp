@@ -41,6 +41,8 @@ constexpr TaskCommand kCommands[] = {
      true, true, 1, FileAction::Remove},
     {"--restore-keys", "BACKUP ITEM KEYPATH...", "Put only these keys of a property list back.", restoreKeysCommand,
      true, true, std::numeric_limits<std::size_t>::max(), FileAction::Restore},
+    {"--undo", "[RECEIPT]", "Take a task back (default: the newest that was not).", undoCommand, true, true, 1,
+     FileAction::PutBack},
 };
 
 }  // namespace

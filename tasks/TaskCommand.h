@@ -13,6 +13,7 @@ namespace vantory {
 
 class AppController;
 class TaskReport;
+class TaskReceipt;
 struct TaskFailure;
 enum class FileAction;
 
@@ -22,7 +23,8 @@ struct CommandContext {
   std::size_t position;                       // of the option
   const AppController& controller;
   std::ostream& output;
-  TaskReport& report;  // to be filled
+  TaskReport& report;              // to be filled
+  TaskReceipt* receipt = nullptr;  // of the task; null where nothing is really done
 
   std::size_t operandCount() const { return arguments.size() - position - 1; }
   // How many there are but for a last "-task" or "-hotkey".
@@ -77,5 +79,6 @@ int removeCommand(const CommandContext& context);
 int updateCommand(const CommandContext& context);
 int pruneCommand(const CommandContext& context);
 int restoreKeysCommand(const CommandContext& context);
+int undoCommand(const CommandContext& context);
 
 }  // namespace vantory

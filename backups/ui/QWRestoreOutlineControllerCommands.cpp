@@ -153,7 +153,8 @@ void QWRestoreOutlineController::rename(const std::shared_ptr<QWBackup>& backup,
   if (!backup->isAutosave() && refuseNameOfAutomaticBackups(cleaned, AlertParent::MainWindow)) return;
   runOnThread([this, backup, cleaned] {
     const auto renamed = recordInLibrary(backup);
-    const auto path = QWDataController::renameBackup(*renamed, cleaned);
+    TaskReport report;
+    const auto path = QWDataController::renameBackup(*renamed, cleaned, report);
     if (!path) return reportFailure("Unable to rename the backup", path.error().text);
     MainThread::shared().runAndWait([&] {
       // Commands that wait for their turn know the one that was selected when they were given.
@@ -182,7 +183,8 @@ bool QWRestoreOutlineController::keyUp(OutlineKey key) {
   QWLog::appendLog("User chose to remove backup");
   runOnThread([this, backup] {
     const auto removed = recordInLibrary(backup);
-    const auto trashed = QWDataController::sharedController().removeBackup(removed);
+    TaskReport report;
+    const auto trashed = QWDataController::sharedController().removeBackup(removed, report);
     reload();
     if (!trashed) reportFailedRemoval(trashed.error());
   });

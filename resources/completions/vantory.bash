@@ -80,6 +80,12 @@ _vantory_names() {
   done
 }
 
+_vantory_receipts() {
+  local list
+  mapfile -d '' -t list < <("${program/#\~/$HOME}" --receipts --print0 2>/dev/null)
+  _vantory_offer "${list[@]}"
+}
+
 # Those of automatic backups too.
 _vantory_all_names() {
   local list path
@@ -114,6 +120,7 @@ _vantory_operand() {
     *default1) _vantory_offer none ;;&
     *restore-keys2) _vantory_keys ;;
     *default1 | *rename1 | *remove1 | *update1 | *restore-keys1) _vantory_all_names ;;
+    *undo1) _vantory_receipts ;;
   esac
   case $1 in trash2 | lock2 | unlock2 | backup4 | restore3) _vantory_offer -task -hotkey ;; esac
 }
@@ -125,7 +132,7 @@ _vantory() {
   COMPREPLY=()
   for ((i = 1; i < last; i++)); do
     case ${words[i]} in
-      --default | --rename | --remove | --update | --prune | --restore-keys | \
+      --default | --rename | --remove | --update | --prune | --undo | --restore-keys | \
         -autobackup | -restoredefault | -list | -trash | -lock | -unlock | -backup | -restore)
         _vantory_operand "${words[i]#-}$((last - i))"
         break
@@ -134,7 +141,7 @@ _vantory() {
         [[ ${words[i + 1]} != --json ]] || ((i++))
         if ((last == i + 1)); then
           _vantory_offer autobackup restoredefault list trash lock unlock backup restore default rename remove \
-            update prune restore-keys --json
+            update prune undo restore-keys --json
         else
           _vantory_operand "${words[i + 1]}$((last - i - 1))"
         fi
@@ -146,15 +153,15 @@ _vantory() {
         _vantory_offer --json
         break
         ;;
-      --list-items | --list-backups)
+      --list-items | --list-backups | --receipts)
         _vantory_offer --json --print0
         break
         ;;
     esac
   done
   ((i < last)) || _vantory_offer -autobackup -restoredefault -list -trash -lock -unlock -backup -restore --default \
-    --rename --remove --update --prune --restore-keys --list-items --list-backups --preview --compare --json --strict \
-    --print0 --help --version
+    --rename --remove --update --prune --undo --restore-keys --list-items --list-backups --receipts --preview --compare --json \
+    --strict --print0 --help --version
 
   _vantory_drop_before_colon
   _vantory_quote

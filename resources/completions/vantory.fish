@@ -12,7 +12,7 @@ function __vantory_at
     for i in (seq 2 (count $words))
         set -l task
         switch $words[$i]
-            case -autobackup -restoredefault -list -trash -lock -unlock -backup -restore --default --rename --remove --update --prune --restore-keys --compare
+            case -autobackup -restoredefault -list -trash -lock -unlock -backup -restore --default --rename --remove --update --prune --undo --restore-keys --compare
                 set task (string replace -r '^-+' '' -- $words[$i])
             case --preview --json --strict
                 continue
@@ -28,11 +28,11 @@ end
 
 # Succeeds while there is neither a task nor a question on the line.
 function __vantory_at_start
-    not string match -qr '^-(-list-|-preview|-compare|-default|-rename|-remove|-update|-prune|-restore-keys|[a-z])' -- (commandline -opc)[2..]
+    not string match -qr '^-(-list-|-preview|-compare|-default|-rename|-remove|-update|-prune|-undo|-receipts|-restore-keys|[a-z])' -- (commandline -opc)[2..]
 end
 
 function __vantory_at_question
-    string match -qr '^--(list-|preview|compare)' -- (commandline -opc)
+    string match -qr '^--(list-|receipts|preview|compare)' -- (commandline -opc)
 end
 
 # Succeeds where the task to preview goes.
@@ -59,6 +59,11 @@ function __vantory_names
     string replace -r '.*/(.*?)(\.vnt)?$' '$1' -- $manual
 end
 
+function __vantory_receipts
+    set -l program (commandline -opc)[1]
+    $program --receipts --print0 2>/dev/null | string split0
+end
+
 # Backups by their path; fish finds them by any part of it.
 function __vantory_paths
     __vantory_list backups
@@ -80,8 +85,10 @@ complete -c vantory -n __vantory_at_start -l remove -d 'Move a backup to the Tra
 complete -c vantory -n __vantory_at_start -l update -d 'Replace what a backup holds by the present files'
 complete -c vantory -n __vantory_at_start -l prune -d 'Remove old automatic backups'
 complete -c vantory -n __vantory_at_start -l restore-keys -d 'Put single keys of a backup back'
+complete -c vantory -n __vantory_at_start -l undo -d 'Take a task back'
 complete -c vantory -n __vantory_at_start -l list-items -d 'List applications, their items with keys, and files'
 complete -c vantory -n __vantory_at_start -l list-backups -d 'List the backups of the library and what they hold'
+complete -c vantory -n __vantory_at_start -l receipts -d 'List what tasks did lately'
 complete -c vantory -n __vantory_at_start -l preview -d 'Tell what a task would do'
 complete -c vantory -n __vantory_at_start -l compare -d 'Tell what restoring a backup would change'
 complete -c vantory -n __vantory_at_question -l json -d 'Answer in JSON'
@@ -91,7 +98,7 @@ complete -c vantory -n __vantory_at_question -l print0 -d 'List only keys or pat
 complete -c vantory -n __vantory_at_start -s h -l help -d 'Print a short help'
 complete -c vantory -n __vantory_at_start -l version -d 'Print the version'
 
-complete -c vantory -n __vantory_at_preview -a 'autobackup restoredefault list trash lock unlock backup restore default rename remove update prune restore-keys'
+complete -c vantory -n __vantory_at_preview -a 'autobackup restoredefault list trash lock unlock backup restore default rename remove update prune undo restore-keys'
 complete -c vantory -n '__vantory_at 1 trash lock unlock' -a '-allprefs' -d 'All items of preferences proper'
 complete -c vantory -n '__vantory_at 1 trash lock unlock' -a '-allfiles' -d 'All items'
 complete -c vantory -n '__vantory_at 1 trash' -a 'fcp fce stp motion color dvdsp livetype compressor batchmon ct'
@@ -99,6 +106,7 @@ complete -c vantory -n '__vantory_at 1 trash lock unlock' -a '(__vantory_keys)'
 complete -c vantory -n '__vantory_at 1 backup' -a '(__vantory_names)' -d Backup
 complete -c vantory -n '__vantory_at 1 default' -a none -d 'No backup'
 complete -c vantory -n '__vantory_at 1 default rename remove update restore-keys' -a '(__vantory_all_names)' -d Backup
+complete -c vantory -n '__vantory_at 1 undo' -a '(__vantory_receipts)' -d Receipt
 complete -c vantory -n '__vantory_at 1 restore' -a '(__vantory_paths)'
 complete -c vantory -n '__vantory_at 1 compare' -a '(__vantory_all_names)' -d Backup
 complete -c vantory -n '__vantory_at 2 compare' -a '(__vantory_all_names)' -d Backup

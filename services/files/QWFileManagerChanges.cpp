@@ -63,6 +63,7 @@ struct Attempt {
   bool handedOver = false;
   std::string place = {};  // of what was trashed
   Notes notes = {};        // what a move could not keep
+  bool unlocked = false;   // what was trashed had to be
 };
 
 // A task of the command line asks nobody for administrator rights.
@@ -168,14 +169,15 @@ Attempt remove(const std::string& path, bool shouldAuth) {
 Attempt trash(const std::string& path, bool shouldAuth) {
   // The flag that keeps a file's content keeps its name too, so what could be moved needed no look at it.
   Result<Trashed> trashed = trashAsUser(path);
-  if (!trashed && unlockIfLocked(path)) trashed = trashAsUser(path);
-  if (trashed) return tellNotes({.status = {}, .place = trashed->place, .notes = trashed->notes});
+  const bool unlocked = !trashed && unlockIfLocked(path);
+  if (unlocked) trashed = trashAsUser(path);
+  if (trashed) return tellNotes({.status = {}, .place = trashed->place, .notes = trashed->notes, .unlocked = unlocked});
   if (QWFileManager::isMissingAtPath(path)) return {};
   if (shouldAuth && rightsCouldHelp(trashed.error()))
     if (const auto place = authorization().trashedPlace(path))
-      return {.status = {}, .handedOver = true, .place = *place};
+      return {.status = {}, .handedOver = true, .place = *place, .unlocked = unlocked};
   QWLog::appendLog("Unable to trash %@: %@", path, trashed.error().text);
-  return {.status = withCure(trashed.error())};
+  return {.status = withCure(trashed.error()), .unlocked = unlocked};
 }
 
 Attempt makeFolder(const std::string& path, bool shouldAuth) {
@@ -247,6 +249,7 @@ Result<std::string> QWFileManager::trashFile(const std::string& path, std::chron
 Result<std::string> QWFileManager::trashFile(const std::string& path, std::chrono::seconds timeout,
                                              TaskReport& report) {
   const Attempt attempt = trash(path, true);
+  if (attempt.unlocked) report.noted(FileAction::Unlock, path);
   remarkNotes(attempt, report);
   return placeOf(attempt, arrival(
                               attempt, path, [&] { return isMissingAtPath(path); }, timeout));

@@ -108,15 +108,16 @@ TEST_F(LibraryTest, ADamagedBackupPushesNoGoodOneOut) {
 }
 
 TEST_F(LibraryTest, WhatAnotherProcessWritesIsNeitherRenamedNorRemoved) {
+  TaskReport report;
   makeBackup(inLibrary("A.vnt"));
   controller().populateBackups();
   const auto backup = controller().allBackups().front();
   auto writer = disk_.holdFolder(backup->path(), std::chrono::seconds(0));
-  EXPECT_EQ(controller().renameBackup(*backup, "B").error().code, std::errc::timed_out);
-  EXPECT_EQ(controller().removeBackup(backup).error().code, std::errc::timed_out);
+  EXPECT_EQ(controller().renameBackup(*backup, "B", report).error().code, std::errc::timed_out);
+  EXPECT_EQ(controller().removeBackup(backup, report).error().code, std::errc::timed_out);
   EXPECT_TRUE(exists(inLibrary("A.vnt")));
   writer->reset();
-  EXPECT_TRUE(controller().removeBackup(backup).ok());
+  EXPECT_TRUE(controller().removeBackup(backup, report).ok());
 }
 
 TEST_F(LibraryTest, TheDefaultIsAnyWholeBackup) {

@@ -70,7 +70,7 @@ check "a terminal shows what takes long, in one line that is gone at the end" ev
 in_terminal dumb 30
 check "a dumb one does not" eval 'ended 0 && drew "$busy"'
 as_user env TERM=dumb /usr/bin/python3 "$here/terminal.py" 80 "$program" -backup Told fcpPrefs >"$work/out" 2>"$work/err"
-check "a person is told what was done" drew "Backed up 1 file of 1 item."
+check "a person is told what was done" drew "Backed up 1 file of 1 item. Undo: vantory --undo"
 # A lock helper that does not answer.
 mv "$work/vantory-lock-helper" "$work/helper"
 printf '#!/bin/sh\nsleep 2\n' >"$work/vantory-lock-helper"; chmod 755 "$work/vantory-lock-helper"

@@ -43,6 +43,7 @@ completes() {
   done
 }
 completes $'vantory -tr\tfcpPrefs,fcpBo\t' '<-trash><fcpPrefs,fcpBoris>'
+completes $'vantory --und\t' '<--undo>'
 completes $'vantory -lock -allp\t' '<-lock><-allprefs>'
 completes $'vantory --prev\tunl\tmotionP\t' '<--preview><unlock><motionPrefs>'
 completes $'vantory -backup It\t' "<-backup><It's \"so\": \$5>"

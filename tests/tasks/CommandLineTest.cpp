@@ -68,6 +68,9 @@ class CommandLineTest : public ::testing::Test {
     EXPECT_TRUE(QWUserDefaults::standardUserDefaults().setObject(key, std::move(value)));
   }
 
+  // The Trash has the machine's clock.
+  void setClockRight() { fakes_.clock.set({std::time(nullptr), 0}); }
+
   // The words of the line, and a path or name that may hold spaces.
   int run(const std::string& line, const std::string& operand = "") {
     std::vector<std::string> arguments = split("vantory " + line, ' ');
@@ -118,7 +121,8 @@ class CommandLineTest : public ::testing::Test {
       for (const auto& [path, item] : *one)
         if (!other->contains(path) || other->at(path).first != item.first) paths.insert(path);
     std::erase_if(paths, [](const std::string& path) {
-      return path.find("/Logs") != path.npos || path.find("/.local") != path.npos || path.ends_with("Vantory.plist");
+      return path.find("/Logs") != path.npos || path.find("/Receipts") != path.npos ||
+             path.find("/.local") != path.npos || path.ends_with("Vantory.plist");
     });
     return withoutContents(paths);
   }
@@ -172,6 +176,48 @@ TEST_F(CommandLineTest, TrashTakesTheItemsThatItsOperandNames) {
     EXPECT_EQ(run(line), 0);
     EXPECT_EQ(intact(), left) << line;
   }
+}
+
+TEST_F(CommandLineTest, UndoTakesTheNewestTaskBack) {
+  setClockRight();
+  EXPECT_EQ(run("--undo"), 1);
+  EXPECT_EQ(run("-backup Set"), 0);
+  fill("newer");
+  fakes_.system.directory = library();
+  for (const std::string task : {"-trash -allfiles", "-restore Set.vnt", "-lock fcpPrefs"}) {
+    EXPECT_EQ(run(task), 0);
+    EXPECT_EQ(run("--preview undo"), 0);
+    EXPECT_EQ(run("--strict --undo"), 0) << task;
+    for (const auto& [name, path] : kFiles) EXPECT_EQ(readFile(home_ / path), "newer") << task << name;
+    EXPECT_THAT(metadata_.locked, IsEmpty());
+  }
+  EXPECT_EQ(run("--strict --undo"), 0);
+  EXPECT_EQ(heldBy(home_ / ".local/share/Trash/files/Set.vnt"), kAll);
+  EXPECT_EQ(run("--undo"), 1);
+  EXPECT_EQ(run("--undo 2026"), 1);
+  EXPECT_THAT(fakes_.systemLog.messages().back(), StartsWith("There is no receipt \"2026\""));
+}
+
+TEST_F(CommandLineTest, UndoLeavesWhatHasChangedSince) {
+  setClockRight();
+  EXPECT_EQ(run("-backup Set"), 0);
+  fill("newer");
+  fakes_.system.directory = library();
+  EXPECT_EQ(run("-restore Set.vnt"), 0);
+  writeFile(home_ / kFiles[1].second, "changed");
+  fs::remove_all(home_ / ".local/share/Trash/files/com.apple.motion.plist");
+  EXPECT_EQ(run("--strict --undo"), 3);
+  EXPECT_EQ(readFile(home_ / kFiles[1].second), "changed");
+  EXPECT_EQ(readFile(home_ / kFiles[0].second), "newer");
+  EXPECT_FALSE(exists(home_ / kFiles[2].second));
+  EXPECT_THAT(fakes_.systemLog.messages(),
+              Contains(home_ / kFiles[1].second + " has changed since, and stays as it is."));
+  EXPECT_THAT(fakes_.systemLog.messages(), Contains(home_ / kFiles[2].second + " is no longer in the Trash."));
+
+  // An undo is taken back by its name.
+  EXPECT_EQ(run("--receipts --print0"), 0);
+  EXPECT_EQ(run("--undo " + std::string(output_.str().c_str())), 0);
+  EXPECT_EQ(readFile(home_ / kFiles[0].second), "boris");
 }
 
 TEST_F(CommandLineTest, LockAndUnlockTakeEverythingWithoutAnOperand) {

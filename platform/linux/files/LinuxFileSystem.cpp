@@ -287,7 +287,7 @@ Result<std::unique_ptr<FolderHold>> LinuxFileSystem::holdFolder(const std::strin
     // A folder of the superuser's could be held by whoever may look into it, a file of that name by the superuser only.
     Result<Descriptor> opened = rights_.isAdministrator()
                                     ? openAt(path + "/.vantory-hold", O_RDONLY | O_CREAT | O_NOFOLLOW, kPrivate)
-                                    : openAt(path, O_RDONLY | O_DIRECTORY);
+                                    : openAt(path, O_RDONLY | O_NONBLOCK);
     if (!opened) return opened.error();
     held = std::move(*opened);
   }

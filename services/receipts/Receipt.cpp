@@ -1,0 +1,189 @@
+// Reads receipts, which may have been cut off at any byte, or spoilt.
+#include "services/receipts/Receipt.h"
+
+#include <algorithm>
+#include <charconv>
+#include <set>
+#include <utility>
+
+#include "base/Paths.h"
+#include "base/PropertyListBytes.h"
+#include "platform/FileSystem.h"
+#include "services/Runtime.h"
+#include "services/log/QWLog.h"
+#include "services/receipts/ReceiptFolder.h"
+#include "services/receipts/ReceiptText.h"
+
+namespace vantory {
+
+namespace {
+
+// Thrown by what reads an entry, caught by readReceipt().
+struct DamagedReceipt {};
+
+std::string textAt(const PropertyListDictionary& entry, const char* key) {
+  const PropertyList* value = entry.find(key);
+  const auto text = value ? textOf(*value) : std::string();
+  if (!text) throw DamagedReceipt();
+  return *text;
+}
+
+const PropertyListArray& arrayAt(const PropertyListDictionary& entry, const char* key) {
+  const PropertyList* value = entry.find(key);
+  const PropertyListArray* array = value ? value->asArray() : nullptr;
+  if (!array) throw DamagedReceipt();
+  return *array;
+}
+
+const PropertyListDictionary& dictionaryIn(const PropertyList& value) {
+  const PropertyListDictionary* dictionary = value.asDictionary();
+  if (!dictionary) throw DamagedReceipt();
+  return *dictionary;
+}
+
+Timestamp momentAt(const PropertyListDictionary& entry, const char* key) {
+  const auto moment = receipt::momentIn(textAt(entry, key));
+  if (!moment) throw DamagedReceipt();
+  return *moment;
+}
+
+std::uint64_t numberIn(std::string_view text) {
+  std::uint64_t number = 0;
+  const auto [end, failure] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (failure != std::errc() || end != text.data() + text.size()) throw DamagedReceipt();
+  return number;
+}
+
+// Empty, or whole and without detours.
+std::string pathAt(const PropertyListDictionary& entry, const char* key) {
+  std::string path = textAt(entry, key);
+  const bool isPlain = path.starts_with('/') && path.find('\0') == std::string::npos && paths::normalized(path) == path;
+  if (!path.empty() && !isPlain) throw DamagedReceipt();
+  return path;
+}
+
+std::optional<FileTraits> traitsIn(const PropertyListDictionary& entry) {
+  const std::string identity = textAt(entry, receipt::kIdentity);
+  if (identity.empty()) return std::nullopt;
+  const std::size_t colon = identity.find(':');
+  if (colon == std::string::npos) throw DamagedReceipt();
+  FileTraits traits;
+  traits.identity = {numberIn(std::string_view(identity).substr(0, colon)),
+                     numberIn(std::string_view(identity).substr(colon + 1))};
+  traits.size = numberIn(textAt(entry, receipt::kSize));
+  traits.modified = momentAt(entry, receipt::kModified);
+  return traits;
+}
+
+ReceiptStep stepIn(const PropertyListDictionary& entry, FileAction action, bool isDone, std::string item) {
+  ReceiptStep step{.action = action,
+                   .isDone = isDone,
+                   .path = pathAt(entry, receipt::kPath),
+                   .item = std::move(item),
+                   .source = pathAt(entry, receipt::kSource),
+                   .place = pathAt(entry, receipt::kPlace),
+                   .wasThere = !textAt(entry, receipt::kThere).empty(),
+                   .traits = traitsIn(entry)};
+  if (step.path.empty()) throw DamagedReceipt();
+  return step;
+}
+
+FileAction actionAt(const PropertyListDictionary& entry, const char* key) {
+  const auto action = actionNamed(textAt(entry, key));
+  if (!action) throw DamagedReceipt();
+  return *action;
+}
+
+void readHead(const PropertyListDictionary& entry, Receipt& receipt) {
+  receipt.task = textAt(entry, receipt::kTask);
+  receipt.undoes = textAt(entry, receipt::kUndoes);
+  receipt.begun = momentAt(entry, receipt::kBegun);
+  for (const PropertyList& operand : arrayAt(entry, receipt::kOperands))
+    receipt.operands.push_back(textOf(operand).value_or(""));
+}
+
+void readEntry(const PropertyListDictionary& entry, Receipt& receipt) {
+  if (entry.find(receipt::kEnded)) {
+    receipt.ended = momentAt(entry, receipt::kEnded);
+    receipt.outcome = textAt(entry, receipt::kOutcome);
+  } else if (entry.find(receipt::kDone)) {
+    receipt.steps.push_back(stepIn(entry, actionAt(entry, receipt::kDone), true, textAt(entry, receipt::kItem)));
+  } else {
+    const FileAction action = actionAt(entry, receipt::kPlan);
+    for (const PropertyList& file : arrayAt(entry, receipt::kFiles))
+      receipt.steps.push_back(stepIn(dictionaryIn(file), action, false, textAt(entry, receipt::kItem)));
+  }
+}
+
+// Of what was planned only that remains which nothing says was done, and nothing at all of a task that has ended. One
+// file may be restored twice; a folder that was made is noted again when it is full.
+void dropOvertaken(Receipt& receipt) {
+  std::set<std::pair<FileAction, std::string>> done;
+  std::vector<ReceiptStep> kept;
+  for (auto step = receipt.steps.rbegin(); step != receipt.steps.rend(); ++step) {
+    const bool isKnown = !done.emplace(step->action, step->path).second;
+    const bool isOvertaken = isKnown && (!step->isDone || step->action == FileAction::Create);
+    if (!isOvertaken && (step->isDone || !receipt.ended)) kept.push_back(std::move(*step));
+  }
+  std::ranges::reverse(kept);
+  receipt.steps = std::move(kept);
+}
+
+// Each entry is a line. What a killed process left of its last one is cut away.
+std::string closed(std::string bytes) {
+  if (bytes.ends_with("\n)\n")) return bytes;
+  bytes.erase(bytes.rfind('\n') + 1);
+  return bytes + ")\n";
+}
+
+Receipt parse(const std::string& bytes) {
+  const auto list = parsePropertyList(closed(bytes));
+  const PropertyListArray* entries = list ? list->asArray() : nullptr;
+  if (!entries || entries->empty()) throw DamagedReceipt();
+  Receipt receipt;
+  readHead(dictionaryIn(entries->front()), receipt);
+  for (std::size_t i = 1; i < entries->size(); ++i) readEntry(dictionaryIn((*entries)[i]), receipt);
+  dropOvertaken(receipt);
+  return receipt;
+}
+
+}  // namespace
+
+Result<Receipt> readReceipt(const std::string& name) {
+  const auto folder = receiptFolder();
+  if (!folder) return Error{std::errc::no_such_file_or_directory, "There is no home folder."};
+  const std::string path = receiptPath(*folder, name);
+  const auto bytes = Runtime::current().platform().files.read(path);
+  if (!bytes) return bytes.error();
+  try {
+    Receipt receipt = parse(*bytes);
+    receipt.name = name;
+    receipt.isRunning = !receipt.ended && isReceiptHeld(path);
+    return receipt;
+  } catch (const DamagedReceipt&) {
+    return Error{std::errc::invalid_argument, "The receipt " + path + " is damaged."};
+  }
+}
+
+// A task that took another back is newer than that, so that it is known first.
+std::vector<Receipt> allReceipts() {
+  std::vector<Receipt> receipts;
+  std::set<std::string> undone;
+  const auto names = receiptNames();
+  if (!names) QWLog::appendLog("The receipts cannot be read: %@", names.error().text);
+  if (!names) return receipts;
+  for (const std::string& name : *names) {
+    auto receipt = readReceipt(name);
+    if (!receipt) {
+      QWLog::appendLog("%@", receipt.error().text);
+      continue;
+    }
+    receipt->isUndone = undone.contains(name);
+    const bool isThrough = receipt->outcome == receipt::kWhole || receipt->outcome == receipt::kInPart;
+    if (isThrough && !receipt->isUndone) undone.insert(receipt->undoes);
+    receipts.push_back(std::move(*receipt));
+  }
+  return receipts;
+}
+
+}  // namespace vantory

@@ -1,0 +1,48 @@
+// A receipt that was read: what a task was about to do, and what it did.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "base/Result.h"
+#include "base/Timestamp.h"
+#include "services/TaskReport.h"
+#include "services/receipts/FileTraits.h"
+
+namespace vantory {
+
+// One file or folder. Everything in it comes from disk: nothing is known of its paths but that they are whole and
+// plain.
+struct ReceiptStep {
+  FileAction action = FileAction::Copy;
+  bool isDone = false;  // else it was planned, and what became of it is not known
+  std::string path;
+  std::string item;
+  std::string source;
+  std::string place;
+  bool wasThere = false;             // something bore the path when this was planned
+  std::optional<FileTraits> traits;  // of what was put there; of a planned move, of what was to be moved
+};
+
+struct Receipt {
+  std::string name;
+  std::string task;
+  std::vector<std::string> operands;
+  std::string undoes;  // the receipt that the task took back; empty for none
+  Timestamp begun;
+  std::optional<Timestamp> ended;  // none for a task that runs or was killed
+  std::string outcome;             // one of receipt::kWhole and its like; empty where it has not ended
+  bool isRunning = false;
+  bool isUndone = false;           // known only in a list of all
+  std::vector<ReceiptStep> steps;  // in the order of the task; of planned ones those that may have been done
+};
+
+// Fails where there is none of that name, or it is damaged. One that was not ended has what is whole of it.
+Result<Receipt> readReceipt(const std::string& name);
+
+// Everything that can be read, the newest first. A damaged receipt is logged and left out.
+std::vector<Receipt> allReceipts();
+
+}  // namespace vantory

@@ -1,0 +1,182 @@
+// Writes a receipt line by line.
+#include "services/receipts/TaskReceipt.h"
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+#include "base/Format.h"
+#include "platform/Clock.h"
+#include "platform/FileSystem.h"
+#include "services/Runtime.h"
+#include "services/log/QWLog.h"
+#include "services/receipts/FileTraits.h"
+#include "services/receipts/ReceiptFolder.h"
+#include "services/receipts/ReceiptText.h"
+
+namespace vantory {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr std::size_t kMostPending = 64 * 1024;  // bytes
+
+FileSystem& files() {
+  return Runtime::current().platform().files;
+}
+
+// Puts something there that it must be possible to know again.
+bool leavesSomething(FileAction action) {
+  return action == FileAction::Restore || action == FileAction::PutBack || action == FileAction::Create ||
+         action == FileAction::Move;
+}
+
+void append(std::string& line, const std::optional<FileTraits>& traits) {
+  if (!traits) return;
+  receipt::append(line, receipt::kIdentity, formatted("%i:%i", traits->identity.device, traits->identity.number));
+  receipt::append(line, receipt::kSize, std::to_string(traits->size));
+  receipt::append(line, receipt::kModified, receipt::momentText(traits->modified));
+}
+
+bool isThere(const std::string& path) {
+  const auto info = files().info(path, Links::DoNotFollow);
+  return info || !meansMissing(info.error());
+}
+
+bool isLocked(const std::string& path) {
+  const auto info = files().info(path, Links::DoNotFollow);
+  return info && info->locked;
+}
+
+}  // namespace
+
+TaskReceipt::TaskReceipt(TaskReport& report, Task task) : report_(report), task_(std::move(task)) {
+  report_.setRecord(this);
+}
+
+TaskReceipt::~TaskReceipt() {
+  end();
+}
+
+void TaskReceipt::takesBack(const std::string& receipt) {
+  undoes_ = receipt;
+  begin();
+  flush();
+}
+
+void TaskReceipt::planned(FileAction action, const std::vector<FilePlan>& plans, const std::string& item) {
+  begin();
+  pending_ += "{ ";
+  receipt::append(pending_, receipt::kPlan, nameOf(action));
+  if (!item.empty()) receipt::append(pending_, receipt::kItem, item);
+  pending_.append(receipt::kFiles).append(" = (");
+  const bool isLock = action == FileAction::Lock || action == FileAction::Unlock;
+  const bool putsSomething = action == FileAction::Restore || action == FileAction::PutBack;
+  for (const FilePlan& plan : plans) {
+    if (isLock && isLocked(plan.path) == (action == FileAction::Lock)) {
+      wereSo_.insert(plan.path);
+      continue;
+    }
+    pending_ += "{ ";
+    receipt::append(pending_, receipt::kPath, plan.path);
+    if (!plan.source.empty()) receipt::append(pending_, receipt::kSource, plan.source);
+    if (!plan.place.empty()) receipt::append(pending_, receipt::kPlace, plan.place);
+    if (putsSomething && isThere(plan.path)) receipt::append(pending_, receipt::kThere, "1");
+    if (action == FileAction::Move) append(pending_, traitsOf(plan.path));
+    pending_ += "}, ";
+  }
+  pending_ += "); },\n";
+  flush();
+}
+
+// What is told of later is not lost: where it lies can be found out from the plan.
+void TaskReceipt::done(FileAction action, const std::string& path, const std::string& item, const std::string& place) {
+  if ((action == FileAction::Lock || action == FileAction::Unlock) && wereSo_.contains(path)) return;
+  begin();
+  pending_ += "{ ";
+  receipt::append(pending_, receipt::kDone, nameOf(action));
+  if (!item.empty()) receipt::append(pending_, receipt::kItem, item);
+  receipt::append(pending_, receipt::kPath, path);
+  if (!place.empty() && place != path) receipt::append(pending_, receipt::kPlace, place);
+  if (leavesSomething(action)) append(pending_, traitsOf(action == FileAction::Move ? place : path));
+  pending_ += "},\n";
+  canBeTakenBack_ |= action != FileAction::Remove && action != FileAction::Write && action != FileAction::Copy;
+  // Nobody but the folder's own entry would tell later that it is the task's.
+  if (action == FileAction::Create || pending_.size() > kMostPending) flush();
+}
+
+void TaskReceipt::end() {
+  if (isEnded_) return;
+  isEnded_ = true;
+  report_.setRecord(nullptr);
+  if (!isBegun_) return;
+  const bool isInPart = !report_.isWhole();
+  pending_ += "{ ";
+  receipt::append(pending_, receipt::kEnded, receipt::momentText(Runtime::current().platform().clock.now()));
+  // One that passed an application over may be tried again.
+  const bool isBrokenOff = report_.isCancelled() || !report_.passedOver().empty();
+  receipt::append(pending_, receipt::kOutcome,
+                  isBrokenOff ? receipt::kBrokenOff
+                  : isInPart  ? receipt::kInPart
+                              : receipt::kWhole);
+  pending_ += "}\n)\n";
+  flush();
+  hold_.reset();
+  if (!failure_) return;
+  QWLog::appendLog("The receipt of this task could not be written: %@", failure_->text);
+  report_.remark(
+      formatted("This task cannot be taken back as a whole: its receipt could not be written. %@", failure_->text));
+}
+
+// The folder is held until the file is, so that no two tasks take one name and nobody prunes it.
+Status TaskReceipt::open() {
+  const auto folder = receiptFolder();
+  if (!folder) return Error{std::errc::no_such_file_or_directory, "There is no home folder."};
+  if (const Status made = files().makeFolder(*folder); !made) return made;
+  const auto folderHold = files().holdFolder(*folder, 2s);
+  pruneReceipts(*folder);
+  Timestamp begun = Runtime::current().platform().clock.now();
+  std::string path = receiptPath(*folder, receiptName(begun));
+  while (isThere(path)) {
+    begun.nanoseconds += 1'000'000;
+    if (begun.nanoseconds >= 1'000'000'000) begun = {begun.seconds + 1, begun.nanoseconds - 1'000'000'000};
+    path = receiptPath(*folder, receiptName(begun));
+  }
+  auto file = files().openForAppending(path);
+  if (!file) return file.error();
+  file_ = std::move(*file);
+  if (auto hold = files().holdFolder(path, 0ms)) hold_ = std::move(*hold);
+  return {};
+}
+
+void TaskReceipt::begin() {
+  if (isBegun_) return;
+  isBegun_ = true;
+  if (const Status opened = open(); !opened) failure_ = opened.error();
+  pending_ = "(\n{ ";
+  receipt::append(pending_, receipt::kTask, task_.name);
+  receipt::append(pending_, receipt::kVersion, VANTORY_VERSION);
+  receipt::append(pending_, receipt::kBegun, receipt::momentText(Runtime::current().platform().clock.now()));
+  if (!undoes_.empty()) receipt::append(pending_, receipt::kUndoes, undoes_);
+  pending_.append(receipt::kOperands).append(" = (");
+  for (const std::string& operand : task_.operands) {
+    receipt::append(pending_, operand);
+    pending_ += ", ";
+  }
+  pending_ += "); },\n";
+}
+
+// What could not be written comes again with the next line.
+void TaskReceipt::flush() {
+  if (!file_) return pending_.clear();
+  std::string_view left = pending_;
+  const Status added = file_->append(left);
+  pending_.erase(0, pending_.size() - left.size());
+  if (!added)
+    failure_ = added.error();
+  else
+    failure_.reset();
+}
+
+}  // namespace vantory

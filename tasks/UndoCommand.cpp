@@ -1,0 +1,66 @@
+// "--undo": takes a task back.
+
+#include <algorithm>
+
+#include "backups/QWDataController.h"
+#include "base/Format.h"
+#include "base/Spelling.h"
+#include "services/log/QWLog.h"
+#include "services/receipts/TaskReceipt.h"
+#include "tasks/AppController.h"
+#include "tasks/TaskCommand.h"
+#include "undo/UndoRun.h"
+
+namespace vantory {
+
+namespace {
+
+int refuse(const CommandContext& context, const std::string& reason) {
+  return context.refuse({.text = "Vantory: " + reason, .title = "Vantory", .description = reason, .console = reason});
+}
+
+// The newest that was not taken back, and took nothing back itself: that is done again by its name only.
+const Receipt* newestIn(const std::vector<Receipt>& receipts) {
+  const auto found = std::ranges::find_if(receipts, [](const Receipt& receipt) {
+    return !receipt.isUndone && !receipt.isRunning && receipt.undoes.empty();
+  });
+  return found == receipts.end() ? nullptr : &*found;
+}
+
+std::string faultOf(const std::string& name, const std::vector<Receipt>& receipts) {
+  std::vector<std::string> names;
+  for (const Receipt& receipt : receipts) names.push_back(receipt.name);
+  const auto nearest = nearestWord(name, names);
+  return nearest ? formatted("There is no receipt \"%@\": did you mean \"%@\"?", name, *nearest)
+                 : formatted("There is no receipt \"%@\". \"vantory --receipts\" lists them.", name);
+}
+
+}  // namespace
+
+int undoCommand(const CommandContext& context) {
+  std::size_t count = context.operandCount();
+  if (count > 0 && asksForNotifications(*context.operand(count))) --count;
+  if (count > 1) return refuse(context, formatted("\"%@\" is one operand too many.", *context.operand(2)));
+  const std::vector<Receipt> receipts = allReceipts();
+  const Receipt* receipt = newestIn(receipts);
+  if (count == 1) {
+    const std::string name = *context.operand(1);
+    const auto named = std::ranges::find(receipts, name, &Receipt::name);
+    if (named == receipts.end()) return refuse(context, faultOf(name, receipts));
+    receipt = &*named;
+  }
+  if (!receipt) return refuse(context, "There is no task to take back.");
+  const std::string task = formatted("\"%@\" of %@", receipt->task, localTimeText(receipt->begun, "%F %T"));
+  if (receipt->isRunning) return refuse(context, formatted("%@ is not through yet.", task));
+  if (receipt->isUndone) return refuse(context, formatted("%@ was taken back already.", task));
+  QWLog::appendLog("Taking %@ back", task);
+  QWDataController::sharedController().populateApps();
+  if (context.receipt) context.receipt->takesBack(receipt->name);
+  UndoRun(*receipt, receipts, context.report).run();
+  const std::size_t files = context.report.count(FileReport::Outcome::Done);
+  context.report.summarize(files == 0 ? formatted("There was nothing left of %@ to take back.", task)
+                                      : formatted("Took %@ back: %i %@.", task, files, files == 1 ? "file" : "files"));
+  return 0;
+}
+
+}  // namespace vantory

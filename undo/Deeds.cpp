@@ -1,0 +1,148 @@
+// Compares what was planned with what is there.
+#include "undo/Deeds.h"
+
+#include <algorithm>
+#include <set>
+#include <utility>
+
+#include "services/files/QWFileManager.h"
+#include "undo/TrashContents.h"
+
+namespace vantory {
+
+namespace {
+
+// Looks what became of the steps that nothing is known of.
+class Inspection {
+ public:
+  explicit Inspection(const Receipt& receipt) : dates_(trashDates(receipt.begun, receipt.ended)) {
+    for (const ReceiptStep& step : receipt.steps) {
+      if (!step.isDone || step.action != FileAction::Trash) continue;
+      trash_.leaveOut(step.place);
+      trashed_.insert(step.path);
+    }
+  }
+
+  // Adds what was done of it.
+  void look(ReceiptStep step, std::vector<ReceiptStep>& deeds);
+
+ private:
+  bool lookForTrashed(const ReceiptStep& step, std::vector<ReceiptStep>& deeds);
+  void lookForCopy(ReceiptStep step, std::vector<ReceiptStep>& deeds);
+
+  const TrashDates dates_;
+  TrashContents trash_;
+  std::set<std::string> trashed_;  // what is known to have been
+};
+
+void Inspection::look(ReceiptStep step, std::vector<ReceiptStep>& deeds) {
+  step.isDone = true;
+  switch (step.action) {
+    case FileAction::Trash:
+      lookForTrashed(step, deeds);
+      break;
+    case FileAction::Restore:
+    case FileAction::PutBack:
+      lookForCopy(std::move(step), deeds);
+      break;
+    case FileAction::Lock:
+    case FileAction::Unlock:
+      if (QWFileManager::isFileLocked(step.path) == (step.action == FileAction::Lock)) deeds.push_back(std::move(step));
+      break;
+    case FileAction::Create:
+      // Had anything been put into it, that would be known.
+      if (!QWFileManager::isDirectoryAtPath(step.path) || !QWFileManager::isFolderEmpty(step.path)) break;
+      step.traits = traitsOf(step.path);
+      deeds.push_back(std::move(step));
+      break;
+    case FileAction::Move:
+      if (!QWFileManager::isMissingAtPath(step.path) || !QWFileManager::itemExistsAtPath(step.place)) break;
+      step.traits = traitsOf(step.place);
+      deeds.push_back(std::move(step));
+      break;
+    default:
+      break;
+  }
+}
+
+bool Inspection::lookForTrashed(const ReceiptStep& step, std::vector<ReceiptStep>& deeds) {
+  const auto item = trash_.take(step.path, dates_);
+  if (!item) return false;
+  ReceiptStep trashed = step;
+  trashed.action = FileAction::Trash;
+  trashed.place = item->place;
+  deeds.push_back(std::move(trashed));
+  return true;
+}
+
+// What was in the way went to the Trash first; until then the file in its place is the user's own, even where the
+// backup holds the same.
+void Inspection::lookForCopy(ReceiptStep step, std::vector<ReceiptStep>& deeds) {
+  if (step.wasThere && !trashed_.contains(step.path) && !lookForTrashed(step, deeds)) return;
+  const auto present = traitsOf(step.path);
+  if (!present) return;
+  const auto source = traitsOf(step.source);
+  const bool isSource = source ? isCopyOf(*present, *source) : step.action == FileAction::PutBack;
+  if (!isSource) return;
+  step.traits = present;
+  deeds.push_back(std::move(step));
+}
+
+// What taking it back does.
+FileAction inverseOf(FileAction action) {
+  switch (action) {
+    case FileAction::Trash:
+      return FileAction::PutBack;
+    case FileAction::Lock:
+      return FileAction::Unlock;
+    case FileAction::Unlock:
+      return FileAction::Lock;
+    case FileAction::Move:
+      return FileAction::Move;
+    default:
+      return FileAction::Trash;
+  }
+}
+
+}  // namespace
+
+std::vector<ReceiptStep> deedsOf(const Receipt& receipt) {
+  std::vector<ReceiptStep> deeds;
+  Inspection inspection(receipt);
+  for (const ReceiptStep& step : receipt.steps) {
+    if (step.isDone)
+      deeds.push_back(step);
+    else
+      inspection.look(step, deeds);
+  }
+  return deeds;
+}
+
+// One that took it back in part, and was not taken back itself, has left its own deeds.
+std::vector<ReceiptStep> deedsLeftOf(const Receipt& receipt, const std::vector<Receipt>& all) {
+  std::multiset<std::pair<FileAction, std::string>> takenBack;
+  for (const Receipt& other : all)
+    if (other.undoes == receipt.name && !other.isUndone)
+      for (const ReceiptStep& deed : deedsOf(other)) takenBack.emplace(deed.action, deed.path);
+  std::vector<ReceiptStep> deeds = deedsOf(receipt);
+  std::vector<ReceiptStep> left;
+  for (auto deed = deeds.rbegin(); deed != deeds.rend(); ++deed) {
+    const auto found =
+        takenBack.find({inverseOf(deed->action), deed->action == FileAction::Move ? deed->place : deed->path});
+    if (found == takenBack.end())
+      left.push_back(std::move(*deed));
+    else
+      takenBack.erase(found);
+  }
+  std::ranges::reverse(left);
+  return left;
+}
+
+bool isUnchanged(const ReceiptStep& deed, const Receipt& receipt) {
+  const auto present = traitsOf(deed.path);
+  if (!present || !deed.traits) return false;
+  if (deed.action == FileAction::Create && !receipt.ended) return present->identity == deed.traits->identity;
+  return *present == *deed.traits;
+}
+
+}  // namespace vantory

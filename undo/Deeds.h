@@ -1,0 +1,20 @@
+// What a task really did, found out from its receipt and from what is there.
+#pragma once
+
+#include <vector>
+
+#include "services/receipts/Receipt.h"
+
+namespace vantory {
+
+// The steps of the task in its order, each of them done. Of one that was killed, or could not write its receipt to the
+// end, the disk tells how far it came.
+std::vector<ReceiptStep> deedsOf(const Receipt& receipt);
+
+// The same without what later tasks took back already.
+std::vector<ReceiptStep> deedsLeftOf(const Receipt& receipt, const std::vector<Receipt>& all);
+
+// Whether it is still what the task put there. Of a task that was killed, a folder that it was filling is.
+bool isUnchanged(const ReceiptStep& deed, const Receipt& receipt);
+
+}  // namespace vantory

@@ -1,0 +1,52 @@
+// What lies in the user's Trash, by the notes beside it.
+#pragma once
+
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "base/Timestamp.h"
+
+namespace vantory {
+
+// An item of the Trash.
+struct TrashedItem {
+  std::string place;  // where it lies
+  std::string path;   // where it lay
+  std::string date;   // local, when it was trashed, such as "2026-11-14T21:35:17"
+};
+
+// The first and last date that the notes of the Trash can have of what was trashed between these moments: their clock
+// is another, of whole seconds. Without an end there is no last one.
+struct TrashDates {
+  std::string first;
+  std::optional<std::string> last;
+
+  bool hold(const std::string& date) const { return date >= first && (!last || date <= *last); }
+};
+TrashDates trashDates(Timestamp begun, std::optional<Timestamp> ended);
+// Where the note of what lies at this place of a Trash is.
+std::string trashNotePath(const std::string& place);
+// What the note says of the item at this place; none where there is no item, no note, or the place is in no Trash of
+// the user's.
+std::optional<TrashedItem> trashedItemAt(const std::string& place);
+
+// Looks for what a task that was killed moved to the Trash. Each Trash is gone through once.
+class TrashContents {
+ public:
+  // The first item that lay at the path and was trashed then; each is answered once.
+  std::optional<TrashedItem> take(const std::string& path, const TrashDates& dates);
+  // That place is known otherwise.
+  void leaveOut(const std::string& place) { taken_.insert(place); }
+
+ private:
+  void goThrough(const std::string& trash);
+
+  std::set<std::string> known_;  // the folders of each Trash
+  std::multimap<std::string, TrashedItem> items_;
+  std::set<std::string> taken_;
+};
+
+}  // namespace vantory

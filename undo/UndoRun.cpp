@@ -1,0 +1,273 @@
+// Goes through a task's deeds backwards.
+#include "undo/UndoRun.h"
+
+#include <algorithm>
+#include <chrono>
+#include <map>
+
+#include "backups/LibraryHold.h"
+#include "backups/QWDataController.h"
+#include "base/Format.h"
+#include "base/Paths.h"
+#include "platform/FileSystem.h"
+#include "services/QWLocalPaths.h"
+#include "services/Runtime.h"
+#include "services/files/QWFileManager.h"
+#include "services/log/QWLog.h"
+#include "undo/Deeds.h"
+#include "undo/TrashContents.h"
+
+namespace vantory {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr ClosedApplications::Words kWords = {.skipped = "User chose to skip app",
+                                              .toClose = nullptr,
+                                              .closed = "App closed successfully",
+                                              .notClosed = "Unable to close app",
+                                              .notRunning = nullptr};
+
+FileSystem& files() {
+  return Runtime::current().platform().files;
+}
+
+bool holdsItem(const QWApp& app, const std::set<std::string>& keys) {
+  return std::ranges::any_of(app.children(), [&](const auto& item) {
+    return keys.contains(item->key()) ||
+           std::ranges::any_of(item->users(), [&](const auto& user) { return keys.contains(user->key()); });
+  });
+}
+
+bool isLock(FileAction action) {
+  return action == FileAction::Lock || action == FileAction::Unlock;
+}
+
+}  // namespace
+
+UndoRun::UndoRun(const Receipt& receipt, const std::vector<Receipt>& all, TaskReport& report)
+    : receipt_(receipt), all_(all), report_(report), applications_(kWords, report) {
+  for (const auto& root : {QWLocalPaths::userDirectory(), QWLocalPaths::sharedUsersDirectory(),
+                           QWLocalPaths::libraryDirectory(false), QWDataController::vantoryBackupLocation()})
+    if (root) roots_.push_back(*root);
+}
+
+void UndoRun::run() {
+  Deeds deeds = deedsLeftOf(receipt_, all_);
+  if (!makeWay(deeds)) return;
+  plan(deeds);
+  std::unique_ptr<FolderHold> hold;
+  const auto library = QWDataController::vantoryBackupLocation();
+  touchesLibrary_ = library && std::ranges::any_of(deeds, [&](const ReceiptStep& deed) {
+                      return paths::isWithin(deed.path, *library) || paths::isWithin(deed.place, *library);
+                    });
+  if (touchesLibrary_ && QWFileManager::isDirectoryAtPath(*library)) {
+    auto held = holdBackupFolder(*library);
+    if (!held && held.error().code == std::errc::timed_out)
+      return report_.failed(FileAction::List, *library, held.error());
+    if (held) hold = std::move(*held);
+  }
+  for (std::size_t left = deeds.size(); left > 0;) {
+    if (isLock(deeds[left - 1].action))
+      left = takeBackLocks(deeds, left - 1);
+    else
+      takeBack(deeds[--left]);
+  }
+  hold.reset();
+  makeDurable();
+  applications_.relaunch();
+  if (touchesLibrary_) QWDataController::sharedController().populateBackups();
+}
+
+// Leaves the files of an application out that runs and is to be passed over. False where the person cancelled.
+bool UndoRun::makeWay(Deeds& deeds) {
+  std::set<std::string> keys;
+  for (const ReceiptStep& deed : deeds) keys.insert(deed.item);
+  keys.erase("");
+  for (const auto& app : QWDataController::sharedController().appArray()) {
+    if (!holdsItem(*app, keys)) continue;
+    const auto answer = applications_.makeWay(*app, false);
+    if (answer == ClosedApplications::Answer::Cancel) return false;
+    if (answer == ClosedApplications::Answer::PassOver)
+      std::erase_if(deeds, [&](const ReceiptStep& deed) { return holdsItem(*app, {deed.item}); });
+  }
+  return true;
+}
+
+// All of it at once, before the first change.
+void UndoRun::plan(const Deeds& deeds) {
+  std::map<FileAction, std::vector<FilePlan>> plans;
+  for (auto deed = deeds.rbegin(); deed != deeds.rend(); ++deed) {
+    switch (deed->action) {
+      case FileAction::Trash:
+        plans[FileAction::PutBack].push_back({.path = deed->path, .source = deed->place});
+        break;
+      case FileAction::Restore:
+      case FileAction::PutBack:
+      case FileAction::Create:
+        plans[FileAction::Trash].push_back({.path = deed->path});
+        break;
+      case FileAction::Lock:
+        plans[FileAction::Unlock].push_back({.path = deed->path});
+        break;
+      case FileAction::Unlock:
+        plans[FileAction::Lock].push_back({.path = deed->path});
+        break;
+      case FileAction::Move:
+        plans[FileAction::Move].push_back({.path = deed->place, .place = deed->path});
+        break;
+      default:
+        break;
+    }
+  }
+  // What goes to the Trash makes way for what comes back.
+  for (const FileAction action :
+       {FileAction::Trash, FileAction::PutBack, FileAction::Move, FileAction::Lock, FileAction::Unlock})
+    report_.planned(action, plans[action]);
+}
+
+bool UndoRun::isAllowed(const std::string& path) const {
+  return std::ranges::any_of(roots_,
+                             [&](const std::string& root) { return path != root && paths::isWithin(path, root); });
+}
+
+// Told in the log, and to the person.
+void UndoRun::refuse(FileAction action, const std::string& path, std::string reason, const ReceiptStep& deed) {
+  QWLog::appendLog("%@", reason);
+  report_.failed(action, path, {std::errc::invalid_argument, std::move(reason)}, deed.item);
+}
+
+void UndoRun::takeBack(const ReceiptStep& deed) {
+  if (!isAllowed(deed.path))
+    return refuse(deed.action, deed.path, deed.path + " lies outside of the places where a task is taken back.", deed);
+  switch (deed.action) {
+    case FileAction::Trash:
+      return putBack(deed);
+    case FileAction::Restore:
+    case FileAction::PutBack:
+    case FileAction::Create:
+      return trashWhatWasPut(deed);
+    case FileAction::Move:
+      return moveBack(deed);
+    case FileAction::Remove:
+      return refuse(deed.action, deed.path, deed.path + " was removed for good and cannot come back.", deed);
+    default:
+      return;
+  }
+}
+
+// The note tells whether it is the same: another may lie under its name since the Trash was emptied.
+void UndoRun::putBack(const ReceiptStep& deed) {
+  if (staying_.contains(deed.path)) return;  // which is told
+  const auto item = trashedItemAt(deed.place);
+  const bool isIt = item && trashDates(receipt_.begun, receipt_.ended).hold(item->date) &&
+                    paths::lastComponent(item->path) == paths::lastComponent(deed.path);
+  if (!isIt) return refuse(FileAction::PutBack, deed.path, deed.path + " is no longer in the Trash.", deed);
+  if (!QWFileManager::isMissingAtPath(deed.path))
+    return refuse(
+        FileAction::PutBack, deed.path,
+        formatted("There is a %@ again, which stays; the earlier one is in the Trash: %@", deed.path, deed.place),
+        deed);
+  QWLog::appendLog("Putting %@ back to %@", deed.place, deed.path);
+  const std::string folder = paths::parent(deed.path);
+  if (!QWFileManager::fileExistsAtPath(folder)) (void)QWFileManager::createDirectory(folder);
+  const auto moved = files().move(deed.place, deed.path);
+  if (!moved) {
+    QWLog::appendLog("%@", moved.error().text);
+    return report_.failed(FileAction::PutBack, deed.path, moved.error(), deed.item);
+  }
+  for (const std::string& note : *moved) report_.remark(note);
+  // One that stays says that it lies in the Trash no more: file managers pass it over.
+  (void)files().remove(trashNotePath(deed.place));
+  report_.done(FileAction::PutBack, deed.path, deed.item, deed.path);
+  changedAnything_ = true;
+}
+
+void UndoRun::trashWhatWasPut(const ReceiptStep& deed) {
+  if (QWFileManager::isMissingAtPath(deed.path)) {
+    QWLog::appendLog("%@ is not there any more", deed.path);
+    return report_.skipped(FileAction::Trash, deed.path,
+                           {std::errc::no_such_file_or_directory, deed.path + " is not there any more."}, deed.item);
+  }
+  if (!isUnchanged(deed, receipt_)) {
+    staying_.insert(deed.path);
+    return refuse(FileAction::Trash, deed.path, deed.path + " has changed since, and stays as it is.", deed);
+  }
+  std::unique_ptr<FolderHold> hold;
+  if (deed.action == FileAction::Create) {
+    auto held = holdBackupFolder(deed.path);
+    if (!held && held.error().code == std::errc::timed_out)
+      return report_.failed(FileAction::Trash, deed.path, held.error(), deed.item);
+    if (held) hold = std::move(*held);
+  }
+  QWLog::appendLog("Trashing file %@", deed.path);
+  const auto place = QWFileManager::trashFile(deed.path, 10s, report_);
+  if (!place) return report_.failed(FileAction::Trash, deed.path, place.error(), deed.item);
+  report_.done(FileAction::Trash, deed.path, deed.item, *place);
+  changedAnything_ = true;
+}
+
+void UndoRun::moveBack(const ReceiptStep& deed) {
+  const auto present = traitsOf(deed.place);
+  if (!isAllowed(deed.place) || !present || !deed.traits || present->identity != deed.traits->identity)
+    return refuse(FileAction::Move, deed.place, deed.place + " is not what was moved there.", deed);
+  if (!QWFileManager::isMissingAtPath(deed.path))
+    return refuse(FileAction::Move, deed.place,
+                  formatted("There is a %@ again: %@ stays where it is.", deed.path, deed.place), deed);
+  const auto held = holdBackupFolder(deed.place);
+  if (!held && held.error().code == std::errc::timed_out)
+    return report_.failed(FileAction::Move, deed.place, held.error(), deed.item);
+  QWLog::appendLog("Moving %@ back to %@", deed.place, deed.path);
+  const auto moved = files().move(deed.place, deed.path);
+  if (!moved) QWLog::appendLog("%@", moved.error().text);
+  report_.add(FileAction::Move, deed.place, moved.status(), deed.item, deed.path);
+  changedAnything_ |= moved.ok();
+}
+
+// Many at once, because another program may do the work. Answers how many deeds are left.
+std::size_t UndoRun::takeBackLocks(const Deeds& deeds, std::size_t last) {
+  std::vector<const ReceiptStep*> group;
+  std::size_t left = last + 1;
+  for (; left > 0 && deeds[left - 1].action == deeds[last].action; --left) {
+    const ReceiptStep& deed = deeds[left - 1];
+    if (isAllowed(deed.path))
+      group.push_back(&deed);
+    else
+      takeBack(deed);
+  }
+  setLocks(deeds[last].action, group);
+  return left;
+}
+
+// What is again as it was needs nothing.
+void UndoRun::setLocks(FileAction deed, const std::vector<const ReceiptStep*>& deeds) {
+  const bool wasLocked = deed == FileAction::Lock;
+  std::vector<std::string> paths;
+  std::vector<const ReceiptStep*> those;
+  for (const ReceiptStep* step : deeds) {
+    if (QWFileManager::isFileLocked(step->path) != wasLocked || QWFileManager::isMissingAtPath(step->path)) continue;
+    paths.push_back(step->path);
+    those.push_back(step);
+  }
+  const auto announce = [&](const std::string& path) {
+    QWLog::appendLog(wasLocked ? "Unlocking file %@" : "Locking file %@", path);
+  };
+  const auto outcomes =
+      wasLocked ? QWFileManager::unlockFiles(paths, announce) : QWFileManager::lockFiles(paths, announce);
+  for (std::size_t i = 0; i < outcomes.size(); ++i) {
+    report_.add(wasLocked ? FileAction::Unlock : FileAction::Lock, paths[i], outcomes[i].status, those[i]->item);
+    changedAnything_ |= outcomes[i].changed;
+  }
+}
+
+void UndoRun::makeDurable() {
+  const auto home = QWLocalPaths::userDirectory();
+  if (!changedAnything_ || !home) return;
+  const Status synced = files().sync(*home);
+  if (synced) return;
+  QWLog::appendLog("What was put back may not be on disk: %@", synced.error().text);
+  report_.failed(FileAction::Sync, *home, synced.error());
+}
+
+}  // namespace vantory
