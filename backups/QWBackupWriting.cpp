@@ -5,6 +5,7 @@
 #include "backups/BackupFolder.h"
 #include "backups/BackupLibrary.h"
 #include "backups/BackupNaming.h"
+#include "backups/HeldFiles.h"
 #include "backups/LibraryHold.h"
 #include "backups/QWBackup.h"
 #include "backups/ReplacedCopies.h"
@@ -34,10 +35,10 @@ FileSystem& files() {
 Status replaceCopy(const std::string& source, const std::string& copy) {
   // A copy that stays locked refuses to be replaced.
   (void)QWFileManager::unlockFile(copy);
-  auto staged = QWFileManager::stageCopy({.source = source, .destination = copy});
+  auto staged = QWFileManager::stageCopy({.source = source, .destination = copy, .checksum = CopyChecksum::Make});
   const Status replaced = staged ? (*staged)->commit(StagedCopy::Existing::Replace) : Status(staged.error());
   if (replaced) return {};
-  if (rightsCouldHelp(replaced.error())) return QWFileManager::copyFile(source, copy, 15s);
+  if (rightsCouldHelp(replaced.error())) return QWFileManager::copyFile(source, copy, 15s, nullptr, CopyChecksum::Make);
   QWLog::appendLog("Error copying file: %@. Authorizing...", replaced.error().text);
   return replaced;
 }
@@ -130,7 +131,8 @@ std::vector<CopyRequest> ItemCopier::requestsForFiles(const std::vector<std::str
   std::vector<CopyRequest> requests;
   requests.reserve(sources.size());
   for (const std::string& source : sources)
-    requests.push_back({.source = source, .destination = targetFor(source, FileType::File).copy});
+    requests.push_back(
+        {.source = source, .destination = targetFor(source, FileType::File).copy, .checksum = CopyChecksum::Make});
   return requests;
 }
 
@@ -139,7 +141,8 @@ bool ItemCopier::copyFile(const std::string& source, const std::string& copy, st
   if (replaces) QWLog::appendLog("Destination file %@ exists - removing...", copy);
   QWLog::appendLog("Copying %@ to %@", source, copy);
   if (!note(source, copy,
-            replaces ? replace(source, copy) : QWFileManager::copyFile(source, copy, 15s, std::move(staged))))
+            replaces ? replace(source, copy)
+                     : QWFileManager::copyFile(source, copy, 15s, std::move(staged), CopyChecksum::Make)))
     return false;
   copies_.insert(copy);
   return true;
@@ -163,7 +166,8 @@ bool ItemCopier::copyAvidFile(const std::string& source) {
   if (!target) return false;
   QWLog::appendLog("Copying Avid user %@ to %@", source, target->copy);
   if (!note(source, target->copy,
-            filesOnly_ ? replace(source, target->copy) : QWFileManager::copyFile(source, target->copy, 10s)))
+            filesOnly_ ? replace(source, target->copy)
+                       : QWFileManager::copyFile(source, target->copy, 10s, nullptr, CopyChecksum::Make)))
     return false;
   // Not the copy's path, and normally nobody's: the copy keeps the flag that it has.
   (void)QWFileManager::unlockFile(paths::join(target->folder, source));
@@ -322,6 +326,7 @@ WriteResult QWBackup::write(TaskReport& report, bool filesOnly) {
     return refuse(hold.error());
   }
 
+  const bool notesHeld = !filesOnly || takeNoteOfHeldFiles(path_);
   ItemCopier copier(path_, filesOnly, report);
   PropertyListDictionary settings = copyApps(children_, copier);
   copier.trashReplaced();
@@ -340,6 +345,7 @@ WriteResult QWBackup::write(TaskReport& report, bool filesOnly) {
     if (const Status written = writeSettings(paths::join(path_, kBackupSettingsFile), settings); !written)
       return refuse(written.error());
   }
+  if (notesHeld) noteHeldFiles(path_);
   if (const Status kept = isDefault_ ? setDefault() : Status(); !kept)
     report.remark(formatted("It could not be made the default backup. %@", kept.error().text));
   // Waiting for the disk leaves time. Deferred where no thread is to be had. A new backup may be on its way to the

@@ -41,8 +41,9 @@ Status putInPlace(const Staged& staged, const std::string& source, const std::st
     return committed;
   }
   // With administrator rights a live file that could not be trashed, or not even seen, would be written over.
-  if (!QWFileManager::isMissingAtPath(destination)) return QWFileManager::copyFile(source, destination, false);
-  return QWFileManager::copyFile(source, destination, kTimeout);
+  if (!QWFileManager::isMissingAtPath(destination))
+    return QWFileManager::copyFile(source, destination, false, CopyChecksum::Check);
+  return QWFileManager::copyFile(source, destination, kTimeout, nullptr, CopyChecksum::Check);
 }
 
 // False for what the backup does not hold; a file that cannot be looked at is tried, so that its failure is told.
@@ -123,8 +124,11 @@ void ItemRestoring::restore(const std::string& source) {
   (void)QWFileManager::unlockFile(folder);
 
   // The copy is finished, but for its name, before the live file is touched: a bad backup or a full disk costs nothing.
-  const Staged staged = QWFileManager::stageCopy(
-      {.source = source, .destination = destination, .sourceRoot = backupPath_, .links = Links::DoNotFollow});
+  const Staged staged = QWFileManager::stageCopy({.source = source,
+                                                  .destination = destination,
+                                                  .sourceRoot = backupPath_,
+                                                  .links = Links::DoNotFollow,
+                                                  .checksum = CopyChecksum::Check});
   if (staged || areRightsMissingIn(folder, staged.error()))
     return note(destination, replace(staged, source, destination));
   QWLog::appendLog("Copying file %@ to %@", source, destination);

@@ -92,6 +92,13 @@ class FolderHold {
 // finished files and links. False ends the copy with operation_canceled. Called from several threads, also at once.
 using CopyObserver = std::function<bool(std::int64_t bytes, int objects)>;
 
+// What a copy has to do with the checksum that a file may carry (platform/Checksums.h).
+enum class CopyChecksum {
+  Keep,  // it is an attribute like any other
+  Make,  // the copy carries that of the bytes copied, where its file system knows such attributes
+  Check  // a source that carries one must be what it says, else the copy fails (bad_message); the copy carries none
+};
+
 struct CopyRequest {
   std::string source;
   std::string destination;
@@ -101,6 +108,7 @@ struct CopyRequest {
   CopyObserver observer = {};   // may be empty
   // What the copy of a file is to hold instead of its content; its time of change is then now.
   std::optional<std::string> content = {};
+  CopyChecksum checksum = CopyChecksum::Keep;
 };
 
 struct WriteOptions {

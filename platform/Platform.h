@@ -4,6 +4,7 @@
 namespace vantory {
 
 class Announcements;
+class Checksums;
 class Clock;
 class CrashReports;
 class DefaultHandlers;
@@ -30,6 +31,7 @@ struct Platform {
   StandardFolders& folders;
   FileSystem& files;  // with the rights of the user whose files are handled
   FileMetadata& metadata;
+  Checksums& checksums;
   FileSystem&
       machineFiles;  // for the machine-wide log: as files, or with the superuser's rights when the process has them
   TrustedFiles& trustedFiles;

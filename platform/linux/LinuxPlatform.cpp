@@ -6,6 +6,7 @@
 #include <csignal>
 #include <cstdlib>
 
+#include "platform/linux/files/LinuxChecksums.h"
 #include "platform/linux/files/LinuxFileMetadata.h"
 #include "platform/linux/files/LinuxFileSystem.h"
 #include "platform/linux/files/LinuxTrustedFiles.h"
@@ -48,6 +49,7 @@ struct LinuxPlatform::Parts {
     if (!progress) return;
     watched = std::make_unique<WatchedFileSystem>(files, *progress);
     watchedMetadata = std::make_unique<WatchedFileMetadata>(metadata, *progress);
+    watchedChecksums = std::make_unique<WatchedChecksums>(checksums, *progress);
     systemLog.setBeforeLine([this] { progress->clear(); });
   }
 
@@ -60,6 +62,11 @@ struct LinuxPlatform::Parts {
   FileMetadata& shownMetadata() {
     if (watchedMetadata) return *watchedMetadata;
     return metadata;
+  }
+
+  Checksums& shownChecksums() {
+    if (watchedChecksums) return *watchedChecksums;
+    return checksums;
   }
 
   // With nobody at the console they serve nowhere.
@@ -85,6 +92,7 @@ struct LinuxPlatform::Parts {
   PosixSystemInfo system;
   LinuxFileSystem files{rightsForUser()};
   LinuxFileMetadata metadata{rightsForUser()};
+  LinuxChecksums checksums{rightsForUser()};
   LinuxFileSystem machineFiles{users.isSuperuser() ? FileRights::machine() : FileRights::own()};
   LinuxTrustedFiles trustedFiles;
   std::unique_ptr<PrivilegedRunner> privileged = privilegedRunner();
@@ -103,6 +111,7 @@ struct LinuxPlatform::Parts {
   std::unique_ptr<ProgressLine> progress;
   std::unique_ptr<WatchedFileSystem> watched;
   std::unique_ptr<WatchedFileMetadata> watchedMetadata;
+  std::unique_ptr<WatchedChecksums> watchedChecksums;
 };
 
 LinuxPlatform::LinuxPlatform(std::vector<std::string> arguments, std::string startedProgram, Progress progress) {
@@ -120,6 +129,7 @@ LinuxPlatform::LinuxPlatform(std::vector<std::string> arguments, std::string sta
       .folders = p.folders,
       .files = p.shownFiles(),
       .metadata = p.shownMetadata(),
+      .checksums = p.shownChecksums(),
       .machineFiles = p.machineFiles,
       .trustedFiles = p.trustedFiles,
       .processes = p.processes,

@@ -8,6 +8,7 @@ namespace vantory {
 OverlayPlatform::OverlayPlatform(const Platform& real, std::vector<std::string> arguments, std::ostream& errors)
     : files_(real.files, real.metadata, tree_, changes_),
       metadata_(real.metadata, files_, tree_, changes_),
+      checksums_(real.checksums, tree_),
       privileged_(real.privileged, files_, metadata_),
       systemLog_(errors),
       system_(real.system, std::move(arguments)),
@@ -18,6 +19,7 @@ OverlayPlatform::OverlayPlatform(const Platform& real, std::vector<std::string> 
           .folders = real.folders,
           .files = files_,
           .metadata = metadata_,
+          .checksums = checksums_,
           .machineFiles = files_,
           .trustedFiles = real.trustedFiles,
           .processes = processes_,

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "platform/Platform.h"
+#include "platform/overlay/OverlayChecksums.h"
 #include "platform/overlay/OverlayFileSystem.h"
 #include "platform/overlay/OverlayMetadata.h"
 #include "platform/overlay/OverlayRunner.h"
@@ -29,6 +30,7 @@ class OverlayPlatform {
   OverlayTree tree_;
   OverlayFileSystem files_;
   OverlayMetadata metadata_;
+  OverlayChecksums checksums_;
   OverlayRunner privileged_;
   StreamLog systemLog_;
   OtherArguments system_;

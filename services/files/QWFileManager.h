@@ -77,10 +77,11 @@ class QWFileManager {
 
   // Changes (QWFileManagerChanges.cpp). They clear the immutable flag where it is in the way, try as the user, and on
   // failure log the reason and, with shouldAuth, try again with administrator rights where rights can help.
-  static Status copyFile(const std::string& source, const std::string& toPath, bool shouldAuth = true);
+  static Status copyFile(const std::string& source, const std::string& toPath, bool shouldAuth = true,
+                         CopyChecksum checksum = CopyChecksum::Keep);
   // A copy of the source that was staged before, with the file system itself, is taken as it is.
   static Status copyFile(const std::string& source, const std::string& toPath, std::chrono::seconds timeout,
-                         std::unique_ptr<StagedCopy> staged = nullptr);
+                         std::unique_ptr<StagedCopy> staged = nullptr, CopyChecksum checksum = CopyChecksum::Keep);
   static Status moveFile(const std::string& source, const std::string& toPath, bool shouldAuth = true);
   static Status moveFile(const std::string& source, const std::string& toPath, std::chrono::seconds timeout);
   static Status removeFile(const std::string& path, bool shouldAuth = true);

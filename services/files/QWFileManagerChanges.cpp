@@ -109,11 +109,12 @@ void remarkNotes(const Attempt& attempt, TaskReport& report) {
 }
 
 // Notes of a copy that was staged ahead are logged now, in its turn.
-Status copyAsUser(const std::string& source, const std::string& destination, std::unique_ptr<StagedCopy> staged) {
+Status copyAsUser(const std::string& source, const std::string& destination, std::unique_ptr<StagedCopy> staged,
+                  CopyChecksum checksum) {
   if (staged) {
     logNotes(*staged);
   } else {
-    auto copy = QWFileManager::stageCopy({.source = source, .destination = destination});
+    auto copy = QWFileManager::stageCopy({.source = source, .destination = destination, .checksum = checksum});
     if (!copy) return copy.error();
     staged = std::move(*copy);
   }
@@ -126,8 +127,8 @@ Result<Trashed> trashAsUser(const std::string& path) {
   return files().trash(path, *trashFolder);
 }
 
-Attempt copy(const std::string& source, const std::string& toPath, bool shouldAuth,
-             std::unique_ptr<StagedCopy> staged = nullptr) {
+Attempt copy(const std::string& source, const std::string& toPath, bool shouldAuth, std::unique_ptr<StagedCopy> staged,
+             CopyChecksum checksum) {
   if (source.empty()) {
     QWLog::appendLogAndPrint("Error copying file: source path is nil");
     return {.status = Error{std::errc::invalid_argument, "There is nothing to copy."}};
@@ -138,7 +139,7 @@ Attempt copy(const std::string& source, const std::string& toPath, bool shouldAu
   }
   // A folder that took the copy is not locked. One that stays locked refuses the copy, which is told.
   if (!staged) (void)QWFileManager::unlockFile(paths::parent(toPath));
-  const Status copied = copyAsUser(source, toPath, std::move(staged));
+  const Status copied = copyAsUser(source, toPath, std::move(staged), checksum);
   if (copied) return {};
   QWLog::appendLog("Error copying file: %@. Authorizing...", copied.error().text);
   return handedOver(shouldAuth && rightsCouldHelp(copied.error()) && authorization().authCopyFile(source, toPath),
@@ -195,14 +196,16 @@ Result<std::string> placeOf(const Attempt& attempt, const Status& status) {
 
 }  // namespace
 
-Status QWFileManager::copyFile(const std::string& source, const std::string& toPath, bool shouldAuth) {
-  return copy(source, toPath, shouldAuth).status;
+Status QWFileManager::copyFile(const std::string& source, const std::string& toPath, bool shouldAuth,
+                               CopyChecksum checksum) {
+  return copy(source, toPath, shouldAuth, nullptr, checksum).status;
 }
 
 Status QWFileManager::copyFile(const std::string& source, const std::string& toPath, std::chrono::seconds timeout,
-                               std::unique_ptr<StagedCopy> staged) {
+                               std::unique_ptr<StagedCopy> staged, CopyChecksum checksum) {
   return arrival(
-      copy(source, toPath, true, std::move(staged)), toPath, [&] { return itemExistsAtPath(toPath); }, timeout);
+      copy(source, toPath, true, std::move(staged), checksum), toPath, [&] { return itemExistsAtPath(toPath); },
+      timeout);
 }
 
 Status QWFileManager::moveFile(const std::string& source, const std::string& toPath, bool shouldAuth) {

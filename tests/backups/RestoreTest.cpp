@@ -70,6 +70,18 @@ TEST_F(RestoreTest, CancellingKeepsWhatIsRestoredAndRelaunchesNothing) {
   EXPECT_EQ(files_.calls(Operation::Sync), 1) << "what was restored is on disk";
 }
 
+TEST_F(RestoreTest, ADamagedCopyTakesNoLiveFilesPlace) {
+  const auto backup = backupOf({"flipped", "whole"});
+  writeFile(inLibrary("B.vnt/Users/user/Library/Preferences/flipped"), "Saved");
+  report_ = {};
+  backup->restore(report_);
+  EXPECT_EQ(readFile(prefs("flipped")), "changed");
+  EXPECT_FALSE(exists(inTrash("flipped")));
+  EXPECT_TRUE(isRestored("whole"));
+  ASSERT_EQ(report_.count(FileReport::Outcome::Failed), 1U);
+  EXPECT_THAT(report_.causes(), HasSubstr("flipped: it is damaged"));
+}
+
 TEST_F(RestoreTest, AnotherUserGetsTheFilesInTheirOwnHome) {
   const auto backup = backupOf({"one"});
   const ScratchFolder other;

@@ -33,7 +33,7 @@ if [ -z "${VANTORY_WORK:-}" ]; then
   rm -rf "$work"
 fi
 begin ordinary "$@"
-need jq
+need jq getfattr xxh128sum
 
 use_home anna
 name="Clean setup"
@@ -63,7 +63,13 @@ while IFS= read -r -d '' script; do
   block=$((block + 1))
   check "the commands for a backup by hand ($block)" as_user sh -ec "cd '$library/$name.vnt'; $script"
 done < <(blocks_of backup-format.md)
-check "there are such commands" [ "$block" = 3 ]
+check "there are such commands" [ "$block" = 4 ]
+script=$(blocks_of backup-format.md | tr '\0' '\n' | grep xxh128sum)
+told_by_hand() { [ "$(as_user sh -c "cd '$library/$name.vnt' && $script" 2>&1)" = "$1" ]; }
+check "a backup that is sound by hand" told_by_hand ""
+as_user sh -ec "cd '$library/$name.vnt/Users/user/Library/Preferences'; printf X >>com.apple.FinalCutPro.plist; touch added"
+check "one that is not" told_by_hand "damaged: ./Users/user/Library/Preferences/com.apple.FinalCutPro.plist
+files are missing, or were added"
 check "a backup that is packed by hand is whole" tar -tzf "$home/$name.tar.gz" "$name.vnt/Settings.plist"
 
 # A contributor's first run, from the build folder and in a home of its own.

@@ -1,5 +1,6 @@
 """Prints all that a copy of a folder must keep: for each entry its name, type, mode, time to the nanosecond, content
-or target, and extended attributes. FIFOs are left out: a copy has none."""
+or target, and extended attributes, but for the checksum that a copy in a backup has beside its own. FIFOs are left out:
+a copy has none."""
 import hashlib
 import os
 import stat
@@ -26,7 +27,8 @@ def show(path, name):
     if stat.S_ISFIFO(status.st_mode):
         return
     link = stat.S_ISLNK(status.st_mode)
-    attributes = [] if link else sorted((key, os.getxattr(path, key)) for key in os.listxattr(path))
+    attributes = [] if link else sorted((key, os.getxattr(path, key)) for key in os.listxattr(path)
+                                         if key != 'user.vantory.xxh128')
     print(name, oct(status.st_mode), status.st_mtime_ns, content(path, status), attributes)
     if stat.S_ISDIR(status.st_mode):
         for entry in sorted(os.listdir(path)):

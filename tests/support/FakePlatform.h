@@ -30,6 +30,7 @@
 #include "platform/SystemLog.h"
 #include "platform/Users.h"
 #include "platform/Workspace.h"
+#include "platform/linux/files/LinuxChecksums.h"
 #include "platform/linux/files/LinuxTrustedFiles.h"
 #include "platform/linux/system/LinuxStandardFolders.h"
 #include "platform/linux/system/LinuxSystemTools.h"
@@ -307,6 +308,7 @@ class FakePlatform {
             .folders = folders,
             .files = files,
             .metadata = metadata,
+            .checksums = checksums,
             .machineFiles = files,
             .trustedFiles = trustedFiles,
             .processes = processes,
@@ -328,6 +330,7 @@ class FakePlatform {
 
   FakeClock clock;
   FakeUsers users;
+  LinuxChecksums checksums;
   LinuxStandardFolders folders;
   LinuxTrustedFiles trustedFiles;
   PosixProcesses processes;

@@ -2,15 +2,20 @@
 #include "platform/linux/files/FileCopy.h"
 
 #include <fcntl.h>
+#include <linux/fs.h>
+#include <sys/ioctl.h>
 #include <sys/xattr.h>
 
 #include <algorithm>
 #include <climits>
-#include <cstring>
 #include <ctime>
+#include <memory>
 #include <optional>
 #include <string_view>
 
+#include "base/Checksum.h"
+#include "platform/Checksums.h"
+#include "platform/linux/files/CarriedChecksum.h"
 #include "platform/linux/files/CopiedItems.h"
 #include "platform/linux/files/FileRights.h"
 #include "platform/posix/files/Errors.h"
@@ -22,6 +27,8 @@ constexpr std::size_t kBufferBytes = 256 * 1024;
 constexpr off_t kRangeBytes = 64 * 1024 * 1024;
 // Small enough for a slow disk to be done with it soon: between two of them a copy can be ended.
 constexpr off_t kObservedRangeBytes = 1024 * 1024;
+// Attributes of the program's own; they tell of the file that carries them.
+constexpr std::string_view kOwnAttributes = "user.vantory.";
 constexpr const char* kAccessList = "system.posix_acl_access";
 constexpr const char* kDefaultAccessList = "system.posix_acl_default";
 
@@ -64,20 +71,22 @@ class FileProgress {
   off_t told_ = 0;
 };
 
-// All of `length` bytes from the present positions, by reading and writing. Fewer when the source ends early.
-bool copyThroughBuffer(int source, int copy, off_t length, FileProgress& progress) {
-  std::vector<char> buffer(kBufferBytes);
+// All of `length` bytes from the present positions, by reading and writing. Fewer when the source ends early. What is
+// written is added to the checksum where there is one.
+bool copyThroughBuffer(int source, int copy, off_t length, FileProgress& progress, Checksum* checksum = nullptr) {
+  const auto buffer = std::make_unique_for_overwrite<char[]>(std::min<std::size_t>(length, kBufferBytes));
   while (length > 0) {
     const auto wanted = static_cast<std::size_t>(std::min<off_t>(length, kBufferBytes));
-    const ssize_t count = uninterrupted([&] { return read(source, buffer.data(), wanted); });
+    const ssize_t count = uninterrupted([&] { return read(source, buffer.get(), wanted); });
     if (count < 0) return false;
     if (count == 0) return true;
     for (ssize_t written = 0; written < count;) {
-      const ssize_t step = uninterrupted(
-          [&] { return write(copy, buffer.data() + written, static_cast<std::size_t>(count - written)); });
+      const ssize_t step =
+          uninterrupted([&] { return write(copy, buffer.get() + written, static_cast<std::size_t>(count - written)); });
       if (step < 0) return false;
       written += step;
     }
+    if (checksum) checksum->add({buffer.get(), static_cast<std::size_t>(count)});
     if (!progress.advance(count)) return false;
     length -= count;
   }
@@ -90,8 +99,10 @@ bool kernelCannotCopy() {
          errno == ETXTBSY;
 }
 
-// The kernel copies by itself where it can, and shares the blocks where the file system can.
-bool copyBytes(int source, int copy, off_t length, FileProgress& progress) {
+// The kernel copies by itself where it can, and shares the blocks where the file system can; for a checksum the bytes
+// have to pass through here.
+bool copyBytes(int source, int copy, off_t length, FileProgress& progress, Checksum* checksum) {
+  if (checksum) return copyThroughBuffer(source, copy, length, progress, checksum);
   while (length > 0) {
     const auto wanted = static_cast<std::size_t>(std::min(length, progress.rangeBytes()));
     const ssize_t count = uninterrupted([&] { return copy_file_range(source, nullptr, copy, nullptr, wanted, 0); });
@@ -104,27 +115,45 @@ bool copyBytes(int source, int copy, off_t length, FileProgress& progress) {
   return true;
 }
 
+// A hole reads as zeros.
+bool passHole(off_t length, FileProgress& progress, Checksum* checksum) {
+  if (!checksum) return progress.advance(length);
+  static constexpr char kZeros[kBufferBytes] = {};
+  while (length > 0) {
+    const off_t step = std::min<off_t>(length, kBufferBytes);
+    checksum->add({kZeros, static_cast<std::size_t>(step)});
+    if (!progress.advance(step)) return false;
+    length -= step;
+  }
+  return true;
+}
+
 // Copies the parts that hold data and leaves the holes between them.
-bool copySparse(int source, int copy, off_t size, FileProgress& progress) {
+bool copySparse(int source, int copy, off_t size, FileProgress& progress, Checksum* checksum) {
   off_t position = 0;
   while (position < size) {
     const off_t data = lseek(source, position, SEEK_DATA);
     if (data < 0 && errno == ENXIO) break;
-    if (data < 0) return position == 0 && errno == EINVAL && copyBytes(source, copy, size, progress);
+    if (data < 0) return position == 0 && errno == EINVAL && copyBytes(source, copy, size, progress, checksum);
     const off_t hole = lseek(source, data, SEEK_HOLE);
     if (hole < 0 || lseek(source, data, SEEK_SET) < 0 || lseek(copy, data, SEEK_SET) < 0) return false;
-    if (!progress.advance(data - position) || !copyBytes(source, copy, hole - data, progress)) return false;
+    if (!passHole(data - position, progress, checksum) || !copyBytes(source, copy, hole - data, progress, checksum))
+      return false;
     position = hole;
   }
-  return progress.advance(size - position) && ftruncate(copy, size) == 0;
+  return passHole(size - position, progress, checksum) && ftruncate(copy, size) == 0;
 }
 
-// A file with fewer blocks than its size needs has holes.
-bool copyContentOnce(int source, const struct stat& status, int copy, FileProgress& progress) {
+// A file with fewer blocks than its size needs has holes. A file system that shares blocks does so for a checksum too:
+// then that is read from the copy.
+bool copyContentOnce(int source, const struct stat& status, int copy, FileProgress& progress, Checksum* checksum) {
   constexpr blkcnt_t kBlockBytes = 512;
+  if (checksum) checksum->restart();
+  if (checksum && status.st_size > 0 && ioctl(copy, FICLONE, source) == 0)
+    return addContent(copy, *checksum, [&](std::size_t bytes) { return progress.advance(static_cast<off_t>(bytes)); });
   if (status.st_size > 0 && status.st_blocks * kBlockBytes < status.st_size)
-    return copySparse(source, copy, status.st_size, progress);
-  return copyBytes(source, copy, status.st_size, progress);
+    return copySparse(source, copy, status.st_size, progress, checksum);
+  return copyBytes(source, copy, status.st_size, progress, checksum);
 }
 
 // Those of the user, and access lists: all others belong to the system.
@@ -155,14 +184,19 @@ bool copyAttribute(int source, int copy, const char* name) {
   return got >= 0 && fsetxattr(copy, name, value.data(), static_cast<std::size_t>(got), 0) == 0;
 }
 
-enum class Which { Plain, AccessLists };
+enum class Which { All, Foreign, AccessLists };
+
+bool isMeant(std::string_view attribute, Which which) {
+  if (attribute.starts_with("system.")) return which == Which::AccessLists && isKept(attribute);
+  return isKept(attribute) &&
+         (which == Which::All || (which == Which::Foreign && !attribute.starts_with(kOwnAttributes)));
+}
 
 void copyNamedAttributes(int source, int copy, const std::string& names, Which which, const std::string& path,
                          CopyReport& report) {
   for (std::size_t start = 0; start < names.size(); start = names.find('\0', start) + 1) {
     const char* name = names.c_str() + start;
-    const bool isAccessList = std::strncmp(name, "system.", 7) == 0;
-    if (!isKept(name) || isAccessList != (which == Which::AccessLists)) continue;
+    if (!isMeant(name, which)) continue;
     if (!copyAttribute(source, copy, name))
       report.noteOnce(name, "The attribute " + std::string(name) + " could not be kept for " + systemError(path).text);
   }
@@ -173,6 +207,33 @@ bool dropAccessList(int item, const char* name) {
   if (fgetxattr(item, name, nullptr, 0) >= 0) return fremovexattr(item, name) == 0;
   return errno == ENODATA || errno == EOPNOTSUPP;
 }
+
+// The checksum of one copy: made, or that of the source looked at.
+class CopiedChecksum {
+ public:
+  CopiedChecksum(int source, CopyChecksum purpose) {
+    if (purpose == CopyChecksum::Check) expected_ = carriedText(source, kChecksumAttribute);
+    if (purpose == CopyChecksum::Make || expected_) checksum_.emplace();
+  }
+
+  // Null where none is needed.
+  Checksum* get() { return checksum_ ? &*checksum_ : nullptr; }
+
+  // Where the copy's file system knows no attributes, the copy is as good without.
+  Status finish(int copy, const std::string& path, CopyReport& report) const {
+    if (!checksum_) return {};
+    const std::string text = checksum_->text();
+    if (expected_ && *expected_ != text)
+      return errorWithText(std::errc::bad_message, path, "it is damaged: its content is not what its checksum says");
+    if (!expected_ && !carryText(copy, kChecksumAttribute, text) && errno != EOPNOTSUPP)
+      report.noteOnce(kChecksumAttribute, "No checksum could be noted for the copy of " + systemError(path).text);
+    return {};
+  }
+
+ private:
+  std::optional<std::string> expected_;
+  std::optional<Checksum> checksum_;
+};
 
 // The mode or the times: a file system without owners or dates of its own refuses them, and the content matters more.
 bool cannotHold() {
@@ -223,19 +284,21 @@ Descriptor openSource(int folder, const char* name, int followFlag) {
 
 // A copy counts only when the source looked the same before and after it.
 Status copyFileContent(int source, struct stat status, int copy, const std::string& path,
-                       const std::string& destination, const FileRights& rights, CopyReport& report) {
+                       const std::string& destination, const CopyManner& manner, CopyReport& report) {
   constexpr int kAttempts = 3;
   FileProgress progress(report);
+  CopiedChecksum checksum(source, manner.checksum);
   for (int attempt = 0; attempt < kAttempts; ++attempt) {
     if (attempt > 0 && (ftruncate(copy, 0) != 0 || lseek(copy, 0, SEEK_SET) < 0 || lseek(source, 0, SEEK_SET) < 0 ||
                         !progress.startAgain()))
       return systemError(path);
     const bool comparable = baseline(source, status);
-    if (!copyContentOnce(source, status, copy, progress)) return systemError(path);
+    if (!copyContentOnce(source, status, copy, progress, checksum.get())) return systemError(path);
     struct stat after;
     if (fstat(source, &after) != 0) return systemError(path);
     if (comparable && isUnchanged(status, after)) {
-      Status copied = copyAttributes(source, status, copy, path, destination, rights, report);
+      Status copied = checksum.finish(copy, path, report);
+      if (copied) copied = copyAttributes(source, status, copy, path, destination, manner, report);
       if (copied && !progress.finish()) return systemError(path);
       if (copied) report.copied(path, status);
       return copied;
@@ -267,13 +330,15 @@ Status copyLink(int folder, const char* name, int copyFolder, const char* copyNa
 }
 
 Status copyAttributes(int source, const struct stat& status, int copy, const std::string& path,
-                      const std::string& destination, const FileRights& rights, CopyReport& report) {
+                      const std::string& destination, const CopyManner& manner, CopyReport& report) {
+  const FileRights& rights = manner.rights;
   if (Status given = rights.giveAway(copy, destination, status.st_uid, status.st_gid); !given) return given;
   // In this order: plain attributes need write permission, an access list says more than the mode, times come last.
   const auto listed = attributeNames(source);
   if (!listed) report.noteOnce("list", "The attributes could not be read of " + systemError(path).text);
   const std::string names = listed.value_or("");
-  copyNamedAttributes(source, copy, names, Which::Plain, path, report);
+  copyNamedAttributes(source, copy, names, manner.checksum == CopyChecksum::Keep ? Which::All : Which::Foreign, path,
+                      report);
   if (uninterrupted([&] { return fchmod(copy, rights.permittedMode(status.st_mode)); }) != 0) {
     if (!cannotHold()) return systemError(path);
     report.noteOnce("mode", "The mode could not be kept for " + systemError(path).text);

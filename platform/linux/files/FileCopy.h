@@ -18,6 +18,12 @@ namespace vantory {
 class CopiedItems;
 class FileRights;
 
+// With whose rights files are copied, and what comes of their checksums.
+struct CopyManner {
+  const FileRights& rights;
+  CopyChecksum checksum = CopyChecksum::Keep;
+};
+
 // What the threads of a copy tell: sentences about what was left out, to an observer how far they are, and what was
 // copied where the originals are to go.
 class CopyReport {
@@ -55,9 +61,9 @@ bool dropInherited(int item);
 
 // Copies the content and attributes of an open regular file of this status into a new empty one. A source that changes
 // meanwhile is copied again, up to three times. `path` names the source in messages; `destination` decides who owns the
-// copy.
+// copy, which is open for reading too.
 Status copyFileContent(int source, struct stat status, int copy, const std::string& path,
-                       const std::string& destination, const FileRights& rights, CopyReport& report);
+                       const std::string& destination, const CopyManner& manner, CopyReport& report);
 
 // Copies a symbolic link, with its times, under a name that nothing has; leaves nothing behind when it fails. `path`
 // and `destination` as above.
@@ -67,6 +73,6 @@ Status copyLink(int folder, const char* name, int copyFolder, const char* copyNa
 // Gives a copy the extended attributes, mode and times of its source. Content must be complete: it may be read-only
 // afterwards.
 Status copyAttributes(int source, const struct stat& status, int copy, const std::string& path,
-                      const std::string& destination, const FileRights& rights, CopyReport& report);
+                      const std::string& destination, const CopyManner& manner, CopyReport& report);
 
 }  // namespace vantory

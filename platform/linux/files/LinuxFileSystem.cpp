@@ -72,7 +72,7 @@ void keepAttributes(int old, int successor, const FileRights& rights, const std:
   if (rights.isSuperuser()) (void)!fchown(successor, status.st_uid, status.st_gid);
   CopyReport ignored;
   const timespec now[2] = {{0, UTIME_NOW}, {0, UTIME_NOW}};
-  (void)copyAttributes(old, status, successor, path, path, rights, ignored);
+  (void)copyAttributes(old, status, successor, path, path, {rights}, ignored);
   futimens(successor, now);
 }
 

@@ -290,8 +290,8 @@ Result<std::unique_ptr<StagedCopy>> stageFile(const Descriptor& source, const st
                                               CopyReport& report) {
   Result<UnnamedFile> copy = UnnamedFile::create(destination, request.destination);
   if (!copy) return copy.error();
-  if (const Status copied =
-          copyFileContent(source.get(), status, copy->get(), request.source, request.destination, rights, report);
+  if (const Status copied = copyFileContent(source.get(), status, copy->get(), request.source, request.destination,
+                                            {rights, request.checksum}, report);
       !copied)
     return copied.error();
   return std::unique_ptr<StagedCopy>(std::make_unique<StagedFile>(std::move(*copy), std::move(destination),
@@ -309,8 +309,9 @@ Result<std::unique_ptr<StagedCopy>> stageChanged(const Descriptor& source, const
     bytes.remove_prefix(static_cast<std::size_t>(count));
   }
   CopyReport report;
-  if (Status kept =
-          copyAttributes(source.get(), status, copy->get(), request.source, request.destination, rights, report);
+  // A checksum would be that of the old content.
+  if (Status kept = copyAttributes(source.get(), status, copy->get(), request.source, request.destination,
+                                   {rights, CopyChecksum::Check}, report);
       !kept)
     return kept.error();
   const timespec now[2] = {{0, UTIME_NOW}, {0, UTIME_NOW}};
@@ -325,8 +326,8 @@ Result<std::unique_ptr<StagedCopy>> stageFolder(Descriptor source, const CopyReq
   if (!staging) return staging.error();
   Descriptor copy(fcntl(staging->folder().get(), F_DUPFD_CLOEXEC, 0));
   if (!copy.valid()) return systemError(request.destination);
-  if (const Status copied =
-          copyTree(std::move(source), std::move(copy), request.source, request.destination, rights, report);
+  if (const Status copied = copyTree(std::move(source), std::move(copy), request.source, request.destination,
+                                     {rights, request.checksum}, report);
       !copied)
     return copied.error();
   return std::unique_ptr<StagedCopy>(std::make_unique<StagedFolder>(std::move(*staging), rights, report.takeNotes()));

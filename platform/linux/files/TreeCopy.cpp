@@ -39,7 +39,8 @@ struct Job {
 // The jobs of one copy, and the two threads that work them off.
 class TreeCopier {
  public:
-  TreeCopier(const FileRights& rights, CopyReport& report, int copy) : rights_(rights), report_(report), copy_(copy) {}
+  TreeCopier(const CopyManner& manner, CopyReport& report, int copy)
+      : manner_(manner), rights_(manner.rights), report_(report), copy_(copy) {}
 
   Status run(FolderPointer root);
 
@@ -60,6 +61,7 @@ class TreeCopier {
   void copyOne(const Folder& folder, const std::string& name);
   void copyLink(const Folder& folder, const std::string& name);
 
+  const CopyManner& manner_;
   const FileRights& rights_;
   CopyReport& report_;
   const int copy_;  // the folder that all is copied to
@@ -136,7 +138,7 @@ void TreeCopier::giveAttributes(const Folder& folder) {
   if (fstat(folder.source.get(), &status) != 0) return fail(systemError(folder.path));
   const FileRights::Scope scope(rights_);
   if (const Status copied = copyAttributes(folder.source.get(), status, folder.copy.get(), folder.path,
-                                           folder.destination, rights_, report_);
+                                           folder.destination, manner_, report_);
       !copied)
     return fail(copied.error());
   report_.copied(folder.path, status);
@@ -267,12 +269,12 @@ void TreeCopier::copyOne(const Folder& folder, const std::string& name) {
   if (!S_ISREG(status.st_mode)) return report_.note("Left out " + path + ": it is a special file");
   if (!rights_.mayCopy(status)) return fail(systemError(path, EPERM));
   Descriptor copy(uninterrupted([&] {
-    return openat(folder.copy.get(), name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
+    return openat(folder.copy.get(), name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
                   S_IRUSR | S_IWUSR);
   }));
   if (!copy.valid()) return fail(systemError(path));
   if (const Status copied =
-          copyFileContent(source.get(), status, copy.get(), path, folder.destination + "/" + name, rights_, report_);
+          copyFileContent(source.get(), status, copy.get(), path, folder.destination + "/" + name, manner_, report_);
       !copied)
     return fail(copied.error());
   if (!copy.closeWritten()) fail(systemError(path));
@@ -291,8 +293,8 @@ void TreeCopier::copyLink(const Folder& folder, const std::string& name) {
 }  // namespace
 
 Status copyTree(Descriptor source, Descriptor copy, const std::string& path, const std::string& destination,
-                const FileRights& rights, CopyReport& report) {
-  TreeCopier copier(rights, report, copy.get());
+                const CopyManner& manner, CopyReport& report) {
+  TreeCopier copier(manner, report, copy.get());
   return copier.run(
       std::make_shared<Folder>(copier, nullptr, std::move(source), std::move(copy), path, destination, 0));
 }

@@ -88,11 +88,13 @@ Status AdministratorTools::perform(const std::string& tool, const std::vector<st
   return (this->*shape->work)(paths);
 }
 
-// An existing file is replaced; an existing folder is left alone and makes it fail.
+// An existing file is replaced; an existing folder is left alone and makes it fail. What goes back to its place from a
+// backup must be what its checksum says.
 Status AdministratorTools::copy(const Paths& paths) {
   const Result<FileInfo> existing = files_.info(paths[1], Links::DoNotFollow);
   if (existing && existing->type == FileType::Folder) return systemError(paths[1], EISDIR);
-  auto staged = files_.stageCopy({paths[0], paths[1], {}, Links::DoNotFollow});
+  auto staged = files_.stageCopy(
+      {.source = paths[0], .destination = paths[1], .links = Links::DoNotFollow, .checksum = CopyChecksum::Check});
   if (!staged) return staged.error();
   return (*staged)->commit(StagedCopy::Existing::Replace);
 }

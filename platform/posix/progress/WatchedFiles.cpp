@@ -113,4 +113,19 @@ Status WatchedFileMetadata::setFinderInfo(const std::string& path, const std::st
   return disk_.setFinderInfo(path, bytes);
 }
 
+Result<FileChecksum> WatchedChecksums::ofFile(const std::string& root, const std::string& path) const {
+  line_.show("Verifying", path);
+  auto checksum = disk_.ofFile(root, path);
+  if (checksum) line_.advance(static_cast<std::int64_t>(checksum->bytes), 1);
+  return checksum;
+}
+
+Result<std::optional<std::string>> WatchedChecksums::held(const std::string& path) const {
+  return disk_.held(path);
+}
+
+Status WatchedChecksums::setHeld(const std::string& path, const std::optional<std::string>& held) {
+  return disk_.setHeld(path, held);
+}
+
 }  // namespace vantory

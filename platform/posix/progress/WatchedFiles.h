@@ -1,6 +1,7 @@
 // A disk, and its locks, on which each step that may take long is shown.
 #pragma once
 
+#include "platform/Checksums.h"
 #include "platform/FileMetadata.h"
 #include "platform/FileSystem.h"
 
@@ -48,6 +49,20 @@ class WatchedFileMetadata : public FileMetadata {
 
  private:
   FileMetadata& disk_;
+  ProgressLine& line_;
+};
+
+class WatchedChecksums : public Checksums {
+ public:
+  // Both outlive it.
+  WatchedChecksums(Checksums& disk, ProgressLine& line) : disk_(disk), line_(line) {}
+
+  Result<FileChecksum> ofFile(const std::string& root, const std::string& path) const override;
+  Result<std::optional<std::string>> held(const std::string& path) const override;
+  Status setHeld(const std::string& path, const std::optional<std::string>& held) override;
+
+ private:
+  Checksums& disk_;
   ProgressLine& line_;
 };
 

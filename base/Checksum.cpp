@@ -1,0 +1,41 @@
+// Hands bytes to the xxHash library, and writes its result in hexadecimal digits.
+#include "base/Checksum.h"
+
+#include <xxhash.h>
+
+#include <new>
+
+namespace vantory {
+
+Checksum::Checksum() : state_(XXH3_createState()) {
+  if (!state_) throw std::bad_alloc();
+  restart();
+}
+
+Checksum::~Checksum() = default;
+
+void Checksum::Deleter::operator()(XXH3_state_s* state) const {
+  XXH3_freeState(state);
+}
+
+void Checksum::add(std::string_view bytes) {
+  XXH3_128bits_update(state_.get(), bytes.data(), bytes.size());
+}
+
+void Checksum::restart() {
+  XXH3_128bits_reset(state_.get());
+}
+
+std::string Checksum::text() const {
+  constexpr const char* kDigits = "0123456789abcdef";
+  XXH128_canonical_t canonical;
+  XXH128_canonicalFromHash(&canonical, XXH3_128bits_digest(state_.get()));
+  std::string text;
+  for (const unsigned char byte : canonical.digest) {
+    text += kDigits[byte >> 4];
+    text += kDigits[byte & 15];
+  }
+  return text;
+}
+
+}  // namespace vantory

@@ -1,0 +1,38 @@
+// Checksums that the files of a backup carry in extended attributes, beside their content.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "base/Result.h"
+
+namespace vantory {
+
+// What of its content a copy carries, as base/Checksum.h writes it.
+inline constexpr const char* kChecksumAttribute = "user.vantory.xxh128";
+// What a backup's settings file carries of all paths in the backup.
+inline constexpr const char* kHeldAttribute = "user.vantory.held";
+
+struct FileChecksum {
+  std::uint64_t bytes = 0;             // as many as were read
+  std::string content;                 // of those
+  std::optional<std::string> carried;  // whatever the file says; none when it carries none
+};
+
+// Any thread, and several at once.
+class Checksums {
+ public:
+  virtual ~Checksums() = default;
+
+  // Reads a regular file that lies below `root` and is reached from there without any link. A FIFO or device is
+  // refused, never waited for.
+  virtual Result<FileChecksum> ofFile(const std::string& root, const std::string& path) const = 0;
+
+  // What a settings file carries; none when that is nothing.
+  virtual Result<std::optional<std::string>> held(const std::string& path) const = 0;
+  // Nothing stands for none. Fails with operation_not_supported where the file system knows no such attributes.
+  virtual Status setHeld(const std::string& path, const std::optional<std::string>& held) = 0;
+};
+
+}  // namespace vantory

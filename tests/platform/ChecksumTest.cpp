@@ -1,0 +1,94 @@
+// Checksums that copies carry: those of the bytes in the copy, and a reason not to copy what is damaged.
+#include <gtest/gtest.h>
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include <filesystem>
+
+#include "platform/linux/files/LinuxChecksums.h"
+#include "platform/linux/files/LinuxFileSystem.h"
+#include "tests/support/ScratchFolder.h"
+
+namespace vantory::test {
+namespace {
+
+class ChecksumTest : public testing::Test {
+ protected:
+  Status copy(const std::string& from, const std::string& to, CopyChecksum checksum, CopyObserver observer = {}) {
+    auto staged = files.stageCopy({.source = from, .destination = to, .observer = observer, .checksum = checksum});
+    return staged ? (*staged)->commit(StagedCopy::Existing::Keep) : staged.error();
+  }
+  FileChecksum checksumOf(const std::string& path) { return *checksums.ofFile(folder.path(), path); }
+  static void carry(const std::string& path, const std::string& text) {
+    ASSERT_EQ(setxattr(path.c_str(), kChecksumAttribute, text.data(), text.size(), 0), 0);
+  }
+
+  ScratchFolder folder;
+  LinuxFileSystem files;
+  LinuxChecksums checksums;
+};
+
+TEST_F(ChecksumTest, ACopyCarriesWhatItsBytesAre) {
+  writeFile(folder / "from/small", "hello\n");
+  writeFile(folder / "from/empty", "");
+  writeFile(folder / "from/sub/large", std::string(3'000'000, 'x'));
+  writeFile(folder / "from/holes", "begin");
+  std::filesystem::resize_file(folder / "from/holes", 2'000'000);
+  carry(folder / "from/small", "of what it was copied from");
+  ASSERT_TRUE(copy(folder / "from", folder / "to", CopyChecksum::Make).ok());
+  for (const char* name : {"small", "empty", "sub/large", "holes"}) {
+    const FileChecksum checksum = checksumOf(folder / "to/" + name);
+    EXPECT_EQ(checksum.carried, checksum.content) << name;
+    EXPECT_EQ(readFile(folder / "to/" + name), readFile(folder / "from/" + name)) << name;
+  }
+  EXPECT_EQ(checksumOf(folder / "to/small").content, "6bba86c7e069f56d5a10b435f1c8e49c");  // by xxh128sum
+}
+
+TEST_F(ChecksumTest, OfASourceThatChangesMeanwhileItIsThatOfTheCopy) {
+  writeFile(folder / "file", std::string(3'000'000, 'a'));
+  bool changed = false;
+  ASSERT_TRUE(copy(folder / "file", folder / "copy", CopyChecksum::Make, [&](std::int64_t, int) {
+                if (!changed) writeFile(folder / "file", std::string(2'000'000, 'b'));
+                return changed = true;
+              }).ok());
+  EXPECT_EQ(readFile(folder / "copy"), std::string(2'000'000, 'b'));
+  EXPECT_EQ(checksumOf(folder / "copy").carried, checksumOf(folder / "copy").content);
+}
+
+TEST_F(ChecksumTest, WhatIsDamagedIsNotCopied) {
+  for (const char* name : {"flipped", "long", "whole", "without"}) writeFile(folder / "live/" + name, name);
+  ASSERT_TRUE(copy(folder / "live", folder / "kept", CopyChecksum::Make).ok());
+  writeFile(folder / "kept/flipped", "Flipped");
+  carry(folder / "kept/long", std::string(300, 'a'));
+  removexattr((folder / "kept/without").c_str(), kChecksumAttribute);
+  for (const char* name : {"flipped", "long", ""}) {
+    EXPECT_EQ(copy(folder / "kept/" + name, folder / "back", CopyChecksum::Check).error().code, std::errc::bad_message);
+    EXPECT_FALSE(exists(folder / "back"));
+  }
+  for (const char* name : {"whole", "without"}) {
+    ASSERT_TRUE(copy(folder / "kept/" + name, folder / name, CopyChecksum::Check).ok());
+    EXPECT_EQ(checksumOf(folder / name).carried, std::nullopt);
+  }
+}
+
+TEST_F(ChecksumTest, AFileSystemWithoutAttributesHoldsCopiesAllTheSame) {
+  makeFolders(folder / "plain");
+  if (unshare(CLONE_NEWNS) != 0 || mount("", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+      mount("ramfs", (folder / "plain").c_str(), "ramfs", 0, nullptr) != 0)
+    GTEST_SKIP() << "nothing may be mounted here";
+  writeFile(folder / "file", "content");
+  auto staged = files.stageCopy(
+      {.source = folder / "file", .destination = folder / "plain/copy", .checksum = CopyChecksum::Make});
+  ASSERT_TRUE(staged.ok());
+  EXPECT_TRUE((*staged)->notes().empty());
+  ASSERT_TRUE((*staged)->commit(StagedCopy::Existing::Keep).ok());
+  EXPECT_EQ(checksumOf(folder / "plain/copy").carried, std::nullopt);
+  EXPECT_EQ(checksums.setHeld(folder / "plain/copy", "1").error().code, std::errc::operation_not_supported);
+  staged->reset();
+  umount2((folder / "plain").c_str(), MNT_DETACH);
+}
+
+}  // namespace
+}  // namespace vantory::test
