@@ -1,6 +1,5 @@
 // "--list-backups": the library, automatic backups included.
 
-#include <algorithm>
 #include <ostream>
 
 #include "backups/QWDataController.h"
@@ -9,24 +8,12 @@
 #include "base/Timestamp.h"
 #include "services/files/QWFileManager.h"
 #include "tasks/DryRun.h"
+#include "tasks/NamedBackup.h"
 #include "tasks/Question.h"
 
 namespace vantory {
 
 namespace {
-
-// Manual backups first, each kind by name.
-BackupList sortedBackups(const QWDataController& data) {
-  BackupList backups;
-  for (const auto& node : data.backupArray())
-    if (auto backup = std::dynamic_pointer_cast<QWBackup>(node)) backups.push_back(std::move(backup));
-  std::ranges::copy(data.autoBackupArray(), std::back_inserter(backups));
-  std::ranges::stable_sort(backups, [](const auto& left, const auto& right) {
-    if (left->isAutosave() != right->isAutosave()) return right->isAutosave();
-    return left->nameCompare(*right) < 0;
-  });
-  return backups;
-}
 
 PropertyListArray itemsOf(const QWBackup& backup) {
   PropertyListArray items;
@@ -108,7 +95,7 @@ int listBackups(const QuestionContext& context) {
   QWDataController& data = QWDataController::sharedController();
   data.populateApps();
   data.populateBackups();
-  const BackupList backups = sortedBackups(data);
+  const BackupList backups = sortedBackups();
   switch (context.form) {
     case AnswerForm::Table:
       context.output << table(backups, run);

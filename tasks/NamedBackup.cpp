@@ -1,6 +1,8 @@
 // Finds backups of the library by name and by path.
 #include "tasks/NamedBackup.h"
 
+#include <algorithm>
+
 #include "backups/BackupNaming.h"
 #include "base/Format.h"
 #include "base/Paths.h"
@@ -25,6 +27,15 @@ BackupList backupsMeant(const std::string& name, const std::string& path) {
     if (backup->path() == path || backup->path() == current) return {backup};
   std::erase_if(meant, [&](const auto& backup) { return !QWFileManager::isSameItem(backup->path(), path); });
   return meant;
+}
+
+BackupList sortedBackups() {
+  BackupList backups = QWDataController::sharedController().allBackups();
+  std::ranges::stable_sort(backups, [](const auto& left, const auto& right) {
+    if (left->isAutosave() != right->isAutosave()) return right->isAutosave();
+    return left->nameCompare(*right) < 0;
+  });
+  return backups;
 }
 
 std::string faultOfName(const std::string& name, const BackupList& meant) {

@@ -10,6 +10,8 @@ namespace vantory {
 // The listed backups that are meant by a name, which may be that of the folder, or by a path, which stands for itself
 // at `path` too.
 BackupList backupsMeant(const std::string& name, const std::string& path);
+// All backups that are listed, those made by hand first, each kind by name.
+BackupList sortedBackups();
 // Why no backup, or no single one, is meant by the name; a sentence.
 std::string faultOfName(const std::string& name, const BackupList& meant);
 

@@ -18,6 +18,8 @@ constexpr Question kQuestions[] = {
     {"--preview", "TASK [OPERANDS]", "Tell what a task, given without its dash, would do.", previewTask, true, false},
     {"--compare", "BACKUP [BACKUP] [KEYS]", "Tell what restoring a backup would change, or what differs between two.",
      compareBackup, true, false},
+    {"--verify", "[BACKUP...]", "Tell whether backups are sound (default: all of the library).", verifyBackups, true,
+     false},
 };
 
 // How an answer is written, as against what is asked.

@@ -47,5 +47,6 @@ int listBackups(const QuestionContext& context);
 int listReceipts(const QuestionContext& context);
 int previewTask(const QuestionContext& context);
 int compareBackup(const QuestionContext& context);
+int verifyBackups(const QuestionContext& context);
 
 }  // namespace vantory

@@ -153,6 +153,11 @@ _vantory() {
         _vantory_offer --json
         break
         ;;
+      --verify)
+        _vantory_offer --json
+        _vantory_all_names
+        break
+        ;;
       --list-items | --list-backups | --receipts)
         _vantory_offer --json --print0
         break
@@ -160,8 +165,8 @@ _vantory() {
     esac
   done
   ((i < last)) || _vantory_offer -autobackup -restoredefault -list -trash -lock -unlock -backup -restore --default \
-    --rename --remove --update --prune --undo --restore-keys --list-items --list-backups --receipts --preview --compare --json \
-    --strict --print0 --help --version
+    --rename --remove --update --prune --undo --restore-keys --list-items --list-backups --receipts --preview --compare \
+    --verify --json --strict --print0 --help --version
 
   _vantory_drop_before_colon
   _vantory_quote

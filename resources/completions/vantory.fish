@@ -28,11 +28,11 @@ end
 
 # Succeeds while there is neither a task nor a question on the line.
 function __vantory_at_start
-    not string match -qr '^-(-list-|-preview|-compare|-default|-rename|-remove|-update|-prune|-undo|-receipts|-restore-keys|[a-z])' -- (commandline -opc)[2..]
+    not string match -qr '^-(-list-|-preview|-compare|-verify|-default|-rename|-remove|-update|-prune|-undo|-receipts|-restore-keys|[a-z])' -- (commandline -opc)[2..]
 end
 
 function __vantory_at_question
-    string match -qr '^--(list-|receipts|preview|compare)' -- (commandline -opc)
+    string match -qr '^--(list-|receipts|preview|compare|verify)' -- (commandline -opc)
 end
 
 # Succeeds where the task to preview goes.
@@ -91,6 +91,8 @@ complete -c vantory -n __vantory_at_start -l list-backups -d 'List the backups o
 complete -c vantory -n __vantory_at_start -l receipts -d 'List what tasks did lately'
 complete -c vantory -n __vantory_at_start -l preview -d 'Tell what a task would do'
 complete -c vantory -n __vantory_at_start -l compare -d 'Tell what restoring a backup would change'
+complete -c vantory -n __vantory_at_start -l verify -d 'Tell whether backups are sound'
+complete -c vantory -n 'contains -- --verify (commandline -opc)' -a '(__vantory_all_names)' -d Backup
 complete -c vantory -n __vantory_at_question -l json -d 'Answer in JSON'
 complete -c vantory -n __vantory_at_start -l json -d 'Report what a task did in JSON'
 complete -c vantory -n __vantory_at_start -l strict -d 'Let the exit code of a task tell more'

@@ -1,0 +1,175 @@
+// Compares a backup's files with their checksums, and what it holds with what its settings say.
+#include "backups/BackupCheck.h"
+
+#include <algorithm>
+#include <atomic>
+#include <exception>
+#include <mutex>
+#include <system_error>
+#include <thread>
+
+#include "backups/BackupFolder.h"
+#include "backups/BackupNaming.h"
+#include "backups/HeldFiles.h"
+#include "backups/QWBackup.h"
+#include "base/Format.h"
+#include "base/Paths.h"
+#include "platform/Checksums.h"
+#include "platform/FileMetadata.h"
+#include "services/Runtime.h"
+#include "services/TaskReport.h"
+#include "services/files/QWFileManager.h"
+
+namespace vantory {
+
+namespace {
+
+using Kind = BackupFault::Kind;
+
+Platform& platform() {
+  return Runtime::current().platform();
+}
+
+// Reads the files of one backup, which two threads share.
+class FileChecks {
+ public:
+  FileChecks(const std::string& backup, const std::vector<HeldFile>& files, BackupCheck& result)
+      : backup_(backup), files_(files), result_(result) {}
+
+  void run();
+
+ private:
+  void work() noexcept;
+  void check(const HeldFile& file);
+  void checkLink(const HeldFile& link);
+  void checkContent(const HeldFile& file);
+  void fault(Kind kind, const std::string& path, std::string text);
+
+  const std::string& backup_;
+  const std::vector<HeldFile>& files_;
+  std::atomic<std::size_t> next_ = 0;
+  std::mutex mutex_;
+  BackupCheck& result_;
+};
+
+void FileChecks::run() {
+  std::thread second;
+  try {
+    if (files_.size() > 1) second = std::thread([this] { work(); });
+  } catch (const std::system_error&) {
+    // This one does it all.
+  }
+  work();
+  if (second.joinable()) second.join();
+}
+
+// An exception that left the thread would end the program.
+void FileChecks::work() noexcept {
+  try {
+    for (std::size_t i = next_++; i < files_.size(); i = next_++) check(files_[i]);
+  } catch (const std::exception&) {
+    fault(Kind::Unreadable, {}, "out of memory");
+  }
+}
+
+void FileChecks::check(const HeldFile& file) {
+  if (file.type == FileType::SymbolicLink) return checkLink(file);
+  if (file.type == FileType::File) return checkContent(file);
+  fault(Kind::Special, file.path, "is neither a file nor a folder");
+}
+
+void FileChecks::fault(Kind kind, const std::string& path, std::string text) {
+  const std::lock_guard lock(mutex_);
+  result_.faults.push_back({kind, path, std::move(text)});
+}
+
+// Decided by the link's text: where it leads to may hold links of its own, or nothing.
+void FileChecks::checkLink(const HeldFile& link) {
+  const auto target = platform().metadata.linkTarget(paths::join(backup_, link.path));
+  if (!target) return fault(Kind::Unreadable, link.path, target.error().text);
+  const std::string aim = paths::absolute(*target, paths::parent(paths::join(backup_, link.path)));
+  if (!target->starts_with('/') && aim.starts_with(backup_ + "/")) return;
+  fault(Kind::LeadsOut, link.path, "is a link that leads out of the backup, to " + *target);
+}
+
+void FileChecks::checkContent(const HeldFile& file) {
+  const auto checksum = platform().checksums.ofFile(backup_, paths::join(backup_, file.path));
+  if (!checksum) return fault(Kind::Unreadable, file.path, checksum.error().text);
+  const bool isDamaged = checksum->carried && *checksum->carried != checksum->content;
+  if (isDamaged) fault(Kind::Damaged, file.path, "is damaged: its content is not what its checksum says");
+  const std::lock_guard lock(mutex_);
+  ++result_.files;
+  result_.bytes += checksum->bytes;
+  if (!checksum->carried) ++result_.withoutChecksum;
+}
+
+bool hasFiles(const QWPrefItem& item, const BackupFolder& place, const std::string& backup) {
+  TaskReport ignored;  // what cannot be read is a fault already
+  return std::ranges::any_of(item.files(), [&](const std::string& pattern) {
+    const auto found = QWFileManager::filesMatchingWildcardPath(place.safeUserPath(pattern), backup, ignored);
+    return std::ranges::any_of(found, [](const std::string& path) { return !QWFileManager::isMissingAtPath(path); });
+  });
+}
+
+// An item is named by the settings because one file at least was copied for it.
+void checkItems(const QWBackup& backup, const std::string& folder, BackupCheck& result) {
+  const BackupFolder place(folder);
+  for (const auto& app : backup.children())
+    for (const auto& item : app->children()) {
+      bool isThere = hasFiles(*item, place, folder);
+      for (const auto& user : item->users()) isThere = isThere || hasFiles(*user, place, folder);
+      if (!isThere)
+        result.faults.push_back(
+            {Kind::Missing, {}, formatted("no file is there of %@: %@", app->name(), item->name())});
+    }
+}
+
+void checkHeld(const std::string& backup, const HeldFiles& held, BackupCheck& result) {
+  const auto noted = platform().checksums.held(paths::join(backup, kBackupSettingsFile));
+  result.isHeldKnown = noted && *noted;
+  if (!result.isHeldKnown || **noted == held.note()) return;
+  const std::string count = (*noted)->substr(0, (*noted)->find(' '));
+  const bool isNumber = !count.empty() && count.find_first_not_of("0123456789") == std::string::npos;
+  std::string text = "not the files that were backed up: some are missing, were added or renamed";
+  if (isNumber && count != std::to_string(held.files.size()))
+    text = formatted("%@ files were backed up, %i are there", count, held.files.size());
+  result.faults.push_back({Kind::Paths, {}, std::move(text)});
+}
+
+}  // namespace
+
+const char* nameOf(BackupFault::Kind kind) {
+  switch (kind) {
+    case Kind::Settings:
+      return "settings";
+    case Kind::Missing:
+      return "missing";
+    case Kind::Paths:
+      return "paths";
+    case Kind::Damaged:
+      return "damaged";
+    case Kind::Unreadable:
+      return "unreadable";
+    case Kind::LeadsOut:
+      return "leadsOut";
+    case Kind::Special:
+      break;
+  }
+  return "special";
+}
+
+BackupCheck checkBackup(const QWBackup& backup) {
+  BackupCheck result;
+  const std::string folder(paths::withoutTrailingSlashes(backup.path()));
+  if (!backup.isComplete())
+    result.faults.push_back({Kind::Settings, kBackupSettingsFile, "is missing or cannot be read: it is incomplete"});
+  const HeldFiles held = listHeldFiles(folder);
+  for (const Error& error : held.unreadable) result.faults.push_back({Kind::Unreadable, {}, error.text});
+  checkHeld(folder, held, result);
+  checkItems(backup, folder, result);
+  FileChecks(folder, held.files, result).run();
+  std::ranges::stable_sort(result.faults, {}, &BackupFault::path);
+  return result;
+}
+
+}  // namespace vantory

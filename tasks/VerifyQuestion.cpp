@@ -1,0 +1,117 @@
+// "--verify": whether backups are what they were when they were made.
+
+#include <ostream>
+
+#include "backups/BackupCheck.h"
+#include "base/Format.h"
+#include "base/Json.h"
+#include "base/Paths.h"
+#include "base/Text.h"
+#include "base/TextTable.h"
+#include "platform/SystemInfo.h"
+#include "services/Runtime.h"
+#include "services/files/QWFileManager.h"
+#include "tasks/DryRun.h"
+#include "tasks/NamedBackup.h"
+#include "tasks/Question.h"
+
+namespace vantory {
+
+namespace {
+
+struct Verified {
+  std::string name;
+  std::string path;
+  BackupCheck check;
+};
+
+PropertyListDictionary entryFor(const Verified& backup) {
+  PropertyListArray faults;
+  for (const BackupFault& fault : backup.check.faults) {
+    PropertyListDictionary entry;
+    entry.append("kind", nameOf(fault.kind));
+    if (!fault.path.empty()) entry.append("path", fault.path);
+    entry.append("text", fault.text);
+    faults.push_back(std::move(entry));
+  }
+  PropertyListDictionary entry;
+  entry.append("name", backup.name);
+  entry.append("path", backup.path);
+  entry.append("sound", backup.check.isSound());
+  entry.append("files", static_cast<std::int64_t>(backup.check.files));
+  entry.append("bytes", backup.check.bytes);
+  entry.append("withoutChecksum", static_cast<std::int64_t>(backup.check.withoutChecksum));
+  entry.append("pathsKnown", backup.check.isHeldKnown);
+  entry.append("faults", std::move(faults));
+  return entry;
+}
+
+std::string json(const std::vector<Verified>& backups, bool isSound) {
+  PropertyListArray entries;
+  for (const Verified& backup : backups) entries.push_back(entryFor(backup));
+  PropertyListDictionary answer;
+  answer.append("sound", isSound);
+  answer.append("backups", std::move(entries));
+  return writeJson(std::move(answer)) + "\n";
+}
+
+// What has no checksum is as good as it can be told to be.
+std::string verdictOn(const BackupCheck& check) {
+  if (!check.isSound()) return check.faults.size() == 1 ? "1 fault" : formatted("%i faults", check.faults.size());
+  if (check.files > 0 && check.withoutChecksum == check.files) return "sound, no checksum";
+  if (check.withoutChecksum > 0) return formatted("sound, %i without checksum", check.withoutChecksum);
+  return check.isHeldKnown ? "sound" : "sound, list of files not known";
+}
+
+std::string table(const std::vector<Verified>& backups) {
+  if (backups.empty()) return "There is no backup to verify.\n";
+  TextTable table({"NAME", "FILES", "SIZE", "RESULT", "PATH AND FAULTS"});
+  for (const Verified& backup : backups) {
+    table.add({backup.name, std::to_string(backup.check.files),
+               QWFileManager::formatFileSize(static_cast<double>(backup.check.bytes)), verdictOn(backup.check),
+               backup.path});
+    for (const BackupFault& fault : backup.check.faults)
+      table.add({"", "", "", "", fault.path.empty() ? fault.text : fault.path + " " + fault.text});
+  }
+  return table.text();
+}
+
+// Those of the library that bear a name, or the folder at a path; with no names all of the library.
+Result<BackupList> backupsToVerify(const std::vector<std::string>& names) {
+  if (names.empty()) return sortedBackups();
+  BackupList backups;
+  for (const std::string& name : names) {
+    const std::string path = paths::absolute(name, Runtime::current().platform().system.workingDirectory());
+    BackupList meant = backupsMeant(name, path);
+    if (meant.empty() && QWFileManager::isDirectoryAtPath(path)) meant.push_back(QWBackup::backupWithFile(path));
+    if (meant.empty()) return Error{std::errc::no_such_file_or_directory, faultOfName(name, {})};
+    backups.insert(backups.end(), meant.begin(), meant.end());
+  }
+  return backups;
+}
+
+}  // namespace
+
+int verifyBackups(const QuestionContext& context) {
+  DryRun run({"vantory"}, context.errors);
+  if (!run.begin(true)) return 1;
+  QWDataController& library = QWDataController::sharedController();
+  library.populateApps();
+  library.populateBackups();
+  const auto meant = backupsToVerify(context.operands);
+  if (!meant) {
+    context.errors << "Vantory: " << printable(meant.error().text) << '\n';
+    return 1;
+  }
+  std::vector<Verified> verified;
+  // What cannot be listed cannot be verified either.
+  bool isSound = !context.operands.empty() || !library.libraryError();
+  for (const auto& backup : *meant) {
+    verified.push_back({backup->name(), run.placeOnDisk(backup->path()), checkBackup(*backup)});
+    isSound = isSound && verified.back().check.isSound();
+  }
+  context.output << (context.form == AnswerForm::Json ? json(verified, isSound) : table(verified));
+  return isSound ? 0 : 1;
+}
+
+}  // namespace vantory
