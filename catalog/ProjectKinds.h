@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+#include "catalog/Catalog.h"
+
 namespace vantory {
 
 struct ProjectKind {
@@ -24,7 +26,10 @@ inline constexpr std::array<ProjectKind, 8> kProjectKinds = {{{"fcp", "com.apple
 
 // The kind of a file, told by its extension in any case; null for one that is no project.
 const ProjectKind* projectKindOf(const std::string& path);
-// The extensions of all kinds.
-std::vector<std::string> projectExtensions();
+// The identifiers of the application that opens projects of that kind, the one that was meant first; none for a file
+// that is no project, also to no application that is defined beside the built-in ones.
+std::vector<std::string> applicationsOfProject(const std::string& path, const AppList& apps);
+// The extensions of all kinds, those of these applications included.
+std::vector<std::string> projectExtensions(const AppList& apps);
 
 }  // namespace vantory

@@ -1,6 +1,7 @@
 // Tells which files are projects.
 #include "backups/ui/ProjectFiles.h"
 
+#include "backups/BackupLibrary.h"
 #include "catalog/ProjectKinds.h"
 #include "platform/FileMetadata.h"
 #include "services/Runtime.h"
@@ -23,7 +24,8 @@ bool hasProjectType(const std::string& path) {
 std::optional<std::string> reasonNotToLink(const std::string& path) {
   if (!QWFileManager::fileExistsAtPath(path))
     return "is not there under the name that was chosen. Names that are no text cannot be chosen.";
-  if (!projectKindOf(path) && !hasProjectType(path)) return "is no project file.";
+  if (applicationsOfProject(path, BackupLibrary::current().appArray()).empty() && !hasProjectType(path))
+    return "is no project file.";
   return std::nullopt;
 }
 

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "backups/BackupLibrary.h"
 #include "backups/ui/BackupDialogView.h"
 #include "backups/ui/Controls.h"
 #include "backups/ui/FailureReport.h"
@@ -71,8 +72,10 @@ void QWBackupEditController::cancelBackup() {
 
 // Each file that is refused is named with its reason; the others are added all the same.
 void QWBackupEditController::addProject() {
-  const auto chosen =
-      parts_.chooser.choose({.extensions = projectExtensions(), .several = true, .kind = "Projects", .others = true});
+  const auto chosen = parts_.chooser.choose({.extensions = projectExtensions(BackupLibrary::current().appArray()),
+                                             .several = true,
+                                             .kind = "Projects",
+                                             .others = true});
   std::string refused;
   for (const std::string& project : chosen) {
     if (const auto reason = reasonNotToLink(project)) {

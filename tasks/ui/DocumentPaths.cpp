@@ -5,6 +5,7 @@
 #include <optional>
 #include <string_view>
 
+#include "backups/BackupLibrary.h"
 #include "backups/BackupNaming.h"
 #include "base/Paths.h"
 #include "base/Text.h"
@@ -46,7 +47,7 @@ std::optional<std::string> pathOfAddress(std::string_view text) {
 }  // namespace
 
 bool isKnownDocument(const std::string& path) {
-  return isBackupName(path) || projectKindOf(path);
+  return isBackupName(path) || !applicationsOfProject(path, BackupLibrary::current().appArray()).empty();
 }
 
 std::vector<std::string> documentPaths(const std::vector<std::string>& arguments, const std::string& workingDirectory) {

@@ -6,7 +6,7 @@
 
 namespace vantory {
 
-// A backup or a project, told by the extension.
+// A backup or a project of the catalog's applications, told by the extension.
 bool isKnownDocument(const std::string& path);
 
 // The full paths that arguments name: paths, relative ones too, and "file:" addresses. What begins with a dash is an

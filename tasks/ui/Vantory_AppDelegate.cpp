@@ -13,6 +13,7 @@
 #include "base/Paths.h"
 #include "catalog/ProjectKinds.h"
 #include "platform/Documents.h"
+#include "platform/Workspace.h"
 #include "services/Runtime.h"
 #include "services/TaskReport.h"
 #include "services/files/QWAuthorization.h"
@@ -67,6 +68,13 @@ void import(const std::string& path) {
   BackgroundThreads::shared().start([=] { tellOfImport(path, restored, report); });
 }
 
+// The first identifier of an application that is installed; the first of all where none is.
+std::string installedAmong(const std::vector<std::string>& identifiers) {
+  for (const std::string& identifier : identifiers)
+    if (Runtime::current().platform().workspace.applicationPath(identifier)) return identifier;
+  return identifiers.front();
+}
+
 }  // namespace
 
 // --- Start and quit --------------------------------------------------------------------------------------------------
@@ -114,9 +122,8 @@ bool Vantory_AppDelegate::openFile(const std::string& path) {
     return true;
   }
   wasOpenedByProjectFile_ = true;
-  if (const ProjectKind* kind = projectKindOf(path)) {
-    const std::string application(kind->application);
-    if (!BackgroundThreads::shared().start([=, this] { openProject(path, application); })) terminate();
+  if (const auto known = applicationsOfProject(path, QWDataController::sharedController().appArray()); !known.empty()) {
+    if (!BackgroundThreads::shared().start([=, this] { openProject(path, installedAmong(known)); })) terminate();
     return true;
   }
   QWLog::appendLogAndPrint("Error - unknown file: %@", path);

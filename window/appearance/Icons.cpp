@@ -103,6 +103,7 @@ QIcon named(const std::string& resourceName) {
     if (name.endsWith(QLatin1String(ending))) name.chop(static_cast<qsizetype>(qstrlen(ending)));
   QIcon& icon = loaded[name];
   if (icon.isNull()) icon = load(QStringLiteral("icons"), name);
+  if (icon.isNull()) icon = QIcon::fromTheme(name);
   if (icon.isNull()) icon = load(QStringLiteral("icons"), QStringLiteral("unknown"));
   return icon;
 }

@@ -5,11 +5,14 @@
 #include <algorithm>
 #include <utility>
 
+#include "backups/LibraryFolder.h"
 #include "backups/QWAutosaveHeader.h"
 #include "backups/QWDataController.h"
 #include "backups/ui/Surveyor.h"
 #include "base/Format.h"
 #include "catalog/ProjectHandlers.h"
+#include "catalog/ProjectKinds.h"
+#include "catalog/definitions/DefinitionFiles.h"
 #include "platform/SystemLog.h"
 #include "services/Runtime.h"
 #include "services/threads/BackgroundThreads.h"
@@ -170,7 +173,10 @@ bool WindowSession::needsWindow(const std::vector<std::string>& files) {
 }
 
 bool WindowSession::onlyHandsOn(const std::vector<std::string>& files) {
-  return !files.empty() && std::ranges::none_of(files, isKnownDocument);
+  if (files.empty() || std::ranges::any_of(files, isKnownDocument)) return false;
+  // It is asked before there is a catalog.
+  const AppList defined = readDefinedCatalog(foldersOfBackups()).apps;
+  return std::ranges::all_of(files, [&](const auto& file) { return applicationsOfProject(file, defined).empty(); });
 }
 
 // With a window everything waits for its first paint; without one the files are opened at once.
