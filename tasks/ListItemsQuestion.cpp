@@ -5,48 +5,23 @@
 #include "backups/QWDataController.h"
 #include "base/Json.h"
 #include "base/TextTable.h"
-#include "services/files/QWFileManager.h"
+#include "catalog/AppDefinition.h"
 #include "tasks/DryRun.h"
+#include "tasks/ItemListing.h"
 #include "tasks/Question.h"
 
 namespace vantory {
 
 namespace {
 
-// Of the item's own patterns what is there now.
-std::vector<std::string> filesOf(const QWPrefItem& item) {
-  std::vector<std::string> files;
-  for (const std::string& pattern : item.files())
-    for (std::string& path : QWFileManager::filesMatchingWildcardPath(pattern))
-      if (QWFileManager::itemExistsAtPath(path)) files.push_back(std::move(path));
-  return files;
-}
-
-// Only an item that has users has an entry for them.
-PropertyListDictionary entryFor(const QWPrefItem& item) {
-  PropertyListArray files;
-  for (std::string& path : filesOf(item)) files.push_back(std::move(path));
-  PropertyListDictionary entry;
-  entry.append("key", item.key());
-  entry.append("name", item.name());
-  entry.append("lockable", item.lockable());
-  entry.append("files", std::move(files));
-  if (item.users().empty()) return entry;
-  PropertyListArray users;
-  for (const auto& user : item.users()) users.push_back(entryFor(*user));
-  entry.append("users", std::move(users));
-  return entry;
-}
-
 std::string json(const AppList& apps) {
   PropertyListArray applications;
   for (const auto& app : apps) {
-    PropertyListArray items;
-    for (const auto& item : app->children()) items.push_back(entryFor(*item));
     PropertyListDictionary application;
     application.append("name", app->name());
     application.append("identifier", app->bundleID());
-    application.append("items", std::move(items));
+    if (app->defined()) application.append("definition", app->defined()->source);
+    application.append("items", itemEntries(*app));
     applications.push_back(std::move(application));
   }
   PropertyListDictionary listing;
@@ -54,19 +29,16 @@ std::string json(const AppList& apps) {
   return writeJson(std::move(listing)) + "\n";
 }
 
-// Each further file of an item has a row of its own.
-void addRows(TextTable& table, const QWApp& app, const QWPrefItem& item) {
-  const std::vector<std::string> files = filesOf(item);
-  table.add({item.key(), app.name(), item.name(), item.lockable() ? "yes" : "no", files.empty() ? "-" : files.front()});
-  for (std::size_t i = 1; i < files.size(); ++i) table.add({"", "", "", "", files[i]});
-  for (const auto& user : item.users()) addRows(table, app, *user);
-}
-
-std::string table(const AppList& apps) {
-  TextTable table({"KEY", "APPLICATION", "ITEM", "LOCKABLE", "FILES"});
-  for (const auto& app : apps)
-    for (const auto& item : app->children()) addRows(table, *app, *item);
-  return table.text();
+// An answer about the built-in applications alone has no such part.
+std::string sources(const AppList& apps) {
+  TextTable table({"APPLICATION", "DEFINED IN"});
+  bool any = false;
+  for (const auto& app : apps) {
+    if (!app->defined()) continue;
+    table.add({app->name(), app->defined()->source});
+    any = true;
+  }
+  return any ? "\n" + table.text() : "";
 }
 
 // A user's key follows that of its item.
@@ -91,7 +63,7 @@ int listItems(const QuestionContext& context) {
   const AppList apps = data.appArray();
   switch (context.form) {
     case AnswerForm::Table:
-      context.output << table(apps);
+      context.output << itemTable(apps) << sources(apps);
       break;
     case AnswerForm::Json:
       context.output << json(apps);

@@ -20,6 +20,8 @@ constexpr Question kQuestions[] = {
      compareBackup, true, false},
     {"--verify", "[BACKUP...]", "Tell whether backups are sound (default: all of the library).", verifyBackups, true,
      false},
+    {"--check-catalog", "FILE...", "Tell what is wrong with catalog files, or what they name here.", checkCatalog, true,
+     false},
 };
 
 // How an answer is written, as against what is asked.

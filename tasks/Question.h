@@ -48,5 +48,6 @@ int listReceipts(const QuestionContext& context);
 int previewTask(const QuestionContext& context);
 int compareBackup(const QuestionContext& context);
 int verifyBackups(const QuestionContext& context);
+int checkCatalog(const QuestionContext& context);
 
 }  // namespace vantory

@@ -158,6 +158,10 @@ _vantory() {
         _vantory_all_names
         break
         ;;
+      --check-catalog)
+        _vantory_offer --json
+        break
+        ;;
       --list-items | --list-backups | --receipts)
         _vantory_offer --json --print0
         break
@@ -166,7 +170,7 @@ _vantory() {
   done
   ((i < last)) || _vantory_offer -autobackup -restoredefault -list -trash -lock -unlock -backup -restore --default \
     --rename --remove --update --prune --undo --restore-keys --list-items --list-backups --receipts --preview --compare \
-    --verify --json --strict --print0 --help --version
+    --verify --check-catalog --json --strict --print0 --help --version
 
   _vantory_drop_before_colon
   _vantory_quote

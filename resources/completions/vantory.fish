@@ -28,11 +28,11 @@ end
 
 # Succeeds while there is neither a task nor a question on the line.
 function __vantory_at_start
-    not string match -qr '^-(-list-|-preview|-compare|-verify|-default|-rename|-remove|-update|-prune|-undo|-receipts|-restore-keys|[a-z])' -- (commandline -opc)[2..]
+    not string match -qr '^-(-list-|-preview|-compare|-verify|-check-catalog|-default|-rename|-remove|-update|-prune|-undo|-receipts|-restore-keys|[a-z])' -- (commandline -opc)[2..]
 end
 
 function __vantory_at_question
-    string match -qr '^--(list-|receipts|preview|compare|verify)' -- (commandline -opc)
+    string match -qr '^--(list-|receipts|preview|compare|verify|check-catalog)' -- (commandline -opc)
 end
 
 # Succeeds where the task to preview goes.
@@ -93,6 +93,7 @@ complete -c vantory -n __vantory_at_start -l preview -d 'Tell what a task would 
 complete -c vantory -n __vantory_at_start -l compare -d 'Tell what restoring a backup would change'
 complete -c vantory -n __vantory_at_start -l verify -d 'Tell whether backups are sound'
 complete -c vantory -n 'contains -- --verify (commandline -opc)' -a '(__vantory_all_names)' -d Backup
+complete -c vantory -n __vantory_at_start -l check-catalog -r -F -d 'Tell what is wrong with catalog files'
 complete -c vantory -n __vantory_at_question -l json -d 'Answer in JSON'
 complete -c vantory -n __vantory_at_start -l json -d 'Report what a task did in JSON'
 complete -c vantory -n __vantory_at_start -l strict -d 'Let the exit code of a task tell more'

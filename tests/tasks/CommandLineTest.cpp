@@ -10,6 +10,7 @@
 #include "base/PropertyListBytes.h"
 #include "base/Text.h"
 #include "catalog/BuiltInCatalog.h"
+#include "catalog/definitions/DefinitionReader.h"
 #include "services/settings/QWUserDefaults.h"
 #include "services/threads/MainThread.h"
 #include "tasks/KeyList.h"
@@ -578,6 +579,30 @@ TEST_F(CommandLineTest, ComparesABackupWithTheFilesAndWithAnother) {
   EXPECT_EQ(readFile(home_ / kFiles[1].second), "{ Timeline = { Snapping = 1; }; }");
   EXPECT_EQ(run("--strict --restore-keys First fcpPrefs Timeline.Snapping"), 0);
   EXPECT_THAT(readFile(home_ / kFiles[1].second), HasSubstr("Snapping = 0;"));
+}
+
+TEST_F(CommandLineTest, CatalogFilesAreCheckedBesideOthers) {
+  const std::string folder = library("/../Catalogs/");
+  const std::string sound =
+      "{ format = 1; name = Editor; identifier = x; projects = edp; items = ({ key = edPrefs; name = Preferences; "
+      "lockabel = NO; files = \"~/.config/editor/rc\"; }); }";
+  writeFile(folder + "editor.plist", sound);
+  writeFile(home_ / ".config/editor/rc", "x");
+  writeFile(home_ / "bad.plist", "{ format = 1;\n name = \"Motion\"; }");
+  EXPECT_EQ(run("--check-catalog", folder + "editor.plist"), 0);
+  EXPECT_THAT(output_.str(), HasSubstr(home_ / ".config/editor/rc\n"));
+  EXPECT_THAT(errors_.str(), HasSubstr("is \"lockable\" meant?"));
+  EXPECT_EQ(run("--check-catalog --json", home_ / "bad.plist"), 1);
+  EXPECT_THAT(output_.str(), HasSubstr("\"fault\": "));
+  EXPECT_THAT(errors_.str(), HasSubstr("bad.plist:"));
+  EXPECT_EQ(run("--check-catalog"), 1);
+  EXPECT_EQ(run("--list-items"), 0);
+  EXPECT_THAT(output_.str(), testing::AllOf(HasSubstr("\nedPrefs "), testing::EndsWith("editor.plist\n")));
+  for (const Alias& alias : aliasTable()) {
+    AppDefinition definition;
+    definition.items.emplace_back().key = alias.name;
+    EXPECT_NE(TakenNames().faultOf(definition).reason, "") << alias.name;
+  }
 }
 
 // The manual, the README and the completions are written by hand.
