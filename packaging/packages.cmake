@@ -1,4 +1,5 @@
-# Two Debian packages, made by cpack: "vantory" for the command line, without Qt, and "vantory-gui", the window to it.
+# Debian packages, made by cpack: "vantory" for the command line, without Qt, "vantory-gui", the window to it, and
+# "vantory-catalogs", definitions of further applications.
 # They fit the folders that the build was configured for, so configure it with the prefix /usr (preset "package").
 set(documents ${CMAKE_INSTALL_DATADIR}/doc)
 install(FILES packaging/debian/copyright CHANGELOG.md DESTINATION ${documents}/vantory)
@@ -8,6 +9,10 @@ install(FILES packaging/debian/vantory.lintian-overrides DESTINATION ${CMAKE_INS
 configure_file(packaging/systemd/vantory-autobackup.service.in vantory-autobackup.service @ONLY)
 install(FILES ${CMAKE_BINARY_DIR}/vantory-autobackup.service packaging/systemd/vantory-autobackup.timer
         DESTINATION lib/systemd/user)
+
+# Added to those that are built in, where an administrator wants them.
+install(DIRECTORY resources/catalogs DESTINATION ${CMAKE_INSTALL_DATADIR}/vantory COMPONENT catalogs EXCLUDE_FROM_ALL
+        FILES_MATCHING PATTERN "*.plist")
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME vantory)
@@ -28,10 +33,10 @@ set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 
-set(CPACK_COMPONENTS_ALL vantory)
+set(CPACK_COMPONENTS_ALL vantory catalogs)
 set(CPACK_DEBIAN_VANTORY_PACKAGE_NAME vantory)
 set(CPACK_DEBIAN_VANTORY_PACKAGE_DEPENDS libcap2-bin)
-set(CPACK_DEBIAN_VANTORY_PACKAGE_SUGGESTS vantory-gui)
+set(CPACK_DEBIAN_VANTORY_PACKAGE_SUGGESTS "vantory-gui, vantory-catalogs")
 set(CPACK_DEBIAN_VANTORY_PACKAGE_CONTROL_EXTRA
     ${CMAKE_SOURCE_DIR}/packaging/debian/postinst ${CMAKE_SOURCE_DIR}/packaging/debian/postrm)
 set(CPACK_COMPONENT_VANTORY_DESCRIPTION "preferences of video editing applications, on the command line
@@ -42,6 +47,18 @@ application misbehaves, backs them up, restores them and locks them against
 changes.
 
 This package holds the tasks of the command line, for scripts and servers.")
+
+set(CPACK_DEBIAN_CATALOGS_PACKAGE_NAME vantory-catalogs)
+set(CPACK_DEBIAN_CATALOGS_PACKAGE_ARCHITECTURE all)
+set(CPACK_DEBIAN_CATALOGS_PACKAGE_DEPENDS "vantory (= ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})")
+set(CPACK_COMPONENT_CATALOGS_DESCRIPTION "preferences of video editing applications, more of them
+Vantory looks after the preference files of professional video editing
+applications.
+
+This package adds definitions of others to those that are built in: the
+editors that Debian packages, such as Kdenlive, Shotcut, Blender and OBS
+Studio, DaVinci Resolve, and present editions of Final Cut Pro, Motion,
+Compressor, Media Composer and Adobe's applications.")
 
 if(VANTORY_WINDOW)
   install(FILES packaging/debian/vantory-gui.lintian-overrides DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides

@@ -19,6 +19,12 @@ foreach(page IN LISTS pages)
   compress(${page})
 endforeach()
 
+set(catalogs_package ${CPACK_TEMPORARY_INSTALL_DIRECTORY}/catalogs${CPACK_PACKAGING_INSTALL_PREFIX}/share)
+if(EXISTS ${catalogs_package})
+  file(MAKE_DIRECTORY ${catalogs_package}/doc)
+  file(CREATE_LINK vantory ${catalogs_package}/doc/vantory-catalogs SYMBOLIC)
+endif()
+
 if(EXISTS ${gui_package})
   file(MAKE_DIRECTORY ${gui_package}/doc)
   file(CREATE_LINK vantory ${gui_package}/doc/vantory-gui SYMBOLIC)

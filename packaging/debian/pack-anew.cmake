@@ -8,7 +8,7 @@ endforeach()
 
 # In the build folder nothing of an earlier version may lie beside them: "apt install" is given all that is there.
 if(EXISTS ${CPACK_PACKAGE_DIRECTORY}/CMakeCache.txt)
-  file(GLOB earlier ${CPACK_PACKAGE_DIRECTORY}/vantory_*.deb ${CPACK_PACKAGE_DIRECTORY}/vantory-gui_*.deb)
+  file(GLOB earlier ${CPACK_PACKAGE_DIRECTORY}/vantory_*.deb ${CPACK_PACKAGE_DIRECTORY}/vantory-*_*.deb)
   if(earlier)
     file(REMOVE ${earlier})
   endif()

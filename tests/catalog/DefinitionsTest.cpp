@@ -4,6 +4,7 @@
 #include <filesystem>
 
 #include "base/Paths.h"
+#include "catalog/ProjectKinds.h"
 #include "catalog/definitions/DefinitionFiles.h"
 #include "tests/catalog/CatalogFixture.h"
 
@@ -190,6 +191,32 @@ TEST_F(DefinitionsTest, FilesOfOthersAreNotTrusted) {
   const DefinedCatalog catalog = readDefinedCatalog({});
   EXPECT_THAT(catalog.apps, IsEmpty());
   EXPECT_THAT(catalog.complaints, testing::ElementsAreArray(reasons));
+}
+
+TEST_F(DefinitionsTest, WhatShipsIsSoundAndSaysHowItWasWritten) {
+  std::size_t count = 0;
+  for (const auto& entry : std::filesystem::directory_iterator(VANTORY_RESOURCES "/catalogs")) {
+    std::string text = readFile(entry.path());
+    EXPECT_THAT(text.substr(0, text.find('{')), testing::ContainsRegex("(Files|Not) tried.* 20[0-9][0-9]"))
+        << entry.path();
+    const std::string shared = "\"/Users/Shared/";
+    for (std::size_t at = text.find(shared); at != std::string::npos; at = text.find(shared))
+      text.replace(at, shared.size(), '"' + (machine_ / "Users/Shared/"));
+    writeFile(inMachineFolder(0, entry.path().filename()), text);
+    ++count;
+  }
+  const DefinedCatalog catalog = readDefinedCatalog({});
+  EXPECT_EQ(catalog.apps.size(), count);
+  EXPECT_THAT(catalog.complaints, IsEmpty());
+  for (const auto& app : catalog.apps)
+    for (const auto& item : app->children())
+      for (const std::string& pattern : item->files()) {
+        const std::string name = paths::lastComponent(pattern);
+        EXPECT_THAT(name, testing::Not(testing::MatchesRegex(".*([.]db|[.]sqlite|/)$"))) << pattern;
+        for (const std::string& kind : app->defined()->projects) EXPECT_NE(name, "*." + kind) << pattern;
+      }
+  EXPECT_THAT(applicationsOfProject("/a/Film.KDENLIVE", catalog.apps),
+              ElementsAre("org.kde.kdenlive", "org.kde.Kdenlive"));
 }
 
 // The scratch folder lies where everybody may write.

@@ -68,6 +68,11 @@ anna vantory -unlock motionPrefs
 check "unlocks" not is_locked "$home/$motion"
 anna vantory
 check "says that there is no window" eval 'ended 1 && grep -q "No window is installed" "$work/err"'
+check "vantory-catalogs is installed" apt install /tmp/vantory-catalogs.deb
+anna vantory --list-items
+check "... and its applications known" eval 'ran && grep -q "^kdenlivePrefs .*" "$work/out" && [ ! -s "$work/err" ]'
+inside env HOME=/root vantory --list-items >"$work/out" 2>"$work/err"
+check "... and trusted by root" grep -q "^kdenlivePrefs " "$work/out"
 
 # A file system that holds no capabilities.
 helpers=$root/usr/libexec/vantory
@@ -110,7 +115,7 @@ lent() { [ "$(inside stat -c %a:%G /usr/libexec/vantory/vantory-lock-helper)" = 
 check "the right to lock is lent to a group" eval 'lend && lent'
 before=$(manifest "$home")
 bring 1.1-1
-check "both are upgraded" apt install /tmp/vantory.deb /tmp/vantory-gui.deb
+check "all are upgraded" apt install /tmp/vantory.deb /tmp/vantory-gui.deb /tmp/vantory-catalogs.deb
 check "... vantory" installed vantory 1.1-1
 check "... vantory-gui" installed vantory-gui 1.1-1
 check "... with the right to lock, for those whom the administrator chose" lent

@@ -30,6 +30,8 @@ for file in man/man1/vantory.1.gz bash-completion/completions/vantory zsh/vendor
   check "${file##*/}" [ -s "$usr/share/$file" ]
 done
 
+check "definitions of applications" eval '[ "$(ls "$usr"/share/vantory/catalogs/*.plist | wc -l)" -ge 19 ]'
+
 for entry in "$usr"/share/applications/*.desktop; do check "${entry##*/}" desktop-file-validate "$entry"; done
 for info in "$usr"/share/metainfo/*.xml; do check "${info##*/}" appstreamcli validate --no-net "$info"; done
 started_by_bus() {
