@@ -122,15 +122,20 @@ std::string valueInShort(const PropertyList& value) {
   return std::visit(ShortLine(), value.content());
 }
 
+std::pair<std::string, std::string> valuesInShort(const KeyChange& change) {
+  const std::string before = valueInShort(*change.before);
+  const std::string after = valueInShort(*change.after);
+  if (before != after) return {before, after};
+  const std::string_view types[] = {typeOf(*change.before), typeOf(*change.after)};
+  if (types[0] != types[1]) return {formatted("%@ (%@)", before, types[0]), formatted("%@ (%@)", after, types[1])};
+  return {before, after + ", not the same"};
+}
+
 std::string changeInShort(const KeyChange& change) {
   if (!change.before) return "+ " + valueInShort(*change.after);
   if (!change.after) return "- " + valueInShort(*change.before);
-  const std::string before = valueInShort(*change.before);
-  const std::string after = valueInShort(*change.after);
-  if (before != after) return before + " → " + after;
-  const std::string_view types[] = {typeOf(*change.before), typeOf(*change.after)};
-  if (types[0] != types[1]) return formatted("%@ (%@) → %@ (%@)", before, types[0], after, types[1]);
-  return before + " → " + after + ", not the same";
+  const auto [before, after] = valuesInShort(change);
+  return before + " → " + after;
 }
 
 }  // namespace vantory

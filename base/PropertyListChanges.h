@@ -3,6 +3,7 @@
 
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "base/KeyPath.h"
@@ -24,8 +25,9 @@ std::vector<KeyChange> changesBetween(const PropertyList& before, const Property
 // A value in one short line: texts in quotation marks and cut, data and what holds other values by their size, dates by
 // the user's clock, yes and no as 1 and 0.
 std::string valueInShort(const PropertyList& value);
-// "1 → 0"; "+ 1" for one that was added and "- 1" for one that was removed. Two values whose short lines are the same
-// are told apart.
+// Both values, which are there; told apart where their short lines are the same.
+std::pair<std::string, std::string> valuesInShort(const KeyChange& change);
+// "1 → 0"; "+ 1" for one that was added and "- 1" for one that was removed.
 std::string changeInShort(const KeyChange& change);
 
 }  // namespace vantory

@@ -54,6 +54,7 @@ Result<std::shared_ptr<QWBackup>> backupToRead(const std::string& operand) {
   std::shared_ptr<QWBackup> backup = meant.size() == 1 ? meant.front() : nullptr;
   if (meant.empty() && QWFileManager::isDirectoryAtPath(path)) backup = QWBackup::backupWithFile(path);
   if (!backup) return fault(faultOfName(operand, meant));
+  if (backup->readError()) return *backup->readError();
   if (!backup->isComplete())
     return fault(formatted("%@ is no complete backup: it has no readable Settings.plist.", backup->path()));
   return backup;

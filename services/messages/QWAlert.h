@@ -8,7 +8,7 @@
 namespace vantory {
 
 // The window that an alert belongs to.
-enum class AlertParent { MainWindow, BackupDialog, SettingsWindow };
+enum class AlertParent { MainWindow, BackupDialog, SettingsWindow, ComparisonWindow };
 
 // An alert's texts; a button without a title is not shown.
 struct AlertTexts {

@@ -41,6 +41,7 @@ void onTrigger(Command& command, Act act) {
 WindowSession::WindowSession(const std::string& home)
     : memory_(home),
       dialog_(&window_),
+      comparisonWindow_(&window_),
       progress_(&window_),
       chooser_(&dialog_),
       importChooser_(&window_),
@@ -59,6 +60,7 @@ WindowSession::WindowSession(const std::string& home)
                MainThread::shared().runAndWait([this] { settings_.refresh(); });
                return isHandler;
              }}),
+      comparison_(comparisonWindow_),
       delegate_({window_, app_, importChooser_, *window_.menus().preferences, [] { QCoreApplication::exit(); },
                  [this] { settings_.show(); },
                  [this](std::function<void()> work) { restore_.runOnThread(std::move(work)); }}),
@@ -106,6 +108,7 @@ void WindowSession::connectRestorePane() {
   outline.setDelegate(&restore_, &restore_);
   outline.onSelectionChange = [this] { showSelection(); };
   onTrigger(pane.restore, [this] { restore_.restore(); });
+  onTrigger(pane.compare, [this] { comparison_.compare(restore_.selectedBackup()); });
   onTrigger(pane.edit, [this] { restore_.editBackup(); });
   onTrigger(pane.toggleDefault, [this] { restore_.toggleDefault(); });
   onTrigger(pane.rename, [&outline] { outline.editSelectedRow(); });
@@ -129,6 +132,9 @@ void WindowSession::connectRestorePane() {
 }
 
 void WindowSession::connectDialogs() {
+  comparisonWindow_.outline().setDelegate(&comparison_, nullptr);
+  comparisonWindow_.onClose = [this] { comparison_.close(); };
+  onTrigger(comparisonWindow_.restore(), [this] { comparison_.restoreTicked(); });
   progress_.onCancel = [this] { app_.progressController().cancel(); };
   dialog_.setActions({.confirm = [this] { edit_.backup(); },
                       .cancel = [this] { edit_.cancelBackup(); },
@@ -255,6 +261,7 @@ void WindowSession::showSelection() {
 // Null where none is on the screen: then the alert stands alone.
 QWidget* WindowSession::windowOf(AlertParent parent) {
   if (parent == AlertParent::BackupDialog && dialog_.isVisible()) return &dialog_;
+  if (parent == AlertParent::ComparisonWindow && comparisonWindow_.isVisible()) return &comparisonWindow_;
   if (parent == AlertParent::SettingsWindow && settings_.window()) return settings_.window();
   return window_.isVisible() ? &window_ : nullptr;
 }
@@ -265,6 +272,7 @@ QWidget* WindowSession::windowOf(AlertParent parent) {
 bool WindowSession::mayClose() {
   if (BackgroundThreads::shared().isWorking() && !wantsToQuit()) return false;
   settings_.close();
+  comparisonWindow_.close();
   return true;
 }
 
@@ -280,6 +288,7 @@ bool WindowSession::wantsToQuit() {
 // Work that still runs is served to its end; its questions are answered as if dismissed.
 void WindowSession::finish() {
   alerts_.refuse();
+  comparison_.close();
   Surveyor::shared().stop();
   // Whoever handed something over just before the end relies on it.
   MainThread::shared().runPending();

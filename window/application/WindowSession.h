@@ -3,6 +3,7 @@
 
 #include <functional>
 
+#include "backups/ui/ComparisonController.h"
 #include "backups/ui/QWBackupEditController.h"
 #include "backups/ui/QWBackupOutlineController.h"
 #include "backups/ui/QWRestoreOutlineController.h"
@@ -17,6 +18,7 @@
 #include "window/dialogs/BackupDialog.h"
 #include "window/dialogs/ProgressDialog.h"
 #include "window/dialogs/QtFileChooser.h"
+#include "window/panes/ComparisonWindow.h"
 #include "window/settings/SettingsSession.h"
 
 namespace vantory {
@@ -62,6 +64,7 @@ class WindowSession {
   WindowMemory memory_;
   MainWindow window_;
   BackupDialog dialog_;
+  ComparisonWindow comparisonWindow_;
   ProgressDialog progress_;
   QtFileChooser chooser_;
   QtFileChooser importChooser_;
@@ -72,6 +75,7 @@ class WindowSession {
   QWRestoreOutlineController restore_;
   QWBackupOutlineController backup_;
   QWBackupEditController edit_;
+  ComparisonController comparison_;
   Vantory_AppDelegate delegate_;
   SettingsSession settings_;
   bool painted_ = false;

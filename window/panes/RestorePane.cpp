@@ -29,6 +29,7 @@ RestorePane::RestorePane()
     : OutlinePane(QStringLiteral("Choose a backup to put back. The preferences that you have now are backed up first."),
                   columns(), QStringLiteral("Backups")),
       restore(addCommand(QStringLiteral("&Restore…"), QKeySequence(QStringLiteral("Ctrl+R")))),
+      compare(addCommand(QStringLiteral("&Compare…"), QKeySequence(QStringLiteral("Ctrl+K")))),
       edit(addToSection(QStringLiteral("&Edit…"), QKeySequence(QStringLiteral("Ctrl+E")))),
       toggleDefault(addCommand(QStringLiteral("Set as &Default Backup"), QKeySequence(QStringLiteral("Ctrl+D")))),
       rename(addCommand(QStringLiteral("Re&name"), QKeySequence(Qt::Key_F2))),
@@ -43,6 +44,7 @@ RestorePane::RestorePane()
   outline().setEmptyText(QStringLiteral("Reading the library…"), &textWithoutBackups);
   addCommandsTo(menu_);
   outline().setMenu(&menu_);
+  addButton(compare);
   addButton(edit);
   addButton(toggleDefault);
   addMainButton(restore);
@@ -57,7 +59,7 @@ Command& RestorePane::addToSection(const QString& title, const QKeySequence& sho
 
 // What needs a backup, a backup's own row, linked projects, or any row at all.
 void RestorePane::showSelection(const Selection& selection) {
-  for (Command* command : {&restore, &edit, &toggleDefault, &linkProjects, &updateFiles, &sendToMail})
+  for (Command* command : {&restore, &compare, &edit, &toggleDefault, &linkProjects, &updateFiles, &sendToMail})
     command->setEnabled(selection.backup);
   for (Command* command : {&rename, &remove}) command->setEnabled(selection.backupRow);
   for (Command* command : {&unlinkProjects, &revealProjects}) command->setEnabled(selection.hasProjects);

@@ -21,6 +21,7 @@ class RestorePane : public OutlinePane {
   void showSelection(const Selection& selection);
 
   Command& restore;
+  Command& compare;
   Command& edit;
   Command& toggleDefault;
   Command& rename;
