@@ -147,13 +147,16 @@ void ItemRestoring::replaceContent(const std::string& path, std::string bytes, c
   const auto now = Runtime::current().platform().files.info(path, Links::Follow);
   if (!now || now->identity != known.identity || now->size != known.size || now->modified != known.modified)
     return note(path, Error{std::errc::device_or_resource_busy, path + ": another program has changed it meanwhile"});
+  report_.planned(FileAction::Restore, std::vector{path}, item_);
   note(path, replace(staged, path, path));
 }
 
 }  // namespace
 
 void restoreFile(const std::string& source, const BackupPlace& backup, const std::string& item, TaskReport& report) {
-  ItemRestoring(std::string(paths::withoutTrailingSlashes(backup.path())), item, report).restore(source);
+  ItemRestoring restoring(std::string(paths::withoutTrailingSlashes(backup.path())), item, report);
+  restoring.plan({source});
+  restoring.restore(source);
 }
 
 void replaceContent(const std::string& path, std::string bytes, const FileInfo& known, const std::string& item,

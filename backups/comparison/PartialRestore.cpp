@@ -11,6 +11,7 @@
 #include "base/PropertyListEditing.h"
 #include "base/Spelling.h"
 #include "catalog/FileRestoring.h"
+#include "platform/Checksums.h"
 #include "platform/FileSystem.h"
 #include "services/Runtime.h"
 #include "services/TaskReport.h"
@@ -69,7 +70,13 @@ Error absenceOf(const KeyPath& key, const ItemComparison& item, const std::vecto
                          : where + ". \"vantory --compare\" lists the keys.");
 }
 
-void restoreKeys(const FileChoice& choice, const std::string& item, TaskReport& report) {
+// A copy without a checksum is as good as it can be told to be.
+bool isDamaged(const std::string& backup, const std::string& path) {
+  const auto checksum = Runtime::current().platform().checksums.ofFile(backup, path);
+  return checksum && checksum->carried && *checksum->carried != checksum->content;
+}
+
+void restoreKeys(const FileChoice& choice, const std::string& backup, const std::string& item, TaskReport& report) {
   const std::string& path = choice.file.path;
   const auto fail = [&](Error error) {
     QWLog::appendLog("The keys were not put back: %@", error.text);
@@ -79,6 +86,8 @@ void restoreKeys(const FileChoice& choice, const std::string& item, TaskReport& 
   if (!known) return fail(known.error());
   const auto bytes = files().read(path);
   if (!bytes) return fail(bytes.error());
+  if (isDamaged(backup, choice.file.after))
+    return fail({std::errc::bad_message, choice.file.after + ": the copy is damaged, its checksum is another"});
   const auto held = propertyListAt(choice.file.after);
   if (!held) return fail({std::errc::invalid_argument, choice.file.after + ": it is no property list any more"});
   std::vector<KeyEdit> edits;
@@ -105,7 +114,7 @@ void restoreItem(QWPrefItem& item, const ItemChoice& choice, const BackupFolder&
     if (file.keys.empty())
       restoreFile(file.file.after, place, item.key(), report);
     else
-      restoreKeys(file, item.key(), report);
+      restoreKeys(file, place.path(), item.key(), report);
   }
 }
 

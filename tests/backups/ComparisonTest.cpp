@@ -3,6 +3,8 @@
 
 #include <sys/stat.h>
 
+#include <fstream>
+
 #include "backups/BackupFolder.h"
 #include "backups/comparison/PartialRestore.h"
 #include "base/PropertyListBytes.h"
@@ -170,6 +172,15 @@ TEST_F(PartialRestoreTest, AtEveryFailureTheFileIsInItsPlaceOrInTheTrash) {
     EXPECT_EQ(isInPlace, operation != Operation::Commit);
     EXPECT_EQ(readFile(isInPlace ? prefs("editor.plist") : inTrash("editor.plist")), kPresent);
   }
+}
+
+TEST_F(PartialRestoreTest, NoKeyIsTakenFromADamagedCopy) {
+  const auto chosen = find("keyA", "Snapping");
+  ASSERT_TRUE(chosen);
+  std::ofstream(chosen->front().file.after, std::ios::in | std::ios::out).seekp(13) << '9';
+  restorePartly(backup_, {{"keyA", *chosen}}, report_);
+  EXPECT_TRUE(report_.hasFailures());
+  EXPECT_EQ(readFile(prefs("editor.plist")), kPresent);
 }
 
 // An editor that writes its preferences between the reading and the replacing.
