@@ -9,7 +9,6 @@
 #include "platform/linux/files/LinuxChecksums.h"
 #include "platform/linux/files/LinuxFileMetadata.h"
 #include "platform/linux/files/LinuxFileSystem.h"
-#include "platform/linux/files/LinuxTrustedFiles.h"
 #include "platform/linux/helpers/DesktopHelper.h"
 #include "platform/linux/rights/PkexecRunner.h"
 #include "platform/linux/rights/SuperuserRunner.h"
@@ -27,6 +26,7 @@
 #include "platform/posix/progress/WatchedFiles.h"
 #include "platform/posix/system/PosixSystemInfo.h"
 #include "platform/posix/system/PosixSystemLog.h"
+#include "platform/posix/system/PosixTrustedFiles.h"
 
 namespace vantory {
 namespace {
@@ -94,7 +94,7 @@ struct LinuxPlatform::Parts {
   LinuxFileMetadata metadata{rightsForUser()};
   LinuxChecksums checksums{rightsForUser()};
   LinuxFileSystem machineFiles{users.isSuperuser() ? FileRights::machine() : FileRights::own()};
-  LinuxTrustedFiles trustedFiles;
+  PosixTrustedFiles trustedFiles;
   std::unique_ptr<PrivilegedRunner> privileged = privilegedRunner();
   PosixProcesses processes;
   DesktopHelper desktop{[this] { return desktopHelperProgram(users); }};

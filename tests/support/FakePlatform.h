@@ -31,10 +31,10 @@
 #include "platform/Users.h"
 #include "platform/Workspace.h"
 #include "platform/linux/files/LinuxChecksums.h"
-#include "platform/linux/files/LinuxTrustedFiles.h"
 #include "platform/linux/system/LinuxStandardFolders.h"
 #include "platform/linux/system/LinuxSystemTools.h"
 #include "platform/posix/processes/PosixProcesses.h"
+#include "platform/posix/system/PosixTrustedFiles.h"
 
 namespace vantory::test {
 
@@ -332,7 +332,7 @@ class FakePlatform {
   FakeUsers users;
   LinuxChecksums checksums;
   LinuxStandardFolders folders;
-  LinuxTrustedFiles trustedFiles;
+  PosixTrustedFiles trustedFiles;
   PosixProcesses processes;
   FakePrivilegedRunner privileged;
   RecordingSystemLog systemLog;

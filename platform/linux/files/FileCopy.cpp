@@ -19,6 +19,7 @@
 #include "platform/linux/files/CopiedItems.h"
 #include "platform/linux/files/FileRights.h"
 #include "platform/posix/files/Errors.h"
+#include "platform/posix/files/FileContent.h"
 
 namespace vantory {
 namespace {

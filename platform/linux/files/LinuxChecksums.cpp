@@ -8,6 +8,7 @@
 #include "base/Checksum.h"
 #include "platform/linux/files/CarriedChecksum.h"
 #include "platform/posix/files/Errors.h"
+#include "platform/posix/files/FileContent.h"
 
 namespace vantory {
 namespace {

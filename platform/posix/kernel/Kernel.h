@@ -1,6 +1,7 @@
 // What POSIX leaves to each system. The sources lie in a folder for each of them.
 #pragma once
 
+#include <fcntl.h>
 #include <spawn.h>
 #include <sys/types.h>
 
@@ -12,6 +13,13 @@
 #include "platform/posix/files/Descriptor.h"
 
 namespace vantory::kernel {
+
+// How a folder is opened that is only passed on the way to others.
+#ifdef O_PATH
+inline constexpr int kPassOnly = O_PATH;
+#else
+inline constexpr int kPassOnly = O_RDONLY;
+#endif
 
 struct Pipe {
   Descriptor readEnd;

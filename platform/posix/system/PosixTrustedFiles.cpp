@@ -1,15 +1,17 @@
 // Looks at owner and mode of what is open, so that nothing can be exchanged between the look and the reading.
-#include "platform/linux/files/LinuxTrustedFiles.h"
+#include "platform/posix/system/PosixTrustedFiles.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <memory>
 
 #include "base/Paths.h"
-#include "platform/linux/files/Folders.h"
 #include "platform/posix/files/Descriptor.h"
 #include "platform/posix/files/Errors.h"
+#include "platform/posix/kernel/Kernel.h"
 
 namespace vantory {
 namespace {
@@ -31,7 +33,7 @@ Status checkOwner(int item, const std::string& path, TrustedOwners owners) {
 
 // Reached from the root by folders that are the superuser's alone, none of them a link.
 Result<Descriptor> openBelowTrusted(const std::string& path) {
-  constexpr int kFlags = O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
+  constexpr int kFlags = kernel::kPassOnly | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
   std::string walked;
   Descriptor folder(open("/", kFlags));
   for (const std::string_view component : paths::components(path)) {
@@ -55,6 +57,17 @@ Result<Descriptor> openFolder(const std::string& path, TrustedOwners owners) {
   if (owners == TrustedOwners::Superuser) return openBelowTrusted(path);
   if (const Status trusted = checkOwner(folder.get(), path, owners); !trusted) return trusted.error();
   return folder;
+}
+
+Result<std::vector<std::string>> namesIn(int folder, const std::string& path) {
+  Descriptor twin(fcntl(folder, F_DUPFD_CLOEXEC, 0));
+  const std::unique_ptr<DIR, int (*)(DIR*)> entries(twin.valid() ? fdopendir(twin.get()) : nullptr, closedir);
+  if (!entries) return systemError(path);
+  twin.release();
+  std::vector<std::string> names;
+  for (errno = 0; const dirent* entry = readdir(entries.get()); errno = 0) names.emplace_back(entry->d_name);
+  if (errno != 0) return systemError(path);
+  return names;
 }
 
 Result<std::string> readFile(int folder, const std::string& name, const std::string& path, std::size_t limit,
@@ -81,22 +94,20 @@ Result<std::string> readFile(int folder, const std::string& name, const std::str
 
 }  // namespace
 
-Result<std::vector<TrustedFile>> LinuxTrustedFiles::read(const std::string& path, std::string_view ending,
+Result<std::vector<TrustedFile>> PosixTrustedFiles::read(const std::string& path, std::string_view ending,
                                                          Limits limits, TrustedOwners owners) const {
   const auto folder = openFolder(path, owners);
   if (!folder && meansMissing(folder.error())) return std::vector<TrustedFile>();
   if (!folder) return folder.error();
-  auto entries = readFolder(folder->get(), path, Detail::Names);
-  if (!entries) return entries.error();
-  std::erase_if(*entries, [&](const DirectoryEntry& entry) {
-    return entry.name.starts_with('.') || !entry.name.ends_with(ending);
-  });
-  if (entries->size() > limits.files) return distrust(path, "holds too many files");
-  std::sort(entries->begin(), entries->end(), [](const auto& a, const auto& b) { return a.name < b.name; });
+  auto names = namesIn(folder->get(), path);
+  if (!names) return names.error();
+  std::erase_if(*names, [&](const std::string& name) { return name.starts_with('.') || !name.ends_with(ending); });
+  if (names->size() > limits.files) return distrust(path, "holds too many files");
+  std::sort(names->begin(), names->end());
   std::vector<TrustedFile> files;
-  for (const DirectoryEntry& entry : *entries) {
-    std::string file = paths::join(path, entry.name);
-    auto bytes = readFile(folder->get(), entry.name, file, limits.bytes, owners);
+  for (const std::string& name : *names) {
+    std::string file = paths::join(path, name);
+    auto bytes = readFile(folder->get(), name, file, limits.bytes, owners);
     files.push_back({std::move(file), std::move(bytes)});
   }
   return files;

@@ -5,7 +5,7 @@
 
 namespace vantory {
 
-class LinuxTrustedFiles : public TrustedFiles {
+class PosixTrustedFiles : public TrustedFiles {
  public:
   Result<std::vector<TrustedFile>> read(const std::string& folder, std::string_view ending, Limits limits,
                                         TrustedOwners owners) const override;

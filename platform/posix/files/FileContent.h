@@ -1,0 +1,15 @@
+// Reading what an open file holds.
+#pragma once
+
+#include <cstddef>
+#include <functional>
+
+namespace vantory {
+
+class Checksum;
+
+// Adds what an open file holds, from its beginning, to a checksum. Hears of each step, in bytes; false from there, with
+// errno, ends it, as an error does: then it answers false too.
+bool addContent(int file, Checksum& checksum, const std::function<bool(std::size_t bytes)>& step);
+
+}  // namespace vantory
