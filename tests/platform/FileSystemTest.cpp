@@ -17,6 +17,7 @@
 #include "base/Paths.h"
 #include "platform/linux/files/LinuxFileSystem.h"
 #include "platform/posix/files/Descriptor.h"
+#include "tests/platform/Disks.h"
 #include "tests/support/ScratchFolder.h"
 
 namespace {
@@ -32,8 +33,10 @@ extern "C" int syncfs(int file) noexcept {
 namespace vantory::test {
 namespace {
 
-class FileSystemTest : public testing::Test {
+class DiskTest : public testing::Test {
  protected:
+  explicit DiskTest(std::unique_ptr<FileSystem> disk) : disk_(std::move(disk)) {}
+
   Status copy(const std::string& from, const std::string& to,
               StagedCopy::Existing existing = StagedCopy::Existing::Keep) {
     auto staged = files.stageCopy({folder / from, folder / to, {}, Links::DoNotFollow});
@@ -63,10 +66,32 @@ class FileSystemTest : public testing::Test {
   }
 
   ScratchFolder folder;
-  LinuxFileSystem files;
+
+ private:
+  std::unique_ptr<FileSystem> disk_;
+
+ protected:
+  FileSystem& files = *disk_;
 };
 
-TEST_F(FileSystemTest, AFolderThatLetsOthersInPassesThatOnToNoCopy) {
+class LinuxFileSystemTest : public DiskTest {
+ protected:
+  LinuxFileSystemTest() : DiskTest(std::make_unique<LinuxFileSystem>()) {}
+};
+
+// What every platform promises.
+class FileSystemTest : public DiskTest, public testing::WithParamInterface<Disk> {
+ protected:
+  FileSystemTest() : DiskTest(GetParam().files()) {}
+
+  const EmulatedVolume volume{GetParam()};
+
+  static bool copiesAtOneMoment() { return GetParam().isMac && GetParam().volume.clones; }
+};
+
+INSTANTIATE_TEST_SUITE_P(On, FileSystemTest, testing::ValuesIn(kDisks), nameOfDisk);
+
+TEST_F(LinuxFileSystemTest, AFolderThatLetsOthersInPassesThatOnToNoCopy) {
   writeFile(folder / "from/sub/file", "private");
   for (const char* name : {"from/sub/file", "from/sub", "from"}) ASSERT_EQ(chmod((folder / name).c_str(), 0750), 0);
   makeFolders(folder / "to");
@@ -82,7 +107,8 @@ TEST_F(FileSystemTest, AFolderThatLetsOthersInPassesThatOnToNoCopy) {
 }
 
 // Whoever writes keeps the size, and sets the date back.
-TEST_F(FileSystemTest, AFileThatChangesWhileItIsCopiedIsCopiedAnewOrRefused) {
+TEST_P(FileSystemTest, AFileThatChangesWhileItIsCopiedIsCopiedAnewOrRefused) {
+  if (copiesAtOneMoment()) GTEST_SKIP() << "a clone cannot be half a file";
   const std::string path = folder / "file";
   for (const int changes : {1, 99}) {
     writeFile(path, std::string(3 << 20, 'a'));
@@ -106,7 +132,7 @@ TEST_F(FileSystemTest, AFileThatChangesWhileItIsCopiedIsCopiedAnewOrRefused) {
   }
 }
 
-TEST_F(FileSystemTest, NeverCopiesOverSomethingUnlessAskedTo) {
+TEST_P(FileSystemTest, NeverCopiesOverSomethingUnlessAskedTo) {
   writeFile(folder / "new", "new");
   writeFile(folder / "old", "old");
   EXPECT_EQ(copy("new", "old").error().code, std::errc::file_exists);
@@ -121,7 +147,7 @@ TEST_F(FileSystemTest, NeverCopiesOverSomethingUnlessAskedTo) {
   EXPECT_EQ(names(folder.path()).size(), 3u);
 }
 
-TEST_F(FileSystemTest, TakesNoLiveCopyForALeftover) {
+TEST_P(FileSystemTest, TakesNoLiveCopyForALeftover) {
   writeFile(folder / "from/file", "x");
   makeFolders(folder / "to");
   const auto live = files.stageCopy({folder / "from", folder / "to/copy"});
@@ -132,14 +158,14 @@ TEST_F(FileSystemTest, TakesNoLiveCopyForALeftover) {
   EXPECT_EQ(readFile(folder / "to/copy/file"), "x");
 }
 
-TEST_F(FileSystemTest, CopiesNoFolderIntoItself) {
+TEST_P(FileSystemTest, CopiesNoFolderIntoItself) {
   writeFile(folder / "from/sub/file", "x");
   makeFolders(folder / "from/library");
   EXPECT_EQ(copy("from", "from/library/copy").error().code, std::errc::invalid_argument);
   EXPECT_TRUE(names(folder / "from/library").empty());
 }
 
-TEST_F(FileSystemTest, RefusesWhatIsNoFileWithoutWaiting) {
+TEST_P(FileSystemTest, RefusesWhatIsNoFileWithoutWaiting) {
   ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0600), 0);
   EXPECT_FALSE(files.stageCopy({folder / "pipe", folder / "copy"}).ok());
   EXPECT_FALSE(files.read(folder / "pipe").ok());
@@ -149,7 +175,8 @@ TEST_F(FileSystemTest, RefusesWhatIsNoFileWithoutWaiting) {
   EXPECT_EQ(files.info("relative", Links::Follow).error().code, std::errc::invalid_argument);
 }
 
-TEST_F(FileSystemTest, AFileThatKeepsChangingIsNotCopiedHalf) {
+TEST_P(FileSystemTest, AFileThatKeepsChangingIsNotCopiedHalf) {
+  if (copiesAtOneMoment()) GTEST_SKIP() << "a clone cannot be half a file";
   writeFile(folder / "busy", std::string(2 << 20, 'a'));
   const int file = open((folder / "busy").c_str(), O_WRONLY);
   int changes = 0;
@@ -166,7 +193,7 @@ TEST_F(FileSystemTest, AFileThatKeepsChangingIsNotCopiedHalf) {
   EXPECT_FALSE(exists(folder / "copy"));
 }
 
-TEST_F(FileSystemTest, WhatVanishesFromAFolderMeanwhileIsNoted) {
+TEST_P(FileSystemTest, WhatVanishesFromAFolderMeanwhileIsNoted) {
   for (const char* name : {"from/a", "from/b", "from/c"}) writeFile(folder / name, "whole");
   const auto removeAll = [&](std::int64_t, int) {
     for (const std::string& name : names(folder / "from")) unlink((folder / "from/" + name).c_str());
@@ -180,7 +207,7 @@ TEST_F(FileSystemTest, WhatVanishesFromAFolderMeanwhileIsNoted) {
   EXPECT_EQ(readFile(folder / "to/" + names(folder / "to").front()), "whole");
 }
 
-TEST_F(FileSystemTest, AFailedWriteLeavesTheOldFile) {
+TEST_P(FileSystemTest, AFailedWriteLeavesTheOldFile) {
   writeFile(folder / "settings", "old");
   ASSERT_EQ(chmod((folder / "settings").c_str(), 0640), 0);
   ASSERT_TRUE(files.write(folder / "settings", "new", {.durable = true}).ok());
@@ -218,7 +245,9 @@ class MoveTest : public FileSystemTest {
   const std::string elsewhere = "/dev/shm/vantory-test-" + std::to_string(getpid());
 };
 
-TEST_F(MoveTest, TakesFoldersAndLinksToAnotherFileSystemAndTellsWhatItCannotHold) {
+INSTANTIATE_TEST_SUITE_P(On, MoveTest, testing::ValuesIn(kDisks), nameOfDisk);
+
+TEST_P(MoveTest, TakesFoldersAndLinksToAnotherFileSystemAndTellsWhatItCannotHold) {
   writeFile(elsewhere + "/tree/sub/file", "content");
   ASSERT_EQ(symlink("tree/sub", (elsewhere + "/link").c_str()), 0);
   const std::string large(60'000, 'x');
@@ -231,7 +260,7 @@ TEST_F(MoveTest, TakesFoldersAndLinksToAnotherFileSystemAndTellsWhatItCannotHold
   EXPECT_EQ(readFile(folder / "tree/sub/file"), "content");
   if (isTooLarge) {
     ASSERT_EQ(moved->size(), 1u);
-    EXPECT_NE(moved->front().find("user.large"), std::string::npos);
+    EXPECT_NE(moved->front().find("large"), std::string::npos);
   }
   const timespec date = status(elsewhere + "/link").st_mtim;
   EXPECT_EQ(files.move(elsewhere + "/link", folder / "tree").error().code, std::errc::file_exists);
@@ -241,7 +270,7 @@ TEST_F(MoveTest, TakesFoldersAndLinksToAnotherFileSystemAndTellsWhatItCannotHold
   EXPECT_TRUE(names(elsewhere).empty());
 }
 
-TEST_F(MoveTest, RemovesNothingThatChangedSinceItWasCopied) {
+TEST_P(MoveTest, RemovesNothingThatChangedSinceItWasCopied) {
   const std::string tree = elsewhere + "/tree", file = tree + "/sub/file";
   const auto rewrite = [&] {  // as long, and with the old date
     const struct stat before = status(file);
@@ -275,7 +304,7 @@ TEST_F(MoveTest, RemovesNothingThatChangedSinceItWasCopied) {
   }
 }
 
-TEST_F(FileSystemTest, TrashesOnAnOverlayOfLayersOnTwoDisks) {
+TEST_F(LinuxFileSystemTest, TrashesOnAnOverlayOfLayersOnTwoDisks) {
   const std::string lower = folder / "lower", upper = folder / "upper", all = folder / "all";
   for (const std::string& each : {lower, upper, all}) makeFolders(each);
   const bool mounted =

@@ -1,0 +1,245 @@
+// Answers the interface of the disk by the parts beside it.
+#include "platform/macos/files/MacFileSystem.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <thread>
+
+#include "base/Paths.h"
+#include "platform/macos/files/Copying.h"
+#include "platform/macos/files/Staging.h"
+#include "platform/macos/files/VolumeTrash.h"
+#include "platform/posix/files/Errors.h"
+
+namespace vantory {
+
+using darwin::AtEnd;
+using darwin::ItemStatus;
+
+namespace {
+
+// Takes what is written off the front of the bytes.
+Status writeAll(int file, std::string_view& bytes, const std::string& path) {
+  while (!bytes.empty()) {
+    const ssize_t count = uninterrupted([&] { return ::write(file, bytes.data(), bytes.size()); });
+    if (count < 0) return systemError(path);
+    bytes.remove_prefix(static_cast<std::size_t>(count));
+  }
+  return {};
+}
+
+class MacAppendFile : public AppendFile {
+ public:
+  MacAppendFile(Descriptor file, std::string path) : file_(std::move(file)), path_(std::move(path)) {}
+  Status append(std::string_view& bytes) override { return writeAll(file_.get(), bytes, path_); }
+
+ private:
+  Descriptor file_;
+  std::string path_;
+};
+
+// The lock goes with the descriptor, and so also with a process that is killed.
+class MacFolderHold : public FolderHold {
+ public:
+  explicit MacFolderHold(Descriptor folder) : folder_(std::move(folder)) {}
+
+ private:
+  Descriptor folder_;
+};
+
+// A network volume may know no locks on folders; there each process is on its own.
+bool cannotLock() {
+  return errno == EBADF || errno == EINVAL || errno == ENOLCK || darwin::isUnsupported(errno);
+}
+
+Result<Descriptor> openPath(const std::string& path, int flags, mode_t mode = 0) {
+  const Result<macos::Place> place = macos::locate(path);
+  if (!place) return place.error();
+  Descriptor opened(uninterrupted([&] { return darwin::openAt(AT_FDCWD, path.c_str(), flags, mode); }));
+  if (!opened.valid()) return systemError(path);
+  return opened;
+}
+
+// A regular file, opened without waiting for a FIFO.
+Result<Descriptor> openFile(const std::string& path, int flags, mode_t mode = 0) {
+  Result<Descriptor> file = openPath(path, flags | O_NONBLOCK, mode);
+  if (!file) return file;
+  ItemStatus status;
+  if (darwin::statusOf(file->get(), status) != 0) return systemError(path);
+  if (!S_ISREG(status.mode)) return errorWithText(std::errc::invalid_argument, path, "is no file");
+  return file;
+}
+
+// What a replaced file passes on to its successor, which was changed now.
+void keepAttributes(int old, int successor, const std::string& path) {
+  ItemStatus status;
+  if (darwin::statusOf(old, status) != 0) return;
+  (void)!fchown(successor, static_cast<uid_t>(-1), status.group);
+  macos::CopyReport ignored;
+  macos::copyAttributes(old, status, successor, path, ignored);
+  const timespec now[2] = {{0, UTIME_NOW}, {0, UTIME_NOW}};
+  futimens(successor, now);
+}
+
+// Below its root nothing is reached by a link: a backup may come from anywhere.
+Result<Descriptor> openCopySource(const CopyRequest& request) {
+  if (const Result<macos::Place> place = macos::locate(request.source); !place) return place.error();
+  const std::string& root = request.sourceRoot;
+  if (root.empty()) {
+    Descriptor source = macos::openSource(AT_FDCWD, request.source, request.links);
+    if (!source.valid()) return systemError(request.source);
+    return source;
+  }
+  if (request.source.size() <= root.size() + 1 || !request.source.starts_with(root) ||
+      request.source[root.size()] != '/')
+    return errorWithText(std::errc::invalid_argument, request.source, "does not lie in " + root);
+  const Result<Descriptor> folder = openPath(root, O_RDONLY | O_DIRECTORY);
+  if (!folder) return folder.error();
+  Descriptor source = macos::openBeneath(folder->get(), request.source.substr(root.size() + 1), O_RDONLY | O_NONBLOCK);
+  if (!source.valid()) return systemError(request.source);
+  return source;
+}
+
+}  // namespace
+
+Result<FileInfo> MacFileSystem::info(const std::string& path, Links links) const {
+  if (const Result<macos::Place> place = macos::locate(path); !place) return place.error();
+  ItemStatus status;
+  const AtEnd atEnd = links == Links::Follow ? AtEnd::FollowLink : AtEnd::KeepLink;
+  if (darwin::statusAt(AT_FDCWD, path.c_str(), atEnd, status) != 0) return systemError(path);
+  FileInfo info;
+  info.type = macos::typeOfMode(status.mode);
+  info.size = status.size;
+  info.modified = {status.modified.tv_sec, static_cast<std::int32_t>(status.modified.tv_nsec)};
+  info.identity = {status.device, status.number};
+  info.locked = (status.flags & (darwin::kImmutable | darwin::kSystemImmutable)) != 0;
+  return info;
+}
+
+Result<std::vector<DirectoryEntry>> MacFileSystem::list(const std::string& path, Detail detail) const {
+  const Result<Descriptor> folder = openPath(path, O_RDONLY | O_DIRECTORY | O_NONBLOCK);
+  if (!folder) return folder.error();
+  return macos::readFolder(folder->get(), path, detail);
+}
+
+Result<std::string> MacFileSystem::read(const std::string& path) const {
+  const Result<Descriptor> file = openFile(path, O_RDONLY);
+  if (!file) return file.error();
+  std::string bytes;
+  char piece[64 * 1024];
+  for (;;) {
+    const ssize_t count = uninterrupted([&] { return ::read(file->get(), piece, sizeof piece); });
+    if (count < 0) return systemError(path);
+    if (count == 0) return bytes;
+    bytes.append(piece, static_cast<std::size_t>(count));
+    if (bytes.size() > kLargestReadBytes)
+      return errorWithText(std::errc::file_too_large, path, "is too large to be read");
+  }
+}
+
+Result<bool> MacFileSystem::haveSameContent(const std::string& path, const std::string& other) const {
+  constexpr std::size_t kPiece = 256 * 1024;
+  const std::string* names[] = {&path, &other};
+  const Result<Descriptor> files[] = {openFile(path, O_RDONLY), openFile(other, O_RDONLY)};
+  std::string pieces[2] = {std::string(kPiece, '\0'), std::string(kPiece, '\0')};
+  for (const Result<Descriptor>& file : files)
+    if (!file) return file.error();
+  for (;;) {
+    std::size_t counts[2];
+    for (std::size_t i = 0; i < 2; ++i) {
+      const ssize_t count = uninterrupted([&] { return ::read(files[i]->get(), pieces[i].data(), kPiece); });
+      if (count < 0) return systemError(*names[i]);
+      counts[i] = static_cast<std::size_t>(count);
+    }
+    if (counts[0] != counts[1] || pieces[0].compare(0, counts[0], pieces[1], 0, counts[1]) != 0) return false;
+    if (counts[0] == 0) return true;
+  }
+}
+
+// The new file is complete, and has what the old one had, before it takes the name. What the drive has been given in
+// order is on its medium when the folder is.
+Status MacFileSystem::write(const std::string& path, std::string_view bytes, WriteOptions options) {
+  auto file = macos::HiddenItem::create(path, macos::HiddenItem::Kind::File);
+  if (!file) return file.error();
+  if (const Status written = writeAll(file->get(), bytes, path); !written) return written;
+  const Descriptor old = macos::openSource(AT_FDCWD, path, Links::DoNotFollow);
+  if (old.valid()) keepAttributes(old.get(), file->get(), path);
+  if (options.durable && darwin::flushInOrder(file->get()) != 0) return systemError(path);
+  if (const Status named = file->name(StagedCopy::Existing::Replace); !named) return named;
+  if (!options.durable) return {};
+  const Result<Descriptor> folder = openPath(paths::parent(path), O_RDONLY | O_DIRECTORY);
+  if (folder && darwin::flushDrive(folder->get()) != 0 && errno != EINVAL && !darwin::isUnsupported(errno))
+    return systemError(path);
+  return {};
+}
+
+// A new file is its owner's alone.
+Result<std::unique_ptr<AppendFile>> MacFileSystem::openForAppending(const std::string& path) {
+  Result<Descriptor> file = openFile(path, O_WRONLY | O_APPEND | O_CREAT | O_NOFOLLOW, S_IRUSR | S_IWUSR);
+  if (!file) return file.error();
+  return std::unique_ptr<AppendFile>(std::make_unique<MacAppendFile>(std::move(*file), path));
+}
+
+Result<std::unique_ptr<StagedCopy>> MacFileSystem::stageCopy(const CopyRequest& request) {
+  const Result<Descriptor> source = openCopySource(request);
+  if (!source) return source.error();
+  ItemStatus status;
+  if (darwin::statusOf(source->get(), status) != 0) return systemError(request.source);
+  if (!S_ISREG(status.mode) && !S_ISDIR(status.mode))
+    return errorWithText(std::errc::invalid_argument, request.source, "is neither a file nor a folder");
+  macos::CopyReport report(request.observer, request.checksum);
+  return macos::stage(*source, status, request, report);
+}
+
+// Only onto another volume is it a copy, after which the original is removed.
+Result<Notes> MacFileSystem::move(const std::string& source, const std::string& destination) {
+  const Result<macos::Place> from = macos::locate(source);
+  if (!from) return from.error();
+  const Result<macos::Place> to = macos::locate(destination);
+  if (!to) return to.error();
+  const Status renamed = macos::renameItem(*from, *to, destination);
+  if (renamed) return Notes();
+  if (renamed.error().code != std::errc::cross_device_link) return renamed.error();
+  return macos::moveByCopying(source, destination);
+}
+
+Status MacFileSystem::remove(const std::string& path) {
+  if (const Result<macos::Place> place = macos::locate(path); !place) return place.error();
+  return macos::removeItem(AT_FDCWD, path, path);
+}
+
+Status MacFileSystem::makeFolder(const std::string& path) {
+  return macos::createFolders(path);
+}
+
+Result<Trashed> MacFileSystem::trash(const std::string& path, const std::string& trashFolder) {
+  return macos::putInTrash(path, trashFolder);
+}
+
+// One call for all that was written to this volume.
+Status MacFileSystem::sync(const std::string& path) {
+  const Result<Descriptor> item = openPath(path, O_RDONLY | O_NONBLOCK);
+  if (!item) return item.error();
+  if (darwin::flushVolume(item->get()) != 0) return systemError(path);
+  return {};
+}
+
+Result<std::unique_ptr<FolderHold>> MacFileSystem::holdFolder(const std::string& path, std::chrono::milliseconds wait) {
+  constexpr std::chrono::milliseconds kPause{20};
+  Result<Descriptor> held = openPath(path, O_RDONLY | O_NONBLOCK);
+  if (!held) return held.error();
+  while (flock(held->get(), LOCK_EX | LOCK_NB) != 0 && !cannotLock()) {
+    if (errno != EWOULDBLOCK && errno != EINTR) return systemError(path);
+    if (wait <= std::chrono::milliseconds::zero())
+      return errorWithText(std::errc::timed_out, path, "another process is working here");
+    std::this_thread::sleep_for(kPause);
+    wait -= kPause;
+  }
+  return std::unique_ptr<FolderHold>(std::make_unique<MacFolderHold>(std::move(*held)));
+}
+
+}  // namespace vantory

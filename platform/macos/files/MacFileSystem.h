@@ -1,0 +1,26 @@
+// The disk, through the calls of macOS.
+#pragma once
+
+#include "platform/FileSystem.h"
+
+namespace vantory {
+
+// With the process's own rights. Nothing is put back from the Trash by the Finder, whose notes for that are its own.
+class MacFileSystem : public FileSystem {
+ public:
+  Result<FileInfo> info(const std::string& path, Links links) const override;
+  Result<std::vector<DirectoryEntry>> list(const std::string& path, Detail detail) const override;
+  Result<std::string> read(const std::string& path) const override;
+  Result<bool> haveSameContent(const std::string& path, const std::string& other) const override;
+  Status write(const std::string& path, std::string_view bytes, WriteOptions options) override;
+  Result<std::unique_ptr<AppendFile>> openForAppending(const std::string& path) override;
+  Result<std::unique_ptr<StagedCopy>> stageCopy(const CopyRequest& request) override;
+  Result<Notes> move(const std::string& source, const std::string& destination) override;
+  Status remove(const std::string& path) override;
+  Status makeFolder(const std::string& path) override;
+  Result<Trashed> trash(const std::string& path, const std::string& trashFolder) override;
+  Status sync(const std::string& path) override;
+  Result<std::unique_ptr<FolderHold>> holdFolder(const std::string& path, std::chrono::milliseconds wait) override;
+};
+
+}  // namespace vantory

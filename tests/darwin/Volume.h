@@ -1,0 +1,19 @@
+// How the emulated volumes of a Mac behave, for a test to change.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace vantory::darwin {
+
+struct Volume {
+  bool clones = true;  // whether it shares blocks between files
+  bool renamesExclusively = true;
+  bool exchanges = true;
+  bool locksFiles = true;                 // at the moment that they are made
+  std::vector<std::string> flushes = {};  // "order", "drive" and "volume", as they came
+};
+
+Volume& volume();
+
+}  // namespace vantory::darwin
