@@ -110,8 +110,9 @@ AppList catalogFor(const AppList& catalog, const AppList& carried) {
 // The names of applications in the settings that are not among those held: whoever wrote the backup knew them.
 std::vector<std::string> unknownNames(const PropertyListDictionary& settings, const AppList& held) {
   std::vector<std::string> unknown;
-  for (const auto& [name, value] : settings.entries()) {
-    const PropertyListArray* items = value.asArray();
+  for (const PropertyListDictionary::Entry& entry : settings.entries()) {
+    const std::string& name = entry.first;
+    const PropertyListArray* items = entry.second.asArray();
     if (!items || items->empty() || name == "projects") continue;
     const bool namesItems = std::ranges::all_of(*items, [](const PropertyList& item) { return item.asString(); });
     const bool isHeld = std::ranges::any_of(held, [&](const auto& app) { return app->name() == name; });

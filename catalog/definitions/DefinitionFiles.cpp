@@ -84,7 +84,8 @@ class Joining {
     definitions_.push_back(std::move(definition));
   }
 
-  void leaveOut(const std::string& reason) { complaints_.push_back(reason + " The file is left out."); }
+  void complain(std::string sentence) { complaints_.push_back(std::move(sentence)); }
+  void leaveOut(const std::string& reason) { complain(reason + " The file is left out."); }
 
   DefinedCatalog finish() {
     std::sort(definitions_.begin(), definitions_.end(),
@@ -114,7 +115,7 @@ DefinedCatalog readDefinedCatalog(const std::vector<std::string>& keptOut) {
     if (!joining) joining = std::make_unique<Joining>(keptOut);
     joining->beginFolder();
     if (!files) {
-      joining->leaveOut(files.error().text + ".");
+      joining->complain(files.error().text + ". The folder is left out.");
       continue;
     }
     for (const TrustedFile& file : *files) {

@@ -1,5 +1,6 @@
 // Applications that catalog files define, in backups.
 #include "base/PropertyListBytes.h"
+#include "services/RunningApplicationGuard.h"
 #include "tests/backups/BackupsTest.h"
 
 namespace vantory::test {
@@ -45,6 +46,25 @@ TEST_F(CarriedDefinitionsTest, ABackupRestoresWhereNothingDefinesItsApplications
   EXPECT_EQ(readFile(settings_), "mine");
   EXPECT_EQ(readFile(profile_), "ini");
   EXPECT_THAT(report_.remarks(), IsEmpty());
+}
+
+// On a Mac's home it runs under the second of its identifiers.
+TEST_F(CarriedDefinitionsTest, AnApplicationIsClosedUnderWhicheverIdentifierItRuns) {
+  struct Guard : RunningApplicationGuard {
+    GuardDecision checkRunningAppsForName(const std::string&, const std::string& bundleID, bool) override {
+      return bundleID == "com.obsproject.obs-studio" ? GuardDecision::CloseAndRelaunch : GuardDecision::NotRunning;
+    }
+    bool closeAppWithName(const std::string&, const std::string& bundleID) override {
+      closed.push_back(bundleID);
+      return true;
+    }
+    std::vector<std::string> closed;
+  } guard;
+  makeBackup();
+  runtime_.guard = &guard;
+  restore();
+  EXPECT_THAT(guard.closed, ElementsAre("com.obsproject.obs-studio"));
+  EXPECT_THAT(fakes_.workspace.launched, ElementsAre("com.obsproject.obs-studio"));
 }
 
 TEST_F(CarriedDefinitionsTest, WhatABackupCarriesIsNotTrusted) {
