@@ -19,7 +19,7 @@ namespace vantory {
 namespace {
 
 constexpr std::size_t kMostShown = 50;     // keys or lines of one file, in the table
-constexpr std::size_t kLongestLine = 100;  // bytes of a line of text
+constexpr std::size_t kLongestLine = 160;  // bytes of a line of text, or of a key path
 constexpr std::size_t kMostTold = 10;      // files that could not be compared, on standard error
 
 using BackupPointer = std::shared_ptr<const QWBackup>;
@@ -77,17 +77,21 @@ void appendFirst(std::string& text, const List& list, Line line) {
   }
 }
 
+// In one line, and not too long.
+std::string cut(const std::string& text) {
+  const std::string_view beginning = shortened(text, kLongestLine);
+  return printable(beginning) + (beginning.size() < text.size() ? "…" : "");
+}
+
 void appendFile(std::string& text, const FileComparison& file) {
   text += formatted("  %@  %@\n", nameOf(file.difference), printable(file.path));
   if (!file.remark.empty()) text += "      " + printable(file.remark) + "\n";
   appendFirst(text, file.keys, [](const KeyChange& change) {
     const std::string path = keyPathText(change.path);
-    return (path.empty() ? "The whole property list" : path) + ": " + changeInShort(change);
+    return (path.empty() ? "The whole property list" : cut(path)) + ": " + changeInShort(change);
   });
   appendFirst(text, file.lines, [](const LineChange& change) {
-    const std::string_view line = shortened(change.line, kLongestLine);
-    const std::string end = line.size() < change.line.size() ? "…" : "";
-    return formatted("%i %@ %@", change.number, change.added ? "+" : "-", printable(line) + end);
+    return formatted("%i %@ %@", change.number, change.added ? "+" : "-", cut(change.line));
   });
 }
 
@@ -107,7 +111,9 @@ std::string countsInWords(const Comparison& comparison) {
 }
 
 std::string table(const ComparisonRequest& request, const Comparison& comparison) {
-  std::string text = headingOf(request) + "\n";
+  std::string text = headingOf(request);
+  const bool isSame = std::ranges::all_of(comparison.items, [](const auto& item) { return item.files.empty(); });
+  text += isSame ? " nothing.\n" : "\n";
   for (const ItemComparison& item : comparison.items) {
     if (item.files.empty()) continue;
     text += formatted("\n%@: %@ (%@)\n", item.application, item.name, item.key);

@@ -21,6 +21,7 @@ namespace vantory {
 namespace {
 
 constexpr int kDeepestFolder = 1000;
+constexpr const char* kReplacedLink = "It is a symbolic link now, which a restore replaces.";
 
 const FileSystem& files() {
   return Runtime::current().platform().files;
@@ -155,8 +156,8 @@ void ItemComparing::compare(const std::string& path) {
   Found after{after_.placeOf(path)};
   if (!find(path, before, before_) || !find(path, after, after_)) return;
   const Difference onlyBefore = before_.isPresent() ? Difference::Kept : Difference::Removed;
-  if (before.isLink && before.info && after.info)
-    add({path, before.path, after.path}, Difference::Different, "It is a symbolic link now, which a restore replaces.");
+  if (before.isLink && after.info && before.info->type == FileType::Folder)
+    add({path, before.path, after.path}, Difference::Different, kReplacedLink);
   compare(path, std::move(before), std::move(after), onlyBefore, 0);
 }
 
@@ -184,8 +185,9 @@ void ItemComparing::compareFiles(FileComparison file, const Found& before, const
   const bool haveSameSize = before.info->size == after.info->size;
   file.difference = Difference::Same;
   if (!haveSameSize || before.info->modified != after.info->modified) compareContent(file, haveSameSize);
-  const Difference difference = file.difference;
-  add(std::move(file), difference);
+  const bool isOnlyLink = before.isLink && file.difference == Difference::Same;
+  const Difference difference = isOnlyLink ? Difference::Different : file.difference;
+  add(std::move(file), difference, before.isLink ? kReplacedLink : "");
 }
 
 void ItemComparing::compareLinks(FileComparison file) {

@@ -96,6 +96,11 @@ TEST_F(ComparisonTest, NothingHostileIsFollowedOrWaitedFor) {
   fs::create_symlink(live("a"), kept + "/link");
   EXPECT_THAT(told(compareBackups({.after = backup})), ElementsAre("link: different", "pipe: unreadable"));
 
+  // A present file that is a link is what it leads to, but a restore would replace the link.
+  fs::rename(prefs("editor.plist"), home_ / "dotfile");
+  fs::create_symlink(home_ / "dotfile", prefs("editor.plist"));
+  EXPECT_THAT(told(compareBackups({.after = backup, .items = {{"keyA"}}})), ElementsAre("editor.plist: different"));
+
   // The whole folder of preferences now lies outside of the backup.
   const std::string folder = fs::path(kept).parent_path();
   fs::rename(folder, home_ / "elsewhere");
