@@ -40,7 +40,7 @@ check "... which a key cancels" soon logged "User cancelled trash task"
 soon main_is_active
 
 xdotool key ctrl+comma
-soon windows "Vantory Preferences"
+soon windows "^Preferences$"
 soon not main_is_active
 sleep 0.5
 xdotool key alt+f ctrl+a
@@ -48,7 +48,7 @@ xdotool type "no path"
 xdotool key Return
 soon eval '[ "$(windows | wc -l)" = 2 ]'
 xdotool key Return
-check "a question over the settings gives the keyboard back to them" soon eval '[ "$(xdotool getactivewindow)" = "$(windows "Vantory Preferences")" ]'
+check "a question over the settings gives the keyboard back to them" soon eval '[ "$(xdotool getactivewindow)" = "$(windows "^Preferences$")" ]'
 sleep 1  # for all that the window manager has to say
 xdotool key alt+f ctrl+a
 xdotool type "$home/typed"

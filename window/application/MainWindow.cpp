@@ -15,12 +15,13 @@
 
 #include "base/Text.h"
 #include "tasks/ui/DocumentPaths.h"
+#include "tasks/ui/WebPages.h"
 #include "window/appearance/DisplayText.h"
 #include "window/appearance/Icons.h"
 #include "window/application/WindowMemory.h"
 #include "window/application/WindowMenus.h"
 #include "window/controls/PaneToolbar.h"
-#include "window/dialogs/AlertDialog.h"
+#include "window/dialogs/AboutDialog.h"
 #include "window/outline/QWHeaderCheckCell.h"
 #include "window/outline/QWOutlineView.h"
 
@@ -177,12 +178,14 @@ void MainWindow::tickAll() {
 }
 
 void MainWindow::showAbout() {
-  auto* about = new AlertDialog({"Vantory " VANTORY_VERSION,
-                                 "Looks after the preferences of your editing applications: moves them to the Trash, "
-                                 "backs them up, restores them and locks them.",
-                                 {"OK"}},
-                                this);
-  about->ask([about](int) { about->deleteLater(); }, {});
+  auto* about = new AboutDialog(
+      QLatin1String(pages::kProgram),
+      [this] {
+        if (actions_.openHome) actions_.openHome();
+      },
+      this);
+  about->setAttribute(Qt::WA_DeleteOnClose);
+  about->open();
 }
 
 // --- Panes -----------------------------------------------------------------------------------------------------------

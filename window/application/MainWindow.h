@@ -35,6 +35,7 @@ class MainWindow : public QMainWindow, public MainWindowView {
   struct Actions {
     std::function<void(Pane)> choosePane;
     std::function<void()> openLink;
+    std::function<void()> openHome;
     std::function<void(const std::string& column)> sort;
     std::function<void(const std::vector<std::string>& paths)> openFiles;
   };

@@ -86,6 +86,7 @@ WindowSession::~WindowSession() {
 void WindowSession::connectWindow() {
   window_.setActions({.choosePane = [this](Pane pane) { choosePane(pane); },
                       .openLink = [this] { delegate_.helpGearwrightHome(); },
+                      .openHome = [this] { delegate_.helpVantoryHome(); },
                       .sort = [this](const std::string& column) { restore_.didClickTableColumn(column); },
                       .openFiles = [this](const std::vector<std::string>& paths) { delegate_.openFiles(paths); }});
   window_.mayClose = [this] { return mayClose(); };

@@ -1,12 +1,19 @@
 // Makes one button for each pane.
 #include "window/controls/PaneToolbar.h"
 
+#include <QEvent>
 #include <QLayout>
 #include <utility>
 
 #include "window/appearance/Icons.h"
 
 namespace vantory {
+
+namespace {
+
+constexpr int kMargin = 8;
+
+}  // namespace
 
 PaneToolbar::PaneToolbar(QWidget* parent) : QToolBar(QStringLiteral("Panes"), parent), panes_(this) {
   constexpr int kIconSize = 28;
@@ -16,7 +23,14 @@ PaneToolbar::PaneToolbar(QWidget* parent) : QToolBar(QStringLiteral("Panes"), pa
   setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
   setIconSize({kIconSize, kIconSize});
   layout()->setSpacing(4);
-  setContentsMargins(6, 4, 6, 4);
+}
+
+// A style's margins are those of a bar of small icons; it sets them anew with every change.
+bool PaneToolbar::event(QEvent* event) {
+  const bool isDone = QToolBar::event(event);
+  if (event->type() == QEvent::StyleChange || event->type() == QEvent::Polish)
+    layout()->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
+  return isDone;
 }
 
 void PaneToolbar::addPane(const QString& title, const QString& symbol, std::function<void()> choose) {

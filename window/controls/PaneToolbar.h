@@ -18,6 +18,9 @@ class PaneToolbar : public QToolBar {
   // Of which one is checked.
   QActionGroup& panes() { return panes_; }
 
+ protected:
+  bool event(QEvent* event) override;
+
  private:
   QActionGroup panes_;
 };

@@ -3,6 +3,7 @@
 
 #include "backups/QWDataController.h"
 #include "window/controls/Command.h"
+#include "window/outline/OutlineTree.h"
 #include "window/outline/QWOutlineView.h"
 
 namespace vantory {
@@ -44,6 +45,10 @@ RestorePane::RestorePane()
   outline().setEmptyText(QStringLiteral("Reading the library…"), &textWithoutBackups);
   addCommandsTo(menu_);
   outline().setMenu(&menu_);
+  // Only where the rows have the keyboard: everywhere else the key deletes text.
+  remove.setShortcut(QKeySequence(QKeySequence::Delete));
+  remove.setShortcutContext(Qt::WidgetShortcut);
+  outline().tree().addAction(&remove);
   addButton(compare);
   addButton(edit);
   addButton(toggleDefault);

@@ -38,7 +38,7 @@ SettingsWindow::SettingsWindow(QWidget* parent)
       projectHandling_(new ProjectHandlingPane(controls_)),
       stack_(new QStackedWidget),
       toolbar_(new PaneToolbar(this)) {
-  setWindowTitle(QStringLiteral("Vantory Preferences"));
+  setWindowTitle(QStringLiteral("Preferences"));  // the toolkit adds the program's name
   stack_->addWidget(general_);
   stack_->addWidget(new AutosavePane(controls_));
   stack_->addWidget(projectHandling_);
