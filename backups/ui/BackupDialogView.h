@@ -19,6 +19,10 @@ class BackupDialogView {
   virtual void setName(const std::string& name) = 0;
   // A sentence below the name; empty for none.
   virtual void setRemark(const std::string& text) = 0;
+  // What becomes of a name that cannot be kept as it is; empty where it is.
+  virtual void setKeptName(const std::string& text) = 0;
+  // What the backup will hold; empty while that is not known.
+  virtual void setContents(const std::string& text) = 0;
   // Paths; what was selected is selected no more.
   virtual void setProjects(const std::vector<std::string>& projects) = 0;
   virtual std::vector<std::size_t> selectedProjects() const = 0;

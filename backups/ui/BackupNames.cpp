@@ -3,6 +3,7 @@
 
 #include "backups/BackupNaming.h"
 #include "backups/QWBackup.h"
+#include "base/Format.h"
 #include "services/log/QWLog.h"
 
 namespace vantory {
@@ -14,6 +15,10 @@ bool refuseNameOfAutomaticBackups(const std::string& name, AlertParent parentWin
                                      "Names that begin with \"Auto Backup \" are those of automatic backups.",
                                      parentWindow);
   return true;
+}
+
+std::string keptNameInWords(const std::string& wanted, const std::string& kept) {
+  return formatted("\"%@\" is kept as \"%@\".", wanted, kept);
 }
 
 std::string nameAndDate(const QWBackup& backup) {

@@ -13,6 +13,12 @@ class QWBackup;
 // time; the person is told so on that window. Blocks until the person has answered.
 bool refuseNameOfAutomaticBackups(const std::string& name, AlertParent parentWindow);
 
+// What happens to some names, in a sentence.
+inline constexpr const char* kLeftOutOfNames =
+    "A slash, a colon and a dot at the beginning cannot be part of a backup's name.";
+// "\"a/b:c\" is kept as \"abc\".".
+std::string keptNameInWords(const std::string& wanted, const std::string& kept);
+
 // "Clean setup" of 2026-11-14 21:35:17, by which a question tells a backup from another of that name; without the date
 // where there is none.
 std::string nameAndDate(const QWBackup& backup);

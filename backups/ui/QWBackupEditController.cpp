@@ -4,15 +4,21 @@
 #include <algorithm>
 
 #include "backups/BackupLibrary.h"
+#include "backups/QWDataController.h"
 #include "backups/ui/BackupDialogView.h"
+#include "backups/ui/BackupNames.h"
 #include "backups/ui/Controls.h"
 #include "backups/ui/FailureReport.h"
 #include "backups/ui/ProjectFiles.h"
 #include "backups/ui/QWRestoreOutlineController.h"
+#include "backups/ui/SurveyedRows.h"
+#include "backups/ui/Surveyor.h"
 #include "base/Format.h"
 #include "base/Paths.h"
+#include "base/Text.h"
 #include "catalog/ProjectKinds.h"
 #include "services/QWLocalPaths.h"
+#include "services/files/QWFileManager.h"
 #include "services/log/QWLog.h"
 #include "services/threads/BackgroundThreads.h"
 #include "services/threads/MainThread.h"
@@ -25,6 +31,10 @@ constexpr const char* kRewritten =
     "The backup is written anew from the preference files that are on disk now. The old one goes to the Trash.";
 
 }  // namespace
+
+QWBackupEditController::QWBackupEditController(Parts parts)
+    : parts_(std::move(parts)),
+      surveyed_(NotificationCenter::shared().observe(Surveyor::kRefresh, [this] { showContents(); })) {}
 
 void QWBackupEditController::showBackupDialog() {
   QWLog::appendLog("Showing backup dialog...");
@@ -50,8 +60,25 @@ void QWBackupEditController::editBackup(const std::shared_ptr<QWBackup>& backup)
 void QWBackupEditController::show(const std::string& confirmTitle) {
   parts_.dialog.setProjects(projects_);
   parts_.dialog.setHandlingNoticeShown(false);
+  showContents();
+  nameDidChange();
   parts_.dialog.show(confirmTitle);
   showHandlingNotice();
+}
+
+// An edited backup is written with all that it holds, whatever is ticked in it.
+void QWBackupEditController::showContents() {
+  parts_.dialog.setContents(editedBackup_
+                                ? contentsInWords(editedBackup_->children(), Ticks::All)
+                                : contentsInWords(QWDataController::sharedController().appArray(), Ticks::Heeded));
+}
+
+// Not of blanks around it, which nobody sees.
+void QWBackupEditController::nameDidChange() {
+  const std::string wanted = parts_.dialog.name();
+  const std::string kept = QWFileManager::validateFilename(wanted);
+  const bool isTold = !kept.empty() && kept != trimmed(wanted);
+  parts_.dialog.setKeptName(isTold ? keptNameInWords(wanted, kept) : "");
 }
 
 // The desktop may take its time to say which program opens projects.

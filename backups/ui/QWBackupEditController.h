@@ -8,6 +8,7 @@
 
 #include "backups/QWBackup.h"
 #include "backups/ui/BackupEditor.h"
+#include "services/messages/NotificationCenter.h"
 
 namespace vantory {
 
@@ -29,7 +30,7 @@ class QWBackupEditController : public BackupEditor {
     std::function<bool()> handlesProjects;
     std::function<bool()> changeHandlerToVantory;
   };
-  explicit QWBackupEditController(Parts parts) : parts_(std::move(parts)) {}
+  explicit QWBackupEditController(Parts parts);
 
   // For a new backup.
   void showBackupDialog();
@@ -38,6 +39,8 @@ class QWBackupEditController : public BackupEditor {
   // The dialog's commands. backup() leaves it open while something is wrong with the name.
   void backup();
   void cancelBackup();
+  // Tells what becomes of the name, which the person has changed.
+  void nameDidChange();
   void addProject();
   void removeProject();
   void enableProjectHandling();
@@ -49,12 +52,14 @@ class QWBackupEditController : public BackupEditor {
  private:
   void show(const std::string& confirmTitle);
   void showHandlingNotice();
+  void showContents();
   bool isAcceptable(const std::string& name) const;
   bool isEditedName(const std::string& name) const;
 
   Parts parts_;
   std::vector<std::string> projects_;
   std::shared_ptr<QWBackup> editedBackup_;  // null while a new backup is made
+  NotificationCenter::Observation surveyed_;
 };
 
 }  // namespace vantory

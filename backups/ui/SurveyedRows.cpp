@@ -48,6 +48,16 @@ std::string remarkOn(const Survey& survey) {
   return formatted("Nothing of these applications was found. Vantory looked in %@.", enumerated(foldersLookedAt(apps)));
 }
 
+// What of the item a backup gets.
+Standing partOf(const Survey& survey, const QWPrefItem& item, Ticks ticks) {
+  const auto isMeant = [&](const QWPrefItem& each) { return ticks == Ticks::All || each.selected() == On; };
+  if (item.users().empty()) return isMeant(item) ? survey.of(item) : Standing();
+  Standing sum;
+  for (const auto& user : item.users())
+    if (isMeant(*user)) sum.add(survey.of(*user));
+  return sum;
+}
+
 std::string counted(std::size_t count, const char* thing) {
   return formatted("%i %@%@", count, thing, count == 1 ? "" : "s");
 }
@@ -91,8 +101,7 @@ void SurveyedRows::showSurvey() {
   outline_.setRemark(remarkOn(*Surveyor::shared().survey()));
 }
 
-// An item of which nothing is there is none that the backup will hold.
-std::string contentsInWords(const AppList& apps) {
+std::string contentsInWords(const AppList& apps, Ticks ticks) {
   const auto& survey = Surveyor::shared().survey();
   if (!survey) return "";
   std::size_t itemCount = 0;
@@ -101,20 +110,13 @@ std::string contentsInWords(const AppList& apps) {
   for (const auto& app : apps) {
     const std::size_t before = itemCount;
     for (const auto& item : app->children()) {
-      if (item->selected() == Off) continue;
-      Standing standing;
-      if (item->selected() == On)
-        standing = survey->of(*item);
-      else
-        for (const auto& user : item->users())
-          if (user->selected() == On) standing.add(survey->of(*user));
-      if (standing.files == 0) continue;
-      ++itemCount;
+      const Standing standing = partOf(*survey, *item, ticks);
+      itemCount += standing.files > 0;
       bytes += standing.bytes;
     }
     appCount += itemCount > before;
   }
-  if (itemCount == 0) return "Nothing of what is ticked is there: no backup would come of it.";
+  if (itemCount == 0) return "None of it is there: no backup would come of it.";
   return formatted("The backup will hold %@ of %@, %@.", counted(itemCount, "item"), counted(appCount, "application"),
                    sizeInWords(bytes));
 }

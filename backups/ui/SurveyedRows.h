@@ -33,8 +33,11 @@ class SurveyedRows : public RowsDelegate {
   NotificationCenter::Observation surveyed_;
 };
 
-// "12 items of 3 applications, 8.4 MB": what a backup of these items, or of what is ticked of them, would hold. Empty
-// before the first survey.
-std::string contentsInWords(const AppList& apps);
+// Whether only what is ticked counts.
+enum class Ticks { Heeded, All };
+
+// "The backup will hold 12 items of 3 applications, 8.40 MB.": what one of these applications would. Empty before the
+// first survey.
+std::string contentsInWords(const AppList& apps, Ticks ticks);
 
 }  // namespace vantory

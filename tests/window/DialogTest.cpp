@@ -143,7 +143,8 @@ TEST(BackupDialogWidgetTest, TellsWhatIsPressedAndSelectedAndKeepsANameThatIsNoT
   BackupDialog dialog(&window);
   QStringList did;
   const auto note = [&](const char* what) { return [&did, what] { did << what; }; };
-  dialog.setActions({note("confirm"), note("cancel"), note("add"), note("remove"), note("enable"), [] {}, [] {}});
+  dialog.setActions(
+      {note("confirm"), note("cancel"), note("add"), note("remove"), note("enable"), [] {}, [] {}, [] {}});
   dialog.setProjectListShown(true);
   dialog.setHandlingNoticeShown(true);
   dialog.setProjects({"/a/one.fcp", "/b/two.motn", "/c/three.ipr"});

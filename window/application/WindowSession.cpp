@@ -143,7 +143,8 @@ void WindowSession::connectDialogs() {
                       .removeProject = [this] { edit_.removeProject(); },
                       .enableHandling = [this] { edit_.enableProjectHandling(); },
                       .expand = [this] { edit_.expandProjectView(); },
-                      .contract = [this] { edit_.contractProjectView(); }});
+                      .contract = [this] { edit_.contractProjectView(); },
+                      .nameChanged = [this] { edit_.nameDidChange(); }});
 }
 
 void WindowSession::connectMenus() {

@@ -30,7 +30,9 @@ void call(const std::function<void()>& action) {
 BackupDialog::BackupDialog(QWidget* parent)
     : QDialog(parent),
       nameField_(new QLineEdit(this)),
-      remark_(new QLabel(this)),
+      keptName_(makeSentence()),
+      contents_(makeSentence()),
+      remark_(makeSentence()),
       disclosure_(new QToolButton(this)),
       projects_(new QListWidget(this)),
       addButton_(new PushButton(QStringLiteral("&Add…"), this)),
@@ -43,8 +45,6 @@ BackupDialog::BackupDialog(QWidget* parent)
   auto* nameLabel = new QLabel(QStringLiteral("&Name:"), this);
   nameLabel->setBuddy(nameField_);
   nameField_->setMinimumWidth(kWidth - 60);
-  remark_->setWordWrap(true);
-  remark_->setMaximumWidth(kWidth);
   disclosure_->setText(QStringLiteral("Linked &projects"));
   disclosure_->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
   disclosure_->setAutoRaise(true);
@@ -56,12 +56,26 @@ BackupDialog::BackupDialog(QWidget* parent)
   layout->setContentsMargins(20, 20, 20, 16);
   layout->setSpacing(10);
   layout->addLayout(nameRow);
-  layout->addWidget(remark_);
+  for (QLabel* sentence : {keptName_, contents_, remark_}) layout->addWidget(sentence);
   layout->addWidget(disclosure_, 0, Qt::AlignLeading);
   layout->addWidget(projectArea_);
   layout->addWidget(makeButtons());
   layout->setSizeConstraint(QLayout::SetFixedSize);
   connectParts();
+}
+
+// Takes no place while it is empty.
+QLabel* BackupDialog::makeSentence() {
+  auto* sentence = new QLabel(this);
+  sentence->setWordWrap(true);
+  sentence->setMaximumWidth(kWidth);
+  sentence->hide();
+  return sentence;
+}
+
+void BackupDialog::showSentence(QLabel& label, const std::string& text) {
+  label.setText(displayText(text));
+  label.setVisible(!text.empty());
 }
 
 // All that the triangle shows and hides.
@@ -125,6 +139,7 @@ void BackupDialog::connectParts() {
   for (QPushButton* button : {addButton_, removeButton_}) button->setAutoDefault(false);
   connect(disclosure_, &QToolButton::clicked, this,
           [this] { call(projectArea_->isHidden() ? actions_.expand : actions_.contract); });
+  connect(nameField_, &QLineEdit::textEdited, this, [this] { call(actions_.nameChanged); });
   connect(addButton_, &QPushButton::clicked, this, [this] { call(actions_.addProject); });
   connect(removeButton_, &QPushButton::clicked, this, [this] { call(actions_.removeProject); });
   connect(projects_, &QListWidget::itemSelectionChanged, this,
@@ -161,8 +176,17 @@ void BackupDialog::setName(const std::string& name) {
 }
 
 void BackupDialog::setRemark(const std::string& text) {
-  remark_->setText(displayText(text));
-  remark_->setVisible(!text.empty());
+  showSentence(*remark_, text);
+}
+
+// Read out with the field.
+void BackupDialog::setKeptName(const std::string& text) {
+  showSentence(*keptName_, text);
+  nameField_->setAccessibleDescription(keptName_->text());
+}
+
+void BackupDialog::setContents(const std::string& text) {
+  showSentence(*contents_, text);
 }
 
 void BackupDialog::setProjects(const std::vector<std::string>& projects) {

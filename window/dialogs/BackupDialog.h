@@ -21,7 +21,7 @@ class BackupDialog : public QDialog, public BackupDialogView {
 
   // What the person asked for.
   struct Actions {
-    std::function<void()> confirm, cancel, addProject, removeProject, enableHandling, expand, contract;
+    std::function<void()> confirm, cancel, addProject, removeProject, enableHandling, expand, contract, nameChanged;
   };
   void setActions(Actions actions) { actions_ = std::move(actions); }
 
@@ -30,6 +30,8 @@ class BackupDialog : public QDialog, public BackupDialogView {
   std::string name() const override;
   void setName(const std::string& name) override;
   void setRemark(const std::string& text) override;
+  void setKeptName(const std::string& text) override;
+  void setContents(const std::string& text) override;
   void setProjects(const std::vector<std::string>& projects) override;
   std::vector<std::size_t> selectedProjects() const override;
   void setProjectListShown(bool shown) override;
@@ -39,6 +41,8 @@ class BackupDialog : public QDialog, public BackupDialogView {
   void reject() override;
 
  private:
+  QLabel* makeSentence();
+  static void showSentence(QLabel& label, const std::string& text);
   QWidget* makeProjectArea();
   QWidget* makeHandlingNotice();
   QWidget* makeButtons();
@@ -46,6 +50,8 @@ class BackupDialog : public QDialog, public BackupDialogView {
 
   Actions actions_;
   QLineEdit* const nameField_;
+  QLabel* const keptName_;
+  QLabel* const contents_;
   QLabel* const remark_;
   QToolButton* const disclosure_;
   QListWidget* const projects_;

@@ -2,6 +2,7 @@
 #include "backups/ui/QWBackupEditController.h"
 #include "backups/ui/QWBackupOutlineController.h"
 #include "backups/ui/QWRestoreOutlineController.h"
+#include "backups/ui/Surveyor.h"
 #include "tests/backups/ui/PaneTest.h"
 
 namespace vantory::test {
@@ -17,6 +18,8 @@ class FakeDialog : public BackupDialogView {
   std::string name() const override { return nameText; }
   void setName(const std::string& name) override { nameText = name; }
   void setRemark(const std::string&) override {}
+  void setKeptName(const std::string& text) override { keptName = text; }
+  void setContents(const std::string& text) override { contents = text; }
   void setProjects(const std::vector<std::string>& list) override { projects = list; }
   std::vector<std::size_t> selectedProjects() const override { return selection; }
   void setProjectListShown(bool shown) override { showsProjects = shown; }
@@ -24,6 +27,8 @@ class FakeDialog : public BackupDialogView {
 
   std::string confirmTitle;
   std::string nameText;
+  std::string keptName;
+  std::string contents;
   std::vector<std::string> projects;
   std::vector<std::size_t> selection;
   bool isShown = false;
@@ -56,6 +61,16 @@ TEST_F(BackupDialogTest, ANewBackupHoldsWhatIsTicked) {
   editor_->updateSelectionStatus();
   avidItem_->users()[0]->setSelected(Off);
   avid_->updateSelectionStatus();
+  Surveyor::shared().renew();
+  finishWork();
+  dialog_.nameText = " a/b:c ";
+  edit_.showBackupDialog();
+  EXPECT_EQ(dialog_.keptName, "\" a/b:c \" is kept as \"abc\".");
+  EXPECT_EQ(dialog_.contents, "The backup will hold 2 items of 2 applications, 14 B.");
+  dialog_.nameText = " blanks around ";
+  edit_.nameDidChange();
+  EXPECT_EQ(dialog_.keptName, "");
+  dialog_.nameText = "";
   edit_.showBackupDialog();
   EXPECT_EQ(dialog_.confirmTitle, "Backup");
   EXPECT_EQ(dialog_.nameText, "anna");
