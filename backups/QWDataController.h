@@ -72,6 +72,9 @@ class QWDataController : public BackupLibrary {
   // Copies a backup from elsewhere into the library and restores it, on any thread. False when nothing was restored;
   // the report and the log say why. To tell the user is the caller's part.
   bool addBackupFromFile(const std::string& path, TaskReport& report);
+  // Copies a backup from elsewhere into the library, with a number behind its name where that is taken, and restores
+  // nothing. Answers its path there; none where it failed, as the report and the log say. Any thread.
+  std::optional<std::string> copyBackupFromFile(const std::string& path, TaskReport& report);
   // The first backup marked as default, of the manual ones or else of the automatic ones; null when there is none.
   std::shared_ptr<QWBackup> defaultBackup() const;
 

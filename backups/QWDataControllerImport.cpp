@@ -20,10 +20,11 @@ FileSystem& files() {
   return Runtime::current().platform().files;
 }
 
-// A relative path begins where the program was started.
-std::string absolutePath(const std::string& path) {
-  return path.starts_with('/') ? std::string(paths::withoutTrailingSlashes(path))
-                               : paths::join(QWCmdUtils::applicationPath(), path);
+// A relative path begins where the program was started. One of the older extension stands for its twin of today's.
+std::string backupPath(const std::string& path) {
+  std::string backup = path.starts_with('/') ? std::string(paths::withoutTrailingSlashes(path))
+                                             : paths::join(QWCmdUtils::applicationPath(), path);
+  return paths::extension(backup) == kOlderBackupExtension ? withBackupExtension(backup) : backup;
 }
 
 // Copies a backup to its place in the library. One that bears the name already goes to the Trash, when the copy is
@@ -47,35 +48,54 @@ Status copyToLibrary(const std::string& source, const std::string& target, TaskR
   return named ? files().sync(target) : named;
 }
 
+// Whether a backup of the name, which is that of a folder, may be there.
+bool isBackup(const std::string& path) {
+  const auto info = files().info(path, Links::Follow);
+  return isBackupName(path) && (!info || info->type == FileType::Folder);
+}
+
+// Notes how the copying into the library went.
+bool isCopied(const std::string& backup, const std::string& target, TaskReport& report) {
+  const Status copied = copyToLibrary(backup, target, report);
+  report.add(FileAction::Copy, backup, copied, {}, target);
+  if (copied) return true;
+  QWLog::appendLog("%@", copied.error().text);
+  QWLog::appendLog("Unable to copy file %@ to %@", backup, target);
+  return false;
+}
+
 }  // namespace
+
+std::optional<std::string> QWDataController::copyBackupFromFile(const std::string& path, TaskReport& report) {
+  QWLog::appendLog("Adding backup file %@ without restoring it", path);
+  const std::string backup = backupPath(path);
+  const std::string library = vantoryBackupLocation().value_or("");
+  if (library.empty() || !isBackup(backup)) {
+    report.failed(FileAction::Copy, backup, {std::errc::invalid_argument, backup + " is no backup."});
+    return std::nullopt;
+  }
+  const std::string target = paths::join(library, backupFileName(uniqueBackupName(backupName(backup))));
+  if (!isCopied(backup, target, report)) return std::nullopt;
+  populateBackups();
+  return target;
+}
 
 bool QWDataController::addBackupFromFile(const std::string& path, TaskReport& report) {
   QWLog::appendLog("Adding backup file %@", path);
-  std::string backup = absolutePath(path);
+  std::string backup = backupPath(path);
   const auto refuse = [&](const char* logLine, Error cause) {
     QWLog::appendLog(logLine);
     report.failed(FileAction::Restore, backup, std::move(cause));
     return false;
   };
-  if (paths::extension(backup) == kOlderBackupExtension) backup = withBackupExtension(backup);
   const std::string library = vantoryBackupLocation().value_or("");
-  const auto info = files().info(backup, Links::Follow);
-  const bool isNoFolder = info && info->type != FileType::Folder;
-  if (library.empty() || !isBackupName(backup) || isNoFolder)
+  if (library.empty() || !isBackup(backup))
     return refuse("Unable to locate backup", {std::errc::invalid_argument, backup + " is no backup."});
 
   if (!paths::isWithin(backup, library)) {
     const std::string target = paths::join(library, paths::lastComponent(backup));
     // It may lie in the library and be reached by another way.
-    if (!QWFileManager::isSameItem(backup, target)) {
-      const Status copied = copyToLibrary(backup, target, report);
-      report.add(FileAction::Copy, backup, copied, {}, target);
-      if (!copied) {
-        QWLog::appendLog("%@", copied.error().text);
-        QWLog::appendLog("Unable to copy file %@ to %@", backup, target);
-        return false;
-      }
-    }
+    if (!QWFileManager::isSameItem(backup, target) && !isCopied(backup, target, report)) return false;
     backup = target;
   }
   populateBackups();

@@ -3,6 +3,7 @@
 
 #include <mutex>
 #include <optional>
+#include <vector>
 
 #include "base/Paths.h"
 #include "base/Timestamp.h"
@@ -66,17 +67,24 @@ bool tellSuccess(const std::string& archive, int leftOut, bool silent) {
   return true;
 }
 
-void viewLog(const std::string& fileName, const std::string& whenMissing) {
-  const auto logs = logFolder(true);
-  const std::string path = paths::join(logs.value_or(""), fileName);
-  if (!logs || !QWFileManager::fileExistsAtPath(path))
-    return QWAlert::alertSheetWithMessageText("No log found", whenMissing);
+// The first of these names that is there: in the user's folder, or where the superuser's tasks keep their log.
+std::optional<std::string> findLog(const std::vector<std::string>& names) {
+  for (const bool user : {true, false})
+    if (const auto logs = logFolder(user))
+      for (const std::string& name : names)
+        if (std::string path = paths::join(*logs, name); QWFileManager::fileExistsAtPath(path)) return path;
+  return std::nullopt;
+}
+
+void viewLog(const std::vector<std::string>& names, const std::string& whenMissing) {
+  const auto path = findLog(names);
+  if (!path) return QWAlert::alertSheetWithMessageText("No log found", whenMissing);
   // Lines that still wait are to be seen too.
   QWLog::finishWriting();
-  const Status opened = platform().documents.open(path);
+  const Status opened = platform().documents.open(*path);
   if (opened) return;
-  QWLog::appendLog("Unable to open %@: %@", path, opened.error().text);
-  QWAlert::alertSheetWithMessageText("The log could not be opened", formatted("It lies at %@.", path));
+  QWLog::appendLog("Unable to open %@: %@", *path, opened.error().text);
+  QWAlert::alertSheetWithMessageText("The log could not be opened", formatted("It lies at %@.", *path));
 }
 
 }  // namespace
@@ -114,11 +122,12 @@ bool QWTroubleshootingUtils::gatherLogsForAppWithName(const std::string& name) {
 }
 
 void QWTroubleshootingUtils::viewLogForApp(const std::string& name) {
-  viewLog(logFileName(name), "You must perform a task before viewing the log.");
+  viewLog({logFileName(name)}, "You must perform a task before viewing the log.");
 }
 
 void QWTroubleshootingUtils::viewTaskLogForApp(const std::string& name) {
-  viewLog(name + ".1.task.log", "You must run the application as a task (e.g. through Jobwheel) before viewing a log.");
+  viewLog({name + ".1.task.log", logFileName(name + ".task")},
+          "You must run the application as a task (e.g. through Jobwheel) before viewing a log.");
 }
 
 }  // namespace vantory

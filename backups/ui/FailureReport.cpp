@@ -9,9 +9,104 @@
 
 namespace vantory {
 
+namespace {
+
+using Outcome = FileReport::Outcome;
+
+constexpr std::size_t kMostRows = 1000;
+
+const char* eventOf(const FileReport& file) {
+  if (file.outcome == Outcome::Skipped) return "left out";
+  switch (file.action) {
+    case FileAction::Trash:
+      return "not trashed";
+    case FileAction::Restore:
+      return "not restored";
+    case FileAction::Copy:
+      return "not copied";
+    case FileAction::Lock:
+      return "not locked";
+    case FileAction::Unlock:
+      return "not unlocked";
+    case FileAction::Move:
+      return "not moved";
+    case FileAction::Remove:
+      return "not removed";
+    case FileAction::Write:
+      return "not written";
+    case FileAction::List:
+      return "not read";
+    case FileAction::PutBack:
+      return "not put back";
+    case FileAction::Create:
+      return "not made";
+    case FileAction::Sync:
+      break;
+  }
+  return "maybe not on disk";
+}
+
+// For causes that come without one.
+std::string usualCure(const Error& cause) {
+  switch (cause.code) {
+    case std::errc::permission_denied:
+    case std::errc::operation_not_permitted:
+      return "Whoever owns it, or an administrator, can give you the right.";
+    case std::errc::no_space_on_device:
+      return "Make room on that disk, then try again.";
+    case std::errc::read_only_file_system:
+      return "That disk can only be read; let it be written to, then try again.";
+    default:
+      return "The log says what was tried.";
+  }
+}
+
+// Causes begin with the path, which stands beside them already.
+std::string causeOf(const FileReport& file) {
+  std::string cause = file.cause->text;
+  if (cause.starts_with(file.path + ": ")) cause.erase(0, file.path.size() + 2);
+  if (!cause.ends_with('.')) cause += '.';
+  return cause + " " + (file.cause->cure.empty() ? usualCure(*file.cause) : file.cause->cure);
+}
+
+// What failed, then the applications that were passed over. A file that was as wanted already has no code.
+std::vector<AlertRow> rowsOf(const TaskReport& report) {
+  std::vector<AlertRow> rows;
+  for (const FileReport& file : report.files()) {
+    const bool isTold =
+        file.outcome == Outcome::Failed ||
+        (file.outcome == Outcome::Skipped && file.cause->code != std::errc() && !meansMissing(*file.cause));
+    if (isTold) rows.push_back({file.path, eventOf(file), causeOf(file)});
+    if (rows.size() == kMostRows) {
+      rows.push_back({"", "and more", "The log names them all."});
+      break;
+    }
+  }
+  for (const TaskReport::PassedOver& passed : report.passedOver())
+    rows.push_back({passed.application, "passed over", passed.reason});
+  return rows;
+}
+
+std::string joined(const std::string& text, const std::vector<std::string>& sentences) {
+  std::string all = text;
+  for (const std::string& sentence : sentences) all += (all.empty() ? "" : "\n") + sentence;
+  return all;
+}
+
+}  // namespace
+
 void reportFailure(const std::string& failure, const std::string& reason, AlertParent parentWindow) {
   QWLog::appendLog("%@: %@", failure, reason);
   QWAlert::alertSheetWithMessageText(failure, reason, parentWindow);
+}
+
+// What has no row stands in the text.
+bool reportResult(const std::string& failure, const std::string& reason, const TaskReport& report, Retry retry) {
+  QWLog::appendLog("%@: %@", failure, withCauses(reason, report));
+  AlertTexts texts{.messageText = failure, .defaultButton = "OK", .isDismissedByDefault = true, .rows = rowsOf(report)};
+  texts.informativeText = texts.rows.empty() ? withCauses(reason, report) : joined(reason, report.remarks());
+  if (retry == Retry::Offered) texts.alternateButton = "Try Again";
+  return QWAlert::alertSheetWithMessageText(texts) == QWAlert::Alternate && retry == Retry::Offered;
 }
 
 bool startTask(std::function<void()> work) {
@@ -28,16 +123,15 @@ std::string withCauses(const std::string& text, const TaskReport& report) {
 }
 
 void reportFailedPruning(const TaskReport& report) {
-  if (report.hasFailures()) reportFailure("Old automatic backups could not be removed", report.causes());
+  if (report.hasFailures()) reportResult("Old automatic backups could not be removed", "", report, Retry::None);
 }
 
 // A restore that put nothing back is none, even where nothing failed.
-bool reportIncompleteRestore(const TaskReport& report) {
+std::optional<bool> reportIncompleteRestore(const TaskReport& report, Retry retry) {
   const bool any = report.hasDone(FileAction::Restore);
-  if (any && report.isWhole()) return false;
-  reportFailure(any ? "Not everything could be restored" : "Nothing was restored",
-                withCauses(report.isCancelled() ? "The restore was cancelled." : "", report));
-  return true;
+  if (any && report.isWhole()) return std::nullopt;
+  return reportResult(any ? "Not everything could be restored" : "Nothing was restored",
+                      report.isCancelled() ? "The restore was cancelled." : "", report, retry);
 }
 
 }  // namespace vantory

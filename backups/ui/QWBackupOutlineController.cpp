@@ -54,37 +54,42 @@ void QWBackupOutlineController::updateHeaderCheckCell() {
 
 void QWBackupOutlineController::writeBackupOnThread(const std::shared_ptr<QWBackup>& backup) {
   MainThread& mainThread = MainThread::shared();
-  QWLog::appendLog("Writing backup...");
   mainThread.runAndWait([this] { parts_.spinner.startAnimation(); });
+  bool again = true;
+  while (again) again = writeOnce(backup);
+  mainThread.runAndWait([this] { parts_.spinner.stopAnimation(); });
+}
+
+bool QWBackupOutlineController::writeOnce(const std::shared_ptr<QWBackup>& backup) {
+  QWLog::appendLog("Writing backup...");
   TaskReport report;
+  bool again = false;
   switch (backup->writeData(report)) {
     case WriteResult::NoFiles:
       QWLog::appendLog("Backup failed - no files to copy");
-      QWAlert::alertSheetWithMessageText(
-          "No files to copy",
-          withCauses("The backup was not created because none of the selected preference files exist on disk. To "
-                     "recreate them, launch the selected applications or restore an existing backup.",
-                     report));
+      again = reportResult("No files to copy",
+                           "The backup was not created because none of the selected preference files exist on disk. To "
+                           "recreate them, launch the selected applications or restore an existing backup.",
+                           report, report.hasFailures() ? Retry::Offered : Retry::None);
       backup->dropUnwritten(report);
       break;
     case WriteResult::SettingsNotWritten:
       QWLog::appendLog("Backup failed - error creating file");
-      QWAlert::alertSheetWithMessageText("Error creating file",
-                                         withCauses(formatted("Please make sure you have write permissions for the "
-                                                              "folder %@.",
-                                                              QWDataController::vantoryBackupLocation()),
-                                                    report));
+      again = reportResult("Error creating file",
+                           formatted("Please make sure you have write permissions for the folder %@.",
+                                     QWDataController::vantoryBackupLocation()),
+                           report);
       backup->dropUnwritten(report);
       break;
     case WriteResult::Success:
       QWLog::appendLog("Backup successful");
       QWDataController::sharedController().populateBackups();
       parts_.restoreController.reload();
-      mainThread.runAndWait([&] { selectBackupInRestoreTab(backup); });
-      if (!report.isWhole()) reportFailure("Not everything could be backed up", report.causes());
+      MainThread::shared().runAndWait([&] { selectBackupInRestoreTab(backup); });
+      if (!report.isWhole()) again = reportResult("Not everything could be backed up", "", report);
       break;
   }
-  mainThread.runAndWait([this] { parts_.spinner.stopAnimation(); });
+  return again;
 }
 
 void QWBackupOutlineController::selectBackupInRestoreTab(const std::shared_ptr<QWBackup>& backup) {

@@ -44,6 +44,9 @@ class QWBackupOutlineController : public SurveyedRows, public OutlineActions {
   Rows rowsUnder(const OutlineItemPointer& item) const override;
 
  private:
+  // Whether the person wants it written once more. Worker thread.
+  bool writeOnce(const std::shared_ptr<QWBackup>& backup);
+
   Parts parts_;
   State headerState_ = On;
   NotificationCenter::Observation appRefresh_;

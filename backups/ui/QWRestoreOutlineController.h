@@ -55,6 +55,8 @@ class QWRestoreOutlineController : public RowsDelegate, public OutlineActions {
   void updateFiles();
   // On the row of the automatic backups their folder is shown.
   void revealFinder();
+  // Shows any file in the file manager, or where it is not there the folder that it was to be in.
+  static void reveal(const std::string& path);
 
   // Runs what belongs to the pane in the turn of the tasks; its spinner turns meanwhile. Any thread.
   void runOnThread(std::function<void()> work);
@@ -80,6 +82,9 @@ class QWRestoreOutlineController : public RowsDelegate, public OutlineActions {
   Rows rowsUnder(const OutlineItemPointer& item) const override;
 
  private:
+  // Answer whether the person wants it done once more. Worker threads.
+  bool restoreOnce(QWBackup& backup);
+  bool updateOnce(QWBackup& backup);
   void rename(const std::shared_ptr<QWBackup>& backup, const std::string& name);
   // The library's record of the backup now: it may have been listed anew since the command was given. Any thread.
   std::shared_ptr<QWBackup> recordInLibrary(const std::shared_ptr<QWBackup>& backup) const;

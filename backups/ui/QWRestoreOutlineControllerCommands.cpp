@@ -10,6 +10,7 @@
 #include "backups/ui/PaneSwitcher.h"
 #include "backups/ui/QWRestoreOutlineController.h"
 #include "base/Format.h"
+#include "base/Text.h"
 #include "services/TaskReport.h"
 #include "services/files/QWAuthorization.h"
 #include "services/files/QWFileManager.h"
@@ -35,10 +36,17 @@ void reportFailedRemoval(const Error& cause) {
 }
 
 // The old backup is in the Trash by now, and half of a new one is worth nothing.
-void reportFailedWriting(QWBackup& backup, TaskReport& report) {
+bool reportFailedWriting(QWBackup& backup, TaskReport& report) {
   backup.dropUnwritten(report);
-  reportFailure("Unable to unlink the projects",
-                withCauses(formatted("The backup \"%@\" could not be written anew.", backup.name()), report));
+  return reportResult("Unable to unlink the projects",
+                      formatted("The backup \"%@\" could not be written anew.", backup.name()), report);
+}
+
+// Not of blanks around it, which nobody sees.
+void tellKeptName(const std::string& wanted, const std::string& kept, const std::string& cleaned) {
+  if (kept == trimmed(wanted)) return;
+  QWAlert::alertSheetWithMessageText(keptNameInWords(wanted, kept),
+                                     kept == cleaned ? kLeftOutOfNames : "Another backup has that name already.");
 }
 
 bool askToUpdate(const QWBackup& backup) {
@@ -80,23 +88,29 @@ void QWRestoreOutlineController::restore() {
   });
 }
 
-// The automatic backup comes first. Where it fails the restore goes on, and the person is told of it at the end.
 void QWRestoreOutlineController::restoreOnThread(const std::shared_ptr<QWBackup>& backup) {
+  bool again = true;
+  while (again) again = restoreOnce(*backup);
+  reportFailedPruning(QWDataController::sharedController().manageAutoBackups());
+}
+
+// The automatic backup comes first. Where it fails the restore goes on, and the person is told of it at the end.
+bool QWRestoreOutlineController::restoreOnce(QWBackup& backup) {
   QWAuthorization::sharedController().beginTask();
   MainThread& mainThread = MainThread::shared();
-  QWLog::appendLog("Beginning restoration of backup %@", backup->name());
+  QWLog::appendLog("Beginning restoration of backup %@", backup.name());
   mainThread.runAndWait([this] { parts_.spinner.startAnimation(); });
   QWLog::appendLog("Creating auto backup...");
   TaskReport report;
   QWBackup::writeAutoBackup(report);
   QWLog::appendLog("Restoring backup...");
-  backup->restore(report);
+  backup.restore(report);
   mainThread.runAndWait([this] { parts_.spinner.stopAnimation(); });
   QWLog::appendLog("Preferences restored");
-  if (!reportIncompleteRestore(report))
-    QWAlert::alertSheetWithMessageText("Preferences successfully restored",
-                                       withCauses("You may now relaunch your applications.", report));
-  reportFailedPruning(QWDataController::sharedController().manageAutoBackups());
+  if (const auto again = reportIncompleteRestore(report, Retry::Offered)) return *again;
+  QWAlert::alertSheetWithMessageText("Preferences successfully restored",
+                                     withCauses("You may now relaunch your applications.", report));
+  return false;
 }
 
 void QWRestoreOutlineController::editBackup() {
@@ -121,8 +135,12 @@ void QWRestoreOutlineController::unlinkProjects() {
   runOnThread([backup] {
     if (QWFileManager::isMissingAtPath(backup->path())) return reportVanished(*backup);
     MainThread::shared().runAndWait([&] { backup->setProjects({}); });
-    TaskReport report;
-    if (backup->writeData(report) != WriteResult::Success) reportFailedWriting(*backup, report);
+    const auto write = [&] {
+      TaskReport report;
+      return backup->writeData(report) == WriteResult::Success || !reportFailedWriting(*backup, report);
+    };
+    while (!write()) {
+    }
   });
 }
 
@@ -131,19 +149,24 @@ void QWRestoreOutlineController::updateFiles() {
   if (backup && askToUpdate(*backup)) startTask([this, backup] { updateBackupFilesOnThread(backup); });
 }
 
-// A text of success only where every file was replaced.
 void QWRestoreOutlineController::updateBackupFilesOnThread(const std::shared_ptr<QWBackup>& backup) {
+  bool again = true;
+  while (again) again = updateOnce(*backup);
+}
+
+// A text of success only where every file was replaced.
+bool QWRestoreOutlineController::updateOnce(QWBackup& backup) {
   QWAuthorization::sharedController().beginTask();
   MainThread& mainThread = MainThread::shared();
   mainThread.runAndWait([this] { parts_.spinner.startAnimation(); });
   TaskReport report;
-  const WriteResult written = backup->writeData(report, true);
+  const WriteResult written = backup.writeData(report, true);
   mainThread.runAndWait([this] { parts_.spinner.stopAnimation(); });
   if (written != WriteResult::Success || !report.isWhole())
-    return reportFailure("Unable to update files",
-                         withCauses("An error occurred when updating files for this backup.", report));
+    return reportResult("Unable to update files", "An error occurred when updating files for this backup.", report);
   QWAlert::alertSheetWithMessageText("Files successfully updated",
                                      "This backup is now using the latest preferences on your system.");
+  return false;
 }
 
 // A name that is taken gets a number.
@@ -151,15 +174,16 @@ void QWRestoreOutlineController::rename(const std::shared_ptr<QWBackup>& backup,
   const std::string cleaned = QWFileManager::validateFilename(name);
   if (cleaned.empty() || cleaned == backup->name()) return;
   if (!backup->isAutosave() && refuseNameOfAutomaticBackups(cleaned, AlertParent::MainWindow)) return;
-  runOnThread([this, backup, cleaned] {
+  runOnThread([this, backup, name, cleaned] {
     const auto renamed = recordInLibrary(backup);
     TaskReport report;
     const auto path = QWDataController::renameBackup(*renamed, cleaned, report);
     if (!path) return reportFailure("Unable to rename the backup", path.error().text);
+    const std::string kept = backupName(*path);
     MainThread::shared().runAndWait([&] {
       // Commands that wait for their turn know the one that was selected when they were given.
       for (const auto& record : {renamed, backup}) {
-        record->setName(backupName(*path));
+        record->setName(kept);
         record->setPath(*path);
         // The default is known by its folder's name.
         record->updateDefault();
@@ -167,6 +191,7 @@ void QWRestoreOutlineController::rename(const std::shared_ptr<QWBackup>& backup,
       parts_.outline.reloadItem(std::make_shared<RecordRow>(renamed), false);
       selectionDidChange();
     });
+    tellKeptName(name, kept, cleaned);
   });
 }
 

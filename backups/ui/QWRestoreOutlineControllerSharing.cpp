@@ -64,6 +64,14 @@ void QWRestoreOutlineController::revealLinkedProjects() {
   BackgroundThreads::shared().start([projects = backup->projects()] { revealProjects(projects); });
 }
 
+void QWRestoreOutlineController::reveal(const std::string& path) {
+  BackgroundThreads::shared().start([path] {
+    std::string shown = path;
+    while (QWFileManager::isMissingAtPath(shown)) shown = paths::parent(shown);
+    reportDocuments(documents().reveal({shown}));
+  });
+}
+
 void QWRestoreOutlineController::sendToMail() {
   if (const auto backup = selectedBackup()) runOnThread([backup] { mail(*backup); });
 }

@@ -4,11 +4,19 @@
 #include <chrono>
 #include <functional>
 #include <string>
+#include <vector>
 
 namespace vantory {
 
 // The window that an alert belongs to.
 enum class AlertParent { MainWindow, BackupDialog, SettingsWindow, ComparisonWindow };
+
+// What became of one file, for an alert that lists several.
+struct AlertRow {
+  std::string file;   // or the name of an application
+  std::string event;  // "not restored"
+  std::string cause;  // a sentence or two
+};
 
 // An alert's texts; a button without a title is not shown.
 struct AlertTexts {
@@ -20,6 +28,10 @@ struct AlertTexts {
   AlertParent parentWindow = AlertParent::MainWindow;
   // After so long it answers itself with the default button; never when zero.
   std::chrono::seconds interval{0};
+  // Whether closing the alert, as Escape does, stands for the default button and not for the second one.
+  bool isDismissedByDefault = false;
+  // Listed below the texts; then the person can have the files and the log shown, too.
+  std::vector<AlertRow> rows = {};
 };
 
 class QWAlert {

@@ -59,8 +59,7 @@ void AppWindowController::makeFirstBackup() {
   const bool written = backup->writeData(report) == WriteResult::Success;
   if (!written) backup->dropUnwritten(report);
   if (report.hasFailures())
-    vantory::reportFailure(written ? "The first backup is incomplete" : "No first backup could be made",
-                           report.causes());
+    reportResult(written ? "The first backup is incomplete" : "No first backup could be made", "", report, Retry::None);
 }
 
 void AppWindowController::toolbarTrash() {

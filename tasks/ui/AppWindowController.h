@@ -47,8 +47,8 @@ class AppWindowController : public AppController, public PaneSwitcher {
 
   // Starts the trash workflow on another thread, unless one runs or waits for its turn.
   void trash();
-  // The workflow. Worker thread.
-  void trashPreferences();
+  // The workflow; whether the person wants it done once more. Worker thread.
+  bool trashPreferences();
 
   // Make an automatic backup, of everything or of preferences proper, and delete the oldest beyond the number wanted.
   // The report of the task that it is made for gets a remark where that failed. Worker threads.
@@ -63,7 +63,7 @@ class AppWindowController : public AppController, public PaneSwitcher {
   void switchTo(Pane pane, const char* logLine, const char* notification);
   void makeFirstBackup();
   WriteResult writeAutoBackup(TaskReport& task, bool preferencesOnly);
-  void finishTrash(const TrashRun& run, const TaskReport& report);
+  bool finishTrash(const TrashRun& run, const TaskReport& report);
 
   Parts parts_;
   QWProgressController progressController_;

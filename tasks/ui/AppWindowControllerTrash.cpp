@@ -6,6 +6,7 @@
 #include "backups/QWDataController.h"
 #include "backups/ui/Controls.h"
 #include "backups/ui/FailureReport.h"
+#include "backups/ui/Surveyor.h"
 #include "services/TaskReport.h"
 #include "services/files/QWAuthorization.h"
 #include "services/log/QWLog.h"
@@ -74,7 +75,8 @@ void AppWindowController::trash() {
   parts_.trashSpinner.startAnimation();
   const bool added = startTask([this] {
     onMainThread([this] { parts_.trashSpinner.stopAnimation(); });
-    trashPreferences();
+    while (trashPreferences()) {
+    }
     // After a cancel the sheet still covers the window. The next run must not find it on its way out.
     onMainThread([this] {
       progressController_.hide();
@@ -87,7 +89,7 @@ void AppWindowController::trash() {
 }
 
 // Runs beside the main thread, which shows how far it is.
-void AppWindowController::trashPreferences() {
+bool AppWindowController::trashPreferences() {
   QWAuthorization::sharedController().beginTask();
   QWLog::appendLog("Trashing preferences...");
   onMainThread([this] {
@@ -109,27 +111,30 @@ void AppWindowController::trashPreferences() {
   TrashRun run(report, progress);
   if (run.run(stepsFor(apps))) return finishTrash(run, report);
   onMainThread([this] { parts_.trashSpinner.stopAnimation(); });
+  return false;
 }
 
 // Says how the run ended: a success only where everything was done.
-void AppWindowController::finishTrash(const TrashRun& run, const TaskReport& report) {
+bool AppWindowController::finishTrash(const TrashRun& run, const TaskReport& report) {
   parts_.lockController.reload();
   onMainThread([this] {
+    Surveyor::shared().renew();
     parts_.trashSpinner.stopAnimation();
     progressController_.hide();
   });
-  if (report.isWhole() && run.count() < 1)
+  const bool any = run.count() > 0;
+  if (report.isWhole()) {
     QWAlert::alertSheetWithMessageText(
-        "No files to trash",
-        withCauses("There were no preference files on disk for the selected applications.", report));
-  else if (report.isWhole())
-    QWAlert::alertSheetWithMessageText("Preferences successfully trashed",
-                                       withCauses("Please empty your Trash.", report));
-  else if (run.trashedAll())
-    vantory::reportFailure("The default backup could not be restored as a whole",
-                           withCauses(report.isCancelled() ? "The restore was cancelled." : "", report));
-  else
-    vantory::reportFailure(run.count() < 1 ? "Nothing was trashed" : "Not everything was trashed", report.causes());
+        any ? "Preferences successfully trashed" : "No files to trash",
+        withCauses(
+            any ? "Please empty your Trash." : "There were no preference files on disk for the selected applications.",
+            report));
+    return false;
+  }
+  if (run.trashedAll())
+    return reportResult("The default backup could not be restored as a whole",
+                        report.isCancelled() ? "The restore was cancelled." : "", report, Retry::None);
+  return reportResult(any ? "Not everything was trashed" : "Nothing was trashed", "", report);
 }
 
 }  // namespace vantory

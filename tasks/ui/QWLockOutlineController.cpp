@@ -66,8 +66,9 @@ bool isAllLocked(const OutlineItemPointer& item) {
   return count.locked > 0 && count.unlocked == 0;
 }
 
-void tellFailure(State state, const TaskReport& report) {
-  reportFailure(state == On ? "Not everything could be locked" : "Not everything could be unlocked", report.causes());
+// Whether to try again.
+bool tellFailure(State state, const TaskReport& report) {
+  return reportResult(state == On ? "Not everything could be locked" : "Not everything could be unlocked", "", report);
 }
 
 }  // namespace
@@ -120,12 +121,16 @@ void QWLockOutlineController::setObjectValue(const ObjectValue& value, const std
   outline_.reloadItem(shown, true);
   runOnThread([this, byItem, clicked, wasMixed, shown] {
     const State state = clicked == On && wasMixed && isAllLocked(byItem) ? Off : clicked;
-    QWAuthorization::sharedController().beginTask();
-    TaskReport report;
-    lock(byItem, state, report);
-    if (const auto app = applicationOfRow(byItem)) workOutLockStates(*app);
-    MainThread::shared().runAndWait([&] { outline_.reloadItem(shown, true); });
-    if (!report.isWhole()) tellFailure(state, report);
+    const auto lockOnce = [&] {
+      QWAuthorization::sharedController().beginTask();
+      TaskReport report;
+      lock(byItem, state, report);
+      if (const auto app = applicationOfRow(byItem)) workOutLockStates(*app);
+      MainThread::shared().runAndWait([&] { outline_.reloadItem(shown, true); });
+      return report.isWhole() || !tellFailure(state, report);
+    };
+    while (!lockOnce()) {
+    }
   });
 }
 

@@ -52,10 +52,10 @@ bool isAutomaticBackup(const std::string& path) {
 
 void tellOfImport(const std::string& path, bool restored, const TaskReport& report) {
   if (!restored)
-    QWAlert::alertSheetWithMessageText(formatted("The backup \"%@\" could not be restored", backupName(path)),
-                                       isAutomaticBackup(path)
-                                           ? "It is an automatic backup. You can restore it from among the autosaves."
-                                           : withCauses("Your preferences are as they were.", report));
+    reportResult(formatted("The backup \"%@\" could not be restored", backupName(path)),
+                 isAutomaticBackup(path) ? "It is an automatic backup. You can restore it from among the autosaves."
+                                         : "Your preferences are as they were.",
+                 report, Retry::None);
   else if (!reportIncompleteRestore(report))
     QWAlert::alertSheetWithMessageText("Restoration complete",
                                        withCauses("You may now relaunch your applications.", report));
@@ -134,13 +134,31 @@ bool Vantory_AppDelegate::openFile(const std::string& path) {
 void Vantory_AppDelegate::askToImport(const std::string& path) {
   parts_.window.bringToFront();
   parts_.panes.toolbarRestore();
-  const int answer = QWAlert::alertSheetWithMessageText(
-      {.messageText = formatted("Are you sure you wish to restore the backup \"%@\"?", backupName(path)),
-       .defaultButton = "Restore",
-       .alternateButton = "Cancel",
-       .informativeText = nameAndDate(*QWBackup::backupWithName(backupName(path), path)) +
-                          ". This will overwrite any existing preferences."});
+  // What lies in the library is there already.
+  const bool canBeAdded = !paths::isWithin(path, QWDataController::vantoryBackupLocation().value_or(path));
+  AlertTexts question{.messageText = formatted("Are you sure you wish to restore the backup \"%@\"?", backupName(path)),
+                      .defaultButton = "Restore",
+                      .alternateButton = "Cancel",
+                      .informativeText = nameAndDate(*QWBackup::backupWithName(backupName(path), path)) +
+                                         ". This will overwrite any existing preferences."};
+  if (canBeAdded) {
+    question.otherButton = "Only Add";
+    question.informativeText += "\n\nTo keep it in the library and restore nothing now, choose Only Add.";
+  }
+  const int answer = QWAlert::alertSheetWithMessageText(question);
   if (answer == QWAlert::Default) parts_.restoreOnThread([path] { import(path); });
+  if (answer == QWAlert::Other && canBeAdded) parts_.restoreOnThread([this, path] { addWithoutRestoring(path); });
+}
+
+// Worker thread.
+void Vantory_AppDelegate::addWithoutRestoring(const std::string& path) {
+  TaskReport report;
+  const auto added = QWDataController::sharedController().copyBackupFromFile(path, report);
+  if (!added) {
+    reportResult(formatted("The backup \"%@\" could not be added", backupName(path)), "", report, Retry::None);
+    return;
+  }
+  if (parts_.selectBackup) parts_.selectBackup(*added);
 }
 
 // The desktop may take a while to find an application.

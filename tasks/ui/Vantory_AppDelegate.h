@@ -29,6 +29,8 @@ class Vantory_AppDelegate : public PreferenceDelegate {
     std::function<void()> openPreferences;  // shows the settings window
     // Runs the work on another thread, as the Restore pane does its own and never beside that.
     std::function<void(std::function<void()> work)> restoreOnThread;
+    // Selects that backup of the library in the Restore pane. Called on another thread.
+    std::function<void(const std::string& path)> selectBackup = {};
   };
 
   explicit Vantory_AppDelegate(Parts parts) : parts_(std::move(parts)) {}
@@ -82,6 +84,7 @@ class Vantory_AppDelegate : public PreferenceDelegate {
 
  private:
   void askToImport(const std::string& path);
+  void addWithoutRestoring(const std::string& path);
   void handOn(const std::string& path);
   static bool restoreBackupLinkedTo(const std::string& project);
   void openInApplication(const std::string& project, const std::string& bundleID);

@@ -19,6 +19,7 @@ class PersonAtWindow {
     QWAlert::sharedController().ask = [this](const AlertTexts& texts) {
       alerts_.push_back(texts.messageText);
       informative_ = texts.informativeText;
+      for (const AlertRow& row : texts.rows) informative_ += "\n" + row.file + " " + row.event + ": " + row.cause;
       return onAlert_ ? onAlert_(texts) : answer_;
     };
   }

@@ -113,7 +113,9 @@ TEST_F(SupportTest, OpensALogThatIsThere) {
                                    "before viewing a log."));
   writeFile(logs_ + "/Vantory.1.log", "log");
   QWTroubleshootingUtils::viewLogForApp("Vantory");
-  EXPECT_THAT(fakes_.documents.opened, ElementsAre(logs_ + "/Vantory.1.log"));
+  writeFile(logs_ + "/Vantory.task.1.log", "log");
+  QWTroubleshootingUtils::viewTaskLogForApp("Vantory");
+  EXPECT_THAT(fakes_.documents.opened, ElementsAre(logs_ + "/Vantory.1.log", logs_ + "/Vantory.task.1.log"));
 }
 
 TEST_F(SupportTest, TheNewerUpdateApplicationIsOpened) {

@@ -4,6 +4,7 @@
 #include <QListWidget>
 #include <QProgressBar>
 #include <QTextEdit>
+#include <QTreeWidget>
 #include <future>
 
 #include "services/threads/MainThread.h"
@@ -88,6 +89,27 @@ TEST_F(AlertTest, WordsAreShownWholeAndCopiedAsTheyAre) {
   EXPECT_EQ(QApplication::clipboard()->text().toStdString(), text);
   QTest::keyClick(alert, Qt::Key_Return);
   ASSERT_TRUE(isAnswered(answer));
+}
+
+TEST_F(AlertTest, AListHasItsFilesAndTheLogShownAndStaysOpen) {
+  std::vector<std::string> shown;
+  alerts_.setShows(
+      {.reveal = [&](const std::string& path) { shown.push_back(path); }, .log = [&] { shown.emplace_back("log"); }});
+  auto answer = ask({.messageText = "Not everything was restored",
+                     .defaultButton = "OK",
+                     .alternateButton = "Try Again",
+                     .isDismissedByDefault = true,
+                     .rows = {{"/a/\xff", "not restored", "No room."}, {"Motion", "passed over", "It runs."}}});
+  AlertDialog* alert = waitForAlert();
+  button(*alert, "Reveal")->click();
+  button(*alert, "View Log")->click();
+  EXPECT_EQ(shown, (std::vector<std::string>{"/a/\xff", "log"}));
+  alert->findChild<QTreeWidget*>()->setFocus();
+  QTest::keyClick(alert->findChild<QTreeWidget*>(), Qt::Key_Down);
+  EXPECT_FALSE(button(*alert, "Reveal")->isEnabled()) << "an application is no file";
+  QTest::keyClick(alert, Qt::Key_Escape);
+  ASSERT_TRUE(isAnswered(answer));
+  EXPECT_EQ(answer.get(), QWAlert::Default) << "nothing is tried again by closing it";
 }
 
 TEST_F(AlertTest, TwoThreadsMayAskAtOnce) {

@@ -23,7 +23,8 @@ WindowMenus::WindowMenus(QObject* parent)
   preferences->setShortcut(QKeySequence(QStringLiteral("Ctrl+,")));
   preferences->setMenuRole(QAction::PreferencesRole);
   userManual->setShortcut(QKeySequence(QKeySequence::HelpContents));
-  importBackup->setToolTip(QStringLiteral("Copy a backup from elsewhere into the library and restore it"));
+  importBackup->setToolTip(
+      QStringLiteral("Copy a backup from elsewhere into the library, and restore it where you wish"));
   gatherLogs->setToolTip(QStringLiteral("Put the logs into one archive on the desktop, for the maker's support"));
 }
 

@@ -63,11 +63,17 @@ WindowSession::WindowSession(const std::string& home)
       comparison_(comparisonWindow_),
       delegate_({window_, app_, importChooser_, *window_.menus().preferences, [] { QCoreApplication::exit(); },
                  [this] { settings_.show(); },
-                 [this](std::function<void()> work) { restore_.runOnThread(std::move(work)); }}),
+                 [this](std::function<void()> work) { restore_.runOnThread(std::move(work)); },
+                 [this](const std::string& path) {
+                   restore_.reload();
+                   MainThread::shared().runAndWait([&] { restore_.selectBackupWithPath(path); });
+                 }}),
       settings_(&window_, &delegate_) {
   // Each of the two needs the other, so one of them is told later.
   restore_.setEditor(edit_);
   QWAlert::sharedController().ask = [this](const AlertTexts& texts) { return alerts_.ask(texts); };
+  alerts_.setShows({.reveal = [](const std::string& path) { QWRestoreOutlineController::reveal(path); },
+                    .log = [this] { delegate_.viewLog(); }});
   connectWindow();
   connectCatalogPanes();
   connectRestorePane();

@@ -18,6 +18,7 @@
 #include "window/appearance/DisplayText.h"
 #include "window/appearance/Icons.h"
 #include "window/controls/PushButton.h"
+#include "window/dialogs/ResultList.h"
 
 namespace vantory {
 
@@ -25,6 +26,8 @@ namespace {
 
 constexpr int kImageSize = 56;
 constexpr int kTextWidth = 360;
+constexpr int kTextWidthOverList = 600;
+constexpr int kLinesBelowList = 3;
 
 // The toolkit would copy a blank that ends no line as an ordinary one.
 class Words : public QTextEdit {
@@ -47,7 +50,7 @@ QString paragraphs(const std::string& text) {
 }
 
 // No label: a long name ends a line where it must, and is copied as it is.
-QTextEdit* wordsOf(const std::string& text, const QFont& font, QWidget* parent) {
+QTextEdit* wordsOf(const std::string& text, const QFont& font, int width, QWidget* parent) {
   auto* words = new Words(parent);
   auto* document = new QTextDocument(paragraphs(text), words);
   document->setDefaultFont(font);
@@ -55,8 +58,8 @@ QTextEdit* wordsOf(const std::string& text, const QFont& font, QWidget* parent) 
   QTextOption wrapping;
   wrapping.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
   document->setDefaultTextOption(wrapping);
-  document->setTextWidth(kTextWidth);
-  words->setFixedSize(kTextWidth, qCeil(document->size().height()));
+  document->setTextWidth(width);
+  words->setFixedSize(width, qCeil(document->size().height()));
   words->setFont(font);
   words->setDocument(document);
   words->setReadOnly(true);
@@ -100,8 +103,8 @@ QLabel* image(QWidget* parent) {
 
 }  // namespace
 
-AlertDialog::AlertDialog(const Texts& texts, QWidget* parent)
-    : QDialog(parent), below_(parent), buttonCount_(static_cast<int>(texts.buttons.size())) {
+AlertDialog::AlertDialog(const Texts& texts, QWidget* parent, const Shows& shows)
+    : QDialog(parent), below_(parent), dismissal_(texts.isDismissedByDefault || texts.buttons.size() < 2 ? 0 : 1) {
   setWindowModality(Qt::WindowModal);
   setWindowTitle(QApplication::applicationDisplayName());
   setAccessibleName(paragraphs(texts.message));
@@ -111,14 +114,17 @@ AlertDialog::AlertDialog(const Texts& texts, QWidget* parent)
   words->setSpacing(6);
   QFont bold = font();
   bold.setBold(true);
-  words->addWidget(wordsOf(texts.message, bold, this));
-  if (!texts.information.empty()) words->addWidget(wordsOf(texts.information, font(), this));
+  const int width = texts.rows.empty() ? kTextWidth : kTextWidthOverList;
+  words->addWidget(wordsOf(texts.message, bold, width, this));
+  if (!texts.information.empty()) words->addWidget(wordsOf(texts.information, font(), width, this));
   words->addStretch();
 
   auto* buttons = new QHBoxLayout;
   buttons->setSpacing(8);
+  auto* list = texts.rows.empty() ? nullptr : new ResultList(texts.rows, this);
+  if (list) addListButtons(*buttons, *list, shows);
   buttons->addStretch();
-  for (int i = 0; i < buttonCount_; ++i) {
+  for (int i = 0; i < static_cast<int>(texts.buttons.size()); ++i) {
     auto* button = new PushButton(displayText(texts.buttons[static_cast<std::size_t>(i)]), this);
     connect(button, &QPushButton::clicked, this, [this, i] { done(i); });
     button->setAutoDefault(true);
@@ -135,13 +141,52 @@ AlertDialog::AlertDialog(const Texts& texts, QWidget* parent)
   layout->setContentsMargins(20, 20, 20, 16);
   layout->setSpacing(16);
   layout->addLayout(body);
+  if (list) {
+    layout->addWidget(list, 1);
+    layout->addWidget(wordsBelow(*list));
+  }
   layout->addLayout(buttons);
-  layout->setSizeConstraint(QLayout::SetFixedSize);
+  // Long paths may want more room.
+  layout->setSizeConstraint(list ? QLayout::SetMinimumSize : QLayout::SetFixedSize);
+}
+
+// A column is too narrow for a long path or cause.
+QLabel* AlertDialog::wordsBelow(ResultList& list) {
+  auto* words = new QLabel(this);
+  words->setWordWrap(true);
+  words->setTextFormat(Qt::PlainText);
+  words->setTextInteractionFlags(Qt::TextSelectableByMouse);
+  words->setMinimumHeight(kLinesBelowList * fontMetrics().lineSpacing());
+  words->setAlignment(Qt::AlignTop | Qt::AlignLeading);
+  const auto follow = [words, &list] { words->setText(list.selectedInWords()); };
+  follow();
+  connect(&list, &ResultList::itemSelectionChanged, words, follow);
+  return words;
+}
+
+// They leave the alert open.
+void AlertDialog::addListButtons(QHBoxLayout& buttons, ResultList& list, const Shows& shows) {
+  auto* reveal = new PushButton(QStringLiteral("Re&veal"), this);
+  auto* log = new PushButton(QStringLiteral("View &Log"), this);
+  reveal->setToolTip(QStringLiteral("Show the selected file in the file manager"));
+  const auto follow = [&list, reveal] { reveal->setEnabled(!list.selectedPath().empty()); };
+  follow();
+  connect(&list, &ResultList::itemSelectionChanged, reveal, follow);
+  connect(reveal, &QPushButton::clicked, this, [&list, show = shows.reveal] {
+    if (show) show(list.selectedPath());
+  });
+  connect(log, &QPushButton::clicked, this, [show = shows.log] {
+    if (show) show();
+  });
+  for (QPushButton* button : {reveal, log}) {
+    button->setAutoDefault(false);
+    buttons.addWidget(button);
+  }
 }
 
 // Whoever waits for the answer gets one, also when the window takes the dialog with it.
 AlertDialog::~AlertDialog() {
-  answer(qMin(1, buttonCount_ - 1));
+  answer(dismissal_);
 }
 
 void AlertDialog::ask(std::function<void(int)> answered, std::chrono::milliseconds interval) {
@@ -164,7 +209,7 @@ void AlertDialog::done(int button) {
 }
 
 void AlertDialog::reject() {
-  done(qMin(1, buttonCount_ - 1));
+  done(dismissal_);
 }
 
 // Once: closing and destroying both come here.

@@ -9,7 +9,6 @@
 #include <optional>
 
 #include "services/threads/MainThread.h"
-#include "window/dialogs/AlertDialog.h"
 
 namespace vantory {
 
@@ -79,11 +78,11 @@ int AlertSheets::ask(const AlertTexts& texts) {
 void AlertSheets::show(const AlertTexts& texts, const std::shared_ptr<Answer>& answer) {
   if (refusing_) return answer->give(QWAlert::Other);
   const auto buttons = buttonsOf(texts);
-  AlertDialog::Texts shown{texts.messageText, texts.informativeText, {}};
+  AlertDialog::Texts shown{texts.messageText, texts.informativeText, {}, texts.rows, texts.isDismissedByDefault};
   for (const auto& [title, code] : buttons) shown.buttons.push_back(title);
   QWidget* const parent = windowOf_(texts.parentWindow);
   bringToFront(parent);
-  auto* dialog = new AlertDialog(shown, parent);
+  auto* dialog = new AlertDialog(shown, parent, shows_);
   shown_.push_back(dialog);
   dialog->ask(
       [this, dialog, buttons, answer](int button) {

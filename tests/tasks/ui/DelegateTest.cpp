@@ -47,9 +47,10 @@ class DelegateTest : public PaneTest {
   FakeMainWindow window_;
   FakeFileChooser chooser_;
   int quits_ = 0;
-  Vantory_AppDelegate delegate_{
-      {window_, *this, chooser_, button_, [this] { ++quits_; }, [] {},
-       [](std::function<void()> work) { BackgroundThreads::shared().start(std::move(work)); }}};
+  std::string selected_;
+  Vantory_AppDelegate delegate_{{window_, *this, chooser_, button_, [this] { ++quits_; }, [] {},
+                                 [](std::function<void()> work) { BackgroundThreads::shared().start(std::move(work)); },
+                                 [this](const std::string& path) { selected_ = path; }}};
 };
 
 TEST_F(DelegateTest, AProjectBringsTheBackupItIsLinkedToOrElseFinalCutProsSettings) {
@@ -87,11 +88,18 @@ TEST_F(DelegateTest, ABackupIsImportedAfterAQuestion) {
     finishWork();
     EXPECT_EQ(readFile(prefs("editor.plist")), content);
   }
+  answer_ = QWAlert::Other;
+  writeFile(prefs("editor.plist"), "spoilt");
+  delegate_.importBackup();
+  finishWork();
+  EXPECT_EQ(readFile(prefs("editor.plist")), "spoilt") << "added without being restored";
+  EXPECT_EQ(selected_, inLibrary("Clean setup-2.vnt")) << "beside the one of that name";
+  EXPECT_TRUE(exists(selected_ + "/Settings.plist"));
   EXPECT_TRUE(chooser_.request.folders);
   const std::string question = "Are you sure you wish to restore the backup \"Clean setup\"?";
-  EXPECT_THAT(alerts_, ElementsAre(question, question, "Restoration complete"));
-  EXPECT_THAT(shownPanes_, ElementsAre("Restore", "Restore"));
-  EXPECT_EQ(window_.timesInFront, 2);
+  EXPECT_THAT(alerts_, ElementsAre(question, question, "Restoration complete", question));
+  EXPECT_THAT(shownPanes_, ElementsAre("Restore", "Restore", "Restore"));
+  EXPECT_EQ(window_.timesInFront, 3);
   EXPECT_EQ(quits_, 0);
 }
 
@@ -109,13 +117,8 @@ TEST_F(DelegateTest, TheAlertsTellWhatAnImportLeftUndone) {
   EXPECT_EQ(alerts_.back(), "\"Films\" is not a backup");
 
   std::filesystem::rename(writeBackup("Clean", {})->path(), home_ / "Auto Backup of mine.vnt");
-  std::string told;
-  onAlert_ = [&](const AlertTexts& texts) {
-    told = texts.informativeText;
-    return QWAlert::Default;
-  };
   open(home_ / "Auto Backup of mine.vnt");
-  EXPECT_THAT(told, HasSubstr("automatic backup"));
+  EXPECT_THAT(informative_, HasSubstr("automatic backup"));
   EXPECT_TRUE(exists(inLibrary("Autosaves/Auto Backup of mine.vnt")));
 
   const auto backup = writeBackup("Clean", {kProject});
@@ -125,7 +128,7 @@ TEST_F(DelegateTest, TheAlertsTellWhatAnImportLeftUndone) {
     open(opened);
     EXPECT_EQ(alerts_.back(),
               opened == kProject ? "Nothing was restored" : "The backup \"Clean\" could not be restored");
-    EXPECT_THAT(told, HasSubstr("editor.plist: Input/output error"));
+    EXPECT_THAT(informative_, HasSubstr("editor.plist: Input/output error"));
     files_.heal();
   }
 }

@@ -141,6 +141,14 @@ TEST_F(TrashWorkflowTest, AsksForRightsOnceATask) {
     EXPECT_EQ(fakes_.privileged.requests, task) << "three files could not be trashed";
   }
   EXPECT_THAT(alerts_, ElementsAre("Nothing was trashed", "Nothing was trashed"));
+  EXPECT_THAT(informative_, HasSubstr(prefs("editor.plist") + " not trashed: Permission denied. Whoever owns it"));
+  onAlert_ = [this](const AlertTexts& texts) {
+    files_.heal();
+    return texts.alternateButton == "Try Again" ? QWAlert::Alternate : QWAlert::Default;
+  };
+  controller_.trash();
+  finishWork();
+  EXPECT_EQ(alerts_.back(), "Preferences successfully trashed") << "tried again";
 }
 
 TEST_F(TrashWorkflowTest, TheFirstStartMakesABackupOfEverything) {
