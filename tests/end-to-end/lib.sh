@@ -8,6 +8,7 @@ here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 passed=0 failed=0
 nobody=$(id -u nobody 2>/dev/null || echo 65534)
 also=()  # files that begin() puts beside the program
+system=${VANTORY_SYSTEM:-linux}  # or "macos", whose calls are emulated
 
 skip() { echo "skipped: $*"; exit 77; }
 need() { local tool; for tool; do command -v "$tool" >/dev/null || skip "$tool is not installed"; done; }
@@ -22,6 +23,7 @@ begin() {
     pass_over_foreign_leaks
     return
   fi
+  [ "$(basename "$2")" != vantory_on_darwin ] || system=macos
   need setpriv timeout chattr /usr/bin/python3
   work=$(mktemp -d /tmp/vantory-e2e-XXXXXX)
   homes=$work-
@@ -42,11 +44,11 @@ begin() {
   [ "$1" = any ] || chown -R "$nobody" "$work/tmp"
   if unshare -mpf --propagation private mount -t proc proc "$work/tmp" 2>/dev/null; then
     timeout -k 10 290 "$here/private_root.sh" "$work" "${identity[@]}" $(clean_environment) \
-      VANTORY_WORK=/tmp/work VANTORY_HOMES=/tmp/ bash "/tmp/work/$(basename "$0")" /tmp/work/vantory "${@:3}"
+      VANTORY_WORK=/tmp/work VANTORY_HOMES=/tmp/ VANTORY_SYSTEM=$system bash "/tmp/work/$(basename "$0")" /tmp/work/vantory "${@:3}"
   elif [ "$1" = any ]; then
     skip "namespaces are not permitted here"
   else
-    timeout -k 10 290 "${identity[@]}" $(clean_environment) VANTORY_WORK="$work/tmp/work" VANTORY_HOMES="$homes" \
+    timeout -k 10 290 "${identity[@]}" $(clean_environment) VANTORY_WORK="$work/tmp/work" VANTORY_HOMES="$homes" VANTORY_SYSTEM=$system \
       bash "$work/tmp/work/$(basename "$0")" "$work/tmp/work/vantory" "${@:3}"
   fi
   exit $?
@@ -84,6 +86,7 @@ use_home() {
   log=$home/Library/Logs/Quarrywell/Vantory.task.1.log
   settings=$preferences/com.quarrywell.Vantory.plist
   trash=$home/.local/share/Trash
+  [ "$system" = linux ] || trash=$home/.Trash
   mkdir -p "$preferences"
 }
 

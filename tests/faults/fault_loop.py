@@ -26,6 +26,7 @@ import tempfile
 CALLS = ('openat,write,ftruncate,copy_file_range,fsync,syncfs,close,renameat,renameat2,linkat,symlinkat,'
          'unlinkat,mkdirat,mkdir,fchmod,fchown,utimensat,fsetxattr,ioctl,flock')
 FAULTS = ['signal=SIGKILL', 'error=EIO', 'error=ENOSPC', 'error=EACCES', 'error=EINTR']
+TRASHES = ('.local/share/Trash/files', '.Trash')  # of each system
 LIBRARY = 'Library/Application Support/Quarrywell/Vantory/Backups'
 AUTOMATIC = [f'Autosaves/Auto Backup 2026-01-0{day}_00_00_00.vnt' for day in (1, 2, 3)]
 PREFERENCES = 'Library/Preferences'
@@ -135,7 +136,7 @@ class Bench:
     def wrong(self, finished):
         """What does not hold; none when all is well."""
         trash = collections.defaultdict(list)
-        for path in all_files(os.path.join(self.home, '.local/share/Trash/files')):
+        for path in self.trashed_files():
             trash[os.path.basename(path).split('.')[0]].append(read(path))
         for name, content in self.new.items():
             place = os.path.join(self.home, name)
@@ -171,7 +172,7 @@ class Bench:
         old, new = whole['old', False], whole[False, 'new']
         if self.task == 'update':
             kept = collections.defaultdict(set)
-            for path in [*all_files(self.library), *all_files(os.path.join(self.home, '.local/share/Trash/files'))]:
+            for path in [*all_files(self.library), *self.trashed_files()]:
                 if os.path.relpath(path, self.library).split('/')[0] != 'Autosaves':
                     kept[os.path.basename(path)].add(read(path))
             if any(content not in kept[os.path.basename(name)] for name, content in FILES.items()):
@@ -191,8 +192,12 @@ class Bench:
             return 'older backups were left'
         return None
 
+    def trashed_files(self):
+        for trash in TRASHES:
+            yield from all_files(os.path.join(self.home, trash))
+
     def backups(self, *folders):
-        for folder in folders or (self.library, self.other, os.path.join(self.home, '.local/share/Trash/files')):
+        for folder in folders or (self.library, self.other, *(os.path.join(self.home, trash) for trash in TRASHES)):
             for place in (folder, os.path.join(folder, 'Autosaves')):
                 if os.path.isdir(place):
                     yield from (os.path.join(place, name) for name in os.listdir(place) if '.vnt' in name)
@@ -200,9 +205,9 @@ class Bench:
     def leftovers(self):
         # A half-made backup that the next run put into the Trash may hold a half-made folder. What a killed move had
         # copied and not yet removed is hidden in the library that is no more.
-        aside = self.library + '/' if self.task == 'move' else '/Trash/files/'
+        aside = [self.library + '/'] if self.task == 'move' else [f'/{trash}/' for trash in TRASHES]
         left = [path for place in (self.home, self.other) for path in all_files(place)
-                if '/.vantory-' in path and aside not in path]
+                if '/.vantory-' in path and not any(place in path for place in aside)]
         return f'left behind: {left}' if left else None
 
 

@@ -12,6 +12,7 @@
 #include "platform/linux/files/LinuxFileSystem.h"
 #include "platform/posix/files/EnvironmentFolder.h"
 #include "platform/posix/files/SmallFiles.h"
+#include "platform/posix/system/FolderLayout.h"
 
 namespace vantory {
 
@@ -22,58 +23,14 @@ LinuxStandardFolders::LinuxStandardFolders(std::string root, bool superuser, Fil
 
 // As on a Mac, but for the Desktop and the Trash, which are where this desktop has them.
 std::optional<std::string> LinuxStandardFolders::userFolder(StandardFolder folder, const std::string& home) const {
-  switch (folder) {
-    case StandardFolder::Applications:
-      return home + "/Applications";
-    case StandardFolder::AdministrationApplications:
-      return home + "/Applications/Utilities";
-    case StandardFolder::Documents:
-      return home + "/Documents";
-    case StandardFolder::Library:
-      return home + "/Library";
-    case StandardFolder::Caches:
-      return home + "/Library/Caches";
-    case StandardFolder::ApplicationSupport:
-      return home + "/Library/Application Support";
-    case StandardFolder::Documentation:
-      return home + "/Library/Documentation";
-    case StandardFolder::Desktop:
-      return desktop(home);
-    case StandardFolder::Trash:
-      if (const auto data = configuredFolder("XDG_DATA_HOME")) return *data + "/Trash/" + kTrashItemsFolder;
-      return home + "/.local/share/Trash/" + kTrashItemsFolder;
-    case StandardFolder::SharedUsers:
-    case StandardFolder::Volumes:
-      break;
-  }
-  return std::nullopt;
+  if (folder == StandardFolder::Desktop) return desktop(home);
+  if (folder != StandardFolder::Trash) return folderInHome(folder, home);
+  if (const auto data = configuredFolder("XDG_DATA_HOME")) return *data + "/Trash/" + kTrashItemsFolder;
+  return home + "/.local/share/Trash/" + kTrashItemsFolder;
 }
 
-// None for folders that only users have.
 std::optional<std::string> LinuxStandardFolders::localFolder(StandardFolder folder) const {
-  switch (folder) {
-    case StandardFolder::Applications:
-      return root_ + "/Applications";
-    case StandardFolder::AdministrationApplications:
-      return root_ + "/Applications/Utilities";
-    case StandardFolder::Library:
-      return root_ + "/Library";
-    case StandardFolder::Caches:
-      return root_ + "/Library/Caches";
-    case StandardFolder::ApplicationSupport:
-      return root_ + "/Library/Application Support";
-    case StandardFolder::Documentation:
-      return root_ + "/Library/Documentation";
-    case StandardFolder::SharedUsers:
-      return root_ + "/Users/Shared";
-    case StandardFolder::Volumes:
-      return root_ + "/Volumes";
-    case StandardFolder::Documents:
-    case StandardFolder::Desktop:
-    case StandardFolder::Trash:
-      break;
-  }
-  return std::nullopt;
+  return folderOfMachine(folder, root_);
 }
 
 std::string LinuxStandardFolders::systemLibraryFolder() const {
