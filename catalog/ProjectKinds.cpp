@@ -24,6 +24,7 @@ std::vector<std::string> applicationsOfProject(const std::string& path, const Ap
 
 std::vector<std::string> projectExtensions(const AppList& apps) {
   std::vector<std::string> extensions;
+  extensions.reserve(kProjectKinds.size());
   for (const ProjectKind& kind : kProjectKinds) extensions.emplace_back(kind.extension);
   for (const auto& app : apps)
     if (app->defined())
