@@ -43,6 +43,10 @@ PropertyListDictionary entryFor(const QWBackup& backup, const std::string& path)
   if (backup.readError()) entry.append("error", backup.readError()->text);
   entry.append("items", itemsOf(backup));
   entry.append("projects", std::move(projects));
+  if (backup.unknown().empty()) return entry;
+  PropertyListArray unknown;
+  for (const std::string& name : backup.unknown()) unknown.push_back(name);
+  entry.append("unknown", std::move(unknown));
   return entry;
 }
 
