@@ -109,7 +109,7 @@ Status removeFolder(int parent, const std::string& name, const std::string& path
   Status removed = entries ? Status() : entries.error();
   for (std::size_t i = 0; removed && i < entries->size(); ++i) {
     const std::string& entry = (*entries)[i].name;
-    removed = removeEntry(folder.get(), entry, path + "/" + entry, found.device, depth + 1, check);
+    removed = removeEntry(folder.get(), entry, paths::join(path, entry), found.device, depth + 1, check);
   }
   if (removed && uninterrupted([&] { return darwin::removeFolder(parent, name.c_str()); }) != 0)
     removed = systemError(path);
