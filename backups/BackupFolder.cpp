@@ -1,6 +1,7 @@
 // Maps paths into a backup's folder.
 #include "backups/BackupFolder.h"
 
+#include "backups/OlderCopy.h"
 #include "base/Paths.h"
 #include "services/QWLocalPaths.h"
 #include "services/files/QWFileManager.h"
@@ -8,6 +9,10 @@
 namespace vantory {
 
 BackupFolder::BackupFolder(std::string path) : BackupFolder(std::move(path), QWLocalPaths::userDirectory()) {}
+
+std::optional<std::string> BackupFolder::olderWithSoundCopy(const std::string& path) const {
+  return olderBackupWithSoundCopy(std::string(paths::withoutTrailingSlashes(path_)), path);
+}
 
 bool BackupFolder::isInHome(const std::string& path) const {
   return home_ && paths::isWithin(path, *home_);

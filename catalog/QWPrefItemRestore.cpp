@@ -3,6 +3,7 @@
 #include <chrono>
 #include <optional>
 
+#include "base/Format.h"
 #include "base/Paths.h"
 #include "catalog/BackupPlace.h"
 #include "catalog/FileRestoring.h"
@@ -55,8 +56,12 @@ bool mayBeHeld(const std::string& path) {
 // Puts the files of one item back.
 class ItemRestoring {
  public:
-  ItemRestoring(std::string backupPath, const std::string& item, TaskReport& report)
-      : backupPath_(std::move(backupPath)), item_(item), report_(report) {}
+  // Null where nothing comes from a backup.
+  ItemRestoring(const BackupPlace* backup, const std::string& item, TaskReport& report)
+      : backup_(backup),
+        backupPath_(backup ? paths::withoutTrailingSlashes(backup->path()) : ""),
+        item_(item),
+        report_(report) {}
 
   // Called first, for what a pattern matches in the backup.
   void plan(const std::vector<std::string>& sources);
@@ -68,7 +73,9 @@ class ItemRestoring {
   Status replace(const Staged& staged, const std::string& source, const std::string& destination);
   Status trashLiveFile(const std::string& path);
   void note(const std::string& path, const Status& copied);
+  Error withCure(Error cause, const std::string& source) const;
 
+  const BackupPlace* const backup_;
   const std::string backupPath_;
   const std::string& item_;  // its key
   TaskReport& report_;
@@ -77,6 +84,15 @@ class ItemRestoring {
 void ItemRestoring::note(const std::string& path, const Status& copied) {
   QWLog::appendLog(copied ? "File copied successfully." : "File failed to copy.");
   report_.add(FileAction::Restore, path, copied, item_, path);
+}
+
+// For what is damaged here.
+Error ItemRestoring::withCure(Error cause, const std::string& source) const {
+  if (cause.code != std::errc::bad_message || !backup_) return cause;
+  const auto older = backup_->olderWithSoundCopy(source);
+  cause.cure = older ? formatted("An older backup has it undamaged: vantory -restore \"%@\" %@", *older, item_)
+                     : "No older backup of the library has it undamaged.";
+  return cause;
 }
 
 // Success where nothing is in the way.
@@ -133,7 +149,7 @@ void ItemRestoring::restore(const std::string& source) {
     return note(destination, replace(staged, source, destination));
   QWLog::appendLog("Copying file %@ to %@", source, destination);
   logCause(staged.error().text);
-  note(destination, staged.error());
+  note(destination, withCure(staged.error(), source));
 }
 
 // Finished first, like any copy that replaces something. What has changed since its content was read stays.
@@ -154,19 +170,19 @@ void ItemRestoring::replaceContent(const std::string& path, std::string bytes, c
 }  // namespace
 
 void restoreFile(const std::string& source, const BackupPlace& backup, const std::string& item, TaskReport& report) {
-  ItemRestoring restoring(std::string(paths::withoutTrailingSlashes(backup.path())), item, report);
+  ItemRestoring restoring(&backup, item, report);
   restoring.plan({source});
   restoring.restore(source);
 }
 
 void replaceContent(const std::string& path, std::string bytes, const FileInfo& known, const std::string& item,
                     TaskReport& report) {
-  ItemRestoring({}, item, report).replaceContent(path, std::move(bytes), known);
+  ItemRestoring(nullptr, item, report).replaceContent(path, std::move(bytes), known);
 }
 
 void QWPrefItem::restoreFilesFromBackup(const BackupPlace& backup, TaskReport& report) {
   const std::string root(paths::withoutTrailingSlashes(backup.path()));
-  ItemRestoring restoring(root, key(), report);
+  ItemRestoring restoring(&backup, key(), report);
   for (const std::string& pattern : files()) {
     auto sources = QWFileManager::filesMatchingWildcardPath(backup.safeUserPath(pattern), root, report);
     std::erase_if(sources, [](const std::string& source) { return !mayBeHeld(source); });

@@ -72,7 +72,16 @@ TEST_F(RestoreTest, CancellingKeepsWhatIsRestoredAndRelaunchesNothing) {
 
 TEST_F(RestoreTest, ADamagedCopyTakesNoLiveFilesPlace) {
   const auto backup = backupOf({"flipped", "whole"});
-  writeFile(inLibrary("B.vnt/Users/user/Library/Preferences/flipped"), "Saved");
+  const std::string kept = "/Users/user/Library/Preferences/flipped";
+  writeFile(inLibrary("B.vnt") + kept, "Saved");
+  // Of three others one is damaged too, and one is newer.
+  const auto written = std::filesystem::last_write_time(inLibrary("B.vnt"));
+  for (const auto& [name, hours] : {std::pair{"Sound", -3}, {"Damaged", -2}, {"Newer", 1}}) {
+    const std::string other = inLibrary(name + std::string(".vnt"));
+    ASSERT_EQ(std::system(("cp -a '" + inLibrary("B.vnt") + "' '" + other + "'").c_str()), 0);
+    if (name != std::string("Damaged")) writeFile(other + kept, "saved");
+    std::filesystem::last_write_time(other, written + std::chrono::hours(hours));
+  }
   report_ = {};
   backup->restore(report_);
   EXPECT_EQ(readFile(prefs("flipped")), "changed");
@@ -80,6 +89,7 @@ TEST_F(RestoreTest, ADamagedCopyTakesNoLiveFilesPlace) {
   EXPECT_TRUE(isRestored("whole"));
   ASSERT_EQ(report_.count(FileReport::Outcome::Failed), 1U);
   EXPECT_THAT(report_.causes(), HasSubstr("flipped: it is damaged"));
+  EXPECT_THAT(report_.causes(), HasSubstr("vantory -restore \"" + inLibrary("Sound.vnt") + "\" keyflipped"));
 }
 
 TEST_F(RestoreTest, AnotherUserGetsTheFilesInTheirOwnHome) {
