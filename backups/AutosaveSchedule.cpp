@@ -7,6 +7,7 @@
 #include <mutex>
 
 #include "backups/QWLaunchd.h"
+#include "platform/JobControl.h"
 #include "platform/SystemInfo.h"
 #include "services/Runtime.h"
 #include "services/log/QWLog.h"
@@ -47,6 +48,21 @@ void load() {
 }
 
 }  // namespace
+
+std::optional<std::int64_t> AutosaveSchedule::interval() {
+  QWUserDefaults& settings = QWUserDefaults::standardUserDefaults();
+  // The command line knows no defaults: there a schedule that nobody chose shows by its runs.
+  const bool isKnown = settings.objectForKey(setting::kPeriodicAutosave).has_value();
+  if (!(isKnown ? isOn() : runs().last.has_value())) return std::nullopt;
+  if (!settings.objectForKey(setting::kAutosaveFrequency)) return setting::kUsualAutosaveFrequency * kSecondsPerDay;
+  return intervalInSeconds();
+}
+
+AutosaveSchedule::Runs AutosaveSchedule::runs() {
+  const JobControl& jobs = Runtime::current().platform().jobs;
+  const JobName name{.label = kLabel, .file = {}};
+  return {.last = jobs.lastRun(name), .lastTry = jobs.lastTry(name)};
+}
 
 void AutosaveSchedule::apply() {
   const std::lock_guard lock(following());

@@ -44,6 +44,8 @@ class JobControl {
   virtual Status remove(const JobName& job) = 0;
   // When the job's interval last began: at its last run, or when it was first loaded. None when that is not known.
   virtual std::optional<Timestamp> lastRun(const JobName& job) const = 0;
+  // When it was last started, however that run ended; none when that is not known.
+  virtual std::optional<Timestamp> lastTry(const JobName& job) const = 0;
   // Tells the scheduler that the run of a job which this process is has done its work; without that it counts as
   // failed, whatever its exit code. Nothing where this process is no such run.
   virtual Status runSucceeded() = 0;

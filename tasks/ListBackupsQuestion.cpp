@@ -2,8 +2,10 @@
 
 #include <ostream>
 
+#include "backups/BackupAge.h"
 #include "backups/QWDataController.h"
 #include "base/Json.h"
+#include "base/Text.h"
 #include "base/TextTable.h"
 #include "base/Timestamp.h"
 #include "services/files/QWFileManager.h"
@@ -55,6 +57,9 @@ std::string json(const BackupList& backups, const DryRun& run) {
   for (const auto& backup : backups) entries.push_back(entryFor(*backup, run.placeOnDisk(backup->path())));
   PropertyListDictionary listing;
   listing.append("backups", std::move(entries));
+  const BackupAge age = ageOf(backups);
+  if (age.lastGood) listing.append("lastGood", run.placeOnDisk(age.lastGood->path()));
+  if (age.overdue) listing.append("overdue", *age.overdue);
   return writeJson(std::move(listing)) + "\n";
 }
 
@@ -84,6 +89,12 @@ std::string table(const BackupList& backups, const DryRun& run) {
   return table.text();
 }
 
+// Beside the table, which scripts may read.
+void tellAge(const BackupAge& age, std::ostream& errors) {
+  errors << "Vantory: " << printable(age.text) << '\n';
+  if (age.overdue) errors << "Vantory: " << printable(*age.overdue) << '\n';
+}
+
 // Each ended by a zero byte: a path may hold anything else.
 std::string placesOnDisk(const BackupList& backups, const DryRun& run) {
   std::string text;
@@ -103,6 +114,7 @@ int listBackups(const QuestionContext& context) {
   switch (context.form) {
     case AnswerForm::Table:
       context.output << table(backups, run);
+      tellAge(ageOf(backups), context.errors);
       break;
     case AnswerForm::Json:
       context.output << json(backups, run);

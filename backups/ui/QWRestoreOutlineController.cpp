@@ -1,6 +1,7 @@
 // What the Restore pane shows, and in which order.
 #include "backups/ui/QWRestoreOutlineController.h"
 
+#include "backups/BackupAge.h"
 #include "backups/ui/CatalogRows.h"
 #include "backups/ui/Controls.h"
 #include "backups/ui/FailureReport.h"
@@ -76,6 +77,8 @@ void QWRestoreOutlineController::sortColumnWithIdentifier(const std::string& col
   library().setBackupArray(sortedLibrary(library().backupArray(), {column, descending}));
   setSortIndicatorsForColumn(column, descending);
   parts_.outline.reloadData();
+  const BackupAge age = ageOf(library().allBackups());
+  parts_.outline.setRemark(age.overdue ? age.text + " " + *age.overdue : age.text);
 }
 
 void QWRestoreOutlineController::setSortIndicatorsForColumn(const std::string& column, bool descending) {

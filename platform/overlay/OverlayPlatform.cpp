@@ -13,6 +13,7 @@ OverlayPlatform::OverlayPlatform(const Platform& real, std::vector<std::string> 
       systemLog_(errors),
       system_(real.system, std::move(arguments)),
       workspace_(real.workspace),
+      jobs_(real.jobs),
       platform_{
           .clock = real.clock,
           .users = real.users,

@@ -86,13 +86,19 @@ class StillCrashReports : public CrashReports {
   std::optional<std::string> newestSince(Timestamp) const override { return std::nullopt; }
 };
 
+// Tells of the runs that there were.
 class StillJobControl : public JobControl {
  public:
+  explicit StillJobControl(const JobControl& jobs) : jobs_(jobs) {}
   Status load(const Job&) override { return leftInPeace(); }
   Status unload(const JobName&) override { return leftInPeace(); }
   Status remove(const JobName&) override { return leftInPeace(); }
-  std::optional<Timestamp> lastRun(const JobName&) const override { return std::nullopt; }
+  std::optional<Timestamp> lastRun(const JobName& job) const override { return jobs_.lastRun(job); }
+  std::optional<Timestamp> lastTry(const JobName& job) const override { return jobs_.lastTry(job); }
   Status runSucceeded() override { return {}; }
+
+ private:
+  const JobControl& jobs_;
 };
 
 // Says on a stream what the system's log would be told.

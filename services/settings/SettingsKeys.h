@@ -11,6 +11,7 @@ inline constexpr const char* kAutoRestoreDefault = "autoRestoreDefault";  // 1: 
 inline constexpr const char* kSelectedPrefs = "selectedPrefs";            // the keys of the ticked items
 inline constexpr const char* kPeriodicAutosave = "periodicAutosave";      // 1: make automatic backups ...
 inline constexpr const char* kAutosaveFrequency = "autosaveFrequency";    // ... every so many days, at least 1
+inline constexpr int kUsualAutosaveFrequency = 7;                         // ... where nobody chose
 inline constexpr const char* kMaxAutoBackups = "maxAutoBackups";          // how many of them are kept ...
 inline constexpr int kUsualMaxAutoBackups = 10;                           // ... where nobody chose
 inline constexpr const char* kSortedColumn = "sortedColumn";  // of the Restore pane: "name", "date" or "size"

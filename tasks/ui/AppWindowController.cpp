@@ -1,6 +1,7 @@
 // Loads catalog and library, switches panes, makes automatic backups.
 #include "tasks/ui/AppWindowController.h"
 
+#include "backups/BackupAge.h"
 #include "backups/QWDataController.h"
 #include "backups/ui/FailureReport.h"
 #include "base/Format.h"
@@ -11,6 +12,7 @@
 #include "services/files/QWFileManager.h"
 #include "services/log/QWLog.h"
 #include "services/messages/NotificationCenter.h"
+#include "services/messages/QWGrowl.h"
 #include "services/threads/BackgroundThreads.h"
 #include "services/threads/MainThread.h"
 #include "settings/QWBugReporter.h"
@@ -45,6 +47,10 @@ void AppWindowController::load() {
       vantory::reportFailure("Your backups cannot be read", error->text);
     else if (data.backupArray().size() <= 1)
       makeFirstBackup();
+    if (const auto overdue = ageOf(data.allBackups()).overdue) {
+      QWLog::appendLog("%@", *overdue);
+      QWGrowl::postGrowlNotification("Scheduled backups do not happen", *overdue);
+    }
   });
 }
 

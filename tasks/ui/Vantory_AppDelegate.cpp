@@ -34,7 +34,7 @@ namespace {
 // What counts where nobody has set anything.
 void registerDefaults() {
   std::map<std::string, PropertyList> defaults = {{setting::kPeriodicAutosave, 1},
-                                                  {setting::kAutosaveFrequency, 7},
+                                                  {setting::kAutosaveFrequency, setting::kUsualAutosaveFrequency},
                                                   {setting::kMaxAutoBackups, setting::kUsualMaxAutoBackups},
                                                   {setting::kSortedColumn, "name"},
                                                   {setting::kSortedDescending, false}};

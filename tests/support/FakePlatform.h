@@ -280,9 +280,11 @@ class FakeJobControl : public JobControl {
     return onCall("remove");
   }
   std::optional<Timestamp> lastRun(const JobName&) const override { return stamp; }
+  std::optional<Timestamp> lastTry(const JobName&) const override { return tries; }
   Status runSucceeded() override { return ++goodRuns, Status(); }
 
   int goodRuns = 0;
+  std::optional<Timestamp> tries;
   std::vector<Job> loaded;
   std::vector<JobName> removed;
   std::optional<Timestamp> stamp;

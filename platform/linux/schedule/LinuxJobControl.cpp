@@ -109,10 +109,19 @@ Status LinuxJobControl::remove(const JobName& job) {
 
 std::optional<Timestamp> LinuxJobControl::lastRun(const JobName& job) const {
   const Result<Places> places = placesOf(job);
-  if (!places) return std::nullopt;
-  const Result<FileInfo> stamp = files_.info(places->stamp, Links::DoNotFollow);
-  if (!stamp || stamp->type != FileType::File) return std::nullopt;
-  return stamp->modified;
+  return places ? dateOf(places->stamp) : std::nullopt;
+}
+
+// The helper that decides whether a run is due notes its tries there.
+std::optional<Timestamp> LinuxJobControl::lastTry(const JobName& job) const {
+  const Result<Places> places = placesOf(job);
+  return places ? dateOf(places->stamp + ".tries") : std::nullopt;
+}
+
+std::optional<Timestamp> LinuxJobControl::dateOf(const std::string& file) const {
+  const Result<FileInfo> info = files_.info(file, Links::DoNotFollow);
+  if (!info || info->type != FileType::File) return std::nullopt;
+  return info->modified;
 }
 
 // Never makes the stamp anew: the job may have been removed meanwhile.

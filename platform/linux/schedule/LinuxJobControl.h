@@ -25,9 +25,11 @@ class LinuxJobControl : public JobControl {
   Status unload(const JobName& job) override;
   Status remove(const JobName& job) override;
   std::optional<Timestamp> lastRun(const JobName& job) const override;
+  std::optional<Timestamp> lastTry(const JobName& job) const override;
   Status runSucceeded() override;
 
  private:
+  std::optional<Timestamp> dateOf(const std::string& file) const;
   struct Places {
     std::string timerName;
     std::string service;

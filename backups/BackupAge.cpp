@@ -1,0 +1,71 @@
+// Compares the dates of backups with the clock, and with what the schedule has left.
+#include "backups/BackupAge.h"
+
+#include "backups/AutosaveSchedule.h"
+#include "base/Format.h"
+#include "platform/Clock.h"
+#include "services/Runtime.h"
+
+namespace vantory {
+
+namespace {
+
+constexpr std::int64_t kHour = 60 * 60;
+constexpr std::int64_t kDay = 24 * kHour;
+
+std::shared_ptr<QWBackup> newestGood(const BackupList& backups, bool onlyAutomatic) {
+  std::shared_ptr<QWBackup> newest;
+  for (const auto& backup : backups) {
+    if (!backup->isComplete() || !backup->date() || (onlyAutomatic && !backup->isAutosave())) continue;
+    if (!newest || *newest->date() < *backup->date()) newest = backup;
+  }
+  return newest;
+}
+
+std::string counted(std::int64_t number, const char* unit) {
+  return formatted(number == 1 ? "%i %@" : "%i %@s", number, unit);
+}
+
+std::string ageInWords(std::int64_t seconds) {
+  if (seconds < kHour) return "less than an hour";
+  return seconds < 2 * kDay ? counted(seconds / kHour, "hour") : counted(seconds / kDay, "day");
+}
+
+// What the stamps of the schedule's runs tell.
+std::string reason(std::int64_t now, std::int64_t interval) {
+  const AutosaveSchedule::Runs runs = AutosaveSchedule::runs();
+  if (!runs.last) return "The schedule is not loaded; the window loads it when it opens.";
+  if (runs.lastTry && *runs.last < *runs.lastTry)
+    return formatted("The last try failed, on %@: its log tells why.",
+                     localTimeText(*runs.lastTry, "%Y-%m-%d %H:%M:%S"));
+  if (now - runs.last->seconds > 2 * interval)
+    return "The schedule has not run since: the computer was off, or you were not logged in.";
+  return "";
+}
+
+// With no automatic backup yet, two intervals from when the schedule began; before that there is nothing to miss.
+std::optional<std::string> overdueIn(const BackupList& backups, std::int64_t now) {
+  const auto interval = AutosaveSchedule::interval();
+  if (!interval) return std::nullopt;
+  const auto newest = newestGood(backups, true);
+  const auto since = newest ? newest->date() : AutosaveSchedule::runs().last;
+  if (!since || (now - since->seconds) / 2 <= *interval) return std::nullopt;
+  std::string text = newest ? formatted("Scheduled backups do not happen: the last good one is %@ old.",
+                                        ageInWords(now - since->seconds))
+                            : "Scheduled backups do not happen: there is no good one.";
+  if (const std::string why = reason(now, *interval); !why.empty()) text.append(" ").append(why);
+  return text;
+}
+
+}  // namespace
+
+BackupAge ageOf(const BackupList& backups) {
+  const std::int64_t now = Runtime::current().platform().clock.now().seconds;
+  BackupAge age{.lastGood = newestGood(backups, false), .text = {}, .overdue = overdueIn(backups, now)};
+  age.text = age.lastGood ? formatted("The last good backup, \"%@\", is %@ old.", age.lastGood->name(),
+                                      ageInWords(now - age.lastGood->date()->seconds))
+                          : "There is no good backup.";
+  return age;
+}
+
+}  // namespace vantory
