@@ -2,6 +2,7 @@
 #include "platform/linux/files/TreeCopy.h"
 
 #include <fcntl.h>
+#include <sys/uio.h>
 
 #include <algorithm>
 #include <atomic>
@@ -196,10 +197,29 @@ void TreeCopier::fail(Error error) {
   stopped_ = true;
 }
 
+// Whether reading it would wait for the disk.
+bool isCold(int file) {
+  char byte;
+  const iovec part{&byte, 1};
+  return preadv2(file, &part, 1, 0, RWF_NOWAIT) < 0 && errno == EAGAIN;
+}
+
+// What is not in memory is asked for at once for a whole batch: a disk answers many requests sooner than one after the
+// other. The first file tells of the others.
+void readAhead(const Folder& folder, const std::vector<std::string>& names) {
+  constexpr off_t kMostBytes = 1024 * 1024;
+  for (const std::string& name : names) {
+    const Descriptor source = openSource(folder.source.get(), name.c_str(), O_NOFOLLOW);
+    if (!source.valid() || (name == names.front() && !isCold(source.get()))) return;
+    posix_fadvise(source.get(), 0, kMostBytes, POSIX_FADV_WILLNEED);
+  }
+}
+
 // After a failure, here or on the other thread, the rest of the batch is left.
 void TreeCopier::perform(const Job& job) noexcept {
   auto error = caught([&] {
     if (!job.subfolder.empty()) openSubfolder(job.folder, job.subfolder);
+    readAhead(*job.folder, job.files);
     for (const std::string& name : job.files) {
       if (stopped_) return;
       copyOne(*job.folder, name);
