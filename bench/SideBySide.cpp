@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 
 namespace vantory::bench {
 
@@ -31,9 +32,19 @@ void settle() {
   close(folder);
 }
 
+constexpr const char* kDropCaches = "/proc/sys/vm/drop_caches";
+
+void dropCaches() {
+  const char* pipe = std::getenv("VANTORY_BENCH_DROP");
+  std::ofstream(pipe ? pipe : kDropCaches) << "3\n";
+  std::string done;
+  if (pipe && !std::getline(std::ifstream(std::string(pipe) + ".done"), done)) fail("The caches were not dropped.");
+}
+
 double timedRun(const Preparation& preparation) {
   const Run run = preparation();
   settle();
+  if (run.isCold) dropCaches();
   const auto start = std::chrono::steady_clock::now();
   run.action();
   const std::chrono::duration<double, std::milli> time = std::chrono::steady_clock::now() - start;
@@ -70,6 +81,10 @@ pid_t spawn(Command arguments, const std::string& home) {
 }
 
 }  // namespace
+
+bool canRunCold() {
+  return std::getenv("VANTORY_BENCH_DROP") || access(kDropCaches, W_OK) == 0;
+}
 
 Medians measure(const Preparation& ours, const Preparation& peer, int rounds) {
   std::vector<double> oursTimes;

@@ -11,7 +11,11 @@ namespace vantory::bench {
 struct Run {
   std::function<void()> action;
   std::function<bool()> succeeded;
+  bool isCold = false;  // nothing of any file is in memory when it begins
 };
+
+// Whether the system's caches can be emptied: by the superuser, or through the pipe that VANTORY_BENCH_DROP names.
+bool canRunCold();
 
 // Makes the files for one run. Not timed; what it wrote is on disk before the clock starts.
 using Preparation = std::function<Run()>;

@@ -1,5 +1,6 @@
 // "-backup" against "cp -a" and "sync -f" of the same files: a backup that is complete is on disk.
 
+#include <cstdio>
 #include <filesystem>
 #include <string>
 
@@ -57,6 +58,27 @@ void folderOfManyFiles(ScratchHomes& homes) {
            .peer = [&] { return backups.peer({folder}); }});
 }
 
+// As a nightly run finds them.
+void coldFiles(ScratchHomes& homes) {
+  constexpr const char* kName = "backup, 3,000 files, cold";
+  if (!canRunCold()) {
+    std::printf("%s: skipped, only the superuser can empty the caches\n", kName);
+    return;
+  }
+  const std::string home = homes.create();
+  const std::string folder = makeButtonBars(home, 3000);
+  Backups backups(home);
+  const auto cold = [](Run run) {
+    run.isCold = true;
+    return run;
+  };
+  compare({.name = kName,
+           .goal = 0.55,
+           .rounds = 7,
+           .ours = [&] { return cold(backups.ours(kButtonBarsKey, folder + "/Bars 9/Bar 2999.fcbtn")); },
+           .peer = [&] { return cold(backups.peer({folder})); }});
+}
+
 void singleFiles(ScratchHomes& homes) {
   const std::string home = homes.create();
   const auto files = makeLayouts(home, 60);
@@ -89,6 +111,7 @@ void largeFiles(ScratchHomes& homes) {
 int main() {
   ScratchHomes homes;
   folderOfManyFiles(homes);
+  coldFiles(homes);
   singleFiles(homes);
   largeFiles(homes);
 }
