@@ -1,5 +1,6 @@
 // How a backup is written: files first, settings last, on disk before success is told.
 #include <future>
+#include <unordered_map>
 #include <unordered_set>
 
 #include "backups/BackupFolder.h"
@@ -63,7 +64,7 @@ class ItemCopier {
   std::size_t copyFiles(const std::vector<std::string>& sources);
   bool copyFile(const std::string& source, const std::string& copy, std::unique_ptr<StagedCopy> staged);
   bool copyAvidFile(const std::string& source);
-  Status replace(const std::string& source, const std::string& copy);
+  Status put(const std::string& source, const std::string& copy, bool replaces, std::unique_ptr<StagedCopy> staged);
   bool note(const std::string& source, const std::string& copy, const Status& copied);
   bool isThere(const std::string& copy) const;
   // Where the file goes, its folder made; none for what is not copied.
@@ -77,9 +78,10 @@ class ItemCopier {
   const bool filesOnly_;
   TaskReport& report_;
   ReplacedCopies replaced_;
-  std::string item_;                         // key of the item being copied
-  std::unordered_set<std::string> folders_;  // prepared in this run
-  std::unordered_set<std::string> copies_;   // made in this run
+  std::string item_;                                   // key of the item being copied
+  std::unordered_set<std::string> folders_;            // prepared in this run
+  std::unordered_set<std::string> copies_;             // made in this run
+  std::unordered_map<std::string, std::string> kept_;  // of an update: where what a copy replaced is kept
 };
 
 // A source that has vanished since it was found is none that the backup lacks.
@@ -140,19 +142,28 @@ bool ItemCopier::copyFile(const std::string& source, const std::string& copy, st
   const bool replaces = isThere(copy);
   if (replaces) QWLog::appendLog("Destination file %@ exists - removing...", copy);
   QWLog::appendLog("Copying %@ to %@", source, copy);
-  if (!note(source, copy,
-            replaces ? replace(source, copy)
-                     : QWFileManager::copyFile(source, copy, 15s, std::move(staged), CopyChecksum::Make)))
-    return false;
+  if (!note(source, copy, put(source, copy, replaces, std::move(staged)))) return false;
   copies_.insert(copy);
   return true;
 }
 
-// What this run made itself is no loss.
-Status ItemCopier::replace(const std::string& source, const std::string& copy) {
-  if (filesOnly_ && !copies_.contains(copy) && QWFileManager::itemExistsAtPath(copy))
-    if (Status kept = replaced_.keep(copy); !kept) return kept;
-  return replaceCopy(source, copy);
+// What replaces something in an update can be taken back. What this run made itself is no loss.
+Status ItemCopier::put(const std::string& source, const std::string& copy, bool replaces,
+                       std::unique_ptr<StagedCopy> staged) {
+  const auto write = [&] {
+    return replaces ? replaceCopy(source, copy)
+                    : QWFileManager::copyFile(source, copy, 15s, std::move(staged), CopyChecksum::Make);
+  };
+  if (!filesOnly_) return write();
+  const bool isFirst = !copies_.contains(copy);
+  if (isFirst && replaces) kept_[copy] = replaced_.placeFor(copy);
+  const auto kept = kept_.find(copy);
+  const std::string place = kept == kept_.end() ? "" : kept->second;
+  report_.planned(FileAction::Replace, {{.path = copy, .source = source, .place = place}}, item_);
+  if (Status keeping = isFirst && replaces ? replaced_.keep(copy) : Status(); !keeping) return keeping;
+  Status done = write();
+  if (done) report_.noted(FileAction::Replace, copy, item_, place);
+  return done;
 }
 
 // A new backup holds nothing but what this run put there.
@@ -165,10 +176,7 @@ bool ItemCopier::copyAvidFile(const std::string& source) {
   const auto target = targetFor(source);
   if (!target) return false;
   QWLog::appendLog("Copying Avid user %@ to %@", source, target->copy);
-  if (!note(source, target->copy,
-            filesOnly_ ? replace(source, target->copy)
-                       : QWFileManager::copyFile(source, target->copy, 10s, nullptr, CopyChecksum::Make)))
-    return false;
+  if (!note(source, target->copy, put(source, target->copy, isThere(target->copy), nullptr))) return false;
   // Not the copy's path, and normally nobody's: the copy keeps the flag that it has.
   (void)QWFileManager::unlockFile(paths::join(target->folder, source));
   return true;

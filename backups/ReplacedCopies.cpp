@@ -13,9 +13,13 @@ namespace vantory {
 
 using namespace std::chrono_literals;
 
-Status ReplacedCopies::keep(const std::string& path) {
+std::string ReplacedCopies::placeFor(const std::string& path) {
   if (folder_.empty()) folder_ = newFolder();
-  const std::string kept = paths::join(folder_, path.substr(backup_.size()));
+  return paths::join(folder_, path.substr(backup_.size()));
+}
+
+Status ReplacedCopies::keep(const std::string& path) {
+  const std::string kept = placeFor(path);
   if (Status made = QWFileManager::createDirectory(paths::parent(kept)); !made) return made;
   auto copy = QWFileManager::stageCopy({.source = path, .destination = kept, .links = Links::DoNotFollow});
   return copy ? (*copy)->commit(StagedCopy::Existing::Keep) : copy.error();

@@ -14,6 +14,8 @@ class ReplacedCopies {
  public:
   explicit ReplacedCopies(const std::string& backup) : backup_(backup) {}
 
+  // Where the file or folder, which lies in the backup, is kept until all are.
+  std::string placeFor(const std::string& path);
   // Keeps a copy of the file or folder, which lies in the backup, and leaves it as it is.
   Status keep(const std::string& path);
   // Moves what was kept to the Trash, under one name, and says where it is. It stays beside the backup where that

@@ -35,6 +35,8 @@ const char* nameOf(FileAction action) {
       return "putback";
     case FileAction::Create:
       return "create";
+    case FileAction::Replace:
+      return "replace";
     case FileAction::Sync:
       break;
   }
@@ -42,7 +44,7 @@ const char* nameOf(FileAction action) {
 }
 
 std::optional<FileAction> actionNamed(std::string_view name) {
-  for (int number = 0; number <= static_cast<int>(FileAction::Create); ++number)
+  for (int number = 0; number <= static_cast<int>(FileAction::Replace); ++number)
     if (const auto action = static_cast<FileAction>(number); name == nameOf(action)) return action;
   return std::nullopt;
 }
@@ -92,8 +94,8 @@ void TaskReport::planned(FileAction action, const std::vector<std::string>& path
   planned(action, files, item);
 }
 
-void TaskReport::noted(FileAction action, const std::string& path, const std::string& item) {
-  if (record_) record_->done(action, path, item, {});
+void TaskReport::noted(FileAction action, const std::string& path, const std::string& item, const std::string& place) {
+  if (record_) record_->done(action, path, item, place);
 }
 
 void TaskReport::take(TaskReport other) {

@@ -13,7 +13,7 @@
 
 namespace vantory {
 
-enum class FileAction { Trash, Restore, Copy, Lock, Unlock, Move, Remove, Write, List, Sync, PutBack, Create };
+enum class FileAction { Trash, Restore, Copy, Lock, Unlock, Move, Remove, Write, List, Sync, PutBack, Create, Replace };
 
 // As scripts read it, such as "trash".
 const char* nameOf(FileAction action);
@@ -84,7 +84,7 @@ class TaskReport {
   void planned(FileAction action, const std::vector<FilePlan>& files, const std::string& item = {});
   void planned(FileAction action, const std::vector<std::string>& paths, const std::string& item = {});
   // What was done on the way and is nothing to tell a person, for the record alone.
-  void noted(FileAction action, const std::string& path, const std::string& item = {});
+  void noted(FileAction action, const std::string& path, const std::string& item = {}, const std::string& place = {});
   // Hears of everything from now on; outlives the report. Null for nobody.
   void setRecord(TaskRecord* record) { record_ = record; }
 

@@ -1,37 +1,19 @@
 // "--receipts": what tasks did lately.
 
-#include <algorithm>
 #include <ostream>
-#include <set>
 
 #include "base/Json.h"
 #include "base/Text.h"
 #include "base/TextTable.h"
 #include "services/QWLocalPaths.h"
 #include "services/receipts/Receipt.h"
-#include "services/receipts/ReceiptText.h"
 #include "tasks/HomeCheck.h"
 #include "tasks/Question.h"
+#include "tasks/ReceiptTitle.h"
 
 namespace vantory {
 
 namespace {
-
-// Scripts read these words too, so they stay as they are.
-const char* stateOf(const Receipt& receipt) {
-  if (receipt.isRunning) return "running";
-  if (receipt.isUndone) return "undone";
-  if (!receipt.ended) return "killed";
-  return receipt.outcome == receipt::kWhole ? "done" : "in part";
-}
-
-// A file that was replaced is one file, and so is a backup with all that was copied into it.
-std::size_t filesIn(const Receipt& receipt) {
-  std::set<std::string> paths;
-  for (const ReceiptStep& step : receipt.steps)
-    if (step.isDone && step.action != FileAction::Create) paths.insert(step.path);
-  return paths.size();
-}
 
 std::string taskOf(const Receipt& receipt) {
   std::string words = receipt.task;

@@ -19,14 +19,6 @@ int refuse(const CommandContext& context, const std::string& reason) {
   return context.refuse({.text = "Vantory: " + reason, .title = "Vantory", .description = reason, .console = reason});
 }
 
-// The newest that was not taken back, and took nothing back itself: that is done again by its name only.
-const Receipt* newestIn(const std::vector<Receipt>& receipts) {
-  const auto found = std::ranges::find_if(receipts, [](const Receipt& receipt) {
-    return !receipt.isUndone && !receipt.isRunning && receipt.undoes.empty();
-  });
-  return found == receipts.end() ? nullptr : &*found;
-}
-
 std::string faultOf(const std::string& name, const std::vector<Receipt>& receipts) {
   std::vector<std::string> names;
   for (const Receipt& receipt : receipts) names.push_back(receipt.name);
@@ -42,7 +34,7 @@ int undoCommand(const CommandContext& context) {
   if (count > 0 && asksForNotifications(*context.operand(count))) --count;
   if (count > 1) return refuse(context, formatted("\"%@\" is one operand too many.", *context.operand(2)));
   const std::vector<Receipt> receipts = allReceipts();
-  const Receipt* receipt = newestIn(receipts);
+  const Receipt* receipt = newestToUndo(receipts);
   if (count == 1) {
     const std::string name = *context.operand(1);
     const auto named = std::ranges::find(receipts, name, &Receipt::name);

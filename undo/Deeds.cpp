@@ -12,15 +12,23 @@ namespace vantory {
 
 namespace {
 
+// What comes from the Trash leaves nothing behind.
+bool isFrom(const ReceiptStep& step, const FileTraits& present) {
+  const auto source = traitsOf(step.source);
+  return source ? isCopyOf(present, *source) : step.action == FileAction::PutBack;
+}
+
 // Looks what became of the steps that nothing is known of.
 class Inspection {
  public:
-  explicit Inspection(const Receipt& receipt) : dates_(trashDates(receipt.begun, receipt.ended)) {
-    for (const ReceiptStep& step : receipt.steps) {
-      if (!step.isDone || step.action != FileAction::Trash) continue;
-      trash_.leaveOut(step.place);
-      trashed_.insert(step.path);
-    }
+  Inspection(const Receipt& receipt, const std::vector<Receipt>& all)
+      : begun_(receipt.begun), dates_(trashDates(receipt.begun, receipt.ended)) {
+    for (const Receipt& each : all)
+      for (const ReceiptStep& step : each.steps) {
+        if (!step.isDone || step.action != FileAction::Trash) continue;
+        trash_.leaveOut(step.place);
+        if (each.name == receipt.name) trashed_.insert(step.path);
+      }
   }
 
   // Adds what was done of it.
@@ -29,7 +37,9 @@ class Inspection {
  private:
   bool lookForTrashed(const ReceiptStep& step, std::vector<ReceiptStep>& deeds);
   void lookForCopy(ReceiptStep step, std::vector<ReceiptStep>& deeds);
+  static void lookForReplacement(ReceiptStep step, std::vector<ReceiptStep>& deeds);
 
+  const Timestamp begun_;
   const TrashDates dates_;
   TrashContents trash_;
   std::set<std::string> trashed_;  // what is known to have been
@@ -54,6 +64,9 @@ void Inspection::look(ReceiptStep step, std::vector<ReceiptStep>& deeds) {
       if (!QWFileManager::isDirectoryAtPath(step.path) || !QWFileManager::isFolderEmpty(step.path)) break;
       step.traits = traitsOf(step.path);
       deeds.push_back(std::move(step));
+      break;
+    case FileAction::Replace:
+      lookForReplacement(std::move(step), deeds);
       break;
     case FileAction::Move:
       if (!QWFileManager::isMissingAtPath(step.path) || !QWFileManager::itemExistsAtPath(step.place)) break;
@@ -81,11 +94,14 @@ void Inspection::lookForCopy(ReceiptStep step, std::vector<ReceiptStep>& deeds) 
   if (step.wasThere && !trashed_.contains(step.path) && !lookForTrashed(step, deeds)) return;
   const auto present = traitsOf(step.path);
   if (!present) return;
-  const auto source = traitsOf(step.source);
-  const bool isSource = source ? isCopyOf(*present, *source) : step.action == FileAction::PutBack;
-  if (!isSource) return;
+  if (step.source.empty() ? present->modified < begun_ : !isFrom(step, *present)) return;
   step.traits = present;
   deeds.push_back(std::move(step));
+}
+
+void Inspection::lookForReplacement(ReceiptStep step, std::vector<ReceiptStep>& deeds) {
+  step.traits = traitsOf(step.path);
+  if (step.traits && isFrom(step, *step.traits)) deeds.push_back(std::move(step));
 }
 
 // What taking it back does.
@@ -99,6 +115,8 @@ FileAction inverseOf(FileAction action) {
       return FileAction::Lock;
     case FileAction::Move:
       return FileAction::Move;
+    case FileAction::Replace:
+      return FileAction::Replace;
     default:
       return FileAction::Trash;
   }
@@ -106,9 +124,9 @@ FileAction inverseOf(FileAction action) {
 
 }  // namespace
 
-std::vector<ReceiptStep> deedsOf(const Receipt& receipt) {
+std::vector<ReceiptStep> deedsOf(const Receipt& receipt, const std::vector<Receipt>& all) {
   std::vector<ReceiptStep> deeds;
-  Inspection inspection(receipt);
+  Inspection inspection(receipt, all);
   for (const ReceiptStep& step : receipt.steps) {
     if (step.isDone)
       deeds.push_back(step);
@@ -123,8 +141,8 @@ std::vector<ReceiptStep> deedsLeftOf(const Receipt& receipt, const std::vector<R
   std::multiset<std::pair<FileAction, std::string>> takenBack;
   for (const Receipt& other : all)
     if (other.undoes == receipt.name && !other.isUndone)
-      for (const ReceiptStep& deed : deedsOf(other)) takenBack.emplace(deed.action, deed.path);
-  std::vector<ReceiptStep> deeds = deedsOf(receipt);
+      for (const ReceiptStep& deed : deedsOf(other, all)) takenBack.emplace(deed.action, deed.path);
+  std::vector<ReceiptStep> deeds = deedsOf(receipt, all);
   std::vector<ReceiptStep> left;
   for (auto deed = deeds.rbegin(); deed != deeds.rend(); ++deed) {
     const auto found =

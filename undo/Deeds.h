@@ -8,8 +8,8 @@
 namespace vantory {
 
 // The steps of the task in its order, each of them done. Of one that was killed, or could not write its receipt to the
-// end, the disk tells how far it came.
-std::vector<ReceiptStep> deedsOf(const Receipt& receipt);
+// end, the disk tells how far it came, but for what any of the other receipts claims.
+std::vector<ReceiptStep> deedsOf(const Receipt& receipt, const std::vector<Receipt>& all);
 
 // The same without what later tasks took back already.
 std::vector<ReceiptStep> deedsLeftOf(const Receipt& receipt, const std::vector<Receipt>& all);

@@ -5,6 +5,8 @@
 #include <chrono>
 #include <map>
 
+#include "backups/BackupNaming.h"
+#include "backups/HeldFiles.h"
 #include "backups/LibraryHold.h"
 #include "backups/QWDataController.h"
 #include "base/Format.h"
@@ -14,6 +16,7 @@
 #include "services/Runtime.h"
 #include "services/files/QWFileManager.h"
 #include "services/log/QWLog.h"
+#include "services/receipts/TaskReceipt.h"
 #include "undo/Deeds.h"
 #include "undo/TrashContents.h"
 
@@ -40,6 +43,18 @@ bool holdsItem(const QWApp& app, const std::set<std::string>& keys) {
   });
 }
 
+// The backup that holds the path.
+std::string backupOf(std::string path) {
+  while (path.size() > 1 && !isBackupName(path)) path = paths::parent(path);
+  return path;
+}
+
+// Another Trash than the user's own names folders by where links lead.
+bool isSamePlace(const std::string& path, const std::string& other) {
+  return path == other || (paths::lastComponent(path) == paths::lastComponent(other) &&
+                           QWFileManager::isSameItem(paths::parent(path), paths::parent(other)));
+}
+
 bool isLock(FileAction action) {
   return action == FileAction::Lock || action == FileAction::Unlock;
 }
@@ -56,7 +71,6 @@ UndoRun::UndoRun(const Receipt& receipt, const std::vector<Receipt>& all, TaskRe
 void UndoRun::run() {
   Deeds deeds = deedsLeftOf(receipt_, all_);
   if (!makeWay(deeds)) return;
-  plan(deeds);
   std::unique_ptr<FolderHold> hold;
   const auto library = QWDataController::vantoryBackupLocation();
   touchesLibrary_ = library && std::ranges::any_of(deeds, [&](const ReceiptStep& deed) {
@@ -68,12 +82,16 @@ void UndoRun::run() {
       return report_.failed(FileAction::List, *library, held.error());
     if (held) hold = std::move(*held);
   }
+  findReplacedCopies(deeds);
+  plan(deeds);
   for (std::size_t left = deeds.size(); left > 0;) {
     if (isLock(deeds[left - 1].action))
       left = takeBackLocks(deeds, left - 1);
     else
       takeBack(deeds[--left]);
   }
+  for (auto& [backup, copies] : replaced_) copies.moveToTrash(report_);
+  for (const std::string& backup : noted_) noteHeldFiles(backup);
   hold.reset();
   makeDurable();
   applications_.relaunch();
@@ -101,7 +119,8 @@ void UndoRun::plan(const Deeds& deeds) {
   for (auto deed = deeds.rbegin(); deed != deeds.rend(); ++deed) {
     switch (deed->action) {
       case FileAction::Trash:
-        plans[FileAction::PutBack].push_back({.path = deed->path, .source = deed->place});
+        if (!trashedFolders_.contains(deed->path))
+          plans[FileAction::PutBack].push_back({.path = deed->path, .source = deed->place});
         break;
       case FileAction::Restore:
       case FileAction::PutBack:
@@ -113,6 +132,9 @@ void UndoRun::plan(const Deeds& deeds) {
         break;
       case FileAction::Unlock:
         plans[FileAction::Lock].push_back({.path = deed->path});
+        break;
+      case FileAction::Replace:
+        if (deed->place.empty()) plans[FileAction::Trash].push_back({.path = deed->path});
         break;
       case FileAction::Move:
         plans[FileAction::Move].push_back({.path = deed->place, .place = deed->path});
@@ -135,7 +157,7 @@ bool UndoRun::isAllowed(const std::string& path) const {
 // Told in the log, and to the person.
 void UndoRun::refuse(FileAction action, const std::string& path, std::string reason, const ReceiptStep& deed) {
   QWLog::appendLog("%@", reason);
-  report_.failed(action, path, {std::errc::invalid_argument, std::move(reason)}, deed.item);
+  report_.failed(action, path, {kNeverAgain, std::move(reason)}, deed.item);
 }
 
 void UndoRun::takeBack(const ReceiptStep& deed) {
@@ -148,6 +170,8 @@ void UndoRun::takeBack(const ReceiptStep& deed) {
     case FileAction::PutBack:
     case FileAction::Create:
       return trashWhatWasPut(deed);
+    case FileAction::Replace:
+      return replaceBack(deed);
     case FileAction::Move:
       return moveBack(deed);
     case FileAction::Remove:
@@ -159,10 +183,13 @@ void UndoRun::takeBack(const ReceiptStep& deed) {
 
 // The note tells whether it is the same: another may lie under its name since the Trash was emptied.
 void UndoRun::putBack(const ReceiptStep& deed) {
-  if (staying_.contains(deed.path)) return;  // which is told
+  if (staying_.contains(deed.path) || trashedFolders_.contains(deed.path)) return;  // told, or taken from it
   const auto item = trashedItemAt(deed.place);
-  const bool isIt = item && trashDates(receipt_.begun, receipt_.ended).hold(item->date) &&
-                    paths::lastComponent(item->path) == paths::lastComponent(deed.path);
+  const bool isIt =
+      item && trashDates(receipt_.begun, receipt_.ended).hold(item->date) && isSamePlace(item->path, deed.path);
+  // One that cannot be read now may be another time.
+  if (const auto note = files().read(trashNotePath(deed.place)); !isIt && !note && !meansMissing(note.error()))
+    return report_.failed(FileAction::PutBack, deed.path, note.error(), deed.item);
   if (!isIt) return refuse(FileAction::PutBack, deed.path, deed.path + " is no longer in the Trash.", deed);
   if (!QWFileManager::isMissingAtPath(deed.path))
     return refuse(
@@ -206,6 +233,49 @@ void UndoRun::trashWhatWasPut(const ReceiptStep& deed) {
   if (!place) return report_.failed(FileAction::Trash, deed.path, place.error(), deed.item);
   report_.done(FileAction::Trash, deed.path, deed.item, *place);
   changedAnything_ = true;
+}
+
+// An update's earlier copies lie together in the Trash, or in the library where it was killed: then they go there now.
+void UndoRun::findReplacedCopies(const Deeds& deeds) {
+  std::set<std::string> folders;
+  for (const ReceiptStep& deed : deeds) {
+    if (deed.action != FileAction::Replace || deed.place.empty() || !isAllowed(deed.place)) continue;
+    const std::size_t below = deed.path.size() - backupOf(deed.path).size();
+    folders.insert(deed.place.substr(0, deed.place.size() - std::min(below, deed.place.size())));
+  }
+  for (const ReceiptStep& deed : deeds)
+    if (deed.action == FileAction::Trash && folders.erase(deed.path) > 0) trashedFolders_[deed.path] = deed.place;
+  for (const std::string& folder : folders) {
+    if (!isAllowed(folder) || QWFileManager::isMissingAtPath(folder)) continue;
+    report_.planned(FileAction::Trash, std::vector{folder});
+    const auto place = QWFileManager::trashFile(folder, 10s, report_);
+    report_.add(FileAction::Trash, folder, place.status(), {}, place ? *place : "");
+    if (place) trashedFolders_[folder] = *place;
+  }
+}
+
+// As an update does it: the present copy is kept for the Trash, and replaced in one step by a copy of the earlier one.
+void UndoRun::replaceBack(const ReceiptStep& deed) {
+  const std::string backup = backupOf(deed.path);
+  const auto [known, isNew] = replaced_.try_emplace(backup, backup);
+  ReplacedCopies& copies = known->second;
+  if (isNew && takeNoteOfHeldFiles(backup)) noted_.push_back(backup);
+  if (deed.place.empty()) return trashWhatWasPut(deed);
+  std::string earlier = deed.place;
+  for (const auto& [folder, place] : trashedFolders_)
+    if (paths::isWithin(earlier, folder)) earlier = place + earlier.substr(folder.size());
+  if (!isUnchanged(deed, receipt_))
+    return refuse(FileAction::Copy, deed.path, deed.path + " has changed since, and stays as it is.", deed);
+  const std::string kept = copies.placeFor(deed.path);
+  report_.planned(FileAction::Replace, {{.path = deed.path, .source = earlier, .place = kept}}, deed.item);
+  QWLog::appendLog("Copying %@ to %@", earlier, deed.path);
+  auto copy = files().stageCopy({.source = earlier, .destination = deed.path, .links = Links::DoNotFollow});
+  Status done = copy ? copies.keep(deed.path) : copy.status();
+  if (done) done = (*copy)->commit(StagedCopy::Existing::Replace);
+  if (!done) QWLog::appendLog("%@", done.error().text);
+  report_.add(FileAction::Copy, earlier, done, deed.item, deed.path);
+  if (done) report_.noted(FileAction::Replace, deed.path, deed.item, kept);
+  changedAnything_ |= done.ok();
 }
 
 void UndoRun::moveBack(const ReceiptStep& deed) {

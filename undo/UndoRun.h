@@ -1,12 +1,14 @@
 // Takes a task back, by its receipt.
 #pragma once
 
+#include <map>
 #include <memory>
 #include <set>
 #include <string>
 #include <vector>
 
 #include "backups/ClosedApplications.h"
+#include "backups/ReplacedCopies.h"
 #include "services/receipts/Receipt.h"
 
 namespace vantory {
@@ -35,6 +37,8 @@ class UndoRun {
   void moveBack(const ReceiptStep& deed);
   void setLocks(FileAction deed, const std::vector<const ReceiptStep*>& deeds);
   std::size_t takeBackLocks(const Deeds& deeds, std::size_t last);
+  void findReplacedCopies(const Deeds& deeds);
+  void replaceBack(const ReceiptStep& deed);
   void makeDurable();
   void refuse(FileAction action, const std::string& path, std::string reason, const ReceiptStep& deed);
   bool isAllowed(const std::string& path) const;
@@ -44,7 +48,10 @@ class UndoRun {
   TaskReport& report_;
   std::vector<std::string> roots_;  // where alone anything is done
   ClosedApplications applications_;
-  std::set<std::string> staying_;  // changed since
+  std::map<std::string, std::string> trashedFolders_;  // of replaced copies, and where each lies now
+  std::map<std::string, ReplacedCopies> replaced_;     // of each backup
+  std::vector<std::string> noted_;                     // backups that are to be noted what they hold
+  std::set<std::string> staying_;                      // changed since
   bool touchesLibrary_ = false;
   bool changedAnything_ = false;
 };

@@ -38,6 +38,8 @@ const char* eventOf(const FileReport& file) {
       return "not read";
     case FileAction::PutBack:
       return "not put back";
+    case FileAction::Replace:
+      return "not replaced";
     case FileAction::Create:
       return "not made";
     case FileAction::Sync:

@@ -13,10 +13,12 @@
 #include "base/Format.h"
 #include "base/Paths.h"
 #include "services/QWLocalPaths.h"
+#include "services/TaskReport.h"
 #include "services/files/QWAuthorization.h"
 #include "services/files/QWFileManager.h"
 #include "services/log/QWLog.h"
 #include "services/messages/QWAlert.h"
+#include "services/receipts/TaskReceipt.h"
 #include "services/threads/MainThread.h"
 
 namespace vantory {
@@ -69,16 +71,20 @@ bool askToReplace(const std::string& name, const std::string& target) {
 
 // Nothing to do for a new backup, and for one that keeps its name. What bears the new name goes to the Trash. A backup
 // that cannot be renamed is written under its old name.
-void rename(QWBackup& backup, const std::string& name, const std::string& target) {
+void rename(QWBackup& backup, const std::string& name, const std::string& target, TaskReport& report) {
   if (backup.name() == name) return;
   QWLog::appendLog("Backup is being renamed from %@ to %@", backup.name(), name);
   if (QWFileManager::itemExistsAtPath(target)) {
-    const auto place = QWFileManager::trashFile(target, 10s);
+    report.planned(FileAction::Trash, std::vector{target});
+    const auto place = QWFileManager::trashFile(target, 10s, report);
+    report.add(FileAction::Trash, target, place.status(), {}, place ? *place : "");
     if (!place) return reportFailure("Unable to rename the backup", place.error().text);
     QWLog::appendLog("What was %@ is in the Trash now: %@", target, *place);
   }
-  if (const Status moved = QWFileManager::moveFile(backup.path(), target, 10s); !moved)
-    return reportFailure("Unable to rename the backup", moved.error().text);
+  report.planned(FileAction::Move, {{.path = backup.path(), .place = target}});
+  const Status moved = QWFileManager::moveFile(backup.path(), target, 10s, report);
+  report.add(FileAction::Move, backup.path(), moved, {}, target);
+  if (!moved) return reportFailure("Unable to rename the backup", moved.error().text);
   MainThread::shared().runAndWait([&] {
     backup.setName(name);
     backup.setPath(target);
@@ -126,7 +132,10 @@ void QWBackupEditController::backup() {
     QWAuthorization::sharedController().beginTask();
     // Not earlier: the task before may have been writing the same record.
     MainThread::shared().runAndWait([&] { written->setProjects(projects); });
-    rename(*written, name, target);
+    TaskReport report;
+    TaskReceipt receipt(report, {.name = "rename", .operands = {written->name(), name}});
+    rename(*written, name, target, report);
+    receipt.end();
     writer.writeBackupOnThread(written);
   });
 }

@@ -14,6 +14,7 @@
 #include "services/TaskReport.h"
 #include "services/log/QWLog.h"
 #include "services/messages/QWAlert.h"
+#include "services/receipts/TaskReceipt.h"
 #include "services/threads/MainThread.h"
 
 namespace vantory {
@@ -63,6 +64,7 @@ void QWBackupOutlineController::writeBackupOnThread(const std::shared_ptr<QWBack
 bool QWBackupOutlineController::writeOnce(const std::shared_ptr<QWBackup>& backup) {
   QWLog::appendLog("Writing backup...");
   TaskReport report;
+  const TaskReceipt receipt(report, {.name = "backup", .operands = {backup->name()}});
   bool again = false;
   switch (backup->writeData(report)) {
     case WriteResult::NoFiles:

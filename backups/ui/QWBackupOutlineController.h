@@ -14,6 +14,7 @@ class Button;
 class PaneSwitcher;
 class QWBackup;
 class QWRestoreOutlineController;
+class TaskReport;
 
 // Main thread, but for writeBackupOnThread(). What it is given outlives it.
 class QWBackupOutlineController : public SurveyedRows, public OutlineActions {

@@ -16,6 +16,7 @@
 #include "services/files/QWFileManager.h"
 #include "services/log/QWLog.h"
 #include "services/messages/QWAlert.h"
+#include "services/receipts/TaskReceipt.h"
 #include "services/threads/MainThread.h"
 
 namespace vantory {
@@ -104,7 +105,9 @@ bool QWRestoreOutlineController::restoreOnce(QWBackup& backup) {
   TaskReport report;
   QWBackup::writeAutoBackup(report);
   QWLog::appendLog("Restoring backup...");
+  TaskReceipt receipt(report, {.name = "restore", .operands = {backup.path()}});
   backup.restore(report);
+  receipt.end();
   mainThread.runAndWait([this] { parts_.spinner.stopAnimation(); });
   QWLog::appendLog("Preferences restored");
   if (const auto again = reportIncompleteRestore(report, Retry::Offered)) return *again;
@@ -137,6 +140,7 @@ void QWRestoreOutlineController::unlinkProjects() {
     MainThread::shared().runAndWait([&] { backup->setProjects({}); });
     const auto write = [&] {
       TaskReport report;
+      const TaskReceipt receipt(report, {.name = "backup", .operands = {backup->name()}});
       return backup->writeData(report) == WriteResult::Success || !reportFailedWriting(*backup, report);
     };
     while (!write()) {
@@ -160,7 +164,9 @@ bool QWRestoreOutlineController::updateOnce(QWBackup& backup) {
   MainThread& mainThread = MainThread::shared();
   mainThread.runAndWait([this] { parts_.spinner.startAnimation(); });
   TaskReport report;
+  TaskReceipt receipt(report, {.name = "update", .operands = {backup.name()}});
   const WriteResult written = backup.writeData(report, true);
+  receipt.end();
   mainThread.runAndWait([this] { parts_.spinner.stopAnimation(); });
   if (written != WriteResult::Success || !report.isWhole())
     return reportResult("Unable to update files", "An error occurred when updating files for this backup.", report);
@@ -177,6 +183,7 @@ void QWRestoreOutlineController::rename(const std::shared_ptr<QWBackup>& backup,
   runOnThread([this, backup, name, cleaned] {
     const auto renamed = recordInLibrary(backup);
     TaskReport report;
+    const TaskReceipt receipt(report, {.name = "rename", .operands = {renamed->name(), cleaned}});
     const auto path = QWDataController::renameBackup(*renamed, cleaned, report);
     if (!path) return reportFailure("Unable to rename the backup", path.error().text);
     const std::string kept = backupName(*path);
@@ -209,6 +216,7 @@ bool QWRestoreOutlineController::keyUp(OutlineKey key) {
   runOnThread([this, backup] {
     const auto removed = recordInLibrary(backup);
     TaskReport report;
+    const TaskReceipt receipt(report, {.name = "remove", .operands = {removed->name()}});
     const auto trashed = QWDataController::sharedController().removeBackup(removed, report);
     reload();
     if (!trashed) reportFailedRemoval(trashed.error());

@@ -29,7 +29,7 @@ std::optional<FileTraits> traitsOf(const std::string& path) {
   if (paths::extension(path) == kBackupExtension)
     if (const auto settings = look(paths::join(path, kBackupSettings))) {
       traits.size = settings->size;
-      traits.modified = std::max(traits.modified, settings->modified);
+      traits.modified = settings->modified;
       return traits;
     }
   walkFolder(path, Detail::Names, Links::DoNotFollow, [&](const std::string& below, const DirectoryEntry&) {

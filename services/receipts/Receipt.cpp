@@ -116,13 +116,14 @@ void readEntry(const PropertyListDictionary& entry, Receipt& receipt) {
 }
 
 // Of what was planned only that remains which nothing says was done, and nothing at all of a task that has ended. One
-// file may be restored twice; a folder that was made is noted again when it is full.
+// file may be restored twice; a folder that was made is noted again when it is full, a copy when it is made anew.
 void dropOvertaken(Receipt& receipt) {
   std::set<std::pair<FileAction, std::string>> done;
   std::vector<ReceiptStep> kept;
   for (auto step = receipt.steps.rbegin(); step != receipt.steps.rend(); ++step) {
     const bool isKnown = !done.emplace(step->action, step->path).second;
-    const bool isOvertaken = isKnown && (!step->isDone || step->action == FileAction::Create);
+    const bool isOnce = step->action == FileAction::Create || step->action == FileAction::Replace;
+    const bool isOvertaken = isKnown && (!step->isDone || isOnce);
     if (!isOvertaken && (step->isDone || !receipt.ended)) kept.push_back(std::move(*step));
   }
   std::ranges::reverse(kept);
@@ -184,6 +185,13 @@ std::vector<Receipt> allReceipts() {
     receipts.push_back(std::move(*receipt));
   }
   return receipts;
+}
+
+const Receipt* newestToUndo(const std::vector<Receipt>& receipts) {
+  const auto found = std::ranges::find_if(receipts, [](const Receipt& receipt) {
+    return !receipt.isUndone && !receipt.isRunning && receipt.undoes.empty();
+  });
+  return found == receipts.end() ? nullptr : &*found;
 }
 
 }  // namespace vantory

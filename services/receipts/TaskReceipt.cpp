@@ -10,6 +10,7 @@
 #include "platform/FileSystem.h"
 #include "services/Runtime.h"
 #include "services/log/QWLog.h"
+#include "services/messages/NotificationCenter.h"
 #include "services/receipts/FileTraits.h"
 #include "services/receipts/ReceiptFolder.h"
 #include "services/receipts/ReceiptText.h"
@@ -29,7 +30,7 @@ FileSystem& files() {
 // Puts something there that it must be possible to know again.
 bool leavesSomething(FileAction action) {
   return action == FileAction::Restore || action == FileAction::PutBack || action == FileAction::Create ||
-         action == FileAction::Move;
+         action == FileAction::Move || action == FileAction::Replace;
 }
 
 void append(std::string& line, const std::optional<FileTraits>& traits) {
@@ -114,8 +115,11 @@ void TaskReceipt::end() {
   const bool isInPart = !report_.isWhole();
   pending_ += "{ ";
   receipt::append(pending_, receipt::kEnded, receipt::momentText(Runtime::current().platform().clock.now()));
-  // One that passed an application over may be tried again.
-  const bool isBrokenOff = report_.isCancelled() || !report_.passedOver().empty();
+  // What passed an application over, or could not take something back that it might another time, is tried again.
+  const bool isUnfinishedUndo = !undoes_.empty() && std::ranges::any_of(report_.files(), [](const FileReport& file) {
+    return file.outcome == FileReport::Outcome::Failed && file.cause->code != kNeverAgain;
+  });
+  const bool isBrokenOff = report_.isCancelled() || !report_.passedOver().empty() || isUnfinishedUndo;
   receipt::append(pending_, receipt::kOutcome,
                   isBrokenOff ? receipt::kBrokenOff
                   : isInPart  ? receipt::kInPart
@@ -123,6 +127,7 @@ void TaskReceipt::end() {
   pending_ += "}\n)\n";
   flush();
   hold_.reset();
+  NotificationCenter::shared().postOnMainThreadLater(kReceiptsRefresh, {});
   if (!failure_) return;
   QWLog::appendLog("The receipt of this task could not be written: %@", failure_->text);
   report_.remark(

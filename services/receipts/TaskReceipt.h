@@ -15,6 +15,12 @@ namespace vantory {
 class AppendFile;
 class FolderHold;
 
+// Posted on the main thread when a task has ended that left a receipt.
+inline constexpr const char* kReceiptsRefresh = "QWVantoryReceiptsRefresh";
+
+// The code of what cannot be taken back now or later.
+inline constexpr std::errc kNeverAgain = std::errc::state_not_recoverable;
+
 // A file below the user's Application Support folder, begun before the first change of the task and ended with it. What
 // is about to be done is in the file before it is done; what was done is there by the next such moment. Lines are left
 // to the system to be put on disk: they survive the process, not the machine. Belongs to the thread of its report.

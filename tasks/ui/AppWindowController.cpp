@@ -13,6 +13,7 @@
 #include "services/log/QWLog.h"
 #include "services/messages/NotificationCenter.h"
 #include "services/messages/QWGrowl.h"
+#include "services/receipts/TaskReceipt.h"
 #include "services/threads/BackgroundThreads.h"
 #include "services/threads/MainThread.h"
 #include "settings/QWBugReporter.h"
@@ -62,6 +63,7 @@ void AppWindowController::makeFirstBackup() {
   for (const auto& app : QWDataController::sharedController().appArray())
     backup->addApp(app->copyWithItems([](const QWPrefItem& item) { return item.copy(); }));
   TaskReport report;
+  const TaskReceipt receipt(report, {.name = "backup", .operands = {*name}});
   const bool written = backup->writeData(report) == WriteResult::Success;
   if (!written) backup->dropUnwritten(report);
   if (report.hasFailures())

@@ -11,6 +11,7 @@
 #include "services/files/QWAuthorization.h"
 #include "services/log/QWLog.h"
 #include "services/messages/QWAlert.h"
+#include "services/receipts/TaskReceipt.h"
 #include "services/threads/BackgroundThreads.h"
 #include "services/threads/MainThread.h"
 #include "tasks/TrashRun.h"
@@ -107,9 +108,12 @@ bool AppWindowController::trashPreferences() {
     progressController_.setProgress(0);
     progressController_.updateLabel("Trashing preferences...");
   });
+  TaskReceipt receipt(report, {.name = "trash"});
   TrashProgress progress(progressController_);
   TrashRun run(report, progress);
-  if (run.run(stepsFor(apps))) return finishTrash(run, report);
+  const bool isThrough = run.run(stepsFor(apps));
+  receipt.end();
+  if (isThrough) return finishTrash(run, report);
   onMainThread([this] { parts_.trashSpinner.stopAnimation(); });
   return false;
 }

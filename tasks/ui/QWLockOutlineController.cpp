@@ -9,6 +9,7 @@
 #include "backups/ui/FailureReport.h"
 #include "services/TaskReport.h"
 #include "services/files/QWAuthorization.h"
+#include "services/receipts/TaskReceipt.h"
 #include "services/threads/MainThread.h"
 
 namespace vantory {
@@ -124,7 +125,9 @@ void QWLockOutlineController::setObjectValue(const ObjectValue& value, const std
     const auto lockOnce = [&] {
       QWAuthorization::sharedController().beginTask();
       TaskReport report;
+      TaskReceipt receipt(report, {.name = state == On ? "lock" : "unlock"});
       lock(byItem, state, report);
+      receipt.end();
       if (const auto app = applicationOfRow(byItem)) workOutLockStates(*app);
       MainThread::shared().runAndWait([&] { outline_.reloadItem(shown, true); });
       return report.isWhole() || !tellFailure(state, report);

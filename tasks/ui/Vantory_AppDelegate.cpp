@@ -19,6 +19,7 @@
 #include "services/files/QWAuthorization.h"
 #include "services/log/QWLog.h"
 #include "services/messages/QWAlert.h"
+#include "services/receipts/TaskReceipt.h"
 #include "services/settings/QWUserDefaults.h"
 #include "services/settings/SettingsKeys.h"
 #include "services/threads/BackgroundThreads.h"
@@ -63,7 +64,9 @@ void tellOfImport(const std::string& path, bool restored, const TaskReport& repo
 
 void import(const std::string& path) {
   TaskReport report;
+  TaskReceipt receipt(report, {.name = "import", .operands = {path}});
   const bool restored = QWDataController::sharedController().addBackupFromFile(path, report);
+  receipt.end();
   // The pane's spinner does not turn while this is on the screen.
   BackgroundThreads::shared().start([=] { tellOfImport(path, restored, report); });
 }

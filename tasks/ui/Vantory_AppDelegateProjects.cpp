@@ -16,6 +16,7 @@
 #include "services/log/QWException.h"
 #include "services/log/QWLog.h"
 #include "services/messages/QWGrowl.h"
+#include "services/receipts/TaskReceipt.h"
 #include "services/settings/QWUserDefaults.h"
 #include "services/settings/SettingsKeys.h"
 #include "services/threads/BackgroundThreads.h"
@@ -90,7 +91,9 @@ bool Vantory_AppDelegate::restoreBackupLinkedTo(const std::string& project) {
   QWAuthorization::sharedController().beginTask();
   QWGrowl::postGrowlNotification("Restoring preferences...", "");
   TaskReport report;
+  TaskReceipt receipt(report, {.name = "restore", .operands = {backup->path()}});
   backup->restore(report);
+  receipt.end();
   reportIncompleteRestore(report);
   return true;
 }

@@ -6,7 +6,8 @@ usage: fault_loop.py PROGRAM DRIVER [--every N] [TASK...]
 For each file-changing system call of the task, one run is killed on entry of that call and one run for each error gets
 that error from it. After each run every preference file must be whole, in its place or in the Trash, or still be in
 the backup it comes from; after the same task is then run once more without a fault it must have succeeded and have
-left no unfinished work. With --every N only each N-th call is tried. DRIVER is services_driver, for what only the window
+left no unfinished work. A task that was killed is also taken back, after which every preference file must be what
+it was before; that is killed as well. With --every N only each N-th call is tried. DRIVER is services_driver, for what only the window
 does. The task "lock" needs root, the user vanna with a home that can be made, and the lock helper with its capability
 beside the program."""
 import argparse
@@ -31,6 +32,7 @@ LIBRARY = 'Library/Application Support/Quarrywell/Vantory/Backups'
 AUTOMATIC = [f'Autosaves/Auto Backup 2026-01-0{day}_00_00_00.vnt' for day in (1, 2, 3)]
 PREFERENCES = 'Library/Preferences'
 COMMAND_SETS = 'Library/Application Support/Motion/Command Sets'
+UNDONE = ('backup', 'replace', 'trash', 'restore', 'update')
 FILES = {
     f'{PREFERENCES}/com.apple.FinalCutPro.plist': b'old plist ' * 500,
     f'{PREFERENCES}/Final Cut Pro User Data/Final Cut Pro 7.0 Prefs.fcset': b'old prefs ' * 900,
@@ -84,7 +86,17 @@ class Bench:
             'move': [driver, 'move-library', self.library, other],
             'prune': [driver, 'prune'],
             'lock': [program, '-lock'],
+            'undo-trash': [program, '--undo'],
+            'undo-restore': [program, '--undo'],
+            'undo-update': [program, '--undo'],
         }[task]
+        # What an undo takes back is done anew each time: a copied home has other files.
+        self.undoing = [program, '--undo']
+        self.first = {
+            'undo-trash': [program, '-trash', '-allfiles'],
+            'undo-restore': [program, '-restore', self.backup],
+            'undo-update': [program, '--update', 'Old'],
+        }.get(task)
         user = pwd.getpwnam('vanna').pw_uid if task == 'lock' else os.getuid()
         self.user = ['setpriv', f'--reuid={user}', f'--regid={user}', '--clear-groups'] if task == 'lock' else []
         self.new = {name: content.replace(b'old', b'new').replace(b'bar', b'BAR') for name, content in FILES.items()}
@@ -113,6 +125,8 @@ class Bench:
         self.clear()
         os.mkdir(self.other)
         subprocess.run(['cp', '-a', self.template, self.home], check=True)
+        if self.first:
+            assert self.run(self.first) == 0
 
     def run(self, command=None, prefix=()):
         # The leak check of a sanitized build cannot work while strace holds the process.
@@ -127,7 +141,17 @@ class Bench:
         first = self.run(prefix=['strace', '-f', '-qq', '-o', '/dev/null', '-e', 'trace=' + CALLS,
                          '-e', f'inject={call}:{fault}:when={number}'])
         wrong = self.wrong(finished=False)
+        if not wrong and self.task in UNDONE and fault == 'signal=SIGKILL':
+            # Where the receipt was not begun there was no change either.
+            self.run(self.undoing)
+            wrong = self.wrong(finished=False) or self.wrong_undone()
+            self.reset()
+            self.run(prefix=['strace', '-f', '-qq', '-o', '/dev/null', '-e', 'trace=' + CALLS,
+                             '-e', f'inject={call}:{fault}:when={number}'])
         again = 0 if wrong else self.run()
+        # Of an undo that was killed when it was through nothing is left to take back.
+        if self.first and again == 1:
+            again = 0
         # Of a backup that was copied but not yet removed when the process was killed there are two.
         if self.task == 'move' and first != 0:
             again = 0
@@ -147,10 +171,19 @@ class Bench:
                 return f'{name} is lost'
             if finished and self.task == 'restore' and here != FILES[name]:
                 return f'{name} was not restored'
+            if finished and self.first and here != content:
+                return f'{name} did not come back'
             # The item of the button bars is the folder, which is locked without what it holds.
             if finished and self.task == 'lock' and 'Button Bars' not in name and not is_locked(os.path.join(self.home, name)):
                 return f'{name} was not locked'
         return self.wrong_library(finished) or (finished and self.leftovers())
+
+    def wrong_undone(self):
+        for name, content in self.new.items():
+            place = os.path.join(self.home, name)
+            if not os.path.exists(place) or read(place) != content:
+                return f'{name} did not come back'
+        return None
 
     def wrong_library(self, finished):
         """Whatever bears a final name in a backup is whole, and what the backups held is in its place or in the Trash."""
@@ -170,7 +203,7 @@ class Bench:
                 return f'{backup} passes for complete'
             whole[found == FILES and 'old', found == self.new and 'new'].append(os.path.relpath(backup, self.home))
         old, new = whole['old', False], whole[False, 'new']
-        if self.task == 'update':
+        if self.task in ('update', 'undo-update'):
             kept = collections.defaultdict(set)
             for path in [*all_files(self.library), *self.trashed_files()]:
                 if os.path.relpath(path, self.library).split('/')[0] != 'Autosaves':
@@ -187,6 +220,8 @@ class Bench:
         there = {os.path.relpath(backup, self.other) for backup in self.backups(self.other)}
         if finished and self.task == 'move' and there != {'Old.vnt', *self.automatic}:
             return f'only {there} were moved'
+        if finished and self.task == 'undo-update' and f'{LIBRARY}/Old.vnt' not in old:
+            return 'the updated backup did not come back'
         if finished and self.task == 'prune' and os.listdir(os.path.join(self.library, 'Autosaves')) != [
                 os.path.basename(AUTOMATIC[-1])]:
             return 'older backups were left'
@@ -205,7 +240,8 @@ class Bench:
     def leftovers(self):
         # A half-made backup that the next run put into the Trash may hold a half-made folder. What a killed move had
         # copied and not yet removed is hidden in the library that is no more.
-        aside = [self.library + '/'] if self.task == 'move' else [f'/{trash}/' for trash in TRASHES]
+        # The same goes for a folder of a backup that an undo was killed in exchanging.
+        aside = [self.library + '/'] if self.task in ('move', 'undo-update') else [f'/{trash}/' for trash in TRASHES]
         left = [path for place in (self.home, self.other) for path in all_files(place)
                 if '/.vantory-' in path and not any(place in path for place in aside)]
         return f'left behind: {left}' if left else None
@@ -241,7 +277,9 @@ def main():
     parser = argparse.ArgumentParser()
     parser.add_argument('program')
     parser.add_argument('driver')
-    parser.add_argument('task', nargs='*', default=['backup', 'replace', 'trash', 'restore', 'update', 'move', 'prune'])
+    parser.add_argument('task', nargs='*',
+                        default=['backup', 'replace', 'trash', 'restore', 'update', 'move', 'prune', 'undo-trash',
+                                 'undo-restore', 'undo-update'])
     parser.add_argument('--every', type=int, default=1)
     options = parser.parse_intermixed_args()
     passed = failed = 0
@@ -258,7 +296,7 @@ def main():
             points = points_of(bench, log)
             print(f'{task}: {len(points)} calls', flush=True)
             for call, number, line in points[::options.every]:
-                for fault in FAULTS[:1] if call == 'close' else FAULTS:
+                for fault in FAULTS[:1] if call == 'close' or task == 'undo-update' else FAULTS:
                     wrong = bench.try_fault(call, number, fault)
                     passed, failed = (passed, failed + 1) if wrong else (passed + 1, failed)
                     if wrong:

@@ -142,7 +142,7 @@ void MainWindow::makeMenus() {
   QMenu& file = *menuBar()->addMenu(QStringLiteral("&File"));
   auto* help = new QMenu(QStringLiteral("&Help"), this);
   // Filled here already, though its place is at the end of the bar.
-  menus_->addTo(file, *help);
+  menus_->addTo(file, *menuBar()->addMenu(QStringLiteral("&Edit")), *help);
   QAction* quit = file.addAction(QStringLiteral("&Quit"), QKeySequence(QKeySequence::Quit));
   quit->setMenuRole(QAction::QuitRole);
   connect(quit, &QAction::triggered, this, [this] { close(); });

@@ -8,6 +8,8 @@ namespace vantory {
 WindowMenus::WindowMenus(QObject* parent)
     : QObject(parent),
       importBackup(new Command(QStringLiteral("&Import…"), this)),
+      undo(new Command(QStringLiteral("&Undo"), this)),
+      recentTasks(new Command(QStringLiteral("&Recent Tasks…"), this)),
       preferences(new Command(QStringLiteral("&Preferences…"), this)),
       userManual(new Command(QStringLiteral("Vantory User &Manual"), this)),
       viewLog(new Command(QStringLiteral("View &Log"), this)),
@@ -20,6 +22,8 @@ WindowMenus::WindowMenus(QObject* parent)
       maintenanceToolsHome(new Command(QStringLiteral("Gear&wright Home Page"), this)),
       makerHome(new Command(QStringLiteral("&Quarrywell Home Page"), this)) {
   importBackup->setShortcut(QKeySequence(QKeySequence::Open));
+  undo->setShortcut(QKeySequence(QKeySequence::Undo));
+  undo->setEnabled(false);
   preferences->setShortcut(QKeySequence(QStringLiteral("Ctrl+,")));
   preferences->setMenuRole(QAction::PreferencesRole);
   userManual->setShortcut(QKeySequence(QKeySequence::HelpContents));
@@ -29,11 +33,12 @@ WindowMenus::WindowMenus(QObject* parent)
 }
 
 // What the window adds comes behind.
-void WindowMenus::addTo(QMenu& file, QMenu& help) {
+void WindowMenus::addTo(QMenu& file, QMenu& edit, QMenu& help) {
   file.addAction(importBackup);
   file.addSeparator();
   file.addAction(preferences);
   file.addSeparator();
+  edit.addActions({undo, recentTasks});
   help.addAction(userManual);
   help.addSeparator();
   help.addActions({viewLog, viewTaskLog, gatherLogs});

@@ -14,9 +14,11 @@ class WindowMenus : public QObject {
   explicit WindowMenus(QObject* parent);
 
   // Adds the commands to the window's menus, each of which may get more.
-  void addTo(QMenu& file, QMenu& help);
+  void addTo(QMenu& file, QMenu& edit, QMenu& help);
 
   Command* const importBackup;
+  Command* const undo;
+  Command* const recentTasks;
   Command* const preferences;
   Command* const userManual;
   Command* const viewLog;

@@ -68,7 +68,9 @@ WindowSession::WindowSession(const std::string& home)
                    restore_.reload();
                    MainThread::shared().runAndWait([&] { restore_.selectBackupWithPath(path); });
                  }}),
-      settings_(&window_, &delegate_) {
+      settings_(&window_, &delegate_),
+      recentTasks_(&window_),
+      undo_({*window_.menus().undo, app_.progressController()}) {
   // Each of the two needs the other, so one of them is told later.
   restore_.setEditor(edit_);
   QWAlert::sharedController().ask = [this](const AlertTexts& texts) { return alerts_.ask(texts); };
@@ -156,6 +158,10 @@ void WindowSession::connectDialogs() {
 void WindowSession::connectMenus() {
   WindowMenus& menus = window_.menus();
   onTrigger(*menus.importBackup, [this] { delegate_.importBackup(); });
+  onTrigger(*menus.undo, [this] { undo_.undo(); });
+  onTrigger(*menus.recentTasks, [this] { recentTasks_.open(undo_.rows()); });
+  undo_.onReload = [this] { recentTasks_.setRows(undo_.rows()); };
+  recentTasks_.onUndo = [this](const std::string& receipt) { undo_.undo(receipt); };
   onTrigger(*menus.preferences, [this] { delegate_.showPreferences(); });
   onTrigger(*menus.userManual, [this] { delegate_.helpUserManual(); });
   onTrigger(*menus.viewLog, [this] { delegate_.viewLog(); });
@@ -202,6 +208,7 @@ bool WindowSession::open(const std::vector<std::string>& files) {
       delegate_.applicationDidFinishLaunching();
       Surveyor::shared().start();
       app_.load();
+      undo_.reload();
       QApplication::setWindowIcon(icons::application());
       enableHelp();
       painted_ = true;

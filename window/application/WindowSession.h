@@ -11,8 +11,10 @@
 #include "tasks/ui/AppWindowController.h"
 #include "tasks/ui/QWLockOutlineController.h"
 #include "tasks/ui/QWTrashTableController.h"
+#include "tasks/ui/UndoController.h"
 #include "tasks/ui/Vantory_AppDelegate.h"
 #include "window/application/MainWindow.h"
+#include "window/application/RecentTasksDialog.h"
 #include "window/application/WindowMemory.h"
 #include "window/dialogs/AlertSheets.h"
 #include "window/dialogs/BackupDialog.h"
@@ -78,6 +80,8 @@ class WindowSession {
   ComparisonController comparison_;
   Vantory_AppDelegate delegate_;
   SettingsSession settings_;
+  RecentTasksDialog recentTasks_;
+  UndoController undo_;
   bool painted_ = false;
   bool onlyHandsOn_ = false;
   // For the window to be painted:

@@ -1,0 +1,88 @@
+// Puts a receipt into words.
+#include "tasks/ReceiptTitle.h"
+
+#include <algorithm>
+#include <set>
+#include <utility>
+
+#include "backups/QWDataController.h"
+#include "base/Format.h"
+#include "base/Paths.h"
+#include "services/receipts/Receipt.h"
+#include "services/receipts/ReceiptText.h"
+
+namespace vantory {
+
+namespace {
+
+// The applications whose items the task had to do with; many are counted only.
+std::string applicationsOf(const Receipt& receipt) {
+  std::set<std::string> keys;
+  for (const ReceiptStep& step : receipt.steps) keys.insert(step.item);
+  std::vector<std::string> names;
+  for (const auto& app : QWDataController::sharedController().appArray())
+    if (std::ranges::any_of(app->children(), [&](const auto& item) {
+          return keys.contains(item->key()) ||
+                 std::ranges::any_of(item->users(), [&](const auto& user) { return keys.contains(user->key()); });
+        }))
+      names.push_back(app->name());
+  if (names.size() > 2) return formatted("%i applications", names.size());
+  return names.empty() ? "" : names.size() == 1 ? names.front() : names[0] + " and " + names[1];
+}
+
+struct Words {
+  const char* task;
+  const char* title;
+  bool namesBackup;  // by its first operand
+};
+
+constexpr Words kWords[] = {{"trash", "Trash", false},
+                            {"restore", "Restore", true},
+                            {"restoredefault", "Restore", false},
+                            {"restore-keys", "Restore of Keys", true},
+                            {"backup", "Backup", true},
+                            {"autobackup", "Automatic Backup", false},
+                            {"lock", "Lock", false},
+                            {"unlock", "Unlock", false},
+                            {"import", "Import", true},
+                            {"rename", "Rename", true},
+                            {"remove", "Removal", true},
+                            {"update", "Update", true},
+                            {"prune", "Pruning", false},
+                            {"undo", "Undo", false}};
+
+std::string objectOf(const Receipt& receipt, bool namesBackup) {
+  if (namesBackup && !receipt.operands.empty()) {
+    const std::string name = paths::lastComponent(receipt.operands.front());
+    return "\"" + (paths::extension(name) == "vnt" ? paths::withoutExtension(name) : name) + "\"";
+  }
+  return applicationsOf(receipt);
+}
+
+}  // namespace
+
+std::size_t filesIn(const Receipt& receipt) {
+  std::set<std::string> paths;
+  for (const ReceiptStep& step : receipt.steps)
+    if (step.isDone && step.action != FileAction::Create && step.action != FileAction::Replace) paths.insert(step.path);
+  return paths.size();
+}
+
+const char* stateOf(const Receipt& receipt) {
+  if (receipt.isRunning) return "running";
+  if (receipt.isUndone) return "undone";
+  if (!receipt.ended) return "killed";
+  return receipt.outcome == receipt::kWhole ? "done" : "in part";
+}
+
+std::string titleOf(const Receipt& receipt) {
+  const auto known = std::ranges::find(kWords, receipt.task, &Words::task);
+  const bool isKnown = known != std::end(kWords);
+  std::string title = isKnown ? known->title : receipt.task;
+  const std::string object = objectOf(receipt, isKnown && known->namesBackup);
+  if (!object.empty()) title += " of " + object;
+  const std::size_t files = filesIn(receipt);
+  return files == 0 ? title : formatted("%@, %i %@", title, files, files == 1 ? "file" : "files");
+}
+
+}  // namespace vantory

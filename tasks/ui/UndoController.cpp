@@ -1,0 +1,89 @@
+// Reads receipts, and takes tasks back, beside the main thread.
+#include "tasks/ui/UndoController.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "backups/ui/Controls.h"
+#include "backups/ui/FailureReport.h"
+#include "base/Format.h"
+#include "services/TaskReport.h"
+#include "services/files/QWAuthorization.h"
+#include "services/log/QWLog.h"
+#include "services/messages/QWAlert.h"
+#include "services/messages/QWProgressController.h"
+#include "services/receipts/Receipt.h"
+#include "services/receipts/TaskReceipt.h"
+#include "services/threads/BackgroundThreads.h"
+#include "services/threads/MainThread.h"
+#include "tasks/ReceiptTitle.h"
+#include "undo/UndoRun.h"
+
+namespace vantory {
+
+UndoController::UndoController(const Parts& parts)
+    : parts_(parts), refresh_(NotificationCenter::shared().observe(kReceiptsRefresh, [this] { reload(); })) {}
+
+// After the tasks that were there first: the catalog is known then, and what they did is in their receipts.
+void UndoController::reload() {
+  SerialWork::tasks().add([this] {
+    const std::vector<Receipt> receipts = allReceipts();
+    std::vector<UndoRow> rows;
+    for (const Receipt& receipt : receipts)
+      rows.push_back({.receipt = receipt.name,
+                      .date = localTimeText(receipt.begun, "%F %T"),
+                      .title = titleOf(receipt),
+                      .state = stateOf(receipt),
+                      .canBeUndone = !receipt.isUndone && !receipt.isRunning});
+    const Receipt* newest = newestToUndo(receipts);
+    const std::string title = newest ? titleOf(*newest) : "";
+    MainThread::shared().runAndWait([&] {
+      rows_ = std::move(rows);
+      newest_ = newest ? newest->name : "";
+      parts_.command.setTitle(newest ? "Undo " + title : "Undo");
+      parts_.command.setEnabled(newest != nullptr);
+      if (onReload) onReload();
+    });
+  });
+}
+
+void UndoController::undo() {
+  if (!newest_.empty()) undo(newest_);
+}
+
+void UndoController::undo(const std::string& receipt) {
+  // Until its turn comes and it is done there is nothing else to take back.
+  parts_.command.setEnabled(false);
+  if (!startTask([this, receipt] { takeBack(receipt); })) reload();
+}
+
+void UndoController::takeBack(const std::string& name) {
+  QWAuthorization::sharedController().beginTask();
+  const std::vector<Receipt> receipts = allReceipts();
+  const auto receipt = std::ranges::find(receipts, name, &Receipt::name);
+  if (receipt == receipts.end() || receipt->isUndone || receipt->isRunning) return reload();
+  const std::string title = titleOf(*receipt);
+  QWLog::appendLog("Taking %@ back", title);
+  MainThread& mainThread = MainThread::shared();
+  mainThread.runAndWait([&] {
+    parts_.progress.setIndeterminate();
+    parts_.progress.updateLabel("Undoing " + title + "...");
+    parts_.progress.show();
+    parts_.progress.disableCancel();
+  });
+  TaskReport report;
+  TaskReceipt own(report, {.name = "undo"});
+  own.takesBack(name);
+  UndoRun(*receipt, receipts, report).run();
+  own.end();
+  mainThread.runAndWait([&] {
+    parts_.progress.hide();
+    NotificationCenter::shared().post("QWVantoryAppRefresh");
+  });
+  if (!report.isWhole())
+    reportFailure(formatted("\"%@\" was not taken back as a whole", title), report.causes());
+  else
+    QWAlert::alertSheetWithMessageText(formatted("\"%@\" was taken back", title), report.causes());
+}
+
+}  // namespace vantory

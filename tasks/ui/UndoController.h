@@ -1,0 +1,54 @@
+// Edit > Undo, and the list of what was done lately.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "services/messages/NotificationCenter.h"
+
+namespace vantory {
+
+class Button;
+class QWProgressController;
+
+// A task of the list.
+struct UndoRow {
+  std::string receipt;  // its name
+  std::string date;     // local
+  std::string title;
+  std::string state;
+  bool canBeUndone = false;
+};
+
+// Main thread. What it is given outlives it. Receipts are read and tasks taken back on another thread.
+class UndoController {
+ public:
+  struct Parts {
+    Button& command;  // names the task that it takes back
+    QWProgressController& progress;
+  };
+
+  explicit UndoController(const Parts& parts);
+
+  // Reads the receipts anew. Returns before that is done.
+  void reload();
+  // The newest first, as last read.
+  const std::vector<UndoRow>& rows() const { return rows_; }
+  // Called when they were.
+  std::function<void()> onReload;
+
+  // Takes the newest task that was not taken back, and tells the person how that went.
+  void undo();
+  void undo(const std::string& receipt);
+
+ private:
+  void takeBack(const std::string& receipt);
+
+  const Parts parts_;
+  std::vector<UndoRow> rows_;
+  std::string newest_;  // empty where there is nothing to take back
+  NotificationCenter::Observation refresh_;
+};
+
+}  // namespace vantory

@@ -1,0 +1,162 @@
+#include <ctime>
+
+#include "services/receipts/ReceiptFolder.h"
+#include "services/receipts/TaskReceipt.h"
+#include "tests/backups/BackupsTest.h"
+#include "undo/Deeds.h"
+#include "undo/UndoRun.h"
+
+namespace vantory::test {
+namespace {
+
+using testing::Contains;
+using testing::UnorderedElementsAre;
+
+// A catalog of one item with three files, and tasks with receipts.
+class UndoTest : public BackupsTest {
+ protected:
+  UndoTest() {
+    fakes_.clock.set({std::time(nullptr), 0});  // as the Trash has it
+    fill("old");
+    setCatalog({{"Preferences", {prefs("*.plist")}}});
+  }
+
+  void fill(const std::string& content) {
+    for (const char* name : {"a", "b", "c"}) writeFile(prefs(name) + ".plist", content);
+  }
+  std::string contents() const {
+    std::string all;
+    for (const char* name : {"a", "b", "c"})
+      all += exists(prefs(name) + ".plist") ? readFile(prefs(name) + ".plist") + " " : "- ";
+    return all;
+  }
+  const std::shared_ptr<QWPrefItem> item() { return controller().appArray().front()->children().front(); }
+  static std::string newest() { return receiptPath(*receiptFolder(), receiptNames()->front()); }
+
+  template <class Work>
+  TaskReport task(const std::string& name, Work work) {
+    TaskReport report;
+    TaskReceipt receipt(report, {.name = name});
+    work(report);
+    receipt.end();
+    return report;
+  }
+  TaskReport trash() {
+    return task("trash", [&](TaskReport& report) { item()->trash(report); });
+  }
+  TaskReport undo() {
+    const auto receipts = allReceipts();
+    const Receipt* receipt = newestToUndo(receipts);
+    EXPECT_TRUE(receipt);
+    TaskReport report;
+    if (!receipt) return report;
+    TaskReceipt own(report, {.name = "undo"});
+    own.takesBack(receipt->name);
+    UndoRun(*receipt, receipts, report).run();
+    return report;
+  }
+};
+
+TEST_F(UndoTest, OfAKilledTaskTheTrashTellsWhatItDid) {
+  trash();
+  const std::string whole = readFile(newest());
+  const std::size_t planned = whole.find("{ done");
+  for (std::size_t length = 0; length < whole.size(); length += 29) {
+    writeFile(newest(), whole.substr(0, length));
+    const auto receipt = readReceipt(receiptNames()->front());
+    if (length < planned) {
+      EXPECT_TRUE(!receipt || deedsOf(*receipt, {*receipt}).empty()) << length;
+    } else {
+      ASSERT_TRUE(receipt.ok()) << length;
+      EXPECT_EQ(deedsOf(*receipt, {*receipt}).size(), 3u) << length;
+    }
+  }
+  EXPECT_TRUE(undo().isWhole());
+  EXPECT_EQ(contents(), "old old old ");
+}
+
+TEST_F(UndoTest, OfAKilledRestoreOnlyWhatItReachedIsTakenBack) {
+  const auto backup = backupOfAll("Set");
+  ASSERT_EQ(backup->writeData(report_), WriteResult::Success);
+  // Two files are as the backup has them. The disk dies after the second was put in place.
+  writeFile(prefs("c.plist"), "changed");
+  files_.heal();
+  files_.crashAfter(Operation::Commit, 2);
+  TaskReport report;
+  auto receipt = std::make_unique<TaskReceipt>(report, TaskReceipt::Task{.name = "restore"});
+  EXPECT_THROW(backup->restore(report), SimulatedCrash);
+  files_.heal();
+  const std::string left = readFile(newest());
+  receipt.reset();
+  writeFile(newest(), left);
+  EXPECT_TRUE(undo().isWhole());
+  EXPECT_EQ(contents(), "old old changed ");
+}
+
+TEST_F(UndoTest, WhatASpoiltReceiptSaysIsRefused) {
+  trash();
+  const std::string whole = readFile(newest());
+  const std::string path = prefs("a.plist");
+  for (const std::string& hostile : std::vector<std::string>{"Library/x", home_ / "../x", "/etc/x", home_.path(), ""}) {
+    std::string text = whole;
+    for (std::size_t at = 0; (at = text.find("\"" + path + "\"", at)) != std::string::npos; at += 1)
+      text.replace(at, path.size() + 2, "\"" + hostile + "\"");
+    writeFile(newest(), text);
+    const auto receipts = allReceipts();
+    if (!receipts.empty()) {
+      TaskReport report;
+      UndoRun(receipts.front(), receipts, report).run();
+      EXPECT_GE(report.count(FileReport::Outcome::Failed), 1u) << hostile;
+    }
+    EXPECT_TRUE(exists(inTrash("a.plist")));
+    EXPECT_FALSE(exists(home_ / "../x"));
+  }
+  // A note that tells of another item: the Trash was emptied since.
+  writeFile(newest(), whole);
+  writeFile(home_ / ".local/share/Trash/info/a.plist.trashinfo",
+            "[Trash Info]\nPath=" + path + "\nDeletionDate=2031-01-01T00:00:00\n");
+  EXPECT_GE(undo().count(FileReport::Outcome::Failed), 1u);
+  EXPECT_TRUE(exists(inTrash("a.plist")));
+}
+
+TEST_F(UndoTest, AnUpdatedBackupAndALockComeBack) {
+  const auto backup = backupOfAll("Set");
+  ASSERT_EQ(backup->writeData(report_), WriteResult::Success);
+  const std::string copies = inLibrary("Set.vnt/Users/user/Library/Preferences/");
+  fill("new");
+  writeFile(prefs("d.plist"), "added");
+  task("update", [&](TaskReport& report) { EXPECT_EQ(backup->writeData(report, true), WriteResult::Success); });
+  EXPECT_TRUE(undo().isWhole());
+  EXPECT_EQ(readFile(copies + "b.plist"), "old");
+  EXPECT_FALSE(exists(copies + "d.plist"));
+
+  metadata_.locked = {prefs("a.plist")};
+  task("lock", [&](TaskReport& report) { item()->lockFiles(On, report); });
+  EXPECT_EQ(metadata_.locked.size(), 4u);
+  EXPECT_TRUE(undo().isWhole());
+  EXPECT_THAT(metadata_.locked, UnorderedElementsAre(prefs("a.plist")));
+}
+
+TEST_F(UndoTest, KeepsTheNewestAndThoseOfTasksThatRun) {
+  TaskReport report;
+  TaskReceipt running(report, {.name = "trash"});
+  item()->trash(report);
+  for (std::size_t i = 0; i < kMostReceipts + 3; ++i) {
+    fill("old");
+    fakes_.clock.advance(std::chrono::seconds(1));
+    trash();
+  }
+  const auto receipts = allReceipts();
+  EXPECT_EQ(receipts.size(), kMostReceipts + 1);
+  EXPECT_TRUE(receipts.back().isRunning);
+  running.end();
+
+  // A full disk keeps no task from being done.
+  fill("old");
+  files_.fail(Operation::OpenForAppending, std::errc::no_space_on_device, FaultyFileSystem::kEveryCall);
+  EXPECT_EQ(trash().remarks().size(), 1u);
+  EXPECT_EQ(contents(), "- - - ");
+}
+
+}  // namespace
+}  // namespace vantory::test
