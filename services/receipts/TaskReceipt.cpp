@@ -172,11 +172,18 @@ void TaskReceipt::begin() {
   pending_ += "); },\n";
 }
 
-// What could not be written comes again with the next line.
+// What could not be written comes again with the next line. A file too large to be read again gets no more: that it was
+// not ended makes what is planned in it be looked for.
 void TaskReceipt::flush() {
   if (!file_) return pending_.clear();
+  if (size_ + pending_.size() > kLargestReadBytes) {
+    failure_ = {std::errc::file_too_large, "So many files have no place in it."};
+    file_.reset();
+    return pending_.clear();
+  }
   std::string_view left = pending_;
   const Status added = file_->append(left);
+  size_ += pending_.size() - left.size();
   pending_.erase(0, pending_.size() - left.size());
   if (!added)
     failure_ = added.error();

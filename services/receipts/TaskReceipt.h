@@ -51,7 +51,6 @@ class TaskReceipt : public TaskRecord {
  private:
   void begin();
   Status open();
-  void add(std::string_view key, std::string_view value);
   void flush();
 
   TaskReport& report_;
@@ -62,6 +61,7 @@ class TaskReceipt : public TaskRecord {
   bool isBegun_ = false;
   bool isEnded_ = false;
   std::string pending_;
+  std::size_t size_ = 0;  // of the file, in bytes
   std::optional<Error> failure_;
   std::set<std::string> wereSo_;  // locked, or not, before the task
   bool canBeTakenBack_ = false;

@@ -158,5 +158,15 @@ TEST_F(UndoTest, KeepsTheNewestAndThoseOfTasksThatRun) {
   EXPECT_EQ(contents(), "- - - ");
 }
 
+TEST_F(UndoTest, OfMoreThanAReceiptHoldsThatIsTakenBackWhichHasPlace) {
+  const TaskReport report = task("trash", [&](TaskReport& trashed) {
+    item()->trash(trashed);
+    trashed.planned(FileAction::Trash, std::vector<FilePlan>(30'000, {.path = prefs(std::string(200, 'x'))}), "prefs");
+  });
+  EXPECT_EQ(report.remarks().size(), 1u);
+  EXPECT_TRUE(undo().isWhole());
+  EXPECT_EQ(contents(), "old old old ");
+}
+
 }  // namespace
 }  // namespace vantory::test
