@@ -62,10 +62,11 @@ HeldFiles listHeldFiles(const std::string& backup) {
 
 // A path may hold anything but a zero byte.
 std::string HeldFiles::note() const {
+  constexpr char kEnd = '\0';
   Checksum checksum;
   for (const HeldFile& file : files) {
     checksum.add(recordOf(file));
-    checksum.add({"", 1});
+    checksum.add({&kEnd, 1});
   }
   return std::to_string(files.size()) + " " + checksum.text();
 }
