@@ -5,7 +5,22 @@
 
 #include <new>
 
+#include "base/ChecksumAvx2.h"
+
 namespace vantory {
+
+namespace {
+
+// The library as it is packaged uses what every processor of its kind has.
+void addBytes(XXH3_state_t* state, std::string_view bytes) {
+#ifdef VANTORY_AVX2
+  static const bool hasAvx2 = __builtin_cpu_supports("avx2");
+  if (hasAvx2) return addByAvx2(state, bytes.data(), bytes.size());
+#endif
+  XXH3_128bits_update(state, bytes.data(), bytes.size());
+}
+
+}  // namespace
 
 Checksum::Checksum() : state_(XXH3_createState()) {
   if (!state_) throw std::bad_alloc();
@@ -19,7 +34,7 @@ void Checksum::Deleter::operator()(XXH3_state_s* state) const {
 }
 
 void Checksum::add(std::string_view bytes) {
-  XXH3_128bits_update(state_.get(), bytes.data(), bytes.size());
+  addBytes(state_.get(), bytes);
 }
 
 void Checksum::restart() {
