@@ -21,6 +21,7 @@ int refuse(const CommandContext& context, const std::string& reason) {
 
 std::string faultOf(const std::string& name, const std::vector<Receipt>& receipts) {
   std::vector<std::string> names;
+  names.reserve(receipts.size());
   for (const Receipt& receipt : receipts) names.push_back(receipt.name);
   const auto nearest = nearestWord(name, names);
   return nearest ? formatted("There is no receipt \"%@\": did you mean \"%@\"?", name, *nearest)

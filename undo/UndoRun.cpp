@@ -263,7 +263,7 @@ void UndoRun::replaceBack(const ReceiptStep& deed) {
   if (deed.place.empty()) return trashWhatWasPut(deed);
   std::string earlier = deed.place;
   for (const auto& [folder, place] : trashedFolders_)
-    if (paths::isWithin(earlier, folder)) earlier = place + earlier.substr(folder.size());
+    if (paths::isWithin(earlier, folder)) earlier.replace(0, folder.size(), place);
   if (!isUnchanged(deed, receipt_))
     return refuse(FileAction::Copy, deed.path, deed.path + " has changed since, and stays as it is.", deed);
   const std::string kept = copies.placeFor(deed.path);

@@ -29,6 +29,7 @@ void UndoController::reload() {
   SerialWork::tasks().add([this] {
     const std::vector<Receipt> receipts = allReceipts();
     std::vector<UndoRow> rows;
+    rows.reserve(receipts.size());
     for (const Receipt& receipt : receipts)
       rows.push_back({.receipt = receipt.name,
                       .date = localTimeText(receipt.begun, "%F %T"),
