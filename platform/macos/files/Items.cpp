@@ -228,7 +228,7 @@ Status renameItem(const Place& from, const Place& to, const std::string& path) {
   const bool renamed = rename() == 0;
   const Error error = systemError(path);
   const Place& now = renamed ? to : from;
-  fchmodat(now.at(), now.name.c_str(), status.mode & 07777U, AT_SYMLINK_NOFOLLOW);
+  (void)!fchmodat(now.at(), now.name.c_str(), status.mode & 07777U, AT_SYMLINK_NOFOLLOW);
   return renamed ? Status() : error;
 }
 
