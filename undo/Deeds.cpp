@@ -156,9 +156,10 @@ std::vector<ReceiptStep> deedsLeftOf(const Receipt& receipt, const std::vector<R
   return left;
 }
 
-bool isUnchanged(const ReceiptStep& deed, const Receipt& receipt) {
+std::optional<bool> isUnchanged(const ReceiptStep& deed, const Receipt& receipt) {
   const auto present = traitsOf(deed.path);
-  if (!present || !deed.traits) return false;
+  if (!present) return std::nullopt;
+  if (!deed.traits) return false;
   if (deed.action == FileAction::Create && !receipt.ended) return present->identity == deed.traits->identity;
   return *present == *deed.traits;
 }

@@ -1,6 +1,7 @@
 // What a task really did, found out from its receipt and from what is there.
 #pragma once
 
+#include <optional>
 #include <vector>
 
 #include "services/receipts/Receipt.h"
@@ -14,7 +15,8 @@ std::vector<ReceiptStep> deedsOf(const Receipt& receipt, const std::vector<Recei
 // The same without what later tasks took back already.
 std::vector<ReceiptStep> deedsLeftOf(const Receipt& receipt, const std::vector<Receipt>& all);
 
-// Whether it is still what the task put there. Of a task that was killed, a folder that it was filling is.
-bool isUnchanged(const ReceiptStep& deed, const Receipt& receipt);
+// Whether it is still what the task put there; none where it cannot be looked at. Of a task that was killed, a folder
+// that it was filling is.
+std::optional<bool> isUnchanged(const ReceiptStep& deed, const Receipt& receipt);
 
 }  // namespace vantory

@@ -95,11 +95,15 @@ std::string trashNotePath(const std::string& place) {
   return paths::join(paths::join(trashOf(place), kTrashNotesFolder), trashNoteName(paths::lastComponent(place)));
 }
 
-std::optional<TrashedItem> trashedItemAt(const std::string& place) {
-  if (paths::lastComponent(paths::parent(place)) != kTrashItemsFolder || !isTrash(trashOf(place))) return std::nullopt;
-  if (!QWFileManager::itemExistsAtPath(place)) return std::nullopt;
+Result<TrashedItem> trashedItemAt(const std::string& place) {
+  const Error missing{std::errc::no_such_file_or_directory, place + " is not in the Trash."};
+  if (paths::lastComponent(paths::parent(place)) != kTrashItemsFolder || !isTrash(trashOf(place))) return missing;
+  if (QWFileManager::isMissingAtPath(place)) return missing;
   const auto note = platform().files.read(trashNotePath(place));
-  return note ? itemIn(*note, place) : std::nullopt;
+  if (!note) return note.error();
+  auto item = itemIn(*note, place);
+  if (!item) return missing;
+  return std::move(*item);
 }
 
 // The user's own, and one at the top of any file system that the path might lie on.

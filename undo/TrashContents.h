@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "base/Result.h"
 #include "base/Timestamp.h"
 
 namespace vantory {
@@ -29,9 +30,9 @@ struct TrashDates {
 TrashDates trashDates(Timestamp begun, std::optional<Timestamp> ended);
 // Where the note of what lies at this place of a Trash is.
 std::string trashNotePath(const std::string& place);
-// What the note says of the item at this place; none where there is no item, no note, or the place is in no Trash of
-// the user's.
-std::optional<TrashedItem> trashedItemAt(const std::string& place);
+// What the note says of the item at this place. Fails with no_such_file_or_directory where there is no item, no note
+// that can be understood, or the place is in no Trash of the user's.
+Result<TrashedItem> trashedItemAt(const std::string& place);
 
 // Looks for what a task that was killed moved to the Trash. Each Trash is gone through once.
 class TrashContents {

@@ -185,11 +185,11 @@ void UndoRun::takeBack(const ReceiptStep& deed) {
 void UndoRun::putBack(const ReceiptStep& deed) {
   if (staying_.contains(deed.path) || trashedFolders_.contains(deed.path)) return;  // told, or taken from it
   const auto item = trashedItemAt(deed.place);
+  // What cannot be read now may be another time.
+  if (!item && !meansMissing(item.error()))
+    return report_.failed(FileAction::PutBack, deed.path, item.error(), deed.item);
   const bool isIt =
       item && trashDates(receipt_.begun, receipt_.ended).hold(item->date) && isSamePlace(item->path, deed.path);
-  // One that cannot be read now may be another time.
-  if (const auto note = files().read(trashNotePath(deed.place)); !isIt && !note && !meansMissing(note.error()))
-    return report_.failed(FileAction::PutBack, deed.path, note.error(), deed.item);
   if (!isIt) return refuse(FileAction::PutBack, deed.path, deed.path + " is no longer in the Trash.", deed);
   if (!QWFileManager::isMissingAtPath(deed.path))
     return refuse(
@@ -211,16 +211,25 @@ void UndoRun::putBack(const ReceiptStep& deed) {
   changedAnything_ = true;
 }
 
+// Tells of what has changed since, and of what cannot be looked at now and may be another time.
+bool UndoRun::mustStay(const ReceiptStep& deed) {
+  const auto unchanged = isUnchanged(deed, receipt_);
+  if (unchanged && *unchanged) return false;
+  staying_.insert(deed.path);
+  if (unchanged)
+    refuse(FileAction::Trash, deed.path, deed.path + " has changed since, and stays as it is.", deed);
+  else
+    report_.failed(FileAction::Trash, deed.path, {std::errc::io_error, deed.path + " cannot be looked at."}, deed.item);
+  return true;
+}
+
 void UndoRun::trashWhatWasPut(const ReceiptStep& deed) {
   if (QWFileManager::isMissingAtPath(deed.path)) {
     QWLog::appendLog("%@ is not there any more", deed.path);
     return report_.skipped(FileAction::Trash, deed.path,
                            {std::errc::no_such_file_or_directory, deed.path + " is not there any more."}, deed.item);
   }
-  if (!isUnchanged(deed, receipt_)) {
-    staying_.insert(deed.path);
-    return refuse(FileAction::Trash, deed.path, deed.path + " has changed since, and stays as it is.", deed);
-  }
+  if (mustStay(deed)) return;
   std::unique_ptr<FolderHold> hold;
   if (deed.action == FileAction::Create) {
     auto held = holdBackupFolder(deed.path);
@@ -264,8 +273,7 @@ void UndoRun::replaceBack(const ReceiptStep& deed) {
   std::string earlier = deed.place;
   for (const auto& [folder, place] : trashedFolders_)
     if (paths::isWithin(earlier, folder)) earlier.replace(0, folder.size(), place);
-  if (!isUnchanged(deed, receipt_))
-    return refuse(FileAction::Copy, deed.path, deed.path + " has changed since, and stays as it is.", deed);
+  if (mustStay(deed)) return;
   const std::string kept = copies.placeFor(deed.path);
   report_.planned(FileAction::Replace, {{.path = deed.path, .source = earlier, .place = kept}}, deed.item);
   QWLog::appendLog("Copying %@ to %@", earlier, deed.path);

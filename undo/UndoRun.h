@@ -38,6 +38,7 @@ class UndoRun {
   void setLocks(FileAction deed, const std::vector<const ReceiptStep*>& deeds);
   std::size_t takeBackLocks(const Deeds& deeds, std::size_t last);
   void findReplacedCopies(const Deeds& deeds);
+  bool mustStay(const ReceiptStep& deed);
   void replaceBack(const ReceiptStep& deed);
   void makeDurable();
   void refuse(FileAction action, const std::string& path, std::string reason, const ReceiptStep& deed);

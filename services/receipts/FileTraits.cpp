@@ -32,13 +32,14 @@ std::optional<FileTraits> traitsOf(const std::string& path) {
       traits.modified = settings->modified;
       return traits;
     }
-  walkFolder(path, Detail::Names, Links::DoNotFollow, [&](const std::string& below, const DirectoryEntry&) {
-    if (const auto entry = look(below)) {
-      traits.size += entry->size;
-      traits.modified = std::max(traits.modified, entry->modified);
-    }
+  const auto add = [&](const std::string& below, const DirectoryEntry&) {
+    const auto entry = look(below);
+    if (!entry) return false;
+    traits.size += entry->size;
+    traits.modified = std::max(traits.modified, entry->modified);
     return true;
-  });
+  };
+  if (!walkFolder(path, Detail::Names, Links::DoNotFollow, add, Unreadable::End)) return std::nullopt;
   return traits;
 }
 

@@ -17,8 +17,8 @@ struct FileTraits {
   bool operator==(const FileTraits&) const = default;
 };
 
-// None where nothing is, or it cannot be looked at. Links are not followed. A folder is gone through as a whole, but
-// for a backup, whose settings speak for it.
+// None where nothing is, or any of it cannot be looked at. Links are not followed. A folder is gone through as a whole,
+// but for a backup, whose settings speak for it.
 std::optional<FileTraits> traitsOf(const std::string& path);
 
 // Whether one is a copy of the other, which keeps size and times.

@@ -241,7 +241,9 @@ class Bench:
         # A half-made backup that the next run put into the Trash may hold a half-made folder. What a killed move had
         # copied and not yet removed is hidden in the library that is no more.
         # The same goes for a folder of a backup that an undo was killed in exchanging.
-        aside = [self.library + '/'] if self.task in ('move', 'undo-update') else [f'/{trash}/' for trash in TRASHES]
+        aside = [] if self.task == 'move' else [f'/{trash}/' for trash in TRASHES]
+        if self.task in ('move', 'undo-update'):
+            aside.append(self.library + '/')
         left = [path for place in (self.home, self.other) for path in all_files(place)
                 if '/.vantory-' in path and not any(place in path for place in aside)]
         return f'left behind: {left}' if left else None
