@@ -234,7 +234,7 @@ bool ItemCopier::isReachedWithoutLinks(const std::string& folder) const {
 
 // Moves what bears the path of a new backup to the Trash, and says where it is.
 Status clearPath(const std::string& path, TaskReport& report) {
-  report.planned(FileAction::Trash, std::vector{path});
+  if (!QWFileManager::isMissingAtPath(path)) report.planned(FileAction::Trash, std::vector{path});
   const auto place = clearBackupPath(path);
   if (!place) return place.error();
   if (place->empty()) return {};

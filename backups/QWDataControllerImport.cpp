@@ -37,7 +37,7 @@ Status copyToLibrary(const std::string& source, const std::string& target, TaskR
 
   const auto hold = holdBackupFolder(library);
   if (!hold) return hold.error();
-  report.planned(FileAction::Trash, std::vector{target});
+  if (!QWFileManager::isMissingAtPath(target)) report.planned(FileAction::Trash, std::vector{target});
   const auto cleared = clearBackupPath(target);
   if (!cleared) return cleared.error();
   if (!cleared->empty()) {

@@ -37,6 +37,7 @@ std::string ReplacedCopies::newFolder() const {
 
 void ReplacedCopies::moveToTrash(TaskReport& report) {
   if (folder_.empty() || QWFileManager::removeFolderIfEmpty(folder_)) return;
+  report.planned(FileAction::Trash, std::vector{folder_});
   const auto place = QWFileManager::trashFile(folder_, 10s, report);
   if (!place) return report.failed(FileAction::Trash, folder_, place.error());
   QWLog::appendLog("The copies that were replaced are in the Trash: %@", *place);

@@ -2,6 +2,7 @@
 #include "undo/Deeds.h"
 
 #include <algorithm>
+#include <optional>
 #include <set>
 #include <utility>
 
@@ -11,6 +12,10 @@
 namespace vantory {
 
 namespace {
+
+// By how much the times of files and of the Trash may differ from a receipt's: what is restored is staged before its
+// receipt is begun, and clocks tick apart.
+constexpr std::int64_t kSlack = 2;  // seconds
 
 // What comes from the Trash leaves nothing behind.
 bool isFrom(const ReceiptStep& step, const FileTraits& present) {
@@ -23,12 +28,16 @@ class Inspection {
  public:
   Inspection(const Receipt& receipt, const std::vector<Receipt>& all)
       : begun_(receipt.begun), dates_(trashDates(receipt.begun, receipt.ended)) {
-    for (const Receipt& each : all)
+    std::optional<Timestamp> next;  // a killed task did nothing any more when a later one began
+    for (const Receipt& each : all) {
+      const TrashDates dates = trashDates(each.begun, each.ended ? each.ended : next);
+      next = Timestamp{each.begun.seconds - 2 * kSlack, 0};
       for (const ReceiptStep& step : each.steps) {
         if (!step.isDone || step.action != FileAction::Trash) continue;
-        trash_.leaveOut(step.place);
+        trash_.leaveOut(step.place, dates);
         if (each.name == receipt.name) trashed_.insert(step.path);
       }
+    }
   }
 
   // Adds what was done of it.
@@ -94,7 +103,7 @@ void Inspection::lookForCopy(ReceiptStep step, std::vector<ReceiptStep>& deeds) 
   if (step.wasThere && !trashed_.contains(step.path) && !lookForTrashed(step, deeds)) return;
   const auto present = traitsOf(step.path);
   if (!present) return;
-  if (step.source.empty() ? present->modified < begun_ : !isFrom(step, *present)) return;
+  if (step.source.empty() ? present->modified.seconds < begun_.seconds - kSlack : !isFrom(step, *present)) return;
   step.traits = present;
   deeds.push_back(std::move(step));
 }

@@ -118,10 +118,15 @@ std::optional<TrashedItem> TrashContents::take(const std::string& path, const Tr
   std::optional<TrashedItem> first;
   for (auto found = begin; found != end; ++found) {
     const TrashedItem& item = found->second;
-    if (dates.hold(item.date) && !taken_.contains(item.place) && (!first || item.date < first->date)) first = item;
+    if (dates.hold(item.date) && !isTaken(item) && (!first || item.date < first->date)) first = item;
   }
-  if (first) taken_.insert(first->place);
+  if (first) leaveOut(first->place, dates);
   return first;
+}
+
+bool TrashContents::isTaken(const TrashedItem& item) const {
+  const auto [begin, end] = taken_.equal_range(item.place);
+  return std::any_of(begin, end, [&](const auto& taken) { return taken.second.hold(item.date); });
 }
 
 void TrashContents::goThrough(const std::string& trash) {

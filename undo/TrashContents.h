@@ -39,15 +39,16 @@ class TrashContents {
  public:
   // The first item that lay at the path and was trashed then; each is answered once.
   std::optional<TrashedItem> take(const std::string& path, const TrashDates& dates);
-  // That place is known otherwise.
-  void leaveOut(const std::string& place) { taken_.insert(place); }
+  // What was trashed to that place then is known otherwise. Another may have its name since.
+  void leaveOut(const std::string& place, const TrashDates& dates) { taken_.emplace(place, dates); }
 
  private:
   void goThrough(const std::string& trash);
+  bool isTaken(const TrashedItem& item) const;
 
   std::set<std::string> known_;  // the folders of each Trash
   std::multimap<std::string, TrashedItem> items_;
-  std::set<std::string> taken_;
+  std::multimap<std::string, TrashDates> taken_;  // by place
 };
 
 }  // namespace vantory

@@ -254,6 +254,12 @@ void UndoRun::findReplacedCopies(const Deeds& deeds) {
   }
   for (const ReceiptStep& deed : deeds)
     if (deed.action == FileAction::Trash && folders.erase(deed.path) > 0) trashedFolders_[deed.path] = deed.place;
+  // The first that was begun to take the update back has moved them; what it replaced itself came later.
+  for (auto other = all_.rbegin(); other != all_.rend(); ++other) {
+    if (other->undoes != receipt_.name) continue;
+    for (const ReceiptStep& deed : deedsOf(*other, all_))
+      if (deed.action == FileAction::Trash && folders.erase(deed.path) > 0) trashedFolders_[deed.path] = deed.place;
+  }
   for (const std::string& folder : folders) {
     if (!isAllowed(folder) || QWFileManager::isMissingAtPath(folder)) continue;
     report_.planned(FileAction::Trash, std::vector{folder});

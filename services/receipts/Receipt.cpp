@@ -189,7 +189,8 @@ std::vector<Receipt> allReceipts() {
 
 const Receipt* newestToUndo(const std::vector<Receipt>& receipts) {
   const auto found = std::ranges::find_if(receipts, [](const Receipt& receipt) {
-    return !receipt.isUndone && !receipt.isRunning && receipt.undoes.empty();
+    const bool didNothing = receipt.ended && receipt.steps.empty();
+    return !receipt.isUndone && !receipt.isRunning && receipt.undoes.empty() && !didNothing;
   });
   return found == receipts.end() ? nullptr : &*found;
 }

@@ -67,11 +67,7 @@ void TaskReceipt::takesBack(const std::string& receipt) {
 }
 
 void TaskReceipt::planned(FileAction action, const std::vector<FilePlan>& plans, const std::string& item) {
-  begin();
-  pending_ += "{ ";
-  receipt::append(pending_, receipt::kPlan, nameOf(action));
-  if (!item.empty()) receipt::append(pending_, receipt::kItem, item);
-  pending_.append(receipt::kFiles).append(" = (");
+  std::string files;
   const bool isLock = action == FileAction::Lock || action == FileAction::Unlock;
   const bool putsSomething = action == FileAction::Restore || action == FileAction::PutBack;
   for (const FilePlan& plan : plans) {
@@ -79,15 +75,20 @@ void TaskReceipt::planned(FileAction action, const std::vector<FilePlan>& plans,
       wereSo_.insert(plan.path);
       continue;
     }
-    pending_ += "{ ";
-    receipt::append(pending_, receipt::kPath, plan.path);
-    if (!plan.source.empty()) receipt::append(pending_, receipt::kSource, plan.source);
-    if (!plan.place.empty()) receipt::append(pending_, receipt::kPlace, plan.place);
-    if (putsSomething && isThere(plan.path)) receipt::append(pending_, receipt::kThere, "1");
-    if (action == FileAction::Move) append(pending_, traitsOf(plan.path));
-    pending_ += "}, ";
+    files += "{ ";
+    receipt::append(files, receipt::kPath, plan.path);
+    if (!plan.source.empty()) receipt::append(files, receipt::kSource, plan.source);
+    if (!plan.place.empty()) receipt::append(files, receipt::kPlace, plan.place);
+    if (putsSomething && isThere(plan.path)) receipt::append(files, receipt::kThere, "1");
+    if (action == FileAction::Move) append(files, traitsOf(plan.path));
+    files += "}, ";
   }
-  pending_ += "); },\n";
+  if (files.empty()) return;
+  begin();
+  pending_ += "{ ";
+  receipt::append(pending_, receipt::kPlan, nameOf(action));
+  if (!item.empty()) receipt::append(pending_, receipt::kItem, item);
+  pending_.append(receipt::kFiles).append(" = (").append(files).append("); },\n");
   flush();
 }
 
@@ -148,6 +149,7 @@ Status TaskReceipt::open() {
     if (begun.nanoseconds >= 1'000'000'000) begun = {begun.seconds + 1, begun.nanoseconds - 1'000'000'000};
     path = receiptPath(*folder, receiptName(begun));
   }
+  name_ = receiptName(begun);
   auto file = files().openForAppending(path);
   if (!file) return file.error();
   file_ = std::move(*file);

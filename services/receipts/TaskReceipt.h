@@ -47,6 +47,8 @@ class TaskReceipt : public TaskRecord {
   void end();
   // Whether there is a file, and something in it that can be taken back.
   bool isOfUse() const { return file_ && canBeTakenBack_ && !failure_; }
+  // What takes the task back. One that took another back is named, because "--undo" alone passes it over.
+  std::string undoCommand() const { return undoes_.empty() ? "vantory --undo" : "vantory --undo " + name_; }
 
  private:
   void begin();
@@ -56,6 +58,7 @@ class TaskReceipt : public TaskRecord {
   TaskReport& report_;
   const Task task_;
   std::string undoes_;
+  std::string name_;  // of the file
   std::unique_ptr<AppendFile> file_;
   std::unique_ptr<FolderHold> hold_;  // on the file: while it exists the task runs
   bool isBegun_ = false;

@@ -1,5 +1,7 @@
 #include <ctime>
+#include <filesystem>
 
+#include "catalog/FileRestoring.h"
 #include "services/receipts/ReceiptFolder.h"
 #include "services/receipts/TaskReceipt.h"
 #include "tests/backups/BackupsTest.h"
@@ -32,6 +34,13 @@ class UndoTest : public BackupsTest {
   }
   const std::shared_ptr<QWPrefItem> item() { return controller().appArray().front()->children().front(); }
   static std::string newest() { return receiptPath(*receiptFolder(), receiptNames()->front()); }
+
+  // As a killed task leaves it.
+  static void cutNewestAt(const char* words) {
+    const std::string whole = readFile(newest());
+    EXPECT_NE(whole.find(words), std::string::npos);
+    writeFile(newest(), whole.substr(0, whole.find(words)));
+  }
 
   template <class Work>
   TaskReport task(const std::string& name, Work work) {
@@ -93,6 +102,58 @@ TEST_F(UndoTest, OfAKilledRestoreOnlyWhatItReachedIsTakenBack) {
   EXPECT_EQ(contents(), "old old changed ");
 }
 
+// The Trash was emptied, and the name in it is another's now.
+TEST_F(UndoTest, OfAKilledTrashAnEarlierOneClaimsNothing) {
+  fakes_.clock.advance(-std::chrono::hours(1));
+  trash();
+  cutNewestAt("{ ended");
+  std::filesystem::remove_all(home_ / ".local/share/Trash");
+  fill("new");
+  fakes_.clock.advance(std::chrono::hours(1));
+  trash();
+  cutNewestAt("{ done");
+  EXPECT_TRUE(undo().isWhole());
+  EXPECT_EQ(contents(), "new new new ");
+}
+
+TEST_F(UndoTest, OfAKilledRestoreOfKeysTheEarlierFileReturns) {
+  fakes_.clock.advance(std::chrono::seconds(1));  // staged before the receipt is begun
+  const std::string path = prefs("a.plist");
+  task("restore-keys",
+       [&](TaskReport& report) { replaceContent(path, "keys", *files_.info(path, Links::Follow), "prefs", report); });
+  cutNewestAt("{ done");
+  EXPECT_EQ(contents(), "keys old old ");
+  EXPECT_TRUE(undo().isWhole());
+  EXPECT_EQ(contents(), "old old old ");
+}
+
+// Killed when its replaced copies were in the Trash; then when they lay beside the backup, and the undo as well.
+TEST_F(UndoTest, OfAKilledUpdateTheReplacedCopiesAreFound) {
+  const auto backup = backupOfAll("Set");
+  ASSERT_EQ(backup->writeData(report_), WriteResult::Success);
+  const std::string copies = inLibrary("Set.vnt/Users/user/Library/Preferences/");
+  const auto update = [&](const char* content) {
+    fill(content);
+    task("update", [&](TaskReport& report) { EXPECT_EQ(backup->writeData(report, true), WriteResult::Success); });
+    cutNewestAt("{ done = \"trash\"");
+  };
+  update("newer");
+  EXPECT_TRUE(undo().isWhole());
+  EXPECT_EQ(readFile(copies + "b.plist"), "old");
+
+  std::filesystem::remove_all(home_ / ".local/share/Trash");
+  update("newest");
+  std::filesystem::rename(inTrash("Set (replaced copies)"), inLibrary("Set (replaced copies)"));
+  files_.heal();
+  files_.crashAfter(Operation::Commit, 2);
+  EXPECT_THROW(undo(), SimulatedCrash);
+  files_.heal();
+  cutNewestAt("{ ended");
+  fakes_.clock.advance(std::chrono::seconds(1));
+  EXPECT_TRUE(undo().isWhole());
+  EXPECT_EQ(readFile(copies + "a.plist") + readFile(copies + "b.plist") + readFile(copies + "c.plist"), "oldoldold");
+}
+
 TEST_F(UndoTest, WhatASpoiltReceiptSaysIsRefused) {
   trash();
   const std::string whole = readFile(newest());
@@ -133,6 +194,11 @@ TEST_F(UndoTest, AnUpdatedBackupAndALockComeBack) {
   metadata_.locked = {prefs("a.plist")};
   task("lock", [&](TaskReport& report) { item()->lockFiles(On, report); });
   EXPECT_EQ(metadata_.locked.size(), 4u);
+  // What is so already leaves no receipt, nor does what nothing came of hide the task before.
+  const std::string lock = newest();
+  task("lock", [&](TaskReport& report) { item()->lockFiles(On, report); });
+  EXPECT_EQ(newest(), lock);
+  task("trash", [&](TaskReport& report) { report.planned(FileAction::Trash, std::vector{prefs("x")}); });
   EXPECT_TRUE(undo().isWhole());
   EXPECT_THAT(metadata_.locked, UnorderedElementsAre(prefs("a.plist")));
 }
