@@ -140,7 +140,7 @@ int updateCommand(const CommandContext& context) {
     if (!backup->isComplete()) return refuse(context, backup->flawInWords() + ". It cannot be updated.");
     const WriteResult result = backup->writeData(context.report, true);
     const std::size_t copied = context.report.count(FileReport::Outcome::Done, FileAction::Copy);
-    if (result == WriteResult::Success && copied == 0)
+    if (result == WriteResult::Success && copied == 0 && context.report.isWhole())
       context.report.notice("None of its files is there now: the backup is as it was.");
     const char* earlier = context.report.hasDone(FileAction::Trash) ? " The earlier copies are in the Trash." : "";
     context.report.summarize(formatted("Put %@ into \"%@\".%@", filesInWords(copied), backup->name(), earlier));

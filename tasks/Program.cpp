@@ -63,7 +63,7 @@ class TaskEnding {
       : command_(command), options_(options), output_(output), errors_(errors) {}
 
   // Tells of the report, and answers the exit code.
-  int tell(int exitCode, const TaskReport& report, bool canBeUndone = false) const {
+  int tell(int exitCode, const TaskReport& report, const TaskReceipt* receipt = nullptr) const {
     tellWhatWasNotDone(report, true);
     QWLog::finishWriting();
     if (options_.strict) exitCode = strictExitCode(exitCode, report, command_.deed);
@@ -72,7 +72,8 @@ class TaskEnding {
     if (command_.deed && exitCode == 0 && report.isWhole() && report.remarks().empty() &&
         platform().system.hasTerminal()) {
       const std::string sentence = sentenceOn(*command_.deed, report);
-      if (!sentence.empty()) errors_ << printable(sentence) << (canBeUndone ? " Undo: vantory --undo" : "") << '\n';
+      const std::string undo = receipt && receipt->isOfUse() ? " Undo: " + receipt->undoCommand() : "";
+      if (!sentence.empty()) errors_ << printable(sentence) << undo << '\n';
     }
     return exitCode;
   }
@@ -123,7 +124,7 @@ int runCommand(const ChosenCommand& chosen, TaskOptions options, std::ostream& o
   noteUnusedArguments(context, command.mostOperands);
   const int exitCode = command.run(context);
   receipt.end();
-  return ending.tell(exitCode, report, receipt.isOfUse());
+  return ending.tell(exitCode, report, &receipt);
 }
 
 // Becomes the window's program, which lies beside this one.

@@ -40,7 +40,7 @@ Result<std::vector<KeyPath>> keysIn(const CommandContext& context, std::size_t f
     if (!key)
       return Error{std::errc::invalid_argument,
                    formatted("\"%@\" is no key path, such as \"Timeline.Tracks[2].Name\".", *context.operand(i))};
-    keys.push_back(*key);
+    if (std::ranges::find(keys, *key) == keys.end()) keys.push_back(*key);
   }
   return keys;
 }

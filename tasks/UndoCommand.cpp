@@ -1,11 +1,14 @@
 // "--undo": takes a task back.
 
 #include <algorithm>
+#include <set>
 
 #include "backups/QWDataController.h"
 #include "base/Format.h"
 #include "base/Spelling.h"
 #include "services/log/QWLog.h"
+#include "services/receipts/ReceiptFolder.h"
+#include "services/receipts/ReceiptText.h"
 #include "services/receipts/TaskReceipt.h"
 #include "tasks/AppController.h"
 #include "tasks/TaskCommand.h"
@@ -20,12 +23,22 @@ int refuse(const CommandContext& context, const std::string& reason) {
 }
 
 std::string faultOf(const std::string& name, const std::vector<Receipt>& receipts) {
+  const auto known = receiptNames();
+  if (known && std::ranges::find(*known, name) != known->end())
+    if (const auto receipt = readReceipt(name); !receipt) return receipt.error().text;
   std::vector<std::string> names;
   names.reserve(receipts.size());
   for (const Receipt& receipt : receipts) names.push_back(receipt.name);
   const auto nearest = nearestWord(name, names);
   return nearest ? formatted("There is no receipt \"%@\": did you mean \"%@\"?", name, *nearest)
                  : formatted("There is no receipt \"%@\". \"vantory --receipts\" lists them.", name);
+}
+
+// What stayed where the task was taken back in part may be possible now.
+bool isUndoneWhole(const Receipt& receipt, const std::vector<Receipt>& receipts) {
+  return receipt.isUndone && std::ranges::any_of(receipts, [&](const Receipt& other) {
+           return other.undoes == receipt.name && !other.isUndone && other.outcome == receipt::kWhole;
+         });
 }
 
 }  // namespace
@@ -45,12 +58,16 @@ int undoCommand(const CommandContext& context) {
   if (!receipt) return refuse(context, "There is no task to take back.");
   const std::string task = formatted("\"%@\" of %@", receipt->task, localTimeText(receipt->begun, "%F %T"));
   if (receipt->isRunning) return refuse(context, formatted("%@ is not through yet.", task));
-  if (receipt->isUndone) return refuse(context, formatted("%@ was taken back already.", task));
+  if (isUndoneWhole(*receipt, receipts)) return refuse(context, formatted("%@ was taken back already.", task));
   QWLog::appendLog("Taking %@ back", task);
   QWDataController::sharedController().populateApps();
   if (context.receipt) context.receipt->takesBack(receipt->name);
   UndoRun(*receipt, receipts, context.report).run();
-  const std::size_t files = context.report.count(FileReport::Outcome::Done);
+  // Of one that was replaced, both went back.
+  std::set<std::string> paths;
+  for (const FileReport& file : context.report.files())
+    if (file.outcome == FileReport::Outcome::Done) paths.insert(file.path);
+  const std::size_t files = paths.size();
   context.report.summarize(files == 0 ? formatted("There was nothing left of %@ to take back.", task)
                                       : formatted("Took %@ back: %i %@.", task, files, files == 1 ? "file" : "files"));
   return 0;

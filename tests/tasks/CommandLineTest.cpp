@@ -215,10 +215,30 @@ TEST_F(CommandLineTest, UndoLeavesWhatHasChangedSince) {
               Contains(home_ / kFiles[1].second + " has changed since, and stays as it is."));
   EXPECT_THAT(fakes_.systemLog.messages(), Contains(home_ / kFiles[2].second + " is no longer in the Trash."));
 
-  // An undo is taken back by its name.
-  EXPECT_EQ(run("--receipts --print0"), 0);
-  EXPECT_EQ(run("--undo " + std::string(output_.str().c_str())), 0);
+  // An undo is taken back by its name, which the person at a terminal is told.
+  const auto newest = [&] {
+    EXPECT_EQ(run("--receipts --print0"), 0);
+    return std::string(output_.str().c_str());
+  };
+  fakes_.system.isInTerminal = true;
+  EXPECT_EQ(run("--undo " + newest()), 0);
   EXPECT_EQ(readFile(home_ / kFiles[0].second), "boris");
+  const std::string sentence = errors_.str();
+  EXPECT_THAT(sentence, HasSubstr(" back: 4 files. Undo: vantory --undo " + newest() + "\n"));
+
+  // What stayed is taken back when it can be. One that cannot be read is not said to be missing.
+  EXPECT_EQ(run("-trash fcpPrefs"), 0);
+  const std::string trashed = newest();
+  const std::string path = home_ / kFiles[1].second;
+  writeFile(path, "made since");
+  EXPECT_EQ(run("--strict --undo"), 3);
+  fs::remove(path);
+  EXPECT_EQ(run("--strict --undo " + trashed), 0);
+  EXPECT_EQ(readFile(path), "changed");
+  EXPECT_EQ(run("--undo " + trashed), 1);
+  writeFile(home_ / ("Library/Application Support/Quarrywell/Vantory/Receipts/" + trashed + ".plist"), "spoilt");
+  EXPECT_EQ(run("--undo " + trashed), 1);
+  EXPECT_THAT(fakes_.systemLog.messages().back(), testing::EndsWith("is damaged."));
 }
 
 TEST_F(CommandLineTest, LockAndUnlockTakeEverythingWithoutAnOperand) {
