@@ -52,7 +52,7 @@ RecentTasksDialog::RecentTasksDialog(QWidget* parent)
   resize(kSize);
 }
 
-void RecentTasksDialog::open(const std::vector<UndoRow>& rows) {
+void RecentTasksDialog::openWith(const std::vector<UndoRow>& rows) {
   list_->clear();
   setRows(rows);
   list_->setFocus();

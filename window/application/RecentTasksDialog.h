@@ -17,7 +17,7 @@ class RecentTasksDialog : public QDialog {
  public:
   explicit RecentTasksDialog(QWidget* parent);
 
-  void open(const std::vector<UndoRow>& rows);
+  void openWith(const std::vector<UndoRow>& rows);
   // The selection stays where it can.
   void setRows(const std::vector<UndoRow>& rows);
   // Called with the receipt that the person chose.

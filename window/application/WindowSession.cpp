@@ -159,7 +159,7 @@ void WindowSession::connectMenus() {
   WindowMenus& menus = window_.menus();
   onTrigger(*menus.importBackup, [this] { delegate_.importBackup(); });
   onTrigger(*menus.undo, [this] { undo_.undo(); });
-  onTrigger(*menus.recentTasks, [this] { recentTasks_.open(undo_.rows()); });
+  onTrigger(*menus.recentTasks, [this] { recentTasks_.openWith(undo_.rows()); });
   undo_.onReload = [this] { recentTasks_.setRows(undo_.rows()); };
   recentTasks_.onUndo = [this](const std::string& receipt) { undo_.undo(receipt); };
   onTrigger(*menus.preferences, [this] { delegate_.showPreferences(); });
