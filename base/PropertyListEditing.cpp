@@ -6,6 +6,7 @@
 #include "base/PropertyListBytes.h"
 #include "base/PropertyListFormats.h"
 #include "base/PropertyListXmlPlaces.h"
+#include "base/Text.h"
 
 namespace vantory {
 
@@ -20,7 +21,7 @@ std::string written(const PropertyList& value, PropertyListForm form) {
     case PropertyListForm::Text:
       break;
   }
-  return writeTextPropertyList(value) + "\n";
+  return writeTextWithData(value) + "\n";
 }
 
 // What the form makes of a value: in text every plain one is text, in XML a date has no fraction of a second.
@@ -28,6 +29,15 @@ std::optional<PropertyList> asHeldBy(PropertyListForm form, const PropertyList& 
   const auto held = parsePropertyList(written(PropertyListArray{value}, form));
   if (!held || !held->asArray() || held->asArray()->size() != 1) return std::nullopt;
   return held->asArray()->front();
+}
+
+// Whether texts may hold bytes that are no UTF-8, as they are or as octal escapes. Read, they are data.
+bool mayQuoteBytes(std::string_view bytes) {
+  std::string storage;
+  const std::string_view text = decodedText(bytes, storage);
+  for (std::size_t at = text.find('\\'); at < text.size(); at = text.find('\\', at + 2))
+    if (const auto octal = text.substr(at + 1, 1); octal == "2" || octal == "3") return true;
+  return !isUtf8(text);
 }
 
 // The blanks that the line begins with on which this place is.
@@ -66,6 +76,7 @@ std::optional<std::string> editedPropertyList(std::string_view bytes, const std:
   auto wanted = parsePropertyList(bytes);
   std::optional<std::string> patched;
   if (form == PropertyListForm::Xml) patched = std::string(bytes);
+  if (form == PropertyListForm::Text && wanted && mayQuoteBytes(bytes)) return std::nullopt;
   for (const auto& [path, value] : edits) {
     const auto held = asHeldBy(form, value);
     if (!wanted || !held) return std::nullopt;

@@ -29,6 +29,8 @@ inline constexpr std::size_t kLargestXml = 4 * 1024 * 1024;
 PropertyList parseXmlPropertyList(std::string_view bytes);
 PropertyList parseBinaryPropertyList(std::string_view bytes);
 PropertyList parseTextPropertyList(std::string_view utf8);
+// As writeTextPropertyList(), but all data is in hexadecimal, whatever its bytes are.
+std::string writeTextWithData(const PropertyList& value);
 
 // The element of one value alone, indented by so many tabs, each line with its end.
 std::string xmlElement(const PropertyList& value, std::size_t level);

@@ -246,6 +246,9 @@ class TextReader {
 // Writes one value; what an array or a dictionary holds stands on lines of its own, by level.
 class TextWriter {
  public:
+  enum class Bytes { QuotedWhereText, Hexadecimal };
+
+  explicit TextWriter(Bytes bytes) : bytes_(bytes) {}
   std::string document(const PropertyList& value) {
     write(value);
     return std::move(out_);
@@ -263,7 +266,7 @@ class TextWriter {
   void put(const Timestamp& value) { put(propertyListDate(value)); }
 
   void put(const PropertyListData& value) {
-    if (const auto text = textOf(value)) return put(*text);
+    if (const auto text = textOf(value); text && bytes_ == Bytes::QuotedWhereText) return put(*text);
     out_ += '<';
     for (const unsigned char byte : value.bytes) {
       constexpr std::string_view kDigits = "0123456789abcdef";
@@ -340,6 +343,7 @@ class TextWriter {
 
   void beginLine() { out_.append("\n").append(4 * level_, ' '); }
 
+  const Bytes bytes_;
   std::string out_;
   std::size_t level_ = 0;
 };
@@ -351,7 +355,11 @@ PropertyList parseTextPropertyList(std::string_view utf8) {
 }
 
 std::string writeTextPropertyList(const PropertyList& value) {
-  return TextWriter().document(value);
+  return TextWriter(TextWriter::Bytes::QuotedWhereText).document(value);
+}
+
+std::string writeTextWithData(const PropertyList& value) {
+  return TextWriter(TextWriter::Bytes::Hexadecimal).document(value);
 }
 
 }  // namespace vantory

@@ -116,6 +116,11 @@ TEST(PropertyListEditingTest, ChangesOnlyWhatItIsToldTo) {
             std::string(xml).replace(xml.find("<string>"), 32, "<string>&lt;z&gt;</string>"));
   EXPECT_THAT(*editedPropertyList(xml, {{{"d", "y"}, true}}),
               testing::HasSubstr("</string>\n\t\t<key>y</key>\n\t\t<true/>\n\t</dict>"));
+  // In text form, data stays data, and what might be something else stays alone.
+  EXPECT_EQ(*editedPropertyList("{a = 1; b = <ff>; c = \"\\\\2\";}", {{{"a"}, "2"}}),
+            "{\n    a = 2;\n    b = <ff>;\n    c = \"\\\\2\";\n}\n");
+  for (const char* quoted : {"{a = 1; b = \"\\377\";}", "{a = 1; b = \"\xff\";}"})
+    EXPECT_FALSE(editedPropertyList(quoted, {{{"a"}, "2"}})) << quoted;
   for (const char* nowhere : {"a&b[3]", "d.x.y", "nothing.new"})
     EXPECT_FALSE(editedPropertyList(xml, {{*parseKeyPath(nowhere), true}})) << nowhere;
 }
