@@ -214,6 +214,7 @@ int compareBackup(const QuestionContext& context) {
   const std::size_t keys = areTwo ? 2 : 1;
   if (operands.size() > keys) request.items = keysFor(operands[keys], report);
   if (request.items && request.items->empty()) {
+    if (report.unusedOperands().empty()) return refuse(context, formatted("\"%@\" names no item.", operands[keys]));
     tellErrors(context, {}, report);
     return 1;
   }
