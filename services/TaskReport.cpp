@@ -99,6 +99,8 @@ void TaskReport::noted(FileAction action, const std::string& path, const std::st
 }
 
 void TaskReport::take(TaskReport other) {
+  for (const FileReport& file : other.files_)
+    if (file.outcome == Outcome::Done) noted(file.action, file.path, file.item, file.place);
   std::ranges::move(other.files_, std::back_inserter(files_));
   std::ranges::move(other.remarks_, std::back_inserter(remarks_));
 }

@@ -239,7 +239,10 @@ void UndoRun::trashWhatWasPut(const ReceiptStep& deed) {
   }
   QWLog::appendLog("Trashing file %@", deed.path);
   const auto place = QWFileManager::trashFile(deed.path, 10s, report_);
-  if (!place) return report_.failed(FileAction::Trash, deed.path, place.error(), deed.item);
+  if (!place) {
+    staying_.insert(deed.path);
+    return report_.failed(FileAction::Trash, deed.path, place.error(), deed.item);
+  }
   report_.done(FileAction::Trash, deed.path, deed.item, *place);
   changedAnything_ = true;
 }

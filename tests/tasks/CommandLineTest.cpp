@@ -376,6 +376,9 @@ TEST_F(CommandLineTest, TheLibraryIsManagedByCommand) {
   EXPECT_EQ(run("--prune"), 0);
   EXPECT_EQ(std::distance(fs::directory_iterator(library("/Autosaves")), {}), 2) << "nobody has set a number";
   EXPECT_EQ(run("--strict --prune 1"), 0);
+  // The one that is left is not taken back in place of those that are gone.
+  EXPECT_EQ(run("--strict --undo"), 3);
+  EXPECT_THAT(fakes_.systemLog.messages(), Contains(HasSubstr("was removed for good and cannot come back.")));
   EXPECT_EQ(std::distance(fs::directory_iterator(library("/Autosaves")), {}), 1);
 }
 
