@@ -80,14 +80,19 @@ bool SurveyedRows::isSurveyed(const std::string& column) {
 
 std::optional<ObjectValue> SurveyedRows::surveyedValue(const std::string& column, const OutlineItemPointer& row) const {
   if (!isSurveyed(column)) return std::nullopt;
+  std::optional<ObjectValue> value(std::in_place);
   const auto& survey = Surveyor::shared().survey();
-  if (!survey) return ObjectValue();
+  if (!survey) return value;
   const Standing standing = standingIn(*survey, row);
-  if (column == "kept") return ObjectValue(keptInWords(standing));
-  if (column == "files") return ObjectValue(standing.files > 0 ? formatted("%i", standing.files) : "none");
-  if (standing.files == 0) return ObjectValue();
-  if (column == "size") return ObjectValue(sizeInWords(standing.bytes));
-  return standing.changed ? ObjectValue(*standing.changed) : ObjectValue();
+  if (column == "kept")
+    value->emplace<std::string>(keptInWords(standing));
+  else if (column == "files")
+    value->emplace<std::string>(standing.files > 0 ? formatted("%i", standing.files) : "none");
+  else if (column == "size" && standing.files > 0)
+    value->emplace<std::string>(sizeInWords(standing.bytes));
+  else if (standing.files > 0 && standing.changed)
+    value->emplace<Timestamp>(*standing.changed);
+  return value;
 }
 
 bool SurveyedRows::hasNothing(const OutlineItemPointer& row) const {
