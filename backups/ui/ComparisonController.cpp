@@ -11,6 +11,7 @@
 #include "services/files/QWAuthorization.h"
 #include "services/log/QWLog.h"
 #include "services/messages/QWAlert.h"
+#include "services/receipts/TaskReceipt.h"
 #include "services/threads/BackgroundThreads.h"
 #include "services/threads/MainThread.h"
 
@@ -101,7 +102,9 @@ void ComparisonController::restoreOnThread(const std::shared_ptr<QWBackup>& back
   QWLog::appendLog("Restoring parts of backup %@", backup->name());
   TaskReport report;
   QWBackup::writeAutoBackup(report);
+  TaskReceipt receipt(report, {.name = "restore", .operands = {backup->path()}});
   restorePartly(backup, choices, report);
+  receipt.end();
   if (!reportIncompleteRestore(report))
     QWAlert::alertSheetWithMessageText("Preferences successfully restored",
                                        withCauses("You may now relaunch your applications.", report),

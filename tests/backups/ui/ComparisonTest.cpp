@@ -2,6 +2,7 @@
 #include "backups/ui/ComparisonController.h"
 #include "backups/ui/ComparisonView.h"
 #include "base/PropertyListBytes.h"
+#include "services/receipts/Receipt.h"
 #include "services/settings/QWUserDefaults.h"
 #include "tests/backups/ui/PaneTest.h"
 
@@ -100,6 +101,10 @@ TEST_F(ComparisonWindowTest, RestoresWhatIsTickedAndNothingElse) {
   EXPECT_EQ(readFile(prefs("editor.layout")), "other");
   EXPECT_EQ(controller().autoBackupArray().size(), 1U);
   EXPECT_EQ(alerts_.back(), "Preferences successfully restored");
+  const auto receipts = allReceipts();
+  ASSERT_EQ(receipts.size(), 1U) << "it can be taken back";
+  EXPECT_EQ(receipts[0].task, "restore");
+  EXPECT_FALSE(receipts[0].steps.empty());
 
   tick({"Editor"});
   window_.restoreTicked();
