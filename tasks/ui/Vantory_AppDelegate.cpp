@@ -156,6 +156,7 @@ void Vantory_AppDelegate::askToImport(const std::string& path) {
 // Worker thread.
 void Vantory_AppDelegate::addWithoutRestoring(const std::string& path) {
   TaskReport report;
+  const TaskReceipt receipt(report, {.name = "import", .operands = {path}});
   const auto added = QWDataController::sharedController().copyBackupFromFile(path, report);
   if (!added) {
     reportResult(formatted("The backup \"%@\" could not be added", backupName(path)), "", report, Retry::None);

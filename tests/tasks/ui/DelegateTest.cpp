@@ -3,6 +3,7 @@
 #include <atomic>
 #include <thread>
 
+#include "services/receipts/ReceiptFolder.h"
 #include "services/settings/QWUserDefaults.h"
 #include "tasks/ui/DocumentPaths.h"
 #include "tests/backups/ui/PaneTest.h"
@@ -95,6 +96,7 @@ TEST_F(DelegateTest, ABackupIsImportedAfterAQuestion) {
   EXPECT_EQ(readFile(prefs("editor.plist")), "spoilt") << "added without being restored";
   EXPECT_EQ(selected_, inLibrary("Clean setup-2.vnt")) << "beside the one of that name";
   EXPECT_TRUE(exists(selected_ + "/Settings.plist"));
+  EXPECT_EQ(receiptNames()->size(), 2U) << "both can be taken back";
   EXPECT_TRUE(chooser_.request.folders);
   const std::string question = "Are you sure you wish to restore the backup \"Clean setup\"?";
   EXPECT_THAT(alerts_, ElementsAre(question, question, "Restoration complete", question));
