@@ -53,6 +53,7 @@ void ComparisonController::compare(const std::shared_ptr<QWBackup>& backup) {
   backup_ = backup;
   view_.show(formatted("Compare \"%@\"", backup->name()));
   showRows(nullptr);
+  if (!backup->isComplete()) return view_.setStatus(backup->flawInWords() + ". There is nothing to compare.", false);
   view_.setStatus("Comparing…", true);
   QWLog::appendLog("Comparing backup %@", backup->name());
   const auto work = [this, backup, ended] {

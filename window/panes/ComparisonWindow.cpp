@@ -74,9 +74,11 @@ OutlineView& ComparisonWindow::rows() {
   return *outline_;
 }
 
-// Down to the files; their keys are opened by whoever wants to see them.
+// Down to the files; their keys are opened by whoever wants to see them. The keyboard begins with the first.
 void ComparisonWindow::openRows() {
-  outline_->tree().expandToDepth(1);
+  OutlineTree& tree = outline_->tree();
+  tree.expandToDepth(1);
+  if (!tree.currentIndex().isValid()) tree.setCurrentIndex(tree.model()->index(0, 0));
 }
 
 void ComparisonWindow::setStatus(const std::string& sentence, bool isBusy) {

@@ -114,6 +114,13 @@ TEST_F(ComparisonWindowTest, RestoresWhatIsTickedAndNothingElse) {
   EXPECT_EQ(view_.status, "A restore would change nothing: 4 files are the same.");
 }
 
+TEST_F(ComparisonWindowTest, AnIncompleteBackupIsNotCalledTheSame) {
+  makeFolders(inLibrary("Torn.vnt"));
+  window_.compare(QWBackup::backupWithFile(inLibrary("Torn.vnt")));
+  finishWork();
+  EXPECT_EQ(view_.status, "\"Torn\" is incomplete. There is nothing to compare.");
+}
+
 TEST_F(ComparisonWindowTest, AClosedWindowIsNotFilledAnyMore) {
   window_.compare(backup_);
   window_.close();
