@@ -77,6 +77,10 @@ void QWRestoreOutlineController::sortColumnWithIdentifier(const std::string& col
   library().setBackupArray(sortedLibrary(library().backupArray(), {column, descending}));
   setSortIndicatorsForColumn(column, descending);
   parts_.outline.reloadData();
+  showAge();
+}
+
+void QWRestoreOutlineController::showAge() {
   const BackupAge age = ageOf(library().allBackups());
   parts_.outline.setRemark(age.overdue ? age.text + " " + *age.overdue : age.text);
 }

@@ -66,6 +66,7 @@ class QWRestoreOutlineController : public RowsDelegate, public OutlineActions {
   void updateBackupFilesOnThread(const std::shared_ptr<QWBackup>& backup);
 
   void applySortingForOutlineView();
+  void showAge();
   void sortColumnWithIdentifier(const std::string& column, bool descending);
   void setSortIndicatorsForColumn(const std::string& column, bool descending);
 

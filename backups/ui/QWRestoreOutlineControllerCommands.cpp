@@ -196,6 +196,7 @@ void QWRestoreOutlineController::rename(const std::shared_ptr<QWBackup>& backup,
         record->updateDefault();
       }
       parts_.outline.reloadItem(std::make_shared<RecordRow>(renamed), false);
+      showAge();
       selectionDidChange();
     });
     tellKeptName(name, kept, cleaned);

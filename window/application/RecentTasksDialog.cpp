@@ -65,7 +65,7 @@ void RecentTasksDialog::setRows(const std::vector<UndoRow>& rows) {
   list_->clear();
   for (const UndoRow& row : rows) {
     auto* item = new QTreeWidgetItem(list_, {shown(row.date), shown(row.title), shown(row.state)});
-    item->setSizeHint(0, QSize(0, fontMetrics().height() * 3 / 2));
+    item->setSizeHint(1, QSize(0, fontMetrics().height() * 3 / 2));
     item->setData(0, kReceipt, QString::fromStdString(row.receipt));
     item->setData(0, kCanBeUndone, row.canBeUndone);
     item->setToolTip(1, shown(row.title));

@@ -31,7 +31,7 @@ RestorePane::RestorePane()
                   columns(), QStringLiteral("Backups")),
       restore(addCommand(QStringLiteral("&Restore…"), QKeySequence(QStringLiteral("Ctrl+R")))),
       compare(addCommand(QStringLiteral("&Compare…"), QKeySequence(QStringLiteral("Ctrl+K")))),
-      edit(addToSection(QStringLiteral("&Edit…"), QKeySequence(QStringLiteral("Ctrl+E")))),
+      edit(addToSection(QStringLiteral("Ed&it…"), QKeySequence(QStringLiteral("Ctrl+E")))),
       toggleDefault(addCommand(QStringLiteral("Set as &Default Backup"), QKeySequence(QStringLiteral("Ctrl+D")))),
       rename(addCommand(QStringLiteral("Re&name"), QKeySequence(Qt::Key_F2))),
       remove(addCommand(QStringLiteral("Re&move…"))),
