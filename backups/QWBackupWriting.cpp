@@ -390,6 +390,8 @@ void QWBackup::removeCreatedFolder(TaskReport& report) {
   }
   if (const Status removed = QWFileManager::removeFile(path_, 10s); !removed)
     report.failed(FileAction::Remove, path_, removed.error());
+  else
+    report.noted(FileAction::Remove, path_);
   createdFolder_.reset();
 }
 

@@ -116,7 +116,8 @@ void readEntry(const PropertyListDictionary& entry, Receipt& receipt) {
 }
 
 // Of what was planned only that remains which nothing says was done, and nothing at all of a task that has ended. One
-// file may be restored twice; a folder that was made is noted again when it is full, a copy when it is made anew.
+// file may be restored twice; a folder that was made is noted again when it is full, a copy when it is made anew. One
+// that was made and removed again, as a backup that found no files, is as if it had never been.
 void dropOvertaken(Receipt& receipt) {
   std::set<std::pair<FileAction, std::string>> done;
   std::vector<ReceiptStep> kept;
@@ -126,6 +127,10 @@ void dropOvertaken(Receipt& receipt) {
     const bool isOvertaken = isKnown && (!step->isDone || isOnce);
     if (!isOvertaken && (step->isDone || !receipt.ended)) kept.push_back(std::move(*step));
   }
+  std::erase_if(kept, [&](const ReceiptStep& step) {
+    const auto has = [&](FileAction action) { return done.contains({action, step.path}); };
+    return step.isDone && has(FileAction::Create) && has(FileAction::Remove);
+  });
   std::ranges::reverse(kept);
   receipt.steps = std::move(kept);
 }
@@ -187,11 +192,14 @@ std::vector<Receipt> allReceipts() {
   return receipts;
 }
 
+bool canBeTakenBack(const Receipt& receipt) {
+  const bool didNothing = receipt.ended && receipt.steps.empty();
+  return !receipt.isUndone && !receipt.isRunning && !didNothing;
+}
+
 const Receipt* newestToUndo(const std::vector<Receipt>& receipts) {
-  const auto found = std::ranges::find_if(receipts, [](const Receipt& receipt) {
-    const bool didNothing = receipt.ended && receipt.steps.empty();
-    return !receipt.isUndone && !receipt.isRunning && receipt.undoes.empty() && !didNothing;
-  });
+  const auto found = std::ranges::find_if(
+      receipts, [](const Receipt& receipt) { return canBeTakenBack(receipt) && receipt.undoes.empty(); });
   return found == receipts.end() ? nullptr : &*found;
 }
 

@@ -45,8 +45,11 @@ Result<Receipt> readReceipt(const std::string& name);
 // Everything that can be read, the newest first. A damaged receipt is logged and left out.
 std::vector<Receipt> allReceipts();
 
-// The newest that did something, was not taken back, and took nothing back itself: that is done again by its name only.
-// Null where there is none.
+// Not one that runs, was taken back, or is through and changed nothing. Known only of one in a list of all.
+bool canBeTakenBack(const Receipt& receipt);
+
+// The newest that can be taken back, and took nothing back itself: that is done again by its name only. Null where
+// there is none.
 const Receipt* newestToUndo(const std::vector<Receipt>& receipts);
 
 }  // namespace vantory
