@@ -4,15 +4,16 @@
 #include <algorithm>
 #include <utility>
 
+#include "backups/QWDataController.h"
 #include "backups/ui/Controls.h"
 #include "backups/ui/FailureReport.h"
-#include "base/Format.h"
 #include "services/TaskReport.h"
 #include "services/files/QWAuthorization.h"
 #include "services/log/QWLog.h"
 #include "services/messages/QWAlert.h"
 #include "services/messages/QWProgressController.h"
 #include "services/receipts/Receipt.h"
+#include "services/receipts/ReceiptFolder.h"
 #include "services/receipts/TaskReceipt.h"
 #include "services/threads/BackgroundThreads.h"
 #include "services/threads/MainThread.h"
@@ -26,25 +27,46 @@ UndoController::UndoController(const Parts& parts)
 
 // After the tasks that were there first: the catalog is known then, and what they did is in their receipts.
 void UndoController::reload() {
-  SerialWork::tasks().add([this] {
-    const std::vector<Receipt> receipts = allReceipts();
-    std::vector<UndoRow> rows;
-    rows.reserve(receipts.size());
-    for (const Receipt& receipt : receipts)
-      rows.push_back({.receipt = receipt.name,
-                      .date = localTimeText(receipt.begun, "%F %T"),
-                      .title = titleOf(receipt),
-                      .state = stateOf(receipt),
-                      .canBeUndone = !receipt.isUndone && !receipt.isRunning});
-    const Receipt* newest = newestToUndo(receipts);
-    const std::string title = newest ? titleOf(*newest) : "";
-    MainThread::shared().runAndWait([&] {
-      rows_ = std::move(rows);
-      newest_ = newest ? newest->name : "";
-      parts_.command.setTitle(newest ? "Undo " + title : "Undo");
-      parts_.command.setEnabled(newest != nullptr);
-      if (onReload) onReload();
-    });
+  SerialWork::tasks().add([this] { readReceipts(); });
+}
+
+// Every task leaves a receipt, whoever did it, so that their names tell whether there is anything to read.
+void UndoController::followOthers() {
+  const auto look = [this, known = known_, isOneRunning = isOneRunning_] {
+    const auto names = receiptNames();
+    if (!names || (*names == known && !isOneRunning)) return;
+    SerialWork::tasks().add([this] { readEverything(); });
+  };
+  BackgroundThreads::shared().start(look, BackgroundThreads::Kind::Look);
+}
+
+void UndoController::readEverything() {
+  readReceipts();
+  QWDataController::sharedController().populateBackups();
+  NotificationCenter::shared().postOnMainThread("QWVantoryAppRefresh");
+}
+
+void UndoController::readReceipts() {
+  const auto names = receiptNames();
+  const std::vector<Receipt> receipts = allReceipts();
+  std::vector<UndoRow> rows;
+  rows.reserve(receipts.size());
+  for (const Receipt& receipt : receipts)
+    rows.push_back({.receipt = receipt.name,
+                    .date = localTimeText(receipt.begun, "%F %T"),
+                    .title = titleOf(receipt),
+                    .state = stateOf(receipt),
+                    .canBeUndone = canBeTakenBack(receipt)});
+  const Receipt* newest = newestToUndo(receipts);
+  const std::string title = newest ? titleOf(*newest) : "";
+  MainThread::shared().runAndWait([&] {
+    rows_ = std::move(rows);
+    if (names) known_ = *names;
+    isOneRunning_ = std::ranges::any_of(receipts, &Receipt::isRunning);
+    newest_ = newest ? newest->name : "";
+    parts_.command.setTitle(newest ? "Undo " + title : "Undo");
+    parts_.command.setEnabled(newest != nullptr);
+    if (onReload) onReload();
   });
 }
 
@@ -62,7 +84,11 @@ void UndoController::takeBack(const std::string& name) {
   QWAuthorization::sharedController().beginTask();
   const std::vector<Receipt> receipts = allReceipts();
   const auto receipt = std::ranges::find(receipts, name, &Receipt::name);
-  if (receipt == receipts.end() || receipt->isUndone || receipt->isRunning) return reload();
+  if (receipt == receipts.end() || receipt->isUndone || receipt->isRunning) {
+    readEverything();
+    return reportFailure("This task cannot be taken back now",
+                         "It is not through yet, was taken back already, or its receipt is gone.");
+  }
   const std::string title = titleOf(*receipt);
   QWLog::appendLog("Taking %@ back", title);
   MainThread& mainThread = MainThread::shared();
@@ -82,9 +108,9 @@ void UndoController::takeBack(const std::string& name) {
     NotificationCenter::shared().post("QWVantoryAppRefresh");
   });
   if (!report.isWhole())
-    reportFailure(formatted("\"%@\" was not taken back as a whole", title), report.causes());
+    reportFailure("Not taken back as a whole: " + title, report.causes());
   else
-    QWAlert::alertSheetWithMessageText(formatted("\"%@\" was taken back", title), report.causes());
+    QWAlert::alertSheetWithMessageText("Taken back: " + title, report.causes());
 }
 
 }  // namespace vantory

@@ -33,6 +33,8 @@ class UndoController {
 
   // Reads the receipts anew. Returns before that is done.
   void reload();
+  // As reload(), and lists the library and what is there anew, where another process has done something. Main thread.
+  void followOthers();
   // The newest first, as last read.
   const std::vector<UndoRow>& rows() const { return rows_; }
   // Called when they were.
@@ -43,10 +45,15 @@ class UndoController {
   void undo(const std::string& receipt);
 
  private:
+  // Worker threads.
+  void readReceipts();
+  void readEverything();
   void takeBack(const std::string& receipt);
 
   const Parts parts_;
   std::vector<UndoRow> rows_;
+  std::vector<std::string> known_;  // all receipts, also such as cannot be read
+  bool isOneRunning_ = false;
   std::string newest_;  // empty where there is nothing to take back
   NotificationCenter::Observation refresh_;
 };

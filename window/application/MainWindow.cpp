@@ -142,7 +142,11 @@ void MainWindow::makeMenus() {
   QMenu& file = *menuBar()->addMenu(QStringLiteral("&File"));
   auto* help = new QMenu(QStringLiteral("&Help"), this);
   // Filled here already, though its place is at the end of the bar.
-  menus_->addTo(file, *menuBar()->addMenu(QStringLiteral("&Edit")), *help);
+  QMenu& edit = *menuBar()->addMenu(QStringLiteral("&Edit"));
+  menus_->addTo(file, edit, *help);
+  connect(&edit, &QMenu::aboutToShow, this, [this] {
+    if (onAttention) onAttention();
+  });
   QAction* quit = file.addAction(QStringLiteral("&Quit"), QKeySequence(QKeySequence::Quit));
   quit->setMenuRole(QAction::QuitRole);
   connect(quit, &QAction::triggered, this, [this] { close(); });
@@ -224,6 +228,11 @@ void MainWindow::bringToFront() {
 void MainWindow::showNotice(const std::string& text) {
   notice_->setText(displayText(text));
   notice_->setVisible(!text.empty());
+}
+
+void MainWindow::changeEvent(QEvent* event) {
+  QMainWindow::changeEvent(event);
+  if (event->type() == QEvent::ActivationChange && isActiveWindow() && onAttention) onAttention();
 }
 
 // Refused while a task runs, unless the person wants to quit after it.

@@ -42,6 +42,8 @@ class MainWindow : public QMainWindow, public MainWindowView {
   void setActions(Actions actions) { actions_ = std::move(actions); }
   // Called once the window has been painted for the first time.
   std::function<void()> onFirstPaint;
+  // Called when the person turns to the window, or opens its Edit menu.
+  std::function<void()> onAttention;
   // Asked when the window is to close.
   std::function<bool()> mayClose;
 
@@ -56,6 +58,7 @@ class MainWindow : public QMainWindow, public MainWindowView {
   void bringToFront() override;
 
  protected:
+  void changeEvent(QEvent* event) override;
   void closeEvent(QCloseEvent* event) override;
   void paintEvent(QPaintEvent* event) override;
   void dragEnterEvent(QDragEnterEvent* event) override;

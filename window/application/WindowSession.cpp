@@ -97,6 +97,9 @@ void WindowSession::connectWindow() {
                       .openHome = [this] { delegate_.helpVantoryHome(); },
                       .sort = [this](const std::string& column) { restore_.didClickTableColumn(column); },
                       .openFiles = [this](const std::vector<std::string>& paths) { delegate_.openFiles(paths); }});
+  window_.onAttention = [this] {
+    if (painted_) undo_.followOthers();
+  };
   window_.mayClose = [this] { return mayClose(); };
 }
 
@@ -302,6 +305,7 @@ bool WindowSession::wantsToQuit() {
 
 // Work that still runs is served to its end; its questions are answered as if dismissed.
 void WindowSession::finish() {
+  window_.onAttention = nullptr;
   alerts_.refuse();
   comparison_.close();
   Surveyor::shared().stop();
