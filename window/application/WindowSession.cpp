@@ -92,7 +92,11 @@ WindowSession::~WindowSession() {
 // --- Who is told what ------------------------------------------------------------------------------------------------
 
 void WindowSession::connectWindow() {
-  window_.setActions({.choosePane = [this](Pane pane) { choosePane(pane); },
+  window_.setActions({.choosePane =
+                          [this](Pane pane) {
+                            choosePane(pane);
+                            if (painted_) undo_.followOthers();
+                          },
                       .openLink = [this] { delegate_.helpGearwrightHome(); },
                       .openHome = [this] { delegate_.helpVantoryHome(); },
                       .sort = [this](const std::string& column) { restore_.didClickTableColumn(column); },
