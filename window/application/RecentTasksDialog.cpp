@@ -42,6 +42,7 @@ RecentTasksDialog::RecentTasksDialog(QWidget* parent)
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close);
   buttons->button(QDialogButtonBox::Close)->setIcon(QIcon());
   buttons->addButton(undo_, QDialogButtonBox::ActionRole);
+  undo_->setAutoDefault(false);  // Return closes the list
   auto* layout = new QVBoxLayout(this);
   layout->addWidget(list_, 1);
   layout->addWidget(remark);
