@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
-# Kills the program, or fails a system call, at every so-many-th step of each task: `fault_loop.sh PROGRAM EVERY DRIVER`.
+# Kills the program, or fails a system call, at every so-many-th step of each task: `fault_loop.sh PROGRAM EVERY DRIVER [--no-undo]`.
 # To try every step takes hours; fault_loop.py does that.
 . "$(dirname "$0")/lib.sh"
 also=("${3:-}")
 begin ordinary "$@"
 need strace
 strace -o "$work/trace" true 2>/dev/null || skip "tracing is not permitted here"
-exec /usr/bin/python3 "$(dirname "${BASH_SOURCE[0]}")/fault_loop.py" "$program" "$work/services_driver" --every "$2"
+exec /usr/bin/python3 "$(dirname "${BASH_SOURCE[0]}")/fault_loop.py" "$program" "$work/services_driver" --every "$2" "${@:4}"
