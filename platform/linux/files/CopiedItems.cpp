@@ -7,6 +7,8 @@
 #include "platform/linux/files/Folders.h"
 #include "platform/posix/files/Descriptor.h"
 #include "platform/posix/files/Errors.h"
+#include "platform/posix/files/FileTypes.h"
+#include "platform/posix/files/MoveErrors.h"
 
 namespace vantory {
 namespace {
@@ -17,17 +19,6 @@ bool sameTime(const timespec& left, const timespec& right) {
 
 bool isSameItem(const struct stat& left, const struct stat& right) {
   return left.st_dev == right.st_dev && left.st_ino == right.st_ino;
-}
-
-Error changed(const std::string& path) {
-  return errorWithText(std::errc::device_or_resource_busy, path, "it changed while it was moved, and stays");
-}
-
-// It is new, or of a kind that no copy takes.
-Error notCopied(const std::string& path, mode_t mode) {
-  if (S_ISREG(mode) || S_ISDIR(mode) || S_ISLNK(mode))
-    return errorWithText(std::errc::device_or_resource_busy, path, "it appeared while its folder was moved, and stays");
-  return errorWithText(std::errc::not_supported, path, "a special file cannot be moved to another disk, and stays");
 }
 
 // Neither an immutable item nor one that only takes additions can be removed.
@@ -48,12 +39,12 @@ Status CopiedItems::isSame(int folder, const std::string& name, const std::strin
   struct stat now;
   if (fstatat(folder, name.c_str(), &now, AT_SYMLINK_NOFOLLOW) != 0) return systemError(path);
   const auto copied = items_.find(path);
-  if (copied == items_.end()) return notCopied(path, now.st_mode);
+  if (copied == items_.end()) return notCopied(path, typeOfMode(now.st_mode));
   const struct stat& before = copied->second;
   const bool isFolder = S_ISDIR(now.st_mode);
   if (!isSameItem(before, now) ||
       (!isFolder && (before.st_size != now.st_size || !sameTime(before.st_mtim, now.st_mtim))))
-    return changed(path);
+    return changedWhileMoved(path);
   return {};
 }
 
@@ -67,8 +58,8 @@ Status CopiedItems::lookAt(int folder, const std::string& name, const std::strin
   struct stat now;
   if (fstatat(folder, name.c_str(), &now, AT_SYMLINK_NOFOLLOW) != 0) return systemError(path);
   const auto copied = items_.find(path);
-  if (copied == items_.end()) return notCopied(path, now.st_mode);
-  if (!isSameItem(copied->second, now) || !isUnchanged(copied->second, now)) return changed(path);
+  if (copied == items_.end()) return notCopied(path, typeOfMode(now.st_mode));
+  if (!isSameItem(copied->second, now) || !isUnchanged(copied->second, now)) return changedWhileMoved(path);
   if (isLocked(folder, name)) return systemError(path, EPERM);
   if (!S_ISDIR(now.st_mode)) return {};
 

@@ -7,7 +7,6 @@
 #include <sys/stat.h>
 #include <sys/syscall.h>
 
-#include <cstring>
 #include <memory>
 #include <vector>
 
@@ -15,6 +14,7 @@
 #include "platform/linux/files/FileRights.h"
 #include "platform/posix/files/Descriptor.h"
 #include "platform/posix/files/Errors.h"
+#include "platform/posix/files/FileTypes.h"
 
 namespace vantory {
 
@@ -48,29 +48,11 @@ struct KernelEntry {
   char name[1];
 };
 
-// What a file system does not tell here is looked up by addEntry().
-FileType typeOf(unsigned char kind) {
-  switch (kind) {
-    case DT_REG:
-      return FileType::File;
-    case DT_DIR:
-      return FileType::Folder;
-    case DT_LNK:
-      return FileType::SymbolicLink;
-    default:
-      return FileType::Other;
-  }
-}
-
-bool isSelfOrParent(const char* name) {
-  return std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0;
-}
-
 // Adds the entry, with what the kernel did not tell asked for where it is wanted. One that vanished meanwhile is left
 // out.
 Status addEntry(std::vector<DirectoryEntry>& entries, int folder, const KernelEntry& read, Detail detail,
                 const std::string& path) {
-  DirectoryEntry entry{read.name, typeOf(read.type), 0};
+  DirectoryEntry entry{read.name, typeOfEntry(read.type), 0};
   if (detail == Detail::Sizes || read.type == DT_UNKNOWN) {
     struct stat status;
     if (fstatat(folder, read.name, &status, AT_SYMLINK_NOFOLLOW) != 0)
@@ -153,13 +135,6 @@ Status createFolders(const std::string& path, const FileRights& rights) {
   if (parent.empty() || parent == "/") return made;
   if (Status above = createFolders(parent, rights); !above) return above;
   return createFolder(path, rights);
-}
-
-FileType typeOfMode(unsigned mode) {
-  return S_ISREG(mode)   ? FileType::File
-         : S_ISDIR(mode) ? FileType::Folder
-         : S_ISLNK(mode) ? FileType::SymbolicLink
-                         : FileType::Other;
 }
 
 // By the kernel's own call: the C library's costs four more calls and an allocation for each folder.

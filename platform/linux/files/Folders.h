@@ -16,9 +16,6 @@ class FileRights;
 // folder, or a link to one, that is there already is success.
 Status createFolders(const std::string& path, const FileRights& rights);
 
-// The kind of item that a mode tells of.
-FileType typeOfMode(unsigned mode);
-
 // The entries of a folder that is open for reading, from its beginning.
 Result<std::vector<DirectoryEntry>> readFolder(int folder, const std::string& path, Detail detail);
 

@@ -15,6 +15,8 @@
 #include "platform/linux/files/Moving.h"
 #include "platform/linux/files/Staging.h"
 #include "platform/posix/files/Errors.h"
+#include "platform/posix/files/FileTypes.h"
+#include "platform/posix/files/OpenFiles.h"
 
 namespace vantory {
 namespace {
@@ -30,35 +32,6 @@ FileInfo infoOf(const struct statx& status) {
   info.locked = (status.stx_attributes & STATX_ATTR_IMMUTABLE) != 0;
   return info;
 }
-
-// Takes what is written off the front of the bytes.
-Status writeAll(int file, std::string_view& bytes, const std::string& path) {
-  while (!bytes.empty()) {
-    const ssize_t count = uninterrupted([&] { return ::write(file, bytes.data(), bytes.size()); });
-    if (count < 0) return systemError(path);
-    bytes.remove_prefix(static_cast<std::size_t>(count));
-  }
-  return {};
-}
-
-class LinuxAppendFile : public AppendFile {
- public:
-  LinuxAppendFile(Descriptor file, std::string path) : file_(std::move(file)), path_(std::move(path)) {}
-  Status append(std::string_view& bytes) override { return writeAll(file_.get(), bytes, path_); }
-
- private:
-  Descriptor file_;
-  std::string path_;
-};
-
-// The lock goes with the descriptor, and so also with a process that is killed.
-class LinuxFolderHold : public FolderHold {
- public:
-  explicit LinuxFolderHold(Descriptor folder) : folder_(std::move(folder)) {}
-
- private:
-  Descriptor folder_;
-};
 
 // A network file system may know no locks on folders; there each process is on its own.
 bool cannotLock() {
@@ -192,7 +165,7 @@ Result<std::unique_ptr<AppendFile>> LinuxFileSystem::openForAppending(const std:
   if (fstat(file->get(), &status) != 0) return systemError(path);
   if (!S_ISREG(status.st_mode)) return errorWithText(std::errc::invalid_argument, path, "is no file");
   if (rights_.isAdministrator() && status.st_nlink != 1) return systemError(path, EPERM);  // whose else is it?
-  return std::unique_ptr<AppendFile>(std::make_unique<LinuxAppendFile>(std::move(*file), path));
+  return std::unique_ptr<AppendFile>(std::make_unique<OpenAppendFile>(std::move(*file), path));
 }
 
 // Below its root nothing is reached by a link: a backup may come from anywhere.
@@ -298,7 +271,7 @@ Result<std::unique_ptr<FolderHold>> LinuxFileSystem::holdFolder(const std::strin
     std::this_thread::sleep_for(kPause);
     wait -= kPause;
   }
-  return std::unique_ptr<FolderHold>(std::make_unique<LinuxFolderHold>(std::move(held)));
+  return std::unique_ptr<FolderHold>(std::make_unique<OpenFolderHold>(std::move(held)));
 }
 
 }  // namespace vantory

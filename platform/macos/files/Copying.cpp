@@ -18,6 +18,8 @@
 #include "platform/macos/files/MacChecksums.h"
 #include "platform/posix/files/Errors.h"
 #include "platform/posix/files/FileContent.h"
+#include "platform/posix/files/FileTypes.h"
+#include "platform/posix/files/MoveErrors.h"
 
 namespace vantory::macos {
 
@@ -306,17 +308,6 @@ Status TreeCopy::copySubfolder(int folder, const std::string& name, int copyFold
   return run(source.get(), copy.get(), path, depth);
 }
 
-Error changedSince(const std::string& path) {
-  return errorWithText(std::errc::device_or_resource_busy, path, "it changed while it was moved, and stays");
-}
-
-// It is new, or of a kind that no copy takes.
-Error notCopied(const std::string& path, mode_t mode) {
-  if (typeOfMode(mode) != FileType::Other)
-    return errorWithText(std::errc::device_or_resource_busy, path, "it appeared while its folder was moved, and stays");
-  return errorWithText(std::errc::not_supported, path, "a special file cannot be moved to another disk, and stays");
-}
-
 }  // namespace
 
 void CopyReport::noteOnce(const std::string& kind, std::string sentence) {
@@ -335,10 +326,10 @@ Status CopyReport::isSame(int folder, const std::string& name, const std::string
   ItemStatus now;
   if (darwin::statusAt(folder, name.c_str(), AtEnd::KeepLink, now) != 0) return systemError(path);
   const auto copied = items_.find(path);
-  if (copied == items_.end()) return notCopied(path, now.mode);
+  if (copied == items_.end()) return notCopied(path, typeOfMode(now.mode));
   ItemStatus before = copied->second;
   before.changed = now.changed;
-  if (!isSameItem(before, now) || (!S_ISDIR(now.mode) && !isUnchanged(before, now))) return changedSince(path);
+  if (!isSameItem(before, now) || (!S_ISDIR(now.mode) && !isUnchanged(before, now))) return changedWhileMoved(path);
   return {};
 }
 
@@ -352,8 +343,8 @@ Status CopyReport::lookAt(int folder, const std::string& name, const std::string
   ItemStatus now;
   if (darwin::statusAt(folder, name.c_str(), AtEnd::KeepLink, now) != 0) return systemError(path);
   const auto copied = items_.find(path);
-  if (copied == items_.end()) return notCopied(path, now.mode);
-  if (!isSameItem(copied->second, now) || !isUnchanged(copied->second, now)) return changedSince(path);
+  if (copied == items_.end()) return notCopied(path, typeOfMode(now.mode));
+  if (!isSameItem(copied->second, now) || !isUnchanged(copied->second, now)) return changedWhileMoved(path);
   if ((now.flags & darwin::kLocks) != 0) return systemError(path, EPERM);
   if (!S_ISDIR(now.mode)) return {};
   const Descriptor opened(darwin::openAt(folder, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW));

@@ -6,11 +6,11 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
 #include <memory>
 
 #include "base/Paths.h"
 #include "platform/posix/files/Errors.h"
+#include "platform/posix/files/FileTypes.h"
 
 namespace vantory::macos {
 
@@ -20,23 +20,6 @@ using darwin::AtEnd;
 using darwin::ItemStatus;
 
 constexpr int kFolder = O_RDONLY | O_DIRECTORY | O_NOFOLLOW;
-
-FileType typeOfEntry(unsigned char kind) {
-  switch (kind) {
-    case DT_REG:
-      return FileType::File;
-    case DT_DIR:
-      return FileType::Folder;
-    case DT_LNK:
-      return FileType::SymbolicLink;
-    default:
-      return FileType::Other;
-  }
-}
-
-bool isSelfOrParent(const char* name) {
-  return std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0;
-}
 
 // An entry that vanished meanwhile is left out.
 Status addEntry(std::vector<DirectoryEntry>& entries, int folder, const dirent& read, Detail detail,
@@ -156,13 +139,6 @@ Descriptor openBeneath(int folder, const std::string& relative, int flags) {
     return {};
   }
   return Descriptor(darwin::openAt(above.valid() ? above.get() : folder, last.c_str(), flags | O_NOFOLLOW));
-}
-
-FileType typeOfMode(mode_t mode) {
-  return S_ISREG(mode)   ? FileType::File
-         : S_ISDIR(mode) ? FileType::Folder
-         : S_ISLNK(mode) ? FileType::SymbolicLink
-                         : FileType::Other;
 }
 
 bool isSameItem(const ItemStatus& left, const ItemStatus& right) {

@@ -29,7 +29,6 @@ Result<Place> openFolderOf(const std::string& path);
 // What lies below an open folder, reached without any link. An invalid descriptor leaves errno.
 Descriptor openBeneath(int folder, const std::string& relative, int flags);
 
-FileType typeOfMode(mode_t mode);
 bool isSameItem(const darwin::ItemStatus& left, const darwin::ItemStatus& right);
 // Whether an item was left alone between two looks.
 bool isUnchanged(const darwin::ItemStatus& before, const darwin::ItemStatus& after);

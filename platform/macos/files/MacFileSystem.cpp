@@ -14,6 +14,8 @@
 #include "platform/macos/files/Staging.h"
 #include "platform/macos/files/VolumeTrash.h"
 #include "platform/posix/files/Errors.h"
+#include "platform/posix/files/FileTypes.h"
+#include "platform/posix/files/OpenFiles.h"
 
 namespace vantory {
 
@@ -21,35 +23,6 @@ using darwin::AtEnd;
 using darwin::ItemStatus;
 
 namespace {
-
-// Takes what is written off the front of the bytes.
-Status writeAll(int file, std::string_view& bytes, const std::string& path) {
-  while (!bytes.empty()) {
-    const ssize_t count = uninterrupted([&] { return ::write(file, bytes.data(), bytes.size()); });
-    if (count < 0) return systemError(path);
-    bytes.remove_prefix(static_cast<std::size_t>(count));
-  }
-  return {};
-}
-
-class MacAppendFile : public AppendFile {
- public:
-  MacAppendFile(Descriptor file, std::string path) : file_(std::move(file)), path_(std::move(path)) {}
-  Status append(std::string_view& bytes) override { return writeAll(file_.get(), bytes, path_); }
-
- private:
-  Descriptor file_;
-  std::string path_;
-};
-
-// The lock goes with the descriptor, and so also with a process that is killed.
-class MacFolderHold : public FolderHold {
- public:
-  explicit MacFolderHold(Descriptor folder) : folder_(std::move(folder)) {}
-
- private:
-  Descriptor folder_;
-};
 
 // A network volume may know no locks on folders; there each process is on its own.
 bool cannotLock() {
@@ -112,7 +85,7 @@ Result<FileInfo> MacFileSystem::info(const std::string& path, Links links) const
   const AtEnd atEnd = links == Links::Follow ? AtEnd::FollowLink : AtEnd::KeepLink;
   if (darwin::statusAt(AT_FDCWD, path.c_str(), atEnd, status) != 0) return systemError(path);
   FileInfo info;
-  info.type = macos::typeOfMode(status.mode);
+  info.type = typeOfMode(status.mode);
   info.size = status.size;
   info.modified = {status.modified.tv_sec, static_cast<std::int32_t>(status.modified.tv_nsec)};
   info.identity = {status.device, status.number};
@@ -181,7 +154,7 @@ Status MacFileSystem::write(const std::string& path, std::string_view bytes, Wri
 Result<std::unique_ptr<AppendFile>> MacFileSystem::openForAppending(const std::string& path) {
   Result<Descriptor> file = openFile(path, O_WRONLY | O_APPEND | O_CREAT | O_NOFOLLOW, S_IRUSR | S_IWUSR);
   if (!file) return file.error();
-  return std::unique_ptr<AppendFile>(std::make_unique<MacAppendFile>(std::move(*file), path));
+  return std::unique_ptr<AppendFile>(std::make_unique<OpenAppendFile>(std::move(*file), path));
 }
 
 Result<std::unique_ptr<StagedCopy>> MacFileSystem::stageCopy(const CopyRequest& request) {
@@ -239,7 +212,7 @@ Result<std::unique_ptr<FolderHold>> MacFileSystem::holdFolder(const std::string&
     std::this_thread::sleep_for(kPause);
     wait -= kPause;
   }
-  return std::unique_ptr<FolderHold>(std::make_unique<MacFolderHold>(std::move(*held)));
+  return std::unique_ptr<FolderHold>(std::make_unique<OpenFolderHold>(std::move(*held)));
 }
 
 }  // namespace vantory
