@@ -22,13 +22,10 @@ std::shared_ptr<QWBackup> newestGood(const BackupList& backups, bool onlyAutomat
   return newest;
 }
 
-std::string counted(std::int64_t number, const char* unit) {
-  return formatted(number == 1 ? "%i %@" : "%i %@s", number, unit);
-}
-
 std::string ageInWords(std::int64_t seconds) {
   if (seconds < kHour) return "less than an hour";
-  return seconds < 2 * kDay ? counted(seconds / kHour, "hour") : counted(seconds / kDay, "day");
+  const bool isRecent = seconds < 2 * kDay;
+  return counted(static_cast<std::size_t>(seconds / (isRecent ? kHour : kDay)), isRecent ? "hour" : "day");
 }
 
 // What the stamps of the schedule's runs tell.

@@ -74,4 +74,8 @@ std::string formatText(std::string_view format, std::span<const FormatArgument> 
   return text;
 }
 
+std::string counted(std::size_t count, std::string_view thing) {
+  return formatted(count == 1 ? "%i %@" : "%i %@s", count, thing);
+}
+
 }  // namespace vantory

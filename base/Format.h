@@ -2,6 +2,7 @@
 #pragma once
 
 #include <concepts>
+#include <cstddef>
 #include <optional>
 #include <span>
 #include <string>
@@ -46,5 +47,8 @@ std::string formatted(std::string_view format, const Arguments&... arguments) {
     return formatText(format, list);
   }
 }
+
+// "1 file", "2 files".
+std::string counted(std::size_t count, std::string_view thing);
 
 }  // namespace vantory

@@ -79,10 +79,6 @@ class Comparing {
   KeyPath path_;
 };
 
-std::string counted(std::size_t count, const char* one, const char* many) {
-  return formatted("%i %@", count, count == 1 ? one : many);
-}
-
 std::string textInShort(const std::string& text) {
   const std::string_view cut = shortened(text, kLongestText);
   return "\"" + printable(cut) + (cut.size() < text.size() ? "…\"" : "\"");
@@ -95,13 +91,11 @@ struct ShortLine {
   std::string operator()(double value) const { return propertyListReal(value); }
   std::string operator()(const std::string& value) const { return textInShort(value); }
   std::string operator()(const PropertyListData& value) const {
-    return counted(value.bytes.size(), "byte", "bytes") + " of data";
+    return counted(value.bytes.size(), "byte") + " of data";
   }
   std::string operator()(const Timestamp& value) const { return localTimeText(value, "%Y-%m-%d %H:%M:%S"); }
-  std::string operator()(const PropertyListArray& value) const { return counted(value.size(), "value", "values"); }
-  std::string operator()(const PropertyListDictionary& value) const {
-    return counted(value.entries().size(), "key", "keys");
-  }
+  std::string operator()(const PropertyListArray& value) const { return counted(value.size(), "value"); }
+  std::string operator()(const PropertyListDictionary& value) const { return counted(value.entries().size(), "key"); }
 };
 
 const char* typeOf(const PropertyList& value) {

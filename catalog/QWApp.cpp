@@ -32,6 +32,13 @@ std::vector<std::string> QWApp::identifiers() const {
   return defined() ? defined()->identifiers : std::vector{bundleID()};
 }
 
+bool QWApp::holdsAnyOf(const std::set<std::string>& keys) const {
+  return std::ranges::any_of(children_, [&](const auto& item) {
+    return keys.contains(item->key()) ||
+           std::ranges::any_of(item->users(), [&](const auto& user) { return keys.contains(user->key()); });
+  });
+}
+
 std::shared_ptr<QWApp> QWApp::copyWithoutChildren() const {
   auto copied = std::make_shared<QWApp>(definition_);
   copied->selected_ = selected();

@@ -6,6 +6,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -62,6 +63,8 @@ class QWApp : public CatalogParent, public std::enable_shared_from_this<QWApp> {
 
   const Items& children() const { return children_; }
   void setChildren(Items children) { children_ = std::move(children); }
+  // Whether one of its items, or of their users, has one of these keys.
+  bool holdsAnyOf(const std::set<std::string>& keys) const;
   // Becomes the item's parent, adds it and recomputes the selection.
   void addItem(const std::shared_ptr<QWPrefItem>& item);
   std::shared_ptr<QWPrefItem> addItemWithName(std::string name, std::string key, bool lockable,

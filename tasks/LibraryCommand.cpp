@@ -70,10 +70,6 @@ bool isNameShared(const QWBackup& backup) {
          }) > 1;
 }
 
-std::string filesInWords(std::size_t count) {
-  return formatted("%i %@", count, count == 1 ? "file" : "files");
-}
-
 }  // namespace
 
 int defaultCommand(const CommandContext& context) {
@@ -143,7 +139,7 @@ int updateCommand(const CommandContext& context) {
     if (result == WriteResult::Success && copied == 0 && context.report.isWhole())
       context.report.notice("None of its files is there now: the backup is as it was.");
     const char* earlier = context.report.hasDone(FileAction::Trash) ? " The earlier copies are in the Trash." : "";
-    context.report.summarize(formatted("Put %@ into \"%@\".%@", filesInWords(copied), backup->name(), earlier));
+    context.report.summarize(formatted("Put %@ into \"%@\".%@", counted(copied, "file"), backup->name(), earlier));
     return 0;
   });
 }
@@ -166,9 +162,8 @@ int pruneCommand(const CommandContext& context) {
   library().populateApps();
   context.report.take(library().manageAutoBackups(number));
   const std::size_t removed = context.report.count(FileReport::Outcome::Done, FileAction::Remove);
-  context.report.summarize(removed == 0
-                               ? "There was nothing to remove."
-                               : formatted("Removed %i automatic %@.", removed, removed == 1 ? "backup" : "backups"));
+  context.report.summarize(removed == 0 ? "There was nothing to remove."
+                                        : formatted("Removed %@.", counted(removed, "automatic backup")));
   return 0;
 }
 

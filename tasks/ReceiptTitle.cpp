@@ -21,11 +21,7 @@ std::string applicationsOf(const Receipt& receipt) {
   for (const ReceiptStep& step : receipt.steps) keys.insert(step.item);
   std::vector<std::string> names;
   for (const auto& app : QWDataController::sharedController().appArray())
-    if (std::ranges::any_of(app->children(), [&](const auto& item) {
-          return keys.contains(item->key()) ||
-                 std::ranges::any_of(item->users(), [&](const auto& user) { return keys.contains(user->key()); });
-        }))
-      names.push_back(app->name());
+    if (app->holdsAnyOf(keys)) names.push_back(app->name());
   if (names.size() > 2) return formatted("%i applications", names.size());
   return names.empty() ? "" : names.size() == 1 ? names.front() : names[0] + " and " + names[1];
 }
@@ -82,7 +78,7 @@ std::string titleOf(const Receipt& receipt) {
   const std::string object = objectOf(receipt, isKnown && known->namesBackup);
   if (!object.empty()) title += " of " + object;
   const std::size_t files = filesIn(receipt);
-  return files == 0 ? title : formatted("%@, %i %@", title, files, files == 1 ? "file" : "files");
+  return files == 0 ? title : title + ", " + counted(files, "file");
 }
 
 }  // namespace vantory

@@ -68,8 +68,7 @@ int restoreKeysCommand(const CommandContext& context) {
   const auto files = filesWithKeys(*item, *keys);
   if (!files) return refuse(context, files.error().text);
   restorePartly(*backup, {{item->key, *files}}, context.report);
-  context.report.summarize(
-      formatted("Put %i %@ of \"%@\" back.", keys->size(), keys->size() == 1 ? "key" : "keys", (*backup)->name()));
+  context.report.summarize(formatted("Put %@ of \"%@\" back.", counted(keys->size(), "key"), (*backup)->name()));
   return 0;
 }
 

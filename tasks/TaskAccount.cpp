@@ -72,8 +72,7 @@ void tellFailures(const TaskReport& report) {
   for (const std::string& cure : cures) tell(cure);
   const auto files = failures.size() - static_cast<std::size_t>(std::ranges::count_if(failures, isWholeTask));
   if (files > 0)
-    QWLog::appendLogAndPrint("%i %@ could not be processed - see the log for details.", files,
-                             files == 1 ? "file" : "files");
+    QWLog::appendLogAndPrint("%@ could not be processed - see the log for details.", counted(files, "file"));
 }
 
 const char* nameOf(Outcome outcome) {
@@ -168,8 +167,7 @@ std::string sentenceOn(FileAction deed, const TaskReport& report) {
     items.insert(file.item);
     ++files;
   }
-  const std::string what = formatted("%i %@ of %i %@", files, files == 1 ? "file" : "files", items.size(),
-                                     items.size() == 1 ? "item" : "items");
+  const std::string what = counted(files, "file") + " of " + counted(items.size(), "item");
   switch (deed) {
     case FileAction::Trash:
       return formatted(files > 0 ? "Moved %@ to the Trash." : "There was nothing to trash.", what);

@@ -69,7 +69,7 @@ int undoCommand(const CommandContext& context) {
     if (file.outcome == FileReport::Outcome::Done) paths.insert(file.path);
   const std::size_t files = paths.size();
   context.report.summarize(files == 0 ? formatted("There was nothing left of %@ to take back.", task)
-                                      : formatted("Took %@ back: %i %@.", task, files, files == 1 ? "file" : "files"));
+                                      : formatted("Took %@ back: %@.", task, counted(files, "file")));
   return 0;
 }
 

@@ -57,7 +57,7 @@ std::string json(const std::vector<Verified>& backups, bool isSound) {
 
 // What has no checksum is as good as it can be told to be.
 std::string verdictOn(const BackupCheck& check) {
-  if (!check.isSound()) return check.faults.size() == 1 ? "1 fault" : formatted("%i faults", check.faults.size());
+  if (!check.isSound()) return counted(check.faults.size(), "fault");
   if (check.files > 0 && check.withoutChecksum == check.files) return "sound, no checksum";
   if (check.withoutChecksum > 0) return formatted("sound, %i without checksum", check.withoutChecksum);
   return check.isHeldKnown ? "sound" : "sound, list of files not known";

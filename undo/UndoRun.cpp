@@ -36,13 +36,6 @@ FileSystem& files() {
   return Runtime::current().platform().files;
 }
 
-bool holdsItem(const QWApp& app, const std::set<std::string>& keys) {
-  return std::ranges::any_of(app.children(), [&](const auto& item) {
-    return keys.contains(item->key()) ||
-           std::ranges::any_of(item->users(), [&](const auto& user) { return keys.contains(user->key()); });
-  });
-}
-
 // The backup that holds the path.
 std::string backupOf(std::string path) {
   while (path.size() > 1 && !isBackupName(path)) path = paths::parent(path);
@@ -104,11 +97,11 @@ bool UndoRun::makeWay(Deeds& deeds) {
   for (const ReceiptStep& deed : deeds) keys.insert(deed.item);
   keys.erase("");
   for (const auto& app : QWDataController::sharedController().appArray()) {
-    if (!holdsItem(*app, keys)) continue;
+    if (!app->holdsAnyOf(keys)) continue;
     const auto answer = applications_.makeWay(*app, false);
     if (answer == ClosedApplications::Answer::Cancel) return false;
     if (answer == ClosedApplications::Answer::PassOver)
-      std::erase_if(deeds, [&](const ReceiptStep& deed) { return holdsItem(*app, {deed.item}); });
+      std::erase_if(deeds, [&](const ReceiptStep& deed) { return app->holdsAnyOf({deed.item}); });
   }
   return true;
 }

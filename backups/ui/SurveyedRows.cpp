@@ -58,10 +58,6 @@ Standing partOf(const Survey& survey, const QWPrefItem& item, Ticks ticks) {
   return sum;
 }
 
-std::string counted(std::size_t count, const char* thing) {
-  return formatted("%i %@%@", count, thing, count == 1 ? "" : "s");
-}
-
 }  // namespace
 
 SurveyedRows::SurveyedRows(OutlineView& outline)
