@@ -17,6 +17,9 @@ void reportFailure(const std::string& failure, const std::string& reason,
 
 // Whether the person at a result's list is offered to have the task done once more.
 enum class Retry { Offered, None };
+// Before the first try of a task the present files are backed up. Another try needs no such backup: it would hold what
+// the first has half done, and push out the one from before.
+enum class Try { First, Again };
 
 // Logs that a task was not done whole, and shows what the report has of files and applications that it left out: what
 // happened to each, why, and what can be done about it. Blocks until that is answered; true where the person wants the

@@ -10,6 +10,7 @@
 
 #include "backups/QWDataController.h"
 #include "backups/ui/CatalogRows.h"
+#include "backups/ui/FailureReport.h"
 #include "backups/ui/OutlineView.h"
 #include "services/messages/NotificationCenter.h"
 #include "services/threads/BackgroundThreads.h"
@@ -84,7 +85,7 @@ class QWRestoreOutlineController : public RowsDelegate, public OutlineActions {
 
  private:
   // Answer whether the person wants it done once more. Worker threads.
-  bool restoreOnce(QWBackup& backup);
+  bool restoreOnce(QWBackup& backup, Try which);
   bool updateOnce(QWBackup& backup);
   void rename(const std::shared_ptr<QWBackup>& backup, const std::string& name);
   // The library's record of the backup now: it may have been listed anew since the command was given. Any thread.

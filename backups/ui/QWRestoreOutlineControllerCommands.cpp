@@ -6,7 +6,6 @@
 #include "backups/ui/BackupEditor.h"
 #include "backups/ui/BackupNames.h"
 #include "backups/ui/Controls.h"
-#include "backups/ui/FailureReport.h"
 #include "backups/ui/PaneSwitcher.h"
 #include "backups/ui/QWRestoreOutlineController.h"
 #include "base/Format.h"
@@ -90,20 +89,22 @@ void QWRestoreOutlineController::restore() {
 }
 
 void QWRestoreOutlineController::restoreOnThread(const std::shared_ptr<QWBackup>& backup) {
-  bool again = true;
-  while (again) again = restoreOnce(*backup);
+  auto which = Try::First;
+  while (restoreOnce(*backup, which)) which = Try::Again;
   reportFailedPruning(QWDataController::sharedController().manageAutoBackups());
 }
 
 // The automatic backup comes first. Where it fails the restore goes on, and the person is told of it at the end.
-bool QWRestoreOutlineController::restoreOnce(QWBackup& backup) {
+bool QWRestoreOutlineController::restoreOnce(QWBackup& backup, Try which) {
   QWAuthorization::sharedController().beginTask();
   MainThread& mainThread = MainThread::shared();
   QWLog::appendLog("Beginning restoration of backup %@", backup.name());
   mainThread.runAndWait([this] { parts_.spinner.startAnimation(); });
-  QWLog::appendLog("Creating auto backup...");
   TaskReport report;
-  QWBackup::writeAutoBackup(report);
+  if (which == Try::First) {
+    QWLog::appendLog("Creating auto backup...");
+    QWBackup::writeAutoBackup(report);
+  }
   QWLog::appendLog("Restoring backup...");
   TaskReceipt receipt(report, {.name = "restore", .operands = {backup.path()}});
   backup.restore(report);

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "backups/QWBackup.h"
+#include "backups/ui/FailureReport.h"
 #include "backups/ui/PaneSwitcher.h"
 #include "services/messages/QWProgressController.h"
 #include "tasks/AppController.h"
@@ -48,7 +49,7 @@ class AppWindowController : public AppController, public PaneSwitcher {
   // Starts the trash workflow on another thread, unless one runs or waits for its turn.
   void trash();
   // The workflow; whether the person wants it done once more. Worker thread.
-  bool trashPreferences();
+  bool trashPreferences(Try which);
 
   // Make an automatic backup, of everything or of preferences proper, and delete the oldest beyond the number wanted.
   // The report of the task that it is made for gets a remark where that failed. Worker threads.

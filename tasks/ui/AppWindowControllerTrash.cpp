@@ -5,7 +5,6 @@
 
 #include "backups/QWDataController.h"
 #include "backups/ui/Controls.h"
-#include "backups/ui/FailureReport.h"
 #include "backups/ui/Surveyor.h"
 #include "services/TaskReport.h"
 #include "services/files/QWAuthorization.h"
@@ -76,8 +75,8 @@ void AppWindowController::trash() {
   parts_.trashSpinner.startAnimation();
   const bool added = startTask([this] {
     onMainThread([this] { parts_.trashSpinner.stopAnimation(); });
-    while (trashPreferences()) {
-    }
+    auto which = Try::First;
+    while (trashPreferences(which)) which = Try::Again;
     // After a cancel the sheet still covers the window. The next run must not find it on its way out.
     onMainThread([this] {
       progressController_.hide();
@@ -90,7 +89,7 @@ void AppWindowController::trash() {
 }
 
 // Runs beside the main thread, which shows how far it is.
-bool AppWindowController::trashPreferences() {
+bool AppWindowController::trashPreferences(Try which) {
   QWAuthorization::sharedController().beginTask();
   QWLog::appendLog("Trashing preferences...");
   onMainThread([this] {
@@ -100,7 +99,7 @@ bool AppWindowController::trashPreferences() {
     progressController_.show();
   });
   TaskReport report;
-  autoBackupPrefs(report);
+  if (which == Try::First) autoBackupPrefs(report);
 
   const AppList apps = QWDataController::sharedController().appArray();
   onMainThread([&] {

@@ -168,6 +168,18 @@ TEST_F(RestorePaneTest, RestoresWhatIsTickedAfterAQuestion) {
   EXPECT_THAT(names(), ElementsAre("Autosaves"));
 }
 
+TEST_F(RestorePaneTest, AnotherTryMakesNoOtherSafetyBackup) {
+  const auto backup = written("Clean");
+  files_.fail(Operation::StageCopy, std::errc::io_error, FaultyFileSystem::kEveryCall);
+  int tries = 0;
+  onAlert_ = [&](const AlertTexts& texts) {
+    return texts.alternateButton == "Try Again" && ++tries < 3 ? QWAlert::Alternate : QWAlert::Default;
+  };
+  finishAfter(&QWRestoreOutlineController::restore);
+  EXPECT_EQ(tries, 3);
+  EXPECT_EQ(std::ranges::count(logged(), "Creating auto backup..."), 1);
+}
+
 TEST_F(RestorePaneTest, UpdatingAsksFirstAndClaimsNoMoreThanWasDone) {
   const std::string copy = "/Users/user/Library/Preferences/editor.plist";
   written("Clean");
