@@ -95,8 +95,7 @@ void FileChecks::checkLink(const HeldFile& link) {
 void FileChecks::checkContent(const HeldFile& file) {
   const auto checksum = platform().checksums.ofFile(backup_, paths::join(backup_, file.path));
   if (!checksum) return fault(Kind::Unreadable, file.path, checksum.error().text);
-  const bool isDamaged = checksum->carried && *checksum->carried != checksum->content;
-  if (isDamaged) fault(Kind::Damaged, file.path, "is damaged: its content is not what its checksum says");
+  if (checksum->isDamaged()) fault(Kind::Damaged, file.path, "is damaged: its content is not what its checksum says");
   const std::lock_guard lock(mutex_);
   ++result_.files;
   result_.bytes += checksum->bytes;

@@ -10,6 +10,10 @@ namespace vantory {
 
 BackupFolder::BackupFolder(std::string path) : BackupFolder(std::move(path), QWLocalPaths::userDirectory()) {}
 
+bool BackupFolder::isDamagedCopy(const std::string& path) const {
+  return vantory::isDamagedCopy(std::string(paths::withoutTrailingSlashes(path_)), path);
+}
+
 std::optional<std::string> BackupFolder::olderWithSoundCopy(const std::string& path) const {
   return olderBackupWithSoundCopy(std::string(paths::withoutTrailingSlashes(path_)), path);
 }

@@ -50,7 +50,7 @@ std::vector<DatedBackup> backupsBefore(Timestamp date) {
 
 bool isSoundFile(const std::string& backup, const std::string& path) {
   const auto checksum = platform().checksums.ofFile(backup, path);
-  return checksum && (!checksum->carried || *checksum->carried == checksum->content);
+  return checksum && !checksum->isDamaged();
 }
 
 bool isSoundCopy(const std::string& backup, const std::string& path) {
@@ -63,6 +63,18 @@ bool isSoundCopy(const std::string& backup, const std::string& path) {
 }
 
 }  // namespace
+
+bool isDamagedCopy(const std::string& backup, const std::string& path) {
+  const auto isDamaged = [&](const std::string& file) {
+    const auto checksum = platform().checksums.ofFile(backup, file);
+    return checksum && checksum->isDamaged();
+  };
+  const auto info = platform().files.info(path, Links::DoNotFollow);
+  if (!info || info->type != FileType::Folder) return isDamaged(path);
+  return std::ranges::any_of(listHeldFiles(path).files, [&](const HeldFile& file) {
+    return file.type == FileType::File && isDamaged(paths::join(path, file.path));
+  });
+}
 
 std::optional<std::string> olderBackupWithSoundCopy(const std::string& backup, const std::string& path) {
   const auto date = dateOf(backup);

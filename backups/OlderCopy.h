@@ -1,10 +1,14 @@
-// Where else a copy can be had that is damaged in one backup.
+// Whether a copy in a backup is damaged, and where else it can be had.
 #pragma once
 
 #include <optional>
 #include <string>
 
 namespace vantory {
+
+// Whether a file of what lies at `path`, in the backup, is not what its checksum says. What cannot be read is not known
+// to be.
+bool isDamagedCopy(const std::string& backup, const std::string& path);
 
 // The newest backup of the library that is older than this one and has the file or folder at `path`, which lies in this
 // one, undamaged; none when there is none.

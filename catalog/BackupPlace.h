@@ -13,6 +13,8 @@ class BackupPlace {
   virtual std::string path() const = 0;
   // The path with the user's home folder written as "/Users/user".
   virtual std::string safeUserPath(const std::string& path) const = 0;
+  // Whether what lies at this path, below path(), is known to be damaged. Reads all of it.
+  virtual bool isDamagedCopy(const std::string&) const { return false; }
   // The next older backup that has what lies at this path, below path(), undamaged; none where none is known.
   virtual std::optional<std::string> olderWithSoundCopy(const std::string&) const { return std::nullopt; }
 };

@@ -140,11 +140,14 @@ void ItemRestoring::restore(const std::string& source) {
   (void)QWFileManager::unlockFile(folder);
 
   // The copy is finished, but for its name, before the live file is touched: a bad backup or a full disk costs nothing.
-  const Staged staged = QWFileManager::stageCopy({.source = source,
-                                                  .destination = destination,
-                                                  .sourceRoot = backupPath_,
-                                                  .links = Links::DoNotFollow,
-                                                  .checksum = CopyChecksum::Check});
+  Staged staged = QWFileManager::stageCopy({.source = source,
+                                            .destination = destination,
+                                            .sourceRoot = backupPath_,
+                                            .links = Links::DoNotFollow,
+                                            .checksum = CopyChecksum::Check});
+  // With administrator rights it is made only after the live file has gone, so that damage must show before.
+  if (!staged && areRightsMissingIn(folder, staged.error()) && backup_->isDamagedCopy(source))
+    staged = Error{std::errc::bad_message, source + ": it is damaged: its content is not what its checksum says"};
   if (staged || areRightsMissingIn(folder, staged.error()))
     return note(destination, replace(staged, source, destination));
   QWLog::appendLog("Copying file %@ to %@", source, destination);

@@ -18,6 +18,9 @@ struct FileChecksum {
   std::uint64_t bytes = 0;             // as many as were read
   std::string content;                 // of those
   std::optional<std::string> carried;  // whatever the file says; none when it carries none
+
+  // What carries none is not known to be.
+  bool isDamaged() const { return carried && *carried != content; }
 };
 
 // Any thread, and several at once.

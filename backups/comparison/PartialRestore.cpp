@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "backups/BackupFolder.h"
+#include "backups/OlderCopy.h"
 #include "backups/QWBackup.h"
 #include "backups/RestoreRun.h"
 #include "base/Format.h"
@@ -11,7 +12,6 @@
 #include "base/PropertyListEditing.h"
 #include "base/Spelling.h"
 #include "catalog/FileRestoring.h"
-#include "platform/Checksums.h"
 #include "platform/FileSystem.h"
 #include "services/Runtime.h"
 #include "services/TaskReport.h"
@@ -70,12 +70,6 @@ Error absenceOf(const KeyPath& key, const ItemComparison& item, const std::vecto
                          : where + ". \"vantory --compare\" lists the keys.");
 }
 
-// A copy without a checksum is as good as it can be told to be.
-bool isDamaged(const std::string& backup, const std::string& path) {
-  const auto checksum = Runtime::current().platform().checksums.ofFile(backup, path);
-  return checksum && checksum->carried && *checksum->carried != checksum->content;
-}
-
 void restoreKeys(const FileChoice& choice, const std::string& backup, const std::string& item, TaskReport& report) {
   const std::string& path = choice.file.path;
   const auto fail = [&](Error error) {
@@ -86,7 +80,7 @@ void restoreKeys(const FileChoice& choice, const std::string& backup, const std:
   if (!known) return fail(known.error());
   const auto bytes = files().read(path);
   if (!bytes) return fail(bytes.error());
-  if (isDamaged(backup, choice.file.after))
+  if (isDamagedCopy(backup, choice.file.after))
     return fail({std::errc::bad_message, choice.file.after + ": the copy is damaged, its checksum is another"});
   const auto held = propertyListAt(choice.file.after);
   if (!held) return fail({std::errc::invalid_argument, choice.file.after + ": it is no property list any more"});

@@ -90,6 +90,14 @@ TEST_F(RestoreTest, ADamagedCopyTakesNoLiveFilesPlace) {
   ASSERT_EQ(report_.count(FileReport::Outcome::Failed), 1U);
   EXPECT_THAT(report_.causes(), HasSubstr("flipped: it is damaged"));
   EXPECT_THAT(report_.causes(), HasSubstr("vantory -restore \"" + inLibrary("Sound.vnt") + "\" keyflipped"));
+
+  // Where only administrator rights could copy it, which they do once the live file has gone.
+  metadata_.unwritable = {home_ / "Library/Preferences"};
+  files_.fail(Operation::StageCopy, std::errc::permission_denied, FaultyFileSystem::kEveryCall);
+  report_ = {};
+  backup->restore(report_);
+  EXPECT_EQ(readFile(prefs("flipped")), "changed");
+  EXPECT_THAT(report_.causes(), HasSubstr("flipped: it is damaged"));
 }
 
 TEST_F(RestoreTest, AnotherUserGetsTheFilesInTheirOwnHome) {
