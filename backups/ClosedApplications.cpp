@@ -49,18 +49,27 @@ ClosedApplications::Answer ClosedApplications::makeWay(const std::string& name, 
       report_.passedOver(name, formatted("%@ is running and was skipped.", name));
       return Answer::PassOver;
     case GuardDecision::CloseAndRelaunch:
-      say(words_.toClose);
-      if (!guard->closeAppWithName(name, identifier)) {
-        say(words_.notClosed);
-        report_.passedOver(name, formatted("%@ could not be closed and was skipped.", name));
-        return Answer::PassOver;
-      }
-      say(words_.closed);
-      closed_.push_back({name, identifier});
-      return Answer::Proceed;
+      return close(name, identifier);
     case GuardDecision::NotRunning:
       break;
   }
+  return Answer::Proceed;
+}
+
+ClosedApplications::Answer ClosedApplications::close(const std::string& name, const std::string& identifier) {
+  say(words_.toClose);
+  const bool isClosed = Runtime::current().guard->closeAppWithName(name, identifier, isCancelled_);
+  if (isCancelled_ && isCancelled_()) {
+    report_.cancelled();
+    return Answer::Cancel;
+  }
+  if (!isClosed) {
+    say(words_.notClosed);
+    report_.passedOver(name, formatted("%@ could not be closed and was skipped.", name));
+    return Answer::PassOver;
+  }
+  say(words_.closed);
+  closed_.push_back({name, identifier});
   return Answer::Proceed;
 }
 

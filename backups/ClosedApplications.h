@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace vantory {
@@ -22,8 +23,9 @@ class ClosedApplications {
   };
   enum class Answer { Proceed, PassOver, Cancel };
 
-  // The report outlives it.
-  ClosedApplications(const Words& words, TaskReport& report) : words_(words), report_(report) {}
+  // The report outlives it. `isCancelled`, which may be empty, is asked while an application takes its time to quit.
+  ClosedApplications(const Words& words, TaskReport& report, std::function<bool()> isCancelled = {})
+      : words_(words), report_(report), isCancelled_(std::move(isCancelled)) {}
 
   // Asks the guard about the application, and closes it where that is the answer. One that is to be passed over, and a
   // cancel, are in the report then. May block for a person's answer.
@@ -35,6 +37,7 @@ class ClosedApplications {
 
  private:
   Answer makeWay(const std::string& name, const std::string& identifier, bool closeAutomatically);
+  Answer close(const std::string& name, const std::string& identifier);
 
   struct Closed {
     std::string name;
@@ -43,6 +46,7 @@ class ClosedApplications {
 
   const Words words_;
   TaskReport& report_;
+  const std::function<bool()> isCancelled_;
   std::vector<Closed> closed_;
 };
 

@@ -1,6 +1,7 @@
 // Asked before the files of an application are touched.
 #pragma once
 
+#include <functional>
 #include <string>
 
 namespace vantory {
@@ -15,8 +16,10 @@ class RunningApplicationGuard {
   // decides. May block for the user's answer.
   virtual GuardDecision checkRunningAppsForName(const std::string& name, const std::string& bundleID,
                                                 bool closeAutomatically) = 0;
-  // Asks the application to quit and waits, at most 32 seconds; true once no copy of it runs.
-  virtual bool closeAppWithName(const std::string& name, const std::string& bundleID) = 0;
+  // Asks the application to quit and waits, at most 32 seconds; true once no copy of it runs. The wait ends early when
+  // `isCancelled`, which may be empty, answers true.
+  virtual bool closeAppWithName(const std::string& name, const std::string& bundleID,
+                                const std::function<bool()>& isCancelled) = 0;
 };
 
 }  // namespace vantory

@@ -18,7 +18,8 @@ namespace vantory {
 namespace {
 
 constexpr int kAttempts = 16;
-constexpr std::chrono::seconds kInterval{2};
+constexpr std::chrono::milliseconds kInterval{2000};
+constexpr std::chrono::milliseconds kLooksForCancel{100};
 
 Platform& platform() {
   return Runtime::current().platform();
@@ -30,6 +31,15 @@ bool isRunning(const std::string& name, const std::string& bundleID, bool otherw
   if (running) return *running;
   QWLog::appendLog("Unable to tell whether %@ is running: %@", name, running.error().text);
   return otherwise;
+}
+
+// False as soon as the task is cancelled.
+bool waitOneInterval(const std::function<bool()>& isCancelled) {
+  for (auto waited = kInterval.zero(); waited < kInterval; waited += kLooksForCancel) {
+    if (isCancelled && isCancelled()) return false;
+    platform().clock.sleep(kLooksForCancel);
+  }
+  return true;
 }
 
 // What the question says beside its usual text where the window alone cannot close the application.
@@ -81,12 +91,13 @@ GuardDecision QWVantoryUtilities::checkRunningAppsForName(const std::string& nam
   return GuardDecision::CloseAndRelaunch;
 }
 
-bool QWVantoryUtilities::closeAppWithName(const std::string& name, const std::string& bundleID) {
+bool QWVantoryUtilities::closeAppWithName(const std::string& name, const std::string& bundleID,
+                                          const std::function<bool()>& isCancelled) {
   QWLog::appendLog("Closing application %@...", name);
   MainThread::shared().runAndWait([&] { sendQuitEventToApp(name, bundleID); });
   QWLog::appendLog("Waiting for %@ to close...", name);
   for (int attempt = 0; attempt < kAttempts; ++attempt) {
-    platform().clock.sleep(kInterval);
+    if (!waitOneInterval(isCancelled)) return false;
     if (!isRunning(name, bundleID, true)) return true;
   }
   return false;

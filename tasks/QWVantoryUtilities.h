@@ -12,7 +12,8 @@ class QWVantoryUtilities : public RunningApplicationGuard {
  public:
   GuardDecision checkRunningAppsForName(const std::string& name, const std::string& bundleID,
                                         bool closeAutomatically) override;
-  bool closeAppWithName(const std::string& name, const std::string& bundleID) override;
+  bool closeAppWithName(const std::string& name, const std::string& bundleID,
+                        const std::function<bool()>& isCancelled = {}) override;
 
   // Asks the application to quit and does not wait for it; a failure goes to the log and the task client.
   static void sendQuitEventToApp(const std::string& name, const std::string& bundleID);

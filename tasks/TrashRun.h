@@ -61,7 +61,8 @@ class TrashRun {
                                     .closed = "Application closed successfully",
                                     .notClosed = "Unable to close application",
                                     .notRunning = nullptr},
-                                   report_};
+                                   report_,
+                                   [this] { return observer_.isCancelled(); }};
   int count_ = 0;
   bool trashedAll_ = false;
 };

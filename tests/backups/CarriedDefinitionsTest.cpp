@@ -54,7 +54,7 @@ TEST_F(CarriedDefinitionsTest, AnApplicationIsClosedUnderWhicheverIdentifierItRu
     GuardDecision checkRunningAppsForName(const std::string&, const std::string& bundleID, bool) override {
       return bundleID == "com.obsproject.obs-studio" ? GuardDecision::CloseAndRelaunch : GuardDecision::NotRunning;
     }
-    bool closeAppWithName(const std::string&, const std::string& bundleID) override {
+    bool closeAppWithName(const std::string&, const std::string& bundleID, const std::function<bool()>&) override {
       closed.push_back(bundleID);
       return true;
     }

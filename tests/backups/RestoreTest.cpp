@@ -12,7 +12,9 @@ class FakeGuard : public RunningApplicationGuard {
     closeAutomatically = closeAuto;
     return decisions.contains(bundleID) ? decisions[bundleID] : GuardDecision::NotRunning;
   }
-  bool closeAppWithName(const std::string&, const std::string& bundleID) override { return bundleID != "stubborn"; }
+  bool closeAppWithName(const std::string&, const std::string& bundleID, const std::function<bool()>&) override {
+    return bundleID != "stubborn";
+  }
 
   std::map<std::string, GuardDecision> decisions;
   bool closeAutomatically = false;

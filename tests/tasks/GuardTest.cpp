@@ -78,6 +78,10 @@ TEST_F(GuardTest, ClosingWaitsForTheLastCopyWithinItsLimit) {
   EXPECT_EQ(fakes_.clock.now().seconds - start.seconds, 32);
   EXPECT_TRUE(guard_.closeAppWithName("App", "app"));
   EXPECT_EQ(fakes_.clock.now().seconds - start.seconds, 34);
+  fakes_.workspace.running = {"app"};
+  fakes_.workspace.onQuit = [](const std::string&) { return Status(); };
+  EXPECT_FALSE(guard_.closeAppWithName("App", "app", [&] { return fakes_.clock.now().seconds - start.seconds > 34; }));
+  EXPECT_EQ(fakes_.clock.now().seconds - start.seconds, 35) << "a cancel ends the wait";
 }
 
 TEST_F(GuardTest, WhereNobodyCanTellATaskGoesOnButAWaitDoesNotEnd) {

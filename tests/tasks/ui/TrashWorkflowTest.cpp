@@ -19,11 +19,15 @@ class FakeGuard : public RunningApplicationGuard {
     if (onAsked) onAsked();
     return decisions.contains(bundleID) ? decisions[bundleID] : GuardDecision::NotRunning;
   }
-  bool closeAppWithName(const std::string&, const std::string&) override { return closes; }
+  bool closeAppWithName(const std::string&, const std::string&, const std::function<bool()>& isCancelled) override {
+    if (onClose) onClose();
+    return closes && !isCancelled();
+  }
 
   std::map<std::string, GuardDecision> decisions;
   bool closes = true;
   std::function<void()> onAsked;
+  std::function<void()> onClose;
 };
 
 class TrashWorkflowTest : public PaneTest {
@@ -90,6 +94,13 @@ TEST_F(TrashWorkflowTest, ACancelEndsItBeforeTheNextApplicationAndLeavesNoSheet)
     if (++asked == 2) onSheet();
   };
   EXPECT_EQ(runAndReadLog().back(), "User cancelled trash task") << "during the last application, too";
+
+  writeFile(prefs("editor.plist"), "preferences");
+  guard_.decisions = {{"com.example.Editor", GuardDecision::CloseAndRelaunch}};
+  guard_.onAsked = nullptr;
+  guard_.onClose = onSheet;
+  EXPECT_EQ(runAndReadLog().back(), "User cancelled trash task") << "while an application takes its time to quit";
+  EXPECT_TRUE(exists(prefs("editor.plist")));
 }
 
 TEST_F(TrashWorkflowTest, WaitsForTheTaskThatRuns) {
