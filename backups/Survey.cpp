@@ -3,6 +3,9 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <set>
+#include <string_view>
+#include <utility>
 
 #include "backups/BackupFolder.h"
 #include "backups/QWDataController.h"
@@ -101,10 +104,9 @@ std::vector<Found> copiesIn(const std::string& backup, const QWPrefItem& item, c
   return finder.take();
 }
 
-// The item's own files, without those of its users. `backup` is empty for none.
-Standing standingOf(const QWPrefItem& item, const std::string& backup, const BackupFolder& anyBackup,
-                    const std::function<bool()>& isStale) {
-  std::vector<Found> files = liveFiles(item, anyBackup, isStale);
+// `files` are the item's own, without those of its users. `backup` is empty for none.
+Standing standingOf(std::vector<Found> files, const QWPrefItem& item, const std::string& backup,
+                    const BackupFolder& anyBackup, const std::function<bool()>& isStale) {
   Standing standing;
   standing.files = files.size();
   for (const Found& file : files) {
@@ -138,22 +140,41 @@ void Standing::add(const Standing& other) {
   kept = together(kept, other.kept);
 }
 
+Standing Survey::of(const std::vector<const QWPrefItem*>& items) const {
+  Standing sum;
+  std::set<std::string_view> seen;
+  const auto add = [&](const QWPrefItem& item) {
+    const auto part = parts_.find(item.key());
+    if (part == parts_.end()) return;
+    sum.add(part->second.standing);
+    for (const SharedFile& file : part->second.shared) {
+      if (seen.insert(file.place).second) continue;
+      --sum.files;
+      sum.bytes -= file.bytes;
+    }
+  };
+  for (const QWPrefItem* item : items) {
+    add(*item);
+    for (const auto& user : item->users()) add(*user);
+  }
+  return sum;
+}
+
 Standing Survey::of(const QWPrefItem& item) const {
-  const auto found = items_.find(item.key());
-  return found == items_.end() ? Standing() : found->second;
+  return of(std::vector{&item});
 }
 
 Standing Survey::of(const QWApp& app) const {
-  Standing sum;
-  for (const auto& item : app.children()) sum.add(of(*item));
-  return sum;
+  std::vector<const QWPrefItem*> items;
+  for (const auto& item : app.children()) items.push_back(item.get());
+  return of(items);
 }
 
 Standing Survey::ofPreferences(const QWApp& app) const {
-  Standing sum;
+  std::vector<const QWPrefItem*> items;
   for (const auto& item : app.children())
-    if (item->isPreferences()) sum.add(of(*item));
-  return sum;
+    if (item->isPreferences()) items.push_back(item.get());
+  return of(items);
 }
 
 // A backup that was torn off is none to compare with.
@@ -176,22 +197,29 @@ SurveyRequest SurveyRequest::forEverything() {
 std::shared_ptr<const Survey> SurveyRequest::carryOut(const std::function<bool()>& isStale) const {
   const auto survey = std::make_shared<Survey>();
   const BackupFolder anyBackup("");
+  std::vector<const QWPrefItem*> items;
+  std::unordered_map<std::string, Survey::Part*> owners;  // the first to have a place
   const auto look = [&](const QWPrefItem& item) {
     const auto backup = backups_.find(item.key());
-    return standingOf(item, backup == backups_.end() ? "" : backup->second, anyBackup, isStale);
+    const std::vector<Found> files = liveFiles(item, anyBackup, isStale);
+    Survey::Part& part = survey->parts_[item.key()];
+    part.standing = standingOf(files, item, backup == backups_.end() ? "" : backup->second, anyBackup, isStale);
+    for (const Found& file : files) {
+      const auto [owner, isFirst] = owners.try_emplace(file.place, &part);
+      if (isFirst) continue;
+      part.shared.push_back({file.place, file.size});
+      // Once is enough, however many others there are.
+      if (auto* first = std::exchange(owner->second, nullptr)) first->shared.push_back({file.place, file.size});
+    }
   };
   for (const auto& app : apps_)
     for (const auto& item : app->children()) {
       if (isStale()) return nullptr;
-      Standing whole = look(*item);
-      for (const auto& user : item->users()) {
-        const Standing own = look(*user);
-        survey->items_[user->key()] = own;
-        whole.add(own);
-      }
-      survey->items_[item->key()] = whole;
-      survey->total_.add(whole);
+      look(*item);
+      for (const auto& user : item->users()) look(*user);
+      items.push_back(item.get());
     }
+  survey->total_ = survey->of(items);
   return isStale() ? nullptr : survey;
 }
 

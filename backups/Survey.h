@@ -31,7 +31,7 @@ struct Standing {
   std::optional<Timestamp> changed;  // the newest file's; none without files
   Kept kept = Kept::Nothing;
 
-  // Becomes what both are together.
+  // Becomes what both are together, where they have no file in common.
   void add(const Standing& other);
 };
 
@@ -43,13 +43,25 @@ class Survey {
   Standing ofPreferences(const QWApp& app) const;
   // Of an item with its users, or of a user.
   Standing of(const QWPrefItem& item) const;
+  // Of several together: a file that more than one of them has counts once.
+  Standing of(const std::vector<const QWPrefItem*>& items) const;
   // Of everything.
   const Standing& total() const { return total_; }
 
  private:
   friend class SurveyRequest;
 
-  std::unordered_map<std::string, Standing> items_;  // by key
+  struct SharedFile {
+    std::string place;
+    std::uint64_t bytes = 0;
+  };
+  // Of an item without its users, or of a user.
+  struct Part {
+    Standing standing;
+    std::vector<SharedFile> shared;  // those of its files that others have too
+  };
+
+  std::unordered_map<std::string, Part> parts_;  // by key
   Standing total_;
 };
 

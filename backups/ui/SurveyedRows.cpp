@@ -48,14 +48,14 @@ std::string remarkOn(const Survey& survey) {
   return formatted("Nothing of these applications was found. Vantory looked in %@.", enumerated(foldersLookedAt(apps)));
 }
 
-// What of the item a backup gets.
-Standing partOf(const Survey& survey, const QWPrefItem& item, Ticks ticks) {
+// What of the item a backup gets: nothing, itself, or some of its users.
+std::vector<const QWPrefItem*> partsOf(const QWPrefItem& item, Ticks ticks) {
   const auto isMeant = [&](const QWPrefItem& each) { return ticks == Ticks::All || each.selected() == On; };
-  if (item.users().empty()) return isMeant(item) ? survey.of(item) : Standing();
-  Standing sum;
+  std::vector<const QWPrefItem*> parts;
+  if (item.users().empty() && isMeant(item)) parts.push_back(&item);
   for (const auto& user : item.users())
-    if (isMeant(*user)) sum.add(survey.of(*user));
-  return sum;
+    if (isMeant(*user)) parts.push_back(user.get());
+  return parts;
 }
 
 }  // namespace
@@ -107,19 +107,19 @@ std::string contentsInWords(const AppList& apps, Ticks ticks) {
   if (!survey) return "";
   std::size_t itemCount = 0;
   std::size_t appCount = 0;
-  std::uint64_t bytes = 0;
+  std::vector<const QWPrefItem*> all;
   for (const auto& app : apps) {
     const std::size_t before = itemCount;
     for (const auto& item : app->children()) {
-      const Standing standing = partOf(*survey, *item, ticks);
-      itemCount += standing.files > 0;
-      bytes += standing.bytes;
+      const auto parts = partsOf(*item, ticks);
+      itemCount += survey->of(parts).files > 0;
+      all.insert(all.end(), parts.begin(), parts.end());
     }
     appCount += itemCount > before;
   }
   if (itemCount == 0) return "None of it is there: no backup would come of it.";
   return formatted("The backup will hold %@ of %@, %@.", counted(itemCount, "item"), counted(appCount, "application"),
-                   sizeInWords(bytes));
+                   sizeInWords(survey->of(all).bytes));
 }
 
 }  // namespace vantory

@@ -21,6 +21,7 @@ class SurveyTest : public BackupsTest {
     setCatalog({{"Preferences", {prefs("editor.plist"), prefs("edit*.plist")}},
                 {"Plugins", {prefs("Plugins")}},
                 {"Presets", {machine_ / "Shared/Presets"}},
+                {"Shared", {prefs("Plugins/two"), prefs("editor.plist")}},
                 {"Nothing", {prefs("none"), prefs("no*ne")}}});
   }
   void back(const std::string& name) {
@@ -37,7 +38,8 @@ class SurveyTest : public BackupsTest {
 
 TEST_F(SurveyTest, CountsWhatThereIs) {
   const Survey survey = look();
-  EXPECT_EQ(survey.total().files, 5U);
+  EXPECT_EQ(of("Shared").bytes, 7U);
+  EXPECT_EQ(survey.total().files, 5U) << "those that two items have count once";
   EXPECT_EQ(survey.total().bytes, 11U);
   EXPECT_EQ(survey.ofPreferences(*controller().appArray().front()).bytes, 5U);
   EXPECT_EQ(of("Preferences").files, 1U) << "two patterns name one file";
