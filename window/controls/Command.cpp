@@ -2,6 +2,7 @@
 #include "window/controls/Command.h"
 
 #include "window/appearance/DisplayText.h"
+#include "window/controls/Mnemonics.h"
 #include "window/controls/PushButton.h"
 
 namespace vantory {
@@ -12,14 +13,6 @@ namespace {
 QChar mnemonicOf(const QString& title) {
   const auto position = title.indexOf(QLatin1Char('&'));
   return position >= 0 && position + 1 < title.size() ? title.at(position + 1) : QChar();
-}
-
-// An ampersand of the title's own is doubled, which shows it as it is.
-QString withMnemonic(QString title, QChar mnemonic) {
-  title.replace(QLatin1Char('&'), QLatin1String("&&"));
-  const auto position = mnemonic.isNull() ? -1 : title.indexOf(mnemonic, 0, Qt::CaseInsensitive);
-  if (position >= 0) title.insert(position, QLatin1Char('&'));
-  return title;
 }
 
 }  // namespace

@@ -17,6 +17,7 @@
 #include "base/Text.h"
 #include "window/appearance/DisplayText.h"
 #include "window/appearance/Icons.h"
+#include "window/controls/Mnemonics.h"
 #include "window/controls/PushButton.h"
 #include "window/dialogs/ResultList.h"
 
@@ -94,6 +95,13 @@ void giveKeyboardBack(QWidget* window) {
   window->activateWindow();
 }
 
+// The buttons of a list have their own letters.
+QStringList titlesOf(const AlertDialog::Texts& texts) {
+  QStringList titles;
+  for (const std::string& title : texts.buttons) titles << displayText(title);
+  return withMnemonics(titles, texts.rows.empty() ? QString() : QStringLiteral("vl"));
+}
+
 QLabel* image(QWidget* parent) {
   auto* label = new QLabel(parent);
   label->setPixmap(icons::application().pixmap({kImageSize, kImageSize}, parent->devicePixelRatioF()));
@@ -124,8 +132,9 @@ AlertDialog::AlertDialog(const Texts& texts, QWidget* parent, const Shows& shows
   auto* list = texts.rows.empty() ? nullptr : new ResultList(texts.rows, this);
   if (list) addListButtons(*buttons, *list, shows);
   buttons->addStretch();
-  for (int i = 0; i < static_cast<int>(texts.buttons.size()); ++i) {
-    auto* button = new PushButton(displayText(texts.buttons[static_cast<std::size_t>(i)]), this);
+  const QStringList titles = titlesOf(texts);
+  for (int i = 0; i < titles.size(); ++i) {
+    auto* button = new PushButton(titles[i], this);
     connect(button, &QPushButton::clicked, this, [this, i] { done(i); });
     button->setAutoDefault(true);
     if (i == 0) button->setDefault(true);
