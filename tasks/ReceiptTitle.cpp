@@ -55,6 +55,17 @@ std::string objectOf(const Receipt& receipt, bool namesBackup) {
   return applicationsOf(receipt);
 }
 
+std::string ownTitleOf(const Receipt& receipt) {
+  const auto known = std::ranges::find(kWords, receipt.task, &Words::task);
+  const bool isKnown = known != std::end(kWords);
+  std::string title = isKnown ? known->title : receipt.task;
+  const std::string object = objectOf(receipt, isKnown && known->namesBackup);
+  if (!object.empty()) title += " of " + object;
+  const bool isOneBackup = receipt.task == "rename" || receipt.task == "remove";
+  const std::size_t files = isOneBackup ? 0 : filesIn(receipt);
+  return files == 0 ? title : title + ", " + counted(files, "file");
+}
+
 }  // namespace
 
 std::size_t filesIn(const Receipt& receipt) {
@@ -71,14 +82,17 @@ const char* stateOf(const Receipt& receipt) {
   return receipt.outcome == receipt::kWhole ? "done" : "in part";
 }
 
-std::string titleOf(const Receipt& receipt) {
-  const auto known = std::ranges::find(kWords, receipt.task, &Words::task);
-  const bool isKnown = known != std::end(kWords);
-  std::string title = isKnown ? known->title : receipt.task;
-  const std::string object = objectOf(receipt, isKnown && known->namesBackup);
-  if (!object.empty()) title += " of " + object;
-  const std::size_t files = filesIn(receipt);
-  return files == 0 ? title : title + ", " + counted(files, "file");
+// Of all, the newest comes first, and what was taken back is older.
+std::string titleOf(const Receipt& receipt, const std::vector<Receipt>& all) {
+  const Receipt* task = &receipt;
+  bool isUndo = false;
+  for (const Receipt& older : all) {
+    if (older.name != task->undoes) continue;
+    task = &older;
+    isUndo = !isUndo;
+  }
+  if (task == &receipt) return ownTitleOf(receipt);
+  return (isUndo ? "Undo of " : "Redo of ") + ownTitleOf(*task);
 }
 
 }  // namespace vantory

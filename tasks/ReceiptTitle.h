@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <string>
+#include <vector>
 
 namespace vantory {
 
@@ -12,7 +13,9 @@ struct Receipt;
 std::size_t filesIn(const Receipt& receipt);
 // Scripts read these words too: "done", "in part", "killed", "running" or "undone".
 const char* stateOf(const Receipt& receipt);
-// Such as "Trash of Final Cut Pro, 12 files" or "Rename of \"Clean setup\"". The catalog names the applications.
-std::string titleOf(const Receipt& receipt);
+// Such as "Trash of Final Cut Pro, 12 files" or "Rename of \"Clean setup\"", and for what took another task back, which
+// is looked for among `all`, "Undo of Trash of Final Cut Pro, 12 files" or, where that was an undo, "Redo of ...". The
+// catalog names the applications.
+std::string titleOf(const Receipt& receipt, const std::vector<Receipt>& all);
 
 }  // namespace vantory

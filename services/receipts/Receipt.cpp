@@ -153,6 +153,33 @@ Receipt parse(const std::string& bytes) {
   return receipt;
 }
 
+bool isToUndo(const Receipt& receipt) {
+  return canBeTakenBack(receipt) && receipt.undoes.empty();
+}
+
+// The newest first, down to the first for which `isLast` holds. A task that took another back is newer than that, so
+// that it is known first.
+std::vector<Receipt> receiptsDownTo(bool (*isLast)(const Receipt&)) {
+  std::vector<Receipt> receipts;
+  std::set<std::string> undone;
+  const auto names = receiptNames();
+  if (!names) QWLog::appendLog("The receipts cannot be read: %@", names.error().text);
+  if (!names) return receipts;
+  for (const std::string& name : *names) {
+    auto receipt = readReceipt(name);
+    if (!receipt) {
+      QWLog::appendLog("%@", receipt.error().text);
+      continue;
+    }
+    receipt->isUndone = undone.contains(name);
+    const bool isThrough = receipt->outcome == receipt::kWhole || receipt->outcome == receipt::kInPart;
+    if (isThrough && !receipt->isUndone) undone.insert(receipt->undoes);
+    receipts.push_back(std::move(*receipt));
+    if (isLast(receipts.back())) break;
+  }
+  return receipts;
+}
+
 }  // namespace
 
 Result<Receipt> readReceipt(const std::string& name) {
@@ -171,35 +198,21 @@ Result<Receipt> readReceipt(const std::string& name) {
   }
 }
 
-// A task that took another back is newer than that, so that it is known first.
-std::vector<Receipt> allReceipts() {
-  std::vector<Receipt> receipts;
-  std::set<std::string> undone;
-  const auto names = receiptNames();
-  if (!names) QWLog::appendLog("The receipts cannot be read: %@", names.error().text);
-  if (!names) return receipts;
-  for (const std::string& name : *names) {
-    auto receipt = readReceipt(name);
-    if (!receipt) {
-      QWLog::appendLog("%@", receipt.error().text);
-      continue;
-    }
-    receipt->isUndone = undone.contains(name);
-    const bool isThrough = receipt->outcome == receipt::kWhole || receipt->outcome == receipt::kInPart;
-    if (isThrough && !receipt->isUndone) undone.insert(receipt->undoes);
-    receipts.push_back(std::move(*receipt));
-  }
-  return receipts;
-}
-
 bool canBeTakenBack(const Receipt& receipt) {
   const bool didNothing = receipt.ended && receipt.steps.empty();
   return !receipt.isUndone && !receipt.isRunning && !didNothing;
 }
 
+std::vector<Receipt> allReceipts() {
+  return receiptsDownTo([](const Receipt&) { return false; });
+}
+
+std::vector<Receipt> receiptsDownToNewestToUndo() {
+  return receiptsDownTo(isToUndo);
+}
+
 const Receipt* newestToUndo(const std::vector<Receipt>& receipts) {
-  const auto found = std::ranges::find_if(
-      receipts, [](const Receipt& receipt) { return canBeTakenBack(receipt) && receipt.undoes.empty(); });
+  const auto found = std::ranges::find_if(receipts, isToUndo);
   return found == receipts.end() ? nullptr : &*found;
 }
 

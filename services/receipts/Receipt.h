@@ -44,6 +44,8 @@ Result<Receipt> readReceipt(const std::string& name);
 
 // Everything that can be read, the newest first. A damaged receipt is logged and left out.
 std::vector<Receipt> allReceipts();
+// Of those the first ones, down to newestToUndo(): the others need not be read for that.
+std::vector<Receipt> receiptsDownToNewestToUndo();
 
 // Not one that runs, was taken back, or is through and changed nothing. Known only of one in a list of all.
 bool canBeTakenBack(const Receipt& receipt);

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "backups/BackupNaming.h"
 #include "backups/QWDataController.h"
 #include "backups/ui/Controls.h"
 #include "backups/ui/FailureReport.h"
@@ -21,6 +22,20 @@
 #include "undo/UndoRun.h"
 
 namespace vantory {
+
+namespace {
+
+// From the Trash, or to its earlier name; empty for none.
+std::string backupThatCameBack(const TaskReport& report) {
+  std::string backup;
+  for (const FileReport& file : report.files())
+    if (file.outcome == FileReport::Outcome::Done && isBackupName(file.place) &&
+        (file.action == FileAction::PutBack || file.action == FileAction::Move))
+      backup = file.place;
+  return backup;
+}
+
+}  // namespace
 
 UndoController::UndoController(const Parts& parts)
     : parts_(parts), refresh_(NotificationCenter::shared().observe(kReceiptsRefresh, [this] { reload(); })) {}
@@ -48,19 +63,10 @@ void UndoController::readEverything() {
 
 void UndoController::readReceipts() {
   const auto names = receiptNames();
-  const std::vector<Receipt> receipts = allReceipts();
-  std::vector<UndoRow> rows;
-  rows.reserve(receipts.size());
-  for (const Receipt& receipt : receipts)
-    rows.push_back({.receipt = receipt.name,
-                    .date = localTimeText(receipt.begun, "%F %T"),
-                    .title = titleOf(receipt),
-                    .state = stateOf(receipt),
-                    .canBeUndone = canBeTakenBack(receipt)});
+  const std::vector<Receipt> receipts = receiptsDownToNewestToUndo();
   const Receipt* newest = newestToUndo(receipts);
-  const std::string title = newest ? titleOf(*newest) : "";
+  const std::string title = newest ? titleOf(*newest, receipts) : "";
   MainThread::shared().runAndWait([&] {
-    rows_ = std::move(rows);
     if (names) known_ = *names;
     isOneRunning_ = std::ranges::any_of(receipts, &Receipt::isRunning);
     newest_ = newest ? newest->name : "";
@@ -70,6 +76,22 @@ void UndoController::readReceipts() {
   });
 }
 
+void UndoController::list(std::function<void(const std::vector<UndoRow>& rows)> show) {
+  const auto read = [show = std::move(show)] {
+    const std::vector<Receipt> receipts = allReceipts();
+    std::vector<UndoRow> rows;
+    rows.reserve(receipts.size());
+    for (const Receipt& receipt : receipts)
+      rows.push_back({.receipt = receipt.name,
+                      .date = localTimeText(receipt.begun, "%F %T"),
+                      .title = titleOf(receipt, receipts),
+                      .state = stateOf(receipt),
+                      .canBeUndone = canBeTakenBack(receipt)});
+    MainThread::shared().runAndWait([&] { show(rows); });
+  };
+  BackgroundThreads::shared().start(read, BackgroundThreads::Kind::Look);
+}
+
 void UndoController::undo() {
   if (!newest_.empty()) undo(newest_);
 }
@@ -77,24 +99,30 @@ void UndoController::undo() {
 void UndoController::undo(const std::string& receipt) {
   // Until its turn comes and it is done there is nothing else to take back.
   parts_.command.setEnabled(false);
-  if (!startTask([this, receipt] { takeBack(receipt); })) reload();
+  const auto work = [this, receipt] {
+    auto which = Try::First;
+    while (takeBack(receipt, which)) which = Try::Again;
+  };
+  if (!startTask(work)) reload();
 }
 
-void UndoController::takeBack(const std::string& name) {
+// Whether the person wants what stayed tried again.
+bool UndoController::takeBack(const std::string& name, Try which) {
   QWAuthorization::sharedController().beginTask();
   const std::vector<Receipt> receipts = allReceipts();
   const auto receipt = std::ranges::find(receipts, name, &Receipt::name);
-  if (receipt == receipts.end() || receipt->isUndone || receipt->isRunning) {
+  if (receipt == receipts.end() || (receipt->isUndone && which == Try::First) || receipt->isRunning) {
     readEverything();
-    return reportFailure("This task cannot be taken back now",
-                         "It is not through yet, was taken back already, or its receipt is gone.");
+    reportFailure("This task cannot be taken back now",
+                  "It is not through yet, was taken back already, or its receipt is gone.");
+    return false;
   }
-  const std::string title = titleOf(*receipt);
+  const std::string title = titleOf(*receipt, receipts);
   QWLog::appendLog("Taking %@ back", title);
   MainThread& mainThread = MainThread::shared();
   mainThread.runAndWait([&] {
     parts_.progress.setIndeterminate();
-    parts_.progress.updateLabel("Undoing " + title + "...");
+    parts_.progress.updateLabel("Taking back: " + title);
     parts_.progress.show();
     parts_.progress.disableCancel();
   });
@@ -107,10 +135,11 @@ void UndoController::takeBack(const std::string& name) {
     parts_.progress.hide();
     NotificationCenter::shared().post("QWVantoryAppRefresh");
   });
-  if (!report.isWhole())
-    reportFailure("Not taken back as a whole: " + title, report.causes());
-  else
-    QWAlert::alertSheetWithMessageText("Taken back: " + title, report.causes());
+  const std::string backup = backupThatCameBack(report);
+  if (!backup.empty() && parts_.selectBackup) parts_.selectBackup(backup);
+  if (!report.isWhole()) return reportResult("Not taken back as a whole: " + title, "", report);
+  QWAlert::alertSheetWithMessageText("Taken back: " + title, report.causes());
+  return false;
 }
 
 }  // namespace vantory

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "backups/ui/FailureReport.h"
 #include "services/messages/NotificationCenter.h"
 
 namespace vantory {
@@ -27,17 +28,20 @@ class UndoController {
   struct Parts {
     Button& command;  // names the task that it takes back
     QWProgressController& progress;
+    // Has the pane of the library select what came back there; any thread. May be empty.
+    std::function<void(const std::string& path)> selectBackup = {};
   };
 
   explicit UndoController(const Parts& parts);
 
-  // Reads the receipts anew. Returns before that is done.
+  // Looks anew which task the command would take back. Returns before that is done.
   void reload();
+  // Reads all receipts, and hands their rows, the newest first, to `show` on the main thread. Returns before that is
+  // done.
+  static void list(std::function<void(const std::vector<UndoRow>& rows)> show);
   // As reload(), and lists the library and what is there anew, where another process has done something. Main thread.
   void followOthers();
-  // The newest first, as last read.
-  const std::vector<UndoRow>& rows() const { return rows_; }
-  // Called when they were.
+  // Called when the receipts may be others than before.
   std::function<void()> onReload;
 
   // Takes the newest task that was not taken back, and tells the person how that went.
@@ -48,10 +52,9 @@ class UndoController {
   // Worker threads.
   void readReceipts();
   void readEverything();
-  void takeBack(const std::string& receipt);
+  bool takeBack(const std::string& receipt, Try which);
 
   const Parts parts_;
-  std::vector<UndoRow> rows_;
   std::vector<std::string> known_;  // all receipts, also such as cannot be read
   bool isOneRunning_ = false;
   std::string newest_;  // empty where there is nothing to take back

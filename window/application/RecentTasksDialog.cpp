@@ -53,9 +53,10 @@ RecentTasksDialog::RecentTasksDialog(QWidget* parent)
   resize(kSize);
 }
 
-void RecentTasksDialog::openWith(const std::vector<UndoRow>& rows) {
+// Whoever opens it wants the newest task.
+void RecentTasksDialog::open() {
   list_->clear();
-  setRows(rows);
+  enableUndo();
   list_->setFocus();
   QDialog::open();
 }

@@ -17,7 +17,8 @@ class RecentTasksDialog : public QDialog {
  public:
   explicit RecentTasksDialog(QWidget* parent);
 
-  void openWith(const std::vector<UndoRow>& rows);
+  // Empty, until rows are set.
+  void open() override;
   // The selection stays where it can.
   void setRows(const std::vector<UndoRow>& rows);
   // Called with the receipt that the person chose.

@@ -64,13 +64,11 @@ WindowSession::WindowSession(const std::string& home)
       delegate_({window_, app_, importChooser_, *window_.menus().preferences, [] { QCoreApplication::exit(); },
                  [this] { settings_.show(); },
                  [this](std::function<void()> work) { restore_.runOnThread(std::move(work)); },
-                 [this](const std::string& path) {
-                   restore_.reload();
-                   MainThread::shared().runAndWait([&] { restore_.selectBackupWithPath(path); });
-                 }}),
+                 [this](const std::string& path) { selectBackup(path); }}),
       settings_(&window_, &delegate_),
       recentTasks_(&window_),
-      undo_({*window_.menus().undo, app_.progressController()}) {
+      undo_(
+          {*window_.menus().undo, app_.progressController(), [this](const std::string& path) { selectBackup(path); }}) {
   // Each of the two needs the other, so one of them is told later.
   restore_.setEditor(edit_);
   QWAlert::sharedController().ask = [this](const AlertTexts& texts) { return alerts_.ask(texts); };
@@ -166,8 +164,13 @@ void WindowSession::connectMenus() {
   WindowMenus& menus = window_.menus();
   onTrigger(*menus.importBackup, [this] { delegate_.importBackup(); });
   onTrigger(*menus.undo, [this] { undo_.undo(); });
-  onTrigger(*menus.recentTasks, [this] { recentTasks_.openWith(undo_.rows()); });
-  undo_.onReload = [this] { recentTasks_.setRows(undo_.rows()); };
+  onTrigger(*menus.recentTasks, [this] {
+    recentTasks_.open();
+    listRecentTasks();
+  });
+  undo_.onReload = [this] {
+    if (recentTasks_.isVisible()) listRecentTasks();
+  };
   recentTasks_.onUndo = [this](const std::string& receipt) { undo_.undo(receipt); };
   onTrigger(*menus.preferences, [this] { delegate_.showPreferences(); });
   onTrigger(*menus.userManual, [this] { delegate_.helpUserManual(); });
@@ -268,6 +271,16 @@ void WindowSession::choosePane(Pane pane) {
     case Pane::Restore:
       return app_.toolbarRestore();
   }
+}
+
+void WindowSession::listRecentTasks() {
+  UndoController::list([this](const std::vector<UndoRow>& rows) { recentTasks_.setRows(rows); });
+}
+
+// The library was listed anew. Any thread.
+void WindowSession::selectBackup(const std::string& path) {
+  restore_.reload();
+  MainThread::shared().runAndWait([&] { restore_.selectBackupWithPath(path); });
 }
 
 // A command can be chosen only where the selection gives it something to work on.

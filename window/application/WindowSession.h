@@ -57,6 +57,8 @@ class WindowSession {
   void enableHelp();
   void choosePane(Pane pane);
   void showSelection();
+  void selectBackup(const std::string& path);
+  void listRecentTasks();
   QWidget* windowOf(AlertParent parent);
   bool mayClose();
   bool wantsToQuit();

@@ -30,8 +30,44 @@ class UndoControllerTest : public PaneTest {
 
   FakeProgressSheet sheet_;
   QWProgressController progress_{sheet_};
-  UndoController undo_{{button_, progress_}};
+  // The titles of the list.
+  std::vector<std::string> titles() {
+    UndoController::list([this](const std::vector<UndoRow>& rows) { rows_ = rows; });
+    finishWork();
+    std::vector<std::string> titles;
+    for (const UndoRow& row : rows_) titles.push_back(row.title);
+    return titles;
+  }
+
+  std::vector<UndoRow> rows_;
+  std::string selected_;
+  UndoController undo_{{button_, progress_, [this](const std::string& path) { selected_ = path; }}};
 };
+
+TEST_F(UndoControllerTest, WhatTookATaskBackIsNamedByIt) {
+  undo_.undo(receiptNames()->front());
+  finishWork();
+  undo_.undo(receiptNames()->front());
+  finishWork();
+  EXPECT_THAT(titles(), ElementsAre("Redo of Trash of Editor, 1 file", "Undo of Trash of Editor, 1 file",
+                                    "Trash of Editor, 1 file"));
+  EXPECT_FALSE(rows_[1].canBeUndone);
+}
+
+TEST_F(UndoControllerTest, ABackupThatCameBackIsSelected) {
+  ASSERT_EQ(backupOfAll("B")->writeData(report_), WriteResult::Success);
+  {
+    TaskReport report;
+    const TaskReceipt receipt(report, {.name = "remove", .operands = {"B"}});
+    ASSERT_TRUE(controller().removeBackup(listed("B"), report));
+  }
+  undo_.reload();
+  finishWork();
+  undo_.undo();
+  finishWork();
+  EXPECT_EQ(selected_, inLibrary("B.vnt"));
+  EXPECT_NE(listed("B"), nullptr);
+}
 
 TEST_F(UndoControllerTest, WhatAnotherProcessDidIsShownToo) {
   undo_.reload();
