@@ -16,6 +16,7 @@ bool refuseNameOfAutomaticBackups(const std::string& name, AlertParent parentWin
 // What happens to some names, in a sentence.
 inline constexpr const char* kLeftOutOfNames =
     "A slash, a colon and a dot at the beginning cannot be part of a backup's name.";
+inline constexpr const char* kNameIsTaken = "Another backup has that name already.";
 // "\"a/b:c\" is kept as \"abc\".".
 std::string keptNameInWords(const std::string& wanted, const std::string& kept);
 

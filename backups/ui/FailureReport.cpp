@@ -1,6 +1,7 @@
 // How the outcome of a task is put before the person.
 #include "backups/ui/FailureReport.h"
 
+#include <cctype>
 #include <utility>
 
 #include "services/TaskReport.h"
@@ -89,6 +90,16 @@ std::vector<AlertRow> rowsOf(const TaskReport& report) {
   return rows;
 }
 
+// What repeats the text above it, as the log has it, goes on without.
+std::string withoutRepeating(const std::string& failure, std::string text) {
+  const std::string repeated = failure + ": ";
+  if (const auto begin = text.find(repeated); begin != std::string::npos) {
+    text.erase(begin, repeated.size());
+    text[begin] = static_cast<char>(std::toupper(static_cast<unsigned char>(text[begin])));
+  }
+  return text;
+}
+
 std::string joined(const std::string& text, const std::vector<std::string>& sentences) {
   std::string all = text;
   for (const std::string& sentence : sentences) all += (all.empty() ? "" : "\n") + sentence;
@@ -106,7 +117,8 @@ void reportFailure(const std::string& failure, const std::string& reason, AlertP
 bool reportResult(const std::string& failure, const std::string& reason, const TaskReport& report, Retry retry) {
   QWLog::appendLog("%@: %@", failure, withCauses(reason, report));
   AlertTexts texts{.messageText = failure, .defaultButton = "OK", .isDismissedByDefault = true, .rows = rowsOf(report)};
-  texts.informativeText = texts.rows.empty() ? withCauses(reason, report) : joined(reason, report.remarks());
+  texts.informativeText =
+      withoutRepeating(failure, texts.rows.empty() ? withCauses(reason, report) : joined(reason, report.remarks()));
   if (retry == Retry::Offered) texts.alternateButton = "Try Again";
   return QWAlert::alertSheetWithMessageText(texts) == QWAlert::Alternate && retry == Retry::Offered;
 }

@@ -45,8 +45,14 @@ bool reportFailedWriting(QWBackup& backup, TaskReport& report) {
 // Not of blanks around it, which nobody sees.
 void tellKeptName(const std::string& wanted, const std::string& kept, const std::string& cleaned) {
   if (kept == trimmed(wanted)) return;
-  QWAlert::alertSheetWithMessageText(keptNameInWords(wanted, kept),
-                                     kept == cleaned ? kLeftOutOfNames : "Another backup has that name already.");
+  QWAlert::alertSheetWithMessageText(keptNameInWords(wanted, kept), kept == cleaned ? kLeftOutOfNames : kNameIsTaken);
+}
+
+// What the person should know before they try.
+std::string warningOf(const QWBackup& backup) {
+  if (backup.isComplete()) return "";
+  const std::string cause = backup.readError() ? "" : ": it was not written to its end, or its settings are damaged";
+  return "\n\n" + backup.flawInWords() + cause + ". Nothing can be restored from it as it is.";
 }
 
 bool askToUpdate(const QWBackup& backup) {
@@ -79,8 +85,8 @@ void QWRestoreOutlineController::restore() {
            .defaultButton = "Restore",
            .alternateButton = "Cancel",
            .informativeText = nameAndDate(*backup) +
-                              ". This will overwrite any current preferences with those stored in the backup."}) !=
-      QWAlert::Default)
+                              ". This will overwrite any current preferences with those stored in the backup." +
+                              warningOf(*backup)}) != QWAlert::Default)
     return;
   startTask([this, backup] {
     if (QWFileManager::isMissingAtPath(backup->path())) return reportVanished(*backup);

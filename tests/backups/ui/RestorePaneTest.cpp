@@ -71,6 +71,13 @@ TEST_F(RestorePaneTest, MarksAnIncompleteBackupAndMakesItNoDefault) {
   pane_.toggleDefault();
   EXPECT_FALSE(QWBackup::defaultBackupName());
   EXPECT_EQ(alerts_.back(), "An incomplete backup cannot be the default");
+  std::vector<std::string> told;
+  onAlert_ = [&](const AlertTexts& texts) { return told.push_back(texts.informativeText), QWAlert::Default; };
+  finishAfter(&QWRestoreOutlineController::restore);
+  ASSERT_EQ(told.size(), 2U);
+  EXPECT_THAT(told[0], HasSubstr("\"Torn\" is incomplete"));
+  EXPECT_EQ(alerts_.back(), "Nothing was restored");
+  EXPECT_THAT(told[1], testing::StartsWith("The Settings.plist of ")) << "it is not said twice";
 }
 
 TEST_F(RestorePaneTest, SortsAndRemembers) {
