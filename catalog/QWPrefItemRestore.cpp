@@ -10,6 +10,7 @@
 #include "catalog/QWPrefItem.h"
 #include "platform/FileMetadata.h"
 #include "platform/FileSystem.h"
+#include "services/QWCmdUtils.h"
 #include "services/QWLocalPaths.h"
 #include "services/Runtime.h"
 #include "services/TaskReport.h"
@@ -86,12 +87,18 @@ void ItemRestoring::note(const std::string& path, const Status& copied) {
   report_.add(FileAction::Restore, path, copied, item_, path);
 }
 
-// For what is damaged here.
+// For what is damaged here: what the person can do where they are.
 Error ItemRestoring::withCure(Error cause, const std::string& source) const {
   if (cause.code != std::errc::bad_message || !backup_) return cause;
   const auto older = backup_->olderWithSoundCopy(source);
-  cause.cure = older ? formatted("An older backup has it undamaged: vantory -restore \"%@\" %@", *older, item_)
-                     : "No older backup of the library has it undamaged.";
+  if (!older)
+    cause.cure = "No older backup of the library has it undamaged.";
+  else if (QWCmdUtils::sharedController().hasGUI())
+    cause.cure =
+        formatted("The older backup \"%@\" has it undamaged: compare that in the Restore pane, and tick this file.",
+                  paths::withoutExtension(paths::lastComponent(*older)));
+  else
+    cause.cure = formatted("An older backup has it undamaged: vantory -restore \"%@\" %@", *older, item_);
   return cause;
 }
 

@@ -1,4 +1,5 @@
 // Putting backups back in place.
+#include "services/QWCmdUtils.h"
 #include "services/RunningApplicationGuard.h"
 #include "tests/backups/BackupsTest.h"
 
@@ -91,6 +92,10 @@ TEST_F(RestoreTest, ADamagedCopyTakesNoLiveFilesPlace) {
   EXPECT_TRUE(isRestored("whole"));
   ASSERT_EQ(report_.count(FileReport::Outcome::Failed), 1U);
   EXPECT_THAT(report_.causes(), HasSubstr("flipped: it is damaged"));
+  EXPECT_THAT(report_.causes(), HasSubstr("The older backup \"Sound\" has it undamaged: compare that in the Restore"));
+  QWCmdUtils::sharedController().setHasGUI(false);
+  report_ = {};
+  backup->restore(report_);
   EXPECT_THAT(report_.causes(), HasSubstr("vantory -restore \"" + inLibrary("Sound.vnt") + "\" keyflipped"));
 
   // Where only administrator rights could copy it, which they do once the live file has gone.
