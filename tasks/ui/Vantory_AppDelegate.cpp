@@ -163,6 +163,8 @@ void Vantory_AppDelegate::addWithoutRestoring(const std::string& path) {
     return;
   }
   if (parts_.selectBackup) parts_.selectBackup(*added);
+  if (backupName(*added) != backupName(path))
+    QWAlert::alertSheetWithMessageText(keptNameInWords(backupName(path), backupName(*added)), kNameIsTaken);
 }
 
 // The desktop may take a while to find an application.

@@ -99,7 +99,8 @@ TEST_F(DelegateTest, ABackupIsImportedAfterAQuestion) {
   EXPECT_EQ(receiptNames()->size(), 2U) << "both can be taken back";
   EXPECT_TRUE(chooser_.request.folders);
   const std::string question = "Are you sure you wish to restore the backup \"Clean setup\"?";
-  EXPECT_THAT(alerts_, ElementsAre(question, question, "Restoration complete", question));
+  EXPECT_THAT(alerts_, ElementsAre(question, question, "Restoration complete", question,
+                                   "\"Clean setup\" is kept as \"Clean setup-2\"."));
   EXPECT_THAT(shownPanes_, ElementsAre("Restore", "Restore", "Restore"));
   EXPECT_EQ(window_.timesInFront, 3);
   EXPECT_EQ(quits_, 0);
