@@ -56,13 +56,19 @@ void addLines(const Row& file) {
   }
 }
 
+std::string differenceInWords(const FileComparison& file) {
+  if (!file.keys.empty()) return counted(file.keys.size(), "key") + (file.keys.size() == 1 ? " differs" : " differ");
+  if (!file.lines.empty())
+    return counted(file.lines.size(), "line") + (file.lines.size() == 1 ? " differs" : " differ");
+  return "differs";
+}
+
 void describe(ComparisonRow& row) {
   row.remark = row.file->remark;
   switch (row.file->difference) {
     case Difference::Same:
     case Difference::Different:
-      row.now = "differs";
-      row.inBackup = "differs";
+      row.now = differenceInWords(*row.file);
       break;
     case Difference::Added:
       row.now = kNothing;

@@ -74,6 +74,7 @@ TEST_F(ComparisonWindowTest, ShowsBothValuesAndKeepsTicksTogether) {
   EXPECT_EQ(view_.title, "Compare \"B\"");
   EXPECT_EQ(view_.status, "2 files are not the same, 2 files are the same. Tick what you want back.");
   EXPECT_FALSE(view_.isBusy || view_.restore.enabled);
+  EXPECT_EQ(std::get<std::string>(window_.objectValueForTableColumn("now", row(kFile))), "3 keys differ");
   const auto key = row(with(kFile, "a"));
   EXPECT_EQ(std::get<std::string>(window_.objectValueForTableColumn("now", key)), "\"1\"");
   EXPECT_EQ(std::get<std::string>(window_.objectValueForTableColumn("backup", key)), "\"0\"");
