@@ -5,7 +5,6 @@
 #include "backups/ui/BackupNames.h"
 #include "backups/ui/ComparisonView.h"
 #include "backups/ui/Controls.h"
-#include "backups/ui/FailureReport.h"
 #include "base/Format.h"
 #include "services/TaskReport.h"
 #include "services/files/QWAuthorization.h"
@@ -97,19 +96,26 @@ void ComparisonController::restoreTicked() {
 }
 
 // As a restore of the whole backup does it: the automatic backup first.
-void ComparisonController::restoreOnThread(const std::shared_ptr<QWBackup>& backup,
-                                           const std::vector<ItemChoice>& choices) {
+bool ComparisonController::restoreOnce(const std::shared_ptr<QWBackup>& backup, const std::vector<ItemChoice>& choices,
+                                       Try which) {
   QWAuthorization::sharedController().beginTask();
   QWLog::appendLog("Restoring parts of backup %@", backup->name());
   TaskReport report;
-  QWBackup::writeAutoBackup(report);
+  if (which == Try::First) QWBackup::writeAutoBackup(report);
   TaskReceipt receipt(report, {.name = "restore", .operands = {backup->path()}});
   restorePartly(backup, choices, report);
   receipt.end();
-  if (!reportIncompleteRestore(report))
-    QWAlert::alertSheetWithMessageText("Preferences successfully restored",
-                                       withCauses("You may now relaunch your applications.", report),
-                                       AlertParent::ComparisonWindow);
+  if (const auto again = reportIncompleteRestore(report, Retry::Offered)) return *again;
+  QWAlert::alertSheetWithMessageText("Preferences successfully restored",
+                                     withCauses("You may now relaunch your applications.", report),
+                                     AlertParent::ComparisonWindow);
+  return false;
+}
+
+void ComparisonController::restoreOnThread(const std::shared_ptr<QWBackup>& backup,
+                                           const std::vector<ItemChoice>& choices) {
+  auto which = Try::First;
+  while (restoreOnce(backup, choices, which)) which = Try::Again;
   reportFailedPruning(QWDataController::sharedController().manageAutoBackups());
   MainThread::shared().runAndWait([&] {
     if (!*ended_) compare(backup);

@@ -7,13 +7,14 @@
 
 #include "backups/ui/CatalogRows.h"
 #include "backups/ui/ComparisonRows.h"
+#include "backups/ui/FailureReport.h"
 
 namespace vantory {
 
 class ComparisonView;
 class QWBackup;
 
-// Main thread, but for restoreOnThread(). What it is given outlives it.
+// Main thread, but for restoreOnThread() and restoreOnce(). What it is given outlives it.
 class ComparisonController : public OutlineDelegate {
  public:
   explicit ComparisonController(ComparisonView& view) : view_(view) {}
@@ -40,6 +41,8 @@ class ComparisonController : public OutlineDelegate {
   const ComparisonRows& rowsUnder(const OutlineItemPointer& item) const;
   void showRows(std::shared_ptr<const Comparison> comparison);
   void restoreOnThread(const std::shared_ptr<QWBackup>& backup, const std::vector<ItemChoice>& choices);
+  // Whether the person wants it tried again.
+  static bool restoreOnce(const std::shared_ptr<QWBackup>& backup, const std::vector<ItemChoice>& choices, Try which);
 
   ComparisonView& view_;
   std::shared_ptr<QWBackup> backup_;
