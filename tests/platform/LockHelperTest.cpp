@@ -259,6 +259,16 @@ TEST_F(LockHelperTest, TheClientSplitsWhatIsTooMuchAndServesEveryThread) {
   for (std::thread& thread : threads) thread.join();
 }
 
+TEST_F(LockHelperTest, TheClientTriesOneThatWasInstalledMeanwhile) {
+  const std::string late = volume + "/late";
+  LockHelper client({.path = late, .environment = cleanEnvironment()});
+  EXPECT_THAT(client.setLocked({"/a"}, true), Each(EPERM));
+  writeFile(late, "#!/usr/bin/python3\nimport socket\ns = socket.socket(fileno=0)\ns.recv(65536)\ns.send(b'0\\0')\n");
+  ASSERT_EQ(chmod(late.c_str(), 0755), 0);
+  ASSERT_TRUE(giveCapabilities(late, kImmutable));
+  EXPECT_THAT(client.setLocked({"/a"}, true), Each(0));
+}
+
 TEST(LockHelperClientTest, DoesWithoutAHelperThatFails) {
   const std::vector<std::string> paths{"/a", "/b"};
   const auto python = [](const std::string& answer) {

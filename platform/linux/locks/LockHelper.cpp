@@ -38,9 +38,17 @@ Message requestFor(const std::vector<std::string>& paths, std::size_t first, boo
 
 }  // namespace
 
+bool LockHelper::hasCapability() const {
+  return !program_.path.empty() && getxattr(program_.path.c_str(), "security.capability", nullptr, 0) >= 0;
+}
+
+// Once; and once more when it has got its capability since.
 void LockHelper::start() {
-  if (std::exchange(tried_, true)) return;
   if (program_.path.empty()) program_.path = helperProgram(std::string(kLockHelper));
+  const bool isNewlyAble = !wasCapable_ && hasCapability();
+  if (std::exchange(tried_, true) && !isNewlyAble) return;
+  wasCapable_ = isNewlyAble;
+  process_.reset();
   if (program_.path.empty()) return;
   if (auto started = HelperProcess::start(program_)) process_.emplace(std::move(*started));
 }
@@ -77,7 +85,7 @@ bool LockHelper::isRunning() {
 std::string LockHelper::cure() {
   const std::lock_guard lock(mutex_);
   if (program_.path.empty()) return "Locking needs the lock helper, which is not installed.";
-  if (getxattr(program_.path.c_str(), "security.capability", nullptr, 0) >= 0) return "";
+  if (hasCapability()) return "";
   return "Locking needs the lock helper: sudo setcap cap_linux_immutable=ep " + program_.path;
 }
 

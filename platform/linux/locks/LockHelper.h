@@ -30,11 +30,13 @@ class LockHelper {
 
  private:
   void start();
+  bool hasCapability() const;
   bool ask(const Message& request, std::vector<int>& numbers);
 
   ChildProgram program_;
   std::mutex mutex_;
   bool tried_ = false;
+  bool wasCapable_ = false;  // when it was tried
   std::optional<HelperProcess> process_;
 };
 
