@@ -4,6 +4,7 @@
 #include "backups/AutosaveSchedule.h"
 #include "base/Format.h"
 #include "platform/Clock.h"
+#include "services/QWCmdUtils.h"
 #include "services/Runtime.h"
 
 namespace vantory {
@@ -31,7 +32,10 @@ std::string ageInWords(std::int64_t seconds) {
 // What the stamps of the schedule's runs tell.
 std::string reason(std::int64_t now, std::int64_t interval) {
   const AutosaveSchedule::Runs runs = AutosaveSchedule::runs();
-  if (!runs.last) return "The schedule is not loaded; the window loads it when it opens.";
+  // The window loads it when it opens.
+  if (!runs.last)
+    return QWCmdUtils::sharedController().hasGUI() ? "The schedule was not loaded: the log tells whether it is now."
+                                                   : "The schedule is not loaded; the window loads it when it opens.";
   if (runs.lastTry && *runs.last < *runs.lastTry)
     return formatted("The last try failed, on %@: its log tells why.",
                      localTimeText(*runs.lastTry, "%Y-%m-%d %H:%M:%S"));

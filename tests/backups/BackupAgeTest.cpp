@@ -41,7 +41,7 @@ TEST_F(BackupAgeTest, TellsThatScheduledBackupsDoNotHappenAndWhy) {
   EXPECT_THAT(*ageOf(longAgo).overdue, HasSubstr("The last try failed"));
   EXPECT_THAT(*ageOf({}).overdue, HasSubstr("there is no good one. The last try failed"));
   fakes_.jobs.stamp.reset();
-  EXPECT_THAT(*ageOf(longAgo).overdue, HasSubstr("The schedule is not loaded"));
+  EXPECT_THAT(*ageOf(longAgo).overdue, HasSubstr("The schedule was not loaded"));
   EXPECT_EQ(ageOf({}).overdue, std::nullopt) << "it begins just now";
 }
 
