@@ -11,6 +11,8 @@ class Button {
   virtual ~Button() = default;
   virtual void setEnabled(bool enabled) = 0;
   virtual void setTitle(const std::string& title) = 0;
+  // A sentence to know before it is pressed; empty for none.
+  virtual void setRemark(const std::string& text) = 0;
 };
 
 // Turns while something is being done.

@@ -28,7 +28,7 @@ AppList apps() {
 }  // namespace
 
 QWBackupOutlineController::QWBackupOutlineController(const Parts& parts)
-    : SurveyedRows(parts.outline),
+    : SurveyedRows(parts.outline, &parts.backupButton),
       parts_(parts),
       appRefresh_(NotificationCenter::shared().observe("QWVantoryAppRefresh", [this] { reload(); })),
       tabSwitch_(NotificationCenter::shared().observe("QWVantoryBackupTabSwitch", [this] { reload(); })) {
@@ -51,6 +51,7 @@ void QWBackupOutlineController::updateHeaderCheckCell() {
     headerState_ = static_cast<std::size_t>(on) == all.size() ? On : Mixed;
   parts_.outline.setHeaderState(headerState_);
   parts_.backupButton.setEnabled(any);
+  showWhetherThere();
 }
 
 void QWBackupOutlineController::writeBackupOnThread(const std::shared_ptr<QWBackup>& backup) {

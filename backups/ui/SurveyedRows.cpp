@@ -1,7 +1,10 @@
 // Puts a survey into cells and sentences.
 #include "backups/ui/SurveyedRows.h"
 
+#include <algorithm>
+
 #include "backups/QWDataController.h"
+#include "backups/ui/Controls.h"
 #include "backups/ui/OutlineView.h"
 #include "backups/ui/Surveyor.h"
 #include "base/Format.h"
@@ -60,8 +63,9 @@ std::vector<const QWPrefItem*> partsOf(const QWPrefItem& item, Ticks ticks) {
 
 }  // namespace
 
-SurveyedRows::SurveyedRows(OutlineView& outline)
+SurveyedRows::SurveyedRows(OutlineView& outline, Button* button)
     : outline_(outline),
+      button_(button),
       surveyed_(NotificationCenter::shared().observe(Surveyor::kRefresh, [this] { showSurvey(); })) {}
 
 Standing SurveyedRows::standingIn(const Survey& survey, const OutlineItemPointer& row) const {
@@ -100,6 +104,21 @@ bool SurveyedRows::hasNothing(const OutlineItemPointer& row) const {
 void SurveyedRows::showSurvey() {
   for (const OutlineItemPointer& row : childrenOfItem(nullptr)) outline_.reloadItem(row, true);
   outline_.setRemark(remarkOn(*Surveyor::shared().survey()));
+  showWhetherThere();
+}
+
+bool SurveyedRows::isTickedThere(const Survey& survey, const QWApp& app) const {
+  return std::ranges::any_of(app.children(),
+                             [&](const auto& item) { return survey.of(partsOf(*item, Ticks::Heeded)).files > 0; });
+}
+
+void SurveyedRows::showWhetherThere() const {
+  const auto& survey = Surveyor::shared().survey();
+  if (!button_ || !survey) return;
+  const AppList apps = QWDataController::sharedController().appArray();
+  const bool isAnyTicked = std::ranges::any_of(apps, [](const auto& app) { return app->selected() != Off; });
+  const bool isAnyThere = std::ranges::any_of(apps, [&](const auto& app) { return isTickedThere(*survey, *app); });
+  button_->setRemark(isAnyTicked && !isAnyThere ? "Nothing of what is ticked is on disk." : "");
 }
 
 std::string contentsInWords(const AppList& apps, Ticks ticks) {

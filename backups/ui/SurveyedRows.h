@@ -10,11 +10,14 @@
 
 namespace vantory {
 
+class Button;
+
 // Answers the columns "files", "size", "changed" and "kept", and shows them anew after each survey. Main thread. The
 // outline outlives it.
 class SurveyedRows : public RowsDelegate {
  public:
-  explicit SurveyedRows(OutlineView& outline);
+  // The button, which may be null, is told where it would do nothing.
+  explicit SurveyedRows(OutlineView& outline, Button* button = nullptr);
 
  protected:
   // Of what the row stands for. By default of all its items.
@@ -26,10 +29,16 @@ class SurveyedRows : public RowsDelegate {
   // Whether there is certainly nothing of what the row stands for.
   bool hasNothing(const OutlineItemPointer& row) const;
 
+  // Whether there is anything of the application that the button has to do with. By default of what is ticked of it.
+  virtual bool isTickedThere(const Survey& survey, const QWApp& app) const;
+  // To be called when ticks have changed.
+  void showWhetherThere() const;
+
  private:
   void showSurvey();
 
   OutlineView& outline_;
+  Button* const button_;
   NotificationCenter::Observation surveyed_;
 };
 

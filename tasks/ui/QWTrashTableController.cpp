@@ -25,7 +25,7 @@ void setAll(const QWApp& app, State state) {
 }  // namespace
 
 QWTrashTableController::QWTrashTableController(OutlineView& outline, Button& trashButton)
-    : SurveyedRows(outline),
+    : SurveyedRows(outline, &trashButton),
       outline_(outline),
       trashButton_(trashButton),
       appRefresh_(NotificationCenter::shared().observe("QWVantoryAppRefresh", [this] { reload(); })),
@@ -50,6 +50,7 @@ void QWTrashTableController::updateHeaderCheckCell() {
   if (count(Off) == all.size()) headerState_ = Off;
   outline_.setHeaderState(headerState_);
   trashButton_.setEnabled(headerState_ != Off);
+  showWhetherThere();
 }
 
 // An application shows the users of its first item that has any; whatever else it holds is not listed.
@@ -66,6 +67,10 @@ Rows QWTrashTableController::rowsUnder(const OutlineItemPointer& item) const {
 Standing QWTrashTableController::standingIn(const Survey& survey, const OutlineItemPointer& row) const {
   const auto app = rowAs<QWApp>(row);
   return app ? survey.ofPreferences(*app) : SurveyedRows::standingIn(survey, row);
+}
+
+bool QWTrashTableController::isTickedThere(const Survey& survey, const QWApp& app) const {
+  return app.selected() != Off && survey.ofPreferences(app).files > 0;
 }
 
 ObjectValue QWTrashTableController::objectValueForTableColumn(const std::string& column,

@@ -26,6 +26,7 @@ class QWTrashTableController : public SurveyedRows, public OutlineActions {
  protected:
   Rows rowsUnder(const OutlineItemPointer& item) const override;
   Standing standingIn(const Survey& survey, const OutlineItemPointer& row) const override;
+  bool isTickedThere(const Survey& survey, const QWApp& app) const override;
 
  private:
   OutlineView& outline_;

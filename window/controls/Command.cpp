@@ -27,6 +27,10 @@ void Command::setTitle(const std::string& title) {
   setText(withMnemonic(displayText(title), mnemonic_));
 }
 
+void Command::setRemark(const std::string& text) {
+  setStatusTip(displayText(text));
+}
+
 // The button takes text, state and explanation from the action, now and whenever that changes.
 QPushButton* Command::makeButton(QWidget* parent) {
   auto* button = new PushButton(parent);
@@ -34,6 +38,7 @@ QPushButton* Command::makeButton(QWidget* parent) {
     button->setText(text());
     button->setEnabled(isEnabled());
     button->setToolTip(statusTip());
+    button->setAccessibleDescription(statusTip());
   };
   follow();
   connect(this, &QAction::changed, button, follow);

@@ -19,6 +19,8 @@ class Command : public QAction, public Button {
   void setEnabled(bool enabled) override;
   // A plain title. The mnemonic letter stays where the new title has it.
   void setTitle(const std::string& title) override;
+  // Shown as the status tip.
+  void setRemark(const std::string& text) override;
 
   // A push button for it. The parent owns it.
   QPushButton* makeButton(QWidget* parent);

@@ -73,8 +73,11 @@ void OutlinePane::addButton(Command& command) {
   buttons_->insertWidget(leadingButtons_++, command.makeButton(this));
 }
 
-// Behind the space and the spinner, at the right end.
+// Behind the space and the spinner, at the right end; before it what is to be known of the command.
 void OutlinePane::addMainButton(Command& command) {
+  auto* remark = new QLabel(this);
+  connect(&command, &QAction::changed, remark, [remark, &command] { remark->setText(command.statusTip()); });
+  buttons_->insertWidget(leadingButtons_ + 1, remark);
   QPushButton* button = command.makeButton(this);
   button->setDefault(true);
   buttons_->addWidget(button);

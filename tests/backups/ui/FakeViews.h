@@ -33,9 +33,11 @@ class FakeButton : public Button {
  public:
   void setEnabled(bool value) override { enabled = value; }
   void setTitle(const std::string& text) override { title = text; }
+  void setRemark(const std::string& text) override { remark = text; }
 
   bool enabled = true;
   std::string title;
+  std::string remark;
 };
 
 class FakeBusyIndicator : public BusyIndicator {

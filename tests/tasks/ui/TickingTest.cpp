@@ -71,7 +71,9 @@ TEST_F(TickingTest, ThePanesTellWhatThereIs) {
   EXPECT_EQ(cell(trash, "size", avidItem_->users()[0]), "4 B");
   EXPECT_EQ(cell(lock, "files", editor_), "1");
   EXPECT_EQ(cell(lock, "kept", editor_), "no");
-  EXPECT_EQ(outline_.remark, "");
+  EXPECT_EQ(outline_.remark + button_.remark, "");
+  trash.setObjectValue(Off, "selected", rowOf(trash, avid_));
+  EXPECT_EQ(button_.remark, "Nothing of what is ticked is on disk.");
 
   std::filesystem::remove_all(home_ / "Library");
   std::filesystem::remove_all(machine_ / "Users");
