@@ -4,6 +4,7 @@
 #include "backups/OlderCopy.h"
 #include "base/Paths.h"
 #include "services/QWLocalPaths.h"
+#include "services/Runtime.h"
 #include "services/files/QWFileManager.h"
 
 namespace vantory {
@@ -24,13 +25,14 @@ bool BackupFolder::isInHome(const std::string& path) const {
 
 std::string BackupFolder::safeUserPath(const std::string& path) const {
   if (!isInHome(path)) return path;
-  // "/", "Users" and the user's name: a home folder of another depth is mapped wrongly, and stays so for the sake of
-  // the backups that exist.
-  constexpr std::size_t kComponentsOfHome = 3;
+  // "/", "Users" and the user's name: a home folder of another depth is mapped wrongly unless it was named, and stays
+  // so for the sake of the backups that exist.
+  constexpr std::size_t kUsual = 3;
+  const std::size_t ofHome = Runtime::current().isHomeNamed ? paths::components(*home_).size() : kUsual;
   const std::vector<std::string_view> components = paths::components(path);
   std::string safe = std::string(kHomePlaceholder) + "/";
-  for (std::size_t i = kComponentsOfHome; i < components.size(); ++i) {
-    if (i > kComponentsOfHome) safe += '/';
+  for (std::size_t i = ofHome; i < components.size(); ++i) {
+    if (i > ofHome) safe += '/';
     safe += components[i];
   }
   return safe;

@@ -11,7 +11,9 @@ std::atomic<Runtime*> newest = nullptr;
 
 }  // namespace
 
-Runtime::Runtime(Platform& platform) : platform_(platform), previous_(newest.exchange(this)) {}
+Runtime::Runtime(Platform& platform) : platform_(platform), previous_(newest.exchange(this)) {
+  if (previous_) isHomeNamed = previous_->isHomeNamed;
+}
 
 Runtime::~Runtime() {
   while (takeNewestInstance()) continue;

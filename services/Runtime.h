@@ -42,6 +42,9 @@ class Runtime {
 
   // Who is asked before files of a running application are touched. Not owned; null until set.
   RunningApplicationGuard* guard = nullptr;
+  // Whether whoever started the program named the home: then backups have no part of its path, whatever its depth.
+  // A runtime made within another has its answer.
+  bool isHomeNamed = false;
 
  private:
   std::shared_ptr<void> takeNewestInstance();

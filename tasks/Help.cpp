@@ -27,7 +27,8 @@ void printRow(std::ostream& output, std::string_view option, std::string_view op
 }  // namespace
 
 void printHelp(std::ostream& output) {
-  output << "Usage: vantory [--json] [--strict] [TASK [OPERANDS]]\n"
+  output << "Usage: vantory [--home DIR] [--json] [--strict] [TASK [OPERANDS]]\n"
+            "       vantory --homes PATTERN... [--jobs N] [--busy] [--json] TASK [OPERANDS]\n"
             "       vantory FILE...\n"
             "Looks after the preference files of video-editing applications.\n"
             "Without a task the window opens. Of several tasks the first in this list is done.\n"
@@ -35,6 +36,11 @@ void printHelp(std::ostream& output) {
             "import.\n\n";
   for (const TaskCommand& command : commandTable()) printRow(output, command.option, command.operands, command.purpose);
   output << "\nBefore a task:\n\n";
+  printRow(output, "--home DIR", "", "Work in this home, as its owner when started by root; also before a question.");
+  printRow(output, "--homes PATTERN...", "",
+           "The same in many homes, or \"-\" for lines of standard input; then a table.");
+  printRow(output, "--jobs N", "", "With --homes: so many at once (default: one for each processor).");
+  printRow(output, "--busy", "", "With --homes: also those with a file changed within the last minute.");
   printRow(output, kJson, "", "Report in JSON what was done to each file.");
   printRow(output, kStrict, "", "Let the exit code tell more (below).");
   output << "\nTo see without changing anything, with no task on the line:\n\n";

@@ -27,10 +27,10 @@ std::optional<std::string> reasonToRefuse(const std::optional<std::string>& home
 
 // "/Users/anna" has three components. Backups drop as many, whatever they are, to make a path fit every user's home.
 std::string remarkOnHome(const std::string& home) {
-  if (paths::components(home).size() == 3) return {};
+  if (paths::components(home).size() == 3 || Runtime::current().isHomeNamed) return {};
   return formatted(
       "The home folder %@ is not two levels deep: a restore puts files of the home elsewhere than they came from, in "
-      "this home too.",
+      "this home too. With --home \"$HOME\" before the task, also when it is restored, a backup fits any home.",
       printable(home));
 }
 

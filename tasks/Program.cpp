@@ -98,7 +98,8 @@ class TaskEnding {
 };
 
 // One task from its identity to what is told of it.
-int runCommand(const ChosenCommand& chosen, TaskOptions options, std::ostream& output, std::ostream& errors) {
+int runCommand(const ChosenCommand& chosen, TaskOptions options, std::ostream& output, std::ostream& errors,
+               const ReportListener& heard) {
   const TaskCommand& command = *chosen.command;
   if (command.asSuperuser) platform().users.becomeSuperuser();
   const Folder home = QWLocalPaths::userDirectory();
@@ -107,6 +108,7 @@ int runCommand(const ChosenCommand& chosen, TaskOptions options, std::ostream& o
   if (const auto reason = reasonToRefuse(home, command.usesBackups)) {
     refuse(*reason, home);
     report.refuse(*reason);
+    if (heard) heard(report);
     return ending.tell(1, report);
   }
   const std::string remark = command.usesBackups ? remarkOnHome(*home) : "";
@@ -124,6 +126,7 @@ int runCommand(const ChosenCommand& chosen, TaskOptions options, std::ostream& o
   noteUnusedArguments(context, command.mostOperands);
   const int exitCode = command.run(context);
   receipt.end();
+  if (heard) heard(report);
   return ending.tell(exitCode, report, &receipt);
 }
 
@@ -157,7 +160,7 @@ std::optional<std::string> faultBefore(const ChosenCommand& chosen, TaskOptions 
 }
 
 // A task goes before a question, and a question before the window.
-int runMode(std::ostream& output, std::ostream& errors, const ProgramReplacement& become) {
+int runMode(std::ostream& output, std::ostream& errors, const ProgramReplacement& become, const ReportListener& heard) {
   const std::vector<std::string>& arguments = platform().system.arguments();
   const auto has = [&](std::string_view argument) {
     return std::find(arguments.begin(), arguments.end(), argument) != arguments.end();
@@ -167,7 +170,7 @@ int runMode(std::ostream& output, std::ostream& errors, const ProgramReplacement
       chosen && !beginsWithQuestion(arguments) && !hasHelpAsOperand(arguments, chosen->position)) {
     const TaskOptions options = optionsBefore(arguments, chosen->position);
     if (const auto fault = faultBefore(*chosen, options)) return refuseLine(*fault, arguments, output, errors);
-    return runCommand(*chosen, options, output, errors);
+    return runCommand(*chosen, options, output, errors, heard);
   }
   if (has("--help") || has("-h")) {
     printHelp(output);
@@ -177,6 +180,9 @@ int runMode(std::ostream& output, std::ostream& errors, const ProgramReplacement
     return *answered;
   } else if (const auto meant = whatWasMeant(arguments)) {
     return refuseLine(*meant + " See \"vantory --help\".", arguments, output, errors);
+  } else if (Runtime::current().isHomeNamed) {
+    return refuseLine("Behind a home a task or a question is missing. See \"vantory --help\".", arguments, output,
+                      errors);
   } else {
     return openWindow(arguments, errors, become);
   }
@@ -185,9 +191,10 @@ int runMode(std::ostream& output, std::ostream& errors, const ProgramReplacement
 
 }  // namespace
 
-int runProgram(std::ostream& output, std::ostream& errors, const ProgramReplacement& become) {
+int runProgram(std::ostream& output, std::ostream& errors, const ProgramReplacement& become,
+               const ReportListener& heard) {
   try {
-    const int exitCode = runMode(output, errors, become);
+    const int exitCode = runMode(output, errors, become, heard);
     if (output.flush()) return exitCode;
     errors << "Vantory: The output could not be written.\n";
   } catch (const std::exception& exception) {

@@ -1,24 +1,80 @@
 // The program's one entry, for tasks and for the window.
 
+#include <unistd.h>
+
 #include <iostream>
 #include <optional>
+#include <string>
+#include <utility>
+#include <vector>
 
+#include "base/Paths.h"
 #include "platform/linux/LinuxPlatform.h"
+#include "platform/linux/homes/HomeOwner.h"
+#include "platform/linux/homes/LinuxHomeWorkers.h"
 #include "platform/posix/processes/ProcessCalls.h"
 #include "platform/posix/progress/ProgressLine.h"
+#include "platform/posix/system/PosixSystemInfo.h"
 #include "services/Runtime.h"
 #include "services/threads/MainThread.h"
 #include "tasks/Program.h"
+#include "tasks/Question.h"
+#include "tasks/Refusal.h"
+#include "tasks/homes/HomeOptions.h"
+#include "tasks/homes/HomeTask.h"
+#include "tasks/homes/HomesRun.h"
 
-int main(int argumentCount, char** arguments) {
-  vantory::LinuxPlatform platform({arguments, arguments + argumentCount}, "", vantory::LinuxPlatform::Progress::Shown);
-  std::optional<vantory::BeforeOutput> beforeOutput, beforeErrors;
+namespace {
+
+using namespace vantory;
+
+// Before anything else asks whose files are meant.
+Status workIn(const std::string& home) {
+  const std::string path = paths::absolute(home, PosixSystemInfo({}).workingDirectory());
+  if (getuid() != 0) return adoptHome(path);
+  const auto owner = ownerOfHome(path);
+  return owner ? becomeOwner(*owner) : owner.error();
+}
+
+int runOnTerminal(const HomeOptions& options) {
+  LinuxPlatform platform(options.arguments, "", LinuxPlatform::Progress::Shown);
+  std::optional<BeforeOutput> beforeOutput, beforeErrors;
   // What is printed does not share a row with the line of progress.
-  if (vantory::ProgressLine* line = platform.progressLine()) {
+  if (ProgressLine* line = platform.progressLine()) {
     beforeOutput.emplace(std::cout, [line] { line->end(); });
     beforeErrors.emplace(std::cerr, [line] { line->clear(); });
   }
-  vantory::Runtime runtime(platform.platform());
-  runtime.shared<vantory::MainThread>();
-  return vantory::runProgram(std::cout, std::cerr, vantory::replaceProgram);
+  Runtime runtime(platform.platform());
+  runtime.isHomeNamed = options.home.has_value();
+  runtime.shared<MainThread>();
+  return runProgram(std::cout, std::cerr, replaceProgram);
+}
+
+// Each home's process has a platform of its own; this one has none.
+int runInMany(const HomeOptions& options) {
+  const std::vector<std::string> arguments = argumentsForEach(options.arguments);
+  const bool changesNothing = beginsWithQuestion(options.arguments);
+  LinuxHomeWorkers workers({.run =
+                                [&] {
+                                  LinuxPlatform platform(arguments);
+                                  Runtime runtime(platform.platform());
+                                  runtime.isHomeNamed = true;
+                                  runtime.shared<MainThread>();
+                                  return runInHome();
+                                },
+                            .passesOverBusyHomes = !options.busy && !changesNothing});
+  const PosixSystemInfo system({});
+  const bool showsProgress = system.hasTerminal();
+  return runHomes(options, system.workingDirectory(), workers,
+                  {std::cin, std::cout, std::cerr, showsProgress ? &std::cerr : nullptr});
+}
+
+}  // namespace
+
+int main(int argumentCount, char** arguments) {
+  HomeOptions options = readHomeOptions({arguments, arguments + argumentCount});
+  if (options.home && !options.fault)
+    if (const Status status = workIn(*options.home); !status.ok()) options.fault = status.error().text;
+  if (options.fault) return refuseLine(*options.fault, options.arguments, std::cout, std::cerr);
+  return options.isForMany() ? runInMany(options) : runOnTerminal(options);
 }

@@ -168,9 +168,15 @@ _vantory() {
         ;;
     esac
   done
+  if ((i == last)) && [[ ${words[last - 1]} == --home* ]]; then
+    compopt -o filenames
+    quote=readline
+    mapfile -t COMPREPLY < <(compgen -d -- "${words[-1]}")
+    return
+  fi
   ((i < last)) || _vantory_offer -autobackup -restoredefault -list -trash -lock -unlock -backup -restore --default \
     --rename --remove --update --prune --undo --restore-keys --list-items --list-backups --receipts --preview --compare \
-    --verify --check-catalog --json --strict --print0 --help --version
+    --verify --check-catalog --home --homes --jobs --busy --json --strict --print0 --help --version
 
   _vantory_drop_before_colon
   _vantory_quote

@@ -81,6 +81,7 @@ class CommandLineTest : public ::testing::Test {
     errors_.str("");
     Runtime runtime(fakes_.platform);
     runtime.shared<MainThread>();
+    runtime.isHomeNamed = isHomeNamed_;
     return runProgram(output_, errors_, [this](const std::string& program, const auto& list) {
       window_ = list;
       window_.insert(window_.begin(), program);
@@ -143,6 +144,7 @@ class CommandLineTest : public ::testing::Test {
   std::ostringstream output_;
   std::ostringstream errors_;
   Status windowStatus_;
+  bool isHomeNamed_ = false;
   std::vector<std::string> window_;
 };
 
@@ -559,6 +561,10 @@ TEST_F(CommandLineTest, RemarksOnAHomeOfAnotherDepth) {
     fakes_.users.process->home = home_ / "deeper";
     run(task);
     EXPECT_THAT(errors_.str(), HasSubstr(remark)) << task;
+    isHomeNamed_ = true;
+    run(task);
+    EXPECT_THAT(errors_.str(), Not(HasSubstr(remark))) << task;
+    isHomeNamed_ = false;
   }
 }
 

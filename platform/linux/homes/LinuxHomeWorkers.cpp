@@ -1,0 +1,267 @@
+// Forks a process for each home, and listens to all of them.
+#include "platform/linux/homes/LinuxHomeWorkers.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <fnmatch.h>
+#include <poll.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <csignal>
+#include <cstdint>
+#include <cstring>
+#include <exception>
+#include <memory>
+#include <string_view>
+#include <utility>
+
+#include "base/Paths.h"
+#include "platform/linux/homes/HomeOwner.h"
+#include "platform/linux/homes/RecentChanges.h"
+#include "platform/posix/files/Errors.h"
+#include "platform/posix/files/SmallFiles.h"
+#include "platform/posix/kernel/Kernel.h"
+#include "platform/posix/processes/ProcessCalls.h"
+
+namespace vantory {
+
+namespace {
+
+using Steady = std::chrono::steady_clock;
+using namespace std::chrono_literals;
+
+// As with "--strict".
+constexpr int kNotBegun = 1;
+constexpr int kPassedOver = 3;
+constexpr int kNothingThere = 4;
+
+constexpr std::chrono::seconds kBusy = 60s;
+// More than a task can have to say; beyond it its process is not listened to.
+constexpr std::size_t kMostSaid = 16U << 20U;
+
+// What a home's process says: texts, each behind its length; the owner as soon as it is known, the rest at the end.
+void append(std::string& said, std::string_view text) {
+  const auto length = static_cast<std::uint32_t>(text.size());
+  said.append(reinterpret_cast<const char*>(&length), sizeof length).append(text);
+}
+
+std::optional<std::string> takeText(std::string_view& said) {
+  std::uint32_t length = 0;
+  if (said.size() < sizeof length) return std::nullopt;
+  std::memcpy(&length, said.data(), sizeof length);
+  if (said.size() - sizeof length < length) return std::nullopt;
+  std::string text(said.substr(sizeof length, length));
+  said.remove_prefix(sizeof length + length);
+  return text;
+}
+
+std::string wordsFor(const HomeResult& result) {
+  std::string said;
+  append(said, std::to_string(result.exitCode));
+  append(said, result.why);
+  append(said, result.output);
+  if (!result.counts) return said;
+  for (const std::size_t count : {result.counts->done, result.counts->skipped, result.counts->failed})
+    append(said, std::to_string(count));
+  return said;
+}
+
+// Whether the process said all.
+bool understand(std::string_view said, HomeResult& result) {
+  result.owner = takeText(said).value_or("");
+  const auto exitCode = takeText(said), why = takeText(said), output = takeText(said);
+  if (!output) return false;
+  result.exitCode = std::stoi(*exitCode);
+  result.why = *why;
+  result.output = *output;
+  const auto done = takeText(said), skipped = takeText(said), failed = takeText(said);
+  if (failed) result.counts = {std::stoul(*done), std::stoul(*skipped), std::stoul(*failed)};
+  return true;
+}
+
+void writeAll(int descriptor, std::string_view text) {
+  while (!text.empty()) {
+    const ssize_t written = uninterrupted([&] { return write(descriptor, text.data(), text.size()); });
+    if (written <= 0) return;  // nobody listens any more
+    text.remove_prefix(static_cast<std::size_t>(written));
+  }
+}
+
+// Nothing of the superuser's terminal, files and signals is left to the process; `answer` becomes its only descriptor
+// but for the standard streams.
+void detach(Descriptor& answer) {
+  constexpr int kAnswer = STDERR_FILENO + 1;
+  setsid();
+  for (const int signal : {SIGTERM, SIGINT, SIGHUP}) std::signal(signal, SIG_DFL);
+  const int null = open("/dev/null", O_RDWR);
+  for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) dup2(null, stream);
+  // Neither is among the standard streams, which are never closed.
+  dup2(answer.release(), kAnswer);
+  close_range(kAnswer + 1, ~0U, 0);
+  answer = Descriptor(kAnswer);
+  fcntl(kAnswer, F_SETFD, FD_CLOEXEC);
+}
+
+// As its owner, whose name is filled in.
+Status enter(const std::string& home, std::string& name) {
+  if (getuid() != 0) return adoptHome(home);
+  const auto owner = ownerOfHome(home);
+  if (!owner) return owner.error();
+  name = owner->name;
+  return becomeOwner(*owner);
+}
+
+std::string sentence(const Error& error) {
+  return error.text.ends_with('.') ? error.text : error.text + ".";
+}
+
+HomeResult passedOver(int exitCode, std::string why) {
+  return {.home = {}, .owner = {}, .exitCode = exitCode, .why = std::move(why)};
+}
+
+}  // namespace
+
+LinuxHomeWorkers::LinuxHomeWorkers(HomeWork work) : work_(std::move(work)), endRequest_(signals_.startReporting()) {
+  fillStandardStreams();
+  std::signal(SIGPIPE, SIG_IGN);  // a reader that has gone ends nothing
+}
+
+// Only the folder above the homes is opened, and nothing in it is looked at: that may be dead, or somebody's trap.
+Result<std::vector<std::string>> LinuxHomeWorkers::homesMatching(const std::string& pattern) {
+  const std::string path = paths::normalized(pattern);
+  const std::string folder = paths::parent(path), name = paths::lastComponent(path);
+  constexpr const char* kPatterns = "*?[";
+  if (folder.find_first_of(kPatterns) != std::string::npos)
+    return Error{
+        std::errc::invalid_argument,
+        pattern + ": Only the last part of a path can be a pattern. The shell knows others: leave out the quotes."};
+  if (name.find_first_of(kPatterns) == std::string::npos) return std::vector{path};
+  const std::unique_ptr<DIR, int (*)(DIR*)> list(opendir(folder.c_str()), closedir);
+  if (!list) return systemError(folder);
+  std::vector<std::string> homes;
+  while (const dirent* entry = readdir(list.get())) {
+    const bool mayBeHome = entry->d_type == DT_DIR || entry->d_type == DT_LNK || entry->d_type == DT_UNKNOWN;
+    if (mayBeHome && fnmatch(name.c_str(), entry->d_name, FNM_PERIOD) == 0)
+      homes.push_back(paths::join(folder, entry->d_name));
+  }
+  std::ranges::sort(homes);
+  return homes;
+}
+
+Status LinuxHomeWorkers::start(const std::string& home) {
+  std::array<int, 2> ends{};
+  if (pipe2(ends.data(), O_CLOEXEC) != 0) return systemError(home);
+  Descriptor here(ends[0]), there(ends[1]);
+  const pid_t process = fork();
+  if (process < 0) return systemError(home);
+  if (process == 0) workIn(home, std::move(there));
+  workers_.push_back(
+      {.home = home, .process = process, .answer = std::move(here), .deadline = Steady::now() + work_.patience});
+  return {};
+}
+
+// The copy of the process: it never returns to what it is a copy of.
+void LinuxHomeWorkers::workIn(const std::string& home, Descriptor answer) const {
+  try {
+    detach(answer);
+    std::string owner, said;
+    const Status entered = enter(home, owner);
+    const auto busyFile = entered && work_.passesOverBusyHomes ? recentlyChangedFile(home, kBusy) : std::nullopt;
+    append(said, owner);
+    writeAll(answer.get(), said);
+    HomeResult result;
+    if (!entered) {
+      const bool isNobodys = entered.error().code == std::errc::operation_not_supported;
+      result = passedOver(isNobodys ? kNothingThere : kNotBegun, sentence(entered.error()));
+    } else if (busyFile) {
+      result = passedOver(kPassedOver, "Somebody works there: " + *busyFile + " was changed within the last minute.");
+    } else {
+      result = work_.run();
+    }
+    writeAll(answer.get(), wordsFor(result));
+  } catch (const std::exception&) {
+    _exit(kNotBegun);
+  }
+  _exit(0);
+}
+
+std::optional<HomeResult> LinuxHomeWorkers::next() {
+  while (true) {
+    for (auto worker = workers_.begin(); worker != workers_.end(); ++worker)
+      if (auto result = resultOf(*worker)) {
+        workers_.erase(worker);
+        return result;
+      }
+    pollfd request{endRequest_, POLLIN, 0};
+    if (endRequest_ >= 0 && poll(&request, 1, 0) > 0) {
+      endRequest_ = -1;
+      return std::nullopt;
+    }
+    listen();
+  }
+}
+
+// Until one says something, must be looked after, or the program is asked to end.
+void LinuxHomeWorkers::listen() {
+  std::vector<pollfd> sources{{endRequest_, POLLIN, 0}};
+  auto deadline = Steady::time_point::max();
+  for (const Worker& worker : workers_) {
+    sources.push_back({worker.answer.get(), POLLIN, 0});
+    deadline = std::min(deadline, worker.deadline);
+  }
+  const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Steady::now());
+  if (poll(sources.data(), sources.size(), static_cast<int>(std::max(left, 0ms).count())) <= 0) return;
+  auto source = sources.begin() + 1;
+  for (Worker& worker : workers_)
+    if ((source++)->revents != 0) read(worker);
+}
+
+void LinuxHomeWorkers::read(Worker& worker) {
+  std::array<char, 65536> bytes;
+  const ssize_t length = uninterrupted([&] { return ::read(worker.answer.get(), bytes.data(), bytes.size()); });
+  if (length <= 0 || worker.said.size() > kMostSaid) {
+    worker.isAtEnd = true;
+    return;
+  }
+  if (worker.said.empty()) worker.deadline = Steady::now() + work_.patienceWithWork;
+  worker.said.append(bytes.data(), static_cast<std::size_t>(length));
+}
+
+std::optional<HomeResult> LinuxHomeWorkers::resultOf(Worker& worker) {
+  HomeResult result{.home = worker.home, .owner = {}, .exitCode = kPassedOver};
+  if (!worker.isAtEnd) {
+    if (Steady::now() < worker.deadline || !standsStill(worker)) return std::nullopt;
+    // One that waits in the kernel for a dead file system may never end; nobody waits for it.
+    kill(worker.process, SIGKILL);
+    waitForChild(worker.process, 100ms);
+    const bool wasBegun = !worker.said.empty();
+    understand(worker.said, result);
+    result.exitCode = wasBegun ? kPassedOver : kNotBegun;
+    result.why = "It does not answer: the file system may be dead.";
+    return result;
+  }
+  worker.answer = {};
+  const auto code = waitForChild(worker.process, 2s);
+  if (understand(worker.said, result)) return result;
+  constexpr int kSignalled = 128;
+  result.why = worker.said.size() > kMostSaid ? "It has too much to say" : "Its process ended before the task";
+  if (code.value_or(0) > kSignalled) result.why += ", by signal " + std::to_string(*code - kSignalled);
+  result.why += ".";
+  return result;
+}
+
+// One that was not even begun has had its time. What works uses the processor now and then, also where the disk is
+// slow.
+bool LinuxHomeWorkers::standsStill(Worker& worker) const {
+  if (worker.said.empty()) return true;
+  const auto status = readSmallFile("/proc/" + std::to_string(worker.process) + "/stat", 4096);
+  const bool stands = status && *status == worker.state;
+  if (status) worker.state = *status;
+  worker.deadline = Steady::now() + work_.patienceWithWork;
+  return stands;
+}
+
+}  // namespace vantory

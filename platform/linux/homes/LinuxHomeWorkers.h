@@ -1,0 +1,60 @@
+// Homes on Linux: a copy of this process for each, which becomes the owner before it looks into the home.
+#pragma once
+
+#include <sys/types.h>
+
+#include <chrono>
+#include <functional>
+#include <list>
+
+#include "platform/HomeWorkers.h"
+#include "platform/linux/session/LinuxTerminationSignals.h"
+#include "platform/posix/files/Descriptor.h"
+
+namespace vantory {
+
+struct HomeWork {
+  // Done in each home by a process of the owner, whose HOME it is. Answers what came of it but for home and owner.
+  std::function<HomeResult()> run;
+  bool passesOverBusyHomes = true;
+  // How long a home may take to be found, because its file system may be dead, and how long the work there may stand
+  // still.
+  std::chrono::seconds patience{30};
+  std::chrono::seconds patienceWithWork{300};
+};
+
+// While this exists the process has one thread only.
+class LinuxHomeWorkers : public HomeWorkers {
+ public:
+  explicit LinuxHomeWorkers(HomeWork work);
+
+  Result<std::vector<std::string>> homesMatching(const std::string& pattern) override;
+  Status start(const std::string& home) override;
+  std::optional<HomeResult> next() override;
+
+ private:
+  // The process of a home while it runs.
+  struct Worker {
+    std::string home;
+    pid_t process;
+    Descriptor answer;                               // what it says
+    std::chrono::steady_clock::time_point deadline;  // by when it must have got on
+    std::string said = {};
+    std::string state = {};  // what the kernel said of it at the last deadline
+    bool isAtEnd = false;
+  };
+
+  void listen();
+  void read(Worker& worker);
+  // What came of it, where it has ended or is given up.
+  std::optional<HomeResult> resultOf(Worker& worker);
+  bool standsStill(Worker& worker) const;
+  [[noreturn]] void workIn(const std::string& home, Descriptor answer) const;
+
+  const HomeWork work_;
+  std::list<Worker> workers_;
+  LinuxTerminationSignals signals_;
+  int endRequest_;  // -1 when it was heard
+};
+
+}  // namespace vantory

@@ -1,0 +1,15 @@
+// Whether somebody works in a home at present, on this machine or another.
+#pragma once
+
+#include <chrono>
+#include <optional>
+#include <string>
+
+namespace vantory {
+
+// A file that was changed within that time, where preferences lie or right in the home; none when there is none. Files
+// of this program do not count. With the process's own rights; what cannot be read is passed over, and of very many
+// files only the first are looked at.
+std::optional<std::string> recentlyChangedFile(const std::string& home, std::chrono::seconds within);
+
+}  // namespace vantory

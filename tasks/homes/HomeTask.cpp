@@ -1,0 +1,58 @@
+// Runs the line, and says in a sentence why it was not done.
+#include "tasks/homes/HomeTask.h"
+
+#include <sstream>
+
+#include "services/TaskReport.h"
+#include "tasks/Program.h"
+#include "tasks/Question.h"
+#include "tasks/TaskOptions.h"
+
+namespace vantory {
+
+namespace {
+
+using Outcome = FileReport::Outcome;
+
+// What somebody who looks after many homes reads first.
+std::string whyOf(const TaskReport& report) {
+  if (report.refusal()) return *report.refusal();
+  for (const FileReport& file : report.files())
+    if (file.outcome == Outcome::Failed) return file.cause->text;
+  if (!report.passedOver().empty()) return report.passedOver().front().reason;
+  if (!report.unusedOperands().empty()) return report.unusedOperands().front().reason;
+  return "";
+}
+
+// The first line of what a person would have read.
+std::string firstOf(const std::string& errors) {
+  constexpr std::string_view kProgram = "Vantory: ";
+  const std::string line = errors.substr(0, errors.find('\n'));
+  return line.starts_with(kProgram) ? line.substr(kProgram.size()) : line;
+}
+
+}  // namespace
+
+std::vector<std::string> argumentsForEach(std::vector<std::string> arguments) {
+  if (!beginsWithQuestion(arguments)) arguments.insert(arguments.begin() + 1, std::string(kStrict));
+  return arguments;
+}
+
+HomeResult runInHome() {
+  constexpr int kNothingMatched = 4;
+  std::ostringstream output, errors;
+  HomeResult result;
+  const auto noWindow = [](const std::string& program, const std::vector<std::string>&) -> Status {
+    return Error{std::errc::no_such_file_or_directory, program};
+  };
+  result.exitCode = runProgram(output, errors, noWindow, [&](const TaskReport& report) {
+    result.counts = {report.count(Outcome::Done), report.count(Outcome::Skipped), report.count(Outcome::Failed)};
+    result.why = whyOf(report);
+  });
+  result.output = output.str();
+  if (result.exitCode != 0 && result.why.empty()) result.why = firstOf(errors.str());
+  if (result.exitCode == kNothingMatched && result.why.empty()) result.why = "There was nothing to do.";
+  return result;
+}
+
+}  // namespace vantory

@@ -1,0 +1,201 @@
+// Hands the homes out one after the other, and tells what came of each.
+#include "tasks/homes/HomesRun.h"
+
+#include <algorithm>
+#include <istream>
+#include <ostream>
+#include <set>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "base/Json.h"
+#include "base/Paths.h"
+#include "base/Text.h"
+#include "base/TextTable.h"
+#include "platform/HomeWorkers.h"
+#include "tasks/Question.h"
+#include "tasks/Refusal.h"
+#include "tasks/TaskCommand.h"
+#include "tasks/TaskOptions.h"
+#include "tasks/homes/HomeOptions.h"
+
+namespace vantory {
+
+namespace {
+
+constexpr int kNotBegun = 1;
+constexpr int kNotWhole = 3;
+constexpr int kNothingMatched = 4;
+
+// Line ends in JSON lie between its parts only, never within a text.
+std::string onOneLine(const std::string& json) {
+  std::string line;
+  bool isIndent = false;
+  for (const char character : json) {
+    isIndent = character == '\n' || (isIndent && character == ' ');
+    if (!isIndent) line += character;
+  }
+  return line;
+}
+
+// What the home's process printed stands in it as it is.
+std::string jsonLine(const HomeResult& result) {
+  PropertyListDictionary fields;
+  fields.append("home", result.home);
+  fields.append("owner", result.owner);
+  fields.append("exitCode", result.exitCode);
+  if (result.counts) {
+    fields.append("done", result.counts->done);
+    fields.append("skipped", result.counts->skipped);
+    fields.append("failed", result.counts->failed);
+  }
+  fields.append("why", result.why);
+  std::string line = onOneLine(writeJson(std::move(fields)));
+  if (!result.output.empty()) line.insert(line.size() - 1, ",\"report\": " + onOneLine(result.output));
+  return line;
+}
+
+class HomesRun {
+ public:
+  HomesRun(HomeWorkers& workers, const HomesStreams& streams, bool inJson)
+      : workers_(workers), streams_(streams), inJson_(inJson) {}
+
+  int run(const std::vector<std::string>& homes, std::size_t jobs) {
+    all_ = homes.size();
+    auto home = homes.begin();
+    for (std::size_t running = 0; running > 0 || (home != homes.end() && !endsEarly_);) {
+      for (; running < jobs && home != homes.end() && !endsEarly_; ++home) running += begin(*home);
+      if (running == 0) continue;
+      if (auto result = workers_.next()) {
+        --running;
+        take(*result);
+      } else {
+        endsEarly_ = true;
+      }
+    }
+    const auto left = homes.end() - home;
+    for (; home != homes.end(); ++home) take({.home = *home, .owner = {}, .exitCode = kNotBegun, .why = "Not begun."});
+    if (!inJson_) streams_.output << table();
+    if (endsEarly_) streams_.errors << "Vantory: Ended early: " << left << " of " << all_ << " homes were not begun.\n";
+    if (streams_.output.flush()) return exitCode();
+    streams_.errors << "Vantory: The output could not be written.\n";
+    return kNotBegun;
+  }
+
+ private:
+  std::size_t begin(const std::string& home) {
+    streams_.output.flush();  // a copy of the process must have nothing to print
+    const Status status = workers_.start(home);
+    if (status.ok()) return 1;
+    take({.home = home, .owner = {}, .exitCode = kNotBegun, .why = status.error().text});
+    return 0;
+  }
+
+  void take(const HomeResult& result) {
+    ++ended_;
+    exitCodes_.insert(result.exitCode);
+    if (inJson_) {
+      streams_.output << jsonLine(result) << '\n' << std::flush;
+      return;
+    }
+    if (!result.output.empty()) streams_.output << printable(result.home) << ":\n" << result.output << '\n';
+    rows_.push_back(row(result));
+    if (streams_.progress) *streams_.progress << progressLine(result) << '\n';
+  }
+
+  static std::string number(const HomeResult& result, std::size_t HomeResult::Counts::*count) {
+    return result.counts ? std::to_string(*result.counts.*count) : "-";
+  }
+
+  static TextTable::Row row(const HomeResult& result) {
+    return {result.home,
+            result.owner.empty() ? "-" : result.owner,
+            number(result, &HomeResult::Counts::done),
+            number(result, &HomeResult::Counts::skipped),
+            number(result, &HomeResult::Counts::failed),
+            result.exitCode == 0 ? "" : result.why};
+  }
+
+  std::string table() {
+    std::ranges::sort(rows_);
+    TextTable table({"HOME", "OWNER", "DONE", "SKIPPED", "FAILED", "WHY"});
+    for (TextTable::Row& each : rows_) table.add(std::move(each));
+    return table.text();
+  }
+
+  std::string progressLine(const HomeResult& result) const {
+    std::string line = std::to_string(ended_) + "/" + std::to_string(all_) + " " + result.home + ": ";
+    if (result.exitCode != 0) return printable(line + result.why);
+    return printable(line + (result.counts ? number(result, &HomeResult::Counts::done) + " done" : "done"));
+  }
+
+  // What was nothing to one home, while there was something to do in others, is no fault.
+  int exitCode() const {
+    const auto all = [&](int code) { return exitCodes_.size() == 1 && exitCodes_.contains(code); };
+    if (all(kNotBegun) || all(kNothingMatched)) return *exitCodes_.begin();
+    const bool isWhole = std::ranges::all_of(exitCodes_, [](int code) { return code == 0 || code == kNothingMatched; });
+    return isWhole ? 0 : kNotWhole;
+  }
+
+  HomeWorkers& workers_;
+  const HomesStreams& streams_;
+  const bool inJson_;
+  std::size_t all_ = 0;
+  std::size_t ended_ = 0;
+  bool endsEarly_ = false;
+  std::set<int> exitCodes_;
+  std::vector<TextTable::Row> rows_;
+};
+
+// Each once, in the order in which they are named.
+class HomeList {
+ public:
+  HomeList(HomeWorkers& workers, std::string folder) : workers_(workers), folder_(std::move(folder)) {}
+
+  Status add(const std::string& pattern) {
+    const auto homes = workers_.homesMatching(paths::absolute(pattern, folder_));
+    if (!homes) return homes.error();
+    for (const std::string& home : *homes) addHome(home);
+    return {};
+  }
+  // Every line is a path as it stands.
+  void addLines(std::istream& input) {
+    for (std::string line; std::getline(input, line);)
+      if (!line.empty()) addHome(paths::absolute(line, folder_));
+  }
+  const std::vector<std::string>& homes() const { return homes_; }
+
+ private:
+  void addHome(const std::string& home) {
+    if (known_.insert(home).second) homes_.push_back(home);
+  }
+
+  HomeWorkers& workers_;
+  const std::string folder_;
+  std::set<std::string> known_;
+  std::vector<std::string> homes_;
+};
+
+}  // namespace
+
+int runHomes(const HomeOptions& options, const std::string& folder, HomeWorkers& workers, const HomesStreams& streams) {
+  const auto refuse = [&](const std::string& reason) {
+    return refuseLine(reason, options.arguments, streams.output, streams.errors);
+  };
+  if (!chooseCommand(options.arguments) && !beginsWithQuestion(options.arguments))
+    return refuse("Behind the homes a task or a question is missing. See \"vantory --help\".");
+  HomeList list(workers, folder);
+  for (const std::string& pattern : options.patterns) {
+    if (pattern == "-")
+      list.addLines(streams.input);
+    else if (const Status status = list.add(pattern); !status.ok())
+      return refuse(status.error().text);
+  }
+  if (list.homes().empty()) return refuse("There is no such home.");
+  const std::size_t jobs = options.jobs.value_or(std::max(1U, std::thread::hardware_concurrency()));
+  const bool inJson = std::ranges::count(options.arguments, kJson) > 0;
+  return HomesRun(workers, streams, inJson).run(list.homes(), jobs);
+}
+
+}  // namespace vantory

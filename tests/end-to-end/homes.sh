@@ -1,0 +1,98 @@
+#!/usr/bin/env bash
+# Tasks that root starts for other homes: who does them, what backups hold, and what is refused.
+. "$(dirname "$0")/lib.sh"
+[ "$(id -u)" = 0 ] || skip "needs root"
+begin any "$@"
+need jq flock pkill
+
+motion=com.apple.motion.plist
+all=/tmp/srv/homes  # one level deeper than a Mac's
+# The rest is of this root's own users.
+vanna=$all/vanna vgreeter=$all/vgreeter
+fresh() {
+  local user
+  rm -rf /tmp/srv
+  for user in vanna vgreeter; do
+    put "$all/$user/Library/Preferences/$motion" "$user's"
+    touch -d '1 hour ago' "$all/$user/Library/Preferences/$motion"
+    chown -R "$user:$(id -g $user)" "$all/$user"
+  done
+}
+as_root() { timeout -k 5 60 env -i PATH=/usr/bin:/bin LANG=C.UTF-8 HOME=/root XDG_DATA_HOME=/root/data ${ASAN_OPTIONS:+ASAN_OPTIONS=$ASAN_OPTIONS} "$@" >"$work/out" 2>"$work/err"; code=$?; }
+library_of() { echo "$1/Library/Application Support/Quarrywell/Vantory/Backups"; }
+kept() { holds "$(library_of "$1")/$2.vnt/Users/user/Library/Preferences/$motion" "$(basename "$1")'s"; }
+own() { [ -z "$(find "$1" ! -user "$(basename "$1")" -print)" ] && [ -z "$(find /root -mindepth 1)" ]; }
+
+# --- One home --------------------------------------------------------------------------------------------------------
+fresh
+as_root "$program" --home $vanna -backup One
+check "--home: by its owner, without the home's path in the backup" eval 'ran && kept $vanna One && own $vanna'
+put $vanna/Library/Preferences/$motion newer; chown vanna $vanna/Library/Preferences/$motion
+as_root "$program" --json --home $vanna/ -restore "$(library_of $vanna)/One.vnt"
+check "restored to where it came from" eval 'ended 0 && holds $vanna/Library/Preferences/$motion "vanna'\''s" && holds $vanna/.local/share/Trash/files/$motion newer && own $vanna'
+as_root "$program" --home $vanna --verify One
+check "a question" eval 'ended 0 && grep -q sound "$work/out"'
+put /tmp/srv/secret secret; chmod 600 /tmp/srv/secret
+rm $vanna/Library/Preferences/$motion; ln -s /tmp/srv/secret $vanna/Library/Preferences/$motion
+as_root "$program" --home $vanna -backup Two
+check "root's files are not the owner's to read" eval 'not grep -rqs secret $vanna/Library/Application*'
+fresh
+ln -s vanna $all/link; mkdir $all/lost+found; put $all/file; mkdir -m 777 $all/open; cp -a $vanna $all/open/vanna
+mkdir -p $vanna/inner; chown vanna $vanna/inner; mkdir $vanna/inner/other; chown vgreeter $vanna/inner/other
+mkdir $all/stranger; chown 64999 $all/stranger
+for home in link lost+found file none open/vanna vanna/inner/other stranger; do
+  as_root "$program" --home $all/$home -backup Three
+  check "$home is nobody's home" eval 'ended 1 && [ -s "$work/err" ] && [ "$(find /tmp/srv /root -name "*.vnt")" = "" ]'
+done
+as_root setpriv --reuid=vanna --regid=64201 --clear-groups "$program" --home $vgreeter -backup Four
+check "--home of another user's, for an ordinary user" eval '[ "$(find $all -name "*.vnt")" = "" ]'
+for line in "--home" "--home $vanna" "--home $vanna $vanna/x.fcp" "--home -backup X" "--home $vanna --home $vanna -list"; do
+  as_root "$program" $line
+  check "$line" eval 'ended 1 && [ -s "$work/err" ]'
+done
+
+# --- Many homes ------------------------------------------------------------------------------------------------------
+row() { awk -v home="$1" '$1 == home' "$work/out" | grep -qE -- "$2"; }
+fresh; ln -s vanna $all/link; mkdir $all/lost+found $all/stranger; chown 64999 $all/stranger; put $all/file
+setpriv --reuid=vgreeter --regid=64202 --clear-groups touch $vgreeter/Library/Preferences/com.apple.dock.plist
+as_root "$program" --homes "$all/*" --jobs 2 -backup One
+check "--homes: one line for each, whatever becomes of the others" eval 'ended 3 && said "" && kept $vanna One && own $vanna && [ "$(wc -l <"$work/out")" = 6 ] &&
+  row $vanna "vanna +1 +0 +0 *$" && row $vgreeter "vgreeter +- +- +- +Somebody works there: .*dock.plist was" && row $all/link "is a link" && row $all/lost+found superuser && row $all/stranger "Nobody knows user 64999"'
+as_root "$program" --homes "$all/v*" $all/lost+found --busy -backup Two
+check "--busy" eval 'ended 0 && kept $vanna Two && kept $vgreeter Two && own $vgreeter'
+as_root "$program" --homes $vanna $vgreeter --busy --json -trash
+check "--json: an object a line" eval 'ended 0 && [ "$(jq -sc "map([.home, .owner, .done, .report.task]) | sort" "$work/out")" = "[[\"$vanna\",\"vanna\",1,\"trash\"],[\"$vgreeter\",\"vgreeter\",1,\"trash\"]]" ]'
+printf '%s\n' $vanna '' $vgreeter/ $vanna >"$work/list"
+as_root "$program" --homes - --busy --undo <"$work/list"
+check "--homes -: undone by lines of standard input" eval 'ended 0 && [ "$(wc -l <"$work/out")" = 3 ] && kept $vanna/../vanna Two && [ -e $vanna/Library/Preferences/$motion ] && [ -e $vgreeter/Library/Preferences/$motion ]'
+as_root "$program" --homes $vanna $vgreeter --verify Two
+check "a question to each, busy or not" eval 'ended 0 && [ "$(grep -c "sound" "$work/out")" = 2 ]'
+rm $vanna/Library/Preferences/$motion
+as_root "$program" --homes $vanna $vgreeter --busy -backup Three motionPrefs
+check "nothing there in one of them is no fault" eval 'ended 0 && row $vanna "There was nothing"'
+as_root "$program" --homes $vanna $vgreeter --busy -backup Four motionPref
+check "nothing anywhere is" eval 'ended 4'
+for line in "--homes -backup X" "--homes $vanna" "--homes $vanna x" "--homes $all/*/sub -list" "--homes $all/none* -list" "--homes $vanna --home $vanna -list" "--jobs 2 -list" "--homes $vanna --jobs 0 -list"; do
+  set -f; as_root "$program" $line; set +f
+  check "$line" eval 'ended 1 && [ -s "$work/err" ] && printed ""'
+done
+
+# A backup waits a little for whoever holds the library: time to end its process, or the whole run.
+hold() { fresh; mkdir -p "$(library_of $vanna)"; chown -R vanna:64201 $vanna; flock "$(library_of $vanna)" sleep 1.5 & holder=$!; soon not flock -n "$(library_of $vanna)" true; }
+hold; as_root "$program" --homes $vanna $vgreeter --jobs 2 -backup One & run=$!
+soon pgrep -u vanna; pkill -KILL -u vanna; wait $run; wait $holder
+check "a process that is killed leaves the rest right" eval 'row $vanna "ended before the task, by signal 9" && kept $vgreeter One && own $vgreeter && [ ! -e "$(library_of $vanna)/One.vnt" ]'
+hold; as_root "$program" --homes $vanna $vgreeter --jobs 1 -backup One & run=$!
+soon pgrep -u vanna; pkill -INT -o -u root vantory; wait $run; wait $holder
+check "an interrupt lets the home in hand be finished" eval 'kept $vanna One && row $vgreeter "Not begun" && told "Vantory: Ended early: 1 of 2 homes were not begun." && [ ! -e "$(library_of $vgreeter)" ]'
+
+# --- Planted links ---------------------------------------------------------------------------------------------------
+plant() { rm -rf "${1:?}"; mkdir -p "$(dirname "$1")"; ln -s "$2" "$1"; chown -hR vanna:64201 $vanna; }
+support="Library/Application Support"
+for planted in Library Library/Preferences "$support" "$support/Quarrywell" "$support/Quarrywell/Vantory/Backups" Library/Logs .local/share/Trash "Library/Preferences/$motion"; do
+  fresh; chmod 755 $vgreeter; manifest $vgreeter >"$work/before"
+  plant "$vanna/$planted" "$vgreeter/$planted"
+  for task in "-backup One" -autobackup -trash "-lock -allfiles" --undo "--prune 0"; do as_root "$program" --homes $vanna --busy $task; done
+  check "$planted is a link to another's" eval 'manifest $vgreeter | diff "$work/before" - && own $vgreeter && [ -z "$(find $vanna ! -user vanna)" ]'
+done
+summary
