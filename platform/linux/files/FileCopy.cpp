@@ -16,7 +16,6 @@
 #include "base/Checksum.h"
 #include "platform/Checksums.h"
 #include "platform/linux/files/CarriedChecksum.h"
-#include "platform/linux/files/CopiedItems.h"
 #include "platform/linux/files/FileRights.h"
 #include "platform/posix/files/Errors.h"
 #include "platform/posix/files/FileContent.h"
@@ -249,33 +248,13 @@ bool dropInherited(int item) {
   return dropAccessList(item, kAccessList) && (!S_ISDIR(status.st_mode) || dropAccessList(item, kDefaultAccessList));
 }
 
-void CopyReport::note(std::string sentence) {
-  const std::lock_guard lock(mutex_);
-  notes_.push_back(std::move(sentence));
-}
-
-void CopyReport::noteOnce(const std::string& kind, std::string sentence) {
-  const std::lock_guard lock(mutex_);
-  if (std::find(told_.begin(), told_.end(), kind) != told_.end()) return;
-  told_.push_back(kind);
-  notes_.push_back(std::move(sentence));
-}
-
-std::vector<std::string> CopyReport::takeNotes() {
-  const std::lock_guard lock(mutex_);
-  return std::move(notes_);
-}
-
-bool CopyReport::advance(std::int64_t bytes, int objects) const {
-  if (!observer_ || observer_(bytes, objects)) return true;
-  errno = ECANCELED;
-  return false;
-}
-
-void CopyReport::copied(const std::string& path, const struct stat& status) {
-  if (!items_) return;
-  const std::lock_guard lock(mutex_);
-  items_->add(path, status);
+ItemLook lookOf(const struct stat& status) {
+  return {.device = status.st_dev,
+          .number = status.st_ino,
+          .mode = status.st_mode,
+          .size = static_cast<std::uint64_t>(status.st_size),
+          .modified = status.st_mtim,
+          .changed = status.st_ctim};
 }
 
 Descriptor openSource(int folder, const char* name, int followFlag) {
@@ -297,11 +276,11 @@ Status copyFileContent(int source, struct stat status, int copy, const std::stri
     if (!copyContentOnce(source, status, copy, progress, checksum.get())) return systemError(path);
     struct stat after;
     if (fstat(source, &after) != 0) return systemError(path);
-    if (comparable && isUnchanged(status, after)) {
+    if (comparable && isUnchanged(lookOf(status), lookOf(after))) {
       Status copied = checksum.finish(copy, path, report);
       if (copied) copied = copyAttributes(source, status, copy, path, destination, manner, report);
       if (copied && !progress.finish()) return systemError(path);
-      if (copied) report.copied(path, status);
+      if (copied) report.copied(path, lookOf(status));
       return copied;
     }
     status = after;
@@ -324,7 +303,7 @@ Status copyLink(int folder, const char* name, int copyFolder, const char* copyNa
   utimensat(copyFolder, copyName, times, AT_SYMLINK_NOFOLLOW);
   if (done && !report.advance(0, 1)) done = systemError(path);
   if (done)
-    report.copied(path, status);
+    report.copied(path, lookOf(status));
   else
     unlinkat(copyFolder, copyName, 0);
   return done;

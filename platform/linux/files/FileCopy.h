@@ -3,19 +3,16 @@
 
 #include <sys/stat.h>
 
-#include <cstdint>
-#include <mutex>
 #include <string>
-#include <utility>
-#include <vector>
 
 #include "base/Result.h"
 #include "platform/FileSystem.h"
+#include "platform/posix/files/CopyReport.h"
 #include "platform/posix/files/Descriptor.h"
+#include "platform/posix/files/ItemLook.h"
 
 namespace vantory {
 
-class CopiedItems;
 class FileRights;
 
 // With whose rights files are copied, and what comes of their checksums.
@@ -24,32 +21,8 @@ struct CopyManner {
   CopyChecksum checksum = CopyChecksum::Keep;
 };
 
-// What the threads of a copy tell: sentences about what was left out, to an observer how far they are, and what was
-// copied where the originals are to go.
-class CopyReport {
- public:
-  CopyReport() = default;
-  explicit CopyReport(CopyObserver observer) : observer_(std::move(observer)) {}
-  explicit CopyReport(CopiedItems& items) : items_(&items) {}
-
-  void note(std::string sentence);
-  // Only the first of its kind: what a whole file system cannot hold is told once.
-  void noteOnce(const std::string& kind, std::string sentence);
-  std::vector<std::string> takeNotes();
-
-  bool isObserved() const { return observer_ != nullptr; }
-  // False, with errno, when the observer wants the copy to end.
-  bool advance(std::int64_t bytes, int objects) const;
-  // The item at this path is copied as it was with this status.
-  void copied(const std::string& path, const struct stat& status);
-
- private:
-  const CopyObserver observer_;
-  CopiedItems* const items_ = nullptr;
-  std::mutex mutex_;
-  std::vector<std::string> notes_;
-  std::vector<std::string> told_;
-};
+// What is compared of an item that was looked at by its descriptor; says nothing of locks.
+ItemLook lookOf(const struct stat& status);
 
 // Opens a file or folder that is to be copied, without waiting for a FIFO or following a link. An invalid descriptor
 // leaves errno.

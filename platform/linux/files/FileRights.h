@@ -13,16 +13,9 @@
 #include "base/Result.h"
 #include "platform/Users.h"
 #include "platform/posix/files/Descriptor.h"
+#include "platform/posix/files/Place.h"
 
 namespace vantory {
-
-// A name in an open folder; with no folder open the name is a whole path.
-struct Place {
-  Descriptor folder;
-  std::string name;
-
-  int at() const { return folder.valid() ? folder.get() : AT_FDCWD; }
-};
 
 // Three kinds: the process's own rights; those of a user for whom the superuser works (the kernel then checks every
 // step as if that user made it); and the superuser's own, which serve only below certain folders and never pass a

@@ -1,12 +1,12 @@
 // Folders: made, read, and removed with all that they hold.
 #pragma once
 
-#include <functional>
 #include <string>
 #include <vector>
 
 #include "base/Result.h"
 #include "platform/FileSystem.h"
+#include "platform/posix/files/Place.h"
 
 namespace vantory {
 
@@ -22,12 +22,6 @@ Result<std::vector<DirectoryEntry>> readFolder(int folder, const std::string& pa
 // Gives the owner all rights to an open folder that is the caller's own; false when it is not or that failed. Works on
 // O_PATH descriptors.
 bool openUp(int folder);
-
-// How deep a folder may nest to be copied or deleted. A deeper one is refused where it goes deeper.
-inline constexpr int kDeepestFolder = 256;
-
-// Asked before an item is deleted, or a folder entered for that: a failure ends the deletion there.
-using RemovalCheck = std::function<Status(int folder, const std::string& name, const std::string& path)>;
 
 // Deletes the item called `name` in an open folder (AT_FDCWD for a whole path), a folder with all it holds. Never
 // follows a link and never leaves the file system. `path` is for messages and the check.

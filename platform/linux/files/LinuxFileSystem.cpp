@@ -3,11 +3,8 @@
 
 #include <fcntl.h>
 #include <linux/stat.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
-
-#include <thread>
 
 #include "base/Paths.h"
 #include "platform/linux/files/FileCopy.h"
@@ -15,6 +12,7 @@
 #include "platform/linux/files/Moving.h"
 #include "platform/linux/files/Staging.h"
 #include "platform/posix/files/Errors.h"
+#include "platform/posix/files/FileContent.h"
 #include "platform/posix/files/FileTypes.h"
 #include "platform/posix/files/OpenFiles.h"
 
@@ -31,11 +29,6 @@ FileInfo infoOf(const struct statx& status) {
   info.identity = {makedev(status.stx_dev_major, status.stx_dev_minor), status.stx_ino};
   info.locked = (status.stx_attributes & STATX_ATTR_IMMUTABLE) != 0;
   return info;
-}
-
-// A network file system may know no locks on folders; there each process is on its own.
-bool cannotLock() {
-  return errno == EBADF || errno == EINVAL || errno == ENOLCK || errno == EOPNOTSUPP;
 }
 
 // What a replaced file passes on to its successor.
@@ -106,9 +99,7 @@ Result<std::string> LinuxFileSystem::read(const std::string& path) const {
   return bytes;
 }
 
-// Fewer bytes than asked for come at the end only, as far as files go.
 Result<bool> LinuxFileSystem::haveSameContent(const std::string& path, const std::string& other) const {
-  constexpr std::size_t kPiece = 256 * 1024;
   const FileRights::Scope scope(rights_);
   const Result<Descriptor> files[] = {openAt(path, O_RDONLY | O_NONBLOCK), openAt(other, O_RDONLY | O_NONBLOCK)};
   const std::string* names[] = {&path, &other};
@@ -119,19 +110,7 @@ Result<bool> LinuxFileSystem::haveSameContent(const std::string& path, const std
     if (!S_ISREG(status[i].st_mode)) return errorWithText(std::errc::invalid_argument, *names[i], "is no file");
   }
   if (status[0].st_size != status[1].st_size) return false;
-  std::string pieces[2] = {std::string(kPiece, '\0'), std::string(kPiece, '\0')};
-  for (;;) {
-    ssize_t counts[2];
-    for (std::size_t i = 0; i < 2; ++i) {
-      counts[i] = uninterrupted([&] { return ::read(files[i]->get(), pieces[i].data(), kPiece); });
-      if (counts[i] < 0) return systemError(*names[i]);
-    }
-    if (counts[0] != counts[1]) return false;
-    if (counts[0] == 0) return true;
-    if (pieces[0].compare(0, static_cast<std::size_t>(counts[0]), pieces[1], 0, static_cast<std::size_t>(counts[0])) !=
-        0)
-      return false;
-  }
+  return vantory::haveSameContent(files[0]->get(), path, files[1]->get(), other);
 }
 
 // The new file is complete, and has what the old one had, before it takes the name.
@@ -253,7 +232,6 @@ Status LinuxFileSystem::sync(const std::string& path) {
 
 Result<std::unique_ptr<FolderHold>> LinuxFileSystem::holdFolder(const std::string& path,
                                                                 std::chrono::milliseconds wait) {
-  constexpr std::chrono::milliseconds kPause{20};
   Descriptor held;
   {
     const FileRights::Scope scope(rights_);
@@ -264,14 +242,7 @@ Result<std::unique_ptr<FolderHold>> LinuxFileSystem::holdFolder(const std::strin
     if (!opened) return opened.error();
     held = std::move(*opened);
   }
-  while (flock(held.get(), LOCK_EX | LOCK_NB) != 0 && !cannotLock()) {
-    if (errno != EWOULDBLOCK && errno != EINTR) return systemError(path);
-    if (wait <= std::chrono::milliseconds::zero())
-      return errorWithText(std::errc::timed_out, path, "another process is working here");
-    std::this_thread::sleep_for(kPause);
-    wait -= kPause;
-  }
-  return std::unique_ptr<FolderHold>(std::make_unique<OpenFolderHold>(std::move(held)));
+  return holdOpen(std::move(held), path, wait);
 }
 
 }  // namespace vantory

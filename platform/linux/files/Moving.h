@@ -8,8 +8,8 @@
 
 namespace vantory {
 
-// Moves a file, a folder or a link by a copy, as FileSystem::move() says. The copy is in place and on disk before the
-// original goes. `source` and `destination` are for messages, and decide who owns the copy.
+// Moves a file, a folder or a link by a copy, as FileSystem::move() says. `source` and `destination` are for messages,
+// and decide who owns the copy.
 Result<Notes> moveByCopying(const Place& from, const Place& to, const std::string& source,
                             const std::string& destination, const FileRights& rights);
 

@@ -13,6 +13,7 @@
 #include "platform/linux/files/TreeCopy.h"
 #include "platform/posix/files/Errors.h"
 #include "platform/posix/files/Names.h"
+#include "platform/posix/files/OpenFiles.h"
 
 namespace vantory {
 namespace {
@@ -303,11 +304,8 @@ Result<std::unique_ptr<StagedCopy>> stageChanged(const Descriptor& source, const
                                                  const FileRights& rights) {
   Result<UnnamedFile> copy = UnnamedFile::create(destination, request.destination);
   if (!copy) return copy.error();
-  for (std::string_view bytes = *request.content; !bytes.empty();) {
-    const ssize_t count = uninterrupted([&] { return write(copy->get(), bytes.data(), bytes.size()); });
-    if (count < 0) return systemError(request.destination);
-    bytes.remove_prefix(static_cast<std::size_t>(count));
-  }
+  std::string_view bytes = *request.content;
+  if (Status written = writeAll(copy->get(), bytes, request.destination); !written) return written.error();
   CopyReport report;
   // A checksum would be that of the old content.
   if (Status kept = copyAttributes(source.get(), status, copy->get(), request.source, request.destination,
@@ -347,16 +345,6 @@ Status renameItem(const Place& from, int toFolder, const std::string& toName, co
   chmod(self.c_str(), status.st_mode & 07777U);
   if (renamed != 0) return error;
   return {};
-}
-
-// Hidden first: half of it must not be taken for the whole.
-Status removeAtOnce(const Place& item, const std::string& path) {
-  Result<Place> folder = openFolderOf(item, path);
-  if (!folder) return folder.error();
-  const int above = folder->folder.get();
-  const std::string hidden = stagingName(folder->name);
-  const bool isHidden = renameKeeping(above, folder->name.c_str(), above, hidden.c_str()) == 0;
-  return removeItem(above, isHidden ? hidden : folder->name, path);
 }
 
 }  // namespace vantory

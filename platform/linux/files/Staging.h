@@ -60,7 +60,4 @@ int renameKeeping(int fromFolder, const char* from, int toFolder, const char* to
 // takes.
 Status renameItem(const Place& from, int toFolder, const std::string& toName, const std::string& path);
 
-// Deletes an item that nothing may be left of under its name, also when the process is killed halfway.
-Status removeAtOnce(const Place& item, const std::string& path);
-
 }  // namespace vantory

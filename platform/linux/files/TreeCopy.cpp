@@ -142,7 +142,7 @@ void TreeCopier::giveAttributes(const Folder& folder) {
                                            folder.destination, manner_, report_);
       !copied)
     return fail(copied.error());
-  report_.copied(folder.path, status);
+  report_.copied(folder.path, lookOf(status));
 }
 
 // Until there is nothing left, not even in the hands of the other thread.

@@ -13,6 +13,8 @@
 #include <optional>
 #include <string>
 
+#include "platform/posix/files/ItemLook.h"
+
 namespace vantory::darwin {
 
 // What a file system answers that cannot do something; one number on other systems.
@@ -34,16 +36,10 @@ inline constexpr std::uint32_t kSystemAppendOnly = 0x40000;
 inline constexpr std::uint32_t kOnlyInCloud = 0x40000000;  // no content here
 inline constexpr std::uint32_t kLocks = kImmutable | kAppendOnly | kSystemImmutable | kSystemAppendOnly;
 
-struct ItemStatus {
-  std::uint64_t device = 0;
-  std::uint64_t number = 0;
-  mode_t mode = 0;
+struct ItemStatus : ItemLook {
   uid_t owner = 0;
   gid_t group = 0;
-  std::uint64_t size = 0;
   timespec accessed{};
-  timespec modified{};
-  timespec changed{};
   timespec created{};
   std::uint32_t flags = 0;
 };

@@ -19,7 +19,6 @@
 #include "platform/posix/files/Errors.h"
 #include "platform/posix/files/FileContent.h"
 #include "platform/posix/files/FileTypes.h"
-#include "platform/posix/files/MoveErrors.h"
 
 namespace vantory::macos {
 
@@ -309,52 +308,6 @@ Status TreeCopy::copySubfolder(int folder, const std::string& name, int copyFold
 }
 
 }  // namespace
-
-void CopyReport::noteOnce(const std::string& kind, std::string sentence) {
-  if (std::ranges::find(told_, kind) != told_.end()) return;
-  told_.push_back(kind);
-  note(std::move(sentence));
-}
-
-bool CopyReport::advance(std::int64_t bytes, int objects) const {
-  if (!observer_ || observer_(bytes, objects)) return true;
-  errno = ECANCELED;
-  return false;
-}
-
-Status CopyReport::isSame(int folder, const std::string& name, const std::string& path) const {
-  ItemStatus now;
-  if (darwin::statusAt(folder, name.c_str(), AtEnd::KeepLink, now) != 0) return systemError(path);
-  const auto copied = items_.find(path);
-  if (copied == items_.end()) return notCopied(path, typeOfMode(now.mode));
-  ItemStatus before = copied->second;
-  before.changed = now.changed;
-  if (!isSameItem(before, now) || (!S_ISDIR(now.mode) && !isUnchanged(before, now))) return changedWhileMoved(path);
-  return {};
-}
-
-Status CopyReport::lookAgain(int folder, const std::string& name, const std::string& path) const {
-  return lookAt(folder, name, path, 0);
-}
-
-Status CopyReport::lookAt(int folder, const std::string& name, const std::string& path, int depth) const {
-  if (depth > kDeepestFolder)
-    return errorWithText(std::errc::filename_too_long, path, "the folder is nested too deeply");
-  ItemStatus now;
-  if (darwin::statusAt(folder, name.c_str(), AtEnd::KeepLink, now) != 0) return systemError(path);
-  const auto copied = items_.find(path);
-  if (copied == items_.end()) return notCopied(path, typeOfMode(now.mode));
-  if (!isSameItem(copied->second, now) || !isUnchanged(copied->second, now)) return changedWhileMoved(path);
-  if ((now.flags & darwin::kLocks) != 0) return systemError(path, EPERM);
-  if (!S_ISDIR(now.mode)) return {};
-  const Descriptor opened(darwin::openAt(folder, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW));
-  if (!opened.valid()) return systemError(path);
-  const auto entries = readFolder(opened.get(), path, Detail::Names);
-  if (!entries) return entries.error();
-  for (const DirectoryEntry& entry : *entries)
-    if (Status same = lookAt(opened.get(), entry.name, path + "/" + entry.name, depth + 1); !same) return same;
-  return {};
-}
 
 Descriptor openSource(int folder, const std::string& name, Links links) {
   const int flags = O_RDONLY | O_NONBLOCK | (links == Links::Follow ? 0 : O_NOFOLLOW);

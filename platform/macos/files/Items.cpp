@@ -100,10 +100,6 @@ Status removeFolder(int parent, const std::string& name, const std::string& path
   return removed;
 }
 
-bool sameTime(const timespec& left, const timespec& right) {
-  return left.tv_sec == right.tv_sec && left.tv_nsec == right.tv_nsec;
-}
-
 }  // namespace
 
 Result<Place> locate(const std::string& path) {
@@ -139,15 +135,6 @@ Descriptor openBeneath(int folder, const std::string& relative, int flags) {
     return {};
   }
   return Descriptor(darwin::openAt(above.valid() ? above.get() : folder, last.c_str(), flags | O_NOFOLLOW));
-}
-
-bool isSameItem(const ItemStatus& left, const ItemStatus& right) {
-  return left.device == right.device && left.number == right.number;
-}
-
-bool isUnchanged(const ItemStatus& before, const ItemStatus& after) {
-  return before.size == after.size && sameTime(before.modified, after.modified) &&
-         sameTime(before.changed, after.changed);
 }
 
 // Read to its end before anything in it is changed.

@@ -42,7 +42,7 @@ bool isRegularFile(const std::string& path) {
 // The superuser, too, locks only what is its own. The flags that are there stay, and so does what was opened meanwhile
 // under this name by another program.
 Status setLockedItem(const std::string& path, bool locked) {
-  const Result<macos::Place> place = macos::openFolderOf(path);
+  const Result<Place> place = macos::openFolderOf(path);
   if (!place) return place.error();
   const char* name = place->name.c_str();
   ItemStatus status;
@@ -59,7 +59,7 @@ Status setLockedItem(const std::string& path, bool locked) {
   if (darwin::setFlagsAt(place->at(), name, flags) != 0) return systemError(path);
   ItemStatus now;
   if (darwin::statusAt(place->at(), name, AtEnd::KeepLink, now) != 0) return systemError(path);
-  if (!macos::isSameItem(status, now))
+  if (!isSameItem(status, now))
     return errorWithText(std::errc::device_or_resource_busy, path, "another item has taken its place");
   return {};
 }

@@ -2,18 +2,18 @@
 #include "platform/macos/files/MacFileSystem.h"
 
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <thread>
 
 #include "base/Paths.h"
 #include "platform/macos/files/Copying.h"
+#include "platform/macos/files/Moving.h"
 #include "platform/macos/files/Staging.h"
 #include "platform/macos/files/VolumeTrash.h"
 #include "platform/posix/files/Errors.h"
+#include "platform/posix/files/FileContent.h"
 #include "platform/posix/files/FileTypes.h"
 #include "platform/posix/files/OpenFiles.h"
 
@@ -24,13 +24,8 @@ using darwin::ItemStatus;
 
 namespace {
 
-// A network volume may know no locks on folders; there each process is on its own.
-bool cannotLock() {
-  return errno == EBADF || errno == EINVAL || errno == ENOLCK || darwin::isUnsupported(errno);
-}
-
 Result<Descriptor> openPath(const std::string& path, int flags, mode_t mode = 0) {
-  const Result<macos::Place> place = macos::locate(path);
+  const Result<Place> place = macos::locate(path);
   if (!place) return place.error();
   Descriptor opened(uninterrupted([&] { return darwin::openAt(AT_FDCWD, path.c_str(), flags, mode); }));
   if (!opened.valid()) return systemError(path);
@@ -60,7 +55,7 @@ void keepAttributes(int old, int successor, const std::string& path) {
 
 // Below its root nothing is reached by a link: a backup may come from anywhere.
 Result<Descriptor> openCopySource(const CopyRequest& request) {
-  if (const Result<macos::Place> place = macos::locate(request.source); !place) return place.error();
+  if (const Result<Place> place = macos::locate(request.source); !place) return place.error();
   const std::string& root = request.sourceRoot;
   if (root.empty()) {
     Descriptor source = macos::openSource(AT_FDCWD, request.source, request.links);
@@ -80,7 +75,7 @@ Result<Descriptor> openCopySource(const CopyRequest& request) {
 }  // namespace
 
 Result<FileInfo> MacFileSystem::info(const std::string& path, Links links) const {
-  if (const Result<macos::Place> place = macos::locate(path); !place) return place.error();
+  if (const Result<Place> place = macos::locate(path); !place) return place.error();
   ItemStatus status;
   const AtEnd atEnd = links == Links::Follow ? AtEnd::FollowLink : AtEnd::KeepLink;
   if (darwin::statusAt(AT_FDCWD, path.c_str(), atEnd, status) != 0) return systemError(path);
@@ -115,22 +110,11 @@ Result<std::string> MacFileSystem::read(const std::string& path) const {
 }
 
 Result<bool> MacFileSystem::haveSameContent(const std::string& path, const std::string& other) const {
-  constexpr std::size_t kPiece = 256 * 1024;
-  const std::string* names[] = {&path, &other};
-  const Result<Descriptor> files[] = {openFile(path, O_RDONLY), openFile(other, O_RDONLY)};
-  std::string pieces[2] = {std::string(kPiece, '\0'), std::string(kPiece, '\0')};
-  for (const Result<Descriptor>& file : files)
-    if (!file) return file.error();
-  for (;;) {
-    std::size_t counts[2];
-    for (std::size_t i = 0; i < 2; ++i) {
-      const ssize_t count = uninterrupted([&] { return ::read(files[i]->get(), pieces[i].data(), kPiece); });
-      if (count < 0) return systemError(*names[i]);
-      counts[i] = static_cast<std::size_t>(count);
-    }
-    if (counts[0] != counts[1] || pieces[0].compare(0, counts[0], pieces[1], 0, counts[1]) != 0) return false;
-    if (counts[0] == 0) return true;
-  }
+  const Result<Descriptor> one = openFile(path, O_RDONLY);
+  if (!one) return one.error();
+  const Result<Descriptor> two = openFile(other, O_RDONLY);
+  if (!two) return two.error();
+  return vantory::haveSameContent(one->get(), path, two->get(), other);
 }
 
 // The new file is complete, and has what the old one had, before it takes the name. What the drive has been given in
@@ -170,9 +154,9 @@ Result<std::unique_ptr<StagedCopy>> MacFileSystem::stageCopy(const CopyRequest& 
 
 // Only onto another volume is it a copy, after which the original is removed.
 Result<Notes> MacFileSystem::move(const std::string& source, const std::string& destination) {
-  const Result<macos::Place> from = macos::locate(source);
+  const Result<Place> from = macos::locate(source);
   if (!from) return from.error();
-  const Result<macos::Place> to = macos::locate(destination);
+  const Result<Place> to = macos::locate(destination);
   if (!to) return to.error();
   const Status renamed = macos::renameItem(*from, *to, destination);
   if (renamed) return Notes();
@@ -181,7 +165,7 @@ Result<Notes> MacFileSystem::move(const std::string& source, const std::string& 
 }
 
 Status MacFileSystem::remove(const std::string& path) {
-  if (const Result<macos::Place> place = macos::locate(path); !place) return place.error();
+  if (const Result<Place> place = macos::locate(path); !place) return place.error();
   return macos::removeItem(AT_FDCWD, path, path);
 }
 
@@ -202,17 +186,9 @@ Status MacFileSystem::sync(const std::string& path) {
 }
 
 Result<std::unique_ptr<FolderHold>> MacFileSystem::holdFolder(const std::string& path, std::chrono::milliseconds wait) {
-  constexpr std::chrono::milliseconds kPause{20};
   Result<Descriptor> held = openPath(path, O_RDONLY | O_NONBLOCK);
   if (!held) return held.error();
-  while (flock(held->get(), LOCK_EX | LOCK_NB) != 0 && !cannotLock()) {
-    if (errno != EWOULDBLOCK && errno != EINTR) return systemError(path);
-    if (wait <= std::chrono::milliseconds::zero())
-      return errorWithText(std::errc::timed_out, path, "another process is working here");
-    std::this_thread::sleep_for(kPause);
-    wait -= kPause;
-  }
-  return std::unique_ptr<FolderHold>(std::make_unique<OpenFolderHold>(std::move(*held)));
+  return holdOpen(std::move(*held), path, wait);
 }
 
 }  // namespace vantory

@@ -11,6 +11,7 @@
 #include "base/Paths.h"
 #include "platform/posix/files/Errors.h"
 #include "platform/posix/files/Names.h"
+#include "platform/posix/files/OpenFiles.h"
 
 namespace vantory::macos {
 
@@ -65,11 +66,7 @@ Descriptor makeHeld(const Place& place, const std::string& name, HiddenItem::Kin
 // Content of our own, with the attributes of the source; changed now. A checksum would be that of the old content.
 Status hold(std::string_view content, const Descriptor& source, const ItemStatus& status, int copy,
             const CopyRequest& request) {
-  while (!content.empty()) {
-    const ssize_t count = uninterrupted([&] { return write(copy, content.data(), content.size()); });
-    if (count < 0) return systemError(request.destination);
-    content.remove_prefix(static_cast<std::size_t>(count));
-  }
+  if (Status written = writeAll(copy, content, request.destination); !written) return written;
   CopyReport ignored({}, CopyChecksum::Check);
   copyAttributes(source.get(), status, copy, request.source, ignored);
   const timespec now[2] = {{0, UTIME_NOW}, {0, UTIME_NOW}};
@@ -88,117 +85,6 @@ class StagedItem : public StagedCopy {
   HiddenItem item_;
   Notes notes_;
 };
-
-// One move by copying: both folders are open.
-class MoveByCopying {
- public:
-  MoveByCopying(Place from, Place to, const std::string& source, const std::string& destination)
-      : from_(std::move(from)), to_(std::move(to)), source_(source), destination_(destination) {}
-
-  Result<Notes> run();
-
- private:
-  Status copy();
-  Status stageAndName();
-  Status sync() const;
-  Status removeOriginal();
-  void putBack(const std::string& hidden) const;
-  void removeCopy() const;
-
-  const Place from_;
-  const Place to_;
-  const std::string& source_;
-  const std::string& destination_;
-  CopyReport report_;
-  ItemStatus copy_;
-  Notes notes_;
-  bool isOriginalWhole_ = true;
-};
-
-// The original goes last, when the copy is on the medium and nothing has changed meanwhile.
-Result<Notes> MoveByCopying::run() {
-  if (const Status copied = copy(); !copied) return copied.error();
-  Status moved = sync();
-  if (moved) moved = report_.lookAgain(from_.at(), from_.name, source_);
-  if (moved) moved = removeOriginal();
-  if (moved) return std::move(notes_);
-  if (isOriginalWhole_) {
-    removeCopy();
-    return moved.error();
-  }
-  return Error{moved.error().code, moved.error().text + ". The rest is in " + destination_ + " already"};
-}
-
-// Notes which item the copy is, in case it has to go again.
-Status MoveByCopying::copy() {
-  ItemStatus status;
-  if (darwin::statusAt(from_.at(), from_.name.c_str(), AtEnd::KeepLink, status) != 0) return systemError(source_);
-  Status copied = S_ISLNK(status.mode) ? copyLink(from_.at(), from_.name, to_, source_, report_) : stageAndName();
-  if (copied && darwin::statusAt(to_.at(), to_.name.c_str(), AtEnd::KeepLink, copy_) != 0)
-    return systemError(destination_);
-  return copied;
-}
-
-Status MoveByCopying::stageAndName() {
-  const Descriptor source = openSource(from_.at(), from_.name, Links::DoNotFollow);
-  ItemStatus status;
-  if (!source.valid() || darwin::statusOf(source.get(), status) != 0) return systemError(source_);
-  if (!S_ISREG(status.mode) && !S_ISDIR(status.mode))
-    return errorWithText(std::errc::not_supported, source_, "a special file cannot be moved to another disk");
-  const auto staged = stage(source, status, {.source = source_, .destination = destination_}, report_);
-  if (!staged) return staged.error();
-  notes_ = (*staged)->notes();
-  return (*staged)->commit(StagedCopy::Existing::Keep);
-}
-
-Status MoveByCopying::sync() const {
-  const Descriptor copy(darwin::openAt(to_.at(), to_.folder.valid() ? "." : to_.name.c_str(), O_RDONLY | O_NONBLOCK));
-  if (!copy.valid() || darwin::flushVolume(copy.get()) != 0) return systemError(destination_);
-  return {};
-}
-
-// Out of sight first: from then on nobody but who has it open changes it, and a process that is killed halfway leaves
-// no half of it under its name.
-Status MoveByCopying::removeOriginal() {
-  std::string name;
-  int hidden = -1;
-  for (int attempt = 0; attempt < kAttempts && hidden != 0; ++attempt) {
-    name = hiddenName(from_, attempt);
-    hidden = renameKeeping(from_.at(), from_.name, from_.at(), name);
-    if (hidden != 0 && errno != EEXIST) break;
-  }
-  if (hidden != 0) return systemError(source_);
-
-  bool isFirst = true;  // which is removed last
-  bool isSame = true;
-  const auto isStillCopied = [&](int folder, const std::string& entry, const std::string& path) {
-    Status same = report_.isSame(folder, entry, path);
-    isSame = same.ok();
-    if (isSame && !isFirst) isOriginalWhole_ = false;
-    isFirst = false;
-    return same;
-  };
-  const Status removed = removeItem(from_.at(), name, source_, isStillCopied);
-  // A remnant that merely cannot be removed, and that the copy holds too, must not pass for the original.
-  if (!removed && (isOriginalWhole_ || !isSame)) putBack(name);
-  return removed;
-}
-
-// Under its name, or with a number where another program has taken that meanwhile.
-void MoveByCopying::putBack(const std::string& hidden) const {
-  std::string name = from_.name;
-  for (int number = 2; renameKeeping(from_.at(), hidden, from_.at(), name) != 0 && errno == EEXIST; ++number)
-    name = from_.name + " " + std::to_string(number);
-}
-
-// Another program may have put an item of its own in the place of the copy.
-void MoveByCopying::removeCopy() const {
-  ItemStatus now;
-  if (darwin::statusAt(to_.at(), to_.name.c_str(), AtEnd::KeepLink, now) != 0 || !isSameItem(now, copy_)) return;
-  const std::string hidden = hiddenName(to_, 0);
-  const bool isHidden = renameKeeping(to_.at(), to_.name, to_.at(), hidden) == 0;
-  (void)removeItem(to_.at(), isHidden ? hidden : to_.name, destination_);
-}
 
 }  // namespace
 
@@ -308,14 +194,6 @@ Result<std::unique_ptr<StagedCopy>> stage(const Descriptor& source, const ItemSt
   }
   if (!copied) return copied.error();
   return std::unique_ptr<StagedCopy>(std::make_unique<StagedItem>(std::move(*hidden), report.takeNotes()));
-}
-
-Result<Notes> moveByCopying(const std::string& source, const std::string& destination) {
-  Result<Place> from = openFolderOf(source);
-  if (!from) return from.error();
-  Result<Place> to = openFolderOf(destination);
-  if (!to) return to.error();
-  return MoveByCopying(std::move(*from), std::move(*to), source, destination).run();
 }
 
 }  // namespace vantory::macos

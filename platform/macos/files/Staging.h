@@ -50,8 +50,4 @@ class HiddenItem {
 Result<std::unique_ptr<StagedCopy>> stage(const Descriptor& source, const darwin::ItemStatus& status,
                                           const CopyRequest& request, CopyReport& report);
 
-// Moves a file, a folder or a link by a copy, which is in place and on the medium before the original goes. Both paths
-// are full.
-Result<Notes> moveByCopying(const std::string& source, const std::string& destination);
-
 }  // namespace vantory::macos

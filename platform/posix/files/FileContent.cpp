@@ -3,10 +3,13 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <memory>
+#include <string_view>
 
 #include "base/Checksum.h"
 #include "platform/posix/files/Descriptor.h"
+#include "platform/posix/files/Errors.h"
 
 namespace vantory {
 
@@ -19,6 +22,24 @@ bool addContent(int file, Checksum& checksum, const std::function<bool(std::size
     checksum.add({buffer.get(), static_cast<std::size_t>(count)});
     position += count;
     if (!step(static_cast<std::size_t>(count))) return false;
+  }
+}
+
+// Fewer bytes than asked for come at the end only, as far as files go.
+Result<bool> haveSameContent(int file, const std::string& path, int other, const std::string& otherPath) {
+  constexpr std::size_t kPiece = 256 * 1024;
+  const auto left = std::make_unique_for_overwrite<char[]>(kPiece);
+  const auto right = std::make_unique_for_overwrite<char[]>(kPiece);
+  for (off_t position = 0;;) {
+    const ssize_t count = uninterrupted([&] { return pread(file, left.get(), kPiece, position); });
+    if (count < 0) return systemError(path);
+    const ssize_t otherCount = uninterrupted([&] { return pread(other, right.get(), kPiece, position); });
+    if (otherCount < 0) return systemError(otherPath);
+    const auto bytes = static_cast<std::size_t>(count);
+    if (count != otherCount || std::string_view(left.get(), bytes) != std::string_view(right.get(), bytes))
+      return false;
+    if (count == 0) return true;
+    position += count;
   }
 }
 

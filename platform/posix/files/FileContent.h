@@ -2,7 +2,11 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
+#include <string>
+
+#include "base/Result.h"
 
 namespace vantory {
 
@@ -11,5 +15,8 @@ class Checksum;
 // Adds what an open file holds, from its beginning, to a checksum. Hears of each step, in bytes; false from there, with
 // errno, ends it, as an error does: then it answers false too.
 bool addContent(int file, Checksum& checksum, const std::function<bool(std::size_t bytes)>& step);
+
+// Whether two open files hold the same, to their ends.
+Result<bool> haveSameContent(int file, const std::string& path, int other, const std::string& otherPath);
 
 }  // namespace vantory

@@ -1,6 +1,8 @@
 // What is done with open files on every POSIX system.
 #pragma once
 
+#include <chrono>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -23,13 +25,8 @@ class OpenAppendFile : public AppendFile {
   std::string path_;
 };
 
-// The lock goes with the descriptor, and so also with a process that is killed.
-class OpenFolderHold : public FolderHold {
- public:
-  explicit OpenFolderHold(Descriptor folder) : folder_(std::move(folder)) {}
-
- private:
-  Descriptor folder_;
-};
+// Waits until no other process holds an open folder or file, as FileSystem::holdFolder() says. The lock goes with the
+// descriptor, and so also with a process that is killed.
+Result<std::unique_ptr<FolderHold>> holdOpen(Descriptor item, const std::string& path, std::chrono::milliseconds wait);
 
 }  // namespace vantory
