@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <atomic>
 #include <exception>
+#include <memory>
 #include <mutex>
 #include <system_error>
 #include <thread>
@@ -34,7 +35,7 @@ Platform& platform() {
 class FileChecks {
  public:
   FileChecks(const std::string& backup, const std::vector<HeldFile>& files, BackupCheck& result)
-      : backup_(backup), files_(files), result_(result) {}
+      : backup_(backup), files_(files), folder_(platform().checksums.ofFolder(backup)), result_(result) {}
 
   void run();
 
@@ -47,6 +48,7 @@ class FileChecks {
 
   const std::string& backup_;
   const std::vector<HeldFile>& files_;
+  const Result<std::unique_ptr<FolderChecksums>> folder_;
   std::atomic<std::size_t> next_ = 0;
   std::mutex mutex_;
   BackupCheck& result_;
@@ -93,7 +95,7 @@ void FileChecks::checkLink(const HeldFile& link) {
 }
 
 void FileChecks::checkContent(const HeldFile& file) {
-  const auto checksum = platform().checksums.ofFile(backup_, paths::join(backup_, file.path));
+  const auto checksum = folder_ ? (*folder_)->ofFile(paths::join(backup_, file.path)) : folder_.error();
   if (!checksum) return fault(Kind::Unreadable, file.path, checksum.error().text);
   if (checksum->isDamaged()) fault(Kind::Damaged, file.path, "is damaged: its content is not what its checksum says");
   const std::lock_guard lock(mutex_);

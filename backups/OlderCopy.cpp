@@ -48,25 +48,26 @@ std::vector<DatedBackup> backupsBefore(Timestamp date) {
   return backups;
 }
 
-bool isSoundFile(const std::string& backup, const std::string& path) {
-  const auto checksum = platform().checksums.ofFile(backup, path);
-  return checksum && !checksum->isDamaged();
-}
-
 bool isSoundCopy(const std::string& backup, const std::string& path) {
+  const auto checksums = platform().checksums.ofFolder(backup);
+  const auto isSoundFile = [&](const std::string& file) {
+    const auto checksum = checksums ? (*checksums)->ofFile(file) : checksums.error();
+    return checksum && !checksum->isDamaged();
+  };
   const auto info = platform().files.info(path, Links::DoNotFollow);
-  if (!info || info->type != FileType::Folder) return info && isSoundFile(backup, path);
+  if (!info || info->type != FileType::Folder) return info && isSoundFile(path);
   const HeldFiles held = listHeldFiles(path);
   return held.unreadable.empty() && std::ranges::all_of(held.files, [&](const HeldFile& file) {
-           return file.type != FileType::File || isSoundFile(backup, paths::join(path, file.path));
+           return file.type != FileType::File || isSoundFile(paths::join(path, file.path));
          });
 }
 
 }  // namespace
 
 bool isDamagedCopy(const std::string& backup, const std::string& path) {
+  const auto checksums = platform().checksums.ofFolder(backup);
   const auto isDamaged = [&](const std::string& file) {
-    const auto checksum = platform().checksums.ofFile(backup, file);
+    const auto checksum = checksums ? (*checksums)->ofFile(file) : checksums.error();
     return checksum && checksum->isDamaged();
   };
   const auto info = platform().files.info(path, Links::DoNotFollow);

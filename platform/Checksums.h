@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -23,14 +24,23 @@ struct FileChecksum {
   bool isDamaged() const { return carried && *carried != content; }
 };
 
+// An open folder, of whose files the checksums are wanted. Any thread, and several at once.
+class FolderChecksums {
+ public:
+  virtual ~FolderChecksums() = default;
+
+  // Reads a regular file that lies below the folder and is reached from there without any link; its whole path. A FIFO
+  // or device is refused, never waited for.
+  virtual Result<FileChecksum> ofFile(const std::string& path) const = 0;
+};
+
 // Any thread, and several at once.
 class Checksums {
  public:
   virtual ~Checksums() = default;
 
-  // Reads a regular file that lies below `root` and is reached from there without any link. A FIFO or device is
-  // refused, never waited for.
-  virtual Result<FileChecksum> ofFile(const std::string& root, const std::string& path) const = 0;
+  // Outlives what it answers.
+  virtual Result<std::unique_ptr<FolderChecksums>> ofFolder(const std::string& folder) const = 0;
 
   // What a settings file carries; none when that is nothing.
   virtual Result<std::optional<std::string>> held(const std::string& path) const = 0;

@@ -19,7 +19,7 @@ class ChecksumTest : public testing::TestWithParam<Disk> {
     auto staged = files->stageCopy({.source = from, .destination = to, .observer = observer, .checksum = checksum});
     return staged ? (*staged)->commit(StagedCopy::Existing::Keep) : staged.error();
   }
-  FileChecksum checksumOf(const std::string& path) { return *checksums->ofFile(folder.path(), path); }
+  FileChecksum checksumOf(const std::string& path) { return *(*checksums->ofFolder(folder.path()))->ofFile(path); }
   static void carry(const std::string& path, const std::string& text) {
     ASSERT_EQ(setxattr(path.c_str(), GetParam().attribute(kChecksumAttribute).c_str(), text.data(), text.size(), 0), 0);
   }

@@ -150,7 +150,8 @@ bool copyContentOnce(int source, const struct stat& status, int copy, FileProgre
   constexpr blkcnt_t kBlockBytes = 512;
   if (checksum) checksum->restart();
   if (checksum && status.st_size > 0 && ioctl(copy, FICLONE, source) == 0)
-    return addContent(copy, *checksum, [&](std::size_t bytes) { return progress.advance(static_cast<off_t>(bytes)); });
+    return addContent(copy, static_cast<std::uint64_t>(status.st_size), *checksum,
+                      [&](std::size_t bytes) { return progress.advance(static_cast<off_t>(bytes)); });
   if (status.st_size > 0 && status.st_blocks * kBlockBytes < status.st_size)
     return copySparse(source, copy, status.st_size, progress, checksum);
   return copyBytes(source, copy, status.st_size, progress, checksum);

@@ -10,7 +10,7 @@ class LinuxChecksums : public Checksums {
  public:
   explicit LinuxChecksums(FileRights rights = FileRights::own()) : rights_(std::move(rights)) {}
 
-  Result<FileChecksum> ofFile(const std::string& root, const std::string& path) const override;
+  Result<std::unique_ptr<FolderChecksums>> ofFolder(const std::string& folder) const override;
   Result<std::optional<std::string>> held(const std::string& path) const override;
   Status setHeld(const std::string& path, const std::optional<std::string>& held) override;
 

@@ -209,7 +209,8 @@ Status sumClone(int source, const ItemStatus& status, int clone, const std::stri
   const bool isReadOnly = report.checksum() != CopyChecksum::Keep && (status.mode & S_IWUSR) == 0;
   if (isReadOnly) (void)fchmod(clone, (status.mode & 0777U) | S_IWUSR);
   checksum.clear(clone);
-  if (checksum.get() && !addContent(clone, *checksum.get(), [&](std::size_t) { return report.advance(0, 0); }))
+  if (checksum.get() &&
+      !addContent(clone, status.size, *checksum.get(), [&](std::size_t) { return report.advance(0, 0); }))
     return systemError(path);
   Status done = checksum.finish(clone, path, report);
   if (isReadOnly) (void)fchmod(clone, status.mode & 0777U);

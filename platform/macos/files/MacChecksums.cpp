@@ -15,8 +15,7 @@ namespace vantory {
 namespace {
 
 // What was opened, if it is a regular file.
-Result<Descriptor> regular(Descriptor file, const std::string& path) {
-  darwin::ItemStatus status;
+Result<Descriptor> regular(Descriptor file, const std::string& path, darwin::ItemStatus& status) {
   if (!file.valid() || darwin::statusOf(file.get(), status) != 0) return systemError(path);
   if (!S_ISREG(status.mode)) return errorWithText(std::errc::invalid_argument, path, "is no file");
   return file;
@@ -25,7 +24,38 @@ Result<Descriptor> regular(Descriptor file, const std::string& path) {
 Result<Descriptor> openFile(const std::string& path) {
   const int opened =
       uninterrupted([&] { return darwin::openAt(AT_FDCWD, path.c_str(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW); });
-  return regular(Descriptor(opened), path);
+  darwin::ItemStatus status;
+  return regular(Descriptor(opened), path, status);
+}
+
+class OpenFolderChecksums : public FolderChecksums {
+ public:
+  OpenFolderChecksums(Descriptor folder, std::string path) : folder_(std::move(folder)), path_(std::move(path)) {}
+
+  Result<FileChecksum> ofFile(const std::string& path) const override;
+
+ private:
+  Descriptor folder_;
+  std::string path_;
+};
+
+Result<FileChecksum> OpenFolderChecksums::ofFile(const std::string& path) const {
+  if (!path.starts_with(path_ + "/"))
+    return errorWithText(std::errc::invalid_argument, path, "does not lie in " + path_);
+  darwin::ItemStatus status;
+  const Result<Descriptor> file =
+      regular(macos::openBeneath(folder_.get(), path.substr(path_.size() + 1), O_RDONLY | O_NONBLOCK), path, status);
+  if (!file) return file.error();
+  FileChecksum result;
+  Checksum checksum;
+  const auto count = [&](std::size_t bytes) {
+    result.bytes += bytes;
+    return true;
+  };
+  if (!addContent(file->get(), status.size, checksum, count)) return systemError(path);
+  result.content = checksum.text();
+  result.carried = macos::carriedText(file->get(), kChecksumAttribute);
+  return result;
 }
 
 }  // namespace
@@ -38,23 +68,10 @@ std::optional<std::string> macos::carriedText(int file, const char* attribute) {
   return "";
 }
 
-Result<FileChecksum> MacChecksums::ofFile(const std::string& root, const std::string& path) const {
-  if (!path.starts_with(root + "/")) return errorWithText(std::errc::invalid_argument, path, "does not lie in " + root);
-  const Descriptor folder(darwin::openAt(AT_FDCWD, root.c_str(), O_RDONLY | O_DIRECTORY));
-  if (!folder.valid()) return systemError(root);
-  const Result<Descriptor> file =
-      regular(macos::openBeneath(folder.get(), path.substr(root.size() + 1), O_RDONLY | O_NONBLOCK), path);
-  if (!file) return file.error();
-  FileChecksum result;
-  Checksum checksum;
-  const auto count = [&](std::size_t bytes) {
-    result.bytes += bytes;
-    return true;
-  };
-  if (!addContent(file->get(), checksum, count)) return systemError(path);
-  result.content = checksum.text();
-  result.carried = macos::carriedText(file->get(), kChecksumAttribute);
-  return result;
+Result<std::unique_ptr<FolderChecksums>> MacChecksums::ofFolder(const std::string& folder) const {
+  Descriptor opened(darwin::openAt(AT_FDCWD, folder.c_str(), O_RDONLY | O_DIRECTORY));
+  if (!opened.valid()) return systemError(folder);
+  return std::unique_ptr<FolderChecksums>(std::make_unique<OpenFolderChecksums>(std::move(opened), folder));
 }
 
 Result<std::optional<std::string>> MacChecksums::held(const std::string& path) const {

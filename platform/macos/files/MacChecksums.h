@@ -8,7 +8,7 @@ namespace vantory {
 // With the process's own rights.
 class MacChecksums : public Checksums {
  public:
-  Result<FileChecksum> ofFile(const std::string& root, const std::string& path) const override;
+  Result<std::unique_ptr<FolderChecksums>> ofFolder(const std::string& folder) const override;
   Result<std::optional<std::string>> held(const std::string& path) const override;
   Status setHeld(const std::string& path, const std::optional<std::string>& held) override;
 };

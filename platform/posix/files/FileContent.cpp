@@ -13,15 +13,20 @@
 
 namespace vantory {
 
-bool addContent(int file, Checksum& checksum, const std::function<bool(std::size_t bytes)>& step) {
-  constexpr std::size_t kBufferBytes = 128 * 1024;
-  const auto buffer = std::make_unique_for_overwrite<char[]>(kBufferBytes);
-  for (off_t position = 0;;) {
-    const ssize_t count = uninterrupted([&] { return pread(file, buffer.get(), kBufferBytes, position); });
+// One byte more than expected is asked for: then a call that brings fewer has met the end, and no other need look.
+bool addContent(int file, std::uint64_t size, Checksum& checksum, const std::function<bool(std::size_t bytes)>& step) {
+  constexpr std::uint64_t kBufferBytes = 128 * 1024;
+  const std::size_t length = std::min(size, kBufferBytes - 1) + 1;
+  const auto buffer = std::make_unique_for_overwrite<char[]>(length);
+  for (std::uint64_t position = 0;;) {
+    const ssize_t count =
+        uninterrupted([&] { return pread(file, buffer.get(), length, static_cast<off_t>(position)); });
     if (count <= 0) return count == 0;
-    checksum.add({buffer.get(), static_cast<std::size_t>(count)});
-    position += count;
-    if (!step(static_cast<std::size_t>(count))) return false;
+    const auto bytes = static_cast<std::size_t>(count);
+    checksum.add({buffer.get(), bytes});
+    position += bytes;
+    if (!step(bytes)) return false;
+    if (bytes < length && position == size) return true;
   }
 }
 

@@ -7,6 +7,27 @@
 
 namespace vantory {
 
+namespace {
+
+class WatchedFolderChecksums : public FolderChecksums {
+ public:
+  WatchedFolderChecksums(std::unique_ptr<FolderChecksums> disk, ProgressLine& line)
+      : disk_(std::move(disk)), line_(line) {}
+
+  Result<FileChecksum> ofFile(const std::string& path) const override {
+    line_.show("Verifying", path);
+    auto checksum = disk_->ofFile(path);
+    if (checksum) line_.advance(static_cast<std::int64_t>(checksum->bytes), 1);
+    return checksum;
+  }
+
+ private:
+  std::unique_ptr<FolderChecksums> disk_;
+  ProgressLine& line_;
+};
+
+}  // namespace
+
 Result<FileInfo> WatchedFileSystem::info(const std::string& path, Links links) const {
   return disk_.info(path, links);
 }
@@ -113,11 +134,10 @@ Status WatchedFileMetadata::setFinderInfo(const std::string& path, const std::st
   return disk_.setFinderInfo(path, bytes);
 }
 
-Result<FileChecksum> WatchedChecksums::ofFile(const std::string& root, const std::string& path) const {
-  line_.show("Verifying", path);
-  auto checksum = disk_.ofFile(root, path);
-  if (checksum) line_.advance(static_cast<std::int64_t>(checksum->bytes), 1);
-  return checksum;
+Result<std::unique_ptr<FolderChecksums>> WatchedChecksums::ofFolder(const std::string& folder) const {
+  auto opened = disk_.ofFolder(folder);
+  if (!opened) return opened;
+  return std::unique_ptr<FolderChecksums>(std::make_unique<WatchedFolderChecksums>(std::move(*opened), line_));
 }
 
 Result<std::optional<std::string>> WatchedChecksums::held(const std::string& path) const {

@@ -57,7 +57,7 @@ class WatchedChecksums : public Checksums {
   // Both outlive it.
   WatchedChecksums(Checksums& disk, ProgressLine& line) : disk_(disk), line_(line) {}
 
-  Result<FileChecksum> ofFile(const std::string& root, const std::string& path) const override;
+  Result<std::unique_ptr<FolderChecksums>> ofFolder(const std::string& folder) const override;
   Result<std::optional<std::string>> held(const std::string& path) const override;
   Status setHeld(const std::string& path, const std::optional<std::string>& held) override;
 
