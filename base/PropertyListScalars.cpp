@@ -5,9 +5,9 @@
 #include <chrono>
 #include <cmath>
 #include <cstdint>
-#include <cstdio>
 
 #include "base/PropertyListFormats.h"
+#include "base/UtcText.h"
 
 namespace vantory {
 
@@ -54,15 +54,8 @@ bool isSpace(char character) {
 }  // namespace
 
 std::string propertyListDate(const Timestamp& date) {
-  const sys_seconds moment(std::chrono::seconds(std::clamp(date.seconds, kFirstSecond, kLastSecond)));
-  const sys_days midnight = std::chrono::floor<std::chrono::days>(moment);
-  const std::chrono::year_month_day day(midnight);
-  const std::chrono::hh_mm_ss<std::chrono::seconds> time(moment - midnight);
-  char text[64];
-  std::snprintf(text, sizeof text, "%04d-%02u-%02uT%02d:%02d:%02dZ", static_cast<int>(day.year()),
-                static_cast<unsigned>(day.month()), static_cast<unsigned>(day.day()),
-                static_cast<int>(time.hours().count()), static_cast<int>(time.minutes().count()),
-                static_cast<int>(time.seconds().count()));
+  std::string text = utcText(std::clamp(date.seconds, kFirstSecond, kLastSecond)) + "Z";
+  std::ranges::replace(text, ' ', 'T');
   return text;
 }
 

@@ -1,14 +1,12 @@
 // Opens, rolls over and fills the files.
 #include "services/log/LogFile.h"
 
-#include <array>
-#include <chrono>
-#include <cstdio>
 #include <utility>
 
 #include "base/Format.h"
 #include "base/Paths.h"
 #include "base/Text.h"
+#include "base/UtcText.h"
 #include "platform/FileSystem.h"
 #include "platform/SystemInfo.h"
 #include "platform/SystemLog.h"
@@ -29,21 +27,6 @@ std::string generationPath(const std::string& folder, const std::string& name, i
 
 bool exists(const FileSystem& files, const std::string& path) {
   return files.info(path, Links::DoNotFollow).ok();
-}
-
-// Such as "2026-11-14 21:35:17 +0000".
-std::string description(std::int64_t second) {
-  using namespace std::chrono;
-  const sys_seconds moment{seconds(second)};
-  const auto day = floor<days>(moment);
-  const year_month_day date(day);
-  const hh_mm_ss time(moment - day);
-  std::array<char, 64> text;
-  std::snprintf(text.data(), text.size(), "%04d-%02u-%02u %02d:%02d:%02d +0000", static_cast<int>(date.year()),
-                static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
-                static_cast<int>(time.hours().count()), static_cast<int>(time.minutes().count()),
-                static_cast<int>(time.seconds().count()));
-  return text.data();
 }
 
 template <class... Arguments>
@@ -174,7 +157,7 @@ FileSystem& LogFile::currentFiles() const {
 const std::string& LogFile::dateText() {
   const std::int64_t second = platform_.clock.now().seconds;
   if (second != dateSecond_) {
-    dateText_ = description(second);
+    dateText_ = utcText(second) + " +0000";
     dateSecond_ = second;
   }
   return dateText_;

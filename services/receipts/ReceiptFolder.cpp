@@ -2,11 +2,11 @@
 #include "services/receipts/ReceiptFolder.h"
 
 #include <algorithm>
-#include <array>
 #include <chrono>
 #include <cstdio>
 
 #include "base/Paths.h"
+#include "base/UtcText.h"
 #include "platform/FileSystem.h"
 #include "services/QWLocalPaths.h"
 #include "services/Runtime.h"
@@ -55,17 +55,12 @@ Result<std::vector<std::string>> receiptNames() {
 }
 
 std::string receiptName(Timestamp begun) {
-  using namespace std::chrono;
-  const sys_seconds moment{seconds(begun.seconds)};
-  const auto day = floor<days>(moment);
-  const year_month_day date(day);
-  const hh_mm_ss time(moment - day);
-  std::array<char, 64> text;
-  std::snprintf(text.data(), text.size(), "%04d%02u%02u-%02d%02d%02d-%03d", static_cast<int>(date.year()),
-                static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
-                static_cast<int>(time.hours().count()), static_cast<int>(time.minutes().count()),
-                static_cast<int>(time.seconds().count()), begun.nanoseconds / 1'000'000);
-  return text.data();
+  std::string text = utcText(begun.seconds);
+  std::erase_if(text, [](char character) { return character == '-' || character == ':'; });
+  std::ranges::replace(text, ' ', '-');
+  char thousandths[16];
+  std::snprintf(thousandths, sizeof thousandths, "-%03d", begun.nanoseconds / 1'000'000);
+  return text + thousandths;
 }
 
 bool isReceiptHeld(const std::string& path) {

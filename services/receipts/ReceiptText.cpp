@@ -2,12 +2,12 @@
 #include "services/receipts/ReceiptText.h"
 
 #include <algorithm>
-#include <array>
 #include <charconv>
 #include <chrono>
 #include <cstdio>
 
 #include "base/PropertyListBytes.h"
+#include "base/UtcText.h"
 
 namespace vantory::receipt {
 
@@ -29,17 +29,11 @@ void append(std::string& line, std::string_view key, std::string_view value) {
 }
 
 std::string momentText(Timestamp moment) {
-  using namespace std::chrono;
-  const sys_seconds time{seconds(moment.seconds)};
-  const auto day = floor<days>(time);
-  const year_month_day date(day);
-  const hh_mm_ss clock(time - day);
-  std::array<char, 64> text;
-  std::snprintf(text.data(), text.size(), "%04d-%02u-%02uT%02d:%02d:%02d.%09dZ", static_cast<int>(date.year()),
-                static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
-                static_cast<int>(clock.hours().count()), static_cast<int>(clock.minutes().count()),
-                static_cast<int>(clock.seconds().count()), moment.nanoseconds);
-  return text.data();
+  std::string text = utcText(moment.seconds);
+  std::ranges::replace(text, ' ', 'T');
+  char fraction[16];
+  std::snprintf(fraction, sizeof fraction, ".%09dZ", moment.nanoseconds);
+  return text + fraction;
 }
 
 std::optional<Timestamp> momentIn(std::string_view text) {
