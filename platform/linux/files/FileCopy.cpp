@@ -144,12 +144,21 @@ bool copySparse(int source, int copy, off_t size, FileProgress& progress, Checks
   return passHole(size - position, progress, checksum) && ftruncate(copy, size) == 0;
 }
 
+// Asked of the first file of a copy only, where the file system cannot do that.
+bool shareBlocks(int source, const struct stat& status, int copy, CopyReport& report) {
+  if (status.st_size == 0 || !report.mayShareBlocks()) return false;
+  if (ioctl(copy, FICLONE, source) == 0) return true;
+  if (errno == EOPNOTSUPP || errno == ENOTTY || errno == EXDEV) report.cannotShareBlocks();
+  return false;
+}
+
 // A file with fewer blocks than its size needs has holes. A file system that shares blocks does so for a checksum too:
 // then that is read from the copy.
-bool copyContentOnce(int source, const struct stat& status, int copy, FileProgress& progress, Checksum* checksum) {
+bool copyContentOnce(int source, const struct stat& status, int copy, FileProgress& progress, Checksum* checksum,
+                     CopyReport& report) {
   constexpr blkcnt_t kBlockBytes = 512;
   if (checksum) checksum->restart();
-  if (checksum && status.st_size > 0 && ioctl(copy, FICLONE, source) == 0)
+  if (checksum && shareBlocks(source, status, copy, report))
     return addContent(copy, static_cast<std::uint64_t>(status.st_size), *checksum,
                       [&](std::size_t bytes) { return progress.advance(static_cast<off_t>(bytes)); });
   if (status.st_size > 0 && status.st_blocks * kBlockBytes < status.st_size)
@@ -274,7 +283,7 @@ Status copyFileContent(int source, struct stat status, int copy, const std::stri
                         !progress.startAgain()))
       return systemError(path);
     const bool comparable = baseline(source, status);
-    if (!copyContentOnce(source, status, copy, progress, checksum.get())) return systemError(path);
+    if (!copyContentOnce(source, status, copy, progress, checksum.get(), report)) return systemError(path);
     struct stat after;
     if (fstat(source, &after) != 0) return systemError(path);
     if (comparable && isUnchanged(lookOf(status), lookOf(after))) {

@@ -1,6 +1,7 @@
 // What a copy tells while it is made.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <mutex>
 #include <string>
@@ -30,12 +31,17 @@ class CopyReport {
   bool isObserved() const { return observer_ != nullptr; }
   // False, with errno, when the observer wants the copy to end.
   bool advance(std::int64_t bytes, int objects) const;
+  // Whether files may share the blocks of what they are copied from, until a file system says that it cannot do that.
+  bool mayShareBlocks() const { return sharesBlocks_; }
+  void cannotShareBlocks() { sharesBlocks_ = false; }
+
   // The item at this path is copied as it was at this look.
   void copied(const std::string& path, const ItemLook& look);
 
  private:
   const CopyObserver observer_;
   CopiedItems* const items_ = nullptr;
+  std::atomic<bool> sharesBlocks_ = true;
   std::mutex mutex_;
   Notes notes_;
   std::vector<std::string> told_;
