@@ -19,8 +19,8 @@ struct HomeWork {
   bool passesOverBusyHomes = true;
   // How long a home may take to be found, because its file system may be dead, and how long the work there may stand
   // still.
-  std::chrono::seconds patience{30};
-  std::chrono::seconds patienceWithWork{300};
+  std::chrono::milliseconds patience = std::chrono::seconds(30);
+  std::chrono::milliseconds patienceWithWork = std::chrono::minutes(5);
 };
 
 // While this exists the process has one thread only.
