@@ -33,7 +33,7 @@ begin() {
   mkdir -p "$work/tmp/work"
   cp "$2" "$work/tmp/work/vantory"
   cp "$(dirname "$2")/vantory-lock-helper" "$work/tmp/work/"  # without its capability, until a script installs it
-  cp "$here"/*.sh "$here"/*.py "$here/../faults/fault_loop.py" "${also[@]}" "$work/tmp/work/"
+  cp -R "$here"/*.sh "$here"/*.py "$here/../faults/fault_loop.py" "${also[@]}" "$work/tmp/work/"
   if [ "$(id -u)" != 0 ]; then
     work=$work/tmp/work program=$work/vantory
     pass_over_foreign_leaks
