@@ -112,19 +112,17 @@ bool AppWindowController::trashPreferences(Try which) {
   TrashRun run(report, progress);
   const bool isThrough = run.run(stepsFor(apps));
   receipt.end();
-  if (isThrough) return finishTrash(run, report);
-  onMainThread([this] { parts_.trashSpinner.stopAnimation(); });
-  return false;
-}
-
-// Says how the run ended: a success only where everything was done.
-bool AppWindowController::finishTrash(const TrashRun& run, const TaskReport& report) {
   parts_.lockController.reload();
   onMainThread([this] {
     Surveyor::shared().renew();
     parts_.trashSpinner.stopAnimation();
-    progressController_.hide();
   });
+  return isThrough && finishTrash(run, report);
+}
+
+// Says how the run ended: a success only where everything was done.
+bool AppWindowController::finishTrash(const TrashRun& run, const TaskReport& report) {
+  onMainThread([this] { progressController_.hide(); });
   const bool any = run.count() > 0;
   if (report.isWhole()) {
     QWAlert::alertSheetWithMessageText(

@@ -1,6 +1,7 @@
 #include <sys/stat.h>
 
 #include "backups/ui/Controls.h"
+#include "backups/ui/Surveyor.h"
 #include "services/RunningApplicationGuard.h"
 #include "services/log/QWLog.h"
 #include "services/settings/QWUserDefaults.h"
@@ -80,6 +81,8 @@ TEST_F(TrashWorkflowTest, ACancelEndsItBeforeTheNextApplicationAndLeavesNoSheet)
     if (!cancel) guard_.decisions = {{"com.example.Avid", GuardDecision::Cancel}};
     const auto lines = runAndReadLog();
     EXPECT_FALSE(exists(prefs("editor.plist"))) << "what came before stays trashed";
+    ASSERT_TRUE(Surveyor::shared().survey());
+    EXPECT_EQ(Surveyor::shared().survey()->ofPreferences(*editor_).files, 0U) << "which the panes tell";
     EXPECT_TRUE(exists(avidFile("anna")));
     EXPECT_EQ(lines.back(), "User cancelled trash task");
     EXPECT_THAT(alerts_, IsEmpty());
