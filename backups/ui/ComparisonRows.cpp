@@ -56,10 +56,14 @@ void addLines(const Row& file) {
   }
 }
 
+// A line that is another counts once, though one goes and one comes.
 std::string differenceInWords(const FileComparison& file) {
-  if (!file.keys.empty()) return counted(file.keys.size(), "key") + (file.keys.size() == 1 ? " differs" : " differ");
-  if (!file.lines.empty())
-    return counted(file.lines.size(), "line") + (file.lines.size() == 1 ? " differs" : " differ");
+  const auto differ = [](std::size_t number, const char* what) {
+    return counted(number, what) + (number == 1 ? " differs" : " differ");
+  };
+  if (!file.keys.empty()) return differ(file.keys.size(), "key");
+  const auto added = static_cast<std::size_t>(std::ranges::count_if(file.lines, &LineChange::added));
+  if (!file.lines.empty()) return differ(std::max(added, file.lines.size() - added), "line");
   return "differs";
 }
 

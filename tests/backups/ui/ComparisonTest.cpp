@@ -75,6 +75,8 @@ TEST_F(ComparisonWindowTest, ShowsBothValuesAndKeepsTicksTogether) {
   EXPECT_EQ(view_.status, "2 files are not the same, 2 files are the same. Tick what you want back.");
   EXPECT_FALSE(view_.isBusy || view_.restore.enabled);
   EXPECT_EQ(std::get<std::string>(window_.objectValueForTableColumn("now", row(kFile))), "3 keys differ");
+  const auto layout = row({"Editor", "Layouts", "editor.layout"});
+  EXPECT_EQ(std::get<std::string>(window_.objectValueForTableColumn("now", layout)), "1 line differs");
   const auto key = row(with(kFile, "a"));
   EXPECT_EQ(std::get<std::string>(window_.objectValueForTableColumn("now", key)), "\"1\"");
   EXPECT_EQ(std::get<std::string>(window_.objectValueForTableColumn("backup", key)), "\"0\"");
