@@ -30,7 +30,7 @@ namespace vantory {
 namespace {
 
 constexpr QSize kFirstSize(800, 600);
-constexpr QSize kLeastSize(480, 360);
+constexpr QSize kLeastSize(640, 400);  // leaves the names of applications their room
 constexpr std::array kPanes = {Pane::Trash, Pane::Backup, Pane::Lock, Pane::Restore};
 
 // Read from the addresses as they are: names may be of any bytes.
