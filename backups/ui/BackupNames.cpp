@@ -26,4 +26,10 @@ std::string nameAndDate(const QWBackup& backup) {
   return backup.date() ? name + " of " + localTimeText(*backup.date(), "%Y-%m-%d %H:%M:%S") : name;
 }
 
+std::string warningOf(const QWBackup& backup) {
+  if (backup.isComplete()) return "";
+  const std::string cause = backup.readError() ? "" : ": it was not written to its end, or its settings are damaged";
+  return "\n\n" + backup.flawInWords() + cause + ". Nothing can be restored from it as it is.";
+}
+
 }  // namespace vantory

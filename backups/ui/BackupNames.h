@@ -24,4 +24,7 @@ std::string keptNameInWords(const std::string& wanted, const std::string& kept);
 // where there is none.
 std::string nameAndDate(const QWBackup& backup);
 
+// What else to know before it is restored, in a paragraph of its own; empty of a complete one.
+std::string warningOf(const QWBackup& backup);
+
 }  // namespace vantory

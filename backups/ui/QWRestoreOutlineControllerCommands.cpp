@@ -48,13 +48,6 @@ void tellKeptName(const std::string& wanted, const std::string& kept, const std:
   QWAlert::alertSheetWithMessageText(keptNameInWords(wanted, kept), kept == cleaned ? kLeftOutOfNames : kNameIsTaken);
 }
 
-// What the person should know before they try.
-std::string warningOf(const QWBackup& backup) {
-  if (backup.isComplete()) return "";
-  const std::string cause = backup.readError() ? "" : ": it was not written to its end, or its settings are damaged";
-  return "\n\n" + backup.flawInWords() + cause + ". Nothing can be restored from it as it is.";
-}
-
 bool askToUpdate(const QWBackup& backup) {
   return QWAlert::alertSheetWithMessageText(
              {.messageText = formatted("Do you want to update the files of \"%@\"?", backup.name()),

@@ -17,6 +17,7 @@
 #include "services/Runtime.h"
 #include "services/TaskReport.h"
 #include "services/files/QWAuthorization.h"
+#include "services/files/QWFileManager.h"
 #include "services/log/QWLog.h"
 #include "services/messages/QWAlert.h"
 #include "services/receipts/TaskReceipt.h"
@@ -138,12 +139,17 @@ void Vantory_AppDelegate::askToImport(const std::string& path) {
   parts_.window.bringToFront();
   parts_.panes.toolbarRestore();
   // What lies in the library is there already.
-  const bool canBeAdded = !paths::isWithin(path, QWDataController::vantoryBackupLocation().value_or(path));
+  const std::string library = QWDataController::vantoryBackupLocation().value_or(path);
+  const bool canBeAdded = !paths::isWithin(path, library);
+  const bool replaces =
+      canBeAdded && QWFileManager::itemExistsAtPath(paths::join(library, backupFileName(backupName(path))));
   AlertTexts question{.messageText = formatted("Are you sure you wish to restore the backup \"%@\"?", backupName(path)),
                       .defaultButton = "Restore",
                       .alternateButton = "Cancel",
                       .informativeText = nameAndDate(*QWBackup::backupWithName(backupName(path), path)) +
-                                         ". This will overwrite any existing preferences."};
+                                         ". This will overwrite any existing preferences." +
+                                         warningOf(*QWBackup::backupWithFile(path))};
+  if (replaces) question.informativeText += "\n\nThe backup of that name in your library goes to the Trash.";
   if (canBeAdded) {
     question.otherButton = "Only Add";
     question.informativeText += "\n\nTo keep it in the library and restore nothing now, choose Only Add.";

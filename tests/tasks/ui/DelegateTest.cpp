@@ -115,6 +115,11 @@ TEST_F(DelegateTest, TheAlertsTellWhatAnImportLeftUndone) {
     EXPECT_EQ(alerts_.back(), formatted("The backup \"%@\" could not be restored", name));
   }
   EXPECT_FALSE(exists(inLibrary("file.vnt")));
+  answer_ = QWAlert::Alternate;
+  open(home_ / "empty.vnt");
+  EXPECT_THAT(informative_, HasSubstr("\"empty\" is incomplete"));
+  EXPECT_THAT(informative_, HasSubstr("in your library goes to the Trash")) << "it was imported before";
+  answer_ = QWAlert::Default;
   chooser_.answer = {home_ / "Films"};
   delegate_.importBackup();
   EXPECT_EQ(alerts_.back(), "\"Films\" is not a backup");
