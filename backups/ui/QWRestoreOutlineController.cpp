@@ -81,8 +81,7 @@ void QWRestoreOutlineController::sortColumnWithIdentifier(const std::string& col
 }
 
 void QWRestoreOutlineController::showAge() {
-  const BackupAge age = ageOf(library().allBackups());
-  parts_.outline.setRemark(age.overdue ? age.text + " " + *age.overdue : age.text);
+  parts_.outline.setRemark(ageOf(library().allBackups()).text);
 }
 
 void QWRestoreOutlineController::setSortIndicatorsForColumn(const std::string& column, bool descending) {

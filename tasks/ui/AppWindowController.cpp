@@ -27,6 +27,16 @@ constexpr const char* kCrashAnalysis = "com.quarrywell.Faultlens";
 
 }  // namespace
 
+AppWindowController::AppWindowController(const Parts& parts)
+    : parts_(parts),
+      progressController_(parts.progressSheet),
+      backupsRefresh_(
+          NotificationCenter::shared().observe("QWVantoryBackupsRefresh", [this] { warnOfOverdueBackups(); })) {}
+
+void AppWindowController::warnOfOverdueBackups() {
+  parts_.window.showWarning(ageOf(QWDataController::sharedController().allBackups()).overdue.value_or(""));
+}
+
 void AppWindowController::startLog(BugReporterDelegate* delegate) {
   QWBugReporter::startBugReporterWithDelegate(delegate);
   QWLog::createNewLog(std::nullopt);

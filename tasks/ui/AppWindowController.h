@@ -8,6 +8,7 @@
 #include "backups/QWBackup.h"
 #include "backups/ui/FailureReport.h"
 #include "backups/ui/PaneSwitcher.h"
+#include "services/messages/NotificationCenter.h"
 #include "services/messages/QWProgressController.h"
 #include "tasks/AppController.h"
 
@@ -35,7 +36,7 @@ class AppWindowController : public AppController, public PaneSwitcher {
   // may be null, is told of a crash.
   static void startLog(BugReporterDelegate* delegate);
 
-  explicit AppWindowController(const Parts& parts) : parts_(parts), progressController_(parts.progressSheet) {}
+  explicit AppWindowController(const Parts& parts);
 
   // Loads the catalog and the library and shows the Trash pane, on another thread; a person without a manual
   // backup gets a first one. Called once the window is painted.
@@ -63,12 +64,14 @@ class AppWindowController : public AppController, public PaneSwitcher {
 
   void switchTo(Pane pane, const char* logLine, const char* notification);
   void makeFirstBackup();
+  void warnOfOverdueBackups();
   WriteResult writeAutoBackup(TaskReport& task, bool preferencesOnly);
   bool finishTrash(const TrashRun& run, const TaskReport& report);
 
   Parts parts_;
   QWProgressController progressController_;
   std::atomic<bool> trashing_ = false;
+  NotificationCenter::Observation backupsRefresh_;
 };
 
 }  // namespace vantory

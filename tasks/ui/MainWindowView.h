@@ -1,6 +1,8 @@
 // The main window, as its controller sees it.
 #pragma once
 
+#include <string>
+
 namespace vantory {
 
 enum class Pane { Trash, Backup, Lock, Restore };
@@ -14,6 +16,8 @@ class MainWindowView {
   // Takes the toolbar's last item away, which is a link.
   virtual void removeLinkItem() = 0;
   virtual void bringToFront() = 0;
+  // A sentence above all panes; empty for none.
+  virtual void showWarning(const std::string& text) = 0;
 };
 
 }  // namespace vantory

@@ -41,6 +41,22 @@ std::vector<std::string> droppedPaths(const QMimeData& data) {
   return documentPaths(addresses, "/");
 }
 
+QLabel* makeNotice() {
+  auto* notice = new QLabel;
+  notice->setWordWrap(true);
+  notice->setMargin(10);
+  notice->setAutoFillBackground(true);
+  notice->setBackgroundRole(QPalette::ToolTipBase);
+  notice->setForegroundRole(QPalette::ToolTipText);
+  notice->hide();
+  return notice;
+}
+
+void showIn(QLabel& notice, const std::string& text) {
+  notice.setText(displayText(text));
+  notice.setVisible(!text.empty());
+}
+
 // Each pane's columns have widths of their own. Those of an earlier version may be others.
 QString columnsKey(Pane pane) {
   return QStringLiteral("surveyedColumns%1").arg(static_cast<int>(pane));
@@ -54,16 +70,11 @@ MainWindow::MainWindow()
       lock_(new LockPane),
       restore_(new RestorePane),
       menus_(new WindowMenus(this)),
-      notice_(new QLabel),
+      notice_(makeNotice()),
+      warning_(makeNotice()),
       stack_(new QStackedWidget),
       toolbar_(new PaneToolbar(this)) {
   setWindowTitle(QApplication::applicationDisplayName());
-  notice_->setWordWrap(true);
-  notice_->setMargin(10);
-  notice_->setAutoFillBackground(true);
-  notice_->setBackgroundRole(QPalette::ToolTipBase);
-  notice_->setForegroundRole(QPalette::ToolTipText);
-  notice_->hide();
   // The first paint need not wait for the layout of the others.
   for (const Pane each : kPanes) {
     pane(each).setParent(this);
@@ -74,6 +85,7 @@ MainWindow::MainWindow()
   layout->setContentsMargins(0, 0, 0, 0);
   layout->setSpacing(0);
   layout->addWidget(notice_);
+  layout->addWidget(warning_);
   layout->addWidget(stack_, 1);
   setCentralWidget(content);
   makeToolbar();
@@ -226,8 +238,11 @@ void MainWindow::bringToFront() {
 }
 
 void MainWindow::showNotice(const std::string& text) {
-  notice_->setText(displayText(text));
-  notice_->setVisible(!text.empty());
+  showIn(*notice_, text);
+}
+
+void MainWindow::showWarning(const std::string& text) {
+  showIn(*warning_, text);
 }
 
 void MainWindow::changeEvent(QEvent* event) {

@@ -47,7 +47,7 @@ class MainWindow : public QMainWindow, public MainWindowView {
   // Asked when the window is to close.
   std::function<bool()> mayClose;
 
-  // A sentence above the panes; empty for none.
+  // A sentence above the panes and their warning; empty for none.
   void showNotice(const std::string& text);
 
   void remember(WindowMemory& memory) const;
@@ -56,6 +56,7 @@ class MainWindow : public QMainWindow, public MainWindowView {
   void showPane(Pane pane) override;
   void removeLinkItem() override;
   void bringToFront() override;
+  void showWarning(const std::string& text) override;
 
  protected:
   void changeEvent(QEvent* event) override;
@@ -82,6 +83,7 @@ class MainWindow : public QMainWindow, public MainWindowView {
   RestorePane* const restore_;
   WindowMenus* const menus_;
   QLabel* const notice_;
+  QLabel* const warning_;
   QStackedWidget* const stack_;
   PaneToolbar* const toolbar_;
   QAction* linkItem_ = nullptr;

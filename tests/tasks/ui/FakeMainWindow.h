@@ -12,9 +12,11 @@ class FakeMainWindow : public MainWindowView {
   void showPane(Pane pane) override { shown.push_back(pane); }
   void removeLinkItem() override {}
   void bringToFront() override { ++timesInFront; }
+  void showWarning(const std::string& text) override { warning = text; }
 
   std::vector<Pane> shown;
   int timesInFront = 0;
+  std::string warning;
 };
 
 }  // namespace vantory::test

@@ -186,5 +186,16 @@ TEST_F(TrashWorkflowTest, TheFirstStartMakesABackupOfEverything) {
   EXPECT_THAT(alerts_, ElementsAre("Your backups cannot be read"));
 }
 
+TEST_F(TrashWorkflowTest, WarnsAboveThePanesWhileScheduledBackupsDoNotHappen) {
+  for (const char* key : {"periodicAutosave", "autosaveFrequency"})
+    EXPECT_TRUE(QWUserDefaults::standardUserDefaults().setObject(key, PropertyList(1)));
+  fakes_.jobs.stamp = Timestamp{fakes_.clock.now().seconds - 864000};
+  controller().populateBackups();
+  EXPECT_EQ(window_.warning.rfind("Scheduled backups do not happen: there is no good one.", 0), 0U) << window_.warning;
+  TaskReport report;
+  EXPECT_EQ(controller_.autoBackup(report), WriteResult::Success);
+  EXPECT_EQ(window_.warning, "");
+}
+
 }  // namespace
 }  // namespace vantory::test
