@@ -54,6 +54,12 @@ bool mayBeHeld(const std::string& path) {
   return info || !meansMissing(info.error());
 }
 
+// A file in the backup, and where it belongs; none for what has no place on this system.
+struct Restorable {
+  std::string source;
+  std::optional<std::string> place;
+};
+
 // Puts the files of one item back.
 class ItemRestoring {
  public:
@@ -64,13 +70,13 @@ class ItemRestoring {
         item_(item),
         report_(report) {}
 
-  // Called first, for what a pattern matches in the backup.
-  void plan(const std::vector<std::string>& sources);
-  // `source` lies in the backup.
-  void restore(const std::string& source);
+  // What a pattern matches in the backup.
+  void restoreAll(std::vector<std::string> sources);
   void replaceContent(const std::string& path, std::string bytes, const FileInfo& known);
 
  private:
+  void plan(const std::vector<Restorable>& files);
+  void restore(const Restorable& file);
   Status replace(const Staged& staged, const std::string& source, const std::string& destination);
   Status trashLiveFile(const std::string& path);
   void note(const std::string& path, const Status& copied);
@@ -122,22 +128,33 @@ Status ItemRestoring::replace(const Staged& staged, const std::string& source, c
   return copied || trashed ? copied : trashed;
 }
 
-void ItemRestoring::plan(const std::vector<std::string>& sources) {
-  std::vector<FilePlan> files;
-  for (const std::string& source : sources)
-    if (auto destination = livePathOf(source, backupPath_))
-      files.push_back({.path = std::move(*destination), .source = source});
-  report_.planned(FileAction::Restore, files, item_);
+void ItemRestoring::restoreAll(std::vector<std::string> sources) {
+  std::vector<Restorable> files;
+  files.reserve(sources.size());
+  for (std::string& source : sources) {
+    auto place = livePathOf(source, backupPath_);
+    files.push_back({std::move(source), std::move(place)});
+  }
+  plan(files);
+  for (const Restorable& file : files) restore(file);
 }
 
-void ItemRestoring::restore(const std::string& source) {
-  const std::optional<std::string> place = livePathOf(source, backupPath_);
-  if (!place) {
+void ItemRestoring::plan(const std::vector<Restorable>& files) {
+  std::vector<FilePlan> plans;
+  plans.reserve(files.size());
+  for (const Restorable& file : files)
+    if (file.place) plans.push_back({.path = *file.place, .source = file.source});
+  report_.planned(FileAction::Restore, plans, item_);
+}
+
+void ItemRestoring::restore(const Restorable& file) {
+  const std::string& source = file.source;
+  if (!file.place) {
     const Error nowhere = {std::errc::invalid_argument, source + " has no place on this system"};
     logCause(nowhere.text);
     return note(source, nowhere);
   }
-  const std::string& destination = *place;
+  const std::string& destination = *file.place;
   const std::string folder = paths::parent(destination);
   // A folder that cannot be made or unlocked keeps the copy from being made, which is told.
   if (!QWFileManager::fileExistsAtPath(folder)) {
@@ -180,9 +197,7 @@ void ItemRestoring::replaceContent(const std::string& path, std::string bytes, c
 }  // namespace
 
 void restoreFile(const std::string& source, const BackupPlace& backup, const std::string& item, TaskReport& report) {
-  ItemRestoring restoring(&backup, item, report);
-  restoring.plan({source});
-  restoring.restore(source);
+  ItemRestoring(&backup, item, report).restoreAll({source});
 }
 
 void replaceContent(const std::string& path, std::string bytes, const FileInfo& known, const std::string& item,
@@ -196,8 +211,7 @@ void QWPrefItem::restoreFilesFromBackup(const BackupPlace& backup, TaskReport& r
   for (const std::string& pattern : files()) {
     auto sources = QWFileManager::filesMatchingWildcardPath(backup.safeUserPath(pattern), root, report);
     std::erase_if(sources, [](const std::string& source) { return !mayBeHeld(source); });
-    restoring.plan(sources);
-    for (const std::string& source : sources) restoring.restore(source);
+    restoring.restoreAll(std::move(sources));
   }
   for (const auto& user : users_)
     if (user->selected() == On) user->restoreFilesFromBackup(backup, report);
