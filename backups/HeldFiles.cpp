@@ -2,6 +2,8 @@
 #include "backups/HeldFiles.h"
 
 #include <algorithm>
+#include <string_view>
+#include <utility>
 
 #include "backups/BackupNaming.h"
 #include "base/Checksum.h"
@@ -56,7 +58,9 @@ HeldFiles listHeldFiles(const std::string& backup) {
         held.files.push_back({std::move(path), entry.type});
     }
   }
-  std::ranges::sort(held.files, {}, recordOf);
+  std::ranges::sort(held.files, {}, [](const HeldFile& file) {
+    return std::pair<char, std::string_view>(letterOf(file.type), file.path);
+  });
   return held;
 }
 
