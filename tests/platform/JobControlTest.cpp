@@ -9,8 +9,8 @@
 
 #include "platform/linux/files/LinuxFileMetadata.h"
 #include "platform/linux/files/LinuxFileSystem.h"
-#include "platform/linux/helpers/HelperProcess.h"
 #include "platform/linux/schedule/LinuxJobControl.h"
+#include "platform/posix/processes/HelperProgram.h"
 #include "platform/posix/processes/PosixProcesses.h"
 #include "tests/support/EnvironmentChange.h"
 #include "tests/support/FakePlatform.h"

@@ -1,4 +1,4 @@
-// Finds helper programs, starts them and ends them.
+// Starts helper programs and ends them.
 #include "platform/linux/helpers/HelperProcess.h"
 
 #include <sys/wait.h>
@@ -6,12 +6,10 @@
 
 #include <chrono>
 #include <csignal>
-#include <filesystem>
 #include <thread>
 #include <utility>
 
 #include "platform/posix/files/Descriptor.h"
-#include "platform/posix/kernel/Kernel.h"
 
 namespace vantory {
 
@@ -27,17 +25,6 @@ bool hasEnded(pid_t child) {
 }
 
 }  // namespace
-
-// Those beside the program go first, so that one that is not installed finds its own.
-std::string helperProgram(const std::string& name) {
-  namespace fs = std::filesystem;
-  const fs::path own = fs::path(kernel::ownPath()).parent_path();
-  for (const fs::path& folder : {own, own / VANTORY_LIBEXEC_FROM_BIN, fs::path(VANTORY_LIBEXEC)}) {
-    const fs::path path = (folder / name).lexically_normal();
-    if (path.is_absolute() && access(path.c_str(), X_OK) == 0) return path;
-  }
-  return {};
-}
 
 Result<HelperProcess> HelperProcess::start(ChildProgram program) {
   Result<Channel::Ends> ends = Channel::pair();

@@ -11,10 +11,6 @@
 
 namespace vantory {
 
-// The absolute path of a helper program: in the folder of the running executable, else where an installation with that
-// executable keeps them, else where the one that was configured does. Empty when it is nowhere.
-std::string helperProgram(const std::string& name);
-
 // The helper's end of the conversation is its standard input; it ends when the conversation does.
 class HelperProcess {
  public:

@@ -8,6 +8,7 @@
 
 #include "platform/linux/locks/LockProtocol.h"
 #include "platform/posix/files/Errors.h"
+#include "platform/posix/processes/HelperProgram.h"
 
 namespace vantory {
 

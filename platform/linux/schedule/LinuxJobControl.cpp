@@ -8,10 +8,10 @@
 #include "platform/FileMetadata.h"
 #include "platform/FileSystem.h"
 #include "platform/Users.h"
-#include "platform/linux/helpers/HelperProcess.h"
 #include "platform/linux/schedule/JobUnits.h"
 #include "platform/posix/files/EnvironmentFolder.h"
 #include "platform/posix/files/Errors.h"
+#include "platform/posix/processes/HelperProgram.h"
 
 namespace vantory {
 

@@ -10,9 +10,9 @@
 #include <vector>
 
 #include "platform/Users.h"
-#include "platform/linux/helpers/HelperProcess.h"
 #include "platform/posix/files/EnvironmentFolder.h"
 #include "platform/posix/files/Errors.h"
+#include "platform/posix/processes/HelperProgram.h"
 
 namespace vantory {
 
