@@ -22,8 +22,7 @@
 #include "platform/posix/processes/PosixClock.h"
 #include "platform/posix/processes/PosixProcesses.h"
 #include "platform/posix/processes/ProcessCalls.h"
-#include "platform/posix/progress/ProgressLine.h"
-#include "platform/posix/progress/WatchedFiles.h"
+#include "platform/posix/progress/ShownDisk.h"
 #include "platform/posix/system/PosixSystemInfo.h"
 #include "platform/posix/system/PosixSystemLog.h"
 #include "platform/posix/system/PosixTrustedFiles.h"
@@ -43,30 +42,10 @@ struct LinuxPlatform::Parts {
   Parts(std::vector<std::string> arguments, std::string startedProgram)
       : system(std::move(arguments), std::move(startedProgram)) {}
 
-  // From here on every step passes through what draws the line; the log makes room for its own lines.
+  // The log makes room for its own lines.
   void showProgress() {
-    progress = ProgressLine::onStandardError();
-    if (!progress) return;
-    watched = std::make_unique<WatchedFileSystem>(files, *progress);
-    watchedMetadata = std::make_unique<WatchedFileMetadata>(metadata, *progress);
-    watchedChecksums = std::make_unique<WatchedChecksums>(checksums, *progress);
-    systemLog.setBeforeLine([this] { progress->clear(); });
-  }
-
-  // What others get: the watched one where a line is drawn.
-  FileSystem& shownFiles() {
-    if (watched) return *watched;
-    return files;
-  }
-
-  FileMetadata& shownMetadata() {
-    if (watchedMetadata) return *watchedMetadata;
-    return metadata;
-  }
-
-  Checksums& shownChecksums() {
-    if (watchedChecksums) return *watchedChecksums;
-    return checksums;
+    disk.show();
+    if (ProgressLine* line = disk.line()) systemLog.setBeforeLine([line] { line->clear(); });
   }
 
   // With nobody at the console they serve nowhere.
@@ -107,11 +86,7 @@ struct LinuxPlatform::Parts {
   LinuxJobControl jobs{users, files, metadata, UserManager(users)};
   LinuxSystemTools tools;
   LinuxCrashReports crashReports{files, users};
-  // Null where no line is drawn.
-  std::unique_ptr<ProgressLine> progress;
-  std::unique_ptr<WatchedFileSystem> watched;
-  std::unique_ptr<WatchedFileMetadata> watchedMetadata;
-  std::unique_ptr<WatchedChecksums> watchedChecksums;
+  ShownDisk disk{files, metadata, checksums};
 };
 
 LinuxPlatform::LinuxPlatform(std::vector<std::string> arguments, std::string startedProgram, Progress progress) {
@@ -127,9 +102,9 @@ LinuxPlatform::LinuxPlatform(std::vector<std::string> arguments, std::string sta
       .clock = p.clock,
       .users = p.users,
       .folders = p.folders,
-      .files = p.shownFiles(),
-      .metadata = p.shownMetadata(),
-      .checksums = p.shownChecksums(),
+      .files = p.disk.files(),
+      .metadata = p.disk.metadata(),
+      .checksums = p.disk.checksums(),
       .machineFiles = p.machineFiles,
       .trustedFiles = p.trustedFiles,
       .processes = p.processes,
@@ -151,7 +126,7 @@ LinuxPlatform::LinuxPlatform(std::vector<std::string> arguments, std::string sta
 LinuxPlatform::~LinuxPlatform() = default;
 
 ProgressLine* LinuxPlatform::progressLine() const {
-  return parts_->progress.get();
+  return parts_->disk.line();
 }
 
 }  // namespace vantory
