@@ -21,19 +21,20 @@ namespace vantory {
 
 namespace {
 
-// A place in the Trash and the note beside it, which says where the item came from.
+// A place in the Trash and the note beside it, which says where the item came from. Not every system's Trash has notes.
 struct TrashPlace {
   std::string item;
-  std::string note;
+  std::string note = {};
 };
 
 TrashPlace placeInTrash(const std::string& trashFolder, const std::string& name) {
+  if (paths::lastComponent(trashFolder) != kTrashItemsFolder) return {paths::join(trashFolder, name)};
   const std::string noteFolder = paths::join(paths::parent(trashFolder), kTrashNotesFolder);
   return {paths::join(trashFolder, name), paths::join(noteFolder, trashNoteName(name))};
 }
 
 bool isTaken(const TrashPlace& place) {
-  return itemExists(place.item) || itemExists(place.note);
+  return itemExists(place.item) || (!place.note.empty() && itemExists(place.note));
 }
 
 // Under the item's own name, or with the time behind it where that is taken. The time is followed by the extension's
@@ -52,6 +53,7 @@ TrashPlace freePlaceInTrash(const std::string& trashFolder, const std::string& n
 
 // Written under another name first: only a move never replaces what another process just put there.
 Status writeNote(FileSystem& files, const TrashPlace& place, const std::string& text) {
+  if (place.note.empty()) return {};
   const std::string draft = paths::join(paths::parent(place.note), formatted(".%@", QWLocalPaths::uuid()));
   Status done = files.write(draft, text, {});
   if (done) done = files.move(draft, place.note).status();
@@ -212,13 +214,13 @@ std::optional<std::string> QWAuthorization::trashedPlace(const std::string& path
   const auto item = freePlaceFor(path);
   if (!item) return std::nullopt;
   const TrashPlace place = placeInTrash(paths::parent(*item), paths::lastComponent(*item));
-  for (const std::string& folder : {paths::parent(place.item), paths::parent(place.note)})
-    if (!makeFolder(folder)) return std::nullopt;
+  for (const std::string& item : {place.item, place.note})
+    if (!item.empty() && !makeFolder(paths::parent(item))) return std::nullopt;
   // The note comes first, so that nothing ever lies in the Trash without one.
   const std::string text = trashNote(path, localTimeText(platform_.clock.now(), "%Y-%m-%dT%H:%M:%S"));
   if (!writeNote(platform_.files, place, text)) return std::nullopt;
   if (authMoveFile(path, place.item)) return place.item;
-  (void)platform_.files.remove(place.note);
+  if (!place.note.empty()) (void)platform_.files.remove(place.note);
   return std::nullopt;
 }
 
