@@ -17,4 +17,7 @@ foreach(flag -fPIE -fstack-protector-strong -fstack-clash-protection -fcf-protec
     add_compile_options("$<${release}:${flag}>")
   endif()
 endforeach()
+if(APPLE) # whose linker does the like by itself
+  return()
+endif()
 add_link_options("$<$<AND:${release},$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>>:LINKER:-z,relro,-z,now;-pie>")

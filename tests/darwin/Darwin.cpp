@@ -13,6 +13,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <string_view>
 
 #include "platform/posix/files/Descriptor.h"
@@ -336,6 +337,31 @@ std::optional<uid_t> consoleOwner() {
   const char* owner = std::getenv("VANTORY_TEST_CONSOLE");
   if (!owner) return std::nullopt;
   return static_cast<uid_t>(std::strtoul(owner, nullptr, 10));
+}
+
+// Those of this machine.
+std::vector<RunningProgram> programsOf(uid_t user) {
+  namespace fs = std::filesystem;
+  std::error_code failure;
+  std::vector<RunningProgram> programs;
+  for (const fs::directory_entry& entry : fs::directory_iterator("/proc")) {
+    struct stat owner;
+    const pid_t process = std::atoi(entry.path().filename().c_str());
+    if (process <= 0 || stat(entry.path().c_str(), &owner) != 0 || owner.st_uid != user) continue;
+    const fs::path program = fs::read_symlink(entry.path() / "exe", failure);
+    if (!failure) programs.push_back({process, program});
+  }
+  return programs;
+}
+
+// Only what a test puts there stands in for a tool.
+std::string toolPath(const std::string& path) {
+  const char* standIns = std::getenv("VANTORY_TEST_TOOLS");
+  return (standIns ? standIns : "/nonexistent") + path;
+}
+
+bool hasMessagePort(const std::string& name) {
+  return volume().ports.contains(name);
 }
 
 }  // namespace vantory::darwin

@@ -1,6 +1,7 @@
-// How the emulated volumes of a Mac behave, for a test to change.
+// How the emulated volumes, and the session, of a Mac behave, for a test to change.
 #pragma once
 
+#include <set>
 #include <string>
 #include <vector>
 
@@ -12,6 +13,7 @@ struct Volume {
   bool exchanges = true;
   bool locksFiles = true;                 // at the moment that they are made
   std::vector<std::string> flushes = {};  // "order", "drive" and "volume", as they came
+  std::set<std::string> ports = {};       // who can be reached by messages
 };
 
 Volume& volume();

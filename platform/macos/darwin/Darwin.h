@@ -12,6 +12,7 @@
 #include <ctime>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "platform/posix/files/ItemLook.h"
 
@@ -94,5 +95,17 @@ std::string volumeOf(int folder, const std::string& name);
 void fetchFromCloud(bool fetch);
 // Who sits at the screen.
 std::optional<uid_t> consoleOwner();
+
+struct RunningProgram {
+  pid_t process = 0;
+  std::string path;  // its file, without links
+};
+
+// The programs of a user that run and have not ended, but for those whose file cannot be told.
+std::vector<RunningProgram> programsOf(uid_t user);
+// Where a tool of the system lies that is at this path on every Mac.
+std::string toolPath(const std::string& path);
+// Whether somebody in this session can be reached by messages under the name.
+bool hasMessagePort(const std::string& name);
 
 }  // namespace vantory::darwin

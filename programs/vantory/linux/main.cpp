@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <iostream>
-#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -12,12 +11,10 @@
 #include "platform/linux/LinuxPlatform.h"
 #include "platform/linux/homes/HomeOwner.h"
 #include "platform/linux/homes/LinuxHomeWorkers.h"
-#include "platform/posix/processes/ProcessCalls.h"
-#include "platform/posix/progress/ProgressLine.h"
 #include "platform/posix/system/PosixSystemInfo.h"
+#include "programs/vantory/Start.h"
 #include "services/Runtime.h"
 #include "services/threads/MainThread.h"
-#include "tasks/Program.h"
 #include "tasks/Question.h"
 #include "tasks/Refusal.h"
 #include "tasks/homes/HomeOptions.h"
@@ -38,16 +35,7 @@ Status workIn(const std::string& home) {
 
 int runOnTerminal(const HomeOptions& options) {
   LinuxPlatform platform(options.arguments, "", LinuxPlatform::Progress::Shown);
-  std::optional<BeforeOutput> beforeOutput, beforeErrors;
-  // What is printed does not share a row with the line of progress.
-  if (ProgressLine* line = platform.progressLine()) {
-    beforeOutput.emplace(std::cout, [line] { line->end(); });
-    beforeErrors.emplace(std::cerr, [line] { line->clear(); });
-  }
-  Runtime runtime(platform.platform());
-  runtime.isHomeNamed = options.home.has_value();
-  runtime.shared<MainThread>();
-  return runProgram(std::cout, std::cerr, replaceProgram);
+  return start(platform.platform(), platform.progressLine(), options.home.has_value());
 }
 
 // Each home's process has a platform of its own; this one has none.

@@ -2,16 +2,21 @@
 #include "platform/macos/darwin/Darwin.h"
 
 #include <fcntl.h>
+#include <libproc.h>
+#include <mach/mach.h>
 #include <sys/acl.h>
 #include <sys/attr.h>
 #include <sys/clonefile.h>
 #include <sys/file.h>
 #include <sys/mount.h>
 #include <sys/param.h>
+#include <sys/proc.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/stdio.h>
 #include <unistd.h>
+
+#include <algorithm>
 
 // Of <sys/xattr.h>, which not every set of headers has.
 extern "C" {
@@ -23,6 +28,9 @@ ssize_t getxattr(const char* path, const char* name, void* value, size_t size, u
 int setxattr(const char* path, const char* name, const void* value, size_t size, uint32_t position, int options);
 int removexattr(const char* path, const char* name, int options);
 }
+
+// Of <servers/bootstrap.h>, likewise.
+extern "C" kern_return_t bootstrap_look_up(mach_port_t bootstrap, const char* name, mach_port_t* port);
 
 namespace vantory::darwin {
 
@@ -209,6 +217,35 @@ std::optional<uid_t> consoleOwner() {
   struct stat console;
   if (stat("/dev/console", &console) != 0) return std::nullopt;
   return console.st_uid;
+}
+
+// More may begin while they are counted: there is room for some.
+std::vector<RunningProgram> programsOf(uid_t user) {
+  constexpr int kRoom = 64;
+  std::vector<pid_t> processes(static_cast<std::size_t>(std::max(proc_listallpids(nullptr, 0), 0) + kRoom));
+  const int count = proc_listallpids(processes.data(), static_cast<int>(processes.size() * sizeof(pid_t)));
+  processes.resize(static_cast<std::size_t>(std::max(count, 0)));
+  std::vector<RunningProgram> programs;
+  for (const pid_t process : processes) {
+    proc_bsdshortinfo info{};
+    char path[PROC_PIDPATHINFO_MAXSIZE];
+    if (proc_pidinfo(process, PROC_PIDT_SHORTBSDINFO, 0, &info, sizeof info) != sizeof info) continue;
+    if (info.pbsi_uid != user || info.pbsi_status == SZOMB) continue;
+    const int length = proc_pidpath(process, path, sizeof path);
+    if (length > 0) programs.push_back({process, std::string(path, static_cast<std::size_t>(length))});
+  }
+  return programs;
+}
+
+std::string toolPath(const std::string& path) {
+  return path;
+}
+
+bool hasMessagePort(const std::string& name) {
+  mach_port_t port = MACH_PORT_NULL;
+  if (bootstrap_look_up(bootstrap_port, name.c_str(), &port) != KERN_SUCCESS) return false;
+  mach_port_deallocate(mach_task_self(), port);
+  return true;
 }
 
 }  // namespace vantory::darwin

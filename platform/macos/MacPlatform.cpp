@@ -1,0 +1,108 @@
+// Makes the parts of the platform in the order in which they stand on each other.
+#include "platform/macos/MacPlatform.h"
+
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+
+#include "platform/macos/files/MacChecksums.h"
+#include "platform/macos/files/MacFileMetadata.h"
+#include "platform/macos/files/MacFileSystem.h"
+#include "platform/macos/schedule/MacJobControl.h"
+#include "platform/macos/session/MacDesktop.h"
+#include "platform/macos/system/MacCrashReports.h"
+#include "platform/macos/system/MacPrivilegedRunner.h"
+#include "platform/macos/system/MacStandardFolders.h"
+#include "platform/macos/system/MacSystemTools.h"
+#include "platform/macos/system/MacUsers.h"
+#include "platform/posix/processes/PosixClock.h"
+#include "platform/posix/processes/PosixProcesses.h"
+#include "platform/posix/processes/ProcessCalls.h"
+#include "platform/posix/progress/ShownDisk.h"
+#include "platform/posix/system/PosixSystemInfo.h"
+#include "platform/posix/system/PosixSystemLog.h"
+#include "platform/posix/system/PosixTrustedFiles.h"
+
+namespace vantory {
+namespace {
+
+// An executable that was given somebody else's identity does not use it.
+void dropBorrowedIdentity() {
+  if (geteuid() == getuid() && getegid() == getgid()) return;
+  if (setregid(getgid(), getgid()) != 0 || setreuid(getuid(), getuid()) != 0) std::abort();
+  if (geteuid() != getuid() || getegid() != getgid()) std::abort();
+}
+
+}  // namespace
+
+struct MacPlatform::Parts {
+  explicit Parts(std::vector<std::string> arguments) : system(std::move(arguments), "") {}
+
+  // In this order: each is made of those above it.
+  PosixSystemLog systemLog;
+  PosixClock clock;
+  MacUsers users;
+  MacStandardFolders folders;
+  PosixSystemInfo system;
+  MacFileSystem files;
+  MacFileMetadata metadata;
+  MacChecksums checksums;
+  PosixTrustedFiles trustedFiles;
+  MacPrivilegedRunner privileged{systemLog};
+  PosixProcesses processes;
+  MacWorkspace workspace{files, users};
+  MacDocuments documents;
+  MacDefaultHandlers defaultHandlers;
+  MacTaskClient taskClient;
+  MacDesktopNotifications notifications;
+  MacAnnouncements announcements;
+  MacJobControl jobs{users, files, metadata};
+  MacSystemTools tools;
+  MacCrashReports crashReports{files, users, folders};
+  ShownDisk disk{files, metadata, checksums};
+};
+
+MacPlatform::MacPlatform(std::vector<std::string> arguments, Progress progress) {
+  dropBorrowedIdentity();
+  fillStandardStreams();
+  // A file-size limit, and a reader that has gone, are errors to report, not the end in the middle of a task.
+  signal(SIGXFSZ, SIG_IGN);
+  signal(SIGPIPE, SIG_IGN);
+  parts_ = std::make_unique<Parts>(std::move(arguments));
+  Parts& p = *parts_;
+  if (progress == Progress::Shown) p.disk.show();
+  // The log makes room for its own lines.
+  if (ProgressLine* line = p.disk.line()) p.systemLog.setBeforeLine([line] { line->clear(); });
+  platform_ = std::make_unique<Platform>(Platform{
+      .clock = p.clock,
+      .users = p.users,
+      .folders = p.folders,
+      .files = p.disk.files(),
+      .metadata = p.disk.metadata(),
+      .checksums = p.disk.checksums(),
+      .machineFiles = p.files,
+      .trustedFiles = p.trustedFiles,
+      .processes = p.processes,
+      .privileged = p.privileged,
+      .systemLog = p.systemLog,
+      .system = p.system,
+      .workspace = p.workspace,
+      .documents = p.documents,
+      .defaultHandlers = p.defaultHandlers,
+      .taskClient = p.taskClient,
+      .notifications = p.notifications,
+      .announcements = p.announcements,
+      .jobs = p.jobs,
+      .tools = p.tools,
+      .crashReports = p.crashReports,
+  });
+}
+
+MacPlatform::~MacPlatform() = default;
+
+ProgressLine* MacPlatform::progressLine() const {
+  return parts_->disk.line();
+}
+
+}  // namespace vantory

@@ -1,0 +1,34 @@
+// The platform on macOS, put together for the process that runs.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/Platform.h"
+
+namespace vantory {
+
+class ProgressLine;
+
+// Made once, at the start of main(). The process works with its own rights; administrator rights are not obtained yet.
+class MacPlatform {
+ public:
+  // Whether a task that takes long shows how far it is, where standard error is a terminal.
+  enum class Progress { Hidden, Shown };
+
+  explicit MacPlatform(std::vector<std::string> arguments, Progress progress = Progress::Hidden);
+  ~MacPlatform();
+
+  Platform& platform() { return *platform_; }
+  // Null where nothing is shown.
+  ProgressLine* progressLine() const;
+
+ private:
+  struct Parts;
+
+  std::unique_ptr<Parts> parts_;
+  std::unique_ptr<Platform> platform_;
+};
+
+}  // namespace vantory

@@ -1,0 +1,137 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
+
+#include "platform/macos/files/MacFileSystem.h"
+#include "platform/macos/session/MacDesktop.h"
+#include "platform/posix/processes/PosixProcesses.h"
+#include "tests/darwin/Volume.h"
+#include "tests/platform/MacTools.h"
+#include "tests/support/FakePlatform.h"
+
+namespace vantory::test {
+namespace {
+
+using Answer = TaskClient::Answer;
+
+class MacDesktopTest : public ::testing::Test {
+ protected:
+  MacDesktopTest() { users_.process = User{getuid(), getgid(), scratch_.path()}; }
+  ~MacDesktopTest() override {
+    for (const auto& process : started_) {
+      process->terminate();
+      process->wait();
+    }
+  }
+  void describe(const std::string& bundle, const std::string& identifier) const {
+    writeFile(scratch_ / (bundle + "/Contents/Info.plist"),
+              "<plist><dict><key>CFBundleIdentifier</key><string>" + identifier +
+                  "</string><key>CFBundleExecutable</key><string>Main</string></dict></plist>");
+  }
+  // Runs from then on.
+  void start(const std::string& program) {
+    const std::string path = scratch_ / program;
+    makeFolders(path.substr(0, path.rfind('/')));
+    std::filesystem::copy_file("/bin/sleep", path, std::filesystem::copy_options::overwrite_existing);
+    auto process = PosixProcesses().start(path, {"60"}, Streams::Discarded);
+    ASSERT_TRUE(process);
+    started_.push_back(std::move(*process));
+  }
+
+  MacTools tools_;
+  ScratchFolder scratch_;
+  FakeUsers users_;
+  MacFileSystem files_;
+  MacWorkspace workspace_{files_, users_};
+  MacDocuments documents_;
+  MacDefaultHandlers handlers_;
+  std::vector<std::unique_ptr<Process>> started_;
+};
+
+TEST_F(MacDesktopTest, AnApplicationRunsWhereItsMainProgramDoes) {
+  tools_.answer("");
+  describe("Final Cut Pro.app", "com.example.FinalCut");
+  describe("Final Cut Pro.app/Contents/Helper.app", "com.example.Helper");
+  start("Final Cut Pro.app/Contents/MacOS/Other");
+  start("Final Cut Pro.app/Contents/Helper.app/Contents/MacOS/Main");
+  EXPECT_FALSE(*workspace_.isRunning("com.example.FinalCut"));
+  EXPECT_TRUE(*workspace_.isRunning("com.example.Helper"));
+  EXPECT_EQ(workspace_.activateApplication("com.example.FinalCut").error().code, std::errc::no_such_process);
+  ASSERT_TRUE(workspace_.quitApplication("", "com.example.FinalCut"));
+  EXPECT_EQ(tools_.calls(), "") << "nobody is asked, and nothing started, where none runs";
+
+  start("Final Cut Pro.app/Contents/MacOS/Main");
+  describe("Copy.app", "com.example.FinalCut");
+  start("Copy.app/Contents/MacOS/Main");
+  EXPECT_TRUE(*workspace_.isRunning("com.example.FinalCut"));
+  EXPECT_FALSE(*workspace_.isRunning("com.example.finalcut"));
+  ASSERT_TRUE(workspace_.quitApplication("", "com.example.FinalCut"));
+  EXPECT_THAT(tools_.calls(), ::testing::MatchesRegex("osascript quit [0-9]+ [0-9]+\n")) << "each copy";
+  tools_.answer("echo 'execution error: no (-1743)' >&2; exit 1");
+  EXPECT_EQ(workspace_.quitApplication("", "com.example.FinalCut").error().code, std::errc::operation_not_supported);
+
+  std::filesystem::remove(scratch_ / "Copy.app/Contents/Info.plist");
+  EXPECT_TRUE(*workspace_.isRunning("com.example.FinalCut"));
+  std::filesystem::remove(scratch_ / "Final Cut Pro.app/Contents/Info.plist");
+  EXPECT_FALSE(workspace_.isRunning("com.example.FinalCut").ok()) << "it may be this one";
+  EXPECT_FALSE(*workspace_.isRunning("com.example.Motion"));
+}
+
+TEST_F(MacDesktopTest, EachWishGoesToItsTool) {
+  tools_.put("/usr/bin/open", "");
+  EXPECT_TRUE(workspace_.launchApplication("com.example.App"));
+  EXPECT_TRUE(workspace_.openFile("/a b", "com.example.App"));
+  EXPECT_TRUE(documents_.open("https://example.com"));
+  EXPECT_TRUE(documents_.open("/a"));
+  EXPECT_TRUE(documents_.reveal({"/a", "/b"}));
+  EXPECT_EQ(
+      tools_.calls(),
+      "open -b com.example.App\nopen -b com.example.App /a b\nopen https://example.com\nopen /a\nopen -R /a /b\n");
+  EXPECT_FALSE(documents_.open("-a"));
+  EXPECT_FALSE(documents_.open("file:///etc"));
+  EXPECT_FALSE(documents_.reveal({"/a", "-x"}));
+  EXPECT_FALSE(workspace_.openFile("-x", "com.example.App"));
+  tools_.put("/usr/bin/open", "echo 'LSOpenURLsWithRole() failed with error -10814.' >&2; exit 1");
+  EXPECT_EQ(workspace_.launchApplication("x").error().text,
+            "/usr/bin/open: LSOpenURLsWithRole() failed with error -10814.");
+}
+
+TEST_F(MacDesktopTest, WhatTheDesktopAnswersIsTaken) {
+  tools_.put("/usr/bin/open", "");
+  tools_.answer(
+      "case $1 in find) echo /Applications/A.app ;; mailProgram) echo /M.app ;; type) echo org.x ;; "
+      "viewer) echo Com.Example.App ;; esac");
+  EXPECT_EQ(workspace_.applicationPath("com.example.App"), "/Applications/A.app");
+  EXPECT_EQ(*handlers_.typeOfExtension("fcpxml"), "org.x");
+  EXPECT_EQ(handlers_.defaultViewer("org.x"), "com.example.app");
+  EXPECT_TRUE(handlers_.setDefaultViewer("org.x", "com.example.App"));
+  EXPECT_TRUE(documents_.mail("/report.zip"));
+  EXPECT_TRUE(MacDesktopNotifications().post("Title", "Text", ""));
+  EXPECT_TRUE(MacAnnouncements().announce("Name"));
+  EXPECT_EQ(tools_.calls(),
+            "osascript find com.example.App\nosascript type fcpxml\nosascript viewer org.x\n"
+            "osascript setViewer org.x com.example.App\nosascript mailProgram\nopen -a /M.app /report.zip\n"
+            "osascript notify Title Text\nosascript announce Name\n");
+  tools_.answer("");
+  EXPECT_EQ(workspace_.applicationPath("com.example.App"), std::nullopt);
+  EXPECT_FALSE(documents_.mail("/report.zip"));
+  EXPECT_FALSE(handlers_.typeOfExtension("").ok());
+}
+
+TEST_F(MacDesktopTest, AMessageGoesToWhoeverHasThePort) {
+  MacTaskClient client;
+  tools_.answer("case $3 in odd:) echo unknown ;; *) echo received ;; esac");
+  EXPECT_EQ(*client.send("Service", {"postError:", {"x"}}), Answer::NotRegistered);
+  EXPECT_EQ(tools_.calls(), "");
+  darwin::volume().ports = {"com.quarrywell.Service"};
+  EXPECT_EQ(*client.send("Service", {"postError:", {"x"}}), Answer::Received);
+  EXPECT_EQ(*client.send("Service", {"odd:", {}}), Answer::NotUnderstood);
+  EXPECT_EQ(tools_.calls(),
+            "osascript tell com.quarrywell.Service postError: x\nosascript tell com.quarrywell.Service odd:\n");
+  darwin::volume().ports.clear();
+}
+
+}  // namespace
+}  // namespace vantory::test
