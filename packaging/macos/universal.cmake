@@ -1,5 +1,10 @@
-# Builds for each processor of a Mac in a folder of its own below the build folder.
+# Builds for each processor of a Mac in a folder of its own below the build folder, and joins the programs in "universal".
 include(ExternalProject)
+find_package(Python3 REQUIRED COMPONENTS Interpreter)
+
+# The rooms of the window, which no program has yet, are built for one processor: that shows that they know no system.
+set(targets_aarch64 all)
+set(targets_x86_64 vantory vantory-due)
 
 foreach(processor aarch64 x86_64)
   ExternalProject_Add(${processor}
@@ -8,8 +13,24 @@ foreach(processor aarch64 x86_64)
     PREFIX ${CMAKE_BINARY_DIR}/${processor}-steps
     CMAKE_ARGS -DCMAKE_TOOLCHAIN_FILE=${CMAKE_SOURCE_DIR}/packaging/macos/toolchain.cmake
       -DVANTORY_MACOS_PROCESSOR=${processor} -DCMAKE_BUILD_TYPE=${CMAKE_BUILD_TYPE} -DVANTORY_WERROR=${VANTORY_WERROR}
-      -DVANTORY_TESTS=OFF -DVANTORY_WINDOW=OFF
+      -DCMAKE_CXX_FLAGS_RELEASE=${CMAKE_CXX_FLAGS_RELEASE} -DVANTORY_TESTS=OFF -DVANTORY_WINDOW=OFF
+    BUILD_COMMAND ${CMAKE_COMMAND} --build <BINARY_DIR> --target ${targets_${processor}}
     INSTALL_COMMAND ""
     BUILD_ALWAYS ON
     USES_TERMINAL_BUILD ON)
 endforeach()
+
+# Each is looked at once it is joined, because nothing here can run it.
+set(join ${Python3_EXECUTABLE} ${CMAKE_SOURCE_DIR}/packaging/macos/universal.py)
+set(folder ${CMAKE_BINARY_DIR}/universal)
+set(steps)
+foreach(program vantory vantory-due)
+  list(APPEND steps
+    COMMAND ${join} join ${folder}/${program} ${CMAKE_BINARY_DIR}/aarch64/${program} ${CMAKE_BINARY_DIR}/x86_64/${program}
+    COMMAND ${join} check ${folder}/${program})
+endforeach()
+file(MAKE_DIRECTORY ${folder})
+add_custom_target(universal ALL ${steps} VERBATIM)
+add_dependencies(universal aarch64 x86_64)
+# One after the other: each build uses all there is.
+add_dependencies(x86_64 aarch64)
