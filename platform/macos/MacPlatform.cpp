@@ -8,9 +8,9 @@
 
 #include "platform/macos/files/MacChecksums.h"
 #include "platform/macos/files/MacFileMetadata.h"
-#include "platform/macos/files/MacFileSystem.h"
 #include "platform/macos/schedule/MacJobControl.h"
 #include "platform/macos/session/MacDesktop.h"
+#include "platform/macos/session/UserFiles.h"
 #include "platform/macos/system/MacCrashReports.h"
 #include "platform/macos/system/MacPrivilegedRunner.h"
 #include "platform/macos/system/MacStandardFolders.h"
@@ -45,13 +45,14 @@ struct MacPlatform::Parts {
   MacUsers users;
   MacStandardFolders folders;
   PosixSystemInfo system;
-  MacFileSystem files;
+  PreferencesDaemon preferences{users};
+  UserFiles files{preferences};
   MacFileMetadata metadata;
   MacChecksums checksums;
   PosixTrustedFiles trustedFiles;
   MacPrivilegedRunner privileged{systemLog};
   PosixProcesses processes;
-  MacWorkspace workspace{files, users};
+  MacWorkspace workspace{files, users, preferences};
   MacDocuments documents;
   MacDefaultHandlers defaultHandlers;
   MacTaskClient taskClient;

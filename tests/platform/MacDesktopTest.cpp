@@ -4,8 +4,8 @@
 
 #include <filesystem>
 
-#include "platform/macos/files/MacFileSystem.h"
 #include "platform/macos/session/MacDesktop.h"
+#include "platform/macos/session/UserFiles.h"
 #include "platform/posix/processes/PosixProcesses.h"
 #include "tests/darwin/Volume.h"
 #include "tests/platform/MacTools.h"
@@ -43,8 +43,9 @@ class MacDesktopTest : public ::testing::Test {
   MacTools tools_;
   ScratchFolder scratch_;
   FakeUsers users_;
-  MacFileSystem files_;
-  MacWorkspace workspace_{files_, users_};
+  std::optional<PreferencesDaemon> daemon_{std::in_place, users_};
+  UserFiles files_{*daemon_};
+  MacWorkspace workspace_{files_, users_, *daemon_};
   MacDocuments documents_;
   MacDefaultHandlers handlers_;
   std::vector<std::unique_ptr<Process>> started_;
@@ -118,6 +119,33 @@ TEST_F(MacDesktopTest, WhatTheDesktopAnswersIsTaken) {
   EXPECT_EQ(workspace_.applicationPath("com.example.App"), std::nullopt);
   EXPECT_FALSE(documents_.mail("/report.zip"));
   EXPECT_FALSE(handlers_.typeOfExtension("").ok());
+}
+
+TEST_F(MacDesktopTest, PreferencesThatAreReplacedAreReadAnew) {
+  const std::string calls = "killall -u anna cfprefsd\n";
+  tools_.put("/usr/bin/killall", "");
+  tools_.put("/usr/bin/open", "");
+  tools_.answer("");
+  const std::string file = scratch_ / "Library/Preferences/com.example.App.plist";
+  const std::string other = scratch_ / "Library/Containers/com.example.App/Data/Library/Preferences/x.plist";
+  for (const std::string& each : {file, other, scratch_ / "saved"}) writeFile(each, "");
+  ASSERT_TRUE(files_.stageCopy({.source = scratch_ / "saved", .destination = scratch_ / "copy"}));
+  EXPECT_EQ(tools_.calls(), "");
+  ASSERT_TRUE(files_.stageCopy({.source = file, .destination = scratch_ / "copy"}));
+  ASSERT_TRUE(files_.stageCopy({.source = other, .destination = scratch_ / "copy"}));
+  EXPECT_EQ(tools_.calls(), calls) << "once for all files";
+  daemon_->forgetChanged();
+  EXPECT_EQ(tools_.calls(), calls) << "nothing was changed";
+
+  daemon_->applicationEnds();
+  ASSERT_TRUE(files_.trash(file, scratch_ / ".Trash"));
+  ASSERT_TRUE(files_.remove(other));
+  EXPECT_EQ(tools_.calls(), calls + calls) << "what it was handed at the end of an application is written first";
+  ASSERT_TRUE(workspace_.launchApplication("com.example.App"));
+  EXPECT_EQ(tools_.calls(), calls + calls + calls + "open -b com.example.App\n");
+  ASSERT_TRUE(files_.move(scratch_ / "saved", file));
+  daemon_.reset();
+  EXPECT_EQ(tools_.calls(), calls + calls + calls + "open -b com.example.App\n" + calls) << "at the end at the latest";
 }
 
 TEST_F(MacDesktopTest, AMessageGoesToWhoeverHasThePort) {

@@ -56,6 +56,7 @@ Result<bool> MacWorkspace::canBeAskedToQuit(const std::string& bundleIdentifier)
 Status MacWorkspace::quitApplication(const std::string&, const std::string& bundleIdentifier) {
   const auto copies = copiesOf(bundleIdentifier);
   if (!copies || copies->empty()) return copies.status();
+  daemon_.applicationEnds();
   const Result<std::string> asked = askDesktop("quit", *copies, kPatience);
   if (asked || asked.error().code == std::errc::timed_out) return asked.status();
   return Error{std::errc::operation_not_supported, asked.error().text};
@@ -67,12 +68,15 @@ std::optional<std::string> MacWorkspace::applicationPath(const std::string& bund
   return *path;
 }
 
+// One that starts reads its preferences.
 Status MacWorkspace::launchApplication(const std::string& bundleIdentifier) {
+  daemon_.forgetChanged();
   return openByTool({"-b", bundleIdentifier});
 }
 
 Status MacWorkspace::openFile(const std::string& path, const std::string& bundleIdentifier) {
   if (Status full = refuseRelative(path); !full) return full;
+  daemon_.forgetChanged();
   return openByTool({"-b", bundleIdentifier, path});
 }
 

@@ -11,14 +11,16 @@
 #include "platform/Messaging.h"
 #include "platform/Users.h"
 #include "platform/Workspace.h"
+#include "platform/macos/session/PreferencesDaemon.h"
 
 namespace vantory {
 
 // Whether an application runs is told without the desktop; the rest goes through its tools.
 class MacWorkspace : public Workspace {
  public:
-  // Both outlive it.
-  MacWorkspace(const FileSystem& files, const Users& users) : files_(files), users_(users) {}
+  // They outlive it.
+  MacWorkspace(const FileSystem& files, const Users& users, PreferencesDaemon& daemon)
+      : files_(files), users_(users), daemon_(daemon) {}
 
   Result<bool> isRunning(const std::string& bundleIdentifier) const override;
   Result<bool> canBeAskedToQuit(const std::string& bundleIdentifier) const override;
@@ -34,6 +36,7 @@ class MacWorkspace : public Workspace {
 
   const FileSystem& files_;
   const Users& users_;
+  PreferencesDaemon& daemon_;
 };
 
 class MacDocuments : public Documents {
