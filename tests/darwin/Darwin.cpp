@@ -25,6 +25,8 @@ namespace {
 
 constexpr const char* kFlags = "user.darwin.flags";
 constexpr const char* kAccessList = "user.darwin.list";
+// An item that the privacy settings keep from this program.
+constexpr const char* kGuarded = "user.darwin.guarded";
 // What a folder passes on to the items that are made in it.
 constexpr const char* kInheritedList = "user.darwin.inherited";
 constexpr std::string_view kOwnAttributes = "user.darwin.";
@@ -156,6 +158,7 @@ int statusAt(int folder, const char* name, AtEnd link, ItemStatus& status) {
 int openAt(int folder, const char* name, int flags, mode_t mode) {
   const bool writes = (flags & O_ACCMODE) != O_RDONLY;
   if (writes && (flags & O_EXCL) == 0 && isLocked(folder, name)) return fail(EPERM);
+  if (!writes && lgetxattr(wayTo(folder, name).c_str(), kGuarded, nullptr, 0) >= 0) return fail(EPERM);
   const bool makes = (flags & O_CREAT) != 0 && faccessat(folder, name, F_OK, AT_SYMLINK_NOFOLLOW) != 0;
   if (makes && isLockedFolder(folder, name)) return fail(EPERM);
   const int opened = ::openat(folder, name, flags | O_CLOEXEC | O_NOCTTY, mode);

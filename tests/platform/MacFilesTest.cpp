@@ -68,6 +68,20 @@ TEST_P(MacFilesTest, KeepsWhatBelongsToAFileButItsLockAndWhatTheFolderLetsIn) {
   EXPECT_EQ(get(folder / "to/tree", "darwin.list"), "none");
 }
 
+TEST_P(MacFilesTest, TellsWhatPrivacySettingsKeepFromIt) {
+  writeFile(folder / "guarded/file", "");
+  ASSERT_TRUE(metadata.setLocked(folder / "guarded/file", true).ok());
+  ASSERT_TRUE(files.read(folder / "guarded/file").ok());
+  ASSERT_TRUE(metadata.setLocked(folder / "guarded/file", false).ok());
+  set(folder / "guarded", "darwin.guarded", "");
+  const auto isToldOf = [&](const Error& error) {
+    return error.text.starts_with(folder / "guarded: macOS does not let") && !error.cure.empty();
+  };
+  EXPECT_TRUE(isToldOf(files.list(folder / "guarded", Detail::Names).error()));
+  EXPECT_TRUE(isToldOf(copy("guarded", "copy", StagedCopy::Existing::Keep).error()));
+  EXPECT_TRUE(isToldOf(files.stageCopy({folder.path(), folder.path() + "-copy", {}, Links::DoNotFollow}).error()));
+}
+
 TEST_P(MacFilesTest, ALockedItemStaysWhereItIs) {
   for (const char* name : {"file", "folder/inside", "new"}) writeFile(folder / name, name);
   for (const char* name : {"file", "folder"}) ASSERT_TRUE(metadata.setLocked(folder / name, true).ok());

@@ -225,7 +225,7 @@ Status copyEntry(int folder, const std::string& name, int copyFolder, const std:
     report.note(path + " vanished while its folder was copied");
     return {};
   }
-  if (!source.valid() || darwin::statusOf(source.get(), status) != 0) return systemError(path);
+  if (!source.valid() || darwin::statusOf(source.get(), status) != 0) return openingError(path);
   if (!S_ISREG(status.mode)) {
     report.note("Left out " + path + ": it is a special file");
     return {};
@@ -299,7 +299,7 @@ Status TreeCopy::copySubfolder(int folder, const std::string& name, int copyFold
     report_.note(path + " vanished while its folder was copied");
     return {};
   }
-  if (!source.valid() || darwin::statusOf(source.get(), status) != 0) return systemError(path);
+  if (!source.valid() || darwin::statusOf(source.get(), status) != 0) return openingError(path);
   if (isSameItem(status, root_))
     return errorWithText(std::errc::invalid_argument, path, "a folder cannot be copied into itself");
   if (uninterrupted([&] { return darwin::makeFolder(copyFolder, name.c_str()); }) != 0) return systemError(path);

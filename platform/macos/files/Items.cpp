@@ -116,6 +116,13 @@ Result<Place> openFolderOf(const std::string& path) {
   return systemError(path);
 }
 
+Error openingError(const std::string& path) {
+  if (errno != EPERM) return systemError(path);
+  return {std::errc::operation_not_permitted, path + ": macOS does not let this program see it",
+          "Allow the program that Vantory is started from, such as Terminal, to see it: System Settings > Privacy & "
+          "Security > Full Disk Access."};
+}
+
 Descriptor openBeneath(int folder, const std::string& relative, int flags) {
   Descriptor above;
   std::size_t start = 0;

@@ -28,7 +28,7 @@ Result<Descriptor> openPath(const std::string& path, int flags, mode_t mode = 0)
   const Result<Place> place = macos::locate(path);
   if (!place) return place.error();
   Descriptor opened(uninterrupted([&] { return darwin::openAt(AT_FDCWD, path.c_str(), flags, mode); }));
-  if (!opened.valid()) return systemError(path);
+  if (!opened.valid()) return (flags & O_ACCMODE) == O_RDONLY ? macos::openingError(path) : systemError(path);
   return opened;
 }
 
@@ -59,7 +59,7 @@ Result<Descriptor> openCopySource(const CopyRequest& request) {
   const std::string& root = request.sourceRoot;
   if (root.empty()) {
     Descriptor source = macos::openSource(AT_FDCWD, request.source, request.links);
-    if (!source.valid()) return systemError(request.source);
+    if (!source.valid()) return macos::openingError(request.source);
     return source;
   }
   if (request.source.size() <= root.size() + 1 || !request.source.starts_with(root) ||
@@ -68,7 +68,7 @@ Result<Descriptor> openCopySource(const CopyRequest& request) {
   const Result<Descriptor> folder = openPath(root, O_RDONLY | O_DIRECTORY);
   if (!folder) return folder.error();
   Descriptor source = macos::openBeneath(folder->get(), request.source.substr(root.size() + 1), O_RDONLY | O_NONBLOCK);
-  if (!source.valid()) return systemError(request.source);
+  if (!source.valid()) return macos::openingError(request.source);
   return source;
 }
 
