@@ -56,6 +56,7 @@ RecentTasksDialog::RecentTasksDialog(QWidget* parent)
 // Whoever opens it wants the newest task.
 void RecentTasksDialog::open() {
   list_->clear();
+  showSentence(QStringLiteral("Reading…"));
   enableUndo();
   list_->setFocus();
   QDialog::open();
@@ -73,8 +74,15 @@ void RecentTasksDialog::setRows(const std::vector<UndoRow>& rows) {
     item->setToolTip(1, shown(row.title));
     if (item->data(0, kReceipt) == selected) list_->setCurrentItem(item);
   }
+  if (rows.empty()) showSentence(QStringLiteral("No task has left a receipt yet."));
   if (!list_->currentItem() && list_->topLevelItemCount() > 0) list_->setCurrentItem(list_->topLevelItem(0));
   enableUndo();
+}
+
+// In the place of rows.
+void RecentTasksDialog::showSentence(const QString& text) {
+  auto* item = new QTreeWidgetItem(list_, {QString(), text});
+  item->setFlags(Qt::NoItemFlags);
 }
 
 void RecentTasksDialog::enableUndo() {

@@ -17,7 +17,7 @@ class RecentTasksDialog : public QDialog {
  public:
   explicit RecentTasksDialog(QWidget* parent);
 
-  // Empty, until rows are set.
+  // Without rows, until they are set.
   void open() override;
   // The selection stays where it can.
   void setRows(const std::vector<UndoRow>& rows);
@@ -27,6 +27,7 @@ class RecentTasksDialog : public QDialog {
  private:
   void undoSelected();
   void enableUndo();
+  void showSentence(const QString& text);
 
   QTreeWidget* const list_;
   QPushButton* const undo_;
