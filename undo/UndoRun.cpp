@@ -177,6 +177,12 @@ void UndoRun::takeBack(const ReceiptStep& deed) {
 // The note tells whether it is the same: another may lie under its name since the Trash was emptied.
 void UndoRun::putBack(const ReceiptStep& deed) {
   if (staying_.contains(deed.path) || trashedFolders_.contains(deed.path)) return;  // told, or taken from it
+  if (!hasTrashNotes(deed.place))
+    return refuse(FileAction::PutBack, deed.path,
+                  formatted("%@ was moved to the Trash as %@ and must be put back by hand: this Trash does not tell "
+                            "whether that is still the same.",
+                            deed.path, deed.place),
+                  deed);
   const auto item = trashedItemAt(deed.place);
   // What cannot be read now may be another time.
   if (!item && !meansMissing(item.error()))
