@@ -37,6 +37,8 @@ const char* nameOf(FileAction action) {
       return "create";
     case FileAction::Replace:
       return "replace";
+    case FileAction::Default:
+      return "default";
     case FileAction::Sync:
       break;
   }
@@ -44,7 +46,7 @@ const char* nameOf(FileAction action) {
 }
 
 std::optional<FileAction> actionNamed(std::string_view name) {
-  for (int number = 0; number <= static_cast<int>(FileAction::Replace); ++number)
+  for (int number = 0; number <= static_cast<int>(FileAction::Default); ++number)
     if (const auto action = static_cast<FileAction>(number); name == nameOf(action)) return action;
   return std::nullopt;
 }

@@ -13,7 +13,22 @@
 
 namespace vantory {
 
-enum class FileAction { Trash, Restore, Copy, Lock, Unlock, Move, Remove, Write, List, Sync, PutBack, Create, Replace };
+enum class FileAction {
+  Trash,
+  Restore,
+  Copy,
+  Lock,
+  Unlock,
+  Move,
+  Remove,
+  Write,
+  List,
+  Sync,
+  PutBack,
+  Create,
+  Replace,
+  Default
+};
 
 // As scripts read it, such as "trash".
 const char* nameOf(FileAction action);

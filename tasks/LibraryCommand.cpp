@@ -4,6 +4,8 @@
 #include <charconv>
 
 #include "backups/BackupNaming.h"
+#include "backups/DefaultBackup.h"
+#include "backups/LibraryFolder.h"
 #include "backups/QWDataController.h"
 #include "base/Format.h"
 #include "base/Paths.h"
@@ -79,7 +81,7 @@ int defaultCommand(const CommandContext& context) {
       context.report.summarize("There was no default backup.");
       return 0;
     }
-    const Status removed = QWUserDefaults::standardUserDefaults().removeObjectForKey(setting::kDefaultBackup);
+    const Status removed = setPlaceOfDefault(libraryFolder().value_or(""), context.report);
     if (!removed) return refuse(context, unchangedDefault(removed.error()));
     QWLog::appendLog("There is no default backup any more");
     noteSettings(context);
@@ -90,7 +92,7 @@ int defaultCommand(const CommandContext& context) {
     if (!backup->isComplete()) return refuse(context, backup->flawInWords() + ". It cannot be the default.");
     if (isNameShared(*backup))
       return refuse(context, "Another backup's folder has the same name, by which the default is known: rename one.");
-    const Status stored = backup->setDefault();
+    const Status stored = setPlaceOfDefault(backup->path(), context.report);
     if (!stored) return refuse(context, unchangedDefault(stored.error()));
     QWLog::appendLog("%@ was set as the default backup", backup->name());
     noteSettings(context);

@@ -41,6 +41,7 @@ constexpr Words kWords[] = {{"trash", "Trash", false},
                             {"lock", "Lock", false},
                             {"unlock", "Unlock", false},
                             {"import", "Import", true},
+                            {"default", "Change of the Default Backup", false},
                             {"rename", "Rename", true},
                             {"remove", "Removal", true},
                             {"update", "Update", true},
@@ -71,7 +72,9 @@ std::string ownTitleOf(const Receipt& receipt) {
 std::size_t filesIn(const Receipt& receipt) {
   std::set<std::string> paths;
   for (const ReceiptStep& step : receipt.steps)
-    if (step.isDone && step.action != FileAction::Create && step.action != FileAction::Replace) paths.insert(step.path);
+    if (step.isDone && step.action != FileAction::Create && step.action != FileAction::Replace &&
+        step.action != FileAction::Default)
+      paths.insert(step.path);
   return paths.size();
 }
 

@@ -66,10 +66,13 @@ int undoCommand(const CommandContext& context) {
   // Of one that was replaced, both went back.
   std::set<std::string> paths;
   for (const FileReport& file : context.report.files())
-    if (file.outcome == FileReport::Outcome::Done) paths.insert(file.path);
-  const std::size_t files = paths.size();
-  context.report.summarize(files == 0 ? formatted("There was nothing left of %@ to take back.", task)
-                                      : formatted("Took %@ back: %@.", task, counted(files, "file")));
+    if (file.outcome == FileReport::Outcome::Done && file.action != FileAction::Write) paths.insert(file.path);
+  if (!paths.empty())
+    context.report.summarize(formatted("Took %@ back: %@.", task, counted(paths.size(), "file")));
+  else
+    context.report.summarize(formatted(
+        context.report.hasDone(FileAction::Write) ? "Took %@ back." : "There was nothing left of %@ to take back.",
+        task));
   return 0;
 }
 

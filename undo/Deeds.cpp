@@ -6,6 +6,7 @@
 #include <set>
 #include <utility>
 
+#include "backups/DefaultBackup.h"
 #include "services/files/QWFileManager.h"
 #include "undo/TrashContents.h"
 
@@ -82,6 +83,9 @@ void Inspection::look(ReceiptStep step, std::vector<ReceiptStep>& deeds) {
       step.traits = traitsOf(step.place);
       deeds.push_back(std::move(step));
       break;
+    case FileAction::Default:
+      if (placeOfDefault() == step.path) deeds.push_back(std::move(step));
+      break;
     default:
       break;
   }
@@ -123,9 +127,9 @@ FileAction inverseOf(FileAction action) {
     case FileAction::Unlock:
       return FileAction::Lock;
     case FileAction::Move:
-      return FileAction::Move;
     case FileAction::Replace:
-      return FileAction::Replace;
+    case FileAction::Default:
+      return action;
     default:
       return FileAction::Trash;
   }
@@ -154,8 +158,8 @@ std::vector<ReceiptStep> deedsLeftOf(const Receipt& receipt, const std::vector<R
   std::vector<ReceiptStep> deeds = deedsOf(receipt, all);
   std::vector<ReceiptStep> left;
   for (auto deed = deeds.rbegin(); deed != deeds.rend(); ++deed) {
-    const auto found =
-        takenBack.find({inverseOf(deed->action), deed->action == FileAction::Move ? deed->place : deed->path});
+    const bool goesBack = deed->action == FileAction::Move || deed->action == FileAction::Default;
+    const auto found = takenBack.find({inverseOf(deed->action), goesBack ? deed->place : deed->path});
     if (found == takenBack.end())
       left.push_back(std::move(*deed));
     else

@@ -6,6 +6,7 @@
 #include <map>
 
 #include "backups/BackupNaming.h"
+#include "backups/DefaultBackup.h"
 #include "backups/HeldFiles.h"
 #include "backups/LibraryHold.h"
 #include "backups/QWDataController.h"
@@ -17,6 +18,7 @@
 #include "services/files/QWFileManager.h"
 #include "services/log/QWLog.h"
 #include "services/receipts/TaskReceipt.h"
+#include "services/settings/QWUserDefaults.h"
 #include "undo/Deeds.h"
 #include "undo/TrashContents.h"
 
@@ -155,6 +157,7 @@ void UndoRun::refuse(FileAction action, const std::string& path, std::string rea
 
 void UndoRun::takeBack(const ReceiptStep& deed) {
   if (!isAllowed(deed.path))
+  if (deed.action == FileAction::Default) return putDefaultBack(deed);
     return refuse(deed.action, deed.path, deed.path + " lies outside of the places where a task is taken back.", deed);
   switch (deed.action) {
     case FileAction::Trash:
@@ -321,6 +324,17 @@ std::size_t UndoRun::takeBackLocks(const Deeds& deeds, std::size_t last) {
       group.push_back(&deed);
     else
       takeBack(deed);
+// It stands in the settings by its name alone.
+void UndoRun::putDefaultBack(const ReceiptStep& deed) {
+  if (placeOfDefault() != deed.path)
+    return refuse(FileAction::Write, deed.path, "Another backup is the default since, and stays so.", deed);
+  if (isBackupName(deed.place) && (!isAllowed(deed.place) || QWFileManager::isMissingAtPath(deed.place)))
+    return refuse(FileAction::Write, deed.place, deed.place + " is no longer there to be the default backup.", deed);
+  QWLog::appendLog("Making %@ the default backup again", isBackupName(deed.place) ? deed.place : "none");
+  const Status changed = setPlaceOfDefault(deed.place, report_);
+  report_.add(FileAction::Write, QWUserDefaults::settingsPath(true).value_or(""), changed);
+}
+
   }
   setLocks(deeds[last].action, group);
   return left;

@@ -35,6 +35,7 @@ class UndoRun {
   void putBack(const ReceiptStep& deed);
   void trashWhatWasPut(const ReceiptStep& deed);
   void moveBack(const ReceiptStep& deed);
+  void putDefaultBack(const ReceiptStep& deed);
   void setLocks(FileAction deed, const std::vector<const ReceiptStep*>& deeds);
   std::size_t takeBackLocks(const Deeds& deeds, std::size_t last);
   void findReplacedCopies(const Deeds& deeds);

@@ -43,6 +43,8 @@ const char* eventOf(const FileReport& file) {
       return "not replaced";
     case FileAction::Create:
       return "not made";
+    case FileAction::Default:
+      return "not changed";
     case FileAction::Sync:
       break;
   }

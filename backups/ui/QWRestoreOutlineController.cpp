@@ -2,17 +2,19 @@
 #include "backups/ui/QWRestoreOutlineController.h"
 
 #include "backups/BackupAge.h"
+#include "backups/DefaultBackup.h"
+#include "backups/LibraryFolder.h"
 #include "backups/ui/CatalogRows.h"
 #include "backups/ui/Controls.h"
 #include "backups/ui/FailureReport.h"
 #include "backups/ui/LibrarySorting.h"
 #include "base/Format.h"
 #include "base/Paths.h"
+#include "services/TaskReport.h"
 #include "services/files/QWFileManager.h"
 #include "services/log/QWLog.h"
 #include "services/messages/QWAlert.h"
-#include "services/settings/QWUserDefaults.h"
-#include "services/settings/SettingsKeys.h"
+#include "services/receipts/TaskReceipt.h"
 #include "services/threads/MainThread.h"
 
 namespace vantory {
@@ -196,8 +198,9 @@ void QWRestoreOutlineController::toggleDefault() {
                : reportFailure(
                      "An incomplete backup cannot be the default",
                      formatted("\"%@\" was not written to its end, or its settings are damaged.", backup->name()));
-  const Status stored = wasDefault ? QWUserDefaults::standardUserDefaults().removeObjectForKey(setting::kDefaultBackup)
-                                   : backup->setDefault();
+  TaskReport report;
+  const TaskReceipt receipt(report, {.name = "default", .operands = {wasDefault ? "none" : backup->name()}});
+  const Status stored = setPlaceOfDefault(wasDefault ? libraryFolder().value_or("") : backup->path(), report);
   if (!stored) return reportFailure("The default backup could not be changed", stored.error().text);
   QWLog::appendLog(wasDefault ? "%@ was removed as the default backup" : "%@ was set as the default backup",
                    backup->name());

@@ -95,6 +95,7 @@ void TaskReceipt::planned(FileAction action, const std::vector<FilePlan>& plans,
 // What is told of later is not lost: where it lies can be found out from the plan.
 void TaskReceipt::done(FileAction action, const std::string& path, const std::string& item, const std::string& place) {
   if ((action == FileAction::Lock || action == FileAction::Unlock) && wereSo_.contains(path)) return;
+  if (action == FileAction::Write) return;  // settings, of which what matters is noted
   begin();
   pending_ += "{ ";
   receipt::append(pending_, receipt::kDone, nameOf(action));
@@ -103,7 +104,7 @@ void TaskReceipt::done(FileAction action, const std::string& path, const std::st
   if (!place.empty() && place != path) receipt::append(pending_, receipt::kPlace, place);
   if (leavesSomething(action)) append(pending_, traitsOf(action == FileAction::Move ? place : path));
   pending_ += "},\n";
-  canBeTakenBack_ |= action != FileAction::Remove && action != FileAction::Write && action != FileAction::Copy;
+  canBeTakenBack_ |= action != FileAction::Remove && action != FileAction::Copy;
   // Nobody but the folder's own entry would tell later that it is the task's.
   if (action == FileAction::Create || pending_.size() > kMostPending) flush();
 }

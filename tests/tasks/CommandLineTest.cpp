@@ -341,7 +341,7 @@ TEST_F(CommandLineTest, TheLibraryIsManagedByCommand) {
   EXPECT_EQ(run("--default Old"), 0);
   EXPECT_EQ(run("--strict --default none"), 0);
   EXPECT_EQ(run("-restoredefault"), 1);
-  EXPECT_EQ(run("--strict --default Old"), 0);
+  EXPECT_EQ(run("--strict --undo"), 0) << "it is the default again";
   fill("new");
   EXPECT_EQ(run("-restoredefault"), 0);
   EXPECT_EQ(intact(), kAll);

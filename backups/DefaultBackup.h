@@ -1,0 +1,17 @@
+// Which backup is the default, as a change that can be taken back.
+#pragma once
+
+#include <string>
+
+#include "base/Result.h"
+
+namespace vantory {
+
+class TaskReport;
+
+// The path of the default backup; the library's folder where none is, or the one that is named is not there.
+std::string placeOfDefault();
+// Makes the backup at the path the default, or none by the library's folder. A report's record gets both places.
+Status setPlaceOfDefault(const std::string& place, TaskReport& report);
+
+}  // namespace vantory
