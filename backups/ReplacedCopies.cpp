@@ -13,6 +13,14 @@ namespace vantory {
 
 using namespace std::chrono_literals;
 
+namespace {
+
+std::string folderBeside(const std::string& backup) {
+  return paths::withoutExtension(backup) + " (replaced copies)";
+}
+
+}  // namespace
+
 std::string ReplacedCopies::placeFor(const std::string& path) {
   if (folder_.empty()) folder_ = newFolder();
   return paths::join(folder_, path.substr(backup_.size()));
@@ -25,16 +33,19 @@ Status ReplacedCopies::keep(const std::string& path) {
   return copy ? (*copy)->commit(StagedCopy::Existing::Keep) : copy.error();
 }
 
-// A folder that no copy came to is removed for good.
-// What an update that was killed has kept under the name goes to the Trash first, where it was to go.
-std::string ReplacedCopies::newFolder() const {
-  const std::string folder = paths::withoutExtension(backup_) + " (replaced copies)";
-  if (!QWFileManager::isMissingAtPath(folder))
-    if (const auto place = QWFileManager::trashFile(folder, 10s))
-      QWLog::appendLog("The copies that an earlier update replaced are in the Trash: %@", *place);
-  return QWFileManager::uniqueFilename(folder);
+void ReplacedCopies::tidy(const std::string& backup) {
+  const std::string folder = folderBeside(backup);
+  if (QWFileManager::isMissingAtPath(folder)) return;
+  if (const auto place = QWFileManager::trashFile(folder, 10s))
+    QWLog::appendLog("The copies that an earlier update replaced are in the Trash: %@", *place);
 }
 
+std::string ReplacedCopies::newFolder() const {
+  tidy(backup_);
+  return QWFileManager::uniqueFilename(folderBeside(backup_));
+}
+
+// A folder that no copy came to is removed for good.
 void ReplacedCopies::moveToTrash(TaskReport& report) {
   if (folder_.empty() || QWFileManager::removeFolderIfEmpty(folder_)) return;
   report.planned(FileAction::Trash, std::vector{folder_});

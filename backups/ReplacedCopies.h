@@ -21,6 +21,8 @@ class ReplacedCopies {
   // Moves what was kept to the Trash, under one name, and says where it is. It stays beside the backup where that
   // fails.
   void moveToTrash(TaskReport& report);
+  // Moves what a task that was killed has kept beside the backup to the Trash, where it was to go.
+  static void tidy(const std::string& backup);
 
  private:
   std::string newFolder() const;

@@ -39,6 +39,12 @@ class Inspection {
         if (each.name == receipt.name) trashed_.insert(step.path);
       }
     }
+    // What lies still where it was to be put back from is not what the task trashed itself.
+    for (const ReceiptStep& step : receipt.steps) {
+      if (step.isDone || step.action != FileAction::PutBack) continue;
+      const auto item = trashedItemAt(step.source);
+      if (item && item->path == step.path) trash_.leaveOut(step.source, {item->date, item->date});
+    }
   }
 
   // Adds what was done of it.
@@ -78,13 +84,13 @@ void Inspection::look(ReceiptStep step, std::vector<ReceiptStep>& deeds) {
     case FileAction::Replace:
       lookForReplacement(std::move(step), deeds);
       break;
+    case FileAction::Default:
+      if (placeOfDefault() == step.path) deeds.push_back(std::move(step));
+      break;
     case FileAction::Move:
       if (!QWFileManager::isMissingAtPath(step.path) || !QWFileManager::itemExistsAtPath(step.place)) break;
       step.traits = traitsOf(step.place);
       deeds.push_back(std::move(step));
-      break;
-    case FileAction::Default:
-      if (placeOfDefault() == step.path) deeds.push_back(std::move(step));
       break;
     default:
       break;

@@ -86,6 +86,7 @@ void UndoRun::run() {
       takeBack(deeds[--left]);
   }
   for (auto& [backup, copies] : replaced_) copies.moveToTrash(report_);
+  tidyReplacedCopies();
   for (const std::string& backup : noted_) noteHeldFiles(backup);
   hold.reset();
   makeDurable();
@@ -156,8 +157,8 @@ void UndoRun::refuse(FileAction action, const std::string& path, std::string rea
 }
 
 void UndoRun::takeBack(const ReceiptStep& deed) {
-  if (!isAllowed(deed.path))
   if (deed.action == FileAction::Default) return putDefaultBack(deed);
+  if (!isAllowed(deed.path))
     return refuse(deed.action, deed.path, deed.path + " lies outside of the places where a task is taken back.", deed);
   switch (deed.action) {
     case FileAction::Trash:
@@ -252,7 +253,7 @@ void UndoRun::trashWhatWasPut(const ReceiptStep& deed) {
 // An update's earlier copies lie together in the Trash, or in the library where it was killed: then they go there now.
 void UndoRun::findReplacedCopies(const Deeds& deeds) {
   std::set<std::string> folders;
-  for (const ReceiptStep& deed : deeds) {
+  for (const ReceiptStep& deed : receipt_.steps) {
     if (deed.action != FileAction::Replace || deed.place.empty() || !isAllowed(deed.place)) continue;
     const std::size_t below = deed.path.size() - backupOf(deed.path).size();
     folders.insert(deed.place.substr(0, deed.place.size() - std::min(below, deed.place.size())));
@@ -272,6 +273,15 @@ void UndoRun::findReplacedCopies(const Deeds& deeds) {
     report_.add(FileAction::Trash, folder, place.status(), {}, place ? *place : "");
     if (place) trashedFolders_[folder] = *place;
   }
+}
+
+// What an earlier run that was killed has kept of them.
+void UndoRun::tidyReplacedCopies() {
+  std::set<std::string> backups;
+  for (const ReceiptStep& step : receipt_.steps)
+    if (step.action == FileAction::Replace && isAllowed(step.path)) backups.insert(backupOf(step.path));
+  for (const std::string& backup : backups)
+    if (const auto held = holdBackupFolder(backup)) ReplacedCopies::tidy(backup);
 }
 
 // As an update does it: the present copy is kept for the Trash, and replaced in one step by a copy of the earlier one.
@@ -314,16 +324,6 @@ void UndoRun::moveBack(const ReceiptStep& deed) {
   changedAnything_ |= moved.ok();
 }
 
-// Many at once, because another program may do the work. Answers how many deeds are left.
-std::size_t UndoRun::takeBackLocks(const Deeds& deeds, std::size_t last) {
-  std::vector<const ReceiptStep*> group;
-  std::size_t left = last + 1;
-  for (; left > 0 && deeds[left - 1].action == deeds[last].action; --left) {
-    const ReceiptStep& deed = deeds[left - 1];
-    if (isAllowed(deed.path))
-      group.push_back(&deed);
-    else
-      takeBack(deed);
 // It stands in the settings by its name alone.
 void UndoRun::putDefaultBack(const ReceiptStep& deed) {
   if (placeOfDefault() != deed.path)
@@ -335,6 +335,16 @@ void UndoRun::putDefaultBack(const ReceiptStep& deed) {
   report_.add(FileAction::Write, QWUserDefaults::settingsPath(true).value_or(""), changed);
 }
 
+// Many at once, because another program may do the work. Answers how many deeds are left.
+std::size_t UndoRun::takeBackLocks(const Deeds& deeds, std::size_t last) {
+  std::vector<const ReceiptStep*> group;
+  std::size_t left = last + 1;
+  for (; left > 0 && deeds[left - 1].action == deeds[last].action; --left) {
+    const ReceiptStep& deed = deeds[left - 1];
+    if (isAllowed(deed.path))
+      group.push_back(&deed);
+    else
+      takeBack(deed);
   }
   setLocks(deeds[last].action, group);
   return left;

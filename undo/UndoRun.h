@@ -39,6 +39,7 @@ class UndoRun {
   void setLocks(FileAction deed, const std::vector<const ReceiptStep*>& deeds);
   std::size_t takeBackLocks(const Deeds& deeds, std::size_t last);
   void findReplacedCopies(const Deeds& deeds);
+  void tidyReplacedCopies();
   bool mustStay(const ReceiptStep& deed);
   void replaceBack(const ReceiptStep& deed);
   void makeDurable();

@@ -57,11 +57,13 @@ class UndoTest : public BackupsTest {
     const auto receipts = allReceipts();
     const Receipt* receipt = newestToUndo(receipts);
     EXPECT_TRUE(receipt);
+    return receipt ? undo(*receipt) : TaskReport();
+  }
+  static TaskReport undo(const Receipt& receipt) {
     TaskReport report;
-    if (!receipt) return report;
     TaskReceipt own(report, {.name = "undo"});
-    own.takesBack(receipt->name);
-    UndoRun(*receipt, receipts, report).run();
+    own.takesBack(receipt.name);
+    UndoRun(receipt, allReceipts(), report).run();
     return report;
   }
 };
@@ -152,6 +154,28 @@ TEST_F(UndoTest, OfAKilledUpdateTheReplacedCopiesAreFound) {
   fakes_.clock.advance(std::chrono::seconds(1));
   EXPECT_TRUE(undo().isWhole());
   EXPECT_EQ(readFile(copies + "a.plist") + readFile(copies + "b.plist") + readFile(copies + "c.plist"), "oldoldold");
+
+  // The undo, as it were, was killed before the copies that it replaced went to the Trash.
+  writeFile(inLibrary("Set (replaced copies)/a"), "kept");
+  cutNewestAt("{ ended");
+  EXPECT_TRUE(undo().isWhole());
+  EXPECT_FALSE(exists(inLibrary("Set (replaced copies)")));
+}
+
+// Both within a second: what the first moved to the Trash is not what the second was about to.
+TEST_F(UndoTest, OfAKilledUndoOfAKilledRestoreTheRestIsTakenBack) {
+  const auto backup = backupOfAll("Set");
+  ASSERT_EQ(backup->writeData(report_), WriteResult::Success);
+  fill("live");
+  task("restore", [&](TaskReport& report) { backup->restore(report); });
+  cutNewestAt("{ ended");
+  files_.heal();
+  files_.crashAfter(Operation::Trash, 0);
+  EXPECT_THROW(undo(), SimulatedCrash);
+  files_.heal();
+  cutNewestAt("{ ended");
+  EXPECT_TRUE(undo().isWhole());
+  EXPECT_EQ(contents(), "live live live ");
 }
 
 TEST_F(UndoTest, WhatASpoiltReceiptSaysIsRefused) {
