@@ -6,6 +6,7 @@
 #include "backups/QWDataController.h"
 #include "base/Format.h"
 #include "base/Spelling.h"
+#include "platform/FileSystem.h"
 #include "services/log/QWLog.h"
 #include "services/receipts/ReceiptFolder.h"
 #include "services/receipts/ReceiptText.h"
@@ -47,6 +48,8 @@ int undoCommand(const CommandContext& context) {
   std::size_t count = context.operandCount();
   if (count > 0 && asksForNotifications(*context.operand(count))) --count;
   if (count > 1) return refuse(context, formatted("\"%@\" is one operand too many.", *context.operand(2)));
+  const auto hold = holdForUndo();
+  if (!hold && hold.error().code == std::errc::timed_out) return refuse(context, hold.error().text);
   const std::vector<Receipt> receipts = allReceipts();
   const Receipt* receipt = newestToUndo(receipts);
   if (count == 1) {
@@ -63,6 +66,7 @@ int undoCommand(const CommandContext& context) {
   QWDataController::sharedController().populateApps();
   if (context.receipt) context.receipt->takesBack(receipt->name);
   UndoRun(*receipt, receipts, context.report).run();
+  if (context.receipt) context.receipt->end();  // while it is held
   // Of one that was replaced, both went back.
   std::set<std::string> paths;
   for (const FileReport& file : context.report.files())

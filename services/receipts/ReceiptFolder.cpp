@@ -68,6 +68,15 @@ bool isReceiptHeld(const std::string& path) {
   return !hold && hold.error().code == std::errc::timed_out;
 }
 
+Result<std::unique_ptr<FolderHold>> holdForUndo() {
+  const auto folder = receiptFolder();
+  if (!folder) return Error{std::errc::no_such_file_or_directory, "There is no home folder."};
+  auto hold = files().holdFolder(paths::parent(*folder), 2s);
+  if (!hold && hold.error().code == std::errc::timed_out)
+    return Error{std::errc::timed_out, "Another task is being taken back right now. Try again when that is through."};
+  return hold;
+}
+
 void pruneReceipts(const std::string& folder) {
   const auto names = namesIn(folder);
   if (!names) return;

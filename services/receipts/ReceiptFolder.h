@@ -11,6 +11,8 @@
 
 namespace vantory {
 
+class FolderHold;
+
 inline constexpr std::size_t kMostReceipts = 100;
 
 // Below the user's own Application Support folder; none where nobody is at the console.
@@ -22,6 +24,9 @@ Result<std::vector<std::string>> receiptNames();
 std::string receiptName(Timestamp begun);
 // Whether the task of a receipt runs still.
 bool isReceiptHeld(const std::string& path);
+// Held while a task is taken back, so that no other process takes one back meanwhile. Waits two seconds at most, then
+// it fails with timed_out.
+Result<std::unique_ptr<FolderHold>> holdForUndo();
 // Removes the oldest but for those of tasks that run, so that with one more there are no more than is kept.
 void pruneReceipts(const std::string& folder);
 

@@ -8,6 +8,7 @@
 #include "backups/QWDataController.h"
 #include "backups/ui/Controls.h"
 #include "backups/ui/FailureReport.h"
+#include "platform/FileSystem.h"
 #include "services/TaskReport.h"
 #include "services/files/QWAuthorization.h"
 #include "services/log/QWLog.h"
@@ -109,12 +110,15 @@ void UndoController::undo(const std::string& receipt) {
 // Whether the person wants what stayed tried again.
 bool UndoController::takeBack(const std::string& name, Try which) {
   QWAuthorization::sharedController().beginTask();
+  auto hold = holdForUndo();
   const std::vector<Receipt> receipts = allReceipts();
   const auto receipt = std::ranges::find(receipts, name, &Receipt::name);
-  if (receipt == receipts.end() || (receipt->isUndone && which == Try::First) || receipt->isRunning) {
+  const bool isHeldByOther = !hold && hold.error().code == std::errc::timed_out;
+  if (isHeldByOther || receipt == receipts.end() || (receipt->isUndone && which == Try::First) || receipt->isRunning) {
     readEverything();
-    reportFailure("This task cannot be taken back now",
-                  "It is not through yet, was taken back already, or its receipt is gone.");
+    reportFailure(
+        "This task cannot be taken back now",
+        isHeldByOther ? hold.error().text : "It is not through yet, was taken back already, or its receipt is gone.");
     return false;
   }
   const std::string title = titleOf(*receipt, receipts);
@@ -131,6 +135,7 @@ bool UndoController::takeBack(const std::string& name, Try which) {
   own.takesBack(name);
   UndoRun(*receipt, receipts, report).run();
   own.end();
+  if (hold) hold->reset();
   mainThread.runAndWait([&] {
     parts_.progress.hide();
     NotificationCenter::shared().post("QWVantoryAppRefresh");
