@@ -85,17 +85,10 @@ const char* stateOf(const Receipt& receipt) {
   return receipt.outcome == receipt::kWhole ? "done" : "in part";
 }
 
-// Of all, the newest comes first, and what was taken back is older.
 std::string titleOf(const Receipt& receipt, const std::vector<Receipt>& all) {
-  const Receipt* task = &receipt;
-  bool isUndo = false;
-  for (const Receipt& older : all) {
-    if (older.name != task->undoes) continue;
-    task = &older;
-    isUndo = !isUndo;
-  }
-  if (task == &receipt) return ownTitleOf(receipt);
-  return (isUndo ? "Undo of " : "Redo of ") + ownTitleOf(*task);
+  const Origin origin = originOf(receipt, all);
+  if (origin.task == &receipt) return ownTitleOf(receipt);
+  return (origin.isUndo ? "Undo of " : "Redo of ") + ownTitleOf(*origin.task);
 }
 
 }  // namespace vantory

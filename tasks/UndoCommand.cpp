@@ -56,7 +56,7 @@ int undoCommand(const CommandContext& context) {
     const std::string name = *context.operand(1);
     const auto named = std::ranges::find(receipts, name, &Receipt::name);
     if (named == receipts.end()) return refuse(context, faultOf(name, receipts));
-    receipt = &*named;
+    receipt = &lastDoingOf(*named, receipts);
   }
   if (!receipt) return refuse(context, "There is no task to take back.");
   const std::string task = formatted("\"%@\" of %@", receipt->task, localTimeText(receipt->begun, "%F %T"));

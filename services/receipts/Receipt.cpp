@@ -153,13 +153,22 @@ Receipt parse(const std::string& bytes) {
   return receipt;
 }
 
-bool isToUndo(const Receipt& receipt) {
-  return canBeTakenBack(receipt) && receipt.undoes.empty();
+// Whether it is to be taken back in its turn: tasks are, and what did a task again.
+bool isToUndo(const Receipt& receipt, const std::vector<Receipt>& receipts) {
+  const Origin origin = originOf(receipt, receipts);
+  return canBeTakenBack(receipt) && origin.task->undoes.empty() && !origin.isUndo;
 }
 
-// The newest first, down to the first for which `isLast` holds. A task that took another back is newer than that, so
-// that it is known first.
-std::vector<Receipt> receiptsDownTo(bool (*isLast)(const Receipt&)) {
+// Of what took something back it is known only once the task itself was read.
+bool holdNewestToUndo(const std::vector<Receipt>& receipts) {
+  return newestToUndo(receipts) && std::ranges::none_of(receipts, [&](const Receipt& receipt) {
+           return canBeTakenBack(receipt) && !originOf(receipt, receipts).task->undoes.empty();
+         });
+}
+
+// The newest first, until those that were read are enough. A task that took another back is newer than that, so that it
+// is known first.
+std::vector<Receipt> receiptsUntil(bool (*areEnough)(const std::vector<Receipt>&)) {
   std::vector<Receipt> receipts;
   std::set<std::string> undone;
   const auto names = receiptNames();
@@ -175,7 +184,7 @@ std::vector<Receipt> receiptsDownTo(bool (*isLast)(const Receipt&)) {
     const bool isThrough = receipt->outcome == receipt::kWhole || receipt->outcome == receipt::kInPart;
     if (isThrough && !receipt->isUndone) undone.insert(receipt->undoes);
     receipts.push_back(std::move(*receipt));
-    if (isLast(receipts.back())) break;
+    if (areEnough(receipts)) break;
   }
   return receipts;
 }
@@ -204,16 +213,37 @@ bool canBeTakenBack(const Receipt& receipt) {
 }
 
 std::vector<Receipt> allReceipts() {
-  return receiptsDownTo([](const Receipt&) { return false; });
+  return receiptsUntil([](const std::vector<Receipt>&) { return false; });
 }
 
 std::vector<Receipt> receiptsDownToNewestToUndo() {
-  return receiptsDownTo(isToUndo);
+  return receiptsUntil(holdNewestToUndo);
 }
 
 const Receipt* newestToUndo(const std::vector<Receipt>& receipts) {
-  const auto found = std::ranges::find_if(receipts, isToUndo);
+  const auto found =
+      std::ranges::find_if(receipts, [&](const Receipt& receipt) { return isToUndo(receipt, receipts); });
   return found == receipts.end() ? nullptr : &*found;
+}
+
+Origin originOf(const Receipt& receipt, const std::vector<Receipt>& receipts) {
+  Origin origin{.task = &receipt, .isUndo = false};
+  for (const Receipt& older : receipts) {
+    if (older.name != origin.task->undoes) continue;
+    origin = {.task = &older, .isUndo = !origin.isUndo};
+  }
+  return origin;
+}
+
+// Names grow, whatever spoilt receipts say of each other.
+const Receipt& lastDoingOf(const Receipt& receipt, const std::vector<Receipt>& receipts) {
+  for (const Receipt& undo : receipts) {
+    if (undo.undoes != receipt.name || undo.name <= receipt.name || !undo.isUndone) continue;
+    for (const Receipt& again : receipts)
+      if (again.undoes == undo.name && again.name > undo.name && canBeTakenBack(again))
+        return lastDoingOf(again, receipts);
+  }
+  return receipt;
 }
 
 }  // namespace vantory

@@ -44,14 +44,25 @@ Result<Receipt> readReceipt(const std::string& name);
 
 // Everything that can be read, the newest first. A damaged receipt is logged and left out.
 std::vector<Receipt> allReceipts();
-// Of those the first ones, down to newestToUndo(): the others need not be read for that.
+// Of those the first ones, as many as tell which is newestToUndo(), and what task it is about.
 std::vector<Receipt> receiptsDownToNewestToUndo();
 
 // Not one that runs, was taken back, or is through and changed nothing. Known only of one in a list of all.
 bool canBeTakenBack(const Receipt& receipt);
 
-// The newest that can be taken back, and took nothing back itself: that is done again by its name only. Null where
-// there is none.
+// The newest that can be taken back, and took nothing back itself: that is done again by its name only. What did a task
+// again counts as that task. Null where there is none.
 const Receipt* newestToUndo(const std::vector<Receipt>& receipts);
+
+// What a receipt is about: the task itself, or what in the end took it back or did it again, step by step.
+struct Origin {
+  const Receipt* task;  // the oldest that is known
+  bool isUndo;          // else it did the task, perhaps again
+};
+// The receipts are the newest first.
+Origin originOf(const Receipt& receipt, const std::vector<Receipt>& receipts);
+
+// The receipt by which the task is taken back: its own, or that of the last time it was done again.
+const Receipt& lastDoingOf(const Receipt& receipt, const std::vector<Receipt>& receipts);
 
 }  // namespace vantory

@@ -112,9 +112,10 @@ bool UndoController::takeBack(const std::string& name, Try which) {
   QWAuthorization::sharedController().beginTask();
   auto hold = holdForUndo();
   const std::vector<Receipt> receipts = allReceipts();
-  const auto receipt = std::ranges::find(receipts, name, &Receipt::name);
+  const auto named = std::ranges::find(receipts, name, &Receipt::name);
+  const Receipt* receipt = named == receipts.end() ? nullptr : &lastDoingOf(*named, receipts);
   const bool isHeldByOther = !hold && hold.error().code == std::errc::timed_out;
-  if (isHeldByOther || receipt == receipts.end() || (receipt->isUndone && which == Try::First) || receipt->isRunning) {
+  if (isHeldByOther || !receipt || (receipt->isUndone && which == Try::First) || receipt->isRunning) {
     readEverything();
     reportFailure(
         "This task cannot be taken back now",
@@ -132,7 +133,7 @@ bool UndoController::takeBack(const std::string& name, Try which) {
   });
   TaskReport report;
   TaskReceipt own(report, {.name = "undo"});
-  own.takesBack(name);
+  own.takesBack(receipt->name);
   UndoRun(*receipt, receipts, report).run();
   own.end();
   if (hold) hold->reset();

@@ -214,6 +214,12 @@ TEST_F(UndoTest, AnUpdatedBackupAndALockComeBack) {
   EXPECT_TRUE(undo().isWhole());
   EXPECT_EQ(readFile(copies + "b.plist"), "old");
   EXPECT_FALSE(exists(copies + "d.plist"));
+  // Done again, it is taken back like any other task.
+  const auto receipts = allReceipts();
+  EXPECT_TRUE(undo(receipts.front()).isWhole());
+  EXPECT_EQ(readFile(copies + "b.plist"), "new");
+  EXPECT_TRUE(undo().isWhole());
+  EXPECT_EQ(readFile(copies + "b.plist"), "old");
 
   metadata_.locked = {prefs("a.plist")};
   task("lock", [&](TaskReport& report) { item()->lockFiles(On, report); });
