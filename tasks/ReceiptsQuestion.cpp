@@ -7,6 +7,7 @@
 #include "base/TextTable.h"
 #include "services/QWLocalPaths.h"
 #include "services/receipts/Receipt.h"
+#include "services/receipts/ReceiptFolder.h"
 #include "tasks/HomeCheck.h"
 #include "tasks/Question.h"
 #include "tasks/ReceiptTitle.h"
@@ -21,7 +22,7 @@ std::string taskOf(const Receipt& receipt) {
   return receipt.undoes.empty() ? words : receipt.task + " " + receipt.undoes;
 }
 
-std::string json(const std::vector<Receipt>& receipts) {
+std::string json(const std::vector<Receipt>& receipts, const std::vector<UnreadableReceipt>& unreadable) {
   PropertyListArray list;
   for (const Receipt& receipt : receipts) {
     PropertyListDictionary entry;
@@ -37,8 +38,16 @@ std::string json(const std::vector<Receipt>& receipts) {
     if (!receipt.undoes.empty()) entry.append("undoes", receipt.undoes);
     list.push_back(std::move(entry));
   }
+  PropertyListArray faults;
+  for (const UnreadableReceipt& receipt : unreadable) {
+    PropertyListDictionary entry;
+    entry.append("name", receipt.name);
+    entry.append("error", receipt.reason);
+    faults.push_back(std::move(entry));
+  }
   PropertyListDictionary listing;
   listing.append("receipts", std::move(list));
+  listing.append("unreadable", std::move(faults));
   return writeJson(std::move(listing)) + "\n";
 }
 
@@ -49,12 +58,17 @@ int listReceipts(const QuestionContext& context) {
     context.errors << "Vantory: " << printable(*reason) << '\n';
     return 1;
   }
+  if (const auto names = receiptNames(); !names) {
+    context.errors << "Vantory: The receipts cannot be read. " << printable(names.error().text) << '\n';
+    return 1;
+  }
   const std::vector<Receipt> receipts = allReceipts();
+  const std::vector<UnreadableReceipt> unreadable = unreadableReceipts(receipts);
   if (context.form == AnswerForm::Json) {
-    context.output << json(receipts);
+    context.output << json(receipts, unreadable);
   } else if (context.form == AnswerForm::Names) {
     for (const Receipt& receipt : receipts) context.output << receipt.name << '\0';
-  } else if (receipts.empty()) {
+  } else if (receipts.empty() && unreadable.empty()) {
     context.output << "No task has left a receipt yet.\n";
   } else {
     TextTable table({"RECEIPT", "WHEN", "FILES", "STATE", "TASK"});
@@ -63,6 +77,8 @@ int listReceipts(const QuestionContext& context) {
                  stateOf(receipt), taskOf(receipt)});
     context.output << table.text();
   }
+  for (const UnreadableReceipt& receipt : unreadable)
+    context.errors << "Vantory: " << printable(receipt.reason) << '\n';
   return 0;
 }
 

@@ -58,6 +58,9 @@ int undoCommand(const CommandContext& context) {
     if (named == receipts.end()) return refuse(context, faultOf(name, receipts));
     receipt = &lastDoingOf(*named, receipts);
   }
+  if (count == 0)
+    for (const UnreadableReceipt& other : unreadableReceipts(receipts))
+      if (!receipt || other.name > receipt->name) context.report.notice(other.reason);
   if (!receipt) return refuse(context, "There is no task to take back.");
   const std::string task = formatted("\"%@\" of %@", receipt->task, localTimeText(receipt->begun, "%F %T"));
   if (receipt->isRunning) return refuse(context, formatted("%@ is not through yet.", task));

@@ -203,8 +203,24 @@ Result<Receipt> readReceipt(const std::string& name) {
     receipt.isRunning = !receipt.ended && isReceiptHeld(path);
     return receipt;
   } catch (const DamagedReceipt&) {
-    return Error{std::errc::invalid_argument, "The receipt " + path + " is damaged."};
+    return Error{
+        std::errc::invalid_argument, "The receipt " + path + " is damaged.",
+        "Its task cannot be taken back by a command; what it moved is in the Trash. The receipt may be deleted."};
   }
+}
+
+std::vector<UnreadableReceipt> unreadableReceipts(const std::vector<Receipt>& receipts) {
+  std::vector<UnreadableReceipt> unreadable;
+  const auto names = receiptNames();
+  if (!names) return unreadable;
+  for (const std::string& name : *names) {
+    if (std::ranges::find(receipts, name, &Receipt::name) != receipts.end()) continue;
+    const auto receipt = readReceipt(name);
+    if (receipt || meansMissing(receipt.error())) continue;
+    const Error& cause = receipt.error();
+    unreadable.push_back({name, cause.cure.empty() ? cause.text : cause.text + " " + cause.cure});
+  }
+  return unreadable;
 }
 
 bool canBeTakenBack(const Receipt& receipt) {

@@ -47,6 +47,15 @@ std::vector<Receipt> allReceipts();
 // Of those the first ones, as many as tell which is newestToUndo(), and what task it is about.
 std::vector<Receipt> receiptsDownToNewestToUndo();
 
+// A receipt that was left out.
+struct UnreadableReceipt {
+  std::string name;
+  std::string reason;  // with what can be done about it
+};
+
+// The newest first, but for what is among the receipts.
+std::vector<UnreadableReceipt> unreadableReceipts(const std::vector<Receipt>& receipts);
+
 // Not one that runs, was taken back, or is through and changed nothing. Known only of one in a list of all.
 bool canBeTakenBack(const Receipt& receipt);
 

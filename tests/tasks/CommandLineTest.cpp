@@ -241,6 +241,12 @@ TEST_F(CommandLineTest, UndoLeavesWhatHasChangedSince) {
   writeFile(home_ / ("Library/Application Support/Quarrywell/Vantory/Receipts/" + trashed + ".plist"), "spoilt");
   EXPECT_EQ(run("--undo " + trashed), 1);
   EXPECT_THAT(fakes_.systemLog.messages().back(), testing::EndsWith("is damaged."));
+  EXPECT_EQ(run("--receipts"), 0);
+  EXPECT_THAT(errors_.str(), HasSubstr(trashed + ".plist is damaged. "));
+
+  const auto other = files_.holdFolder(home_ / "Library/Application Support/Quarrywell/Vantory", {});
+  EXPECT_EQ(run("--undo"), 1);
+  EXPECT_THAT(fakes_.systemLog.messages().back(), StartsWith("Another task is being taken back"));
 }
 
 TEST_F(CommandLineTest, LockAndUnlockTakeEverythingWithoutAnOperand) {
