@@ -6,6 +6,7 @@
 #include <exception>
 #include <memory>
 #include <mutex>
+#include <set>
 #include <system_error>
 #include <thread>
 
@@ -31,11 +32,21 @@ Platform& platform() {
   return Runtime::current().platform();
 }
 
+// Without the path, which is told beside it.
+std::string reasonIn(const Error& error, const std::string& path) {
+  return error.text.starts_with(path + ": ") ? error.text.substr(path.size() + 2) : error.text;
+}
+
 // Reads the files of one backup, which two threads share.
 class FileChecks {
  public:
-  FileChecks(const std::string& backup, const std::vector<HeldFile>& files, BackupCheck& result)
-      : backup_(backup), files_(files), folder_(platform().checksums.ofFolder(backup)), result_(result) {}
+  FileChecks(const std::string& backup, const std::vector<HeldFile>& files, const std::set<std::string>& copies,
+             BackupCheck& result)
+      : backup_(backup),
+        files_(files),
+        copies_(copies),
+        folder_(platform().checksums.ofFolder(backup)),
+        result_(result) {}
 
   void run();
 
@@ -48,6 +59,7 @@ class FileChecks {
 
   const std::string& backup_;
   const std::vector<HeldFile>& files_;
+  const std::set<std::string>& copies_;
   const Result<std::unique_ptr<FolderChecksums>> folder_;
   std::atomic<std::size_t> next_ = 0;
   std::mutex mutex_;
@@ -85,18 +97,25 @@ void FileChecks::fault(Kind kind, const std::string& path, std::string text) {
   result_.faults.push_back({kind, path, std::move(text)});
 }
 
-// Decided by the link's text: where it leads to may hold links of its own, or nothing.
+// Decided by the link's text: where it leads to may hold links of its own, or nothing. Inside of a folder it is the
+// user's own, which comes back as a link; what a restore takes by a pattern is never one.
 void FileChecks::checkLink(const HeldFile& link) {
   const auto target = platform().metadata.linkTarget(paths::join(backup_, link.path));
-  if (!target) return fault(Kind::Unreadable, link.path, target.error().text);
+  if (!target)
+    return fault(Kind::Unreadable, link.path,
+                 "cannot be read: " + reasonIn(target.error(), paths::join(backup_, link.path)));
   const std::string aim = paths::absolute(*target, paths::parent(paths::join(backup_, link.path)));
   if (!target->starts_with('/') && aim.starts_with(backup_ + "/")) return;
-  fault(Kind::LeadsOut, link.path, "is a link that leads out of the backup, to " + *target);
+  const bool isCopy = copies_.contains(paths::join(backup_, link.path));
+  const std::lock_guard lock(mutex_);
+  (isCopy ? result_.faults : result_.remarks)
+      .push_back({Kind::LeadsOut, link.path, "is a link that leads out of the backup, to " + *target});
 }
 
 void FileChecks::checkContent(const HeldFile& file) {
-  const auto checksum = folder_ ? (*folder_)->ofFile(paths::join(backup_, file.path)) : folder_.error();
-  if (!checksum) return fault(Kind::Unreadable, file.path, checksum.error().text);
+  const std::string path = paths::join(backup_, file.path);
+  const auto checksum = folder_ ? (*folder_)->ofFile(path) : folder_.error();
+  if (!checksum) return fault(Kind::Unreadable, file.path, "cannot be read: " + reasonIn(checksum.error(), path));
   if (checksum->isDamaged()) fault(Kind::Damaged, file.path, "is damaged: its content is not what its checksum says");
   const std::lock_guard lock(mutex_);
   ++result_.files;
@@ -104,25 +123,33 @@ void FileChecks::checkContent(const HeldFile& file) {
   if (!checksum->carried) ++result_.withoutChecksum;
 }
 
-bool hasFiles(const QWPrefItem& item, const BackupFolder& place, const std::string& backup) {
+// Adds what a restore would take for the item; false where there is nothing.
+bool addCopies(std::set<std::string>& copies, const QWPrefItem& item, const BackupFolder& place) {
   TaskReport ignored;  // what cannot be read is a fault already
-  return std::ranges::any_of(item.files(), [&](const std::string& pattern) {
-    const auto found = QWFileManager::filesMatchingWildcardPath(place.safeUserPath(pattern), backup, ignored);
-    return std::ranges::any_of(found, [](const std::string& path) { return !QWFileManager::isMissingAtPath(path); });
-  });
+  bool isThere = false;
+  for (const std::string& pattern : item.files())
+    for (std::string& path :
+         QWFileManager::filesMatchingWildcardPath(place.safeUserPath(pattern), place.path(), ignored)) {
+      if (QWFileManager::isMissingAtPath(path)) continue;
+      copies.insert(std::move(path));
+      isThere = true;
+    }
+  return isThere;
 }
 
-// An item is named by the settings because one file at least was copied for it.
-void checkItems(const QWBackup& backup, const std::string& folder, BackupCheck& result) {
+// An item is named by the settings because one file at least was copied for it. Answers all that a restore would take.
+std::set<std::string> checkItems(const QWBackup& backup, const std::string& folder, BackupCheck& result) {
   const BackupFolder place(folder);
+  std::set<std::string> copies;
   for (const auto& app : backup.children())
     for (const auto& item : app->children()) {
-      bool isThere = hasFiles(*item, place, folder);
-      for (const auto& user : item->users()) isThere = isThere || hasFiles(*user, place, folder);
+      bool isThere = addCopies(copies, *item, place);
+      for (const auto& user : item->users()) isThere |= addCopies(copies, *user, place);
       if (!isThere)
         result.faults.push_back(
             {Kind::Missing, {}, formatted("no file is there of %@: %@", app->name(), item->name())});
     }
+  return copies;
 }
 
 void checkHeld(const std::string& backup, const HeldFiles& held, BackupCheck& result) {
@@ -167,9 +194,9 @@ BackupCheck checkBackup(const QWBackup& backup) {
   const HeldFiles held = listHeldFiles(folder);
   for (const Error& error : held.unreadable) result.faults.push_back({Kind::Unreadable, {}, error.text});
   checkHeld(folder, held, result);
-  checkItems(backup, folder, result);
-  FileChecks(folder, held.files, result).run();
-  std::ranges::stable_sort(result.faults, {}, &BackupFault::path);
+  const std::set<std::string> copies = checkItems(backup, folder, result);
+  FileChecks(folder, held.files, copies, result).run();
+  for (auto* told : {&result.faults, &result.remarks}) std::ranges::stable_sort(*told, {}, &BackupFault::path);
   return result;
 }
 

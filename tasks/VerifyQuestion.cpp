@@ -25,15 +25,19 @@ struct Verified {
   BackupCheck check;
 };
 
-PropertyListDictionary entryFor(const Verified& backup) {
-  PropertyListArray faults;
-  for (const BackupFault& fault : backup.check.faults) {
+PropertyListArray entriesFor(const std::vector<BackupFault>& faults) {
+  PropertyListArray entries;
+  for (const BackupFault& fault : faults) {
     PropertyListDictionary entry;
     entry.append("kind", nameOf(fault.kind));
     if (!fault.path.empty()) entry.append("path", fault.path);
     entry.append("text", fault.text);
-    faults.push_back(std::move(entry));
+    entries.push_back(std::move(entry));
   }
+  return entries;
+}
+
+PropertyListDictionary entryFor(const Verified& backup) {
   PropertyListDictionary entry;
   entry.append("name", backup.name);
   entry.append("path", backup.path);
@@ -42,7 +46,8 @@ PropertyListDictionary entryFor(const Verified& backup) {
   entry.append("bytes", backup.check.bytes);
   entry.append("withoutChecksum", static_cast<std::int64_t>(backup.check.withoutChecksum));
   entry.append("pathsKnown", backup.check.isHeldKnown);
-  entry.append("faults", std::move(faults));
+  entry.append("faults", entriesFor(backup.check.faults));
+  entry.append("remarks", entriesFor(backup.check.remarks));
   return entry;
 }
 
@@ -70,8 +75,9 @@ std::string table(const std::vector<Verified>& backups) {
     table.add({backup.name, std::to_string(backup.check.files),
                QWFileManager::formatFileSize(static_cast<double>(backup.check.bytes)), verdictOn(backup.check),
                backup.path});
-    for (const BackupFault& fault : backup.check.faults)
-      table.add({"", "", "", "", fault.path.empty() ? fault.text : fault.path + " " + fault.text});
+    for (const auto* told : {&backup.check.faults, &backup.check.remarks})
+      for (const BackupFault& fault : *told)
+        table.add({"", "", "", "", fault.path.empty() ? fault.text : fault.path + " " + fault.text});
   }
   return table.text();
 }

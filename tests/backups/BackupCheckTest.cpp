@@ -48,8 +48,8 @@ TEST_F(BackupCheckTest, FindsWhatIsWrongAndNothingElse) {
               ElementsAre(Kind::Paths));
   // With a link or a FIFO in its place the number is right.
   EXPECT_THAT(faultsAfter([](Files files) {
-                fs::remove(files + "bars/one");
-                fs::create_symlink("../../../../../../secret", files + "bars/one");
+                fs::remove(files + "editor.plist");
+                fs::create_symlink("../../../../../secret", files + "editor.plist");
               }),
               ElementsAre(Kind::Paths, Kind::LeadsOut));
   EXPECT_THAT(faultsAfter([](Files files) {
@@ -72,9 +72,12 @@ TEST_F(BackupCheckTest, FindsWhatIsWrongAndNothingElse) {
               ElementsAre(Kind::Unreadable));
 }
 
-TEST_F(BackupCheckTest, ALinkInsideIsAsGoodAsTheFileThatItStandsFor) {
+TEST_F(BackupCheckTest, LinksOfTheUserAreNoDamage) {
   fs::create_symlink("one", prefs("bars/link"));
+  fs::create_symlink("/usr/share", prefs("bars/out"));
   EXPECT_THAT(faultsAfter([](const std::string&) {}), IsEmpty());
+  ASSERT_EQ(check_.remarks.size(), 1U);
+  EXPECT_THAT(check_.remarks[0].path, testing::EndsWith("/bars/out"));
 }
 
 TEST_F(BackupCheckTest, ABackupWithoutNotesIsSound) {
