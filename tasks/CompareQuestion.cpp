@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <ostream>
+#include <utility>
 
 #include "backups/QWDataController.h"
 #include "backups/comparison/Comparison.h"
@@ -41,23 +42,23 @@ BackupPointer backupFor(const QuestionContext& context, const std::string& opera
   return nullptr;
 }
 
-// The short names of "-trash" count here too.
-KeyList keysFor(const std::string& operand, TaskReport& report) {
+// The short names of "-trash" count here too, and keys that the backups alone know.
+KeyList keysFor(const std::string& operand, const AppList& held, TaskReport& report) {
   const auto alias = std::ranges::find(aliasTable(), operand, &Alias::name);
   const KeyList keys = splitKeys(alias == aliasTable().end() ? operand : alias->keys);
   KeyList known;
-  for (const auto& item : itemsForOperand(operand, keys, report)) known.push_back(item->key());
+  for (const auto& item : itemsForOperand(operand, keys, report, held)) known.push_back(item->key());
   return known;
 }
 
-bool areKeys(const std::string& operand) {
+bool areKeys(const std::string& operand, const AppList& held) {
   TaskReport ignored;
-  return !keysFor(operand, ignored).empty() && ignored.unusedOperands().empty();
+  return !keysFor(operand, held, ignored).empty() && ignored.unusedOperands().empty();
 }
 
 // For a second operand, which may be keys too: those that are known are meant.
-bool isBackup(const std::string& operand) {
-  return !areKeys(operand) && (operand.find('/') != std::string::npos || !backupsMeant(operand, operand).empty());
+bool isBackup(const std::string& operand, const AppList& held) {
+  return !areKeys(operand, held) && (operand.find('/') != std::string::npos || !backupsMeant(operand, operand).empty());
 }
 
 std::string headingOf(const ComparisonRequest& request) {
@@ -206,13 +207,18 @@ int compareBackup(const QuestionContext& context) {
   if (!run.begin(true)) return 1;
   library().populateApps();
   library().populateBackups();
-  const bool areTwo = operands.size() == 3 || (operands.size() == 2 && isBackup(operands[1]));
-  ComparisonRequest request{.after = backupFor(context, operands[areTwo ? 1 : 0])};
-  if (areTwo) request.before = backupFor(context, operands[0]);
-  if (!request.after || (areTwo && !request.before)) return 1;
+  ComparisonRequest request{.after = backupFor(context, operands[0])};
+  if (!request.after) return 1;
+  AppList held = request.after->children();
+  const bool areTwo = operands.size() == 3 || (operands.size() == 2 && isBackup(operands[1], held));
+  if (areTwo) {
+    request.before = std::exchange(request.after, backupFor(context, operands[1]));
+    if (!request.after) return 1;
+    held.insert(held.end(), request.after->children().begin(), request.after->children().end());
+  }
   TaskReport report;
   const std::size_t keys = areTwo ? 2 : 1;
-  if (operands.size() > keys) request.items = keysFor(operands[keys], report);
+  if (operands.size() > keys) request.items = keysFor(operands[keys], held, report);
   if (request.items && request.items->empty()) {
     if (report.unusedOperands().empty()) return refuse(context, formatted("\"%@\" names no item.", operands[keys]));
     tellErrors(context, {}, report);

@@ -66,14 +66,15 @@ KeyList splitKeys(std::string_view operand) {
 }
 
 std::vector<std::shared_ptr<QWPrefItem>> itemsForOperand(std::string_view operand, const KeyList& keys,
-                                                         TaskReport& report) {
+                                                         TaskReport& report, const AppList& others) {
   const QWDataController& controller = QWDataController::sharedController();
   std::vector<std::shared_ptr<QWPrefItem>> items;
   if (operand != kAllPrefs && operand != kAllFiles) {
     UnknownKeys unknown(report);
     for (const std::string& key : keys) {
-      if (const auto item = controller.prefItemForKey(key))
-        items.push_back(item);
+      const auto item = controller.prefItemForKey(key);
+      if (const auto found = item ? item : prefItemForKey(others, key))
+        items.push_back(found);
       else
         unknown.note(key);
     }

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "catalog/QWPrefItem.h"
+#include "catalog/Catalog.h"
 
 namespace vantory {
 
@@ -31,9 +31,10 @@ std::span<const Alias> aliasTable();
 KeyList splitKeys(std::string_view operand);
 
 // The catalog's items that the operand, split into `keys`, stands for: those of a selection word in catalog order, else
-// those of the keys in their order. Unknown keys stand for nothing, and are noted as unused.
+// those of the keys in their order; of the keys also items of `others`. Unknown keys stand for nothing, and are noted
+// as unused.
 std::vector<std::shared_ptr<QWPrefItem>> itemsForOperand(std::string_view operand, const KeyList& keys,
-                                                         TaskReport& report);
+                                                         TaskReport& report, const AppList& others = {});
 
 // Notes the keys of which a backup, read or to be written, holds no item as unused.
 void noteUnknownKeys(const KeyList& keys, const QWBackup& backup, TaskReport& report);

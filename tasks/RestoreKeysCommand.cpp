@@ -59,7 +59,7 @@ int restoreKeysCommand(const CommandContext& context) {
   library.populateBackups();
   const auto backup = backupToRead(*context.operand(1));
   if (!backup) return refuse(context, backup.error().text);
-  if (!isPath && !library.prefItemForKey(operand))
+  if (!isPath && !library.prefItemForKey(operand) && !prefItemForKey((*backup)->children(), operand))
     return refuse(context, formatted("Unknown item \"%@\". \"vantory --list-items\" lists the keys.", operand));
   ComparisonRequest request{.after = *backup};
   if (!isPath) request.items = {operand};

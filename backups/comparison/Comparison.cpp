@@ -243,6 +243,14 @@ void addPatterns(std::set<std::string>& patterns, const QWPrefItem* item) {
   for (const auto& user : item->users()) addPatterns(patterns, user.get());
 }
 
+// Those of the catalog, and those that a backup alone knows, by its own definitions.
+AppList appsOf(const ComparisonRequest& request) {
+  AppList apps = BackupLibrary::current().appArray();
+  for (const auto& backup : {request.after, request.before})
+    if (backup) apps.insert(apps.end(), backup->children().begin(), backup->children().end());
+  return apps;
+}
+
 }  // namespace
 
 const char* nameOf(Difference difference) {
@@ -279,9 +287,11 @@ Comparison compareBackups(const ComparisonRequest& request) {
   Comparison comparison;
   std::size_t compared = 0;
   const std::function<bool()> goOn = [&] { return !request.observer || request.observer(++compared); };
-  for (const auto& app : BackupLibrary::current().appArray())
+  std::set<std::string> keys;
+  for (const auto& app : appsOf(request))
     for (const auto& item : app->children()) {
       if (request.items && std::ranges::count(*request.items, item->key()) == 0) continue;
+      if (!keys.insert(item->key()).second) continue;
       const auto held = itemIn(request.after.get(), item->key());
       const auto earlier = itemIn(request.before.get(), item->key());
       if (!held && !earlier) continue;

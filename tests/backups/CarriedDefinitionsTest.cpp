@@ -1,4 +1,5 @@
 // Applications that catalog files define, in backups.
+#include "backups/comparison/Comparison.h"
 #include "base/PropertyListBytes.h"
 #include "services/RunningApplicationGuard.h"
 #include "tests/backups/BackupsTest.h"
@@ -42,6 +43,9 @@ TEST_F(CarriedDefinitionsTest, ABackupRestoresWhereNothingDefinesItsApplications
   makeBackup();
   EXPECT_EQ(controller().prefItemForKey("obsPrefs"), nullptr);
   EXPECT_EQ(readFile(inLibrary("B.vnt/Users/user/.config/obs-studio/global.ini")), "mine");
+  const auto compared =
+      compareBackups({.after = QWBackup::backupWithFile(inLibrary("B.vnt")), .items = {{"obsPrefs"}}});
+  EXPECT_EQ(compared.count(Difference::Added), 1U);
   restore();
   EXPECT_EQ(readFile(settings_), "mine");
   EXPECT_EQ(readFile(profile_), "ini");
