@@ -26,7 +26,7 @@ void QWBackup::restore(TaskReport& report, bool closeAutomatically) {
   // Whoever chose some of the applications has not asked for the others.
   if (std::ranges::none_of(children_, [](const auto& app) { return app->selected() == Off; }))
     for (const std::string& name : unknown_)
-      report.remark(formatted("No definition of \"%@\" is known: its files stay in the backup.", name));
+      report.passedOver(name, formatted("No definition of \"%@\" is known: its files stay in the backup.", name));
   const BackupFolder place(path_);
   RestoreRun run(closeAutomatically, report);
   for (const auto& app : children_) {

@@ -80,6 +80,7 @@ void addRows(TextTable& table, const QWBackup& backup, const std::string& path) 
   const auto addBelow = [&table](std::string text) { table.add({"", "", "", "", std::move(text)}); };
   if (backup.readError()) addBelow(backup.readError()->text);
   for (const auto& app : backup.children()) addBelow(app->name() + ": " + keysOf(*app));
+  for (const std::string& name : backup.unknown()) addBelow(name + ": no definition of it is known here");
   for (const std::string& project : backup.projects()) addBelow("Project: " + project);
 }
 
