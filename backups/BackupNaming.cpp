@@ -28,4 +28,8 @@ bool isAutomaticName(std::string_view name) {
   return name.starts_with(kAutomaticPrefix);
 }
 
+bool isOfDotsOnly(std::string_view name) {
+  return name.find_first_not_of(". ") == std::string_view::npos;
+}
+
 }  // namespace vantory

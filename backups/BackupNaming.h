@@ -27,5 +27,7 @@ std::string withBackupExtension(std::string_view path);
 // Whether the name of a folder, or a path, ends in one of the extensions, in any case.
 bool isBackupName(std::string_view path);
 bool isAutomaticName(std::string_view name);
+// Whether nothing but dots and blanks is in the name, so that its folder would be a hidden one without a name.
+bool isOfDotsOnly(std::string_view name);
 
 }  // namespace vantory

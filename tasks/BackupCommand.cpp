@@ -76,7 +76,7 @@ int backupCommand(const CommandContext& context) {
   controller.postGrowlNotification("Vantory", "Creating backup...");
   if (context.operandCount() == 0) return context.refuseWithoutOperand();
   const std::string name = QWFileManager::validateFilename(*context.operand(1));
-  if (name.empty())
+  if (isOfDotsOnly(name))
     return context.refuse({.text = "Vantory: Unable to backup - invalid filename.",
                            .title = "Backup failed",
                            .description = "Invalid filename",

@@ -106,7 +106,7 @@ int renameCommand(const CommandContext& context) {
   if (const auto refused = refuseOperands(context, 2)) return *refused;
   const std::string wanted = *context.operand(2);
   const std::string name = QWFileManager::validateFilename(wanted);
-  if (name.empty()) return refuse(context, "A backup's name cannot be blank.");
+  if (isOfDotsOnly(name)) return refuse(context, "A backup's name cannot be blank, or of dots only.");
   if (name == kNone) return refuse(context, "\"none\" means no backup to \"--default\". Please choose another name.");
   return withBackup(context, [&](const std::shared_ptr<QWBackup>& backup) {
     if (!backup->isAutosave() && isAutomaticName(name))

@@ -39,6 +39,7 @@ BackupList sortedBackups() {
 }
 
 std::string faultOfName(const std::string& name, const BackupList& meant) {
+  if (name.empty()) return "An empty name names no backup. \"vantory --list-backups\" lists them.";
   if (!meant.empty()) return formatted("%i backups are called \"%@\": give the path of one.", meant.size(), name);
   std::vector<std::string> names;
   for (const auto& backup : QWDataController::sharedController().allBackups()) names.push_back(backup->name());
@@ -52,7 +53,8 @@ Result<std::shared_ptr<QWBackup>> backupToRead(const std::string& operand) {
   const BackupList meant = backupsMeant(operand, path);
   const auto fault = [](std::string sentence) { return Error{std::errc::invalid_argument, std::move(sentence)}; };
   std::shared_ptr<QWBackup> backup = meant.size() == 1 ? meant.front() : nullptr;
-  if (meant.empty() && QWFileManager::isDirectoryAtPath(path)) backup = QWBackup::backupWithFile(path);
+  if (meant.empty() && !operand.empty() && QWFileManager::isDirectoryAtPath(path))
+    backup = QWBackup::backupWithFile(path);
   if (!backup) return fault(faultOfName(operand, meant));
   if (backup->readError()) return *backup->readError();
   if (!backup->isComplete())

@@ -89,7 +89,8 @@ Result<BackupList> backupsToVerify(const std::vector<std::string>& names) {
   for (const std::string& name : names) {
     const std::string path = paths::absolute(name, Runtime::current().platform().system.workingDirectory());
     BackupList meant = backupsMeant(name, path);
-    if (meant.empty() && QWFileManager::isDirectoryAtPath(path)) meant.push_back(QWBackup::backupWithFile(path));
+    if (meant.empty() && !name.empty() && QWFileManager::isDirectoryAtPath(path))
+      meant.push_back(QWBackup::backupWithFile(path));
     if (meant.empty()) return Error{std::errc::no_such_file_or_directory, faultOfName(name, {})};
     backups.insert(backups.end(), meant.begin(), meant.end());
   }

@@ -369,7 +369,7 @@ TEST_F(CommandLineTest, TheLibraryIsManagedByCommand) {
   for (const char* line :
        {"--prune 0", "--prune x", "--prune 1 --preview", "--remove", "--remove Nothing", "--remove anew",
         "--remove aNew --help", "--rename aNew", "--rename aNew -task", "--rename aNew /", "--rename aNew Auto Backup",
-        "--rename aNew none", "--default /nowhere/aNew.vnt"})
+        "--rename aNew none", "--rename aNew ..", "--undo --json", "--default /nowhere/aNew.vnt"})
     EXPECT_EQ(run(line), 1) << line;
   EXPECT_THAT(fakes_.systemLog.messages(), Contains("There is no backup \"anew\": did you mean \"aNew\"?"));
   EXPECT_TRUE(exists(library("/aNew.vnt")));
