@@ -63,7 +63,7 @@ bool isWholeTask(const FileReport& file) {
 }
 
 // Each cure once, behind the causes: many files may fail for one reason.
-void tellFailures(const TaskReport& report) {
+void tellFailures(const TaskReport& report, bool keepsLog) {
   const std::vector<FileReport> failures = filesIn(report, hasFailed);
   tellFirst(failures, [](const FileReport& file) { return file.cause->text; });
   std::set<std::string> cures;
@@ -71,8 +71,11 @@ void tellFailures(const TaskReport& report) {
     if (!file.cause->cure.empty()) cures.insert(file.cause->cure);
   for (const std::string& cure : cures) tell(cure);
   const auto files = failures.size() - static_cast<std::size_t>(std::ranges::count_if(failures, isWholeTask));
-  if (files > 0)
+  if (files == 0) return;
+  if (keepsLog)
     QWLog::appendLogAndPrint("%@ could not be processed - see the log for details.", counted(files, "file"));
+  else
+    tell(counted(files, "file") + " could not be processed.");
 }
 
 const char* nameOf(Outcome outcome) {
@@ -151,7 +154,7 @@ void tellWhatWasNotDone(const TaskReport& report, bool keepsLog) {
   tellFirst(report.unusedOperands(), [](const TaskReport::UnusedOperand& unused) { return unused.reason; });
   tellFirst(report.passedOver(), [](const TaskReport::PassedOver& passed) { return passed.reason; });
   tellFirst(filesIn(report, wasLeftOut), [](const FileReport& file) { return file.cause->text; });
-  tellFailures(report);
+  tellFailures(report, keepsLog);
   tellFirst(report.remarks(), [](const std::string& remark) { return remark; });
   if (!keepsLog || (report.isWhole() && report.remarks().empty()) || report.refusal()) return;
   if (const auto path = QWLog::sharedController().path()) tell("The log: " + *path);
