@@ -147,15 +147,22 @@ bool hasHelpAsOperand(const std::vector<std::string>& arguments, std::size_t tas
   return task + 1 < arguments.size() && (arguments[task + 1] == "--help" || arguments[task + 1] == "-h");
 }
 
-// Why the line before a task keeps it from being begun; none where nothing does.
-std::optional<std::string> faultBefore(const ChosenCommand& chosen, TaskOptions options) {
-  if (const auto option = unknownOptionBefore(platform().system.arguments(), chosen.position))
+// Why an option keeps the task from being begun; none where nothing does.
+std::optional<std::string> faultIn(const std::vector<std::string>& arguments, const ChosenCommand& chosen,
+                                   TaskOptions options) {
+  if (const auto option = unknownOptionBefore(arguments, chosen.position))
     return formatted("There is no option \"%@\" to go before a task - nothing was done. See \"vantory --help\".",
                      *option);
   // "-list" has a form of its own.
   if (options.json && !chosen.command->deed)
     return formatted("%@ answers with a property list. \"vantory --list-backups --json\" answers in JSON.",
                      chosen.command->option);
+  // Of a task with one dash it is told as an operand that was not used.
+  if (chosen.command->option.starts_with("--"))
+    for (std::size_t i = chosen.position + 1; i < arguments.size(); ++i)
+      if (isTaskOption(arguments[i]))
+        return formatted("%@ goes before the task: \"vantory %@ %@\" - nothing was done.", arguments[i], arguments[i],
+                         chosen.command->option);
   return std::nullopt;
 }
 
@@ -169,7 +176,7 @@ int runMode(std::ostream& output, std::ostream& errors, const ProgramReplacement
   if (const auto chosen = chooseCommand(arguments);
       chosen && !beginsWithQuestion(arguments) && !hasHelpAsOperand(arguments, chosen->position)) {
     const TaskOptions options = optionsBefore(arguments, chosen->position);
-    if (const auto fault = faultBefore(*chosen, options)) return refuseLine(*fault, arguments, output, errors);
+    if (const auto fault = faultIn(arguments, *chosen, options)) return refuseLine(*fault, arguments, output, errors);
     return runCommand(*chosen, options, output, errors, heard);
   }
   if (has("--help") || has("-h")) {
