@@ -115,6 +115,12 @@ std::string keyPathText(const KeyPath& path) {
   return printable(text);
 }
 
+std::string keyPathInWords(const KeyPath& path) {
+  if (path.empty()) return "The whole property list";
+  const std::string text = keyPathText(path);
+  return text.empty() ? "\"\"" : text;
+}
+
 std::optional<KeyPath> parseKeyPath(std::string_view text) {
   KeyPath path;
   if (!text.starts_with('[')) {

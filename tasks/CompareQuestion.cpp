@@ -87,10 +87,8 @@ std::string cut(const std::string& text) {
 void appendFile(std::string& text, const FileComparison& file) {
   text += formatted("  %@  %@\n", nameOf(file.difference), printable(file.path));
   if (!file.remark.empty()) text += "      " + printable(file.remark) + "\n";
-  appendFirst(text, file.keys, [](const KeyChange& change) {
-    const std::string path = keyPathText(change.path);
-    return (path.empty() ? "The whole property list" : cut(path)) + ": " + changeInShort(change);
-  });
+  appendFirst(text, file.keys,
+              [](const KeyChange& change) { return cut(keyPathInWords(change.path)) + ": " + changeInShort(change); });
   appendFirst(text, file.lines, [](const LineChange& change) {
     return formatted("%i %@ %@", change.number, change.added ? "+" : "-", cut(change.line));
   });

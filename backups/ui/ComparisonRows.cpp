@@ -35,8 +35,7 @@ bool isFull(const Row& file, std::size_t all) {
 void addKeys(const Row& file) {
   for (const KeyChange& change : file->file->keys) {
     if (isFull(file, file->file->keys.size())) return;
-    const std::string path = keyPathText(change.path);
-    const Row row = addBelow(file->below, file, path.empty() ? "The whole property list" : path);
+    const Row row = addBelow(file->below, file, keyPathInWords(change.path));
     row->key = &change;
     if (change.before && change.after)
       std::tie(row->now, row->inBackup) = valuesInShort(change);

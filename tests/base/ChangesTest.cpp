@@ -39,6 +39,7 @@ TEST(KeyPathTest, EveryKeyIsReadBackAsItIsWritten) {
                            {"Größe → \u2028"}};
   for (const KeyPath& path : paths) EXPECT_EQ(parseKeyPath(keyPathText(path)), path) << keyPathText(path);
   EXPECT_EQ(keyPathText({"a.b", "c[1]", std::size_t{2}}), "a\\.b.c\\[1][2]");
+  EXPECT_EQ(keyPathInWords({""}), "\"\"");
   for (const char* wrong : {"a[", "a[]", "a[-1]", "a[1", "a[1]b", "a\\", "a\\xg0", "a\\x4", "[99999999999999999999]"})
     EXPECT_FALSE(parseKeyPath(wrong)) << wrong;
 }
