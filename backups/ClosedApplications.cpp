@@ -20,14 +20,21 @@ void say(const char* words) {
   if (words) QWLog::appendLog(words);
 }
 
+// One that cannot be looked for is not known to run.
+bool isRunning(const std::string& identifier) {
+  const auto running = Runtime::current().platform().workspace.isRunning(identifier);
+  return running && *running;
+}
+
 }  // namespace
 
-// One application may run under several identifiers.
+// One application may run under several identifiers: who has closed it by one is not asked again.
 ClosedApplications::Answer ClosedApplications::makeWay(const QWApp& app, bool closeAutomatically) {
   bool closed = false;
   for (const std::string& identifier : app.identifiers()) {
+    if (closed && !isRunning(identifier)) continue;
     const std::size_t before = closed_.size();
-    const Answer answer = makeWay(app.name(), identifier, closeAutomatically);
+    const Answer answer = closed ? close(app.name(), identifier) : makeWay(app.name(), identifier, closeAutomatically);
     if (answer != Answer::Proceed) return answer;
     closed |= closed_.size() > before;
   }

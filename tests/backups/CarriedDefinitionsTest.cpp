@@ -52,23 +52,27 @@ TEST_F(CarriedDefinitionsTest, ABackupRestoresWhereNothingDefinesItsApplications
   EXPECT_THAT(report_.remarks(), IsEmpty());
 }
 
-// On a Mac's home it runs under the second of its identifiers.
+// It runs under both of its identifiers, and the person is asked once.
 TEST_F(CarriedDefinitionsTest, AnApplicationIsClosedUnderWhicheverIdentifierItRuns) {
   struct Guard : RunningApplicationGuard {
     GuardDecision checkRunningAppsForName(const std::string&, const std::string& bundleID, bool) override {
-      return bundleID == "com.obsproject.obs-studio" ? GuardDecision::CloseAndRelaunch : GuardDecision::NotRunning;
+      ++asked;
+      return bundleID.empty() ? GuardDecision::NotRunning : GuardDecision::CloseAndRelaunch;
     }
     bool closeAppWithName(const std::string&, const std::string& bundleID, const std::function<bool()>&) override {
       closed.push_back(bundleID);
       return true;
     }
     std::vector<std::string> closed;
+    int asked = 0;
   } guard;
   makeBackup();
+  fakes_.workspace.running = {"com.obsproject.obs-studio"};
   runtime_.guard = &guard;
   restore();
-  EXPECT_THAT(guard.closed, ElementsAre("com.obsproject.obs-studio"));
-  EXPECT_THAT(fakes_.workspace.launched, ElementsAre("com.obsproject.obs-studio"));
+  EXPECT_EQ(guard.asked, 1);
+  EXPECT_THAT(guard.closed, ElementsAre("com.obsproject.Studio", "com.obsproject.obs-studio"));
+  EXPECT_EQ(fakes_.workspace.launched, guard.closed);
 }
 
 TEST_F(CarriedDefinitionsTest, WhatABackupCarriesIsNotTrusted) {
