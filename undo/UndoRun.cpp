@@ -202,12 +202,8 @@ void UndoRun::putBack(const ReceiptStep& deed) {
   QWLog::appendLog("Putting %@ back to %@", deed.place, deed.path);
   const std::string folder = paths::parent(deed.path);
   if (!QWFileManager::fileExistsAtPath(folder)) (void)QWFileManager::createDirectory(folder);
-  const auto moved = files().move(deed.place, deed.path);
-  if (!moved) {
-    QWLog::appendLog("%@", moved.error().text);
-    return report_.failed(FileAction::PutBack, deed.path, moved.error(), deed.item);
-  }
-  for (const std::string& note : *moved) report_.remark(note);
+  const Status moved = QWFileManager::moveFile(deed.place, deed.path, 10s, report_);
+  if (!moved) return report_.failed(FileAction::PutBack, deed.path, moved.error(), deed.item);
   // One that stays says that it lies in the Trash no more: file managers pass it over.
   (void)files().remove(trashNotePath(deed.place));
   report_.done(FileAction::PutBack, deed.path, deed.item, deed.path);
@@ -318,9 +314,8 @@ void UndoRun::moveBack(const ReceiptStep& deed) {
   if (!held && held.error().code == std::errc::timed_out)
     return report_.failed(FileAction::Move, deed.place, held.error(), deed.item);
   QWLog::appendLog("Moving %@ back to %@", deed.place, deed.path);
-  const auto moved = files().move(deed.place, deed.path);
-  if (!moved) QWLog::appendLog("%@", moved.error().text);
-  report_.add(FileAction::Move, deed.place, moved.status(), deed.item, deed.path);
+  const Status moved = QWFileManager::moveFile(deed.place, deed.path, 10s, report_);
+  report_.add(FileAction::Move, deed.place, moved, deed.item, deed.path);
   changedAnything_ |= moved.ok();
 }
 
