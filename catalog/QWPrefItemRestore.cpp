@@ -151,6 +151,7 @@ void ItemRestoring::restore(const Restorable& file) {
   const std::string& source = file.source;
   if (!file.place) {
     const Error nowhere = {std::errc::invalid_argument, source + " has no place on this system"};
+    QWLog::appendLog("Copying file %@ to %@", source, source.substr(backupPath_.size()));
     logCause(nowhere.text);
     return note(source, nowhere);
   }

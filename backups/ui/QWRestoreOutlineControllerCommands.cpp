@@ -77,9 +77,8 @@ void QWRestoreOutlineController::restore() {
           {.messageText = "Are you sure you wish to restore this backup?",
            .defaultButton = "Restore",
            .alternateButton = "Cancel",
-           .informativeText = nameAndDate(*backup) +
-                              ". This will overwrite any current preferences with those stored in the backup." +
-                              warningOf(*backup)}) != QWAlert::Default)
+           .informativeText = "This will overwrite any current preferences with those stored in the backup.\n" +
+                              nameAndDate(*backup) + "." + warningOf(*backup)}) != QWAlert::Default)
     return;
   startTask([this, backup] {
     if (QWFileManager::isMissingAtPath(backup->path())) return reportVanished(*backup);
