@@ -178,7 +178,10 @@ Attempt trash(const std::string& path, bool shouldAuth) {
     if (const auto place = authorization().trashedPlace(path))
       return {.status = {}, .handedOver = true, .place = *place, .unlocked = unlocked};
   QWLog::appendLog("Unable to trash %@: %@", path, trashed.error().text);
-  return {.status = withCure(trashed.error()), .unlocked = unlocked};
+  Error cause = withCure(trashed.error());
+  if (cause.code == std::errc::no_space_on_device)
+    cause.cure = "The Trash needs a little room for its note: delete something on that disk, then try again.";
+  return {.status = std::move(cause), .unlocked = unlocked};
 }
 
 Attempt makeFolder(const std::string& path, bool shouldAuth) {

@@ -128,6 +128,9 @@ void TaskReceipt::end() {
                               : receipt::kWhole);
   pending_ += "}\n)\n";
   flush();
+  // On a full disk nothing but the name of the file may be there.
+  if (file_ && size_ == 0)
+    if (const auto folder = receiptFolder()) (void)files().remove(receiptPath(*folder, name_));
   hold_.reset();
   NotificationCenter::shared().postOnMainThreadLater(kReceiptsRefresh, {});
   if (!failure_) return;
