@@ -72,13 +72,22 @@ class TaskEnding {
     if (command_.deed && exitCode == 0 && report.isWhole() && report.remarks().empty() &&
         platform().system.hasTerminal()) {
       const std::string sentence = sentenceOn(*command_.deed, report);
-      const std::string undo = receipt && receipt->isOfUse() ? " Undo: " + receipt->undoCommand() : "";
+      const std::string undo = receipt && receipt->isOfUse() ? " Undo: " + undoCommand(*receipt) : "";
       if (!sentence.empty()) errors_ << printable(sentence) << undo << '\n';
     }
     return exitCode;
   }
 
  private:
+  // As it is to be typed.
+  static std::string undoCommand(const TaskReceipt& receipt) {
+    std::string command = receipt.undoCommand();
+    const std::string_view program = "vantory";
+    if (Runtime::current().isHomeNamed)
+      command.insert(program.size(), " --home \"" + QWLocalPaths::userDirectory().value_or("") + "\"");
+    return command;
+  }
+
   std::string json(int exitCode, const TaskReport& report) const {
     PropertyListDictionary account;
     account.append("task", std::string(command_.name()));

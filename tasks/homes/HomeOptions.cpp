@@ -80,6 +80,9 @@ class Reading {
   }
 
   std::optional<std::string> faultOfAll() const {
+    // The task would be done elsewhere than was meant.
+    for (std::size_t i = next_; i < arguments_.size(); ++i)
+      if (arguments_[i] == kHome || arguments_[i] == kHomes) return arguments_[i] + " goes before the task.";
     if (options_.home && options_.isForMany()) return "--home and --homes exclude each other.";
     if ((options_.jobs || options_.busy) && !options_.isForMany()) return "--jobs and --busy go with --homes only.";
     if ((options_.home || options_.isForMany()) && next_ == arguments_.size())

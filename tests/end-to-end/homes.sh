@@ -46,7 +46,7 @@ for home in link lost+found file none open/vanna vanna/inner/other stranger; do
 done
 as_root setpriv --reuid=vanna --regid=64201 --clear-groups "$program" --home $vgreeter -backup Four
 check "--home of another user's, for an ordinary user" eval '[ "$(find $all -name "*.vnt")" = "" ]'
-for line in "--home" "--home $vanna" "--home $vanna $vanna/x.fcp" "--home -backup X" "--home $vanna --home $vanna -list"; do
+for line in "--home" "--home $vanna" "--home $vanna $vanna/x.fcp" "--home -backup X" "-backup X --home $vanna" "--home $vanna --home $vanna -list"; do
   as_root "$program" $line
   check "$line" eval 'ended 1 && [ -s "$work/err" ]'
 done

@@ -42,7 +42,8 @@ Status checkFoldersAbove(const std::string& home, uid_t owner) {
     if (lstat(folder.c_str(), &status) != 0) return systemError(folder);
     const bool isForeign = status.st_uid != 0 && status.st_uid != owner;
     const bool isOpenToAll = (status.st_mode & S_IWOTH) != 0 && (status.st_mode & S_ISVTX) == 0;
-    if (isForeign || isOpenToAll) return refusal(home + " lies in a folder that others may change: " + folder + ".");
+    if (isForeign || isOpenToAll)
+      return refusal(std::string(home).append(" lies in a folder that others may change: ").append(folder).append("."));
     if (folder == "/") return {};
   }
 }
