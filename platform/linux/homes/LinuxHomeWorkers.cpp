@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <csignal>
 #include <cstdint>
 #include <cstring>
@@ -58,6 +59,14 @@ std::optional<std::string> takeText(std::string_view& said) {
   return text;
 }
 
+// Whatever it says, the others' are not to suffer.
+template <class Number>
+Number numberIn(const std::string& digits) {
+  Number number = 0;
+  std::from_chars(digits.data(), digits.data() + digits.size(), number);
+  return number;
+}
+
 std::string wordsFor(const HomeResult& result) {
   std::string said;
   append(said, std::to_string(result.exitCode));
@@ -74,11 +83,12 @@ bool understand(std::string_view said, HomeResult& result) {
   result.owner = takeText(said).value_or("");
   const auto exitCode = takeText(said), why = takeText(said), output = takeText(said);
   if (!output) return false;
-  result.exitCode = std::stoi(*exitCode);
+  result.exitCode = numberIn<int>(*exitCode);
   result.why = *why;
   result.output = *output;
   const auto done = takeText(said), skipped = takeText(said), failed = takeText(said);
-  if (failed) result.counts = {std::stoul(*done), std::stoul(*skipped), std::stoul(*failed)};
+  const auto count = numberIn<std::size_t>;
+  if (failed) result.counts = {count(*done), count(*skipped), count(*failed)};
   return true;
 }
 
