@@ -34,3 +34,16 @@ add_custom_target(universal ALL ${steps} VERBATIM)
 add_dependencies(universal aarch64 x86_64)
 # One after the other: each build uses all there is.
 add_dependencies(x86_64 aarch64)
+
+# What a person unpacks on a Mac: all that is installed, with the joined programs, and what puts it in its place.
+set(name vantory-${PROJECT_VERSION}-macos)
+set(stage ${CMAKE_BINARY_DIR}/archive)
+add_custom_target(archive ALL
+  COMMAND ${CMAKE_COMMAND} -E rm -rf ${stage}
+  COMMAND ${CMAKE_COMMAND} --install ${CMAKE_BINARY_DIR}/aarch64 --prefix ${stage}/${name}
+  COMMAND ${CMAKE_COMMAND} -E copy ${folder}/vantory ${stage}/${name}/bin
+  COMMAND ${CMAKE_COMMAND} -E copy ${folder}/vantory-due ${stage}/${name}/libexec/vantory
+  COMMAND ${CMAKE_COMMAND} -E copy ${CMAKE_SOURCE_DIR}/packaging/macos/install.sh ${stage}/${name}
+  COMMAND ${CMAKE_COMMAND} -E chdir ${stage} ${CMAKE_COMMAND} -E tar czf ${CMAKE_BINARY_DIR}/${name}.tar.gz ${name}
+  VERBATIM)
+add_dependencies(archive universal)
