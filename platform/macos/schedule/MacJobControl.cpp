@@ -45,7 +45,7 @@ std::string catchUpAgent(const std::string& label, const std::string& isDue, con
   return writeXmlPropertyList(agent);
 }
 
-Status unlessMissing(Status status) {
+Status unlessMissing(const Status& status) {
   return !status && meansMissing(status.error()) ? Status() : status;
 }
 
