@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <atomic>
 #include <exception>
+#include <iterator>
 #include <memory>
 #include <mutex>
 #include <set>
@@ -40,17 +41,19 @@ std::string reasonIn(const Error& error, const std::string& path) {
 // Reads the files of one backup, which two threads share.
 class FileChecks {
  public:
-  FileChecks(const std::string& backup, const std::vector<HeldFile>& files, const std::set<std::string>& copies,
-             BackupCheck& result)
-      : backup_(backup),
-        files_(files),
-        copies_(copies),
-        folder_(platform().checksums.ofFolder(backup)),
-        result_(result) {}
+  FileChecks(const std::string& backup, const std::vector<HeldFile>& files, const std::set<std::string>& copies)
+      : backup_(backup), files_(files), copies_(copies), folder_(platform().checksums.ofFolder(backup)) {}
+  ~FileChecks() { join(); }
+  FileChecks(const FileChecks&) = delete;
+  FileChecks& operator=(const FileChecks&) = delete;
 
-  void run();
+  // On a second thread, which goes on while this one does something else.
+  void begin();
+  // Here too, until all are read; what came of that.
+  BackupCheck finish();
 
  private:
+  void join();
   void work() noexcept;
   void check(const HeldFile& file);
   void checkLink(const HeldFile& link);
@@ -63,18 +66,26 @@ class FileChecks {
   const Result<std::unique_ptr<FolderChecksums>> folder_;
   std::atomic<std::size_t> next_ = 0;
   std::mutex mutex_;
-  BackupCheck& result_;
+  BackupCheck result_;
+  std::thread second_;
 };
 
-void FileChecks::run() {
-  std::thread second;
+void FileChecks::begin() {
   try {
-    if (files_.size() > 1) second = std::thread([this] { work(); });
+    if (files_.size() > 1) second_ = std::thread([this] { work(); });
   } catch (const std::system_error&) {
     // This one does it all.
   }
+}
+
+void FileChecks::join() {
+  if (second_.joinable()) second_.join();
+}
+
+BackupCheck FileChecks::finish() {
   work();
-  if (second.joinable()) second.join();
+  join();
+  return std::move(result_);
 }
 
 // An exception that left the thread would end the program.
@@ -113,9 +124,10 @@ void FileChecks::checkLink(const HeldFile& link) {
 }
 
 void FileChecks::checkContent(const HeldFile& file) {
-  const std::string path = paths::join(backup_, file.path);
-  const auto checksum = folder_ ? (*folder_)->ofFile(path) : folder_.error();
-  if (!checksum) return fault(Kind::Unreadable, file.path, "cannot be read: " + reasonIn(checksum.error(), path));
+  const auto checksum = folder_ ? (*folder_)->ofFile(file.path) : folder_.error();
+  if (!checksum)
+    return fault(Kind::Unreadable, file.path,
+                 "cannot be read: " + reasonIn(checksum.error(), paths::join(backup_, file.path)));
   if (checksum->isDamaged()) fault(Kind::Damaged, file.path, "is damaged: its content is not what its checksum says");
   const std::lock_guard lock(mutex_);
   ++result_.files;
@@ -187,15 +199,23 @@ const char* nameOf(BackupFault::Kind kind) {
 }
 
 BackupCheck checkBackup(const QWBackup& backup) {
-  BackupCheck result;
   const std::string folder(paths::withoutTrailingSlashes(backup.path()));
+  const HeldFiles held = listHeldFiles(folder);
+  BackupCheck result;
   if (!backup.isComplete())
     result.faults.push_back({Kind::Settings, kBackupSettingsFile, "is missing or cannot be read: it is incomplete"});
-  const HeldFiles held = listHeldFiles(folder);
   for (const Error& error : held.unreadable) result.faults.push_back({Kind::Unreadable, {}, error.text});
+  BackupCheck items;
+  const std::set<std::string> copies = checkItems(backup, folder, items);
+  FileChecks content(folder, held.files, copies);
+  content.begin();
   checkHeld(folder, held, result);
-  const std::set<std::string> copies = checkItems(backup, folder, result);
-  FileChecks(folder, held.files, copies, result).run();
+  BackupCheck read = content.finish();
+  result.files = read.files;
+  result.bytes = read.bytes;
+  result.withoutChecksum = read.withoutChecksum;
+  result.remarks = std::move(read.remarks);
+  for (BackupCheck* part : {&items, &read}) std::ranges::move(part->faults, std::back_inserter(result.faults));
   for (auto* told : {&result.faults, &result.remarks}) std::ranges::stable_sort(*told, {}, &BackupFault::path);
   return result;
 }

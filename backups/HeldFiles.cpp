@@ -31,10 +31,6 @@ char letterOf(FileType type) {
   return 'o';
 }
 
-std::string recordOf(const HeldFile& file) {
-  return std::string(1, letterOf(file.type)) + " " + file.path;
-}
-
 }  // namespace
 
 // Paths that grow too long end the way down.
@@ -58,19 +54,20 @@ HeldFiles listHeldFiles(const std::string& backup) {
         held.files.push_back({std::move(path), entry.type});
     }
   }
-  std::ranges::sort(held.files, {}, [](const HeldFile& file) {
-    return std::pair<char, std::string_view>(letterOf(file.type), file.path);
-  });
   return held;
 }
 
-// A path may hold anything but a zero byte.
+// Sorted by their bytes. A path may hold anything but a zero byte.
 std::string HeldFiles::note() const {
-  constexpr char kEnd = '\0';
+  std::vector<std::pair<char, std::string_view>> records;
+  records.reserve(files.size());
+  for (const HeldFile& file : files) records.emplace_back(letterOf(file.type), file.path);
+  std::ranges::sort(records);
   Checksum checksum;
-  for (const HeldFile& file : files) {
-    checksum.add(recordOf(file));
-    checksum.add({&kEnd, 1});
+  std::string record;
+  for (const auto& [letter, path] : records) {
+    record.assign(1, letter).append(1, ' ').append(path).append(1, '\0');
+    checksum.add(record);
   }
   return std::to_string(files.size()) + " " + checksum.text();
 }

@@ -16,7 +16,7 @@ struct HeldFile {
 
 // All that is no folder, but for the settings file itself, as docs/backup-format.md describes it.
 struct HeldFiles {
-  std::vector<HeldFile> files;    // sorted as the note takes them
+  std::vector<HeldFile> files;    // folder by folder
   std::vector<Error> unreadable;  // folders
 
   // How many there are, and one checksum over their paths.

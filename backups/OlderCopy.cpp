@@ -48,10 +48,18 @@ std::vector<DatedBackup> backupsBefore(Timestamp date) {
   return backups;
 }
 
+// Of a file at a whole path.
+Result<FileChecksum> checksumOf(const Result<std::unique_ptr<FolderChecksums>>& backup, const std::string& folder,
+                                const std::string& path) {
+  if (!backup) return backup.error();
+  if (!path.starts_with(folder + "/")) return Error{std::errc::invalid_argument, path + ": does not lie in " + folder};
+  return (*backup)->ofFile(path.substr(folder.size() + 1));
+}
+
 bool isSoundCopy(const std::string& backup, const std::string& path) {
   const auto checksums = platform().checksums.ofFolder(backup);
   const auto isSoundFile = [&](const std::string& file) {
-    const auto checksum = checksums ? (*checksums)->ofFile(file) : checksums.error();
+    const auto checksum = checksumOf(checksums, backup, file);
     return checksum && !checksum->isDamaged();
   };
   const auto info = platform().files.info(path, Links::DoNotFollow);
@@ -67,7 +75,7 @@ bool isSoundCopy(const std::string& backup, const std::string& path) {
 bool isDamagedCopy(const std::string& backup, const std::string& path) {
   const auto checksums = platform().checksums.ofFolder(backup);
   const auto isDamaged = [&](const std::string& file) {
-    const auto checksum = checksums ? (*checksums)->ofFile(file) : checksums.error();
+    const auto checksum = checksumOf(checksums, backup, file);
     return checksum && checksum->isDamaged();
   };
   const auto info = platform().files.info(path, Links::DoNotFollow);

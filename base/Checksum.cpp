@@ -45,10 +45,11 @@ std::string Checksum::text() const {
   constexpr const char* kDigits = "0123456789abcdef";
   XXH128_canonical_t canonical;
   XXH128_canonicalFromHash(&canonical, XXH3_128bits_digest(state_.get()));
-  std::string text;
+  std::string text(2 * sizeof canonical.digest, '\0');
+  auto digit = text.begin();
   for (const unsigned char byte : canonical.digest) {
-    text += kDigits[byte >> 4];
-    text += kDigits[byte & 15];
+    *digit++ = kDigits[byte >> 4];
+    *digit++ = kDigits[byte & 15];
   }
   return text;
 }

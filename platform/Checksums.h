@@ -29,9 +29,9 @@ class FolderChecksums {
  public:
   virtual ~FolderChecksums() = default;
 
-  // Reads a regular file that lies below the folder and is reached from there without any link; its whole path. A FIFO
-  // or device is refused, never waited for.
-  virtual Result<FileChecksum> ofFile(const std::string& path) const = 0;
+  // Reads a regular file that lies below the folder, at a path from there that passes no link. A FIFO or device is
+  // refused, never waited for.
+  virtual Result<FileChecksum> ofFile(const std::string& pathBelow) const = 0;
 };
 
 // Any thread, and several at once.

@@ -12,9 +12,7 @@ class OverlayChecksums : public Checksums {
   OverlayChecksums(const Checksums& disk, OverlayTree& tree) : disk_(disk), tree_(tree) {}
 
   Result<std::unique_ptr<FolderChecksums>> ofFolder(const std::string& folder) const override {
-    auto opened = disk_.ofFolder(placeOnDisk(folder));
-    if (!opened) return opened.error();
-    return std::unique_ptr<FolderChecksums>(std::make_unique<Folder>(std::move(*opened), *this));
+    return disk_.ofFolder(placeOnDisk(folder));
   }
   Result<std::optional<std::string>> held(const std::string& path) const override {
     return disk_.held(placeOnDisk(path));
@@ -23,19 +21,6 @@ class OverlayChecksums : public Checksums {
   Status setHeld(const std::string&, const std::optional<std::string>&) override { return {}; }
 
  private:
-  class Folder : public FolderChecksums {
-   public:
-    Folder(std::unique_ptr<FolderChecksums> onDisk, const OverlayChecksums& overlay)
-        : onDisk_(std::move(onDisk)), overlay_(overlay) {}
-    Result<FileChecksum> ofFile(const std::string& path) const override {
-      return onDisk_->ofFile(overlay_.placeOnDisk(path));
-    }
-
-   private:
-    std::unique_ptr<FolderChecksums> onDisk_;
-    const OverlayChecksums& overlay_;
-  };
-
   std::string placeOnDisk(const std::string& path) const {
     const std::lock_guard lock(tree_.mutex);
     return tree_.placeOnDisk(path);

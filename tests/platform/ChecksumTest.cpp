@@ -19,7 +19,9 @@ class ChecksumTest : public testing::TestWithParam<Disk> {
     auto staged = files->stageCopy({.source = from, .destination = to, .observer = observer, .checksum = checksum});
     return staged ? (*staged)->commit(StagedCopy::Existing::Keep) : staged.error();
   }
-  FileChecksum checksumOf(const std::string& path) { return *(*checksums->ofFolder(folder.path()))->ofFile(path); }
+  FileChecksum checksumOf(const std::string& path) {
+    return *(*checksums->ofFolder(folder.path()))->ofFile(path.substr(folder.path().size() + 1));
+  }
   static void carry(const std::string& path, const std::string& text) {
     ASSERT_EQ(setxattr(path.c_str(), GetParam().attribute(kChecksumAttribute).c_str(), text.data(), text.size(), 0), 0);
   }
@@ -74,6 +76,16 @@ TEST_P(ChecksumTest, WhatIsDamagedIsNotCopied) {
     ASSERT_TRUE(copy(folder / "kept/" + name, folder / name, CopyChecksum::Check).ok());
     EXPECT_EQ(checksumOf(folder / name).carried, std::nullopt);
   }
+}
+
+TEST_P(ChecksumTest, NothingOutsideOfTheFolderIsRead) {
+  writeFile(folder / "outside", "content");
+  writeFile(folder / "in/file", "content");
+  std::filesystem::create_symlink("../outside", folder / "in/link");
+  const auto in = checksums->ofFolder(folder / "in");
+  EXPECT_TRUE((*in)->ofFile("file").ok());
+  for (const char* path : {"../outside", "link", "../in/file", "/etc/passwd", ""})
+    EXPECT_FALSE((*in)->ofFile(path).ok()) << path;
 }
 
 TEST_P(ChecksumTest, AFileSystemWithoutAttributesHoldsCopiesAllTheSame) {

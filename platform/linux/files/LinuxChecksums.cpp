@@ -5,7 +5,12 @@
 #include <sys/stat.h>
 #include <sys/xattr.h>
 
+#include <memory>
+#include <mutex>
+#include <string_view>
+
 #include "base/Checksum.h"
+#include "base/Paths.h"
 #include "platform/linux/files/CarriedChecksum.h"
 #include "platform/posix/files/Errors.h"
 #include "platform/posix/files/FileContent.h"
@@ -13,10 +18,8 @@
 namespace vantory {
 namespace {
 
-Status regular(int file, const std::string& path, struct stat& status) {
-  if (fstat(file, &status) != 0) return systemError(path);
-  if (!S_ISREG(status.st_mode)) return errorWithText(std::errc::invalid_argument, path, "is no file");
-  return {};
+Error noFile(const std::string& path) {
+  return errorWithText(std::errc::invalid_argument, path, "is no file");
 }
 
 class OpenFolderChecksums : public FolderChecksums {
@@ -24,30 +27,56 @@ class OpenFolderChecksums : public FolderChecksums {
   OpenFolderChecksums(Descriptor folder, std::string path, const FileRights& rights)
       : folder_(std::move(folder)), path_(std::move(path)), rights_(rights) {}
 
-  Result<FileChecksum> ofFile(const std::string& path) const override;
+  Result<FileChecksum> ofFile(const std::string& pathBelow) const override;
 
  private:
+  using Opened = std::shared_ptr<const Descriptor>;
+
+  std::string whole(const std::string& pathBelow) const { return paths::join(path_, pathBelow); }
+  Opened openFolder(std::string_view pathBelow) const;
+  Descriptor open(const std::string& pathBelow) const;
+
   Descriptor folder_;
   std::string path_;
   const FileRights& rights_;
+  mutable std::mutex mutex_;
+  mutable std::string lastPath_;
+  mutable Opened last_;
 };
 
-Result<FileChecksum> OpenFolderChecksums::ofFile(const std::string& path) const {
+// Kept for the next file, which as a rule lies in the same.
+OpenFolderChecksums::Opened OpenFolderChecksums::openFolder(std::string_view pathBelow) const {
+  const std::lock_guard lock(mutex_);
+  if (last_ && lastPath_ == pathBelow) return last_;
+  auto opened =
+      std::make_shared<const Descriptor>(openBeneath(folder_.get(), std::string(pathBelow), O_PATH | O_DIRECTORY));
+  if (!opened->valid()) return opened;
+  lastPath_ = pathBelow;
+  return last_ = std::move(opened);
+}
+
+Descriptor OpenFolderChecksums::open(const std::string& pathBelow) const {
+  constexpr int kFlags = O_RDONLY | O_NONBLOCK | O_NOCTTY;
+  const std::size_t slash = pathBelow.rfind('/');
+  if (slash == std::string::npos) return openBeneath(folder_.get(), pathBelow, kFlags);
+  const Opened above = openFolder(std::string_view(pathBelow).substr(0, slash));
+  return above->valid() ? openBeneath(above->get(), pathBelow.substr(slash + 1), kFlags) : Descriptor();
+}
+
+Result<FileChecksum> OpenFolderChecksums::ofFile(const std::string& pathBelow) const {
   const FileRights::Scope scope(rights_);
-  if (!path.starts_with(path_ + "/"))
-    return errorWithText(std::errc::invalid_argument, path, "does not lie in " + path_);
-  const Descriptor file =
-      openBeneath(folder_.get(), path.substr(path_.size() + 1), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
-  if (!file.valid()) return systemError(path);
+  const Descriptor file = open(pathBelow);
   struct stat status;
-  if (const Status isFile = regular(file.get(), path, status); !isFile) return isFile.error();
+  if (!file.valid() || fstat(file.get(), &status) != 0) return systemError(whole(pathBelow));
+  if (!S_ISREG(status.st_mode)) return noFile(whole(pathBelow));
   FileChecksum result;
   Checksum checksum;
   const auto count = [&](std::size_t bytes) {
     result.bytes += bytes;
     return true;
   };
-  if (!addContent(file.get(), static_cast<std::uint64_t>(status.st_size), checksum, count)) return systemError(path);
+  if (!addContent(file.get(), static_cast<std::uint64_t>(status.st_size), checksum, count))
+    return systemError(whole(pathBelow));
   result.content = checksum.text();
   result.carried = carriedText(file.get(), kChecksumAttribute);
   return result;
@@ -71,9 +100,9 @@ Result<Descriptor> LinuxChecksums::openFile(const std::string& path) const {
   Descriptor file(uninterrupted([&] {
     return openat(place->at(), place->name.c_str(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_NOCTTY | O_CLOEXEC);
   }));
-  if (!file.valid()) return systemError(path);
   struct stat status;
-  if (const Status isFile = regular(file.get(), path, status); !isFile) return isFile.error();
+  if (!file.valid() || fstat(file.get(), &status) != 0) return systemError(path);
+  if (!S_ISREG(status.st_mode)) return noFile(path);
   return file;
 }
 

@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 
 #include "base/Checksum.h"
+#include "base/Paths.h"
 #include "platform/macos/darwin/Darwin.h"
 #include "platform/macos/files/Items.h"
 #include "platform/posix/files/Errors.h"
@@ -32,19 +33,18 @@ class OpenFolderChecksums : public FolderChecksums {
  public:
   OpenFolderChecksums(Descriptor folder, std::string path) : folder_(std::move(folder)), path_(std::move(path)) {}
 
-  Result<FileChecksum> ofFile(const std::string& path) const override;
+  Result<FileChecksum> ofFile(const std::string& pathBelow) const override;
 
  private:
   Descriptor folder_;
   std::string path_;
 };
 
-Result<FileChecksum> OpenFolderChecksums::ofFile(const std::string& path) const {
-  if (!path.starts_with(path_ + "/"))
-    return errorWithText(std::errc::invalid_argument, path, "does not lie in " + path_);
+Result<FileChecksum> OpenFolderChecksums::ofFile(const std::string& pathBelow) const {
+  const std::string path = paths::join(path_, pathBelow);
   darwin::ItemStatus status;
   const Result<Descriptor> file =
-      regular(macos::openBeneath(folder_.get(), path.substr(path_.size() + 1), O_RDONLY | O_NONBLOCK), path, status);
+      regular(macos::openBeneath(folder_.get(), pathBelow, O_RDONLY | O_NONBLOCK), path, status);
   if (!file) return file.error();
   FileChecksum result;
   Checksum checksum;

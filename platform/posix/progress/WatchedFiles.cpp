@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "base/Paths.h"
 #include "platform/posix/progress/ProgressLine.h"
 
 namespace vantory {
@@ -11,18 +12,19 @@ namespace {
 
 class WatchedFolderChecksums : public FolderChecksums {
  public:
-  WatchedFolderChecksums(std::unique_ptr<FolderChecksums> disk, ProgressLine& line)
-      : disk_(std::move(disk)), line_(line) {}
+  WatchedFolderChecksums(std::unique_ptr<FolderChecksums> disk, std::string folder, ProgressLine& line)
+      : disk_(std::move(disk)), folder_(std::move(folder)), line_(line) {}
 
-  Result<FileChecksum> ofFile(const std::string& path) const override {
-    line_.show("Verifying", path);
-    auto checksum = disk_->ofFile(path);
+  Result<FileChecksum> ofFile(const std::string& pathBelow) const override {
+    line_.show("Verifying", paths::join(folder_, pathBelow));
+    auto checksum = disk_->ofFile(pathBelow);
     if (checksum) line_.advance(static_cast<std::int64_t>(checksum->bytes), 1);
     return checksum;
   }
 
  private:
   std::unique_ptr<FolderChecksums> disk_;
+  std::string folder_;
   ProgressLine& line_;
 };
 
@@ -137,7 +139,7 @@ Status WatchedFileMetadata::setFinderInfo(const std::string& path, const std::st
 Result<std::unique_ptr<FolderChecksums>> WatchedChecksums::ofFolder(const std::string& folder) const {
   auto opened = disk_.ofFolder(folder);
   if (!opened) return opened;
-  return std::unique_ptr<FolderChecksums>(std::make_unique<WatchedFolderChecksums>(std::move(*opened), line_));
+  return std::unique_ptr<FolderChecksums>(std::make_unique<WatchedFolderChecksums>(std::move(*opened), folder, line_));
 }
 
 Result<std::optional<std::string>> WatchedChecksums::held(const std::string& path) const {
