@@ -32,13 +32,14 @@ LIBRARY = 'Library/Application Support/Quarrywell/Vantory/Backups'
 AUTOMATIC = [f'Autosaves/Auto Backup 2026-01-0{day}_00_00_00.vnt' for day in (1, 2, 3)]
 PREFERENCES = 'Library/Preferences'
 COMMAND_SETS = 'Library/Application Support/Motion/Command Sets'
-UNDONE = ('backup', 'replace', 'trash', 'restore', 'update')
+MOTION = f'{PREFERENCES}/com.apple.motion.plist'
+UNDONE = ('backup', 'replace', 'trash', 'restore', 'restore-keys', 'update')
 FILES = {
     f'{PREFERENCES}/com.apple.FinalCutPro.plist': b'old plist ' * 500,
     f'{PREFERENCES}/Final Cut Pro User Data/Final Cut Pro 7.0 Prefs.fcset': b'old prefs ' * 900,
     f'{PREFERENCES}/Final Cut Pro User Data/Button Bars/Default/a.fcbar': b'bar a ' * 300,
     f'{PREFERENCES}/Final Cut Pro User Data/Button Bars/b.fcbar': b'bar b ' * 700,
-    f'{PREFERENCES}/com.apple.motion.plist': b'motion ' * 100,
+    MOTION: plistlib.dumps({'Look': 'old look', 'Others': ['motion'] * 50}),
     # An item of so many files is copied by two threads, and belongs to two applications.
     **{f'{COMMAND_SETS}/set{i}.commandset': b'old set ' * 50 for i in range(8)},
 }
@@ -82,6 +83,7 @@ class Bench:
             'replace': [program, '-backup', 'Old'],
             'trash': [program, '-trash', '-allfiles'],
             'restore': [program, '-restore', self.backup],
+            'restore-keys': [program, '--restore-keys', 'Old', 'motionPrefs', 'Look'],
             'update': [driver, 'update', 'Old'],
             'move': [driver, 'move-library', self.library, other],
             'prune': [driver, 'prune'],
@@ -172,6 +174,8 @@ class Bench:
                 return f'{name} is lost'
             if finished and self.task == 'restore' and here != FILES[name]:
                 return f'{name} was not restored'
+            if finished and self.task == 'restore-keys' and name == MOTION and here != FILES[name]:
+                return f'the key of {name} was not restored'
             if finished and self.first and here != content:
                 return f'{name} did not come back'
             # The item of the button bars is the folder, which is locked without what it holds.
@@ -281,8 +285,8 @@ def main():
     parser.add_argument('program')
     parser.add_argument('driver')
     parser.add_argument('task', nargs='*',
-                        default=['backup', 'replace', 'trash', 'restore', 'update', 'move', 'prune', 'undo-trash',
-                                 'undo-restore', 'undo-update'])
+                        default=['backup', 'replace', 'trash', 'restore', 'restore-keys', 'update', 'move', 'prune',
+                                 'undo-trash', 'undo-restore', 'undo-update'])
     parser.add_argument('--every', type=int, default=1)
     parser.add_argument('--no-undo', action='store_true', help='for a Trash without notes, by which undo finds things')
     options = parser.parse_intermixed_args()
