@@ -38,7 +38,7 @@ std::string superusersProgram(const std::string& path) {
 bool PkexecRunner::authorize() {
   const std::lock_guard lock(mutex_);
   if (authorized_) return true;
-  const std::string program = superusersProgram(helperPath_);
+  const std::string program = superusersProgram(VANTORY_LIBEXEC "/vantory-root-helper");
   if (program.empty()) return false;
   auto helper = HelperProcess::start(
       {.path = kPkexec, .arguments = {"--disable-internal-agent", program}, .environment = cleanEnvironment()});

@@ -27,8 +27,6 @@ class PkexecRunner : public PrivilegedRunner {
  private:
   void letGo();
 
-  // One that others than the superuser could have put there is never started.
-  const std::string helperPath_ = VANTORY_LIBEXEC "/vantory-root-helper";
   std::mutex mutex_;  // one request at a time
   std::optional<HelperProcess> helper_;
   std::atomic<bool> authorized_ = false;
