@@ -27,9 +27,10 @@ lend_cache() {
   mkdir -p "$cache" "$root/root/.cache/ccache" && mount --bind "$cache" "$root/root/.cache/ccache"
 }
 
-# Runs lines of shell in that checkout; where they fail, the end of what they printed is told.
+# Runs lines of shell in that checkout, with this shell's options for the compiler; where they fail, the end of what they
+# printed is told.
 there() {
-  inside HOME=/root sh -ec "cd '$checkout'; $1" </dev/null >"$work/output" 2>&1 && return
+  inside HOME=/root CXXFLAGS="${CXXFLAGS-}" sh -ec "cd '$checkout'; $1" </dev/null >"$work/output" 2>&1 && return
   tail -n 15 "$work/output"
   return 1
 }
