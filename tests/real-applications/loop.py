@@ -1,0 +1,134 @@
+"""What a person goes through with an editor that misbehaves: loop.py EDITOR. Prints "yes WHAT" or "no WHAT" for each
+thing that it looks at."""
+import importlib
+import pathlib
+import subprocess
+import sys
+import time
+
+import desktop
+from desktop import key, press, wait_for
+
+editor = importlib.import_module(sys.argv[1])
+home = pathlib.Path.home()
+preferences = home / editor.FILE
+backup = home / 'Library/Application Support/Quarrywell/Vantory/Backups/Mine.vnt'
+
+
+def say(holds, what):
+    print('yes' if holds else 'no', what, flush=True)
+    if not holds:
+        desktop.picture('/tmp/picture.png')
+
+
+def vantory(*arguments):
+    return subprocess.run(['vantory', *arguments], capture_output=True, text=True)
+
+
+def runs():
+    return subprocess.run(['pgrep', '-x', editor.PROCESS], stdout=subprocess.DEVNULL).returncode == 0
+
+
+def ends(seconds=20):
+    end = time.time() + seconds
+    while runs() and time.time() < end:
+        time.sleep(0.2)
+    return not runs()
+
+
+def launch():
+    """As a desktop starts it from its menu."""
+    desktop.start('gio', 'launch', f'/usr/share/applications/{editor.ENTRY}.desktop')
+    editor.wait_until_started()
+
+
+def set_up_and_back_up():
+    launch()
+    say(editor.has_defaults(), 'its first start shows defaults')
+    editor.change_a_setting()
+    editor.quit()
+    say(ends() and preferences.exists(), 'quit, it has written its preferences')
+    made = vantory('-backup', 'Mine', editor.KEY)
+    say(made.returncode == 0 and vantory('--verify', 'Mine').returncode == 0, 'they are backed up, and the backup is sound')
+
+
+def spoil():
+    content = preferences.read_bytes()
+    preferences.write_bytes(content[:len(content) // 2])
+
+
+def do(what):
+    """For what not every editor has."""
+    if hasattr(editor, what):
+        getattr(editor, what)()
+
+
+def restore_while_it_runs():
+    launch()
+    do('dismiss_greeting')
+    do('leave_work_unsaved')
+    spoiled = preferences.read_bytes()
+    restored = vantory('-restore', str(backup))
+    say(f'{editor.NAME} is running and was skipped.' in restored.stderr and preferences.read_bytes() == spoiled,
+        'while it runs a command restores nothing, and says so')
+
+
+def trash_in_the_window():
+    window = desktop.start('vantory-window')
+    tick_and_trash()
+    press(wait_for('vantory', 'push button', 'Close and Relaunch'))
+    if hasattr(editor, 'leave_work_unsaved'):
+        answer_about_unsaved_work()
+    say(wait_for('vantory', 'dialog', 'Preferences successfully trashed', seconds=90) is not None,
+        'closed, its preferences go to the Trash')
+    editor.wait_until_started()
+    say(editor.has_defaults(), '... and it starts again, with defaults')
+    press(wait_for('vantory', 'push button', 'OK'))
+    do('dismiss_greeting')
+    editor.quit()
+    say(ends(), '... and quits')
+    window.terminate()
+
+
+def tick_and_trash():
+    press(wait_for('vantory', 'check box', 'All'))
+    subprocess.run(['xdotool', 'search', '--onlyvisible', '--name', '^Vantory$', 'windowfocus', '--sync'], check=True)
+    key('Home')
+    subprocess.run(['xdotool', 'type', editor.NAME], check=True)
+    time.sleep(0.5)
+    key('space')
+    press(wait_for('vantory', 'push button', 'Move Preferences to Trash'))
+
+
+def answer_about_unsaved_work():
+    """First that it is to be kept, then that it is not."""
+    say(editor.asks_about_work(), 'asked to close, it asks about the work that is not saved')
+    editor.keep_on_working()
+    say(wait_for('vantory', 'dialog', 'Nothing was trashed', seconds=90) is not None and runs() and preferences.exists(),
+        'kept open, it keeps work and preferences')
+    press(wait_for('vantory', 'push button', 'Try Again'))
+    press(wait_for('vantory', 'push button', 'Close and Relaunch'))
+    editor.asks_about_work()
+    editor.discard_work()
+
+
+def restore():
+    restored = vantory('-restore', str(backup))
+    say(restored.returncode == 0 and restored.stderr == '', 'quit, it gets its preferences back')
+    say(preferences.read_bytes() == (backup / 'Users/user' / editor.FILE).read_bytes(), '... the same bytes')
+    launch()
+    say(editor.has_users_settings(), '... and starts with what its user had set')
+    editor.quit()
+    say(ends() and not list(home.rglob('.vantory-*')), '... and nothing half-made is left')
+
+
+desktop.start_display()
+try:
+    set_up_and_back_up()
+    spoil()
+    restore_while_it_runs()
+    trash_in_the_window()
+    restore()
+except Exception:
+    desktop.picture('/tmp/picture.png')
+    raise
