@@ -12,6 +12,7 @@
 #include "services/log/QWLog.h"
 #include "tasks/AppController.h"
 #include "tasks/KeyList.h"
+#include "tasks/NamedBackup.h"
 #include "tasks/TaskCommand.h"
 
 namespace vantory {
@@ -38,6 +39,17 @@ void remarkOnTornDefault(const QWDataController& data, TaskReport& report) {
       report.remark(formatted("The default backup %@.", backup->flawInWords()));
 }
 
+// A path is wanted, but a name that the library knows is what people type.
+void remarkOnName(const std::string& operand, TaskReport& report) {
+  if (operand.find('/') != std::string::npos) return;
+  QWDataController& data = QWDataController::sharedController();
+  data.populateApps();
+  data.populateBackups();
+  for (const auto& backup : backupsMeant(operand, operand))
+    report.remark(
+        formatted("\"%@\" is in the library. To restore it: vantory -restore \"%@\"", operand, backup->path()));
+}
+
 }  // namespace
 
 int restoreCommand(const CommandContext& context) {
@@ -45,12 +57,14 @@ int restoreCommand(const CommandContext& context) {
   controller.postGrowlNotification("Vantory", "Restoring preferences...");
   if (context.operandCount() == 0) return context.refuseWithoutOperand();
   const std::string path = context.pathOperand(1);
-  if (!QWFileManager::fileExistsAtPath(path))
+  if (!QWFileManager::fileExistsAtPath(path)) {
+    remarkOnName(*context.operand(1), context.report);
     return context.refuse({.text = "Vantory: Unable to restore backup - backup does not exist.",
                            .log = "Unable to restore backup - backup does not exist",
                            .title = "Restore failed",
                            .description = "Backup does not exist",
                            .console = "Unable to restore backup - backup does not exist"});
+  }
   std::optional<KeyList> keys;
   if (const auto operand = context.operand(2)) keys = splitKeys(*operand);
   if (keys && keys->empty())

@@ -25,6 +25,7 @@ namespace {
 
 using ::testing::Contains;
 using ::testing::ElementsAre;
+using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::StartsWith;
@@ -299,6 +300,8 @@ TEST_F(CommandLineTest, EachFailureIsToldWhereItBelongs) {
   EXPECT_EQ(run("-restore", library("/Torn.vnt")), 0);
   EXPECT_THAT(log(), HasSubstr(nothing));
   EXPECT_THAT(fakes_.systemLog.messages(), Contains(nothing));
+  EXPECT_EQ(run("-restore Torn"), 1);  // which takes a path
+  EXPECT_THAT(fakes_.systemLog.messages().back(), EndsWith("vantory -restore \"" + library("/Torn.vnt") + "\""));
   set("defaultBackup", "Torn.vnt");
   EXPECT_EQ(run("-restoredefault"), 1);
   EXPECT_EQ(fakes_.systemLog.messages().back(), "The default backup \"Torn\" is incomplete.");
