@@ -50,6 +50,8 @@ int undoCommand(const CommandContext& context) {
   if (count > 1) return refuse(context, formatted("\"%@\" is one operand too many.", *context.operand(2)));
   const auto hold = holdForUndo();
   if (!hold && hold.error().code == std::errc::timed_out) return refuse(context, hold.error().text);
+  if (const auto names = receiptNames(); !names)
+    return refuse(context, "The receipts cannot be read. " + names.error().text);
   const std::vector<Receipt> receipts = allReceipts();
   const Receipt* receipt = newestToUndo(receipts);
   if (count == 1) {

@@ -148,11 +148,13 @@ Status TaskReceipt::open() {
   pruneReceipts(*folder);
   Timestamp begun = Runtime::current().platform().clock.now();
   std::string path = receiptPath(*folder, receiptName(begun));
-  while (isThere(path)) {
+  auto earlier = files().info(path, Links::DoNotFollow);
+  for (; earlier; earlier = files().info(path, Links::DoNotFollow)) {
     begun.nanoseconds += 1'000'000;
     if (begun.nanoseconds >= 1'000'000'000) begun = {begun.seconds + 1, begun.nanoseconds - 1'000'000'000};
     path = receiptPath(*folder, receiptName(begun));
   }
+  if (!meansMissing(earlier.error())) return earlier.error();
   name_ = receiptName(begun);
   auto file = files().openForAppending(path);
   if (!file) return file.error();
