@@ -15,10 +15,12 @@ namespace vantory {
 
 std::string placeOfDefault() {
   const auto name = QWBackup::defaultBackupName();
-  for (const auto& folder : {libraryFolder(), autosavesFolder()})
-    if (name && folder && paths::lastComponent(*name) == *name && isBackupName(*name))
-      if (std::string path = paths::join(*folder, *name); !QWFileManager::isMissingAtPath(path)) return path;
-  return libraryFolder().value_or("");
+  const auto library = libraryFolder(), automatic = autosavesFolder();
+  if (!name || !library || paths::lastComponent(*name) != *name || !isBackupName(*name)) return library.value_or("");
+  std::string path = paths::join(*library, *name);
+  if (!automatic || !QWFileManager::isMissingAtPath(path)) return path;
+  const std::string other = paths::join(*automatic, *name);
+  return QWFileManager::isMissingAtPath(other) ? path : other;
 }
 
 Status setPlaceOfDefault(const std::string& place, TaskReport& report) {

@@ -9,7 +9,7 @@ namespace vantory {
 
 class TaskReport;
 
-// The path of the default backup; the library's folder where none is, or the one that is named is not there.
+// The path of the default backup, also where it is missing: its name stays. The library's folder where none is named.
 std::string placeOfDefault();
 // Makes the backup at the path the default, or none by the library's folder. A report's record gets both places.
 Status setPlaceOfDefault(const std::string& place, TaskReport& report);

@@ -125,8 +125,9 @@ int renameCommand(const CommandContext& context) {
 int removeCommand(const CommandContext& context) {
   if (const auto refused = refuseOperands(context, 1)) return *refused;
   return withBackup(context, [&](const std::shared_ptr<QWBackup>& backup) {
-    if (backup->isDefault()) context.report.notice("There is no default backup any more.");
-    (void)library().removeBackup(backup, context.report);
+    const bool wasDefault = backup->isDefault();
+    if (library().removeBackup(backup, context.report) && wasDefault)
+      context.report.notice("There is no default backup any more.");
     context.report.summarize(formatted("\"%@\" is in the Trash now.", backup->name()));
     return 0;
   });

@@ -323,8 +323,10 @@ void UndoRun::moveBack(const ReceiptStep& deed) {
 void UndoRun::putDefaultBack(const ReceiptStep& deed) {
   if (placeOfDefault() != deed.path)
     return refuse(FileAction::Write, deed.path, "Another backup is the default since, and stays so.", deed);
-  if (isBackupName(deed.place) && (!isAllowed(deed.place) || QWFileManager::isMissingAtPath(deed.place)))
-    return refuse(FileAction::Write, deed.place, deed.place + " is no longer there to be the default backup.", deed);
+  if (isBackupName(deed.place) && !isAllowed(deed.place))
+    return refuse(FileAction::Write, deed.place, deed.place + " lies outside of the places of backups.", deed);
+  if (isBackupName(deed.place) && QWFileManager::isMissingAtPath(deed.place))
+    report_.notice(deed.place + " is not there now. It is the default backup again once it is.");
   QWLog::appendLog("Making %@ the default backup again", isBackupName(deed.place) ? deed.place : "none");
   const Status changed = setPlaceOfDefault(deed.place, report_);
   report_.add(FileAction::Write, QWUserDefaults::settingsPath(true).value_or(""), changed);
