@@ -209,11 +209,18 @@ void replaceContent(const std::string& path, std::string bytes, const FileInfo& 
 void QWPrefItem::restoreFilesFromBackup(const BackupPlace& backup, TaskReport& report) {
   const std::string root(paths::withoutTrailingSlashes(backup.path()));
   ItemRestoring restoring(&backup, key(), report);
+  bool holdsAny = !users_.empty();
   for (const std::string& pattern : files()) {
     auto sources = QWFileManager::filesMatchingWildcardPath(backup.safeUserPath(pattern), root, report);
     std::erase_if(sources, [](const std::string& source) { return !mayBeHeld(source); });
+    holdsAny |= !sources.empty();
     restoring.restoreAll(std::move(sources));
   }
+  if (!holdsAny)
+    report.failed(FileAction::Restore, root,
+                  {std::errc::no_such_file_or_directory,
+                   formatted("%@ holds no file of \"%@\", which its settings name.", root, name())},
+                  key());
   for (const auto& user : users_)
     if (user->selected() == On) user->restoreFilesFromBackup(backup, report);
 }
