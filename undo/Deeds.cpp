@@ -180,6 +180,8 @@ std::optional<bool> isUnchanged(const ReceiptStep& deed, const Receipt& receipt)
   if (!present) return std::nullopt;
   if (!deed.traits) return false;
   if (deed.action == FileAction::Create && !receipt.ended) return present->identity == deed.traits->identity;
+  // Another file where a later update was taken back, but the same copy. It is kept in the Trash anyway.
+  if (deed.action == FileAction::Replace) return isCopyOf(*present, *deed.traits);
   return *present == *deed.traits;
 }
 

@@ -129,7 +129,8 @@ void dropOvertaken(Receipt& receipt) {
   }
   std::erase_if(kept, [&](const ReceiptStep& step) {
     const auto has = [&](FileAction action) { return done.contains({action, step.path}); };
-    return step.isDone && has(FileAction::Create) && has(FileAction::Remove);
+    const bool isPassing = step.action == FileAction::Create || step.action == FileAction::Remove;
+    return isPassing && step.isDone && has(FileAction::Create) && has(FileAction::Remove);
   });
   std::ranges::reverse(kept);
   receipt.steps = std::move(kept);

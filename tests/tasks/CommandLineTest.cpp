@@ -202,6 +202,25 @@ TEST_F(CommandLineTest, UndoTakesTheNewestTaskBack) {
   EXPECT_THAT(fakes_.systemLog.messages().back(), StartsWith("There is no receipt \"2026\""));
 }
 
+TEST_F(CommandLineTest, UndoOfTheLibrarysTasksLeavesNoneOut) {
+  setClockRight();
+  for (const char* line : {"-backup A", "-backup B", "--default A", "--remove A", "--default B", "--undo", "--undo"})
+    EXPECT_EQ(run(line), 0) << line;
+  EXPECT_EQ(heldBy(library("/A.vnt")), kAll);
+  EXPECT_EQ(run("--list-backups"), 0);
+  EXPECT_THAT(output_.str(), HasSubstr("default"));
+
+  // A backup that only replaced another, and then found nothing to hold.
+  for (const char* line : {"-trash -allfiles", "-backup A"}) EXPECT_EQ(run(line), 0);
+  EXPECT_FALSE(exists(library("/A.vnt")));
+  EXPECT_EQ(run("--undo"), 0);
+  EXPECT_EQ(heldBy(library("/A.vnt")), kAll);
+
+  // A restore without the copies is not whole.
+  fs::remove_all(library("/A.vnt/Users"));
+  EXPECT_EQ(run("--strict -restore", library("/A.vnt")), 3);
+}
+
 TEST_F(CommandLineTest, UndoLeavesWhatHasChangedSince) {
   setClockRight();
   EXPECT_EQ(run("-backup Set"), 0);

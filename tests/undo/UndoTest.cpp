@@ -221,6 +221,16 @@ TEST_F(UndoTest, AnUpdatedBackupAndALockComeBack) {
   EXPECT_TRUE(undo().isWhole());
   EXPECT_EQ(readFile(copies + "b.plist"), "old");
 
+  // Of several updates each, though the copy that came back is another file.
+  for (const char* text : {"second", "third!"}) {
+    fill(text);
+    task("update", [&](TaskReport& report) { EXPECT_EQ(backup->writeData(report, true), WriteResult::Success); });
+  }
+  for (const char* text : {"second", "old"}) {
+    EXPECT_TRUE(undo().isWhole());
+    EXPECT_EQ(readFile(copies + "b.plist"), text);
+  }
+
   metadata_.locked = {prefs("a.plist")};
   task("lock", [&](TaskReport& report) { item()->lockFiles(On, report); });
   EXPECT_EQ(metadata_.locked.size(), 4u);
