@@ -63,8 +63,9 @@ bool isBackup(const std::string& operand, const AppList& held) {
 
 std::string headingOf(const ComparisonRequest& request) {
   if (request.before)
-    return formatted("What changes from \"%@\" to \"%@\":", request.before->name(), request.after->name());
-  return formatted("What restoring \"%@\" would change:", request.after->name());
+    return formatted("What changes from \"%@\" to \"%@\":", printable(request.before->name()),
+                     printable(request.after->name()));
+  return formatted("What restoring \"%@\" would change:", printable(request.after->name()));
 }
 
 template <class List, class Line>
