@@ -32,6 +32,12 @@ as_root "$program" --json --home $vanna/ -restore "$(library_of $vanna)/One.vnt"
 check "restored to where it came from" eval 'ended 0 && holds $vanna/Library/Preferences/$motion "vanna'\''s" && holds $vanna/.local/share/Trash/files/$motion newer && own $vanna'
 as_root "$program" --home $vanna --verify One
 check "a question" eval 'ended 0 && grep -q sound "$work/out"'
+# The owner may trace a program that is started there.
+printf '#!/bin/sh\n{ ps -o tty= -p $$; pwd; } >"$HOME/seen"\n' >"$work/vantory-desktop"; chmod 755 "$work/vantory-desktop"
+put $vanna/.local/share/applications/com.apple.motion.desktop "[Desktop Entry]"; chown -R vanna $vanna/.local
+(cd /root && script -qec "'$program' --home $vanna -restore '$(library_of $vanna)/One.vnt'" /dev/null) </dev/null >"$work/out" 2>"$work/err"
+check "what is started there has neither root's terminal nor its folder" [ "$(tr -s ' \n' ' ' <$vanna/seen)" = "? / " ]
+rm "$work/vantory-desktop"
 put /tmp/srv/secret secret; chmod 600 /tmp/srv/secret
 rm $vanna/Library/Preferences/$motion; ln -s /tmp/srv/secret $vanna/Library/Preferences/$motion
 as_root "$program" --home $vanna -backup Two

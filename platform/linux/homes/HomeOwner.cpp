@@ -1,18 +1,23 @@
 // Finds the owner of a home, and becomes that user.
 #include "platform/linux/homes/HomeOwner.h"
 
+#include <fcntl.h>
 #include <grp.h>
+#include <sys/ioctl.h>
 #include <sys/prctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <climits>
+#include <csignal>
 #include <cstdlib>
 #include <optional>
 #include <utility>
 #include <vector>
 
 #include "base/Paths.h"
+#include "platform/posix/files/Descriptor.h"
 #include "platform/posix/files/EnvironmentFolder.h"
 #include "platform/posix/files/Errors.h"
 #include "platform/posix/kernel/Kernel.h"
@@ -72,6 +77,17 @@ void takeRuntimeFolderOf(const HomeOwner& owner) {
     setenv("XDG_RUNTIME_DIR", folder.c_str(), 1);
 }
 
+// A program that this process starts can be looked into by the owner, and must not reach the superuser's terminal.
+Status leaveTerminal() {
+  const Descriptor terminal(open("/dev/tty", O_RDWR | O_NOCTTY | O_CLOEXEC));
+  if (!terminal.valid()) return {};
+  const auto earlier = std::signal(SIGHUP, SIG_IGN);  // which the first process of a session is sent
+  const bool hasLeft = ioctl(terminal.get(), TIOCNOTTY) == 0;
+  const int cause = errno;
+  std::signal(SIGHUP, earlier);
+  return hasLeft ? Status() : systemError("/dev/tty", cause);
+}
+
 }  // namespace
 
 Result<HomeOwner> ownerOfHome(const std::string& home) {
@@ -92,6 +108,7 @@ Result<HomeOwner> ownerOfHome(const std::string& home) {
 // The superuser's terminal, and whoever reads what this process says, are not to be reached by the owner's others.
 Status becomeOwner(const HomeOwner& owner) {
   const User& user = owner.user;
+  if (const Status left = leaveTerminal(); !left) return left;
   if (initgroups(owner.name.c_str(), user.group) != 0 || setresgid(user.group, user.group, user.group) != 0 ||
       setresuid(user.id, user.id, user.id) != 0)
     return systemError(owner.name);

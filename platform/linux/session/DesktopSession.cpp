@@ -47,17 +47,19 @@ std::vector<std::string> environmentOf(const User& user, const std::string& name
 
 }  // namespace
 
-// By setpriv the superuser's rights are gone before the helper begins.
+// By setpriv the superuser's rights are gone before the helper begins. Its user may look into it, who need not be the
+// one at the terminal.
 Result<ChildProgram> desktopHelperProgram(const Users& users) {
   const std::string program = helperProgram(kProgram);
   if (program.empty()) return errorWithText(std::errc::no_such_file_or_directory, kProgram, "not installed");
-  if (!users.isSuperuser()) return ChildProgram{.path = program, .environment = ownEnvironment()};
+  if (!users.isSuperuser()) return ChildProgram{.path = program, .environment = ownEnvironment(), .isApart = true};
   const std::optional<User> user = users.consoleUser();
   if (!user) return errorWithText(std::errc::no_such_process, kProgram, "nobody is logged in at the console");
   return ChildProgram{.path = "/usr/bin/setpriv",
                       .arguments = {"--reuid=" + std::to_string(user->id), "--regid=" + std::to_string(user->group),
                                     "--init-groups", "--inh-caps=-all", "--", program},
-                      .environment = environmentOf(*user, users.nameOf(*user))};
+                      .environment = environmentOf(*user, users.nameOf(*user)),
+                      .isApart = true};
 }
 
 bool hasSessionBus() {

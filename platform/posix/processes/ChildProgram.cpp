@@ -58,6 +58,10 @@ class ChildSetup {
     }
     return posix_spawn_file_actions_adddup2(&actions_, descriptor, stream);
   }
+  int setApart() {
+    flags_ |= POSIX_SPAWN_SETSID;
+    return posix_spawn_file_actions_addchdir_np(&actions_, "/");
+  }
   int closeOthers() { return kernel::closeOthers(actions_, flags_, kFirstOtherDescriptor); }
 
   // What this process ignores or blocks is no matter of the child's.
@@ -126,6 +130,7 @@ Result<pid_t> startChild(const ChildProgram& program) {
   int number = setup.connect(STDIN_FILENO, program.input, O_RDONLY);
   if (number == 0) number = setup.connect(STDOUT_FILENO, program.output, O_WRONLY);
   if (number == 0) number = setup.connect(STDERR_FILENO, program.errors, O_WRONLY);
+  if (number == 0 && program.isApart) number = setup.setApart();
   if (number == 0) number = setup.closeOthers();
   if (number == 0) number = setup.resetSignals();
   if (number == 0) number = setup.start(program, child);

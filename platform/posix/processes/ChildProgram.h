@@ -22,6 +22,9 @@ struct ChildProgram {
   int input = kNullDevice;
   int output = kNullDevice;
   int errors = kNullDevice;
+  // In a session of its own, without this process's terminal, and in the root folder: for what somebody else may look
+  // into, who must reach neither that terminal nor that folder.
+  bool isApart = false;
 };
 
 // Answers the child's process number; the caller waits for it. Any thread.
