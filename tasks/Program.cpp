@@ -72,20 +72,23 @@ class TaskEnding {
     if (command_.deed && exitCode == 0 && report.isWhole() && report.remarks().empty() &&
         platform().system.hasTerminal()) {
       const std::string sentence = sentenceOn(*command_.deed, report);
-      const std::string undo = receipt && receipt->isOfUse() ? " Undo: " + undoCommand(*receipt) : "";
+      const std::string undo = receipt && receipt->isOfUse() ? undoHint(*receipt) : "";
       if (!sentence.empty()) errors_ << printable(sentence) << undo << '\n';
     }
     return exitCode;
   }
 
  private:
-  // As it is to be typed.
-  static std::string undoCommand(const TaskReceipt& receipt) {
+  // As it is to be typed; none where the home's name is one that a shell would read otherwise.
+  static std::string undoHint(const TaskReceipt& receipt) {
     std::string command = receipt.undoCommand();
-    const std::string_view program = "vantory";
-    if (Runtime::current().isHomeNamed)
-      command.insert(program.size(), " --home \"" + QWLocalPaths::userDirectory().value_or("") + "\"");
-    return command;
+    if (Runtime::current().isHomeNamed) {
+      const std::string home = QWLocalPaths::userDirectory().value_or("");
+      if (home != printable(home) || home.find_first_of("\"$\\`!") != std::string::npos) return "";
+      const std::string_view program = "vantory";
+      command.insert(program.size(), " --home \"" + home + "\"");
+    }
+    return " Undo: " + command;
   }
 
   std::string json(int exitCode, const TaskReport& report) const {

@@ -5,6 +5,7 @@
 #include <istream>
 #include <ostream>
 #include <set>
+#include <sstream>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -50,7 +51,7 @@ std::string jsonLine(const HomeResult& result) {
     fields.append("skipped", result.counts->skipped);
     fields.append("failed", result.counts->failed);
   }
-  fields.append("why", result.why);
+  fields.append("why", printable(result.why));
   std::string line = onOneLine(writeJson(std::move(fields)));
   if (!result.output.empty()) line.insert(line.size() - 1, ",\"report\": " + onOneLine(result.output));
   return line;
@@ -159,10 +160,11 @@ class HomeList {
     for (const std::string& home : *homes) addHome(home);
     return {};
   }
-  // Every line is a path as it stands.
+  // Every line is a path as it stands, or many with a zero byte behind each.
   void addLines(std::istream& input) {
     for (std::string line; std::getline(input, line);)
-      if (!line.empty()) addHome(paths::absolute(line, folder_));
+      for (const std::string& path : split(line, '\0'))
+        if (!path.empty()) addHome(paths::absolute(path, folder_));
   }
   const std::vector<std::string>& homes() const { return homes_; }
 
@@ -180,8 +182,12 @@ class HomeList {
 }  // namespace
 
 int runHomes(const HomeOptions& options, const std::string& folder, HomeWorkers& workers, const HomesStreams& streams) {
+  const bool inJson = std::ranges::count(options.arguments, kJson) > 0;
   const auto refuse = [&](const std::string& reason) {
-    return refuseLine(reason, options.arguments, streams.output, streams.errors);
+    std::ostringstream output;
+    const int code = refuseLine(reason, options.arguments, output, streams.errors);
+    if (inJson) streams.output << onOneLine(output.str()) << '\n';
+    return code;
   };
   if (!chooseCommand(options.arguments) && !beginsWithQuestion(options.arguments))
     return refuse("Behind the homes a task or a question is missing. See \"vantory --help\".");
@@ -194,7 +200,6 @@ int runHomes(const HomeOptions& options, const std::string& folder, HomeWorkers&
   }
   if (list.homes().empty()) return refuse("There is no such home.");
   const std::size_t jobs = options.jobs.value_or(std::max(1U, std::thread::hardware_concurrency()));
-  const bool inJson = std::ranges::count(options.arguments, kJson) > 0;
   return HomesRun(workers, streams, inJson).run(list.homes(), jobs);
 }
 

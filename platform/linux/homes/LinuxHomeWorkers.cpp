@@ -134,7 +134,7 @@ HomeResult passedOver(int exitCode, std::string why) {
 
 }  // namespace
 
-LinuxHomeWorkers::LinuxHomeWorkers(HomeWork work) : work_(std::move(work)), endRequest_(signals_.startReporting()) {
+LinuxHomeWorkers::LinuxHomeWorkers(HomeWork work) : work_(std::move(work)) {
   fillStandardStreams();
   std::signal(SIGPIPE, SIG_IGN);  // a reader that has gone ends nothing
 }
@@ -161,7 +161,10 @@ Result<std::vector<std::string>> LinuxHomeWorkers::homesMatching(const std::stri
   return homes;
 }
 
+// While homes are only looked for, a signal ends the program as by default: the folder above may be dead.
 Status LinuxHomeWorkers::start(const std::string& home) {
+  if (!isReporting_) endRequest_ = signals_.startReporting();
+  isReporting_ = true;
   std::array<int, 2> ends{};
   if (pipe2(ends.data(), O_CLOEXEC) != 0) return systemError(home);
   Descriptor here(ends[0]), there(ends[1]);

@@ -54,7 +54,8 @@ class LinuxHomeWorkers : public HomeWorkers {
   const HomeWork work_;
   std::list<Worker> workers_;
   LinuxTerminationSignals signals_;
-  int endRequest_;  // -1 when it was heard
+  bool isReporting_ = false;
+  int endRequest_ = -1;  // until the first home is begun, and when it was heard
 };
 
 }  // namespace vantory
