@@ -7,5 +7,6 @@ if ! mkdir -p "$folder" || [ ! -w "$folder" ]; then
   echo "install.sh: $folder cannot be written: name another, or use sudo." >&2
   exit 1
 fi
-for part in bin libexec share; do cp -R "$here/$part" "$folder/"; done
+# Not over what is there: the system ends a program whose file has changed under its signature.
+(cd "$here" && tar -cf - bin libexec share) | tar -C "$folder" -xUof -
 echo "Vantory is $folder/bin/vantory. What is to be known on macOS: $folder/share/doc/vantory/macos.md"

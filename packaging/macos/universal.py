@@ -76,6 +76,8 @@ def faults_of_signature(program, command):
         yield "its signature covers something else"
         return
     page = 1 << bits
+    if pages != -(-end // page):
+        yield "its signature leaves pages out"
     for i in range(pages):
         wanted = program[start + hashes + i * size:][:size]
         if hashlib.sha256(program[i * page:min((i + 1) * page, end)]).digest() != wanted:
