@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <ostream>
 
+#include "base/ExitCodes.h"
 #include "base/Json.h"
 #include "base/Text.h"
 #include "tasks/TaskOptions.h"
@@ -12,7 +13,6 @@ namespace vantory {
 
 int refuseLine(const std::string& reason, const std::vector<std::string>& arguments, std::ostream& output,
                std::ostream& errors) {
-  constexpr int kNotBegun = 1;
   errors << "Vantory: " << printable(reason) << '\n';
   if (std::ranges::count(arguments, kJson) > 0) {
     PropertyListDictionary refusal;

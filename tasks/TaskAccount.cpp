@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <set>
 
+#include "base/ExitCodes.h"
 #include "base/Format.h"
 #include "base/Text.h"
 #include "platform/SystemLog.h"
@@ -21,9 +22,6 @@ namespace {
 using Outcome = FileReport::Outcome;
 
 constexpr std::size_t kMostLines = 10;  // of one kind
-
-constexpr int kDoneInPart = 3;
-constexpr int kNothingMatched = 4;
 
 // One line on standard error and in the system's log.
 void tell(const std::string& line) {

@@ -3,6 +3,7 @@
 
 #include <sstream>
 
+#include "base/ExitCodes.h"
 #include "services/TaskReport.h"
 #include "tasks/Program.h"
 #include "tasks/Question.h"
@@ -39,7 +40,6 @@ std::vector<std::string> argumentsForEach(std::vector<std::string> arguments) {
 }
 
 HomeResult runInHome() {
-  constexpr int kNothingMatched = 4;
   std::ostringstream output, errors;
   HomeResult result;
   const auto noWindow = [](const std::string& program, const std::vector<std::string>&) -> Status {

@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/ExitCodes.h"
 #include "base/Json.h"
 #include "base/Paths.h"
 #include "base/Text.h"
@@ -24,10 +25,6 @@
 namespace vantory {
 
 namespace {
-
-constexpr int kNotBegun = 1;
-constexpr int kNotWhole = 3;
-constexpr int kNothingMatched = 4;
 
 // Line ends in JSON lie between its parts only, never within a text.
 std::string onOneLine(const std::string& json) {
@@ -136,7 +133,7 @@ class HomesRun {
     const auto all = [&](int code) { return exitCodes_.size() == 1 && exitCodes_.contains(code); };
     if (all(kNotBegun) || all(kNothingMatched)) return *exitCodes_.begin();
     const bool isWhole = std::ranges::all_of(exitCodes_, [](int code) { return code == 0 || code == kNothingMatched; });
-    return isWhole ? 0 : kNotWhole;
+    return isWhole ? 0 : kDoneInPart;
   }
 
   HomeWorkers& workers_;

@@ -19,6 +19,7 @@
 #include <string_view>
 #include <utility>
 
+#include "base/ExitCodes.h"
 #include "base/Paths.h"
 #include "platform/linux/homes/HomeOwner.h"
 #include "platform/linux/homes/RecentChanges.h"
@@ -33,11 +34,6 @@ namespace {
 
 using Steady = std::chrono::steady_clock;
 using namespace std::chrono_literals;
-
-// As with "--strict".
-constexpr int kNotBegun = 1;
-constexpr int kPassedOver = 3;
-constexpr int kNothingThere = 4;
 
 constexpr std::chrono::seconds kBusy = 60s;
 // More than a task can have to say; beyond it its process is not listened to.
@@ -188,9 +184,9 @@ void LinuxHomeWorkers::workIn(const std::string& home, Descriptor answer) const 
     HomeResult result;
     if (!entered) {
       const bool isNobodys = entered.error().code == std::errc::operation_not_supported;
-      result = passedOver(isNobodys ? kNothingThere : kNotBegun, sentence(entered.error()));
+      result = passedOver(isNobodys ? kNothingMatched : kNotBegun, sentence(entered.error()));
     } else if (busyFile) {
-      result = passedOver(kPassedOver, "Somebody works there: " + *busyFile + " was changed within the last minute.");
+      result = passedOver(kDoneInPart, "Somebody works there: " + *busyFile + " was changed within the last minute.");
     } else {
       result = work_.run();
     }
@@ -244,7 +240,7 @@ void LinuxHomeWorkers::read(Worker& worker) {
 }
 
 std::optional<HomeResult> LinuxHomeWorkers::resultOf(Worker& worker) {
-  HomeResult result{.home = worker.home, .owner = {}, .exitCode = kPassedOver};
+  HomeResult result{.home = worker.home, .owner = {}, .exitCode = kDoneInPart};
   if (!worker.isAtEnd) {
     if (Steady::now() < worker.deadline || !standsStill(worker)) return std::nullopt;
     // One that waits in the kernel for a dead file system may never end; nobody waits for it.
@@ -252,7 +248,7 @@ std::optional<HomeResult> LinuxHomeWorkers::resultOf(Worker& worker) {
     waitForChild(worker.process, 100ms);
     const bool wasBegun = !worker.said.empty();
     understand(worker.said, result);
-    result.exitCode = wasBegun ? kPassedOver : kNotBegun;
+    result.exitCode = wasBegun ? kDoneInPart : kNotBegun;
     result.why = "It does not answer: the file system may be dead.";
     return result;
   }
