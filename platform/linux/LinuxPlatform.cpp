@@ -3,7 +3,6 @@
 
 #include <unistd.h>
 
-#include <csignal>
 #include <cstdlib>
 
 #include "platform/linux/files/LinuxChecksums.h"
@@ -92,9 +91,7 @@ struct LinuxPlatform::Parts {
 LinuxPlatform::LinuxPlatform(std::vector<std::string> arguments, std::string startedProgram, Progress progress) {
   dropBorrowedIdentity();
   fillStandardStreams();
-  // A file-size limit, and a reader that has gone, are errors to report, not the end in the middle of a task.
-  signal(SIGXFSZ, SIG_IGN);
-  signal(SIGPIPE, SIG_IGN);
+  ignoreFailedWrites();
   parts_ = std::make_unique<Parts>(std::move(arguments), std::move(startedProgram));
   Parts& p = *parts_;
   if (progress == Progress::Shown) p.showProgress();

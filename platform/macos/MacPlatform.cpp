@@ -3,7 +3,6 @@
 
 #include <unistd.h>
 
-#include <csignal>
 #include <cstdlib>
 
 #include "platform/macos/files/MacChecksums.h"
@@ -67,9 +66,7 @@ struct MacPlatform::Parts {
 MacPlatform::MacPlatform(std::vector<std::string> arguments, Progress progress) {
   dropBorrowedIdentity();
   fillStandardStreams();
-  // A file-size limit, and a reader that has gone, are errors to report, not the end in the middle of a task.
-  signal(SIGXFSZ, SIG_IGN);
-  signal(SIGPIPE, SIG_IGN);
+  ignoreFailedWrites();
   parts_ = std::make_unique<Parts>(std::move(arguments));
   Parts& p = *parts_;
   if (progress == Progress::Shown) p.disk.show();

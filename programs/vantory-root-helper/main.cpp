@@ -4,7 +4,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <csignal>
 #include <cstdlib>
 
 #include "platform/linux/helpers/Channel.h"
@@ -23,8 +22,7 @@ constexpr int kRefused = 77;
 
 // Nothing of the caller's: no variables, no folder, no mask.
 bool leaveSurroundings() {
-  signal(SIGPIPE, SIG_IGN);
-  signal(SIGXFSZ, SIG_IGN);
+  ignoreFailedWrites();
   umask(077);
   return clearenv() == 0 && chdir("/") == 0;
 }

@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <csignal>
 #include <initializer_list>
 #include <thread>
 
@@ -15,7 +16,6 @@ namespace vantory {
 
 namespace {
 
-constexpr int kSignalled = 128;
 constexpr std::chrono::milliseconds kFirstPause{1};
 constexpr std::chrono::milliseconds kLongestPause{20};
 
@@ -36,13 +36,21 @@ void fillStandardStreams() {
     if (fcntl(stream, F_GETFD) < 0) (void)open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
 }
 
+void ignoreFailedWrites() {
+  for (const int signal : {SIGXFSZ, SIGPIPE}) std::signal(signal, SIG_IGN);
+}
+
+int endOf(int waitStatus) {
+  constexpr int kSignalled = 128;
+  return WIFEXITED(waitStatus) ? WEXITSTATUS(waitStatus) : kSignalled + WTERMSIG(waitStatus);
+}
+
 // No call waits for a child with a limit, so it is asked for, less and less often.
 std::optional<int> waitForChild(pid_t child, std::chrono::milliseconds limit) {
   const auto end = std::chrono::steady_clock::now() + limit;
   for (auto pause = kFirstPause;; pause = std::min(pause * 2, kLongestPause)) {
     int status = 0;
-    if (waitpid(child, &status, WNOHANG) == child)
-      return WIFEXITED(status) ? WEXITSTATUS(status) : kSignalled + WTERMSIG(status);
+    if (waitpid(child, &status, WNOHANG) == child) return endOf(status);
     if (std::chrono::steady_clock::now() >= end) return std::nullopt;
     std::this_thread::sleep_for(pause);
   }

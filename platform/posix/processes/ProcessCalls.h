@@ -20,7 +20,14 @@ Status replaceProgram(const std::string& program, const std::vector<std::string>
 // round, so that whoever writes to one is told.
 void fillStandardStreams();
 
-// Blocks until the child has ended: its exit status, or 128 plus the signal that ended it. None when it runs on after
+// A file-size limit, and a reader that has gone, are from here on errors to report, not the end in the middle of a
+// task.
+void ignoreFailedWrites();
+
+// What a child's wait status says: its exit status, or 128 plus the signal that ended it.
+int endOf(int waitStatus);
+
+// Blocks until the child has ended, and answers as endOf(). None when it runs on after
 // the time; it is then still to be collected. Any thread.
 std::optional<int> waitForChild(pid_t child, std::chrono::milliseconds limit);
 

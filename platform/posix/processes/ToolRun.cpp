@@ -12,6 +12,7 @@
 #include "platform/posix/files/Descriptor.h"
 #include "platform/posix/files/Errors.h"
 #include "platform/posix/kernel/Kernel.h"
+#include "platform/posix/processes/ProcessCalls.h"
 
 namespace vantory {
 
@@ -21,7 +22,6 @@ using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
 constexpr std::size_t kLongestText = 64 * 1024;
-constexpr int kSignalled = 128;
 
 // Adds what can be read to the text, as far as it has room; false at the end.
 bool readSome(int stream, std::string& text) {
@@ -68,7 +68,7 @@ Result<ToolEnd> runTool(ChildProgram tool, milliseconds limit) {
   int status = 0;
   uninterrupted([&] { return waitpid(*started, &status, 0); });
   if (!ended) return errorWithText(std::errc::timed_out, tool.path, "no answer in time");
-  end.status = WIFEXITED(status) ? WEXITSTATUS(status) : kSignalled + WTERMSIG(status);
+  end.status = endOf(status);
   return end;
 }
 
