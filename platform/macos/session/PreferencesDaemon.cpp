@@ -2,8 +2,8 @@
 #include "platform/macos/session/PreferencesDaemon.h"
 
 #include <chrono>
-#include <string_view>
 
+#include "base/Paths.h"
 #include "platform/macos/darwin/Darwin.h"
 #include "platform/posix/processes/ToolRun.h"
 
@@ -13,10 +13,6 @@ namespace {
 
 constexpr std::chrono::seconds kPatience{10};
 
-bool isInside(std::string_view path, std::string_view folder) {
-  return path.starts_with(folder) && (path.size() == folder.size() || path[folder.size()] == '/');
-}
-
 }  // namespace
 
 // Those of sandboxed applications lie in containers, laid out as a home is.
@@ -24,8 +20,9 @@ bool PreferencesDaemon::keeps(const std::string& path) const {
   const std::optional<User> user = users_.processUser();
   if (!user) return false;
   const std::string library = user->home + "/Library";
-  if (isInside(path, library + "/Preferences")) return true;
-  const bool isInContainer = isInside(path, library + "/Containers") || isInside(path, library + "/Group Containers");
+  if (paths::isWithin(path, library + "/Preferences")) return true;
+  const bool isInContainer =
+      paths::isWithin(path, library + "/Containers") || paths::isWithin(path, library + "/Group Containers");
   return isInContainer && path.find("/Library/Preferences", library.size()) != std::string::npos;
 }
 
