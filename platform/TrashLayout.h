@@ -8,12 +8,18 @@
 #include <string>
 #include <string_view>
 
+#include "base/Paths.h"
 #include "base/Text.h"
 
 namespace vantory {
 
 inline constexpr const char* kTrashItemsFolder = "files";
 inline constexpr const char* kTrashNotesFolder = "info";
+
+// Whether what lies in this folder of a Trash has notes; not every system's has.
+inline bool hasTrashNotes(std::string_view folder) {
+  return paths::lastComponent(folder) == kTrashItemsFolder;
+}
 
 // The name of an item's note.
 inline std::string trashNoteName(std::string_view trashedName) {

@@ -91,17 +91,13 @@ TrashDates trashDates(Timestamp begun, std::optional<Timestamp> ended) {
   return dates;
 }
 
-bool hasTrashNotes(const std::string& place) {
-  return paths::lastComponent(paths::parent(place)) == kTrashItemsFolder;
-}
-
 std::string trashNotePath(const std::string& place) {
   return paths::join(paths::join(trashOf(place), kTrashNotesFolder), trashNoteName(paths::lastComponent(place)));
 }
 
 Result<TrashedItem> trashedItemAt(const std::string& place) {
   const Error missing{std::errc::no_such_file_or_directory, place + " is not in the Trash."};
-  if (!hasTrashNotes(place) || !isTrash(trashOf(place))) return missing;
+  if (!hasTrashNotes(paths::parent(place)) || !isTrash(trashOf(place))) return missing;
   if (QWFileManager::isMissingAtPath(place)) return missing;
   const auto note = platform().files.read(trashNotePath(place));
   if (!note) return note.error();

@@ -28,8 +28,6 @@ struct TrashDates {
   bool hold(const std::string& date) const { return date >= first && (!last || date <= *last); }
 };
 TrashDates trashDates(Timestamp begun, std::optional<Timestamp> ended);
-// Whether a Trash with this place has notes; not every system's has.
-bool hasTrashNotes(const std::string& place);
 // Where the note of what lies at this place of a Trash is.
 std::string trashNotePath(const std::string& place);
 // What the note says of the item at this place. Fails with no_such_file_or_directory where there is no item, no note

@@ -13,6 +13,7 @@
 #include "base/Format.h"
 #include "base/Paths.h"
 #include "platform/FileSystem.h"
+#include "platform/TrashLayout.h"
 #include "services/QWLocalPaths.h"
 #include "services/Runtime.h"
 #include "services/files/QWFileManager.h"
@@ -181,7 +182,7 @@ void UndoRun::takeBack(const ReceiptStep& deed) {
 // The note tells whether it is the same: another may lie under its name since the Trash was emptied.
 void UndoRun::putBack(const ReceiptStep& deed) {
   if (staying_.contains(deed.path) || trashedFolders_.contains(deed.path)) return;  // told, or taken from it
-  if (!hasTrashNotes(deed.place))
+  if (!hasTrashNotes(paths::parent(deed.place)))
     return refuse(FileAction::PutBack, deed.path,
                   formatted("%@ was moved to the Trash as %@ and must be put back by hand: this Trash does not tell "
                             "whether that is still the same.",

@@ -28,7 +28,7 @@ struct TrashPlace {
 };
 
 TrashPlace placeInTrash(const std::string& trashFolder, const std::string& name) {
-  if (paths::lastComponent(trashFolder) != kTrashItemsFolder) return {paths::join(trashFolder, name)};
+  if (!hasTrashNotes(trashFolder)) return {paths::join(trashFolder, name)};
   const std::string noteFolder = paths::join(paths::parent(trashFolder), kTrashNotesFolder);
   return {paths::join(trashFolder, name), paths::join(noteFolder, trashNoteName(name))};
 }
