@@ -48,7 +48,11 @@ check "a check changes nothing" eval 'ended 0 && [ ! -e /tmp/one/etc/vantory ] &
 play setup.yml
 service=/etc/systemd/system/vantory-homes.service
 check "units and catalog files on both" eval 'ended 0 && changed 5 && [ -e /tmp/one/etc/vantory/catalogs/Editor.plist ] && [ -L /tmp/two/etc/systemd/system/timers.target.wants/vantory-homes.timer ]'
-check "a unit that does what it says" eval 'for line in 1 2; do chroot /tmp/two sh -c "$(grep ^ExecStart= /tmp/two$service | sed -n "${line}s/ExecStart=//p")" || exit; done; [ -n "$(find /tmp/two/home/vanna -name "Auto Backup*.vnt")" ]'
+run_unit() {
+  local what line
+  for what in Start StopPost; do line=$(sed -n "s/^Exec$what=//p" /tmp/two$service | grep .) && chroot /tmp/two sh -c "$line" || return; done
+}
+check "a unit that does what it says" eval 'run_unit && [ -n "$(find /tmp/two/home/vanna -name "Auto Backup*.vnt")" ]'
 play setup.yml
 check "a second run changes nothing" eval 'ended 0 && changed 0'
 play run.yml --check -e '{"vantory_task": ["-trash"]}'
