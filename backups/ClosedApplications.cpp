@@ -66,6 +66,7 @@ ClosedApplications::Answer ClosedApplications::makeWay(const std::string& name, 
 ClosedApplications::Answer ClosedApplications::close(const std::string& name, const std::string& identifier) {
   say(words_.toClose);
   const bool isClosed = Runtime::current().guard->closeAppWithName(name, identifier, isCancelled_);
+  if (isClosed) say(words_.closed);
   if (isCancelled_ && isCancelled_()) {
     report_.cancelled();
     return Answer::Cancel;
@@ -75,7 +76,6 @@ ClosedApplications::Answer ClosedApplications::close(const std::string& name, co
     report_.passedOver(name, formatted("%@ could not be closed and was skipped.", name));
     return Answer::PassOver;
   }
-  say(words_.closed);
   closed_.push_back({name, identifier});
   return Answer::Proceed;
 }
