@@ -27,8 +27,8 @@ struct BackupCheck {
   std::size_t withoutChecksum = 0;
   bool isHeldKnown = false;  // whether the settings file says how many files there are
   std::vector<BackupFault> faults;
-  std::vector<BackupFault>
-      remarks;  // no damage: links that lead out of the backup from inside of a folder, and are kept
+  // No damage: links that lead out of the backup from inside of a folder, and are kept.
+  std::vector<BackupFault> remarks;
 
   bool isSound() const { return faults.empty(); }
 };

@@ -48,48 +48,44 @@ std::vector<DatedBackup> backupsBefore(Timestamp date) {
   return backups;
 }
 
-// Of a file at a whole path.
-Result<FileChecksum> checksumOf(const Result<std::unique_ptr<FolderChecksums>>& backup, const std::string& folder,
-                                const std::string& path) {
-  if (!backup) return backup.error();
-  if (!path.starts_with(folder + "/")) return Error{std::errc::invalid_argument, path + ": does not lie in " + folder};
-  return (*backup)->ofFile(path.substr(folder.size() + 1));
+enum class CopyState { Sound, Damaged, Unknown };
+
+// Of a file at a whole path, which has to lie in the folder.
+CopyState stateOfFile(const FolderChecksums& backup, const std::string& folder, const std::string& path) {
+  if (!path.starts_with(folder + "/")) return CopyState::Unknown;
+  const auto checksum = backup.ofFile(path.substr(folder.size() + 1));
+  if (!checksum) return CopyState::Unknown;
+  return checksum->isDamaged() ? CopyState::Damaged : CopyState::Sound;
 }
 
-bool isSoundCopy(const std::string& backup, const std::string& path) {
+// A damaged file decides, whatever else cannot be read.
+CopyState stateOf(const std::string& backup, const std::string& path) {
   const auto checksums = platform().checksums.ofFolder(backup);
-  const auto isSoundFile = [&](const std::string& file) {
-    const auto checksum = checksumOf(checksums, backup, file);
-    return checksum && !checksum->isDamaged();
-  };
+  if (!checksums) return CopyState::Unknown;
   const auto info = platform().files.info(path, Links::DoNotFollow);
-  if (!info || info->type != FileType::Folder) return info && isSoundFile(path);
+  if (!info || info->type != FileType::Folder) return stateOfFile(**checksums, backup, path);
   const HeldFiles held = listHeldFiles(path);
-  return held.unreadable.empty() && std::ranges::all_of(held.files, [&](const HeldFile& file) {
-           return file.type != FileType::File || isSoundFile(paths::join(path, file.path));
-         });
+  CopyState all = held.unreadable.empty() ? CopyState::Sound : CopyState::Unknown;
+  for (const HeldFile& file : held.files) {
+    if (file.type != FileType::File) continue;
+    const CopyState state = stateOfFile(**checksums, backup, paths::join(path, file.path));
+    if (state == CopyState::Damaged) return state;
+    if (state == CopyState::Unknown) all = state;
+  }
+  return all;
 }
 
 }  // namespace
 
 bool isDamagedCopy(const std::string& backup, const std::string& path) {
-  const auto checksums = platform().checksums.ofFolder(backup);
-  const auto isDamaged = [&](const std::string& file) {
-    const auto checksum = checksumOf(checksums, backup, file);
-    return checksum && checksum->isDamaged();
-  };
-  const auto info = platform().files.info(path, Links::DoNotFollow);
-  if (!info || info->type != FileType::Folder) return isDamaged(path);
-  return std::ranges::any_of(listHeldFiles(path).files, [&](const HeldFile& file) {
-    return file.type == FileType::File && isDamaged(paths::join(path, file.path));
-  });
+  return stateOf(backup, path) == CopyState::Damaged;
 }
 
 std::optional<std::string> olderBackupWithSoundCopy(const std::string& backup, const std::string& path) {
   const auto date = dateOf(backup);
   if (!date || !paths::isWithin(path, backup)) return std::nullopt;
   for (const DatedBackup& older : backupsBefore(*date))
-    if (isSoundCopy(older.path, older.path + path.substr(backup.size()))) return older.path;
+    if (stateOf(older.path, older.path + path.substr(backup.size())) == CopyState::Sound) return older.path;
   return std::nullopt;
 }
 

@@ -8,6 +8,7 @@
 #include "catalog/BackupPlace.h"
 #include "catalog/FileRestoring.h"
 #include "catalog/QWPrefItem.h"
+#include "platform/Checksums.h"
 #include "platform/FileMetadata.h"
 #include "platform/FileSystem.h"
 #include "services/QWCmdUtils.h"
@@ -172,7 +173,7 @@ void ItemRestoring::restore(const Restorable& file) {
                                             .checksum = CopyChecksum::Check});
   // With administrator rights it is made only after the live file has gone, so that damage must show before.
   if (!staged && areRightsMissingIn(folder, staged.error()) && backup_->isDamagedCopy(source))
-    staged = Error{std::errc::bad_message, source + ": it is damaged: its content is not what its checksum says"};
+    staged = damagedCopy(source);
   if (staged || areRightsMissingIn(folder, staged.error()))
     return note(destination, replace(staged, source, destination));
   QWLog::appendLog("Copying file %@ to %@", source, destination);

@@ -24,6 +24,11 @@ struct FileChecksum {
   bool isDamaged() const { return carried && *carried != content; }
 };
 
+// Of a copy whose content is not what its checksum says.
+inline Error damagedCopy(const std::string& path) {
+  return {std::errc::bad_message, path + ": it is damaged: its content is not what its checksum says"};
+}
+
 // An open folder, of whose files the checksums are wanted. Any thread, and several at once.
 class FolderChecksums {
  public:

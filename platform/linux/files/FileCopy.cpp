@@ -233,8 +233,7 @@ class CopiedChecksum {
   Status finish(int copy, const std::string& path, CopyReport& report) const {
     if (!checksum_) return {};
     const std::string text = checksum_->text();
-    if (expected_ && *expected_ != text)
-      return errorWithText(std::errc::bad_message, path, "it is damaged: its content is not what its checksum says");
+    if (expected_ && *expected_ != text) return damagedCopy(path);
     if (!expected_ && !carryText(copy, kChecksumAttribute, text) && errno != EOPNOTSUPP)
       report.noteOnce(kChecksumAttribute, "No checksum could be noted for the copy of " + systemError(path).text);
     return {};

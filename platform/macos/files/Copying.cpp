@@ -93,8 +93,7 @@ class CopiedChecksum {
   Status finish(int copy, const std::string& path, CopyReport& report) const {
     if (!checksum_) return {};
     const std::string text = checksum_->text();
-    if (expected_ && *expected_ != text)
-      return errorWithText(std::errc::bad_message, path, "it is damaged: its content is not what its checksum says");
+    if (expected_ && *expected_ != text) return damagedCopy(path);
     if (!expected_ && darwin::setAttribute(copy, kChecksumAttribute, text.data(), text.size(), 0) != 0 &&
         !darwin::isUnsupported(errno))
       report.noteOnce(kChecksumAttribute, "No checksum could be noted for the copy of " + systemError(path).text);
