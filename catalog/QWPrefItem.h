@@ -107,6 +107,8 @@ class QWPrefItem : public CatalogParent, public std::enable_shared_from_this<QWP
   void populateAvidUsersInBackup(const std::optional<std::string>& backupPath);
 
  private:
+  // The same of the item's own files; whether the backup has any.
+  bool restoreCopies(const BackupPlace& backup, TaskReport& report) const;
   void measureIfDue();
   State lockStateOfFiles() const;
 

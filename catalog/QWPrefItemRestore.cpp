@@ -207,23 +207,32 @@ void replaceContent(const std::string& path, std::string bytes, const FileInfo& 
   ItemRestoring(nullptr, item, report).replaceContent(path, std::move(bytes), known);
 }
 
-void QWPrefItem::restoreFilesFromBackup(const BackupPlace& backup, TaskReport& report) {
+bool QWPrefItem::restoreCopies(const BackupPlace& backup, TaskReport& report) const {
   const std::string root(paths::withoutTrailingSlashes(backup.path()));
   ItemRestoring restoring(&backup, key(), report);
-  bool holdsAny = !users_.empty();
+  bool isAnyThere = false;
   for (const std::string& pattern : files()) {
     auto sources = QWFileManager::filesMatchingWildcardPath(backup.safeUserPath(pattern), root, report);
     std::erase_if(sources, [](const std::string& source) { return !mayBeHeld(source); });
-    holdsAny |= !sources.empty();
+    isAnyThere |= !sources.empty();
     restoring.restoreAll(std::move(sources));
   }
-  if (!holdsAny)
-    report.failed(FileAction::Restore, root,
-                  {std::errc::no_such_file_or_directory,
-                   formatted("%@ holds no file of \"%@\", which its settings name.", root, name())},
-                  key());
-  for (const auto& user : users_)
-    if (user->selected() == On) user->restoreFilesFromBackup(backup, report);
+  return isAnyThere;
+}
+
+// The settings name an item because something was copied for it or one of its users. What cannot be listed is told by
+// itself.
+void QWPrefItem::restoreFilesFromBackup(const BackupPlace& backup, TaskReport& report) {
+  const std::size_t failures = report.count(FileReport::Outcome::Failed);
+  bool isAnyThere = restoreCopies(backup, report);
+  // Those that are left out may be the ones.
+  for (const auto& user : users_) isAnyThere |= user->selected() != On || user->restoreCopies(backup, report);
+  if (isAnyThere || report.count(FileReport::Outcome::Failed) > failures) return;
+  const std::string root(paths::withoutTrailingSlashes(backup.path()));
+  Error cause{std::errc::no_such_file_or_directory,
+              formatted("%@ holds no file of \"%@\", which its settings name.", root, name())};
+  QWLog::appendLog("%@", cause.text);
+  report.failed(FileAction::Restore, root, std::move(cause), key());
 }
 
 }  // namespace vantory

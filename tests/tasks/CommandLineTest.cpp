@@ -219,6 +219,7 @@ TEST_F(CommandLineTest, UndoOfTheLibrarysTasksLeavesNoneOut) {
   // A restore without the copies is not whole.
   fs::remove_all(library("/A.vnt/Users"));
   EXPECT_EQ(run("--strict -restore", library("/A.vnt")), 3);
+  EXPECT_THAT(log(), HasSubstr(library("/A.vnt") + " holds no file of "));
 }
 
 TEST_F(CommandLineTest, UndoLeavesWhatHasChangedSince) {
