@@ -10,12 +10,14 @@ namespace vantory {
 
 namespace {
 
+constexpr std::string_view kPreview = "--preview";
+
 constexpr Question kQuestions[] = {
     {"--list-items", "", "List applications, their items with keys, and the files that are there.", listItems, false,
      true},
     {"--list-backups", "", "List the backups of the library and what they hold.", listBackups, false, true},
     {"--receipts", "", "List what tasks did lately, and what of it was taken back.", listReceipts, false, true},
-    {"--preview", "TASK [OPERANDS]", "Tell what a task, given without its dash, would do.", previewTask, true, false},
+    {kPreview, "TASK [OPERANDS]", "Tell what a task, given without its dash, would do.", previewTask, true, false},
     {"--compare", "BACKUP [BACKUP] [KEYS]", "Tell what restoring a backup would change, or what differs between two.",
      compareBackup, true, false},
     {"--verify", "[BACKUP...]", "Tell whether backups are sound (default: all of the library).", verifyBackups, true,
@@ -42,6 +44,13 @@ std::string faultOf(const Question& question, const std::vector<std::string>& ar
   return "";
 }
 
+// The first argument but for the options of tasks; empty when there is none.
+std::string_view firstBehindOptions(const std::vector<std::string>& arguments) {
+  for (std::size_t i = 1; i < arguments.size(); ++i)
+    if (!isTaskOption(arguments[i])) return arguments[i];
+  return "";
+}
+
 AnswerForm formIn(const std::vector<std::string>& arguments) {
   for (const std::string& argument : arguments)
     if (isForm(argument)) return argument == kJson ? AnswerForm::Json : AnswerForm::Names;
@@ -56,12 +65,12 @@ std::span<const Question> questionTable() {
 
 bool beginsWithQuestion(const std::vector<std::string>& arguments) {
   constexpr std::string_view kOthers[] = {"-h", "--help", "--version"};
-  for (std::size_t i = 1; i < arguments.size(); ++i) {
-    if (isTaskOption(arguments[i])) continue;
-    return std::ranges::count(kOthers, arguments[i]) > 0 ||
-           std::ranges::count(kQuestions, arguments[i], &Question::option) > 0;
-  }
-  return false;
+  const std::string_view first = firstBehindOptions(arguments);
+  return std::ranges::count(kOthers, first) > 0 || std::ranges::count(kQuestions, first, &Question::option) > 0;
+}
+
+bool beginsWithPreview(const std::vector<std::string>& arguments) {
+  return firstBehindOptions(arguments) == kPreview;
 }
 
 std::optional<int> answerQuestion(const std::vector<std::string>& arguments, std::ostream& output,

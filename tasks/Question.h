@@ -36,6 +36,8 @@ std::span<const Question> questionTable();
 // Whether the first argument, but for the options of tasks, asks something, be it for help: then a task that follows is
 // not done.
 bool beginsWithQuestion(const std::vector<std::string>& arguments);
+// Whether it asks what a task would do.
+bool beginsWithPreview(const std::vector<std::string>& arguments);
 
 // Answers the first question of the table that is among the arguments; the exit code is 1, with a line on `errors`,
 // when it is asked wrongly. None when they ask nothing. On the main thread.

@@ -22,6 +22,8 @@ std::string whyOf(const TaskReport& report) {
     if (file.outcome == Outcome::Failed) return file.cause->text;
   if (!report.passedOver().empty()) return report.passedOver().front().reason;
   if (!report.unusedOperands().empty()) return report.unusedOperands().front().reason;
+  for (const auto* said : {&report.remarks(), &report.notices()})
+    if (!said->empty()) return said->front();
   return "";
 }
 
@@ -50,7 +52,8 @@ HomeResult runInHome() {
     result.why = whyOf(report);
   });
   result.output = output.str();
-  if (result.exitCode != 0 && result.why.empty()) result.why = firstOf(errors.str());
+  // What a task that succeeded remarks upon is told too.
+  if (result.why.empty()) result.why = firstOf(errors.str());
   if (result.exitCode == kNothingMatched && result.why.empty()) result.why = "There was nothing to do.";
   return result;
 }

@@ -112,7 +112,7 @@ class HomesRun {
             number(result, &HomeResult::Counts::done),
             number(result, &HomeResult::Counts::skipped),
             number(result, &HomeResult::Counts::failed),
-            result.exitCode == 0 ? "" : result.why};
+            result.why};
   }
 
   std::string table() {
@@ -125,7 +125,8 @@ class HomesRun {
   std::string progressLine(const HomeResult& result) const {
     std::string line = std::to_string(ended_) + "/" + std::to_string(all_) + " " + result.home + ": ";
     if (result.exitCode != 0) return printable(line + result.why);
-    return printable(line + (result.counts ? number(result, &HomeResult::Counts::done) + " done" : "done"));
+    line += result.counts ? number(result, &HomeResult::Counts::done) + " done" : "done";
+    return printable(result.why.empty() ? line : line + ". " + result.why);
   }
 
   // What was nothing to one home, while there was something to do in others, is no fault.

@@ -64,6 +64,10 @@ setpriv --reuid=vgreeter --regid=64202 --clear-groups touch $vgreeter/Library/Pr
 as_root "$program" --homes "$all/*" --jobs 2 -backup One
 check "--homes: one line for each, whatever becomes of the others" eval 'ended 3 && said "" && kept $vanna One && own $vanna && [ "$(wc -l <"$work/out")" = 6 ] &&
   row $vanna "vanna +1 +0 +0 *$" && row $vgreeter "vgreeter +- +- +- +Somebody works there: .*dock.plist was" && row $all/link "is a link" && row $all/lost+found superuser && row $all/stranger "Nobody knows user 64999"'
+as_root "$program" --homes "$all/v*" --preview trash
+check "a preview passes over whom the task would" eval 'ended 3 && row $vanna "vanna +- +- +- *$" && row $vgreeter "Somebody works there"'
+as_root setpriv --reuid=vanna --regid=64201 --clear-groups "$program" --homes $vanna -backup a/b
+check "for an ordinary user; what is remarked upon a success is told" eval 'ended 0 && row $vanna "vanna +1 +0 +0 +.*ab"'
 as_root "$program" --homes "$all/v*" $all/lost+found --busy -backup Two
 check "--busy" eval 'ended 0 && kept $vanna Two && kept $vgreeter Two && own $vgreeter'
 as_root "$program" --homes $vanna $vgreeter --busy --json -trash

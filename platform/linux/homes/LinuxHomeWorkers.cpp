@@ -5,6 +5,7 @@
 #include <fcntl.h>
 #include <fnmatch.h>
 #include <poll.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -26,6 +27,7 @@
 #include "platform/posix/files/Errors.h"
 #include "platform/posix/files/SmallFiles.h"
 #include "platform/posix/kernel/Kernel.h"
+#include "platform/posix/processes/PasswordDatabase.h"
 #include "platform/posix/processes/ProcessCalls.h"
 
 namespace vantory {
@@ -111,9 +113,13 @@ void detach(Descriptor& answer) {
   fcntl(kAnswer, F_SETFD, FD_CLOEXEC);
 }
 
-// As its owner, whose name is filled in.
+// As its owner, whose name is filled in; an ordinary user's process stays that user's.
 Status enter(const std::string& home, std::string& name) {
-  if (getuid() != 0) return adoptHome(home);
+  if (getuid() != 0) {
+    struct stat status {};
+    if (stat(home.c_str(), &status) == 0) name = databaseName(status.st_uid).value_or("");
+    return adoptHome(home);
+  }
   const auto owner = ownerOfHome(home);
   if (!owner) return owner.error();
   name = owner->name;

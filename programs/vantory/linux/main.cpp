@@ -41,7 +41,8 @@ int runOnTerminal(const HomeOptions& options) {
 // Each home's process has a platform of its own; this one has none.
 int runInMany(const HomeOptions& options) {
   const std::vector<std::string> arguments = argumentsForEach(options.arguments);
-  const bool changesNothing = beginsWithQuestion(options.arguments);
+  // A preview tells which homes the task would pass over.
+  const bool onlyAsks = beginsWithQuestion(options.arguments) && !beginsWithPreview(options.arguments);
   LinuxHomeWorkers workers({.run =
                                 [&] {
                                   LinuxPlatform platform(arguments);
@@ -50,7 +51,7 @@ int runInMany(const HomeOptions& options) {
                                   runtime.shared<MainThread>();
                                   return runInHome();
                                 },
-                            .passesOverBusyHomes = !options.busy && !changesNothing});
+                            .passesOverBusyHomes = !options.busy && !onlyAsks});
   const PosixSystemInfo system({});
   const bool showsProgress = system.hasTerminal();
   return runHomes(options, system.workingDirectory(), workers,
