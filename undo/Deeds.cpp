@@ -7,8 +7,10 @@
 #include <utility>
 
 #include "backups/DefaultBackup.h"
+#include "base/Paths.h"
 #include "services/files/QWFileManager.h"
 #include "undo/TrashContents.h"
+#include "undo/TrashIndex.h"
 
 namespace vantory {
 
@@ -37,6 +39,7 @@ class Inspection {
         if (!step.isDone || step.action != FileAction::Trash) continue;
         trash_.leaveOut(step.place, dates);
         if (each.name == receipt.name) trashed_.insert(step.path);
+        if (each.name > receipt.name && step.traits) claimed_.insert(step.traits->identity.number);
       }
     }
     // What lies still where it was to be put back from is not what the task trashed itself.
@@ -52,13 +55,16 @@ class Inspection {
 
  private:
   bool lookForTrashed(const ReceiptStep& step, std::vector<ReceiptStep>& deeds);
+  std::optional<std::string> takeFromTrash(const ReceiptStep& step);
   void lookForCopy(ReceiptStep step, std::vector<ReceiptStep>& deeds);
   static void lookForReplacement(ReceiptStep step, std::vector<ReceiptStep>& deeds);
 
   const Timestamp begun_;
   const TrashDates dates_;
   TrashContents trash_;
-  std::set<std::string> trashed_;  // what is known to have been
+  TrashIndex index_;
+  std::set<std::uint64_t> claimed_;  // items of a Trash without notes, by their numbers
+  std::set<std::string> trashed_;    // what is known to have been
 };
 
 void Inspection::look(ReceiptStep step, std::vector<ReceiptStep>& deeds) {
@@ -98,13 +104,26 @@ void Inspection::look(ReceiptStep step, std::vector<ReceiptStep>& deeds) {
 }
 
 bool Inspection::lookForTrashed(const ReceiptStep& step, std::vector<ReceiptStep>& deeds) {
-  const auto item = trash_.take(step.path, dates_);
-  if (!item) return false;
+  const auto place = takeFromTrash(step);
+  if (!place) return false;
   ReceiptStep trashed = step;
   trashed.action = FileAction::Trash;
-  trashed.place = item->place;
+  trashed.place = *place;
   deeds.push_back(std::move(trashed));
   return true;
+}
+
+// By its note; where there are none by what the plan says of it. Each is answered once.
+std::optional<std::string> Inspection::takeFromTrash(const ReceiptStep& step) {
+  if (const auto item = trash_.take(step.path, dates_)) return item->place;
+  if (!step.traits || claimed_.contains(step.traits->identity.number)) return std::nullopt;
+  for (const std::string& trash : trashesWithoutNotes(step.path)) {
+    const auto place = index_.find(trash, paths::lastComponent(step.path), *step.traits);
+    if (!place) continue;
+    claimed_.insert(step.traits->identity.number);
+    return *place;
+  }
+  return std::nullopt;
 }
 
 // What was in the way went to the Trash first; until then the file in its place is the user's own, even where the
@@ -179,7 +198,7 @@ std::optional<bool> isUnchanged(const ReceiptStep& deed, const Receipt& receipt)
   const auto present = traitsOf(deed.path);
   if (!present) return std::nullopt;
   if (!deed.traits) return false;
-  if (deed.action == FileAction::Create && !receipt.ended) return present->identity == deed.traits->identity;
+  if (deed.action == FileAction::Create && !receipt.ended) return present->isSameItem(*deed.traits);
   // Another file where a later update was taken back, but the same copy. It is kept in the Trash anyway.
   if (deed.action == FileAction::Replace) return isCopyOf(*present, *deed.traits);
   return *present == *deed.traits;

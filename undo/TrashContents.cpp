@@ -33,15 +33,8 @@ std::string userNumber() {
 
 std::string homeTrash() {
   const auto items = QWLocalPaths::trashDirectory();
-  return items ? paths::parent(*items) : "";
-}
-
-// A file system's own Trash is named after its user.
-bool isTrash(const std::string& folder) {
-  const std::string name = paths::lastComponent(folder);
-  const std::string number = userNumber();
-  return folder == homeTrash() || name == ".Trash-" + number ||
-         (name == number && paths::lastComponent(paths::parent(folder)) == ".Trash");
+  if (!items) return "";
+  return hasTrashNotes(*items) ? paths::parent(*items) : *items;
 }
 
 // Where relative paths in the notes of a Trash begin.
@@ -83,6 +76,25 @@ std::optional<TrashedItem> itemIn(const std::string& note, const std::string& pl
 
 }  // namespace
 
+// A file system's own Trash is named after its user.
+bool isUsersTrash(const std::string& folder) {
+  const std::string name = paths::lastComponent(folder);
+  const std::string above = paths::lastComponent(paths::parent(folder));
+  const std::string number = userNumber();
+  return folder == homeTrash() || name == ".Trash-" + number ||
+         (name == number && (above == ".Trash" || above == ".Trashes"));
+}
+
+std::vector<std::string> trashesWithoutNotes(const std::string& path) {
+  const auto items = QWLocalPaths::trashDirectory();
+  if (!items || hasTrashNotes(*items)) return {};
+  std::vector<std::string> trashes = {*items};
+  for (std::string folder = paths::parent(path);; folder = paths::parent(folder)) {
+    trashes.push_back(paths::join(folder, ".Trashes/" + userNumber()));
+    if (folder.size() <= 1) return trashes;
+  }
+}
+
 TrashDates trashDates(Timestamp begun, std::optional<Timestamp> ended) {
   constexpr std::int64_t kTolerance = 2;  // seconds
   const auto date = [](std::int64_t second) { return localTimeText({second, 0}, "%Y-%m-%dT%H:%M:%S"); };
@@ -97,7 +109,7 @@ std::string trashNotePath(const std::string& place) {
 
 Result<TrashedItem> trashedItemAt(const std::string& place) {
   const Error missing{std::errc::no_such_file_or_directory, place + " is not in the Trash."};
-  if (!hasTrashNotes(paths::parent(place)) || !isTrash(trashOf(place))) return missing;
+  if (!hasTrashNotes(paths::parent(place)) || !isUsersTrash(trashOf(place))) return missing;
   if (QWFileManager::isMissingAtPath(place)) return missing;
   const auto note = platform().files.read(trashNotePath(place));
   if (!note) return note.error();

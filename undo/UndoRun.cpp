@@ -66,6 +66,7 @@ UndoRun::UndoRun(const Receipt& receipt, const std::vector<Receipt>& all, TaskRe
 
 void UndoRun::run() {
   Deeds deeds = deedsLeftOf(receipt_, all_);
+  for (ReceiptStep& deed : deeds) deed.place = presentPlace(deed);
   if (!makeWay(deeds)) return;
   std::unique_ptr<FolderHold> hold;
   const auto library = QWDataController::vantoryBackupLocation();
@@ -179,22 +180,34 @@ void UndoRun::takeBack(const ReceiptStep& deed) {
   }
 }
 
-// The note tells whether it is the same: another may lie under its name since the Trash was emptied.
+// Another name may have been given to it in the Trash, which without notes does not matter.
+std::string UndoRun::presentPlace(const ReceiptStep& deed) {
+  const std::string folder = paths::parent(deed.place);
+  if (deed.action != FileAction::Trash || !deed.traits || hasTrashNotes(folder)) return deed.place;
+  const auto found = trash_.find(folder, paths::lastComponent(deed.place), *deed.traits);
+  return found ? *found : deed.place;
+}
+
+// The note, or without notes the receipt, tells whether it is the same: another may lie under its name since the Trash
+// was emptied.
+Status UndoRun::checkIsInTrash(const ReceiptStep& deed) {
+  const Error gone{std::errc::no_such_file_or_directory, deed.path + " is no longer in the Trash."};
+  const std::string folder = paths::parent(deed.place);
+  if (!hasTrashNotes(folder))
+    return deed.traits ? trash_.find(folder, paths::lastComponent(deed.place), *deed.traits).status() : gone;
+  const auto item = trashedItemAt(deed.place);
+  if (!item) return item.error();
+  if (trashDates(receipt_.begun, receipt_.ended).hold(item->date) && isSamePlace(item->path, deed.path)) return {};
+  return gone;
+}
+
 void UndoRun::putBack(const ReceiptStep& deed) {
   if (staying_.contains(deed.path) || trashedFolders_.contains(deed.path)) return;  // told, or taken from it
-  if (!hasTrashNotes(paths::parent(deed.place)))
-    return refuse(FileAction::PutBack, deed.path,
-                  formatted("%@ was moved to the Trash as %@ and must be put back by hand: this Trash does not tell "
-                            "whether that is still the same.",
-                            deed.path, deed.place),
-                  deed);
-  const auto item = trashedItemAt(deed.place);
+  const Status isThere = checkIsInTrash(deed);
   // What cannot be read now may be another time.
-  if (!item && !meansMissing(item.error()))
-    return report_.failed(FileAction::PutBack, deed.path, item.error(), deed.item);
-  const bool isIt =
-      item && trashDates(receipt_.begun, receipt_.ended).hold(item->date) && isSamePlace(item->path, deed.path);
-  if (!isIt) return refuse(FileAction::PutBack, deed.path, deed.path + " is no longer in the Trash.", deed);
+  if (!isThere && !meansMissing(isThere.error()))
+    return report_.failed(FileAction::PutBack, deed.path, isThere.error(), deed.item);
+  if (!isThere) return refuse(FileAction::PutBack, deed.path, deed.path + " is no longer in the Trash.", deed);
   if (!QWFileManager::isMissingAtPath(deed.path))
     return refuse(
         FileAction::PutBack, deed.path,
@@ -206,7 +219,7 @@ void UndoRun::putBack(const ReceiptStep& deed) {
   const Status moved = QWFileManager::moveFile(deed.place, deed.path, 10s, report_);
   if (!moved) return report_.failed(FileAction::PutBack, deed.path, moved.error(), deed.item);
   // One that stays says that it lies in the Trash no more: file managers pass it over.
-  (void)files().remove(trashNotePath(deed.place));
+  if (hasTrashNotes(paths::parent(deed.place))) (void)files().remove(trashNotePath(deed.place));
   report_.done(FileAction::PutBack, deed.path, deed.item, deed.path);
   changedAnything_ = true;
 }
@@ -261,7 +274,8 @@ void UndoRun::findReplacedCopies(const Deeds& deeds) {
   for (auto other = all_.rbegin(); other != all_.rend(); ++other) {
     if (other->undoes != receipt_.name) continue;
     for (const ReceiptStep& deed : deedsOf(*other, all_))
-      if (deed.action == FileAction::Trash && folders.erase(deed.path) > 0) trashedFolders_[deed.path] = deed.place;
+      if (deed.action == FileAction::Trash && folders.erase(deed.path) > 0)
+        trashedFolders_[deed.path] = presentPlace(deed);
   }
   for (const std::string& folder : folders) {
     if (!isAllowed(folder) || QWFileManager::isMissingAtPath(folder)) continue;
@@ -306,7 +320,7 @@ void UndoRun::replaceBack(const ReceiptStep& deed) {
 
 void UndoRun::moveBack(const ReceiptStep& deed) {
   const auto present = traitsOf(deed.place);
-  if (!isAllowed(deed.place) || !present || !deed.traits || present->identity != deed.traits->identity)
+  if (!isAllowed(deed.place) || !present || !deed.traits || !present->isSameItem(*deed.traits))
     return refuse(FileAction::Move, deed.place, deed.place + " is not what was moved there.", deed);
   if (!QWFileManager::isMissingAtPath(deed.path))
     return refuse(FileAction::Move, deed.place,

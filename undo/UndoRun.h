@@ -10,6 +10,7 @@
 #include "backups/ClosedApplications.h"
 #include "backups/ReplacedCopies.h"
 #include "services/receipts/Receipt.h"
+#include "undo/TrashIndex.h"
 
 namespace vantory {
 
@@ -32,6 +33,8 @@ class UndoRun {
   bool makeWay(Deeds& deeds);
   void plan(const Deeds& deeds);
   void takeBack(const ReceiptStep& deed);
+  std::string presentPlace(const ReceiptStep& deed);
+  Status checkIsInTrash(const ReceiptStep& deed);
   void putBack(const ReceiptStep& deed);
   void trashWhatWasPut(const ReceiptStep& deed);
   void moveBack(const ReceiptStep& deed);
@@ -51,6 +54,7 @@ class UndoRun {
   TaskReport& report_;
   std::vector<std::string> roots_;  // where alone anything is done
   ClosedApplications applications_;
+  TrashIndex trash_;
   std::map<std::string, std::string> trashedFolders_;  // of replaced copies, and where each lies now
   std::map<std::string, ReplacedCopies> replaced_;     // of each backup
   std::vector<std::string> noted_;                     // backups that are to be noted what they hold

@@ -20,6 +20,12 @@ Result<FileInfo> look(const std::string& path) {
 
 }  // namespace
 
+std::optional<FileTraits> ownTraitsOf(const std::string& path) {
+  const auto info = look(path);
+  if (!info) return std::nullopt;
+  return FileTraits{info->identity, info->type == FileType::Folder ? 0 : info->size, info->modified};
+}
+
 std::optional<FileTraits> traitsOf(const std::string& path) {
   const auto info = look(path);
   if (!info) return std::nullopt;

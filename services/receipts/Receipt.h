@@ -22,8 +22,10 @@ struct ReceiptStep {
   std::string item;
   std::string source;
   std::string place;
-  bool wasThere = false;             // something bore the path when this was planned
-  std::optional<FileTraits> traits;  // of what was put there; of a planned move, of what was to be moved
+  bool wasThere = false;  // something bore the path when this was planned
+  // Of what was put there; of a planned move, of what was to be moved. Where the Trash has no notes, of what was moved
+  // to it, or when this was planned bore the path: as ownTraitsOf() has them.
+  std::optional<FileTraits> traits;
 };
 
 struct Receipt {

@@ -6,8 +6,11 @@
 #include <utility>
 
 #include "base/Format.h"
+#include "base/Paths.h"
 #include "platform/Clock.h"
 #include "platform/FileSystem.h"
+#include "platform/TrashLayout.h"
+#include "services/QWLocalPaths.h"
 #include "services/Runtime.h"
 #include "services/log/QWLog.h"
 #include "services/messages/NotificationCenter.h"
@@ -40,6 +43,12 @@ void append(std::string& line, const std::optional<FileTraits>& traits) {
   receipt::append(line, receipt::kModified, receipt::momentText(traits->modified));
 }
 
+// Else a receipt itself says by what an item of the Trash is known again.
+bool hasTrashWithNotes() {
+  const auto trash = QWLocalPaths::trashDirectory();
+  return !trash || hasTrashNotes(*trash);
+}
+
 bool isThere(const std::string& path) {
   const auto info = files().info(path, Links::DoNotFollow);
   return info || !meansMissing(info.error());
@@ -70,6 +79,7 @@ void TaskReceipt::planned(FileAction action, const std::vector<FilePlan>& plans,
   std::string files;
   const bool isLock = action == FileAction::Lock || action == FileAction::Unlock;
   const bool putsSomething = action == FileAction::Restore || action == FileAction::PutBack;
+  const bool trashesUnnoted = (action == FileAction::Trash || putsSomething) && !hasTrashWithNotes();
   for (const FilePlan& plan : plans) {
     if (isLock && isLocked(plan.path) == (action == FileAction::Lock)) {
       wereSo_.insert(plan.path);
@@ -81,6 +91,7 @@ void TaskReceipt::planned(FileAction action, const std::vector<FilePlan>& plans,
     if (!plan.place.empty()) receipt::append(files, receipt::kPlace, plan.place);
     if (putsSomething && isThere(plan.path)) receipt::append(files, receipt::kThere, "1");
     if (action == FileAction::Move) append(files, traitsOf(plan.path));
+    if (trashesUnnoted) append(files, ownTraitsOf(plan.path));
     files += "}, ";
   }
   if (files.empty()) return;
@@ -103,6 +114,7 @@ void TaskReceipt::done(FileAction action, const std::string& path, const std::st
   receipt::append(pending_, receipt::kPath, path);
   if (!place.empty() && place != path) receipt::append(pending_, receipt::kPlace, place);
   if (leavesSomething(action)) append(pending_, traitsOf(action == FileAction::Move ? place : path));
+  if (action == FileAction::Trash && !hasTrashNotes(paths::parent(place))) append(pending_, ownTraitsOf(place));
   pending_ += "},\n";
   canBeTakenBack_ |= action != FileAction::Remove && action != FileAction::Copy;
   // Nobody but the folder's own entry would tell later that it is the task's.

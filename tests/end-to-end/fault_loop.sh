@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Kills the program, or fails a system call, at every so-many-th step of each task: `fault_loop.sh PROGRAM EVERY DRIVER [--no-undo]`.
+# Kills the program, or fails a system call, at every so-many-th step of each task: `fault_loop.sh PROGRAM EVERY DRIVER [TASK...]`.
 # To try every step takes hours; fault_loop.py does that.
 . "$(dirname "$0")/lib.sh"
 also=("${3:-}")

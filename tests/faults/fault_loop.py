@@ -94,7 +94,6 @@ class Bench:
         }[task]
         # What an undo takes back is done anew each time: a copied home has other files.
         self.undoing = [program, '--undo']
-        self.can_undo = not options.no_undo
         self.first = {
             'undo-trash': [program, '-trash', '-allfiles'],
             'undo-restore': [program, '-restore', self.backup],
@@ -144,7 +143,7 @@ class Bench:
         first = self.run(prefix=['strace', '-f', '-qq', '-o', '/dev/null', '-e', 'trace=' + CALLS,
                          '-e', f'inject={call}:{fault}:when={number}'])
         wrong = self.wrong(finished=False)
-        if not wrong and self.can_undo and self.task in UNDONE and fault == 'signal=SIGKILL':
+        if not wrong and self.task in UNDONE and fault == 'signal=SIGKILL':
             # Where the receipt was not begun there was no change either.
             self.run(self.undoing)
             wrong = self.wrong(finished=False) or self.wrong_undone()
@@ -288,12 +287,9 @@ def main():
                         default=['backup', 'replace', 'trash', 'restore', 'restore-keys', 'update', 'move', 'prune',
                                  'undo-trash', 'undo-restore', 'undo-update'])
     parser.add_argument('--every', type=int, default=1)
-    parser.add_argument('--no-undo', action='store_true', help='for a Trash without notes, by which undo finds things')
     options = parser.parse_intermixed_args()
     passed = failed = 0
     for task in options.task:
-        if options.no_undo and task.startswith('undo-'):
-            continue
         if missing_for(task):
             print(f'{task}: skipped: {missing_for(task)}')
             continue

@@ -1,5 +1,6 @@
 #include <ctime>
 #include <filesystem>
+#include <regex>
 
 #include "catalog/FileRestoring.h"
 #include "services/receipts/ReceiptFolder.h"
@@ -169,6 +170,8 @@ TEST_F(UndoTest, OfAKilledUndoOfAKilledRestoreTheRestIsTakenBack) {
   fill("live");
   task("restore", [&](TaskReport& report) { backup->restore(report); });
   cutNewestAt("{ ended");
+  // The disk was attached anew since.
+  writeFile(newest(), std::regex_replace(readFile(newest()), std::regex("identity = \"[0-9]+:"), "identity = \"7:"));
   files_.heal();
   files_.crashAfter(Operation::Trash, 0);
   EXPECT_THROW(undo(), SimulatedCrash);
