@@ -12,6 +12,9 @@ class SystemInfo {
   virtual ~SystemInfo() = default;
 
   virtual std::string systemName() const = 0;  // for people, such as "Debian GNU/Linux 12 (bookworm)"
+  virtual std::string kernelName() const = 0;  // with version and processor, such as "Linux 6.1.0-18-amd64 x86_64"
+  // The kind of file system that an item lies on, such as "ext4"; empty where that is not known.
+  virtual std::string fileSystemOf(const std::string& path) const = 0;
   virtual int processorCount() const = 0;
   virtual std::uint64_t memoryBytes() const = 0;
   virtual std::string executablePath() const = 0;

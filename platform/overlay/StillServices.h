@@ -117,6 +117,8 @@ class OtherArguments : public SystemInfo {
   OtherArguments(const SystemInfo& system, std::vector<std::string> arguments)
       : system_(system), arguments_(std::move(arguments)) {}
   std::string systemName() const override { return system_.systemName(); }
+  std::string kernelName() const override { return system_.kernelName(); }
+  std::string fileSystemOf(const std::string& path) const override { return system_.fileSystemOf(path); }
   int processorCount() const override { return system_.processorCount(); }
   std::uint64_t memoryBytes() const override { return system_.memoryBytes(); }
   std::string executablePath() const override { return system_.executablePath(); }

@@ -87,6 +87,8 @@ class RecordingSystemLog : public SystemLog {
 class FakeSystemInfo : public SystemInfo {
  public:
   std::string systemName() const override { return "Test System 1.0"; }
+  std::string kernelName() const override { return "Test 1.0 none"; }
+  std::string fileSystemOf(const std::string&) const override { return "testfs"; }
   int processorCount() const override { return 4; }
   std::uint64_t memoryBytes() const override { return std::uint64_t{16} << 30; }
   std::string executablePath() const override { return "/opt/vantory/vantory"; }

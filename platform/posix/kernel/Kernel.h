@@ -45,6 +45,8 @@ void takePending(const sigset_t& set);
 std::string ownPath();
 // For people, such as "Debian GNU/Linux 12 (bookworm)".
 std::string systemName();
+// The kind of file system that an item lies on, such as "ext4"; empty where the kernel does not tell.
+std::string fileSystemOf(const std::string& path);
 // What the machine has; 0 where that is not told.
 std::uint64_t memoryBytes();
 // From the kernel's own source; fewer than 256.

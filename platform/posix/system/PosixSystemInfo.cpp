@@ -1,6 +1,7 @@
 // Asks the system for names, sizes and paths.
 #include "platform/posix/system/PosixSystemInfo.h"
 
+#include <sys/utsname.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -18,6 +19,16 @@ PosixSystemInfo::PosixSystemInfo(std::vector<std::string> arguments, std::string
 
 std::string PosixSystemInfo::systemName() const {
   return kernel::systemName();
+}
+
+std::string PosixSystemInfo::kernelName() const {
+  utsname name;
+  if (uname(&name) != 0) return "";
+  return std::string(name.sysname) + " " + name.release + " " + name.machine;
+}
+
+std::string PosixSystemInfo::fileSystemOf(const std::string& path) const {
+  return kernel::fileSystemOf(path);
 }
 
 int PosixSystemInfo::processorCount() const {

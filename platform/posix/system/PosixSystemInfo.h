@@ -13,6 +13,8 @@ class PosixSystemInfo : public SystemInfo {
   explicit PosixSystemInfo(std::vector<std::string> arguments, std::string startedProgram = {});
 
   std::string systemName() const override;
+  std::string kernelName() const override;
+  std::string fileSystemOf(const std::string& path) const override;
   int processorCount() const override;
   std::uint64_t memoryBytes() const override;
   // Empty when the kernel does not tell.

@@ -7,11 +7,16 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <filesystem>
+#include <fstream>
 #include <optional>
 #include <string_view>
 #include <system_error>
+#include <vector>
 
+#include "base/Paths.h"
+#include "base/Text.h"
 #include "platform/posix/files/SmallFiles.h"
 
 namespace vantory::kernel {
@@ -35,6 +40,20 @@ std::string kernelName() {
   utsname name{};
   uname(&name);
   return std::string(name.sysname) + " " + name.release;
+}
+
+// Without the escapes of the kernel's table, such as "\040" for a blank.
+std::string unescaped(std::string_view text) {
+  std::string result;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (text[i] == '\\' && i + 3 < text.size()) {
+      result += static_cast<char>((text[i + 1] - '0') * 64 + (text[i + 2] - '0') * 8 + (text[i + 3] - '0'));
+      i += 3;
+    } else {
+      result += text[i];
+    }
+  }
+  return result;
 }
 
 }  // namespace
@@ -85,6 +104,23 @@ std::string systemName() {
     if (name && !name->empty()) return *name;
   }
   return kernelName();
+}
+
+// The last of the longest mount points above it: one may hide another.
+std::string fileSystemOf(const std::string& path) {
+  std::ifstream table("/proc/self/mountinfo");
+  std::string line, kind;
+  std::size_t longest = 0;
+  while (std::getline(table, line)) {
+    const std::vector<std::string> words = split(line, ' ');
+    const auto dash = std::ranges::find(words, "-");
+    if (words.size() < 5 || words.end() - dash < 2) continue;
+    const std::string mount = unescaped(words[4]);
+    if (!paths::isWithin(path, mount) || mount.size() < longest) continue;
+    longest = mount.size();
+    kind = *(dash + 1);
+  }
+  return kind;
 }
 
 std::uint64_t memoryBytes() {

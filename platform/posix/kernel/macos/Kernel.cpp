@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <mach-o/dyld.h>
 #include <sys/event.h>
+#include <sys/mount.h>
 #include <sys/random.h>
 #include <sys/sysctl.h>
 #include <unistd.h>
@@ -86,6 +87,11 @@ std::string ownPath() {
 
 std::string systemName() {
   return "macOS " + textOf("kern.osproductversion") + " (" + textOf("kern.osversion") + ")";
+}
+
+std::string fileSystemOf(const std::string& path) {
+  struct statfs volume;
+  return statfs(path.c_str(), &volume) == 0 ? volume.f_fstypename : "";
 }
 
 std::uint64_t memoryBytes() {
