@@ -24,6 +24,8 @@ constexpr Question kQuestions[] = {
      false},
     {"--check-catalog", "FILE...", "Tell what is wrong with catalog files, or what they name here.", checkCatalog, true,
      false},
+    {"--self-check", "[FOLDER]", "Tell whether the system does all that is built on (in FOLDER, or the temporary one).",
+     checkSelf, true, false},
 };
 
 // How an answer is written, as against what is asked.

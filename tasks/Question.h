@@ -51,5 +51,6 @@ int previewTask(const QuestionContext& context);
 int compareBackup(const QuestionContext& context);
 int verifyBackups(const QuestionContext& context);
 int checkCatalog(const QuestionContext& context);
+int checkSelf(const QuestionContext& context);
 
 }  // namespace vantory

@@ -158,7 +158,7 @@ _vantory() {
         _vantory_all_names
         break
         ;;
-      --check-catalog)
+      --check-catalog | --self-check)
         _vantory_offer --json
         break
         ;;
@@ -176,7 +176,7 @@ _vantory() {
   fi
   ((i < last)) || _vantory_offer -autobackup -restoredefault -list -trash -lock -unlock -backup -restore --default \
     --rename --remove --update --prune --undo --restore-keys --list-items --list-backups --receipts --preview --compare \
-    --verify --check-catalog --home --homes --jobs --busy --json --strict --print0 --help --version
+    --verify --check-catalog --self-check --home --homes --jobs --busy --json --strict --print0 --help --version
 
   _vantory_drop_before_colon
   _vantory_quote

@@ -28,11 +28,11 @@ end
 
 # Succeeds while there is neither a task nor a question on the line.
 function __vantory_at_start
-    not string match -qr '^-(-list-|-preview|-compare|-verify|-check-catalog|-default|-rename|-remove|-update|-prune|-undo|-receipts|-restore-keys|[a-z])' -- (commandline -opc)[2..]
+    not string match -qr '^-(-list-|-preview|-compare|-verify|-check-catalog|-self-check|-default|-rename|-remove|-update|-prune|-undo|-receipts|-restore-keys|[a-z])' -- (commandline -opc)[2..]
 end
 
 function __vantory_at_question
-    string match -qr '^--(list-|receipts|preview|compare|verify|check-catalog)' -- (commandline -opc)
+    string match -qr '^--(list-|receipts|preview|compare|verify|check-catalog|self-check)' -- (commandline -opc)
 end
 
 # Succeeds where the task to preview goes.
@@ -94,6 +94,7 @@ complete -c vantory -n __vantory_at_start -l compare -d 'Tell what restoring a b
 complete -c vantory -n __vantory_at_start -l verify -d 'Tell whether backups are sound'
 complete -c vantory -n 'contains -- --verify (commandline -opc)' -a '(__vantory_all_names)' -d Backup
 complete -c vantory -n __vantory_at_start -l check-catalog -r -F -d 'Tell what is wrong with catalog files'
+complete -c vantory -n __vantory_at_start -l self-check -r -F -d 'Tell whether the system does all that is built on'
 complete -c vantory -n __vantory_at_question -l json -d 'Answer in JSON'
 complete -c vantory -n __vantory_at_start -l json -d 'Report what a task did in JSON'
 complete -c vantory -n __vantory_at_start -l home -r -F -d 'Work in this home'
