@@ -7,6 +7,25 @@ if ! mkdir -p "$folder" || [ ! -w "$folder" ]; then
   echo "install.sh: $folder cannot be written: name another, or use sudo." >&2
   exit 1
 fi
+folder=$(cd "$folder" && pwd)
 # Not over what is there: the system ends a program whose file has changed under its signature.
-(cd "$here" && tar -cf - bin libexec share) | tar -C "$folder" -xUof -
-echo "Vantory is $folder/bin/vantory. What is to be known on macOS: $folder/share/doc/vantory/macos.md"
+umask 022
+cd "$here"
+find bin libexec share -type f | while IFS= read -r file; do
+  mkdir -p "$folder/${file%/*}"
+  rm -f "$folder/$file"
+  cp "$file" "$folder/$file"
+done
+
+# The agent names the program where it lies now.
+agent=share/vantory/com.quarrywell.vantory.daily.plist
+program=$(printf '%s' "$folder/bin" | sed 's/&/\&amp;/g; s/</\&lt;/g')
+while IFS= read -r line; do
+  case $line in
+    *@bindir@*) printf '%s\n' "${line%%@bindir@*}$program${line#*@bindir@}" ;;
+    *) printf '%s\n' "$line" ;;
+  esac
+done <"$here/$agent" >"$folder/$agent"
+
+echo "Vantory is $folder/bin/vantory. To see whether it works on this Mac: \"$folder/bin/vantory\" --self-check"
+echo "What is to be known on macOS: $folder/share/doc/vantory/macos.md. A daily backup: $folder/$agent"
