@@ -1,13 +1,13 @@
 """What a person goes through with an editor that misbehaves: loop.py EDITOR. Prints "yes WHAT" or "no WHAT" for each
 thing that it looks at."""
 import importlib
+import os
 import pathlib
 import subprocess
 import sys
-import time
 
 import desktop
-from desktop import key, press, wait_for
+from desktop import focus, key, look, press, shows, wait_until
 
 editor = importlib.import_module(sys.argv[1])
 home = pathlib.Path.home()
@@ -18,7 +18,7 @@ backup = home / 'Library/Application Support/Quarrywell/Vantory/Backups/Mine.vnt
 def say(holds, what):
     print('yes' if holds else 'no', what, flush=True)
     if not holds:
-        desktop.picture('/tmp/picture.png')
+        desktop.picture(str(home / 'picture.png'))
 
 
 def vantory(*arguments):
@@ -26,25 +26,22 @@ def vantory(*arguments):
 
 
 def runs():
-    return subprocess.run(['pgrep', '-x', editor.PROCESS], stdout=subprocess.DEVNULL).returncode == 0
+    return subprocess.run(['pgrep', '-u', str(os.getuid()), '-x', editor.PROCESS],
+                          stdout=subprocess.DEVNULL).returncode == 0
 
 
-def ends(seconds=20):
-    end = time.time() + seconds
-    while runs() and time.time() < end:
-        time.sleep(0.2)
-    return not runs()
+def ends():
+    return wait_until(lambda: not runs())
 
 
 def launch():
     """As a desktop starts it from its menu."""
     desktop.start('gio', 'launch', f'/usr/share/applications/{editor.ENTRY}.desktop')
-    editor.wait_until_started()
+    return editor.has_started()
 
 
 def set_up_and_back_up():
-    launch()
-    say(editor.has_defaults(), 'its first start shows defaults')
+    say(launch() and editor.has_defaults(), 'its first start shows defaults')
     editor.change_a_setting()
     editor.quit()
     say(ends() and preferences.exists(), 'quit, it has written its preferences')
@@ -64,9 +61,10 @@ def do(what):
 
 
 def restore_while_it_runs():
-    launch()
+    say(launch(), 'it starts with them spoilt')
     do('dismiss_greeting')
-    do('leave_work_unsaved')
+    editor.work()
+    say(editor.has_unsaved_work(), '... and its user has work that is not saved')
     spoiled = preferences.read_bytes()
     restored = vantory('-restore', str(backup))
     say(f'{editor.NAME} is running and was skipped.' in restored.stderr and preferences.read_bytes() == spoiled,
@@ -76,14 +74,12 @@ def restore_while_it_runs():
 def trash_in_the_window():
     window = desktop.start('vantory-window')
     tick_and_trash()
-    press(wait_for('vantory', 'push button', 'Close and Relaunch'))
-    if hasattr(editor, 'leave_work_unsaved'):
-        answer_about_unsaved_work()
-    say(wait_for('vantory', 'dialog', 'Preferences successfully trashed', seconds=90) is not None,
+    press('vantory', 'push button', 'Close and Relaunch')
+    answer_about_unsaved_work()
+    say(shows('vantory', 'dialog', 'Preferences successfully trashed', seconds=90),
         'closed, its preferences go to the Trash')
-    editor.wait_until_started()
-    say(editor.has_defaults(), '... and it starts again, with defaults')
-    press(wait_for('vantory', 'push button', 'OK'))
+    say(editor.has_started() and editor.has_defaults(), '... and it starts again, with defaults')
+    press('vantory', 'push button', 'OK')
     do('dismiss_greeting')
     editor.quit()
     say(ends(), '... and quits')
@@ -91,23 +87,24 @@ def trash_in_the_window():
 
 
 def tick_and_trash():
-    press(wait_for('vantory', 'check box', 'All'))
-    subprocess.run(['xdotool', 'search', '--onlyvisible', '--name', '^Vantory$', 'windowfocus', '--sync'], check=True)
+    press('vantory', 'check box', 'All')
+    focus('^Vantory$')
     key('Home')
-    subprocess.run(['xdotool', 'type', editor.NAME], check=True)
-    time.sleep(0.5)
+    while not look('vantory', 'table cell', editor.NAME, 'selected'):
+        key('Down')
     key('space')
-    press(wait_for('vantory', 'push button', 'Move Preferences to Trash'))
+    press('vantory', 'push button', 'Move Preferences to Trash')
 
 
 def answer_about_unsaved_work():
     """First that it is to be kept, then that it is not."""
-    say(editor.asks_about_work(), 'asked to close, it asks about the work that is not saved')
+    say(editor.asks_about_work(), 'asked to close, it asks about that work')
     editor.keep_on_working()
-    say(wait_for('vantory', 'dialog', 'Nothing was trashed', seconds=90) is not None and runs() and preferences.exists(),
-        'kept open, it keeps work and preferences')
-    press(wait_for('vantory', 'push button', 'Try Again'))
-    press(wait_for('vantory', 'push button', 'Close and Relaunch'))
+    say(shows('vantory', 'dialog', 'Nothing was trashed', seconds=90) and runs() and preferences.exists(),
+        'kept open, it keeps its preferences')
+    say(editor.has_unsaved_work(), '... and the work')
+    press('vantory', 'push button', 'Try Again')
+    press('vantory', 'push button', 'Close and Relaunch')
     editor.asks_about_work()
     editor.discard_work()
 
@@ -116,8 +113,7 @@ def restore():
     restored = vantory('-restore', str(backup))
     say(restored.returncode == 0 and restored.stderr == '', 'quit, it gets its preferences back')
     say(preferences.read_bytes() == (backup / 'Users/user' / editor.FILE).read_bytes(), '... the same bytes')
-    launch()
-    say(editor.has_users_settings(), '... and starts with what its user had set')
+    say(launch() and editor.has_users_settings(), '... and starts with what its user had set')
     editor.quit()
     say(ends() and not list(home.rglob('.vantory-*')), '... and nothing half-made is left')
 
@@ -130,5 +126,5 @@ try:
     trash_in_the_window()
     restore()
 except Exception:
-    desktop.picture('/tmp/picture.png')
+    desktop.picture(str(home / 'picture.png'))
     raise
