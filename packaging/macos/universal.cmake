@@ -2,7 +2,7 @@
 include(ExternalProject)
 find_package(Python3 REQUIRED COMPONENTS Interpreter)
 
-# The rooms of the window, which no program has yet, are built for one processor: that shows that they know no system.
+# The window, which no program has yet, and its rooms are compiled for one processor: that shows that they know no system.
 set(targets_aarch64 all)
 set(targets_x86_64 vantory vantory-due)
 
