@@ -45,6 +45,15 @@ def shows(application, role, name, seconds=30):
     return wait_until(lambda: look(application, role, name), seconds)
 
 
+def shows_after(complaint, application, role, name):
+    """Once it has said in an alert of that title what is wrong with its preferences, where it says so."""
+    said = (application, 'alert', complaint)
+    wait_until(lambda: look(*said) or look(application, role, name), seconds=60)
+    if look(*said):
+        press(application, 'push button', 'OK')
+    return shows(application, role, name, seconds=60)
+
+
 def is_checked(application, role, name):
     return shows(application, role, name) and look(application, role, name, 'checked')
 
@@ -78,7 +87,7 @@ def key(*keys):
 
 
 def write(text):
-    subprocess.run(['xdotool', 'type', text], check=True)
+    subprocess.run(['xdotool', 'type', '--delay', '50', text], check=True)
     time.sleep(0.5)
 
 

@@ -1,5 +1,5 @@
 """OpenShot, as its user works it."""
-from desktop import look, menu, press, shows, wait_until, window
+from desktop import look, menu, press, shows, shows_after, window
 
 NAME = 'OpenShot'
 PACKAGES = 'openshot-qt'
@@ -9,16 +9,11 @@ KEY = 'openshotPrefs'
 FILE = '.openshot_qt/openshot.settings'
 
 ADD_TRACK = ('openshot', 'push button', 'Add Track')
-COMPLAINT = ('openshot', 'alert', 'Settings Error')
 HIDE_TUTORIAL = ('openshot', 'push button', 'Hide Tutorial')
 
 
 def has_started():
-    """Once it has said that it cannot read its settings, where that is so."""
-    wait_until(lambda: look(*COMPLAINT) or look(*ADD_TRACK), seconds=60)
-    if look(*COMPLAINT):
-        press('openshot', 'push button', 'OK')
-    return shows(*ADD_TRACK, seconds=60)
+    return shows_after('Settings Error', *ADD_TRACK)
 
 
 def has_defaults():
