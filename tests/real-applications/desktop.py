@@ -6,6 +6,8 @@ import subprocess
 import sys
 import time
 
+LOOK = pathlib.Path(__file__).with_name('look.py')
+
 
 def start_display():
     server = subprocess.Popen(['Xvfb', '-displayfd', '1', '-noreset', '-screen', '0', '1280x900x24', '-nolisten', 'tcp'],
@@ -37,8 +39,7 @@ def wait_until(holds, seconds=30):
 
 
 def look(application, role, name, what=''):
-    program = pathlib.Path(__file__).with_name('look.py')
-    return subprocess.run([sys.executable, program, application, role, name, what], timeout=60).returncode == 0
+    return subprocess.run([sys.executable, LOOK, application, role, name, what], timeout=60).returncode == 0
 
 
 def shows(application, role, name, seconds=30):
@@ -61,6 +62,14 @@ def is_checked(application, role, name):
 def press(application, role, name):
     """Once it is there."""
     assert wait_until(lambda: look(application, role, name, 'press')), f'no {role} "{name}"'
+    time.sleep(0.5)
+
+
+def click(application, role, name):
+    """With the mouse, where pressing it would only tick it."""
+    assert shows(application, role, name), f'no {role} "{name}"'
+    place = subprocess.run([sys.executable, LOOK, application, role, name, 'where'], capture_output=True, text=True)
+    subprocess.run(['xdotool', 'mousemove', *place.stdout.split(), 'click', '1'], check=True)
     time.sleep(0.5)
 
 

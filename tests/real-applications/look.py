@@ -1,5 +1,6 @@
 """One look at an application as assistive technologies see it, by a process that remembers nothing of earlier ones:
-look.py APPLICATION ROLE NAME [press|checked|selected]. Ends with 0 when it is there, was pressed, or is so."""
+look.py APPLICATION ROLE NAME [press|checked|selected|where]. Ends with 0 when it is there, was pressed,
+or is so; tells where its middle lies."""
 import sys
 
 import pyatspi
@@ -45,5 +46,8 @@ if what == 'press':
         found.queryAction().doAction(0)
     except GLib.GError as error:  # a dialog that it opens may keep the answer
         print(error, file=sys.stderr)
+if what == 'where':
+    place = found.queryComponent().getExtents(pyatspi.DESKTOP_COORDS)
+    print(place.x + place.width // 2, place.y + place.height // 2)
 states = {'checked': pyatspi.STATE_CHECKED, 'selected': pyatspi.STATE_SELECTED}
 sys.exit(what in states and not found.getState().contains(states[what]))

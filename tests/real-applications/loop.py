@@ -118,6 +118,7 @@ def restore():
     say(ends() and not list(home.rglob('.vantory-*')), '... and nothing half-made is left')
 
 
+os.chdir(home)
 desktop.start_display()
 try:
     set_up_and_back_up()
