@@ -179,12 +179,12 @@ class Reader {
         throw Fault{formatted("Two items are called \"%@\".", item.name), item.name};
     }
     item.files = textsIn(*in, "files", kMost);
-    for (const std::string& pattern : item.files) checkPattern(pattern);
+    for (const std::string& pattern : item.files) checkPattern(pattern, app.identifiers);
     return item;
   }
 
-  void checkPattern(const std::string& pattern) {
-    if (const std::string fault = rules_.faultOf(pattern); !fault.empty())
+  void checkPattern(const std::string& pattern, const std::vector<std::string>& identifiers) {
+    if (const std::string fault = rules_.faultOf(pattern, identifiers); !fault.empty())
       throw Fault{formatted("\"%@\" %@.", shortened(pattern, 200), fault), pattern};
     if (!patterns_.insert(pattern).second) throw Fault{formatted("\"%@\" stands there twice.", pattern), pattern};
   }

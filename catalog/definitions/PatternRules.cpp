@@ -3,9 +3,12 @@
 
 #include <algorithm>
 #include <string_view>
+#include <utility>
 
 #include "base/Paths.h"
 #include "base/Text.h"
+#include "catalog/definitions/OthersNames.h"
+#include "catalog/definitions/Wildcards.h"
 #include "services/QWLocalPaths.h"
 #include "services/files/QWFileManager.h"
 
@@ -17,113 +20,59 @@ constexpr std::size_t kLongestPattern = 1024;
 constexpr std::ptrdiff_t kMostWildcards = 3;  // components with one
 constexpr std::size_t kFixedCharacters = 4;
 
-// Each holds the files of many applications, or of the person: no item is one of them, or a folder above.
-constexpr std::string_view kSharedFolders[] = {"~/.config",
-                                               "~/.local",
-                                               "~/.local/share",
-                                               "~/.var",
-                                               "~/.var/app",
-                                               "~/snap",
-                                               "~/Library",
-                                               "~/Library/Preferences",
-                                               "~/Library/Application Support",
-                                               "~/Library/Containers",
-                                               "~/Library/Group Containers",
-                                               "~/Documents",
-                                               "~/Desktop",
-                                               "~/Downloads",
-                                               "~/Movies",
-                                               "~/Music",
-                                               "~/Pictures",
-                                               "~/Public",
-                                               "~/Templates",
-                                               "~/Videos"};
+// Where applications keep their preferences.
+constexpr std::string_view kPlaces[] = {"~/.config", "~/.local/share", "~/library/preferences",
+                                        "~/library/application support"};
+constexpr std::string_view kDocuments = "~/documents";
 
-// Caches, what has been thrown away, secrets, what starts programs, and what is this program's own.
-constexpr std::string_view kKeptOut[] = {"~/.cache",
-                                         "~/Library/Caches",
-                                         "~/.local/state",
-                                         "~/.Trash",
-                                         "~/.local/share/Trash",
-                                         "~/.ssh",
-                                         "~/.gnupg",
-                                         "~/.pki",
-                                         "~/.aws",
-                                         "~/.kube",
-                                         "~/.docker",
-                                         "~/.password-store",
-                                         "~/.mozilla",
-                                         "~/.thunderbird",
-                                         "~/.local/share/keyrings",
-                                         "~/.local/share/kwalletd",
-                                         "~/Library/Keychains",
-                                         "~/bin",
-                                         "~/.local/bin",
-                                         "~/.local/lib",
-                                         "~/.local/share/applications",
-                                         "~/.local/share/dbus-1",
-                                         "~/.local/share/systemd",
-                                         "~/.config/systemd",
-                                         "~/.config/environment.d",
-                                         "~/.config/autostart",
-                                         "~/.config/autostart-scripts",
-                                         "~/.config/plasma-workspace",
-                                         "~/.config/fish",
-                                         "~/.config/git",
-                                         "~/Library/LaunchAgents",
-                                         "~/Library/LaunchDaemons",
-                                         "~/Library/Services",
-                                         "~/Library/Scripts",
-                                         "~/Library/Application Support/Quarrywell",
-                                         "~/Library/Logs",
-                                         "~/Library/Preferences/com.quarrywell.Vantory.plist"};
+constexpr const char* kNoPreferences = "reaches a place where no application keeps its preferences";
+constexpr const char* kNoFolder = "names what lies in no folder of an application";
+constexpr const char* kPrograms = "reaches what starts programs";
 
-// "*" stands for any run of characters. Letters of either case are alike: they are on a Mac's disk. Only the last "*"
-// passed is ever tried again.
-bool couldMatch(std::string_view component, std::string_view name) {
-  std::optional<std::string_view> afterStar;
-  std::string_view nameAtStar;
-  while (!name.empty()) {
-    if (component.starts_with('*')) {
-      component.remove_prefix(1);
-      afterStar = component;
-      nameAtStar = name;
-    } else if (!component.empty() && compareIgnoringCase(component.substr(0, 1), name.substr(0, 1)) == 0) {
-      component.remove_prefix(1);
-      name.remove_prefix(1);
-    } else if (afterStar) {
-      nameAtStar.remove_prefix(1);
-      name = nameAtStar;
-      component = *afterStar;
-    } else {
-      return false;
-    }
-  }
-  return component.find_first_not_of('*') == std::string_view::npos;
-}
+// Characters that are not seen, turn the text round, or belong to the letter before them.
+constexpr std::pair<char32_t, char32_t> kDeceiving[] = {
+    {0xa0, 0xa0},     {0xad, 0xad},     {0x300, 0x36f},   {0x61c, 0x61c},     {0x115f, 0x1160},   {0x1680, 0x1680},
+    {0x180b, 0x180f}, {0x1ab0, 0x1aff}, {0x1dc0, 0x1dff}, {0x2000, 0x200f},   {0x2028, 0x202f},   {0x205f, 0x206f},
+    {0x20d0, 0x20ff}, {0x3000, 0x3000}, {0x3164, 0x3164}, {0xfe00, 0xfe0f},   {0xfe20, 0xfe2f},   {0xfeff, 0xfeff},
+    {0xffa0, 0xffa0}, {0xfff0, 0xffff}, {0xe000, 0xf8ff}, {0xe0000, 0xe0fff}, {0xf0000, 0x10ffff}};
 
 // Whether all components that both have could be the same: then one is the other, or lies inside it.
 bool couldMeet(const std::vector<std::string>& pattern, const std::vector<std::string>& folder) {
   for (std::size_t i = 0; i < std::min(pattern.size(), folder.size()); ++i)
-    if (!couldMatch(pattern[i], folder[i])) return false;
+    if (!couldBothMatch(pattern[i], folder[i])) return false;
   return true;
+}
+
+bool startsWith(const std::vector<std::string>& pattern, const std::vector<std::string>& folder) {
+  return pattern.size() > folder.size() && std::equal(folder.begin(), folder.end(), pattern.begin());
+}
+
+bool isLetter(char character) {
+  return character >= 'a' && character <= 'z';
 }
 
 // What a component with a wildcard begins with, but for the dot of a hidden name and for the maker's part of a name
 // such as "com.apple.motion.plist", which many applications have in common.
 std::string_view fixedBeginning(std::string_view component) {
+  constexpr std::size_t kLongestDomain = 6;
   std::string_view fixed = component.substr(0, component.find('*'));
   if (fixed.starts_with('.')) fixed.remove_prefix(1);
   const std::size_t domain = fixed.find('.');
-  const bool hasMaker = domain >= 2 && domain <= 3 && lowerCased(fixed.substr(0, domain)) == fixed.substr(0, domain);
-  if (!hasMaker) return fixed;
+  if (domain == std::string_view::npos || domain > kLongestDomain) return fixed;
+  if (!std::ranges::all_of(fixed.substr(0, domain), isLetter)) return fixed;
   const std::size_t maker = fixed.find('.', domain + 1);
   return maker == std::string_view::npos ? std::string_view() : fixed.substr(maker + 1);
+}
+
+// Whether enough of it is fixed to be one application's.
+bool isOwn(std::string_view component) {
+  return component.find('*') == std::string_view::npos || fixedBeginning(component).size() >= kFixedCharacters;
 }
 
 std::string faultOfText(const std::string& pattern) {
   if (pattern.size() > kLongestPattern) return "is longer than 1024 bytes";
   if (!isUtf8(pattern) || printable(pattern) != pattern) return "holds control characters or is no UTF-8";
+  if (holdsDeceivingCharacters(pattern)) return "holds characters that cannot be seen or stand apart from their letter";
   if (pattern.find_first_of("?[]$\\") != std::string::npos)
     return "holds a character that stands for others; only * may";
   if (pattern.find("**") != std::string::npos) return "holds two * in a row";
@@ -139,21 +88,50 @@ std::string faultOfComponents(const std::vector<std::string>& components) {
   return "";
 }
 
-// The root's slash parts nothing.
+// Folded. The root's slash parts nothing.
 std::vector<std::string> componentsOf(std::string_view pattern) {
-  return split(pattern.substr(pattern.starts_with('/') ? 1 : 0), '/');
+  return split(foldedForDisks(pattern.substr(pattern.starts_with('/') ? 1 : 0)), '/');
+}
+
+// What an application has in a container of its own lies there as it would lie in the home; empty for all else.
+std::vector<std::string> outsideContainer(const std::vector<std::string>& pattern, const std::string& identifier) {
+  const auto joined = [&](std::vector<std::string> home, std::size_t from) {
+    home.insert(home.end(), pattern.begin() + static_cast<std::ptrdiff_t>(from), pattern.end());
+    return home;
+  };
+  const auto isIn = [&](std::string_view folder) { return startsWith(pattern, componentsOf(folder)); };
+  const std::string id = foldedForDisks(identifier);
+  if (isIn("~/library/containers/" + id + "/data/library")) return joined({"~"}, 5);
+  if (isIn("~/.var/app/" + id + "/config")) return joined({"~", ".config"}, 5);
+  if (isIn("~/.var/app/" + id + "/data")) return joined({"~", ".local", "share"}, 5);
+  if (isIn("~/.var/app/" + id)) return joined({"~"}, 4);
+  return {};
+}
+
+bool isHidden(const std::string& component) {
+  return component.starts_with('.');
 }
 
 }  // namespace
+
+bool holdsDeceivingCharacters(std::string_view text) {
+  while (!text.empty()) {
+    const std::size_t length = std::max<std::size_t>(utf8CharacterLength(text), 1);
+    char32_t character = static_cast<unsigned char>(text[0]);
+    if (length > 1) character &= 0x7fU >> length;
+    for (std::size_t i = 1; i < length; ++i) character = character << 6 | (static_cast<unsigned char>(text[i]) & 0x3f);
+    if (std::ranges::any_of(kDeceiving,
+                            [&](const auto& range) { return character >= range.first && character <= range.second; }))
+      return true;
+    text.remove_prefix(length);
+  }
+  return false;
+}
 
 PatternRules::PatternRules(const std::vector<std::string>& keptOut)
     : home_(QWLocalPaths::userDirectory()), shared_(QWLocalPaths::sharedUsersDirectory()) {
   // A "*" in a home's own path would be taken for a pattern.
   if (home_ && QWFileManager::isWildcardPath(*home_)) home_.reset();
-  roots_.push_back({"~"});
-  if (shared_) roots_.push_back(componentsOf(*shared_));
-  for (const std::string_view folder : kSharedFolders) sharedFolders_.push_back(componentsOf(folder));
-  for (const std::string_view folder : kKeptOut) keptOut_.push_back(componentsOf(folder));
   for (const std::string& folder : keptOut) keptOut_.push_back(componentsOf(written(folder)));
   if (const auto trash = QWLocalPaths::trashDirectory())
     keptOut_.push_back(componentsOf(written(paths::parent(*trash))));
@@ -165,37 +143,77 @@ std::string PatternRules::written(const std::string& path) const {
   return "~" + path.substr(home_->size());
 }
 
-std::string PatternRules::faultOf(const std::string& pattern) const {
+std::string PatternRules::faultOf(const std::string& pattern, const std::vector<std::string>& identifiers) const {
   if (std::string fault = faultOfText(pattern); !fault.empty()) return fault;
   const bool isShared = shared_ && pattern.starts_with(*shared_ + "/");
   if (!pattern.starts_with("~/") && !isShared) return "does not begin with \"~/\" or \"/Users/Shared/\"";
-  const Components components = componentsOf(pattern);
+  Components components = componentsOf(pattern);
   if (std::string fault = faultOfComponents(components); !fault.empty()) return fault;
-  if (std::string fault = faultOfPlace(components); !fault.empty()) return fault;
-  if (isKeptOut(components)) return "reaches a place where no application keeps its preferences";
-  return "";
+  if (isKeptOut(components)) return kNoPreferences;
+  if (isShared) return faultOfShared(components);
+  for (const std::string& identifier : identifiers)
+    if (Components outside = outsideContainer(components, identifier); !outside.empty()) {
+      if (isOfAnotherProgram(foldedForDisks(identifier))) return kNoPreferences;
+      components = std::move(outside);
+    }
+  return faultInHome(components);
 }
 
 bool PatternRules::isKeptOut(const Components& pattern) const {
   return std::ranges::any_of(keptOut_, [&](const Components& folder) { return couldMeet(pattern, folder); });
 }
 
-std::string PatternRules::faultOfPlace(const Components& pattern) const {
-  for (const auto* folders : {&sharedFolders_, &roots_})
-    for (const Components& folder : *folders)
-      if (std::string fault = faultOfFolder(pattern, folder); !fault.empty()) return fault;
-  for (const Components& root : roots_)
-    if (couldMeet(pattern, root) && pattern.size() == root.size() + 1)
-      return "names what lies in no folder of an application";
-  return "";
+// A folder in a backup lies elsewhere than a file there, so that its place cannot be told.
+std::string PatternRules::faultOfShared(const Components& pattern) const {
+  const std::size_t root = componentsOf(*shared_).size();
+  if (pattern.size() < root + 2) return kNoFolder;
+  const std::string& name = pattern.back();
+  const std::size_t ending = name.rfind('.');
+  if (ending == std::string::npos || ending + 1 == name.size() || QWFileManager::isWildcardPath(name.substr(ending)))
+    return "may name a folder: below \"/Users/Shared/\" files are named, with their ending";
+  return faultOfNames(pattern, root);
 }
 
-std::string PatternRules::faultOfFolder(const Components& pattern, const Components& folder) const {
-  if (!couldMeet(pattern, folder)) return "";
-  if (pattern.size() <= folder.size()) return "could match a folder that many applications share";
-  const std::string& next = pattern[folder.size()];
-  if (!QWFileManager::isWildcardPath(next) || fixedBeginning(next).size() >= kFixedCharacters) return "";
-  return "could match what is another application's: at least four characters of its own must stand before the first *";
+std::string PatternRules::faultInHome(const Components& pattern) {
+  for (const std::string_view place : kPlaces) {
+    const Components folder = componentsOf(place);
+    if (startsWith(pattern, folder)) return faultOfNames(pattern, folder.size());
+    if (pattern.size() <= folder.size() && couldMeet(pattern, folder))
+      return "could match a folder that many applications share";
+  }
+  if (startsWith(pattern, componentsOf(kDocuments))) return faultInDocuments(pattern);
+  if (!isHidden(pattern[1])) return kNoPreferences;
+  if (pattern.size() == 2) return kNoFolder;
+  if (QWFileManager::isWildcardPath(pattern[1])) return "has a * in the name of a folder of the home";
+  return faultOfNames(pattern, 1);
+}
+
+// The person's own, but that some makers keep something there.
+std::string PatternRules::faultInDocuments(const Components& pattern) {
+  constexpr std::size_t kFewest = 5;  // "~", "Documents", maker, application, file
+  const std::string& name = pattern.back();
+  if (pattern.size() < kFewest || QWFileManager::isWildcardPath(pattern[2]) ||
+      QWFileManager::isWildcardPath(pattern[3]) ||
+      fixedBeginning(name).size() + name.size() - std::min(name.size(), name.rfind('.')) < kFixedCharacters)
+    return "could match what is the person's own: in ~/Documents only files with their ending may be named, below the "
+           "folders of a maker and an application";
+  return faultOfNames(pattern, 2);
+}
+
+// The components from the first on that are the application's own.
+std::string PatternRules::faultOfNames(const Components& pattern, std::size_t first) {
+  const std::string& own = pattern[first];
+  if (!isOwn(own))
+    return "could match what is another application's: at least four characters of its own must stand before the first "
+           "*";
+  if (isOfAnotherProgram(isHidden(own) ? own.substr(1) : own)) return kNoPreferences;
+  if (isOfMaker(own) && (pattern.size() == first + 1 || !isOwn(pattern[first + 1])))
+    return "could match what another application of the same maker has";
+  for (std::size_t i = first; i < pattern.size(); ++i) {
+    if (holdsPrograms(pattern[i]) || (i == first + 1 && holdsAdditions(pattern[i]))) return kPrograms;
+    if (holdsSecrets(pattern[i])) return "is called after keys or passwords";
+  }
+  return isProgram(pattern.back()) ? kPrograms : "";
 }
 
 std::optional<std::string> PatternRules::resolve(const std::string& pattern) const {

@@ -3,9 +3,14 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace vantory {
+
+// Characters that a reader does not see or takes for others: blanks other than the space, marks that turn the text
+// round or join the letter before them, private ones.
+bool holdsDeceivingCharacters(std::string_view text);
 
 // For the user whose files are handled. May be shared by threads.
 class PatternRules {
@@ -13,23 +18,24 @@ class PatternRules {
   // Beyond the places that are kept out for everyone: folders, by their full paths, that no pattern may reach.
   explicit PatternRules(const std::vector<std::string>& keptOut);
 
-  // Why the pattern is refused, as the end of a sentence; empty where it may stand.
-  std::string faultOf(const std::string& pattern) const;
+  // Why the pattern is refused to an application of these identifiers, as the end of a sentence; empty where it may
+  // stand.
+  std::string faultOf(const std::string& pattern, const std::vector<std::string>& identifiers) const;
   // The pattern as an absolute one; none where the user has no folder for it. It must be without fault.
   std::optional<std::string> resolve(const std::string& pattern) const;
 
  private:
-  using Components = std::vector<std::string>;  // of a pattern as it is written
+  using Components = std::vector<std::string>;  // of a pattern, folded
 
-  std::string faultOfPlace(const Components& pattern) const;
-  std::string faultOfFolder(const Components& pattern, const Components& folder) const;
+  static std::string faultInHome(const Components& pattern);
+  static std::string faultInDocuments(const Components& pattern);
+  static std::string faultOfNames(const Components& pattern, std::size_t first);
+  std::string faultOfShared(const Components& pattern) const;
   bool isKeptOut(const Components& pattern) const;
   std::string written(const std::string& path) const;
 
   std::optional<std::string> home_;
   std::optional<std::string> shared_;  // the folder that all users share
-  std::vector<Components> roots_;      // the home and that folder
-  std::vector<Components> sharedFolders_;
   std::vector<Components> keptOut_;
 };
 
