@@ -182,7 +182,7 @@ bool ItemCopier::copyAvidFile(const std::string& source) {
   return true;
 }
 
-// A source that has vanished, or is a link, is left out without a word.
+// A source that has vanished is left out without a word.
 std::optional<ItemCopier::Target> ItemCopier::targetFor(const std::string& source) {
   const auto info = files().info(source, Links::DoNotFollow);
   if (!info) {
@@ -191,11 +191,12 @@ std::optional<ItemCopier::Target> ItemCopier::targetFor(const std::string& sourc
     note(source, {}, info.error());
     return std::nullopt;
   }
-  if (info->type == FileType::SymbolicLink) return std::nullopt;
-  if (info->type == FileType::Other) {
-    QWLog::appendLog("Skipping %@: it is neither a file nor a folder", source);
-    report_.skipped(FileAction::Copy, source,
-                    {std::errc::invalid_argument, source + ": it is neither a file nor a folder"}, item_);
+  if (info->type == FileType::SymbolicLink || info->type == FileType::Other) {
+    Error cause = info->type == FileType::SymbolicLink
+                      ? QWFileManager::linkLeftOut(source)
+                      : Error{std::errc::invalid_argument, source + ": it is neither a file nor a folder"};
+    QWLog::appendLog("Skipping %@", cause.text);
+    report_.skipped(FileAction::Copy, source, std::move(cause), item_);
     return std::nullopt;
   }
   Target target = targetFor(source, info->type);

@@ -117,6 +117,11 @@ std::size_t TaskReport::count(Outcome outcome, FileAction action) const {
       files_, [&](const FileReport& file) { return file.outcome == outcome && file.action == action; }));
 }
 
+bool TaskReport::isWhole() const {
+  const auto wasNotDone = [](const FileReport& file) { return file.outcome == Outcome::Failed || file.wasLeftOut(); };
+  return !refusal_ && passedOver_.empty() && !isCancelled_ && std::ranges::none_of(files_, wasNotDone);
+}
+
 bool TaskReport::hasFailed(FileAction action, const std::string& path) const {
   return std::ranges::any_of(files_, [&](const FileReport& file) {
     return file.outcome == Outcome::Failed && file.action == action && file.path == path;

@@ -45,6 +45,10 @@ struct FileReport {
   std::string place = {};  // where it, or its copy, lies now; empty where that is nowhere or not known
   Outcome outcome = Outcome::Done;
   std::shared_ptr<const Error> cause = {};  // why it was skipped or failed; null when done
+
+  // It is there and was passed over, such as a link, a pipe or what another process holds. A file that was as wanted
+  // already has no code.
+  bool wasLeftOut() const { return outcome == Outcome::Skipped && cause->code != std::errc() && !meansMissing(*cause); }
 };
 
 // What is about to be done to a file or folder.
@@ -127,7 +131,7 @@ class TaskReport {
   bool hasDone(FileAction action) const { return count(FileReport::Outcome::Done, action) > 0; }
   bool hasFailures() const { return count(FileReport::Outcome::Failed) > 0; }
   // Whether everything that was asked for was done.
-  bool isWhole() const { return !refusal_ && !hasFailures() && passedOver_.empty() && !isCancelled_; }
+  bool isWhole() const;
   // Whether this failure is in the report already.
   bool hasFailed(FileAction action, const std::string& path) const;
 

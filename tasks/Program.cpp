@@ -7,6 +7,7 @@
 #include <ostream>
 #include <string_view>
 
+#include "base/ExitCodes.h"
 #include "base/Format.h"
 #include "base/Json.h"
 #include "base/Paths.h"
@@ -66,7 +67,10 @@ class TaskEnding {
   int tell(int exitCode, const TaskReport& report, const TaskReceipt* receipt = nullptr) const {
     tellWhatWasNotDone(report, true);
     QWLog::finishWriting();
-    if (options_.strict) exitCode = strictExitCode(exitCode, report, command_.deed);
+    if (options_.strict) {
+      exitCode = strictExitCode(exitCode, report, command_.deed);
+      if (exitCode == kNothingMatched && command_.deed) tellNothingFound(*command_.deed, report);
+    }
     if (options_.json) output_ << json(exitCode, report);
     // A remark says already why there was nothing to do.
     if (command_.deed && exitCode == 0 && report.isWhole() && report.remarks().empty() &&

@@ -8,6 +8,7 @@
 #include "base/Format.h"
 #include "base/Text.h"
 #include "platform/SystemLog.h"
+#include "services/QWLocalPaths.h"
 #include "services/Runtime.h"
 #include "services/TaskReport.h"
 #include "services/log/QWLog.h"
@@ -49,25 +50,23 @@ bool hasFailed(const FileReport& file) {
   return file.outcome == Outcome::Failed;
 }
 
-// It is there and was passed over on purpose, such as a pipe or what another process holds. A file that was as wanted
-// already has no code.
-bool wasLeftOut(const FileReport& file) {
-  return file.outcome == Outcome::Skipped && file.cause->code != std::errc() && !meansMissing(*file.cause);
-}
-
 // What failed as a whole, such as the writing of a backup; preference files are counted.
 bool isWholeTask(const FileReport& file) {
   return file.action == FileAction::Write || file.action == FileAction::Sync;
 }
 
 // Each cure once, behind the causes: many files may fail for one reason.
-void tellFailures(const TaskReport& report, bool keepsLog) {
-  const std::vector<FileReport> failures = filesIn(report, hasFailed);
-  tellFirst(failures, [](const FileReport& file) { return file.cause->text; });
+void tellCauses(const std::vector<FileReport>& files) {
+  tellFirst(files, [](const FileReport& file) { return file.cause->text; });
   std::set<std::string> cures;
-  for (const FileReport& file : failures)
+  for (const FileReport& file : files)
     if (!file.cause->cure.empty()) cures.insert(file.cause->cure);
   for (const std::string& cure : cures) tell(cure);
+}
+
+void tellFailures(const TaskReport& report, bool keepsLog) {
+  const std::vector<FileReport> failures = filesIn(report, hasFailed);
+  tellCauses(failures);
   const auto files = failures.size() - static_cast<std::size_t>(std::ranges::count_if(failures, isWholeTask));
   if (files == 0) return;
   if (keepsLog)
@@ -151,11 +150,19 @@ void tellWhatWasNotDone(const TaskReport& report, bool keepsLog) {
   tellFirst(report.notices(), [](const std::string& notice) { return notice; });
   tellFirst(report.unusedOperands(), [](const TaskReport::UnusedOperand& unused) { return unused.reason; });
   tellFirst(report.passedOver(), [](const TaskReport::PassedOver& passed) { return passed.reason; });
-  tellFirst(filesIn(report, wasLeftOut), [](const FileReport& file) { return file.cause->text; });
+  tellCauses(filesIn(report, [](const FileReport& file) { return file.wasLeftOut(); }));
   tellFailures(report, keepsLog);
   tellFirst(report.remarks(), [](const std::string& remark) { return remark; });
   if (!keepsLog || (report.isWhole() && report.remarks().empty()) || report.refusal()) return;
   if (const auto path = QWLog::sharedController().path()) tell("The log: " + *path);
+}
+
+void tellNothingFound(FileAction deed, const TaskReport& report) {
+  if (!report.remarks().empty() || !report.unusedOperands().empty() || report.summary()) return;
+  std::string sentence = sentenceOn(deed, report);
+  sentence.pop_back();
+  tell(formatted("%@ in %@ and the folders that all users share.", sentence,
+                 QWLocalPaths::userDirectory().value_or("no home")));
 }
 
 // The one sentence that a person at a terminal gets where all went well.

@@ -78,10 +78,7 @@ std::string causeOf(const FileReport& file) {
 std::vector<AlertRow> rowsOf(const TaskReport& report) {
   std::vector<AlertRow> rows;
   for (const FileReport& file : report.files()) {
-    const bool isTold =
-        file.outcome == Outcome::Failed ||
-        (file.outcome == Outcome::Skipped && file.cause->code != std::errc() && !meansMissing(*file.cause));
-    if (isTold) rows.push_back({file.path, eventOf(file), causeOf(file)});
+    if (file.outcome == Outcome::Failed || file.wasLeftOut()) rows.push_back({file.path, eventOf(file), causeOf(file)});
     if (rows.size() == kMostRows) {
       rows.push_back({"", "and more", "The log names them all."});
       break;

@@ -45,6 +45,8 @@ class QWFileManager {
   static bool fileExistsAtPath(const std::string& path);   // links followed
   static bool isDirectoryAtPath(const std::string& path);  // links followed
   static bool isSymbolicLinkAtPath(const std::string& path);
+  // Why a link at this path is left out, where only what it leads to could be meant.
+  static Error linkLeftOut(const std::string& path);
   static bool isPackageAtPath(const std::string& path);
   // Whether anything bears this name, a dangling link included.
   static bool itemExistsAtPath(const std::string& path);

@@ -50,6 +50,13 @@ bool QWFileManager::isSymbolicLinkAtPath(const std::string& path) {
   return metadata().linkTarget(path).ok();
 }
 
+Error QWFileManager::linkLeftOut(const std::string& path) {
+  const auto target = metadata().linkTarget(path);
+  return {std::errc::too_many_symbolic_link_levels,
+          formatted("%@ is a symbolic link to %@ and was left out.", path, target ? *target : "an unknown place"),
+          "Put the file itself in the place of the link, or see to it where it is."};
+}
+
 bool QWFileManager::isPackageAtPath(const std::string& path) {
   return metadata().isPackage(path);
 }

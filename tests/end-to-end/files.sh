@@ -40,7 +40,7 @@ sum=$(sha256sum <"$user_data/Final Cut Pro Obj Cache.fcmch")
 
 # --- Backup ----------------------------------------------------------------------------------------------------------
 limit=60 run -backup All
-check "backup of everything, and what is left out is said" eval 'ended 0 && said "Vantory: $preferences/com.apple.LiveType.plist: it is neither a file nor a folder"'
+check "backup of everything, and what is left out is said" eval 'ended 0 && told "Vantory: $preferences/com.apple.LiveType.plist: it is neither a file nor a folder" && told "Vantory: $preferences/com.apple.motion.plist is a symbolic link to com.apple.color.plist and was left out."'
 for folder in "$copied/Final Cut Pro User Data/Button Bars" "$backup/Users/user/Library/Application Support/Motion/Command Sets"; do manifest "$folder"; done >"$work/copied"
 # The folder that a pattern's files lie in is made anew; only what it holds is a copy.
 of_copies() { grep -av "^b'\.' 0o40" "$1"; }

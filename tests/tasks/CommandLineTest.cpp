@@ -28,6 +28,7 @@ using ::testing::ElementsAre;
 using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
+using ::testing::IsSupersetOf;
 using ::testing::StartsWith;
 namespace fs = std::filesystem;
 using Names = std::set<std::string>;
@@ -362,6 +363,20 @@ TEST_F(CommandLineTest, TheStrictExitCodeTellsMore) {
   EXPECT_EQ(run("--strict -unlock fcpPrefs"), 0);  // it was so already
   EXPECT_EQ(run("--strict -trash fcpPrefs"), 0);
   EXPECT_EQ(run("--strict -trash fcpPrefs"), 4);
+  EXPECT_EQ(fakes_.systemLog.messages().back(),
+            "There was nothing to trash in " + home_.path() + " and the folders that all users share.");
+
+  // A link is told: what it leads to is not in the backup.
+  const std::string path = home_ / kFiles[1].second;
+  writeFile(home_ / "dotfiles/fcp", "linked");
+  fs::create_symlink(home_ / "dotfiles/fcp", path);
+  EXPECT_EQ(run("--strict --json -backup Set fcpPrefs,motionPrefs"), 3);
+  const std::string left = path + " is a symbolic link to " + home_ / "dotfiles/fcp" + " and was left out.";
+  EXPECT_THAT(output_.str(), HasSubstr(left));
+  EXPECT_THAT(fakes_.systemLog.messages(), IsSupersetOf({HasSubstr(left), HasSubstr("in the place of the link")}));
+  metadata_.lockAnswer = Error{std::errc::too_many_symbolic_link_levels, path + ": as the system says it"};
+  EXPECT_EQ(run("--strict -lock fcpPrefs"), 3);
+  EXPECT_THAT(log(), HasSubstr(left));
 }
 
 TEST_F(CommandLineTest, TheLibraryIsManagedByCommand) {
