@@ -99,7 +99,7 @@ int checkCatalog(const QuestionContext& context) {
     return refuseLine("--check-catalog needs the path of a catalog file.", system.arguments(), context.output,
                       context.errors);
   DryRun run({"vantory"}, context.errors);
-  if (!run.begin(false)) return 1;
+  if (const Status begun = run.begin(false); !begun) return refuseToldQuestion(begun.error().text, context);
   CatalogCheck check;
   PropertyListArray entries;
   bool areSound = true;

@@ -14,6 +14,7 @@
 #include "tasks/KeyList.h"
 #include "tasks/NamedBackup.h"
 #include "tasks/Question.h"
+#include "tasks/Refusal.h"
 
 namespace vantory {
 
@@ -25,11 +26,6 @@ constexpr std::size_t kMostTold = 10;      // files that could not be compared, 
 
 using BackupPointer = std::shared_ptr<const QWBackup>;
 
-int refuse(const QuestionContext& context, const std::string& reason) {
-  context.errors << "Vantory: " << printable(reason) << '\n';
-  return 1;
-}
-
 QWDataController& library() {
   return QWDataController::sharedController();
 }
@@ -38,7 +34,7 @@ QWDataController& library() {
 BackupPointer backupFor(const QuestionContext& context, const std::string& operand) {
   const auto backup = backupToRead(operand);
   if (backup) return *backup;
-  refuse(context, backup.error().text);
+  refuseQuestion(backup.error().text, context);
   return nullptr;
 }
 
@@ -199,11 +195,13 @@ void tellErrors(const QuestionContext& context, const Comparison& comparison, co
 
 int compareBackup(const QuestionContext& context) {
   const std::vector<std::string>& operands = context.operands;
-  if (operands.empty()) return refuse(context, "--compare needs a backup: its name in the library, or its path.");
+  if (operands.empty())
+    return refuseQuestion("--compare needs a backup: its name in the library, or its path.", context);
   if (operands.size() > 3)
-    return refuse(context, formatted("\"%@\" is one operand too many. Names with blanks need quotes.", operands[3]));
+    return refuseQuestion(formatted("\"%@\" is one operand too many. Names with blanks need quotes.", operands[3]),
+                          context);
   DryRun run({"vantory"}, context.errors);
-  if (!run.begin(true)) return 1;
+  if (const Status begun = run.begin(true); !begun) return refuseToldQuestion(begun.error().text, context);
   library().populateApps();
   library().populateBackups();
   ComparisonRequest request{.after = backupFor(context, operands[0])};
@@ -219,9 +217,10 @@ int compareBackup(const QuestionContext& context) {
   const std::size_t keys = areTwo ? 2 : 1;
   if (operands.size() > keys) request.items = keysFor(operands[keys], held, report);
   if (request.items && request.items->empty()) {
-    if (report.unusedOperands().empty()) return refuse(context, formatted("\"%@\" names no item.", operands[keys]));
+    if (report.unusedOperands().empty())
+      return refuseQuestion(formatted("\"%@\" names no item.", operands[keys]), context);
     tellErrors(context, {}, report);
-    return 1;
+    return refuseToldQuestion(report.unusedOperands().front().reason, context);
   }
   const Comparison comparison = compareBackups(request);
   context.output << (context.form == AnswerForm::Json ? json(request, comparison, report, run)

@@ -22,15 +22,15 @@ DryRun::DryRun(std::vector<std::string> arguments, std::ostream& errors)
 }
 
 // The same checks as before a real task.
-bool DryRun::begin(bool usesBackups) {
+Status DryRun::begin(bool usesBackups) {
   const auto home = QWLocalPaths::userDirectory();
   if (const auto reason = reasonToRefuse(home, usesBackups)) {
     overlay_.platform().systemLog.write(printable(*reason));
-    return false;
+    return Error{std::errc::no_such_file_or_directory, *reason};
   }
   const std::string remark = usesBackups ? remarkOnHome(*home) : "";
   if (!remark.empty()) errors_ << "Vantory: " << remark << '\n';
-  return true;
+  return {};
 }
 
 }  // namespace vantory

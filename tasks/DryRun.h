@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "base/Result.h"
 #include "platform/overlay/OverlayPlatform.h"
 #include "services/Runtime.h"
 #include "tasks/AppController.h"
@@ -18,8 +19,8 @@ class DryRun {
   // `arguments` stand for the process's own, the program first. Messages go to `errors`.
   DryRun(std::vector<std::string> arguments, std::ostream& errors);
 
-  // False, with the reason told, where there is no home folder or library to work in.
-  bool begin(bool usesBackups);
+  // Fails, with the reason told, where there is no home folder or library to work in.
+  Status begin(bool usesBackups);
 
   const AppController& controller() const { return controller_; }
   const std::vector<Change>& changes() const { return overlay_.changes().all(); }

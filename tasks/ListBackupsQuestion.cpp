@@ -12,6 +12,7 @@
 #include "tasks/DryRun.h"
 #include "tasks/NamedBackup.h"
 #include "tasks/Question.h"
+#include "tasks/Refusal.h"
 
 namespace vantory {
 
@@ -107,7 +108,7 @@ std::string placesOnDisk(const BackupList& backups, const DryRun& run) {
 
 int listBackups(const QuestionContext& context) {
   DryRun run({"vantory"}, context.errors);
-  if (!run.begin(true)) return 1;
+  if (const Status begun = run.begin(true); !begun) return refuseToldQuestion(begun.error().text, context);
   QWDataController& data = QWDataController::sharedController();
   data.populateApps();
   data.populateBackups();

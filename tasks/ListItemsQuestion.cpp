@@ -9,6 +9,7 @@
 #include "tasks/DryRun.h"
 #include "tasks/ItemListing.h"
 #include "tasks/Question.h"
+#include "tasks/Refusal.h"
 
 namespace vantory {
 
@@ -57,7 +58,7 @@ std::string keys(const AppList& apps) {
 
 int listItems(const QuestionContext& context) {
   DryRun run({"vantory"}, context.errors);
-  if (!run.begin(false)) return 1;
+  if (const Status begun = run.begin(false); !begun) return refuseToldQuestion(begun.error().text, context);
   QWDataController& data = QWDataController::sharedController();
   data.populateApps();
   const AppList apps = data.appArray();

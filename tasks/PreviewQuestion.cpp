@@ -104,13 +104,13 @@ int previewTask(const QuestionContext& context) {
   DryRun run(arguments, context.errors);
   int exitCode = 1;
   TaskReport report;
-  if (run.begin(command->usesBackups)) {
+  if (const Status begun = run.begin(command->usesBackups)) {
     std::ostringstream printed;  // what the task says is not what it does
     const CommandContext task{arguments, 1, run.controller(), printed, report};
     noteUnusedArguments(task, command->mostOperands);
     exitCode = command->run(task);
   } else {
-    report.refuse("There is no usable home folder or library.");
+    report.refuse(begun.error().text);
   }
   tellWhatWasNotDone(report, false);
   context.output << (context.form == AnswerForm::Json ? json(*command, exitCode, report, run.changes())

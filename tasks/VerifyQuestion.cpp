@@ -14,6 +14,7 @@
 #include "tasks/DryRun.h"
 #include "tasks/NamedBackup.h"
 #include "tasks/Question.h"
+#include "tasks/Refusal.h"
 
 namespace vantory {
 
@@ -101,15 +102,12 @@ Result<BackupList> backupsToVerify(const std::vector<std::string>& names) {
 
 int verifyBackups(const QuestionContext& context) {
   DryRun run({"vantory"}, context.errors);
-  if (!run.begin(true)) return 1;
+  if (const Status begun = run.begin(true); !begun) return refuseToldQuestion(begun.error().text, context);
   QWDataController& library = QWDataController::sharedController();
   library.populateApps();
   library.populateBackups();
   const auto meant = backupsToVerify(context.operands);
-  if (!meant) {
-    context.errors << "Vantory: " << printable(meant.error().text) << '\n';
-    return 1;
-  }
+  if (!meant) return refuseQuestion(meant.error().text, context);
   std::vector<Verified> verified;
   // What cannot be listed cannot be verified either.
   bool isSound = !context.operands.empty() || !library.libraryError();

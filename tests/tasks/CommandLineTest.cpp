@@ -646,6 +646,10 @@ TEST_F(CommandLineTest, ComparesABackupWithTheFilesAndWithAnother) {
     EXPECT_EQ(run(std::string("--compare") + line), 1);
     EXPECT_THAT(errors_.str(), HasSubstr(told));
   }
+  for (const char* line : {"--compare Frst --json", "--verify Frst --json"}) {
+    EXPECT_EQ(run(line), 1);
+    EXPECT_THAT(output_.str(), AllOf(HasSubstr("\"exitCode\": 1"), HasSubstr("did you mean \\\"First\\\"?")));
+  }
   EXPECT_EQ(snapshot(), before);
   EXPECT_EQ(run("--restore-keys First fcpPrefs Timeline.Snaping"), 1);
   EXPECT_THAT(errors_.str() + log(), HasSubstr("did you mean \"Timeline.Snapping\"?"));
