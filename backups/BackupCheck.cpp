@@ -172,7 +172,8 @@ void checkHeld(const std::string& backup, const HeldFiles& held, BackupCheck& re
   const bool isNumber = !count.empty() && count.find_first_not_of("0123456789") == std::string::npos;
   std::string text = "not the files that were backed up: some are missing, were added or renamed";
   if (isNumber && count != std::to_string(held.files.size()))
-    text = formatted("%@ files were backed up, %i are there", count, held.files.size());
+    text = formatted("%@ %@ backed up, %i %@ there", count, count == "1" ? "file was" : "files were", held.files.size(),
+                     held.files.size() == 1 ? "is" : "are");
   result.faults.push_back({Kind::Paths, {}, std::move(text)});
 }
 

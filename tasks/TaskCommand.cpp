@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <limits>
 
+#include "base/Format.h"
 #include "base/Paths.h"
 #include "platform/SystemInfo.h"
 #include "platform/SystemLog.h"
@@ -86,6 +87,8 @@ int CommandContext::refuseWithoutOperand() const {
   constexpr const char* kReason = "Invalid number of arguments";
   Runtime::current().platform().systemLog.write(kReason);
   report.refuse(kReason);
+  const auto command = std::ranges::find(kCommands, arguments[position], &TaskCommand::option);
+  report.remark(formatted("Usage: vantory %@ %@", command->option, command->operands));
   return 1;
 }
 

@@ -36,7 +36,7 @@ struct CommandContext {
   std::string pathOperand(std::size_t number) const;
   // Tells of what keeps the command from being begun, and answers its exit code.
   int refuse(const TaskFailure& failure) const;
-  // The same where an operand is missing, which the system's log alone is told.
+  // The same where an operand is missing, which the system's log alone is told, with what is expected.
   int refuseWithoutOperand() const;
 };
 

@@ -42,6 +42,14 @@ TEST_F(BackupCheckTest, FindsWhatIsWrongAndNothingElse) {
   EXPECT_TRUE(check_.isHeldKnown);
   EXPECT_THAT(faultsAfter([](Files files) { writeFile(files + "bars/two", "bars/twO"); }), ElementsAre(Kind::Damaged));
   EXPECT_THAT(faultsAfter([](Files files) { fs::remove(files + "bars/sub/three"); }), ElementsAre(Kind::Paths));
+  EXPECT_THAT(faultsAfter([](Files files) {
+                fs::remove_all(files + "bars");
+                writeFile(files + "bars", "");
+                fs::remove(files + "editor.plist");
+                fs::create_directory(files + "editor.plist");
+              }),
+              ElementsAre(Kind::Paths));
+  EXPECT_EQ(check_.faults[0].text, "4 files were backed up, 1 is there");
   EXPECT_THAT(faultsAfter([](Files files) { fs::remove(files + "editor.plist"); }),
               ElementsAre(Kind::Paths, Kind::Missing));
   EXPECT_THAT(faultsAfter([](Files files) { fs::rename(files + "bars/one", files + "bars/1"); }),

@@ -11,7 +11,7 @@ run --version
 check "version" eval 'ran && grep -qxE "Vantory [0-9]+\.[0-9]+\.[0-9]+" "$work/out"'
 check "it does not touch the home" [ -z "$(find "$home" -type f)" ]
 run -backup
-check "no operand: said, not logged" eval 'ended 1 && said "Vantory: Invalid number of arguments" && not grep -q "Invalid number" "$log"'
+check "no operand: said, not logged" eval 'ended 1 && told "Vantory: Invalid number of arguments" && told "Vantory: Usage: vantory -backup NAME [KEYS]" && not grep -q "Invalid number" "$log"'
 
 # --- Backup and restore ----------------------------------------------------------------------------------------------
 put "$preferences/$fcp" fcp; put "$preferences/$motion" motion; put "$user_data/Button Bars/a.fcbar" bar

@@ -295,7 +295,9 @@ TEST_F(CommandLineTest, BackupTakesItsKeysByPositionAndTrashesItsNamesake) {
 
 TEST_F(CommandLineTest, EachFailureIsToldWhereItBelongs) {
   for (const char* line : {"-backup", "-restore"}) EXPECT_EQ(run(line), 1);
-  EXPECT_THAT(fakes_.systemLog.messages(), ElementsAre("Invalid number of arguments", "Invalid number of arguments"));
+  constexpr const char* kTooFew = "Invalid number of arguments";
+  EXPECT_THAT(fakes_.systemLog.messages(), ElementsAre(kTooFew, "Usage: vantory -backup NAME [KEYS]", kTooFew,
+                                                       "Usage: vantory -restore PATH [KEYS]"));
   EXPECT_THAT(sentErrors(), IsEmpty());
 
   EXPECT_EQ(run("-backup /: -hotkey"), 1);
