@@ -1,6 +1,7 @@
 // Maps paths into a backup's folder.
 #include "backups/BackupFolder.h"
 
+#include "backups/HeldFiles.h"
 #include "backups/OlderCopy.h"
 #include "base/Paths.h"
 #include "services/QWLocalPaths.h"
@@ -11,8 +12,12 @@ namespace vantory {
 
 BackupFolder::BackupFolder(std::string path) : BackupFolder(std::move(path), QWLocalPaths::userDirectory()) {}
 
-bool BackupFolder::isDamagedCopy(const std::string& path) const {
-  return vantory::isDamagedCopy(std::string(paths::withoutTrailingSlashes(path_)), path);
+Status BackupFolder::checkCopy(const std::string& path) const {
+  return vantory::checkCopy(std::string(paths::withoutTrailingSlashes(path_)), path);
+}
+
+bool BackupFolder::holdsOtherFiles() const {
+  return vantory::holdsOtherFiles(std::string(paths::withoutTrailingSlashes(path_)));
 }
 
 std::optional<std::string> BackupFolder::olderWithSoundCopy(const std::string& path) const {

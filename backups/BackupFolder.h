@@ -18,7 +18,8 @@ class BackupFolder : public BackupPlace {
 
   std::string path() const override { return path_; }
   std::string safeUserPath(const std::string& path) const override;
-  bool isDamagedCopy(const std::string& path) const override;
+  Status checkCopy(const std::string& path) const override;
+  bool holdsOtherFiles() const override;
   std::optional<std::string> olderWithSoundCopy(const std::string& path) const override;
   // Where the copy of such a file or folder lies, below the backup's folder.
   std::string placeOf(const std::string& source, FileType type) const;

@@ -72,6 +72,11 @@ std::string HeldFiles::note() const {
   return std::to_string(files.size()) + " " + checksum.text();
 }
 
+bool holdsOtherFiles(const std::string& backup) {
+  const auto noted = Runtime::current().platform().checksums.held(paths::join(backup, kBackupSettingsFile));
+  return noted && *noted && **noted != listHeldFiles(backup).note();
+}
+
 bool takeNoteOfHeldFiles(const std::string& backup) {
   Checksums& checksums = Runtime::current().platform().checksums;
   const std::string settings = paths::join(backup, kBackupSettingsFile);

@@ -25,6 +25,10 @@ struct HeldFiles {
 
 HeldFiles listHeldFiles(const std::string& backup);
 
+// Whether the note says that other files were backed up than those that are there. Where there is none nothing is
+// known.
+bool holdsOtherFiles(const std::string& backup);
+
 // To be called before what the backup holds is changed: takes the note away, so that none is wrong where that ends
 // halfway. False where the note is wrong already; then it stays, and no other is due.
 bool takeNoteOfHeldFiles(const std::string& backup);

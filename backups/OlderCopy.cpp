@@ -48,44 +48,41 @@ std::vector<DatedBackup> backupsBefore(Timestamp date) {
   return backups;
 }
 
-enum class CopyState { Sound, Damaged, Unknown };
-
 // Of a file at a whole path, which has to lie in the folder.
-CopyState stateOfFile(const FolderChecksums& backup, const std::string& folder, const std::string& path) {
-  if (!path.starts_with(folder + "/")) return CopyState::Unknown;
+Status checkFile(const FolderChecksums& backup, const std::string& folder, const std::string& path) {
+  if (!path.starts_with(folder + "/"))
+    return Error{std::errc::invalid_argument, path + ": it does not lie in " + folder};
   const auto checksum = backup.ofFile(path.substr(folder.size() + 1));
-  if (!checksum) return CopyState::Unknown;
-  return checksum->isDamaged() ? CopyState::Damaged : CopyState::Sound;
-}
-
-// A damaged file decides, whatever else cannot be read.
-CopyState stateOf(const std::string& backup, const std::string& path) {
-  const auto checksums = platform().checksums.ofFolder(backup);
-  if (!checksums) return CopyState::Unknown;
-  const auto info = platform().files.info(path, Links::DoNotFollow);
-  if (!info || info->type != FileType::Folder) return stateOfFile(**checksums, backup, path);
-  const HeldFiles held = listHeldFiles(path);
-  CopyState all = held.unreadable.empty() ? CopyState::Sound : CopyState::Unknown;
-  for (const HeldFile& file : held.files) {
-    if (file.type != FileType::File) continue;
-    const CopyState state = stateOfFile(**checksums, backup, paths::join(path, file.path));
-    if (state == CopyState::Damaged) return state;
-    if (state == CopyState::Unknown) all = state;
-  }
-  return all;
+  if (!checksum) return checksum.error();
+  if (checksum->isDamaged()) return damagedCopy(path);
+  return {};
 }
 
 }  // namespace
 
-bool isDamagedCopy(const std::string& backup, const std::string& path) {
-  return stateOf(backup, path) == CopyState::Damaged;
+// A damaged file decides, whatever else cannot be read.
+Status checkCopy(const std::string& backup, const std::string& path) {
+  const auto checksums = platform().checksums.ofFolder(backup);
+  if (!checksums) return checksums.error();
+  const auto info = platform().files.info(path, Links::DoNotFollow);
+  if (!info || info->type != FileType::Folder) return checkFile(**checksums, backup, path);
+  const HeldFiles held = listHeldFiles(path);
+  Status all = held.unreadable.empty() ? Status() : held.unreadable.front();
+  for (const HeldFile& file : held.files) {
+    if (file.type != FileType::File) continue;
+    const Status checked = checkFile(**checksums, backup, paths::join(path, file.path));
+    if (checked) continue;
+    if (checked.error().code == std::errc::bad_message) return checked;
+    all = checked;
+  }
+  return all;
 }
 
 std::optional<std::string> olderBackupWithSoundCopy(const std::string& backup, const std::string& path) {
   const auto date = dateOf(backup);
   if (!date || !paths::isWithin(path, backup)) return std::nullopt;
   for (const DatedBackup& older : backupsBefore(*date))
-    if (stateOf(older.path, older.path + path.substr(backup.size())) == CopyState::Sound) return older.path;
+    if (checkCopy(older.path, older.path + path.substr(backup.size()))) return older.path;
   return std::nullopt;
 }
 

@@ -28,6 +28,10 @@ void QWBackup::restore(TaskReport& report, bool closeAutomatically) {
     for (const std::string& name : unknown_)
       report.passedOver(name, formatted("No definition of \"%@\" is known: its files stay in the backup.", name));
   const BackupFolder place(path_);
+  if (place.holdsOtherFiles()) {
+    QWLog::appendLog("%@ holds other files than were backed up", path_);
+    report.remark(formatted("\"%@\" holds other files than were backed up. \"vantory --verify\" tells more.", name()));
+  }
   RestoreRun run(closeAutomatically, report);
   for (const auto& app : children_) {
     if (app->selected() == Off) continue;

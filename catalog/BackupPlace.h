@@ -4,6 +4,8 @@
 #include <optional>
 #include <string>
 
+#include "base/Result.h"
+
 namespace vantory {
 
 class BackupPlace {
@@ -13,8 +15,11 @@ class BackupPlace {
   virtual std::string path() const = 0;
   // The path with the user's home folder written as "/Users/user".
   virtual std::string safeUserPath(const std::string& path) const = 0;
-  // Whether what lies at this path, below path(), is known to be damaged. Reads all of it.
-  virtual bool isDamagedCopy(const std::string&) const { return false; }
+  // Reads all of what lies at this path, below path(). Fails with bad_message where it is known to be damaged, and with
+  // the cause where it cannot be read.
+  virtual Status checkCopy(const std::string&) const { return {}; }
+  // Whether other files are known to be in it than were backed up.
+  virtual bool holdsOtherFiles() const { return false; }
   // The next older backup that has what lies at this path, below path(), undamaged; none where none is known.
   virtual std::optional<std::string> olderWithSoundCopy(const std::string&) const { return std::nullopt; }
 };

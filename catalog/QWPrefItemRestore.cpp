@@ -55,6 +55,22 @@ bool mayBeHeld(const std::string& path) {
   return info || !meansMissing(info.error());
 }
 
+// A file that is a folder in the backup, or the reverse. One of them may have become so since; where that is the
+// backup's, it is not what was backed up.
+Status checkKind(const BackupPlace& backup, const std::string& source, const std::string& destination) {
+  const FileSystem& files = Runtime::current().platform().files;
+  const auto held = files.info(source, Links::DoNotFollow), live = files.info(destination, Links::DoNotFollow);
+  const auto is = [](const auto& info, FileType type) { return info && info->type == type; };
+  const bool isFile = is(live, FileType::File) && is(held, FileType::Folder);
+  const bool isFolder = is(live, FileType::Folder) && is(held, FileType::File);
+  if ((!isFile && !isFolder) || !backup.holdsOtherFiles()) return {};
+  return Error{
+      std::errc::bad_message,
+      formatted(isFile ? "%@: it is a file, but a folder in the backup, which holds other files than were backed up"
+                       : "%@: it is a folder, but a file in the backup, which holds other files than were backed up",
+                destination)};
+}
+
 // A file in the backup, and where it belongs; none for what has no place on this system.
 struct Restorable {
   std::string source;
@@ -171,14 +187,15 @@ void ItemRestoring::restore(const Restorable& file) {
                                             .sourceRoot = backupPath_,
                                             .links = Links::DoNotFollow,
                                             .checksum = CopyChecksum::Check});
-  // With administrator rights it is made only after the live file has gone, so that damage must show before.
-  if (!staged && areRightsMissingIn(folder, staged.error()) && backup_->isDamagedCopy(source))
-    staged = damagedCopy(source);
-  if (staged || areRightsMissingIn(folder, staged.error()))
-    return note(destination, replace(staged, source, destination));
+  // With administrator rights it is made only after the live file has gone, so that whatever is wrong with it must show
+  // before.
+  const bool needsRights = !staged && areRightsMissingIn(folder, staged.error());
+  Status sound = needsRights ? backup_->checkCopy(source) : staged.status();
+  if (sound) sound = checkKind(*backup_, source, destination);
+  if (sound) return note(destination, replace(staged, source, destination));
   QWLog::appendLog("Copying file %@ to %@", source, destination);
-  logCause(staged.error().text);
-  note(destination, withCure(staged.error(), source));
+  logCause(sound.error().text);
+  note(destination, withCure(sound.error(), source));
 }
 
 // Finished first, like any copy that replaces something. What has changed since its content was read stays.

@@ -80,8 +80,7 @@ void restoreKeys(const FileChoice& choice, const std::string& backup, const std:
   if (!known) return fail(known.error());
   const auto bytes = files().read(path);
   if (!bytes) return fail(bytes.error());
-  if (isDamagedCopy(backup, choice.file.after))
-    return fail({std::errc::bad_message, choice.file.after + ": the copy is damaged, its checksum is another"});
+  if (const Status sound = checkCopy(backup, choice.file.after); !sound) return fail(sound.error());
   const auto held = propertyListAt(choice.file.after);
   if (!held) return fail({std::errc::invalid_argument, choice.file.after + ": it is no property list any more"});
   std::vector<KeyEdit> edits;

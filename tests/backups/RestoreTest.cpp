@@ -1,4 +1,6 @@
 // Putting backups back in place.
+#include <sys/stat.h>
+
 #include "services/QWCmdUtils.h"
 #include "services/RunningApplicationGuard.h"
 #include "tests/backups/BackupsTest.h"
@@ -105,6 +107,14 @@ TEST_F(RestoreTest, ADamagedCopyTakesNoLiveFilesPlace) {
   backup->restore(report_);
   EXPECT_EQ(readFile(prefs("flipped")), "changed");
   EXPECT_THAT(report_.causes(), HasSubstr("flipped: it is damaged"));
+  // They could not tell of a damage in what the user cannot read.
+  std::filesystem::remove(inLibrary("B.vnt") + kept);
+  ASSERT_EQ(mkfifo((inLibrary("B.vnt") + kept).c_str(), 0600), 0);
+  report_ = {};
+  backup->restore(report_);
+  EXPECT_EQ(readFile(prefs("flipped")), "changed");
+  EXPECT_EQ(report_.files().front().outcome, FileReport::Outcome::Failed);
+  EXPECT_THAT(report_.causes(), HasSubstr("holds other files than were backed up"));
 }
 
 TEST_F(RestoreTest, AnotherUserGetsTheFilesInTheirOwnHome) {

@@ -24,7 +24,10 @@ struct FolderBackup : BackupPlace {
     return kHomePlaceholder + path.substr(home.size());
   }
 
+  bool holdsOtherFiles() const override { return isChanged; }
+
   const std::string home;
+  bool isChanged = false;
 };
 
 class RestoreTest : public test::CatalogTest {
@@ -41,7 +44,7 @@ class RestoreTest : public test::CatalogTest {
     return exists(path) ? readFile(path) : std::string();
   }
 
-  const FolderBackup backup_{home_.path()};
+  FolderBackup backup_{home_.path()};
   const std::string live_ = home_ / "Library/a.plist";
   const std::string folder_ = home_ / "Library";
   const std::shared_ptr<QWPrefItem> item_ = itemWith({live_});
@@ -84,6 +87,19 @@ TEST_F(RestoreTest, NothingIsLostWhateverFails) {
       EXPECT_EQ(failuresOf(attempt), 0u);
       EXPECT_EQ(contentOf(live_), "new");
       EXPECT_THAT(QWFileManager::contentsOfDirectory(folder_), ElementsAre("a.plist"));
+    }
+}
+
+// A folder for a file, or the reverse, comes back as it was backed up, but not where it has become so in the backup.
+TEST_F(RestoreTest, AnotherKindOfItemTakesNoLiveOnesPlaceInAChangedBackup) {
+  for (const auto& [held, live] : {std::pair{"/inside", ""}, {"", "/inside"}})
+    for (const bool isChanged : {true, false}) {
+      for (const std::string& path : {folder_, backup_.path()}) std::filesystem::remove_all(path);
+      writeFile(backedUp("Library/a.plist") + held, "new");
+      writeFile(live_ + live, "old");
+      backup_.isChanged = isChanged;
+      EXPECT_EQ(failuresOf([this] { item_->restoreFilesFromBackup(backup_, report_); }), isChanged ? 1u : 0u);
+      EXPECT_EQ(contentOf(live_), isChanged ? "old" : "new");
     }
 }
 
