@@ -26,15 +26,23 @@ bool isRunning(const std::string& identifier) {
   return running && *running;
 }
 
+// Else only the person can quit it.
+bool canBeAskedToQuit(const std::string& identifier) {
+  const auto canBe = Runtime::current().platform().workspace.canBeAskedToQuit(identifier);
+  return canBe && *canBe;
+}
+
 }  // namespace
 
-// One application may run under several identifiers: who has closed it by one is not asked again.
+// One application may run under several identifiers: who has closed it by one is not asked again, but where that one
+// has to be quit by hand.
 ClosedApplications::Answer ClosedApplications::makeWay(const QWApp& app, bool closeAutomatically) {
   bool closed = false;
   for (const std::string& identifier : app.identifiers()) {
     if (closed && !isRunning(identifier)) continue;
     const std::size_t before = closed_.size();
-    const Answer answer = closed ? close(app.name(), identifier) : makeWay(app.name(), identifier, closeAutomatically);
+    const Answer answer = closed && canBeAskedToQuit(identifier) ? close(app.name(), identifier)
+                                                                 : makeWay(app.name(), identifier, closeAutomatically);
     if (answer != Answer::Proceed) return answer;
     closed |= closed_.size() > before;
   }

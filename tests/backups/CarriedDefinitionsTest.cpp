@@ -52,7 +52,7 @@ TEST_F(CarriedDefinitionsTest, ABackupRestoresWhereNothingDefinesItsApplications
   EXPECT_THAT(report_.remarks(), IsEmpty());
 }
 
-// It runs under both of its identifiers, and the person is asked once.
+// It runs under both of its identifiers, and the person is asked once, unless they have to quit the second by hand.
 TEST_F(CarriedDefinitionsTest, AnApplicationIsClosedUnderWhicheverIdentifierItRuns) {
   struct Guard : RunningApplicationGuard {
     GuardDecision checkRunningAppsForName(const std::string&, const std::string& bundleID, bool) override {
@@ -73,6 +73,9 @@ TEST_F(CarriedDefinitionsTest, AnApplicationIsClosedUnderWhicheverIdentifierItRu
   EXPECT_EQ(guard.asked, 1);
   EXPECT_THAT(guard.closed, ElementsAre("com.obsproject.Studio", "com.obsproject.obs-studio"));
   EXPECT_EQ(fakes_.workspace.launched, guard.closed);
+  fakes_.workspace.canBeAsked = false;
+  restore();
+  EXPECT_EQ(guard.asked, 3);
 }
 
 TEST_F(CarriedDefinitionsTest, WhatABackupCarriesIsNotTrusted) {
