@@ -97,11 +97,11 @@ void ComparisonController::restoreTicked() {
 
 // As a restore of the whole backup does it: the automatic backup first.
 bool ComparisonController::restoreOnce(const std::shared_ptr<QWBackup>& backup, const std::vector<ItemChoice>& choices,
-                                       Try which) {
+                                       bool& isBackedUp) {
   QWAuthorization::sharedController().beginTask();
   QWLog::appendLog("Restoring parts of backup %@", backup->name());
   TaskReport report;
-  if (which == Try::First) QWBackup::writeAutoBackup(report);
+  if (!isBackedUp) isBackedUp = QWBackup::writeAutoBackup(report) == WriteResult::Success;
   TaskReceipt receipt(report, {.name = "restore", .operands = {backup->path()}});
   restorePartly(backup, choices, report);
   receipt.end();
@@ -114,8 +114,9 @@ bool ComparisonController::restoreOnce(const std::shared_ptr<QWBackup>& backup, 
 
 void ComparisonController::restoreOnThread(const std::shared_ptr<QWBackup>& backup,
                                            const std::vector<ItemChoice>& choices) {
-  auto which = Try::First;
-  while (restoreOnce(backup, choices, which)) which = Try::Again;
+  bool isBackedUp = false;
+  while (restoreOnce(backup, choices, isBackedUp)) {
+  }
   reportFailedPruning(QWDataController::sharedController().manageAutoBackups());
   MainThread::shared().runAndWait([&] {
     if (!*ended_) compare(backup);

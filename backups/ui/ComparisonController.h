@@ -42,7 +42,8 @@ class ComparisonController : public OutlineDelegate {
   void showRows(std::shared_ptr<const Comparison> comparison);
   void restoreOnThread(const std::shared_ptr<QWBackup>& backup, const std::vector<ItemChoice>& choices);
   // Whether the person wants it tried again.
-  static bool restoreOnce(const std::shared_ptr<QWBackup>& backup, const std::vector<ItemChoice>& choices, Try which);
+  static bool restoreOnce(const std::shared_ptr<QWBackup>& backup, const std::vector<ItemChoice>& choices,
+                          bool& isBackedUp);
 
   ComparisonView& view_;
   std::shared_ptr<QWBackup> backup_;

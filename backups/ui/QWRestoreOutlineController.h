@@ -85,7 +85,7 @@ class QWRestoreOutlineController : public RowsDelegate, public OutlineActions {
 
  private:
   // Answer whether the person wants it done once more. Worker threads.
-  bool restoreOnce(QWBackup& backup, Try which);
+  bool restoreOnce(QWBackup& backup, bool& isBackedUp);
   bool updateOnce(QWBackup& backup);
   void rename(const std::shared_ptr<QWBackup>& backup, const std::string& name);
   // The library's record of the backup now: it may have been listed anew since the command was given. Any thread.

@@ -87,21 +87,23 @@ void QWRestoreOutlineController::restore() {
 }
 
 void QWRestoreOutlineController::restoreOnThread(const std::shared_ptr<QWBackup>& backup) {
-  auto which = Try::First;
-  while (restoreOnce(*backup, which)) which = Try::Again;
+  bool isBackedUp = false;
+  while (restoreOnce(*backup, isBackedUp)) {
+  }
   reportFailedPruning(QWDataController::sharedController().manageAutoBackups());
 }
 
-// The automatic backup comes first. Where it fails the restore goes on, and the person is told of it at the end.
-bool QWRestoreOutlineController::restoreOnce(QWBackup& backup, Try which) {
+// The automatic backup comes first. One that an earlier try has made is enough: another would hold what that has half
+// done, and push it out. Where it fails the restore goes on, and the person is told of it at the end.
+bool QWRestoreOutlineController::restoreOnce(QWBackup& backup, bool& isBackedUp) {
   QWAuthorization::sharedController().beginTask();
   MainThread& mainThread = MainThread::shared();
   QWLog::appendLog("Beginning restoration of backup %@", backup.name());
   mainThread.runAndWait([this] { parts_.spinner.startAnimation(); });
   TaskReport report;
-  if (which == Try::First) {
+  if (!isBackedUp) {
     QWLog::appendLog("Creating auto backup...");
-    QWBackup::writeAutoBackup(report);
+    isBackedUp = QWBackup::writeAutoBackup(report) == WriteResult::Success;
   }
   QWLog::appendLog("Restoring backup...");
   TaskReceipt receipt(report, {.name = "restore", .operands = {backup.path()}});

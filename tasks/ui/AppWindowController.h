@@ -50,7 +50,7 @@ class AppWindowController : public AppController, public PaneSwitcher {
   // Starts the trash workflow on another thread, unless one runs or waits for its turn.
   void trash();
   // The workflow; whether the person wants it done once more. Worker thread.
-  bool trashPreferences(Try which);
+  bool trashPreferences(bool& isBackedUp);
 
   // Make an automatic backup, of everything or of preferences proper, and delete the oldest beyond the number wanted.
   // The report of the task that it is made for gets a remark where that failed. Worker threads.

@@ -75,8 +75,9 @@ void AppWindowController::trash() {
   parts_.trashSpinner.startAnimation();
   const bool added = startTask([this] {
     onMainThread([this] { parts_.trashSpinner.stopAnimation(); });
-    auto which = Try::First;
-    while (trashPreferences(which)) which = Try::Again;
+    bool isBackedUp = false;
+    while (trashPreferences(isBackedUp)) {
+    }
     // After a cancel the sheet still covers the window. The next run must not find it on its way out.
     onMainThread([this] {
       progressController_.hide();
@@ -89,7 +90,7 @@ void AppWindowController::trash() {
 }
 
 // Runs beside the main thread, which shows how far it is.
-bool AppWindowController::trashPreferences(Try which) {
+bool AppWindowController::trashPreferences(bool& isBackedUp) {
   QWAuthorization::sharedController().beginTask();
   QWLog::appendLog("Trashing preferences...");
   onMainThread([this] {
@@ -99,7 +100,7 @@ bool AppWindowController::trashPreferences(Try which) {
     progressController_.show();
   });
   TaskReport report;
-  if (which == Try::First) autoBackupPrefs(report);
+  if (!isBackedUp) isBackedUp = autoBackupPrefs(report) == WriteResult::Success;
 
   const AppList apps = QWDataController::sharedController().appArray();
   onMainThread([&] {

@@ -175,16 +175,18 @@ TEST_F(RestorePaneTest, RestoresWhatIsTickedAfterAQuestion) {
   EXPECT_THAT(names(), ElementsAre("Autosaves"));
 }
 
-TEST_F(RestorePaneTest, AnotherTryMakesNoOtherSafetyBackup) {
+TEST_F(RestorePaneTest, AnotherTryMakesNoOtherSafetyBackupButWhereTheFirstFailed) {
   const auto backup = written("Clean");
-  files_.fail(Operation::StageCopy, std::errc::io_error, FaultyFileSystem::kEveryCall);
   int tries = 0;
   onAlert_ = [&](const AlertTexts& texts) {
     return texts.alternateButton == "Try Again" && ++tries < 3 ? QWAlert::Alternate : QWAlert::Default;
   };
-  finishAfter(&QWRestoreOutlineController::restore);
-  EXPECT_EQ(tries, 3);
-  EXPECT_EQ(std::ranges::count(logged(), "Creating auto backup..."), 1);
+  for (const auto& [operation, backups] : {std::pair{Operation::Trash, 1}, {Operation::StageCopy, 3}}) {
+    files_.fail(operation, std::errc::io_error, FaultyFileSystem::kEveryCall);
+    finishAfter(&QWRestoreOutlineController::restore);
+    EXPECT_EQ(std::exchange(tries, 0), 3);
+    EXPECT_EQ(std::ranges::count(logged(), "Creating auto backup..."), backups);
+  }
 }
 
 TEST_F(RestorePaneTest, UpdatingAsksFirstAndClaimsNoMoreThanWasDone) {
