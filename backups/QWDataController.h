@@ -60,7 +60,7 @@ class QWDataController : public BackupLibrary {
   bool areBackupsMeasured() const;
   void populateAutoBackups(bool reload = true);
   // Deletes the oldest automatic backups beyond that number, for good; without one, beyond the number that the settings
-  // say.
+  // say. Waits for the main thread, which does it.
   TaskReport manageAutoBackups(std::optional<long long> maximum = std::nullopt);
   // Moves the backup to the Trash, answers where it lies there, and drops it from the list, also when that fails, as it
   // does (timed_out) while another process writes it. Any thread.
@@ -79,6 +79,7 @@ class QWDataController : public BackupLibrary {
   std::shared_ptr<QWBackup> defaultBackup() const;
 
  private:
+  TaskReport removeSurplusAutoBackups(std::optional<long long> maximum);
   static void tellObservers();
   void tellOnce(const std::vector<std::string>& complaints);
   std::optional<Error> listingErrorOfAutoBackups() const;

@@ -62,8 +62,14 @@ Status removeUnlessHeld(const std::string& path) {
 
 }  // namespace
 
-// Lists them anew first: other processes make backups too.
 TaskReport QWDataController::manageAutoBackups(std::optional<long long> wanted) {
+  TaskReport report;
+  MainThread::shared().runAndWait([&] { report = removeSurplusAutoBackups(wanted); });
+  return report;
+}
+
+// Lists them anew first: other processes make backups too.
+TaskReport QWDataController::removeSurplusAutoBackups(std::optional<long long> wanted) {
   TaskReport report;
   QWLog::appendLog("Managing old auto backups...");
   const QWUserDefaults& defaults = QWUserDefaults::standardUserDefaults();
@@ -99,7 +105,7 @@ TaskReport QWDataController::manageAutoBackups(std::optional<long long> wanted) 
       report.skipped(FileAction::Remove, backup->path(), removed.error());
     }
   }
-  MainThread::shared().runAndWait([&] { setAutoBackupArray(std::move(backups)); });
+  setAutoBackupArray(std::move(backups));
   tellObservers();
   return report;
 }
