@@ -109,6 +109,7 @@ void QWLog::startNewLog(const std::optional<std::string>& name) {
   logStarted_ = true;
   const std::vector<std::string> held = std::exchange(held_, {});
   lock.unlock();
+  hasToldFailure_ = false;
   startFile(name);
   for (const std::string& message : held) write(std::string(trimmed(message)));
   flush();
@@ -216,6 +217,7 @@ bool QWLog::write(const std::string& entry) {
 // A full file is moved on, and the next one begins by saying so.
 void QWLog::addToFile(const std::string& entry) {
   if (!file_.isOpen() && !file_.open(appName())) {
+    if (std::exchange(hasToldFailure_, true)) return;
     platform_.systemLog.write(printable(formatted("Unable to log the following information: %@", entry)));
     platform_.systemLog.write("Unable to open log for output");
     return;
@@ -236,9 +238,10 @@ bool QWLog::flush() {
   return true;
 }
 
-// Always false.
-bool QWLog::fail(std::string_view reason) const {
-  if (!loggingDisabled_) platform_.systemLog.write(printable(formatted("Exception writing to log: %@", reason)));
+// Always false. A disk stays full for long: the person is told once.
+bool QWLog::fail(std::string_view reason) {
+  if (!loggingDisabled_ && !std::exchange(hasToldFailure_, true))
+    platform_.systemLog.write(printable(formatted("Exception writing to log: %@", reason)));
   return false;
 }
 

@@ -89,11 +89,12 @@ class QWLog {
   bool write(const std::string& entry);
   void addToFile(const std::string& entry);
   bool flush();
-  bool fail(std::string_view reason) const;
+  bool fail(std::string_view reason);
 
   Platform& platform_;
-  LogFile file_;               // only in turn
-  std::size_t unflushed_ = 0;  // only in turn: UTF-16 units of entries that were queued and are in `file_` only
+  LogFile file_;                 // only in turn
+  bool hasToldFailure_ = false;  // only in turn: since the log was begun
+  std::size_t unflushed_ = 0;    // only in turn: UTF-16 units of entries that were queued and are in `file_` only
   std::atomic<std::uint64_t> bytesWritten_ = 0;
   std::atomic<std::size_t> bytesInQueue_ = 0;
   std::atomic<bool> loggingDisabled_ = false;

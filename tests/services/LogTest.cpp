@@ -71,7 +71,7 @@ TEST_F(LogTest, FailuresAreToldToTheSystemLogAndTriedAgain) {
   std::filesystem::remove_all(home_ / "Library/Logs");
   writeFile(home_ / "Library/Logs", "in the way");
   QWLog::createNewLog("Vantory.task");
-  QWLog::appendLog("lost");
+  for (const char* line : {"lost", "lost too"}) QWLog::appendLog(line);
   EXPECT_THAT(fakes_.systemLog.messages(),
               ElementsAre("Unable to create folder " + folder + ".", "Unable to log the following information: lost",
                           "Unable to open log for output"));
@@ -114,6 +114,8 @@ TEST_F(LogTest, AFullDiskRollsNothingOver) {
   setrlimit(RLIMIT_FSIZE, &before);
   EXPECT_FALSE(exists(log(2)));
   EXPECT_EQ(QWLog::sharedController().bytesWritten(), 0u);
+  const auto told = fakes_.systemLog.messages();
+  EXPECT_EQ(std::ranges::count(told, "Exception writing to log: " + log() + ": File too large"), 1);
   files_.fail(Operation::Write, std::errc::no_space_on_device, FaultyFileSystem::kEveryCall);
   QWLog::createNewLog();  // at the next start
   EXPECT_FALSE(exists(log(2)));
