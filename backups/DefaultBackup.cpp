@@ -4,10 +4,13 @@
 #include "backups/BackupNaming.h"
 #include "backups/LibraryFolder.h"
 #include "backups/QWBackup.h"
+#include "base/Format.h"
 #include "base/Paths.h"
 #include "base/PropertyList.h"
+#include "services/QWCmdUtils.h"
 #include "services/TaskReport.h"
 #include "services/files/QWFileManager.h"
+#include "services/log/QWLog.h"
 #include "services/settings/QWUserDefaults.h"
 #include "services/settings/SettingsKeys.h"
 
@@ -21,6 +24,20 @@ std::string placeOfDefault() {
   if (!automatic || !QWFileManager::isMissingAtPath(path)) return path;
   const std::string other = paths::join(*automatic, *name);
   return QWFileManager::isMissingAtPath(other) ? path : other;
+}
+
+bool wouldInheritDefault(const std::string& place) {
+  return QWBackup::defaultBackupName() == paths::lastComponent(place) &&
+         QWFileManager::isMissingAtPath(placeOfDefault());
+}
+
+void noteInheritedDefault(const std::string& place, TaskReport& report) {
+  const char* cure = QWCmdUtils::sharedController().hasGUI() ? "choose Unset Default Backup" : "vantory --default none";
+  report.notice(
+      formatted("\"%@\" is the default backup now: that is known by its name, and the one before has gone. "
+                "If this is not meant: %@.",
+                backupName(place), cure));
+  QWLog::appendLog("%@", report.notices().back());
 }
 
 Status setPlaceOfDefault(const std::string& place, TaskReport& report) {

@@ -6,6 +6,7 @@
 #include "backups/BackupFolder.h"
 #include "backups/BackupLibrary.h"
 #include "backups/BackupNaming.h"
+#include "backups/DefaultBackup.h"
 #include "backups/HeldFiles.h"
 #include "backups/LibraryHold.h"
 #include "backups/QWBackup.h"
@@ -329,6 +330,7 @@ WriteResult QWBackup::write(TaskReport& report, bool filesOnly) {
     QWLog::appendLog("%@", possible.error().text);
     return refuse(possible.error());
   }
+  const bool inheritsDefault = !filesOnly && !isDefault_ && wouldInheritDefault(path_);
   auto hold = filesOnly ? holdBackupFolder(path_) : makeBackupFolder(path_, createdFolder_, report);
   if (!hold) {
     QWLog::appendLog("Nothing was written: %@", hold.error().text);
@@ -373,6 +375,7 @@ WriteResult QWBackup::write(TaskReport& report, bool filesOnly) {
     report.failed(FileAction::Sync, path_, synced.error());
     return WriteResult::SettingsNotWritten;
   }
+  if (inheritsDefault) noteInheritedDefault(path_, report);
   return WriteResult::Success;
 }
 

@@ -2,6 +2,7 @@
 #include <chrono>
 
 #include "backups/BackupNaming.h"
+#include "backups/DefaultBackup.h"
 #include "backups/LibraryHold.h"
 #include "backups/QWDataController.h"
 #include "base/Format.h"
@@ -76,10 +77,12 @@ Result<std::string> QWDataController::renameBackup(const QWBackup& backup, const
   const auto holds = holdBackup(backup.path());
   const std::string folder = paths::parent(backup.path());
   std::string path = paths::join(folder, backupFileName(freeNameIn(folder, name)));
+  const bool inheritsDefault = wouldInheritDefault(path);
   if (holds) report.planned(FileAction::Move, {{.path = backup.path(), .place = path}});
   const Status moved = holds ? QWFileManager::moveFile(backup.path(), path, 20s) : holds.status();
   report.add(FileAction::Move, backup.path(), moved, {}, path);
   if (!moved) return moved.error();
+  if (inheritsDefault) noteInheritedDefault(path, report);
   return path;
 }
 

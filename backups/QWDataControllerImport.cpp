@@ -1,5 +1,6 @@
 // How a backup from elsewhere gets into the library and is restored.
 #include "backups/BackupNaming.h"
+#include "backups/DefaultBackup.h"
 #include "backups/LibraryHold.h"
 #include "backups/QWDataController.h"
 #include "base/Paths.h"
@@ -59,8 +60,10 @@ bool isBackup(const std::string& path) {
 
 // Notes how the copying into the library went.
 bool isCopied(const std::string& backup, const std::string& target, TaskReport& report) {
+  const bool inheritsDefault = wouldInheritDefault(target);
   const Status copied = copyToLibrary(backup, target, report);
   report.add(FileAction::Copy, backup, copied, {}, target);
+  if (copied && inheritsDefault) noteInheritedDefault(target, report);
   if (copied) return true;
   QWLog::appendLog("%@", copied.error().text);
   QWLog::appendLog("Unable to copy file %@ to %@", backup, target);

@@ -112,6 +112,10 @@ void reportFailure(const std::string& failure, const std::string& reason, AlertP
   QWAlert::alertSheetWithMessageText(failure, reason, parentWindow);
 }
 
+void tellNotices(const TaskReport& report) {
+  if (!report.notices().empty()) QWAlert::alertSheetWithMessageText("Please note", joined("", report.notices()));
+}
+
 // What has no row stands in the text.
 bool reportResult(const std::string& failure, const std::string& reason, const TaskReport& report, Retry retry) {
   QWLog::appendLog("%@: %@", failure, withCauses(reason, report));

@@ -21,6 +21,9 @@ enum class Retry { Offered, None };
 // the first has half done, and push out the one from before.
 enum class Try { First, Again };
 
+// Shows what was done otherwise than it was asked for, if anything.
+void tellNotices(const TaskReport& report);
+
 // Logs that a task was not done whole, and shows what the report has of files and applications that it left out: what
 // happened to each, why, and what can be done about it. Blocks until that is answered; true where the person wants the
 // task done once more. Any thread.

@@ -89,6 +89,7 @@ bool QWBackupOutlineController::writeOnce(const std::shared_ptr<QWBackup>& backu
       QWDataController::sharedController().populateBackups();
       parts_.restoreController.reload();
       MainThread::shared().runAndWait([&] { selectBackupInRestoreTab(backup); });
+      tellNotices(report);
       if (!report.isWhole()) again = reportResult("Not everything could be backed up", "", report);
       break;
   }

@@ -201,6 +201,7 @@ void QWRestoreOutlineController::rename(const std::shared_ptr<QWBackup>& backup,
       selectionDidChange();
     });
     tellKeptName(name, kept, cleaned);
+    tellNotices(report);
   });
 }
 

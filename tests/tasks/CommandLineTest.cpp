@@ -428,6 +428,19 @@ TEST_F(CommandLineTest, TheLibraryIsManagedByCommand) {
   EXPECT_EQ(run("--strict --undo"), 3);
   EXPECT_THAT(fakes_.systemLog.messages(), Contains(HasSubstr("was removed for good and cannot come back.")));
   EXPECT_EQ(std::distance(fs::directory_iterator(library("/Autosaves")), {}), 1);
+
+  // The default is known by its name, which is told of whoever takes that over.
+  set("defaultBackup", "Gone.vnt");
+  const auto isTold = [&](const std::string& line) {
+    const std::size_t before = fakes_.systemLog.messages().size();
+    EXPECT_EQ(run("--strict " + line), 0) << line;
+    return fakes_.systemLog.messages().size() > before &&
+           fakes_.systemLog.messages()[before].starts_with("\"Gone\" is the default backup now");
+  };
+  EXPECT_TRUE(isTold("-backup Gone"));
+  EXPECT_FALSE(isTold("-backup Gone")) << "it was the default";
+  for (const char* line : {"--remove Gone", "-backup Other"}) EXPECT_FALSE(isTold(line));
+  EXPECT_TRUE(isTold("--rename Other Gone"));
 }
 
 TEST_F(CommandLineTest, AReportInJsonTellsOfEachFile) {
