@@ -10,6 +10,7 @@
 #include "platform/FileSystem.h"
 #include "services/QWLocalPaths.h"
 #include "services/Runtime.h"
+#include "services/receipts/ReceiptText.h"
 
 namespace vantory {
 
@@ -36,6 +37,24 @@ Result<std::vector<std::string>> namesIn(const std::string& folder) {
   return names;
 }
 
+std::string nameFor(Timestamp moment) {
+  std::string text = utcText(moment.seconds);
+  std::erase_if(text, [](char character) { return character == '-' || character == ':'; });
+  std::ranges::replace(text, ' ', '-');
+  char thousandths[16];
+  std::snprintf(thousandths, sizeof thousandths, "-%03d", moment.nanoseconds / 1'000'000);
+  return text + thousandths;
+}
+
+// The reverse; none for a name of another form.
+std::optional<Timestamp> momentNamed(const std::string& name) {
+  if (name.size() != 19) return std::nullopt;
+  const auto part = [&](std::size_t at, std::size_t length) { return name.substr(at, length); };
+  const auto moment = receipt::momentIn(part(0, 4) + "-" + part(4, 2) + "-" + part(6, 2) + "T" + part(9, 2) + ":" +
+                                        part(11, 2) + ":" + part(13, 2) + "." + part(16, 3) + "000000Z");
+  return moment && nameFor(*moment) == name ? moment : std::nullopt;
+}
+
 }  // namespace
 
 std::optional<std::string> receiptFolder() {
@@ -54,13 +73,17 @@ Result<std::vector<std::string>> receiptNames() {
   return namesIn(*folder);
 }
 
-std::string receiptName(Timestamp begun) {
-  std::string text = utcText(begun.seconds);
-  std::erase_if(text, [](char character) { return character == '-' || character == ':'; });
-  std::ranges::replace(text, ' ', '-');
-  char thousandths[16];
-  std::snprintf(thousandths, sizeof thousandths, "-%03d", begun.nanoseconds / 1'000'000);
-  return text + thousandths;
+// What is named otherwise, by whomever, counts for nothing.
+std::string newReceiptName(const std::string& folder, Timestamp begun) {
+  const std::string name = nameFor(begun);
+  const auto names = namesIn(folder);
+  if (!names) return name;
+  const auto newest = std::ranges::find_if(*names, [](const auto& each) { return momentNamed(each).has_value(); });
+  if (newest == names->end() || *newest < name) return name;
+  Timestamp next = *momentNamed(*newest);
+  next.nanoseconds += 1'000'000;
+  if (next.nanoseconds >= 1'000'000'000) next = {next.seconds + 1, next.nanoseconds - 1'000'000'000};
+  return nameFor(next);
 }
 
 bool isReceiptHeld(const std::string& path) {

@@ -158,16 +158,11 @@ Status TaskReceipt::open() {
   if (const Status made = files().makeFolder(*folder); !made) return made;
   const auto folderHold = files().holdFolder(*folder, 2s);
   pruneReceipts(*folder);
-  Timestamp begun = Runtime::current().platform().clock.now();
-  std::string path = receiptPath(*folder, receiptName(begun));
-  auto earlier = files().info(path, Links::DoNotFollow);
-  for (; earlier; earlier = files().info(path, Links::DoNotFollow)) {
-    begun.nanoseconds += 1'000'000;
-    if (begun.nanoseconds >= 1'000'000'000) begun = {begun.seconds + 1, begun.nanoseconds - 1'000'000'000};
-    path = receiptPath(*folder, receiptName(begun));
-  }
-  if (!meansMissing(earlier.error())) return earlier.error();
-  name_ = receiptName(begun);
+  name_ = newReceiptName(*folder, Runtime::current().platform().clock.now());
+  const std::string path = receiptPath(*folder, name_);
+  const auto earlier = files().info(path, Links::DoNotFollow);
+  if (earlier || !meansMissing(earlier.error()))
+    return earlier ? Error{std::errc::file_exists, path + " is there already."} : earlier.error();
   auto file = files().openForAppending(path);
   if (!file) return file.error();
   file_ = std::move(*file);
