@@ -7,10 +7,10 @@
 #include "base/TextTable.h"
 #include "services/QWLocalPaths.h"
 #include "services/receipts/Receipt.h"
-#include "services/receipts/ReceiptFolder.h"
 #include "tasks/HomeCheck.h"
 #include "tasks/Question.h"
 #include "tasks/ReceiptTitle.h"
+#include "tasks/Refusal.h"
 
 namespace vantory {
 
@@ -54,16 +54,12 @@ std::string json(const std::vector<Receipt>& receipts, const std::vector<Unreada
 }  // namespace
 
 int listReceipts(const QuestionContext& context) {
-  if (const auto reason = reasonToRefuse(QWLocalPaths::userDirectory(), false)) {
-    context.errors << "Vantory: " << printable(*reason) << '\n';
-    return 1;
-  }
-  if (const auto names = receiptNames(); !names) {
-    context.errors << "Vantory: The receipts cannot be read. " << printable(names.error().text) << '\n';
-    return 1;
-  }
-  const std::vector<Receipt> receipts = allReceipts();
-  const std::vector<UnreadableReceipt> unreadable = unreadableReceipts(receipts);
+  if (const auto reason = reasonToRefuse(QWLocalPaths::userDirectory(), false)) return refuseQuestion(*reason, context);
+  auto all = allReceipts();
+  if (!all) return refuseQuestion(all.error().text, context);
+  const std::vector<UnreadableReceipt> unreadable = unreadableReceipts(*all);
+  std::vector<Receipt>& receipts = *all;
+  std::erase_if(receipts, didNothing);
   if (context.form == AnswerForm::Json) {
     context.output << json(receipts, unreadable);
   } else if (context.form == AnswerForm::Names) {

@@ -17,9 +17,6 @@ void reportFailure(const std::string& failure, const std::string& reason,
 
 // Whether the person at a result's list is offered to have the task done once more.
 enum class Retry { Offered, None };
-// Before the first try of a task the present files are backed up. Another try needs no such backup: it would hold what
-// the first has half done, and push out the one from before.
-enum class Try { First, Again };
 
 // Shows what was done otherwise than it was asked for, if anything.
 void tellNotices(const TaskReport& report);

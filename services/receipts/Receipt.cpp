@@ -169,12 +169,14 @@ bool holdNewestToUndo(const std::vector<Receipt>& receipts) {
 
 // The newest first, until those that were read are enough. A task that took another back is newer than that, so that it
 // is known first.
-std::vector<Receipt> receiptsUntil(bool (*areEnough)(const std::vector<Receipt>&)) {
+Result<std::vector<Receipt>> receiptsUntil(bool (*areEnough)(const std::vector<Receipt>&)) {
   std::vector<Receipt> receipts;
   std::set<std::string> undone;
   const auto names = receiptNames();
-  if (!names) QWLog::appendLog("The receipts cannot be read: %@", names.error().text);
-  if (!names) return receipts;
+  if (!names) {
+    QWLog::appendLog("The receipts cannot be read: %@", names.error().text);
+    return Error{names.error().code, "The receipts cannot be read. " + names.error().text};
+  }
   for (const std::string& name : *names) {
     auto receipt = readReceipt(name);
     if (!receipt) {
@@ -224,16 +226,24 @@ std::vector<UnreadableReceipt> unreadableReceipts(const std::vector<Receipt>& re
   return unreadable;
 }
 
-bool canBeTakenBack(const Receipt& receipt) {
-  const bool didNothing = receipt.ended && receipt.steps.empty();
-  return !receipt.isUndone && !receipt.isRunning && !didNothing;
+bool didNothing(const Receipt& receipt) {
+  return receipt.ended && receipt.steps.empty();
 }
 
-std::vector<Receipt> allReceipts() {
+bool removedForGood(const Receipt& receipt) {
+  return !receipt.steps.empty() &&
+         std::ranges::all_of(receipt.steps, [](const ReceiptStep& step) { return step.action == FileAction::Remove; });
+}
+
+bool canBeTakenBack(const Receipt& receipt) {
+  return !receipt.isUndone && !receipt.isRunning && !didNothing(receipt) && !removedForGood(receipt);
+}
+
+Result<std::vector<Receipt>> allReceipts() {
   return receiptsUntil([](const std::vector<Receipt>&) { return false; });
 }
 
-std::vector<Receipt> receiptsDownToNewestToUndo() {
+Result<std::vector<Receipt>> receiptsDownToNewestToUndo() {
   return receiptsUntil(holdNewestToUndo);
 }
 

@@ -44,10 +44,11 @@ struct Receipt {
 // Fails where there is none of that name, or it is damaged. One that was not ended has what is whole of it.
 Result<Receipt> readReceipt(const std::string& name);
 
-// Everything that can be read, the newest first. A damaged receipt is logged and left out.
-std::vector<Receipt> allReceipts();
+// Everything that can be read, the newest first. A damaged receipt is logged and left out. Fails where they cannot be
+// listed.
+Result<std::vector<Receipt>> allReceipts();
 // Of those the first ones, as many as tell which is newestToUndo(), and what task it is about.
-std::vector<Receipt> receiptsDownToNewestToUndo();
+Result<std::vector<Receipt>> receiptsDownToNewestToUndo();
 
 // A receipt that was left out.
 struct UnreadableReceipt {
@@ -58,7 +59,13 @@ struct UnreadableReceipt {
 // The newest first, but for what is among the receipts.
 std::vector<UnreadableReceipt> unreadableReceipts(const std::vector<Receipt>& receipts);
 
-// Not one that runs, was taken back, or is through and changed nothing. Known only of one in a list of all.
+// Whether the task is through and changed nothing, which nobody needs to hear of.
+bool didNothing(const Receipt& receipt);
+
+// Whether all that the task did was to remove, as pruning does.
+bool removedForGood(const Receipt& receipt);
+
+// Not one that runs, was taken back, did nothing or removed for good. Known only of one in a list of all.
 bool canBeTakenBack(const Receipt& receipt);
 
 // The newest that can be taken back, and took nothing back itself: that is done again by its name only. What did a task

@@ -20,7 +20,7 @@
 #include "services/threads/BackgroundThreads.h"
 #include "services/threads/MainThread.h"
 #include "tasks/ReceiptTitle.h"
-#include "undo/UndoRun.h"
+#include "tasks/UndoTask.h"
 
 namespace vantory {
 
@@ -64,12 +64,12 @@ void UndoController::readEverything() {
 
 void UndoController::readReceipts() {
   const auto names = receiptNames();
-  const std::vector<Receipt> receipts = receiptsDownToNewestToUndo();
-  const Receipt* newest = newestToUndo(receipts);
-  const std::string title = newest ? titleOf(*newest, receipts) : "";
+  const auto receipts = receiptsDownToNewestToUndo();
+  const Receipt* newest = receipts ? newestToUndo(*receipts) : nullptr;
+  const std::string title = newest ? titleOf(*newest, *receipts) : "";
   MainThread::shared().runAndWait([&] {
     if (names) known_ = *names;
-    isOneRunning_ = std::ranges::any_of(receipts, &Receipt::isRunning);
+    isOneRunning_ = receipts && std::ranges::any_of(*receipts, &Receipt::isRunning);
     newest_ = newest ? newest->name : "";
     parts_.command.setTitle(newest ? "Undo " + title : "Undo");
     parts_.command.setEnabled(newest != nullptr);
@@ -79,15 +79,16 @@ void UndoController::readReceipts() {
 
 void UndoController::list(std::function<void(const std::vector<UndoRow>& rows)> show) {
   const auto read = [show = std::move(show)] {
-    const std::vector<Receipt> receipts = allReceipts();
+    const auto receipts = allReceipts();
+    if (!receipts) return reportFailure("What was done lately cannot be listed", receipts.error().text);
     std::vector<UndoRow> rows;
-    rows.reserve(receipts.size());
-    for (const Receipt& receipt : receipts)
-      rows.push_back({.receipt = receipt.name,
-                      .date = localTimeText(receipt.begun, "%F %T"),
-                      .title = titleOf(receipt, receipts),
-                      .state = stateOf(receipt),
-                      .canBeUndone = canBeTakenBack(receipt)});
+    for (const Receipt& receipt : *receipts)
+      if (!didNothing(receipt))
+        rows.push_back({.receipt = receipt.name,
+                        .date = localTimeText(receipt.begun, "%F %T"),
+                        .title = titleOf(receipt, *receipts),
+                        .state = stateOf(receipt),
+                        .canBeUndone = canBeTakenBack(receipt)});
     MainThread::shared().runAndWait([&] { show(rows); });
   };
   BackgroundThreads::shared().start(read, BackgroundThreads::Kind::Look);
@@ -101,28 +102,22 @@ void UndoController::undo(const std::string& receipt) {
   // Until its turn comes and it is done there is nothing else to take back.
   parts_.command.setEnabled(false);
   const auto work = [this, receipt] {
-    auto which = Try::First;
-    while (takeBack(receipt, which)) which = Try::Again;
+    while (takeBack(receipt)) {
+    }
   };
   if (!startTask(work)) reload();
 }
 
 // Whether the person wants what stayed tried again.
-bool UndoController::takeBack(const std::string& name, Try which) {
+bool UndoController::takeBack(const std::string& name) {
   QWAuthorization::sharedController().beginTask();
-  auto hold = holdForUndo();
-  const std::vector<Receipt> receipts = allReceipts();
-  const auto named = std::ranges::find(receipts, name, &Receipt::name);
-  const Receipt* receipt = named == receipts.end() ? nullptr : &lastDoingOf(*named, receipts);
-  const bool isHeldByOther = !hold && hold.error().code == std::errc::timed_out;
-  if (isHeldByOther || !receipt || (receipt->isUndone && which == Try::First) || receipt->isRunning) {
+  auto undo = chooseUndo(name);
+  if (!undo) {
     readEverything();
-    reportFailure(
-        "This task cannot be taken back now",
-        isHeldByOther ? hold.error().text : "It is not through yet, was taken back already, or its receipt is gone.");
+    reportFailure("This task cannot be taken back now", undo.error().text);
     return false;
   }
-  const std::string title = titleOf(*receipt, receipts);
+  const std::string title = titleOf(*undo->receipt, undo->receipts);
   QWLog::appendLog("Taking %@ back", title);
   MainThread& mainThread = MainThread::shared();
   mainThread.runAndWait([&] {
@@ -133,10 +128,8 @@ bool UndoController::takeBack(const std::string& name, Try which) {
   });
   TaskReport report;
   TaskReceipt own(report, {.name = "undo"});
-  own.takesBack(receipt->name);
-  UndoRun(*receipt, receipts, report).run();
-  own.end();
-  if (hold) hold->reset();
+  undo->run(report, &own);
+  undo->hold.reset();
   mainThread.runAndWait([&] {
     parts_.progress.hide();
     NotificationCenter::shared().post("QWVantoryAppRefresh");

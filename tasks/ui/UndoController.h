@@ -5,7 +5,6 @@
 #include <string>
 #include <vector>
 
-#include "backups/ui/FailureReport.h"
 #include "services/messages/NotificationCenter.h"
 
 namespace vantory {
@@ -52,7 +51,7 @@ class UndoController {
   // Worker threads.
   void readReceipts();
   void readEverything();
-  bool takeBack(const std::string& receipt, Try which);
+  bool takeBack(const std::string& receipt);
 
   const Parts parts_;
   std::vector<std::string> known_;  // all receipts, also such as cannot be read

@@ -424,10 +424,14 @@ TEST_F(CommandLineTest, TheLibraryIsManagedByCommand) {
   EXPECT_EQ(run("--prune"), 0);
   EXPECT_EQ(std::distance(fs::directory_iterator(library("/Autosaves")), {}), 2) << "nobody has set a number";
   EXPECT_EQ(run("--strict --prune 1"), 0);
-  // The one that is left is not taken back in place of those that are gone.
-  EXPECT_EQ(run("--strict --undo"), 3);
-  EXPECT_THAT(fakes_.systemLog.messages(), Contains(HasSubstr("was removed for good and cannot come back.")));
+  // Neither the one that is left nor an earlier task is taken back in place of those that are gone.
+  EXPECT_EQ(run("--undo"), 1);
+  EXPECT_THAT(fakes_.systemLog.messages().back(), HasSubstr("removed for good and cannot be taken back. The newest"));
   EXPECT_EQ(std::distance(fs::directory_iterator(library("/Autosaves")), {}), 1);
+  EXPECT_EQ(run("-backup Nothing nothing"), 0);
+  EXPECT_EQ(run("--receipts"), 0);
+  EXPECT_THAT(output_.str(), AllOf(HasSubstr("done    prune 1"), Not(HasSubstr("backup Nothing"))));
+  EXPECT_EQ(run("--undo " + output_.str().substr(output_.str().find("\n20") + 1, 19)), 1) << "by its name too";
 
   // The default is known by its name, which is told of whoever takes that over.
   set("defaultBackup", "Gone.vnt");

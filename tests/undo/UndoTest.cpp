@@ -55,7 +55,7 @@ class UndoTest : public BackupsTest {
     return task("trash", [&](TaskReport& report) { item()->trash(report); });
   }
   TaskReport undo() {
-    const auto receipts = allReceipts();
+    const auto receipts = *allReceipts();
     const Receipt* receipt = newestToUndo(receipts);
     EXPECT_TRUE(receipt);
     return receipt ? undo(*receipt) : TaskReport();
@@ -64,7 +64,7 @@ class UndoTest : public BackupsTest {
     TaskReport report;
     TaskReceipt own(report, {.name = "undo"});
     own.takesBack(receipt.name);
-    UndoRun(receipt, allReceipts(), report).run();
+    UndoRun(receipt, *allReceipts(), report).run();
     return report;
   }
 };
@@ -190,7 +190,7 @@ TEST_F(UndoTest, WhatASpoiltReceiptSaysIsRefused) {
     for (std::size_t at = 0; (at = text.find("\"" + path + "\"", at)) != std::string::npos; at += 1)
       text.replace(at, path.size() + 2, "\"" + hostile + "\"");
     writeFile(newest(), text);
-    const auto receipts = allReceipts();
+    const auto receipts = *allReceipts();
     if (!receipts.empty()) {
       TaskReport report;
       UndoRun(receipts.front(), receipts, report).run();
@@ -218,7 +218,7 @@ TEST_F(UndoTest, AnUpdatedBackupAndALockComeBack) {
   EXPECT_EQ(readFile(copies + "b.plist"), "old");
   EXPECT_FALSE(exists(copies + "d.plist"));
   // Done again, it is taken back like any other task.
-  const auto receipts = allReceipts();
+  const auto receipts = *allReceipts();
   EXPECT_TRUE(undo(receipts.front()).isWhole());
   EXPECT_EQ(readFile(copies + "b.plist"), "new");
   EXPECT_TRUE(undo().isWhole());
@@ -255,7 +255,7 @@ TEST_F(UndoTest, KeepsTheNewestAndThoseOfTasksThatRun) {
     fakes_.clock.advance(std::chrono::seconds(1));
     trash();
   }
-  const auto receipts = allReceipts();
+  const auto receipts = *allReceipts();
   EXPECT_EQ(receipts.size(), kMostReceipts + 1);
   EXPECT_TRUE(receipts.back().isRunning);
   running.end();

@@ -104,7 +104,7 @@ TEST_F(ComparisonWindowTest, RestoresWhatIsTickedAndNothingElse) {
   EXPECT_EQ(readFile(prefs("editor.layout")), "other");
   EXPECT_EQ(controller().autoBackupArray().size(), 1U);
   EXPECT_EQ(alerts_.back(), "Preferences successfully restored");
-  const auto receipts = allReceipts();
+  const auto receipts = *allReceipts();
   ASSERT_EQ(receipts.size(), 1U) << "it can be taken back";
   EXPECT_EQ(receipts[0].task, "restore");
   EXPECT_FALSE(receipts[0].steps.empty());

@@ -1,0 +1,89 @@
+// Chooses the receipt, and runs what takes its task back.
+#include "tasks/UndoTask.h"
+
+#include <algorithm>
+
+#include "base/Format.h"
+#include "base/Spelling.h"
+#include "platform/FileSystem.h"
+#include "services/TaskReport.h"
+#include "services/receipts/ReceiptFolder.h"
+#include "services/receipts/ReceiptText.h"
+#include "services/receipts/TaskReceipt.h"
+#include "undo/UndoRun.h"
+
+namespace vantory {
+
+namespace {
+
+Error fault(std::string sentence) {
+  return {std::errc::invalid_argument, std::move(sentence)};
+}
+
+std::string inWords(const Receipt& receipt) {
+  return formatted("\"%@\" of %@", receipt.task, localTimeText(receipt.begun, "%F %T"));
+}
+
+Error faultOf(const std::string& name, const std::vector<Receipt>& receipts) {
+  const auto known = receiptNames();
+  if (known && std::ranges::find(*known, name) != known->end())
+    if (const auto receipt = readReceipt(name); !receipt) return receipt.error();
+  std::vector<std::string> names;
+  names.reserve(receipts.size());
+  for (const Receipt& receipt : receipts) names.push_back(receipt.name);
+  const auto nearest = nearestWord(name, names);
+  return fault(nearest ? formatted("There is no receipt \"%@\": did you mean \"%@\"?", name, *nearest)
+                       : formatted("There is no receipt \"%@\". \"vantory --receipts\" lists them.", name));
+}
+
+// What stayed where the task was taken back in part may be possible now.
+bool isUndoneWhole(const Receipt& receipt, const std::vector<Receipt>& receipts) {
+  return receipt.isUndone && std::ranges::any_of(receipts, [&](const Receipt& other) {
+           return other.undoes == receipt.name && !other.isUndone && other.outcome == receipt::kWhole;
+         });
+}
+
+// No earlier task goes in the place of one that cannot be taken back.
+Result<const Receipt*> newestOf(const std::vector<Receipt>& receipts) {
+  const Receipt* newest = newestToUndo(receipts);
+  for (const Receipt& receipt : receipts) {
+    if (&receipt == newest) return newest;
+    if (!removedForGood(receipt)) continue;
+    const std::string next =
+        newest ? formatted(" The newest that can be is %@: vantory --undo %@", inWords(*newest), newest->name) : "";
+    return fault(formatted("What %@ did was removed for good and cannot be taken back.%@", inWords(receipt), next));
+  }
+  return fault("There is no task to take back.");
+}
+
+Result<const Receipt*> receiptNamed(const std::string& name, const std::vector<Receipt>& receipts) {
+  const auto named = std::ranges::find(receipts, name, &Receipt::name);
+  if (named == receipts.end()) return faultOf(name, receipts);
+  if (removedForGood(*named))
+    return fault(formatted("What %@ removed is gone for good and cannot be taken back.", inWords(*named)));
+  return &lastDoingOf(*named, receipts);
+}
+
+}  // namespace
+
+Result<UndoTask> chooseUndo(const std::optional<std::string>& name) {
+  auto hold = holdForUndo();
+  if (!hold && hold.error().code == std::errc::timed_out) return hold.error();
+  auto receipts = allReceipts();
+  if (!receipts) return receipts.error();
+  const auto chosen = name ? receiptNamed(*name, *receipts) : newestOf(*receipts);
+  if (!chosen) return chosen.error();
+  const Receipt& receipt = **chosen;
+  if (receipt.isRunning) return fault(inWords(receipt) + " is not through yet.");
+  if (isUndoneWhole(receipt, *receipts)) return fault(inWords(receipt) + " was taken back already.");
+  return UndoTask{hold ? std::move(*hold) : nullptr, std::move(*receipts), &receipt};
+}
+
+// The receipt is ended while nobody else looks which task is the newest.
+void UndoTask::run(TaskReport& report, TaskReceipt* own) const {
+  if (own) own->takesBack(receipt->name);
+  UndoRun(*receipt, receipts, report).run();
+  if (own) own->end();
+}
+
+}  // namespace vantory
