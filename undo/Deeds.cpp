@@ -2,6 +2,7 @@
 #include "undo/Deeds.h"
 
 #include <algorithm>
+#include <iterator>
 #include <optional>
 #include <set>
 #include <utility>
@@ -165,13 +166,24 @@ FileAction inverseOf(FileAction action) {
 std::vector<ReceiptStep> deedsOf(const Receipt& receipt, const std::vector<Receipt>& all) {
   std::vector<ReceiptStep> deeds;
   Inspection inspection(receipt, all);
-  for (const ReceiptStep& step : receipt.steps) {
-    if (step.isDone)
-      deeds.push_back(step);
-    else
-      inspection.look(step, deeds);
-  }
+  // What was noted came first: of what is looked for nothing was noted any more.
+  std::ranges::copy_if(receipt.steps, std::back_inserter(deeds), &ReceiptStep::isDone);
+  for (const ReceiptStep& step : receipt.steps)
+    if (!step.isDone) inspection.look(step, deeds);
   return deeds;
+}
+
+Receipt withEarlierAttempts(const Receipt& receipt, const std::vector<Receipt>& all) {
+  Receipt whole = receipt;
+  if (receipt.undoes.empty()) return whole;
+  whole.steps = deedsOf(receipt, all);
+  for (const Receipt& other : all) {
+    if (other.undoes != receipt.undoes || other.isUndone || other.isRunning || other.name >= receipt.name) continue;
+    const std::vector<ReceiptStep> deeds = deedsOf(other, all);
+    whole.steps.insert(whole.steps.begin(), deeds.begin(), deeds.end());
+    whole.begun = other.begun;
+  }
+  return whole;
 }
 
 // One that took it back in part, and was not taken back itself, has left its own deeds.

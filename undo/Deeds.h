@@ -12,7 +12,11 @@ namespace vantory {
 // end, the disk tells how far it came, but for what any of the other receipts claims.
 std::vector<ReceiptStep> deedsOf(const Receipt& receipt, const std::vector<Receipt>& all);
 
-// The same without what later tasks took back already.
+// What took another task back, together with the earlier attempts at that, which were broken off: one receipt that says
+// what all of them did. Any other receipt as it is.
+Receipt withEarlierAttempts(const Receipt& receipt, const std::vector<Receipt>& all);
+
+// What deedsOf() the receipt, without what later tasks took back already.
 std::vector<ReceiptStep> deedsLeftOf(const Receipt& receipt, const std::vector<Receipt>& all);
 
 // Whether it is still what the task put there; none where it cannot be looked at. Of a task that was killed, a folder

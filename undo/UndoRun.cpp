@@ -58,7 +58,7 @@ bool isLock(FileAction action) {
 }  // namespace
 
 UndoRun::UndoRun(const Receipt& receipt, const std::vector<Receipt>& all, TaskReport& report)
-    : receipt_(receipt), all_(all), report_(report), applications_(kWords, report) {
+    : receipt_(withEarlierAttempts(receipt, all)), all_(all), report_(report), applications_(kWords, report) {
   for (const auto& root : {QWLocalPaths::userDirectory(), QWLocalPaths::sharedUsersDirectory(),
                            QWLocalPaths::libraryDirectory(false), QWDataController::vantoryBackupLocation()})
     if (root) roots_.push_back(*root);

@@ -21,7 +21,7 @@ class FolderHold;
 // report, and the rest is done. The catalog must be there.
 class UndoRun {
  public:
-  // All outlive it.
+  // All outlive it but the receipt.
   UndoRun(const Receipt& receipt, const std::vector<Receipt>& all, TaskReport& report);
 
   // Blocks until all is done, and is on disk.
@@ -49,7 +49,7 @@ class UndoRun {
   void refuse(FileAction action, const std::string& path, std::string reason, const ReceiptStep& deed);
   bool isAllowed(const std::string& path) const;
 
-  const Receipt& receipt_;
+  const Receipt receipt_;
   const std::vector<Receipt>& all_;
   TaskReport& report_;
   std::vector<std::string> roots_;  // where alone anything is done

@@ -181,6 +181,41 @@ TEST_F(UndoTest, OfAKilledUndoOfAKilledRestoreTheRestIsTakenBack) {
   EXPECT_EQ(contents(), "live live live ");
 }
 
+// What the killed undo did already belongs to the one that ended it.
+TEST_F(UndoTest, DoneAgainIsAllThatSeveralAttemptsTookBack) {
+  const auto backup = backupOfAll("Set");
+  ASSERT_EQ(backup->writeData(report_), WriteResult::Success);
+  fill("live");
+  task("restore", [&](TaskReport& report) { backup->restore(report); });
+  files_.heal();
+  files_.crashAfter(Operation::Move, 1);
+  EXPECT_THROW(undo(), SimulatedCrash);
+  files_.heal();
+  cutNewestAt("{ ended");
+  EXPECT_TRUE(undo().isWhole());
+  EXPECT_EQ(contents(), "live live live ");
+  EXPECT_TRUE(undo(allReceipts()->front()).isWhole());
+  EXPECT_EQ(contents(), "old old old ");
+  EXPECT_TRUE(undo().isWhole());
+  EXPECT_EQ(contents(), "live live live ");
+}
+
+// What was done when it was ahead comes before what was done since.
+TEST_F(UndoTest, AClockThatWasAheadHidesNoTask) {
+  const auto lock = [&](State state) {
+    task(state == On ? "lock" : "unlock", [&](TaskReport& report) { item()->lockFiles(state, report); });
+  };
+  fakes_.clock.advance(std::chrono::hours(24'000));
+  lock(On);
+  fakes_.clock.advance(-std::chrono::hours(24'000));
+  lock(Off);
+  for (const std::size_t locked : {3U, 0U}) {
+    EXPECT_TRUE(undo().isWhole());
+    EXPECT_EQ(metadata_.locked.size(), locked);
+  }
+  EXPECT_EQ(newestToUndo(*allReceipts()), nullptr);
+}
+
 TEST_F(UndoTest, WhatASpoiltReceiptSaysIsRefused) {
   trash();
   const std::string whole = readFile(newest());
