@@ -50,8 +50,14 @@ void ReplacedCopies::moveToTrash(TaskReport& report) {
   if (folder_.empty() || QWFileManager::removeFolderIfEmpty(folder_)) return;
   report.planned(FileAction::Trash, std::vector{folder_});
   const auto place = QWFileManager::trashFile(folder_, 10s, report);
-  if (!place) return report.failed(FileAction::Trash, folder_, place.error());
-  QWLog::appendLog("The copies that were replaced are in the Trash: %@", *place);
+  if (!place) {
+    Error cause = place.error();
+    cause.text += ". It holds the copies that were replaced, and stays beside the backup for now";
+    return report.failed(FileAction::Trash, folder_, std::move(cause));
+  }
+  const std::string told = formatted("The copies that were replaced are in the Trash: %@", *place);
+  QWLog::appendLog("%@", told);
+  if (!report.isWhole()) report.remark(told);
   report.done(FileAction::Trash, folder_, {}, *place);
 }
 

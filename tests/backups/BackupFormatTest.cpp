@@ -125,6 +125,8 @@ TEST_F(BackupFormatTest, FilesAloneAreReplacedOneByOne) {
     files_.heal();
     EXPECT_TRUE(isWhole(inLibrary("Clean.vnt"), "old")) << call;
     EXPECT_TRUE(report_.hasFailures()) << call;
+    const std::string told = "The copies that were replaced are in the Trash: " + inTrash("Clean (replaced copies)");
+    EXPECT_EQ(report_.remarks(), call == 1 ? std::vector<std::string>() : std::vector{told});
     report_ = {};
     fs::remove_all(home_ / ".local");
   }
