@@ -2,6 +2,7 @@
 #include "backups/BackupReader.h"
 
 #include <algorithm>
+#include <map>
 
 #include "backups/BackupFolder.h"
 #include "backups/BackupLibrary.h"
@@ -31,6 +32,12 @@ std::optional<PropertyList> readSettings(QWBackup& backup) {
   auto settings = bytes ? parsePropertyList(*bytes) : std::nullopt;
   if (settings && !settings->asDictionary()) settings.reset();
   return settings;
+}
+
+constexpr const char* kNotDefined = "no definition of it is known here";
+
+bool hasItem(const QWApp& app, const std::string& name) {
+  return std::ranges::any_of(app.children(), [&](const auto& item) { return item->name() == name; });
 }
 
 // Null where the key is missing or has another type of value.
@@ -68,12 +75,30 @@ std::shared_ptr<QWApp> heldApp(const QWApp& app, const PropertyListArray& itemNa
   return held;
 }
 
-// The definitions that the backup carries, as applications. What is wrong with one makes it unknown, as a missing one.
-AppList carriedApps(const PropertyListDictionary& settings, const PatternRules& rules) {
+// The definitions that a backup carries.
+struct Carried {
   AppList apps;
-  // What a user's backup says must not guide the superuser's hand.
+  std::map<std::string, std::string> refused;  // why, by the name of the application
+};
+
+std::string nameIn(const PropertyList& definition) {
+  const PropertyListDictionary* entries = definition.asDictionary();
+  const PropertyList* name = entries ? entries->find("name") : nullptr;
+  const std::string* text = name ? name->asString() : nullptr;
+  return text ? *text : "";
+}
+
+// What is wrong with one makes it unknown, as a missing one.
+Carried carriedDefinitions(const PropertyListDictionary& settings, const PatternRules& rules) {
+  Carried carried;
   const PropertyListArray* list = arrayIn(settings, kDefinitionsKey);
-  if (!list || Runtime::current().platform().users.isSuperuser()) return apps;
+  if (!list) return carried;
+  // What a user's backup says must not guide the superuser's hand.
+  if (Runtime::current().platform().users.isSuperuser()) {
+    for (const PropertyList& entry : *list)
+      carried.refused[nameIn(entry)] = "for the superuser a definition in a backup does not count";
+    return carried;
+  }
   TakenNames taken;
   for (const PropertyList& entry : *list) {
     const auto read = readDefinition(entry, rules);
@@ -81,12 +106,13 @@ AppList carriedApps(const PropertyListDictionary& settings, const PatternRules& 
     const DefinitionFault fault = sound ? taken.faultOf(sound->definition) : std::get<DefinitionFault>(read);
     if (!fault.reason.empty()) {
       QWLog::appendLog("A definition that the backup carries is passed over: %@", fault.reason);
+      carried.refused[nameIn(entry)] = "the definition that the backup carries is refused: " + fault.reason;
       continue;
     }
     taken.take(sound->definition);
-    apps.push_back(definedApp(sound->definition, rules));
+    carried.apps.push_back(definedApp(sound->definition, rules));
   }
-  return apps;
+  return carried;
 }
 
 // Whether one of the others has the application's name, or the key of one of its items.
@@ -107,16 +133,24 @@ AppList catalogFor(const AppList& catalog, const AppList& carried) {
   return apps;
 }
 
-// The names of applications in the settings that are not among those held: whoever wrote the backup knew them.
-std::vector<std::string> unknownNames(const PropertyListDictionary& settings, const AppList& held) {
-  std::vector<std::string> unknown;
-  for (const PropertyListDictionary::Entry& entry : settings.entries()) {
-    const std::string& name = entry.first;
-    const PropertyListArray* items = entry.second.asArray();
-    if (!items || items->empty() || name == "projects") continue;
+// Applications in the settings that are not among those held, and items that those do not have: whoever wrote the
+// backup knew them.
+std::vector<UnknownPart> unknownParts(const PropertyListDictionary& settings, const AppList& known,
+                                      const std::map<std::string, std::string>& refused) {
+  std::vector<UnknownPart> unknown;
+  for (const auto& [name, value] : settings.entries()) {
+    const PropertyListArray* items = value.asArray();
+    if (!items || name == "projects") continue;
     const bool namesItems = std::ranges::all_of(*items, [](const PropertyList& item) { return item.asString(); });
-    const bool isHeld = std::ranges::any_of(held, [&](const auto& app) { return app->name() == name; });
-    if (namesItems && !isHeld) unknown.push_back(name);
+    if (!namesItems || items->empty()) continue;
+    const auto app = std::ranges::find_if(known, [&](const auto& each) { return each->name() == name; });
+    if (app == known.end()) {
+      const auto reason = refused.find(name);
+      unknown.push_back({name, reason == refused.end() ? kNotDefined : reason->second});
+      continue;
+    }
+    for (const PropertyList& item : *items)
+      if (!hasItem(**app, *item.asString())) unknown.push_back({name + ": " + *item.asString(), kNotDefined});
   }
   return unknown;
 }
@@ -156,14 +190,15 @@ std::shared_ptr<QWBackup> BackupReader::read(const std::string& path, std::optio
   if (!content) return backup;
   const PropertyListDictionary& settings = *content->asDictionary();
   AppList held;
-  const AppList carried = carriedApps(settings, rules_);
-  const AppList ownCatalog = carried.empty() ? AppList() : catalogFor(catalog_, carried);
-  for (const auto& app : carried.empty() ? catalog_ : ownCatalog) {
+  const Carried carried = carriedDefinitions(settings, rules_);
+  const AppList ownCatalog = carried.apps.empty() ? AppList() : catalogFor(catalog_, carried.apps);
+  const AppList& known = carried.apps.empty() ? catalog_ : ownCatalog;
+  for (const auto& app : known) {
     const PropertyListArray* itemNames = arrayIn(settings, app->name());
     if (!itemNames) continue;
     if (auto copy = heldApp(*app, *itemNames, place)) held.push_back(std::move(copy));
   }
-  backup->setUnknown(unknownNames(settings, held));
+  backup->setUnknown(unknownParts(settings, known, carried.refused));
   backup->setChildren(std::move(held));
   backup->setProjects(linkedProjects(settings));
   return backup;

@@ -36,6 +36,12 @@ enum class WriteResult : int { Success = 0, NoFiles = 1, SettingsNotWritten = 2 
 
 class TaskReport;
 
+// Something that a backup holds files of and that cannot be restored here: it stays in the backup.
+struct UnknownPart {
+  std::string name;    // of an application, or "Application: Item"
+  std::string reason;  // such as "no definition of it is known here"
+};
+
 class QWBackup : public BackupNode {
  public:
   // `date` is the folder's date of change; none while there is no folder.
@@ -69,9 +75,9 @@ class QWBackup : public BackupNode {
   void addApp(const std::shared_ptr<QWApp>& app);
   const std::vector<std::string>& projects() const { return projects_; }
   void setProjects(std::vector<std::string> projects) { projects_ = std::move(projects); }
-  // The names of applications that it holds files of and neither the catalog nor itself defines: they stay in it.
-  const std::vector<std::string>& unknown() const { return unknown_; }
-  void setUnknown(std::vector<std::string> names) { unknown_ = std::move(names); }
+  // What neither the catalog nor the backup itself defines.
+  const std::vector<UnknownPart>& unknown() const { return unknown_; }
+  void setUnknown(std::vector<UnknownPart> parts) { unknown_ = std::move(parts); }
   bool isAutosave() const { return isAutosave_; }
   void setIsAutosave(bool isAutosave) { isAutosave_ = isAutosave; }
   bool isDefault() const { return isDefault_; }
@@ -122,7 +128,7 @@ class QWBackup : public BackupNode {
   std::optional<Timestamp> date_;
   AppList children_;
   std::vector<std::string> projects_;
-  std::vector<std::string> unknown_;
+  std::vector<UnknownPart> unknown_;
   bool isAutosave_ = false;
   std::atomic<bool> isDefault_ = false;
   bool isComplete_ = true;

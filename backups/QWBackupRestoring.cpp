@@ -25,8 +25,8 @@ void QWBackup::restore(TaskReport& report, bool closeAutomatically) {
   }
   // Whoever chose some of the applications has not asked for the others.
   if (std::ranges::none_of(children_, [](const auto& app) { return app->selected() == Off; }))
-    for (const std::string& name : unknown_)
-      report.passedOver(name, formatted("No definition of \"%@\" is known: its files stay in the backup.", name));
+    for (const UnknownPart& part : unknown_)
+      report.passedOver(part.name, formatted("Files of \"%@\" stay in the backup: %@.", part.name, part.reason));
   const BackupFolder place(path_);
   if (place.holdsOtherFiles()) {
     QWLog::appendLog("%@ holds other files than were backed up", path_);

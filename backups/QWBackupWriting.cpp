@@ -341,6 +341,9 @@ WriteResult QWBackup::write(TaskReport& report, bool filesOnly) {
   ItemCopier copier(path_, filesOnly, report);
   PropertyListDictionary settings = copyApps(children_, copier);
   copier.trashReplaced();
+  if (filesOnly)
+    for (const UnknownPart& part : unknown_)
+      report.passedOver(part.name, formatted("Files of \"%@\" stay as they are: %@.", part.name, part.reason));
   if (!filesOnly) {
     if (settings.empty()) {
       QWLog::appendLog("Unable to create backup - no files to backup");

@@ -48,7 +48,7 @@ PropertyListDictionary entryFor(const QWBackup& backup, const std::string& path)
   entry.append("projects", std::move(projects));
   if (backup.unknown().empty()) return entry;
   PropertyListArray unknown;
-  for (const std::string& name : backup.unknown()) unknown.push_back(name);
+  for (const UnknownPart& part : backup.unknown()) unknown.push_back(part.name);
   entry.append("unknown", std::move(unknown));
   return entry;
 }
@@ -81,7 +81,7 @@ void addRows(TextTable& table, const QWBackup& backup, const std::string& path) 
   const auto addBelow = [&table](std::string text) { table.add({"", "", "", "", std::move(text)}); };
   if (backup.readError()) addBelow(backup.readError()->text);
   for (const auto& app : backup.children()) addBelow(app->name() + ": " + keysOf(*app));
-  for (const std::string& name : backup.unknown()) addBelow(name + ": no definition of it is known here");
+  for (const UnknownPart& part : backup.unknown()) addBelow(part.name + ": " + part.reason);
   for (const std::string& project : backup.projects()) addBelow("Project: " + project);
 }
 

@@ -26,8 +26,15 @@ std::string nameAndDate(const QWBackup& backup) {
   return backup.date() ? name + " of " + localTimeText(*backup.date(), "%Y-%m-%d %H:%M:%S") : name;
 }
 
+std::string unknownInWords(const QWBackup& backup) {
+  std::string names;
+  for (const UnknownPart& part : backup.unknown()) names += (names.empty() ? "" : ", ") + part.name;
+  return formatted("It also holds files of what is not known here: %@.", names);
+}
+
 std::string warningOf(const QWBackup& backup) {
-  if (backup.isComplete()) return "";
+  if (backup.isComplete())
+    return backup.unknown().empty() ? "" : "\n\n" + unknownInWords(backup) + " They stay in the backup.";
   const std::string cause = backup.readError() ? "" : ": it was not written to its end, or its settings are damaged";
   return "\n\n" + backup.flawInWords() + cause + ". Nothing can be restored from it as it is.";
 }

@@ -24,7 +24,10 @@ std::string keptNameInWords(const std::string& wanted, const std::string& kept);
 // where there is none.
 std::string nameAndDate(const QWBackup& backup);
 
-// What else to know before it is restored, in a paragraph of its own; empty of a complete one.
+// What it holds that nothing here defines, in a sentence that begins with "It"; there must be some.
+std::string unknownInWords(const QWBackup& backup);
+
+// What else to know before it is restored, in a paragraph of its own; empty where all of it can be.
 std::string warningOf(const QWBackup& backup);
 
 }  // namespace vantory

@@ -28,6 +28,16 @@ void reportVanished(const QWBackup& backup) {
   reportFailure("The backup is no longer there", formatted("%@ has been moved or deleted.", backup.path()));
 }
 
+// A backup is changed by writing it anew, from the files of what is known here.
+bool refuseToWriteAnew(const QWBackup& backup) {
+  if (backup.unknown().empty()) return false;
+  reportFailure(formatted("\"%@\" cannot be changed here", backup.name()),
+                unknownInWords(backup) +
+                    " They would be left out. Install their catalog files first, or change the backup on the machine "
+                    "where it was made.");
+  return true;
+}
+
 // The list had dropped it already.
 void reportFailedRemoval(const Error& cause) {
   QWDataController::sharedController().populateBackups();
@@ -119,7 +129,7 @@ bool QWRestoreOutlineController::restoreOnce(QWBackup& backup, bool& isBackedUp)
 
 void QWRestoreOutlineController::editBackup() {
   const auto backup = selectedBackup();
-  if (!backup || !dialog_) return;
+  if (!backup || !dialog_ || refuseToWriteAnew(*backup)) return;
   QWLog::appendLog("User chose to edit backup");
   parts_.panes.toolbarBackup();
   dialog_->editBackup(backup);
@@ -127,7 +137,7 @@ void QWRestoreOutlineController::editBackup() {
 
 void QWRestoreOutlineController::linkProject() {
   const auto backup = selectedBackup();
-  if (!backup || !dialog_) return;
+  if (!backup || !dialog_ || refuseToWriteAnew(*backup)) return;
   dialog_->editBackup(backup);
   dialog_->expandProjectView();
 }
@@ -135,7 +145,7 @@ void QWRestoreOutlineController::linkProject() {
 // The projects stand in the settings file, and that is written only with the whole backup.
 void QWRestoreOutlineController::unlinkProjects() {
   const auto backup = selectedBackup();
-  if (!backup) return;
+  if (!backup || refuseToWriteAnew(*backup)) return;
   runOnThread([backup] {
     if (QWFileManager::isMissingAtPath(backup->path())) return reportVanished(*backup);
     MainThread::shared().runAndWait([&] { backup->setProjects({}); });

@@ -87,6 +87,19 @@ TEST_F(CarriedDefinitionsTest, WhatABackupCarriesIsNotTrusted) {
   EXPECT_FALSE(exists(profile_));
   ASSERT_EQ(report_.passedOver().size(), 1U);
   EXPECT_EQ(report_.passedOver()[0].application, "OBS Studio");
+  EXPECT_THAT(report_.passedOver()[0].reason, HasSubstr("the backup carries is refused"));
+}
+
+TEST_F(CarriedDefinitionsTest, ItemsThatNothingDefinesStayInTheBackup) {
+  makeBackup();
+  changeSettings("<string>Preferences</string>", "<string>Looks</string><string>Preferences</string>");
+  restore();
+  EXPECT_EQ(readFile(settings_), "mine");
+  ASSERT_EQ(report_.passedOver().size(), 1U);
+  EXPECT_EQ(report_.passedOver()[0].application, "OBS Studio: Looks");
+  TaskReport update;
+  QWBackup::backupWithFile(inLibrary("B.vnt"))->writeData(update, true);
+  EXPECT_EQ(update.passedOver().size(), 1U);
 }
 
 TEST_F(CarriedDefinitionsTest, TheSuperuserTakesNone) {

@@ -150,6 +150,20 @@ TEST_F(RestorePaneTest, CommandsThatWaitKnowARenamedBackup) {
   EXPECT_THAT(names(), ElementsAre("Autosaves")) << "nothing is written in the place of one that has gone";
 }
 
+// Written anew it would hold nothing of what is not known here.
+TEST_F(RestorePaneTest, ChangesNoBackupOfWhichItDoesNotKnowAll) {
+  written("Clean", {"/projects/film.fcp"});
+  const std::string settings = inLibrary("Clean.vnt/Settings.plist");
+  std::string text = readFile(settings);
+  const std::string other = "<key>Other Editor</key><array><string>Looks</string></array>";
+  writeFile(settings, text.insert(text.find("<key>"), other));
+  controller().populateBackups();
+  select(listed("Clean"));
+  finishAfter(&QWRestoreOutlineController::unlinkProjects);
+  EXPECT_THAT(alerts_, ElementsAre("\"Clean\" cannot be changed here"));
+  EXPECT_THAT(readFile(settings), HasSubstr("Other Editor"));
+}
+
 TEST_F(RestorePaneTest, RestoresWhatIsTickedAfterAQuestion) {
   const auto backup = written("Clean");
   writeFile(prefs("editor.plist"), "broken");
