@@ -15,12 +15,14 @@ struct Error {
   std::errc code{};
   std::string text;
   std::string cure = {};
+  bool consentMissing = false;  // the person has not let this program in, and an administrator cannot instead of them
 };
 
 // True where another identity's rights could make the operation succeed.
 inline bool rightsCouldHelp(const Error& error) {
-  return error.code == std::errc::permission_denied || error.code == std::errc::operation_not_permitted ||
-         error.code == std::errc::file_exists;
+  return !error.consentMissing &&
+         (error.code == std::errc::permission_denied || error.code == std::errc::operation_not_permitted ||
+          error.code == std::errc::file_exists);
 }
 
 // Whether the error says that there is nothing of that name.

@@ -100,6 +100,7 @@ PropertyListDictionary entryFor(const FileReport& file) {
   error.append("code", static_cast<int>(file.cause->code));
   error.append("text", file.cause->text);
   if (!file.cause->cure.empty()) error.append("cure", file.cause->cure);
+  if (file.cause->consentMissing) error.append("consentMissing", true);
   entry.append("error", std::move(error));
   return entry;
 }

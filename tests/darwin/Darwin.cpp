@@ -72,6 +72,13 @@ bool isLockedFolder(int folder, const char* name) {
   return slash && slash != name && (flagsOf(wayTo(folder, std::string(name, slash).c_str())) & kLocks) != 0;
 }
 
+// Nothing can be taken from a folder that is kept from this program.
+bool isGuardedFolder(int folder, const char* name) {
+  const char* slash = std::strrchr(name, '/');
+  const std::string above = slash ? wayTo(folder, std::string(name, slash).c_str()) : wayTo(folder, ".");
+  return getxattr(above.c_str(), kGuarded, nullptr, 0) >= 0;
+}
+
 bool mayNotChange(int folder, const char* name) {
   return isLocked(folder, name) || isLockedFolder(folder, name);
 }
@@ -183,7 +190,8 @@ int makeFolder(int folder, const char* name) {
 
 int renameExclusively(int fromFolder, const char* from, int toFolder, const char* to) {
   if (!volume().renamesExclusively) return fail(ENOTSUP);
-  if (mayNotChange(fromFolder, from) || isLockedFolder(toFolder, to)) return fail(EPERM);
+  if (mayNotChange(fromFolder, from) || isLockedFolder(toFolder, to) || isGuardedFolder(fromFolder, from))
+    return fail(EPERM);
   return renameat2(fromFolder, from, toFolder, to, RENAME_NOREPLACE);
 }
 

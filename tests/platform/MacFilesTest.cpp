@@ -75,11 +75,20 @@ TEST_P(MacFilesTest, TellsWhatPrivacySettingsKeepFromIt) {
   ASSERT_TRUE(metadata.setLocked(folder / "guarded/file", false).ok());
   set(folder / "guarded", "darwin.guarded", "");
   const auto isToldOf = [&](const Error& error) {
-    return error.text.starts_with(folder / "guarded: macOS does not let") && !error.cure.empty();
+    return error.text.starts_with(folder / "guarded: macOS does not let") && !error.cure.empty() &&
+           error.consentMissing && !rightsCouldHelp(error);
   };
   EXPECT_TRUE(isToldOf(files.list(folder / "guarded", Detail::Names).error()));
   EXPECT_TRUE(isToldOf(copy("guarded", "copy", StagedCopy::Existing::Keep).error()));
   EXPECT_TRUE(isToldOf(files.stageCopy({folder.path(), folder.path() + "-copy", {}, Links::DoNotFollow}).error()));
+  EXPECT_TRUE(files.move(folder / "guarded/file", folder / "file").status().error().consentMissing);
+  // What owner, mode or a lock forbid, no consent allows.
+  set(folder / "guarded/file", "darwin.guarded", "");
+  ASSERT_EQ(chmod((folder / "guarded/file").c_str(), 0), 0);
+  EXPECT_EQ(files.read(folder / "guarded/file").error().consentMissing, geteuid() == 0);
+  ASSERT_TRUE(metadata.setLocked(folder / "guarded/file", true).ok());
+  EXPECT_FALSE(files.move(folder / "guarded/file", folder / "file").status().error().consentMissing);
+  ASSERT_TRUE(metadata.setLocked(folder / "guarded/file", false).ok());
 }
 
 TEST_P(MacFilesTest, ALockedItemStaysWhereItIs) {

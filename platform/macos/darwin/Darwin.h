@@ -34,8 +34,11 @@ inline constexpr std::uint32_t kImmutable = 0x2;            // the owner's
 inline constexpr std::uint32_t kAppendOnly = 0x4;           // the owner's
 inline constexpr std::uint32_t kSystemImmutable = 0x20000;  // the system's
 inline constexpr std::uint32_t kSystemAppendOnly = 0x40000;
+inline constexpr std::uint32_t kRestricted = 0x80000;         // the system's own
+inline constexpr std::uint32_t kSystemNoUnlink = 0x100000;
 inline constexpr std::uint32_t kOnlyInCloud = 0x40000000;  // no content here
 inline constexpr std::uint32_t kLocks = kImmutable | kAppendOnly | kSystemImmutable | kSystemAppendOnly;
+inline constexpr std::uint32_t kForbidding = kLocks | kRestricted | kSystemNoUnlink;
 
 struct ItemStatus : ItemLook {
   uid_t owner = 0;

@@ -79,6 +79,29 @@ Status removeEntry(int folder, const std::string& name, const std::string& path,
   return removed == 0 || (errno == ENOENT && depth > 0) ? Status() : systemError(path);
 }
 
+// Whether its owner is who we are, its mode gives us the right, and no such flag forbids it: what is refused then takes
+// a person's consent.
+bool isOpenToUs(int folder, const std::string& name, mode_t right, std::uint32_t forbidding) {
+  ItemStatus status;
+  if (darwin::statusAt(folder, name.c_str(), AtEnd::FollowLink, status) != 0) return errno == EPERM;
+  const bool isOurs = geteuid() == 0 || (status.owner == geteuid() && (status.mode & right) == right);
+  return isOurs && (status.flags & forbidding) == 0;
+}
+
+bool isFolderOpenToUs(const Place& item) {
+  const std::string folder = item.folder.valid() ? "." : paths::parent(item.name);
+  return isOpenToUs(item.at(), folder, S_IWUSR, darwin::kForbidding);
+}
+
+Error consentError(const std::string& path, const char* what) {
+  return {.code = std::errc::operation_not_permitted,
+          .text = path + ": macOS does not let this program " + what,
+          .cure =
+              "Allow the program that Vantory is started from, such as Terminal, or for scheduled backups vantory "
+              "itself: System Settings > Privacy & Security > Full Disk Access.",
+          .consentMissing = true};
+}
+
 // What could not be removed gets its mode back.
 Status removeFolder(int parent, const std::string& name, const std::string& path, const ItemStatus& found, int depth,
                     const RemovalCheck& check) {
@@ -117,10 +140,10 @@ Result<Place> openFolderOf(const std::string& path) {
 }
 
 Error openingError(const std::string& path) {
-  if (errno != EPERM) return systemError(path);
-  return {std::errc::operation_not_permitted, path + ": macOS does not let this program see it",
-          "Allow the program that Vantory is started from, such as Terminal, to see it: System Settings > Privacy & "
-          "Security > Full Disk Access."};
+  Error refused = systemError(path);
+  return refused.code == std::errc::operation_not_permitted && isOpenToUs(AT_FDCWD, path, S_IRUSR, 0)
+             ? consentError(path, "see it")
+             : refused;
 }
 
 Descriptor openBeneath(int folder, const std::string& relative, int flags) {
@@ -191,9 +214,13 @@ Status renameItem(const Place& from, const Place& to, const std::string& path) {
   const auto rename = [&] { return renameKeeping(from.at(), from.name, to.at(), to.name); };
   if (rename() == 0) return {};
   const Error refused = systemError(path);
+  if (refused.code == std::errc::operation_not_permitted && isFolderOpenToUs(from) && isFolderOpenToUs(to) &&
+      isOpenToUs(from.at(), from.name, 0, darwin::kForbidding))
+    return consentError(from.name, "move it");
   ItemStatus status;
-  if (errno != EACCES || darwin::statusAt(from.at(), from.name.c_str(), AtEnd::KeepLink, status) != 0 ||
-      !S_ISDIR(status.mode) || (status.mode & S_IWUSR) != 0 || !openUp(from.at(), from.name, status.mode))
+  if (refused.code != std::errc::permission_denied ||
+      darwin::statusAt(from.at(), from.name.c_str(), AtEnd::KeepLink, status) != 0 || !S_ISDIR(status.mode) ||
+      (status.mode & S_IWUSR) != 0 || !openUp(from.at(), from.name, status.mode))
     return refused;
   const bool renamed = rename() == 0;
   const Error error = systemError(path);

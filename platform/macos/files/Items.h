@@ -16,8 +16,8 @@ namespace vantory::macos {
 Result<Place> locate(const std::string& path);
 // The folder that the path's last component lies in, open. One that may be passed but not read stays a path.
 Result<Place> openFolderOf(const std::string& path);
-// Why an item could not be opened for reading, by errno. Only the system's privacy settings forbid that to its owner as
-// "not permitted": locks do not.
+// Why an item could not be opened for reading, by errno: privacy settings forbid as "not permitted" what owner and mode
+// would let us do.
 Error openingError(const std::string& path);
 // What lies below an open folder, reached without any link. An invalid descriptor leaves errno.
 Descriptor openBeneath(int folder, const std::string& relative, int flags);
