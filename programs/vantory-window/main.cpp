@@ -6,7 +6,7 @@
 #include "platform/Users.h"
 #include "platform/linux/LinuxPlatform.h"
 #include "platform/linux/session/LinuxSingleInstance.h"
-#include "platform/linux/session/LinuxTerminationSignals.h"
+#include "platform/posix/processes/PosixTerminationSignals.h"
 #include "platform/linux/system/LinuxCrashReports.h"
 #include "services/QWLocalPaths.h"
 #include "services/Runtime.h"
@@ -22,6 +22,6 @@ int main(int argumentCount, char** arguments) {
   if (const auto logs = vantory::QWLocalPaths::logDirectory(true); logs && user && logs->starts_with(user->home + "/"))
     vantory::writeCrashReports(vantory::paths::join(*logs, "CrashReporter"), "Vantory");
   vantory::LinuxSingleInstance instance(user ? user->home : "", vantory::displayOfSession());
-  vantory::LinuxTerminationSignals signals;
+  vantory::PosixTerminationSignals signals;
   return vantory::runWindow(argumentCount, arguments, instance, signals, std::cerr);
 }

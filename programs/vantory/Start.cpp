@@ -1,18 +1,38 @@
-// Makes the runtime, and keeps the output and the line of progress apart.
+// Becomes who is to do the work, makes the runtime, and keeps the output and the line of progress apart.
 #include "programs/vantory/Start.h"
+
+#include <unistd.h>
 
 #include <iostream>
 #include <optional>
 
+#include "base/Paths.h"
+#include "platform/posix/homes/HomeOwner.h"
+#include "platform/posix/homes/PosixHomeWorkers.h"
 #include "platform/posix/processes/ProcessCalls.h"
 #include "platform/posix/progress/ProgressLine.h"
+#include "platform/posix/system/PosixSystemInfo.h"
 #include "services/Runtime.h"
 #include "services/threads/MainThread.h"
 #include "tasks/Program.h"
+#include "tasks/Question.h"
+#include "tasks/Refusal.h"
+#include "tasks/homes/HomeTask.h"
+#include "tasks/homes/HomesRun.h"
 
 namespace vantory {
 
-int start(Platform& platform, ProgressLine* line, bool isHomeNamed) {
+namespace {
+
+// Before anything else asks whose files are meant.
+Status workIn(const std::string& home) {
+  const std::string path = paths::absolute(home, PosixSystemInfo({}).workingDirectory());
+  if (getuid() != 0) return adoptHome(path);
+  const auto owner = ownerOfHome(path);
+  return owner ? becomeOwner(*owner) : owner.error();
+}
+
+int runOnTerminal(Platform& platform, ProgressLine* line, bool isHomeNamed) {
   std::optional<BeforeOutput> beforeOutput, beforeErrors;
   // What is printed does not share a row with the line of progress.
   if (line) {
@@ -23,6 +43,42 @@ int start(Platform& platform, ProgressLine* line, bool isHomeNamed) {
   runtime.isHomeNamed = isHomeNamed;
   runtime.shared<MainThread>();
   return runProgram(std::cout, std::cerr, replaceProgram);
+}
+
+// Each home's process has a platform of its own; this one has none.
+int runInMany(const HomeOptions& options, const LendPlatform& lendPlatform) {
+  const std::vector<std::string> arguments = argumentsForEach(options.arguments);
+  // A preview tells which homes the task would pass over.
+  const bool onlyAsks = beginsWithQuestion(options.arguments) && !beginsWithPreview(options.arguments);
+  const auto run = [&] {
+    HomeResult result;
+    lendPlatform(arguments, false, [&](Platform& platform, ProgressLine*) {
+      Runtime runtime(platform);
+      runtime.isHomeNamed = true;
+      runtime.shared<MainThread>();
+      result = runInHome();
+    });
+    return result;
+  };
+  PosixHomeWorkers workers({.run = run, .passesOverBusyHomes = !options.busy && !onlyAsks});
+  const PosixSystemInfo system({});
+  const bool showsProgress = system.hasTerminal();
+  return runHomes(options, system.workingDirectory(), workers,
+                  {std::cin, std::cout, std::cerr, showsProgress ? &std::cerr : nullptr});
+}
+
+}  // namespace
+
+int start(HomeOptions options, const LendPlatform& lendPlatform) {
+  if (options.home && !options.fault)
+    if (const Status status = workIn(*options.home); !status.ok()) options.fault = status.error().text;
+  if (options.fault) return refuseLine(*options.fault, options.arguments, std::cout, std::cerr);
+  if (options.isForMany()) return runInMany(options, lendPlatform);
+  int code = 0;
+  lendPlatform(options.arguments, true, [&](Platform& platform, ProgressLine* line) {
+    code = runOnTerminal(platform, line, options.home.has_value());
+  });
+  return code;
 }
 
 }  // namespace vantory

@@ -14,7 +14,7 @@
 #include <string>
 
 #include "base/Paths.h"
-#include "platform/linux/homes/LinuxHomeWorkers.h"
+#include "platform/posix/homes/PosixHomeWorkers.h"
 #include "platform/posix/processes/PasswordDatabase.h"
 #include "tests/support/ScratchFolder.h"
 
@@ -35,7 +35,7 @@ class HomeWorkersTest : public testing::Test {
   }
   // Does in each home what its name says.
   std::map<std::string, HomeResult> workIn(const std::vector<std::string>& names) {
-    LinuxHomeWorkers workers({.run =
+    PosixHomeWorkers workers({.run =
                                   [] {
                                     const std::string task = paths::lastComponent(std::getenv("HOME"));
                                     if (task == "hang") pause();
@@ -85,7 +85,7 @@ TEST_F(HomeWorkersTest, ADeadFileSystemIsGivenUp) {
   if (getuid() != 0 || unshare(CLONE_NEWNS) != 0 || mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
       mount("dead", dead.c_str(), "fuse", 0, options.c_str()) != 0)
     GTEST_SKIP() << "no file system can be mounted here";
-  LinuxHomeWorkers workers({.run = [] { return HomeResult(); }, .patience = 300ms});
+  PosixHomeWorkers workers({.run = [] { return HomeResult(); }, .patience = 300ms});
   ASSERT_TRUE(workers.start(dead));
   const auto result = workers.next();
   EXPECT_EQ(umount2(dead.c_str(), MNT_DETACH), 0);

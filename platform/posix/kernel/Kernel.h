@@ -38,6 +38,14 @@ void awaitEnd(pid_t child);
 std::span<const char* const> fixedEnvironment();
 std::span<const char* const> inheritedVariables();
 
+// Closes every descriptor of this process from `first` on.
+void closeFrom(int first);
+// For the superuser's process with one thread: from now on it is that user's for good, and no process of the user's
+// may look into it. Groups beside the first are the caller's matter. False, with errno, where it was not possible.
+bool becomeUser(uid_t user, gid_t group);
+// What changes whenever a process of ours has used a processor; empty where that cannot be told.
+std::string workOf(pid_t process);
+
 // Takes one of these signals, which are blocked, off this thread where one is pending.
 void takePending(const sigset_t& set);
 

@@ -2,24 +2,21 @@
 
 #include <unistd.h>
 
-#include <iostream>
+#include <utility>
 
 #include "platform/macos/MacPlatform.h"
 #include "programs/vantory/Start.h"
-#include "tasks/Refusal.h"
-#include "tasks/homes/HomeOptions.h"
 
 int main(int argumentCount, char** arguments) {
-  // The superuser's process would have to become the user at the screen first, which it cannot do yet.
-  if (getuid() == 0 || geteuid() == 0) {
-    std::cerr << "Vantory: On macOS the superuser cannot run this yet. Please run it without \"sudo\", as the user "
-                 "whose files it is to handle. Nothing was done.\n";
-    return 1;
-  }
-  vantory::HomeOptions options = vantory::readHomeOptions({arguments, arguments + argumentCount});
-  if (!options.fault && (options.home || options.isForMany()))
-    options.fault = "Other homes than the user's own cannot be named on macOS yet - nothing was done.";
-  if (options.fault) return vantory::refuseLine(*options.fault, options.arguments, std::cout, std::cerr);
-  vantory::MacPlatform platform(options.arguments, vantory::MacPlatform::Progress::Shown);
-  return vantory::start(platform.platform(), platform.progressLine());
+  using namespace vantory;
+  HomeOptions options = readHomeOptions({arguments, arguments + argumentCount});
+  // What needs the superuser's rights beside a user's cannot be done yet; for a home that is named its owner does all.
+  if (getuid() == 0 && !options.home && !options.isForMany() && !options.fault)
+    options.fault =
+        "On macOS the superuser names the home to work in: \"sudo vantory --home /Users/NAME\" before the "
+        "task - nothing was done.";
+  return start(std::move(options), [](const std::vector<std::string>& all, bool showsProgress, const PlatformUse& use) {
+    MacPlatform platform(all, showsProgress ? MacPlatform::Progress::Shown : MacPlatform::Progress::Hidden);
+    use(platform.platform(), platform.progressLine());
+  });
 }

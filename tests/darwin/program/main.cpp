@@ -4,6 +4,10 @@
 #include "programs/vantory/Start.h"
 
 int main(int argumentCount, char** arguments) {
-  vantory::MacPlatform platform({arguments, arguments + argumentCount}, vantory::MacPlatform::Progress::Shown);
-  return vantory::start(platform.platform(), platform.progressLine());
+  using namespace vantory;
+  return start(readHomeOptions({arguments, arguments + argumentCount}), [](const std::vector<std::string>& all,
+                                                                           bool showsProgress, const PlatformUse& use) {
+    MacPlatform platform(all, showsProgress ? MacPlatform::Progress::Shown : MacPlatform::Progress::Hidden);
+    use(platform.platform(), platform.progressLine());
+  });
 }

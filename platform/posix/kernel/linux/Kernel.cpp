@@ -2,12 +2,14 @@
 #include "platform/posix/kernel/Kernel.h"
 
 #include <fcntl.h>
+#include <sys/prctl.h>
 #include <sys/random.h>
 #include <sys/utsname.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <optional>
@@ -81,6 +83,21 @@ std::span<const char* const> fixedEnvironment() {
 
 std::span<const char* const> inheritedVariables() {
   return kInherited;
+}
+
+void closeFrom(int first) {
+  close_range(static_cast<unsigned>(first), ~0U, 0);
+}
+
+bool becomeUser(uid_t user, gid_t group) {
+  if (setresgid(group, group, group) != 0 || setresuid(user, user, user) != 0) return false;
+  if (setuid(0) == 0 || prctl(PR_SET_DUMPABLE, 0) != 0) std::abort();
+  return true;
+}
+
+std::string workOf(pid_t process) {
+  const auto status = readSmallFile("/proc/" + std::to_string(process) + "/stat", 4096);
+  return status ? *status : "";
 }
 
 void takePending(const sigset_t& set) {

@@ -2,6 +2,7 @@
 #include "platform/posix/kernel/Kernel.h"
 
 #include <fcntl.h>
+#include <libproc.h>
 #include <mach-o/dyld.h>
 #include <sys/event.h>
 #include <sys/mount.h>
@@ -61,6 +62,23 @@ std::span<const char* const> fixedEnvironment() {
 
 std::span<const char* const> inheritedVariables() {
   return kInherited;
+}
+
+void closeFrom(int first) {
+  for (int each = getdtablesize() - 1; each >= first; --each) close(each);
+}
+
+// The superuser's calls change all of a process's identities. One that has changed them cannot be looked into.
+bool becomeUser(uid_t user, gid_t group) {
+  if (setgid(group) != 0 || setuid(user) != 0) return false;
+  if (setuid(0) == 0 || getuid() != user || geteuid() != user || getegid() != group) std::abort();
+  return true;
+}
+
+std::string workOf(pid_t process) {
+  proc_taskinfo info{};
+  if (proc_pidinfo(process, PROC_PIDTASKINFO, 0, &info, sizeof info) != sizeof info) return {};
+  return std::to_string(info.pti_total_user + info.pti_total_system);
 }
 
 void takePending(const sigset_t& set) {

@@ -1,10 +1,9 @@
 // Finds the owner of a home, and becomes that user.
-#include "platform/linux/homes/HomeOwner.h"
+#include "platform/posix/homes/HomeOwner.h"
 
 #include <fcntl.h>
 #include <grp.h>
 #include <sys/ioctl.h>
-#include <sys/prctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -12,6 +11,7 @@
 #include <climits>
 #include <csignal>
 #include <cstdlib>
+#include <cstring>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -22,6 +22,8 @@
 #include "platform/posix/files/Errors.h"
 #include "platform/posix/kernel/Kernel.h"
 #include "platform/posix/processes/PasswordDatabase.h"
+
+extern "C" char** environ;  // which not every system's headers declare
 
 namespace vantory {
 
@@ -58,7 +60,9 @@ void takeEnvironmentOf(const HomeOwner& owner) {
   std::vector<std::pair<std::string, std::string>> kept;
   for (const char* name : {"TERM", "TZ"})
     if (const char* value = std::getenv(name)) kept.emplace_back(name, value);
-  clearenv();
+  std::vector<std::string> names;
+  for (char** each = environ; each && *each; ++each) names.emplace_back(*each, std::strcspn(*each, "="));
+  for (const std::string& name : names) unsetenv(name.c_str());
   for (const std::string assignment : kernel::fixedEnvironment()) {
     const std::size_t end = assignment.find('=');
     setenv(assignment.substr(0, end).c_str(), assignment.c_str() + end + 1, 1);
@@ -109,10 +113,8 @@ Result<HomeOwner> ownerOfHome(const std::string& home) {
 Status becomeOwner(const HomeOwner& owner) {
   const User& user = owner.user;
   if (const Status left = leaveTerminal(); !left) return left;
-  if (initgroups(owner.name.c_str(), user.group) != 0 || setresgid(user.group, user.group, user.group) != 0 ||
-      setresuid(user.id, user.id, user.id) != 0)
+  if (initgroups(owner.name.c_str(), user.group) != 0 || !kernel::becomeUser(user.id, user.group))
     return systemError(owner.name);
-  if (setuid(0) == 0 || prctl(PR_SET_DUMPABLE, 0) != 0) std::abort();
   takeEnvironmentOf(owner);
   takeRuntimeFolderOf(owner);
   umask(S_IWGRP | S_IWOTH);

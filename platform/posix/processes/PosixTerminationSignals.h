@@ -6,9 +6,9 @@
 
 namespace vantory {
 
-class LinuxTerminationSignals : public TerminationSignals {
+class PosixTerminationSignals : public TerminationSignals {
  public:
-  ~LinuxTerminationSignals() override;
+  ~PosixTerminationSignals() override;
 
   int startReporting() override;
   void stopReporting() override;

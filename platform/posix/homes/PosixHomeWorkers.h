@@ -1,4 +1,4 @@
-// Homes on Linux: a copy of this process for each, which becomes the owner before it looks into the home.
+// A copy of this process for each, which becomes the owner before it looks into the home.
 #pragma once
 
 #include <sys/types.h>
@@ -8,8 +8,8 @@
 #include <list>
 
 #include "platform/HomeWorkers.h"
-#include "platform/linux/session/LinuxTerminationSignals.h"
 #include "platform/posix/files/Descriptor.h"
+#include "platform/posix/processes/PosixTerminationSignals.h"
 
 namespace vantory {
 
@@ -24,9 +24,9 @@ struct HomeWork {
 };
 
 // While this exists the process has one thread only.
-class LinuxHomeWorkers : public HomeWorkers {
+class PosixHomeWorkers : public HomeWorkers {
  public:
-  explicit LinuxHomeWorkers(HomeWork work);
+  explicit PosixHomeWorkers(HomeWork work);
 
   Result<std::vector<std::string>> homesMatching(const std::string& pattern) override;
   Status start(const std::string& home) override;
@@ -40,7 +40,7 @@ class LinuxHomeWorkers : public HomeWorkers {
     Descriptor answer;                               // what it says
     std::chrono::steady_clock::time_point deadline;  // by when it must have got on
     std::string said = {};
-    std::string state = {};  // what the kernel said of it at the last deadline
+    std::string work = {};  // what the kernel said of its work at the last deadline
     bool isAtEnd = false;
   };
 
@@ -53,7 +53,7 @@ class LinuxHomeWorkers : public HomeWorkers {
 
   const HomeWork work_;
   std::list<Worker> workers_;
-  LinuxTerminationSignals signals_;
+  PosixTerminationSignals signals_;
   bool isReporting_ = false;
   int endRequest_ = -1;  // until the first home is begun, and when it was heard
 };

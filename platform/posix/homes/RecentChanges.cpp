@@ -1,5 +1,5 @@
 // Looks at the dates of files where applications keep their preferences.
-#include "platform/linux/homes/RecentChanges.h"
+#include "platform/posix/homes/RecentChanges.h"
 
 #include <dirent.h>
 #include <fcntl.h>

@@ -1,5 +1,5 @@
 // Forks a process for each home, and listens to all of them.
-#include "platform/linux/homes/LinuxHomeWorkers.h"
+#include "platform/posix/homes/PosixHomeWorkers.h"
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -22,10 +22,9 @@
 
 #include "base/ExitCodes.h"
 #include "base/Paths.h"
-#include "platform/linux/homes/HomeOwner.h"
-#include "platform/linux/homes/RecentChanges.h"
 #include "platform/posix/files/Errors.h"
-#include "platform/posix/files/SmallFiles.h"
+#include "platform/posix/homes/HomeOwner.h"
+#include "platform/posix/homes/RecentChanges.h"
 #include "platform/posix/kernel/Kernel.h"
 #include "platform/posix/processes/PasswordDatabase.h"
 #include "platform/posix/processes/ProcessCalls.h"
@@ -108,7 +107,7 @@ void detach(Descriptor& answer) {
   for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) dup2(null, stream);
   // Neither is among the standard streams, which are never closed.
   dup2(answer.release(), kAnswer);
-  close_range(kAnswer + 1, ~0U, 0);
+  kernel::closeFrom(kAnswer + 1);
   answer = Descriptor(kAnswer);
   fcntl(kAnswer, F_SETFD, FD_CLOEXEC);
 }
@@ -136,13 +135,13 @@ HomeResult passedOver(int exitCode, std::string why) {
 
 }  // namespace
 
-LinuxHomeWorkers::LinuxHomeWorkers(HomeWork work) : work_(std::move(work)) {
+PosixHomeWorkers::PosixHomeWorkers(HomeWork work) : work_(std::move(work)) {
   fillStandardStreams();
   std::signal(SIGPIPE, SIG_IGN);  // a reader that has gone ends nothing
 }
 
 // Only the folder above the homes is opened, and nothing in it is looked at: that may be dead, or somebody's trap.
-Result<std::vector<std::string>> LinuxHomeWorkers::homesMatching(const std::string& pattern) {
+Result<std::vector<std::string>> PosixHomeWorkers::homesMatching(const std::string& pattern) {
   const std::string path = paths::normalized(pattern);
   const std::string folder = paths::parent(path), name = paths::lastComponent(path);
   constexpr const char* kPatterns = "*?[";
@@ -164,22 +163,23 @@ Result<std::vector<std::string>> LinuxHomeWorkers::homesMatching(const std::stri
 }
 
 // While homes are only looked for, a signal ends the program as by default: the folder above may be dead.
-Status LinuxHomeWorkers::start(const std::string& home) {
+Status PosixHomeWorkers::start(const std::string& home) {
   if (!isReporting_) endRequest_ = signals_.startReporting();
   isReporting_ = true;
-  std::array<int, 2> ends{};
-  if (pipe2(ends.data(), O_CLOEXEC) != 0) return systemError(home);
-  Descriptor here(ends[0]), there(ends[1]);
+  kernel::Pipe pipe;
+  if (const int failure = kernel::openPipe(pipe); failure != 0) return systemError(home, failure);
   const pid_t process = fork();
   if (process < 0) return systemError(home);
-  if (process == 0) workIn(home, std::move(there));
-  workers_.push_back(
-      {.home = home, .process = process, .answer = std::move(here), .deadline = Steady::now() + work_.patience});
+  if (process == 0) workIn(home, std::move(pipe.writeEnd));
+  workers_.push_back({.home = home,
+                      .process = process,
+                      .answer = std::move(pipe.readEnd),
+                      .deadline = Steady::now() + work_.patience});
   return {};
 }
 
 // The copy of the process: it never returns to what it is a copy of.
-void LinuxHomeWorkers::workIn(const std::string& home, Descriptor answer) const {
+void PosixHomeWorkers::workIn(const std::string& home, Descriptor answer) const {
   try {
     detach(answer);
     std::string owner, said;
@@ -203,7 +203,7 @@ void LinuxHomeWorkers::workIn(const std::string& home, Descriptor answer) const 
   _exit(0);
 }
 
-std::optional<HomeResult> LinuxHomeWorkers::next() {
+std::optional<HomeResult> PosixHomeWorkers::next() {
   while (true) {
     for (auto worker = workers_.begin(); worker != workers_.end(); ++worker)
       if (auto result = resultOf(*worker)) {
@@ -220,7 +220,7 @@ std::optional<HomeResult> LinuxHomeWorkers::next() {
 }
 
 // Until one says something, must be looked after, or the program is asked to end.
-void LinuxHomeWorkers::listen() {
+void PosixHomeWorkers::listen() {
   std::vector<pollfd> sources{{endRequest_, POLLIN, 0}};
   auto deadline = Steady::time_point::max();
   for (const Worker& worker : workers_) {
@@ -234,7 +234,7 @@ void LinuxHomeWorkers::listen() {
     if ((source++)->revents != 0) read(worker);
 }
 
-void LinuxHomeWorkers::read(Worker& worker) {
+void PosixHomeWorkers::read(Worker& worker) {
   std::array<char, 65536> bytes;
   const ssize_t length = uninterrupted([&] { return ::read(worker.answer.get(), bytes.data(), bytes.size()); });
   if (length <= 0 || worker.said.size() > kMostSaid) {
@@ -245,7 +245,7 @@ void LinuxHomeWorkers::read(Worker& worker) {
   worker.said.append(bytes.data(), static_cast<std::size_t>(length));
 }
 
-std::optional<HomeResult> LinuxHomeWorkers::resultOf(Worker& worker) {
+std::optional<HomeResult> PosixHomeWorkers::resultOf(Worker& worker) {
   HomeResult result{.home = worker.home, .owner = {}, .exitCode = kDoneInPart};
   if (!worker.isAtEnd) {
     if (Steady::now() < worker.deadline || !standsStill(worker)) return std::nullopt;
@@ -270,11 +270,11 @@ std::optional<HomeResult> LinuxHomeWorkers::resultOf(Worker& worker) {
 
 // One that was not even begun has had its time. What works uses the processor now and then, also where the disk is
 // slow.
-bool LinuxHomeWorkers::standsStill(Worker& worker) const {
+bool PosixHomeWorkers::standsStill(Worker& worker) const {
   if (worker.said.empty()) return true;
-  const auto status = readSmallFile("/proc/" + std::to_string(worker.process) + "/stat", 4096);
-  const bool stands = status && *status == worker.state;
-  if (status) worker.state = *status;
+  const std::string work = kernel::workOf(worker.process);
+  const bool stands = !work.empty() && work == worker.work;
+  if (!work.empty()) worker.work = work;
   worker.deadline = Steady::now() + work_.patienceWithWork;
   return stands;
 }

@@ -1,11 +1,14 @@
-// Termination signals on Linux: the handler writes one byte into a pipe.
-#include "platform/linux/session/LinuxTerminationSignals.h"
+// Termination signals: the handler writes one byte into a pipe.
+#include "platform/posix/processes/PosixTerminationSignals.h"
 
 #include <fcntl.h>
 #include <unistd.h>
 
 #include <array>
 #include <csignal>
+#include <utility>
+
+#include "platform/posix/kernel/Kernel.h"
 
 namespace vantory {
 
@@ -38,21 +41,23 @@ void setHandlers(void (*handler)(int)) {
 
 }  // namespace
 
-LinuxTerminationSignals::~LinuxTerminationSignals() {
+PosixTerminationSignals::~PosixTerminationSignals() {
   stopReporting();
 }
 
-int LinuxTerminationSignals::startReporting() {
-  std::array<int, 2> ends{};
-  if (pipe2(ends.data(), O_CLOEXEC | O_NONBLOCK) != 0) return -1;
-  read_ = Descriptor(ends[0]);
-  write_ = Descriptor(ends[1]);
+int PosixTerminationSignals::startReporting() {
+  kernel::Pipe pipe;
+  if (kernel::openPipe(pipe) != 0) return -1;
+  for (const Descriptor* end : {&pipe.readEnd, &pipe.writeEnd})
+    if (fcntl(end->get(), F_SETFL, O_NONBLOCK) != 0) return -1;
+  read_ = std::move(pipe.readEnd);
+  write_ = std::move(pipe.writeEnd);
   reportTo = write_.get();
   setHandlers(report);
   return read_.get();
 }
 
-void LinuxTerminationSignals::stopReporting() {
+void PosixTerminationSignals::stopReporting() {
   if (!read_.valid()) return;
   setHandlers(SIG_DFL);
   read_ = {};
