@@ -21,6 +21,8 @@ class SystemTools {
   // Makes an application known to the desktop, or what it can do known anew. None for what the desktop does not know
   // applications by.
   virtual std::optional<ToolCall> registerApplication(const std::string& application) const = 0;
+  // Has the file manager look at an item anew. None where it sees changes by itself.
+  virtual std::optional<ToolCall> refreshView(const std::string& item) const = 0;
 };
 
 }  // namespace vantory

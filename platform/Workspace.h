@@ -31,6 +31,9 @@ class Workspace {
   virtual Status openFile(const std::string& path, const std::string& bundleIdentifier) = 0;
   // Brings a running application to the front where the desktop lets others do that.
   virtual Status activateApplication(const std::string& bundleIdentifier) = 0;
+  // Runs a text in the desktop's own scripting language, which must be the program's own, and waits for its end. Fails
+  // with not_supported where there is none.
+  virtual Status runScript(const std::string& script) = 0;
 };
 
 }  // namespace vantory

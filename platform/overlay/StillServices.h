@@ -45,6 +45,7 @@ class StillWorkspace : public Workspace {
   Status launchApplication(const std::string&) override { return leftInPeace(); }
   Status openFile(const std::string&, const std::string&) override { return leftInPeace(); }
   Status activateApplication(const std::string&) override { return leftInPeace(); }
+  Status runScript(const std::string&) override { return leftInPeace(); }
 
  private:
   const Workspace& desktop_;

@@ -117,6 +117,8 @@ class QWFileManager {
   static Status compressFile(const std::string& source, const std::string& toDestinationFile);
   // Makes the application that the path stands for known to the desktop, also when it has changed.
   static Status registerApplicationWithLaunchServices(const std::string& path);
+  // Asks the file manager to show an item as it is now, where it does not see that by itself. Waits for no answer.
+  static void notifyFileSystemChanged(const std::string& path);
 
   // Whole folders (QWFileManagerFolders.cpp).
   // Ends with the first entry that fails.

@@ -68,4 +68,8 @@ Status QWFileManager::registerApplicationWithLaunchServices(const std::string& p
   return Error{std::errc::io_error, path + " could not be registered by " + call->tool};
 }
 
+void QWFileManager::notifyFileSystemChanged(const std::string& path) {
+  if (const auto call = platform().tools.refreshView(path)) (void)QWTask::runTask(call->tool, call->arguments);
+}
+
 }  // namespace vantory

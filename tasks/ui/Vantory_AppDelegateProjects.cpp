@@ -119,9 +119,13 @@ void Vantory_AppDelegate::activateApplicationWithName(const std::string& name) {
   (void)workspace().activateApplication(name);
 }
 
-bool Vantory_AppDelegate::executeApplescript(const std::string&) {
-  QWLog::appendLog("Unable to send keystrokes to another application on this system");
-  return false;
+bool Vantory_AppDelegate::executeApplescript(const std::string& script) {
+  const Status ran = workspace().runScript(script);
+  if (!ran && ran.error().code == std::errc::not_supported)
+    QWLog::appendLog("Unable to send keystrokes to another application on this system");
+  else if (!ran)
+    QWLog::appendLog("Unable to send keystrokes to another application: %@", ran.error().text);
+  return ran.ok();
 }
 
 }  // namespace vantory

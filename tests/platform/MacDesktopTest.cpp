@@ -51,6 +51,14 @@ class MacDesktopTest : public ::testing::Test {
   std::vector<std::unique_ptr<Process>> started_;
 };
 
+TEST_F(MacDesktopTest, AScriptIsRunAsItIs) {
+  tools_.put("/usr/bin/osascript", "");
+  ASSERT_TRUE(workspace_.runScript("tell application \"Motion\" to activate"));
+  EXPECT_EQ(tools_.calls(), "osascript -e tell application \"Motion\" to activate\n");
+  tools_.put("/usr/bin/osascript", "echo 'not allowed to send keystrokes. (1002)' >&2; exit 1");
+  EXPECT_THAT(workspace_.runScript("x").error().text, ::testing::HasSubstr("(1002)"));
+}
+
 TEST_F(MacDesktopTest, AnApplicationRunsWhereItsMainProgramDoes) {
   tools_.answer("");
   describe("Final Cut Pro.app", "com.example.FinalCut");

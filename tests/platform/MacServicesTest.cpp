@@ -5,6 +5,7 @@
 #include "platform/macos/files/MacFileSystem.h"
 #include "platform/macos/system/MacCrashReports.h"
 #include "platform/macos/system/MacStandardFolders.h"
+#include "platform/macos/system/MacSystemTools.h"
 #include "platform/macos/system/MacUsers.h"
 #include "tests/support/EnvironmentChange.h"
 #include "tests/support/ScratchFolder.h"
@@ -38,6 +39,14 @@ TEST(MacFoldersTest, BackupsOfLinuxFit) {
     EXPECT_EQ(mac.localFolder(folder), other.localFolder(folder));
   }
   EXPECT_EQ(mac.userFolder(StandardFolder::Trash, "/home"), "/home/.Trash");
+}
+
+TEST(MacSystemToolsTest, WhatTheFinderIsToShowIsNoPartOfTheScript) {
+  const auto call = MacSystemTools().refreshView("/a\" & \"b");
+  ASSERT_TRUE(call);
+  EXPECT_EQ(call->tool, "/usr/bin/osascript");
+  ASSERT_EQ(call->arguments.size(), 3u);
+  EXPECT_EQ(call->arguments[0] + call->arguments[2], "-e/a\" & \"b");
 }
 
 TEST(MacCrashReportsTest, ThoseOfHelpersAreNotTheProgramsOwn) {

@@ -173,11 +173,17 @@ class FakeWorkspace : public Workspace {
     activated.push_back(identifier);
     return Status();
   }
+  Status runScript(const std::string& script) override {
+    scripts.push_back(script);
+    return scriptAnswer;
+  }
 
   std::vector<std::string> running;     // one entry for each copy
   std::optional<Error> runningFailure;  // why it cannot be told what runs
   bool canBeAsked = true;               // to quit
   std::vector<std::string> activated;
+  std::vector<std::string> scripts;
+  Status scriptAnswer = Error{std::errc::not_supported, "no scripts"};
   std::map<std::string, std::string> paths;                 // of installed applications, by bundle identifier
   std::vector<std::pair<std::string, std::string>> opened;  // path and bundle identifier
   std::vector<std::string> quitRequests;                    // bundle identifiers

@@ -75,6 +75,10 @@ Status LinuxWorkspace::activateApplication(const std::string& bundleIdentifier) 
   return statusOf(helper_.ask({"activate", bundleIdentifier}, kPatience));
 }
 
+Status LinuxWorkspace::runScript(const std::string&) {
+  return Error{std::errc::not_supported, "This desktop knows no scripts."};
+}
+
 // Where nothing can run, the helper need not be started.
 bool LinuxWorkspace::mayRun(const std::string& bundleIdentifier) const {
   const std::optional<User> user = users_.isSuperuser() ? users_.consoleUser() : users_.processUser();

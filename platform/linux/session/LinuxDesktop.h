@@ -28,6 +28,7 @@ class LinuxWorkspace : public Workspace {
   Status launchApplication(const std::string& bundleIdentifier) override;
   Status openFile(const std::string& path, const std::string& bundleIdentifier) override;
   Status activateApplication(const std::string& bundleIdentifier) override;
+  Status runScript(const std::string& script) override;
 
  private:
   bool mayRun(const std::string& bundleIdentifier) const;

@@ -11,6 +11,7 @@ class LinuxSystemTools : public SystemTools {
   ToolCall zip(const std::string& item, const std::string& archive) const override;
   // An application is known by its desktop entry: the index of the folder that holds the entry is brought up to date.
   std::optional<ToolCall> registerApplication(const std::string& application) const override;
+  std::optional<ToolCall> refreshView(const std::string&) const override { return std::nullopt; }
 };
 
 }  // namespace vantory

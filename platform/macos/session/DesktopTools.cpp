@@ -30,6 +30,10 @@ Status openByTool(const std::vector<std::string>& arguments) {
   return ask("/usr/bin/open", arguments, kPatienceForStart).status();
 }
 
+Status runDesktopScript(const std::string& script, seconds patience) {
+  return ask("/usr/bin/osascript", {"-e", script}, patience).status();
+}
+
 // The question's name comes first, so that no argument of it is taken for an option.
 Result<std::string> askDesktop(const std::string& question, const std::vector<std::string>& arguments,
                                seconds patience) {

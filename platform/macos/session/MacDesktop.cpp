@@ -88,6 +88,10 @@ Status MacWorkspace::activateApplication(const std::string& bundleIdentifier) {
                : errorWithText(std::errc::no_such_process, bundleIdentifier, "does not run");
 }
 
+Status MacWorkspace::runScript(const std::string& script) {
+  return runDesktopScript(script, kPatience);
+}
+
 Status MacDocuments::open(const std::string& pathOrAddress) {
   if (!isAddress(pathOrAddress))
     if (Status full = refuseRelative(pathOrAddress); !full) return full;

@@ -29,6 +29,7 @@ class MacWorkspace : public Workspace {
   Status launchApplication(const std::string& bundleIdentifier) override;
   Status openFile(const std::string& path, const std::string& bundleIdentifier) override;
   Status activateApplication(const std::string& bundleIdentifier) override;
+  Status runScript(const std::string& script) override;
 
  private:
   // The processes of the user's that are copies of it.

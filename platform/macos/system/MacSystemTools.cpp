@@ -15,4 +15,16 @@ std::optional<ToolCall> MacSystemTools::registerApplication(const std::string& a
       {"-f", application}};
 }
 
+// The item is no part of the script.
+std::optional<ToolCall> MacSystemTools::refreshView(const std::string& item) const {
+  constexpr const char* kScript =
+      "on run arguments\n"
+      "set changed to POSIX file (item 1 of arguments) as alias\n"
+      "ignoring application responses\n"
+      "tell application id \"com.apple.finder\" to update changed\n"
+      "end ignoring\n"
+      "end run";
+  return ToolCall{"/usr/bin/osascript", {"-e", kScript, item}};
+}
+
 }  // namespace vantory

@@ -11,6 +11,8 @@ class MacSystemTools : public SystemTools {
   ToolCall zip(const std::string& item, const std::string& archive) const override;
   // An application is a bundle, known to the launch services.
   std::optional<ToolCall> registerApplication(const std::string& application) const override;
+  // By an event to the Finder, which no answer is waited for.
+  std::optional<ToolCall> refreshView(const std::string& item) const override;
 };
 
 }  // namespace vantory

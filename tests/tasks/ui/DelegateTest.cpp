@@ -58,6 +58,7 @@ TEST_F(DelegateTest, AProjectBringsTheBackupItIsLinkedToOrElseFinalCutProsSettin
   EXPECT_EQ(secondsFor([&] { EXPECT_THAT(open(kProject), Contains(kKeystroke)); }), 8) << "it has to start first";
   fakes_.workspace.running = {"com.apple.FinalCutPro"};
   EXPECT_EQ(secondsFor([&] { open(kProject); }), 2);
+  EXPECT_EQ(fakes_.workspace.scripts.size(), 2u);
   fakes_.workspace.paths["com.apple.motion"] = "/share/com.apple.motion.desktop";
   EXPECT_THAT(open("/films/title.motn"), Not(Contains(kKeystroke)));
 
