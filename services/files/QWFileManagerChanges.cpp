@@ -4,6 +4,7 @@
 #include "base/Paths.h"
 #include "base/Text.h"
 #include "platform/Clock.h"
+#include "platform/PrivilegedRunner.h"
 #include "services/QWLocalPaths.h"
 #include "services/Runtime.h"
 #include "services/TaskReport.h"
@@ -66,9 +67,10 @@ struct Attempt {
   bool unlocked = false;   // what was trashed had to be
 };
 
-// A task of the command line asks nobody for administrator rights.
+// A task of the command line asks nobody for administrator rights, and not every platform has a use for them.
 Error withCure(Error cause) {
-  if (cause.cure.empty() && onlyRightsAreMissing(cause) && !authorization().canAuthorize())
+  const bool haveUse = Runtime::current().platform().privileged.knows(kMachineSettingTool);
+  if (cause.cure.empty() && onlyRightsAreMissing(cause) && haveUse && !authorization().canAuthorize())
     cause.cure = "An administrator can do it: run the same task with sudo.";
   return cause;
 }

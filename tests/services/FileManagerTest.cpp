@@ -4,6 +4,7 @@
 
 #include <filesystem>
 
+#include "services/files/QWAuthorization.h"
 #include "services/tools/QWTask.h"
 #include "tests/services/ServicesTest.h"
 
@@ -26,6 +27,17 @@ class FileManagerTest : public ServicesTest {
   const std::string a_ = home_ / "a.plist";
   const std::string b_ = home_ / "b.plist";
 };
+
+TEST_F(FileManagerTest, NamesAdministratorsWhereTheyCanHelp) {
+  QWAuthorization::sharedController(false);
+  for (const bool help : {true, false}) {
+    fakes_.privileged.hasTools = help;
+    files_.fail(Operation::Remove, std::errc::permission_denied, FaultyFileSystem::kEveryCall);
+    const Status removed = Manager::removeFile(a_, true);
+    ASSERT_FALSE(removed.ok());
+    EXPECT_EQ(removed.error().cure.empty(), !help);
+  }
+}
 
 TEST_F(FileManagerTest, FindsFreeNames) {
   EXPECT_EQ(Manager::uniqueFilename(b_), b_);

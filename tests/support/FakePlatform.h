@@ -123,13 +123,14 @@ class FakePrivilegedRunner : public PrivilegedRunner {
   void release() override { authorized = false; }
   bool isAuthorized() const override { return authorized; }
   bool knows(const std::string& tool) const override {
-    return tool == kMachineSettingTool || tool.starts_with("/usr/sbin/");
+    return hasTools && (tool == kMachineSettingTool || tool.starts_with("/usr/sbin/"));
   }
   int run(const std::string& tool, const std::vector<std::string>& arguments) override {
     calls.push_back({tool, arguments});
     return behaviour(calls.back());
   }
 
+  bool hasTools = true;
   bool grants = true;  // the answer to the next request
   bool authorized = false;
   int requests = 0;
