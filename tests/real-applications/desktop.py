@@ -69,8 +69,12 @@ def click(application, role, name):
     """With the mouse, where pressing it would only tick it."""
     assert shows(application, role, name), f'no {role} "{name}"'
     place = subprocess.run([sys.executable, LOOK, application, role, name, 'where'], capture_output=True, text=True)
-    subprocess.run(['xdotool', 'mousemove', *place.stdout.split(), 'click', '1'], check=True)
-    time.sleep(0.5)
+    click_at(*place.stdout.split())
+
+
+def click_at(x, y):
+    subprocess.run(['xdotool', 'mousemove', str(x), str(y), 'sleep', '0.5', 'click', '1'], check=True)
+    time.sleep(1)
 
 
 def menu(application, name):
@@ -87,7 +91,7 @@ def search(title):
 
 
 def focus(title):
-    subprocess.run(['xdotool', 'search', '--onlyvisible', '--name', title, 'windowfocus', '--sync'], check=True)
+    subprocess.run(['xdotool', 'search', '--onlyvisible', '--name', title, 'windowactivate', '--sync'], check=True)
 
 
 def key(*keys):
@@ -98,6 +102,12 @@ def key(*keys):
 def write(text):
     subprocess.run(['xdotool', 'type', '--delay', '50', text], check=True)
     time.sleep(0.5)
+
+
+def pixels(place):
+    """How light the display is there, a byte each; WIDTHxHEIGHT+X+Y."""
+    return subprocess.run(['import', '-window', 'root', '-crop', place, '-depth', '8', 'gray:-'], check=True,
+                          capture_output=True).stdout
 
 
 def picture(path):
