@@ -13,12 +13,11 @@ FILE = '.config/blender/3.4/config/userpref.blend'
 
 ALL = '1280x900+0+0'
 EMPTY = '1x1+1000+790'  # of the scene, beside what lies over it
-MIDDLE = '400x100+420+410'  # where it asks
-THEME, LIGHT, NEXT = (680, 632), (668, 675), (795, 674)  # of its first question
+QUESTION = '1x1+410+515'  # of the dark box in which it asks about work
+GREETING = '1x1+400+690'  # of the dark box of its first question
+THEME, LIGHT, NEXT = (680, 632), (668, 675), (795, 674)  # in it
 THEMES = '100x20+610+720'  # once they are listed
-DONT_SAVE, CANCEL = (545, 498), (695, 498)
-
-scene = b''
+DONT_SAVE, CANCEL = (545, 498), (695, 498)  # in it
 
 
 def colour():
@@ -62,47 +61,56 @@ def has_users_settings():
 
 def dismiss_greeting():
     focus('^Blender')
-    click_at(1000, 790)
     key('Escape')
 
 
 def change_a_setting():
+    assert wait_until(lambda: pixels(GREETING)[0] < 30)
     unlisted = pixels(THEMES)
     repeat(lambda: click_at(*THEME), lambda: pixels(THEMES) != unlisted)
     repeat(lambda: click_at(*LIGHT), is_light)
     repeat(lambda: click_at(*NEXT), (pathlib.Path.home() / FILE).exists)
-    dismiss_greeting()
+
+
+def save():
+    key('ctrl+s')
+    if window('^Blender File View', seconds=10):
+        click_at(700, 600)  # a key goes to what the mouse is over
+        key('Return')
 
 
 def work():
     """A second cube, in a file that has one."""
-    global scene
-    repeat(lambda: key('ctrl+s'), lambda: search('^Blender File View'))
-    repeat(lambda: key('Return'), (pathlib.Path.home() / 'untitled.blend').exists)
+    repeat(save, (pathlib.Path.home() / 'untitled.blend').exists)
     focus('^Blender')
-    click_at(1000, 790)
     repeat(lambda: key('shift+d', 'Return'), lambda: search('^Blender\\*'))
-    time.sleep(2)
-    scene = pixels(MIDDLE)
 
 
 def has_unsaved_work():
     return window('^Blender\\*')
 
 
-def asks_about_work():
+def asks():
     focus('^Blender\\*')
-    return wait_until(lambda: pixels(MIDDLE) != scene)
+    return pixels(QUESTION)[0] < 30 < colour()
+
+
+def asks_about_work():
+    return wait_until(asks)
 
 
 def keep_on_working():
-    click_at(*CANCEL)
-    assert wait_until(lambda: pixels(MIDDLE) == scene)
+    repeat(lambda: click_at(*CANCEL), lambda: not asks())
 
 
 def discard_work():
-    click_at(*DONT_SAVE)
+    repeat(lambda: click_at(*DONT_SAVE), lambda: not search('^Blender\\*'))
+
+
+def ask_to_quit():
+    dismiss_greeting()
+    key('ctrl+q')
 
 
 def quit():
-    key('ctrl+q')
+    repeat(ask_to_quit, lambda: not search('^Blender'))
