@@ -2,7 +2,7 @@
 include(ExternalProject)
 find_package(Python3 REQUIRED COMPONENTS Interpreter)
 
-# The window, which no program has yet, and its rooms are compiled for one processor: that shows that they know no system.
+# The tests, the window, which no program has yet, and its rooms are compiled for one processor: that shows that they know no system.
 set(targets_aarch64 all)
 set(targets_x86_64 vantory vantory-due)
 
@@ -47,3 +47,16 @@ add_custom_target(archive ALL
   COMMAND ${CMAKE_COMMAND} -E chdir ${stage} ${CMAKE_COMMAND} -E tar czf ${CMAKE_BINARY_DIR}/${name}.tar.gz ${name}
   VERBATIM)
 add_dependencies(archive universal)
+
+# And tests to run there, for Apple's processor.
+if(EXISTS /usr/src/googletest)
+  set(tests ${name}-tests)
+  add_custom_target(tests_archive ALL
+    COMMAND ${CMAKE_COMMAND} -E rm -rf ${stage}/${tests}
+    COMMAND ${CMAKE_COMMAND} -E make_directory ${stage}/${tests}
+    COMMAND ${CMAKE_COMMAND} -E copy ${CMAKE_BINARY_DIR}/aarch64/base_tests ${CMAKE_BINARY_DIR}/aarch64/platform_tests
+            ${CMAKE_SOURCE_DIR}/packaging/macos/run-tests.sh ${stage}/${tests}
+    COMMAND ${CMAKE_COMMAND} -E chdir ${stage} ${CMAKE_COMMAND} -E tar czf ${CMAKE_BINARY_DIR}/${tests}.tar.gz ${tests}
+    VERBATIM)
+  add_dependencies(tests_archive archive)
+endif()

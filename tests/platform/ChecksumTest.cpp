@@ -1,38 +1,12 @@
 // Checksums that copies carry: those of the bytes in the copy, and a reason not to copy what is damaged.
-#include <gtest/gtest.h>
-#include <sched.h>
-#include <sys/mount.h>
-#include <sys/xattr.h>
-#include <unistd.h>
+#include "tests/platform/ChecksumTest.h"
 
 #include <filesystem>
-
-#include "tests/platform/Disks.h"
-#include "tests/support/ScratchFolder.h"
 
 namespace vantory::test {
 namespace {
 
-class ChecksumTest : public testing::TestWithParam<Disk> {
- protected:
-  Status copy(const std::string& from, const std::string& to, CopyChecksum checksum, CopyObserver observer = {}) {
-    auto staged = files->stageCopy({.source = from, .destination = to, .observer = observer, .checksum = checksum});
-    return staged ? (*staged)->commit(StagedCopy::Existing::Keep) : staged.error();
-  }
-  FileChecksum checksumOf(const std::string& path) {
-    return *(*checksums->ofFolder(folder.path()))->ofFile(path.substr(folder.path().size() + 1));
-  }
-  static void carry(const std::string& path, const std::string& text) {
-    ASSERT_EQ(setxattr(path.c_str(), GetParam().attribute(kChecksumAttribute).c_str(), text.data(), text.size(), 0), 0);
-  }
-
-  ScratchFolder folder;
-  const EmulatedVolume volume{GetParam()};
-  const std::unique_ptr<FileSystem> files = GetParam().files();
-  const std::unique_ptr<Checksums> checksums = GetParam().checksums();
-};
-
-INSTANTIATE_TEST_SUITE_P(On, ChecksumTest, testing::ValuesIn(kDisks), nameOfDisk);
+INSTANTIATE_TEST_SUITE_P(On, ChecksumTest, testing::ValuesIn(disks()), nameOfDisk);
 
 TEST_P(ChecksumTest, ACopyCarriesWhatItsBytesAre) {
   writeFile(folder / "from/small", "hello\n");
@@ -67,7 +41,7 @@ TEST_P(ChecksumTest, WhatIsDamagedIsNotCopied) {
   ASSERT_TRUE(copy(folder / "live", folder / "kept", CopyChecksum::Make).ok());
   writeFile(folder / "kept/flipped", "Flipped");
   carry(folder / "kept/long", std::string(300, 'a'));
-  removexattr((folder / "kept/without").c_str(), GetParam().attribute(kChecksumAttribute).c_str());
+  ASSERT_TRUE(GetParam().setAttribute(folder / "kept/without", kChecksumAttribute, std::nullopt));
   for (const char* name : {"flipped", "long", ""}) {
     EXPECT_EQ(copy(folder / "kept/" + name, folder / "back", CopyChecksum::Check).error().code, std::errc::bad_message);
     EXPECT_FALSE(exists(folder / "back"));
@@ -86,23 +60,6 @@ TEST_P(ChecksumTest, NothingOutsideOfTheFolderIsRead) {
   EXPECT_TRUE((*in)->ofFile("file").ok());
   for (const char* path : {"../outside", "link", "../in/file", "/etc/passwd", ""})
     EXPECT_FALSE((*in)->ofFile(path).ok()) << path;
-}
-
-TEST_P(ChecksumTest, AFileSystemWithoutAttributesHoldsCopiesAllTheSame) {
-  makeFolders(folder / "plain");
-  if (unshare(CLONE_NEWNS) != 0 || mount("", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
-      mount("ramfs", (folder / "plain").c_str(), "ramfs", 0, nullptr) != 0)
-    GTEST_SKIP() << "nothing may be mounted here";
-  writeFile(folder / "file", "content");
-  auto staged = files->stageCopy(
-      {.source = folder / "file", .destination = folder / "plain/copy", .checksum = CopyChecksum::Make});
-  ASSERT_TRUE(staged.ok());
-  EXPECT_TRUE((*staged)->notes().empty());
-  ASSERT_TRUE((*staged)->commit(StagedCopy::Existing::Keep).ok());
-  EXPECT_EQ(checksumOf(folder / "plain/copy").carried, std::nullopt);
-  EXPECT_EQ(checksums->setHeld(folder / "plain/copy", "1").error().code, std::errc::operation_not_supported);
-  staged->reset();
-  umount2((folder / "plain").c_str(), MNT_DETACH);
 }
 
 }  // namespace

@@ -4,13 +4,13 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <optional>
 #include <ostream>
+#include <span>
 #include <string>
 
-#include "platform/linux/files/LinuxChecksums.h"
-#include "platform/linux/files/LinuxFileSystem.h"
-#include "platform/macos/files/MacChecksums.h"
-#include "platform/macos/files/MacFileSystem.h"
+#include "platform/Checksums.h"
+#include "platform/FileSystem.h"
 #include "tests/darwin/Volume.h"
 
 namespace vantory::test {
@@ -21,35 +21,27 @@ struct Disk {
   bool isMac = true;
   darwin::Volume volume = {};
 
-  std::unique_ptr<FileSystem> files() const {
-    if (isMac) return std::make_unique<MacFileSystem>();
-    return std::make_unique<LinuxFileSystem>();
-  }
-  std::unique_ptr<Checksums> checksums() const {
-    if (isMac) return std::make_unique<MacChecksums>();
-    return std::make_unique<LinuxChecksums>();
-  }
-  // What Linux calls an attribute of that name.
-  std::string attribute(const std::string& name) const { return isMac ? "user." + name : name; }
+  std::unique_ptr<FileSystem> files() const;
+  std::unique_ptr<Checksums> checksums() const;
+  // Sets what the program knows as an attribute of that name, or removes it. False where it cannot.
+  bool setAttribute(const std::string& path, const std::string& name, const std::optional<std::string>& value) const;
 };
 
 inline void PrintTo(const Disk& disk, std::ostream* stream) {
   *stream << disk.name;
 }
 
-inline const Disk kDisks[] = {{"Linux", false},
-                              {"Mac"},
-                              {"MacThatOnlyRenames", true, {.clones = false}},
-                              {"MacOnANetwork", true, {false, false, false, false}}};
+// Those of the system that the tests are built for.
+std::span<const Disk> disks();
 
 inline std::string nameOfDisk(const testing::TestParamInfo<Disk>& info) {
   return info.param.name;
 }
 
-// Gives the emulated volumes what the disk has, for one test.
+// Gives the emulated volumes what the disk has, for one test; where there are none it does nothing.
 struct EmulatedVolume {
-  explicit EmulatedVolume(const Disk& disk) { darwin::volume() = disk.volume; }
-  ~EmulatedVolume() { darwin::volume() = {}; }
+  explicit EmulatedVolume(const Disk& disk);
+  ~EmulatedVolume();
   EmulatedVolume(const EmulatedVolume&) = delete;
   EmulatedVolume& operator=(const EmulatedVolume&) = delete;
 };

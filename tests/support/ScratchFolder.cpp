@@ -1,5 +1,7 @@
 #include "tests/support/ScratchFolder.h"
 
+#include <unistd.h>
+
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -14,7 +16,7 @@ namespace fs = std::filesystem;
 ScratchFolder::ScratchFolder() {
   std::string name = "/tmp/vantory-test-XXXXXX";
   if (!mkdtemp(name.data())) throw std::runtime_error("no scratch folder can be made below /tmp");
-  path_ = name;
+  path_ = fs::canonical(name).native();
 }
 
 ScratchFolder::~ScratchFolder() {
