@@ -95,7 +95,8 @@ class ItemRestoring {
   void plan(const std::vector<Restorable>& files);
   void restore(const Restorable& file);
   Status replace(const Staged& staged, const std::string& source, const std::string& destination);
-  Status trashLiveFile(const std::string& path);
+  Result<std::string> trashLiveFile(const std::string& path);
+  bool putBack(const std::string& place, const std::string& path);
   void note(const std::string& path, const Status& copied);
   Error withCure(Error cause, const std::string& source) const;
 
@@ -125,24 +126,34 @@ Error ItemRestoring::withCure(Error cause, const std::string& source) const {
   return cause;
 }
 
-// Success where nothing is in the way.
-Status ItemRestoring::trashLiveFile(const std::string& path) {
-  if (QWFileManager::isMissingAtPath(path)) return {};
+// Answers where it lies now; nothing where nothing was in the way.
+Result<std::string> ItemRestoring::trashLiveFile(const std::string& path) {
+  if (QWFileManager::isMissingAtPath(path)) return std::string();
   QWLog::appendLog("Trashing file %@", path);
-  const auto place = QWFileManager::trashFile(path, kTimeout, report_);
+  auto place = QWFileManager::trashFile(path, kTimeout, report_);
   QWLog::appendLog(place ? "File trashed successfully." : "File failed to trash.");
-  if (!place) return place.error();
-  report_.done(FileAction::Trash, path, item_, *place);
-  return {};
+  return place;
 }
 
-// The old file goes first, because a copy never takes an existing item's name.
+// Not over what has come there meanwhile, such as a copy that administrator rights made late.
+bool ItemRestoring::putBack(const std::string& place, const std::string& path) {
+  if (!QWFileManager::isMissingAtPath(path)) return false;
+  QWLog::appendLog("Putting %@ back to %@", place, path);
+  const Status moved = QWFileManager::putBackFile(place, path, kTimeout, report_);
+  if (!moved) QWLog::appendLog("%@", moved.error().text);
+  return moved.ok();
+}
+
+// The old file goes first, because a copy never takes an existing item's name, and returns where the copy then fails.
 Status ItemRestoring::replace(const Staged& staged, const std::string& source, const std::string& destination) {
-  const Status trashed = trashLiveFile(destination);
+  const auto trashed = trashLiveFile(destination);
   QWLog::appendLog("Copying file %@ to %@", source, destination);
   Status copied = putInPlace(staged, source, destination);
   // What is in the way is there because it could not be trashed.
-  return copied || trashed ? copied : trashed;
+  if (!trashed) return copied ? copied : trashed.status();
+  if (trashed->empty() || (!copied && putBack(*trashed, destination))) return copied;
+  report_.done(FileAction::Trash, destination, item_, *trashed);
+  return copied;
 }
 
 void ItemRestoring::restoreAll(std::vector<std::string> sources) {

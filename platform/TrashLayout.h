@@ -26,6 +26,12 @@ inline std::string trashNoteName(std::string_view trashedName) {
   return std::string(trashedName).append(".trashinfo");
 }
 
+// Where the note of what lies at this place of a Trash is.
+inline std::string trashNotePath(std::string_view place) {
+  const std::string trash = paths::parent(paths::parent(place));
+  return paths::join(paths::join(trash, kTrashNotesFolder), trashNoteName(paths::lastComponent(place)));
+}
+
 // The name that an item gets in the Trash: a mark tells it from others that were called like it. What is too long for
 // its note's name is cut.
 inline std::string nameInTrash(std::string_view stem, std::string_view mark, std::string_view extension) {

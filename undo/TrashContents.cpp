@@ -103,10 +103,6 @@ TrashDates trashDates(Timestamp begun, std::optional<Timestamp> ended) {
   return dates;
 }
 
-std::string trashNotePath(const std::string& place) {
-  return paths::join(paths::join(trashOf(place), kTrashNotesFolder), trashNoteName(paths::lastComponent(place)));
-}
-
 Result<TrashedItem> trashedItemAt(const std::string& place) {
   const Error missing{std::errc::no_such_file_or_directory, place + " is not in the Trash."};
   if (!hasTrashNotes(paths::parent(place)) || !isUsersTrash(trashOf(place))) return missing;

@@ -32,8 +32,6 @@ TrashDates trashDates(Timestamp begun, std::optional<Timestamp> ended);
 bool isUsersTrash(const std::string& folder);
 // The Trashes without notes that an item at the path may have been moved to; none on a system whose have notes.
 std::vector<std::string> trashesWithoutNotes(const std::string& path);
-// Where the note of what lies at this place of a Trash is.
-std::string trashNotePath(const std::string& place);
 // What the note says of the item at this place. Fails with no_such_file_or_directory where there is no item, no note
 // that can be understood, or the place is in no Trash of the user's.
 Result<TrashedItem> trashedItemAt(const std::string& place);

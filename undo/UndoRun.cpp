@@ -216,10 +216,8 @@ void UndoRun::putBack(const ReceiptStep& deed) {
   QWLog::appendLog("Putting %@ back to %@", deed.place, deed.path);
   const std::string folder = paths::parent(deed.path);
   if (!QWFileManager::fileExistsAtPath(folder)) (void)QWFileManager::createDirectory(folder);
-  const Status moved = QWFileManager::moveFile(deed.place, deed.path, 10s, report_);
+  const Status moved = QWFileManager::putBackFile(deed.place, deed.path, 10s, report_);
   if (!moved) return report_.failed(FileAction::PutBack, deed.path, moved.error(), deed.item);
-  // One that stays says that it lies in the Trash no more: file managers pass it over.
-  if (hasTrashNotes(paths::parent(deed.place))) (void)files().remove(trashNotePath(deed.place));
   report_.done(FileAction::PutBack, deed.path, deed.item, deed.path);
   changedAnything_ = true;
 }

@@ -96,6 +96,9 @@ class QWFileManager {
   static Status moveFile(const std::string& source, const std::string& toPath, std::chrono::seconds timeout,
                          TaskReport& report);
   static Result<std::string> trashFile(const std::string& path, std::chrono::seconds timeout, TaskReport& report);
+  // Moves what lies at the place of a Trash to the path, which is free, and takes its note away.
+  static Status putBackFile(const std::string& place, const std::string& path, std::chrono::seconds timeout,
+                            TaskReport& report);
   static Status createDirectory(const std::string& path, bool shouldAuth = true);
   static Status createDirectory(const std::string& path, std::chrono::seconds timeout);
   // The first step of a copy that replaces something: a finished copy without its name. Its notes are logged; a failure

@@ -5,6 +5,7 @@
 #include "base/Text.h"
 #include "platform/Clock.h"
 #include "platform/PrivilegedRunner.h"
+#include "platform/TrashLayout.h"
 #include "services/QWLocalPaths.h"
 #include "services/Runtime.h"
 #include "services/TaskReport.h"
@@ -261,6 +262,14 @@ Result<std::string> QWFileManager::trashFile(const std::string& path, std::chron
   remarkNotes(attempt, report);
   return placeOf(attempt, arrival(
                               attempt, path, [&] { return isMissingAtPath(path); }, timeout));
+}
+
+// A note that stays says that its item lies in the Trash no more: file managers pass it over.
+Status QWFileManager::putBackFile(const std::string& place, const std::string& path, std::chrono::seconds timeout,
+                                  TaskReport& report) {
+  Status moved = moveFile(place, path, timeout, report);
+  if (moved && hasTrashNotes(paths::parent(place))) (void)files().remove(trashNotePath(place));
+  return moved;
 }
 
 Status QWFileManager::createDirectory(const std::string& path, bool shouldAuth) {
