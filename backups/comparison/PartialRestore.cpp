@@ -64,6 +64,9 @@ Error absenceOf(const KeyPath& key, const ItemComparison& item, const std::vecto
     for (const KeyChange& change : candidate.file->keys)
       if (change.after) known.push_back(keyPathText(change.path));
   }
+  for (const FileComparison& file : item.files)
+    if (candidates.empty() && file.difference == Difference::Added)
+      return refusal(file.path + " is not there: restore it as a whole, or take back what moved it away.");
   const auto nearest = nearestWord(name, known);
   const std::string where = formatted("No property list of \"%@\" that differs has the key \"%@\"", item.key, name);
   return refusal(nearest ? formatted("%@: did you mean \"%@\"?", where, *nearest)

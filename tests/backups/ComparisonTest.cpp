@@ -164,6 +164,8 @@ TEST_F(PartialRestoreTest, RefusesKeysThatAreNotMeantForOneFile) {
   EXPECT_THAT(refusal("keyB", "Same"), HasSubstr("is the same in the backup"));
   EXPECT_THAT(refusal("keyA", "New"), HasSubstr("The backup has no \"New\""));
   EXPECT_THAT(refusal("keyA", "Snaping"), HasSubstr("did you mean \"Snapping\"?"));
+  std::filesystem::remove(prefs("editor.plist"));
+  EXPECT_THAT(refusal("keyA", "Snapping"), HasSubstr("editor.plist is not there: restore it as a whole"));
 }
 
 TEST_F(PartialRestoreTest, AtEveryFailureTheFileIsInItsPlaceOrInTheTrash) {
