@@ -61,6 +61,7 @@ void tellOfImport(const std::string& path, bool restored, const TaskReport& repo
   else if (!reportIncompleteRestore(report))
     QWAlert::alertSheetWithMessageText("Restoration complete",
                                        withCauses("You may now relaunch your applications.", report));
+  tellNotices(report);
 }
 
 void import(const std::string& path) {
@@ -171,6 +172,7 @@ void Vantory_AppDelegate::addWithoutRestoring(const std::string& path) {
   if (parts_.selectBackup) parts_.selectBackup(*added);
   if (backupName(*added) != backupName(path))
     QWAlert::alertSheetWithMessageText(keptNameInWords(backupName(path), backupName(*added)), kNameIsTaken);
+  tellNotices(report);
 }
 
 // The desktop may take a while to find an application.
