@@ -2,7 +2,7 @@
 from desktop import press, shows, window
 
 NAME = 'Pitivi'
-PACKAGES = 'pitivi'
+PACKAGES = 'pitivi librsvg2-common'
 ENTRY = 'org.pitivi.Pitivi'
 PROCESS = 'pitivi'
 KEY = 'pitiviPrefs'
