@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <map>
+#include <set>
 
 #include "backups/BackupFolder.h"
 #include "backups/BackupLibrary.h"
@@ -178,6 +179,19 @@ BackupReader::BackupReader()
       defaultName_(QWBackup::defaultBackupName()),
       rules_(foldersOfBackups()) {}
 
+// What a catalog file names as well is no invention of the backup's.
+void BackupReader::guardAgainst(QWApp& held) const {
+  std::set<std::string> known;
+  for (const auto& app : catalog_)
+    for (const auto& item : app->children()) known.insert(item->files().begin(), item->files().end());
+  const auto isKnown = [&](const std::string& pattern) { return known.contains(pattern); };
+  for (const auto& item : held.children())
+    if (!std::ranges::all_of(item->files(), isKnown))
+      item->setPlaceRule([rules = rules_, identifiers = held.identifiers()](const std::string& path) {
+        return rules.faultOfPath(path, identifiers);
+      });
+}
+
 // In the catalog's order, whatever that of the settings is.
 std::shared_ptr<QWBackup> BackupReader::read(const std::string& path, std::optional<Timestamp> date) const {
   const auto backup = std::make_shared<QWBackup>(backupName(path), path, date);
@@ -196,7 +210,10 @@ std::shared_ptr<QWBackup> BackupReader::read(const std::string& path, std::optio
   for (const auto& app : known) {
     const PropertyListArray* itemNames = arrayIn(settings, app->name());
     if (!itemNames) continue;
-    if (auto copy = heldApp(*app, *itemNames, place)) held.push_back(std::move(copy));
+    auto copy = heldApp(*app, *itemNames, place);
+    if (!copy) continue;
+    if (app->defined() && app->defined()->source.empty()) guardAgainst(*copy);
+    held.push_back(std::move(copy));
   }
   backup->setUnknown(unknownParts(settings, known, carried.refused));
   backup->setChildren(std::move(held));

@@ -22,6 +22,8 @@ class BackupReader {
   std::shared_ptr<QWBackup> read(const std::string& path, std::optional<Timestamp> date) const;
 
  private:
+  void guardAgainst(QWApp& held) const;
+
   AppList catalog_;
   std::optional<std::string> home_;
   std::optional<std::string> defaultName_;

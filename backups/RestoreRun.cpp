@@ -4,7 +4,9 @@
 #include <algorithm>
 #include <optional>
 #include <string>
+#include <vector>
 
+#include "base/Format.h"
 #include "catalog/QWApp.h"
 #include "platform/FileSystem.h"
 #include "services/QWLocalPaths.h"
@@ -26,6 +28,21 @@ void syncFolder(const std::optional<std::string>& folder, TaskReport& report) {
   report.failed(FileAction::Sync, *folder, synced.error());
 }
 
+// A person who trusts a backup should know what that decides; empty where it decides nothing.
+std::string remarkOnPlaces(const QWApp& app) {
+  constexpr std::size_t kMost = 5;
+  std::vector<std::string> places;
+  for (const auto& item : app.children())
+    if (item->placeRule() && item->selected() != Off)
+      for (const std::string& pattern : item->files()) places.push_back(pattern);
+  if (places.empty()) return "";
+  std::string named;
+  for (std::size_t i = 0; i < std::min(places.size(), kMost); ++i) named += (i == 0 ? "" : ", ") + places[i];
+  if (places.size() > kMost) named += formatted(" and %i more", static_cast<int>(places.size() - kMost));
+  return formatted("The backup itself says where the files of %@ belong: %@. No catalog file here says so.", app.name(),
+                   named);
+}
+
 }  // namespace
 
 bool RestoreRun::restore(const QWApp& app, const std::function<void()>& restoreFiles) {
@@ -36,6 +53,7 @@ bool RestoreRun::restore(const QWApp& app, const std::function<void()>& restoreF
       return false;
     case ClosedApplications::Answer::Proceed:
       restoredAny_ = true;
+      if (std::string remark = remarkOnPlaces(app); !remark.empty()) report_.remark(std::move(remark));
       restoredAvidUsers_ |= std::ranges::any_of(
           app.children(), [](const auto& item) { return item->selected() != Off && !item->users().empty(); });
       restoreFiles();

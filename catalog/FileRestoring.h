@@ -8,11 +8,12 @@
 namespace vantory {
 
 class BackupPlace;
+class QWPrefItem;
 class TaskReport;
 
-// Puts a file or folder of the backup in its place; what was there goes to the Trash. A failure leaves the file as it
-// was, is logged, and stands in the report.
-void restoreFile(const std::string& source, const BackupPlace& backup, const std::string& item, TaskReport& report);
+// Puts a file or folder of an item of the backup in its place; what was there goes to the Trash. A failure leaves the
+// file as it was, is logged, and stands in the report.
+void restoreFile(const std::string& source, const BackupPlace& backup, const QWPrefItem& item, TaskReport& report);
 
 // The same with a file that has these bytes and all else of the present one, which must still be as it was when it was
 // known by this information.

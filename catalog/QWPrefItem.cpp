@@ -16,6 +16,7 @@ std::shared_ptr<QWPrefItem> QWPrefItem::copy() const {
   copied->selected_.store(selected(), std::memory_order_relaxed);  // nobody else knows the copy yet
   copied->locked_ = locked_;
   copied->users_ = users_;
+  copied->placeRule_ = placeRule_;
   return copied;
 }
 

@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -58,6 +59,13 @@ class QWPrefItem : public CatalogParent, public std::enable_shared_from_this<QWP
   // Without a look at the disk: the state when it was last set or asked for.
   State lockedWhenLastKnown() const { return locked_.lastKnown(); }
   void setLocked(State state) { locked_ = state; }
+
+  // Why nothing may be put at a path; empty where it may.
+  using PlaceRule = std::function<std::string(const std::string& path)>;
+  // Of an item of a backup that nothing but this backup defines: whoever made it decides where its files go. They are
+  // restored by this rule, cannot be executed, and are never put anywhere with administrator rights. Empty for others.
+  const PlaceRule& placeRule() const { return placeRule_; }
+  void setPlaceRule(PlaceRule rule) { placeRule_ = std::move(rule); }
 
   // The record that holds this item; null when it has gone or there is none.
   std::shared_ptr<CatalogParent> parent() const { return parent_.lock(); }
@@ -116,6 +124,7 @@ class QWPrefItem : public CatalogParent, public std::enable_shared_from_this<QWP
   std::atomic<State> selected_ = On;
   LockState locked_;
   std::weak_ptr<CatalogParent> parent_;
+  PlaceRule placeRule_;
   Users users_;
   std::shared_ptr<const BackupPlace> measuredWhenAsked_;  // null once measured
   std::atomic<bool> isMeasured_ = true;

@@ -81,8 +81,9 @@ struct Restorable {
 class ItemRestoring {
  public:
   // Null where nothing comes from a backup.
-  ItemRestoring(const BackupPlace* backup, const std::string& item, TaskReport& report)
+  ItemRestoring(const BackupPlace* backup, const std::string& item, TaskReport& report, QWPrefItem::PlaceRule rule = {})
       : backup_(backup),
+        rule_(std::move(rule)),
         backupPath_(backup ? paths::withoutTrailingSlashes(backup->path()) : ""),
         item_(item),
         report_(report) {}
@@ -101,6 +102,7 @@ class ItemRestoring {
   Error withCure(Error cause, const std::string& source) const;
 
   const BackupPlace* const backup_;
+  const QWPrefItem::PlaceRule rule_;
   const std::string backupPath_;
   const std::string& item_;  // its key
   TaskReport& report_;
@@ -184,11 +186,15 @@ void ItemRestoring::restore(const Restorable& file) {
     return note(source, nowhere);
   }
   const std::string& destination = *file.place;
+  if (const std::string fault = rule_ ? rule_(destination) : ""; !fault.empty()) {
+    QWLog::appendLog("Copying file %@ to %@", source, destination);
+    return note(destination, Error{std::errc::operation_not_permitted, formatted("%@ %@", destination, fault)});
+  }
   const std::string folder = paths::parent(destination);
   // A folder that cannot be made or unlocked keeps the copy from being made, which is told.
   if (!QWFileManager::fileExistsAtPath(folder)) {
     QWLog::appendLog("Creating destination folder %@", folder);
-    (void)QWFileManager::createDirectory(folder, kTimeout);
+    (void)(rule_ ? QWFileManager::createDirectory(folder, false) : QWFileManager::createDirectory(folder, kTimeout));
   }
   (void)QWFileManager::unlockFile(folder);
 
@@ -197,10 +203,11 @@ void ItemRestoring::restore(const Restorable& file) {
                                             .destination = destination,
                                             .sourceRoot = backupPath_,
                                             .links = Links::DoNotFollow,
-                                            .checksum = CopyChecksum::Check});
+                                            .checksum = CopyChecksum::Check,
+                                            .mayBeProgram = !rule_});
   // With administrator rights it is made only after the live file has gone, so that whatever is wrong with it must show
   // before.
-  const bool needsRights = !staged && areRightsMissingIn(folder, staged.error());
+  const bool needsRights = !staged && !rule_ && areRightsMissingIn(folder, staged.error());
   Status sound = needsRights ? backup_->checkCopy(source) : staged.status();
   if (sound) sound = checkKind(*backup_, source, destination);
   if (sound) return note(destination, replace(staged, source, destination));
@@ -226,8 +233,8 @@ void ItemRestoring::replaceContent(const std::string& path, std::string bytes, c
 
 }  // namespace
 
-void restoreFile(const std::string& source, const BackupPlace& backup, const std::string& item, TaskReport& report) {
-  ItemRestoring(&backup, item, report).restoreAll({source});
+void restoreFile(const std::string& source, const BackupPlace& backup, const QWPrefItem& item, TaskReport& report) {
+  ItemRestoring(&backup, item.key(), report, item.placeRule()).restoreAll({source});
 }
 
 void replaceContent(const std::string& path, std::string bytes, const FileInfo& known, const std::string& item,
@@ -237,7 +244,7 @@ void replaceContent(const std::string& path, std::string bytes, const FileInfo& 
 
 bool QWPrefItem::restoreCopies(const BackupPlace& backup, TaskReport& report) const {
   const std::string root(paths::withoutTrailingSlashes(backup.path()));
-  ItemRestoring restoring(&backup, key(), report);
+  ItemRestoring restoring(&backup, key(), report, placeRule_);
   bool isAnyThere = false;
   for (const std::string& pattern : files()) {
     auto sources = QWFileManager::filesMatchingWildcardPath(backup.safeUserPath(pattern), root, report);

@@ -108,7 +108,7 @@ void restoreItem(QWPrefItem& item, const ItemChoice& choice, const BackupFolder&
   if (choice.files.empty()) item.restoreFilesFromBackup(place, report);
   for (const FileChoice& file : choice.files) {
     if (file.keys.empty())
-      restoreFile(file.file.after, place, item.key(), report);
+      restoreFile(file.file.after, place, item, report);
     else
       restoreKeys(file, place.path(), item.key(), report);
   }

@@ -147,16 +147,30 @@ std::string PatternRules::faultOf(const std::string& pattern, const std::vector<
   if (std::string fault = faultOfText(pattern); !fault.empty()) return fault;
   const bool isShared = shared_ && pattern.starts_with(*shared_ + "/");
   if (!pattern.starts_with("~/") && !isShared) return "does not begin with \"~/\" or \"/Users/Shared/\"";
-  Components components = componentsOf(pattern);
+  const Components components = componentsOf(pattern);
   if (std::string fault = faultOfComponents(components); !fault.empty()) return fault;
-  if (isKeptOut(components)) return kNoPreferences;
-  if (isShared) return faultOfShared(components);
+  return faultOfPlace(components, isShared, identifiers);
+}
+
+std::string PatternRules::faultOfPath(const std::string& path, const std::vector<std::string>& identifiers) const {
+  const bool isShared = shared_ && path.starts_with(*shared_ + "/");
+  // A star in a name stands for nothing here.
+  std::string name = written(path);
+  std::ranges::replace(name, '*', '_');
+  if (!name.starts_with("~/") && !isShared) return kNoPreferences;
+  return faultOfPlace(componentsOf(name), isShared, identifiers);
+}
+
+std::string PatternRules::faultOfPlace(Components pattern, bool isShared,
+                                       const std::vector<std::string>& identifiers) const {
+  if (isKeptOut(pattern)) return kNoPreferences;
+  if (isShared) return faultOfShared(pattern);
   for (const std::string& identifier : identifiers)
-    if (Components outside = outsideContainer(components, identifier); !outside.empty()) {
+    if (Components outside = outsideContainer(pattern, identifier); !outside.empty()) {
       if (isOfAnotherProgram(foldedForDisks(identifier))) return kNoPreferences;
-      components = std::move(outside);
+      pattern = std::move(outside);
     }
-  return faultInHome(components);
+  return faultInHome(pattern);
 }
 
 bool PatternRules::isKeptOut(const Components& pattern) const {

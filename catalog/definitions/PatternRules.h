@@ -21,12 +21,15 @@ class PatternRules {
   // Why the pattern is refused to an application of these identifiers, as the end of a sentence; empty where it may
   // stand.
   std::string faultOf(const std::string& pattern, const std::vector<std::string>& identifiers) const;
+  // The same of the path of a file that a pattern has found, whatever characters its name has.
+  std::string faultOfPath(const std::string& path, const std::vector<std::string>& identifiers) const;
   // The pattern as an absolute one; none where the user has no folder for it. It must be without fault.
   std::optional<std::string> resolve(const std::string& pattern) const;
 
  private:
   using Components = std::vector<std::string>;  // of a pattern, folded
 
+  std::string faultOfPlace(Components pattern, bool isShared, const std::vector<std::string>& identifiers) const;
   static std::string faultInHome(const Components& pattern);
   static std::string faultInDocuments(const Components& pattern);
   static std::string faultOfNames(const Components& pattern, std::size_t first);

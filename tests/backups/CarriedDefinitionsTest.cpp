@@ -49,7 +49,32 @@ TEST_F(CarriedDefinitionsTest, ABackupRestoresWhereNothingDefinesItsApplications
   restore();
   EXPECT_EQ(readFile(settings_), "mine");
   EXPECT_EQ(readFile(profile_), "ini");
-  EXPECT_THAT(report_.remarks(), IsEmpty());
+  EXPECT_THAT(report_.remarks(),
+              ElementsAre(AllOf(HasSubstr("The backup itself says where the files of OBS Studio belong: "),
+                                HasSubstr(settings_))));
+}
+
+// Also where only the path that a wildcard stands for is out of bounds, and of a folder that is taken whole.
+TEST_F(CarriedDefinitionsTest, WhatOnlyABackupDefinesIsNoProgramAndReachesNone) {
+  makeBackup();
+  changeSettings("profiles/*/basic.ini", "*");
+  const std::string held = inLibrary("B.vnt/Users/user/.config/obs-studio/");
+  makeFolders(held + "basic/bin");
+  for (const char* name : {"global.ini", "basic/tool", "basic/bin/ls", "basic/x.desktop"}) {
+    writeFile(held + name, "mine");
+    std::filesystem::permissions(held + name, std::filesystem::perms::all);
+  }
+  restore();
+  EXPECT_EQ(std::filesystem::status(settings_).permissions(), static_cast<std::filesystem::perms>(0666));
+  EXPECT_EQ(std::filesystem::status(home_ / ".config/obs-studio/basic/tool").permissions(),
+            static_cast<std::filesystem::perms>(0666));
+  for (const char* name : {"basic/bin/ls", "basic/x.desktop"})
+    EXPECT_FALSE(exists((home_ / ".config/obs-studio/") + name));
+  writeFile(userFile_, example());
+  controller().populateApps();
+  report_ = TaskReport();
+  QWBackup::backupWithFile(inLibrary("B.vnt"))->restore(report_);
+  EXPECT_EQ(std::filesystem::status(settings_).permissions(), std::filesystem::perms::all);
 }
 
 // It runs under both of its identifiers, and the person is asked once, unless they have to quit the second by hand.

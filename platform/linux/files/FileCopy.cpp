@@ -328,11 +328,13 @@ Status copyAttributes(int source, const struct stat& status, int copy, const std
   const std::string names = listed.value_or("");
   copyNamedAttributes(source, copy, names, manner.checksum == CopyChecksum::Keep ? Which::All : Which::Foreign, path,
                       report);
-  if (uninterrupted([&] { return fchmod(copy, rights.permittedMode(status.st_mode)); }) != 0) {
+  const bool isPlain = S_ISREG(status.st_mode) && !manner.mayBeProgram;
+  const mode_t mode = isPlain ? status.st_mode & 0666U : status.st_mode;
+  if (uninterrupted([&] { return fchmod(copy, rights.permittedMode(mode)); }) != 0) {
     if (!cannotHold()) return systemError(path);
     report.noteOnce("mode", "The mode could not be kept for " + systemError(path).text);
   }
-  copyNamedAttributes(source, copy, names, Which::AccessLists, path, report);
+  if (!isPlain) copyNamedAttributes(source, copy, names, Which::AccessLists, path, report);
   const timespec times[2] = {status.st_atim, status.st_mtim};
   if (uninterrupted([&] { return futimens(copy, times); }) != 0) {
     if (!cannotHold()) return systemError(path);

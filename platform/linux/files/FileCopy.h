@@ -15,10 +15,11 @@ namespace vantory {
 
 class FileRights;
 
-// With whose rights files are copied, and what comes of their checksums.
+// With whose rights files are copied, what comes of their checksums and permissions.
 struct CopyManner {
   const FileRights& rights;
   CopyChecksum checksum = CopyChecksum::Keep;
+  bool mayBeProgram = true;  // otherwise no file gets a permission to be executed, or an access list
 };
 
 // What is compared of an item that was looked at by its descriptor; says nothing of locks.

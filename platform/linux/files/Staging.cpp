@@ -292,7 +292,7 @@ Result<std::unique_ptr<StagedCopy>> stageFile(const Descriptor& source, const st
   Result<UnnamedFile> copy = UnnamedFile::create(destination, request.destination);
   if (!copy) return copy.error();
   if (const Status copied = copyFileContent(source.get(), status, copy->get(), request.source, request.destination,
-                                            {rights, request.checksum}, report);
+                                            {rights, request.checksum, request.mayBeProgram}, report);
       !copied)
     return copied.error();
   return std::unique_ptr<StagedCopy>(std::make_unique<StagedFile>(std::move(*copy), std::move(destination),
@@ -309,7 +309,7 @@ Result<std::unique_ptr<StagedCopy>> stageChanged(const Descriptor& source, const
   CopyReport report;
   // A checksum would be that of the old content.
   if (Status kept = copyAttributes(source.get(), status, copy->get(), request.source, request.destination,
-                                   {rights, CopyChecksum::Check}, report);
+                                   {rights, CopyChecksum::Check, request.mayBeProgram}, report);
       !kept)
     return kept.error();
   const timespec now[2] = {{0, UTIME_NOW}, {0, UTIME_NOW}};
@@ -325,7 +325,7 @@ Result<std::unique_ptr<StagedCopy>> stageFolder(Descriptor source, const CopyReq
   Descriptor copy(fcntl(staging->folder().get(), F_DUPFD_CLOEXEC, 0));
   if (!copy.valid()) return systemError(request.destination);
   if (const Status copied = copyTree(std::move(source), std::move(copy), request.source, request.destination,
-                                     {rights, request.checksum}, report);
+                                     {rights, request.checksum, request.mayBeProgram}, report);
       !copied)
     return copied.error();
   return std::unique_ptr<StagedCopy>(std::make_unique<StagedFolder>(std::move(*staging), rights, report.takeNotes()));

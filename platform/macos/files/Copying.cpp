@@ -317,7 +317,7 @@ Descriptor openSource(int folder, const std::string& name, Links links) {
 // The clone is made at one moment; what is told of the source is of one before.
 Result<Descriptor> cloneFile(int source, const ItemStatus& status, const Place& copy, const std::string& path,
                              CopyReport& report) {
-  if ((status.flags & darwin::kOnlyInCloud) != 0) return Descriptor();
+  if ((status.flags & darwin::kOnlyInCloud) != 0 || !report.mayBeProgram()) return Descriptor();
   const char* name = copy.name.c_str();
   if (uninterrupted([&] { return darwin::clone(source, copy.at(), name); }) != 0)
     return cannotClone(errno) ? Result<Descriptor>(Descriptor()) : systemError(path);
@@ -388,8 +388,9 @@ Status copyLink(int folder, const std::string& name, const Place& copy, const st
 // In this order: attributes need write permission, the access list says more than the mode, dates come last.
 void copyAttributes(int source, const ItemStatus& status, int copy, const std::string& path, CopyReport& report) {
   copyNamedAttributes(source, copy, path, report);
-  noteUnless(darwin::copyAccessList(source, copy), "The access list", path, report);
-  noteUnless(fchmod(copy, status.mode & 0777U), "The mode", path, report);
+  const bool isPlain = S_ISREG(status.mode) && !report.mayBeProgram();
+  if (!isPlain) noteUnless(darwin::copyAccessList(source, copy), "The access list", path, report);
+  noteUnless(fchmod(copy, status.mode & (isPlain ? 0666U : 0777U)), "The mode", path, report);
   (void)darwin::setCreated(copy, status.created);
   const timespec times[2] = {status.accessed, status.modified};
   noteUnless(futimens(copy, times), "The dates", path, report);

@@ -16,15 +16,18 @@ namespace vantory::macos {
 class CopyReport : public vantory::CopyReport {
  public:
   CopyReport() = default;
-  CopyReport(CopyObserver observer, CopyChecksum checksum)
-      : vantory::CopyReport(std::move(observer)), checksum_(checksum) {}
+  CopyReport(CopyObserver observer, CopyChecksum checksum, bool mayBeProgram = true)
+      : vantory::CopyReport(std::move(observer)), checksum_(checksum), mayBeProgram_(mayBeProgram) {}
   explicit CopyReport(CopiedItems& items) : vantory::CopyReport(items) {}
 
   // What comes of the checksums that files carry.
   CopyChecksum checksum() const { return checksum_; }
+  // Whether files keep their permissions to be executed, and their access lists.
+  bool mayBeProgram() const { return mayBeProgram_; }
 
  private:
   const CopyChecksum checksum_ = CopyChecksum::Keep;
+  const bool mayBeProgram_ = true;
 };
 
 // Opens a file or folder that is to be copied, without waiting for a FIFO. An invalid descriptor leaves errno.

@@ -148,7 +148,7 @@ Result<std::unique_ptr<StagedCopy>> MacFileSystem::stageCopy(const CopyRequest& 
   if (darwin::statusOf(source->get(), status) != 0) return systemError(request.source);
   if (!S_ISREG(status.mode) && !S_ISDIR(status.mode))
     return errorWithText(std::errc::invalid_argument, request.source, "is neither a file nor a folder");
-  macos::CopyReport report(request.observer, request.checksum);
+  macos::CopyReport report(request.observer, request.checksum, request.mayBeProgram);
   return macos::stage(*source, status, request, report);
 }
 

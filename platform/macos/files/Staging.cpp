@@ -67,7 +67,7 @@ Descriptor makeHeld(const Place& place, const std::string& name, HiddenItem::Kin
 Status hold(std::string_view content, const Descriptor& source, const ItemStatus& status, int copy,
             const CopyRequest& request) {
   if (Status written = writeAll(copy, content, request.destination); !written) return written;
-  CopyReport ignored({}, CopyChecksum::Check);
+  CopyReport ignored({}, CopyChecksum::Check, request.mayBeProgram);
   copyAttributes(source.get(), status, copy, request.source, ignored);
   const timespec now[2] = {{0, UTIME_NOW}, {0, UTIME_NOW}};
   if (futimens(copy, now) != 0) return systemError(request.destination);
@@ -117,7 +117,7 @@ Result<bool> HiddenItem::becomeCloneOf(int source, const ItemStatus& status, con
                                        CopyReport& report) {
   ItemStatus own;
   if (darwin::statusOf(item_.get(), own) != 0) return systemError(path_);
-  if (own.device != status.device || (status.flags & darwin::kOnlyInCloud) != 0) return false;
+  if (own.device != status.device || (status.flags & darwin::kOnlyInCloud) != 0 || !report.mayBeProgram()) return false;
   if (darwin::removeFile(place_.at(), hidden_.c_str()) != 0) return systemError(path_);
   const Place hidden{place_.folder.valid() ? Descriptor(fcntl(place_.folder.get(), F_DUPFD_CLOEXEC, 0)) : Descriptor(),
                      hidden_};
