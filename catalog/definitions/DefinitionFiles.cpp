@@ -38,16 +38,47 @@ std::vector<std::string> folders() {
   return found;
 }
 
-// The line, from 1, that the text stands in, not as a part of a longer word.
-std::optional<int> lineOf(std::string_view text, std::string_view bytes) {
+// Blanks instead of comments, so that all else keeps its place.
+std::string withoutComments(std::string_view bytes) {
+  constexpr std::pair<std::string_view, std::string_view> kComments[] = {{"//", "\n"}, {"/*", "*/"}, {"<!--", "-->"}};
+  std::string text(bytes);
+  char quote = 0;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (quote != 0) {
+      if (text[i] == '\\')
+        ++i;
+      else if (text[i] == quote)
+        quote = 0;
+      continue;
+    }
+    if (text[i] == '"') quote = text[i];
+    for (const auto& [begin, end] : kComments) {
+      if (text.compare(i, begin.size(), begin) != 0) continue;
+      const std::size_t stop = std::min(text.find(end, i), text.size());
+      std::replace_if(
+          text.begin() + static_cast<std::ptrdiff_t>(i), text.begin() + static_cast<std::ptrdiff_t>(stop),
+          [](char byte) { return byte != '\n'; }, ' ');
+    }
+  }
+  return text;
+}
+
+// The line, from 1, that the text stands in, not as a part of a longer word or path; none where it is not the only one.
+std::optional<int> lineOf(std::string_view text, std::string_view file) {
+  const std::string bytes = withoutComments(file);
   const auto isPartOfWord = [&](std::size_t position) {
-    return position < bytes.size() && (std::isalnum(static_cast<unsigned char>(bytes[position])) != 0);
+    constexpr std::string_view kOthers = "/._-~*";
+    return position < bytes.size() && (std::isalnum(static_cast<unsigned char>(bytes[position])) != 0 ||
+                                       kOthers.find(bytes[position]) != std::string_view::npos);
   };
   if (text.empty()) return std::nullopt;
-  for (std::size_t at = bytes.find(text); at != std::string_view::npos; at = bytes.find(text, at + 1))
-    if (!isPartOfWord(at - 1) && !isPartOfWord(at + text.size()))
-      return 1 + static_cast<int>(std::count(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(at), '\n'));
-  return std::nullopt;
+  std::optional<int> line;
+  for (std::size_t at = bytes.find(text); at != std::string::npos; at = bytes.find(text, at + 1)) {
+    if (isPartOfWord(at - 1) || isPartOfWord(at + text.size())) continue;
+    if (line) return std::nullopt;
+    line = 1 + static_cast<int>(std::count(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(at), '\n'));
+  }
+  return line;
 }
 
 std::string complaint(const std::string& path, std::optional<int> line, std::string_view reason) {

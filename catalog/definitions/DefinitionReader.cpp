@@ -10,6 +10,7 @@
 #include "base/Text.h"
 #include "catalog/BuiltInCatalog.h"
 #include "catalog/ProjectKinds.h"
+#include "services/files/QWFileManager.h"
 
 namespace vantory {
 
@@ -19,16 +20,27 @@ constexpr std::size_t kMost = 50;          // items of an application, patterns 
 constexpr std::size_t kMostOthers = 10;    // identifiers, kinds of projects
 constexpr std::size_t kLongestName = 100;  // bytes
 constexpr std::size_t kLongestKey = 64;
+constexpr std::size_t kMostPatterns = 200;     // of an application
+constexpr std::size_t kMostDeep = 20;          // of these, that have several components with a wildcard
+constexpr std::size_t kMostDefinitions = 100;  // of a catalog
+constexpr std::size_t kMostDeepOfAll = 200;
 constexpr std::string_view kLetters = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ";
 constexpr std::string_view kDigits = "0123456789";
 
 // Keys of a backup's settings, which name applications too.
 constexpr std::string_view kReservedNames[] = {"projects", "projectpath", "definitions", "checksums",
-                                               "catalog",  "format",      "version"};
+                                               "catalog",  "format",      "version",     "vantory"};
 // Short names and words of commands.
 constexpr std::string_view kReservedKeys[] = {"fcp",      "fce",        "stp",      "motion", "color", "dvdsp",
                                               "livetype", "compressor", "batchmon", "ct",     "all",   "none",
                                               "allprefs", "allfiles",   "default",  "task",   "hotkey"};
+// Kinds of files that many applications open.
+constexpr std::string_view kCommonKinds[] = {
+    "txt",  "md",   "rtf",  "pdf", "doc", "docx", "odt",  "csv",  "xml", "json", "yaml", "html", "plist", "desktop",
+    "ini",  "conf", "log",  "db",  "sh",  "py",   "zip",  "gz",   "tar", "7z",   "dmg",  "iso",  "srt",   "vtt",
+    "edl",  "aaf",  "otio", "mov", "mp4", "m4v",  "mkv",  "avi",  "mxf", "mts",  "mpg",  "mpeg", "webm",  "r3d",
+    "braw", "wav",  "mp3",  "m4a", "aac", "aif",  "aiff", "flac", "ogg", "opus", "jpg",  "jpeg", "png",   "gif",
+    "tif",  "tiff", "webp", "bmp", "svg", "psd",  "exr",  "dpx",  "dng", "cube"};
 // What the key of an Avid user begins with.
 constexpr std::string_view kUserKey = "avidprefuser";
 
@@ -45,11 +57,24 @@ bool isMadeOf(std::string_view text, std::string_view others) {
 // For people to read, and a key of property lists.
 bool isName(std::string_view text) {
   return !text.empty() && text.size() <= kLongestName && isUtf8(text) && printable(text) == text &&
-         trimmed(text) == text && text.find('/') == std::string_view::npos && !text.starts_with('-');
+         trimmed(text) == text && text.find('/') == std::string_view::npos && !text.starts_with('-') &&
+         !text.starts_with('.') && !holdsDeceivingCharacters(text);
 }
 
 bool isIdentifier(std::string_view text) {
   return !text.empty() && text.size() <= 255 && isMadeOf(text, "._-") && isMadeOf(text.substr(0, 1), "");
+}
+
+// To find what it matches takes long in a large folder.
+bool isDeep(const std::string& pattern) {
+  return std::ranges::count_if(split(pattern, '/'), QWFileManager::isWildcardPath) > 1;
+}
+
+std::size_t deepPatternsOf(const AppDefinition& definition) {
+  std::size_t count = 0;
+  for (const auto& item : definition.items)
+    count += static_cast<std::size_t>(std::ranges::count_if(item.files, isDeep));
+  return count;
 }
 
 class Reader {
@@ -97,10 +122,12 @@ class Reader {
   static std::string nameIn(const PropertyListDictionary& in) {
     std::string name = textIn(in, "name");
     if (isName(name)) return name;
-    throw Fault{formatted("\"%@\" is no name: it must be text of 100 bytes or fewer without \"/\", control characters, "
-                          "a dash at its beginning or blanks at its ends.",
-                          shortened(name, kLongestName)),
-                name};
+    throw Fault{
+        formatted("\"%@\" is no name: it must be text of 100 bytes or fewer without \"/\", characters that "
+                  "cannot be seen or stand apart from their letter, a dash or dot at its beginning or blanks at "
+                  "its ends.",
+                  shortened(name, kLongestName)),
+        name};
   }
 
   // One text, or an array of texts.
@@ -121,10 +148,19 @@ class Reader {
 
   static std::vector<std::string> identifiersIn(const PropertyListDictionary& in) {
     auto identifiers = textsIn(in, "identifier", kMostOthers);
-    for (const std::string& identifier : identifiers)
+    std::set<std::string> met;
+    for (const std::string& identifier : identifiers) {
       if (!isIdentifier(identifier))
         throw Fault{formatted("\"%@\" is no identifier of an application.", shortened(identifier, kLongestName)),
                     identifier};
+      const std::string folded = lowerCased(identifier);
+      if (folded.ends_with(".desktop") || folded.ends_with(".app"))
+        throw Fault{formatted("\"%@\" is the name of a file: write the identifier without its ending.", identifier),
+                    identifier};
+      if (folded.starts_with("com.quarrywell")) throw Fault{"The identifier is this program's.", identifier};
+      if (!met.insert(identifier).second)
+        throw Fault{formatted("The identifier \"%@\" stands there twice.", identifier), identifier};
+    }
     return identifiers;
   }
 
@@ -138,12 +174,20 @@ class Reader {
   static std::vector<std::string> projectsIn(const PropertyListDictionary& in) {
     if (!in.find("projects")) return {};
     auto extensions = textsIn(in, "projects", kMostOthers);
+    std::set<std::string> met;
     for (std::string& extension : extensions) {
       extension = lowerCased(extension);
+      if (extension.starts_with('.'))
+        throw Fault{formatted("\"%@\" is no extension of files: write it without its dot.", shortened(extension, 20)),
+                    extension};
       const bool isPlain = !extension.empty() && extension.size() <= 16 && isMadeOf(extension, "_-");
       if (!isPlain) throw Fault{formatted("\"%@\" is no extension of files.", shortened(extension, 20)), extension};
       if (projectKindOf("x." + extension) || extension == "vnt" || extension == "vnt2")
         throw Fault{formatted("Files that end in \".%@\" are known already.", extension), extension};
+      if (std::ranges::count(kCommonKinds, extension) > 0)
+        throw Fault{formatted("Files that end in \".%@\" are those of many applications.", extension), extension};
+      if (!met.insert(extension).second)
+        throw Fault{formatted("The extension \"%@\" stands there twice.", extension), extension};
     }
     return extensions;
   }
@@ -169,7 +213,7 @@ class Reader {
     AppDefinition::Item item{.key = textIn(*in, "key"), .name = nameIn(*in), .lockable = lockableIn(*in), .files = {}};
     if (item.key.empty() || item.key.size() > kLongestKey || !isMadeOf(item.key, "") ||
         kDigits.find(item.key.front()) != std::string_view::npos)
-      throw Fault{formatted("\"%@\" is no key: it must be of letters and digits and begin with a letter.",
+      throw Fault{formatted("\"%@\" is no key: it must be of 1 to 64 letters and digits and begin with a letter.",
                             shortened(item.key, kLongestKey)),
                   item.key};
     for (const auto& other : app.items) {
@@ -187,6 +231,9 @@ class Reader {
     if (const std::string fault = rules_.faultOf(pattern, identifiers); !fault.empty())
       throw Fault{formatted("\"%@\" %@.", shortened(pattern, 200), fault), pattern};
     if (!patterns_.insert(pattern).second) throw Fault{formatted("\"%@\" stands there twice.", pattern), pattern};
+    deep_ += isDeep(pattern) ? 1 : 0;
+    if (patterns_.size() > kMostPatterns) throw Fault{"It has more than 200 patterns."};
+    if (deep_ > kMostDeep) throw Fault{"More than 20 of its patterns have two or three components with *."};
   }
 
   void remarkOnOthers(const PropertyListDictionary& in, const std::vector<std::string>& known) {
@@ -204,6 +251,7 @@ class Reader {
   const PatternRules& rules_;
   ReadDefinition read_;
   std::set<std::string> patterns_;
+  std::size_t deep_ = 0;
 };
 
 PropertyListArray textArray(const std::vector<std::string>& texts) {
@@ -212,15 +260,15 @@ PropertyListArray textArray(const std::vector<std::string>& texts) {
 
 // Once: the table never changes.
 struct BuiltInNames {
-  std::set<std::string> names, keys;
+  std::map<std::string, std::string> names, keys;
 
   BuiltInNames() {
     for (const BuiltInApp& app : builtInCatalog()) {
-      names.insert(lowerCased(app.name));
-      for (const BuiltInItem& item : app.items) keys.insert(lowerCased(item.key));
+      names[lowerCased(app.name)];
+      for (const BuiltInItem& item : app.items) keys[lowerCased(item.key)];
     }
-    for (const std::string_view name : kReservedNames) names.emplace(name);
-    for (const std::string_view key : kReservedKeys) keys.emplace(key);
+    for (const std::string_view name : kReservedNames) names[std::string(name)];
+    for (const std::string_view key : kReservedKeys) keys[std::string(key)];
   }
 };
 
@@ -262,23 +310,44 @@ TakenNames::TakenNames() {
 }
 
 DefinitionFault TakenNames::faultOf(const AppDefinition& definition) const {
-  if (names_.contains(lowerCased(definition.name)))
-    return {formatted("Another application is called \"%@\", or the name is reserved.", definition.name),
+  if (count_ == kMostDefinitions) return {"There are 100 definitions already."};
+  if (deep_ + deepPatternsOf(definition) > kMostDeepOfAll)
+    return {"With those before it there are more than 200 patterns that have two or three components with *."};
+  if (const auto taken = names_.find(lowerCased(definition.name)); taken != names_.end())
+    return {formatted(taken->second.empty() ? "Another application is called \"%@\", or the name is reserved."
+                                            : "Another application is called \"%@\": %@ defines it.",
+                      definition.name, taken->second),
             definition.name};
-  for (const AppDefinition::Item& item : definition.items)
-    if (keys_.contains(lowerCased(item.key)) || lowerCased(item.key).starts_with(kUserKey))
+  for (const AppDefinition::Item& item : definition.items) {
+    const auto taken = keys_.find(lowerCased(item.key));
+    if (taken != keys_.end() && !taken->second.empty())
+      return {formatted("The key \"%@\" is taken: %@ has it.", item.key, taken->second), item.key};
+    if (taken != keys_.end() || lowerCased(item.key).starts_with(kUserKey))
       return {formatted("The key \"%@\" is taken or reserved.", item.key), item.key};
+  }
+  for (const std::string& extension : definition.projects)
+    if (const auto taken = projects_.find(extension); taken != projects_.end())
+      return {formatted("Files that end in \".%@\" are the projects of another application: %@ says so.", extension,
+                        taken->second),
+              extension};
   return {};
 }
 
 void TakenNames::take(const AppDefinition& definition) {
-  names_.insert(lowerCased(definition.name));
-  for (const AppDefinition::Item& item : definition.items) keys_.insert(lowerCased(item.key));
+  const std::string source = definition.source.empty() ? "another definition" : definition.source;
+  names_[lowerCased(definition.name)] = source;
+  for (const AppDefinition::Item& item : definition.items) keys_[lowerCased(item.key)] = source;
+  for (const std::string& extension : definition.projects) projects_[extension] = source;
+  deep_ += deepPatternsOf(definition);
+  ++count_;
 }
 
 void TakenNames::release(const AppDefinition& definition) {
   names_.erase(lowerCased(definition.name));
   for (const AppDefinition::Item& item : definition.items) keys_.erase(lowerCased(item.key));
+  for (const std::string& extension : definition.projects) projects_.erase(extension);
+  deep_ -= deepPatternsOf(definition);
+  --count_;
 }
 
 }  // namespace vantory

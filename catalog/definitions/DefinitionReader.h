@@ -1,7 +1,8 @@
 // Makes a definition of an application out of a property list, or says why it is none.
 #pragma once
 
-#include <set>
+#include <cstddef>
+#include <map>
 #include <string>
 #include <variant>
 #include <vector>
@@ -30,7 +31,8 @@ std::variant<ReadDefinition, DefinitionFault> readDefinition(const PropertyList&
 // The reverse; without the source.
 PropertyList propertyListOf(const AppDefinition& definition);
 
-// What has been taken in a catalog, at first by the built-in table. Letters of either case are alike.
+// What has been taken in a catalog, at first by the built-in table, and how much it may hold. Letters of either case
+// are alike.
 class TakenNames {
  public:
   TakenNames();
@@ -40,8 +42,12 @@ class TakenNames {
   void release(const AppDefinition& definition);
 
  private:
-  std::set<std::string> names_;
-  std::set<std::string> keys_;
+  // With the file that has each; empty for what is built in or reserved.
+  std::map<std::string, std::string> names_;
+  std::map<std::string, std::string> keys_;
+  std::map<std::string, std::string> projects_;
+  std::size_t count_ = 0;
+  std::size_t deep_ = 0;  // patterns with several wildcards
 };
 
 }  // namespace vantory

@@ -4,8 +4,10 @@
 #include <filesystem>
 
 #include "base/Paths.h"
+#include "base/Text.h"
 #include "catalog/ProjectKinds.h"
 #include "catalog/definitions/DefinitionFiles.h"
+#include "catalog/definitions/Wildcards.h"
 #include "tests/catalog/CatalogFixture.h"
 
 namespace vantory::test {
@@ -139,6 +141,16 @@ TEST_F(DefinitionsTest, HostileFilesAreRefusedWithTheirLine) {
   const auto withKey = [&](const char* key) { return appWith(item("\"~/.config/editor/rc\"", key)); };
   std::string many;
   for (int i = 0; i < 51; ++i) many += item("\"~/.config/editor/rc\"", "k" + std::to_string(i)) + ",";
+  const auto patternsOf = [](const std::string& folder, int from, int to) {
+    std::string all;
+    for (int i = from; i < to; ++i) all += (all.empty() ? "\"" : ", \"") + folder + std::to_string(i) + '"';
+    return all;
+  };
+  std::string patterns;
+  for (int i = 0; i < 5; ++i)
+    patterns += item(patternsOf("~/.config/editor/", 50 * i, 50 * i + 50), "k" + std::to_string(i),
+                     std::to_string(i) + " Preferences") +
+                ",";
   const std::pair<std::string, const char*> files[] = {
       {"", " It is no property list"},
       {"{ format = 1;\n name = ;}", "2: It is no property list"},
@@ -151,7 +163,16 @@ TEST_F(DefinitionsTest, HostileFilesAreRefusedWithTheirLine) {
       {"{ format = 1; }", "\"name\" is missing"},
       {"{ format = 1; name = (x); }", "\"name\" is no text"},
       {"{ format = 1; name = \"a/b\"; }", "is no name"},
+      {"{ format = 1; name = \"..\"; }", "is no name"},
+      {"{ format = 1; name = \"Final Cut\\U200b Pro\"; }", "is no name"},
+      {"{ format = 1; name = \"Caf\\U0065\\U0301\"; }", "is no name"},
       {"{ format = 1; name = Editor; identifier = (); }", "array of 1 to 10"},
+      {"{ format = 1; name = Editor; identifier = \"x.desktop\"; }", "without its ending"},
+      {"{ format = 1; name = Editor; identifier = (x, x); }", "stands there twice"},
+      {"{ format = 1; name = Editor; identifier = x; projects = \".edit\"; }", "without its dot"},
+      {"{ format = 1; name = Editor; identifier = x; projects = mp4; }", "many applications"},
+      {appWith(patterns), "more than 200 patterns"},
+      {appWith(item(patternsOf("~/.config/editor/*/x*", 0, 21))), "More than 20 of its patterns"},
       {"{ format = 1; name = Editor; identifier = \"../x\"; }", "no identifier"},
       {"{ format = 1; name = Editor; identifier = x; icon = \"/etc/x\"; }", "icon"},
       {"{ format = 1; name = Editor; identifier = x; projects = motn; }", "known already"},
@@ -164,7 +185,7 @@ TEST_F(DefinitionsTest, HostileFilesAreRefusedWithTheirLine) {
       {appWith(item("\"~/.config/editor/rc\", \"~/.config/editor/rc\"")), "stands there twice"},
       {appWith(sound + "," + item("\"~/.config/editor/b\"", "EDITPREFS", "Others")), "Two items have the key"},
       {appWith(sound + ",\n" + item("\"~/.config/editor/b\"", "b")), "Two items are called"},
-      {appWith(sound, "Motion"), "2: Another application is called"},
+      {"// Motion and Motion\n" + appWith(sound, "Motion"), "3: Another application is called"},
       {appWith(sound, "projects"), "is reserved"},
       {withKey("fcpprefs"), "4: The key"},
       {withKey("all"), "taken or reserved"},
@@ -245,6 +266,22 @@ TEST_F(DefinitionsTest, WhatShipsIsSoundAndSaysHowItWasWritten) {
         EXPECT_THAT(name, testing::Not(testing::MatchesRegex(".*([.]db|[.]sqlite|/)$"))) << pattern;
         for (const std::string& kind : app->defined()->projects) EXPECT_NE(name, "*." + kind) << pattern;
       }
+  // No file is looked after twice.
+  std::vector<std::pair<std::string, std::string>> patterns;  // with the application
+  for (const AppList& apps : {buildCatalog(), catalog.apps})
+    for (const auto& app : apps)
+      for (const auto& item : app->children())
+        for (const std::string& pattern : item->files()) {
+          for (const auto& [other, name] : patterns)
+            if (app->defined() && name != app->name()) {
+              const auto one = split(pattern, '/'), two = split(other, '/');
+              const std::size_t common = std::min(one.size(), two.size());
+              EXPECT_FALSE(std::equal(one.begin(), one.begin() + static_cast<std::ptrdiff_t>(common), two.begin(),
+                                      couldBothMatch))
+                  << pattern << " and " << other << " of " << name;
+            }
+          patterns.emplace_back(pattern, app->name());
+        }
   EXPECT_THAT(applicationsOfProject("/a/Film.KDENLIVE", catalog.apps),
               ElementsAre("org.kde.kdenlive", "org.kde.Kdenlive"));
 }
