@@ -27,18 +27,36 @@ bool isFrom(const ReceiptStep& step, const FileTraits& present) {
   return source ? isCopyOf(present, *source) : step.action == FileAction::PutBack;
 }
 
+// By what a receipt is known together with the other attempts at the same, which are taken back with it.
+std::string takenBackWith(const Receipt& receipt) {
+  return receipt.undoes.empty() ? receipt.name : "undo " + receipt.undoes;
+}
+
+// What came back out of the Trash, each path beside what put it there: another may lie in its place since.
+std::set<std::pair<std::string, std::string>> putBackBy(const std::vector<Receipt>& all) {
+  std::set<std::pair<std::string, std::string>> putBack;
+  for (const Receipt& undo : all) {
+    const auto undone = std::ranges::find(all, undo.undoes, &Receipt::name);
+    if (undone == all.end()) continue;
+    for (const ReceiptStep& step : undo.steps)
+      if (step.isDone && step.action == FileAction::PutBack) putBack.emplace(takenBackWith(*undone), step.path);
+  }
+  return putBack;
+}
+
 // Looks what became of the steps that nothing is known of.
 class Inspection {
  public:
   Inspection(const Receipt& receipt, const std::vector<Receipt>& all)
       : begun_(receipt.begun), dates_(trashDates(receipt.begun, receipt.ended)) {
+    const std::set<std::pair<std::string, std::string>> putBack = putBackBy(all);
     std::optional<Timestamp> next;  // a killed task did nothing any more when a later one began
     for (const Receipt& each : all) {
       const TrashDates dates = trashDates(each.begun, each.ended ? each.ended : next);
       next = Timestamp{each.begun.seconds - 2 * kSlack, 0};
       for (const ReceiptStep& step : each.steps) {
         if (!step.isDone || step.action != FileAction::Trash) continue;
-        trash_.leaveOut(step.place, dates);
+        if (!putBack.contains({takenBackWith(each), step.path})) trash_.leaveOut(step.place, dates);
         if (each.name == receipt.name) trashed_.insert(step.path);
         if (each.name > receipt.name && step.traits) claimed_.insert(step.traits->identity.number);
       }
@@ -110,6 +128,7 @@ bool Inspection::lookForTrashed(const ReceiptStep& step, std::vector<ReceiptStep
   ReceiptStep trashed = step;
   trashed.action = FileAction::Trash;
   trashed.place = *place;
+  trashed_.insert(step.path);
   deeds.push_back(std::move(trashed));
   return true;
 }

@@ -172,6 +172,7 @@ bool holdNewestToUndo(const std::vector<Receipt>& receipts) {
 Result<std::vector<Receipt>> receiptsUntil(bool (*areEnough)(const std::vector<Receipt>&)) {
   std::vector<Receipt> receipts;
   std::set<std::string> undone;
+  std::set<std::string> undoneWithAttempts;  // of what took these back no earlier attempt counts either
   const auto names = receiptNames();
   if (!names) {
     QWLog::appendLog("The receipts cannot be read: %@", names.error().text);
@@ -183,7 +184,8 @@ Result<std::vector<Receipt>> receiptsUntil(bool (*areEnough)(const std::vector<R
       QWLog::appendLog("%@", receipt.error().text);
       continue;
     }
-    receipt->isUndone = undone.contains(name);
+    receipt->isUndone = undone.contains(name) || undoneWithAttempts.contains(receipt->undoes);
+    if (receipt->isUndone && !receipt->undoes.empty()) undoneWithAttempts.insert(receipt->undoes);
     const bool isThrough = receipt->outcome == receipt::kWhole || receipt->outcome == receipt::kInPart;
     if (isThrough && !receipt->isUndone) undone.insert(receipt->undoes);
     receipts.push_back(std::move(*receipt));

@@ -181,23 +181,52 @@ TEST_F(UndoTest, OfAKilledUndoOfAKilledRestoreTheRestIsTakenBack) {
   EXPECT_EQ(contents(), "live live live ");
 }
 
-// What the killed undo did already belongs to the one that ended it.
+// What the killed undo did already belongs to the one that ended it, noted or not.
 TEST_F(UndoTest, DoneAgainIsAllThatSeveralAttemptsTookBack) {
   const auto backup = backupOfAll("Set");
   ASSERT_EQ(backup->writeData(report_), WriteResult::Success);
-  fill("live");
-  task("restore", [&](TaskReport& report) { backup->restore(report); });
-  files_.heal();
-  files_.crashAfter(Operation::Move, 1);
-  EXPECT_THROW(undo(), SimulatedCrash);
-  files_.heal();
-  cutNewestAt("{ ended");
-  EXPECT_TRUE(undo().isWhole());
-  EXPECT_EQ(contents(), "live live live ");
-  EXPECT_TRUE(undo(allReceipts()->front()).isWhole());
-  EXPECT_EQ(contents(), "old old old ");
-  EXPECT_TRUE(undo().isWhole());
-  EXPECT_EQ(contents(), "live live live ");
+  for (const char* lost : {"{ ended", "{ done"}) {
+    fill("live");
+    task("restore", [&](TaskReport& report) { backup->restore(report); });
+    files_.heal();
+    files_.crashAfter(Operation::Move, 1);
+    EXPECT_THROW(undo(), SimulatedCrash);
+    files_.heal();
+    cutNewestAt(lost);
+    EXPECT_TRUE(undo().isWhole()) << lost;
+    EXPECT_EQ(contents(), "live live live ");
+    EXPECT_TRUE(undo(allReceipts()->front()).isWhole()) << lost;
+    EXPECT_EQ(contents(), "old old old ");
+    EXPECT_TRUE(undo().isWhole()) << lost;
+    EXPECT_EQ(contents(), "live live live ");
+    std::filesystem::remove_all(*receiptFolder());
+    std::filesystem::remove_all(home_ / ".local/share/Trash");
+  }
+}
+
+// All within a second, so that each item has its name in the Trash for the second time.
+TEST_F(UndoTest, WhatWasDoneAgainInSeveralAttemptsIsTakenBackAtOnce) {
+  for (const char* lost : {"", "{ ended", "{ done"}) {
+    trash();
+    undo();
+    const Receipt undone = allReceipts()->front();
+    files_.heal();
+    if (*lost) {
+      files_.crashAfter(Operation::Trash, 2);
+      EXPECT_THROW(undo(undone), SimulatedCrash);
+      cutNewestAt(lost);
+    } else {
+      files_.fail(Operation::Trash, std::errc::io_error, 2);
+      EXPECT_FALSE(undo(undone).isWhole());
+    }
+    files_.heal();
+    EXPECT_TRUE(undo(undone).isWhole()) << lost;
+    EXPECT_EQ(contents(), "- - - ") << lost;
+    EXPECT_TRUE(undo().isWhole()) << lost;
+    EXPECT_EQ(contents(), "old old old ") << lost;
+    EXPECT_FALSE(newestToUndo(*allReceipts())) << lost;
+    std::filesystem::remove_all(*receiptFolder());
+  }
 }
 
 // What was done when it was ahead comes before what was done since.
