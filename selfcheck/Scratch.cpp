@@ -50,6 +50,8 @@ void clearUnused(Platform& platform, const std::string& parent) {
 Result<Scratch> Scratch::make(Platform& platform, const std::string& parent) {
   const Result<FileInfo> there = platform.files.info(parent, Links::Follow);
   if (!there) return there.error();
+  // Until the new one is held nobody else may take it for one that is used no more.
+  const auto clearing = platform.files.holdFolder(parent, std::chrono::seconds(2));
   clearUnused(platform, parent);
   std::string folder = paths::join(parent, kName + platform.system.uniqueString());
   if (const Status made = platform.files.makeFolder(folder); !made) return made.error();
@@ -65,8 +67,9 @@ Scratch::Scratch(Platform& platform, std::string folder, std::unique_ptr<FolderH
     : platform_(platform), folder_(std::move(folder)), hold_(std::move(hold)) {}
 
 Status Scratch::clear() {
+  Status removed = removeAll(platform_, folder_);
   hold_.reset();
-  return removeAll(platform_, folder_);
+  return removed;
 }
 
 }  // namespace vantory

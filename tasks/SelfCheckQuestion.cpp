@@ -13,6 +13,7 @@
 #include "platform/SystemInfo.h"
 #include "selfcheck/SelfCheck.h"
 #include "services/Runtime.h"
+#include "services/files/QWFileManager.h"
 #include "tasks/Question.h"
 #include "tasks/Refusal.h"
 
@@ -93,8 +94,13 @@ std::string folderFor(const std::vector<std::string>& operands) {
 
 int checkSelf(const QuestionContext& context) {
   Platform& platform = Runtime::current().platform();
-  if (context.operands.size() > 1)
-    return refuseLine("--self-check works in one folder.", platform.system.arguments(), context.output, context.errors);
+  const auto refuse = [&](const std::string& reason) {
+    return refuseLine(reason, platform.system.arguments(), context.output, context.errors);
+  };
+  if (context.operands.size() > 1) return refuse("--self-check works in one folder.");
+  const bool isNamed = !context.operands.empty();
+  if (isNamed && (context.operands.front().empty() || !QWFileManager::isDirectoryAtPath(folderFor(context.operands))))
+    return refuse(formatted("There is no folder \"%@\" to work in.", context.operands.front()));
   const Surroundings around(folderFor(context.operands));
   const std::vector<Checked> checks = checkPlatform(platform, around.folder);
   const bool allHeld = countOf(checks, Outcome::NotHeld) == 0;

@@ -46,7 +46,14 @@ check_in "$where"
 check "a full disk keeps no promise" eval 'ended 1 && finds "replaces a file whole, and on disk" "NOT HELD" && grep -q "No space left" "$work/out" && rm "$where/filler" && empty "$where"'
 mount -o remount,ro "$where"
 check_in "$where"; check "a read-only disk can be told nothing of" eval 'ended 1 && grep -q "NOT HELD .*Read-only file system" "$work/out"'
-check_in "$work/missing"; check "nor can one that is missing" eval 'ended 1 && grep -q "NOT HELD .*No such file" "$work/out" && [ ! -e "$work/missing" ]'
+for folder in "$work/missing" "$program" --bogus ""; do
+  check_in "$folder"; check "no folder: '$folder'" eval 'ended 1 && grep -q "There is no folder" "$work/err" && [ ! -s "$work/out" ]'
+done
+
+# --- Several at once -------------------------------------------------------------------------------------------------
+runs=()
+for run in 1 2 3 4 5 6 7 8; do "$program" --self-check "$work/plain" >"$work/run$run" 2>&1 & runs+=($!); done
+check "none takes another's folder" eval 'for run in "${runs[@]}"; do wait "$run" || { cat "$work"/run*; false; } || break; done && empty "$work/plain"'
 
 # --- Runs that were killed -------------------------------------------------------------------------------------------
 for pause in 0.01 0.03 0.06; do timeout -s KILL "$pause" "$program" --self-check "$work/plain" >/dev/null 2>&1; done 2>/dev/null
