@@ -11,6 +11,7 @@
 #include "backups/LibraryHold.h"
 #include "backups/QWBackup.h"
 #include "backups/ReplacedCopies.h"
+#include "backups/SecretsNotice.h"
 #include "base/Format.h"
 #include "base/Paths.h"
 #include "base/PropertyListBytes.h"
@@ -355,6 +356,7 @@ WriteResult QWBackup::write(TaskReport& report, bool filesOnly) {
     }
     if (auto definitions = definitionsOf(children_, settings); !definitions.empty())
       settings.set(kDefinitionsKey, std::move(definitions));
+    noticeSecrets(children_, settings, path_, report);
     // Written last: it marks the backup as complete.
     if (const Status written = writeSettings(paths::join(path_, kBackupSettingsFile), settings); !written)
       return refuse(written.error());

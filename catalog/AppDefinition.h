@@ -13,6 +13,7 @@ struct AppDefinition {
     std::string name;  // unique in the application
     bool lockable = true;
     std::vector<std::string> files;  // patterns as they are written: "~/..." or below the shared folder
+    std::string secrets = {};        // what they may hold that others should not read, such as "stream keys"; or empty
   };
 
   std::string name;                      // unique in the catalog

@@ -11,6 +11,7 @@
 #include "catalog/definitions/DefinitionFiles.h"
 #include "platform/FileSystem.h"
 #include "platform/SystemInfo.h"
+#include "platform/TrustedFiles.h"
 #include "services/Runtime.h"
 #include "tasks/DryRun.h"
 #include "tasks/ItemListing.h"
@@ -27,6 +28,21 @@ struct CheckedFile {
   std::vector<std::string> remarks = {};  // on what means nothing
   std::shared_ptr<QWApp> app = nullptr;   // of a sound file
 };
+
+// A start leaves out what this finds, whatever is in it. Where the file's folder is none that counts, the file is
+// judged when it has been copied.
+void remarkOnFile(CheckedFile& file) {
+  const std::string name = paths::lastComponent(file.path);
+  if (!name.ends_with(".plist") || name.starts_with('.'))
+    file.remarks.push_back(file.path +
+                           ": a start reads only files whose names end in \".plist\" and begin with no dot.");
+  const auto found = Runtime::current().platform().trustedFiles.read(
+      paths::parent(file.path), name, {.files = 200, .bytes = kLargestDefinition}, TrustedOwners::UserAndSuperuser);
+  if (!found) return;
+  for (const TrustedFile& each : *found)
+    if (each.path == file.path && !each.bytes)
+      file.remarks.push_back(each.bytes.error().text + ". A start leaves it out.");
+}
 
 // Checks each file beside the installed ones, and those that were named before it.
 class CatalogCheck {
@@ -50,6 +66,7 @@ class CatalogCheck {
     }
     earlier_.take(definition);
     checked.app = definedApp(definition, rules_);
+    remarkOnFile(checked);
     return checked;
   }
 

@@ -209,7 +209,7 @@ class Reader {
   AppDefinition::Item itemFrom(const PropertyList& value, const AppDefinition& app) {
     const PropertyListDictionary* in = value.asDictionary();
     if (!in) throw Fault{"An item is no dictionary.", "items"};
-    remarkOnOthers(*in, {"key", "name", "files", "lockable"});
+    remarkOnOthers(*in, {"key", "name", "files", "lockable", "secrets"});
     AppDefinition::Item item{.key = textIn(*in, "key"), .name = nameIn(*in), .lockable = lockableIn(*in), .files = {}};
     if (item.key.empty() || item.key.size() > kLongestKey || !isMadeOf(item.key, "") ||
         kDigits.find(item.key.front()) != std::string_view::npos)
@@ -223,6 +223,9 @@ class Reader {
         throw Fault{formatted("Two items are called \"%@\".", item.name), item.name};
     }
     item.files = textsIn(*in, "files", kMost);
+    if (in->find("secrets")) item.secrets = textIn(*in, "secrets");
+    if (!item.secrets.empty() && !isName(item.secrets))
+      throw Fault{"\"secrets\" must be a text of 100 bytes or fewer, such as \"stream keys\".", "secrets"};
     for (const std::string& pattern : item.files) checkPattern(pattern, app.identifiers);
     return item;
   }
@@ -290,6 +293,7 @@ PropertyList propertyListOf(const AppDefinition& definition) {
     entry.append("key", item.key);
     entry.append("name", item.name);
     if (!item.lockable) entry.append("lockable", false);
+    if (!item.secrets.empty()) entry.append("secrets", item.secrets);
     entry.append("files", textArray(item.files));
     items.push_back(std::move(entry));
   }

@@ -50,7 +50,8 @@ constexpr std::string_view kOthers[] = {
     "iced*", "heroku", "fly", "netlify", "doctl", "oci", "minikube", "helm", "boto*", "s3cfg", "restic", "borg", "duplicity",
     "mysql*", "psql*", "pgpass", "mongo*", "redis*", "xauthority", "iceauthority", "quarrywell*", "com.quarrywell*",
     "org.mozilla*", "org.chromium*", "com.google*", "com.brave*", "com.microsoft*", "com.apple.notes*",
-    "com.apple.mobilesms*"};
+    "com.apple.mobilesms*",
+    "final cut pro user data", "final cut express user data"};
 
 constexpr std::string_view kMakers[] = {"adobe", "apple", "avid", "autodesk", "blackmagic design", "foundry", "kde.org",
                                         "maxon", "meltytech", "red giant", "sony"};

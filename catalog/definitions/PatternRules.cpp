@@ -83,6 +83,8 @@ std::string faultOfText(const std::string& pattern) {
 std::string faultOfComponents(const std::vector<std::string>& components) {
   for (const std::string& component : components)
     if (component.empty() || component == "." || component == "..") return "holds \".\", \"..\" or an empty component";
+  for (const std::string& component : components)
+    if (trimmed(component) != component) return "has a blank at an end of a component";
   if (std::ranges::count_if(components, QWFileManager::isWildcardPath) > kMostWildcards)
     return "has more than three components with *";
   return "";

@@ -145,6 +145,16 @@ TEST_F(CarriedDefinitionsTest, ForItsOwnBackupItsDefinitionGoesFirst) {
   EXPECT_EQ(readFile(settings_), "mine");
 }
 
+TEST_F(CarriedDefinitionsTest, TheFirstBackupTellsOfSecrets) {
+  makeBackup();
+  EXPECT_THAT(report_.notices(), ElementsAre(HasSubstr("\"Preferences\" of OBS Studio may hold passwords: ")));
+  for (const std::string& path : {userFile_, settings_, profile_}) writeFile(path, example());
+  controller().populateApps();
+  report_ = TaskReport();
+  EXPECT_EQ(backupOfAll("C")->writeData(report_), WriteResult::Success);
+  EXPECT_THAT(report_.notices(), IsEmpty());
+}
+
 TEST_F(CarriedDefinitionsTest, BuiltInApplicationsAddNothingToTheSettings) {
   setSmallCatalog("x");
   EXPECT_EQ(backupOfAll("B")->writeData(report_), WriteResult::Success);

@@ -69,6 +69,7 @@ TEST_F(DefinitionsTest, HostilePatternsAreRefused) {
       {"~/.config/../.bashrc/x", "\"..\""},
       {"~/.config/editor/./rc", "\"..\""},
       {"~/.config//editor/rc", "\"..\""},
+      {"~/.config/editor /rc", "a blank at an end"},
       {"~/.config/editor/", "slash"},
       {"~/.config/editor/r?", "stands for others"},
       {"~/$HOME/editor/rc", "stands for others"},
