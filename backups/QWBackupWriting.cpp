@@ -164,7 +164,10 @@ Status ItemCopier::put(const std::string& source, const std::string& copy, bool 
   report_.planned(FileAction::Replace, {{.path = copy, .source = source, .place = place}}, item_);
   if (Status keeping = isFirst && replaces ? replaced_.keep(copy) : Status(); !keeping) return keeping;
   Status done = write();
-  if (done) report_.noted(FileAction::Replace, copy, item_, place);
+  if (done)
+    report_.noted(FileAction::Replace, copy, item_, place);
+  else if (isFirst && replaces)
+    replaced_.drop(copy);
   return done;
 }
 
@@ -316,7 +319,7 @@ void remarkOnEarlier(const std::string& path, TaskReport& report) {
 
 WriteResult QWBackup::writeData(TaskReport& report, bool filesOnly) {
   const WriteResult result = write(report, filesOnly);
-  if (result != WriteResult::Success) remarkOnEarlier(path_, report);
+  if (result != WriteResult::Success || !report.isWhole()) remarkOnEarlier(path_, report);
   return result;
 }
 

@@ -33,6 +33,14 @@ Status ReplacedCopies::keep(const std::string& path) {
   return copy ? (*copy)->commit(StagedCopy::Existing::Keep) : copy.error();
 }
 
+void ReplacedCopies::drop(const std::string& path) {
+  if (QWFileManager::isMissingAtPath(path)) return;  // what is kept is the only one
+  std::string kept = placeFor(path);
+  bool isGone = QWFileManager::removeFile(kept, false).ok();
+  while (isGone && (kept = paths::parent(kept)).size() > folder_.size())
+    isGone = QWFileManager::removeFolderIfEmpty(kept).ok();
+}
+
 void ReplacedCopies::tidy(const std::string& backup) {
   const std::string folder = folderBeside(backup);
   if (QWFileManager::isMissingAtPath(folder)) return;

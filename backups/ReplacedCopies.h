@@ -18,6 +18,8 @@ class ReplacedCopies {
   std::string placeFor(const std::string& path);
   // Keeps a copy of the file or folder, which lies in the backup, and leaves it as it is.
   Status keep(const std::string& path);
+  // What was not replaced after all need not be kept.
+  void drop(const std::string& path);
   // Moves what was kept to the Trash, under one name, and says where it is. It stays beside the backup where that
   // fails.
   void moveToTrash(TaskReport& report);

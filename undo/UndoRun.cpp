@@ -310,7 +310,10 @@ void UndoRun::replaceBack(const ReceiptStep& deed) {
   auto copy = files().stageCopy({.source = earlier, .destination = deed.path, .links = Links::DoNotFollow});
   Status done = copy ? copies.keep(deed.path) : copy.status();
   if (done) done = (*copy)->commit(StagedCopy::Existing::Replace);
-  if (!done) QWLog::appendLog("%@", done.error().text);
+  if (!done) {
+    QWLog::appendLog("%@", done.error().text);
+    copies.drop(deed.path);
+  }
   report_.add(FileAction::Copy, earlier, done, deed.item, deed.path);
   if (done) report_.noted(FileAction::Replace, deed.path, deed.item, kept);
   changedAnything_ |= done.ok();
