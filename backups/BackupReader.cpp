@@ -144,7 +144,8 @@ std::vector<UnknownPart> unknownParts(const PropertyListDictionary& settings, co
     if (!items || name == "projects") continue;
     const bool namesItems = std::ranges::all_of(*items, [](const PropertyList& item) { return item.asString(); });
     if (!namesItems || items->empty()) continue;
-    const auto app = std::ranges::find_if(known, [&](const auto& each) { return each->name() == name; });
+    const auto app =
+        std::ranges::find_if(known, [&application = name](const auto& each) { return each->name() == application; });
     if (app == known.end()) {
       const auto reason = refused.find(name);
       unknown.push_back({name, reason == refused.end() ? kNotDefined : reason->second});

@@ -2,7 +2,7 @@
 # "vantory-catalogs", definitions of further applications.
 # They fit the folders that the build was configured for, so configure it with the prefix /usr (preset "package").
 set(documents ${CMAKE_INSTALL_DATADIR}/doc)
-install(FILES packaging/debian/copyright CHANGELOG.md DESTINATION ${documents}/vantory)
+install(FILES packaging/debian/copyright CHANGELOG.md docs/catalogs.md DESTINATION ${documents}/vantory)
 install(FILES packaging/debian/vantory.lintian-overrides DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides
         RENAME vantory)
 

@@ -10,7 +10,7 @@ fakeroot=$(command -v fakeroot || true)
 DESTDIR="$work/staged" $fakeroot cmake --install "$build" >"$work/out" 2>"$work/err"
 code=$?
 check "into a staging folder, under ${fakeroot:-the present user}" ran
-for file in bin/vantory libexec/vantory/vantory-lock-helper share/doc/vantory/copyright \
+for file in bin/vantory libexec/vantory/vantory-lock-helper share/doc/vantory/copyright share/doc/vantory/catalogs.md \
   share/polkit-1/actions/com.quarrywell.vantory.policy; do
   check "... $file" [ -e "$work/staged/usr/$file" ]
 done
