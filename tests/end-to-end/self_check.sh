@@ -11,9 +11,9 @@ chown -R "$nobody" "$home"
 put "$work/tools/usr/bin/osascript" '#!/bin/sh
 [ "$5" != type ] || echo public.plain-text'
 chmod -R a+rx "$work/tools"
+self_check() { timeout -k 5 60 $(clean_environment) HOME="$home" VANTORY_TEST_TOOLS="$work/tools" "$program" --self-check "$@" </dev/null; }
 check_in() { # FOLDER [OPTION...]
-  timeout -k 5 60 $(clean_environment) HOME="$home" VANTORY_TEST_TOOLS="$work/tools" "$program" --self-check "$@" \
-    >"$work/out" 2>"$work/err" </dev/null
+  self_check "$@" >"$work/out" 2>"$work/err"
   code=$?
 }
 finds() { grep -qE -- "^.* $1 +$2( |\$)" "$work/out"; }
@@ -52,8 +52,8 @@ done
 
 # --- Several at once -------------------------------------------------------------------------------------------------
 runs=()
-for run in 1 2 3 4 5 6 7 8; do "$program" --self-check "$work/plain" >"$work/run$run" 2>&1 & runs+=($!); done
-check "none takes another's folder" eval 'for run in "${runs[@]}"; do wait "$run" || { cat "$work"/run*; false; } || break; done && empty "$work/plain"'
+for run in 1 2 3 4 5 6 7 8; do self_check "$work/plain" >"$work/run$run" 2>&1 & runs+=($!); done
+check "none takes another's folder" eval 'for run in "${runs[@]}"; do wait "$run" || { grep -h "NOT HELD" "$work"/run*; false; } || break; done && empty "$work/plain"'
 
 # --- Runs that were killed -------------------------------------------------------------------------------------------
 for pause in 0.01 0.03 0.06; do timeout -s KILL "$pause" "$program" --self-check "$work/plain" >/dev/null 2>&1; done 2>/dev/null

@@ -90,7 +90,9 @@ TEST_F(WorkspaceTest, FindsAProgramStartedFromATerminalByItsEntry) {
 TEST_F(WorkspaceTest, AnEndedProgramIsGoneAndAReplacedOneIsNot) {
   const std::string program = desktop_.program("bin/ed");
   desktop_.declare(kEd, program);
+  const auto runs = [this] { return *workspace_.isRunning(kEd); };
   Running old(program, kWait);
+  EXPECT_TRUE(soon(runs)) << "it has a name of its own by then";
   fs::rename(desktop_.program("bin/ed.new"), program);
   EXPECT_TRUE(*workspace_.isRunning(kEd));
   fs::remove(program);
@@ -105,6 +107,7 @@ TEST_F(WorkspaceTest, AnEndedProgramIsGoneAndAReplacedOneIsNot) {
   for (const std::string& started : {program, desktop_ / "editor"}) {
     desktop_.declare(kEd, started);
     const Running renamed(started, kWait);
+    EXPECT_TRUE(soon(runs)) << started;
     fs::rename(program, program + ".old");
     desktop_.program("bin/ed");
     EXPECT_TRUE(*workspace_.isRunning(kEd)) << started;
