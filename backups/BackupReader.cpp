@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <map>
-#include <set>
 
 #include "backups/BackupFolder.h"
 #include "backups/BackupLibrary.h"
@@ -47,13 +46,6 @@ const PropertyListArray* arrayIn(const PropertyListDictionary& settings, const s
   return value ? value->asArray() : nullptr;
 }
 
-bool names(const PropertyListArray& list, const std::string& name) {
-  return std::ranges::any_of(list, [&](const PropertyList& entry) {
-    const std::string* text = entry.asString();
-    return text && *text == name;
-  });
-}
-
 // The application as the backup holds it; null when it holds none of its items.
 std::shared_ptr<QWApp> heldApp(const QWApp& app, const PropertyListArray& itemNames,
                                const std::shared_ptr<const BackupFolder>& place) {
@@ -61,7 +53,7 @@ std::shared_ptr<QWApp> heldApp(const QWApp& app, const PropertyListArray& itemNa
   QWApp::Items items;
   items.reserve(app.children().size());
   for (const auto& item : app.children()) {
-    if (!names(itemNames, item->name())) continue;
+    if (!holdsName(itemNames, item->name())) continue;
     const auto copy = item->copy();
     copy->setSelected(On);
     copy->setParent(held);
@@ -174,6 +166,13 @@ std::vector<std::string> linkedProjects(const PropertyListDictionary& settings) 
 
 }  // namespace
 
+bool holdsName(const PropertyListArray& list, const std::string& name) {
+  return std::ranges::any_of(list, [&](const PropertyList& entry) {
+    const std::string* text = entry.asString();
+    return text && *text == name;
+  });
+}
+
 BackupReader::BackupReader()
     : catalog_(BackupLibrary::current().appArray()),
       home_(QWLocalPaths::userDirectory()),
@@ -182,10 +181,12 @@ BackupReader::BackupReader()
 
 // What a catalog file names as well is no invention of the backup's.
 void BackupReader::guardAgainst(QWApp& held) const {
-  std::set<std::string> known;
-  for (const auto& app : catalog_)
-    for (const auto& item : app->children()) known.insert(item->files().begin(), item->files().end());
-  const auto isKnown = [&](const std::string& pattern) { return known.contains(pattern); };
+  const auto isKnown = [&](const std::string& pattern) {
+    return std::ranges::any_of(catalog_, [&](const auto& app) {
+      return std::ranges::any_of(app->children(),
+                                 [&](const auto& item) { return std::ranges::count(item->files(), pattern) > 0; });
+    });
+  };
   for (const auto& item : held.children())
     if (!std::ranges::all_of(item->files(), isKnown))
       item->setPlaceRule([rules = rules_, identifiers = held.identifiers()](const std::string& path) {

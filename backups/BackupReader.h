@@ -6,9 +6,13 @@
 #include <string>
 
 #include "backups/QWBackup.h"
+#include "base/PropertyList.h"
 #include "catalog/definitions/PatternRules.h"
 
 namespace vantory {
+
+// Whether a list of the settings, such as that of an application's items, holds the name.
+bool holdsName(const PropertyListArray& list, const std::string& name);
 
 // What backups are compared with (the catalog, the user's home folder, the default backup's name) is looked up once,
 // so that a reader may serve a whole library.

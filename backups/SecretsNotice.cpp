@@ -1,9 +1,8 @@
 // Reads the settings of the other backups, only where there is something to tell.
 #include "backups/SecretsNotice.h"
 
-#include <algorithm>
-
 #include "backups/BackupNaming.h"
+#include "backups/BackupReader.h"
 #include "backups/LibraryFolder.h"
 #include "base/Format.h"
 #include "base/Paths.h"
@@ -19,9 +18,7 @@ namespace {
 
 bool holds(const PropertyListDictionary& settings, const std::string& app, const std::string& item) {
   const PropertyList* items = settings.find(app);
-  if (!items || !items->asArray()) return false;
-  return std::ranges::any_of(*items->asArray(),
-                             [&](const PropertyList& name) { return name.asString() && *name.asString() == item; });
+  return items && items->asArray() && holdsName(*items->asArray(), item);
 }
 
 bool isHeldElsewhere(const std::string& app, const std::string& item, const std::string& backup) {

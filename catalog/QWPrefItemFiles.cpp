@@ -155,11 +155,13 @@ void QWPrefItem::lockFiles(State state, TaskReport& report, bool refreshParent) 
                                       : QWFileManager::unlockFiles(matches, tellUnlocking);
     // A file that is missing is no part of the report.
     for (std::size_t i = 0; i < matches.size(); ++i) {
-      const bool isLink = !outcomes[i].status && QWFileManager::isSymbolicLinkAtPath(matches[i]);
-      if (isLink) QWLog::appendLog("Skipping %@", QWFileManager::linkLeftOut(matches[i]).text);
-      if (isLink) report.skipped(action, matches[i], QWFileManager::linkLeftOut(matches[i]), key());
-      if (!isLink && (outcomes[i].changed || !outcomes[i].status))
+      if (!outcomes[i].status && QWFileManager::isSymbolicLinkAtPath(matches[i])) {
+        Error cause = QWFileManager::linkLeftOut(matches[i]);
+        QWLog::appendLog("Skipping %@", cause.text);
+        report.skipped(action, matches[i], std::move(cause), key());
+      } else if (outcomes[i].changed || !outcomes[i].status) {
         report.add(action, matches[i], outcomes[i].status, key());
+      }
       if (outcomes[i].wasSo) report.skipped(action, matches[i], {{}, matches[i] + " is not locked"}, key());
     }
   }
