@@ -31,6 +31,7 @@ std::vector<bool> supersededEntries(const std::vector<Entry>& entries) {
 PropertyListDictionary::PropertyListDictionary(std::vector<Entry> entries) : entries_(std::move(entries)) {
   const std::vector<bool> superseded = supersededEntries(entries_);
   if (std::find(superseded.begin(), superseded.end(), true) == superseded.end()) return;
+  repeatsKeys_ = true;
   std::vector<Entry> kept;
   for (std::size_t i = 0; i < entries_.size(); ++i) {
     if (!superseded[i]) kept.push_back(std::move(entries_[i]));

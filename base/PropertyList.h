@@ -43,10 +43,13 @@ class PropertyListDictionary {
 
   const std::vector<Entry>& entries() const { return entries_; }
   bool empty() const;
+  // Whether what was read had a key more than once.
+  bool repeatsKeys() const { return repeatsKeys_; }
   bool operator==(const PropertyListDictionary& other) const;
 
  private:
   std::vector<Entry> entries_;
+  bool repeatsKeys_ = false;
 };
 
 // One value. The as…() functions answer null or none when it is of another type; nothing is converted.

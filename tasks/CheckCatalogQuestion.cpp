@@ -37,7 +37,7 @@ void remarkOnFile(CheckedFile& file) {
     file.remarks.push_back(file.path +
                            ": a start reads only files whose names end in \".plist\" and begin with no dot.");
   const auto found = Runtime::current().platform().trustedFiles.read(
-      paths::parent(file.path), name, {.files = 200, .bytes = kLargestDefinition}, TrustedOwners::UserAndSuperuser);
+      paths::parent(file.path), name, {.files = 200, .bytes = kLargestDefinition}, ownersOfDefinitions());
   if (!found) return;
   for (const TrustedFile& each : *found)
     if (each.path == file.path && !each.bytes)

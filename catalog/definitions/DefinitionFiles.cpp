@@ -11,7 +11,6 @@
 #include "base/PropertyListBytes.h"
 #include "base/Text.h"
 #include "platform/StandardFolders.h"
-#include "platform/TrustedFiles.h"
 #include "platform/Users.h"
 #include "services/QWLocalPaths.h"
 #include "services/Runtime.h"
@@ -136,8 +135,12 @@ class Joining {
 
 }  // namespace
 
+TrustedOwners ownersOfDefinitions() {
+  return platform().users.isSuperuser() ? TrustedOwners::Superuser : TrustedOwners::UserAndSuperuser;
+}
+
 DefinedCatalog readDefinedCatalog(const std::vector<std::string>& keptOut) {
-  const auto owners = platform().users.isSuperuser() ? TrustedOwners::Superuser : TrustedOwners::UserAndSuperuser;
+  const TrustedOwners owners = ownersOfDefinitions();
   std::unique_ptr<Joining> joining;  // where there is anything
   for (const std::string& folder : folders()) {
     const auto files =
@@ -146,7 +149,7 @@ DefinedCatalog readDefinedCatalog(const std::vector<std::string>& keptOut) {
     if (!joining) joining = std::make_unique<Joining>(keptOut);
     joining->beginFolder();
     if (!files) {
-      joining->complain(files.error().text + ". The folder is left out.");
+      joining->complain(formatted("%@. The catalog files in %@ are left out.", files.error().text, folder));
       continue;
     }
     for (const TrustedFile& file : *files) {

@@ -7,6 +7,7 @@
 
 #include "catalog/Catalog.h"
 #include "catalog/definitions/DefinitionReader.h"
+#include "platform/TrustedFiles.h"
 
 namespace vantory {
 
@@ -14,6 +15,9 @@ struct DefinedCatalog {
   AppList apps;                         // by name
   std::vector<std::string> complaints;  // sentences, with file and line: what was left out, or means nothing
 };
+
+// Whose catalog files count in this process.
+TrustedOwners ownersOfDefinitions();
 
 // Reads the machine's files, then the user's; of the same identifier the later counts. In a process of the superuser
 // only the machine's count. `keptOut` is what PatternRules take.

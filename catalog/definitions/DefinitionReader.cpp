@@ -84,6 +84,7 @@ class Reader {
   ReadDefinition read(const PropertyList& value) {
     const PropertyListDictionary* top = value.asDictionary();
     if (!top) throw Fault{"It is no dictionary."};
+    refuseRepeatedKeys(*top, "The application");
     if (const auto format = number(*top, "format"); format != 1)
       throw Fault{format ? "Its format is not 1." : "It says no format, which must be 1.", "format"};
     remarkOnOthers(*top, {"format", "name", "identifier", "icon", "projects", "items"});
@@ -103,6 +104,10 @@ class Reader {
   }
 
  private:
+  static void refuseRepeatedKeys(const PropertyListDictionary& in, std::string_view what, const std::string& at = {}) {
+    if (in.repeatsKeys()) throw Fault{formatted("%@ has one of its keys twice.", what), at};
+  }
+
   // In the old text form every value is a text.
   static std::optional<std::int64_t> number(const PropertyListDictionary& in, std::string_view key) {
     const PropertyList* value = in.find(key);
@@ -211,6 +216,7 @@ class Reader {
     if (!in) throw Fault{"An item is no dictionary.", "items"};
     remarkOnOthers(*in, {"key", "name", "files", "lockable", "secrets"});
     AppDefinition::Item item{.key = textIn(*in, "key"), .name = nameIn(*in), .lockable = lockableIn(*in), .files = {}};
+    refuseRepeatedKeys(*in, "An item", item.key);
     if (item.key.empty() || item.key.size() > kLongestKey || !isMadeOf(item.key, "") ||
         kDigits.find(item.key.front()) != std::string_view::npos)
       throw Fault{formatted("\"%@\" is no key: it must be of 1 to 64 letters and digits and begin with a letter.",

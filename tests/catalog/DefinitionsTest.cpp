@@ -163,6 +163,8 @@ TEST_F(DefinitionsTest, HostileFilesAreRefusedWithTheirLine) {
       {"{ format = 2; }", "1: Its format is not 1"},
       {"{ format = 1; }", "\"name\" is missing"},
       {"{ format = 1; name = (x); }", "\"name\" is no text"},
+      {"{ format = 1; name = x; name = y; }", "has one of its keys twice"},
+      {appWith("{ key = x; name = Preferences; files = a; files = b; }"), "4: An item has one of its keys twice"},
       {"{ format = 1; name = \"a/b\"; }", "is no name"},
       {"{ format = 1; name = \"..\"; }", "is no name"},
       {"{ format = 1; name = \"Final Cut\\U200b Pro\"; }", "is no name"},

@@ -31,6 +31,11 @@ Status checkOwner(int item, const std::string& path, TrustedOwners owners) {
   return {};
 }
 
+bool isLink(int folder, const std::string& name) {
+  struct stat status;
+  return fstatat(folder, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISLNK(status.st_mode);
+}
+
 // Reached from the root by folders that are the superuser's alone, none of them a link.
 Result<Descriptor> openBelowTrusted(const std::string& path) {
   constexpr int kFlags = kernel::kPassOnly | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
@@ -38,8 +43,11 @@ Result<Descriptor> openBelowTrusted(const std::string& path) {
   Descriptor folder(open("/", kFlags));
   for (const std::string_view component : paths::components(path)) {
     if (component != "/") {
-      walked.append("/").append(component);
-      folder = Descriptor(openat(folder.get(), std::string(component).c_str(), kFlags));
+      const std::string name(component);
+      walked.append("/").append(name);
+      Descriptor next(openat(folder.get(), name.c_str(), kFlags));
+      if (!next.valid() && isLink(folder.get(), name)) return distrust(walked, "is a symbolic link");
+      folder = std::move(next);
     }
     if (!folder.valid()) return systemError(walked);
     if (Status trusted = checkOwner(folder.get(), walked.empty() ? "/" : walked, TrustedOwners::Superuser); !trusted)
