@@ -3,6 +3,7 @@
 
 #include "platform/macos/darwin/Darwin.h"
 #include "platform/macos/files/MacChecksums.h"
+#include "platform/macos/files/MacFileMetadata.h"
 #include "platform/macos/files/MacFileSystem.h"
 
 namespace vantory::test {
@@ -13,6 +14,10 @@ std::unique_ptr<FileSystem> Disk::files() const {
 
 std::unique_ptr<Checksums> Disk::checksums() const {
   return std::make_unique<MacChecksums>();
+}
+
+std::unique_ptr<FileMetadata> Disk::metadata() const {
+  return std::make_unique<MacFileMetadata>();
 }
 
 bool Disk::setAttribute(const std::string& path, const std::string& name,

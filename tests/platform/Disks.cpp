@@ -4,9 +4,11 @@
 #include <sys/xattr.h>
 
 #include "platform/linux/files/LinuxChecksums.h"
+#include "platform/linux/files/LinuxFileMetadata.h"
 #include "platform/linux/files/LinuxFileSystem.h"
 #include "platform/macos/darwin/Darwin.h"
 #include "platform/macos/files/MacChecksums.h"
+#include "platform/macos/files/MacFileMetadata.h"
 #include "platform/macos/files/MacFileSystem.h"
 
 namespace vantory::test {
@@ -19,6 +21,11 @@ std::unique_ptr<FileSystem> Disk::files() const {
 std::unique_ptr<Checksums> Disk::checksums() const {
   if (isMac) return std::make_unique<MacChecksums>();
   return std::make_unique<LinuxChecksums>();
+}
+
+std::unique_ptr<FileMetadata> Disk::metadata() const {
+  if (isMac) return std::make_unique<MacFileMetadata>();
+  return std::make_unique<LinuxFileMetadata>();
 }
 
 bool Disk::setAttribute(const std::string& path, const std::string& name,

@@ -10,6 +10,7 @@
 #include <string>
 
 #include "platform/Checksums.h"
+#include "platform/FileMetadata.h"
 #include "platform/FileSystem.h"
 #include "tests/darwin/Volume.h"
 
@@ -23,6 +24,7 @@ struct Disk {
 
   std::unique_ptr<FileSystem> files() const;
   std::unique_ptr<Checksums> checksums() const;
+  std::unique_ptr<FileMetadata> metadata() const;
   // Sets what the program knows as an attribute of that name, or removes it. False where it cannot.
   bool setAttribute(const std::string& path, const std::string& name, const std::optional<std::string>& value) const;
 };

@@ -119,6 +119,29 @@ TEST_P(FileSystemTest, WhatVanishesFromAFolderMeanwhileIsNoted) {
   EXPECT_EQ(readFile(folder / "to/" + names(folder / "to").front()), "whole");
 }
 
+TEST_P(FileSystemTest, ALockedItemStaysWhereItIs) {
+  const auto metadata = GetParam().metadata();
+  for (const char* name : {"file", "folder/inside", "new"}) writeFile(folder / name, name);
+  if (!metadata->setLocked(folder / "file", true)) GTEST_SKIP() << "nothing can be locked here";
+  ASSERT_TRUE(metadata->setLocked(folder / "folder", true).ok());
+  EXPECT_TRUE(files.info(folder / "file", Links::DoNotFollow)->locked);
+  EXPECT_EQ(copy("new", "file", StagedCopy::Existing::Replace).error().code, std::errc::operation_not_permitted);
+  EXPECT_FALSE(files.write(folder / "file", "other", {}).ok());
+  EXPECT_FALSE(files.move(folder / "file", folder / "other").status().ok());
+  EXPECT_FALSE(files.trash(folder / "file", folder / ".Trash/files").status().ok());
+  EXPECT_FALSE(files.openForAppending(folder / "file").status().ok());
+  for (const char* name : {"file", "folder", "folder/inside"}) EXPECT_FALSE(files.remove(folder / name).ok()) << name;
+  EXPECT_EQ(readFile(folder / "file") + readFile(folder / "folder/inside"), "filefolder/inside");
+  ASSERT_TRUE(copy("file", "copy").ok());
+  EXPECT_FALSE(files.info(folder / "copy", Links::DoNotFollow)->locked);
+  ASSERT_TRUE(metadata->setLocked(folder / "folder", false).ok());
+  EXPECT_TRUE(files.remove(folder / "folder").ok());
+  EXPECT_EQ(metadata->setLocked("/dev/null", true).error().code, std::errc::invalid_argument);
+  ASSERT_EQ(symlink("file", (folder / "link").c_str()), 0);
+  EXPECT_FALSE(metadata->setLocked(folder / "link", false).ok());
+  ASSERT_TRUE(metadata->setLocked(folder / "file", false).ok());
+}
+
 TEST_P(FileSystemTest, AFailedWriteLeavesTheOldFile) {
   writeFile(folder / "settings", "old");
   ASSERT_EQ(chmod((folder / "settings").c_str(), 0640), 0);

@@ -91,24 +91,6 @@ TEST_P(MacFilesTest, TellsWhatPrivacySettingsKeepFromIt) {
   ASSERT_TRUE(metadata.setLocked(folder / "guarded/file", false).ok());
 }
 
-TEST_P(MacFilesTest, ALockedItemStaysWhereItIs) {
-  for (const char* name : {"file", "folder/inside", "new"}) writeFile(folder / name, name);
-  for (const char* name : {"file", "folder"}) ASSERT_TRUE(metadata.setLocked(folder / name, true).ok());
-  EXPECT_TRUE(files.info(folder / "file", Links::DoNotFollow)->locked);
-  EXPECT_EQ(copy("new", "file", StagedCopy::Existing::Replace).error().code, std::errc::operation_not_permitted);
-  EXPECT_FALSE(files.move(folder / "file", folder / "other").status().ok());
-  EXPECT_FALSE(files.trash(folder / "file", folder / ".Trash").status().ok());
-  EXPECT_FALSE(files.openForAppending(folder / "file").status().ok());
-  for (const char* name : {"file", "folder", "folder/inside"}) EXPECT_FALSE(files.remove(folder / name).ok()) << name;
-  EXPECT_EQ(readFile(folder / "file") + readFile(folder / "folder/inside"), "filefolder/inside");
-  ASSERT_TRUE(metadata.setLocked(folder / "folder", false).ok());
-  EXPECT_TRUE(files.remove(folder / "folder").ok());
-  EXPECT_EQ(metadata.setLocked("/dev/null", true).error().code, std::errc::invalid_argument);
-  ASSERT_EQ(symlink("file", (folder / "link").c_str()), 0);
-  EXPECT_FALSE(metadata.setLocked(folder / "link", false).ok());
-  ASSERT_TRUE(metadata.setLocked(folder / "file", false).ok());
-}
-
 // A clone is locked for a moment; a process that is killed then leaves it so.
 TEST_P(MacFilesTest, ClearsWhatAKilledProcessLeftLocked) {
   const std::string left = stagingName("copy");
