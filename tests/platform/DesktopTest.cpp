@@ -87,24 +87,9 @@ TEST_F(DesktopTest, WhoNeverAnswersIsAnErrorThatTheHelperOutlives) {
   EXPECT_FALSE(client_.send(kFirst, {"postError:", {"x"}}));
   HelperProcess hanging = bus_->start("task_client.py", {kSecond, "hangs", "postError"});
   EXPECT_EQ(client_.send(kSecond, {"postError:", {"x"}}).error().code, std::errc::timed_out);
-  EXPECT_EQ(started_, 1);
-}
-
-TEST_F(DesktopTest, AnAnnouncementReachesWhoeverListens) {
-  HelperProcess listener = bus_->start("announcement_listener.py");
   LinuxAnnouncements announcements(helper_, users_);
-  ASSERT_TRUE(announcements.announce("QWShortcutKeysReload"));
-  EXPECT_THAT(heardBy(listener), ElementsAre("QWShortcutKeysReload"));
   EXPECT_EQ(announcements.announce("no name").error().code, std::errc::invalid_argument);
   EXPECT_EQ(started_, 1);
-}
-
-TEST_F(DesktopTest, ATaskClientGetsTheMessagesThatItUnderstands) {
-  HelperProcess client = bus_->start("task_client.py", {kFirst, "answers", "postErrorStringuserInfo"});
-  EXPECT_EQ(sent(kFirst, {"postErrorString:userInfo:", {"Größe \xff\n", "Vantory"}}), Answer::Received);
-  EXPECT_THAT(heardBy(client), ElementsAre("postErrorStringuserInfo", "Größe \xef\xbf\xbd\n", "Vantory"));
-  EXPECT_EQ(sent(kFirst, {"postErrorString:", {"text"}}), Answer::NotUnderstood);
-  EXPECT_EQ(sent(kSecond, {"postErrorString:", {"text"}}), Answer::NotRegistered);
 }
 
 TEST_F(DesktopTest, AFrozenBusServesAgainWhenItGoesOn) {

@@ -46,26 +46,7 @@ TEST_F(DocumentsTest, OneThatRefusesIsGivenTheFolder) {
   EXPECT_EQ(given(), desktop_ / "Auto saves|");
 }
 
-TEST_F(DocumentsTest, AddressesAreOpenedByTheirScheme) {
-  if (const std::string reason = SessionBus::missing(); !reason.empty()) GTEST_SKIP() << reason;
-  // A virtual file system, where one is installed, takes "https" for "http".
-  writeFile(desktop_ / "services/org.gtk.vfs.Daemon.service",
-            "[D-BUS Service]\nName=org.gtk.vfs.Daemon\nExec=/usr/libexec/gvfsd --no-fuse\n");
-  const SessionBus bus(desktop_ / "services");
-  desktop_.declare("org.example.Web", recorder("bin/web") + " %u", "MimeType=x-scheme-handler/https;\n");
-  writeFile(desktop_ / ".config/mimeapps.list",
-            "[Default Applications]\nx-scheme-handler/https=org.example.Web.desktop\n");
-  const Status opened = documents_.open("https://example.org/report?app=vantory&version=1.0");
-  ASSERT_TRUE(opened) << opened.error().text;
-  EXPECT_EQ(given(), "https://example.org/report?app=vantory&version=1.0|");
-  EXPECT_FALSE(documents_.open(desktop_ / "missing"));
-}
-
-TEST_F(DocumentsTest, TheMailToolGetsTheFileOrItIsSaidWhyNot) {
-  recorder("bin/xdg-email");
-  const Status mailed = documents_.mail("/tmp/my backup;x.zip");
-  ASSERT_TRUE(mailed) << mailed.error().text;
-  EXPECT_EQ(given(), "--utf8|--attach|/tmp/my backup;x.zip|");
+TEST_F(DocumentsTest, ItIsSaidWhyNothingIsMailed) {
   recorder("bin/xdg-email", "exit 3");
   EXPECT_THAT(documents_.mail("/tmp/a.zip").error().text, HasSubstr("No mail program is installed."));
 }

@@ -1,3 +1,4 @@
+// Jobs handed to the scheduler, and whether a run is due.
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -6,12 +7,17 @@
 
 #include <ctime>
 #include <filesystem>
+#include <memory>
 
+#include "base/Paths.h"
 #include "platform/linux/files/LinuxFileMetadata.h"
 #include "platform/linux/files/LinuxFileSystem.h"
 #include "platform/linux/schedule/LinuxJobControl.h"
+#include "platform/macos/schedule/MacJobControl.h"
 #include "platform/posix/processes/HelperProgram.h"
 #include "platform/posix/processes/PosixProcesses.h"
+#include "tests/platform/StandInTools.h"
+#include "tests/platform/Systems.h"
 #include "tests/support/EnvironmentChange.h"
 #include "tests/support/FakePlatform.h"
 #include "tests/support/FaultyFileSystem.h"
@@ -24,28 +30,24 @@ using std::chrono::hours;
 using std::chrono::milliseconds;
 using std::chrono::seconds;
 using ::testing::ElementsAre;
+using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
-class JobControlTest : public ::testing::Test {
+// What hands jobs to a system's scheduler, with a stand-in for the scheduler's tool.
+class JobControlTest : public SystemTest {
  protected:
   JobControlTest() {
     users_.process = users_.console = User{getuid(), getgid(), home_.path()};
-    systemctlDoes("");
+    toolDoes(kLoads);
   }
 
-  // Stands in for the tool: records its arguments, then does what the script says.
-  void systemctlDoes(const std::string& script) {
-    writeFile(tool_, "#!/bin/sh\necho \"$*\" >> " + calls_ + "\n" + script + "\n");
-    chmod(tool_.c_str(), 0755);
-  }
-  std::string systemctlCalls() {
-    const std::string calls = exists(calls_) ? readFile(calls_) : "";
-    std::filesystem::remove(calls_);
-    return calls;
-  }
-  LinuxJobControl control() {
-    return LinuxJobControl(users_, files_, metadata_, UserManager(users_, tool_, milliseconds(300)));
+  // The tool does what the script says.
+  void toolDoes(const std::string& script) { tools_.put(isMac ? "/bin/launchctl" : "/systemctl", script); }
+  std::unique_ptr<JobControl> control() {
+    if (isMac) return std::make_unique<MacJobControl>(users_, files_, metadata_, LaunchControl(milliseconds(200)));
+    UserManager manager(users_, tools_ / "systemctl", milliseconds(300));
+    return std::make_unique<LinuxJobControl>(users_, files_, metadata_, std::move(manager));
   }
   // Everything that loading may have left in the home.
   std::vector<std::string> left() const {
@@ -54,15 +56,29 @@ class JobControlTest : public ::testing::Test {
       if (!entry.is_directory()) names.push_back(entry.path());
     return names;
   }
+  // Whether the scheduler of a Mac has it.
+  bool isLoaded(const std::string& label) const { return exists(tools_ / label); }
+
+  // Launchd keeps a file for each job that is loaded; "running" says that one runs. Systemd takes every wish.
+  static constexpr const char* kLoads = R"(
+      label=${2##*/}
+      case $1 in
+        bootstrap) label=${3##*/} label=${label%.plist}
+                   [ ! -e $label ] || { echo 'Bootstrap failed: 5: Input/output error' >&2; exit 5; }
+                   : >$label ;;
+        bootout) [ -e $label ] || exit 3; rm $label ;;
+        print) [ -e $label ] || exit 113
+               printf '%s = {\n\tstate = waiting\n\tendpoints = {\n\t\tpid = 1\n\t}\n' $label
+               [ ! -e running ] || printf '\tpid = 7\n'; echo '}' ;;
+      esac)";
 
   const EnvironmentChange config_{"XDG_CONFIG_HOME", std::nullopt};
   const EnvironmentChange state_{"XDG_STATE_HOME", std::nullopt};
   const EnvironmentChange data_{"XDG_DATA_HOME", std::nullopt};
+  StandInTools tools_;
   ScratchFolder home_;
-  ScratchFolder tools_;
-  const std::string tool_ = tools_ / "systemctl";
-  const std::string calls_ = tools_ / "calls";
-  const std::string stamp_ = home_ / ".local/state/com.example.Job.lastrun";
+  const std::string stamp_ =
+      home_ / (isMac ? "Library/Application Support/Vantory/" : ".local/state/") + "com.example.Job.lastrun";
   FakeUsers users_;
   LinuxFileSystem disk_;
   FaultyFileSystem files_{disk_};
@@ -73,57 +89,109 @@ class JobControlTest : public ::testing::Test {
            .interval = hours(24 * 7)};
 };
 
-TEST_F(JobControlTest, AFailureLeavesNothing) {
-  systemctlDoes("echo 'Failed to connect to bus' >&2; echo more >&2; exit 1");
-  const Status refused = control().load(job_);
+VANTORY_ON_EACH_SYSTEM(JobControlTest);
+
+TEST_P(JobControlTest, AFailureLeavesNothing) {
+  toolDoes("[ $1 = print ] && exit 113; echo 'Failed to connect' >&2; echo more >&2; exit 1");
+  const Status refused = control()->load(job_);
   ASSERT_FALSE(refused);
-  EXPECT_EQ(refused.error().text, tool_ + ": Failed to connect to bus");
+  EXPECT_THAT(refused.error().text, EndsWith(": Failed to connect"));
   EXPECT_THAT(left(), IsEmpty());
 
-  systemctlDoes("exec sleep 60");
-  const Status slow = control().load(job_);
-  ASSERT_FALSE(slow);
-  EXPECT_EQ(slow.error().code, std::errc::timed_out);
-  EXPECT_THAT(left(), IsEmpty());
-
-  systemctlDoes("");
-  for (int call = 1; call <= 3; ++call) {
+  toolDoes(kLoads);
+  int writes = 0;
+  for (bool fails = true; fails; ++writes) {
     files_.heal();
-    files_.fail(Operation::Write, std::errc::no_space_on_device, call);
-    EXPECT_FALSE(control().load(job_));
-    EXPECT_THAT(left(), IsEmpty()) << call;
+    files_.fail(Operation::Write, std::errc::no_space_on_device, writes + 1);
+    fails = !control()->load(job_);
+    EXPECT_TRUE(!fails || left().empty()) << writes;
   }
-
+  EXPECT_GE(writes, 3);
   files_.heal();
-  ASSERT_TRUE(control().load(job_));
-  writeFile(home_ / ".config/systemd/user/timers.target.wants/com.example.Job.timer", "");  // by the tool
+  if (!isMac) writeFile(home_ / ".config/systemd/user/timers.target.wants/com.example.Job.timer", "");  // by the tool
   const auto loaded = left();
-  systemctlDoes("exit 1");
-  EXPECT_FALSE(control().load(job_));
+  toolDoes("exit 1");
+  EXPECT_FALSE(control()->load(job_));
   EXPECT_EQ(left(), loaded) << "one that was loaded before stays";
+  if (isMac) return;  // the program's own patience with the tool is not for tests to change
+  toolDoes("exec sleep 60");
+  EXPECT_EQ(control()->load(job_).error().code, std::errc::timed_out);
 }
 
-TEST_F(JobControlTest, RefusesWhatIsNoUsersJob) {
-  LinuxJobControl jobs = control();
-  systemctlCalls();
+TEST_P(JobControlTest, RefusesWhatIsNoUsersJob) {
+  const auto jobs = control();
   for (const char* label : {"", "../x", "a\nb", "-a", "a%i"}) {
     Job bad = job_;
     bad.name.label = label;
-    EXPECT_FALSE(jobs.load(bad)) << label;
-    EXPECT_TRUE(jobs.unload(bad.name));
-    EXPECT_TRUE(jobs.remove(bad.name));
+    EXPECT_FALSE(jobs->load(bad)) << label;
+    EXPECT_TRUE(jobs->unload(bad.name));
+    EXPECT_TRUE(jobs->remove(bad.name));
   }
   Job without = job_;
   without.interval = seconds(0);
-  EXPECT_FALSE(jobs.load(without));
+  EXPECT_FALSE(jobs->load(without));
   Job machine = job_;
   machine.name.domain = JobName::Domain::Machine;
-  EXPECT_THAT(jobs.load(machine).error().text, HasSubstr("not supported"));
-  EXPECT_EQ(systemctlCalls(), "");
-  ASSERT_TRUE(jobs.load(job_));
-  EXPECT_TRUE(jobs.unload(machine.name));
-  EXPECT_TRUE(jobs.remove(machine.name));
-  EXPECT_EQ(left().size(), 3u) << "the user's job of the same label stays";
+  EXPECT_THAT(jobs->load(machine).error().text, HasSubstr("not supported"));
+  EXPECT_EQ(tools_.calls(), "");
+  ASSERT_TRUE(jobs->load(job_));
+  const auto loaded = left();
+  EXPECT_TRUE(jobs->unload(machine.name));
+  EXPECT_TRUE(jobs->remove(machine.name));
+  EXPECT_EQ(left(), loaded) << "the user's job of the same label stays";
+}
+
+TEST_P(JobControlTest, IsReplacedByTheOneOfItsNameAndLeavesNothing) {
+  job_.lastRun = Timestamp{1000, 0};
+  const auto jobs = control();
+  for (int time = 0; time < 2; ++time) ASSERT_TRUE(jobs->load(job_));
+  EXPECT_EQ(jobs->lastRun(job_.name)->seconds, 1000);
+  EXPECT_EQ(jobs->lastTry(job_.name), std::nullopt);
+  for (int time = 0; time < 2; ++time) ASSERT_TRUE(jobs->unload(job_.name));
+  ASSERT_TRUE(jobs->remove(job_.name));
+  EXPECT_THAT(left(), IsEmpty());
+  EXPECT_EQ(jobs->lastRun(job_.name), std::nullopt);
+}
+
+TEST_P(JobControlTest, OnlyARunOfTheJobSetsItsStamp) {
+  job_.lastRun = Timestamp{1000, 0};
+  const auto jobs = control();
+  ASSERT_TRUE(jobs->load(job_));
+  const char* variable = isMac ? "XPC_SERVICE_NAME" : "VANTORY_SCHEDULE_STAMP";
+  for (const char* name : {"0", "../com.example.Job", "com.example.Other"}) {
+    const EnvironmentChange job(variable, name);
+    EXPECT_TRUE(jobs->runSucceeded());
+  }
+  EXPECT_EQ(jobs->lastRun(job_.name)->seconds, 1000);
+  const EnvironmentChange job(variable, isMac ? "com.example.Job" : stamp_);
+  EXPECT_TRUE(jobs->runSucceeded());
+  EXPECT_GT(jobs->lastRun(job_.name)->seconds, 1000);
+  ASSERT_TRUE(jobs->remove(job_.name));
+  EXPECT_TRUE(jobs->runSucceeded());
+  EXPECT_FALSE(exists(stamp_));
+}
+
+class MacJobControlTest : public JobControlTest {};
+INSTANTIATE_TEST_SUITE_P(Its, MacJobControlTest, testing::Values(System::Mac));
+
+// What catches up with missed runs is an agent of its own.
+TEST_P(MacJobControlTest, LoadsTwoAgentsIntoTheSessionAndCutsNoRunOff) {
+  const auto jobs = control();
+  ASSERT_TRUE(jobs->load(job_));
+  EXPECT_TRUE(isLoaded("com.example.Job") && isLoaded("com.example.Job.catchup"));
+  const std::string session = "gui/" + std::to_string(getuid());
+  EXPECT_THAT(tools_.calls(), HasSubstr("launchctl bootstrap " + session + " " + job_.name.file + "\n"));
+  const std::string agent = readFile(home_ / "Library/LaunchAgents/com.example.Job.catchup.plist");
+  for (const std::string& word : {stamp_, std::string("604800"), session + "/com.example.Job"})
+    EXPECT_THAT(agent, HasSubstr("<string>" + word + "</string>"));
+
+  writeFile(tools_ / "running", "");
+  EXPECT_EQ(jobs->unload(job_.name).error().code, std::errc::device_or_resource_busy);
+  EXPECT_FALSE(jobs->load(job_));
+  EXPECT_TRUE(isLoaded("com.example.Job") && exists(stamp_));
+  std::filesystem::remove(tools_ / "running");
+  ASSERT_TRUE(jobs->unload(job_.name));
+  EXPECT_FALSE(isLoaded("com.example.Job") || isLoaded("com.example.Job.catchup"));
 }
 
 // Of the program that the service asks.
@@ -132,7 +200,7 @@ int answer(const std::vector<std::string>& arguments) {
   return process ? (*process)->wait() : -1;
 }
 
-TEST_F(JobControlTest, ARunThatKeepsFailingIsTriedAgainEverLater) {
+TEST_P(JobControlTest, ARunThatKeepsFailingIsTriedAgainEverLater) {
   const auto isDue = [&] { return answer({stamp_, "604800", "1800"}) == 0; };
   const auto anHourLater = [&] {
     struct stat tries {};
@@ -150,16 +218,16 @@ TEST_F(JobControlTest, ARunThatKeepsFailingIsTriedAgainEverLater) {
   for (int hour = 0; hour < 24 * 7; ++hour) anHourLater();
   ASSERT_TRUE(metadata_.setModified(stamp_, Timestamp{std::time(nullptr) - 604800, 0}));
   EXPECT_TRUE(isDue() && isDue()) << "it succeeded meanwhile";
-  ASSERT_TRUE(control().remove(job_.name));
+  ASSERT_TRUE(control()->remove(job_.name));
   EXPECT_THAT(left(), IsEmpty());
 }
 
-TEST_F(JobControlTest, ARunIsDueOneIntervalAfterTheStamp) {
+TEST_P(JobControlTest, ARunIsDueOneIntervalAfterTheStamp) {
   const auto answerAt = [&](seconds age) {
     EXPECT_TRUE(metadata_.setModified(stamp_, Timestamp{std::time(nullptr) - age.count(), 0}));
     return answer({stamp_, "604800", "1800"});
   };
-  std::filesystem::create_directories(home_ / ".local/state");
+  makeFolders(paths::parent(stamp_));
   EXPECT_EQ(answer({stamp_, "604800", "1800"}), 1) << "the first run comes after one interval";
   EXPECT_EQ(answerAt(seconds(604800)), 0);
   EXPECT_EQ(answerAt(seconds(603060)), 0);

@@ -7,14 +7,11 @@
 #include "platform/macos/session/MacDesktop.h"
 #include "platform/macos/session/UserFiles.h"
 #include "platform/posix/processes/PosixProcesses.h"
-#include "tests/darwin/Volume.h"
-#include "tests/platform/MacTools.h"
+#include "tests/platform/StandInTools.h"
 #include "tests/support/FakePlatform.h"
 
 namespace vantory::test {
 namespace {
-
-using Answer = TaskClient::Answer;
 
 class MacDesktopTest : public ::testing::Test {
  protected:
@@ -40,14 +37,12 @@ class MacDesktopTest : public ::testing::Test {
     started_.push_back(std::move(*process));
   }
 
-  MacTools tools_;
+  StandInTools tools_;
   ScratchFolder scratch_;
   FakeUsers users_;
   std::optional<PreferencesDaemon> daemon_{std::in_place, users_};
   UserFiles files_{*daemon_};
   MacWorkspace workspace_{files_, users_, *daemon_};
-  MacDocuments documents_;
-  MacDefaultHandlers handlers_;
   std::vector<std::unique_ptr<Process>> started_;
 };
 
@@ -88,45 +83,14 @@ TEST_F(MacDesktopTest, AnApplicationRunsWhereItsMainProgramDoes) {
   EXPECT_FALSE(*workspace_.isRunning("com.example.Motion"));
 }
 
-TEST_F(MacDesktopTest, EachWishGoesToItsTool) {
+TEST_F(MacDesktopTest, NothingIsTakenForAnOptionOfATool) {
   tools_.put("/usr/bin/open", "");
-  EXPECT_TRUE(workspace_.launchApplication("com.example.App"));
-  EXPECT_TRUE(workspace_.openFile("/a b", "com.example.App"));
-  EXPECT_TRUE(documents_.open("https://example.com"));
-  EXPECT_TRUE(documents_.open("/a"));
-  EXPECT_TRUE(documents_.reveal({"/a", "/b"}));
-  EXPECT_EQ(
-      tools_.calls(),
-      "open -b com.example.App\nopen -b com.example.App /a b\nopen https://example.com\nopen /a\nopen -R /a /b\n");
-  EXPECT_FALSE(documents_.open("-a"));
-  EXPECT_FALSE(documents_.open("file:///etc"));
-  EXPECT_FALSE(documents_.reveal({"/a", "-x"}));
+  MacDocuments documents;
+  EXPECT_TRUE(documents.reveal({"/a", "/b"}));
+  EXPECT_FALSE(documents.reveal({"/a", "-x"}));
+  EXPECT_FALSE(documents.open("file:///etc"));
   EXPECT_FALSE(workspace_.openFile("-x", "com.example.App"));
-  tools_.put("/usr/bin/open", "echo 'LSOpenURLsWithRole() failed with error -10814.' >&2; exit 1");
-  EXPECT_EQ(workspace_.launchApplication("x").error().text,
-            "/usr/bin/open: LSOpenURLsWithRole() failed with error -10814.");
-}
-
-TEST_F(MacDesktopTest, WhatTheDesktopAnswersIsTaken) {
-  tools_.put("/usr/bin/open", "");
-  tools_.answer(
-      "case $1 in find) echo /Applications/A.app ;; mailProgram) echo /M.app ;; type) echo org.x ;; "
-      "viewer) echo Com.Example.App ;; esac");
-  EXPECT_EQ(workspace_.applicationPath("com.example.App"), "/Applications/A.app");
-  EXPECT_EQ(*handlers_.typeOfExtension("fcpxml"), "org.x");
-  EXPECT_EQ(handlers_.defaultViewer("org.x"), "com.example.app");
-  EXPECT_TRUE(handlers_.setDefaultViewer("org.x", "com.example.App"));
-  EXPECT_TRUE(documents_.mail("/report.zip"));
-  EXPECT_TRUE(MacDesktopNotifications().post("Title", "Text", ""));
-  EXPECT_TRUE(MacAnnouncements().announce("Name"));
-  EXPECT_EQ(tools_.calls(),
-            "osascript find com.example.App\nosascript type fcpxml\nosascript viewer org.x\n"
-            "osascript setViewer org.x com.example.App\nosascript mailProgram\nopen -a /M.app /report.zip\n"
-            "osascript notify Title Text\nosascript announce Name\n");
-  tools_.answer("");
-  EXPECT_EQ(workspace_.applicationPath("com.example.App"), std::nullopt);
-  EXPECT_FALSE(documents_.mail("/report.zip"));
-  EXPECT_FALSE(handlers_.typeOfExtension("").ok());
+  EXPECT_EQ(tools_.calls(), "open -R /a /b\n");
 }
 
 TEST_F(MacDesktopTest, PreferencesThatAreReplacedAreReadAnew) {
@@ -154,19 +118,6 @@ TEST_F(MacDesktopTest, PreferencesThatAreReplacedAreReadAnew) {
   ASSERT_TRUE(files_.move(scratch_ / "saved", file));
   daemon_.reset();
   EXPECT_EQ(tools_.calls(), calls + calls + calls + "open -b com.example.App\n" + calls) << "at the end at the latest";
-}
-
-TEST_F(MacDesktopTest, AMessageGoesToWhoeverHasThePort) {
-  MacTaskClient client;
-  tools_.answer("case $3 in odd:) echo unknown ;; *) echo received ;; esac");
-  EXPECT_EQ(*client.send("Service", {"postError:", {"x"}}), Answer::NotRegistered);
-  EXPECT_EQ(tools_.calls(), "");
-  darwin::volume().ports = {"com.quarrywell.Service"};
-  EXPECT_EQ(*client.send("Service", {"postError:", {"x"}}), Answer::Received);
-  EXPECT_EQ(*client.send("Service", {"odd:", {}}), Answer::NotUnderstood);
-  EXPECT_EQ(tools_.calls(),
-            "osascript tell com.quarrywell.Service postError: x\nosascript tell com.quarrywell.Service odd:\n");
-  darwin::volume().ports.clear();
 }
 
 }  // namespace

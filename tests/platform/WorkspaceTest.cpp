@@ -193,15 +193,6 @@ TEST_F(WorkspaceTest, ALaunchedApplicationStandsOnItsOwn) {
   EXPECT_EQ(kill(start.process, 0), 0);
 }
 
-TEST_F(WorkspaceTest, OpensAFileWithAnApplicationNamedInAnotherCase) {
-  desktop_.declare(kEd, recorder() + " --open %f");
-  const std::string film = desktop_ / "my film; touch x\n\xff.fcp";
-  writeFile(film, "data");
-  const Status opened = workspace_.openFile(film, "org.example.ed" + kNumber);
-  ASSERT_TRUE(opened) << opened.error().text;
-  EXPECT_EQ(started().arguments, "--open " + film.substr(0, film.find('\n')));
-}
-
 TEST_F(WorkspaceTest, SaysWhatIsWrongWithAnEntry) {
   const auto failure = [this](const std::string& identifier) {
     const Status launched = workspace_.launchApplication(identifier);

@@ -1,4 +1,4 @@
-// Stands in for the tools of a Mac.
+// Stands in for tools of the system.
 #pragma once
 
 #include <sys/stat.h>
@@ -10,7 +10,7 @@
 
 namespace vantory::test {
 
-class MacTools {
+class StandInTools {
  public:
   // The tool at this path notes what it is started with, one call a line, then does what the shell script says.
   void put(const std::string& tool, const std::string& script, const std::string& before = "") {
