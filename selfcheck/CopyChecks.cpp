@@ -70,6 +70,8 @@ Finding exchangesFolder(const Bench& bench) {
   trial.does(copy(bench, {bench.path("new"), bench.path("there")}, Existing::Replace));
   trial.sees(bench.contentOf(bench.path("there/file")) == "new", "the new one is not there");
   trial.sees(!bench.isThere(old), "something of the old one is left");
+  trial.does(copy(bench, {trial.put("file", "content"), bench.path("there")}, Existing::Replace));
+  trial.sees(bench.contentOf(bench.path("there")) == "content", "no file takes a folder's place");
   return trial.finding();
 }
 

@@ -118,6 +118,9 @@ Status LinuxFileSystem::write(const std::string& path, std::string_view bytes, W
   const FileRights::Scope scope(rights_);
   Result<Place> place = rights_.locate(path);
   if (!place) return place.error();
+  struct stat there;
+  if (fstatat(place->at(), place->name.c_str(), &there, AT_SYMLINK_NOFOLLOW) == 0 && S_ISDIR(there.st_mode))
+    return systemError(path, EISDIR);
   Result<UnnamedFile> file = UnnamedFile::create(*place, path);
   if (!file) return file.error();
   if (const Status written = writeAll(file->get(), bytes, path); !written) return written;

@@ -30,6 +30,19 @@ std::string leafOf(const Place& place) {
   return place.folder.valid() ? place.name : paths::lastComponent(place.name);
 }
 
+// A folder and the file change places; then the folder, which bears the hidden name, is removed.
+int renameOver(int fromFolder, const std::string& hidden, const Place& to, const std::string& path) {
+  const char *from = hidden.c_str(), *final = to.name.c_str();
+  const int renamed = uninterrupted([&] { return renameat(fromFolder, from, to.at(), final); });
+  if (renamed == 0 || errno != EISDIR) return renamed;
+  if (uninterrupted([&] { return renameat2(fromFolder, from, to.at(), final, RENAME_EXCHANGE); }) != 0) {
+    if (errno == EINVAL) errno = EOPNOTSUPP;  // by the file system
+    return -1;
+  }
+  (void)removeItem(fromFolder, hidden, path);
+  return 0;
+}
+
 enum class Work { Ours, LeftBehind };
 
 // Takes hold of an open item of unfinished work, if nobody else has it and it still bears the name. Where the file
@@ -254,7 +267,7 @@ Status UnnamedFile::name(const Place& destination, const std::string& path, Stag
     if (!twin.valid() || !twin.closeWritten()) return systemError(path);
     const int renamed =
         existing == StagedCopy::Existing::Replace
-            ? renameat(hidden_->folder.get(), hidden_->name.c_str(), destination.at(), destination.name.c_str())
+            ? renameOver(hidden_->folder.get(), hidden_->name, destination, path)
             : renameKeeping(hidden_->folder.get(), hidden_->name.c_str(), destination.at(), destination.name.c_str());
     if (renamed != 0) return systemError(path);
     hidden_.reset();
@@ -277,7 +290,7 @@ Status UnnamedFile::replace(const Place& destination, const std::string& path) {
       unlinkat(parent, hidden.c_str(), 0);
       continue;
     }
-    if (uninterrupted([&] { return renameat(parent, hidden.c_str(), parent, folder->name.c_str()); }) == 0) return {};
+    if (renameOver(parent, hidden, *folder, path) == 0) return {};
     if (errno == ENOENT) continue;  // another process took ours for a leftover
     const Error error = systemError(path);
     unlinkat(parent, hidden.c_str(), 0);

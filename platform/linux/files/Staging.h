@@ -25,7 +25,7 @@ class UnnamedFile {
   int get() const { return file_.get(); }
   // Lets go of a file that has not been named; the destructor does the same.
   void discard();
-  // Gives the complete file its destination's name, over an existing file only with Existing::Replace.
+  // Gives the complete file its destination's name, over what is there only with Existing::Replace.
   Status name(const Place& destination, const std::string& path, StagedCopy::Existing existing);
 
  private:

@@ -120,6 +120,9 @@ Result<bool> MacFileSystem::haveSameContent(const std::string& path, const std::
 // The new file is complete, and has what the old one had, before it takes the name. What the drive has been given in
 // order is on its medium when the folder is.
 Status MacFileSystem::write(const std::string& path, std::string_view bytes, WriteOptions options) {
+  darwin::ItemStatus there;
+  if (darwin::statusAt(AT_FDCWD, path.c_str(), darwin::AtEnd::KeepLink, there) == 0 && S_ISDIR(there.mode))
+    return systemError(path, EISDIR);
   auto file = macos::HiddenItem::create(path, macos::HiddenItem::Kind::File);
   if (!file) return file.error();
   if (const Status written = writeAll(file->get(), bytes, path); !written) return written;

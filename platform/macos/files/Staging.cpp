@@ -166,7 +166,6 @@ Status HiddenItem::replace() {
     hidden_.clear();
     return {};
   }
-  if (kind_ == Kind::File) return systemError(path_, EISDIR);
   if (darwin::exchange(place_.at(), hidden_.c_str(), place_.at(), place_.name.c_str()) != 0) {
     if (darwin::isUnsupported(errno))
       return errorWithText(std::errc::not_supported, path_, "this file system replaces no folder in one step");
