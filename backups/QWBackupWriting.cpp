@@ -1,4 +1,5 @@
 // How a backup is written: files first, settings last, on disk before success is told.
+#include <algorithm>
 #include <future>
 #include <unordered_map>
 #include <unordered_set>
@@ -35,13 +36,14 @@ FileSystem& files() {
 }
 
 // Takes the place of an older copy in one step, so that it stays until the new one is whole.
-Status replaceCopy(const std::string& source, const std::string& copy) {
+Status replaceCopy(const std::string& source, const std::string& copy, std::chrono::seconds timeout) {
   // A copy that stays locked refuses to be replaced.
   (void)QWFileManager::unlockFile(copy);
   auto staged = QWFileManager::stageCopy({.source = source, .destination = copy, .checksum = CopyChecksum::Make});
   const Status replaced = staged ? (*staged)->commit(StagedCopy::Existing::Replace) : Status(staged.error());
   if (replaced) return {};
-  if (rightsCouldHelp(replaced.error())) return QWFileManager::copyFile(source, copy, 15s, nullptr, CopyChecksum::Make);
+  if (rightsCouldHelp(replaced.error()))
+    return QWFileManager::copyFile(source, copy, timeout, nullptr, CopyChecksum::Make);
   QWLog::appendLog("Error copying file: %@. Authorizing...", replaced.error().text);
   return replaced;
 }
@@ -61,14 +63,23 @@ class ItemCopier {
   struct Target {
     std::string folder;
     std::string copy;
+    FileType type;
+  };
+  // How a copy comes to its place.
+  struct Manner {
+    bool replaces;
+    std::chrono::seconds timeout;
   };
 
   std::size_t copyFiles(const std::vector<std::string>& sources);
-  bool copyFile(const std::string& source, const std::string& copy, std::unique_ptr<StagedCopy> staged);
+  bool copyFile(const std::string& source, const Target& target, std::unique_ptr<StagedCopy> staged);
   bool copyAvidFile(const std::string& source);
-  Status put(const std::string& source, const std::string& copy, bool replaces, std::unique_ptr<StagedCopy> staged);
+  bool put(const std::string& source, const Target& target, Manner manner, std::unique_ptr<StagedCopy> staged);
+  Status write(const std::string& source, const std::string& copy, Manner manner, std::unique_ptr<StagedCopy> staged);
+  Status update(const std::string& source, const std::string& copy, Manner manner);
   bool note(const std::string& source, const std::string& copy, const Status& copied);
-  bool isThere(const std::string& copy) const;
+  bool isThere(const Target& target) const;
+  std::string madeWith(const std::string& copy) const;
   // Where the file goes, its folder made; none for what is not copied.
   std::optional<Target> targetFor(const std::string& source);
   Target targetFor(const std::string& source, FileType type) const;
@@ -83,6 +94,7 @@ class ItemCopier {
   std::string item_;                                   // key of the item being copied
   std::unordered_set<std::string> folders_;            // prepared in this run
   std::unordered_set<std::string> copies_;             // made in this run
+  std::vector<std::string> copiedFolders_;             // of those, the folders
   std::unordered_map<std::string, std::string> kept_;  // of an update: where what a copy replaced is kept
 };
 
@@ -125,7 +137,7 @@ std::size_t ItemCopier::copyFiles(const std::vector<std::string>& sources) {
     // Now there is a folder to copy to, as a rule that of all others too. What another item has copied comes again
     // whole.
     if (!ahead && !filesOnly_ && !copies_.contains(target->copy)) ahead.emplace(requestsForFiles(sources), i + 1);
-    count += copyFile(sources[i], target->copy, std::move(staged));
+    count += copyFile(sources[i], *target, std::move(staged));
   }
   return count;
 }
@@ -140,51 +152,74 @@ std::vector<CopyRequest> ItemCopier::requestsForFiles(const std::vector<std::str
   return requests;
 }
 
-bool ItemCopier::copyFile(const std::string& source, const std::string& copy, std::unique_ptr<StagedCopy> staged) {
-  const bool replaces = isThere(copy);
-  if (replaces) QWLog::appendLog("Destination file %@ exists - removing...", copy);
-  QWLog::appendLog("Copying %@ to %@", source, copy);
-  if (!note(source, copy, put(source, copy, replaces, std::move(staged)))) return false;
-  copies_.insert(copy);
-  return true;
+bool ItemCopier::copyFile(const std::string& source, const Target& target, std::unique_ptr<StagedCopy> staged) {
+  const bool replaces = isThere(target);
+  if (replaces) QWLog::appendLog("Destination file %@ exists - removing...", target.copy);
+  QWLog::appendLog("Copying %@ to %@", source, target.copy);
+  return put(source, target, {.replaces = replaces, .timeout = 15s}, std::move(staged));
 }
 
-// What replaces something in an update can be taken back. What this run made itself is no loss.
-Status ItemCopier::put(const std::string& source, const std::string& copy, bool replaces,
-                       std::unique_ptr<StagedCopy> staged) {
-  const auto write = [&] {
-    return replaces ? replaceCopy(source, copy)
-                    : QWFileManager::copyFile(source, copy, 15s, std::move(staged), CopyChecksum::Make);
-  };
-  if (!filesOnly_) return write();
-  const bool isFirst = !copies_.contains(copy);
-  if (isFirst && replaces) kept_[copy] = replaced_.placeFor(copy);
-  const auto kept = kept_.find(copy);
-  const std::string place = kept == kept_.end() ? "" : kept->second;
-  report_.planned(FileAction::Replace, {{.path = copy, .source = source, .place = place}}, item_);
-  if (Status keeping = isFirst && replaces ? replaced_.keep(copy) : Status(); !keeping) return keeping;
-  Status done = write();
-  if (done)
-    report_.noted(FileAction::Replace, copy, item_, place);
-  else if (isFirst && replaces)
-    replaced_.drop(copy);
-  return done;
-}
-
-// A new backup holds nothing but what this run put there.
-bool ItemCopier::isThere(const std::string& copy) const {
-  return filesOnly_ ? QWFileManager::itemExistsAtPath(copy) : copies_.contains(copy);
-}
-
-// These have a log line of their own.
+// These have a log line, and a time-out, of their own.
 bool ItemCopier::copyAvidFile(const std::string& source) {
   const auto target = targetFor(source);
   if (!target) return false;
   QWLog::appendLog("Copying Avid user %@ to %@", source, target->copy);
-  if (!note(source, target->copy, put(source, target->copy, isThere(target->copy), nullptr))) return false;
+  if (!put(source, *target, {.replaces = isThere(*target), .timeout = 10s}, nullptr)) return false;
   // Not the copy's path, and normally nobody's: the copy keeps the flag that it has.
   (void)QWFileManager::unlockFile(paths::join(target->folder, source));
   return true;
+}
+
+bool ItemCopier::put(const std::string& source, const Target& target, Manner manner,
+                     std::unique_ptr<StagedCopy> staged) {
+  const std::string& copy = target.copy;
+  const Status done = filesOnly_ ? update(source, copy, manner) : write(source, copy, manner, std::move(staged));
+  if (!note(source, copy, done)) return false;
+  copies_.insert(copy);
+  if (target.type != FileType::Folder) return true;
+  copiedFolders_.push_back(copy);
+  std::erase_if(folders_, [&](const std::string& folder) { return paths::isWithin(folder, copy); });
+  return true;
+}
+
+Status ItemCopier::write(const std::string& source, const std::string& copy, Manner manner,
+                         std::unique_ptr<StagedCopy> staged) {
+  if (manner.replaces) return replaceCopy(source, copy, manner.timeout);
+  return QWFileManager::copyFile(source, copy, manner.timeout, std::move(staged), CopyChecksum::Make);
+}
+
+// What is replaced can be taken back. What this run made itself is no loss; a folder of which a part comes again is
+// noted as it is then.
+Status ItemCopier::update(const std::string& source, const std::string& copy, Manner manner) {
+  const std::string made = madeWith(copy);
+  const std::string& changed = made.empty() ? copy : made;
+  const bool keeps = made.empty() && manner.replaces;
+  if (keeps) kept_[copy] = replaced_.placeFor(copy);
+  const auto kept = kept_.find(changed);
+  const std::string place = kept == kept_.end() ? "" : kept->second;
+  if (changed == copy) report_.planned(FileAction::Replace, {{.path = copy, .source = source, .place = place}}, item_);
+  if (Status keeping = keeps ? ReplacedCopies::keep(copy, place) : Status(); !keeping) return keeping;
+  Status done = write(source, copy, manner, nullptr);
+  if (done)
+    report_.noted(FileAction::Replace, changed, item_, place);
+  else if (keeps)
+    replaced_.drop(copy, place);
+  return done;
+}
+
+// What this run made that is the copy or holds it; empty where there is no such thing.
+std::string ItemCopier::madeWith(const std::string& copy) const {
+  if (copies_.contains(copy)) return copy;
+  const auto holds = [&](const std::string& folder) { return paths::isWithin(copy, folder); };
+  const auto folder = std::ranges::find_if(copiedFolders_, holds);
+  return folder == copiedFolders_.end() ? "" : *folder;
+}
+
+// A new backup holds nothing but what this run put there.
+bool ItemCopier::isThere(const Target& target) const {
+  if (filesOnly_ || target.type == FileType::Folder || !madeWith(target.copy).empty())
+    return QWFileManager::itemExistsAtPath(target.copy);
+  return false;
 }
 
 // A source that has vanished is left out without a word.
@@ -213,13 +248,13 @@ std::optional<ItemCopier::Target> ItemCopier::targetFor(const std::string& sourc
 
 ItemCopier::Target ItemCopier::targetFor(const std::string& source, FileType type) const {
   const std::string copy = paths::join(place_.path(), place_.placeOf(source, type));
-  return {.folder = paths::parent(copy), .copy = copy};
+  return {.folder = paths::parent(copy), .copy = copy, .type = type};
 }
 
 // Once for each folder of a run.
 Status ItemCopier::prepareFolder(const std::string& folder) {
   if (folders_.contains(folder)) return {};
-  if (filesOnly_ && !isReachedWithoutLinks(folder)) {
+  if ((filesOnly_ || !madeWith(folder).empty()) && !isReachedWithoutLinks(folder)) {
     QWLog::appendLog("Nothing is written to %@: a symbolic link leads out of the backup", folder);
     return Error{std::errc::too_many_symbolic_link_levels, folder + ": a symbolic link leads out of the backup"};
   }
@@ -228,7 +263,7 @@ Status ItemCopier::prepareFolder(const std::string& folder) {
   return made;
 }
 
-// An existing backup may come from elsewhere.
+// An existing backup may come from elsewhere, and a copied folder may hold links.
 bool ItemCopier::isReachedWithoutLinks(const std::string& folder) const {
   const std::string backup = place_.path();
   for (std::string path = folder; path.size() > backup.size(); path = paths::parent(path)) {

@@ -23,19 +23,23 @@ std::string folderBeside(const std::string& backup) {
 
 std::string ReplacedCopies::placeFor(const std::string& path) {
   if (folder_.empty()) folder_ = newFolder();
-  return paths::join(folder_, path.substr(backup_.size()));
+  // Of a folder something may be kept that was replaced before it.
+  const std::string below = path.substr(backup_.size());
+  std::string place = paths::join(folder_, below);
+  for (int number = 2; QWFileManager::itemExistsAtPath(place); ++number)
+    place = paths::join(paths::join(folder_, std::to_string(number)), below);
+  return place;
 }
 
-Status ReplacedCopies::keep(const std::string& path) {
-  const std::string kept = placeFor(path);
-  if (Status made = QWFileManager::createDirectory(paths::parent(kept)); !made) return made;
-  auto copy = QWFileManager::stageCopy({.source = path, .destination = kept, .links = Links::DoNotFollow});
+Status ReplacedCopies::keep(const std::string& path, const std::string& place) {
+  if (Status made = QWFileManager::createDirectory(paths::parent(place)); !made) return made;
+  auto copy = QWFileManager::stageCopy({.source = path, .destination = place, .links = Links::DoNotFollow});
   return copy ? (*copy)->commit(StagedCopy::Existing::Keep) : copy.error();
 }
 
-void ReplacedCopies::drop(const std::string& path) {
+void ReplacedCopies::drop(const std::string& path, const std::string& place) {
   if (QWFileManager::isMissingAtPath(path)) return;  // what is kept is the only one
-  std::string kept = placeFor(path);
+  std::string kept = place;
   bool isGone = QWFileManager::removeFile(kept, false).ok();
   while (isGone && (kept = paths::parent(kept)).size() > folder_.size())
     isGone = QWFileManager::removeFolderIfEmpty(kept).ok();

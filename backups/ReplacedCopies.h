@@ -14,12 +14,12 @@ class ReplacedCopies {
  public:
   explicit ReplacedCopies(const std::string& backup) : backup_(backup) {}
 
-  // Where the file or folder, which lies in the backup, is kept until all are.
+  // Where the file or folder, which lies in the backup, is to be kept until all are; another place each time.
   std::string placeFor(const std::string& path);
-  // Keeps a copy of the file or folder, which lies in the backup, and leaves it as it is.
-  Status keep(const std::string& path);
+  // Keeps a copy of the file or folder at that place, and leaves it as it is.
+  static Status keep(const std::string& path, const std::string& place);
   // What was not replaced after all need not be kept.
-  void drop(const std::string& path);
+  void drop(const std::string& path, const std::string& place);
   // Moves what was kept to the Trash, under one name, and says where it is. It stays beside the backup where that
   // fails.
   void moveToTrash(TaskReport& report);

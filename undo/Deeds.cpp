@@ -231,8 +231,12 @@ std::optional<bool> isUnchanged(const ReceiptStep& deed, const Receipt& receipt)
   if (!deed.traits) return false;
   if (deed.action == FileAction::Create && !receipt.ended) return present->isSameItem(*deed.traits);
   // Another file where a later update was taken back, but the same copy. It is kept in the Trash anyway.
-  if (deed.action == FileAction::Replace) return isCopyOf(*present, *deed.traits);
-  return *present == *deed.traits;
+  if (deed.action != FileAction::Replace && !present->isSameItem(*deed.traits)) return false;
+  if (isCopyOf(*present, *deed.traits)) return true;
+  // A folder in which the task itself put a file anew has another time since.
+  return present->size == deed.traits->size && std::ranges::any_of(receipt.steps, [&](const ReceiptStep& step) {
+           return step.isDone && step.path != deed.path && paths::isWithin(step.path, deed.path);
+         });
 }
 
 }  // namespace vantory

@@ -308,11 +308,11 @@ void UndoRun::replaceBack(const ReceiptStep& deed) {
   report_.planned(FileAction::Replace, {{.path = deed.path, .source = earlier, .place = kept}}, deed.item);
   QWLog::appendLog("Copying %@ to %@", earlier, deed.path);
   auto copy = files().stageCopy({.source = earlier, .destination = deed.path, .links = Links::DoNotFollow});
-  Status done = copy ? copies.keep(deed.path) : copy.status();
+  Status done = copy ? ReplacedCopies::keep(deed.path, kept) : copy.status();
   if (done) done = (*copy)->commit(StagedCopy::Existing::Replace);
   if (!done) {
     QWLog::appendLog("%@", done.error().text);
-    copies.drop(deed.path);
+    copies.drop(deed.path, kept);
   }
   report_.add(FileAction::Copy, earlier, done, deed.item, deed.path);
   if (done) report_.noted(FileAction::Replace, deed.path, deed.item, kept);

@@ -11,6 +11,8 @@
 namespace vantory::test {
 namespace {
 
+namespace fs = std::filesystem;
+
 using testing::Contains;
 using testing::UnorderedElementsAre;
 
@@ -311,6 +313,45 @@ TEST_F(UndoTest, AnUpdatedBackupAndALockComeBack) {
   task("trash", [&](TaskReport& report) { report.planned(FileAction::Trash, std::vector{prefs("x")}); });
   EXPECT_TRUE(undo().isWhole());
   EXPECT_THAT(metadata_.locked, UnorderedElementsAre(prefs("a.plist")));
+}
+
+// An item that lies in the folder of another, which comes before or after it; and a folder that becomes a file.
+TEST_F(UndoTest, OverlappingItemsAreWholeAndComeBackWhole) {
+  const std::string all[] = {prefs("sets"), prefs("sets/a"), prefs("kind")};
+  for (const bool folderFirst : {true, false}) {
+    SCOPED_TRACE(folderFirst);
+    const auto put = [&](const std::string& a, const std::string& b, const std::string& kind) {
+      for (const std::string& path : all) fs::remove_all(path);
+      writeFile(prefs("sets/a"), a);
+      writeFile(prefs("sets/deep/b"), b);
+      writeFile(prefs(kind == "folder" ? "kind/in" : "kind"), kind);
+    };
+    const auto in = [](const std::string& folder) {
+      const std::string kind = fs::is_directory(folder + "kind") ? "kind/in" : "kind";
+      return readFile(folder + "sets/a") + readFile(folder + "sets/deep/b") + readFile(folder + kind);
+    };
+    setCatalog({{"A", {all[folderFirst ? 0 : 1]}}, {"B", {all[folderFirst ? 1 : 0]}}, {"C", {all[2]}}});
+    put("1", "2", "folder");
+    const auto backup = backupOfAll("Set");
+    const std::string copies = inLibrary("Set.vnt/Users/user/Library/Preferences/");
+    TaskReport report;
+    ASSERT_EQ(backup->writeData(report), WriteResult::Success);
+    EXPECT_TRUE(report.isWhole());
+    EXPECT_EQ(in(copies), "12folder");
+    put("3", "4", "file");
+    EXPECT_TRUE(task("update", [&](TaskReport& update) { backup->writeData(update, true); }).isWhole());
+    EXPECT_EQ(in(copies), "34file");
+    EXPECT_TRUE(undo().isWhole());
+    EXPECT_EQ(in(copies), "12folder");
+    EXPECT_TRUE(undo(allReceipts()->front()).isWhole());
+    EXPECT_EQ(in(copies), "34file");
+    EXPECT_TRUE(undo().isWhole());
+    EXPECT_TRUE(task("restore", [&](TaskReport& restore) { backup->restore(restore); }).isWhole());
+    EXPECT_EQ(in(prefs("")), "12folder");
+    EXPECT_TRUE(undo().isWhole());
+    EXPECT_EQ(in(prefs("")), "34file");
+    fs::remove_all(*receiptFolder());
+  }
 }
 
 TEST_F(UndoTest, KeepsTheNewestAndThoseOfTasksThatRun) {
