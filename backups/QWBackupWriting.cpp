@@ -232,10 +232,11 @@ std::optional<ItemCopier::Target> ItemCopier::targetFor(const std::string& sourc
     return std::nullopt;
   }
   if (info->type == FileType::SymbolicLink || info->type == FileType::Other) {
-    Error cause = info->type == FileType::SymbolicLink
-                      ? QWFileManager::linkLeftOut(source)
-                      : Error{std::errc::invalid_argument, source + ": it is neither a file nor a folder"};
-    QWLog::appendLog("Skipping %@", cause.text);
+    Error cause =
+        info->type == FileType::SymbolicLink
+            ? QWFileManager::linkLeftOut(source)
+            : Error{std::errc::invalid_argument, source + " is neither a file nor a folder and was left out."};
+    QWLog::appendLog("%@", cause.text);
     report_.skipped(FileAction::Copy, source, std::move(cause), item_);
     return std::nullopt;
   }

@@ -157,7 +157,7 @@ void QWPrefItem::lockFiles(State state, TaskReport& report, bool refreshParent) 
     for (std::size_t i = 0; i < matches.size(); ++i) {
       if (!outcomes[i].status && QWFileManager::isSymbolicLinkAtPath(matches[i])) {
         Error cause = QWFileManager::linkLeftOut(matches[i]);
-        QWLog::appendLog("Skipping %@", cause.text);
+        QWLog::appendLog("%@", cause.text);
         report.skipped(action, matches[i], std::move(cause), key());
       } else if (outcomes[i].changed || !outcomes[i].status) {
         report.add(action, matches[i], outcomes[i].status, key());

@@ -148,6 +148,7 @@ bool ItemRestoring::putBack(const std::string& place, const std::string& path) {
 
 // The old file goes first, because a copy never takes an existing item's name, and returns where the copy then fails.
 Status ItemRestoring::replace(const Staged& staged, const std::string& source, const std::string& destination) {
+  const auto link = Runtime::current().platform().metadata.linkTarget(destination);
   const auto trashed = trashLiveFile(destination);
   QWLog::appendLog("Copying file %@ to %@", source, destination);
   Status copied = putInPlace(staged, source, destination);
@@ -155,6 +156,8 @@ Status ItemRestoring::replace(const Staged& staged, const std::string& source, c
   if (!trashed) return copied ? copied : trashed.status();
   if (trashed->empty() || (!copied && putBack(*trashed, destination))) return copied;
   report_.done(FileAction::Trash, destination, item_, *trashed);
+  if (link && copied)
+    report_.notice(formatted("%@ is a symbolic link to %@: a file of its own takes its place.", destination, *link));
   return copied;
 }
 

@@ -27,8 +27,12 @@ Status OverlayMetadata::setLockedAt(const std::string& path, bool locked) {
   Change change{.kind = locked ? Change::Kind::Lock : Change::Kind::Unlock, .path = path};
   const auto info = files_.info(path, Links::DoNotFollow);
   if (!info) return info.error();
-  if (info->type != FileType::File && info->type != FileType::Folder)
-    return changes_.refuse(std::move(change), std::errc::invalid_argument);
+  if (info->type != FileType::File && info->type != FileType::Folder) {
+    change.refusal = info->type == FileType::SymbolicLink ? "it is a symbolic link" : "it is no file and no folder";
+    Error error{std::errc::invalid_argument, path + ": " + *change.refusal};
+    changes_.add(std::move(change));
+    return error;
+  }
   if (info->locked == locked) return {};
   tree_.own(paths::normalized(path)).locked = locked;
   changes_.add(std::move(change));

@@ -53,15 +53,16 @@ bool isAutomaticBackup(const std::string& path) {
 }
 
 void tellOfImport(const std::string& path, bool restored, const TaskReport& report) {
-  if (!restored)
+  if (!restored) {
     reportResult(formatted("The backup \"%@\" could not be restored", backupName(path)),
                  isAutomaticBackup(path) ? "It is an automatic backup. You can restore it from among the autosaves."
                                          : "Your preferences are as they were.",
                  report, Retry::None);
-  else if (!reportIncompleteRestore(report))
+    tellNotices(report);
+  } else if (!reportIncompleteRestore(report)) {
     QWAlert::alertSheetWithMessageText("Restoration complete",
                                        withCauses("You may now relaunch your applications.", report));
-  tellNotices(report);
+  }
 }
 
 void import(const std::string& path) {
