@@ -126,6 +126,11 @@ bool reportResult(const std::string& failure, const std::string& reason, const T
   return QWAlert::alertSheetWithMessageText(texts) == QWAlert::Alternate && retry == Retry::Offered;
 }
 
+bool reportWriting(const std::string& failure, const std::string& reason, const TaskReport& report) {
+  if (report.hasFailures()) return reportResult(failure, reason, report);
+  return reportResult("Some files were left out", "Everything else is in the backup.", report, Retry::None);
+}
+
 bool startTask(std::function<void()> work) {
   if (SerialWork::tasks().add(std::move(work))) return true;
   reportFailure("The task could not be begun",
@@ -145,6 +150,7 @@ void reportFailedPruning(const TaskReport& report) {
 
 // A restore that put nothing back is none, even where nothing failed.
 std::optional<bool> reportIncompleteRestore(const TaskReport& report, Retry retry) {
+  tellNotices(report);
   const bool any = report.hasDone(FileAction::Restore);
   if (any && report.isWhole()) return std::nullopt;
   return reportResult(any ? "Not everything could be restored" : "Nothing was restored",

@@ -27,6 +27,10 @@ void tellNotices(const TaskReport& report);
 bool reportResult(const std::string& failure, const std::string& reason, const TaskReport& report,
                   Retry retry = Retry::Offered);
 
+// The same for what wrote into a backup: where nothing failed it tells what was left out on purpose, such as a link,
+// which another try would leave out too.
+bool reportWriting(const std::string& failure, const std::string& reason, const TaskReport& report);
+
 // Hands the work over to the tasks, which run one after the other on another thread. False, and the person told, where
 // the system has no thread to give: then nothing is done. Any thread.
 bool startTask(std::function<void()> work);
@@ -37,8 +41,8 @@ std::string withCauses(const std::string& text, const TaskReport& report);
 // Tells of old automatic backups that could not be removed; nothing where all were.
 void reportFailedPruning(const TaskReport& report);
 
-// Tells of files that were not put back, and answers whether the person wants it tried again; none, and nothing told,
-// where all were. Any thread.
+// Tells what was done otherwise than asked for, then of files that were not put back, and answers whether the person
+// wants it tried again; none, and nothing told, where all were. Any thread.
 std::optional<bool> reportIncompleteRestore(const TaskReport& report, Retry retry = Retry::None);
 
 }  // namespace vantory

@@ -90,7 +90,7 @@ bool QWBackupOutlineController::writeOnce(const std::shared_ptr<QWBackup>& backu
       parts_.restoreController.reload();
       MainThread::shared().runAndWait([&] { selectBackupInRestoreTab(backup); });
       tellNotices(report);
-      if (!report.isWhole()) again = reportResult("Not everything could be backed up", "", report);
+      if (!report.isWhole()) again = reportWriting("Not everything could be backed up", "", report);
       break;
   }
   return again;

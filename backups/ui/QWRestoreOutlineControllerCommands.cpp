@@ -180,7 +180,7 @@ bool QWRestoreOutlineController::updateOnce(QWBackup& backup) {
   receipt.end();
   mainThread.runAndWait([this] { parts_.spinner.stopAnimation(); });
   if (written != WriteResult::Success || !report.isWhole())
-    return reportResult("Unable to update files", "An error occurred when updating files for this backup.", report);
+    return reportWriting("Unable to update files", "An error occurred when updating files for this backup.", report);
   QWAlert::alertSheetWithMessageText("Files successfully updated",
                                      "This backup is now using the latest preferences on your system.");
   return false;

@@ -218,9 +218,13 @@ TEST_F(RestorePaneTest, UpdatingAsksFirstAndClaimsNoMoreThanWasDone) {
   EXPECT_EQ(readFile(inTrash("Clean (replaced copies)") + copy), "preferences");
   files_.fail(Operation::StageCopy, std::errc::no_space_on_device, FaultyFileSystem::kEveryCall);
   finishAfter(&QWRestoreOutlineController::updateFiles);
+  files_.heal();
+  std::filesystem::remove(prefs("editor.plist"));
+  std::filesystem::create_symlink(home_ / "elsewhere", prefs("editor.plist"));
+  finishAfter(&QWRestoreOutlineController::updateFiles);
   const std::string question = "Do you want to update the files of \"Clean\"?";
-  EXPECT_THAT(alerts_,
-              ElementsAre(question, question, "Files successfully updated", question, "Unable to update files"));
+  EXPECT_THAT(alerts_, ElementsAre(question, question, "Files successfully updated", question, "Unable to update files",
+                                   question, "Some files were left out"));
 }
 
 TEST_F(RestorePaneTest, TheDeleteKeyRemovesBackupsOnly) {
