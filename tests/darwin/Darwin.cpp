@@ -129,8 +129,9 @@ bool copyContent(int source, int copy) {
   for (off_t position = 0;;) {
     const ssize_t count = pread(source, piece, sizeof piece, position);
     if (count <= 0) return count == 0;
-    if (pwrite(copy, piece, static_cast<std::size_t>(count), position) != count) return false;
-    position += count;
+    const ssize_t written = pwrite(copy, piece, static_cast<std::size_t>(count), position);
+    if (written < 0) return false;
+    position += written;
   }
 }
 

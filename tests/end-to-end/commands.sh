@@ -36,14 +36,13 @@ fi
 check "five logs are kept" [ "$(cd "$home/Library/Logs/Quarrywell" && echo *)" = "Vantory.task.1.log Vantory.task.2.log Vantory.task.3.log Vantory.task.4.log Vantory.task.5.log" ]
 
 # --- Undo ------------------------------------------------------------------------------------------------------------
-items=$trash; [ "$system" = macos ] || items=$trash/files
 rm -r "$trash"
 run -trash fcpPrefs,motionPrefs
 run --undo
 check "what was trashed comes back" eval 'ran && holds "$preferences/$fcp" fcp && holds "$preferences/$motion" motion'
 run -trash fcpPrefs,motionPrefs
-[ "$system" = linux ] || mv "$items/$fcp" "$items/of another name"
-rm "$items/$motion"; put "$items/$motion" other
+[ "$system" = linux ] || mv "$trashed/$fcp" "$trashed/of another name"
+rm "$trashed/$motion"; put "$trashed/$motion" other
 [ "$system" = macos ] || sed -i 's/^DeletionDate=.*/DeletionDate=2031-01-01T00:00:00/' "$trash/info/$motion.trashinfo"
 run --undo
 check "... and nothing that has its name there only" eval 'ended 0 && told "Vantory: $preferences/$motion is no longer in the Trash." && holds "$preferences/$fcp" fcp && [ ! -e "$preferences/$motion" ]'

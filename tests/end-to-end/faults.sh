@@ -36,7 +36,7 @@ if is_root; then
   run -backup New
   check "no space in the middle of a backup" eval 'ended 0 && told && incomplete New && unharmed && grep -q "No space left on device" "$log"'
   run -backup Old
-  check "the old backup of the name is in the Trash or in place" eval '[ -e "$library/Old.vnt/Users/user/Library/Preferences/$motion" ] || [ -e "$trash/files/Old.vnt/Settings.plist" ]'
+  check "the old backup of the name is in the Trash or in place" eval '[ -e "$library/Old.vnt/Users/user/Library/Preferences/$motion" ] || [ -e "$trashed/Old.vnt/Settings.plist" ]'
 
   volume_home size=2000k
   run -backup All
@@ -61,7 +61,7 @@ fi
 # --- Things in the way -----------------------------------------------------------------------------------------------
 rm -rf "${homes}anna"; fill_home anna
 put "$library/X.vnt" "a file"; give "$home"
-run -backup X; check "a file for a backup goes to the Trash" eval 'ran && holds "$trash/files/X.vnt" "a file" && [ -d "$library/X.vnt" ] && unharmed'
+run -backup X; check "a file for a backup goes to the Trash" eval 'ran && holds "$trashed/X.vnt" "a file" && [ -d "$library/X.vnt" ] && unharmed'
 rm -rf "$trash"; put "$trash" "a file"; give "$home"
 run -trash -allfiles; check "a file for the Trash: nothing is trashed, and said so" eval 'ended 0 && told && unharmed'
 run -backup X; check "nor is a backup written over" eval 'ended 0 && told && [ -e "$library/X.vnt/Settings.plist" ]'
@@ -93,7 +93,7 @@ check "-list to a full device ends with 1 and says so" eval 'ended 1 && grep -q 
 rm -rf "$preferences/com.quarrywell.Vantory.plist" "$home/Library/Logs" "$trash"
 as_user bash -c 'umask 000; exec "$@"' _ "$program" -backup Masked
 as_user bash -c 'umask 000; exec "$@"' _ "$program" -trash motionPrefs
-check "umask 000: settings, log, Trash and backup are private" [ "$(stat -c %a "$settings" "$log" "$trash" "$trash/files" "$trash/info" "$library/Masked.vnt" "$library/Masked.vnt/Users" | sort -u | paste -sd,)" = 600,700 ]
+check "umask 000: settings, log, Trash and backup are private" [ "$(stat -c %a "$settings" "$log" "$trash" "$trashed" "$library/Masked.vnt" "$library/Masked.vnt/Users" | sort -u | paste -sd,)" = 600,700 ]
 cd "$work" || exit 1
 for value in relative "" /nonexistent/home; do
   put "$preferences/$motion" motion; give "$home"

@@ -85,8 +85,8 @@ use_home() {
   library="$home/Library/Application Support/Quarrywell/Vantory/Backups"
   log=$home/Library/Logs/Quarrywell/Vantory.task.1.log
   settings=$preferences/com.quarrywell.Vantory.plist
-  trash=$home/.local/share/Trash
-  [ "$system" = linux ] || trash=$home/.Trash
+  trash=$home/.local/share/Trash trashed=$home/.local/share/Trash/files
+  [ "$system" = linux ] || trash=$home/.Trash trashed=$home/.Trash
   mkdir -p "$preferences"
 }
 

@@ -28,7 +28,7 @@ def show(path, name):
         return
     link = stat.S_ISLNK(status.st_mode)
     attributes = [] if link else sorted((key, os.getxattr(path, key)) for key in os.listxattr(path)
-                                         if key != 'user.vantory.xxh128')
+                                         if not key.endswith('user.vantory.xxh128'))
     print(name, oct(status.st_mode), status.st_mtime_ns, content(path, status), attributes)
     if stat.S_ISDIR(status.st_mode):
         for entry in sorted(os.listdir(path)):

@@ -14,14 +14,14 @@ trashers=50
 for i in $(seq $trashers); do
   use_home "h$i"
   put "$preferences/com.apple.motion.plist" "number $i"
-  mkdir -p "$home/.local/share"; ln -s "${homes}shared/Trash" "$trash"
+  mkdir -p "$(dirname "$trash")"; ln -s "${homes}shared/Trash" "$trash"
 done
 for i in $(seq $trashers); do use_home "h$i"; quiet -trash motionPrefs & done
 wait
-can=${homes}shared/Trash
-check "fifty trashes of one name: fifty entries, each with its note" eval '[ "$(count "$can/files" -type f)" = $trashers ] && [ "$(count "$can/info" -name "*.trashinfo")" = $trashers ]'
-notes_match() { local i; for i in "$can"/files/*; do grep -qx "Path=${homes}h$(sed 's/number //' "$i")/Library/Preferences/com.apple.motion.plist" "$can/info/$(basename "$i").trashinfo" || return 1; done; }
-check "each note names the place of its own file" notes_match
+can=${homes}shared/Trash${trashed#"$trash"}
+check "fifty trashes of one name: fifty entries" eval '[ "$(count "$can" -type f)" = $trashers ]'
+notes_match() { local i; for i in "$can"/*; do grep -qx "Path=${homes}h$(sed 's/number //' "$i")/Library/Preferences/com.apple.motion.plist" "${homes}shared/Trash/info/$(basename "$i").trashinfo" || return 1; done; }
+[ "$system" = macos ] || check "each with a note that names its own place" eval '[ "$(count "${homes}shared/Trash/info" -name "*.trashinfo")" = $trashers ] && notes_match'
 
 # --- Two backups of one name -----------------------------------------------------------------------------------------
 use_home anna
@@ -31,7 +31,7 @@ manifest "$user_data/Button Bars" >"$work/bars"
 whole() { [ -e "$1/Settings.plist" ] && manifest "$1/Users/user/Library/Preferences/Final Cut Pro User Data/Button Bars" | diff "$work/bars" -; }
 for round in 1 2 3; do quiet -backup Same & quiet -backup Same & quiet -backup Same & quiet -backup Same & wait; done
 check "backups of one name: the library holds a whole one" whole "$library/Same.vnt"
-all_whole() { local backup; for backup in "$trash"/files/Same*.vnt; do whole "$backup" || return 1; done; }
+all_whole() { local backup; for backup in "$trashed"/Same*.vnt; do whole "$backup" || return 1; done; }
 check "those that it replaced lie whole in the Trash" all_whole
 check "nothing else lies in the library" [ "$(ls -A "$library" | paste -sd,)" = Same.vnt ]
 
