@@ -6,4 +6,4 @@ also=("${3:-}")
 begin ordinary "$@"
 need strace
 strace -o "$work/trace" true 2>/dev/null || skip "tracing is not permitted here"
-exec /usr/bin/python3 "$(dirname "${BASH_SOURCE[0]}")/fault_loop.py" "$program" "$work/services_driver" --every "$2" "${@:4}"
+exec /usr/bin/python3 "$(dirname "${BASH_SOURCE[0]}")/fault_loop.py" "$program" "$work/$(basename "$3")" --every "$2" "${@:4}"

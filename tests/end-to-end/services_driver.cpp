@@ -11,7 +11,6 @@
 #include "backups/QWDataController.h"
 #include "backups/QWLaunchd.h"
 #include "base/Text.h"
-#include "platform/linux/LinuxPlatform.h"
 #include "services/Runtime.h"
 #include "services/files/QWAuthorization.h"
 #include "services/files/QWFileManager.h"
@@ -19,6 +18,7 @@
 #include "services/settings/QWUserDefaults.h"
 #include "services/threads/MainThread.h"
 #include "settings/ui/LibraryMove.h"
+#include VANTORY_PLATFORM_HEADER
 
 namespace {
 
@@ -86,7 +86,7 @@ const std::map<std::string, std::function<bool(const Operands&)>> kOperations = 
 
 int main(int count, char** list) {
   const Operands arguments(list, list + count);
-  LinuxPlatform platform(arguments);
+  VANTORY_PLATFORM platform(arguments);
   Runtime runtime(platform.platform());
   runtime.shared<MainThread>();
   QWLog::createNewLog("Driver");

@@ -24,9 +24,10 @@ import subprocess
 import sys
 import tempfile
 
-CALLS = ('openat,write,ftruncate,copy_file_range,fsync,syncfs,close,renameat,renameat2,linkat,symlinkat,'
-         'unlinkat,mkdirat,mkdir,fchmod,fchown,utimensat,fsetxattr,ioctl,flock')
+CALLS = ('openat,write,pwrite64,ftruncate,copy_file_range,fsync,fdatasync,syncfs,close,renameat,renameat2,linkat,symlinkat,'
+         'unlinkat,mkdirat,mkdir,fchmod,fchown,utimensat,fsetxattr,setxattr,ioctl,flock')
 FAULTS = ['signal=SIGKILL', 'error=EIO', 'error=ENOSPC', 'error=EACCES', 'error=EINTR']
+ON_DARWIN = os.environ.get('VANTORY_SYSTEM') == 'macos'  # where an owner locks without a helper
 TRASHES = ('.local/share/Trash/files', '.Trash')  # of each system
 LIBRARY = 'Library/Application Support/Quarrywell/Vantory/Backups'
 AUTOMATIC = [f'Autosaves/Auto Backup 2026-01-0{day}_00_00_00.vnt' for day in (1, 2, 3)]
@@ -63,6 +64,8 @@ def read(path):
 
 
 def is_locked(path):
+    if ON_DARWIN:
+        return 'user.darwin.flags' in os.listxattr(path)
     flags = array.array('L', [0])
     with open(path, 'rb') as file:
         fcntl.ioctl(file, 0x80086601, flags)  # FS_IOC_GETFLAGS
@@ -99,8 +102,8 @@ class Bench:
             'undo-restore': [program, '-restore', self.backup],
             'undo-update': [program, '--update', 'Old'],
         }.get(task)
-        user = pwd.getpwnam('vanna').pw_uid if task == 'lock' else os.getuid()
-        self.user = ['setpriv', f'--reuid={user}', f'--regid={user}', '--clear-groups'] if task == 'lock' else []
+        user = pwd.getpwnam('vanna').pw_uid if needs_helper(task) else os.getuid()
+        self.user = ['setpriv', f'--reuid={user}', f'--regid={user}', '--clear-groups'] if needs_helper(task) else []
         self.new = {name: content.replace(b'old', b'new').replace(b'bar', b'BAR') for name, content in FILES.items()}
         self.template = os.path.join(scratch, 'template')
         # A home with a backup of the files as they were, automatic ones, and newer files in place.
@@ -118,7 +121,7 @@ class Bench:
         subprocess.run(['cp', '-a', self.home, self.template], check=True)
 
     def clear(self):
-        if self.task == 'lock':
+        if needs_helper(self.task):
             subprocess.run(['chattr', '-R', '-f', '-i', self.home], check=True)
         for folder in (self.home, self.other):
             shutil.rmtree(folder, ignore_errors=True)
@@ -254,6 +257,10 @@ class Bench:
         return f'left behind: {left}' if left else None
 
 
+def needs_helper(task):
+    return task == 'lock' and not ON_DARWIN
+
+
 def points_of(bench, log):
     """The system calls of a run that change files of the home: name, number of that call, and the call itself."""
     bench.reset()
@@ -275,7 +282,7 @@ def missing_for(task):
     """What the machine lacks; none when the task can be tried."""
     if task == 'move' and os.stat('/tmp').st_dev == os.stat('/dev/shm').st_dev:
         return '/dev/shm is no file system of its own'
-    if task == 'lock' and os.getuid() != 0:
+    if needs_helper(task) and os.getuid() != 0:
         return 'needs root'
     return None
 
@@ -298,10 +305,13 @@ def main():
         with tempfile.TemporaryDirectory(prefix='vfault') as scratch, \
                 tempfile.TemporaryDirectory(prefix='vhome', dir='/tmp') as home, \
                 tempfile.TemporaryDirectory(prefix='vother', dir='/dev/shm') as other:
-            bench = Bench(options, task, scratch, pwd.getpwnam('vanna').pw_dir if task == 'lock' else home, other)
+            bench = Bench(options, task, scratch, pwd.getpwnam('vanna').pw_dir if needs_helper(task) else home, other)
             log = os.path.join(scratch, 'log')
             points = points_of(bench, log)
             print(f'{task}: {len(points)} calls', flush=True)
+            if not points:
+                failed += 1
+                print(f'BAD {task}: nothing was done')
             for call, number, line in points[::options.every]:
                 for fault in FAULTS[:1] if call == 'close' or task == 'undo-update' else FAULTS:
                     wrong = bench.try_fault(call, number, fault)
