@@ -33,6 +33,17 @@ Folder below(const Folder& folder, std::string_view component) {
   return paths::join(*folder, component);
 }
 
+// By what they are: a volume may find a name in any case and normal form, and know more than one way to a folder.
+bool isAmong(const std::vector<std::string>& folders, const std::string& path) {
+  if (std::ranges::find(folders, path) != folders.end()) return true;
+  const FileSystem& files = platform().files;
+  const auto item = files.info(path, Links::DoNotFollow);
+  return item && std::ranges::any_of(folders, [&](const std::string& folder) {
+           const auto known = files.info(folder, Links::DoNotFollow);
+           return known && known->identity == item->identity;
+         });
+}
+
 // A whole character of UTF-8, however many bytes it has.
 void dropLastCharacter(std::string_view& text) {
   const auto continues = [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0) == 0x80; };
@@ -146,8 +157,7 @@ bool QWLocalPaths::isPathSystemDirectory(std::string_view path, bool exactMatch)
     path.remove_suffix(1);
     dropLastCharacter(path);
   }
-  const std::vector<std::string> folders = protectedFolders(platform().folders, userDirectory());
-  if (std::find(folders.begin(), folders.end(), path) != folders.end()) return true;
+  if (isAmong(protectedFolders(platform().folders, userDirectory()), std::string(path))) return true;
   if (exactMatch) return false;
   // Plain prefixes on purpose: "/usrdata" and "/Systems" are protected too.
   for (const std::string_view prefix : {"/usr", "/var", "/private/var", "/System"})

@@ -91,6 +91,9 @@ TEST_F(AuthorizationTest, RefusesProtectedFolders) {
   EXPECT_FALSE(authorization.authTrashFile(folder));
   EXPECT_FALSE(authorization.authRemoveFile(folder + "/"));
   EXPECT_FALSE(authorization.authMoveFile("/", home_ / "x"));
+  makeFolders(folder);
+  std::filesystem::create_directory_symlink(home_.path(), home_ / "again");
+  EXPECT_FALSE(authorization.authRemoveFile(home_ / "again/Library/Preferences")) << "by another way";
   EXPECT_FALSE(authorization.authMoveFolderContents(folder, home_ / "x"));
   EXPECT_FALSE(authorization.authTrashFolderContents(folder, true));
   EXPECT_THAT(fakes_.privileged.calls, IsEmpty());
