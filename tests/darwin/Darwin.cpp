@@ -9,6 +9,8 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cctype>
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
@@ -49,6 +51,41 @@ std::string wayTo(int folder, const char* name) {
 
 std::string wayTo(int item) {
   return "/proc/self/fd/" + std::to_string(item);
+}
+
+// ASCII in one case, and letters with a diaeresis taken apart.
+std::string inOneForm(std::string_view name) {
+  std::string form;
+  for (std::size_t i = 0; i < name.size(); ++i) {
+    const std::string_view two = name.substr(i, 2);
+    const std::string_view letters = "aeiou";
+    const std::string_view composed[] = {"\u00e4", "\u00eb", "\u00ef", "\u00f6", "\u00fc"};
+    const auto* const found = std::ranges::find(composed, two);
+    if (found == std::end(composed)) {
+      form += static_cast<char>(std::tolower(static_cast<unsigned char>(name[i])));
+      continue;
+    }
+    form.append(1, letters[static_cast<std::size_t>(found - composed)]).append("\u0308");
+    ++i;
+  }
+  return form;
+}
+
+// The name as it is kept: each part of a path that is not there is looked for in its folder.
+std::string asKept(int folder, const char* name) {
+  namespace fs = std::filesystem;
+  if (!volume().findsAnyForm) return name;
+  fs::path kept = *name == '/' ? "/" : "";
+  for (const fs::path& part : fs::path(name).relative_path()) {
+    const std::string above = wayTo(folder, kept.empty() ? "." : kept.c_str());
+    fs::path next = kept / part;
+    if (faccessat(folder, next.c_str(), F_OK, AT_SYMLINK_NOFOLLOW) != 0)
+      for (std::error_code failure; const fs::directory_entry& entry : fs::directory_iterator(above, failure))
+        if (inOneForm(entry.path().filename().native()) == inOneForm(part.native()))
+          next = kept / entry.path().filename();
+    kept = next;
+  }
+  return kept;
 }
 
 std::uint32_t flagsOf(const std::string& path) {
@@ -150,7 +187,9 @@ int statusOf(int item, ItemStatus& status) {
   return 0;
 }
 
-int statusAt(int folder, const char* name, AtEnd link, ItemStatus& status) {
+int statusAt(int folder, const char* asked, AtEnd link, ItemStatus& status) {
+  const std::string itsName = asKept(folder, asked);
+  const char* const name = itsName.c_str();
   struct statx found;
   const int flags = link == AtEnd::KeepLink ? AT_SYMLINK_NOFOLLOW : 0;
   if (statx(folder, name, flags, STATX_BASIC_STATS | STATX_BTIME, &found) != 0) return -1;
@@ -163,7 +202,9 @@ int statusAt(int folder, const char* name, AtEnd link, ItemStatus& status) {
   return 0;
 }
 
-int openAt(int folder, const char* name, int flags, mode_t mode) {
+int openAt(int folder, const char* asked, int flags, mode_t mode) {
+  const std::string itsName = asKept(folder, asked);
+  const char* const name = itsName.c_str();
   const bool writes = (flags & O_ACCMODE) != O_RDONLY;
   if (writes && (flags & O_EXCL) == 0 && isLocked(folder, name)) return fail(EPERM);
   if (!writes && lgetxattr(wayTo(folder, name).c_str(), kGuarded, nullptr, 0) >= 0) return fail(EPERM);

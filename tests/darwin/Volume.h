@@ -12,6 +12,7 @@ struct Volume {
   bool renamesExclusively = true;
   bool exchanges = true;
   bool locksFiles = true;                 // at the moment that they are made
+  bool findsAnyForm = false;              // of a name: in other cases and normal forms, to look at and to open
   std::vector<std::string> flushes = {};  // "order", "drive" and "volume", as they came
   std::set<std::string> ports = {};       // who can be reached by messages
 };

@@ -7,6 +7,7 @@
 #include "platform/macos/session/MacDesktop.h"
 #include "platform/macos/session/UserFiles.h"
 #include "platform/posix/processes/PosixProcesses.h"
+#include "tests/darwin/Volume.h"
 #include "tests/platform/StandInTools.h"
 #include "tests/support/FakePlatform.h"
 
@@ -91,6 +92,24 @@ TEST_F(MacDesktopTest, NothingIsTakenForAnOptionOfATool) {
   EXPECT_FALSE(documents.open("file:///etc"));
   EXPECT_FALSE(workspace_.openFile("-x", "com.example.App"));
   EXPECT_EQ(tools_.calls(), "open -R /a /b\n");
+}
+
+TEST_F(MacDesktopTest, PreferencesAreKnownUnderAnyNameOfTheirs) {
+  tools_.put("/usr/bin/killall", "");
+  users_.process->home = scratch_ / "Users/Zo\u00eb";
+  darwin::volume().findsAnyForm = true;
+  const std::string home = scratch_ / "users/Zoe\u0308/";
+  writeFile(scratch_ / "Users/Zo\u00eb/Library/Preferences/a.plist", "");
+  writeFile(scratch_ / "Users/Zo\u00eb/Library/Containers/x/Data/Library/Preferences/b.plist", "");
+  daemon_->beforeReading(home + "library/containers/x/data/library/a.plist");
+  daemon_->beforeReading(home + "library/b.plist");
+  EXPECT_EQ(tools_.calls(), "");
+  daemon_->beforeReading(home + "library/preferences/a.plist");
+  EXPECT_EQ(tools_.calls(), "killall -u anna cfprefsd\n");
+  daemon_->beforeChange(home + "library/containers/x/data/library/preferences/new.plist");
+  daemon_->forgetChanged();
+  EXPECT_EQ(tools_.calls(), "killall -u anna cfprefsd\nkillall -u anna cfprefsd\n");
+  darwin::volume() = {};
 }
 
 TEST_F(MacDesktopTest, PreferencesThatAreReplacedAreReadAnew) {

@@ -1,9 +1,13 @@
 // Ends the daemon where the user's preferences are concerned.
 #include "platform/macos/session/PreferencesDaemon.h"
 
+#include <fcntl.h>
+
 #include <chrono>
+#include <optional>
 
 #include "base/Paths.h"
+#include "platform/FileSystem.h"
 #include "platform/macos/darwin/Darwin.h"
 #include "platform/posix/processes/ToolRun.h"
 
@@ -13,6 +17,29 @@ namespace {
 
 constexpr std::chrono::seconds kPatience{10};
 
+std::optional<FileIdentity> identityOf(const std::string& path) {
+  darwin::ItemStatus status;
+  if (darwin::statusAt(AT_FDCWD, path.c_str(), darwin::AtEnd::FollowLink, status) != 0) return std::nullopt;
+  return FileIdentity{status.device, status.number};
+}
+
+// By what the folders above it are: a volume finds a name in any case and normal form. Of a folder that is missing the
+// text tells.
+bool liesIn(const std::string& path, const std::string& folder) {
+  if (paths::isWithin(path, folder)) return true;
+  const auto wanted = identityOf(folder);
+  for (std::string above = path; wanted && above.size() > 1; above = paths::parent(above))
+    if (identityOf(above) == wanted) return true;
+  return false;
+}
+
+// In whatever folder that is laid out as a home.
+bool liesInPreferences(const std::string& path) {
+  for (std::string above = paths::parent(path); above.size() > 1; above = paths::parent(above))
+    if (liesIn(path, above + "/Library/Preferences")) return true;
+  return false;
+}
+
 }  // namespace
 
 // Those of sandboxed applications lie in containers, laid out as a home is.
@@ -20,10 +47,9 @@ bool PreferencesDaemon::keeps(const std::string& path) const {
   const std::optional<User> user = users_.processUser();
   if (!user) return false;
   const std::string library = user->home + "/Library";
-  if (paths::isWithin(path, library + "/Preferences")) return true;
-  const bool isInContainer =
-      paths::isWithin(path, library + "/Containers") || paths::isWithin(path, library + "/Group Containers");
-  return isInContainer && path.find("/Library/Preferences", library.size()) != std::string::npos;
+  if (liesIn(path, library + "/Preferences")) return true;
+  const bool isInContainer = liesIn(path, library + "/Containers") || liesIn(path, library + "/Group Containers");
+  return isInContainer && liesInPreferences(path);
 }
 
 void PreferencesDaemon::beforeReading(const std::string& path) {
