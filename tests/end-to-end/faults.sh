@@ -47,7 +47,14 @@ if is_root; then
   fill_home anna
   mkdir -p /Volumes/readonly; mount -t tmpfs -o "mode=777" tmpfs /Volumes/readonly; as_user mkdir /Volumes/readonly/library
   as_user /usr/bin/python3 "$here/plist.py" write "$settings" xml backupPath=/Volumes/readonly/library
-  run -backup Kept motionPrefs; mount -o remount,ro /Volumes/readonly
+  run -backup Kept motionPrefs; first=$(stat -c %i /Volumes/readonly/library/Kept.vnt)
+  run -backup Kept motionPrefs
+  disk_trash=/Volumes/readonly/.Trash-$nobody/files; [ "$system" = linux ] || disk_trash=/Volumes/readonly/.Trashes/$nobody
+  check "a replaced backup lies in the Trash of its own disk" eval 'ran && [ "$(stat -c %i "$disk_trash/Kept.vnt")" = "$first" ] && [ ! -e "$trashed/Kept.vnt" ]'
+  [ "$system" = linux ] || mv "$disk_trash/Kept.vnt" "$disk_trash/of another name"
+  run --undo
+  check "... and is put back from there" eval 'ran && [ "$(stat -c %i /Volumes/readonly/library/Kept.vnt)" = "$first" ] && [ "$(count "$disk_trash" -mindepth 1 -maxdepth 1 -name "Kept*")" = 1 ]'
+  mount -o remount,ro /Volumes/readonly
   run -backup Kept
   check "a read-only library: the old backup stays" eval 'ended 0 && grep -qx "Vantory: Error writing backup file" "$work/err" && [ -e /Volumes/readonly/library/Kept.vnt/Settings.plist ] && unharmed'
   run -restore /Volumes/readonly/library/Kept.vnt; check "and restored from" eval 'ended 0 && said "" && unharmed'
