@@ -1,18 +1,19 @@
 // The command lines of the system's tools.
 #include "platform/macos/system/MacSystemTools.h"
 
+#include "platform/macos/darwin/Darwin.h"
+
 namespace vantory {
 
 ToolCall MacSystemTools::zip(const std::string& item, const std::string& archive) const {
-  return {"/usr/bin/ditto", {"-c", "-k", "--keepParent", item, archive}};
+  return {darwin::toolPath("/usr/bin/ditto"), {"-c", "-k", "--keepParent", item, archive}};
 }
 
 std::optional<ToolCall> MacSystemTools::registerApplication(const std::string& application) const {
   if (!application.ends_with(".app")) return std::nullopt;
-  return ToolCall{
-      "/System/Library/Frameworks/CoreServices.framework/Versions/A/Frameworks/LaunchServices.framework/"
-      "Versions/A/Support/lsregister",
-      {"-f", application}};
+  return ToolCall{darwin::toolPath("/System/Library/Frameworks/CoreServices.framework/Versions/A/Frameworks/"
+                                   "LaunchServices.framework/Versions/A/Support/lsregister"),
+                  {"-f", application}};
 }
 
 // The item is no part of the script.
@@ -24,7 +25,7 @@ std::optional<ToolCall> MacSystemTools::refreshView(const std::string& item) con
       "tell application id \"com.apple.finder\" to update changed\n"
       "end ignoring\n"
       "end run";
-  return ToolCall{"/usr/bin/osascript", {"-e", kScript, item}};
+  return ToolCall{darwin::toolPath("/usr/bin/osascript"), {"-e", kScript, item}};
 }
 
 }  // namespace vantory
