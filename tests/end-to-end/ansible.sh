@@ -55,6 +55,8 @@ run_unit() {
 check "a unit that does what it says" eval 'run_unit && [ -n "$(find /tmp/two/home/vanna -name "Auto Backup*.vnt")" ]'
 play setup.yml
 check "a second run changes nothing" eval 'ended 0 && changed 0'
+play setup.yml -e vantory_daily_backup=no
+check "switched off by a word, as the command line gives it" eval 'ended 0 && [ ! -L /tmp/two/etc/systemd/system/timers.target.wants/vantory-homes.timer ]'
 play run.yml --check -e '{"vantory_task": ["-trash"]}'
 check "a check asks for a preview" eval 'ended 0 && changed 0 && [ -e /tmp/one/home/vanna/Library/Preferences/com.apple.motion.plist ] && [ "$(rows "^\"(one|two)\",\"/home/v(anna|greeter)\",\"v(anna|greeter)\",\"0\",\"1\"")" = 4 ]'
 play run.yml -e '{"vantory_task": ["-backup", "Before, \"now\""]}'
