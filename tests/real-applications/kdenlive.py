@@ -1,8 +1,8 @@
-"""Kdenlive, as its user works it."""
+"""Kdenlive, as its user works it. At its start it complains of packages that it misses."""
 from desktop import is_checked, menu, press, shows, window
 
 NAME = 'Kdenlive'
-PACKAGES = 'kdenlive'
+PACKAGES = 'kdenlive frei0r-plugins mediainfo'
 ENTRY = 'org.kde.kdenlive'
 PROCESS = 'kdenlive'
 KEY = 'kdenlivePrefs'
