@@ -36,7 +36,7 @@ def ends():
 
 def launch():
     """As a desktop starts it from its menu."""
-    desktop.start('gio', 'launch', f'/usr/share/applications/{editor.ENTRY}.desktop')
+    desktop.start('gtk-launch', editor.ENTRY)
     return editor.has_started()
 
 

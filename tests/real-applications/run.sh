@@ -20,7 +20,7 @@ packages_of() { sed -n "s/^PACKAGES = '\(.*\)'/\1/p" "$editors/$1.py"; }
 install_packages() {
   mkdir "$root/packages"
   cp "$folder"/*.deb "$root/packages"
-  apt update && apt install xvfb xfwm4 xdotool imagemagick dbus gvfs libglib2.0-bin at-spi2-core python3-pyatspi procps \
+  apt update && apt install xvfb xfwm4 xdotool imagemagick dbus gvfs libglib2.0-bin libgtk-3-bin at-spi2-core python3-pyatspi procps \
     qt6-qpa-plugins $(cd "$root" && printf '/%s\n' packages/*.deb) $(for editor; do packages_of "$editor"; done)
 }
 
