@@ -15,6 +15,7 @@ def start_display():
     atexit.register(server.kill)
     os.environ['DISPLAY'] = ':' + server.stdout.readline().decode().strip()
     os.environ['QT_LINUX_ACCESSIBILITY_ALWAYS_ON'] = '1'
+    os.environ['GTK_MODULES'] = 'gail:atk-bridge'  # GTK 2 knows them as packages of their own
     # Its services need it too: without a mark of theirs on the display, Qt 5 reaches assistive technologies by chance.
     subprocess.run(['dbus-update-activation-environment', 'DISPLAY'], check=True)
     subprocess.run(['gdbus', 'call', '--session', '-d', 'org.a11y.Bus', '-o', '/org/a11y/bus', '-m',

@@ -34,9 +34,13 @@ def ends():
     return wait_until(lambda: not runs())
 
 
-def launch():
+def ask_for_start():
     """As a desktop starts it from its menu."""
     desktop.start('gtk-launch', editor.ENTRY)
+
+
+def launch():
+    ask_for_start()
     return editor.has_started()
 
 
@@ -56,6 +60,17 @@ def spoil():
     preferences.write_bytes(half[:half.rfind(b'\n') + 1] or half)
 
 
+def trash_by_command():
+    """The cure where it does not even start."""
+    ask_for_start()
+    say(editor.refuses_to_start() and ends(), 'with half of them it does not start, and says so')
+    trashed = vantory('-trash', editor.KEY)
+    say(trashed.returncode == 0 and not preferences.exists() and launch() and editor.has_defaults(),
+        'a command trashes them, and it starts with defaults')
+    editor.quit()
+    say(ends() and preferences.exists(), '... and quits')
+
+
 def do(what):
     """For what not every editor has."""
     if hasattr(editor, what):
@@ -63,7 +78,7 @@ def do(what):
 
 
 def restore_while_it_runs():
-    say(launch(), 'it starts with them spoilt')
+    say(launch(), 'it starts with what there is of them')
     do('dismiss_greeting')
     editor.work()
     say(editor.has_unsaved_work(), '... and its user has work that is not saved')
@@ -122,9 +137,12 @@ def restore():
 
 os.chdir(home)
 desktop.start_display()
+do('start_sound')
 try:
     set_up_and_back_up()
     spoil()
+    if hasattr(editor, 'refuses_to_start'):
+        trash_by_command()
     restore_while_it_runs()
     trash_in_the_window()
     restore()
