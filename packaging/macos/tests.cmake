@@ -1,5 +1,5 @@
 # Tests that a user with a Mac can run, beside the self-check: those of what knows no system, and of what each platform's
-# disk promises. Built for Apple's processor with Debian's sources of GoogleTest; nothing here can run them.
+# disk promises. Built with Debian's sources of GoogleTest; nothing here can run them.
 set(googletest /usr/src/googletest)
 if(NOT EXISTS ${googletest})
   message(STATUS "tests for macOS: no, there are no sources of GoogleTest")

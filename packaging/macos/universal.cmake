@@ -2,9 +2,14 @@
 include(ExternalProject)
 find_package(Python3 REQUIRED COMPONENTS Interpreter)
 
-# The tests, the window, which no program has yet, and its rooms are compiled for one processor: that shows that they know no system.
+# The window, which no program has yet, and its rooms are compiled for one processor: that shows that they know no system.
+set(programs vantory vantory-due)
+set(tests)
+if(EXISTS /usr/src/googletest)
+  set(tests base_tests platform_tests)
+endif()
 set(targets_aarch64 all)
-set(targets_x86_64 vantory vantory-due)
+set(targets_x86_64 ${programs} ${tests})
 
 foreach(processor aarch64 x86_64)
   ExternalProject_Add(${processor}
@@ -24,7 +29,7 @@ endforeach()
 set(join ${Python3_EXECUTABLE} ${CMAKE_SOURCE_DIR}/packaging/macos/universal.py)
 set(folder ${CMAKE_BINARY_DIR}/universal)
 set(steps)
-foreach(program vantory vantory-due)
+foreach(program ${programs} ${tests})
   list(APPEND steps
     COMMAND ${join} join ${folder}/${program} ${CMAKE_BINARY_DIR}/aarch64/${program} ${CMAKE_BINARY_DIR}/x86_64/${program}
     COMMAND ${join} check ${folder}/${program})
@@ -37,6 +42,7 @@ add_dependencies(x86_64 aarch64)
 
 # What a person unpacks on a Mac: all that is installed, with the joined programs, and what puts it in its place.
 set(name vantory-${PROJECT_VERSION}-macos)
+set(look ${Python3_EXECUTABLE} ${CMAKE_SOURCE_DIR}/packaging/macos/archive.py)
 set(stage ${CMAKE_BINARY_DIR}/archive)
 add_custom_target(archive ALL
   COMMAND ${CMAKE_COMMAND} -E rm -rf ${stage}
@@ -45,18 +51,20 @@ add_custom_target(archive ALL
   COMMAND ${CMAKE_COMMAND} -E copy ${folder}/vantory-due ${stage}/${name}/libexec/vantory
   COMMAND ${CMAKE_COMMAND} -E copy ${CMAKE_SOURCE_DIR}/packaging/macos/install.sh ${stage}/${name}
   COMMAND ${CMAKE_COMMAND} -E chdir ${stage} ${CMAKE_COMMAND} -E tar czf ${CMAKE_BINARY_DIR}/${name}.tar.gz ${name}
+  COMMAND ${look} ${CMAKE_BINARY_DIR}/${name}.tar.gz ${CMAKE_SOURCE_DIR}/packaging/macos/archive-contents
   VERBATIM)
 add_dependencies(archive universal)
 
-# And tests to run there, for Apple's processor.
-if(EXISTS /usr/src/googletest)
-  set(tests ${name}-tests)
+# And tests to run there.
+if(tests)
+  set(name ${name}-tests)
+  list(TRANSFORM tests PREPEND ${folder}/)
   add_custom_target(tests_archive ALL
-    COMMAND ${CMAKE_COMMAND} -E rm -rf ${stage}/${tests}
-    COMMAND ${CMAKE_COMMAND} -E make_directory ${stage}/${tests}
-    COMMAND ${CMAKE_COMMAND} -E copy ${CMAKE_BINARY_DIR}/aarch64/base_tests ${CMAKE_BINARY_DIR}/aarch64/platform_tests
-            ${CMAKE_SOURCE_DIR}/packaging/macos/run-tests.sh ${stage}/${tests}
-    COMMAND ${CMAKE_COMMAND} -E chdir ${stage} ${CMAKE_COMMAND} -E tar czf ${CMAKE_BINARY_DIR}/${tests}.tar.gz ${tests}
+    COMMAND ${CMAKE_COMMAND} -E rm -rf ${stage}/${name}
+    COMMAND ${CMAKE_COMMAND} -E make_directory ${stage}/${name}
+    COMMAND ${CMAKE_COMMAND} -E copy ${tests} ${CMAKE_SOURCE_DIR}/packaging/macos/run-tests.sh ${stage}/${name}
+    COMMAND ${CMAKE_COMMAND} -E chdir ${stage} ${CMAKE_COMMAND} -E tar czf ${CMAKE_BINARY_DIR}/${name}.tar.gz ${name}
+    COMMAND ${look} ${CMAKE_BINARY_DIR}/${name}.tar.gz ${CMAKE_SOURCE_DIR}/packaging/macos/tests-contents
     VERBATIM)
   add_dependencies(tests_archive archive)
 endif()

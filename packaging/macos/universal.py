@@ -102,12 +102,18 @@ def faults_of(processor, program):
         yield "it is not signed"
 
 
+def faults_of_universal(name, universal):
+    parts = list(parts_of(universal))
+    for processor, part in parts:
+        for fault in faults_of(processor, part):
+            yield f"{name} ({processor}): {fault}"
+    if sorted(processor for processor, _ in parts) != ["arm64", "x86_64"]:
+        yield f"{name} is for {', '.join(processor for processor, _ in parts)}"
+
+
 def check(path):
-    parts = list(parts_of(read(path)))
-    faults = [f"{path} ({name}): {fault}" for name, part in parts for fault in faults_of(name, part)]
-    if sorted(name for name, _ in parts) != ["arm64", "x86_64"]:
-        faults.append(f"{path} is for {', '.join(name for name, _ in parts)}")
-    print("\n".join(faults) or f"{path}: for " + " and ".join(f"{name} ({len(part)} bytes)" for name, part in parts))
+    faults = list(faults_of_universal(path, read(path)))
+    print("\n".join(faults) or f"{path}: for both processors")
     return 1 if faults else 0
 
 
