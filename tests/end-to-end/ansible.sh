@@ -55,6 +55,8 @@ run_unit() {
 check "a unit that does what it says" eval 'run_unit && [ -n "$(find /tmp/two/home/vanna -name "Auto Backup*.vnt")" ]'
 play setup.yml
 check "a second run changes nothing" eval 'ended 0 && changed 0'
+play setup.yml -e 'vantory_homes=/home/*'
+check "a text is not taken for a list of its letters" eval 'ended 2 && grep -qF \"/home/\*\" /tmp/two$service'
 play setup.yml -e vantory_daily_backup=no
 check "switched off by a word, as the command line gives it" eval 'ended 0 && [ ! -L /tmp/two/etc/systemd/system/timers.target.wants/vantory-homes.timer ]'
 play run.yml --check -e '{"vantory_task": ["-trash"]}'
