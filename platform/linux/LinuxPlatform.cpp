@@ -9,8 +9,8 @@
 #include "platform/linux/files/LinuxFileMetadata.h"
 #include "platform/linux/files/LinuxFileSystem.h"
 #include "platform/linux/helpers/DesktopHelper.h"
+#include "platform/linux/rights/LinuxAdministratorDisk.h"
 #include "platform/linux/rights/PkexecRunner.h"
-#include "platform/linux/rights/SuperuserRunner.h"
 #include "platform/linux/schedule/LinuxJobControl.h"
 #include "platform/linux/session/DesktopSession.h"
 #include "platform/linux/session/LinuxDesktop.h"
@@ -22,6 +22,7 @@
 #include "platform/posix/processes/PosixProcesses.h"
 #include "platform/posix/processes/ProcessCalls.h"
 #include "platform/posix/progress/ShownDisk.h"
+#include "platform/posix/rights/SuperuserRunner.h"
 #include "platform/posix/system/PosixSystemInfo.h"
 #include "platform/posix/system/PosixSystemLog.h"
 #include "platform/posix/system/PosixTrustedFiles.h"
@@ -54,12 +55,16 @@ struct LinuxPlatform::Parts {
     return user ? FileRights::ofUser(*user) : FileRights::administrator({}, {});
   }
 
-  // Beyond the home the superuser's serve in the folders that all users share, and for the machine's logs.
+  // Beyond the home the superuser's serve in the folders that all users share, and for the machine's logs; with nobody
+  // at the console nowhere.
   std::unique_ptr<PrivilegedRunner> privilegedRunner() const {
     if (!users.isSuperuser()) return std::make_unique<PkexecRunner>();
-    return std::make_unique<SuperuserRunner>(users.consoleUser(), folders,
-                                             std::vector{*folders.localFolder(StandardFolder::SharedUsers),
-                                                         *folders.localFolder(StandardFolder::Library) + "/Logs"});
+    const auto user = users.consoleUser();
+    if (!user) return std::make_unique<SuperuserRunner>(nullptr);
+    auto disk = std::make_unique<LinuxAdministratorDisk>(
+        *user, std::vector{*folders.localFolder(StandardFolder::SharedUsers),
+                           *folders.localFolder(StandardFolder::Library) + "/Logs"});
+    return std::make_unique<SuperuserRunner>(std::make_unique<AdministratorTools>(*user, folders, std::move(disk)));
   }
 
   // In this order: each is made of those above it.

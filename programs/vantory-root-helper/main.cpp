@@ -7,10 +7,11 @@
 #include <cstdlib>
 
 #include "platform/linux/helpers/Channel.h"
-#include "platform/linux/rights/AdministratorTools.h"
+#include "platform/linux/rights/LinuxAdministratorDisk.h"
 #include "platform/linux/system/LinuxStandardFolders.h"
 #include "platform/linux/system/LinuxUsers.h"
 #include "platform/posix/processes/ProcessCalls.h"
+#include "platform/posix/rights/AdministratorTools.h"
 #include "platform/posix/system/PosixSystemLog.h"
 #include "programs/vantory-root-helper/Caller.h"
 #include "programs/vantory-root-helper/Capabilities.h"
@@ -38,7 +39,9 @@ void tell(PosixSystemLog& log, const std::string& user, const Message& request, 
 // What is no message comes from no program of ours and ends the conversation.
 void serve(Channel channel, const User& user) {
   const LinuxStandardFolders folders("", true, FileRights::ofUser(user));
-  AdministratorTools tools(user, folders, {*folders.localFolder(StandardFolder::SharedUsers)});
+  AdministratorTools tools(
+      user, folders,
+      std::make_unique<LinuxAdministratorDisk>(user, std::vector{*folders.localFolder(StandardFolder::SharedUsers)}));
   PosixSystemLog log;
   const std::string name = LinuxUsers().nameOf(user);
   bool open = channel.send({kHelperReady}).ok();

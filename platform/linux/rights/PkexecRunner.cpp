@@ -7,7 +7,7 @@
 #include <filesystem>
 #include <system_error>
 
-#include "platform/linux/rights/AdministratorTools.h"
+#include "platform/posix/rights/AdministratorTools.h"
 
 namespace vantory {
 namespace {

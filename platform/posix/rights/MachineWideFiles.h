@@ -5,22 +5,21 @@
 
 #include "base/Result.h"
 #include "platform/StandardFolders.h"
-#include "platform/Users.h"
-#include "platform/linux/files/LinuxFileSystem.h"
+#include "platform/posix/rights/AdministratorDisk.h"
 
 namespace vantory {
 
 // Works with the superuser's own rights, on files of the program's own names only. Paths are plain.
 class MachineWideFiles {
  public:
-  // The folders outlive the object.
-  explicit MachineWideFiles(const StandardFolders& standard) : standard_(standard) {}
+  // The folders and the disk outlive the object.
+  MachineWideFiles(const StandardFolders& standard, AdministratorDisk& disk) : standard_(standard), disk_(disk) {}
 
   bool isJobFolder(const std::string& path) const;
   bool isJob(const std::string& path) const;
   Status makeFolder(const std::string& path) { return files_.makeFolder(path); }
   // Moves a file that the user may read to a place where no job is yet.
-  Status install(const std::string& source, const std::string& job, const User& user);
+  Status install(const std::string& source, const std::string& job);
   Status remove(const std::string& job) { return files_.remove(job); }
   Status giveToSuperuser(const std::string& job) const;
   Status makeReadable(const std::string& path) const;
@@ -30,13 +29,13 @@ class MachineWideFiles {
 
  private:
   const StandardFolders& standard_;
-  const FileRights rights_ = FileRights::machine();
-  LinuxFileSystem files_{rights_};
+  AdministratorDisk& disk_;
+  FileSystem& files_ = disk_.machineFiles();
 };
 
 // Whether this is the path of one of the program's job files in the folder.
 bool isJobFileIn(const std::string& folder, const std::string& path);
 // Lets all read a regular file that bears no other name.
-Status makeReadableForAll(const std::string& path, const FileRights& rights);
+Status makeReadableForAll(const Result<Place>& place, const std::string& path);
 
 }  // namespace vantory

@@ -1,5 +1,5 @@
 // Writes job files and the machine's setting as root.
-#include "platform/linux/rights/MachineWideFiles.h"
+#include "platform/posix/rights/MachineWideFiles.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -19,8 +19,7 @@ constexpr std::chrono::seconds kWaitForOthers{2};
 constexpr mode_t kReadableForAll = 0644;
 
 // A file with a second name could be anybody's.
-Result<Descriptor> openOnlyFile(const std::string& path, const FileRights& rights) {
-  const Result<Place> place = rights.locate(path);
+Result<Descriptor> openOnlyFile(const Result<Place>& place, const std::string& path) {
   if (!place) return place.error();
   Descriptor file(uninterrupted([&] {
     return openat(place->at(), place->name.c_str(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_NOCTTY | O_CLOEXEC);
@@ -41,8 +40,8 @@ bool isJobFileIn(const std::string& folder, const std::string& path) {
   return name.starts_with("com.quarrywell.") && name.ends_with(".plist") && name.find('/') == std::string_view::npos;
 }
 
-Status makeReadableForAll(const std::string& path, const FileRights& rights) {
-  const Result<Descriptor> file = openOnlyFile(path, rights);
+Status makeReadableForAll(const Result<Place>& place, const std::string& path) {
+  const Result<Descriptor> file = openOnlyFile(place, path);
   if (!file) return file.error();
   if (fchmod(file->get(), kReadableForAll) != 0) return systemError(path);
   return {};
@@ -59,8 +58,8 @@ bool MachineWideFiles::isJob(const std::string& path) const {
 }
 
 // A new file of the superuser's takes the place of the user's, who may still hold that one open for writing.
-Status MachineWideFiles::install(const std::string& source, const std::string& job, const User& user) {
-  LinuxFileSystem usersFiles(FileRights::ofUser(user));
+Status MachineWideFiles::install(const std::string& source, const std::string& job) {
+  FileSystem& usersFiles = disk_.usersFiles();
   const Result<std::string> bytes = usersFiles.read(source);
   if (!bytes) return bytes.error();
   if (files_.info(job, Links::DoNotFollow)) return systemError(job, EEXIST);
@@ -72,14 +71,14 @@ Status MachineWideFiles::install(const std::string& source, const std::string& j
 }
 
 Status MachineWideFiles::giveToSuperuser(const std::string& job) const {
-  const Result<Descriptor> file = openOnlyFile(job, rights_);
+  const Result<Descriptor> file = openOnlyFile(disk_.locateOnMachine(job), job);
   if (!file) return file.error();
   if (fchown(file->get(), 0, 0) != 0) return systemError(job);
   return {};
 }
 
 Status MachineWideFiles::makeReadable(const std::string& path) const {
-  return makeReadableForAll(path, rights_);
+  return makeReadableForAll(disk_.locateOnMachine(path), path);
 }
 
 // Under the lock that all changes of settings take; whatever else the file holds stays.

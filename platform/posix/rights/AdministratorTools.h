@@ -1,26 +1,26 @@
 // The work of a few file tools, done by the superuser for a user.
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "base/Result.h"
 #include "platform/StandardFolders.h"
 #include "platform/Users.h"
-#include "platform/linux/files/LinuxFileMetadata.h"
-#include "platform/linux/files/LinuxFileSystem.h"
-#include "platform/linux/rights/MachineWideFiles.h"
+#include "platform/posix/rights/AdministratorDisk.h"
+#include "platform/posix/rights/MachineWideFiles.h"
 
 namespace vantory {
 
 // Whoever asks may be hostile: only the tools and argument shapes of PrivilegedRunner are known, only items in the
-// user's home, in the given folders and among the machine-wide files are touched, and no folder of the standard layout
-// is moved, deleted or locked. Does the work itself instead of starting the tools, because a tool would follow whatever
-// link the user plants in its way. Any thread.
+// user's home, in the disk's other folders and among the machine-wide files are touched, and no folder of the standard
+// layout is moved, deleted or locked. Does the work itself instead of starting the tools, because a tool would follow
+// whatever link the user plants in its way. Any thread.
 class AdministratorTools {
  public:
   // The standard folders outlive the tools.
-  AdministratorTools(User user, const StandardFolders& standard, std::vector<std::string> otherFolders);
+  AdministratorTools(User user, const StandardFolders& standard, std::unique_ptr<AdministratorDisk> disk);
 
   static bool knows(const std::string& tool);
   // Does what the tool would do with these arguments, to its end.
@@ -48,10 +48,10 @@ class AdministratorTools {
 
   const User user_;
   const StandardFolders& standard_;
-  const FileRights rights_;
-  LinuxFileSystem files_{rights_};
-  LinuxFileMetadata metadata_{rights_};
-  MachineWideFiles machine_{standard_};
+  const std::unique_ptr<AdministratorDisk> disk_;
+  FileSystem& files_ = disk_->files();
+  FileMetadata& metadata_ = disk_->metadata();
+  MachineWideFiles machine_{standard_, *disk_};
 };
 
 inline constexpr const char* kHelperReady = "ready";  // once, before the first request

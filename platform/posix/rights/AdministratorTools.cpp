@@ -1,5 +1,5 @@
 // Checks the paths of a request, and does the tool's work by system calls.
-#include "platform/linux/rights/AdministratorTools.h"
+#include "platform/posix/rights/AdministratorTools.h"
 
 #include <algorithm>
 #include <optional>
@@ -22,11 +22,6 @@ Status refusal(std::string_view about, std::string_view reason) {
 Status unlessMissing(Status status) {
   if (!status && status.error().code == std::errc::no_such_file_or_directory) return {};
   return status;
-}
-
-std::vector<std::string> withHome(std::vector<std::string> folders, const User& user) {
-  if (!user.home.empty()) folders.push_back(user.home);
-  return folders;
 }
 
 }  // namespace
@@ -65,10 +60,8 @@ const std::vector<AdministratorTools::Shape>& AdministratorTools::shapes() {
 }
 
 AdministratorTools::AdministratorTools(User user, const StandardFolders& standard,
-                                       std::vector<std::string> otherFolders)
-    : user_(std::move(user)),
-      standard_(standard),
-      rights_(FileRights::administrator(user_, withHome(std::move(otherFolders), user_))) {}
+                                       std::unique_ptr<AdministratorDisk> disk)
+    : user_(std::move(user)), standard_(standard), disk_(std::move(disk)) {}
 
 bool AdministratorTools::knows(const std::string& tool) {
   return std::any_of(shapes().begin(), shapes().end(), [&](const Shape& shape) { return shape.tool == tool; });
@@ -101,7 +94,7 @@ Status AdministratorTools::copy(const Paths& paths) {
 
 // To the place of a job the superuser writes a file of its own.
 Status AdministratorTools::move(const Paths& paths) {
-  if (machine_.isJob(paths[1])) return machine_.install(paths[0], paths[1], user_);
+  if (machine_.isJob(paths[1])) return machine_.install(paths[0], paths[1]);
   if (Status allowed = refuseProtected(paths[0]); !allowed) return allowed;
   return files_.move(paths[0], paths[1]).status();
 }
@@ -140,7 +133,7 @@ Status AdministratorTools::giveJobToSuperuser(const Paths& paths) {
 Status AdministratorTools::publishJob(const Paths& paths) {
   if (machine_.isJob(paths[0])) return machine_.makeReadable(paths[0]);
   if (!isUsersJob(paths[0])) return refusal(paths[0], "is no job");
-  return makeReadableForAll(paths[0], rights_);
+  return makeReadableForAll(disk_->locate(paths[0]), paths[0]);
 }
 
 Status AdministratorTools::requireAdministrator(const Paths&) {
