@@ -201,6 +201,10 @@ TEST_F(RootHelperTest, KeepsTheStandardFolders) {
     expectRefused({"/bin/rm", "-Rdf", home + path});
     expectRefused({"/usr/bin/chattr", "+i", home + path});
   }
+  makeFolders(home + "/other way");
+  ASSERT_EQ(mount((home + "/Library").c_str(), (home + "/other way").c_str(), nullptr, MS_BIND, nullptr), 0);
+  expectRefused({"/usr/bin/chattr", "+i", home + "/other way"});
+  EXPECT_EQ(umount2((home + "/other way").c_str(), MNT_DETACH), 0);
   EXPECT_TRUE(exists(home + "/Library/Preferences/x") && exists(home + "/Pult/x") && exists(home + "/Documents/x"));
   EXPECT_TRUE(does({"/bin/rm", "-Rdf", home + "/Library/Preferences/x"}));
 }

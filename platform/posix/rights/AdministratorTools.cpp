@@ -5,6 +5,7 @@
 #include <optional>
 #include <utility>
 
+#include "base/Paths.h"
 #include "platform/PrivilegedRunner.h"
 #include "platform/ProtectedFolders.h"
 #include "platform/posix/files/Errors.h"
@@ -146,13 +147,16 @@ Status AdministratorTools::requireNoAdministrator(const Paths&) {
 
 Status AdministratorTools::refuseProtected(const std::string& path) const {
   const auto folders = protectedFolders(standard_, user_.home);
-  if (std::find(folders.begin(), folders.end(), path) == folders.end()) return {};
-  return refusal(path, "is a system directory");
+  const bool isProtected = std::ranges::any_of(
+      folders, [&](const std::string& folder) { return leadToOneItem(disk_->machineFiles(), path, folder); });
+  return isProtected ? refusal(path, "is a system directory") : Status();
 }
 
 bool AdministratorTools::isUsersJob(const std::string& path) const {
   const auto library = standard_.userFolder(StandardFolder::Library, user_.home);
-  return library && isJobFileIn(*library + "/LaunchAgents", path);
+  const std::string folder = paths::parent(path);
+  return library && leadToOneItem(disk_->machineFiles(), folder, *library + "/LaunchAgents") &&
+         isJobFileIn(folder, path);
 }
 
 }  // namespace vantory

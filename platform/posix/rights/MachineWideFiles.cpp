@@ -49,7 +49,8 @@ Status makeReadableForAll(const Result<Place>& place, const std::string& path) {
 
 bool MachineWideFiles::isJobFolder(const std::string& path) const {
   const auto library = standard_.localFolder(StandardFolder::Library);
-  return library && (path == *library + "/LaunchDaemons" || path == *library + "/LaunchAgents");
+  return library && (leadToOneItem(files_, path, *library + "/LaunchDaemons") ||
+                     leadToOneItem(files_, path, *library + "/LaunchAgents"));
 }
 
 bool MachineWideFiles::isJob(const std::string& path) const {
