@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <string_view>
 
 #include "platform/posix/files/Errors.h"
 
@@ -17,31 +16,7 @@ namespace vantory {
 
 namespace {
 
-constexpr std::string_view kAbout = "the conversation with a helper program";
 constexpr timeval kSendPatience{10, 0};  // seconds; the other end has stopped reading then
-
-// Each text is followed by a NUL.
-Result<std::string> encoded(const Message& message) {
-  std::string bytes;
-  for (const std::string& text : message) {
-    if (text.find('\0') != std::string::npos) return systemError(kAbout, EINVAL);
-    bytes.append(text).push_back('\0');
-  }
-  if (bytes.empty()) return systemError(kAbout, EINVAL);
-  if (bytes.size() > kMaxMessageBytes) return systemError(kAbout, EMSGSIZE);
-  return bytes;
-}
-
-// The bytes are known to end with a NUL.
-Message decoded(std::string_view bytes) {
-  Message message;
-  while (!bytes.empty()) {
-    const std::size_t end = bytes.find('\0');
-    message.emplace_back(bytes.substr(0, end));
-    bytes.remove_prefix(end + 1);
-  }
-  return message;
-}
 
 // Receives as recv() does. `sender` is 0 where the socket was not told to ask the kernel for it.
 ssize_t receiveFrom(int socket, std::string& bytes, pid_t& sender) {
@@ -69,29 +44,30 @@ ssize_t receiveFrom(int socket, std::string& bytes, pid_t& sender) {
 // A kind of socket on which messages keep their borders.
 Result<Channel::Ends> Channel::pair() {
   std::array<int, 2> ends{};
-  if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()) != 0) return systemError(kAbout);
+  if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()) != 0) return systemError(kConversation);
   Ends both{Channel(Descriptor(ends[0])), Channel(Descriptor(ends[1]))};
   for (const int end : ends)
-    if (setsockopt(end, SOL_SOCKET, SO_SNDTIMEO, &kSendPatience, sizeof kSendPatience) != 0) return systemError(kAbout);
+    if (setsockopt(end, SOL_SOCKET, SO_SNDTIMEO, &kSendPatience, sizeof kSendPatience) != 0)
+      return systemError(kConversation);
   return both;
 }
 
 // A partner that has gone is one error, whichever way the kernel tells it.
 Status Channel::send(const Message& message) {
-  const Result<std::string> bytes = encoded(message);
+  const Result<std::string> bytes = encodedMessage(message);
   if (!bytes) return bytes.error();
   const ssize_t sent =
       uninterrupted([&] { return ::send(socket_.get(), bytes->data(), bytes->size(), MSG_NOSIGNAL | MSG_EOR); });
   if (sent == static_cast<ssize_t>(bytes->size())) return {};
-  if (sent < 0 && errno == EAGAIN) return systemError(kAbout, ETIMEDOUT);
-  return systemError(kAbout, sent < 0 && errno != EPIPE && errno != ECONNRESET ? errno : ENOTCONN);
+  if (sent < 0 && errno == EAGAIN) return systemError(kConversation, ETIMEDOUT);
+  return systemError(kConversation, sent < 0 && errno != EPIPE && errno != ECONNRESET ? errno : ENOTCONN);
 }
 
 Status Channel::hearOnly(pid_t process) {
   constexpr int kOn = 1;
   partnerProcess_ = Descriptor(static_cast<int>(syscall(SYS_pidfd_open, process, 0)));
-  if (!partnerProcess_.valid()) return systemError(kAbout);
-  if (setsockopt(socket_.get(), SOL_SOCKET, SO_PASSCRED, &kOn, sizeof kOn) != 0) return systemError(kAbout);
+  if (!partnerProcess_.valid()) return systemError(kConversation);
+  if (setsockopt(socket_.get(), SOL_SOCKET, SO_PASSCRED, &kOn, sizeof kOn) != 0) return systemError(kConversation);
   partner_ = process;
   return {};
 }
@@ -101,18 +77,17 @@ Result<Message> Channel::receive(std::optional<std::chrono::milliseconds> limit)
   std::array<pollfd, 2> wanted{{{socket_.get(), POLLIN, 0}, {partnerProcess_.get(), POLLIN, 0}}};
   const int wait = limit ? static_cast<int>(std::max<std::chrono::milliseconds::rep>(limit->count(), 0)) : -1;
   const int ready = uninterrupted([&] { return poll(wanted.data(), wanted.size(), wait); });
-  if (ready < 0) return systemError(kAbout);
-  if (ready == 0) return systemError(kAbout, ETIMEDOUT);
-  if (wanted[1].revents != 0) return systemError(kAbout, ENOTCONN);
+  if (ready < 0) return systemError(kConversation);
+  if (ready == 0) return systemError(kConversation, ETIMEDOUT);
+  if (wanted[1].revents != 0) return systemError(kConversation, ENOTCONN);
   std::string bytes(kMaxMessageBytes, '\0');
   pid_t sender = 0;
   const ssize_t count = receiveFrom(socket_.get(), bytes, sender);
   // Nothing received is how the end of a conversation looks.
-  if (count <= 0 || (partnerProcess_.valid() && sender != partner_)) return systemError(kAbout, ENOTCONN);
-  if (static_cast<std::size_t>(count) > bytes.size()) return systemError(kAbout, EBADMSG);
+  if (count <= 0 || (partnerProcess_.valid() && sender != partner_)) return systemError(kConversation, ENOTCONN);
+  if (static_cast<std::size_t>(count) > bytes.size()) return systemError(kConversation, EBADMSG);
   bytes.resize(static_cast<std::size_t>(count));
-  if (bytes.back() != '\0') return systemError(kAbout, EBADMSG);
-  return decoded(bytes);
+  return decodedMessage(bytes);
 }
 
 void Channel::end() {

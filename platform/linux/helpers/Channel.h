@@ -5,19 +5,12 @@
 
 #include <chrono>
 #include <optional>
-#include <string>
-#include <vector>
 
 #include "base/Result.h"
 #include "platform/posix/files/Descriptor.h"
+#include "platform/posix/processes/Message.h"
 
 namespace vantory {
-
-// What travels: a list of texts of any bytes but NUL. The list is never empty; what the texts mean is agreed on by the
-// two programs. At most kMaxMessageBytes in all.
-using Message = std::vector<std::string>;
-
-constexpr std::size_t kMaxMessageBytes = 64 * 1024;
 
 // One end of a conversation. Each message arrives whole or not at all, in order. Any thread may send; one at a time may
 // receive.
