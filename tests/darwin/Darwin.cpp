@@ -147,6 +147,7 @@ void assign(ItemStatus& status, const struct statx& found) {
   status.modified = time(found.stx_mtime);
   status.changed = time(found.stx_ctime);
   status.created = time(found.stx_btime);
+  status.names = found.stx_nlink;
 }
 
 // All attributes but those that this emulation keeps of flags and lists.
@@ -228,6 +229,14 @@ int makeFolder(int folder, const char* name) {
   const Descriptor made(::openat(folder, name, O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   inherit(folder, name, made.get());
   return 0;
+}
+
+int openLink(int folder, const char* name) {
+  return ::openat(folder, name, O_PATH | O_NOFOLLOW | O_CLOEXEC);
+}
+
+int setOwner(int item, uid_t owner, gid_t group) {
+  return fchownat(item, "", owner, group, AT_EMPTY_PATH);
 }
 
 int renameExclusively(int fromFolder, const char* from, int toFolder, const char* to) {

@@ -46,6 +46,7 @@ struct ItemStatus : ItemLook {
   timespec accessed{};
   timespec created{};
   std::uint32_t flags = 0;
+  std::uint64_t names = 0;  // by which it can be reached
 };
 
 enum class AtEnd { FollowLink, KeepLink };
@@ -58,6 +59,9 @@ int openAt(int folder, const char* name, int flags, mode_t mode = 0);
 // A new private file that is locked from its first moment.
 int openNewHeld(int folder, const char* name);
 int makeFolder(int folder, const char* name);
+// Opens a link itself.
+int openLink(int folder, const char* name);
+int setOwner(int item, uid_t owner, gid_t group);
 
 int renameExclusively(int fromFolder, const char* from, int toFolder, const char* to);
 int renameOver(int fromFolder, const char* from, int toFolder, const char* to);

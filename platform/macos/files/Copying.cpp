@@ -216,6 +216,19 @@ Status sumClone(int source, const ItemStatus& status, int clone, const std::stri
   return done;
 }
 
+// A new link of the superuser's goes to its owner. In its place may be another item by now, of which nothing is
+// changed.
+bool giveLinkAway(const Place& link, const ItemStatus& source, const CopyReport& report) {
+  if (!report.rights().isAdministrator()) return true;
+  const Descriptor opened(darwin::openLink(link.at(), link.name.c_str()));
+  ItemStatus made;
+  if (!opened.valid() || darwin::statusOf(opened.get(), made) != 0) return false;
+  if (S_ISLNK(made.mode) && made.owner == geteuid() && made.names == 1)
+    return report.rights().giveAway(opened.get(), report.isInHome(), source.owner, source.group) == 0;
+  errno = EPERM;
+  return false;
+}
+
 // One file of a tree: cloned, or else copied.
 Status copyEntry(int folder, const std::string& name, int copyFolder, const std::string& path, CopyReport& report) {
   const Descriptor source = openSource(folder, name, Links::DoNotFollow);
@@ -229,6 +242,7 @@ Status copyEntry(int folder, const std::string& name, int copyFolder, const std:
     report.note("Left out " + path + ": it is a special file");
     return {};
   }
+  if (!report.rights().mayServe(status)) return systemError(path, EPERM);
   const Place place{Descriptor(fcntl(copyFolder, F_DUPFD_CLOEXEC, 0)), name};
   if (!place.folder.valid()) return systemError(path);
   const Result<Descriptor> cloned = cloneFile(source.get(), status, place, path, report);
@@ -282,7 +296,7 @@ Status TreeCopy::run(int source, int copy, const std::string& path, int depth) {
   }
   ItemStatus status;
   if (darwin::statusOf(source, status) != 0) return systemError(path);
-  copyAttributes(source, status, copy, path, report_);
+  if (Status kept = copyAttributes(source, status, copy, path, report_); !kept) return kept;
   report_.copied(path, status);
   return {};
 }
@@ -302,7 +316,7 @@ Status TreeCopy::copySubfolder(int folder, const std::string& name, int copyFold
   if (isSameItem(status, root_))
     return errorWithText(std::errc::invalid_argument, path, "a folder cannot be copied into itself");
   if (uninterrupted([&] { return darwin::makeFolder(copyFolder, name.c_str()); }) != 0) return systemError(path);
-  const Descriptor copy(darwin::openAt(copyFolder, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW));
+  const Descriptor copy = report_.rights().openNewFolder(copyFolder, name);
   if (!copy.valid()) return systemError(path);
   return run(source.get(), copy.get(), path, depth);
 }
@@ -317,7 +331,7 @@ Descriptor openSource(int folder, const std::string& name, Links links) {
 // The clone is made at one moment; what is told of the source is of one before.
 Result<Descriptor> cloneFile(int source, const ItemStatus& status, const Place& copy, const std::string& path,
                              CopyReport& report) {
-  if ((status.flags & darwin::kOnlyInCloud) != 0 || !report.mayBeProgram()) return Descriptor();
+  if (!report.mayClone(status)) return Descriptor();
   const char* name = copy.name.c_str();
   if (uninterrupted([&] { return darwin::clone(source, copy.at(), name); }) != 0)
     return cannotClone(errno) ? Result<Descriptor>(Descriptor()) : systemError(path);
@@ -350,7 +364,7 @@ Status copyFile(int source, ItemStatus status, int copy, const std::string& path
     if (darwin::statusOf(source, after) != 0) return systemError(path);
     if (comparable && isUnchanged(status, after)) {
       if (Status whole = checksum.finish(copy, path, report); !whole) return whole;
-      copyAttributes(source, after, copy, path, report);
+      if (Status kept = copyAttributes(source, after, copy, path, report); !kept) return kept;
       if (!report.advance(0, 1)) return systemError(path);
       report.copied(path, after);
       return {};
@@ -375,8 +389,8 @@ Status copyLink(int folder, const std::string& name, const Place& copy, const st
   target[length] = '\0';
   if (uninterrupted([&] { return symlinkat(target, copy.at(), copy.name.c_str()); }) != 0) return systemError(path);
   const timespec times[2] = {status.accessed, status.modified};
-  utimensat(copy.at(), copy.name.c_str(), times, AT_SYMLINK_NOFOLLOW);
-  if (!report.advance(0, 1)) {
+  if (!report.rights().isAdministrator()) utimensat(copy.at(), copy.name.c_str(), times, AT_SYMLINK_NOFOLLOW);
+  if (!giveLinkAway(copy, status, report) || !report.advance(0, 1)) {
     const Error error = systemError(path);
     darwin::removeFile(copy.at(), copy.name.c_str());
     return error;
@@ -386,7 +400,8 @@ Status copyLink(int folder, const std::string& name, const Place& copy, const st
 }
 
 // In this order: attributes need write permission, the access list says more than the mode, dates come last.
-void copyAttributes(int source, const ItemStatus& status, int copy, const std::string& path, CopyReport& report) {
+Status copyAttributes(int source, const ItemStatus& status, int copy, const std::string& path, CopyReport& report) {
+  if (report.rights().giveAway(copy, report.isInHome(), status.owner, status.group) != 0) return systemError(path);
   copyNamedAttributes(source, copy, path, report);
   const bool isPlain = S_ISREG(status.mode) && !report.mayBeProgram();
   if (!isPlain) noteUnless(darwin::copyAccessList(source, copy), "The access list", path, report);
@@ -394,6 +409,7 @@ void copyAttributes(int source, const ItemStatus& status, int copy, const std::s
   (void)darwin::setCreated(copy, status.created);
   const timespec times[2] = {status.accessed, status.modified};
   noteUnless(futimens(copy, times), "The dates", path, report);
+  return {};
 }
 
 }  // namespace vantory::macos

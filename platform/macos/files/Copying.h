@@ -16,18 +16,33 @@ namespace vantory::macos {
 class CopyReport : public vantory::CopyReport {
  public:
   CopyReport() = default;
-  CopyReport(CopyObserver observer, CopyChecksum checksum, bool mayBeProgram = true)
-      : vantory::CopyReport(std::move(observer)), checksum_(checksum), mayBeProgram_(mayBeProgram) {}
-  explicit CopyReport(CopiedItems& items) : vantory::CopyReport(items) {}
+  CopyReport(CopyObserver observer, CopyChecksum checksum, bool mayBeProgram, const Rights& rights, bool isInHome)
+      : vantory::CopyReport(std::move(observer)),
+        checksum_(checksum),
+        mayBeProgram_(mayBeProgram),
+        rights_(rights),
+        isInHome_(isInHome) {}
+  CopyReport(CopiedItems& items, const Rights& rights, bool isInHome)
+      : vantory::CopyReport(items), rights_(rights), isInHome_(isInHome) {}
 
   // What comes of the checksums that files carry.
   CopyChecksum checksum() const { return checksum_; }
   // Whether files keep their permissions to be executed, and their access lists.
   bool mayBeProgram() const { return mayBeProgram_; }
+  // With whose rights the copy is made, and whether in the home of the user whom the superuser works for.
+  const Rights& rights() const { return rights_; }
+  bool isInHome() const { return isInHome_; }
+  // Whether a file may be cloned. A clone has its name before it is open: where others may write, the superuser makes
+  // none.
+  bool mayClone(const darwin::ItemStatus& file) const {
+    return mayBeProgram_ && !rights_.isAdministrator() && (file.flags & darwin::kOnlyInCloud) == 0;
+  }
 
  private:
   const CopyChecksum checksum_ = CopyChecksum::Keep;
   const bool mayBeProgram_ = true;
+  const Rights rights_ = Rights::own();
+  const bool isInHome_ = false;
 };
 
 // Opens a file or folder that is to be copied, without waiting for a FIFO. An invalid descriptor leaves errno.
@@ -43,8 +58,9 @@ Status copyFile(int source, darwin::ItemStatus status, int copy, const std::stri
 Status copyTree(int source, int copy, const std::string& path, CopyReport& report);
 // Copies a symbolic link, with its times, under a name that nothing has; leaves nothing behind when it fails.
 Status copyLink(int folder, const std::string& name, const Place& copy, const std::string& path, CopyReport& report);
-// Gives a copy the attributes, access list, mode and dates of its source, but no lock.
-void copyAttributes(int source, const darwin::ItemStatus& status, int copy, const std::string& path,
-                    CopyReport& report);
+// Gives a copy the attributes, access list, mode and dates of its source, but no lock, and as administrator its owner.
+// Only where it gets no owner does that fail.
+Status copyAttributes(int source, const darwin::ItemStatus& status, int copy, const std::string& path,
+                      CopyReport& report);
 
 }  // namespace vantory::macos

@@ -37,23 +37,27 @@ Status addEntry(std::vector<DirectoryEntry>& entries, int folder, const dirent& 
 }
 
 // One that exists is success, whoever made it in between.
-Status createFolder(const std::string& path) {
-  const Result<Place> place = locate(path);
+Status createFolder(const std::string& path, const Rights& rights) {
+  const Result<Place> place = rights.locate(path);
   if (!place) return place.error();
-  if (uninterrupted([&] { return darwin::makeFolder(AT_FDCWD, path.c_str()); }) == 0) {
-    const Descriptor made(darwin::openAt(AT_FDCWD, path.c_str(), kFolder));
+  const char* name = place->name.c_str();
+  if (uninterrupted([&] { return darwin::makeFolder(place->at(), name); }) == 0) {
+    const Descriptor made = rights.openNewFolder(place->at(), place->name);
     if (!made.valid() || darwin::dropAccessList(made.get()) != 0) return systemError(path);
-    return {};
+    if (rights.isAdministrator() && fchmod(made.get(), rights.folderMode(place->isInHome)) != 0)
+      return systemError(path);
+    return rights.giveAway(made.get(), place->isInHome, geteuid(), getegid()) == 0 ? Status() : systemError(path);
   }
   if (errno != EEXIST) return systemError(path);
   ItemStatus status;
-  if (darwin::statusAt(AT_FDCWD, path.c_str(), AtEnd::FollowLink, status) != 0) return systemError(path);
+  if (darwin::statusAt(place->at(), name, rights.atEnd(true), status) != 0) return systemError(path);
   if (!S_ISDIR(status.mode)) return systemError(path, ENOTDIR);
   return {};
 }
 
+// Whether its mode keeps its owner out; the superuser needs no permission.
 bool isClosed(mode_t mode) {
-  return (mode & S_IRWXU) != S_IRWXU;
+  return geteuid() != 0 && (mode & S_IRWXU) != S_IRWXU;
 }
 
 bool openUp(int folder, const std::string& name, mode_t mode) {
@@ -110,7 +114,9 @@ Status removeFolder(int parent, const std::string& name, const std::string& path
   if ((found.flags & darwin::kLocks) != 0) return systemError(path, EPERM);
   if (isClosed(found.mode)) openUp(parent, name, found.mode);
   const Descriptor folder(uninterrupted([&] { return darwin::openAt(parent, name.c_str(), kFolder); }));
-  if (!folder.valid()) return systemError(path);
+  ItemStatus opened;
+  if (!folder.valid() || darwin::statusOf(folder.get(), opened) != 0) return systemError(path);
+  if (!isSameItem(opened, found)) return systemError(path, EAGAIN);
   const auto entries = readFolder(folder.get(), path, Detail::Names);
   Status removed = entries ? Status() : entries.error();
   for (std::size_t i = 0; removed && i < entries->size(); ++i) {
@@ -124,20 +130,6 @@ Status removeFolder(int parent, const std::string& name, const std::string& path
 }
 
 }  // namespace
-
-Result<Place> locate(const std::string& path) {
-  if (!path.starts_with('/')) return errorWithText(std::errc::invalid_argument, path, "is no absolute path");
-  return Place{Descriptor(), path};
-}
-
-Result<Place> openFolderOf(const std::string& path) {
-  Result<Place> place = locate(path);
-  if (!place) return place;
-  Descriptor folder(darwin::openAt(AT_FDCWD, paths::parent(path).c_str(), O_RDONLY | O_DIRECTORY));
-  if (folder.valid()) return Place{std::move(folder), paths::lastComponent(path)};
-  if (errno == EACCES || errno == EPERM) return place;
-  return systemError(path);
-}
 
 Error openingError(const std::string& path) {
   Error refused = systemError(path);
@@ -188,13 +180,18 @@ Result<std::vector<DirectoryEntry>> readFolder(int folder, const std::string& pa
 }
 
 // From below: as a rule only the last one is missing.
-Status createFolders(const std::string& path) {
-  Status made = createFolder(path);
+Status createFolders(const std::string& path, const Rights& rights) {
+  Status made = createFolder(path, rights);
   if (made || made.error().code != std::errc::no_such_file_or_directory) return made;
   const std::string parent = paths::parent(path);
   if (parent.empty() || parent == "/") return made;
-  if (Status above = createFolders(parent); !above) return above;
-  return createFolder(path);
+  if (Status above = createFolders(parent, rights); !above) return above;
+  return createFolder(path, rights);
+}
+
+Place twinOf(const Place& place) {
+  if (!place.folder.valid()) return {Descriptor(), place.name, place.isInHome};
+  return {Descriptor(fcntl(place.folder.get(), F_DUPFD_CLOEXEC, 0)), place.name, place.isInHome};
 }
 
 int renameKeeping(int fromFolder, const std::string& from, int toFolder, const std::string& to) {
@@ -218,7 +215,7 @@ Status renameItem(const Place& from, const Place& to, const std::string& path) {
       isOpenToUs(from.at(), from.name, 0, darwin::kForbidding))
     return consentError(from.name, "move it");
   ItemStatus status;
-  if (refused.code != std::errc::permission_denied ||
+  if (refused.code != std::errc::permission_denied || geteuid() == 0 ||
       darwin::statusAt(from.at(), from.name.c_str(), AtEnd::KeepLink, status) != 0 || !S_ISDIR(status.mode) ||
       (status.mode & S_IWUSR) != 0 || !openUp(from.at(), from.name, status.mode))
     return refused;

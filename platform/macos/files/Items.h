@@ -7,15 +7,12 @@
 #include "base/Result.h"
 #include "platform/FileSystem.h"
 #include "platform/macos/darwin/Darwin.h"
+#include "platform/macos/files/Rights.h"
 #include "platform/posix/files/Descriptor.h"
 #include "platform/posix/files/Place.h"
 
 namespace vantory::macos {
 
-// An absolute path as one whole name.
-Result<Place> locate(const std::string& path);
-// The folder that the path's last component lies in, open. One that may be passed but not read stays a path.
-Result<Place> openFolderOf(const std::string& path);
 // Why an item could not be opened for reading, by errno: privacy settings forbid as "not permitted" what owner and mode
 // would let us do.
 Error openingError(const std::string& path);
@@ -24,8 +21,10 @@ Descriptor openBeneath(int folder, const std::string& relative, int flags);
 
 // The entries of a folder that is open for reading, from its beginning.
 Result<std::vector<DirectoryEntry>> readFolder(int folder, const std::string& path, Detail detail);
-// A folder, and those above it, private where they are new.
-Status createFolders(const std::string& path);
+// A folder, and those above it, with the mode that the rights say where they are new.
+Status createFolders(const std::string& path, const Rights& rights);
+// The same place once more, for another to keep. Its folder is invalid, with errno, where that failed.
+Place twinOf(const Place& place);
 
 // Gives a name that nothing has. Also where the volume cannot promise that, which is then looked for first.
 int renameKeeping(int fromFolder, const std::string& from, int toFolder, const std::string& to);

@@ -39,24 +39,49 @@ bool isRegularFile(const std::string& path) {
   return darwin::statusAt(AT_FDCWD, path.c_str(), AtEnd::FollowLink, status) == 0 && S_ISREG(status.mode);
 }
 
+// The flags that an item has with or without the owner's lock; the error says why it cannot be had.
+Result<std::uint32_t> flagsFor(const ItemStatus& status, const std::string& path, bool locked) {
+  if (!S_ISREG(status.mode) && !S_ISDIR(status.mode))
+    return errorWithText(std::errc::invalid_argument, path, "is neither a file nor a folder");
+  if (!locked && (status.flags & darwin::kSystemImmutable) != 0)
+    return errorWithText(std::errc::operation_not_permitted, path, "the system has locked it");
+  return locked ? status.flags | darwin::kImmutable : status.flags & ~static_cast<std::uint32_t>(darwin::kImmutable);
+}
+
+// Opens what the superuser is to change for a user: in its place there may be another item by the next moment.
+Result<Descriptor> openForChange(const std::string& path, const macos::Rights& rights, ItemStatus& status) {
+  const Result<Place> place = rights.locate(path);
+  if (!place) return place.error();
+  Descriptor item(uninterrupted(
+      [&] { return darwin::openAt(place->at(), place->name.c_str(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW); }));
+  if (!item.valid() || darwin::statusOf(item.get(), status) != 0) return systemError(path);
+  if (!rights.mayServe(status)) return systemError(path, EPERM);
+  return item;
+}
+
+Status setLockedAsAdministrator(const std::string& path, bool locked, const macos::Rights& rights) {
+  ItemStatus status;
+  const Result<Descriptor> item = openForChange(path, rights, status);
+  if (!item) return item.error();
+  const Result<std::uint32_t> flags = flagsFor(status, path, locked);
+  if (!flags) return flags.error();
+  return *flags == status.flags || darwin::setFlags(item->get(), *flags) == 0 ? Status() : systemError(path);
+}
+
 // The superuser, too, locks only what is its own. The flags that are there stay, and so does what was opened meanwhile
 // under this name by another program.
 Status setLockedItem(const std::string& path, bool locked) {
-  const Result<Place> place = macos::openFolderOf(path);
+  const Result<Place> place = macos::Rights::own().locateInFolder(path);
   if (!place) return place.error();
   const char* name = place->name.c_str();
   ItemStatus status;
   if (darwin::statusAt(place->at(), name, AtEnd::KeepLink, status) != 0) return systemError(path);
-  if (!S_ISREG(status.mode) && !S_ISDIR(status.mode))
-    return errorWithText(std::errc::invalid_argument, path, "is neither a file nor a folder");
+  const Result<std::uint32_t> flags = flagsFor(status, path, locked);
+  if (!flags) return flags.error();
   if (status.owner != geteuid())
     return errorWithText(std::errc::operation_not_permitted, path, "belongs to somebody else");
-  if (!locked && (status.flags & darwin::kSystemImmutable) != 0)
-    return errorWithText(std::errc::operation_not_permitted, path, "the system has locked it");
-  const std::uint32_t flags =
-      locked ? status.flags | darwin::kImmutable : status.flags & ~static_cast<std::uint32_t>(darwin::kImmutable);
-  if (flags == status.flags) return {};
-  if (darwin::setFlagsAt(place->at(), name, flags) != 0) return systemError(path);
+  if (*flags == status.flags) return {};
+  if (darwin::setFlagsAt(place->at(), name, *flags) != 0) return systemError(path);
   ItemStatus now;
   if (darwin::statusAt(place->at(), name, AtEnd::KeepLink, now) != 0) return systemError(path);
   if (!isSameItem(status, now))
@@ -69,7 +94,9 @@ Status setLockedItem(const std::string& path, bool locked) {
 std::vector<Status> MacFileMetadata::setAllLocked(const std::vector<std::string>& paths, bool locked) {
   std::vector<Status> results;
   results.reserve(paths.size());
-  for (const std::string& path : paths) results.push_back(setLockedItem(path, locked));
+  for (const std::string& path : paths)
+    results.push_back(rights_.isAdministrator() ? setLockedAsAdministrator(path, locked, rights_)
+                                                : setLockedItem(path, locked));
   return results;
 }
 
@@ -79,8 +106,12 @@ Status MacFileMetadata::setModified(const std::string& path, std::optional<Times
     times[0] = {0, UTIME_OMIT};
     times[1] = {static_cast<time_t>(time->seconds), time->nanoseconds};
   }
-  if (utimensat(AT_FDCWD, path.c_str(), times, 0) != 0) return systemError(path);
-  return {};
+  if (!rights_.isAdministrator())
+    return utimensat(AT_FDCWD, path.c_str(), times, 0) == 0 ? Status() : systemError(path);
+  ItemStatus status;
+  const Result<Descriptor> item = openForChange(path, rights_, status);
+  if (!item) return item.error();
+  return futimens(item->get(), times) == 0 ? Status() : systemError(path);
 }
 
 bool MacFileMetadata::isWritable(const std::string& path) const {

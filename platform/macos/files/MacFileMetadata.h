@@ -1,13 +1,19 @@
 // What macOS keeps of a file beside its name and content.
 #pragma once
 
+#include <utility>
+
 #include "platform/FileMetadata.h"
+#include "platform/macos/files/Rights.h"
 
 namespace vantory {
 
-// With the process's own rights, which suffice for the owner of an item to lock it. Any thread.
+// The process's own rights suffice for the owner of an item to lock it; as administrator only what changes an item is
+// served. Any thread.
 class MacFileMetadata : public FileMetadata {
  public:
+  explicit MacFileMetadata(macos::Rights rights = macos::Rights::own()) : rights_(std::move(rights)) {}
+
   std::vector<Status> setAllLocked(const std::vector<std::string>& paths, bool locked) override;
   Status setModified(const std::string& path, std::optional<Timestamp> time) override;
   bool isWritable(const std::string& path) const override;
@@ -17,6 +23,9 @@ class MacFileMetadata : public FileMetadata {
   Result<std::string> linkTarget(const std::string& path) const override;
   Result<std::string> finderInfo(const std::string& path) const override;
   Status setFinderInfo(const std::string& path, const std::string& bytes) override;
+
+ private:
+  const macos::Rights rights_;
 };
 
 }  // namespace vantory

@@ -24,41 +24,47 @@ using darwin::ItemStatus;
 
 namespace {
 
-Result<Descriptor> openPath(const std::string& path, int flags, mode_t mode = 0) {
-  const Result<Place> place = macos::locate(path);
-  if (!place) return place.error();
-  Descriptor opened(uninterrupted([&] { return darwin::openAt(AT_FDCWD, path.c_str(), flags, mode); }));
-  if (!opened.valid()) return (flags & O_ACCMODE) == O_RDONLY ? macos::openingError(path) : systemError(path);
-  return opened;
-}
-
-// A regular file, opened without waiting for a FIFO.
-Result<Descriptor> openFile(const std::string& path, int flags, mode_t mode = 0) {
-  Result<Descriptor> file = openPath(path, flags | O_NONBLOCK, mode);
-  if (!file) return file;
-  ItemStatus status;
-  if (darwin::statusOf(file->get(), status) != 0) return systemError(path);
-  if (!S_ISREG(status.mode)) return errorWithText(std::errc::invalid_argument, path, "is no file");
-  return file;
-}
-
 // What a replaced file passes on to its successor, which was changed now.
 void keepAttributes(int old, int successor, const std::string& path) {
   ItemStatus status;
   if (darwin::statusOf(old, status) != 0) return;
   (void)!fchown(successor, static_cast<uid_t>(-1), status.group);
   macos::CopyReport ignored;
-  macos::copyAttributes(old, status, successor, path, ignored);
+  (void)macos::copyAttributes(old, status, successor, path, ignored);
   const timespec now[2] = {{0, UTIME_NOW}, {0, UTIME_NOW}};
   futimens(successor, now);
 }
 
+}  // namespace
+
+Result<Descriptor> MacFileSystem::openPath(const std::string& path, int flags, mode_t mode) const {
+  const Result<Place> place = rights_.locate(path);
+  if (!place) return place.error();
+  Descriptor opened(uninterrupted(
+      [&] { return darwin::openAt(place->at(), place->name.c_str(), flags | rights_.noFollowFlag(), mode); }));
+  if (!opened.valid()) return (flags & O_ACCMODE) == O_RDONLY ? macos::openingError(path) : systemError(path);
+  return opened;
+}
+
+// A regular file, opened without waiting for a FIFO.
+Result<Descriptor> MacFileSystem::openFile(const std::string& path, int flags, mode_t mode) const {
+  Result<Descriptor> file = openPath(path, flags | O_NONBLOCK, mode);
+  if (!file) return file;
+  ItemStatus status;
+  if (darwin::statusOf(file->get(), status) != 0) return systemError(path);
+  if (!S_ISREG(status.mode)) return errorWithText(std::errc::invalid_argument, path, "is no file");
+  if (!rights_.mayServe(status)) return systemError(path, EPERM);
+  return file;
+}
+
 // Below its root nothing is reached by a link: a backup may come from anywhere.
-Result<Descriptor> openCopySource(const CopyRequest& request) {
-  if (const Result<Place> place = macos::locate(request.source); !place) return place.error();
+Result<Descriptor> MacFileSystem::openCopySource(const CopyRequest& request) const {
+  const Result<Place> place = rights_.locate(request.source);
+  if (!place) return place.error();
   const std::string& root = request.sourceRoot;
   if (root.empty()) {
-    Descriptor source = macos::openSource(AT_FDCWD, request.source, request.links);
+    Descriptor source =
+        macos::openSource(place->at(), place->name, rights_.isAdministrator() ? Links::DoNotFollow : request.links);
     if (!source.valid()) return macos::openingError(request.source);
     return source;
   }
@@ -72,13 +78,12 @@ Result<Descriptor> openCopySource(const CopyRequest& request) {
   return source;
 }
 
-}  // namespace
-
 Result<FileInfo> MacFileSystem::info(const std::string& path, Links links) const {
-  if (const Result<Place> place = macos::locate(path); !place) return place.error();
+  const Result<Place> place = rights_.locate(path);
+  if (!place) return place.error();
   ItemStatus status;
-  const AtEnd atEnd = links == Links::Follow ? AtEnd::FollowLink : AtEnd::KeepLink;
-  if (darwin::statusAt(AT_FDCWD, path.c_str(), atEnd, status) != 0) return systemError(path);
+  if (darwin::statusAt(place->at(), place->name.c_str(), rights_.atEnd(links == Links::Follow), status) != 0)
+    return systemError(path);
   FileInfo info;
   info.type = typeOfMode(status.mode);
   info.size = status.size;
@@ -120,14 +125,19 @@ Result<bool> MacFileSystem::haveSameContent(const std::string& path, const std::
 // The new file is complete, and has what the old one had, before it takes the name. What the drive has been given in
 // order is on its medium when the folder is.
 Status MacFileSystem::write(const std::string& path, std::string_view bytes, WriteOptions options) {
-  darwin::ItemStatus there;
-  if (darwin::statusAt(AT_FDCWD, path.c_str(), darwin::AtEnd::KeepLink, there) == 0 && S_ISDIR(there.mode))
+  Result<Place> place = rights_.locateInFolder(path);
+  if (!place) return place.error();
+  ItemStatus there;
+  if (darwin::statusAt(place->at(), place->name.c_str(), AtEnd::KeepLink, there) == 0 && S_ISDIR(there.mode))
     return systemError(path, EISDIR);
-  auto file = macos::HiddenItem::create(path, macos::HiddenItem::Kind::File);
+  const bool isInHome = place->isInHome;
+  const Descriptor old = macos::openSource(place->at(), place->name, Links::DoNotFollow);
+  auto file = macos::HiddenItem::create(std::move(*place), path, macos::HiddenItem::Kind::File, rights_);
   if (!file) return file.error();
   if (const Status written = writeAll(file->get(), bytes, path); !written) return written;
-  const Descriptor old = macos::openSource(AT_FDCWD, path, Links::DoNotFollow);
-  if (old.valid()) keepAttributes(old.get(), file->get(), path);
+  // What the superuser writes for all is the superuser's, whoever made the file before.
+  if (old.valid() && !rights_.isAdministrator()) keepAttributes(old.get(), file->get(), path);
+  if (rights_.giveAway(file->get(), isInHome, geteuid(), getegid()) != 0) return systemError(path);
   if (options.durable && darwin::flushInOrder(file->get()) != 0) return systemError(path);
   if (const Status named = file->name(StagedCopy::Existing::Replace); !named) return named;
   if (!options.durable) return {};
@@ -151,32 +161,38 @@ Result<std::unique_ptr<StagedCopy>> MacFileSystem::stageCopy(const CopyRequest& 
   if (darwin::statusOf(source->get(), status) != 0) return systemError(request.source);
   if (!S_ISREG(status.mode) && !S_ISDIR(status.mode))
     return errorWithText(std::errc::invalid_argument, request.source, "is neither a file nor a folder");
-  macos::CopyReport report(request.observer, request.checksum, request.mayBeProgram);
-  return macos::stage(*source, status, request, report);
+  if (!rights_.mayServe(status)) return systemError(request.source, EPERM);
+  Result<Place> destination = rights_.locateInFolder(request.destination);
+  if (!destination) return destination.error();
+  macos::CopyReport report(request.observer, request.checksum, request.mayBeProgram, rights_, destination->isInHome);
+  return macos::stage(*source, status, request, std::move(*destination), report);
 }
 
 // Only onto another volume is it a copy, after which the original is removed.
 Result<Notes> MacFileSystem::move(const std::string& source, const std::string& destination) {
-  const Result<Place> from = macos::locate(source);
+  const Result<Place> from = rights_.locate(source);
   if (!from) return from.error();
-  const Result<Place> to = macos::locate(destination);
+  const Result<Place> to = rights_.locate(destination);
   if (!to) return to.error();
   const Status renamed = macos::renameItem(*from, *to, destination);
   if (renamed) return Notes();
   if (renamed.error().code != std::errc::cross_device_link) return renamed.error();
-  return macos::moveByCopying(source, destination);
+  return macos::moveByCopying(source, destination, rights_);
 }
 
 Status MacFileSystem::remove(const std::string& path) {
-  if (const Result<Place> place = macos::locate(path); !place) return place.error();
-  return macos::removeItem(AT_FDCWD, path, path);
+  const Result<Place> place = rights_.locate(path);
+  if (!place) return place.error();
+  return macos::removeItem(place->at(), place->name, path);
 }
 
 Status MacFileSystem::makeFolder(const std::string& path) {
-  return macos::createFolders(path);
+  return macos::createFolders(path, rights_);
 }
 
 Result<Trashed> MacFileSystem::trash(const std::string& path, const std::string& trashFolder) {
+  if (rights_.isAdministrator())
+    return errorWithText(std::errc::operation_not_permitted, path, "the Trash takes a user's own items only");
   return macos::putInTrash(path, trashFolder);
 }
 
@@ -189,7 +205,10 @@ Status MacFileSystem::sync(const std::string& path) {
 }
 
 Result<std::unique_ptr<FolderHold>> MacFileSystem::holdFolder(const std::string& path, std::chrono::milliseconds wait) {
-  Result<Descriptor> held = openPath(path, O_RDONLY | O_NONBLOCK);
+  // A folder of the superuser's could be held by whoever may look into it, a file of that name by the superuser only.
+  Result<Descriptor> held = rights_.isAdministrator()
+                                ? openPath(path + "/.vantory-hold", O_RDONLY | O_CREAT, S_IRUSR | S_IWUSR)
+                                : openPath(path, O_RDONLY | O_NONBLOCK);
   if (!held) return held.error();
   return holdOpen(std::move(*held), path, wait);
 }

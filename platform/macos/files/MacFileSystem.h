@@ -1,13 +1,18 @@
 // The disk, through the calls of macOS.
 #pragma once
 
+#include <utility>
+
 #include "platform/FileSystem.h"
+#include "platform/macos/files/Rights.h"
 
 namespace vantory {
 
-// With the process's own rights. Nothing is put back from the Trash by the Finder, whose notes for that are its own.
+// Nothing is put back from the Trash by the Finder, whose notes for that are its own.
 class MacFileSystem : public FileSystem {
  public:
+  explicit MacFileSystem(macos::Rights rights = macos::Rights::own()) : rights_(std::move(rights)) {}
+
   Result<FileInfo> info(const std::string& path, Links links) const override;
   Result<std::vector<DirectoryEntry>> list(const std::string& path, Detail detail) const override;
   Result<std::string> read(const std::string& path) const override;
@@ -21,6 +26,13 @@ class MacFileSystem : public FileSystem {
   Result<Trashed> trash(const std::string& path, const std::string& trashFolder) override;
   Status sync(const std::string& path) override;
   Result<std::unique_ptr<FolderHold>> holdFolder(const std::string& path, std::chrono::milliseconds wait) override;
+
+ private:
+  Result<Descriptor> openPath(const std::string& path, int flags, mode_t mode = 0) const;
+  Result<Descriptor> openFile(const std::string& path, int flags, mode_t mode = 0) const;
+  Result<Descriptor> openCopySource(const CopyRequest& request) const;
+
+  const macos::Rights rights_;
 };
 
 }  // namespace vantory

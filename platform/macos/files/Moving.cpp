@@ -15,8 +15,8 @@ namespace {
 
 class MacMovingCalls : public MovingCalls {
  public:
-  MacMovingCalls(const std::string& source, const std::string& destination)
-      : source_(source), destination_(destination) {}
+  MacMovingCalls(const std::string& source, const std::string& destination, const Rights& rights)
+      : source_(source), destination_(destination), rights_(rights) {}
 
   int look(int folder, const std::string& name, ItemLook& look) const override {
     darwin::ItemStatus status;
@@ -45,26 +45,28 @@ class MacMovingCalls : public MovingCalls {
     return {};
   }
   Result<Notes> copy(const Place& from, const Place& to, const ItemLook& item, CopiedItems& items) const override {
-    CopyReport report(items);
-    if (!S_ISLNK(item.mode)) return stageAndName(from, report);
+    CopyReport report(items, rights_, to.isInHome);
+    if (!S_ISLNK(item.mode)) return stageAndName(from, to, report);
     if (Status copied = copyLink(from.at(), from.name, to, source_, report); !copied) return copied.error();
     return report.takeNotes();
   }
 
  private:
-  Result<Notes> stageAndName(const Place& from, CopyReport& report) const;
+  Result<Notes> stageAndName(const Place& from, const Place& to, CopyReport& report) const;
 
   const std::string& source_;
   const std::string& destination_;
+  const Rights& rights_;
 };
 
-Result<Notes> MacMovingCalls::stageAndName(const Place& from, CopyReport& report) const {
+Result<Notes> MacMovingCalls::stageAndName(const Place& from, const Place& to, CopyReport& report) const {
   const Descriptor source = openSource(from.at(), from.name, Links::DoNotFollow);
   darwin::ItemStatus status;
   if (!source.valid() || darwin::statusOf(source.get(), status) != 0) return systemError(source_);
   if (!S_ISREG(status.mode) && !S_ISDIR(status.mode))
     return errorWithText(std::errc::not_supported, source_, "a special file cannot be moved to another disk");
-  const auto staged = stage(source, status, {.source = source_, .destination = destination_}, report);
+  if (!rights_.mayServe(status)) return systemError(source_, EPERM);
+  const auto staged = stage(source, status, {.source = source_, .destination = destination_}, twinOf(to), report);
   if (!staged) return staged.error();
   if (Status named = (*staged)->commit(StagedCopy::Existing::Keep); !named) return named.error();
   return (*staged)->notes();
@@ -72,12 +74,12 @@ Result<Notes> MacMovingCalls::stageAndName(const Place& from, CopyReport& report
 
 }  // namespace
 
-Result<Notes> moveByCopying(const std::string& source, const std::string& destination) {
-  const Result<Place> from = openFolderOf(source);
+Result<Notes> moveByCopying(const std::string& source, const std::string& destination, const Rights& rights) {
+  const Result<Place> from = rights.locateInFolder(source);
   if (!from) return from.error();
-  const Result<Place> to = openFolderOf(destination);
+  const Result<Place> to = rights.locateInFolder(destination);
   if (!to) return to.error();
-  return vantory::moveByCopying(MacMovingCalls(source, destination), *from, *to, source, destination);
+  return vantory::moveByCopying(MacMovingCalls(source, destination, rights), *from, *to, source, destination);
 }
 
 }  // namespace vantory::macos

@@ -42,21 +42,22 @@ bool takeHold(Work work, int item, const Place& place, const std::string& name) 
          darwin::statusAt(place.at(), name.c_str(), AtEnd::KeepLink, named) == 0 && isSameItem(opened, named);
 }
 
-// What a killed process left is not held by anybody; its locks may be those of a clone that was just made.
-bool clearLeftover(const Place& place, const std::string& name, const std::string& path) {
+// What a killed process left is not held by anybody; its locks may be those of a clone that was just made. Where others
+// may write, it could be anybody's file with a second name: the superuser touches nothing but the name.
+bool clearLeftover(const Place& place, const std::string& name, const std::string& path, const Rights& rights) {
   const Descriptor left(darwin::openAt(place.at(), name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK));
   ItemStatus status;
   if (!left.valid() || !takeHold(Work::LeftBehind, left.get(), place, name)) return false;
-  if (darwin::statusOf(left.get(), status) == 0 && (status.flags & darwin::kLocks) != 0)
+  if (!rights.isAdministrator() && darwin::statusOf(left.get(), status) == 0 && (status.flags & darwin::kLocks) != 0)
     (void)darwin::setFlags(left.get(), status.flags & ~darwin::kLocks);
   return removeItem(place.at(), name, path).ok();
 }
 
 // Held from its first moment, as far as the volume knows locks.
-Descriptor makeHeld(const Place& place, const std::string& name, HiddenItem::Kind kind) {
+Descriptor makeHeld(const Place& place, const std::string& name, HiddenItem::Kind kind, const Rights& rights) {
   if (kind == HiddenItem::Kind::Folder) {
     if (uninterrupted([&] { return darwin::makeFolder(place.at(), name.c_str()); }) != 0) return {};
-    return Descriptor(darwin::openAt(place.at(), name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW));
+    return rights.openNewFolder(place.at(), name);
   }
   Descriptor held(uninterrupted([&] { return darwin::openNewHeld(place.at(), name.c_str()); }));
   if (held.valid() || !darwin::isUnsupported(errno)) return held;
@@ -65,10 +66,10 @@ Descriptor makeHeld(const Place& place, const std::string& name, HiddenItem::Kin
 
 // Content of our own, with the attributes of the source; changed now. A checksum would be that of the old content.
 Status hold(std::string_view content, const Descriptor& source, const ItemStatus& status, int copy,
-            const CopyRequest& request) {
+            const CopyRequest& request, const CopyReport& report) {
   if (Status written = writeAll(copy, content, request.destination); !written) return written;
-  CopyReport ignored({}, CopyChecksum::Check, request.mayBeProgram);
-  copyAttributes(source.get(), status, copy, request.source, ignored);
+  CopyReport ignored({}, CopyChecksum::Check, request.mayBeProgram, report.rights(), report.isInHome());
+  if (Status kept = copyAttributes(source.get(), status, copy, request.source, ignored); !kept) return kept;
   const timespec now[2] = {{0, UTIME_NOW}, {0, UTIME_NOW}};
   if (futimens(copy, now) != 0) return systemError(request.destination);
   return {};
@@ -89,15 +90,13 @@ class StagedItem : public StagedCopy {
 }  // namespace
 
 // Tries again where a leftover has the name, or where another process took the new item for one.
-Result<HiddenItem> HiddenItem::create(const std::string& path, Kind kind) {
-  Result<Place> place = openFolderOf(path);
-  if (!place) return place.error();
+Result<HiddenItem> HiddenItem::create(Place place, const std::string& path, Kind kind, const Rights& rights) {
   for (int attempt = 0, number = 0; attempt < kAttempts; ++attempt) {
-    const std::string name = hiddenName(*place, number);
-    Descriptor item = makeHeld(*place, name, kind);
+    const std::string name = hiddenName(place, number);
+    Descriptor item = makeHeld(place, name, kind, rights);
     if (item.valid()) {
-      if (!takeHold(Work::Ours, item.get(), *place, name)) continue;
-      HiddenItem made(std::move(*place), name, std::move(item), kind, path);
+      if (!takeHold(Work::Ours, item.get(), place, name)) continue;
+      HiddenItem made(std::move(place), name, std::move(item), kind, path);
       if (darwin::dropAccessList(made.get()) != 0 && !darwin::isUnsupported(errno)) return systemError(path);
       return made;
     }
@@ -107,7 +106,7 @@ Result<HiddenItem> HiddenItem::create(const std::string& path, Kind kind) {
       errno = ENOENT;
     }
     if (errno != EEXIST) return systemError(path);
-    if (!clearLeftover(*place, name, path)) ++number;
+    if (!clearLeftover(place, name, path, rights)) ++number;
   }
   return errorWithText(std::errc::device_or_resource_busy, path, "others are writing to the same place");
 }
@@ -117,17 +116,17 @@ Result<bool> HiddenItem::becomeCloneOf(int source, const ItemStatus& status, con
                                        CopyReport& report) {
   ItemStatus own;
   if (darwin::statusOf(item_.get(), own) != 0) return systemError(path_);
-  if (own.device != status.device || (status.flags & darwin::kOnlyInCloud) != 0 || !report.mayBeProgram()) return false;
+  if (own.device != status.device || !report.mayClone(status)) return false;
   if (darwin::removeFile(place_.at(), hidden_.c_str()) != 0) return systemError(path_);
-  const Place hidden{place_.folder.valid() ? Descriptor(fcntl(place_.folder.get(), F_DUPFD_CLOEXEC, 0)) : Descriptor(),
-                     hidden_};
+  Place hidden = twinOf(place_);
+  hidden.name = hidden_;
   Result<Descriptor> cloned = cloneFile(source, status, hidden, path, report);
   if (!cloned) {
     hidden_.clear();
     return cloned.error();
   }
   const bool isClone = cloned->valid();
-  item_ = isClone ? std::move(*cloned) : makeHeld(place_, hidden_, Kind::File);
+  item_ = isClone ? std::move(*cloned) : makeHeld(place_, hidden_, Kind::File, report.rights());
   if (!item_.valid() || !takeHold(Work::Ours, item_.get(), place_, hidden_)) {
     hidden_.clear();
     return errorWithText(std::errc::device_or_resource_busy, path_, "others are writing to the same place");
@@ -176,14 +175,15 @@ Status HiddenItem::replace() {
 }
 
 Result<std::unique_ptr<StagedCopy>> stage(const Descriptor& source, const ItemStatus& status,
-                                          const CopyRequest& request, CopyReport& report) {
+                                          const CopyRequest& request, Place destination, CopyReport& report) {
   const bool isFolder = S_ISDIR(status.mode);
-  auto hidden = HiddenItem::create(request.destination, isFolder ? HiddenItem::Kind::Folder : HiddenItem::Kind::File);
+  auto hidden = HiddenItem::create(std::move(destination), request.destination,
+                                   isFolder ? HiddenItem::Kind::Folder : HiddenItem::Kind::File, report.rights());
   if (!hidden) return hidden.error();
   Status copied;
   if (request.content) {
     if (isFolder) return errorWithText(std::errc::invalid_argument, request.source, "is no file");
-    copied = hold(*request.content, source, status, hidden->get(), request);
+    copied = hold(*request.content, source, status, hidden->get(), request, report);
   } else if (isFolder) {
     copied = copyTree(source.get(), hidden->get(), request.source, report);
   } else {

@@ -17,7 +17,7 @@ class HiddenItem {
  public:
   enum class Kind { File, Folder };
 
-  static Result<HiddenItem> create(const std::string& path, Kind kind);
+  static Result<HiddenItem> create(Place place, const std::string& path, Kind kind, const Rights& rights);
   ~HiddenItem() { discard(); }
   HiddenItem(HiddenItem&&) noexcept = default;
   HiddenItem& operator=(HiddenItem&&) = delete;
@@ -46,8 +46,8 @@ class HiddenItem {
   std::string path_;
 };
 
-// Copies an open file or folder beside the request's destination.
+// Copies an open file or folder beside the request's destination, which lies in that place.
 Result<std::unique_ptr<StagedCopy>> stage(const Descriptor& source, const darwin::ItemStatus& status,
-                                          const CopyRequest& request, CopyReport& report);
+                                          const CopyRequest& request, Place destination, CopyReport& report);
 
 }  // namespace vantory::macos

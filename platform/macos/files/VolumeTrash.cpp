@@ -45,7 +45,7 @@ std::string trashedName(const std::string& name, int attempt) {
 // Only renaming is done there: looking into a Trash takes a permission that renaming does not.
 Result<Trashed> moveInto(const std::string& trash, const std::string& path) {
   constexpr int kMostAttempts = 1000;
-  const Result<Place> from = locate(path);
+  const Result<Place> from = Rights::own().locate(path);
   if (!from) return from.error();
   const std::string name = paths::lastComponent(path);
   for (int attempt = 0; attempt < kMostAttempts; ++attempt) {
@@ -96,13 +96,13 @@ Result<std::string> volumesTrash(const std::string& path) {
 
 Result<Trashed> putInTrash(const std::string& path, const std::string& usersTrash) {
   ItemStatus item;
-  if (const Result<Place> place = locate(path); !place) return place.error();
+  if (const Result<Place> place = Rights::own().locate(path); !place) return place.error();
   if (darwin::statusAt(AT_FDCWD, path.c_str(), AtEnd::KeepLink, item) != 0) return systemError(path);
   Result<std::string> trash = usersTrash;
   if (!lieTogether(item, usersTrash)) {
     trash = volumesTrash(path);
     if (!trash) return trash.error();
-  } else if (const Status made = createFolders(usersTrash); !made) {
+  } else if (const Status made = createFolders(usersTrash, Rights::own()); !made) {
     return made.error();
   }
   if (const Status owned = checkOwned(*trash); !owned) return owned.error();

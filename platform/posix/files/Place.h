@@ -15,6 +15,7 @@ namespace vantory {
 struct Place {
   Descriptor folder;
   std::string name;
+  bool isInHome = false;  // of the user whom the superuser works for
 
   int at() const { return folder.valid() ? folder.get() : AT_FDCWD; }
 };

@@ -53,6 +53,7 @@ void assign(ItemStatus& status, const struct stat& found) {
   status.changed = found.st_ctimespec;
   status.created = found.st_birthtimespec;
   status.flags = found.st_flags;
+  status.names = found.st_nlink;
 }
 
 attrlist listOf(attrgroup_t attribute) {
@@ -105,6 +106,14 @@ int openNewHeld(int folder, const char* name) {
 
 int makeFolder(int folder, const char* name) {
   return mkdirat(folder, name, S_IRWXU);
+}
+
+int openLink(int folder, const char* name) {
+  return openAt(folder, name, O_RDONLY | O_NONBLOCK | O_SYMLINK);
+}
+
+int setOwner(int item, uid_t owner, gid_t group) {
+  return fchown(item, owner, group);
 }
 
 int renameExclusively(int fromFolder, const char* from, int toFolder, const char* to) {
