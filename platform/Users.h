@@ -17,7 +17,7 @@ class Users {
  public:
   virtual ~Users() = default;
 
-  // True when the process's real user is the superuser.
+  // True when the superuser started the process, also where it goes on as the user that it works for.
   virtual bool isSuperuser() const = 0;
   // Takes the superuser's identity where the process may, else changes nothing. Called before anything else is asked.
   virtual void becomeSuperuser() = 0;

@@ -7,6 +7,7 @@
 
 #include "platform/macos/files/MacChecksums.h"
 #include "platform/macos/files/MacFileMetadata.h"
+#include "platform/macos/rights/MachineLog.h"
 #include "platform/macos/schedule/MacJobControl.h"
 #include "platform/macos/session/MacDesktop.h"
 #include "platform/macos/session/UserFiles.h"
@@ -36,12 +37,23 @@ void dropBorrowedIdentity() {
 }  // namespace
 
 struct MacPlatform::Parts {
-  explicit Parts(std::vector<std::string> arguments) : system(std::move(arguments), "") {}
+  Parts(std::vector<std::string> arguments, std::optional<ConsoleUserProcess> become)
+      : consoleUser(std::move(become)), system(std::move(arguments), "") {}
 
+  std::unique_ptr<PrivilegedRunner> privilegedRunner() {
+    if (consoleUser) return std::make_unique<RootRunner>(*consoleUser->superuser);
+    return std::make_unique<MacPrivilegedRunner>(systemLog);
+  }
+  std::unique_ptr<FileSystem> filesOfMachine() const {
+    if (consoleUser) return std::make_unique<MachineLogFiles>(folders, *consoleUser->superuser);
+    return std::make_unique<MacFileSystem>();
+  }
+
+  const std::optional<ConsoleUserProcess> consoleUser;
   // In this order: each is made of those above it.
   PosixSystemLog systemLog;
   PosixClock clock;
-  MacUsers users;
+  MacUsers users = consoleUser ? MacUsers(consoleUser->user) : MacUsers();
   MacStandardFolders folders;
   PosixSystemInfo system;
   PreferencesDaemon preferences{users};
@@ -49,7 +61,8 @@ struct MacPlatform::Parts {
   MacFileMetadata metadata;
   MacChecksums checksums;
   PosixTrustedFiles trustedFiles;
-  MacPrivilegedRunner privileged{systemLog};
+  std::unique_ptr<FileSystem> machineFiles = filesOfMachine();
+  std::unique_ptr<PrivilegedRunner> privileged = privilegedRunner();
   PosixProcesses processes;
   MacWorkspace workspace{files, users, preferences};
   MacDocuments documents;
@@ -63,11 +76,12 @@ struct MacPlatform::Parts {
   ShownDisk disk{files, metadata, checksums};
 };
 
-MacPlatform::MacPlatform(std::vector<std::string> arguments, Progress progress) {
+MacPlatform::MacPlatform(std::vector<std::string> arguments, Progress progress,
+                         std::optional<ConsoleUserProcess> consoleUser) {
   dropBorrowedIdentity();
   fillStandardStreams();
   ignoreFailedWrites();
-  parts_ = std::make_unique<Parts>(std::move(arguments));
+  parts_ = std::make_unique<Parts>(std::move(arguments), std::move(consoleUser));
   Parts& p = *parts_;
   if (progress == Progress::Shown) p.disk.show();
   // The log makes room for its own lines.
@@ -79,10 +93,10 @@ MacPlatform::MacPlatform(std::vector<std::string> arguments, Progress progress) 
       .files = p.disk.files(),
       .metadata = p.disk.metadata(),
       .checksums = p.disk.checksums(),
-      .machineFiles = p.files,
+      .machineFiles = *p.machineFiles,
       .trustedFiles = p.trustedFiles,
       .processes = p.processes,
-      .privileged = p.privileged,
+      .privileged = *p.privileged,
       .systemLog = p.systemLog,
       .system = p.system,
       .workspace = p.workspace,

@@ -2,22 +2,26 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "platform/Platform.h"
+#include "platform/macos/rights/ConsoleUser.h"
 
 namespace vantory {
 
 class ProgressLine;
 
-// Made once, at the start of main(). The process works with its own rights; administrator rights are not obtained yet.
+// Made once, at the start of main(). The process works with its own rights. What takes the superuser's, and the
+// machine's log, a process that became the user at the console has the one do that it comes from.
 class MacPlatform {
  public:
   // Whether a task that takes long shows how far it is, where standard error is a terminal.
   enum class Progress { Hidden, Shown };
 
-  explicit MacPlatform(std::vector<std::string> arguments, Progress progress = Progress::Hidden);
+  explicit MacPlatform(std::vector<std::string> arguments, Progress progress = Progress::Hidden,
+                       std::optional<ConsoleUserProcess> consoleUser = std::nullopt);
   ~MacPlatform();
 
   Platform& platform() { return *platform_; }

@@ -11,7 +11,10 @@ chown -R "$nobody" "$home"
 put "$work/tools/usr/bin/osascript" '#!/bin/sh
 [ "$5" != type ] || echo public.plain-text'
 chmod -R a+rx "$work/tools"
-self_check() { timeout -k 5 60 $(clean_environment) HOME="$home" VANTORY_TEST_TOOLS="$work/tools" "$program" --self-check "$@" </dev/null; }
+# On a Mac the superuser's process works as the user at the console only.
+drop=()
+[ "$system" = linux ] || drop=(setpriv "--reuid=$nobody" "--regid=$nobody" --clear-groups)
+self_check() { timeout -k 5 60 "${drop[@]}" $(clean_environment) HOME="$home" VANTORY_TEST_TOOLS="$work/tools" "$program" --self-check "$@" </dev/null; }
 check_in() { # FOLDER [OPTION...]
   self_check "$@" >"$work/out" 2>"$work/err"
   code=$?
@@ -22,12 +25,13 @@ empty() { [ -z "$(find "$1" -mindepth 1 -print -quit)" ]; }
 disk() { # NAME KIND [OPTION...]: a file system of its own
   mkdir -p "$work/$1"
   mount -t "$2" "${@:3}" "$2" "$work/$1" || skip "a $2 cannot be mounted here"
+  chmod 1777 "$work/$1"
   where=$work/$1
 }
 
 # Lists of this system's kind are not a Mac's.
 [ "$system" = linux ] || mount --bind /dev/null /usr/bin/setfacl
-mkdir "$work/plain"
+mkdir -m 1777 "$work/plain"
 find "$home" >"$work/before"
 check_in "$work/plain"
 check "on a good disk all holds that can be tried" eval 'all_held && grep -qE "^[0-9]{2} held, 0 not held, " "$work/out"'
@@ -56,10 +60,10 @@ for run in 1 2 3 4 5 6 7 8; do self_check "$work/plain" >"$work/run$run" 2>&1 & 
 check "none takes another's folder" eval 'for run in "${runs[@]}"; do wait "$run" || { grep -h "NOT HELD" "$work"/run*; false; } || break; done && empty "$work/plain"'
 
 # --- Runs that were killed -------------------------------------------------------------------------------------------
-for pause in 0.01 0.03 0.06; do timeout -s KILL "$pause" "$program" --self-check "$work/plain" >/dev/null 2>&1; done 2>/dev/null
+for pause in 0.01 0.03 0.06; do timeout -s KILL "$pause" "${drop[@]}" "$program" --self-check "$work/plain" >/dev/null 2>&1; done 2>/dev/null
 left="$work/plain/vantory-self-check-left" used="$work/plain/vantory-self-check-used"
 mkdir -p "$left/0/folder" "$used"; echo text >"$left/0/folder/locked"
-[ "$system" = macos ] || chattr +i "$left/0/folder/locked"
+if [ "$system" = macos ]; then chown -R "$nobody" "$left" "$used"; else chattr +i "$left/0/folder/locked"; fi
 flock "$used" sleep 60 & holder=$!
 soon not flock -n "$used" true
 check_in "$work/plain"

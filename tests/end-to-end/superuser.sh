@@ -9,6 +9,8 @@ need lsattr chattr
 uid=64201 greeter=64202  # users that only this root folder knows
 motion=com.apple.motion.plist
 clean="env -i PATH=/usr/bin:/bin LANG=C.UTF-8 ASAN_OPTIONS=${ASAN_OPTIONS:-}"
+# A Mac's own word is who owns the console.
+[ "$system" = linux ] || clean="$clean VANTORY_TEST_CONSOLE=$uid"
 as_root() { timeout -k 5 60 $clean "$@" >"$work/out" 2>"$work/err" </dev/null; code=$?; }
 # fresh NAME: an empty home of that name for the user, and a log to match.
 fresh() {
@@ -26,6 +28,11 @@ all_owned() { [ -z "$(find "$home" ! -uid "$uid" -print)" ] && [ -z "$(find "$ho
 backed_up() { holds "$library/$1.vnt/Users/user/Library/Preferences/$motion" motion; }
 locked() { lsattr -d "$1" | cut -d' ' -f1 | grep -q i; }
 locked_below() { lsattr -aR "$1" | grep -E '^[-A-Za-z]*i[-A-Za-z]* +/'; }
+if [ "$system" = macos ]; then
+  need getfattr pgrep
+  locked() { getfattr -n user.darwin.flags "$1" >/dev/null 2>&1; }
+  locked_below() { getfattr -Rn user.darwin.flags "$1" 2>/dev/null | grep flags; }
+fi
 untouched_home() { [ -z "$(find "$home" -newer "$work/mark")" ]; }
 
 # --- Who is meant ----------------------------------------------------------------------------------------------------
@@ -39,10 +46,8 @@ for variable in SUDO_UID PKEXEC_UID; do
   put "$preferences/$motion" newer
   as_root HOME=/root $variable=$uid "$program" -restore "$library/Mine.vnt"
   as_root HOME=/root $variable=$uid "$program" -trash fcpButton
-  check "$variable: restore and Trash" eval 'ended 0 && holds "$preferences/$motion" motion && holds "$trash/files/$motion" newer && [ -d "$trash/files/Button Bars" ] && [ "$(stat -c "%u %a" "$trash")" = "$uid 700" ] && all_owned'
+  check "$variable: restore and Trash" eval 'ended 0 && holds "$preferences/$motion" motion && holds "$trashed/$motion" newer && [ -d "$trashed/Button Bars" ] && [ "$(stat -c "%u %a" "$trash")" = "$uid 700" ] && all_owned'
 done
-fresh vanna; as_root HOME=/tmp/vanna "$program" -backup Mine
-check "HOME of somebody else's is not taken" [ ! -e "$library" ]
 
 # --- The login service's word ----------------------------------------------------------------------------------------
 seat() { # CLASS UID
@@ -50,6 +55,9 @@ seat() { # CLASS UID
   printf 'IS_SEAT0=1\nACTIVE=c7\nACTIVE_UID=%s\nSESSIONS=c7\n' "$2" >/run/systemd/seats/seat0
   printf 'UID=%s\nACTIVE=1\nSTATE=active\nREMOTE=0\nTYPE=wayland\nCLASS=%s\nSEAT=seat0\n' "$2" "$1" >/run/systemd/sessions/c7
 }
+if [ "$system" = linux ]; then
+fresh vanna; as_root HOME=/tmp/vanna "$program" -backup Mine
+check "HOME of somebody else's is not taken" [ ! -e "$library" ]
 fresh vanna
 seat user $uid
 as_root HOME=/root SUDO_UID=$nobody "$program" -backup Console
@@ -64,6 +72,14 @@ nobody_there() {
 seat greeter $greeter; nobody_there "a greeter"
 printf 'IS_SEAT0=1\n' >/run/systemd/seats/seat0; nobody_there "an empty seat"
 rm -rf /run/systemd
+else
+  fresh vanna; touch "$work/mark"; sleep 0.01
+  as_root VANTORY_TEST_CONSOLE= HOME=/tmp/vanna SUDO_UID=$uid "$program" -lock -allfiles
+  check "with nobody at the console nothing is done" eval 'ended 1 && printed "" && grep -q "Nobody is logged in at the console - nothing was done" "$work/err" && untouched_home'
+  fresh vanna; truncate -s 3G "$user_data/Button Bars/large"; chown "$uid" "$user_data/Button Bars/large"
+  as_root timeout -s TERM 0.3 "$program" -backup Ended
+  check "a signal ends the user's process with the superuser's" eval '[ "$code" -ge 124 ] && [ ! -e "$library/Ended.vnt/Settings.plist" ] && not pgrep -U $uid'
+fi
 
 # --- Locking ---------------------------------------------------------------------------------------------------------
 fresh vanna
@@ -73,7 +89,7 @@ if chattr +i "$work/mark" 2>/dev/null && chattr -i "$work/mark"; then
   run_as_sudo -lock
   check "-lock locks" eval 'ended 0 && said "" && locked "$preferences/$motion" && locked "$user_data/Final Cut Pro 7 Prefs.fcset" && locked "$user_data/Button Bars" && not locked "$user_data"'
   run_as_sudo -backup Locked; run_as_sudo -restore "$library/Locked.vnt"
-  check "locked files can be backed up and restored" eval 'ended 0 && said "" && backed_up Locked && [ -e "$trash/files/$motion" ] && not locked_below "$home"'
+  check "locked files can be backed up and restored" eval 'ended 0 && said "" && backed_up Locked && [ -e "$trashed/$motion" ] && not locked_below "$home"'
   run_as_sudo -lock fcpPrefs; run_as_sudo -unlock
   check "-unlock unlocks" eval 'ended 0 && said "" && not locked_below "$home"'
   put /tmp/foreign/secret secret; ln /tmp/foreign/secret "$user_data/Final Cut Pro 8 Prefs.fcset"

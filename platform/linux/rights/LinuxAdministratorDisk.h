@@ -23,6 +23,7 @@ class LinuxAdministratorDisk : public AdministratorDisk {
   FileSystem& usersFiles() override { return usersFiles_; }
   Result<Place> locate(const std::string& path) const override { return rights_.locate(path); }
   Result<Place> locateOnMachine(const std::string& path) const override { return machine_.locate(path); }
+  bool takesMachineJobs() const override { return true; }  // nothing runs them
 
  private:
   static std::vector<std::string> withHome(std::vector<std::string> folders, const User& user) {

@@ -33,7 +33,7 @@ std::optional<User> userOfProcess(bool isSuperuser) {
 }  // namespace
 
 bool MacUsers::isSuperuser() const {
-  return getuid() == 0;
+  return become_ || getuid() == 0;
 }
 
 void MacUsers::becomeSuperuser() {
@@ -41,12 +41,12 @@ void MacUsers::becomeSuperuser() {
 }
 
 std::optional<User> MacUsers::processUser() const {
-  std::call_once(processUserFound_, [this] { processUser_ = userOfProcess(isSuperuser()); });
+  std::call_once(processUserFound_, [this] { processUser_ = userOfProcess(!become_ && isSuperuser()); });
   return processUser_;
 }
 
 std::optional<User> MacUsers::consoleUser() const {
-  std::call_once(consoleUserFound_, [this] { consoleUser_ = userAtConsole(); });
+  std::call_once(consoleUserFound_, [this] { consoleUser_ = become_ ? become_ : userAtConsole(); });
   return consoleUser_;
 }
 

@@ -12,6 +12,10 @@ namespace vantory {
 // thread.
 class MacUsers : public Users {
  public:
+  MacUsers() = default;
+  // For a process that the superuser started and that has become the user at the console.
+  explicit MacUsers(const User& become) : become_(become) {}
+
   bool isSuperuser() const override;
   void becomeSuperuser() override;
   std::optional<User> processUser() const override;
@@ -19,6 +23,7 @@ class MacUsers : public Users {
   std::string nameOf(const User& user) const override;
 
  private:
+  const std::optional<User> become_;
   mutable std::once_flag processUserFound_;
   mutable std::optional<User> processUser_;
   mutable std::once_flag consoleUserFound_;

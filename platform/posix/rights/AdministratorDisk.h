@@ -25,6 +25,9 @@ class AdministratorDisk {
   // Where an item lies that is there, as files() and as machineFiles() find it.
   virtual Result<Place> locate(const std::string& path) const = 0;
   virtual Result<Place> locateOnMachine(const std::string& path) const = 0;
+  // Whether job files may be put where those of the whole machine lie. Where the system runs them, whoever had one
+  // installed would be the superuser.
+  virtual bool takesMachineJobs() const = 0;
 };
 
 // Whether two paths lead to one item. Their texts do not tell: a volume may find a name in any case, and know more than

@@ -48,6 +48,7 @@ Status makeReadableForAll(const Result<Place>& place, const std::string& path) {
 }
 
 bool MachineWideFiles::isJobFolder(const std::string& path) const {
+  if (!disk_.takesMachineJobs()) return false;
   const auto library = standard_.localFolder(StandardFolder::Library);
   return library && (leadToOneItem(files_, path, *library + "/LaunchDaemons") ||
                      leadToOneItem(files_, path, *library + "/LaunchAgents"));

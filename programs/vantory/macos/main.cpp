@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <optional>
 #include <utility>
 
 #include "platform/macos/MacPlatform.h"
@@ -10,13 +11,18 @@
 int main(int argumentCount, char** arguments) {
   using namespace vantory;
   HomeOptions options = readHomeOptions({arguments, arguments + argumentCount});
-  // What needs the superuser's rights beside a user's cannot be done yet; for a home that is named its owner does all.
-  if (getuid() == 0 && !options.home && !options.isForMany() && !options.fault)
-    options.fault =
-        "On macOS the superuser names the home to work in: \"sudo vantory --home /Users/NAME\" before the "
-        "task - nothing was done.";
-  return start(std::move(options), [](const std::vector<std::string>& all, bool showsProgress, const PlatformUse& use) {
-    MacPlatform platform(all, showsProgress ? MacPlatform::Progress::Shown : MacPlatform::Progress::Hidden);
-    use(platform.platform(), platform.progressLine());
-  });
+  std::optional<ConsoleUserProcess> consoleUser;
+  if (getuid() == 0 && !options.home && !options.isForMany() && !options.fault) {
+    auto become = becomeConsoleUser();
+    if (become)
+      consoleUser = std::move(*become);
+    else
+      options.fault = become.error().text;
+  }
+  return start(std::move(options),
+               [&](const std::vector<std::string>& all, bool showsProgress, const PlatformUse& use) {
+                 MacPlatform platform(all, showsProgress ? MacPlatform::Progress::Shown : MacPlatform::Progress::Hidden,
+                                      consoleUser);
+                 use(platform.platform(), platform.progressLine());
+               });
 }
