@@ -5,6 +5,7 @@
 #include <fcntl.h>
 #include <linux/stat.h>
 #include <sys/file.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <unistd.h>
@@ -399,6 +400,13 @@ std::optional<uid_t> consoleOwner() {
   const char* owner = std::getenv("VANTORY_TEST_CONSOLE");
   if (!owner) return std::nullopt;
   return static_cast<uid_t>(std::strtoul(owner, nullptr, 10));
+}
+
+std::optional<uid_t> userBehind(int socket) {
+  ucred peer{};
+  socklen_t size = sizeof peer;
+  if (getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &peer, &size) != 0) return std::nullopt;
+  return peer.uid;
 }
 
 // Those of this machine.

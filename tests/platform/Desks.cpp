@@ -106,7 +106,6 @@ class MacDesk : public Desk {
         -a) [ "$2" = /Mail.app ] && item=$3 ;;
         -b) grep -ixqF -- "$2" installed || refuse 'failed with error -10814.'
             item=${3:-} ;;
-        -R) item=$2 ;;
         /*) [ -e "$1" ] || refuse "The file $1 does not exist."
             item=$1 ;;
         https://*) item=$1 ;;

@@ -5,29 +5,18 @@
 #include <sys/un.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <functional>
-#include <optional>
 #include <utility>
+
+#include "platform/posix/processes/HandedOver.h"
 
 namespace vantory {
 
 namespace {
 
-using namespace std::chrono_literals;
-using Time = std::chrono::steady_clock;
-
-// What is handed over: {"file", PATH} for each file, then {"open", ACTIVATION-TOKEN}; the answer is {"taken"}.
-constexpr const char* kFile = "file";
-constexpr const char* kOpen = "open";
-constexpr const char* kTaken = "taken";
-
-constexpr std::size_t kMostFiles = 10'000;
-constexpr auto kPatienceForRequest = 2s;
-constexpr auto kPatienceForAnswer = 5s;
 constexpr int kWaitingCopies = 64;
 
 struct Address {
@@ -63,29 +52,6 @@ bool limitWaiting(int socket) {
   return setsockopt(socket, SOL_SOCKET, SO_SNDTIMEO, &kLimit, sizeof kLimit) == 0;
 }
 
-// None when the other end says something else, too much or too slowly.
-std::optional<OpenRequest> receiveRequest(Channel& channel) {
-  OpenRequest request;
-  const auto end = Time::now() + kPatienceForRequest;
-  while (request.files.size() <= kMostFiles) {
-    auto message = channel.receive(std::chrono::duration_cast<std::chrono::milliseconds>(end - Time::now()));
-    if (!message || message->size() != 2) return std::nullopt;
-    if (message->front() == kOpen) {
-      request.activationToken = std::move(message->back());
-      return request;
-    }
-    if (message->front() != kFile) return std::nullopt;
-    request.files.push_back(std::move(message->back()));
-  }
-  return std::nullopt;
-}
-
-bool sendRequest(Channel& channel, const OpenRequest& request) {
-  for (const std::string& file : request.files)
-    if (!channel.send({kFile, file})) return false;
-  return channel.send({kOpen, request.activationToken}).ok();
-}
-
 }  // namespace
 
 // A hash, because such a name is short.
@@ -118,14 +84,10 @@ void LinuxSingleInstance::serve(const Receiver& receive) const {
     Descriptor socket(uninterrupted([&] { return accept4(listener_.get(), nullptr, nullptr, SOCK_CLOEXEC); }));
     if (!socket.valid() && errno != ECONNABORTED) return;
     if (!socket.valid() || !isSameUser(socket.get()) || !limitWaiting(socket.get())) continue;
-    Channel channel(std::move(socket));
-    auto request = receiveRequest(channel);
-    // Whoever no longer waits for the answer does its work itself.
-    if (request && channel.send({kTaken})) receive(std::move(*request));
+    handover::serve(Channel(std::move(socket)), receive);
   }
 }
 
-// Nobody has taken it only where that is certain: otherwise two copies would do the work.
 SingleInstance::HandOver LinuxSingleInstance::handOver(const OpenRequest& request) {
   Descriptor socket = newSocket();
   const Address address = addressOf(name_);
@@ -133,11 +95,7 @@ SingleInstance::HandOver LinuxSingleInstance::handOver(const OpenRequest& reques
   if (uninterrupted([&] { return connect(socket.get(), address.get(), address.length); }) != 0)
     return errno == ECONNREFUSED ? HandOver::Nobody : HandOver::Refused;
   if (!isSameUser(socket.get())) return HandOver::Refused;
-  Channel channel(std::move(socket));
-  if (!sendRequest(channel, request)) return HandOver::Nobody;
-  const auto answer = channel.receive(kPatienceForAnswer);
-  if (answer) return *answer == Message{kTaken} ? HandOver::Taken : HandOver::Refused;
-  return answer.error().code == std::errc::not_connected ? HandOver::Nobody : HandOver::Refused;
+  return handover::send(Channel(std::move(socket)), request);
 }
 
 std::string displayOfSession() {

@@ -102,6 +102,8 @@ std::string volumeOf(int folder, const std::string& name);
 void fetchFromCloud(bool fetch);
 // Who sits at the screen.
 std::optional<uid_t> consoleOwner();
+// Whose process is at the other end of a socket.
+std::optional<uid_t> userBehind(int socket);
 
 struct RunningProgram {
   pid_t process = 0;

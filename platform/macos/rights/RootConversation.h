@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "platform/PrivilegedRunner.h"
-#include "platform/macos/rights/StreamChannel.h"
+#include "platform/posix/processes/StreamChannel.h"
 
 namespace vantory {
 

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "platform/Users.h"
-#include "platform/macos/rights/StreamChannel.h"
+#include "platform/posix/processes/StreamChannel.h"
 
 namespace vantory {
 

@@ -228,6 +228,13 @@ std::optional<uid_t> consoleOwner() {
   return console.st_uid;
 }
 
+std::optional<uid_t> userBehind(int socket) {
+  uid_t user = 0;
+  gid_t group = 0;
+  if (getpeereid(socket, &user, &group) != 0) return std::nullopt;
+  return user;
+}
+
 // More may begin while they are counted: there is room for some.
 std::vector<RunningProgram> programsOf(uid_t user) {
   constexpr int kRoom = 64;

@@ -1,4 +1,4 @@
-// Messages to and from a process of the superuser's, where sockets keep no borders between them.
+// Messages where sockets keep no borders between them.
 #pragma once
 
 #include <chrono>

@@ -1,5 +1,5 @@
 // Frames messages on a stream.
-#include "platform/macos/rights/StreamChannel.h"
+#include "platform/posix/processes/StreamChannel.h"
 
 #include <fcntl.h>
 #include <poll.h>
