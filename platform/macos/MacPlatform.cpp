@@ -37,8 +37,8 @@ void dropBorrowedIdentity() {
 }  // namespace
 
 struct MacPlatform::Parts {
-  Parts(std::vector<std::string> arguments, std::optional<ConsoleUserProcess> become)
-      : consoleUser(std::move(become)), system(std::move(arguments), "") {}
+  Parts(std::vector<std::string> arguments, std::optional<ConsoleUserProcess> become, std::string startedProgram)
+      : consoleUser(std::move(become)), system(std::move(arguments), std::move(startedProgram)) {}
 
   std::unique_ptr<PrivilegedRunner> privilegedRunner() {
     if (consoleUser) return std::make_unique<RootRunner>(*consoleUser->superuser);
@@ -77,11 +77,11 @@ struct MacPlatform::Parts {
 };
 
 MacPlatform::MacPlatform(std::vector<std::string> arguments, Progress progress,
-                         std::optional<ConsoleUserProcess> consoleUser) {
+                         std::optional<ConsoleUserProcess> consoleUser, std::string startedProgram) {
   dropBorrowedIdentity();
   fillStandardStreams();
   ignoreFailedWrites();
-  parts_ = std::make_unique<Parts>(std::move(arguments), std::move(consoleUser));
+  parts_ = std::make_unique<Parts>(std::move(arguments), std::move(consoleUser), std::move(startedProgram));
   Parts& p = *parts_;
   if (progress == Progress::Shown) p.disk.show();
   // The log makes room for its own lines.

@@ -20,8 +20,9 @@ class MacPlatform {
   // Whether a task that takes long shows how far it is, where standard error is a terminal.
   enum class Progress { Hidden, Shown };
 
+  // For a program that another became, `startedProgram` is the file name of the one beside it that the user started.
   explicit MacPlatform(std::vector<std::string> arguments, Progress progress = Progress::Hidden,
-                       std::optional<ConsoleUserProcess> consoleUser = std::nullopt);
+                       std::optional<ConsoleUserProcess> consoleUser = std::nullopt, std::string startedProgram = {});
   ~MacPlatform();
 
   Platform& platform() { return *platform_; }
