@@ -134,8 +134,8 @@ class FileSystem {
   // file is refused, as by read(); one of any size is compared.
   virtual Result<bool> haveSameContent(const std::string& path, const std::string& other) const = 0;
 
-  // Replaces the file at `path` by one holding `bytes`, whole or not at all; a folder is refused. Mode, owner and access
-  // lists of a file that was there are kept; a new file is private (0600).
+  // Replaces the file at `path` by one holding `bytes`, whole or not at all; a folder is refused. Mode, owner and
+  // access lists of a file that was there are kept; a new file is private (0600).
   virtual Status write(const std::string& path, std::string_view bytes, WriteOptions options) = 0;
 
   // Opens or creates (0600) a regular file for adding at its end.
