@@ -355,6 +355,7 @@ void remarkOnEarlier(const std::string& path, TaskReport& report) {
 
 WriteResult QWBackup::writeData(TaskReport& report, bool filesOnly) {
   const WriteResult result = write(report, filesOnly);
+  if (result != WriteResult::Success && createdFolder_) report.noted(FileAction::Create, path_);  // as it was left
   if (result != WriteResult::Success || !report.isWhole()) remarkOnEarlier(path_, report);
   return result;
 }

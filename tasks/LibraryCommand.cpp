@@ -34,7 +34,8 @@ int refuse(const CommandContext& context, const std::string& reason) {
 }
 
 std::string unchangedDefault(const Error& error) {
-  return "The default backup could not be changed: " + error.text;
+  const std::string sentence = "The default backup could not be changed: " + error.text;
+  return error.cure.empty() ? sentence : sentence + ". " + error.cure;
 }
 
 // These commands have no older callers: what they do not understand keeps them from being begun. None where all is

@@ -148,14 +148,14 @@ void noteKeptName(const std::string& wanted, const std::string& kept, TaskReport
 }
 
 void tellWhatWasNotDone(const TaskReport& report, bool keepsLog) {
+  const auto log = keepsLog ? QWLog::sharedController().path() : std::nullopt;
   tellFirst(report.notices(), [](const std::string& notice) { return notice; });
   tellFirst(report.unusedOperands(), [](const TaskReport::UnusedOperand& unused) { return unused.reason; });
   tellFirst(report.passedOver(), [](const TaskReport::PassedOver& passed) { return passed.reason; });
   tellCauses(filesIn(report, [](const FileReport& file) { return file.wasLeftOut(); }));
-  tellFailures(report, keepsLog);
+  tellFailures(report, log.has_value());
   tellFirst(report.remarks(), [](const std::string& remark) { return remark; });
-  if (!keepsLog || (report.isWhole() && report.remarks().empty()) || report.refusal()) return;
-  if (const auto path = QWLog::sharedController().path()) tell("The log: " + *path);
+  if (log && (!report.isWhole() || !report.remarks().empty()) && !report.refusal()) tell("The log: " + *log);
 }
 
 void tellNothingFound(FileAction deed, const TaskReport& report) {

@@ -59,7 +59,7 @@ std::string QWLog::appName() const {
 }
 
 std::optional<std::string> QWLog::path() const {
-  return loggingDisabled_ ? std::nullopt : LogFile::currentPath(platform_, appName());
+  return loggingDisabled_ || hasToldFailure_ ? std::nullopt : LogFile::currentPath(platform_, appName());
 }
 
 // A short entry is in the file at the end: written here where nobody else writes, else waited for.
@@ -217,7 +217,7 @@ bool QWLog::write(const std::string& entry) {
 // A full file is moved on, and the next one begins by saying so.
 void QWLog::addToFile(const std::string& entry) {
   if (!file_.isOpen() && !file_.open(appName())) {
-    if (std::exchange(hasToldFailure_, true)) return;
+    if (hasToldFailure_.exchange(true)) return;
     platform_.systemLog.write(printable(formatted("Unable to log the following information: %@", entry)));
     platform_.systemLog.write("Unable to open log for output");
     return;
@@ -240,7 +240,7 @@ bool QWLog::flush() {
 
 // Always false. A disk stays full for long: the person is told once.
 bool QWLog::fail(std::string_view reason) {
-  if (!loggingDisabled_ && !std::exchange(hasToldFailure_, true))
+  if (!loggingDisabled_ && !hasToldFailure_.exchange(true))
     platform_.systemLog.write(printable(formatted("Exception writing to log: %@", reason)));
   return false;
 }

@@ -60,7 +60,8 @@ class QWLog {
   static void finishWriting();
 
   std::string appName() const;
-  // The file that entries go to; none where there is no folder for it, or logging is switched off.
+  // The file that entries go to; none where there is no folder for it, logging is switched off, or one could not be
+  // written since the log was begun.
   std::optional<std::string> path() const;
   std::uint64_t bytesWritten() const { return bytesWritten_; }  // entries in the current file, without its header
   // UTF-16 units handed over and not yet written.
@@ -92,12 +93,12 @@ class QWLog {
   bool fail(std::string_view reason);
 
   Platform& platform_;
-  LogFile file_;                 // only in turn
-  bool hasToldFailure_ = false;  // only in turn: since the log was begun
-  std::size_t unflushed_ = 0;    // only in turn: UTF-16 units of entries that were queued and are in `file_` only
+  LogFile file_;               // only in turn
+  std::size_t unflushed_ = 0;  // only in turn: UTF-16 units of entries that were queued and are in `file_` only
   std::atomic<std::uint64_t> bytesWritten_ = 0;
   std::atomic<std::size_t> bytesInQueue_ = 0;
   std::atomic<bool> loggingDisabled_ = false;
+  std::atomic<bool> hasToldFailure_ = false;  // since the log was begun
 
   mutable std::mutex mutex_;  // for all below
   std::condition_variable queued_;

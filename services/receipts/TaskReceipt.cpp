@@ -116,9 +116,21 @@ void TaskReceipt::done(FileAction action, const std::string& path, const std::st
   if (leavesSomething(action)) append(pending_, traitsOf(action == FileAction::Move ? place : path));
   if (action == FileAction::Trash && !hasTrashNotes(paths::parent(place))) append(pending_, ownTraitsOf(place));
   pending_ += "},\n";
-  canBeTakenBack_ |= action != FileAction::Remove && action != FileAction::Copy;
+  note(action, path);
   // Nobody but the folder's own entry would tell later that it is the task's.
   if (action == FileAction::Create || pending_.size() > kMostPending) flush();
+}
+
+// A backup that was made and removed again is as if it had never been; a copy is part of one.
+void TaskReceipt::note(FileAction action, const std::string& path) {
+  if (action == FileAction::Create)
+    made_ = path;
+  else if (action == FileAction::Remove && path == made_)
+    made_.clear();
+  else if (action == FileAction::Remove)
+    removedAnything_ = true;
+  else if (action != FileAction::Copy)
+    changedAnything_ = true;
 }
 
 void TaskReceipt::end() {
@@ -147,8 +159,9 @@ void TaskReceipt::end() {
   NotificationCenter::shared().postOnMainThreadLater(kReceiptsRefresh, {});
   if (!failure_) return;
   QWLog::appendLog("The receipt of this task could not be written: %@", failure_->text);
-  report_.remark(
-      formatted("This task cannot be taken back as a whole: its receipt could not be written. %@", failure_->text));
+  if (canBeTakenBack() || removedAnything_)
+    report_.remark(
+        formatted("This task cannot be taken back as a whole: its receipt could not be written. %@", failure_->text));
 }
 
 // The folder is held until the file is, so that no two tasks take one name and nobody prunes it.

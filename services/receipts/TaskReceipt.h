@@ -46,13 +46,15 @@ class TaskReceipt : public TaskRecord {
   // The task is over. A receipt that could not be written is remarked in the report.
   void end();
   // Whether there is a file, and something in it that can be taken back.
-  bool isOfUse() const { return file_ && canBeTakenBack_ && !failure_; }
+  bool isOfUse() const { return file_ && canBeTakenBack() && !failure_; }
   // What takes the task back. One that took another back is named, because "--undo" alone passes it over.
   std::string undoCommand() const { return undoes_.empty() ? "vantory --undo" : "vantory --undo " + name_; }
 
  private:
   void begin();
   Status open();
+  void note(FileAction action, const std::string& path);
+  bool canBeTakenBack() const { return changedAnything_ || !made_.empty(); }
   void flush();
 
   TaskReport& report_;
@@ -67,7 +69,9 @@ class TaskReceipt : public TaskRecord {
   std::size_t size_ = 0;  // of the file, in bytes
   std::optional<Error> failure_;
   std::set<std::string> wereSo_;  // locked, or not, before the task
-  bool canBeTakenBack_ = false;
+  std::string made_;              // a backup; empty for none, and where it was removed again
+  bool changedAnything_ = false;
+  bool removedAnything_ = false;
 };
 
 }  // namespace vantory

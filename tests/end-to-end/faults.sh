@@ -86,7 +86,7 @@ chmod 700 "$library"; chmod 000 "$settings"
 run -list; check "and so are settings" grep -qF "Unable to read the settings: " "$work/err"
 chmod 600 "$settings"
 chmod 000 "$library/../Receipts"
-run -lock motionPrefs; check "where no receipt can be written a task says so, and is done" eval '[ $code != 124 ] && grep -q "Receipts" "$work/err"'
+run -backup Unnoted motionPrefs; check "where no receipt can be written a task says so, and is done" eval 'ended 0 && grep -q "Receipts" "$work/err" && [ -d "$library/Unnoted.vnt" ]'
 run --undo; check "... and undo says why it knows of none" eval 'ended 1 && grep -qF "The receipts cannot be read. " "$work/err"'
 chmod 700 "$library/../Receipts"
 

@@ -315,6 +315,16 @@ TEST_F(UndoTest, AnUpdatedBackupAndALockComeBack) {
   EXPECT_THAT(metadata_.locked, UnorderedElementsAre(prefs("a.plist")));
 }
 
+TEST_F(UndoTest, ABackupThatWasNotFinishedIsTakenBackAndOneThatWasNotBegunIsNoLoss) {
+  files_.fail(Operation::Write, std::errc::no_space_on_device);  // of the settings
+  task("autobackup", [](TaskReport& report) { QWBackup::autoBackup()->writeData(report); });
+  files_.heal();
+  EXPECT_TRUE(undo().isWhole());
+  EXPECT_TRUE(fs::is_empty(library() + "/Autosaves"));
+  files_.refuseWrites();
+  EXPECT_THAT(trash().remarks(), IsEmpty());
+}
+
 // An item that lies in the folder of another, which comes before or after it; and a folder that becomes a file.
 TEST_F(UndoTest, OverlappingItemsAreWholeAndComeBackWhole) {
   const std::string all[] = {prefs("sets"), prefs("sets/a"), prefs("kind")};
