@@ -13,6 +13,7 @@
 #include "base/Format.h"
 #include "base/Paths.h"
 #include "platform/FileSystem.h"
+#include "platform/StagingName.h"
 #include "platform/TrashLayout.h"
 #include "services/QWLocalPaths.h"
 #include "services/Runtime.h"
@@ -284,13 +285,20 @@ void UndoRun::findReplacedCopies(const Deeds& deeds) {
   }
 }
 
-// What an earlier run that was killed has kept of them.
+// What a run that was killed has kept of them, and was putting together beside them.
 void UndoRun::tidyReplacedCopies() {
-  std::set<std::string> backups;
+  std::map<std::string, std::vector<std::string>> unfinished;  // of each backup
   for (const ReceiptStep& step : receipt_.steps)
-    if (step.action == FileAction::Replace && isAllowed(step.path)) backups.insert(backupOf(step.path));
-  for (const std::string& backup : backups)
-    if (const auto held = holdBackupFolder(backup)) ReplacedCopies::tidy(backup);
+    if (step.action == FileAction::Replace && isAllowed(step.path))
+      unfinished[backupOf(step.path)].push_back(
+          paths::join(paths::parent(step.path), stagingName(paths::lastComponent(step.path))));
+  for (const auto& [backup, leftovers] : unfinished) {
+    const auto held = holdBackupFolder(backup);
+    if (!held) continue;
+    ReplacedCopies::tidy(backup);
+    for (const std::string& path : leftovers)
+      if (!QWFileManager::isMissingAtPath(path)) (void)QWFileManager::removeFile(path, false);
+  }
 }
 
 // As an update does it: the present copy is kept for the Trash, and replaced in one step by a copy of the earlier one.

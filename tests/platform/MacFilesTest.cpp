@@ -8,10 +8,10 @@
 #include <algorithm>
 
 #include "base/Paths.h"
+#include "platform/StagingName.h"
 #include "platform/macos/darwin/Darwin.h"
 #include "platform/macos/files/MacFileMetadata.h"
 #include "platform/macos/files/MacFileSystem.h"
-#include "platform/posix/files/Names.h"
 #include "tests/darwin/Volume.h"
 #include "tests/support/ScratchFolder.h"
 

@@ -2,6 +2,7 @@
 #include <filesystem>
 
 #include "catalog/FileRestoring.h"
+#include "platform/StagingName.h"
 #include "services/receipts/ReceiptFolder.h"
 #include "services/receipts/TaskReceipt.h"
 #include "tests/backups/BackupsTest.h"
@@ -157,11 +158,14 @@ TEST_F(UndoTest, OfAKilledUpdateTheReplacedCopiesAreFound) {
   EXPECT_TRUE(undo().isWhole());
   EXPECT_EQ(readFile(copies + "a.plist") + readFile(copies + "b.plist") + readFile(copies + "c.plist"), "oldoldold");
 
-  // The undo, as it were, was killed before the copies that it replaced went to the Trash.
+  // The undo, as it were, was killed before the copies that it replaced went to the Trash, and while it made one.
   writeFile(inLibrary("Set (replaced copies)/a"), "kept");
+  for (const std::string& name : {stagingName("a.plist"), stagingName("other")}) writeFile(copies + name, "half");
   cutNewestAt("{ ended");
   EXPECT_TRUE(undo().isWhole());
   EXPECT_FALSE(exists(inLibrary("Set (replaced copies)")));
+  EXPECT_FALSE(exists(copies + stagingName("a.plist")));
+  EXPECT_TRUE(exists(copies + stagingName("other"))) << "it may be somebody's own";
 }
 
 // Both within a second: what the first moved to the Trash is not what the second was about to.

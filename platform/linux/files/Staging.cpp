@@ -9,10 +9,10 @@
 #include <vector>
 
 #include "base/Paths.h"
+#include "platform/StagingName.h"
 #include "platform/linux/files/Folders.h"
 #include "platform/linux/files/TreeCopy.h"
 #include "platform/posix/files/Errors.h"
-#include "platform/posix/files/Names.h"
 #include "platform/posix/files/OpenFiles.h"
 
 namespace vantory {

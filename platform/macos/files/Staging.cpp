@@ -9,8 +9,8 @@
 #include <string_view>
 
 #include "base/Paths.h"
+#include "platform/StagingName.h"
 #include "platform/posix/files/Errors.h"
-#include "platform/posix/files/Names.h"
 #include "platform/posix/files/OpenFiles.h"
 
 namespace vantory::macos {

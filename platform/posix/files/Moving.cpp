@@ -4,9 +4,9 @@
 #include <sys/stat.h>
 
 #include "base/Paths.h"
+#include "platform/StagingName.h"
 #include "platform/posix/files/Errors.h"
 #include "platform/posix/files/FileTypes.h"
-#include "platform/posix/files/Names.h"
 
 namespace vantory {
 namespace {
