@@ -41,6 +41,9 @@ BackupList sortedBackups() {
 std::string faultOfName(const std::string& name, const BackupList& meant) {
   if (name.empty()) return "An empty name names no backup. \"vantory --list-backups\" lists them.";
   if (!meant.empty()) return formatted("%i backups are called \"%@\": give the path of one.", meant.size(), name);
+  const std::string path = paths::absolute(name, Runtime::current().platform().system.workingDirectory());
+  if (QWFileManager::fileExistsAtPath(path) && !QWFileManager::isDirectoryAtPath(path))
+    return path + " is no backup: a backup is a folder.";
   std::vector<std::string> names;
   for (const auto& backup : QWDataController::sharedController().allBackups()) names.push_back(backup->name());
   const auto nearest = nearestWord(name, names);

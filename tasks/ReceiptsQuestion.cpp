@@ -6,6 +6,7 @@
 #include "base/Text.h"
 #include "base/TextTable.h"
 #include "services/QWLocalPaths.h"
+#include "services/log/QWLog.h"
 #include "services/receipts/Receipt.h"
 #include "tasks/HomeCheck.h"
 #include "tasks/Question.h"
@@ -55,6 +56,7 @@ std::string json(const std::vector<Receipt>& receipts, const std::vector<Unreada
 
 int listReceipts(const QuestionContext& context) {
   if (const auto reason = reasonToRefuse(QWLocalPaths::userDirectory(), false)) return refuseQuestion(*reason, context);
+  QWLog::keepSilent();  // the person is told of what cannot be read
   auto all = allReceipts();
   if (!all) return refuseQuestion(all.error().text, context);
   const std::vector<UnreadableReceipt> unreadable = unreadableReceipts(*all);

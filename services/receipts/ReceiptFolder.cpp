@@ -29,6 +29,8 @@ Result<std::vector<std::string>> namesIn(const std::string& folder) {
   std::vector<std::string> names;
   const auto entries = files().list(folder, Detail::Names);
   if (!entries && !meansMissing(entries.error())) return entries.error();
+  if (!entries && files().info(folder, Links::DoNotFollow))
+    return Error{std::errc::not_a_directory, folder + " is no folder. Move it away, and tasks leave receipts again."};
   if (!entries) return names;
   for (const DirectoryEntry& entry : *entries)
     if (entry.type == FileType::File && paths::extension(entry.name) == kExtension)

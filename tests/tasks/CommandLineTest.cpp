@@ -260,7 +260,8 @@ TEST_F(CommandLineTest, UndoLeavesWhatHasChangedSince) {
   EXPECT_EQ(run("--strict --undo " + trashed), 0);
   EXPECT_EQ(readFile(path), "changed");
   EXPECT_EQ(run("--undo " + trashed), 1);
-  writeFile(home_ / ("Library/Application Support/Quarrywell/Vantory/Receipts/" + trashed + ".plist"), "spoilt");
+  const std::string receipts = home_ / "Library/Application Support/Quarrywell/Vantory/Receipts";
+  writeFile(receipts + "/" + trashed + ".plist", "spoilt");
   EXPECT_EQ(run("--undo " + trashed), 1);
   EXPECT_THAT(fakes_.systemLog.messages().back(), testing::EndsWith("is damaged."));
   EXPECT_EQ(run("--receipts"), 0);
@@ -269,6 +270,11 @@ TEST_F(CommandLineTest, UndoLeavesWhatHasChangedSince) {
   const auto other = files_.holdFolder(home_ / "Library/Application Support/Quarrywell/Vantory", {});
   EXPECT_EQ(run("--undo"), 1);
   EXPECT_THAT(fakes_.systemLog.messages().back(), StartsWith("Another task is being taken back"));
+
+  fs::remove_all(receipts);
+  fs::create_symlink("/nowhere", receipts);
+  EXPECT_EQ(run("--receipts"), 1);
+  EXPECT_THAT(errors_.str(), HasSubstr("Receipts is no folder"));
 }
 
 TEST_F(CommandLineTest, LockAndUnlockTakeEverythingWithoutAnOperand) {
