@@ -232,6 +232,10 @@ std::size_t utf16Length(std::string_view text) {
   return units;
 }
 
+bool standsInQuotes(std::string_view text) {
+  return text == printable(text) && text.find_first_of("\"$\\`!") == std::string_view::npos;
+}
+
 // Ordinary text is taken in blocks, the rest by characters.
 std::string printable(std::string_view bytes) {
   std::string text;

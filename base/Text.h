@@ -32,5 +32,7 @@ bool xmlCanHold(std::string_view text);
 std::size_t utf16Length(std::string_view text);
 // Control characters as "\n", "\t", "\x1b" and bytes that are no UTF-8 as "\xff": one line of text, whatever the bytes.
 std::string printable(std::string_view bytes);
+// Whether a shell takes the text as it is between double quotes.
+bool standsInQuotes(std::string_view text);
 
 }  // namespace vantory

@@ -88,7 +88,7 @@ class TaskEnding {
     std::string command = receipt.undoCommand();
     if (Runtime::current().isHomeNamed) {
       const std::string home = QWLocalPaths::userDirectory().value_or("");
-      if (home != printable(home) || home.find_first_of("\"$\\`!") != std::string::npos) return "";
+      if (!standsInQuotes(home)) return "";
       const std::string_view program = "vantory";
       command.insert(program.size(), " --home \"" + home + "\"");
     }

@@ -61,7 +61,7 @@ void tellCauses(const std::vector<FileReport>& files) {
   std::set<std::string> cures;
   for (const FileReport& file : files)
     if (!file.cause->cure.empty()) cures.insert(file.cause->cure);
-  for (const std::string& cure : cures) tell(cure);
+  tellFirst(cures, [](const std::string& cure) { return cure; });
 }
 
 void tellFailures(const TaskReport& report, bool keepsLog) {

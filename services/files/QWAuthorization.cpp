@@ -126,8 +126,7 @@ bool QWAuthorization::authorizeForTask() {
 
 // Under the mutex.
 bool QWAuthorization::ask() {
-  if (!hasGUI_) return refuse("Unable to authorize");
-  refused_ = !platform_.privileged.authorize();
+  refused_ = hasGUI_ ? !platform_.privileged.authorize() : !refuse("Unable to authorize");
   return !refused_;
 }
 

@@ -1,11 +1,14 @@
 // Copying, moving, deleting, trashing and making folders, with a second attempt with administrator rights.
 #include <functional>
 
+#include "base/Format.h"
 #include "base/Paths.h"
 #include "base/Text.h"
 #include "platform/Clock.h"
+#include "platform/FileMetadata.h"
 #include "platform/PrivilegedRunner.h"
 #include "platform/TrashLayout.h"
+#include "platform/Users.h"
 #include "services/QWLocalPaths.h"
 #include "services/Runtime.h"
 #include "services/TaskReport.h"
@@ -68,17 +71,32 @@ struct Attempt {
   bool unlocked = false;   // what was trashed had to be
 };
 
+// What keeps its owner from taking an item away, or putting one there: the folder, unless that may be written to.
+std::string closedPart(const std::string& folder, const std::string& item) {
+  return Runtime::current().platform().metadata.isWritable(folder) ? item : folder;
+}
+
+// For a home that was named: also as root a task works there as its owner.
+std::string cureInNamedHome(const std::string& closed) {
+  const std::string cure = "A home that is named is worked in with its owner's rights. An administrator can give them";
+  const auto owner = Runtime::current().platform().users.processUser();
+  if (!owner || !standsInQuotes(closed)) return cure + ".";
+  return formatted("%@: sudo chown %@ \"%@\" && sudo chmod u+rwX \"%@\"", cure,
+                   Runtime::current().platform().users.nameOf(*owner), closed, closed);
+}
+
 // A task of the command line asks nobody for administrator rights, and not every platform has a use for them.
-Error withCure(Error cause) {
+Error withCure(Error cause, const std::string& closed) {
   const bool haveUse = Runtime::current().platform().privileged.knows(kMachineSettingTool);
   if (cause.cure.empty() && onlyRightsAreMissing(cause) && haveUse && !authorization().canAuthorize())
-    cause.cure = "An administrator can do it: run the same task with sudo.";
+    cause.cure = Runtime::current().isHomeNamed ? cureInNamedHome(closed)
+                                                : "An administrator can do it: run the same task with sudo.";
   return cause;
 }
 
 // Where administrator rights did not do it either, the cause is that of the first failure.
-Attempt handedOver(bool accepted, const Error& cause) {
-  return accepted ? Attempt{.status = {}, .handedOver = true} : Attempt{.status = withCure(cause)};
+Attempt handedOver(bool accepted, const Error& cause, const std::string& closed) {
+  return accepted ? Attempt{.status = {}, .handedOver = true} : Attempt{.status = withCure(cause, closed)};
 }
 
 // What the user's own rights did needs no look; what was handed over is waited for until it shows.
@@ -146,7 +164,7 @@ Attempt copy(const std::string& source, const std::string& toPath, bool shouldAu
   if (copied) return {};
   QWLog::appendLog("Error copying file: %@. Authorizing...", copied.error().text);
   return handedOver(shouldAuth && rightsCouldHelp(copied.error()) && authorization().authCopyFile(source, toPath),
-                    copied.error());
+                    copied.error(), closedPart(paths::parent(toPath), source));
 }
 
 Attempt move(const std::string& source, const std::string& toPath, bool shouldAuth) {
@@ -158,7 +176,7 @@ Attempt move(const std::string& source, const std::string& toPath, bool shouldAu
   if (moved) return tellNotes({.status = {}, .notes = *moved});
   QWLog::appendLog("Error moving file: %@. Authorizing...", moved.error().text);
   return handedOver(shouldAuth && onlyRightsAreMissing(moved.error()) && authorization().authMoveFile(source, target),
-                    moved.error());
+                    moved.error(), closedPart(paths::parent(source), source));
 }
 
 Attempt remove(const std::string& path, bool shouldAuth) {
@@ -167,7 +185,7 @@ Attempt remove(const std::string& path, bool shouldAuth) {
   if (removed || QWFileManager::isMissingAtPath(path)) return {};
   QWLog::appendLog("Error removing file: %@. Authorizing...", removed.error().text);
   return handedOver(shouldAuth && rightsCouldHelp(removed.error()) && authorization().authRemoveFile(path),
-                    removed.error());
+                    removed.error(), closedPart(paths::parent(path), path));
 }
 
 Attempt trash(const std::string& path, bool shouldAuth) {
@@ -181,7 +199,7 @@ Attempt trash(const std::string& path, bool shouldAuth) {
     if (const auto place = authorization().trashedPlace(path))
       return {.status = {}, .handedOver = true, .place = *place, .unlocked = unlocked};
   QWLog::appendLog("Unable to trash %@: %@", path, trashed.error().text);
-  Error cause = withCure(trashed.error());
+  Error cause = withCure(trashed.error(), closedPart(paths::parent(path), path));
   if (cause.code == std::errc::no_space_on_device)
     cause.cure = "The Trash needs a little room for its note: delete something on that disk, then try again.";
   return {.status = std::move(cause), .unlocked = unlocked};
@@ -192,7 +210,7 @@ Attempt makeFolder(const std::string& path, bool shouldAuth) {
   if (made) return {};
   QWLog::appendLog("Error creating folder: %@. Authorizing...", made.error().text);
   return handedOver(shouldAuth && onlyRightsAreMissing(made.error()) && authorization().authCreateDir(path),
-                    made.error());
+                    made.error(), paths::parent(path));
 }
 
 Result<std::string> placeOf(const Attempt& attempt, const Status& status) {
