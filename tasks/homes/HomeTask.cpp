@@ -21,6 +21,8 @@ std::string whyOf(const TaskReport& report) {
   for (const FileReport& file : report.files())
     if (file.outcome == Outcome::Failed) return file.cause->text;
   if (!report.passedOver().empty()) return report.passedOver().front().reason;
+  for (const FileReport& file : report.files())
+    if (file.wasLeftOut()) return file.cause->text;
   if (!report.unusedOperands().empty()) return report.unusedOperands().front().reason;
   for (const auto* said : {&report.remarks(), &report.notices()})
     if (!said->empty()) return said->front();
@@ -55,6 +57,7 @@ HomeResult runInHome() {
   // What a task that succeeded remarks upon is told too.
   if (result.why.empty()) result.why = firstOf(errors.str());
   if (result.exitCode == kNothingMatched && result.why.empty()) result.why = "There was nothing to do.";
+  if (result.exitCode != 0 && result.why.empty()) result.why = "Not all is as it should be: see its answer.";
   return result;
 }
 
