@@ -71,14 +71,21 @@ std::shared_ptr<QWApp> heldApp(const QWApp& app, const PropertyListArray& itemNa
 // The definitions that a backup carries.
 struct Carried {
   AppList apps;
-  std::map<std::string, std::string> refused;  // why, by the name of the application
+  std::map<std::string, UnknownPart> refused;  // by the name of the application
 };
 
-std::string nameIn(const PropertyList& definition) {
+std::string textIn(const PropertyList& definition, const char* key) {
   const PropertyListDictionary* entries = definition.asDictionary();
-  const PropertyList* name = entries ? entries->find("name") : nullptr;
-  const std::string* text = name ? name->asString() : nullptr;
+  const PropertyList* value = entries ? entries->find(key) : nullptr;
+  const std::string* text = value ? value->asString() : nullptr;
   return text ? *text : "";
+}
+
+void refuse(Carried& carried, const PropertyList& definition, std::string reason) {
+  UnknownPart part{.name = textIn(definition, "name"), .reason = std::move(reason)};
+  const PropertyListArray* items = definition.asDictionary() ? arrayIn(*definition.asDictionary(), "items") : nullptr;
+  for (const PropertyList& item : items ? *items : PropertyListArray()) part.keys.push_back(textIn(item, "key"));
+  carried.refused[part.name] = std::move(part);
 }
 
 // What is wrong with one makes it unknown, as a missing one.
@@ -89,7 +96,7 @@ Carried carriedDefinitions(const PropertyListDictionary& settings, const Pattern
   // What a user's backup says must not guide the superuser's hand.
   if (Runtime::current().platform().users.isSuperuser()) {
     for (const PropertyList& entry : *list)
-      carried.refused[nameIn(entry)] = "for the superuser a definition in a backup does not count";
+      refuse(carried, entry, "for the superuser a definition in a backup does not count");
     return carried;
   }
   TakenNames taken;
@@ -99,7 +106,7 @@ Carried carriedDefinitions(const PropertyListDictionary& settings, const Pattern
     const DefinitionFault fault = sound ? taken.faultOf(sound->definition) : std::get<DefinitionFault>(read);
     if (!fault.reason.empty()) {
       QWLog::appendLog("A definition that the backup carries is passed over: %@", fault.reason);
-      carried.refused[nameIn(entry)] = "the definition that the backup carries is refused: " + fault.reason;
+      refuse(carried, entry, "the definition that the backup carries is refused: " + fault.reason);
       continue;
     }
     taken.take(sound->definition);
@@ -129,7 +136,7 @@ AppList catalogFor(const AppList& catalog, const AppList& carried) {
 // Applications in the settings that are not among those held, and items that those do not have: whoever wrote the
 // backup knew them.
 std::vector<UnknownPart> unknownParts(const PropertyListDictionary& settings, const AppList& known,
-                                      const std::map<std::string, std::string>& refused) {
+                                      const std::map<std::string, UnknownPart>& refused) {
   std::vector<UnknownPart> unknown;
   for (const auto& [name, value] : settings.entries()) {
     const PropertyListArray* items = value.asArray();
@@ -140,7 +147,7 @@ std::vector<UnknownPart> unknownParts(const PropertyListDictionary& settings, co
         std::ranges::find_if(known, [&application = name](const auto& each) { return each->name() == application; });
     if (app == known.end()) {
       const auto reason = refused.find(name);
-      unknown.push_back({name, reason == refused.end() ? kNotDefined : reason->second});
+      unknown.push_back(reason == refused.end() ? UnknownPart{name, kNotDefined} : reason->second);
       continue;
     }
     for (const PropertyList& item : *items)

@@ -38,8 +38,9 @@ class TaskReport;
 
 // Something that a backup holds files of and that cannot be restored here: it stays in the backup.
 struct UnknownPart {
-  std::string name;    // of an application, or "Application: Item"
-  std::string reason;  // such as "no definition of it is known here"
+  std::string name;                    // of an application, or "Application: Item"
+  std::string reason;                  // such as "no definition of it is known here"
+  std::vector<std::string> keys = {};  // of its items, where the backup's own definition tells them
 };
 
 class QWBackup : public BackupNode {

@@ -38,22 +38,34 @@ BackupPointer backupFor(const QuestionContext& context, const std::string& opera
   return nullptr;
 }
 
+// What the backups hold.
+struct Held {
+  AppList apps;
+  std::vector<UnknownPart> unknown;
+
+  void add(const QWBackup& backup) {
+    apps.insert(apps.end(), backup.children().begin(), backup.children().end());
+    for (const UnknownPart& part : backup.unknown())
+      if (std::ranges::count(unknown, part.name, &UnknownPart::name) == 0) unknown.push_back(part);
+  }
+};
+
 // The short names of "-trash" count here too, and keys that the backups alone know.
-KeyList keysFor(const std::string& operand, const AppList& held, TaskReport& report) {
+KeyList keysFor(const std::string& operand, const Held& held, TaskReport& report) {
   const auto alias = std::ranges::find(aliasTable(), operand, &Alias::name);
   const KeyList keys = splitKeys(alias == aliasTable().end() ? operand : alias->keys);
   KeyList known;
-  for (const auto& item : itemsForOperand(operand, keys, report, held)) known.push_back(item->key());
+  for (const auto& item : itemsForOperand(operand, keys, report, held.apps, held.unknown)) known.push_back(item->key());
   return known;
 }
 
-bool areKeys(const std::string& operand, const AppList& held) {
+bool areKeys(const std::string& operand, const Held& held) {
   TaskReport ignored;
   return !keysFor(operand, held, ignored).empty() && ignored.unusedOperands().empty();
 }
 
 // For a second operand, which may be keys too: those that are known are meant.
-bool isBackup(const std::string& operand, const AppList& held) {
+bool isBackup(const std::string& operand, const Held& held) {
   return !areKeys(operand, held) && (operand.find('/') != std::string::npos || !backupsMeant(operand, operand).empty());
 }
 
@@ -162,8 +174,15 @@ PropertyListDictionary entryFor(const QWBackup& backup, const DryRun& run) {
   return entry;
 }
 
+PropertyListDictionary entryFor(const UnknownPart& part) {
+  PropertyListDictionary entry;
+  entry.append("name", part.name);
+  entry.append("reason", part.reason);
+  return entry;
+}
+
 std::string json(const ComparisonRequest& request, const Comparison& comparison, const TaskReport& report,
-                 const DryRun& run) {
+                 const std::vector<UnknownPart>& unknown, const DryRun& run) {
   PropertyListDictionary counts;
   for (const Difference difference : {Difference::Same, Difference::Different, Difference::Added, Difference::Removed,
                                       Difference::Kept, Difference::Unreadable})
@@ -172,23 +191,29 @@ std::string json(const ComparisonRequest& request, const Comparison& comparison,
   for (const ItemComparison& item : comparison.items) items.push_back(entryFor(item));
   PropertyListArray unused;
   for (const auto& operand : report.unusedOperands()) unused.push_back(operand.operand);
+  PropertyListArray parts;
+  for (const UnknownPart& part : unknown) parts.push_back(entryFor(part));
   PropertyListDictionary answer;
   if (request.before) answer.append("before", entryFor(*request.before, run));
   answer.append("after", entryFor(*request.after, run));
   answer.append("counts", std::move(counts));
   answer.append("items", std::move(items));
   answer.append("unused", std::move(unused));
+  answer.append("unknown", std::move(parts));
   return writeJson(std::move(answer)) + "\n";
 }
 
-void tellErrors(const QuestionContext& context, const Comparison& comparison, const TaskReport& report) {
-  for (const auto& operand : report.unusedOperands()) context.errors << printable(operand.reason) << '\n';
+void tellErrors(const QuestionContext& context, const Comparison& comparison, const TaskReport& report,
+                const std::vector<UnknownPart>& unknown) {
+  const auto tell = [&](const std::string& line) { context.errors << "Vantory: " << printable(line) << '\n'; };
+  for (const auto& operand : report.unusedOperands()) tell(operand.reason);
+  for (const UnknownPart& part : unknown)
+    tell(formatted("Files of \"%@\" were not compared: %@.", part.name, part.reason));
   std::size_t told = 0;
   for (const ItemComparison& item : comparison.items)
     for (const FileComparison& file : item.files)
-      if (file.difference == Difference::Unreadable && told++ < kMostTold)
-        context.errors << printable(file.remark) << '\n';
-  if (told > kMostTold) context.errors << "... and " << told - kMostTold << " more could not be compared.\n";
+      if (file.difference == Difference::Unreadable && told++ < kMostTold) tell(file.remark);
+  if (told > kMostTold) tell(formatted("... and %i more could not be compared.", told - kMostTold));
 }
 
 }  // namespace
@@ -206,12 +231,13 @@ int compareBackup(const QuestionContext& context) {
   library().populateBackups();
   ComparisonRequest request{.after = backupFor(context, operands[0])};
   if (!request.after) return 1;
-  AppList held = request.after->children();
+  Held held;
+  held.add(*request.after);
   const bool areTwo = operands.size() == 3 || (operands.size() == 2 && isBackup(operands[1], held));
   if (areTwo) {
     request.before = std::exchange(request.after, backupFor(context, operands[1]));
     if (!request.after) return 1;
-    held.insert(held.end(), request.after->children().begin(), request.after->children().end());
+    held.add(*request.after);
   }
   TaskReport report;
   const std::size_t keys = areTwo ? 2 : 1;
@@ -219,13 +245,15 @@ int compareBackup(const QuestionContext& context) {
   if (request.items && request.items->empty()) {
     if (report.unusedOperands().empty())
       return refuseQuestion(formatted("\"%@\" names no item.", operands[keys]), context);
-    tellErrors(context, {}, report);
+    tellErrors(context, {}, report, {});
     return refuseToldQuestion(report.unusedOperands().front().reason, context);
   }
   const Comparison comparison = compareBackups(request);
-  context.output << (context.form == AnswerForm::Json ? json(request, comparison, report, run)
+  // Whoever names items has not asked for the others.
+  if (request.items) held.unknown.clear();
+  context.output << (context.form == AnswerForm::Json ? json(request, comparison, report, held.unknown, run)
                                                       : table(request, comparison));
-  tellErrors(context, comparison, report);
+  tellErrors(context, comparison, report, held.unknown);
   return 0;
 }
 

@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <unordered_set>
 
-#include "backups/QWBackup.h"
 #include "backups/QWDataController.h"
 #include "base/Format.h"
 #include "base/Spelling.h"
@@ -37,10 +36,15 @@ std::vector<std::string> wordsForItems() {
 // Notes each key once that is not among the known ones; what lies between two commas is no key.
 class UnknownKeys {
  public:
-  explicit UnknownKeys(TaskReport& report) : report_(report) {}
+  UnknownKeys(TaskReport& report, const std::vector<UnknownPart>& parts) : report_(report), parts_(parts) {}
 
   void note(const std::string& key) {
     if (key.empty() || !noted_.insert(key).second) return;
+    for (const UnknownPart& part : parts_)
+      if (std::ranges::count(part.keys, key) > 0)
+        return report_.unused(
+            {.operand = key,
+             .reason = formatted("\"%@\" of \"%@\" stays in the backup: %@.", key, part.name, part.reason)});
     if (QWDataController::sharedController().prefItemForKey(key))
       return report_.unused({.operand = key, .reason = formatted("The backup holds no item \"%@\".", key)});
     const auto nearest = noted_.size() <= kMostGuesses ? nearestWord(key, wordsForItems()) : std::nullopt;
@@ -52,6 +56,7 @@ class UnknownKeys {
 
  private:
   TaskReport& report_;
+  const std::vector<UnknownPart>& parts_;
   std::unordered_set<std::string> noted_;
 };
 
@@ -66,11 +71,12 @@ KeyList splitKeys(std::string_view operand) {
 }
 
 std::vector<std::shared_ptr<QWPrefItem>> itemsForOperand(std::string_view operand, const KeyList& keys,
-                                                         TaskReport& report, const AppList& others) {
+                                                         TaskReport& report, const AppList& others,
+                                                         const std::vector<UnknownPart>& unknownParts) {
   const QWDataController& controller = QWDataController::sharedController();
   std::vector<std::shared_ptr<QWPrefItem>> items;
   if (operand != kAllPrefs && operand != kAllFiles) {
-    UnknownKeys unknown(report);
+    UnknownKeys unknown(report, unknownParts);
     for (const std::string& key : keys) {
       const auto item = controller.prefItemForKey(key);
       if (const auto found = item ? item : prefItemForKey(others, key))
@@ -90,7 +96,7 @@ void noteUnknownKeys(const KeyList& keys, const QWBackup& backup, TaskReport& re
   std::unordered_set<std::string> held;
   for (const auto& app : backup.children())
     for (const auto& item : app->children()) held.insert(item->key());
-  UnknownKeys unknown(report);
+  UnknownKeys unknown(report, backup.unknown());
   for (const std::string& key : keys)
     if (!held.contains(key)) unknown.note(key);
 }

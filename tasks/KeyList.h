@@ -7,11 +7,11 @@
 #include <string_view>
 #include <vector>
 
+#include "backups/QWBackup.h"
 #include "catalog/Catalog.h"
 
 namespace vantory {
 
-class QWBackup;
 class TaskReport;
 
 using KeyList = std::vector<std::string>;
@@ -32,9 +32,10 @@ KeyList splitKeys(std::string_view operand);
 
 // The catalog's items that the operand, split into `keys`, stands for: those of a selection word in catalog order, else
 // those of the keys in their order; of the keys also items of `others`. Unknown keys stand for nothing, and are noted
-// as unused.
+// as unused; of those in `unknown` the reason is told.
 std::vector<std::shared_ptr<QWPrefItem>> itemsForOperand(std::string_view operand, const KeyList& keys,
-                                                         TaskReport& report, const AppList& others = {});
+                                                         TaskReport& report, const AppList& others = {},
+                                                         const std::vector<UnknownPart>& unknown = {});
 
 // Notes the keys of which a backup, read or to be written, holds no item as unused.
 void noteUnknownKeys(const KeyList& keys, const QWBackup& backup, TaskReport& report);

@@ -132,6 +132,8 @@ TEST_F(CarriedDefinitionsTest, TheSuperuserTakesNone) {
   fakes_.users.superuser = true;
   restore();
   EXPECT_FALSE(exists(settings_));
+  EXPECT_THAT(QWBackup::backupWithFile(inLibrary("B.vnt"))->unknown().front().keys,
+              ElementsAre("obsPrefs", "obsProfiles"));
 }
 
 TEST_F(CarriedDefinitionsTest, ForItsOwnBackupItsDefinitionGoesFirst) {

@@ -669,7 +669,7 @@ TEST_F(CommandLineTest, ComparesABackupWithTheFilesAndWithAnother) {
                                    {" First fcpPref", "did you mean \"fcpPrefs\"?"},
                                    {" a b c d", "too many"}}) {
     EXPECT_EQ(run(std::string("--compare") + line), 1);
-    EXPECT_THAT(errors_.str(), HasSubstr(told));
+    EXPECT_THAT(errors_.str(), AllOf(StartsWith("Vantory: "), HasSubstr(told)));
   }
   for (const char* line : {"--compare Frst --json", "--verify Frst --json"}) {
     EXPECT_EQ(run(line), 1);
