@@ -268,7 +268,7 @@ void QWPrefItem::restoreFilesFromBackup(const BackupPlace& backup, TaskReport& r
   if (isAnyThere || report.count(FileReport::Outcome::Failed) > failures) return;
   const std::string root(paths::withoutTrailingSlashes(backup.path()));
   Error cause{std::errc::no_such_file_or_directory,
-              formatted("%@ holds no file of \"%@\", which its settings name.", root, name())};
+              formatted("%@ holds no file of \"%@\" (%@), which its settings name.", root, name(), key())};
   QWLog::appendLog("%@", cause.text);
   report.failed(FileAction::Restore, root, std::move(cause), key());
 }

@@ -117,7 +117,11 @@ int renameCommand(const CommandContext& context) {
     if (!path) return 0;
     const std::string kept = backupName(*path);
     noteKeptName(wanted, kept, context.report);
-    if (backup->isDefault()) context.report.notice("It is no longer the default backup, which is known by its name.");
+    if (backup->isDefault())
+      context.report.notice(
+          formatted("It is no longer the default backup, which is known by its name. To make it that "
+                    "again: vantory --default \"%@\"",
+                    kept));
     context.report.summarize(formatted("\"%@\" is called \"%@\" now.", backup->name(), kept));
     return 0;
   });

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "backups/BackupNaming.h"
 #include "backups/QWBackup.h"
 #include "backups/QWDataController.h"
 #include "base/Format.h"
@@ -31,12 +32,21 @@ void deselectAllBut(const KeyList& keys, const QWBackup& backup) {
   }
 }
 
-// A backup that is named as the default and is none, because it is incomplete or cannot be read.
-void remarkOnTornDefault(const QWDataController& data, TaskReport& report) {
+// A backup that is named as the default and is none, because it is incomplete, cannot be read or has gone.
+void remarkOnNamedDefault(const QWDataController& data, TaskReport& report) {
   const auto name = QWBackup::defaultBackupName();
-  for (const auto& backup : data.allBackups())
-    if (!backup->isComplete() && name == paths::lastComponent(backup->path()))
-      report.remark(formatted("The default backup %@.", backup->flawInWords()));
+  if (!name) return;
+  bool isThere = false;
+  for (const auto& backup : data.allBackups()) {
+    if (name != paths::lastComponent(backup->path())) continue;
+    isThere = true;
+    if (!backup->isComplete()) report.remark(formatted("The default backup %@.", backup->flawInWords()));
+  }
+  if (!isThere)
+    report.remark(
+        formatted("The default backup, \"%@\", is not in the library any more. To choose another: vantory "
+                  "--default NAME",
+                  backupName(*name)));
 }
 
 // A path is wanted, but a name that the library knows is what people type.
@@ -95,7 +105,7 @@ int restoreDefaultCommand(const CommandContext& context) {
     QWLog::appendLogAndPrint("Unable to restore backup - no default backup set.");
     controller.postGrowlNotification("Unable to restore backup", "No default backup set.");
     context.report.refuse("No default backup set.");
-    remarkOnTornDefault(data, context.report);
+    remarkOnNamedDefault(data, context.report);
     return 1;
   }
   backup->restore(context.report);

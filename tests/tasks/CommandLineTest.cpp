@@ -499,6 +499,9 @@ TEST_F(CommandLineTest, TheDefaultBackupIsRestoredOnRequestOnly) {
   EXPECT_EQ(run("-restoredefault"), 1);
   EXPECT_THAT(fakes_.systemLog.messages(), ElementsAre("Unable to restore backup - no default backup set."));
   EXPECT_THAT(sentErrors(), IsEmpty());
+  set("defaultBackup", "Gone.vnt");
+  EXPECT_EQ(run("-restoredefault"), 1);
+  EXPECT_THAT(fakes_.systemLog.messages().back(), StartsWith("The default backup, \"Gone\", is not in the library"));
 
   ASSERT_EQ(run("-backup Good"), 0);
   set("defaultBackup", "Good.vnt");
