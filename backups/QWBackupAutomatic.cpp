@@ -30,6 +30,7 @@ WriteResult QWBackup::writeAutoBackup(TaskReport& task, bool preferencesOnly) {
   const WriteResult result = backup->writeData(report);
   if (result == WriteResult::Success) {
     QWLog::appendLog("Backup successful.");
+    for (const std::string& notice : report.notices()) task.notice(notice);
   } else {
     QWLog::appendLog("Backup failed with error code %i.", static_cast<int>(result));
     backup->dropUnwritten(report);

@@ -105,6 +105,7 @@ void TaskReport::take(TaskReport other) {
     if (file.outcome == Outcome::Done) noted(file.action, file.path, file.item, file.place);
   std::ranges::move(other.files_, std::back_inserter(files_));
   std::ranges::move(other.remarks_, std::back_inserter(remarks_));
+  std::ranges::move(other.notices_, std::back_inserter(notices_));
 }
 
 std::size_t TaskReport::count(Outcome outcome) const {

@@ -92,7 +92,7 @@ class TaskReport {
   void add(FileAction action, const std::string& path, const Status& status, const std::string& item = {},
            const std::string& place = {});
   void passedOver(std::string application, std::string reason);
-  // What another report has of files and remarks.
+  // What another report has of files, remarks and notices.
   void take(TaskReport other);
   // The person ended the task before it was through.
   void cancelled() { isCancelled_ = true; }

@@ -124,6 +124,7 @@ bool AppWindowController::trashPreferences(bool& isBackedUp) {
 // Says how the run ended: a success only where everything was done.
 bool AppWindowController::finishTrash(const TrashRun& run, const TaskReport& report) {
   onMainThread([this] { progressController_.hide(); });
+  tellNotices(report);
   const bool any = run.count() > 0;
   if (report.isWhole()) {
     QWAlert::alertSheetWithMessageText(

@@ -152,6 +152,11 @@ TEST_F(CarriedDefinitionsTest, TheFirstBackupTellsOfSecrets) {
   EXPECT_THAT(report_.notices(), ElementsAre(HasSubstr("\"Preferences\" of OBS Studio may hold passwords: ")));
   for (const std::string& path : {userFile_, settings_, profile_}) writeFile(path, example());
   controller().populateApps();
+  // One that the window makes before a task too.
+  std::filesystem::remove_all(library());
+  report_ = TaskReport();
+  EXPECT_EQ(QWBackup::writeAutoBackup(report_), WriteResult::Success);
+  EXPECT_EQ(report_.notices().size(), 1U);
   report_ = TaskReport();
   EXPECT_EQ(backupOfAll("C")->writeData(report_), WriteResult::Success);
   EXPECT_THAT(report_.notices(), IsEmpty());
