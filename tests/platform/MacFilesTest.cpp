@@ -86,6 +86,7 @@ TEST_P(MacFilesTest, TellsWhatPrivacySettingsKeepFromIt) {
   set(folder / "guarded/file", "darwin.guarded", "");
   ASSERT_EQ(chmod((folder / "guarded/file").c_str(), 0), 0);
   EXPECT_EQ(files.read(folder / "guarded/file").error().consentMissing, geteuid() == 0);
+  ASSERT_EQ(chmod((folder / "guarded/file").c_str(), 0600), 0);
   ASSERT_TRUE(metadata.setLocked(folder / "guarded/file", true).ok());
   EXPECT_FALSE(files.move(folder / "guarded/file", folder / "file").status().error().consentMissing);
   ASSERT_TRUE(metadata.setLocked(folder / "guarded/file", false).ok());
