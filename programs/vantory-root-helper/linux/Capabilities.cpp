@@ -1,5 +1,5 @@
 // Drops capabilities.
-#include "programs/vantory-root-helper/Capabilities.h"
+#include "programs/vantory-root-helper/linux/Capabilities.h"
 
 #include <linux/capability.h>
 #include <sys/prctl.h>

@@ -13,8 +13,8 @@
 #include "platform/posix/processes/ProcessCalls.h"
 #include "platform/posix/rights/AdministratorTools.h"
 #include "platform/posix/system/PosixSystemLog.h"
-#include "programs/vantory-root-helper/Caller.h"
-#include "programs/vantory-root-helper/Capabilities.h"
+#include "programs/vantory-root-helper/linux/Caller.h"
+#include "programs/vantory-root-helper/linux/Capabilities.h"
 
 namespace vantory {
 namespace {

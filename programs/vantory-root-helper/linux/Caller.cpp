@@ -1,5 +1,5 @@
 // Learns from the kernel and pkexec who the caller is.
-#include "programs/vantory-root-helper/Caller.h"
+#include "programs/vantory-root-helper/linux/Caller.h"
 
 #include <sys/socket.h>
 #include <sys/stat.h>
