@@ -17,6 +17,14 @@ find bin libexec share -type f | while IFS= read -r file; do
   cp "$file" "$folder/$file"
 done
 
+# Where nobody but the superuser can put another in its place: elsewhere it is not started.
+if [ "$(id -u)" = 0 ]; then
+  tools=/Library/PrivilegedHelperTools
+  mkdir -p "$tools"
+  rm -f "$tools/vantory-root-helper"
+  cp libexec/vantory/vantory-root-helper "$tools"
+fi
+
 # The agent names the program where it lies now.
 agent=share/vantory/com.quarrywell.vantory.daily.plist
 program=$(printf '%s' "$folder/bin" | sed 's/&/\&amp;/g; s/</\&lt;/g')

@@ -3,7 +3,8 @@ include(ExternalProject)
 find_package(Python3 REQUIRED COMPONENTS Interpreter)
 
 # The window, which no program has yet, and its rooms are compiled for one processor: that shows that they know no system.
-set(programs vantory vantory-due)
+set(helpers vantory-due vantory-root-helper)
+set(programs vantory ${helpers})
 set(tests)
 if(EXISTS /usr/src/googletest)
   set(tests base_tests platform_tests)
@@ -48,7 +49,7 @@ add_custom_target(archive ALL
   COMMAND ${CMAKE_COMMAND} -E rm -rf ${stage}
   COMMAND ${CMAKE_COMMAND} --install ${CMAKE_BINARY_DIR}/aarch64 --prefix ${stage}/${name}
   COMMAND ${CMAKE_COMMAND} -E copy ${folder}/vantory ${stage}/${name}/bin
-  COMMAND ${CMAKE_COMMAND} -E copy ${folder}/vantory-due ${stage}/${name}/libexec/vantory
+  COMMAND ${CMAKE_COMMAND} -E chdir ${folder} ${CMAKE_COMMAND} -E copy ${helpers} ${stage}/${name}/libexec/vantory
   COMMAND ${CMAKE_COMMAND} -E copy ${CMAKE_SOURCE_DIR}/packaging/macos/install.sh ${stage}/${name}
   COMMAND ${CMAKE_COMMAND} -E chdir ${stage} ${CMAKE_COMMAND} -E tar czf ${CMAKE_BINARY_DIR}/${name}.tar.gz ${name}
   COMMAND ${look} ${CMAKE_BINARY_DIR}/${name}.tar.gz ${CMAKE_SOURCE_DIR}/packaging/macos/archive-contents

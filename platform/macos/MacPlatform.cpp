@@ -7,12 +7,12 @@
 
 #include "platform/macos/files/MacChecksums.h"
 #include "platform/macos/files/MacFileMetadata.h"
+#include "platform/macos/rights/MacPrivilegedRunner.h"
 #include "platform/macos/rights/MachineLog.h"
 #include "platform/macos/schedule/MacJobControl.h"
 #include "platform/macos/session/MacDesktop.h"
 #include "platform/macos/session/UserFiles.h"
 #include "platform/macos/system/MacCrashReports.h"
-#include "platform/macos/system/MacPrivilegedRunner.h"
 #include "platform/macos/system/MacStandardFolders.h"
 #include "platform/macos/system/MacSystemTools.h"
 #include "platform/macos/system/MacUsers.h"
@@ -27,22 +27,26 @@
 namespace vantory {
 namespace {
 
-// An executable that was given somebody else's identity does not use it.
-void dropBorrowedIdentity() {
-  if (geteuid() == getuid() && getegid() == getgid()) return;
+// An executable that was given somebody else's identity does not use it. Where the system gave it the superuser's for a
+// right of its starter's, answers that right.
+darwin::AuthorizationHandle dropBorrowedIdentity() {
+  if (geteuid() == getuid() && getegid() == getgid()) return nullptr;
+  const darwin::AuthorizationHandle right = geteuid() == 0 ? rightHandedDown() : nullptr;
   if (setregid(getgid(), getgid()) != 0 || setreuid(getuid(), getuid()) != 0) std::abort();
   if (geteuid() != getuid() || getegid() != getgid()) std::abort();
+  return right;
 }
 
 }  // namespace
 
 struct MacPlatform::Parts {
-  Parts(std::vector<std::string> arguments, std::optional<ConsoleUserProcess> become, std::string startedProgram)
-      : consoleUser(std::move(become)), system(std::move(arguments), std::move(startedProgram)) {}
+  Parts(std::vector<std::string> arguments, std::optional<ConsoleUserProcess> become,
+        darwin::AuthorizationHandle handedDown, std::string startedProgram)
+      : consoleUser(std::move(become)), right(handedDown), system(std::move(arguments), std::move(startedProgram)) {}
 
   std::unique_ptr<PrivilegedRunner> privilegedRunner() {
     if (consoleUser) return std::make_unique<RootRunner>(*consoleUser->superuser);
-    return std::make_unique<MacPrivilegedRunner>(systemLog);
+    return std::make_unique<MacPrivilegedRunner>(systemLog, darwin::authorizationCalls, right);
   }
   std::unique_ptr<FileSystem> filesOfMachine() const {
     if (consoleUser) return std::make_unique<MachineLogFiles>(folders, *consoleUser->superuser);
@@ -50,6 +54,7 @@ struct MacPlatform::Parts {
   }
 
   const std::optional<ConsoleUserProcess> consoleUser;
+  const darwin::AuthorizationHandle right;
   // In this order: each is made of those above it.
   PosixSystemLog systemLog;
   PosixClock clock;
@@ -78,10 +83,10 @@ struct MacPlatform::Parts {
 
 MacPlatform::MacPlatform(std::vector<std::string> arguments, Progress progress,
                          std::optional<ConsoleUserProcess> consoleUser, std::string startedProgram) {
-  dropBorrowedIdentity();
+  const darwin::AuthorizationHandle right = dropBorrowedIdentity();
   fillStandardStreams();
   ignoreFailedWrites();
-  parts_ = std::make_unique<Parts>(std::move(arguments), std::move(consoleUser), std::move(startedProgram));
+  parts_ = std::make_unique<Parts>(std::move(arguments), std::move(consoleUser), right, std::move(startedProgram));
   Parts& p = *parts_;
   if (progress == Progress::Shown) p.disk.show();
   // The log makes room for its own lines.

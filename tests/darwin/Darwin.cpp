@@ -19,6 +19,7 @@
 #include <filesystem>
 #include <string_view>
 
+#include "platform/macos/darwin/Authorization.h"
 #include "platform/posix/files/Descriptor.h"
 #include "tests/darwin/Volume.h"
 
@@ -378,6 +379,10 @@ int dropAccessList(int item) {
   return fremovexattr(item, kAccessList) == 0 || errno == ENODATA || errno == EOPNOTSUPP ? 0 : -1;
 }
 
+bool listGrants(int item) {
+  return fgetxattr(item, kAccessList, nullptr, 0) >= 0;
+}
+
 // The folder above which another device lies.
 std::string volumeOf(int folder, const std::string& name) {
   char real[PATH_MAX];
@@ -428,6 +433,14 @@ std::vector<RunningProgram> programsOf(uid_t user) {
 std::string toolPath(const std::string& path) {
   const char* standIns = std::getenv("VANTORY_TEST_TOOLS");
   return (standIns ? standIns : "/nonexistent") + path;
+}
+
+bool keepOnlyFileWork() {
+  return true;
+}
+
+const AuthorizationCalls* authorizationCalls() {
+  return volume().authorization;
 }
 
 bool hasMessagePort(const std::string& name) {

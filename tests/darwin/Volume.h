@@ -7,6 +7,8 @@
 
 namespace vantory::darwin {
 
+struct AuthorizationCalls;
+
 struct Volume {
   bool clones = true;  // whether it shares blocks between files
   bool renamesExclusively = true;
@@ -15,6 +17,7 @@ struct Volume {
   bool findsAnyForm = false;              // of a name: in other cases and normal forms, to look at and to open
   std::vector<std::string> flushes = {};  // "order", "drive" and "volume", as they came
   std::set<std::string> ports = {};       // who can be reached by messages
+  const AuthorizationCalls* authorization = nullptr;
 };
 
 Volume& volume();

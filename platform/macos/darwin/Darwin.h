@@ -95,6 +95,8 @@ int removeAttributeAt(const char* path, const char* name);
 // Gives an item the access list of another, or none.
 int copyAccessList(int from, int to);
 int dropAccessList(int item);
+// Whether an item's access list allows anybody anything, or cannot be told.
+bool listGrants(int item);
 
 // Where the volume that holds the item is mounted; empty where that cannot be told.
 std::string volumeOf(int folder, const std::string& name);
@@ -114,6 +116,9 @@ struct RunningProgram {
 std::vector<RunningProgram> programsOf(uid_t user);
 // Where a tool of the system lies that is at this path on every Mac.
 std::string toolPath(const std::string& path);
+// Leaves this process, for good, work on files and nothing else: no network, no programs to start. False when that
+// failed.
+bool keepOnlyFileWork();
 // Whether somebody in this session can be reached by messages under the name.
 bool hasMessagePort(const std::string& name);
 

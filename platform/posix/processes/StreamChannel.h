@@ -10,7 +10,8 @@
 
 namespace vantory {
 
-// One end of a conversation on a stream; each message goes behind its length. One thread at a time.
+// One end of a conversation on a stream; each message goes behind its length. For processes that
+// ignore the signal of a failed write. One thread at a time.
 class StreamChannel {
  public:
   // A stream that goes both ways.

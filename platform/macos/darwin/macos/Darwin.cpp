@@ -29,6 +29,9 @@ int setxattr(const char* path, const char* name, const void* value, size_t size,
 int removexattr(const char* path, const char* name, int options);
 }
 
+// Of <sandbox.h>, likewise.
+extern "C" int sandbox_init(const char* profile, uint64_t flags, char** error);
+
 // Of <servers/bootstrap.h>, likewise.
 extern "C" kern_return_t bootstrap_look_up(mach_port_t bootstrap, const char* name, mach_port_t* port);
 
@@ -75,6 +78,13 @@ class AccessList {
 
   explicit operator bool() const { return list_ != nullptr; }
   int giveTo(int item) const { return acl_set_fd_np(item, list_, ACL_TYPE_EXTENDED); }
+  bool grants() const {
+    acl_entry_t entry = nullptr;
+    acl_tag_t tag = ACL_UNDEFINED_TAG;
+    for (int which = ACL_FIRST_ENTRY; acl_get_entry(list_, which, &entry) == 0; which = ACL_NEXT_ENTRY)
+      if (acl_get_tag_type(entry, &tag) != 0 || tag != ACL_EXTENDED_DENY) return true;
+    return false;
+  }
 
  private:
   acl_t list_;
@@ -208,6 +218,11 @@ int dropAccessList(int item) {
   return none ? none.giveTo(item) : -1;
 }
 
+bool listGrants(int item) {
+  const AccessList list(acl_get_fd_np(item, ACL_TYPE_EXTENDED));
+  return list ? list.grants() : errno != ENOENT && !isUnsupported(errno);
+}
+
 std::string volumeOf(int folder, const std::string& name) {
   const int item = openAt(folder, name.c_str(), O_RDONLY | O_NONBLOCK | O_SYMLINK);
   if (item < 0) return {};
@@ -255,6 +270,19 @@ std::vector<RunningProgram> programsOf(uid_t user) {
 
 std::string toolPath(const std::string& path) {
   return path;
+}
+
+// The system's log is reached by messages.
+bool keepOnlyFileWork() {
+  constexpr const char* kProfile =
+      "(version 1)\n"
+      "(deny default)\n"
+      "(allow file*)\n"
+      "(allow sysctl-read)\n"
+      "(allow mach-lookup (global-name \"com.apple.system.logger\") (global-name \"com.apple.logd\")\n"
+      "  (global-name \"com.apple.diagnosticd\"))\n";
+  char* error = nullptr;
+  return sandbox_init(kProfile, 0, &error) == 0;
 }
 
 bool hasMessagePort(const std::string& name) {

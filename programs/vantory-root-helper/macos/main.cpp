@@ -1,0 +1,53 @@
+// vantory-root-helper: does the work of a few file tools with the superuser's rights, for the user who had it started
+// by the system's service for that. Takes requests from its standard input, which goes both ways, until the
+// conversation ends, and tells the system log of each.
+#include <grp.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <optional>
+
+#include "platform/macos/darwin/Darwin.h"
+#include "platform/macos/rights/RootService.h"
+#include "platform/posix/homes/HomeOwner.h"
+#include "platform/posix/kernel/Kernel.h"
+#include "platform/posix/processes/PasswordDatabase.h"
+#include "platform/posix/processes/ProcessCalls.h"
+#include "platform/posix/rights/AdministratorTools.h"
+
+namespace vantory {
+namespace {
+
+constexpr int kRefused = 77;
+
+// The ordinary user whose process had this one started, by the kernel's word, with a home that is the user's own.
+std::optional<HomeOwner> caller() {
+  const uid_t id = getuid();
+  const std::optional<User> user = id == 0 ? std::nullopt : databaseUser(id);
+  if (!user || user->home.empty()) return std::nullopt;
+  Result<HomeOwner> owner = ownerOfHome(user->home);
+  return owner && owner->user.id == id ? std::optional(std::move(*owner)) : std::nullopt;
+}
+
+// With no group of the caller's.
+bool becomeSuperuser() {
+  return setgroups(0, nullptr) == 0 && setgid(0) == 0 && setuid(0) == 0 && getuid() == 0 && geteuid() == 0 &&
+         getgid() == 0 && getegid() == 0;
+}
+
+}  // namespace
+}  // namespace vantory
+
+int main(int argc, char**) {
+  using namespace vantory;
+  if (argc != 1 || geteuid() != 0) return kRefused;
+  fillStandardStreams();
+  const std::optional<HomeOwner> starter = caller();
+  if (!starter || !becomeSuperuser() || !leaveUsersSurroundings(STDIN_FILENO)) return kRefused;
+  kernel::closeFrom(STDERR_FILENO + 1);
+  if (!darwin::keepOnlyFileWork()) return kRefused;
+  StreamChannel channel{Descriptor(STDIN_FILENO)};
+  if (!channel.send({kHelperReady})) return kRefused;
+  serveAsSuperuser(channel, starter->user, starter->name, RootWork::Tools);
+  return EXIT_SUCCESS;
+}
