@@ -15,6 +15,7 @@
 #include "services/QWLocalPaths.h"
 #include "services/Runtime.h"
 #include "services/TaskReport.h"
+#include "services/files/FolderWalk.h"
 #include "services/files/QWFileManager.h"
 #include "services/log/QWLog.h"
 
@@ -71,6 +72,12 @@ Status checkKind(const BackupPlace& backup, const std::string& source, const std
                 destination)};
 }
 
+// For what the backup alone decides.
+Error notAllowed(const std::string& path, const std::string& fault) {
+  return {std::errc::operation_not_permitted, formatted("%@ %@", path, fault),
+          "Where a catalog file here names it, it can be restored."};
+}
+
 // A file in the backup, and where it belongs; none for what has no place on this system.
 struct Restorable {
   std::string source;
@@ -100,6 +107,8 @@ class ItemRestoring {
   bool putBack(const std::string& place, const std::string& path);
   void note(const std::string& path, const Status& copied);
   Error withCure(Error cause, const std::string& source) const;
+  Status checkPlace(const std::string& source, const std::string& destination) const;
+  Status checkHeldFolder(const std::string& source, const std::string& destination) const;
 
   const BackupPlace* const backup_;
   const QWPrefItem::PlaceRule rule_;
@@ -126,6 +135,32 @@ Error ItemRestoring::withCure(Error cause, const std::string& source) const {
   else
     cause.cure = formatted("An older backup has it undamaged: vantory -restore \"%@\" %@", *older, item_);
   return cause;
+}
+
+// What was restored before may hold links that lead on.
+Status ItemRestoring::checkPlace(const std::string& source, const std::string& destination) const {
+  if (const std::string fault = rule_(destination); !fault.empty()) return notAllowed(destination, fault);
+  const auto home = QWLocalPaths::userDirectory(), shared = QWLocalPaths::sharedUsersDirectory();
+  const std::string root = home && paths::isWithin(destination, *home) ? *home : shared.value_or("/");
+  const auto link = QWFileManager::linkOnTheWay(paths::parent(destination), root);
+  if (link) return notAllowed(*link, "is a symbolic link, through which nothing is restored");
+  const auto held = Runtime::current().platform().files.info(source, Links::DoNotFollow);
+  return held && held->type == FileType::Folder ? checkHeldFolder(source, destination) : Status();
+}
+
+// A folder comes back whole or not at all.
+Status ItemRestoring::checkHeldFolder(const std::string& source, const std::string& destination) const {
+  Status allowed;
+  const auto check = [&](const std::string& path, const DirectoryEntry& entry) {
+    const std::string place = destination + path.substr(source.size());
+    const std::string fault =
+        entry.type == FileType::SymbolicLink ? "is a symbolic link, which is not restored" : rule_(place);
+    if (!fault.empty()) allowed = notAllowed(place, fault);
+    return fault.empty();
+  };
+  const bool isThrough = walkFolder(source, Detail::Names, Links::DoNotFollow, check, Unreadable::End);
+  if (!isThrough && allowed) return Error{std::errc::permission_denied, source + ": a folder in it cannot be read"};
+  return allowed;
 }
 
 // Answers where it lies now; nothing where nothing was in the way.
@@ -189,9 +224,9 @@ void ItemRestoring::restore(const Restorable& file) {
     return note(source, nowhere);
   }
   const std::string& destination = *file.place;
-  if (const std::string fault = rule_ ? rule_(destination) : ""; !fault.empty()) {
+  if (const Status allowed = rule_ ? checkPlace(source, destination) : Status(); !allowed) {
     QWLog::appendLog("Copying file %@ to %@", source, destination);
-    return note(destination, Error{std::errc::operation_not_permitted, formatted("%@ %@", destination, fault)});
+    return note(destination, allowed);
   }
   const std::string folder = paths::parent(destination);
   // A folder that cannot be made or unlocked keeps the copy from being made, which is told.

@@ -66,11 +66,23 @@ class CatalogCheck {
     }
     earlier_.take(definition);
     checked.app = definedApp(definition, rules_);
+    remarkOnTwin(definition, checked);
     remarkOnFile(checked);
     return checked;
   }
 
  private:
+  void remarkOnTwin(const AppDefinition& definition, CheckedFile& file) const {
+    for (const auto& app : installed_)
+      if (const std::string& other = app->defined()->source; shareIdentifier(*app->defined(), definition) &&
+                                                             other != file.path &&
+                                                             paths::parent(other) == paths::parent(file.path))
+        file.remarks.push_back(
+            formatted("%@ defines the same application: of two in one folder a start leaves the "
+                      "second by name out.",
+                      other));
+  }
+
   // An installed file of the same application is one that this file would hide, or this file itself.
   DefinitionFault faultBesideOthers(const AppDefinition& definition) const {
     TakenNames installed;

@@ -10,6 +10,7 @@
 #include "base/Text.h"
 #include "catalog/BuiltInCatalog.h"
 #include "catalog/ProjectKinds.h"
+#include "catalog/definitions/Wildcards.h"
 #include "services/files/QWFileManager.h"
 
 namespace vantory {
@@ -267,14 +268,31 @@ PropertyListArray textArray(const std::vector<std::string>& texts) {
   return {texts.begin(), texts.end()};
 }
 
+std::string_view folderOf(Base base) {
+  switch (base) {
+    case Base::Preferences:
+      return "~/Library/Preferences/";
+    case Base::ApplicationSupport:
+      return "~/Library/Application Support/";
+    case Base::Documents:
+      break;
+  }
+  return "~/Documents/";
+}
+
 // Once: the table never changes.
 struct BuiltInNames {
   std::map<std::string, std::string> names, keys;
+  std::vector<TakenPattern> patterns;
 
   BuiltInNames() {
     for (const BuiltInApp& app : builtInCatalog()) {
       names[lowerCased(app.name)];
-      for (const BuiltInItem& item : app.items) keys[lowerCased(item.key)];
+      for (const BuiltInItem& item : app.items) {
+        keys[lowerCased(item.key)];
+        for (const BuiltInFile& file : item.files)
+          patterns.push_back({foldedComponents(std::string(folderOf(file.base)) + file.pattern), app.name});
+      }
     }
     for (const std::string_view name : kReservedNames) names[std::string(name)];
     for (const std::string_view key : kReservedKeys) keys[std::string(key)];
@@ -317,6 +335,7 @@ TakenNames::TakenNames() {
   static const BuiltInNames builtIn;
   names_ = builtIn.names;
   keys_ = builtIn.keys;
+  patterns_ = builtIn.patterns;
 }
 
 DefinitionFault TakenNames::faultOf(const AppDefinition& definition) const {
@@ -340,13 +359,29 @@ DefinitionFault TakenNames::faultOf(const AppDefinition& definition) const {
       return {formatted("Files that end in \".%@\" are the projects of another application: %@ says so.", extension,
                         taken->second),
               extension};
+  return faultOfPatterns(definition);
+}
+
+// What is looked after twice would be trashed with the wrong application.
+DefinitionFault TakenNames::faultOfPatterns(const AppDefinition& definition) const {
+  for (const AppDefinition::Item& item : definition.items)
+    for (const std::string& pattern : item.files) {
+      const auto components = foldedComponents(pattern);
+      const auto taken =
+          std::ranges::find_if(patterns_, [&](const auto& each) { return couldMeet(components, each.components); });
+      if (taken != patterns_.end())
+        return {formatted("\"%@\" could match what belongs to %@.", pattern, taken->application), pattern};
+    }
   return {};
 }
 
 void TakenNames::take(const AppDefinition& definition) {
   const std::string source = definition.source.empty() ? "another definition" : definition.source;
   names_[lowerCased(definition.name)] = source;
-  for (const AppDefinition::Item& item : definition.items) keys_[lowerCased(item.key)] = source;
+  for (const AppDefinition::Item& item : definition.items) {
+    keys_[lowerCased(item.key)] = source;
+    for (const std::string& pattern : item.files) patterns_.push_back({foldedComponents(pattern), definition.name});
+  }
   for (const std::string& extension : definition.projects) projects_[extension] = source;
   deep_ += deepPatternsOf(definition);
   ++count_;
@@ -355,6 +390,7 @@ void TakenNames::take(const AppDefinition& definition) {
 void TakenNames::release(const AppDefinition& definition) {
   names_.erase(lowerCased(definition.name));
   for (const AppDefinition::Item& item : definition.items) keys_.erase(lowerCased(item.key));
+  std::erase_if(patterns_, [&](const TakenPattern& pattern) { return pattern.application == definition.name; });
   for (const std::string& extension : definition.projects) projects_.erase(extension);
   deep_ -= deepPatternsOf(definition);
   --count_;

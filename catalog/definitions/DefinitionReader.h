@@ -31,6 +31,11 @@ std::variant<ReadDefinition, DefinitionFault> readDefinition(const PropertyList&
 // The reverse; without the source.
 PropertyList propertyListOf(const AppDefinition& definition);
 
+struct TakenPattern {
+  std::vector<std::string> components;  // folded
+  std::string application;              // its name
+};
+
 // What has been taken in a catalog, at first by the built-in table, and how much it may hold. Letters of either case
 // are alike.
 class TakenNames {
@@ -42,10 +47,13 @@ class TakenNames {
   void release(const AppDefinition& definition);
 
  private:
+  DefinitionFault faultOfPatterns(const AppDefinition& definition) const;
+
   // With the file that has each; empty for what is built in or reserved.
   std::map<std::string, std::string> names_;
   std::map<std::string, std::string> keys_;
   std::map<std::string, std::string> projects_;
+  std::vector<TakenPattern> patterns_;
   std::size_t count_ = 0;
   std::size_t deep_ = 0;  // patterns with several wildcards
 };

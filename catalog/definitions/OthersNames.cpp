@@ -21,13 +21,14 @@ constexpr std::string_view kOthers[] = {
     "gnome*", "gtk-*", "kde", "kde4", "kdedefaults", "kdeglobals", "kded*", "kwin*", "kglobal*", "kservices*", "ksmserver*",
     "kscreenlocker*", "plasma*", "xfce*", "lxqt", "lxsession", "lxpanel", "cinnamon*", "mate", "mate-*", "budgie*", "enlightenment",
     "sway*", "i3*", "hypr*", "river", "niri", "labwc", "wayfire*", "openbox", "fluxbox", "awesome", "bspwm", "sxhkd",
-    "qtile", "xmonad", "herbstluftwm", "dwm*", "waybar", "polybar", "rofi", "wofi", "dunst", "conky", "nautilus*", "nemo",
-    "caja", "thunar", "dolphin*", "pcmanfm*", "autokey", "espanso", "albert", "ulauncher", "hammerspoon", "karabiner",
+    "qtile", "xmonad", "herbstluftwm", "dwm*", "waybar", "polybar", "rofi", "wofi", "dunst", "conky", "nautilus*", "nemo*",
+    "caja*", "thunar*", "dolphin*", "pcmanfm*", "autokey", "espanso", "albert", "ulauncher", "hammerspoon", "karabiner",
     "bettertouchtool", "quicksilver", "alfred", "raycast", "systemd", "dbus*", "autostart*", "environment.d", "mime*",
     "user-dirs*", "xdg-*", "applications", "desktop-directories", "file-manager", "flatpak", "snap", "dconf", "gconf",
     "glib-2.0", "gvfs*", "ibus", "fcitx*", "pulse", "pipewire", "wireplumber", "fontconfig", "xsession*", "xinit*", "xprofile",
     "x11", "local", "config", "var", "cache", "icons", "themes", "fonts", "trash*", "loginwindow*", "globalpreferences*",
     "com.apple.loginitems*", "com.apple.launch*", "com.apple.tcc", "byhost", "addressbook", "mobilesync", "clouddocs",
+    "recently-used*", "user-places*", "qtproject*", "khotkeys*", "kdeconnect*", "android",
     // tools that run what they find
     "cargo", "rustup", "go", "npm*", "nvm", "node", "node_*", "deno", "bun", "yarn", "pnpm", "volta", "pyenv", "conda", "mamba",
     "pip", "pipx", "ipython", "jupyter", "matplotlib", "rbenv", "rvm", "gem", "bundle", "asdf", "mise", "sdkman", "jenv",
@@ -51,10 +52,11 @@ constexpr std::string_view kOthers[] = {
     "mysql*", "psql*", "pgpass", "mongo*", "redis*", "xauthority", "iceauthority", "quarrywell*", "com.quarrywell*",
     "org.mozilla*", "org.chromium*", "com.google*", "com.brave*", "com.microsoft*", "com.apple.notes*",
     "com.apple.mobilesms*",
+    "keyring*", "keychain*", "wallet*", "passwd*", "credential*", "secret*", "cookie*", "token*",
     "final cut pro user data", "final cut express user data"};
 
 constexpr std::string_view kMakers[] = {"adobe", "apple", "avid", "autodesk", "blackmagic design", "foundry", "kde.org",
-                                        "maxon", "meltytech", "red giant", "sony"};
+                                        "kxmlgui5", "maxon", "meltytech", "red giant", "sony"};
 
 constexpr std::string_view kPrograms[] = {
     "bin", "sbin", "libexec", "autostart", "autostart-scripts", "startup", "startup items", "startupitems", "login items",

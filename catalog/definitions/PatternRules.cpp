@@ -36,13 +36,6 @@ constexpr std::pair<char32_t, char32_t> kDeceiving[] = {
     {0x20d0, 0x20ff}, {0x3000, 0x3000}, {0x3164, 0x3164}, {0xfe00, 0xfe0f},   {0xfe20, 0xfe2f},   {0xfeff, 0xfeff},
     {0xffa0, 0xffa0}, {0xfff0, 0xffff}, {0xe000, 0xf8ff}, {0xe0000, 0xe0fff}, {0xf0000, 0x10ffff}};
 
-// Whether all components that both have could be the same: then one is the other, or lies inside it.
-bool couldMeet(const std::vector<std::string>& pattern, const std::vector<std::string>& folder) {
-  for (std::size_t i = 0; i < std::min(pattern.size(), folder.size()); ++i)
-    if (!couldBothMatch(pattern[i], folder[i])) return false;
-  return true;
-}
-
 bool startsWith(const std::vector<std::string>& pattern, const std::vector<std::string>& folder) {
   return pattern.size() > folder.size() && std::equal(folder.begin(), folder.end(), pattern.begin());
 }
@@ -90,18 +83,13 @@ std::string faultOfComponents(const std::vector<std::string>& components) {
   return "";
 }
 
-// Folded. The root's slash parts nothing.
-std::vector<std::string> componentsOf(std::string_view pattern) {
-  return split(foldedForDisks(pattern.substr(pattern.starts_with('/') ? 1 : 0)), '/');
-}
-
 // What an application has in a container of its own lies there as it would lie in the home; empty for all else.
 std::vector<std::string> outsideContainer(const std::vector<std::string>& pattern, const std::string& identifier) {
   const auto joined = [&](std::vector<std::string> home, std::size_t from) {
     home.insert(home.end(), pattern.begin() + static_cast<std::ptrdiff_t>(from), pattern.end());
     return home;
   };
-  const auto isIn = [&](std::string_view folder) { return startsWith(pattern, componentsOf(folder)); };
+  const auto isIn = [&](std::string_view folder) { return startsWith(pattern, foldedComponents(folder)); };
   const std::string id = foldedForDisks(identifier);
   if (isIn("~/library/containers/" + id + "/data/library")) return joined({"~"}, 5);
   if (isIn("~/.var/app/" + id + "/config")) return joined({"~", ".config"}, 5);
@@ -134,9 +122,9 @@ PatternRules::PatternRules(const std::vector<std::string>& keptOut)
     : home_(QWLocalPaths::userDirectory()), shared_(QWLocalPaths::sharedUsersDirectory()) {
   // A "*" in a home's own path would be taken for a pattern.
   if (home_ && QWFileManager::isWildcardPath(*home_)) home_.reset();
-  for (const std::string& folder : keptOut) keptOut_.push_back(componentsOf(written(folder)));
+  for (const std::string& folder : keptOut) keptOut_.push_back(foldedComponents(written(folder)));
   if (const auto trash = QWLocalPaths::trashDirectory())
-    keptOut_.push_back(componentsOf(written(paths::parent(*trash))));
+    keptOut_.push_back(foldedComponents(written(paths::parent(*trash))));
 }
 
 // A path in the home as a pattern would say it.
@@ -149,7 +137,7 @@ std::string PatternRules::faultOf(const std::string& pattern, const std::vector<
   if (std::string fault = faultOfText(pattern); !fault.empty()) return fault;
   const bool isShared = shared_ && pattern.starts_with(*shared_ + "/");
   if (!pattern.starts_with("~/") && !isShared) return "does not begin with \"~/\" or \"/Users/Shared/\"";
-  const Components components = componentsOf(pattern);
+  const Components components = foldedComponents(pattern);
   if (std::string fault = faultOfComponents(components); !fault.empty()) return fault;
   return faultOfPlace(components, isShared, identifiers);
 }
@@ -160,7 +148,7 @@ std::string PatternRules::faultOfPath(const std::string& path, const std::vector
   std::string name = written(path);
   std::ranges::replace(name, '*', '_');
   if (!name.starts_with("~/") && !isShared) return kNoPreferences;
-  return faultOfPlace(componentsOf(name), isShared, identifiers);
+  return faultOfPlace(foldedComponents(name), isShared, identifiers);
 }
 
 std::string PatternRules::faultOfPlace(Components pattern, bool isShared,
@@ -181,7 +169,7 @@ bool PatternRules::isKeptOut(const Components& pattern) const {
 
 // A folder in a backup lies elsewhere than a file there, so that its place cannot be told.
 std::string PatternRules::faultOfShared(const Components& pattern) const {
-  const std::size_t root = componentsOf(*shared_).size();
+  const std::size_t root = foldedComponents(*shared_).size();
   if (pattern.size() < root + 2) return kNoFolder;
   const std::string& name = pattern.back();
   const std::size_t ending = name.rfind('.');
@@ -192,12 +180,12 @@ std::string PatternRules::faultOfShared(const Components& pattern) const {
 
 std::string PatternRules::faultInHome(const Components& pattern) {
   for (const std::string_view place : kPlaces) {
-    const Components folder = componentsOf(place);
+    const Components folder = foldedComponents(place);
     if (startsWith(pattern, folder)) return faultOfNames(pattern, folder.size());
     if (pattern.size() <= folder.size() && couldMeet(pattern, folder))
       return "could match a folder that many applications share";
   }
-  if (startsWith(pattern, componentsOf(kDocuments))) return faultInDocuments(pattern);
+  if (startsWith(pattern, foldedComponents(kDocuments))) return faultInDocuments(pattern);
   if (!isHidden(pattern[1])) return kNoPreferences;
   if (pattern.size() == 2) return kNoFolder;
   if (QWFileManager::isWildcardPath(pattern[1])) return "has a * in the name of a folder of the home";

@@ -1,8 +1,8 @@
 // Two patterns walked at once.
 #include "catalog/definitions/Wildcards.h"
 
+#include <algorithm>
 #include <utility>
-#include <vector>
 
 #include "base/Text.h"
 
@@ -37,6 +37,17 @@ bool couldBothMatch(std::string_view one, std::string_view other) {
     std::swap(row, next);
   }
   return row[other.size()];
+}
+
+bool couldMeet(const std::vector<std::string>& one, const std::vector<std::string>& other) {
+  for (std::size_t i = 0; i < std::min(one.size(), other.size()); ++i)
+    if (!couldBothMatch(one[i], other[i])) return false;
+  return true;
+}
+
+// The root's slash parts nothing.
+std::vector<std::string> foldedComponents(std::string_view pattern) {
+  return split(foldedForDisks(pattern.substr(pattern.starts_with('/') ? 1 : 0)), '/');
 }
 
 std::string foldedForDisks(std::string_view name) {

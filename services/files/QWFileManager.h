@@ -45,6 +45,8 @@ class QWFileManager {
   static bool fileExistsAtPath(const std::string& path);   // links followed
   static bool isDirectoryAtPath(const std::string& path);  // links followed
   static bool isSymbolicLinkAtPath(const std::string& path);
+  // A symbolic link among the folder and those above it, up to the root, which may be one; none where there is none.
+  static std::optional<std::string> linkOnTheWay(const std::string& folder, const std::string& root);
   // Why a link at this path is left out, where only what it leads to could be meant.
   static Error linkLeftOut(const std::string& path);
   static bool isPackageAtPath(const std::string& path);

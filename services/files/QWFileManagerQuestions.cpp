@@ -50,6 +50,12 @@ bool QWFileManager::isSymbolicLinkAtPath(const std::string& path) {
   return metadata().linkTarget(path).ok();
 }
 
+std::optional<std::string> QWFileManager::linkOnTheWay(const std::string& folder, const std::string& root) {
+  for (std::string path = folder; path.size() > root.size(); path = paths::parent(path))
+    if (isSymbolicLinkAtPath(path)) return path;
+  return std::nullopt;
+}
+
 Error QWFileManager::linkLeftOut(const std::string& path) {
   const auto target = metadata().linkTarget(path);
   return {std::errc::too_many_symbolic_link_levels,

@@ -60,7 +60,10 @@ TEST_F(CarriedDefinitionsTest, WhatOnlyABackupDefinesIsNoProgramAndReachesNone) 
   changeSettings("profiles/*/basic.ini", "*");
   const std::string held = inLibrary("B.vnt/Users/user/.config/obs-studio/");
   makeFolders(held + "basic/bin");
-  for (const char* name : {"global.ini", "basic/tool", "basic/bin/ls", "basic/x.desktop"}) {
+  makeFolders(held + "basic/looks");
+  makeFolders(held + "basic/ways");
+  std::filesystem::create_symlink("../../..", held + "basic/ways/up");
+  for (const char* name : {"global.ini", "basic/tool", "basic/bin/ls", "basic/x.desktop", "basic/looks/x.desktop"}) {
     writeFile(held + name, "mine");
     std::filesystem::permissions(held + name, std::filesystem::perms::all);
   }
@@ -68,13 +71,24 @@ TEST_F(CarriedDefinitionsTest, WhatOnlyABackupDefinesIsNoProgramAndReachesNone) 
   EXPECT_EQ(std::filesystem::status(settings_).permissions(), static_cast<std::filesystem::perms>(0666));
   EXPECT_EQ(std::filesystem::status(home_ / ".config/obs-studio/basic/tool").permissions(),
             static_cast<std::filesystem::perms>(0666));
-  for (const char* name : {"basic/bin/ls", "basic/x.desktop"})
+  for (const char* name : {"basic/bin/ls", "basic/x.desktop", "basic/looks", "basic/ways"})
     EXPECT_FALSE(exists((home_ / ".config/obs-studio/") + name));
   writeFile(userFile_, example());
   controller().populateApps();
   report_ = TaskReport();
   QWBackup::backupWithFile(inLibrary("B.vnt"))->restore(report_);
   EXPECT_EQ(std::filesystem::status(settings_).permissions(), std::filesystem::perms::all);
+}
+
+// An earlier restore may have put it there.
+TEST_F(CarriedDefinitionsTest, WhatOnlyABackupDefinesPassesNoLink) {
+  makeBackup();
+  makeFolders(home_ / ".ssh");
+  std::filesystem::remove_all(home_ / ".config/obs-studio/basic");
+  std::filesystem::create_symlink("../../.ssh", home_ / ".config/obs-studio/basic");
+  restore();
+  EXPECT_EQ(readFile(settings_), "mine");
+  EXPECT_TRUE(std::filesystem::is_empty(home_ / ".ssh"));
 }
 
 // It runs under both of its identifiers, and the person is asked once, unless they have to quit the second by hand.
