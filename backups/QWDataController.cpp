@@ -97,6 +97,11 @@ void QWDataController::tellOnce(const std::vector<std::string>& complaints) {
   }
 }
 
+std::vector<std::string> QWDataController::complaints() const {
+  const std::lock_guard lock(mutex_);
+  return {told_.begin(), told_.end()};
+}
+
 std::shared_ptr<QWPrefItem> QWDataController::prefItemForKey(const std::string& key) const {
   return vantory::prefItemForKey(appArray(), key);
 }

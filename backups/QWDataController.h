@@ -75,6 +75,8 @@ class QWDataController : public BackupLibrary {
   // Copies a backup from elsewhere into the library, with a number behind its name where that is taken, and restores
   // nothing. Answers its path there; none where it failed, as the report and the log say. Any thread.
   std::optional<std::string> copyBackupFromFile(const std::string& path, TaskReport& report);
+  // What was told of catalog files that are left out or mean nothing, as sentences.
+  std::vector<std::string> complaints() const;
   // The first backup marked as default, of the manual ones or else of the automatic ones; null when there is none.
   std::shared_ptr<QWBackup> defaultBackup() const;
 

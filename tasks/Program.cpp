@@ -115,7 +115,7 @@ class TaskEnding {
 
 // One task from its identity to what is told of it.
 int runCommand(const ChosenCommand& chosen, TaskOptions options, std::ostream& output, std::ostream& errors,
-               const ReportListener& heard) {
+               const ProgramListener& heard) {
   const TaskCommand& command = *chosen.command;
   if (command.asSuperuser) platform().users.becomeSuperuser();
   const Folder home = QWLocalPaths::userDirectory();
@@ -124,7 +124,7 @@ int runCommand(const ChosenCommand& chosen, TaskOptions options, std::ostream& o
   if (const auto reason = reasonToRefuse(home, command.usesBackups)) {
     refuse(*reason, home);
     report.refuse(*reason);
-    if (heard) heard(report);
+    if (heard.task) heard.task(report);
     return ending.tell(1, report);
   }
   const std::string remark = command.usesBackups ? remarkOnHome(*home) : "";
@@ -142,7 +142,7 @@ int runCommand(const ChosenCommand& chosen, TaskOptions options, std::ostream& o
   noteUnusedArguments(context, command.mostOperands);
   const int exitCode = command.run(context);
   receipt.end();
-  if (heard) heard(report);
+  if (heard.task) heard.task(report);
   return ending.tell(exitCode, report, &receipt);
 }
 
@@ -183,7 +183,8 @@ std::optional<std::string> faultIn(const std::vector<std::string>& arguments, co
 }
 
 // A task goes before a question, and a question before the window.
-int runMode(std::ostream& output, std::ostream& errors, const ProgramReplacement& become, const ReportListener& heard) {
+int runMode(std::ostream& output, std::ostream& errors, const ProgramReplacement& become,
+            const ProgramListener& heard) {
   const std::vector<std::string>& arguments = platform().system.arguments();
   const auto has = [&](std::string_view argument) {
     return std::find(arguments.begin(), arguments.end(), argument) != arguments.end();
@@ -199,7 +200,7 @@ int runMode(std::ostream& output, std::ostream& errors, const ProgramReplacement
     printHelp(output);
   } else if (has("--version")) {
     printVersion(output);
-  } else if (const auto answered = answerQuestion(arguments, output, errors)) {
+  } else if (const auto answered = answerQuestion(arguments, output, errors, heard.question)) {
     return *answered;
   } else if (const auto meant = whatWasMeant(arguments)) {
     return refuseLine(*meant + " See \"vantory --help\".", arguments, output, errors);
@@ -215,7 +216,7 @@ int runMode(std::ostream& output, std::ostream& errors, const ProgramReplacement
 }  // namespace
 
 int runProgram(std::ostream& output, std::ostream& errors, const ProgramReplacement& become,
-               const ReportListener& heard) {
+               const ProgramListener& heard) {
   try {
     const int exitCode = runMode(output, errors, become, heard);
     if (output.flush()) return exitCode;

@@ -15,11 +15,14 @@ class TaskReport;
 // Becomes another program with these arguments (its name first); returns only when that failed.
 using ProgramReplacement = std::function<Status(const std::string& program, const std::vector<std::string>& arguments)>;
 
-// Hears what a task did and did not do, when it has ended.
-using ReportListener = std::function<void(const TaskReport& report)>;
+// Hears what came of the line, when it has ended.
+struct ProgramListener {
+  std::function<void(const TaskReport& report)> task;        // what a task did and did not do
+  std::function<void(const std::string& finding)> question;  // what an answer says is amiss, as a sentence
+};
 
 // Runs what the process's arguments ask for and answers the exit code. Called once, on the main thread.
 int runProgram(std::ostream& output, std::ostream& errors, const ProgramReplacement& become,
-               const ReportListener& heard = {});
+               const ProgramListener& heard = {});
 
 }  // namespace vantory

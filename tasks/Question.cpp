@@ -75,8 +75,8 @@ bool beginsWithPreview(const std::vector<std::string>& arguments) {
   return firstBehindOptions(arguments) == kPreview;
 }
 
-std::optional<int> answerQuestion(const std::vector<std::string>& arguments, std::ostream& output,
-                                  std::ostream& errors) {
+std::optional<int> answerQuestion(const std::vector<std::string>& arguments, std::ostream& output, std::ostream& errors,
+                                  const std::function<void(const std::string& sentence)>& found) {
   const auto refuse = [&](const std::string& fault) {
     return refuseLine(fault + " See \"vantory --help\".", arguments, output, errors);
   };
@@ -88,7 +88,7 @@ std::optional<int> answerQuestion(const std::vector<std::string>& arguments, std
     if (!fault.empty()) return refuse(fault);
     std::vector<std::string> operands(option + 1, arguments.end());
     std::erase_if(operands, isForm);
-    return question.answer({std::move(operands), formIn(arguments), output, errors});
+    return question.answer({std::move(operands), formIn(arguments), output, errors, found});
   }
   if (std::ranges::count(arguments, kPrint0) > 0) return refuse("There is nothing to list.");
   return std::nullopt;

@@ -1,6 +1,7 @@
 // What the program answers without doing anything.
 #pragma once
 
+#include <functional>
 #include <iosfwd>
 #include <optional>
 #include <span>
@@ -19,6 +20,7 @@ struct QuestionContext {
   AnswerForm form;
   std::ostream& output;
   std::ostream& errors;
+  std::function<void(const std::string& sentence)> found;  // told what is amiss by the answer; may be null
 };
 
 // One row of the table of questions.
@@ -41,8 +43,8 @@ bool beginsWithPreview(const std::vector<std::string>& arguments);
 
 // Answers the first question of the table that is among the arguments; the exit code is 1, with a line on `errors`,
 // when it is asked wrongly. None when they ask nothing. On the main thread.
-std::optional<int> answerQuestion(const std::vector<std::string>& arguments, std::ostream& output,
-                                  std::ostream& errors);
+std::optional<int> answerQuestion(const std::vector<std::string>& arguments, std::ostream& output, std::ostream& errors,
+                                  const std::function<void(const std::string& sentence)>& found);
 
 int listItems(const QuestionContext& context);
 int listBackups(const QuestionContext& context);

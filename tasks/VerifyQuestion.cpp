@@ -83,6 +83,19 @@ std::string table(const std::vector<Verified>& backups) {
   return table.text();
 }
 
+// Such as "1 of 3 backups is damaged: Clean setup."; empty where all are sound.
+std::string sentenceOn(const std::vector<Verified>& backups) {
+  std::string names;
+  std::size_t damaged = 0;
+  for (const Verified& backup : backups) {
+    if (backup.check.isSound()) continue;
+    names += (damaged++ == 0 ? "" : ", ") + backup.name;
+  }
+  if (damaged == 0) return "";
+  return formatted("%i of %@ %@ damaged: %@.", damaged, counted(backups.size(), "backup"), damaged == 1 ? "is" : "are",
+                   names);
+}
+
 // Those of the library that bear a name, or the folder at a path; with no names all of the library.
 Result<BackupList> backupsToVerify(const std::vector<std::string>& names) {
   if (names.empty()) return sortedBackups();
@@ -116,6 +129,8 @@ int verifyBackups(const QuestionContext& context) {
     isSound = isSound && verified.back().check.isSound();
   }
   context.output << (context.form == AnswerForm::Json ? json(verified, isSound) : table(verified));
+  const std::string sentence = sentenceOn(verified);
+  if (!isSound && context.found) context.found(sentence.empty() ? library.libraryError()->text : sentence);
   return isSound ? 0 : 1;
 }
 
