@@ -3,12 +3,15 @@
 
 #include <unistd.h>
 
+#include <chrono>
 #include <iostream>
 #include <optional>
+#include <utility>
 
 #include "base/Paths.h"
 #include "platform/posix/homes/HomeOwner.h"
 #include "platform/posix/homes/PosixHomeWorkers.h"
+#include "platform/posix/homes/RecentChanges.h"
 #include "platform/posix/processes/ProcessCalls.h"
 #include "platform/posix/progress/ProgressLine.h"
 #include "platform/posix/system/PosixSystemInfo.h"
@@ -23,6 +26,8 @@
 namespace vantory {
 
 namespace {
+
+constexpr std::chrono::seconds kBusy(60);
 
 // Before anything else asks whose files are meant.
 Status workIn(const std::string& home) {
@@ -50,17 +55,27 @@ int runInMany(const HomeOptions& options, const LendPlatform& lendPlatform) {
   const std::vector<std::string> arguments = argumentsForEach(options.arguments);
   // A preview tells which homes the task would pass over.
   const bool onlyAsks = beginsWithQuestion(options.arguments) && !beginsWithPreview(options.arguments);
-  const auto run = [&] {
-    HomeResult result;
+  const auto onPlatform = [&](const auto& work) {
     lendPlatform(arguments, false, [&](Platform& platform, ProgressLine*) {
       Runtime runtime(platform);
       runtime.isHomeNamed = true;
       runtime.shared<MainThread>();
-      result = runInHome();
+      work();
     });
+  };
+  const auto run = [&] {
+    HomeResult result;
+    onPlatform([&] { result = runInHome(); });
     return result;
   };
-  PosixHomeWorkers workers({.run = run, .passesOverBusyHomes = !options.busy && !onlyAsks});
+  const auto busyFile = [&](const std::string& home) {
+    auto found = recentlyChangedFile(home, kBusy);
+    if (!found) onPlatform([&] { found = recentlyChangedFile(filesOfCatalog(), kBusy); });
+    return found;
+  };
+  HomeWork work{.run = run};
+  if (!options.busy && !onlyAsks) work.busyFile = busyFile;
+  PosixHomeWorkers workers(std::move(work));
   const PosixSystemInfo system({});
   const bool showsProgress = system.hasTerminal();
   return runHomes(options, system.workingDirectory(), workers,

@@ -9,6 +9,7 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <ctime>
 #include <map>
 #include <stdexcept>
 #include <string>
@@ -76,6 +77,39 @@ TEST_F(HomeWorkersTest, NoneHoldsUpTheOthers) {
   EXPECT_EQ(work.counts->failed, 3U);
 }
 
+// Work that does use the processor, as for a file that has no end.
+TEST_F(HomeWorkersTest, NoneMayTakeTooLong) {
+  if (getuid() == 0 && !databaseName(kOwner)) GTEST_SKIP() << "there is no user to own a home";
+  HomeWork work{.run =
+                    [] {
+                      while (std::time(nullptr) > 0) {
+                      }
+                      return HomeResult();
+                    },
+                .patienceWithWork = 100ms,
+                .longest = 1s};
+  PosixHomeWorkers workers(work);
+  ASSERT_TRUE(workers.start(home("endless")));
+  EXPECT_THAT(workers.next()->why, HasSubstr("too long"));
+  work.longest = 1h;
+  work.patienceAtEnd = 100ms;
+  PosixHomeWorkers asked(work);
+  ASSERT_TRUE(asked.start(home("endless")));
+  raise(SIGTERM);
+  EXPECT_FALSE(asked.next());
+  EXPECT_THAT(asked.next()->why, HasSubstr("too long"));
+}
+
+TEST_F(HomeWorkersTest, WhereItHangsBeforeTheWorkTheOwnerIsTold) {
+  if (getuid() == 0 && !databaseName(kOwner)) GTEST_SKIP() << "there is no user to own a home";
+  const auto hang = [](const std::string&) -> std::optional<std::string> { return pause(), std::nullopt; };
+  PosixHomeWorkers workers({.run = [] { return HomeResult(); }, .busyFile = hang, .patience = 1s});
+  ASSERT_TRUE(workers.start(home("home")));
+  const auto result = workers.next();
+  EXPECT_EQ(result->exitCode, 1);
+  EXPECT_NE(result->owner, "");
+}
+
 // A file system whose program never answers.
 TEST_F(HomeWorkersTest, ADeadFileSystemIsGivenUp) {
   const std::string dead = folder_ / "dead";
@@ -88,10 +122,13 @@ TEST_F(HomeWorkersTest, ADeadFileSystemIsGivenUp) {
   PosixHomeWorkers workers({.run = [] { return HomeResult(); }, .patience = 300ms});
   ASSERT_TRUE(workers.start(dead));
   const auto result = workers.next();
+  const auto homes = workers.homesMatching(dead + "/*");
   EXPECT_EQ(umount2(dead.c_str(), MNT_DETACH), 0);
   ASSERT_TRUE(result);
   EXPECT_EQ(result->exitCode, 1);
   EXPECT_THAT(result->why, HasSubstr("may be dead"));
+  ASSERT_FALSE(homes);
+  EXPECT_EQ(homes.error().code, std::errc::timed_out);
 }
 
 }  // namespace

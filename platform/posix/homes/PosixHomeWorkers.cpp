@@ -1,9 +1,7 @@
 // Forks a process for each home, and listens to all of them.
 #include "platform/posix/homes/PosixHomeWorkers.h"
 
-#include <dirent.h>
 #include <fcntl.h>
-#include <fnmatch.h>
 #include <poll.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -16,15 +14,13 @@
 #include <cstdint>
 #include <cstring>
 #include <exception>
-#include <memory>
 #include <string_view>
 #include <utility>
 
 #include "base/ExitCodes.h"
-#include "base/Paths.h"
 #include "platform/posix/files/Errors.h"
+#include "platform/posix/homes/HomeListing.h"
 #include "platform/posix/homes/HomeOwner.h"
-#include "platform/posix/homes/RecentChanges.h"
 #include "platform/posix/kernel/Kernel.h"
 #include "platform/posix/processes/PasswordDatabase.h"
 #include "platform/posix/processes/ProcessCalls.h"
@@ -36,11 +32,11 @@ namespace {
 using Steady = std::chrono::steady_clock;
 using namespace std::chrono_literals;
 
-constexpr std::chrono::seconds kBusy = 60s;
 // More than a task can have to say; beyond it its process is not listened to.
 constexpr std::size_t kMostSaid = 16U << 20U;
 
-// What a home's process says: texts, each behind its length; the owner as soon as it is known, the rest at the end.
+// What a home's process says: texts, each behind its length. The owner as soon as it is known, an empty one when the
+// work begins, the rest at the end.
 void append(std::string& said, std::string_view text) {
   const auto length = static_cast<std::uint32_t>(text.size());
   said.append(reinterpret_cast<const char*>(&length), sizeof length).append(text);
@@ -75,9 +71,14 @@ std::string wordsFor(const HomeResult& result) {
   return said;
 }
 
+bool isBegun(std::string_view said) {
+  return takeText(said) && takeText(said);
+}
+
 // Whether the process said all.
 bool understand(std::string_view said, HomeResult& result) {
   result.owner = takeText(said).value_or("");
+  takeText(said);
   const auto exitCode = takeText(said), why = takeText(said), output = takeText(said);
   if (!output) return false;
   result.exitCode = numberIn<int>(*exitCode);
@@ -140,26 +141,8 @@ PosixHomeWorkers::PosixHomeWorkers(HomeWork work) : work_(std::move(work)) {
   std::signal(SIGPIPE, SIG_IGN);  // a reader that has gone ends nothing
 }
 
-// Only the folder above the homes is opened, and nothing in it is looked at: that may be dead, or somebody's trap.
 Result<std::vector<std::string>> PosixHomeWorkers::homesMatching(const std::string& pattern) {
-  const std::string path = paths::normalized(pattern);
-  const std::string folder = paths::parent(path), name = paths::lastComponent(path);
-  constexpr const char* kPatterns = "*?[";
-  if (folder.find_first_of(kPatterns) != std::string::npos)
-    return Error{
-        std::errc::invalid_argument,
-        pattern + ": Only the last part of a path can be a pattern. The shell knows others: leave out the quotes."};
-  if (name.find_first_of(kPatterns) == std::string::npos) return std::vector{path};
-  const std::unique_ptr<DIR, int (*)(DIR*)> list(opendir(folder.c_str()), closedir);
-  if (!list) return systemError(folder);
-  std::vector<std::string> homes;
-  while (const dirent* entry = readdir(list.get())) {
-    const bool mayBeHome = entry->d_type == DT_DIR || entry->d_type == DT_LNK || entry->d_type == DT_UNKNOWN;
-    if (mayBeHome && fnmatch(name.c_str(), entry->d_name, FNM_PERIOD) == 0)
-      homes.push_back(paths::join(folder, entry->d_name));
-  }
-  std::ranges::sort(homes);
-  return homes;
+  return listHomes(pattern, work_.patience);
 }
 
 // While homes are only looked for, a signal ends the program as by default: the folder above may be dead.
@@ -174,7 +157,8 @@ Status PosixHomeWorkers::start(const std::string& home) {
   workers_.push_back({.home = home,
                       .process = process,
                       .answer = std::move(pipe.readEnd),
-                      .deadline = Steady::now() + work_.patience});
+                      .deadline = Steady::now() + work_.patience,
+                      .latest = Steady::now() + work_.longest});
   return {};
 }
 
@@ -182,11 +166,16 @@ Status PosixHomeWorkers::start(const std::string& home) {
 void PosixHomeWorkers::workIn(const std::string& home, Descriptor answer) const {
   try {
     detach(answer);
-    std::string owner, said;
+    const auto say = [&](std::string_view text) {
+      std::string said;
+      append(said, text);
+      writeAll(answer.get(), said);
+    };
+    std::string owner;
     const Status entered = enter(home, owner);
-    const auto busyFile = entered && work_.passesOverBusyHomes ? recentlyChangedFile(home, kBusy) : std::nullopt;
-    append(said, owner);
-    writeAll(answer.get(), said);
+    say(owner);
+    const auto busyFile = entered && work_.busyFile ? work_.busyFile(home) : std::nullopt;
+    say("");
     HomeResult result;
     if (!entered) {
       const bool isNobodys = entered.error().code == std::errc::operation_not_supported;
@@ -213,6 +202,7 @@ std::optional<HomeResult> PosixHomeWorkers::next() {
     pollfd request{endRequest_, POLLIN, 0};
     if (endRequest_ >= 0 && poll(&request, 1, 0) > 0) {
       endRequest_ = -1;
+      for (Worker& worker : workers_) worker.latest = std::min(worker.latest, Steady::now() + work_.patienceAtEnd);
       return std::nullopt;
     }
     listen();
@@ -225,7 +215,7 @@ void PosixHomeWorkers::listen() {
   auto deadline = Steady::time_point::max();
   for (const Worker& worker : workers_) {
     sources.push_back({worker.answer.get(), POLLIN, 0});
-    deadline = std::min(deadline, worker.deadline);
+    deadline = std::min({deadline, worker.deadline, worker.latest});
   }
   const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Steady::now());
   if (poll(sources.data(), sources.size(), static_cast<int>(std::max(left, 0ms).count())) <= 0) return;
@@ -241,21 +231,22 @@ void PosixHomeWorkers::read(Worker& worker) {
     worker.isAtEnd = true;
     return;
   }
-  if (worker.said.empty()) worker.deadline = Steady::now() + work_.patienceWithWork;
+  const bool wasBegun = isBegun(worker.said);
   worker.said.append(bytes.data(), static_cast<std::size_t>(length));
+  if (!wasBegun && isBegun(worker.said)) worker.deadline = Steady::now() + work_.patienceWithWork;
 }
 
 std::optional<HomeResult> PosixHomeWorkers::resultOf(Worker& worker) {
   HomeResult result{.home = worker.home, .owner = {}, .exitCode = kDoneInPart};
   if (!worker.isAtEnd) {
-    if (Steady::now() < worker.deadline || !standsStill(worker)) return std::nullopt;
+    const bool isLate = Steady::now() >= worker.latest;
+    if (!isLate && (Steady::now() < worker.deadline || !standsStill(worker))) return std::nullopt;
     // One that waits in the kernel for a dead file system may never end; nobody waits for it.
     kill(worker.process, SIGKILL);
     waitForChild(worker.process, 100ms);
-    const bool wasBegun = !worker.said.empty();
     understand(worker.said, result);
-    result.exitCode = wasBegun ? kDoneInPart : kNotBegun;
-    result.why = "It does not answer: the file system may be dead.";
+    result.exitCode = isBegun(worker.said) ? kDoneInPart : kNotBegun;
+    result.why = isLate ? "It took too long, and was ended." : "It does not answer: the file system may be dead.";
     return result;
   }
   worker.answer = {};
@@ -271,7 +262,7 @@ std::optional<HomeResult> PosixHomeWorkers::resultOf(Worker& worker) {
 // One that was not even begun has had its time. What works uses the processor now and then, also where the disk is
 // slow.
 bool PosixHomeWorkers::standsStill(Worker& worker) const {
-  if (worker.said.empty()) return true;
+  if (!isBegun(worker.said)) return true;
   const std::string work = kernel::workOf(worker.process);
   const bool stands = !work.empty() && work == worker.work;
   if (!work.empty()) worker.work = work;

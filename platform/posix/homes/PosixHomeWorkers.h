@@ -6,6 +6,9 @@
 #include <chrono>
 #include <functional>
 #include <list>
+#include <optional>
+#include <string>
+#include <vector>
 
 #include "platform/HomeWorkers.h"
 #include "platform/posix/files/Descriptor.h"
@@ -16,11 +19,15 @@ namespace vantory {
 struct HomeWork {
   // Done in each home by a process of the owner, whose HOME it is. Answers what came of it but for home and owner.
   std::function<HomeResult()> run;
-  bool passesOverBusyHomes = true;
+  // Asked first, by the same process: a file there that shows that somebody works in the home. Null to pass over none.
+  std::function<std::optional<std::string>(const std::string& home)> busyFile = {};
   // How long a home may take to be found, because its file system may be dead, and how long the work there may stand
   // still.
   std::chrono::milliseconds patience = std::chrono::seconds(30);
   std::chrono::milliseconds patienceWithWork = std::chrono::minutes(5);
+  // How long one home may take in all, and how long those in hand may when the program is asked to end.
+  std::chrono::milliseconds longest = std::chrono::hours(1);
+  std::chrono::milliseconds patienceAtEnd = std::chrono::minutes(5);
 };
 
 // While this exists the process has one thread only.
@@ -39,6 +46,7 @@ class PosixHomeWorkers : public HomeWorkers {
     pid_t process;
     Descriptor answer;                               // what it says
     std::chrono::steady_clock::time_point deadline;  // by when it must have got on
+    std::chrono::steady_clock::time_point latest;    // by when it must have ended
     std::string said = {};
     std::string work = {};  // what the kernel said of its work at the last deadline
     bool isAtEnd = false;

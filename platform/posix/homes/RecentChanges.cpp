@@ -25,6 +25,7 @@ struct Place {
 constexpr Place kPlaces[] = {
     {"", 1}, {"/Library/Preferences", 3}, {"/Library/Application Support", 3}, {"/.config", 3}};
 constexpr int kMostFiles = 20'000;
+constexpr int kMostLevels = 16;  // of a folder that is named itself
 
 bool isOurs(std::string_view name) {
   return name.starts_with("com.quarrywell.") || name == "Quarrywell";
@@ -36,6 +37,9 @@ class Search {
 
   std::optional<std::string> in(const std::string& path, int levels) {
     return in(AT_FDCWD, path.c_str(), path, levels);
+  }
+  std::optional<std::string> at(const std::string& path) {
+    return ++looked_ > kMostFiles ? std::nullopt : at(AT_FDCWD, path.c_str(), path, kMostLevels);
   }
 
  private:
@@ -49,7 +53,7 @@ class Search {
       const std::string_view each = entry->d_name;
       if (each == "." || each == ".." || isOurs(each)) continue;
       if (++looked_ > kMostFiles) return std::nullopt;
-      if (auto found = at(number, entry->d_name, path, levels)) return found;
+      if (auto found = at(number, entry->d_name, path + "/" + entry->d_name, levels - 1)) return found;
     }
     return std::nullopt;
   }
@@ -58,8 +62,8 @@ class Search {
   std::optional<std::string> at(int folder, const char* name, const std::string& path, int levels) {
     struct stat status {};
     if (fstatat(folder, name, &status, AT_SYMLINK_NOFOLLOW) != 0) return std::nullopt;
-    if (S_ISREG(status.st_mode) && std::abs(now_ - status.st_mtime) < within_) return path + "/" + name;
-    return S_ISDIR(status.st_mode) && levels > 1 ? in(folder, name, path + "/" + name, levels - 1) : std::nullopt;
+    if (S_ISREG(status.st_mode) && std::abs(now_ - status.st_mtime) < within_) return path;
+    return S_ISDIR(status.st_mode) && levels > 0 ? in(folder, name, path, levels) : std::nullopt;
   }
 
   const std::time_t within_;
@@ -72,6 +76,13 @@ class Search {
 std::optional<std::string> recentlyChangedFile(const std::string& home, std::chrono::seconds within) {
   for (const Place& place : kPlaces)
     if (auto found = Search(within).in(home + place.folder, place.levels)) return found;
+  return std::nullopt;
+}
+
+std::optional<std::string> recentlyChangedFile(const std::vector<std::string>& paths, std::chrono::seconds within) {
+  Search search(within);
+  for (const std::string& path : paths)
+    if (auto found = search.at(path)) return found;
   return std::nullopt;
 }
 
