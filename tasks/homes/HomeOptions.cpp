@@ -12,6 +12,10 @@ namespace {
 
 constexpr std::size_t kMostJobs = 64;
 
+bool asksAboutProgram(std::string_view argument) {
+  return argument == "--version" || argument == "--help" || argument == "-h";
+}
+
 // Goes through the arguments once.
 class Reading {
  public:
@@ -23,6 +27,11 @@ class Reading {
     options_.arguments.insert(options_.arguments.end(), arguments_.begin() + static_cast<std::ptrdiff_t>(next_),
                               arguments_.end());
     if (!options_.fault) options_.fault = faultOfAll();
+    // These are the same in every home.
+    if (!options_.fault && next_ < arguments_.size() && asksAboutProgram(arguments_[next_])) {
+      options_.home.reset();
+      options_.patterns.clear();
+    }
     return std::move(options_);
   }
 

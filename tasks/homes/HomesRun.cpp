@@ -59,8 +59,10 @@ class HomesRun {
   HomesRun(HomeWorkers& workers, const HomesStreams& streams, bool inJson)
       : workers_(workers), streams_(streams), inJson_(inJson) {}
 
-  int run(const std::vector<std::string>& homes, std::size_t jobs) {
-    all_ = homes.size();
+  // The folders above others could not be listed.
+  int run(const std::vector<std::string>& homes, const std::vector<HomeResult>& unlisted, std::size_t jobs) {
+    all_ = homes.size() + unlisted.size();
+    for (const HomeResult& each : unlisted) take(each);
     auto home = homes.begin();
     for (std::size_t running = 0; running > 0 || (home != homes.end() && !endsEarly_);) {
       for (; running < jobs && home != homes.end() && !endsEarly_; ++home) running += begin(*home);
@@ -152,18 +154,29 @@ class HomeList {
  public:
   HomeList(HomeWorkers& workers, std::string folder) : workers_(workers), folder_(std::move(folder)) {}
 
+  // Fails for what was typed wrongly. A folder that cannot be listed, as on a dead file system, holds up none of the
+  // others.
   Status add(const std::string& pattern) {
-    const auto homes = workers_.homesMatching(paths::absolute(pattern, folder_));
-    if (!homes) return homes.error();
-    for (const std::string& home : *homes) addHome(home);
+    const std::string path = paths::absolute(pattern, folder_);
+    const auto homes = workers_.homesMatching(path);
+    if (homes) {
+      for (const std::string& home : *homes) addHome(home);
+      return {};
+    }
+    if (meansMissing(homes.error()) || homes.error().code == std::errc::invalid_argument) return homes.error();
+    unlisted_.push_back({.home = path, .owner = {}, .exitCode = kNotBegun, .why = homes.error().text});
     return {};
   }
-  // Every line is a path as it stands, or many with a zero byte behind each.
+  // Every line is a path as it stands, but for the carriage return of other systems, or many with a zero byte behind
+  // each.
   void addLines(std::istream& input) {
-    for (std::string line; std::getline(input, line);)
+    for (std::string line; std::getline(input, line);) {
+      if (line.ends_with('\r')) line.pop_back();
       for (const std::string& path : split(line, '\0'))
         if (!path.empty()) addHome(paths::absolute(path, folder_));
+    }
   }
+  const std::vector<HomeResult>& unlisted() const { return unlisted_; }
   const std::vector<std::string>& homes() const { return homes_; }
 
  private:
@@ -175,6 +188,7 @@ class HomeList {
   const std::string folder_;
   std::set<std::string> known_;
   std::vector<std::string> homes_;
+  std::vector<HomeResult> unlisted_;  // by their patterns
 };
 
 }  // namespace
@@ -189,6 +203,8 @@ int runHomes(const HomeOptions& options, const std::string& folder, HomeWorkers&
   };
   if (!chooseCommand(options.arguments) && !beginsWithQuestion(options.arguments))
     return refuse("Behind the homes a task or a question is missing. See \"vantory --help\".");
+  if (std::ranges::count(options.arguments, kPrint0) > 0)
+    return refuse("--print0 does not go with --homes: whose names would they be? \"--json\" tells.");
   HomeList list(workers, folder);
   for (const std::string& pattern : options.patterns) {
     if (pattern == "-")
@@ -196,9 +212,9 @@ int runHomes(const HomeOptions& options, const std::string& folder, HomeWorkers&
     else if (const Status status = list.add(pattern); !status.ok())
       return refuse(status.error().text);
   }
-  if (list.homes().empty()) return refuse("There is no such home.");
+  if (list.homes().empty() && list.unlisted().empty()) return refuse("There is no such home.");
   const std::size_t jobs = options.jobs.value_or(std::max(1U, std::thread::hardware_concurrency()));
-  return HomesRun(workers, streams, inJson).run(list.homes(), jobs);
+  return HomesRun(workers, streams, inJson).run(list.homes(), list.unlisted(), jobs);
 }
 
 }  // namespace vantory

@@ -67,6 +67,13 @@ setpriv --reuid=vgreeter --regid=64202 --clear-groups touch $vgreeter/Library/Pr
 as_root "$program" --homes "$all/*" --jobs 2 -backup One
 check "--homes: one line for each, whatever becomes of the others" eval 'ended 3 && said "" && kept $vanna One && own $vanna && [ "$(wc -l <"$work/out")" = 6 ] &&
   row $vanna "vanna +1 +0 +0 *$" && row $vgreeter "vgreeter +- +- +- +Somebody works there: .*dock.plist was" && row $all/link "is a link" && row $all/lost+found superuser && row $all/stranger "Nobody knows user 64999"'
+# What an added application keeps elsewhere counts too.
+catalogs="$vanna/Library/Application Support/Quarrywell/Vantory/Catalogs"
+put "$catalogs/e.plist" '{ format = 1; name = Editor; identifier = org.example.editor; items = ( { key = editorPrefs; name = Preferences; files = ("~/.editor_qt/a/b/c/*.settings"); } ); }'
+put $vanna/.editor_qt/a/b/c/editor.settings; chown -R vanna:64201 $vanna
+as_root "$program" --homes $vanna -trash
+check "somebody works where an added application keeps its preferences" eval 'ended 3 && row $vanna "vanna .*editor.settings was" && [ -e $vanna/Library/Preferences/$motion ]'
+rm -r $vanna/.editor_qt "$catalogs"
 as_root "$program" --homes "$all/v*" --preview trash
 check "a preview passes over whom the task would" eval 'ended 3 && row $vanna "vanna +- +- +- *$" && row $vgreeter "Somebody works there"'
 as_root setpriv --reuid=vanna --regid=64201 --clear-groups "$program" --homes $vanna -backup a/b
@@ -75,20 +82,26 @@ as_root "$program" --homes "$all/v*" $all/lost+found --busy -backup Two
 check "--busy" eval 'ended 0 && kept $vanna Two && kept $vgreeter Two && own $vgreeter'
 as_root "$program" --homes $vanna $vgreeter --busy --json -trash
 check "--json: an object a line" eval 'ended 0 && [ "$(jq -sc "map([.home, .owner, .done, .report.task]) | sort" "$work/out")" = "[[\"$vanna\",\"vanna\",1,\"trash\"],[\"$vgreeter\",\"vgreeter\",1,\"trash\"]]" ]'
-printf '%s\n' $vanna '' $vgreeter/ $vanna >"$work/list"
+printf '%s\r\n' $vanna '' $vgreeter/ $vanna >"$work/list"
 as_root "$program" --homes - --busy --undo <"$work/list"
 check "--homes -: undone by lines of standard input" eval 'ended 0 && [ "$(wc -l <"$work/out")" = 3 ] && kept $vanna/../vanna Two && [ -e $vanna/Library/Preferences/$motion ] && [ -e $vgreeter/Library/Preferences/$motion ]'
 as_root "$program" --homes $vanna $vgreeter --verify Two
 check "a question to each, busy or not" eval 'ended 0 && [ "$(grep -c "sound" "$work/out")" = 2 ]'
+put "$(library_of $vanna)/Two.vnt/Users/user/Library/Preferences/$motion" spoilt
+as_root "$program" --homes $vanna --verify
+check "whose backups are damaged" eval 'ended 3 && row $vanna "1 of 3 backups is damaged: Two[.]$"'
 rm $vanna/Library/Preferences/$motion
 as_root "$program" --homes $vanna $vgreeter --busy -backup Three motionPrefs
 check "nothing there in one of them is no fault" eval 'ended 0 && row $vanna "There was nothing"'
 as_root "$program" --homes $vanna $vgreeter --busy -backup Four motionPref
 check "nothing anywhere is" eval 'ended 4'
-for line in "--homes -backup X" "--homes $vanna" "--homes $vanna x" "--homes $all/*/sub -list" "--homes $all/none* -list" "--homes $vanna --home $vanna -list" "--jobs 2 -list" "--homes $vanna --jobs 0 -list"; do
+for line in "--homes -backup X" "--homes $vanna" "--homes $vanna x" "--homes $all/*/sub -list" "--homes $all/none* -list" "--homes $vanna --home $vanna -list" "--jobs 2 -list" "--homes $vanna --jobs 0 -list" "--homes $vanna --list-items --print0"; do
   set -f; as_root "$program" $line; set +f
   check "$line" eval 'ended 1 && [ -s "$work/err" ] && printed ""'
 done
+
+as_root "$program" --homes $vanna --json --version
+check "what is the same everywhere is asked of none" eval 'ended 0 && grep -q "^Vantory [0-9]" "$work/out"'
 
 # A backup waits a little for whoever holds the library: time to end its process, or the whole run.
 hold() { fresh; mkdir -p "$(library_of $vanna)"; chown -R vanna:64201 $vanna; flock "$(library_of $vanna)" sleep 1.5 & holder=$!; soon not flock -n "$(library_of $vanna)" true; }
