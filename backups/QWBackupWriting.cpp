@@ -371,6 +371,12 @@ WriteResult QWBackup::write(TaskReport& report, bool filesOnly) {
     QWLog::appendLog("%@", possible.error().text);
     return refuse(possible.error());
   }
+  // With no item to copy the earlier backup would make way for nothing.
+  if (!filesOnly && children_.empty()) {
+    QWLog::appendLog("Unable to create backup - no files to backup");
+    if (!QWFileManager::isMissingAtPath(path_)) report.remark("No item was chosen: the earlier backup stays as it is.");
+    return WriteResult::NoFiles;
+  }
   const bool inheritsDefault = !filesOnly && !isDefault_ && wouldInheritDefault(path_);
   auto hold = filesOnly ? holdBackupFolder(path_) : makeBackupFolder(path_, createdFolder_, report);
   if (!hold) {
