@@ -12,7 +12,9 @@ std::atomic<Runtime*> newest = nullptr;
 }  // namespace
 
 Runtime::Runtime(Platform& platform) : platform_(platform), previous_(newest.exchange(this)) {
-  if (previous_) isHomeNamed = previous_->isHomeNamed;
+  if (!previous_) return;
+  isHomeNamed = previous_->isHomeNamed;
+  manyHomesRun = previous_->manyHomesRun;
 }
 
 Runtime::~Runtime() {

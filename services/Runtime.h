@@ -4,6 +4,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <string>
 #include <typeindex>
 #include <utility>
 #include <vector>
@@ -45,6 +46,8 @@ class Runtime {
   // Whether whoever started the program named the home: then backups have no part of its path, whatever its depth.
   // A runtime made within another has its answer.
   bool isHomeNamed = false;
+  // The name of the run over many homes that this is part of; empty for none. Likewise.
+  std::string manyHomesRun;
 
  private:
   std::shared_ptr<void> takeNewestInstance();

@@ -36,6 +36,7 @@ std::string json(const std::vector<Receipt>& receipts, const std::vector<Unreada
     if (receipt.ended) entry.append("ended", *receipt.ended);
     entry.append("files", filesIn(receipt));
     entry.append("state", stateOf(receipt));
+    if (!receipt.run.empty()) entry.append("run", receipt.run);
     if (!receipt.undoes.empty()) entry.append("undoes", receipt.undoes);
     list.push_back(std::move(entry));
   }

@@ -6,6 +6,7 @@
 #include "base/Format.h"
 #include "base/Spelling.h"
 #include "platform/FileSystem.h"
+#include "services/Runtime.h"
 #include "services/TaskReport.h"
 #include "services/receipts/ReceiptFolder.h"
 #include "services/receipts/ReceiptText.h"
@@ -43,17 +44,35 @@ bool isUndoneWhole(const Receipt& receipt, const std::vector<Receipt>& receipts)
          });
 }
 
+bool isRun(const std::string& name) {
+  return name.starts_with(kRunPrefix);
+}
+
 // No earlier task goes in the place of one that cannot be taken back.
-Result<const Receipt*> newestOf(const std::vector<Receipt>& receipts) {
-  const Receipt* newest = newestToUndo(receipts);
+Result<const Receipt*> newestOf(const std::vector<Receipt>& receipts, const ReceiptFilter& counts,
+                                const std::string& none) {
+  const Receipt* newest = newestToUndo(receipts, counts);
   for (const Receipt& receipt : receipts) {
     if (&receipt == newest) return newest;
-    if (!removedForGood(receipt)) continue;
+    if (!removedForGood(receipt) || !counts(receipt)) continue;
     const std::string next =
         newest ? formatted(" The newest that can be is %@: vantory --undo %@", inWords(*newest), newest->name) : "";
     return fault(formatted("What %@ did was removed for good and cannot be taken back.%@", inWords(receipt), next));
   }
-  return fault("There is no task to take back.");
+  return fault(none);
+}
+
+Result<const Receipt*> newestOf(const std::optional<std::string>& run, const std::vector<Receipt>& receipts) {
+  if (run)
+    return newestOf(
+        receipts, [&](const Receipt& task) { return task.run == *run; },
+        formatted("There is nothing of %@ to take back here.", *run));
+  if (!Runtime::current().manyHomesRun.empty())
+    return newestOf(
+        receipts, [](const Receipt& task) { return !task.run.empty(); },
+        "There is no task of a run over many homes to take back here.");
+  return newestOf(
+      receipts, [](const Receipt&) { return true; }, "There is no task to take back.");
 }
 
 Result<const Receipt*> receiptNamed(const std::string& name, const std::vector<Receipt>& receipts) {
@@ -71,7 +90,7 @@ Result<UndoTask> chooseUndo(const std::optional<std::string>& name) {
   if (!hold && hold.error().code == std::errc::timed_out) return hold.error();
   auto receipts = allReceipts();
   if (!receipts) return receipts.error();
-  const auto chosen = name ? receiptNamed(*name, *receipts) : newestOf(*receipts);
+  const auto chosen = name && !isRun(*name) ? receiptNamed(*name, *receipts) : newestOf(name, *receipts);
   if (!chosen) return chosen.error();
   const Receipt& receipt = **chosen;
   if (receipt.isRunning) return fault(inWords(receipt) + " is not through yet.");

@@ -26,7 +26,9 @@ struct UndoTask {
   void run(TaskReport& report, TaskReceipt* own) const;
 };
 
-// The task of the named receipt, or the newest. Fails with a sentence where there is none that can be taken back now.
+// The task of the named receipt, or the newest. The name of a run over many homes stands for what that did here. In
+// such a run the newest is what one of them did, nobody else. Fails with a sentence where there is none that can be
+// taken back now.
 Result<UndoTask> chooseUndo(const std::optional<std::string>& name);
 
 }  // namespace vantory

@@ -4,8 +4,10 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <ctime>
 #include <iostream>
 #include <optional>
+#include <string>
 #include <utility>
 
 #include "base/Paths.h"
@@ -16,6 +18,7 @@
 #include "platform/posix/progress/ProgressLine.h"
 #include "platform/posix/system/PosixSystemInfo.h"
 #include "services/Runtime.h"
+#include "services/receipts/Receipt.h"
 #include "services/threads/MainThread.h"
 #include "tasks/Program.h"
 #include "tasks/Question.h"
@@ -50,15 +53,25 @@ int runOnTerminal(Platform& platform, ProgressLine* line, bool isHomeNamed) {
   return runProgram(std::cout, std::cerr, replaceProgram);
 }
 
+// Of no other run on this machine.
+std::string nameOfRun() {
+  const std::time_t now = std::time(nullptr);
+  char moment[32];
+  std::strftime(moment, sizeof moment, "%Y%m%d-%H%M%S", std::gmtime(&now));
+  return std::string(kRunPrefix) + moment + "-" + std::to_string(getpid());
+}
+
 // Each home's process has a platform of its own; this one has none.
 int runInMany(const HomeOptions& options, const LendPlatform& lendPlatform) {
   const std::vector<std::string> arguments = argumentsForEach(options.arguments);
   // A preview tells which homes the task would pass over.
   const bool onlyAsks = beginsWithQuestion(options.arguments) && !beginsWithPreview(options.arguments);
+  const std::string name = nameOfRun();
   const auto onPlatform = [&](const auto& work) {
     lendPlatform(arguments, false, [&](Platform& platform, ProgressLine*) {
       Runtime runtime(platform);
       runtime.isHomeNamed = true;
+      runtime.manyHomesRun = name;
       runtime.shared<MainThread>();
       work();
     });
@@ -78,7 +91,7 @@ int runInMany(const HomeOptions& options, const LendPlatform& lendPlatform) {
   PosixHomeWorkers workers(std::move(work));
   const PosixSystemInfo system({});
   const bool showsProgress = system.hasTerminal();
-  return runHomes(options, system.workingDirectory(), workers,
+  return runHomes(options, name, system.workingDirectory(), workers,
                   {std::cin, std::cout, std::cerr, showsProgress ? &std::cerr : nullptr});
 }
 

@@ -96,6 +96,7 @@ FileAction actionAt(const PropertyListDictionary& entry, const char* key) {
 
 void readHead(const PropertyListDictionary& entry, Receipt& receipt) {
   receipt.task = textAt(entry, receipt::kTask);
+  receipt.run = textAt(entry, receipt::kRun);
   receipt.undoes = textAt(entry, receipt::kUndoes);
   receipt.begun = momentAt(entry, receipt::kBegun);
   for (const PropertyList& operand : arrayAt(entry, receipt::kOperands))
@@ -249,9 +250,10 @@ Result<std::vector<Receipt>> receiptsDownToNewestToUndo() {
   return receiptsUntil(holdNewestToUndo);
 }
 
-const Receipt* newestToUndo(const std::vector<Receipt>& receipts) {
-  const auto found =
-      std::ranges::find_if(receipts, [&](const Receipt& receipt) { return isToUndo(receipt, receipts); });
+const Receipt* newestToUndo(const std::vector<Receipt>& receipts, const ReceiptFilter& counts) {
+  const auto found = std::ranges::find_if(receipts, [&](const Receipt& receipt) {
+    return isToUndo(receipt, receipts) && (!counts || counts(*originOf(receipt, receipts).task));
+  });
   return found == receipts.end() ? nullptr : &*found;
 }
 

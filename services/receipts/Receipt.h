@@ -2,8 +2,10 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "base/Result.h"
@@ -32,6 +34,7 @@ struct Receipt {
   std::string name;
   std::string task;
   std::vector<std::string> operands;
+  std::string run;     // the run over many homes that it was part of; empty for none
   std::string undoes;  // the receipt that the task took back; empty for none
   Timestamp begun;
   std::optional<Timestamp> ended;  // none for a task that runs or was killed
@@ -40,6 +43,9 @@ struct Receipt {
   bool isUndone = false;           // known only in a list of all
   std::vector<ReceiptStep> steps;  // in the order of the task; of planned ones those that may have been done
 };
+
+// What the name of a run over many homes begins with, and that of a receipt never.
+inline constexpr std::string_view kRunPrefix = "run-";
 
 // Fails where there is none of that name, or it is damaged. One that was not ended has what is whole of it.
 Result<Receipt> readReceipt(const std::string& name);
@@ -69,8 +75,9 @@ bool removedForGood(const Receipt& receipt);
 bool canBeTakenBack(const Receipt& receipt);
 
 // The newest that can be taken back, and took nothing back itself: that is done again by its name only. What did a task
-// again counts as that task. Null where there is none.
-const Receipt* newestToUndo(const std::vector<Receipt>& receipts);
+// again counts as that task, which must be one that `counts`, where that is given. Null where there is none.
+using ReceiptFilter = std::function<bool(const Receipt& task)>;
+const Receipt* newestToUndo(const std::vector<Receipt>& receipts, const ReceiptFilter& counts = {});
 
 // What a receipt is about: the task itself, or what in the end took it back or did it again, step by step.
 struct Origin {

@@ -12,6 +12,7 @@ namespace vantory::receipt {
 inline constexpr const char* kTask = "task";
 inline constexpr const char* kVersion = "version";
 inline constexpr const char* kOperands = "operands";
+inline constexpr const char* kRun = "run";
 inline constexpr const char* kUndoes = "undoes";
 inline constexpr const char* kBegun = "begun";
 inline constexpr const char* kEnded = "ended";

@@ -191,6 +191,8 @@ void TaskReceipt::begin() {
   receipt::append(pending_, receipt::kTask, task_.name);
   receipt::append(pending_, receipt::kVersion, VANTORY_VERSION);
   receipt::append(pending_, receipt::kBegun, receipt::momentText(Runtime::current().platform().clock.now()));
+  if (const std::string& run = Runtime::current().manyHomesRun; !run.empty())
+    receipt::append(pending_, receipt::kRun, run);
   if (!undoes_.empty()) receipt::append(pending_, receipt::kUndoes, undoes_);
   pending_.append(receipt::kOperands).append(" = (");
   for (const std::string& operand : task_.operands) {

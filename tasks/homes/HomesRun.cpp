@@ -16,6 +16,7 @@
 #include "base/Text.h"
 #include "base/TextTable.h"
 #include "platform/HomeWorkers.h"
+#include "services/TaskReport.h"
 #include "tasks/Question.h"
 #include "tasks/Refusal.h"
 #include "tasks/TaskCommand.h"
@@ -38,7 +39,7 @@ std::string onOneLine(const std::string& json) {
 }
 
 // What the home's process printed stands in it as it is.
-std::string jsonLine(const HomeResult& result) {
+std::string jsonLine(const HomeResult& result, const std::string& run) {
   PropertyListDictionary fields;
   fields.append("home", result.home);
   fields.append("owner", result.owner);
@@ -49,6 +50,7 @@ std::string jsonLine(const HomeResult& result) {
     fields.append("failed", result.counts->failed);
   }
   fields.append("why", printable(result.why));
+  if (!run.empty()) fields.append("run", run);
   std::string line = onOneLine(writeJson(std::move(fields)));
   if (!result.output.empty()) line.insert(line.size() - 1, ",\"report\": " + onOneLine(result.output));
   return line;
@@ -56,8 +58,12 @@ std::string jsonLine(const HomeResult& result) {
 
 class HomesRun {
  public:
-  HomesRun(HomeWorkers& workers, const HomesStreams& streams, bool inJson)
-      : workers_(workers), streams_(streams), inJson_(inJson) {}
+  struct Identity {
+    std::string name;
+    bool canBeTakenBack;
+  };
+  HomesRun(HomeWorkers& workers, const HomesStreams& streams, bool inJson, Identity identity)
+      : workers_(workers), streams_(streams), inJson_(inJson), identity_(std::move(identity)) {}
 
   // The folders above others could not be listed.
   int run(const std::vector<std::string>& homes, const std::vector<HomeResult>& unlisted, std::size_t jobs) {
@@ -78,6 +84,8 @@ class HomesRun {
     for (; home != homes.end(); ++home) take({.home = *home, .owner = {}, .exitCode = kNotBegun, .why = "Not begun."});
     if (!inJson_) streams_.output << table();
     if (endsEarly_) streams_.errors << "Vantory: Ended early: " << left << " of " << all_ << " homes were not begun.\n";
+    if (streams_.progress && hasDoneAnything_ && identity_.canBeTakenBack)
+      *streams_.progress << "To take this back: the same homes with --undo " << identity_.name << '\n';
     if (streams_.output.flush()) return exitCode();
     streams_.errors << "Vantory: The output could not be written.\n";
     return kNotBegun;
@@ -93,10 +101,11 @@ class HomesRun {
   }
 
   void take(const HomeResult& result) {
+    hasDoneAnything_ |= result.counts && result.counts->done > 0;
     ++ended_;
     exitCodes_.insert(result.exitCode);
     if (inJson_) {
-      streams_.output << jsonLine(result) << '\n' << std::flush;
+      streams_.output << jsonLine(result, identity_.canBeTakenBack ? identity_.name : "") << '\n' << std::flush;
       return;
     }
     if (!result.output.empty()) streams_.output << printable(result.home) << ":\n" << result.output << '\n';
@@ -142,12 +151,21 @@ class HomesRun {
   HomeWorkers& workers_;
   const HomesStreams& streams_;
   const bool inJson_;
+  const Identity identity_;
   std::size_t all_ = 0;
   std::size_t ended_ = 0;
   bool endsEarly_ = false;
+  bool hasDoneAnything_ = false;
   std::set<int> exitCodes_;
   std::vector<TextTable::Row> rows_;
 };
+
+// What was taken back is done again by its own name, and what was removed is gone.
+bool canBeTakenBack(const std::vector<std::string>& arguments) {
+  const auto task = beginsWithQuestion(arguments) ? std::nullopt : chooseCommand(arguments);
+  const auto deed = task ? task->command->deed : std::nullopt;
+  return deed && deed != FileAction::PutBack && deed != FileAction::Remove;
+}
 
 // Each once, in the order in which they are named.
 class HomeList {
@@ -193,7 +211,8 @@ class HomeList {
 
 }  // namespace
 
-int runHomes(const HomeOptions& options, const std::string& folder, HomeWorkers& workers, const HomesStreams& streams) {
+int runHomes(const HomeOptions& options, const std::string& name, const std::string& folder, HomeWorkers& workers,
+             const HomesStreams& streams) {
   const bool inJson = std::ranges::count(options.arguments, kJson) > 0;
   const auto refuse = [&](const std::string& reason) {
     std::ostringstream output;
@@ -214,7 +233,8 @@ int runHomes(const HomeOptions& options, const std::string& folder, HomeWorkers&
   }
   if (list.homes().empty() && list.unlisted().empty()) return refuse("There is no such home.");
   const std::size_t jobs = options.jobs.value_or(std::max(1U, std::thread::hardware_concurrency()));
-  return HomesRun(workers, streams, inJson).run(list.homes(), list.unlisted(), jobs);
+  return HomesRun(workers, streams, inJson, {name, canBeTakenBack(options.arguments)})
+      .run(list.homes(), list.unlisted(), jobs);
 }
 
 }  // namespace vantory

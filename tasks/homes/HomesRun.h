@@ -17,8 +17,10 @@ struct HomesStreams {
   std::ostream* progress;  // a line for each home as it ends; null for none
 };
 
-// Works in all homes that the options name, so many at once; relative paths begin at `folder`. Answers the exit code: 0
+// Works in all homes that the options name, so many at once; relative paths begin at `folder`. By the
+// run's name it can be taken back. Answers the exit code: 0
 // when all was done everywhere, 1 when nothing was begun, 4 when there was nothing to do anywhere, else 3.
-int runHomes(const HomeOptions& options, const std::string& folder, HomeWorkers& workers, const HomesStreams& streams);
+int runHomes(const HomeOptions& options, const std::string& name, const std::string& folder, HomeWorkers& workers,
+             const HomesStreams& streams);
 
 }  // namespace vantory

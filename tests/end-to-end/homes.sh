@@ -82,9 +82,11 @@ as_root "$program" --homes "$all/v*" $all/lost+found --busy -backup Two
 check "--busy" eval 'ended 0 && kept $vanna Two && kept $vgreeter Two && own $vgreeter'
 as_root "$program" --homes $vanna $vgreeter --busy --json -trash
 check "--json: an object a line" eval 'ended 0 && [ "$(jq -sc "map([.home, .owner, .done, .report.task]) | sort" "$work/out")" = "[[\"$vanna\",\"vanna\",1,\"trash\"],[\"$vgreeter\",\"vgreeter\",1,\"trash\"]]" ]'
+put $vanna/Library/Preferences/com.apple.color.plist own; chown vanna $vanna/Library/Preferences/*
+as_root "$program" --home $vanna -trash color
 printf '%s\r\n' $vanna '' $vgreeter/ $vanna >"$work/list"
 as_root "$program" --homes - --busy --undo <"$work/list"
-check "--homes -: undone by lines of standard input" eval 'ended 0 && [ "$(wc -l <"$work/out")" = 3 ] && kept $vanna/../vanna Two && [ -e $vanna/Library/Preferences/$motion ] && [ -e $vgreeter/Library/Preferences/$motion ]'
+check "--homes -: undone by lines of standard input, but for what a user did since" eval 'ended 0 && [ ! -e $vanna/Library/Preferences/com.apple.color.plist ] && [ "$(wc -l <"$work/out")" = 3 ] && kept $vanna/../vanna Two && [ -e $vanna/Library/Preferences/$motion ] && [ -e $vgreeter/Library/Preferences/$motion ]'
 as_root "$program" --homes $vanna $vgreeter --verify Two
 check "a question to each, busy or not" eval 'ended 0 && [ "$(grep -c "sound" "$work/out")" = 2 ]'
 put "$(library_of $vanna)/Two.vnt/Users/user/Library/Preferences/$motion" spoilt
@@ -93,8 +95,8 @@ check "whose backups are damaged" eval 'ended 3 && row $vanna "1 of 3 backups is
 rm $vanna/Library/Preferences/$motion
 as_root "$program" --homes $vanna $vgreeter --busy -backup Three motionPrefs
 check "nothing there in one of them is no fault" eval 'ended 0 && row $vanna "There was nothing"'
-as_root "$program" --homes $vanna $vgreeter --busy -backup Four motionPref
-check "nothing anywhere is" eval 'ended 4'
+as_root "$program" --homes $vanna $vgreeter --busy -backup Two motionPref
+check "nothing anywhere is; a key that is mistyped leaves the earlier backup alone" eval 'ended 4 && kept $vgreeter Two && row $vgreeter "motionPref"'
 for line in "--homes -backup X" "--homes $vanna" "--homes $vanna x" "--homes $all/*/sub -list" "--homes $all/none* -list" "--homes $vanna --home $vanna -list" "--jobs 2 -list" "--homes $vanna --jobs 0 -list" "--homes $vanna --list-items --print0"; do
   set -f; as_root "$program" $line; set +f
   check "$line" eval 'ended 1 && [ -s "$work/err" ] && printed ""'
