@@ -1,10 +1,6 @@
 // Makes the parts of the platform in the order in which they stand on each other.
 #include "platform/macos/MacPlatform.h"
 
-#include <unistd.h>
-
-#include <cstdlib>
-
 #include "platform/macos/files/MacChecksums.h"
 #include "platform/macos/files/MacFileMetadata.h"
 #include "platform/macos/rights/MacPrivilegedRunner.h"
@@ -25,40 +21,25 @@
 #include "platform/posix/system/PosixTrustedFiles.h"
 
 namespace vantory {
-namespace {
-
-// An executable that was given somebody else's identity does not use it. Where the system gave it the superuser's for a
-// right of its starter's, answers that right.
-darwin::AuthorizationHandle dropBorrowedIdentity() {
-  if (geteuid() == getuid() && getegid() == getgid()) return nullptr;
-  const darwin::AuthorizationHandle right = geteuid() == 0 ? rightHandedDown() : nullptr;
-  if (setregid(getgid(), getgid()) != 0 || setreuid(getuid(), getuid()) != 0) std::abort();
-  if (geteuid() != getuid() || getegid() != getgid()) std::abort();
-  return right;
-}
-
-}  // namespace
 
 struct MacPlatform::Parts {
-  Parts(std::vector<std::string> arguments, std::optional<ConsoleUserProcess> become,
-        darwin::AuthorizationHandle handedDown, std::string startedProgram)
-      : consoleUser(std::move(become)), right(handedDown), system(std::move(arguments), std::move(startedProgram)) {}
+  Parts(std::vector<std::string> arguments, MacIdentity identity, std::string startedProgram)
+      : identity(std::move(identity)), system(std::move(arguments), std::move(startedProgram)) {}
 
   std::unique_ptr<PrivilegedRunner> privilegedRunner() {
-    if (consoleUser) return std::make_unique<RootRunner>(*consoleUser->superuser);
-    return std::make_unique<MacPrivilegedRunner>(systemLog, darwin::authorizationCalls, right);
+    if (identity.superuser) return std::make_unique<RootRunner>(*identity.superuser);
+    return std::make_unique<MacPrivilegedRunner>(systemLog, darwin::authorizationCalls, identity.handedDown);
   }
   std::unique_ptr<FileSystem> filesOfMachine() const {
-    if (consoleUser) return std::make_unique<MachineLogFiles>(folders, *consoleUser->superuser);
+    if (identity.superuser) return std::make_unique<MachineLogFiles>(folders, *identity.superuser);
     return std::make_unique<MacFileSystem>();
   }
 
-  const std::optional<ConsoleUserProcess> consoleUser;
-  const darwin::AuthorizationHandle right;
+  const MacIdentity identity;
   // In this order: each is made of those above it.
   PosixSystemLog systemLog;
   PosixClock clock;
-  MacUsers users = consoleUser ? MacUsers(consoleUser->user) : MacUsers();
+  MacUsers users{identity.consoleUser};
   MacStandardFolders folders;
   PosixSystemInfo system;
   PreferencesDaemon preferences{users};
@@ -81,12 +62,11 @@ struct MacPlatform::Parts {
   ShownDisk disk{files, metadata, checksums};
 };
 
-MacPlatform::MacPlatform(std::vector<std::string> arguments, Progress progress,
-                         std::optional<ConsoleUserProcess> consoleUser, std::string startedProgram) {
-  const darwin::AuthorizationHandle right = dropBorrowedIdentity();
+MacPlatform::MacPlatform(std::vector<std::string> arguments, Progress progress, MacIdentity identity,
+                         std::string startedProgram) {
   fillStandardStreams();
   ignoreFailedWrites();
-  parts_ = std::make_unique<Parts>(std::move(arguments), std::move(consoleUser), right, std::move(startedProgram));
+  parts_ = std::make_unique<Parts>(std::move(arguments), std::move(identity), std::move(startedProgram));
   Parts& p = *parts_;
   if (progress == Progress::Shown) p.disk.show();
   // The log makes room for its own lines.

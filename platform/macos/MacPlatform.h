@@ -2,12 +2,11 @@
 #pragma once
 
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
 #include "platform/Platform.h"
-#include "platform/macos/rights/ConsoleUser.h"
+#include "platform/macos/rights/Identity.h"
 
 namespace vantory {
 
@@ -22,7 +21,7 @@ class MacPlatform {
 
   // For a program that another became, `startedProgram` is the file name of the one beside it that the user started.
   explicit MacPlatform(std::vector<std::string> arguments, Progress progress = Progress::Hidden,
-                       std::optional<ConsoleUserProcess> consoleUser = std::nullopt, std::string startedProgram = {});
+                       MacIdentity identity = ownIdentity(), std::string startedProgram = {});
   ~MacPlatform();
 
   Platform& platform() { return *platform_; }

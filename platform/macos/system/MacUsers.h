@@ -2,6 +2,8 @@
 #pragma once
 
 #include <mutex>
+#include <optional>
+#include <utility>
 
 #include "platform/Users.h"
 
@@ -12,9 +14,8 @@ namespace vantory {
 // thread.
 class MacUsers : public Users {
  public:
-  MacUsers() = default;
-  // For a process that the superuser started and that has become the user at the console.
-  explicit MacUsers(const User& become) : become_(become) {}
+  // For a process that the superuser started and that has become the user at the console, with that user.
+  explicit MacUsers(std::optional<User> become = std::nullopt) : become_(std::move(become)) {}
 
   bool isSuperuser() const override;
   void becomeSuperuser() override;

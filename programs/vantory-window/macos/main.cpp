@@ -17,7 +17,7 @@
 // The system itself keeps reports of crashes.
 int main(int argumentCount, char** arguments) {
   vantory::MacPlatform platform({arguments, arguments + argumentCount}, vantory::MacPlatform::Progress::Hidden,
-                                std::nullopt, "vantory");
+                                vantory::ownIdentity(), "vantory");
   vantory::Runtime runtime(platform.platform());
   runtime.shared<vantory::MainThread>();
   const auto user = platform.platform().users.processUser();

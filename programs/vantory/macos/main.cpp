@@ -2,7 +2,6 @@
 
 #include <unistd.h>
 
-#include <optional>
 #include <utility>
 
 #include "platform/macos/MacPlatform.h"
@@ -10,19 +9,18 @@
 
 int main(int argumentCount, char** arguments) {
   using namespace vantory;
+  MacIdentity identity = ownIdentity();
   HomeOptions options = readHomeOptions({arguments, arguments + argumentCount});
-  std::optional<ConsoleUserProcess> consoleUser;
   if (getuid() == 0 && !options.home && !options.isForMany() && !options.fault) {
     auto become = becomeConsoleUser();
     if (become)
-      consoleUser = std::move(*become);
+      identity = std::move(*become);
     else
       options.fault = become.error().text;
   }
-  return start(std::move(options),
-               [&](const std::vector<std::string>& all, bool showsProgress, const PlatformUse& use) {
-                 MacPlatform platform(all, showsProgress ? MacPlatform::Progress::Shown : MacPlatform::Progress::Hidden,
-                                      consoleUser);
-                 use(platform.platform(), platform.progressLine());
-               });
+  return start(std::move(options), [&](const std::vector<std::string>& all, bool showsProgress,
+                                       const PlatformUse& use) {
+    MacPlatform platform(all, showsProgress ? MacPlatform::Progress::Shown : MacPlatform::Progress::Hidden, identity);
+    use(platform.platform(), platform.progressLine());
+  });
 }

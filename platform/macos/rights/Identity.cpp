@@ -1,13 +1,15 @@
-// Forks, and looks after the child.
-#include "platform/macos/rights/ConsoleUser.h"
+// Drops what was borrowed; forks, and looks after the child.
+#include "platform/macos/rights/Identity.h"
 
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <csignal>
+#include <cstdlib>
 #include <utility>
 
+#include "platform/macos/rights/MacPrivilegedRunner.h"
 #include "platform/macos/rights/RootService.h"
 #include "platform/macos/system/MacUsers.h"
 #include "platform/posix/files/Errors.h"
@@ -72,7 +74,15 @@ Result<HomeOwner> ownerAtConsole() {
 
 }  // namespace
 
-Result<ConsoleUserProcess> becomeConsoleUser() {
+MacIdentity ownIdentity() {
+  if (geteuid() == getuid() && getegid() == getgid()) return {};
+  MacIdentity identity{.handedDown = geteuid() == 0 ? rightHandedDown() : nullptr};
+  if (setregid(getgid(), getgid()) != 0 || setreuid(getuid(), getuid()) != 0) std::abort();
+  if (geteuid() != getuid() || getegid() != getgid()) std::abort();
+  return identity;
+}
+
+Result<MacIdentity> becomeConsoleUser() {
   fillStandardStreams();
   const Result<HomeOwner> owner = ownerAtConsole();
   if (!owner) return owner.error();
@@ -90,7 +100,8 @@ Result<ConsoleUserProcess> becomeConsoleUser() {
   ends->own.close();
   setpgid(0, 0);
   if (const Status become = becomeOwner(*owner); !become) return become.error();
-  return ConsoleUserProcess{owner->user, std::make_shared<RootConversation>(std::move(ends->other))};
+  return MacIdentity{.consoleUser = owner->user,
+                     .superuser = std::make_shared<RootConversation>(std::move(ends->other))};
 }
 
 }  // namespace vantory
