@@ -9,25 +9,15 @@
 
 #include "platform/macos/darwin/Darwin.h"
 #include "platform/macos/rights/RootService.h"
-#include "platform/posix/homes/HomeOwner.h"
 #include "platform/posix/kernel/Kernel.h"
-#include "platform/posix/processes/PasswordDatabase.h"
 #include "platform/posix/processes/ProcessCalls.h"
 #include "platform/posix/rights/AdministratorTools.h"
+#include "programs/vantory-root-helper/macos/Caller.h"
 
 namespace vantory {
 namespace {
 
 constexpr int kRefused = 77;
-
-// The ordinary user whose process had this one started, by the kernel's word, with a home that is the user's own.
-std::optional<HomeOwner> caller() {
-  const uid_t id = getuid();
-  const std::optional<User> user = id == 0 ? std::nullopt : databaseUser(id);
-  if (!user || user->home.empty()) return std::nullopt;
-  Result<HomeOwner> owner = ownerOfHome(user->home);
-  return owner && owner->user.id == id ? std::optional(std::move(*owner)) : std::nullopt;
-}
 
 // With no group of the caller's.
 bool becomeSuperuser() {
