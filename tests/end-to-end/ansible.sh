@@ -30,7 +30,8 @@ two ansible_python_interpreter=/tmp/python-two
 ansible_connection=local
 ansible_remote_tmp=/tmp/ansible
 HOSTS
-put /tmp/Editor.plist '{}'
+put /tmp/Editor.plist '{ format = 1; name = Editor; identifier = org.example.editor; items = ( { key = editorPrefs; name = Preferences; files = ("~/.editor_qt/*.settings"); } ); }'
+put /tmp/Bad.plist '{}'
 cat >/tmp/variables.json <<VARIABLES
 {"vantory_packages": [], "vantory_catalogs": ["/tmp/Editor.plist"], "vantory_homes": ["/home/*"],
  "vantory_program": "$program", "vantory_table": "/tmp/vantory.csv"}
@@ -55,6 +56,8 @@ run_unit() {
 check "a unit that does what it says" eval 'run_unit && [ -n "$(find /tmp/two/home/vanna -name "Auto Backup*.vnt")" ]'
 play setup.yml
 check "a second run changes nothing" eval 'ended 0 && changed 0'
+play setup.yml -e '{"vantory_catalogs": ["/tmp/Bad.plist"]}'
+check "a catalog file that would be left out is not brought" eval 'ended 2 && grep -q "It says no format" "$work/out" && [ ! -e /tmp/one/etc/vantory/catalogs/Bad.plist ]'
 play setup.yml -e 'vantory_homes=/home/*'
 check "a text is not taken for a list of its letters" eval 'ended 2 && grep -qF \"/home/\*\" /tmp/two$service'
 play setup.yml -e vantory_daily_backup=no
