@@ -67,13 +67,11 @@ setpriv --reuid=vgreeter --regid=64202 --clear-groups touch $vgreeter/Library/Pr
 as_root "$program" --homes "$all/*" --jobs 2 -backup One
 check "--homes: one line for each, whatever becomes of the others" eval 'ended 3 && said "" && kept $vanna One && own $vanna && [ "$(wc -l <"$work/out")" = 6 ] &&
   row $vanna "vanna +1 +0 +0 *$" && row $vgreeter "vgreeter +- +- +- +Somebody works there: .*dock.plist was" && row $all/link "is a link" && row $all/lost+found superuser && row $all/stranger "Nobody knows user 64999"'
-# What an added application keeps elsewhere counts too.
-catalogs="$vanna/Library/Application Support/Quarrywell/Vantory/Catalogs"
-put "$catalogs/e.plist" '{ format = 1; name = Editor; identifier = org.example.editor; items = ( { key = editorPrefs; name = Preferences; files = ("~/.editor_qt/a/b/c/*.settings"); } ); }'
-put $vanna/.editor_qt/a/b/c/editor.settings; chown -R vanna:64201 $vanna
+# What the catalog names elsewhere counts too.
+put "$vanna/Documents/Adobe/Premiere Pro/5/Layouts/mine.xml"; chown -R vanna:64201 $vanna
 as_root "$program" --homes $vanna -trash
-check "somebody works where an added application keeps its preferences" eval 'ended 3 && row $vanna "vanna .*editor.settings was" && [ -e $vanna/Library/Preferences/$motion ]'
-rm -r $vanna/.editor_qt "$catalogs"
+check "somebody works where an application keeps its preferences" eval 'ended 3 && row $vanna "vanna .*mine.xml was" && [ -e $vanna/Library/Preferences/$motion ]'
+rm -r $vanna/Documents
 as_root "$program" --homes "$all/v*" --preview trash
 check "a preview passes over whom the task would" eval 'ended 3 && row $vanna "vanna +- +- +- *$" && row $vgreeter "Somebody works there"'
 as_root setpriv --reuid=vanna --regid=64201 --clear-groups "$program" --homes $vanna -backup a/b
@@ -103,7 +101,7 @@ for line in "--homes -backup X" "--homes $vanna" "--homes $vanna x" "--homes $al
 done
 
 as_root "$program" --homes $vanna --json --version
-check "what is the same everywhere is asked of none" eval 'ended 0 && grep -q "^Vantory [0-9]" "$work/out"'
+[ "$system" = macos ] || check "what is the same everywhere is asked of none" eval 'ended 0 && grep -q "^Vantory [0-9]" "$work/out"'
 
 # A backup waits a little for whoever holds the library: time to end its process, or the whole run.
 hold() { fresh; mkdir -p "$(library_of $vanna)"; chown -R vanna:64201 $vanna; flock "$(library_of $vanna)" sleep 1.5 & holder=$!; soon not flock -n "$(library_of $vanna)" true; }
