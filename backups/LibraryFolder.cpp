@@ -3,7 +3,9 @@
 
 #include "backups/BackupNaming.h"
 #include "base/Paths.h"
+#include "platform/FileSystem.h"
 #include "services/QWLocalPaths.h"
+#include "services/Runtime.h"
 #include "services/settings/QWUserDefaults.h"
 #include "services/settings/SettingsKeys.h"
 
@@ -45,6 +47,26 @@ std::optional<std::string> autosavesFolder() {
   const auto library = libraryFolder();
   if (!library) return std::nullopt;
   return paths::join(*library, kAutosavesFolder);
+}
+
+Result<std::vector<std::string>> backupNamesIn(const std::string& folder) {
+  const auto entries = Runtime::current().platform().files.list(folder, Detail::Names);
+  if (!entries && !meansMissing(entries.error())) return entries.error();
+  std::vector<std::string> names;
+  if (!entries) return names;
+  for (const DirectoryEntry& entry : *entries)
+    if (isBackupName(entry.name)) names.push_back(entry.name);
+  return names;
+}
+
+std::vector<std::string> pathsOfBackups() {
+  std::vector<std::string> backups;
+  for (const auto& folder : {libraryFolder(), autosavesFolder()}) {
+    const auto names = folder ? backupNamesIn(*folder) : std::vector<std::string>();
+    if (!names) continue;
+    for (const std::string& name : *names) backups.push_back(paths::join(*folder, name));
+  }
+  return backups;
 }
 
 }  // namespace vantory

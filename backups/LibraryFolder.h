@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "base/Result.h"
+
 namespace vantory {
 
 // The folder of the manual backups; none when no user's folders can be resolved. It need not exist.
@@ -19,5 +21,9 @@ std::optional<std::string> unusableLibraryFolder();
 std::vector<std::string> foldersOfBackups();
 // The folder of the automatic backups, inside the library's.
 std::optional<std::string> autosavesFolder();
+// What is called like a backup in a folder; nothing in one that is missing.
+Result<std::vector<std::string>> backupNamesIn(const std::string& folder);
+// The paths of all that is called like a backup in the library, as far as it can be listed.
+std::vector<std::string> pathsOfBackups();
 
 }  // namespace vantory

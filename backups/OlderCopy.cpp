@@ -35,14 +35,9 @@ std::optional<Timestamp> dateOf(const std::string& backup) {
 // The newest first.
 std::vector<DatedBackup> backupsBefore(Timestamp date) {
   std::vector<DatedBackup> backups;
-  for (const auto& folder : {libraryFolder(), autosavesFolder()}) {
-    const auto entries = folder ? platform().files.list(*folder, Detail::Names) : std::vector<DirectoryEntry>();
-    if (!entries) continue;
-    for (const DirectoryEntry& entry : *entries) {
-      const std::string path = paths::join(*folder, entry.name);
-      if (!isBackupName(path) || QWFileManager::isMissingAtPath(paths::join(path, kBackupSettingsFile))) continue;
-      if (const auto modified = dateOf(path); modified && *modified < date) backups.push_back({path, *modified});
-    }
+  for (const std::string& path : pathsOfBackups()) {
+    if (QWFileManager::isMissingAtPath(paths::join(path, kBackupSettingsFile))) continue;
+    if (const auto modified = dateOf(path); modified && *modified < date) backups.push_back({path, *modified});
   }
   std::ranges::sort(backups, [](const auto& left, const auto& right) { return right.date < left.date; });
   return backups;
@@ -50,7 +45,7 @@ std::vector<DatedBackup> backupsBefore(Timestamp date) {
 
 // Of a file at a whole path, which has to lie in the folder.
 Status checkFile(const FolderChecksums& backup, const std::string& folder, const std::string& path) {
-  if (!path.starts_with(folder + "/"))
+  if (path == folder || !paths::isWithin(path, folder))
     return Error{std::errc::invalid_argument, path + ": it does not lie in " + folder};
   const auto checksum = backup.ofFile(path.substr(folder.size() + 1));
   if (!checksum) return checksum.error();

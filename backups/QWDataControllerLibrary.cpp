@@ -3,6 +3,7 @@
 
 #include "backups/BackupNaming.h"
 #include "backups/BackupReader.h"
+#include "backups/LibraryFolder.h"
 #include "backups/LibraryHold.h"
 #include "backups/QWDataController.h"
 #include "base/Format.h"
@@ -63,23 +64,16 @@ struct Listing {
   std::optional<Error> error;
 };
 
-// The names of backups in a folder; none in one that is missing. The person is told of one that cannot be read.
-Result<std::vector<std::string>> backupNamesIn(const std::string& folder) {
-  const auto entries = Runtime::current().platform().files.list(folder, Detail::Names);
-  std::vector<std::string> names;
-  if (entries) {
-    for (const DirectoryEntry& entry : *entries)
-      if (isBackupName(entry.name)) names.push_back(entry.name);
-  } else if (!meansMissing(entries.error())) {
-    QWLog::appendLogAndPrint("The backups in %@ cannot be read: %@", folder, entries.error().text);
-    return entries.error();
-  }
+// The person is told of a folder that cannot be read.
+Result<std::vector<std::string>> toldBackupNamesIn(const std::string& folder) {
+  auto names = backupNamesIn(folder);
+  if (!names) QWLog::appendLogAndPrint("The backups in %@ cannot be read: %@", folder, names.error().text);
   return names;
 }
 
 // On the way an older extension gives way to today's, and a stray automatic backup goes to the others.
 Listing listManualBackups(const std::string& location, const BackupReader& reader) {
-  const auto names = backupNamesIn(location);
+  const auto names = toldBackupNamesIn(location);
   if (!names) return {{}, names.error()};
   Listing listing;
   for (const std::string& name : *names) {
@@ -100,7 +94,7 @@ Listing listAutoBackups(const BackupReader& reader) {
   Listing listing;
   const auto folder = QWDataController::autosaveLocation();
   if (!folder) return listing;
-  const auto names = backupNamesIn(*folder);
+  const auto names = toldBackupNamesIn(*folder);
   if (!names) return {{}, names.error()};
   for (const std::string& name : *names) {
     const std::string path = paths::join(*folder, name);

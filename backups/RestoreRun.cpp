@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "base/Format.h"
+#include "base/Text.h"
 #include "catalog/QWApp.h"
 #include "platform/FileSystem.h"
 #include "services/QWLocalPaths.h"
@@ -36,9 +37,10 @@ std::string remarkOnPlaces(const QWApp& app) {
     if (item->placeRule() && item->selected() != Off)
       for (const std::string& pattern : item->files()) places.push_back(pattern);
   if (places.empty()) return "";
-  std::string named;
-  for (std::size_t i = 0; i < std::min(places.size(), kMost); ++i) named += (i == 0 ? "" : ", ") + places[i];
-  if (places.size() > kMost) named += formatted(" and %i more", static_cast<int>(places.size() - kMost));
+  const std::size_t more = places.size() - std::min(places.size(), kMost);
+  places.resize(places.size() - more);
+  std::string named = joined(places, ", ");
+  if (more > 0) named += formatted(" and %i more", more);
   return formatted("The backup itself says where the files of %@ belong: %@. No catalog file here says so.", app.name(),
                    named);
 }

@@ -232,6 +232,15 @@ std::size_t utf16Length(std::string_view text) {
   return units;
 }
 
+std::string joined(const std::vector<std::string>& texts, std::string_view between) {
+  std::string all;
+  for (const std::string& text : texts) {
+    if (&text != &texts.front()) all += between;
+    all += text;
+  }
+  return all;
+}
+
 bool standsInQuotes(std::string_view text) {
   return text == printable(text) && text.find_first_of("\"$\\`!") == std::string_view::npos;
 }

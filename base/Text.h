@@ -21,6 +21,8 @@ int compareIgnoringCase(std::string_view left, std::string_view right);
 int compareNames(std::string_view left, std::string_view right);
 // Split at every separator; always at least one piece, empty pieces kept.
 std::vector<std::string> split(std::string_view text, char separator);
+// All of them, with `between` between each two.
+std::string joined(const std::vector<std::string>& texts, std::string_view between);
 bool isUtf8(std::string_view bytes);
 // The bytes of the UTF-8 character that the text begins with; 0 where it begins with none.
 std::size_t utf8CharacterLength(std::string_view text);

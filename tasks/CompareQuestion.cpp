@@ -111,11 +111,11 @@ std::string countsInWords(const Comparison& comparison) {
                                                            {Difference::Removed, "removed"},
                                                            {Difference::Kept, "not in the backup and kept"},
                                                            {Difference::Unreadable, "not to be compared"}};
-  std::string text;
+  std::vector<std::string> counts;
   for (const auto& [difference, words] : kWords)
     if (const std::size_t count = comparison.count(difference); count > 0)
-      text += formatted("%@%i %@", text.empty() ? "" : ", ", count, words);
-  return (text.empty() ? "There are no files to compare" : "Files: " + text) + ".\n";
+      counts.push_back(formatted("%i %@", count, words));
+  return (counts.empty() ? "There are no files to compare" : "Files: " + joined(counts, ", ")) + ".\n";
 }
 
 std::string table(const ComparisonRequest& request, const Comparison& comparison) {

@@ -4,6 +4,7 @@
 #include "backups/BackupNaming.h"
 #include "backups/QWBackup.h"
 #include "base/Format.h"
+#include "base/Text.h"
 #include "services/log/QWLog.h"
 
 namespace vantory {
@@ -27,9 +28,9 @@ std::string nameAndDate(const QWBackup& backup) {
 }
 
 std::string unknownInWords(const QWBackup& backup) {
-  std::string names;
-  for (const UnknownPart& part : backup.unknown()) names += (names.empty() ? "" : ", ") + part.name;
-  return formatted("It also holds files of what is not known here: %@.", names);
+  std::vector<std::string> names;
+  for (const UnknownPart& part : backup.unknown()) names.push_back(part.name);
+  return formatted("It also holds files of what is not known here: %@.", joined(names, ", "));
 }
 
 std::string warningOf(const QWBackup& backup) {

@@ -4,6 +4,7 @@
 #include <cctype>
 #include <utility>
 
+#include "base/Text.h"
 #include "services/TaskReport.h"
 #include "services/log/QWLog.h"
 #include "services/threads/BackgroundThreads.h"
@@ -99,12 +100,6 @@ std::string withoutRepeating(const std::string& failure, std::string text) {
   return text;
 }
 
-std::string joined(const std::string& text, const std::vector<std::string>& sentences) {
-  std::string all = text;
-  for (const std::string& sentence : sentences) all += (all.empty() ? "" : "\n") + sentence;
-  return all;
-}
-
 }  // namespace
 
 void reportFailure(const std::string& failure, const std::string& reason, AlertParent parentWindow) {
@@ -113,15 +108,17 @@ void reportFailure(const std::string& failure, const std::string& reason, AlertP
 }
 
 void tellNotices(const TaskReport& report) {
-  if (!report.notices().empty()) QWAlert::alertSheetWithMessageText("Please note", joined("", report.notices()));
+  if (!report.notices().empty()) QWAlert::alertSheetWithMessageText("Please note", joined(report.notices(), "\n"));
 }
 
 // What has no row stands in the text.
 bool reportResult(const std::string& failure, const std::string& reason, const TaskReport& report, Retry retry) {
   QWLog::appendLog("%@: %@", failure, withCauses(reason, report));
   AlertTexts texts{.messageText = failure, .defaultButton = "OK", .isDismissedByDefault = true, .rows = rowsOf(report)};
+  std::vector<std::string> sentences = report.remarks();
+  if (!reason.empty()) sentences.insert(sentences.begin(), reason);
   texts.informativeText =
-      withoutRepeating(failure, texts.rows.empty() ? withCauses(reason, report) : joined(reason, report.remarks()));
+      withoutRepeating(failure, texts.rows.empty() ? withCauses(reason, report) : joined(sentences, "\n"));
   if (retry == Retry::Offered) texts.alternateButton = "Try Again";
   return QWAlert::alertSheetWithMessageText(texts) == QWAlert::Alternate && retry == Retry::Offered;
 }

@@ -28,9 +28,8 @@ struct TrashPlace {
 };
 
 TrashPlace placeInTrash(const std::string& trashFolder, const std::string& name) {
-  if (!hasTrashNotes(trashFolder)) return {paths::join(trashFolder, name)};
-  const std::string noteFolder = paths::join(paths::parent(trashFolder), kTrashNotesFolder);
-  return {paths::join(trashFolder, name), paths::join(noteFolder, trashNoteName(name))};
+  const std::string item = paths::join(trashFolder, name);
+  return {item, hasTrashNotes(trashFolder) ? trashNotePath(item) : ""};
 }
 
 bool isTaken(const TrashPlace& place) {
