@@ -85,7 +85,8 @@ class ItemCopier {
   Target targetFor(const std::string& source, FileType type) const;
   std::vector<CopyRequest> requestsForFiles(const std::vector<std::string>& sources) const;
   Status prepareFolder(const std::string& folder);
-  bool isReachedWithoutLinks(const std::string& folder) const;
+  Status checkReach(const std::string& folder) const;
+  void dropUnreached(const std::string& folder);
 
   const BackupFolder place_;
   const bool filesOnly_;
@@ -179,7 +180,18 @@ bool ItemCopier::put(const std::string& source, const Target& target, Manner man
   if (target.type != FileType::Folder) return true;
   copiedFolders_.push_back(copy);
   std::erase_if(folders_, [&](const std::string& folder) { return paths::isWithin(folder, copy); });
+  if (manner.replaces) dropUnreached(copy);
   return true;
+}
+
+// What came to the folder before it, through what is a link in it now.
+void ItemCopier::dropUnreached(const std::string& folder) {
+  std::erase_if(copies_, [&](const std::string& copy) {
+    if (copy == folder || !paths::isWithin(copy, folder)) return false;
+    const Status reached = checkReach(paths::parent(copy));
+    if (!reached) report_.failed(FileAction::Copy, copy, reached.error(), item_);
+    return !reached;
+  });
 }
 
 Status ItemCopier::write(const std::string& source, const std::string& copy, Manner manner,
@@ -255,23 +267,23 @@ ItemCopier::Target ItemCopier::targetFor(const std::string& source, FileType typ
 // Once for each folder of a run.
 Status ItemCopier::prepareFolder(const std::string& folder) {
   if (folders_.contains(folder)) return {};
-  if ((filesOnly_ || !madeWith(folder).empty()) && !isReachedWithoutLinks(folder)) {
-    QWLog::appendLog("Nothing is written to %@: a symbolic link leads out of the backup", folder);
-    return Error{std::errc::too_many_symbolic_link_levels, folder + ": a symbolic link leads out of the backup"};
-  }
+  if (Status reached = filesOnly_ || !madeWith(folder).empty() ? checkReach(folder) : Status(); !reached)
+    return reached;
   Status made = QWFileManager::createDirectory(folder);
   if (made) folders_.insert(folder);
   return made;
 }
 
 // An existing backup may come from elsewhere, and a copied folder may hold links.
-bool ItemCopier::isReachedWithoutLinks(const std::string& folder) const {
+Status ItemCopier::checkReach(const std::string& folder) const {
   const std::string backup = place_.path();
   for (std::string path = folder; path.size() > backup.size(); path = paths::parent(path)) {
     const auto info = files().info(path, Links::DoNotFollow);
-    if (info && info->type == FileType::SymbolicLink) return false;
+    if (!info || info->type != FileType::SymbolicLink) continue;
+    QWLog::appendLog("Nothing is written to %@: a symbolic link leads out of the backup", folder);
+    return Error{std::errc::too_many_symbolic_link_levels, folder + ": a symbolic link leads out of the backup"};
   }
-  return true;
+  return {};
 }
 
 // Moves what bears the path of a new backup to the Trash, and says where it is.

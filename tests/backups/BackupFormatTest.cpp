@@ -157,6 +157,22 @@ TEST_F(BackupFormatTest, FilesAloneAreReplacedOneByOne) {
   EXPECT_EQ(readFile(machine_ / "Library/Preferences/editor.plist"), "foreign");
 }
 
+TEST_F(BackupFormatTest, NothingGoesThroughALinkThatACopiedFolderHolds) {
+  const std::string live = home_ / "elsewhere/s";
+  writeFile(live, "live");
+  fs::create_directories(prefs("sets"));
+  fs::create_directory_symlink(home_ / "elsewhere", prefs("sets/link"));
+  const auto before = files_.info(live, Links::DoNotFollow)->identity;
+  for (const bool folderFirst : {true, false}) {
+    const std::string items[] = {prefs("sets"), prefs("sets/link/s")};
+    setCatalog({{"A", {items[folderFirst ? 0 : 1]}}, {"B", {items[folderFirst ? 1 : 0]}}});
+    TaskReport report;
+    EXPECT_EQ(backupOfAll("A")->writeData(report), WriteResult::Success);
+    EXPECT_EQ(report.count(FileReport::Outcome::Failed), 1U) << folderFirst;
+    EXPECT_EQ(files_.info(live, Links::DoNotFollow)->identity, before);
+  }
+}
+
 TEST_F(BackupFormatTest, ForeignSettingsAreReadAsFarAsTheyMakeSense) {
   setSmallCatalog("p");
   const auto read = [&](const std::string& settings) {
