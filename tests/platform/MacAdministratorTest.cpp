@@ -85,6 +85,11 @@ TEST_F(MacAdministratorTest, LeavesTheHomeByNoWay) {
   writeFile(home + "/tree/file", "x");
   ASSERT_EQ(link(secret.c_str(), (home + "/tree/second").c_str()), 0);
   copies(home + "/tree", home + "/got", false);
+  // Nor where it is the only name left.
+  writeFile(foreign / "old", "secret");
+  chmod((foreign / "old").c_str(), 0600);
+  ASSERT_EQ(rename((foreign / "old").c_str(), (home + "/old").c_str()), 0);
+  copies(home + "/old", home + "/got", false);
   for (const char* tool : {"/usr/bin/chattr", "/usr/bin/touch"})
     EXPECT_FALSE(does(tool, {std::string(tool).ends_with("touch") ? "-c" : "+i", home + "/second"})) << tool;
   EXPECT_FALSE(exists(home + "/got"));

@@ -242,7 +242,7 @@ Status copyEntry(int folder, const std::string& name, int copyFolder, const std:
     report.note("Left out " + path + ": it is a special file");
     return {};
   }
-  if (!report.rights().mayServe(status)) return systemError(path, EPERM);
+  if (!report.rights().mayHandOn(status)) return systemError(path, EPERM);
   const Place place{Descriptor(fcntl(copyFolder, F_DUPFD_CLOEXEC, 0)), name};
   if (!place.folder.valid()) return systemError(path);
   const Result<Descriptor> cloned = cloneFile(source.get(), status, place, path, report);
@@ -284,10 +284,12 @@ Status TreeCopy::run(int source, int copy, const std::string& path, int depth) {
       case FileType::Folder:
         copied = copySubfolder(source, entry.name, copy, entryPath, depth + 1);
         break;
-      case FileType::SymbolicLink:
+      case FileType::SymbolicLink: {
+        const Place place{Descriptor(fcntl(copy, F_DUPFD_CLOEXEC, 0)), entry.name};
         copied =
-            copyLink(source, entry.name, {Descriptor(fcntl(copy, F_DUPFD_CLOEXEC, 0)), entry.name}, entryPath, report_);
+            place.folder.valid() ? copyLink(source, entry.name, place, entryPath, report_) : systemError(entryPath);
         break;
+      }
       case FileType::Other:
         report_.note("Left out " + entryPath + ": it is a special file");
         break;

@@ -53,7 +53,7 @@ Result<Descriptor> MacFileSystem::openFile(const std::string& path, int flags, m
   ItemStatus status;
   if (darwin::statusOf(file->get(), status) != 0) return systemError(path);
   if (!S_ISREG(status.mode)) return errorWithText(std::errc::invalid_argument, path, "is no file");
-  if (!rights_.mayServe(status)) return systemError(path, EPERM);
+  if (!rights_.mayHandOn(status)) return systemError(path, EPERM);
   return file;
 }
 
@@ -161,7 +161,7 @@ Result<std::unique_ptr<StagedCopy>> MacFileSystem::stageCopy(const CopyRequest& 
   if (darwin::statusOf(source->get(), status) != 0) return systemError(request.source);
   if (!S_ISREG(status.mode) && !S_ISDIR(status.mode))
     return errorWithText(std::errc::invalid_argument, request.source, "is neither a file nor a folder");
-  if (!rights_.mayServe(status)) return systemError(request.source, EPERM);
+  if (!rights_.mayHandOn(status)) return systemError(request.source, EPERM);
   Result<Place> destination = rights_.locateInFolder(request.destination);
   if (!destination) return destination.error();
   macos::CopyReport report(request.observer, request.checksum, request.mayBeProgram, rights_, destination->isInHome);
@@ -207,7 +207,7 @@ Status MacFileSystem::sync(const std::string& path) {
 Result<std::unique_ptr<FolderHold>> MacFileSystem::holdFolder(const std::string& path, std::chrono::milliseconds wait) {
   // A folder of the superuser's could be held by whoever may look into it, a file of that name by the superuser only.
   Result<Descriptor> held = rights_.isAdministrator()
-                                ? openPath(path + "/.vantory-hold", O_RDONLY | O_CREAT, S_IRUSR | S_IWUSR)
+                                ? openPath(path + "/.vantory-hold", O_RDONLY | O_CREAT | O_NONBLOCK, S_IRUSR | S_IWUSR)
                                 : openPath(path, O_RDONLY | O_NONBLOCK);
   if (!held) return held.error();
   return holdOpen(std::move(*held), path, wait);

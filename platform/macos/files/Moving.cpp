@@ -65,8 +65,10 @@ Result<Notes> MacMovingCalls::stageAndName(const Place& from, const Place& to, C
   if (!source.valid() || darwin::statusOf(source.get(), status) != 0) return systemError(source_);
   if (!S_ISREG(status.mode) && !S_ISDIR(status.mode))
     return errorWithText(std::errc::not_supported, source_, "a special file cannot be moved to another disk");
-  if (!rights_.mayServe(status)) return systemError(source_, EPERM);
-  const auto staged = stage(source, status, {.source = source_, .destination = destination_}, twinOf(to), report);
+  if (!rights_.mayHandOn(status)) return systemError(source_, EPERM);
+  Place twin = twinOf(to);
+  if (to.folder.valid() && !twin.folder.valid()) return systemError(destination_);
+  const auto staged = stage(source, status, {.source = source_, .destination = destination_}, std::move(twin), report);
   if (!staged) return staged.error();
   if (Status named = (*staged)->commit(StagedCopy::Existing::Keep); !named) return named.error();
   return (*staged)->notes();

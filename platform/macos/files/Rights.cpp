@@ -97,8 +97,10 @@ Result<Place> Rights::locate(const std::string& path) const {
     serves = serves || isInHome ||
              std::ranges::any_of(others, [&](const ItemStatus& other) { return isSameItem(other, status); });
   });
-  if (!place.folder.valid()) return systemError(path);
+  const int cause = errno;
+  // Before what is there: that is nobody's business elsewhere.
   if (!serves) return errorWithText(std::errc::operation_not_permitted, path, "administrator rights do not serve here");
+  if (!place.folder.valid()) return systemError(path, cause);
   place.isInHome = isInHome;
   return place;
 }
@@ -133,6 +135,12 @@ AtEnd Rights::atEnd(bool followsLink) const {
 bool Rights::mayServe(const ItemStatus& status) const {
   return !isAdministrator_ || S_ISDIR(status.mode) || status.names == 1 ||
          (status.owner == user_.id && !user_.home.empty());
+}
+
+// The name that somebody's secret was linked by from outside may be the only one by now.
+bool Rights::mayHandOn(const ItemStatus& status) const {
+  const bool isAnyones = isEverywhere_ || S_ISDIR(status.mode) || (status.mode & S_IROTH) != 0;
+  return mayServe(status) && (!isAdministrator_ || isAnyones || status.owner == user_.id);
 }
 
 int Rights::giveAway(int item, bool isInHome, uid_t otherwiseUser, gid_t otherwiseGroup) const {

@@ -37,9 +37,11 @@ class Rights {
   int noFollowFlag() const;
   // The kind of look at what a path names.
   darwin::AtEnd atEnd(bool followsLink) const;
-  // Whether an open item may be handed on to the user, or changed for that user: no file that somebody else's is and
-  // that merely has a second name here.
+  // Whether an open item may be changed for the user: no file that somebody else's is and that merely has a second name
+  // here.
   bool mayServe(const darwin::ItemStatus& status) const;
+  // Whether its content may be handed on to the user: nothing that is somebody else's secret.
+  bool mayHandOn(const darwin::ItemStatus& status) const;
   // Gives what was made at a place to its rightful owner: in the home to the user, elsewhere to `otherwise`. Of an open
   // item only: somebody may have given its name to another. As answered by fchown().
   int giveAway(int item, bool isInHome, uid_t otherwiseUser, gid_t otherwiseGroup) const;

@@ -119,6 +119,7 @@ Result<bool> HiddenItem::becomeCloneOf(int source, const ItemStatus& status, con
   if (own.device != status.device || !report.mayClone(status)) return false;
   if (darwin::removeFile(place_.at(), hidden_.c_str()) != 0) return systemError(path_);
   Place hidden = twinOf(place_);
+  if (place_.folder.valid() && !hidden.folder.valid()) return systemError(path_);
   hidden.name = hidden_;
   Result<Descriptor> cloned = cloneFile(source, status, hidden, path, report);
   if (!cloned) {

@@ -86,6 +86,7 @@ Result<MacIdentity> becomeConsoleUser() {
   fillStandardStreams();
   const Result<HomeOwner> owner = ownerAtConsole();
   if (!owner) return owner.error();
+  kernel::closeFrom(STDERR_FILENO + 1);  // what the superuser had open is not for the user
   Result<StreamChannel::Ends> ends = StreamChannel::pair();
   if (!ends) return ends.error();
   conversation = ends->own.descriptor();

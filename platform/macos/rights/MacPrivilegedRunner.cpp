@@ -21,7 +21,12 @@ constexpr std::chrono::seconds kPatienceWithHelper{30};
 
 MacPrivilegedRunner::MacPrivilegedRunner(SystemLog& log, LoadCalls load, darwin::AuthorizationHandle handedDown,
                                          std::string helper)
-    : log_(log), load_(load), helper_(std::move(helper)), right_(handedDown), authorized_(handedDown != nullptr) {}
+    : log_(log),
+      load_(load),
+      helper_(std::move(helper)),
+      right_(handedDown),
+      isOwn_(!handedDown),
+      authorized_(handedDown != nullptr) {}
 
 MacPrivilegedRunner::~MacPrivilegedRunner() {
   letGo();
@@ -79,6 +84,7 @@ bool MacPrivilegedRunner::startHelper() {
   }
   conversation_ = std::make_unique<RootConversation>(std::move(channel));
   authorized_ = true;
+  giveUpRight();
   return true;
 }
 
@@ -91,7 +97,14 @@ void MacPrivilegedRunner::release() {
 void MacPrivilegedRunner::letGo() {
   authorized_ = false;
   conversation_.reset();
-  if (right_) (void)load_()->free(std::exchange(right_, nullptr), darwin::kDestroyRights);
+  giveUpRight();
+}
+
+// Whoever has it can start any program as the superuser, and so it stays no longer than it takes to start the helper.
+// One that was handed down is also another program's.
+void MacPrivilegedRunner::giveUpRight() {
+  if (right_) (void)load_()->free(std::exchange(right_, nullptr), isOwn_ ? darwin::kDestroyRights : darwin::kDefaults);
+  isOwn_ = true;
 }
 
 bool MacPrivilegedRunner::knows(const std::string& tool) const {

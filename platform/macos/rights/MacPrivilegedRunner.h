@@ -39,12 +39,14 @@ class MacPrivilegedRunner : public PrivilegedRunner {
   bool obtainRight();
   bool startHelper();
   void letGo();
+  void giveUpRight();
 
   SystemLog& log_;
   const LoadCalls load_;
   const std::string helper_;
-  std::mutex mutex_;  // one request at a time
-  darwin::AuthorizationHandle right_;
+  std::mutex mutex_;                   // one request at a time
+  darwin::AuthorizationHandle right_;  // null again as soon as the helper runs
+  bool isOwn_;                         // not handed down
   std::unique_ptr<RootConversation> conversation_;
   std::atomic<bool> authorized_;
 };

@@ -63,9 +63,13 @@ bool leaveUsersSurroundings(int kept) {
   environ = none;
   ignoreFailedWrites();
   umask(077);
-  constexpr rlimit kNoCore{0, 0};
+  constexpr rlimit kNoCore{0, 0}, kNoLimit{RLIM_INFINITY, RLIM_INFINITY}, kManyFiles{1024, 1024};
   const Descriptor null(open("/dev/null", O_RDWR));
   if (!null.valid() || chdir("/") != 0 || setrlimit(RLIMIT_CORE, &kNoCore) != 0) return false;
+  // The user's could end the work halfway.
+  for (const auto resource : {RLIMIT_CPU, RLIMIT_FSIZE, RLIMIT_DATA, RLIMIT_AS})
+    if (setrlimit(resource, &kNoLimit) != 0) return false;
+  if (setrlimit(RLIMIT_NOFILE, &kManyFiles) != 0) return false;
   for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
     if (stream != kept && dup2(null.get(), stream) < 0) return false;
   return true;

@@ -55,13 +55,18 @@ Status checkFoldersAbove(const std::string& home, uid_t owner) {
   }
 }
 
-// What a login would set, and no more of the superuser's than the terminal's kind and the time zone.
+// What a login would set, and no more of the superuser's than the terminal's kind and the time zone. The owner may look
+// at the memory that a process's variables came in, on a Mac: the superuser's may be secrets.
 void takeEnvironmentOf(const HomeOwner& owner) {
   std::vector<std::pair<std::string, std::string>> kept;
   for (const char* name : {"TERM", "TZ"})
     if (const char* value = std::getenv(name)) kept.emplace_back(name, value);
   std::vector<std::string> names;
-  for (char** each = environ; each && *each; ++each) names.emplace_back(*each, std::strcspn(*each, "="));
+  for (char** each = environ; each && *each; ++each) {
+    names.emplace_back(*each, std::strcspn(*each, "="));
+    char* const rest = *each + names.back().size();
+    std::memset(rest, '=', std::strlen(rest));
+  }
   for (const std::string& name : names) unsetenv(name.c_str());
   for (const std::string assignment : kernel::fixedEnvironment()) {
     const std::size_t end = assignment.find('=');

@@ -35,6 +35,7 @@ int main(int argc, char**) {
   const std::optional<HomeOwner> starter = caller();
   if (!starter || !becomeSuperuser() || !leaveUsersSurroundings(STDIN_FILENO)) return kRefused;
   kernel::closeFrom(STDERR_FILENO + 1);
+  (void)setsid();  // the terminal's keys would end the work halfway
   if (!darwin::keepOnlyFileWork()) return kRefused;
   StreamChannel channel{Descriptor(STDIN_FILENO)};
   if (!channel.send({kHelperReady})) return kRefused;
