@@ -276,14 +276,9 @@ Status ItemCopier::prepareFolder(const std::string& folder) {
 
 // An existing backup may come from elsewhere, and a copied folder may hold links.
 Status ItemCopier::checkReach(const std::string& folder) const {
-  const std::string backup = place_.path();
-  for (std::string path = folder; path.size() > backup.size(); path = paths::parent(path)) {
-    const auto info = files().info(path, Links::DoNotFollow);
-    if (!info || info->type != FileType::SymbolicLink) continue;
-    QWLog::appendLog("Nothing is written to %@: a symbolic link leads out of the backup", folder);
-    return Error{std::errc::too_many_symbolic_link_levels, folder + ": a symbolic link leads out of the backup"};
-  }
-  return {};
+  if (!QWFileManager::linkOnTheWay(folder, place_.path())) return {};
+  QWLog::appendLog("Nothing is written to %@: a symbolic link leads out of the backup", folder);
+  return Error{std::errc::too_many_symbolic_link_levels, folder + ": a symbolic link leads out of the backup"};
 }
 
 // Moves what bears the path of a new backup to the Trash, and says where it is.

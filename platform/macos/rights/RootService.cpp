@@ -24,18 +24,6 @@ extern "C" char** environ;  // which not every system's headers declare
 
 namespace vantory {
 
-namespace {
-
-void tell(PosixSystemLog& log, const std::string& user, const Message& request, const Status& done) {
-  std::string line("As administrator for ");
-  line.append(user).append(":");
-  for (const std::string& text : request) line.append(" ").append(text);
-  line.append(done ? " - done" : " - failed, ").append(done ? "" : done.error().text);
-  log.write(line);
-}
-
-}  // namespace
-
 void serveAsSuperuser(StreamChannel& channel, const User& user, const std::string& userName, RootWork work) {
   const MacStandardFolders folders;
   AdministratorTools tools(
@@ -52,7 +40,7 @@ void serveAsSuperuser(StreamChannel& channel, const User& user, const std::strin
       done = machineLog.perform(*request, file);
     } else {
       done = tools.perform(request->front(), {request->begin() + 1, request->end()});
-      tell(log, userName, *request, done);
+      log.write(logLineOf(userName, *request, done));
     }
     isOpen = channel.send(answerFor(done), file.get()).ok();
   }

@@ -159,4 +159,11 @@ bool AdministratorTools::isUsersJob(const std::string& path) const {
          isJobFileIn(folder, path);
 }
 
+std::string logLineOf(const std::string& user, const std::vector<std::string>& request, const Status& done) {
+  std::string line("As administrator for ");
+  line.append(user).append(":");
+  for (const std::string& text : request) line.append(" ").append(text);
+  return line.append(done ? " - done" : " - failed, ").append(done ? "" : done.error().text);
+}
+
 }  // namespace vantory

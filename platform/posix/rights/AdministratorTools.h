@@ -54,6 +54,9 @@ class AdministratorTools {
   MachineWideFiles machine_{standard_, *disk_};
 };
 
+// For the system's log: who had what done, and what became of it.
+std::string logLineOf(const std::string& user, const std::vector<std::string>& request, const Status& done);
+
 inline constexpr const char* kHelperReady = "ready";  // once, before the first request
 inline constexpr const char* kHelperDone = "done";
 inline constexpr const char* kHelperFailed = "failed";

@@ -28,14 +28,6 @@ bool leaveSurroundings() {
   return clearenv() == 0 && chdir("/") == 0;
 }
 
-void tell(PosixSystemLog& log, const std::string& user, const Message& request, const Status& done) {
-  std::string line("As administrator for ");
-  line.append(user).append(":");
-  for (const std::string& text : request) line.append(" ").append(text);
-  line.append(done ? " - done" : " - failed, ").append(done ? "" : done.error().text);
-  log.write(line);
-}
-
 // What is no message comes from no program of ours and ends the conversation.
 void serve(Channel channel, const User& user) {
   const LinuxStandardFolders folders("", true, FileRights::ofUser(user));
@@ -49,7 +41,7 @@ void serve(Channel channel, const User& user) {
     const Result<Message> request = channel.receive();
     if (!request) return;
     const Status done = tools.perform(request->front(), {request->begin() + 1, request->end()});
-    tell(log, name, *request, done);
+    log.write(logLineOf(name, *request, done));
     open = channel.send({done ? kHelperDone : kHelperFailed}).ok();
   }
 }
