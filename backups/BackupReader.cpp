@@ -88,6 +88,11 @@ void refuse(Carried& carried, const PropertyList& definition, std::string reason
   carried.refused[part.name] = std::move(part);
 }
 
+std::string withoutPeriod(std::string sentence) {
+  if (sentence.ends_with('.')) sentence.pop_back();
+  return sentence;
+}
+
 // What is wrong with one makes it unknown, as a missing one.
 Carried carriedDefinitions(const PropertyListDictionary& settings, const PatternRules& rules) {
   Carried carried;
@@ -106,7 +111,7 @@ Carried carriedDefinitions(const PropertyListDictionary& settings, const Pattern
     const DefinitionFault fault = sound ? taken.faultOf(sound->definition) : std::get<DefinitionFault>(read);
     if (!fault.reason.empty()) {
       QWLog::appendLog("A definition that the backup carries is passed over: %@", fault.reason);
-      refuse(carried, entry, "the definition that the backup carries is refused: " + fault.reason);
+      refuse(carried, entry, "the definition that the backup carries is refused: " + withoutPeriod(fault.reason));
       continue;
     }
     taken.take(sound->definition);

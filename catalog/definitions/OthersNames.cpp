@@ -28,14 +28,15 @@ constexpr std::string_view kOthers[] = {
     "glib-2.0", "gvfs*", "ibus", "fcitx*", "pulse", "pipewire", "wireplumber", "fontconfig", "xsession*", "xinit*", "xprofile",
     "x11", "local", "config", "var", "cache", "icons", "themes", "fonts", "trash*", "loginwindow*", "globalpreferences*",
     "com.apple.loginitems*", "com.apple.launch*", "com.apple.tcc", "byhost", "addressbook", "mobilesync", "clouddocs",
-    "recently-used*", "user-places*", "qtproject*", "khotkeys*", "kdeconnect*", "android",
+    "touchegg", "leftwm", "icewm*", "fvwm*", "kanshi", "mako", "mpv", "yt-dlp*", "com.apple.terminal*",
+    "com.apple.symbolichotkeys*", "recently-used*", "user-places*", "qtproject*", "khotkeys*", "kdeconnect*", "android",
     // tools that run what they find
     "cargo", "rustup", "go", "npm*", "nvm", "node", "node_*", "deno", "bun", "yarn", "pnpm", "volta", "pyenv", "conda", "mamba",
     "pip", "pipx", "ipython", "jupyter", "matplotlib", "rbenv", "rvm", "gem", "bundle", "asdf", "mise", "sdkman", "jenv",
     "gradle", "m2", "ivy2", "cabal", "ghcup", "stack", "opam", "luarocks", "perl5", "cpan*", "nix*", "guix", "linuxbrew",
     "homebrew", "git", "gitconfig*", "hg", "subversion", "make", "gdb*", "lldb*", "ccache", "julia", "octave", "wine*",
     "steam*", "lutris", "playonlinux", "dosbox", "docker", "podman", "containers", "vagrant*", "ansible", "terraform*",
-    "minecraft", "crossover",
+    "minecraft", "crossover", "lazygit", "uv", "claude*", "msmtp*", "aerc",
     // browsers and mail
     "mozilla*", "firefox*", "librewolf", "waterfox", "floorp", "zen", "thunderbird", "google*", "chromium*", "chrome*",
     "brave*", "microsoft*", "edge", "opera*", "vivaldi*", "falkon", "epiphany", "qutebrowser", "midori", "tor", "torbrowser*", "tor-browser*", "yandex*",
@@ -52,7 +53,7 @@ constexpr std::string_view kOthers[] = {
     "mysql*", "psql*", "pgpass", "mongo*", "redis*", "xauthority", "iceauthority", "quarrywell*", "com.quarrywell*",
     "org.mozilla*", "org.chromium*", "com.google*", "com.brave*", "com.microsoft*", "com.apple.notes*",
     "com.apple.mobilesms*",
-    "keyring*", "keychain*", "wallet*", "passwd*", "credential*", "secret*", "cookie*", "token*",
+    "gopass", "mobilemeaccounts*", "keyring*", "keychain*", "wallet*", "passwd*", "credential*", "secret*", "cookie*", "token*",
     "final cut pro user data", "final cut express user data"};
 
 constexpr std::string_view kMakers[] = {"adobe", "apple", "avid", "autodesk", "blackmagic design", "foundry", "kde.org",
@@ -74,6 +75,9 @@ constexpr std::string_view kEndings[] = {
     ".profile", ".command", ".tool", ".app", ".bundle", ".framework", ".kext", ".prefpane", ".workflow", ".action", ".scpt",
     ".scptd", ".applescript", ".jxa", ".lua", ".el", ".elc", ".vim", ".pl", ".rb", ".so", ".dylib", ".exe", ".dll", ".bat",
     ".cmd", ".ps1", ".jar", ".pyc", ".pth", ".qlgenerator", ".saver", ".xpi", ".crx", ".osax", ".rules"};
+
+// Texts that other programs run, where nothing but a backup says that they are an application's preferences.
+constexpr std::string_view kScriptEndings[] = {".py", ".pyw", ".js", ".mjs"};
 
 // Of hidden files.
 constexpr std::string_view kShellEndings[] = {"rc", "profile", "login", "logout", "env", "aliases", "inputrc"};
@@ -113,6 +117,10 @@ bool holdsAdditions(std::string_view component) {
 
 bool isProgram(std::string_view name) {
   return endsInOneOf(kEndings, name) || (name.starts_with('.') && endsInOneOf(kShellEndings, name));
+}
+
+bool isScript(std::string_view name) {
+  return endsInOneOf(kScriptEndings, name) || name.find(".so.") != std::string_view::npos;
 }
 
 bool holdsSecrets(std::string_view component) {

@@ -18,6 +18,8 @@ bool holdsPrograms(std::string_view component);
 bool holdsAdditions(std::string_view component);
 // Files that are programs, start some, or are read by a shell.
 bool isProgram(std::string_view name);
+// Files that another program may run as a part of itself.
+bool isScript(std::string_view name);
 // What is called after keys and passwords.
 bool holdsSecrets(std::string_view component);
 

@@ -148,7 +148,8 @@ std::string PatternRules::faultOfPath(const std::string& path, const std::vector
   std::string name = written(path);
   std::ranges::replace(name, '*', '_');
   if (!name.starts_with("~/") && !isShared) return kNoPreferences;
-  return faultOfPlace(foldedComponents(name), isShared, identifiers);
+  const Components components = foldedComponents(name);
+  return isScript(components.back()) ? kPrograms : faultOfPlace(components, isShared, identifiers);
 }
 
 std::string PatternRules::faultOfPlace(Components pattern, bool isShared,

@@ -63,7 +63,8 @@ TEST_F(CarriedDefinitionsTest, WhatOnlyABackupDefinesIsNoProgramAndReachesNone) 
   makeFolders(held + "basic/looks");
   makeFolders(held + "basic/ways");
   std::filesystem::create_symlink("../../..", held + "basic/ways/up");
-  for (const char* name : {"global.ini", "basic/tool", "basic/bin/ls", "basic/x.desktop", "basic/looks/x.desktop"}) {
+  for (const char* name :
+       {"global.ini", "basic/tool", "basic/bin/ls", "basic/x.desktop", "basic/looks/x.desktop", "basic/startup.py"}) {
     writeFile(held + name, "mine");
     std::filesystem::permissions(held + name, std::filesystem::perms::all);
   }
@@ -71,7 +72,7 @@ TEST_F(CarriedDefinitionsTest, WhatOnlyABackupDefinesIsNoProgramAndReachesNone) 
   EXPECT_EQ(std::filesystem::status(settings_).permissions(), static_cast<std::filesystem::perms>(0666));
   EXPECT_EQ(std::filesystem::status(home_ / ".config/obs-studio/basic/tool").permissions(),
             static_cast<std::filesystem::perms>(0666));
-  for (const char* name : {"basic/bin/ls", "basic/x.desktop", "basic/looks", "basic/ways"})
+  for (const char* name : {"basic/bin/ls", "basic/x.desktop", "basic/looks", "basic/ways", "basic/startup.py"})
     EXPECT_FALSE(exists((home_ / ".config/obs-studio/") + name));
   writeFile(userFile_, example());
   controller().populateApps();

@@ -166,6 +166,8 @@ Status PosixHomeWorkers::start(const std::string& home) {
 void PosixHomeWorkers::workIn(const std::string& home, Descriptor answer) const {
   try {
     detach(answer);
+    // Where nobody is left to end it.
+    alarm(static_cast<unsigned>(std::chrono::ceil<std::chrono::minutes>(work_.longest).count() + 1) * 60);
     const auto say = [&](std::string_view text) {
       std::string said;
       append(said, text);
