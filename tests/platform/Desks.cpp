@@ -1,6 +1,8 @@
 // Linux's desktop, with real programs and a real bus, and a Mac's, with stand-ins for its tools.
 #include "tests/platform/Desks.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -14,6 +16,7 @@
 #include "platform/linux/session/LinuxDesktop.h"
 #include "platform/macos/files/MacFileSystem.h"
 #include "platform/macos/session/MacDesktop.h"
+#include "platform/posix/files/Descriptor.h"
 #include "tests/darwin/Volume.h"
 #include "tests/platform/StandInTools.h"
 #include "tests/support/DesktopFolders.h"
@@ -31,6 +34,9 @@ class LinuxDesk : public Desk {
     desktop_.script("bin/xdg-email", "#!/bin/sh\n[ \"$1 $2\" = '--utf8 --attach' ] && shift 2 && " + note_ + "\n");
   }
 
+  // Lets the programs end that were started here.
+  ~LinuxDesk() override { const Descriptor end(open((desktop_ / "never").c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC)); }
+
   Workspace& workspace() override { return workspace_; }
   Documents& documents() override { return documents_; }
   DefaultHandlers& handlers() override { return handlers_; }
@@ -43,7 +49,6 @@ class LinuxDesk : public Desk {
     const std::string program =
         desktop_.script("bin/" + identifier, "#!/bin/sh\n" + note_ + "\nread x < $HOME/never\n");
     desktop_.declare(identifier, program + " %u", "MimeType=" + types + "\n");
-    std::filesystem::remove(desktop_ / "never");
     mkfifo((desktop_ / "never").c_str(), 0600);
     std::string defaults = "[Default Applications]\n";
     for (const char* type : {"x-scheme-handler/https", "text/plain"})
