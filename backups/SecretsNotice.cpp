@@ -41,8 +41,9 @@ std::vector<Secret> secretsIn(const AppList& apps, const PropertyListDictionary&
 void dropHeldElsewhere(std::vector<Secret>& secrets, const std::string& backup) {
   if (secrets.empty()) return;
   for (const std::string& path : pathsOfBackups()) {
+    if (path == backup) continue;
     const auto bytes = Runtime::current().platform().files.read(paths::join(path, kBackupSettingsFile));
-    const auto settings = bytes && path != backup ? parsePropertyList(*bytes) : std::nullopt;
+    const auto settings = bytes ? parsePropertyList(*bytes) : std::nullopt;
     if (!settings || !settings->asDictionary()) continue;
     std::erase_if(secrets, [&](const Secret& secret) {
       return holds(*settings->asDictionary(), secret.first, secret.second->name);

@@ -7,6 +7,7 @@
 #include "base/Paths.h"
 #include "base/Text.h"
 #include "platform/FileSystem.h"
+#include "platform/OneItem.h"
 #include "platform/ProtectedFolders.h"
 #include "platform/SystemInfo.h"
 #include "platform/Users.h"
@@ -31,17 +32,6 @@ std::optional<User> handledUser() {
 Folder below(const Folder& folder, std::string_view component) {
   if (!folder) return std::nullopt;
   return paths::join(*folder, component);
-}
-
-// By what they are: a volume may find a name in any case and normal form, and know more than one way to a folder.
-bool isAmong(const std::vector<std::string>& folders, const std::string& path) {
-  if (std::ranges::find(folders, path) != folders.end()) return true;
-  const FileSystem& files = platform().files;
-  const auto item = files.info(path, Links::DoNotFollow);
-  return item && std::ranges::any_of(folders, [&](const std::string& folder) {
-           const auto known = files.info(folder, Links::DoNotFollow);
-           return known && known->identity == item->identity;
-         });
 }
 
 // A whole character of UTF-8, however many bytes it has.
@@ -157,7 +147,11 @@ bool QWLocalPaths::isPathSystemDirectory(std::string_view path, bool exactMatch)
     path.remove_suffix(1);
     dropLastCharacter(path);
   }
-  if (isAmong(protectedFolders(platform().folders, userDirectory()), std::string(path))) return true;
+  const std::vector<std::string> folders = protectedFolders(platform().folders, userDirectory());
+  if (std::ranges::any_of(folders, [&](const std::string& folder) {
+        return leadToOneItem(platform().files, std::string(path), folder);
+      }))
+    return true;
   if (exactMatch) return false;
   // Plain prefixes on purpose: "/usrdata" and "/Systems" are protected too.
   for (const std::string_view prefix : {"/usr", "/var", "/private/var", "/System"})

@@ -299,6 +299,11 @@ struct BuiltInNames {
   }
 };
 
+const BuiltInNames& builtInNames() {
+  static const BuiltInNames names;
+  return names;
+}
+
 }  // namespace
 
 // A fault is thrown from deep inside and ends here.
@@ -331,12 +336,7 @@ PropertyList propertyListOf(const AppDefinition& definition) {
   return app;
 }
 
-TakenNames::TakenNames() {
-  static const BuiltInNames builtIn;
-  names_ = builtIn.names;
-  keys_ = builtIn.keys;
-  patterns_ = builtIn.patterns;
-}
+TakenNames::TakenNames() : names_(builtInNames().names), keys_(builtInNames().keys) {}
 
 DefinitionFault TakenNames::faultOf(const AppDefinition& definition) const {
   if (count_ == kMostDefinitions) return {"There are 100 definitions already."};
@@ -367,10 +367,10 @@ DefinitionFault TakenNames::faultOfPatterns(const AppDefinition& definition) con
   for (const AppDefinition::Item& item : definition.items)
     for (const std::string& pattern : item.files) {
       const auto components = foldedComponents(pattern);
-      const auto taken =
-          std::ranges::find_if(patterns_, [&](const auto& each) { return couldMeet(components, each.components); });
-      if (taken != patterns_.end())
-        return {formatted("\"%@\" could match what belongs to %@.", pattern, taken->application), pattern};
+      for (const auto* patterns : {&builtInNames().patterns, &patterns_})
+        for (const TakenPattern& taken : *patterns)
+          if (couldMeet(components, taken.components))
+            return {formatted("\"%@\" could match what belongs to %@.", pattern, taken.application), pattern};
     }
   return {};
 }

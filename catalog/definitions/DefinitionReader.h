@@ -53,7 +53,7 @@ class TakenNames {
   std::map<std::string, std::string> names_;
   std::map<std::string, std::string> keys_;
   std::map<std::string, std::string> projects_;
-  std::vector<TakenPattern> patterns_;
+  std::vector<TakenPattern> patterns_;  // but for the built-in ones
   std::size_t count_ = 0;
   std::size_t deep_ = 0;  // patterns with several wildcards
 };

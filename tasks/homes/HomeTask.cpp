@@ -7,6 +7,7 @@
 #include "backups/QWDataController.h"
 #include "base/ExitCodes.h"
 #include "base/Paths.h"
+#include "base/Text.h"
 #include "catalog/Catalog.h"
 #include "catalog/definitions/DefinitionFiles.h"
 #include "services/QWLocalPaths.h"
@@ -22,12 +23,6 @@ namespace {
 
 using Outcome = FileReport::Outcome;
 
-std::string joined(const std::vector<std::string>& sentences) {
-  std::string text;
-  for (const std::string& each : sentences) text.append(text.empty() ? "" : " ").append(each);
-  return text;
-}
-
 // What somebody who looks after many homes reads first.
 std::string whyOf(const TaskReport& report) {
   if (report.refusal()) return *report.refusal();
@@ -41,7 +36,7 @@ std::string whyOf(const TaskReport& report) {
   std::vector<std::string> said = report.notices();
   const auto complaints = QWDataController::sharedController().complaints();
   said.insert(said.end(), complaints.begin(), complaints.end());
-  return joined(said);
+  return joined(said, " ");
 }
 
 // The first line of what a person would have read.

@@ -68,9 +68,7 @@ bool PkexecRunner::knows(const std::string& tool) const {
 int PkexecRunner::run(const std::string& tool, const std::vector<std::string>& arguments) {
   const std::lock_guard lock(mutex_);
   if (!helper_) return kFailed;
-  Message request{tool};
-  request.insert(request.end(), arguments.begin(), arguments.end());
-  const Status sent = helper_->channel().send(request);
+  const Status sent = helper_->channel().send(requestFor(tool, arguments));
   if (!sent && sent.error().code != std::errc::not_connected) return kFailed;  // the request itself cannot travel
   // Also of a helper that has ended: its last answer may still lie there.
   const Result<Message> answer = helper_->channel().receive();

@@ -33,12 +33,6 @@ Status meaningOf(const Message& answer) {
   return Error{static_cast<std::errc>(code), answer[2]};
 }
 
-Message requestFor(const std::string& tool, const std::vector<std::string>& arguments) {
-  Message request{tool};
-  request.insert(request.end(), arguments.begin(), arguments.end());
-  return request;
-}
-
 bool RootRunner::knows(const std::string& tool) const {
   return AdministratorTools::knows(tool);
 }

@@ -42,7 +42,4 @@ class RootRunner : public PrivilegedRunner {
   RootConversation& superuser_;
 };
 
-// A tool and its arguments as a request.
-Message requestFor(const std::string& tool, const std::vector<std::string>& arguments);
-
 }  // namespace vantory

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "base/Paths.h"
+#include "platform/OneItem.h"
 #include "platform/PrivilegedRunner.h"
 #include "platform/ProtectedFolders.h"
 #include "platform/posix/files/Errors.h"
@@ -157,6 +158,12 @@ bool AdministratorTools::isUsersJob(const std::string& path) const {
   const std::string folder = paths::parent(path);
   return library && leadToOneItem(disk_->machineFiles(), folder, *library + "/LaunchAgents") &&
          isJobFileIn(folder, path);
+}
+
+std::vector<std::string> requestFor(const std::string& tool, const std::vector<std::string>& arguments) {
+  std::vector<std::string> request{tool};
+  request.insert(request.end(), arguments.begin(), arguments.end());
+  return request;
 }
 
 std::string logLineOf(const std::string& user, const std::vector<std::string>& request, const Status& done) {

@@ -54,6 +54,8 @@ class AdministratorTools {
   MachineWideFiles machine_{standard_, *disk_};
 };
 
+// A tool and its arguments as a message for who does the superuser's work.
+std::vector<std::string> requestFor(const std::string& tool, const std::vector<std::string>& arguments);
 // For the system's log: who had what done, and what became of it.
 std::string logLineOf(const std::string& user, const std::vector<std::string>& request, const Status& done);
 

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "base/Paths.h"
+#include "platform/OneItem.h"
 #include "platform/PrivilegedRunner.h"
 #include "platform/posix/files/Errors.h"
 #include "platform/posix/files/SettingsText.h"
