@@ -93,8 +93,20 @@ std::string withoutPeriod(std::string sentence) {
   return sentence;
 }
 
+// What the definition names that another application has, which the catalog defines. The same application may have
+// others here, and other keys.
+DefinitionFault faultBesideInstalled(const AppDefinition& definition, const AppList& catalog,
+                                     const TakenNames& installed) {
+  std::vector<std::string> same;
+  for (const auto& app : catalog)
+    if (app->defined() && (app->name() == definition.name || shareIdentifier(*app->defined(), definition)))
+      same.push_back(app->name());
+  return installed.faultOfPatterns(definition, same);
+}
+
 // What is wrong with one makes it unknown, as a missing one.
-Carried carriedDefinitions(const PropertyListDictionary& settings, const PatternRules& rules) {
+Carried carriedDefinitions(const PropertyListDictionary& settings, const PatternRules& rules, const AppList& catalog,
+                           const TakenNames& installed) {
   Carried carried;
   const PropertyListArray* list = arrayIn(settings, kDefinitionsKey);
   if (!list) return carried;
@@ -108,7 +120,8 @@ Carried carriedDefinitions(const PropertyListDictionary& settings, const Pattern
   for (const PropertyList& entry : *list) {
     const auto read = readDefinition(entry, rules);
     const auto* sound = std::get_if<ReadDefinition>(&read);
-    const DefinitionFault fault = sound ? taken.faultOf(sound->definition) : std::get<DefinitionFault>(read);
+    DefinitionFault fault = sound ? taken.faultOf(sound->definition) : std::get<DefinitionFault>(read);
+    if (sound && fault.reason.empty()) fault = faultBesideInstalled(sound->definition, catalog, installed);
     if (!fault.reason.empty()) {
       QWLog::appendLog("A definition that the backup carries is passed over: %@", fault.reason);
       refuse(carried, entry, "the definition that the backup carries is refused: " + withoutPeriod(fault.reason));
@@ -189,7 +202,10 @@ BackupReader::BackupReader()
     : catalog_(BackupLibrary::current().appArray()),
       home_(QWLocalPaths::userDirectory()),
       defaultName_(QWBackup::defaultBackupName()),
-      rules_(foldersOfBackups()) {}
+      rules_(foldersOfBackups()) {
+  for (const auto& app : catalog_)
+    if (app->defined()) installed_.take(*app->defined());
+}
 
 // What a catalog file names as well is no invention of the backup's.
 void BackupReader::guardAgainst(QWApp& held) const {
@@ -218,7 +234,7 @@ std::shared_ptr<QWBackup> BackupReader::read(const std::string& path, std::optio
   if (!content) return backup;
   const PropertyListDictionary& settings = *content->asDictionary();
   AppList held;
-  const Carried carried = carriedDefinitions(settings, rules_);
+  const Carried carried = carriedDefinitions(settings, rules_, catalog_, installed_);
   const AppList ownCatalog = carried.apps.empty() ? AppList() : catalogFor(catalog_, carried.apps);
   const AppList& known = carried.apps.empty() ? catalog_ : ownCatalog;
   for (const auto& app : known) {

@@ -7,7 +7,7 @@
 
 #include "backups/QWBackup.h"
 #include "base/PropertyList.h"
-#include "catalog/definitions/PatternRules.h"
+#include "catalog/definitions/DefinitionReader.h"
 
 namespace vantory {
 
@@ -31,7 +31,8 @@ class BackupReader {
   AppList catalog_;
   std::optional<std::string> home_;
   std::optional<std::string> defaultName_;
-  PatternRules rules_;  // for the definitions that backups carry
+  PatternRules rules_;    // for the definitions that backups carry
+  TakenNames installed_;  // by the catalog
 };
 
 }  // namespace vantory

@@ -363,13 +363,14 @@ DefinitionFault TakenNames::faultOf(const AppDefinition& definition) const {
 }
 
 // What is looked after twice would be trashed with the wrong application.
-DefinitionFault TakenNames::faultOfPatterns(const AppDefinition& definition) const {
+DefinitionFault TakenNames::faultOfPatterns(const AppDefinition& definition,
+                                            const std::vector<std::string>& except) const {
   for (const AppDefinition::Item& item : definition.items)
     for (const std::string& pattern : item.files) {
       const auto components = foldedComponents(pattern);
       for (const auto* patterns : {&builtInNames().patterns, &patterns_})
         for (const TakenPattern& taken : *patterns)
-          if (couldMeet(components, taken.components))
+          if (couldMeet(components, taken.components) && std::ranges::count(except, taken.application) == 0)
             return {formatted("\"%@\" could match what belongs to %@.", pattern, taken.application), pattern};
     }
   return {};

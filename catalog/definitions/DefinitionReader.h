@@ -43,12 +43,12 @@ class TakenNames {
   TakenNames();
   // Why the definition cannot stand beside the others; an empty reason where it can.
   DefinitionFault faultOf(const AppDefinition& definition) const;
+  // The same of its patterns alone; those of the other applications of these names are no fault.
+  DefinitionFault faultOfPatterns(const AppDefinition& definition, const std::vector<std::string>& except = {}) const;
   void take(const AppDefinition& definition);
   void release(const AppDefinition& definition);
 
  private:
-  DefinitionFault faultOfPatterns(const AppDefinition& definition) const;
-
   // With the file that has each; empty for what is built in or reserved.
   std::map<std::string, std::string> names_;
   std::map<std::string, std::string> keys_;

@@ -130,6 +130,19 @@ TEST_F(CarriedDefinitionsTest, WhatABackupCarriesIsNotTrusted) {
   EXPECT_THAT(report_.passedOver()[0].reason, HasSubstr("the backup carries is refused"));
 }
 
+TEST_F(CarriedDefinitionsTest, WhatAnotherInstalledApplicationHasIsOutOfReach) {
+  makeBackup();
+  std::string other = example();
+  for (const char* own : {"com.obsproject.Studio", "com.obsproject.obs-studio", "OBS Studio\""})
+    other.replace(other.find(own), 3, "Any");
+  writeFile(userFile_, other);
+  controller().populateApps();
+  restore();
+  EXPECT_FALSE(exists(settings_));
+  ASSERT_EQ(report_.passedOver().size(), 1U);
+  EXPECT_THAT(report_.passedOver()[0].reason, HasSubstr("could match what belongs to Any Studio"));
+}
+
 TEST_F(CarriedDefinitionsTest, ItemsThatNothingDefinesStayInTheBackup) {
   makeBackup();
   changeSettings("<string>Preferences</string>", "<string>Looks</string><string>Preferences</string>");
