@@ -1,6 +1,7 @@
 // Writes values as JSON.
 #include "base/Json.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -87,16 +88,24 @@ class Writer {
 
   void addQuoted(std::string_view text) {
     text_ += '"';
-    for (const char character : text) {
-      const auto value = static_cast<unsigned char>(character);
-      if (value < 0x20 || value == 0x7f)
-        text_.append("\\u00").append({kHexDigits[value >> 4], kHexDigits[value & 15]});
-      else if (character == '"' || character == '\\')
-        text_ += {'\\', character};
+    while (!text.empty()) {
+      const std::string_view character = text.substr(0, std::max<std::size_t>(utf8CharacterLength(text), 1));
+      if (isControlCharacter(character))
+        addEscaped(character);
+      else if (character == "\"" || character == "\\")
+        text_.append(1, '\\').append(character);
       else
         text_ += character;
+      text.remove_prefix(character.size());
     }
     text_ += '"';
+  }
+
+  // Of one to three bytes, and so of 16 bits at the most.
+  void addEscaped(std::string_view character) {
+    const char32_t code = codeOf(character);
+    text_ += "\\u";
+    for (const unsigned shift : {12U, 8U, 4U, 0U}) text_ += kHexDigits[code >> shift & 15U];
   }
 
   std::string& text_;

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <locale>
 #include <stdexcept>
+#include <utility>
 
 namespace vantory {
 
@@ -99,20 +100,13 @@ const std::ctype<wchar_t>* letters() {
   return locale ? &std::use_facet<std::ctype<wchar_t>>(*locale) : nullptr;
 }
 
-// The number of a character of two bytes or more, known to be sound.
-wchar_t decoded(std::string_view character) {
-  unsigned value = byteAt(character, 0) & (0x7fU >> character.size());
-  for (std::size_t i = 1; i < character.size(); ++i) value = value << 6 | (byteAt(character, i) & 0x3f);
-  return static_cast<wchar_t>(value);
-}
-
 // The character that begins the text, as if written small, is taken from it. A byte that is no UTF-8 stands for itself.
 wchar_t takeFolded(std::string_view& text) {
   const std::size_t length = utf8CharacterLength(text);
   const std::string_view character = text.substr(0, std::max<std::size_t>(length, 1));
   text.remove_prefix(character.size());
   if (length < 2) return length == 1 ? lowerCased(character[0]) : byteAt(character, 0);
-  const wchar_t letter = decoded(character);
+  const auto letter = static_cast<wchar_t>(codeOf(character));
   // By way of the capital: some have two small forms.
   const auto* const known = letters();
   return known ? known->tolower(known->toupper(letter)) : letter;
@@ -192,11 +186,19 @@ std::size_t utf8CharacterLength(std::string_view text) {
   return std::ranges::all_of(text.substr(2, length - 2), continues) ? length : 0;
 }
 
+char32_t codeOf(std::string_view character) {
+  char32_t code = byteAt(character, 0);
+  if (character.size() > 1) code &= 0x7fU >> character.size();
+  for (std::size_t i = 1; i < character.size(); ++i) code = code << 6 | (byteAt(character, i) & 0x3fU);
+  return code;
+}
+
 bool isControlCharacter(std::string_view character) {
-  const unsigned char first = byteAt(character, 0);
-  if (character.size() == 1) return first < 0x20 || first == 0x7f;
-  if (character.size() == 2) return first == 0xc2 && byteAt(character, 1) < 0xa0;
-  return character == "\u2028" || character == "\u2029";  // line and paragraph separator
+  // Controls, marks of direction, ends of lines and paragraphs, turns of the text.
+  constexpr std::pair<char32_t, char32_t> kRuns[] = {{0, 0x1f},        {0x7f, 0x9f},     {0x61c, 0x61c},
+                                                     {0x200e, 0x200f}, {0x2028, 0x202e}, {0x2066, 0x206f}};
+  const char32_t code = codeOf(character);
+  return std::ranges::any_of(kRuns, [code](const auto& run) { return code >= run.first && code <= run.second; });
 }
 
 // Most text is ASCII, which goes by in blocks.

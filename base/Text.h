@@ -26,13 +26,17 @@ std::string joined(const std::vector<std::string>& texts, std::string_view betwe
 bool isUtf8(std::string_view bytes);
 // The bytes of the UTF-8 character that the text begins with; 0 where it begins with none.
 std::size_t utf8CharacterLength(std::string_view text);
-// Whether a whole character is a control character, or one that some programs take for the end of a line.
+// The number of a whole UTF-8 character.
+char32_t codeOf(std::string_view character);
+// Whether a whole character is a control character, one that some programs take for the end of a line, or one that
+// turns the text around it, so that it reads as another.
 bool isControlCharacter(std::string_view character);
 // False for bytes that are no UTF-8 and for characters that XML 1.0 forbids.
 bool xmlCanHold(std::string_view text);
 // The number of 16-bit units the text has in UTF-16; a byte that is no UTF-8 counts as one.
 std::size_t utf16Length(std::string_view text);
-// Control characters as "\n", "\t", "\x1b" and bytes that are no UTF-8 as "\xff": one line of text, whatever the bytes.
+// Control characters, as above, as "\n", "\t", "\x1b" and bytes that are no UTF-8 as "\xff": one line of text, whatever
+// the bytes.
 std::string printable(std::string_view bytes);
 // Whether a shell takes the text as it is between double quotes.
 bool standsInQuotes(std::string_view text);

@@ -107,9 +107,7 @@ bool isHidden(const std::string& component) {
 bool holdsDeceivingCharacters(std::string_view text) {
   while (!text.empty()) {
     const std::size_t length = std::max<std::size_t>(utf8CharacterLength(text), 1);
-    char32_t character = static_cast<unsigned char>(text[0]);
-    if (length > 1) character &= 0x7fU >> length;
-    for (std::size_t i = 1; i < length; ++i) character = character << 6 | (static_cast<unsigned char>(text[i]) & 0x3f);
+    const char32_t character = codeOf(text.substr(0, length));
     if (std::ranges::any_of(kDeceiving,
                             [&](const auto& range) { return character >= range.first && character <= range.second; }))
       return true;

@@ -29,6 +29,9 @@ TEST(Text, PrintableIsOneLineOfTextWhateverTheBytes) {
   EXPECT_EQ(printable(std::string_view("a\nb\tc\rd\0e\x1b[2J\x7f", 14)), "a\\nb\\tc\\rd\\x00e\\x1b[2J\\x7f");
   EXPECT_EQ(printable("\xff\u00e9\xc3"), "\\xff\u00e9\\xc3");
   EXPECT_EQ(printable("a\u0085b\u2028c\u2029"), "a\\xc2\\x85b\\xe2\\x80\\xa8c\\xe2\\x80\\xa9");
+  EXPECT_EQ(printable("\u202egpj.exe\u061c"), "\\xe2\\x80\\xaegpj.exe\\xd8\\x9c");
+  EXPECT_EQ(printable("\u00a0\u061b\u200d\u2030\u2070"), "\u00a0\u061b\u200d\u2030\u2070");
+  EXPECT_EQ(writeJson(std::string("\u202eg\"\x1b\u009b\u00e9")), "\"\\u202eg\\\"\\u001b\\u009b\u00e9\"");
 }
 
 TEST(Text, NamesGoByTheirLettersWhateverTheirCase) {
