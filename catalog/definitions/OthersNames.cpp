@@ -87,8 +87,10 @@ constexpr std::string_view kSecrets[] = {"keyring", "keychain", "wallet", "passw
 // clang-format on
 
 template <std::size_t kCount>
-bool isAmong(const std::string_view (&names)[kCount], std::string_view component) {
-  return std::ranges::any_of(names, [&](std::string_view name) { return couldBothMatch(component, name); });
+std::string_view firstOf(const std::string_view (&names)[kCount], std::string_view component) {
+  const auto* const name =
+      std::ranges::find_if(names, [&](std::string_view each) { return couldBothMatch(component, each); });
+  return name == std::end(names) ? std::string_view() : name->substr(0, name->find('*'));
 }
 
 template <std::size_t kCount>
@@ -98,21 +100,21 @@ bool endsInOneOf(const std::string_view (&endings)[kCount], std::string_view nam
 
 }  // namespace
 
-bool isOfAnotherProgram(std::string_view component) {
-  return isAmong(kOthers, component);
+std::string_view nameOfAnotherProgram(std::string_view component) {
+  return firstOf(kOthers, component);
 }
 
 bool isOfMaker(std::string_view component) {
-  return isAmong(kMakers, component);
+  return !firstOf(kMakers, component).empty();
 }
 
 // A "*" alone stands for the names that the application itself gives.
-bool holdsPrograms(std::string_view component) {
-  return component != "*" && isAmong(kPrograms, component);
+std::string_view folderOfPrograms(std::string_view component) {
+  return component == "*" ? std::string_view() : firstOf(kPrograms, component);
 }
 
-bool holdsAdditions(std::string_view component) {
-  return component != "*" && isAmong(kAdditions, component);
+std::string_view folderOfAdditions(std::string_view component) {
+  return component == "*" ? std::string_view() : firstOf(kAdditions, component);
 }
 
 bool isProgram(std::string_view name) {

@@ -5,17 +5,18 @@
 
 namespace vantory {
 
-// All in small letters; "*" at an end stands for any run of characters.
+// All in small letters; in a component "*" stands for any run of characters. Where a name is answered it is the one
+// that the component could match; empty for none.
 
 // Folders and files of other programs in "~/.config", "~/.local/share" and "~/Library/Application Support", and with a
 // dot before them in the home.
-bool isOfAnotherProgram(std::string_view component);
+std::string_view nameOfAnotherProgram(std::string_view component);
 // Makers of several applications, whose folders are shared by these.
 bool isOfMaker(std::string_view component);
 // Folders out of which programs are started, wherever they lie.
-bool holdsPrograms(std::string_view component);
+std::string_view folderOfPrograms(std::string_view component);
 // Such folders where they lie directly in that of a program.
-bool holdsAdditions(std::string_view component);
+std::string_view folderOfAdditions(std::string_view component);
 // Files that are programs, start some, or are read by a shell.
 bool isProgram(std::string_view name);
 // Files that another program may run as a part of itself.

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <utility>
 
+#include "base/Format.h"
 #include "base/Paths.h"
 #include "base/Text.h"
 #include "catalog/definitions/OthersNames.h"
@@ -64,8 +65,8 @@ bool isOwn(std::string_view component) {
 
 std::string faultOfText(const std::string& pattern) {
   if (pattern.size() > kLongestPattern) return "is longer than 1024 bytes";
-  if (!isUtf8(pattern) || printable(pattern) != pattern) return "holds control characters or is no UTF-8";
   if (holdsDeceivingCharacters(pattern)) return "holds characters that cannot be seen or stand apart from their letter";
+  if (!isUtf8(pattern) || printable(pattern) != pattern) return "holds control characters or is no UTF-8";
   if (pattern.find_first_of("?[]$\\") != std::string::npos)
     return "holds a character that stands for others; only * may";
   if (pattern.find("**") != std::string::npos) return "holds two * in a row";
@@ -96,6 +97,13 @@ std::vector<std::string> outsideContainer(const std::vector<std::string>& patter
   if (isIn("~/.var/app/" + id + "/data")) return joined({"~", ".local", "share"}, 5);
   if (isIn("~/.var/app/" + id)) return joined({"~"}, 4);
   return {};
+}
+
+// Of a component that is a name which nothing may have, or could match it.
+std::string faultLike(const std::string& component, std::string_view name, const char* fault) {
+  if (!QWFileManager::isWildcardPath(component)) return fault;
+  return formatted("%@: \"%@\" could match \"%@\", so more characters must stand before its first *", fault, component,
+                   name);
 }
 
 bool isHidden(const std::string& component) {
@@ -156,7 +164,7 @@ std::string PatternRules::faultOfPlace(Components pattern, bool isShared,
   if (isShared) return faultOfShared(pattern);
   for (const std::string& identifier : identifiers)
     if (Components outside = outsideContainer(pattern, identifier); !outside.empty()) {
-      if (isOfAnotherProgram(foldedForDisks(identifier))) return kNoPreferences;
+      if (!nameOfAnotherProgram(foldedForDisks(identifier)).empty()) return kNoPreferences;
       pattern = std::move(outside);
     }
   return faultInHome(pattern);
@@ -209,11 +217,16 @@ std::string PatternRules::faultOfNames(const Components& pattern, std::size_t fi
   if (!isOwn(own))
     return "could match what is another application's: at least four characters of its own must stand before the first "
            "*";
-  if (isOfAnotherProgram(isHidden(own) ? own.substr(1) : own)) return kNoPreferences;
-  if (isOfMaker(own) && (pattern.size() == first + 1 || !isOwn(pattern[first + 1])))
-    return "could match what another application of the same maker has";
+  if (const auto other = nameOfAnotherProgram(isHidden(own) ? own.substr(1) : own); !other.empty())
+    return faultLike(own, other, kNoPreferences);
+  if (isOfMaker(own) && pattern.size() == first + 1) return "is a folder that the applications of the same maker share";
+  if (isOfMaker(own) && !isOwn(pattern[first + 1]))
+    return "could match what another application of the same maker has: in the maker's folder, too, at least four "
+           "characters must stand before the first *";
   for (std::size_t i = first; i < pattern.size(); ++i) {
-    if (holdsPrograms(pattern[i]) || (i == first + 1 && holdsAdditions(pattern[i]))) return kPrograms;
+    for (const auto folder :
+         {folderOfPrograms(pattern[i]), i == first + 1 ? folderOfAdditions(pattern[i]) : std::string_view()})
+      if (!folder.empty()) return faultLike(pattern[i], folder, kPrograms);
     if (holdsSecrets(pattern[i])) return "is called after keys or passwords";
   }
   return isProgram(pattern.back()) ? kPrograms : "";
