@@ -7,6 +7,7 @@
 #include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
@@ -149,6 +150,7 @@ void assign(ItemStatus& status, const struct statx& found) {
   status.modified = time(found.stx_mtime);
   status.changed = time(found.stx_ctime);
   status.created = time(found.stx_btime);
+  status.held = found.stx_blocks * 512;
   status.names = found.stx_nlink;
 }
 
@@ -164,15 +166,17 @@ void copyAttributes(int source, int copy) {
   }
 }
 
-bool copyContent(int source, int copy) {
+// With its holes, as blocks that are shared have them.
+bool copyContent(int source, int copy, off_t size) {
   char piece[65536];
-  for (off_t position = 0;;) {
+  for (off_t position = 0; (position = lseek(source, position, SEEK_DATA)) >= 0;) {
     const ssize_t count = pread(source, piece, sizeof piece, position);
     if (count <= 0) return count == 0;
     const ssize_t written = pwrite(copy, piece, static_cast<std::size_t>(count), position);
     if (written < 0) return false;
     position += written;
   }
+  return errno == ENXIO && ftruncate(copy, size) == 0;
 }
 
 }  // namespace
@@ -284,7 +288,7 @@ int clone(int source, int folder, const char* name) {
   }
   inherit(folder, name, made.get());
   const timespec times[2] = {found.st_atim, found.st_mtim};
-  if (!copyContent(source, made.get())) {
+  if (!copyContent(source, made.get(), found.st_size)) {
     const int error = errno;
     unlinkat(folder, name, 0);
     return fail(error);
@@ -384,6 +388,13 @@ bool listGrants(int item) {
 }
 
 // The folder above which another device lies.
+int roomOf(int item, Room& room) {
+  struct statvfs disk;
+  if (fstatvfs(item, &disk) != 0) return -1;
+  room = {disk.f_blocks * disk.f_frsize, disk.f_bfree * disk.f_frsize};
+  return 0;
+}
+
 std::string volumeOf(int folder, const std::string& name) {
   char real[PATH_MAX];
   struct stat item;

@@ -64,6 +64,20 @@ class MoveTest : public FileSystemTest {
 
 INSTANTIATE_TEST_SUITE_P(On, MoveTest, testing::ValuesIn(disks()), nameOfDisk);
 
+// With a checksum, which reads holes too, as a backup's copies are made.
+TEST_P(MoveTest, RefusesAtOnceWhatNoDiskCouldHoldAndKeepsHoles) {
+  const std::string file = elsewhere + "/file";
+  writeFile(file, "x");
+  ASSERT_EQ(truncate(file.c_str(), off_t{7} << 60U), 0);
+  for (const std::string& copy : {elsewhere + "/copy", folder / "copy"})
+    EXPECT_EQ(files.stageCopy({file, copy, {}, Links::DoNotFollow, {}, {}, CopyChecksum::Make}).status().error().code,
+              std::errc::no_space_on_device);
+  ASSERT_EQ(truncate(file.c_str(), off_t{1} << 28U), 0);
+  ASSERT_TRUE((*files.stageCopy({file, folder / "copy", {}, Links::DoNotFollow}))->commit(StagedCopy::Existing::Keep));
+  EXPECT_EQ(status(folder / "copy").st_size, off_t{1} << 28U);
+  EXPECT_LT(status(folder / "copy").st_blocks, 5000);
+}
+
 TEST_P(MoveTest, TakesFoldersAndLinksToAnotherFileSystemAndTellsWhatItCannotHold) {
   writeFile(elsewhere + "/tree/sub/file", "content");
   ASSERT_EQ(symlink("tree/sub", (elsewhere + "/link").c_str()), 0);

@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <linux/fs.h>
 #include <sys/ioctl.h>
+#include <sys/statvfs.h>
 #include <sys/xattr.h>
 
 #include <algorithm>
@@ -24,6 +25,7 @@ namespace vantory {
 namespace {
 
 constexpr std::size_t kBufferBytes = 256 * 1024;
+constexpr blkcnt_t kBlockBytes = 512;  // as the kernel counts them
 constexpr off_t kRangeBytes = 64 * 1024 * 1024;
 // Small enough for a slow disk to be done with it soon: between two of them a copy can be ended.
 constexpr off_t kObservedRangeBytes = 1024 * 1024;
@@ -152,11 +154,22 @@ bool shareBlocks(int source, const struct stat& status, int copy, CopyReport& re
   return false;
 }
 
+// A file with hardly anything in it may claim to be larger than any disk: to read it would take years. Nor is a disk
+// filled up first with what it cannot take.
+bool hasRoom(int source, const struct stat& status, int copy, CopyReport& report) {
+  constexpr off_t kWorthAsking = 64 * 1024 * 1024;
+  struct statvfs disk;
+  if (status.st_size < kWorthAsking || fstatvfs(copy, &disk) != 0 || disk.f_blocks == 0) return true;
+  const auto size = static_cast<std::uint64_t>(status.st_size);
+  const auto held = static_cast<std::uint64_t>(status.st_blocks) * kBlockBytes;
+  if (size > disk.f_blocks * disk.f_frsize) return false;
+  return std::min(size, held) <= disk.f_bfree * disk.f_frsize || shareBlocks(source, status, copy, report);
+}
+
 // A file with fewer blocks than its size needs has holes. A file system that shares blocks does so for a checksum too:
 // then that is read from the copy.
 bool copyContentOnce(int source, const struct stat& status, int copy, FileProgress& progress, Checksum* checksum,
                      CopyReport& report) {
-  constexpr blkcnt_t kBlockBytes = 512;
   if (checksum) checksum->restart();
   if (checksum && shareBlocks(source, status, copy, report))
     return addContent(copy, static_cast<std::uint64_t>(status.st_size), *checksum,
@@ -275,6 +288,7 @@ Descriptor openSource(int folder, const char* name, int followFlag) {
 Status copyFileContent(int source, struct stat status, int copy, const std::string& path,
                        const std::string& destination, const CopyManner& manner, CopyReport& report) {
   constexpr int kAttempts = 3;
+  if (!hasRoom(source, status, copy, report)) return systemError(path, ENOSPC);
   FileProgress progress(report);
   CopiedChecksum checksum(source, manner.checksum);
   for (int attempt = 0; attempt < kAttempts; ++attempt) {

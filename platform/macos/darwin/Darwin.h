@@ -46,6 +46,7 @@ struct ItemStatus : ItemLook {
   timespec accessed{};
   timespec created{};
   std::uint32_t flags = 0;
+  std::uint64_t held = 0;   // bytes that it takes up on its volume
   std::uint64_t names = 0;  // by which it can be reached
 };
 
@@ -98,6 +99,12 @@ int dropAccessList(int item);
 // Whether an item's access list allows anybody anything, or cannot be told.
 bool listGrants(int item);
 
+// How many bytes the volume that holds the item has, and how many of them are free.
+struct Room {
+  std::uint64_t whole = 0;
+  std::uint64_t free = 0;
+};
+int roomOf(int item, Room& room);
 // Where the volume that holds the item is mounted; empty where that cannot be told.
 std::string volumeOf(int folder, const std::string& name);
 // On this thread, whether reading a file that is only in the cloud fetches it.

@@ -106,18 +106,34 @@ class CopiedChecksum {
   std::optional<Checksum> checksum_;
 };
 
+// A file with hardly anything in it may claim to be larger than any volume: to read it would take years. Nor is a
+// volume filled up first with what it cannot take.
+bool hasRoom(const ItemStatus& file, int onVolume, std::uint64_t needed) {
+  constexpr std::uint64_t kWorthAsking = 64 * 1024 * 1024;
+  darwin::Room room;
+  if (file.size < kWorthAsking || darwin::roomOf(onVolume, room) != 0 || room.whole == 0) return true;
+  return file.size <= room.whole && std::min(file.size, needed) <= room.free;
+}
+
+// Zeros become a hole, where the volume knows holes: the system's own word for where they are has been wrong.
+bool writePiece(int copy, std::string_view piece) {
+  const bool isHole = piece.size() == kPieceBytes && piece.find_first_not_of('\0') == std::string_view::npos;
+  if (isHole) return lseek(copy, static_cast<off_t>(piece.size()), SEEK_CUR) >= 0;
+  while (!piece.empty()) {
+    const ssize_t step = uninterrupted([&] { return write(copy, piece.data(), piece.size()); });
+    if (step < 0) return false;
+    piece.remove_prefix(static_cast<std::size_t>(step));
+  }
+  return true;
+}
+
 // All bytes from the present positions. `told` counts those that the observer has heard of.
 bool copyBytes(int source, int copy, const CopyReport& report, Checksum* checksum, std::int64_t& told) {
   std::string piece(kPieceBytes, '\0');
   for (;;) {
     const ssize_t count = uninterrupted([&] { return read(source, piece.data(), piece.size()); });
-    if (count <= 0) return count == 0;
-    for (ssize_t written = 0; written < count;) {
-      const ssize_t step =
-          uninterrupted([&] { return write(copy, piece.data() + written, static_cast<std::size_t>(count - written)); });
-      if (step < 0) return false;
-      written += step;
-    }
+    if (count == 0) return ftruncate(copy, lseek(copy, 0, SEEK_CUR)) == 0;  // which may lie behind a hole
+    if (count < 0 || !writePiece(copy, {piece.data(), static_cast<std::size_t>(count)})) return false;
     if (checksum) checksum->add({piece.data(), static_cast<std::size_t>(count)});
     told += count;
     if (!report.advance(count, 0)) return false;
@@ -334,6 +350,7 @@ Descriptor openSource(int folder, const std::string& name, Links links) {
 Result<Descriptor> cloneFile(int source, const ItemStatus& status, const Place& copy, const std::string& path,
                              CopyReport& report) {
   if (!report.mayClone(status)) return Descriptor();
+  if (!hasRoom(status, source, 0)) return systemError(path, ENOSPC);
   const char* name = copy.name.c_str();
   if (uninterrupted([&] { return darwin::clone(source, copy.at(), name); }) != 0)
     return cannotClone(errno) ? Result<Descriptor>(Descriptor()) : systemError(path);
@@ -352,6 +369,7 @@ Result<Descriptor> cloneFile(int source, const ItemStatus& status, const Place& 
 
 // A copy counts only when the source looked the same before and after it.
 Status copyFile(int source, ItemStatus status, int copy, const std::string& path, CopyReport& report) {
+  if (!hasRoom(status, copy, status.held)) return systemError(path, ENOSPC);
   const FetchingFromCloud fetching((status.flags & darwin::kOnlyInCloud) != 0);
   CopiedChecksum checksum(source, report.checksum());
   std::int64_t told = 0;

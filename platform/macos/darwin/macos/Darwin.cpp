@@ -56,6 +56,7 @@ void assign(ItemStatus& status, const struct stat& found) {
   status.changed = found.st_ctimespec;
   status.created = found.st_birthtimespec;
   status.flags = found.st_flags;
+  status.held = static_cast<std::uint64_t>(found.st_blocks) * S_BLKSIZE;
   status.names = found.st_nlink;
 }
 
@@ -221,6 +222,13 @@ int dropAccessList(int item) {
 bool listGrants(int item) {
   const AccessList list(acl_get_fd_np(item, ACL_TYPE_EXTENDED));
   return list ? list.grants() : errno != ENOENT && !isUnsupported(errno);
+}
+
+int roomOf(int item, Room& room) {
+  struct statfs volume;
+  if (fstatfs(item, &volume) != 0) return -1;
+  room = {volume.f_blocks * volume.f_bsize, volume.f_bfree * volume.f_bsize};
+  return 0;
 }
 
 std::string volumeOf(int folder, const std::string& name) {
