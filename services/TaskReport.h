@@ -112,6 +112,8 @@ class TaskReport {
   const std::optional<std::string>& summary() const { return summary_; }
   // Why the task could not be begun at all.
   void refuse(std::string reason) { refusal_ = std::move(reason); }
+  // It was refused because there is nothing that it could be done to.
+  void hadNothingToDo() { hadNothingToDo_ = true; }
   void unused(UnusedOperand operand) { unusedOperands_.push_back(std::move(operand)); }
   // A sentence about what was done otherwise than it was asked for, such as under another name.
   void notice(std::string sentence) { notices_.push_back(std::move(sentence)); }
@@ -123,6 +125,7 @@ class TaskReport {
   const std::vector<std::string>& notices() const { return notices_; }
   // None where it could be begun.
   const std::optional<std::string>& refusal() const { return refusal_; }
+  bool isNothingToDo() const { return hadNothingToDo_; }
   bool isCancelled() const { return isCancelled_; }
 
   std::size_t count(FileReport::Outcome outcome) const;
@@ -146,6 +149,7 @@ class TaskReport {
   std::vector<UnusedOperand> unusedOperands_;
   std::vector<std::string> notices_;
   std::optional<std::string> refusal_;
+  bool hadNothingToDo_ = false;
   std::optional<std::string> summary_;
   bool isCancelled_ = false;
   TaskRecord* record_ = nullptr;

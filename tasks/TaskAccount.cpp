@@ -159,7 +159,7 @@ void tellWhatWasNotDone(const TaskReport& report, bool keepsLog) {
 }
 
 void tellNothingFound(FileAction deed, const TaskReport& report) {
-  if (!report.remarks().empty() || !report.unusedOperands().empty() || report.summary()) return;
+  if (!report.remarks().empty() || !report.unusedOperands().empty() || report.summary() || report.refusal()) return;
   std::string sentence = sentenceOn(deed, report);
   sentence.pop_back();
   tell(formatted("%@ in %@ and the folders that all users share.", sentence,
@@ -222,7 +222,7 @@ void appendFields(PropertyListDictionary& fields, const TaskReport& report) {
 
 // Done in part goes before an operand that was not used.
 int strictExitCode(int exitCode, const TaskReport& report, std::optional<FileAction> deed) {
-  if (exitCode != 0) return exitCode;
+  if (exitCode != 0) return report.isNothingToDo() ? kNothingMatched : exitCode;
   if (!report.isWhole()) return kDoneInPart;
   // A file that is locked already is as it was to be; one that was not copied is not.
   const bool wasSo = (deed == FileAction::Lock || deed == FileAction::Unlock) && report.count(Outcome::Skipped) > 0;

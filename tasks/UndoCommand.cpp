@@ -26,6 +26,7 @@ int undoCommand(const CommandContext& context) {
   if (count > 0 && asksForNotifications(*context.operand(count))) --count;
   if (count > 1) return refuse(context, formatted("\"%@\" is one operand too many.", *context.operand(2)));
   const auto undo = chooseUndo(count == 1 ? context.operand(1) : std::nullopt);
+  if (!undo && undo.error().code == kNothingToUndo) context.report.hadNothingToDo();
   if (!undo) return refuse(context, undo.error().text);
   if (count == 0)
     for (const UnreadableReceipt& other : unreadableReceipts(undo->receipts))

@@ -59,7 +59,7 @@ Result<const Receipt*> newestOf(const std::vector<Receipt>& receipts, const Rece
         newest ? formatted(" The newest that can be is %@: vantory --undo %@", inWords(*newest), newest->name) : "";
     return fault(formatted("What %@ did was removed for good and cannot be taken back.%@", inWords(receipt), next));
   }
-  return fault(none);
+  return Error{kNothingToUndo, none};
 }
 
 Result<const Receipt*> newestOf(const std::optional<std::string>& run, const std::vector<Receipt>& receipts) {

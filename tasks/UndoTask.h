@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "base/Result.h"
@@ -25,6 +26,9 @@ struct UndoTask {
   // nowhere.
   void run(TaskReport& report, TaskReceipt* own) const;
 };
+
+// The code of the error where there is nothing at all to take back.
+inline constexpr std::errc kNothingToUndo = std::errc::no_message_available;
 
 // The task of the named receipt, or the newest. The name of a run over many homes stands for what that did here. In
 // such a run the newest is what one of them did, nobody else. Fails with a sentence where there is none that can be

@@ -186,6 +186,7 @@ TEST_F(CommandLineTest, TrashTakesTheItemsThatItsOperandNames) {
 TEST_F(CommandLineTest, UndoTakesTheNewestTaskBack) {
   setClockRight();
   EXPECT_EQ(run("--undo"), 1);
+  EXPECT_EQ(run("--strict --undo"), 4) << "there is nothing";
   EXPECT_EQ(run("-backup Set"), 0);
   fill("newer");
   fakes_.system.directory = library();
