@@ -63,7 +63,9 @@ done
 # --- Many homes ------------------------------------------------------------------------------------------------------
 row() { awk -v home="$1" '$1 == home' "$work/out" | grep -qE -- "$2"; }
 fresh; ln -s vanna $all/link; mkdir $all/lost+found $all/stranger; chown 64999 $all/stranger; put $all/file
-setpriv --reuid=vgreeter --regid=64202 --clear-groups touch $vgreeter/Library/Preferences/com.apple.dock.plist
+# What a link leads to counts as well, but for what others write.
+setpriv --reuid=vgreeter --regid=64202 --clear-groups sh -c "mkdir $vgreeter/dotfiles; touch $vgreeter/dotfiles/dock; ln -s ../../dotfiles/dock $vgreeter/Library/Preferences/com.apple.dock.plist"
+put $all/fresh; ln -s ../fresh $vanna/fresh; chown -h vanna:64201 $vanna/fresh
 as_root "$program" --homes "$all/*" --jobs 2 -backup One
 check "--homes: one line for each, whatever becomes of the others" eval 'ended 3 && said "" && kept $vanna One && own $vanna && [ "$(wc -l <"$work/out")" = 6 ] &&
   row $vanna "vanna +1 +0 +0 *$" && row $vgreeter "vgreeter +- +- +- +Somebody works there: .*dock.plist was" && row $all/link "is a link" && row $all/lost+found superuser && row $all/stranger "Nobody knows user 64999"'

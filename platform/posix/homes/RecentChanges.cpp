@@ -4,6 +4,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <ctime>
@@ -58,10 +59,14 @@ class Search {
     return std::nullopt;
   }
 
-  // Dates of the future, but for those of a clock that is a little fast, say nothing.
+  // Dates of the future, but for those of a clock that is a little fast, say nothing. A link counts as the file that it
+  // leads to, where that is the user's too: what others write elsewhere is none of this home's.
   std::optional<std::string> at(int folder, const char* name, const std::string& path, int levels) {
     struct stat status {};
     if (fstatat(folder, name, &status, AT_SYMLINK_NOFOLLOW) != 0) return std::nullopt;
+    if (S_ISLNK(status.st_mode) &&
+        (fstatat(folder, name, &status, 0) != 0 || !S_ISREG(status.st_mode) || status.st_uid != geteuid()))
+      return std::nullopt;
     if (S_ISREG(status.st_mode) && std::abs(now_ - status.st_mtime) < within_) return path;
     return S_ISDIR(status.st_mode) && levels > 0 ? in(folder, name, path, levels) : std::nullopt;
   }
