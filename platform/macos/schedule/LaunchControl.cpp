@@ -15,18 +15,10 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
-constexpr std::chrono::seconds kLimit{10};
 constexpr milliseconds kPause{100};
 // What the tool ends with where there is no such job.
 constexpr int kNoSuchProcess = 3;
 constexpr int kNoSuchService = 113;
-
-Result<ToolEnd> launchctl(std::vector<std::string> arguments) {
-  return runTool({.path = darwin::toolPath("/bin/launchctl"),
-                  .arguments = std::move(arguments),
-                  .environment = cleanEnvironment()},
-                 kLimit);
-}
 
 std::string session(uid_t user) {
   return "gui/" + std::to_string(user);
@@ -40,6 +32,13 @@ bool meansNotLoaded(const ToolEnd& end) {
 
 std::string LaunchControl::target(uid_t user, const std::string& label) {
   return session(user) + "/" + label;
+}
+
+Result<ToolEnd> LaunchControl::launchctl(std::vector<std::string> arguments) const {
+  return runTool({.path = darwin::toolPath("/bin/launchctl"),
+                  .arguments = std::move(arguments),
+                  .environment = cleanEnvironment()},
+                 limit_);
 }
 
 Status LaunchControl::load(uid_t user, const std::string& file) const {

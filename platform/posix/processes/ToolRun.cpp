@@ -21,6 +21,7 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
+constexpr milliseconds kPatienceAtEnd{100};
 constexpr std::size_t kLongestText = 64 * 1024;
 
 // Adds what can be read to the text, as far as it has room; false at the end.
@@ -63,12 +64,17 @@ Result<ToolEnd> runTool(ChildProgram tool, milliseconds limit) {
   errors.writeEnd = Descriptor();
 
   ToolEnd end;
-  const bool ended = readBoth(output.readEnd.get(), errors.readEnd.get(), steady_clock::now() + limit, end);
-  if (!ended) kill(*started, SIGKILL);
-  int status = 0;
-  uninterrupted([&] { return waitpid(*started, &status, 0); });
-  if (!ended) return errorWithText(std::errc::timed_out, tool.path, "no answer in time");
-  end.status = endOf(status);
+  const auto deadline = steady_clock::now() + limit;
+  const bool saidAll = readBoth(output.readEnd.get(), errors.readEnd.get(), deadline, end);
+  const auto left = std::chrono::ceil<milliseconds>(deadline - steady_clock::now());
+  const auto status = saidAll ? waitForChild(*started, std::max(left, kPatienceAtEnd)) : std::nullopt;
+  if (!status) {
+    // One that waits in the kernel may never end.
+    kill(*started, SIGKILL);
+    waitForChild(*started, kPatienceAtEnd);
+    return errorWithText(std::errc::timed_out, tool.path, "no answer in time");
+  }
+  end.status = *status;
   return end;
 }
 
