@@ -47,7 +47,8 @@ class UnknownKeys {
              .reason = formatted("\"%@\" of \"%@\" stays in the backup: %@.", key, part.name, part.reason)});
     if (QWDataController::sharedController().prefItemForKey(key))
       return report_.unused({.operand = key, .reason = formatted("The backup holds no item \"%@\".", key)});
-    const auto nearest = noted_.size() <= kMostGuesses ? nearestWord(key, wordsForItems()) : std::nullopt;
+    auto nearest = noted_.size() <= kMostGuesses ? nearestWord(key, wordsForItems()) : std::nullopt;
+    if (nearest == key) nearest.reset();  // a word that other tasks know
     report_.unused({.operand = key,
                     .reason = nearest ? formatted("Unknown item \"%@\": did you mean \"%@\"?", key, *nearest)
                                       : formatted("Unknown item \"%@\". \"vantory --list-items\" lists the keys.", key),
