@@ -103,8 +103,13 @@ std::string ownPath() {
   return realpath(path.c_str(), real) ? real : "";
 }
 
+// From macOS 26 on, programs built with headers of one before are told 16 for 26 and so on. There never was a 16.
 std::string systemName() {
-  return "macOS " + textOf("kern.osproductversion") + " (" + textOf("kern.osversion") + ")";
+  const std::string told = textOf("kern.osproductversion");
+  const int major = std::atoi(told.c_str());
+  const bool isOld = major >= 16 && major < 26;
+  const std::string version = isOld ? std::to_string(major + 10) + told.substr(2) : told;
+  return "macOS " + version + " (" + textOf("kern.osversion") + ")";
 }
 
 std::string fileSystemOf(const std::string& path) {
