@@ -182,23 +182,28 @@ std::optional<std::string> faultIn(const std::vector<std::string>& arguments, co
   return std::nullopt;
 }
 
+bool has(const std::vector<std::string>& arguments, std::string_view argument) {
+  return std::ranges::count(arguments, argument) > 0;
+}
+
+// Whoever asks for a preview and writes the task with its dash does not want it done.
+std::optional<ChosenCommand> taskIn(const std::vector<std::string>& arguments) {
+  const auto chosen = beginsWithQuestion(arguments) ? std::nullopt : chooseCommand(arguments);
+  return chosen && !hasHelpAsOperand(arguments, chosen->position) ? chosen : std::nullopt;
+}
+
 // A task goes before a question, and a question before the window.
 int runMode(std::ostream& output, std::ostream& errors, const ProgramReplacement& become,
             const ProgramListener& heard) {
   const std::vector<std::string>& arguments = platform().system.arguments();
-  const auto has = [&](std::string_view argument) {
-    return std::find(arguments.begin(), arguments.end(), argument) != arguments.end();
-  };
-  // Whoever asks for a preview and writes the task with its dash does not want it done.
-  if (const auto chosen = chooseCommand(arguments);
-      chosen && !beginsWithQuestion(arguments) && !hasHelpAsOperand(arguments, chosen->position)) {
+  if (const auto chosen = taskIn(arguments)) {
     const TaskOptions options = optionsBefore(arguments, chosen->position);
     if (const auto fault = faultIn(arguments, *chosen, options)) return refuseLine(*fault, arguments, output, errors);
     return runCommand(*chosen, options, output, errors, heard);
   }
-  if (has("--help") || has("-h")) {
+  if (has(arguments, "--help") || has(arguments, "-h")) {
     printHelp(output);
-  } else if (has("--version")) {
+  } else if (has(arguments, "--version")) {
     printVersion(output);
   } else if (const auto answered = answerQuestion(arguments, output, errors, heard.question)) {
     return *answered;
@@ -214,6 +219,11 @@ int runMode(std::ostream& output, std::ostream& errors, const ProgramReplacement
 }
 
 }  // namespace
+
+bool asksAboutProgram(const std::vector<std::string>& arguments) {
+  const bool isAsked = has(arguments, "--help") || has(arguments, "-h") || has(arguments, "--version");
+  return isAsked && !taskIn(arguments);
+}
 
 int runProgram(std::ostream& output, std::ostream& errors, const ProgramReplacement& become,
                const ProgramListener& heard) {

@@ -21,6 +21,9 @@ struct ProgramListener {
   std::function<void(const std::string& finding)> question;  // what an answer says is amiss, as a sentence
 };
 
+// Whether the line asks for help or the version, which are nobody's in particular.
+bool asksAboutProgram(const std::vector<std::string>& arguments);
+
 // Runs what the process's arguments ask for and answers the exit code. Called once, on the main thread.
 int runProgram(std::ostream& output, std::ostream& errors, const ProgramReplacement& become,
                const ProgramListener& heard = {});

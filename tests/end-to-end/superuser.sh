@@ -76,7 +76,11 @@ else
   fresh vanna; touch "$work/mark"; sleep 0.01
   as_root VANTORY_TEST_CONSOLE= HOME=/tmp/vanna SUDO_UID=$uid "$program" -lock -allfiles
   check "with nobody at the console nothing is done" eval 'ended 1 && printed "" && grep -q "Nobody is logged in at the console - nothing was done" "$work/err" && untouched_home'
-  fresh vanna; truncate -s 3G "$user_data/Button Bars/large"; chown "$uid" "$user_data/Button Bars/large"
+  for question in --help --version "-trash -h"; do
+    as_root VANTORY_TEST_CONSOLE= "$program" $question
+    check "$question is answered all the same" eval 'ended 0 && said ""'
+  done
+  fresh vanna; truncate -s 20G "$user_data/Button Bars/large"; chown "$uid" "$user_data/Button Bars/large"
   as_root timeout -s TERM 0.3 "$program" -backup Ended
   check "a signal ends the user's process with the superuser's" eval '[ "$code" -ge 124 ] && [ ! -e "$library/Ended.vnt/Settings.plist" ] && not pgrep -U $uid'
 fi

@@ -6,12 +6,14 @@
 
 #include "platform/macos/MacPlatform.h"
 #include "programs/vantory/Start.h"
+#include "tasks/Program.h"
 
 int main(int argumentCount, char** arguments) {
   using namespace vantory;
   MacIdentity identity = ownIdentity();
   HomeOptions options = readHomeOptions({arguments, arguments + argumentCount});
-  if (getuid() == 0 && !options.home && !options.isForMany() && !options.fault) {
+  const bool isForNobody = options.fault || asksAboutProgram(options.arguments);
+  if (getuid() == 0 && !options.home && !options.isForMany() && !isForNobody) {
     auto become = becomeConsoleUser();
     if (become)
       identity = std::move(*become);
