@@ -42,7 +42,8 @@ Status replaceCopy(const std::string& source, const std::string& copy, std::chro
   auto staged = QWFileManager::stageCopy({.source = source, .destination = copy, .checksum = CopyChecksum::Make});
   const Status replaced = staged ? (*staged)->commit(StagedCopy::Existing::Replace) : Status(staged.error());
   if (replaced) return {};
-  if (rightsCouldHelp(replaced.error()))
+  // With rights a copy would go into a folder that is there, and not take its place.
+  if (rightsCouldHelp(replaced.error()) && !QWFileManager::isDirectoryAtPath(copy))
     return QWFileManager::copyFile(source, copy, timeout, nullptr, CopyChecksum::Make);
   QWLog::appendLog("Error copying file: %@. Authorizing...", replaced.error().text);
   return replaced;

@@ -1,6 +1,8 @@
 // Records what administrator rights would do.
 #include "platform/overlay/OverlayRunner.h"
 
+#include "platform/ToolCopy.h"
+
 namespace vantory {
 
 // Rights do not stand in the way meanwhile.
@@ -25,11 +27,10 @@ Status OverlayRunner::apply(const std::string& tool, const std::vector<std::stri
   return Error{std::errc::not_supported, tool};
 }
 
-// Over what is there, as the tool would.
 Status OverlayRunner::copy(const std::string& source, const std::string& destination) {
-  const auto staged = files_.stageCopy({.source = source, .destination = destination, .links = Links::DoNotFollow});
-  if (!staged) return staged.error();
-  return (*staged)->commit(StagedCopy::Existing::Replace);
+  const auto item = files_.info(source, Links::DoNotFollow);
+  if (!item) return item.error();
+  return copyAsTool(files_, source, item->type, destination, CopyChecksum::Keep);
 }
 
 }  // namespace vantory

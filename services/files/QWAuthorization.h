@@ -43,7 +43,8 @@ class QWAuthorization {
   // below do their work by this, and each answers whether the work was done, also for the superuser.
   int authExecTask(const std::string& tool, const std::vector<std::string>& parameters);
 
-  // Over what is at the destination. An empty path is an error that is told in the system log.
+  // A copy goes into a folder that is at the destination, and a file's over a file there; a folder's goes over nothing,
+  // nor does a move. A link is copied as a link. An empty path is an error that is told in the system log.
   bool authCopyFile(const std::string& source, const std::string& toPath);
   bool authMoveFile(const std::string& source, const std::string& toPath);
   // Every entry of the folder is tried; true when all were moved.

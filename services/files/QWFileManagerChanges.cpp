@@ -163,8 +163,11 @@ Attempt copy(const std::string& source, const std::string& toPath, bool shouldAu
   const Status copied = copyAsUser(source, toPath, std::move(staged), checksum);
   if (copied) return {};
   QWLog::appendLog("Error copying file: %@. Authorizing...", copied.error().text);
-  return handedOver(shouldAuth && rightsCouldHelp(copied.error()) && authorization().authCopyFile(source, toPath),
-                    copied.error(), closedPart(paths::parent(toPath), source));
+  // With rights a link would be copied, and not what it leads to.
+  const bool mayHandOver =
+      shouldAuth && rightsCouldHelp(copied.error()) && !QWFileManager::isSymbolicLinkAtPath(source);
+  return handedOver(mayHandOver && authorization().authCopyFile(source, toPath), copied.error(),
+                    closedPart(paths::parent(toPath), source));
 }
 
 Attempt move(const std::string& source, const std::string& toPath, bool shouldAuth) {

@@ -12,6 +12,7 @@
 #include <thread>
 
 #include "platform/PrivilegedRunner.h"
+#include "platform/linux/rights/LinuxAdministratorDisk.h"
 #include "platform/macos/rights/MacAdministratorDisk.h"
 #include "platform/macos/rights/MachineLog.h"
 #include "platform/macos/system/MacStandardFolders.h"
@@ -74,7 +75,8 @@ TEST_F(MacAdministratorTest, LeavesTheHomeByNoWay) {
        {secret, home + "/.." + secret, home + "x/file", home + "/link/secret", home + "/way/../../../../.." + secret,
         machine / "Users/bob/file", home, machine / "Library/LaunchDaemons/com.quarrywell.x.plist"})
     expectOutOfReach(path);
-  copies(home + "/file-link", home + "/got", false);
+  copies(home + "/file-link", home + "/link-copy");
+  EXPECT_TRUE(std::filesystem::is_symlink(home + "/link-copy")) << "and not what it leads to";
   EXPECT_FALSE(does("/usr/bin/chattr", {"+i", home + "/file-link"}));
   for (const char* folder : {"/Library", "/Library/Preferences", "/./Library/"})
     EXPECT_FALSE(does("/bin/rm", {"-Rdf", home + folder}) || does("/bin/mv", {"-f", home + folder, home + "/got"}) ||
@@ -123,6 +125,34 @@ TEST_F(MacAdministratorTest, GivesWhatItMakesToTheOwner) {
   EXPECT_TRUE(does("/bin/rm", {"-Rdf", home + "/way/copy"}) && !exists(home + "/way/copy"));
   EXPECT_TRUE(does(kMachineSettingTool, {kAdministratorSetting, "1"}));
   EXPECT_EQ(status(machine / "Library/Preferences/com.quarrywell.Vantory.plist").st_mode & 0777, 0644u);
+}
+
+// As the tool does, on either system's disk, and never at the cost of what is there.
+TEST_F(MacAdministratorTest, CopiesOverFilesAndIntoFoldersOnly) {
+  AdministratorTools linux{user, standard, std::make_unique<LinuxAdministratorDisk>(user, std::vector{shared})};
+  writeFile(home + "/folder/inside", "inside");
+  writeFile(home + "/taken/own/kept", "kept");
+  ASSERT_EQ(symlink("nowhere", (home + "/dangling").c_str()), 0);
+  for (AdministratorTools* each : {&tools, &linux}) {
+    const auto copied = [&](const std::string& from, const std::string& to) {
+      return each->perform("/bin/cp", {"-f", "-p", "-R", home + from, home + to}).ok();
+    };
+    writeFile(home + "/file", "file");
+    std::filesystem::remove_all(home + "/into");
+    makeFolders(home + "/into");
+    EXPECT_FALSE(copied("/folder", "/file")) << "a folder over a file";
+    EXPECT_EQ(readFile(home + "/file"), "file");
+    EXPECT_TRUE(copied("/own", "/file"));
+    EXPECT_EQ(readFile(home + "/file"), "own");
+    for (const char* from : {"/folder", "/own", "/dangling"}) EXPECT_TRUE(copied(from, "/into")) << from;
+    EXPECT_EQ(readFile(home + "/into/folder/inside") + readFile(home + "/into/own"), "insideown");
+    EXPECT_EQ(std::filesystem::read_symlink(home + "/into/dangling"), "nowhere");
+    EXPECT_EQ(status(home + "/into/dangling").st_uid, kUser);
+    EXPECT_FALSE(copied("/folder", "/into") || copied("/dangling", "/into")) << "what is there already";
+    EXPECT_FALSE(copied("/own", "/taken")) << "a file over a folder";
+    EXPECT_FALSE(copied("/folder", "/folder") || copied("/taken", "/taken/own/x")) << "into itself";
+  }
+  EXPECT_EQ(readFile(home + "/taken/own/kept"), "kept");
 }
 
 // While the superuser works, the user exchanges a folder on the way for a link, and a file for another's, again and

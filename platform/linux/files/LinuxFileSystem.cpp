@@ -193,6 +193,17 @@ Result<std::unique_ptr<StagedCopy>> LinuxFileSystem::stageCopy(const CopyRequest
   return stageFile(*source, status, request, std::move(*destination), rights_, report);
 }
 
+Status LinuxFileSystem::copyLink(const std::string& source, const std::string& destination) {
+  const FileRights::Scope scope(rights_);
+  const Result<Place> from = rights_.locate(source);
+  if (!from) return from.error();
+  const Result<Place> to = rights_.locate(destination);
+  if (!to) return to.error();
+  CopyReport report;
+  return vantory::copyLink(from->at(), from->name.c_str(), to->at(), to->name.c_str(), source, destination, rights_,
+                           report);
+}
+
 // Only onto another file system is it a copy, after which the original is removed.
 Result<Notes> LinuxFileSystem::move(const std::string& source, const std::string& destination) {
   const FileRights::Scope scope(rights_);

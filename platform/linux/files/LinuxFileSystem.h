@@ -25,6 +25,9 @@ class LinuxFileSystem : public FileSystem {
   Status sync(const std::string& path) override;
   Result<std::unique_ptr<FolderHold>> holdFolder(const std::string& path, std::chrono::milliseconds wait) override;
 
+  // Copies a symbolic link, with its times, under a name that nothing has.
+  Status copyLink(const std::string& source, const std::string& destination);
+
  private:
   Result<Descriptor> openAt(const std::string& path, int flags, mode_t mode = 0) const;
   Result<Descriptor> openCopySource(const CopyRequest& request) const;

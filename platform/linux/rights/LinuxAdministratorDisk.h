@@ -19,6 +19,9 @@ class LinuxAdministratorDisk : public AdministratorDisk {
 
   FileSystem& files() override { return files_; }
   FileMetadata& metadata() override { return metadata_; }
+  Status copyLink(const std::string& source, const std::string& destination) override {
+    return files_.copyLink(source, destination);
+  }
   FileSystem& machineFiles() override { return machineFiles_; }
   FileSystem& usersFiles() override { return usersFiles_; }
   Result<Place> locate(const std::string& path) const override { return rights_.locate(path); }

@@ -168,6 +168,15 @@ Result<std::unique_ptr<StagedCopy>> MacFileSystem::stageCopy(const CopyRequest& 
   return macos::stage(*source, status, request, std::move(*destination), report);
 }
 
+Status MacFileSystem::copyLink(const std::string& source, const std::string& destination) {
+  const Result<Place> from = rights_.locate(source);
+  if (!from) return from.error();
+  const Result<Place> to = rights_.locate(destination);
+  if (!to) return to.error();
+  macos::CopyReport report({}, CopyChecksum::Keep, true, rights_, to->isInHome);
+  return macos::copyLink(from->at(), from->name, *to, source, report);
+}
+
 // Only onto another volume is it a copy, after which the original is removed.
 Result<Notes> MacFileSystem::move(const std::string& source, const std::string& destination) {
   const Result<Place> from = rights_.locate(source);

@@ -19,6 +19,9 @@ class MacAdministratorDisk : public AdministratorDisk {
 
   FileSystem& files() override { return files_; }
   FileMetadata& metadata() override { return metadata_; }
+  Status copyLink(const std::string& source, const std::string& destination) override {
+    return files_.copyLink(source, destination);
+  }
   FileSystem& machineFiles() override { return machineFiles_; }
   // No thread has an identity of its own here. What is copied for the user anyway may be read for the user.
   FileSystem& usersFiles() override { return files_; }

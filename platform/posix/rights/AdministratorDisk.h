@@ -18,6 +18,8 @@ class AdministratorDisk {
   // With the superuser's rights, in the user's home and in the folders that the disk was made for.
   virtual FileSystem& files() = 0;
   virtual FileMetadata& metadata() = 0;
+  // With the same rights copies a link, wherever it leads, under a name that nothing has.
+  virtual Status copyLink(const std::string& source, const std::string& destination) = 0;
   // With the superuser's rights, everywhere.
   virtual FileSystem& machineFiles() = 0;
   // Of the user's own files, none that the user could not read and remove.

@@ -9,6 +9,7 @@
 #include "platform/OneItem.h"
 #include "platform/PrivilegedRunner.h"
 #include "platform/ProtectedFolders.h"
+#include "platform/ToolCopy.h"
 #include "platform/posix/files/Errors.h"
 #include "platform/posix/files/Names.h"
 
@@ -83,15 +84,14 @@ Status AdministratorTools::perform(const std::string& tool, const std::vector<st
   return (this->*shape->work)(paths);
 }
 
-// An existing file is replaced; an existing folder is left alone and makes it fail. What goes back to its place from a
-// backup must be what its checksum says.
+// A link stays a link. What goes back to its place from a backup must be what its checksum says.
 Status AdministratorTools::copy(const Paths& paths) {
-  const Result<FileInfo> existing = files_.info(paths[1], Links::DoNotFollow);
-  if (existing && existing->type == FileType::Folder) return systemError(paths[1], EISDIR);
-  auto staged = files_.stageCopy(
-      {.source = paths[0], .destination = paths[1], .links = Links::DoNotFollow, .checksum = CopyChecksum::Check});
-  if (!staged) return staged.error();
-  return (*staged)->commit(StagedCopy::Existing::Replace);
+  const Result<FileInfo> item = files_.info(paths[0], Links::DoNotFollow);
+  if (!item) return item.error();
+  if (item->type != FileType::SymbolicLink)
+    return copyAsTool(files_, paths[0], item->type, paths[1], CopyChecksum::Check);
+  const Result<std::string> place = placeOfCopy(files_, paths[0], item->type, paths[1]);
+  return place ? disk_->copyLink(paths[0], *place) : place.status();
 }
 
 // To the place of a job the superuser writes a file of its own.
