@@ -117,7 +117,7 @@ void QWAuthorization::authEnd() {
   if (!isSuperuser()) platform_.privileged.release();
 }
 
-// For the steps of a task: whoever refused once is not asked at every file.
+// For the steps of a task: whoever refused once is not asked at every file. Where nobody can be asked, each tells it.
 bool QWAuthorization::authorizeForTask() {
   const std::lock_guard lock(asking_);
   return isAuthorized() || (!refused_ && ask());
@@ -125,7 +125,8 @@ bool QWAuthorization::authorizeForTask() {
 
 // Under the mutex.
 bool QWAuthorization::ask() {
-  refused_ = hasGUI_ ? !platform_.privileged.authorize() : !refuse("Unable to authorize");
+  if (!hasGUI_) return refuse("Unable to authorize");
+  refused_ = !platform_.privileged.authorize();
   return !refused_;
 }
 
