@@ -51,11 +51,10 @@ TrashPlace freePlaceInTrash(const std::string& trashFolder, const std::string& n
 }
 
 // Written under another name first: only a move never replaces what another process just put there.
-Status writeNote(FileSystem& files, const TrashPlace& place, const std::string& text) {
-  if (place.note.empty()) return {};
-  const std::string draft = paths::join(paths::parent(place.note), formatted(".%@", QWLocalPaths::uuid()));
+Status writeNote(FileSystem& files, const std::string& note, const std::string& text) {
+  const std::string draft = paths::join(paths::parent(note), formatted(".%@", QWLocalPaths::uuid()));
   Status done = files.write(draft, text, {});
-  if (done) done = files.move(draft, place.note).status();
+  if (done) done = files.move(draft, note).status();
   if (!done) (void)files.remove(draft);
   return done;
 }
@@ -217,10 +216,21 @@ std::optional<std::string> QWAuthorization::trashedPlace(const std::string& path
     if (!item.empty() && !makeFolder(paths::parent(item))) return std::nullopt;
   // The note comes first, so that nothing ever lies in the Trash without one.
   const std::string text = trashNote(path, localTimeText(platform_.clock.now(), "%Y-%m-%dT%H:%M:%S"));
-  if (!writeNote(platform_.files, place, text)) return std::nullopt;
+  if (!place.note.empty() && !putNote(place.note, text)) return std::nullopt;
   if (authMoveFile(path, place.item)) return place.item;
-  if (!place.note.empty()) (void)platform_.files.remove(place.note);
+  if (!place.note.empty() && !platform_.files.remove(place.note)) (void)authRemoveFile(place.note);
   return std::nullopt;
+}
+
+// As the user first. Where only rights are missing it is written where the user may, and moved with them.
+bool QWAuthorization::putNote(const std::string& note, const std::string& text) {
+  const vantory::Status written = writeNote(platform_.files, note, text);
+  if (written || !rightsCouldHelp(written.error())) return written.ok();
+  const auto draft = QWLocalPaths::tempFile();
+  if (!draft || !platform_.files.write(*draft, text, {})) return false;
+  const bool moved = authMoveFile(*draft, note);
+  if (!moved) (void)platform_.files.remove(*draft);
+  return moved;
 }
 
 bool QWAuthorization::authTrashFolderContents(const std::string& folder, bool deleteOnRootAccount) {

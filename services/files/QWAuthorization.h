@@ -69,6 +69,7 @@ class QWAuthorization {
   bool authorizeForTask();
   bool ask();
   bool makeFolder(const std::string& path);
+  bool putNote(const std::string& note, const std::string& text);
   // Where an item can go in the Trash; none when it may not, or nobody has one.
   std::optional<std::string> freePlaceFor(const std::string& path) const;
   // The superuser has no Trash of its own: whether its items are to be deleted instead.

@@ -76,6 +76,8 @@ fi
 fresh; rm -rf "$home/.local"; mkdir -m 755 "$home/.local"
 drive trash "$theirs/a"
 check "a Trash that the user cannot make" eval 'answered 1 && holds "$trash/files/a" a && owned "$trash/info" && [ "$(stat -c %a "$trash")" = 700 ]'
+chown 0 "$trash/info"; drive trash "$theirs/b"
+check "a Trash whose notes are another's" eval 'answered 1 && holds "$trash/files/b" b && owned "$trash/info/b.trashinfo" && grep -qx "Path=$theirs/b" "$trash/info/b.trashinfo"'
 fresh
 drive require 1
 check "the machine-wide setting" eval 'answered 1 && [ "$(stat -c "%u %a" /Library/Preferences/com.quarrywell.Vantory.plist)" = "0 644" ] && grep -q "<key>requireAdminPassword</key><integer>1</integer>" /Library/Preferences/com.quarrywell.Vantory.plist'

@@ -136,6 +136,13 @@ TEST_F(AuthorizationTest, TrashesWithANoteToPutTheItemBack) {
   ASSERT_TRUE(place.ok());
   EXPECT_EQ(*place, inTrash(start + ".plist"));
   EXPECT_EQ(readFile(*place), "long");
+  // In the Trash of somebody else.
+  writeFile(home_ / "own.plist", "own");
+  files_.heal();
+  files_.fail(Operation::Write, std::errc::permission_denied);
+  EXPECT_TRUE(authorization.authTrashFile(home_ / "own.plist"));
+  EXPECT_THAT(readFile(inTrash("../info/own.plist.trashinfo")),
+              StartsWith("[Trash Info]\nPath=" + home_.path() + "/own.plist\n"));
 }
 
 TEST_F(AuthorizationTest, LeavesNoNoteOfAFailedTrash) {
