@@ -30,10 +30,11 @@
 namespace vantory {
 namespace {
 
-// An executable that was given somebody else's identity does not use it.
-void dropBorrowedIdentity() {
-  if (geteuid() == getuid() && getegid() == getgid()) return;
+// An executable that was given somebody else's identity does not use it. Answers whether it was.
+bool dropBorrowedIdentity() {
+  if (geteuid() == getuid() && getegid() == getgid()) return false;
   if (setresgid(getgid(), getgid(), getgid()) != 0 || setresuid(getuid(), getuid(), getuid()) != 0) std::abort();
+  return true;
 }
 
 }  // namespace
@@ -94,12 +95,13 @@ struct LinuxPlatform::Parts {
 };
 
 LinuxPlatform::LinuxPlatform(std::vector<std::string> arguments, std::string startedProgram, Progress progress) {
-  dropBorrowedIdentity();
+  const bool wasHandedDown = dropBorrowedIdentity();
   fillStandardStreams();
   ignoreFailedWrites();
   parts_ = std::make_unique<Parts>(std::move(arguments), std::move(startedProgram));
   Parts& p = *parts_;
   if (progress == Progress::Shown) p.showProgress();
+  if (wasHandedDown) p.systemLog.write("Unable to adopt the rights that were handed down: this system has no way to");
   platform_ = std::make_unique<Platform>(Platform{
       .clock = p.clock,
       .users = p.users,

@@ -162,6 +162,10 @@ chown 0 "$(dirname "$helper")"; mv "$helper" "$helper-gone"
 check "no helper: refused at once" eval 'drive remove "$theirs/a" && answered 0 && holds "$theirs/a" a'
 mv "$helper-gone" "$helper"
 
+install -m 4755 "$program" /tmp/lent; program=/tmp/lent; rule no
+check "rights of a starter's are not adopted, which is told" eval 'drive authorized && answered 0 && grep -q "Unable to adopt the rights that were handed down" "$work/err"'
+program=$work/vantory
+
 kill "$polkit" "$bus"; wait "$polkit" "$bus"
 check "nobody to ask: refused" eval 'drive remove "$theirs/a" && answered 0 && holds "$theirs/a" a'
 summary
