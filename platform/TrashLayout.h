@@ -32,11 +32,11 @@ inline std::string trashNotePath(std::string_view place) {
   return paths::join(paths::join(trash, kTrashNotesFolder), trashNoteName(paths::lastComponent(place)));
 }
 
-// The name that an item gets in the Trash: a mark tells it from others that were called like it. What is too long for
-// its note's name is cut.
-inline std::string nameInTrash(std::string_view stem, std::string_view mark, std::string_view extension) {
-  constexpr std::size_t kLongestName = 255;
-  const std::size_t longest = kLongestName - trashNoteName("").size() - mark.size();
+// The name that an item gets in the Trash: a mark tells it from others that were called like it. What is too long, for
+// its note's name where it has one, is cut.
+inline std::string nameInTrash(std::string_view stem, std::string_view mark, std::string_view extension, bool hasNote) {
+  constexpr std::size_t kLongestName = 255;  // in bytes, which every file system holds
+  const std::size_t longest = kLongestName - (hasNote ? trashNoteName("").size() : 0) - mark.size();
   const std::string_view end = shortened(extension, longest);
   return std::string(shortened(stem, longest - end.size())).append(mark).append(end);
 }

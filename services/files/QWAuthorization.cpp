@@ -39,13 +39,14 @@ bool isTaken(const TrashPlace& place) {
 // Under the item's own name, or with the time behind it where that is taken. The time is followed by the extension's
 // dot even when there is no extension.
 TrashPlace freePlaceInTrash(const std::string& trashFolder, const std::string& name, Timestamp now) {
+  const bool hasNotes = hasTrashNotes(trashFolder);
   const std::string stem = paths::withoutExtension(name);
-  TrashPlace place = placeInTrash(trashFolder, nameInTrash(stem, "", name.substr(stem.size())));
+  TrashPlace place = placeInTrash(trashFolder, nameInTrash(stem, "", name.substr(stem.size()), hasNotes));
   const std::string time = "_" + localTimeText(now, "%Y%m%d%H%M%S");
   const std::string extension = "." + paths::extension(name);
   for (int number = 1; isTaken(place); ++number) {
     const std::string mark = number > 1 ? formatted("%@ %i", time, number) : time;
-    place = placeInTrash(trashFolder, nameInTrash(stem, mark, extension));
+    place = placeInTrash(trashFolder, nameInTrash(stem, mark, extension, hasNotes));
   }
   return place;
 }

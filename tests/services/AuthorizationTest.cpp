@@ -2,6 +2,7 @@
 
 #include <filesystem>
 
+#include "platform/TrashLayout.h"
 #include "services/QWLocalPaths.h"
 #include "services/files/QWFileManager.h"
 #include "tests/services/ServicesTest.h"
@@ -136,6 +137,7 @@ TEST_F(AuthorizationTest, TrashesWithANoteToPutTheItemBack) {
   ASSERT_TRUE(place.ok());
   EXPECT_EQ(*place, inTrash(start + ".plist"));
   EXPECT_EQ(readFile(*place), "long");
+  EXPECT_EQ(nameInTrash(std::string(249, 'n'), "", ".plist", false).size(), 255u) << "where there are no notes";
   // In the Trash of somebody else.
   writeFile(home_ / "own.plist", "own");
   files_.heal();

@@ -26,7 +26,7 @@ std::string numberedName(std::string_view name, int number) {
   const std::size_t dot = name.find_last_of('.');
   const bool hasExtension = dot != std::string::npos && dot > 0 && name.size() - dot <= 16;
   const std::size_t end = hasExtension ? dot : name.size();
-  return nameInTrash(name.substr(0, end), mark, name.substr(end));
+  return nameInTrash(name.substr(0, end), mark, name.substr(end), true);
 }
 
 // A number above a taken one that is free now, found in so few steps that the thousandth item of a name does not look
