@@ -16,4 +16,12 @@ inline bool leadToOneItem(const FileSystem& files, const std::string& path, cons
   return item && otherItem && item->identity == otherItem->identity;
 }
 
+// The same where a mistake would cost something: fails where an item that may be there cannot be looked at.
+inline Result<bool> surelyLeadToOneItem(const FileSystem& files, const std::string& path, const std::string& other) {
+  for (const std::string* each : {&path, &other})
+    if (const auto item = files.info(*each, Links::DoNotFollow); !item && !meansMissing(item.error()))
+      return item.error();
+  return leadToOneItem(files, path, other);
+}
+
 }  // namespace vantory

@@ -17,6 +17,7 @@
 #include "platform/macos/rights/MachineLog.h"
 #include "platform/macos/system/MacStandardFolders.h"
 #include "platform/posix/rights/AdministratorTools.h"
+#include "tests/support/FaultyFileSystem.h"
 #include "tests/support/ScratchFolder.h"
 
 namespace vantory::test {
@@ -153,6 +154,21 @@ TEST_F(MacAdministratorTest, CopiesOverFilesAndIntoFoldersOnly) {
     EXPECT_FALSE(copied("/folder", "/folder") || copied("/taken", "/taken/own/x")) << "into itself";
   }
   EXPECT_EQ(readFile(home + "/taken/own/kept"), "kept");
+}
+
+// A folder that cannot be told from a protected one stays where it is.
+TEST_F(MacAdministratorTest, MovesNothingThatItCannotLookAt) {
+  struct BlindDisk : MacAdministratorDisk {
+    using MacAdministratorDisk::MacAdministratorDisk;
+    FileSystem& machineFiles() override { return blind; }
+    FaultyFileSystem blind{MacAdministratorDisk::machineFiles()};
+  };
+  auto disk = std::make_unique<BlindDisk>(user, std::vector{shared});
+  disk->blind.fail(Operation::Info, std::errc::io_error, FaultyFileSystem::kEveryCall);
+  AdministratorTools blind{user, standard, std::move(disk)};
+  EXPECT_FALSE(blind.perform("/bin/mv", {"-f", home + "/Library/Preferences", home + "/got"}).ok());
+  EXPECT_FALSE(blind.perform("/bin/rm", {"-Rdf", home + "/own"}).ok());
+  EXPECT_TRUE(exists(home + "/Library/Preferences") && exists(home + "/own"));
 }
 
 // While the superuser works, the user exchanges a folder on the way for a link, and a file for another's, again and

@@ -147,10 +147,12 @@ Status AdministratorTools::requireNoAdministrator(const Paths&) {
 }
 
 Status AdministratorTools::refuseProtected(const std::string& path) const {
-  const auto folders = protectedFolders(standard_, user_.home);
-  const bool isProtected = std::ranges::any_of(
-      folders, [&](const std::string& folder) { return leadToOneItem(disk_->machineFiles(), path, folder); });
-  return isProtected ? refusal(path, "is a system directory") : Status();
+  for (const std::string& folder : protectedFolders(standard_, user_.home)) {
+    const Result<bool> isProtected = surelyLeadToOneItem(disk_->machineFiles(), path, folder);
+    if (!isProtected) return isProtected.error();
+    if (*isProtected) return refusal(path, "is a system directory");
+  }
+  return {};
 }
 
 bool AdministratorTools::isUsersJob(const std::string& path) const {
