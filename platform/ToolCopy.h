@@ -32,11 +32,14 @@ inline Result<std::string> placeOfCopy(const FileSystem& files, const std::strin
 
 // Copies a file or a folder there, whole or not at all.
 inline Status copyAsTool(FileSystem& files, const std::string& source, FileType type, const std::string& destination,
-                         CopyChecksum checksum) {
+                         CopyChecksum checksum, const CopyObserver& observer = {}) {
   const auto place = placeOfCopy(files, source, type, destination);
   if (!place) return place.error();
-  const auto staged =
-      files.stageCopy({.source = source, .destination = *place, .links = Links::DoNotFollow, .checksum = checksum});
+  const auto staged = files.stageCopy({.source = source,
+                                       .destination = *place,
+                                       .links = Links::DoNotFollow,
+                                       .observer = observer,
+                                       .checksum = checksum});
   if (!staged) return staged.error();
   return (*staged)->commit(type == FileType::File ? StagedCopy::Existing::Replace : StagedCopy::Existing::Keep);
 }

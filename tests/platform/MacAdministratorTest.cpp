@@ -156,6 +156,21 @@ TEST_F(MacAdministratorTest, CopiesOverFilesAndIntoFoldersOnly) {
   EXPECT_EQ(readFile(home + "/taken/own/kept"), "kept");
 }
 
+TEST_F(MacAdministratorTest, CopiesForNobodyWhoIsGone) {
+  auto ends = StreamChannel::pair();
+  ASSERT_TRUE(ends.ok());
+  AdministratorTools served{user, standard, std::make_unique<MacAdministratorDisk>(user, std::vector{shared}),
+                            [&] { return ends->own.isOpen(); }};
+  makeFolders(home + "/folder");
+  for (int i = 0; i < 3; ++i) writeFile(home + "/folder/" + std::to_string(i), "x");
+  const Arguments call{"-f", "-p", "-R", home + "/folder", home + "/copy"};
+  EXPECT_TRUE(served.perform("/bin/cp", call).ok());
+  std::filesystem::remove_all(home + "/copy");
+  ends->other.close();
+  EXPECT_FALSE(served.perform("/bin/cp", call).ok());
+  EXPECT_FALSE(exists(home + "/copy"));
+}
+
 // A folder that cannot be told from a protected one stays where it is.
 TEST_F(MacAdministratorTest, MovesNothingThatItCannotLookAt) {
   struct BlindDisk : MacAdministratorDisk {

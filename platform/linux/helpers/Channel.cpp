@@ -90,6 +90,11 @@ Result<Message> Channel::receive(std::optional<std::chrono::milliseconds> limit)
   return decodedMessage(bytes);
 }
 
+bool Channel::isOpen() const {
+  std::array<pollfd, 2> ends{{{socket_.get(), 0, 0}, {partnerProcess_.get(), POLLIN, 0}}};
+  return uninterrupted([&] { return poll(ends.data(), ends.size(), 0); }) == 0;
+}
+
 void Channel::end() {
   (void)shutdown(socket_.get(), SHUT_RDWR);
 }

@@ -33,6 +33,8 @@ class Channel {
   // Blocks for a message, without a limit when none is given. Fails at the end of the conversation (not_connected),
   // when the time is over (timed_out), and with what is no message (bad_message).
   Result<Message> receive(std::optional<std::chrono::milliseconds> limit = std::nullopt);
+  // Whether the other end, or the process that alone is heard, is still there. Any thread.
+  bool isOpen() const;
   // Ends the conversation for both ends, also for a thread that waits in receive() meanwhile. Any thread.
   void end();
 

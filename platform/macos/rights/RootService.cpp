@@ -28,7 +28,8 @@ void serveAsSuperuser(StreamChannel& channel, const User& user, const std::strin
   const MacStandardFolders folders;
   AdministratorTools tools(
       user, folders,
-      std::make_unique<MacAdministratorDisk>(user, std::vector{*folders.localFolder(StandardFolder::SharedUsers)}));
+      std::make_unique<MacAdministratorDisk>(user, std::vector{*folders.localFolder(StandardFolder::SharedUsers)}),
+      [&] { return channel.isOpen(); });
   MachineLog machineLog(folders);
   PosixSystemLog log;
   for (bool isOpen = true; isOpen;) {

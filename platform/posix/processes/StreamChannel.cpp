@@ -94,6 +94,11 @@ Result<Message> StreamChannel::receive(std::optional<milliseconds> limit, Descri
   return decodedMessage(bytes);
 }
 
+bool StreamChannel::isOpen() const {
+  pollfd end{stream_.get(), 0, 0};
+  return uninterrupted([&] { return poll(&end, 1, 0); }) == 0;
+}
+
 Status StreamChannel::readAll(char* bytes, std::size_t size, std::optional<steady_clock::time_point> end,
                               Descriptor* file) {
   while (size > 0) {

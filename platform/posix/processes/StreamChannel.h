@@ -28,6 +28,8 @@ class StreamChannel {
   // closed where nobody wants one. Fails at the end of the conversation (not_connected), when the time is over
   // (timed_out), and with what is no message (bad_message, message_size).
   Result<Message> receive(std::optional<std::chrono::milliseconds> limit = std::nullopt, Descriptor* file = nullptr);
+  // Whether the other end is still there. Any thread.
+  bool isOpen() const;
   void close() { stream_ = Descriptor(); }
   int descriptor() const { return stream_.get(); }
 

@@ -63,8 +63,8 @@ const std::vector<AdministratorTools::Shape>& AdministratorTools::shapes() {
 }
 
 AdministratorTools::AdministratorTools(User user, const StandardFolders& standard,
-                                       std::unique_ptr<AdministratorDisk> disk)
-    : user_(std::move(user)), standard_(standard), disk_(std::move(disk)) {}
+                                       std::unique_ptr<AdministratorDisk> disk, IsWanted isWanted)
+    : user_(std::move(user)), standard_(standard), disk_(std::move(disk)), isWanted_(std::move(isWanted)) {}
 
 bool AdministratorTools::knows(const std::string& tool) {
   return std::any_of(shapes().begin(), shapes().end(), [&](const Shape& shape) { return shape.tool == tool; });
@@ -88,8 +88,10 @@ Status AdministratorTools::perform(const std::string& tool, const std::vector<st
 Status AdministratorTools::copy(const Paths& paths) {
   const Result<FileInfo> item = files_.info(paths[0], Links::DoNotFollow);
   if (!item) return item.error();
-  if (item->type != FileType::SymbolicLink)
-    return copyAsTool(files_, paths[0], item->type, paths[1], CopyChecksum::Check);
+  if (item->type != FileType::SymbolicLink) {
+    const auto isWanted = [this](std::int64_t, int) { return !isWanted_ || isWanted_(); };
+    return copyAsTool(files_, paths[0], item->type, paths[1], CopyChecksum::Check, isWanted);
+  }
   const Result<std::string> place = placeOfCopy(files_, paths[0], item->type, paths[1]);
   return place ? disk_->copyLink(paths[0], *place) : place.status();
 }

@@ -1,6 +1,7 @@
 // The work of a few file tools, done by the superuser for a user.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -19,8 +20,12 @@ namespace vantory {
 // whatever link the user plants in its way. Any thread.
 class AdministratorTools {
  public:
-  // The standard folders outlive the tools.
-  AdministratorTools(User user, const StandardFolders& standard, std::unique_ptr<AdministratorDisk> disk);
+  // Whether somebody still waits for what is being done. Any thread, often.
+  using IsWanted = std::function<bool()>;
+
+  // The standard folders outlive the tools. A copy ends, and leaves nothing, when it is not wanted any more.
+  AdministratorTools(User user, const StandardFolders& standard, std::unique_ptr<AdministratorDisk> disk,
+                     IsWanted isWanted = {});
 
   static bool knows(const std::string& tool);
   // Does what the tool would do with these arguments, to its end.
@@ -49,6 +54,7 @@ class AdministratorTools {
   const User user_;
   const StandardFolders& standard_;
   const std::unique_ptr<AdministratorDisk> disk_;
+  const IsWanted isWanted_;
   FileSystem& files_ = disk_->files();
   FileMetadata& metadata_ = disk_->metadata();
   MachineWideFiles machine_{standard_, *disk_};

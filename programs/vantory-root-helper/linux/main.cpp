@@ -33,7 +33,8 @@ void serve(Channel channel, const User& user) {
   const LinuxStandardFolders folders("", true, FileRights::ofUser(user));
   AdministratorTools tools(
       user, folders,
-      std::make_unique<LinuxAdministratorDisk>(user, std::vector{*folders.localFolder(StandardFolder::SharedUsers)}));
+      std::make_unique<LinuxAdministratorDisk>(user, std::vector{*folders.localFolder(StandardFolder::SharedUsers)}),
+      [&] { return channel.isOpen(); });
   PosixSystemLog log;
   const std::string name = LinuxUsers().nameOf(user);
   bool open = channel.send({kHelperReady}).ok();
