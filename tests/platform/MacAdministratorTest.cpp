@@ -223,6 +223,15 @@ TEST_F(MacAdministratorTest, IsNotLedAwayInTheMiddle) {
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(foreign.path()), {}), 1);
 }
 
+TEST_F(MacAdministratorTest, AnswersWithCauseAndCure) {
+  const Error cause{std::errc::operation_not_permitted, "no", "allow it", true};
+  const Error told = meaningOf(answerFor(cause)).error();
+  EXPECT_EQ(told.code, cause.code);
+  EXPECT_EQ(told.text + told.cure, "noallow it");
+  EXPECT_TRUE(told.consentMissing);
+  EXPECT_FALSE(meaningOf(answerFor(Error{std::errc::io_error, "broken"})).error().consentMissing);
+}
+
 TEST_F(MacAdministratorTest, KeepsNothingButLogsForTheMachine) {
   const std::string folder = machine / "Library/Logs/Quarrywell";
   MachineLog log(standard);

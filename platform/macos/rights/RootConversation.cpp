@@ -8,6 +8,12 @@
 
 namespace vantory {
 
+namespace {
+
+constexpr const char* kConsentMissing = "consent missing";
+
+}  // namespace
+
 Status RootConversation::ask(const Message& request, Descriptor* file) {
   const std::lock_guard lock(mutex_);
   const Status sent = channel_.send(request);
@@ -21,16 +27,17 @@ Status RootConversation::ask(const Message& request, Descriptor* file) {
 Message answerFor(const Status& done) {
   constexpr std::size_t kLongestCause = 8192;
   if (done) return {kHelperDone};
-  return {kHelperFailed, std::to_string(static_cast<int>(done.error().code)),
-          done.error().text.substr(0, kLongestCause)};
+  const Error& cause = done.error();
+  return {kHelperFailed, std::to_string(static_cast<int>(cause.code)), cause.text.substr(0, kLongestCause), cause.cure,
+          cause.consentMissing ? kConsentMissing : ""};
 }
 
 Status meaningOf(const Message& answer) {
   if (answer == Message{kHelperDone}) return {};
   int code = 0;
-  if (answer.size() != 3 || answer.front() != kHelperFailed) return systemError(kConversation, EBADMSG);
+  if (answer.size() != 5 || answer.front() != kHelperFailed) return systemError(kConversation, EBADMSG);
   std::from_chars(answer[1].data(), answer[1].data() + answer[1].size(), code);
-  return Error{static_cast<std::errc>(code), answer[2]};
+  return Error{static_cast<std::errc>(code), answer[2], answer[3], answer[4] == kConsentMissing};
 }
 
 bool RootRunner::knows(const std::string& tool) const {
