@@ -10,7 +10,7 @@
 #include "base/Text.h"
 #include "platform/FileSystem.h"
 #include "services/Runtime.h"
-#include "services/files/QWFileManager.h"
+#include "services/files/FolderWalk.h"
 #include "services/settings/QWUserDefaults.h"
 #include "services/settings/SettingsKeys.h"
 
@@ -61,10 +61,10 @@ void QWBackup::setPath(std::string path) {
   path_ = std::move(path);
 }
 
-// Once; whoever else asks meanwhile waits for the answer.
+// Once; whoever else asks meanwhile waits for the answer. A link in a backup may lead anywhere, and is no part of it.
 std::uint64_t QWBackup::size() const {
   const std::lock_guard lock(sizeMutex_);
-  if (!isMeasured_) size_ = QWFileManager::fileSize(path_);
+  if (!isMeasured_) size_ = folderSize(path_, Links::DoNotFollow);
   isMeasured_ = true;
   return size_;
 }

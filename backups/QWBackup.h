@@ -56,7 +56,8 @@ class QWBackup : public BackupNode {
                                                   AppList children);
   // Reads a backup. Always answers a record; without a readable settings file one without applications.
   static std::shared_ptr<QWBackup> backupWithFile(const std::string& path);
-  // An unwritten automatic backup of every catalog item, or of those that hold preferences proper.
+  // An unwritten automatic backup of every catalog item, or of those that hold preferences proper, named by the clock.
+  // Where another has its name by the time that it is written, it takes that of the next second.
   static std::shared_ptr<QWBackup> autoBackup(bool preferencesOnly = false);
   // Writes one of those before a task replaces or trashes something, and logs how that went; a failed one leaves
   // nothing, and the task's report gets a remark.
@@ -123,6 +124,10 @@ class QWBackup : public BackupNode {
 
  private:
   WriteResult write(TaskReport& report, bool filesOnly);
+  // Makes the folder, and takes hold of it.
+  Result<std::unique_ptr<FolderHold>> makeFolder(TaskReport& report);
+  // Waits until that begins, and takes its name.
+  void takeNextSecond();
 
   std::string name_;
   std::string path_;
@@ -131,6 +136,7 @@ class QWBackup : public BackupNode {
   std::vector<std::string> projects_;
   std::vector<UnknownPart> unknown_;
   bool isAutosave_ = false;
+  bool isNamedByTheClock_ = false;
   std::atomic<bool> isDefault_ = false;
   bool isComplete_ = true;
   std::optional<Error> readError_;

@@ -31,6 +31,8 @@ namespace {
 
 using namespace std::chrono_literals;
 
+constexpr int kMostSeconds = 10;  // that an automatic backup looks for one without another
+
 FileSystem& files() {
   return Runtime::current().platform().files;
 }
@@ -293,22 +295,6 @@ Status clearPath(const std::string& path, TaskReport& report) {
   return {};
 }
 
-// Makes the folder of a new backup, what bore its name in the Trash, and takes hold of it.
-Result<std::unique_ptr<FolderHold>> makeBackupFolder(const std::string& path, std::optional<FileIdentity>& created,
-                                                     TaskReport& report) {
-  const std::string library = paths::parent(path);
-  if (const Status made = QWFileManager::createDirectory(library); !made) return made.error();
-  // Held until the new folder is, so that of two processes one clears the path and the other finds the result.
-  const auto libraryHold = holdBackupFolder(library);
-  if (!libraryHold) return libraryHold.error();
-  if (const Status cleared = clearPath(path, report); !cleared) return cleared.error();
-  report.planned(FileAction::Create, std::vector{path});
-  if (const Status made = QWFileManager::createDirectory(path); !made) return made.error();
-  if (const auto info = files().info(path, Links::DoNotFollow)) created = info->identity;
-  report.noted(FileAction::Create, path);
-  return holdBackupFolder(path);
-}
-
 // Checked before anything is made: a star would have the path taken for a pattern.
 Status possiblePath(const std::string& path) {
   if (path.empty()) return Error{std::errc::no_such_file_or_directory, "There is no library to write the backup to"};
@@ -361,6 +347,27 @@ void remarkOnEarlier(const std::string& path, TaskReport& report) {
 
 }  // namespace
 
+// What bore the name goes to the Trash.
+Result<std::unique_ptr<FolderHold>> QWBackup::makeFolder(TaskReport& report) {
+  const std::string library = paths::parent(path_);
+  if (const Status made = QWFileManager::createDirectory(library); !made) return made.error();
+  // Held until the new folder is, so that of two processes one clears the path and the other finds the result.
+  auto libraryHold = holdBackupFolder(library);
+  for (int seconds = 0; libraryHold && isNamedByTheClock_ && !QWFileManager::isMissingAtPath(path_); ++seconds) {
+    if (seconds == kMostSeconds) return Error{std::errc::file_exists, formatted("%@ is there already", path_)};
+    libraryHold->reset();
+    takeNextSecond();
+    libraryHold = holdBackupFolder(library);
+  }
+  if (!libraryHold) return libraryHold.error();
+  if (const Status cleared = clearPath(path_, report); !cleared) return cleared.error();
+  report.planned(FileAction::Create, std::vector{path_});
+  if (const Status made = QWFileManager::createDirectory(path_); !made) return made.error();
+  if (const auto info = files().info(path_, Links::DoNotFollow)) createdFolder_ = info->identity;
+  report.noted(FileAction::Create, path_);
+  return holdBackupFolder(path_);
+}
+
 WriteResult QWBackup::writeData(TaskReport& report, bool filesOnly) {
   const WriteResult result = write(report, filesOnly);
   if (result != WriteResult::Success && createdFolder_) report.noted(FileAction::Create, path_);  // as it was left
@@ -386,7 +393,7 @@ WriteResult QWBackup::write(TaskReport& report, bool filesOnly) {
     return WriteResult::NoFiles;
   }
   const bool inheritsDefault = !filesOnly && !isDefault_ && wouldInheritDefault(path_);
-  auto hold = filesOnly ? holdBackupFolder(path_) : makeBackupFolder(path_, createdFolder_, report);
+  auto hold = filesOnly ? holdBackupFolder(path_) : makeFolder(report);
   if (!hold) {
     QWLog::appendLog("Nothing was written: %@", hold.error().text);
     return refuse(hold.error());

@@ -91,9 +91,9 @@ bool walkFolder(const std::string& folder, Detail detail, Links links, const Fil
   return Walk(detail, links, visit, unreadable).enter({folder, nullptr});
 }
 
-std::uint64_t folderSize(const std::string& folder) {
+std::uint64_t folderSize(const std::string& folder, Links links) {
   const FileVisitor nobody;
-  Walk walk(Detail::Sizes, Links::Follow, nobody, Unreadable::PassOver);
+  Walk walk(Detail::Sizes, links, nobody, Unreadable::PassOver);
   walk.enter({folder, nullptr});
   return walk.size();
 }

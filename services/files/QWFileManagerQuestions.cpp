@@ -118,7 +118,7 @@ std::uint64_t QWFileManager::fileSize(const std::string& path) {
     const auto info = files().info(path, Links::DoNotFollow);
     return info ? info->size : 0;
   }
-  return folderSize(path);
+  return folderSize(path, Links::Follow);
 }
 
 std::vector<std::string> QWFileManager::contentsOfDirectory(const std::string& path) {

@@ -137,14 +137,18 @@ TEST_F(LibraryTest, AutomaticBackupsAreNamedByTheClock) {
   writeFile(prefs("layout"), "l");
   setCatalog({{"Preferences", {prefs("editor.plist")}}, {"Layouts", {prefs("layout")}}});
   controller().appArray()[0]->children()[0]->setSelected(Off);
-  EXPECT_EQ(QWBackup::autoBackup()->writeData(report_), WriteResult::Success);
+  const auto backup = QWBackup::autoBackup();
   EXPECT_EQ(QWBackup::autoBackup(true)->writeData(report_), WriteResult::Success) << "in the same second";
-  ASSERT_EQ(controller().autoBackupArray().size(), 1U);
-  const auto backup = controller().autoBackupArray()[0];
-  EXPECT_THAT(backup->name(), testing::MatchesRegex("Auto Backup 2026-11-1._.._.._17"));
-  ASSERT_EQ(backup->children()[0]->children().size(), 1U);
-  EXPECT_EQ(backup->children()[0]->children()[0]->name(), "Preferences");
-  EXPECT_TRUE(exists(inTrash(backup->name() + ".vnt")));
+  EXPECT_EQ(backup->writeData(report_), WriteResult::Success);
+  EXPECT_THAT(backup->name(), testing::MatchesRegex("Auto Backup 2026-11-1._.._.._18"));
+  ASSERT_EQ(controller().autoBackupArray().size(), 2U);
+  const auto first = QWBackup::backupWithFile(std::string(backup->path()).replace(backup->path().size() - 5, 1, "7"));
+  ASSERT_EQ(first->children()[0]->children().size(), 1U);
+  EXPECT_EQ(first->children()[0]->children()[0]->name(), "Preferences");
+  const std::uint64_t size = first->size();
+  writeFile(machine_ / "large", std::string(5000, 'x'));
+  fs::create_directory_symlink(machine_ / "", first->path() + "/out");
+  EXPECT_LT(QWBackup::backupWithFile(first->path())->size(), size + 5000) << "a link leads out of it";
   EXPECT_EQ(controller().appArray()[0]->children()[0]->selected(), Off) << "the catalog's ticks stay";
 }
 
