@@ -1,6 +1,7 @@
 // Opens, rolls over and fills the files.
 #include "services/log/LogFile.h"
 
+#include <chrono>
 #include <utility>
 
 #include "base/Format.h"
@@ -19,6 +20,7 @@ namespace {
 
 constexpr int kGenerations = 5;
 constexpr std::size_t kMostPending = 256 * 1024;  // bytes
+constexpr auto kLongestWait = std::chrono::seconds(2);
 constexpr double kBytesPerGigabyte = 1024.0 * 1024.0 * 1024.0;
 
 std::string generationPath(const std::string& folder, const std::string& name, int generation) {
@@ -60,6 +62,8 @@ void LogFile::create(const std::string& name) {
   if ((generations || !machineWide) && !makeFolder(platform_.files, generations)) return;
   if (machineWide && !makeFolder(platform_.machineFiles, current)) return;
   const std::string path = generationPath(*current, name, 1);
+  // Of two processes each moves what the other has left. One that hangs keeps nobody from a log.
+  const auto hold = currentFiles().holdFolder(*current, kLongestWait);
   // On the disk before the generations move on: one that is full loses none of them.
   const std::string draft = paths::join(*current, formatted(".%@.new", name));
   Status made = currentFiles().write(draft, header(), {});

@@ -50,8 +50,9 @@ check "restores and trashes at once: all is in place again" eval 'manifest "$use
 
 # --- Settings --------------------------------------------------------------------------------------------------------
 plist write "$settings" xml foreign=kept maxAutoBackups=3
-for i in $(seq 30); do quiet -list & done
+for i in $(seq 30); do as_user "$program" -list 2>&1 >/dev/null & done >"$work/told"
 wait
+check "thirty tasks at once are silent" [ ! -s "$work/told" ]
 check "thirty writers keep the settings whole" eval '[ "$(plist get "$settings" foreign)" = kept ] && [ "$(plist get "$settings" maxAutoBackups)" = 3 ] && [ -n "$(plist get "$settings" launch)" ] && [ "$(count "$preferences" -name "*damaged*")" = 0 ]'
 check "no temporary files are left" no_leftovers
 summary
