@@ -90,6 +90,7 @@ void UndoRun::run() {
   }
   for (auto& [backup, copies] : replaced_) copies.moveToTrash(report_);
   tidyReplacedCopies();
+  removeUnfinished();
   for (const std::string& backup : noted_) noteHeldFiles(backup);
   hold.reset();
   makeDurable();
@@ -285,19 +286,26 @@ void UndoRun::findReplacedCopies(const Deeds& deeds) {
   }
 }
 
-// What a run that was killed has kept of them, and was putting together beside them.
+// What a run that was killed has kept of them.
 void UndoRun::tidyReplacedCopies() {
-  std::map<std::string, std::vector<std::string>> unfinished;  // of each backup
+  std::set<std::string> backups;
   for (const ReceiptStep& step : receipt_.steps)
-    if (step.action == FileAction::Replace && isAllowed(step.path))
-      unfinished[backupOf(step.path)].push_back(
-          paths::join(paths::parent(step.path), stagingName(paths::lastComponent(step.path))));
-  for (const auto& [backup, leftovers] : unfinished) {
-    const auto held = holdBackupFolder(backup);
+    if (step.action == FileAction::Replace && isAllowed(step.path)) backups.insert(backupOf(step.path));
+  for (const std::string& backup : backups)
+    if (const auto held = holdBackupFolder(backup)) ReplacedCopies::tidy(backup);
+}
+
+// What a run that was killed was putting together. Whoever does so holds it.
+void UndoRun::removeUnfinished() {
+  for (const ReceiptStep& step : receipt_.steps) {
+    const bool puts =
+        step.action == FileAction::Replace || step.action == FileAction::Restore || step.action == FileAction::PutBack;
+    if (!puts || !isAllowed(step.path)) continue;
+    const std::string left = paths::join(paths::parent(step.path), stagingName(paths::lastComponent(step.path)));
+    const auto held = files().holdFolder(left, 0ms);
     if (!held) continue;
-    ReplacedCopies::tidy(backup);
-    for (const std::string& path : leftovers)
-      if (!QWFileManager::isMissingAtPath(path)) (void)QWFileManager::removeFile(path, false);
+    QWLog::appendLog("Removing %@, which a task that was killed has left", left);
+    (void)QWFileManager::removeFile(left, false);
   }
 }
 

@@ -186,8 +186,12 @@ TEST_F(UndoTest, OfAKilledUndoOfAKilledRestoreTheRestIsTakenBack) {
   EXPECT_THROW(undo(), SimulatedCrash);
   files_.heal();
   cutNewestAt("{ ended");
+  for (const char* name : {"a.plist", "b.plist"}) writeFile(prefs(stagingName(name)) + "/half", "half");
+  const auto held = files_.holdFolder(prefs(stagingName("b.plist")), std::chrono::milliseconds(0));
   EXPECT_TRUE(undo().isWhole());
   EXPECT_EQ(contents(), "live live live ");
+  EXPECT_FALSE(exists(prefs(stagingName("a.plist"))));
+  EXPECT_TRUE(exists(prefs(stagingName("b.plist")))) << "somebody is at work there";
 }
 
 // What the killed undo did already belongs to the one that ended it, noted or not.
