@@ -7,8 +7,10 @@
 
 #include "backups/BackupFolder.h"
 #include "backups/BackupLibrary.h"
+#include "backups/OlderCopy.h"
 #include "backups/QWBackup.h"
 #include "backups/comparison/FileContent.h"
+#include "base/Format.h"
 #include "base/Paths.h"
 #include "platform/FileMetadata.h"
 #include "platform/FileSystem.h"
@@ -21,6 +23,7 @@ namespace vantory {
 namespace {
 
 constexpr int kDeepestFolder = 1000;
+constexpr const char* kDamaged = "The copy is damaged: it is not what its checksum says, and a restore leaves it.";
 constexpr const char* kReplacedLink = "It is a symbolic link now, which a restore replaces.";
 
 const FileSystem& files() {
@@ -35,6 +38,11 @@ class Side {
   }
 
   bool isPresent() const { return !place_; }
+  // Whether a file of the backup is not what its checksum says.
+  bool isDamaged(const std::string& path) const {
+    const Status sound = place_ ? checkCopy(place_->path(), path) : Status();
+    return !sound && sound.error().code == std::errc::bad_message;
+  }
 
   // Where that lies here which belongs at this path of the live system.
   std::string placeOf(const std::string& path) const {
@@ -116,6 +124,15 @@ void ItemComparing::addUnreadable(const std::string& path, const std::string& wh
   add({.path = path, .before = {}, .after = {}}, Difference::Unreadable, why);
 }
 
+// What a restore takes by a pattern is never a link; inside of a folder one comes back as it is.
+std::string remarkOnLink(const std::string& path, int depth) {
+  const auto target = Runtime::current().platform().metadata.linkTarget(path);
+  const std::string place = target ? *target : "an unknown place";
+  return formatted(depth == 0 ? "The copy is a symbolic link to %@, which a restore does not follow."
+                              : "In the backup it is a symbolic link to %@.",
+                   place);
+}
+
 bool ItemComparing::compare(const std::set<std::string>& patterns) {
   TaskReport unreadable;
   std::set<std::string> matches;
@@ -174,9 +191,11 @@ void ItemComparing::compare(const std::string& path, Found before, Found after, 
   if (is(after, FileType::Other))
     return add(std::move(file), Difference::Unreadable, after.path + ": no file, folder or link");
   if (!after.info) return add(std::move(file), onlyBefore);
+  if (is(after, FileType::SymbolicLink)) file.remark = remarkOnLink(after.path, depth);
   if (!before.info) return add(std::move(file), Difference::Added);
   if (before.info->type != after.info->type)
-    return add(std::move(file), Difference::Different, "It is of another kind, such as a folder instead of a file.");
+    return add(std::move(file), Difference::Different,
+               file.remark.empty() ? "It is of another kind, such as a folder instead of a file." : file.remark);
   if (is(before, FileType::SymbolicLink)) return compareLinks(std::move(file));
   compareFiles(std::move(file), before, after);
 }
@@ -185,9 +204,11 @@ void ItemComparing::compareFiles(FileComparison file, const Found& before, const
   const bool haveSameSize = before.info->size == after.info->size;
   file.difference = Difference::Same;
   if (!haveSameSize || before.info->modified != after.info->modified) compareContent(file, haveSameSize);
+  // Only of what differs: to find out, all of it is read.
+  if (file.difference == Difference::Different && after_.isDamaged(file.after)) file.remark = kDamaged;
   const bool isOnlyLink = before.isLink && file.difference == Difference::Same;
   const Difference difference = isOnlyLink ? Difference::Different : file.difference;
-  add(std::move(file), difference, before.isLink ? kReplacedLink : "");
+  add(std::move(file), difference, before.isLink && file.remark != kDamaged ? kReplacedLink : "");
 }
 
 void ItemComparing::compareLinks(FileComparison file) {

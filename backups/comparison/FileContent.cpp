@@ -3,10 +3,12 @@
 
 #include <string_view>
 
+#include "base/Format.h"
 #include "base/PropertyListBytes.h"
 #include "base/Text.h"
 #include "platform/FileSystem.h"
 #include "services/Runtime.h"
+#include "services/files/QWFileManager.h"
 
 namespace vantory {
 
@@ -20,11 +22,19 @@ void unreadable(FileComparison& file, const Error& error) {
   file.remark = error.text;
 }
 
-// False where they are no property lists.
+bool isDictionary(const std::optional<PropertyList>& value) {
+  return value && value->asDictionary();
+}
+
+// False where they are no property lists. Where only one is, the other is most likely cut off.
 bool compareKeys(FileComparison& file, std::string_view before, std::string_view after) {
-  auto old = parsePropertyList(before);
-  auto young = old ? parsePropertyList(after) : std::nullopt;
-  if (!young) return false;
+  const auto old = parsePropertyList(before);
+  const auto young = parsePropertyList(after);
+  if (isDictionary(young) && !old)
+    file.remark =
+        formatted("The %@ file is no readable property list.", file.before == file.path ? "present" : "earlier");
+  if (isDictionary(old) && !young) file.remark = "The copy is no readable property list.";
+  if (!old || !young) return false;
   file.keys = changesBetween(*old, *young);
   if (file.keys.empty()) file.remark = "All values are the same, in another order or form.";
   return true;
@@ -50,7 +60,9 @@ void compareContent(FileComparison& file, bool haveSameSize) {
   const auto after = files.read(file.after);
   for (const auto* bytes : {&before, &after}) {
     if (*bytes) continue;
-    if (bytes->error().code != std::errc::file_too_large) unreadable(file, bytes->error());
+    if (bytes->error().code != std::errc::file_too_large) return unreadable(file, bytes->error());
+    file.remark = formatted("It is too large for its keys or lines to be compared: the limit is %@.",
+                            QWFileManager::formatFileSize(static_cast<double>(kLargestReadBytes)));
     return;
   }
   if (compareKeys(file, *before, *after) || !isShortText(*before) || !isShortText(*after)) return;

@@ -52,6 +52,25 @@ Error refusal(std::string sentence) {
   return {std::errc::invalid_argument, std::move(sentence)};
 }
 
+bool holdsKey(const std::string& path, const KeyPath& key) {
+  const auto list = propertyListAt(path);
+  return list && valueAt(*list, key);
+}
+
+// One whose keys could not be compared, for the reason that it carries.
+bool mayHoldKeys(const FileComparison& file) {
+  const bool differs = file.difference == Difference::Different || file.difference == Difference::Unreadable;
+  return differs && file.keys.empty() && !file.remark.empty();
+}
+
+// The first of the keys that makes the edit impossible.
+std::string nameOfHindrance(std::string_view bytes, const std::vector<KeyEdit>& edits) {
+  for (const KeyEdit& edit : edits)
+    if (!editedPropertyList(bytes, {edit}))
+      return formatted("it has no place for \"%@\", or cannot hold it", keyPathText(edit.first));
+  return "it cannot hold these keys together";
+}
+
 // Why a key is to be put back in no file.
 Error absenceOf(const KeyPath& key, const ItemComparison& item, const std::vector<Candidate>& candidates) {
   const std::string name = keyPathText(key);
@@ -64,9 +83,11 @@ Error absenceOf(const KeyPath& key, const ItemComparison& item, const std::vecto
     for (const KeyChange& change : candidate.file->keys)
       if (change.after) known.push_back(keyPathText(change.path));
   }
-  for (const FileComparison& file : item.files)
-    if (candidates.empty() && file.difference == Difference::Added)
+  for (const FileComparison& file : item.files) {
+    if (file.difference == Difference::Added && holdsKey(file.after, key))
       return refusal(file.path + " is not there: restore it as a whole, or take back what moved it away.");
+    if (candidates.empty() && mayHoldKeys(file)) return refusal(formatted("%@: %@", file.path, file.remark));
+  }
   const auto nearest = nearestWord(name, known);
   const std::string where = formatted("No property list of \"%@\" that differs has the key \"%@\"", item.key, name);
   return refusal(nearest ? formatted("%@: did you mean \"%@\"?", where, *nearest)
@@ -95,7 +116,8 @@ void restoreKeys(const FileChoice& choice, const std::string& backup, const std:
   }
   auto edited = editedPropertyList(*bytes, edits);
   if (!edited)
-    return fail({std::errc::invalid_argument, path + ": it has no place for these keys, or cannot hold them"});
+    return fail({std::errc::invalid_argument,
+                 formatted("%@: %@. None of the keys was put back", path, nameOfHindrance(*bytes, edits))});
   replaceContent(path, std::move(*edited), *known, item, report);
 }
 

@@ -96,6 +96,14 @@ TEST_F(ComparisonTest, NothingHostileIsFollowedOrWaitedFor) {
   fs::create_symlink(live("a"), kept + "/link");
   EXPECT_THAT(told(compareBackups({.after = backup})), ElementsAre("link: different", "pipe: unreadable"));
 
+  // One that a restore takes by its pattern is refused there.
+  fs::remove(kept + "/../editor.plist");
+  fs::create_symlink("/etc/hosts", kept + "/../editor.plist");
+  const auto linked = compareBackups({.after = backup, .items = {{"keyA"}}});
+  EXPECT_THAT(linked.items.at(0).files.at(0).remark, HasSubstr("a symbolic link to /etc/hosts, which a restore"));
+  fs::remove(kept + "/../editor.plist");
+  writeFile(kept + "/../editor.plist", "x");
+
   // A present file that is a link is what it leads to, but a restore would replace the link.
   fs::rename(prefs("editor.plist"), home_ / "dotfile");
   fs::create_symlink(home_ / "dotfile", prefs("editor.plist"));
@@ -164,8 +172,13 @@ TEST_F(PartialRestoreTest, RefusesKeysThatAreNotMeantForOneFile) {
   EXPECT_THAT(refusal("keyB", "Same"), HasSubstr("is the same in the backup"));
   EXPECT_THAT(refusal("keyA", "New"), HasSubstr("The backup has no \"New\""));
   EXPECT_THAT(refusal("keyA", "Snaping"), HasSubstr("did you mean \"Snapping\"?"));
+  writeFile(prefs("editor.plist"), "{ Snapping = ");
+  EXPECT_THAT(refusal("keyA", "Snapping"), HasSubstr("The present file is no readable property list."));
+  writeFile(prefs("editor.plist"), "{ Snapping = " + std::string(kLargestReadBytes, '1') + "; }");
+  EXPECT_THAT(refusal("keyA", "Snapping"), HasSubstr("the limit is 4.00 MB"));
   std::filesystem::remove(prefs("editor.plist"));
   EXPECT_THAT(refusal("keyA", "Snapping"), HasSubstr("editor.plist is not there: restore it as a whole"));
+  EXPECT_THAT(refusal("keyA", "Elsewhere"), testing::Not(HasSubstr("editor.plist"))) << "nobody meant that file";
 }
 
 TEST_F(PartialRestoreTest, AtEveryFailureTheFileIsInItsPlaceOrInTheTrash) {
@@ -188,6 +201,17 @@ TEST_F(PartialRestoreTest, NoKeyIsTakenFromADamagedCopy) {
   restorePartly(backup_, {{"keyA", *chosen}}, report_);
   EXPECT_TRUE(report_.hasFailures());
   EXPECT_EQ(readFile(prefs("editor.plist")), kPresent);
+  const auto damaged = compareBackups({.after = backup_, .items = {{"keyA"}}});
+  EXPECT_THAT(damaged.items.at(0).files.at(0).remark, HasSubstr("The copy is damaged"));
+}
+
+TEST_F(PartialRestoreTest, TheKeyThatHindersIsNamed) {
+  auto chosen = find("keyA", "Snapping");
+  ASSERT_TRUE(chosen);
+  chosen->front().keys.push_back({"Gone"});
+  writeFile(prefs("editor.plist"), "( a )");
+  restorePartly(backup_, {{"keyA", *chosen}}, report_);
+  EXPECT_THAT(report_.causes(), HasSubstr("no place for \"Snapping\""));
 }
 
 // An editor that writes its preferences between the reading and the replacing.
