@@ -51,6 +51,37 @@ Status replaceCopy(const std::string& source, const std::string& copy, std::chro
   return replaced;
 }
 
+// Why what matches a pattern is not backed up; none for files and folders.
+std::optional<Error> leftOut(const std::string& source, FileType type) {
+  if (type == FileType::SymbolicLink) return QWFileManager::linkLeftOut(source);
+  if (type == FileType::Other)
+    return Error{std::errc::invalid_argument, source + " is neither a file nor a folder and was left out."};
+  return std::nullopt;
+}
+
+// Whether there is anything of an item that could be backed up. Notes what is left out.
+bool hasFiles(const QWPrefItem& item, TaskReport& report) {
+  for (const std::string& pattern : item.files())
+    for (const std::string& source : QWFileManager::filesMatchingWildcardPath(pattern, report)) {
+      const auto info = files().info(source, Links::DoNotFollow);
+      if (!info) continue;
+      std::optional<Error> cause = leftOut(source, info->type);
+      if (!cause) return true;
+      report.skipped(FileAction::Copy, source, std::move(*cause), item.key());
+    }
+  return std::ranges::any_of(item.users(), [&](const auto& user) { return hasFiles(*user, report); });
+}
+
+// The same of all items; only where there is nothing the report hears of it.
+bool haveFiles(const AppList& apps, TaskReport& report) {
+  TaskReport found;
+  for (const auto& app : apps)
+    for (const auto& item : app->children())
+      if (hasFiles(*item, found)) return true;
+  report.take(std::move(found));
+  return false;
+}
+
 // Copies the files of items into one backup.
 class ItemCopier {
  public:
@@ -246,13 +277,9 @@ std::optional<ItemCopier::Target> ItemCopier::targetFor(const std::string& sourc
     note(source, {}, info.error());
     return std::nullopt;
   }
-  if (info->type == FileType::SymbolicLink || info->type == FileType::Other) {
-    Error cause =
-        info->type == FileType::SymbolicLink
-            ? QWFileManager::linkLeftOut(source)
-            : Error{std::errc::invalid_argument, source + " is neither a file nor a folder and was left out."};
-    QWLog::appendLog("%@", cause.text);
-    report_.skipped(FileAction::Copy, source, std::move(cause), item_);
+  if (std::optional<Error> cause = leftOut(source, info->type)) {
+    QWLog::appendLog("%@", cause->text);
+    report_.skipped(FileAction::Copy, source, std::move(*cause), item_);
     return std::nullopt;
   }
   Target target = targetFor(source, info->type);
@@ -371,7 +398,8 @@ Result<std::unique_ptr<FolderHold>> QWBackup::makeFolder(TaskReport& report) {
 WriteResult QWBackup::writeData(TaskReport& report, bool filesOnly) {
   const WriteResult result = write(report, filesOnly);
   if (result != WriteResult::Success && createdFolder_) report.noted(FileAction::Create, path_);  // as it was left
-  if (result != WriteResult::Success || !report.isWhole()) remarkOnEarlier(path_, report);
+  const bool isAsWanted = result == WriteResult::Success && report.isWhole() && report.unusedOperands().empty();
+  if (!isAsWanted) remarkOnEarlier(path_, report);
   return result;
 }
 
@@ -386,10 +414,13 @@ WriteResult QWBackup::write(TaskReport& report, bool filesOnly) {
     QWLog::appendLog("%@", possible.error().text);
     return refuse(possible.error());
   }
-  // With no item to copy the earlier backup would make way for nothing.
-  if (!filesOnly && children_.empty()) {
+  // With nothing to copy the earlier backup would make way for nothing.
+  const bool isFirst = filesOnly || QWFileManager::isMissingAtPath(path_);
+  if ((!filesOnly && children_.empty()) || (!isFirst && !haveFiles(children_, report))) {
     QWLog::appendLog("Unable to create backup - no files to backup");
-    if (!QWFileManager::isMissingAtPath(path_)) report.remark("No item was chosen: the earlier backup stays as it is.");
+    if (!isFirst)
+      report.remark(formatted("%@: the earlier backup stays as it is.",
+                              children_.empty() ? "No item was chosen" : "There are no files to back up"));
     return WriteResult::NoFiles;
   }
   const bool inheritsDefault = !filesOnly && !isDefault_ && wouldInheritDefault(path_);

@@ -42,6 +42,18 @@ TEST_F(BackupFormatTest, AFailedBackupTakesNothingAwayThatAnotherProcessPutThere
   }
 }
 
+TEST_F(BackupFormatTest, NoEarlierBackupMakesWayForNothing) {
+  setSmallCatalog("mine");
+  ASSERT_EQ(backupOfAll("Clean")->writeData(report_), WriteResult::Success);
+  const std::string file = home_ / "Library/Preferences/editor.plist";
+  fs::remove(file);
+  fs::create_symlink("elsewhere", file);
+  EXPECT_EQ(backupOfAll("Clean")->writeData(report_), WriteResult::NoFiles);
+  EXPECT_EQ(readFile(inLibrary("Clean.vnt/Users/user/Library/Preferences/editor.plist")), "mine");
+  EXPECT_THAT(report_.remarks(), ElementsAre("There are no files to back up: the earlier backup stays as it is."));
+  EXPECT_EQ(report_.count(FileReport::Outcome::Skipped, FileAction::Copy), 1u) << "the link";
+}
+
 // Whole is a backup whose settings are there, with the file as it was then.
 bool isWhole(const std::string& backup, const std::string& content) {
   const std::string copy = backup + "/Users/user/Library/Preferences/editor.plist";

@@ -212,11 +212,12 @@ TEST_F(CommandLineTest, UndoOfTheLibrarysTasksLeavesNoneOut) {
   EXPECT_EQ(run("--list-backups"), 0);
   EXPECT_THAT(output_.str(), HasSubstr("default"));
 
-  // A backup that only replaced another, and then found nothing to hold.
+  // A backup that would hold nothing replaces none, and leaves nothing to be taken back.
   for (const char* line : {"-trash -allfiles", "-backup A"}) EXPECT_EQ(run(line), 0);
-  EXPECT_FALSE(exists(library("/A.vnt")));
-  EXPECT_EQ(run("--undo"), 0);
   EXPECT_EQ(heldBy(library("/A.vnt")), kAll);
+  EXPECT_THAT(intact(), IsEmpty());
+  EXPECT_EQ(run("--undo"), 0);
+  EXPECT_EQ(intact(), kAll);
 
   // A restore without the copies is not whole.
   fs::remove_all(library("/A.vnt/Users"));

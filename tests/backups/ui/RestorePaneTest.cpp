@@ -269,8 +269,8 @@ TEST_F(RestorePaneTest, HandsFilesToOtherPrograms) {
 
 TEST_F(RestorePaneTest, UnlinkingMakesNoHalfBackup) {
   written("Linked", {"/tmp/a.fcp"});
-  for (const std::string& file : {prefs("editor.plist"), prefs("editor.layout"), avidFile("anna"), avidFile("ben")})
-    ASSERT_TRUE(disk_.remove(file));
+  files_.heal();
+  files_.fail(Operation::Write, std::errc::io_error);
   finishAfter(&QWRestoreOutlineController::unlinkProjects);
   EXPECT_THAT(alerts_, ElementsAre("Unable to unlink the projects"));
   EXPECT_THAT(informative_, HasSubstr("\nThe earlier backup is in the Trash: " + inTrash("Linked.vnt")));
