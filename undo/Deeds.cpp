@@ -9,6 +9,7 @@
 
 #include "backups/DefaultBackup.h"
 #include "base/Paths.h"
+#include "services/files/FolderWalk.h"
 #include "services/files/QWFileManager.h"
 #include "undo/TrashContents.h"
 #include "undo/TrashIndex.h"
@@ -162,6 +163,14 @@ void Inspection::lookForReplacement(ReceiptStep step, std::vector<ReceiptStep>& 
   if (step.traits && isFrom(step, *step.traits)) deeds.push_back(std::move(step));
 }
 
+bool holdsNothingNewer(const std::string& folder, Timestamp time) {
+  const auto isOld = [&](const std::string& path, const DirectoryEntry&) {
+    const auto traits = ownTraitsOf(path);
+    return traits && traits->modified <= time;
+  };
+  return walkFolder(folder, Detail::Names, Links::DoNotFollow, isOld, Unreadable::End);
+}
+
 // What taking it back does.
 FileAction inverseOf(FileAction action) {
   switch (action) {
@@ -233,10 +242,11 @@ std::optional<bool> isUnchanged(const ReceiptStep& deed, const Receipt& receipt)
   // Another file where a later update was taken back, but the same copy. It is kept in the Trash anyway.
   if (deed.action != FileAction::Replace && !present->isSameItem(*deed.traits)) return false;
   if (isCopyOf(*present, *deed.traits)) return true;
-  // A folder in which the task itself put a file anew has another time since.
-  return present->size == deed.traits->size && std::ranges::any_of(receipt.steps, [&](const ReceiptStep& step) {
-           return step.isDone && step.path != deed.path && paths::isWithin(step.path, deed.path);
-         });
+  // A folder in which the task itself put a file anew has another time since, but that file has not.
+  const bool wasWorkedIn = std::ranges::any_of(receipt.steps, [&](const ReceiptStep& step) {
+    return step.isDone && step.path != deed.path && paths::isWithin(step.path, deed.path);
+  });
+  return wasWorkedIn && present->size == deed.traits->size && holdsNothingNewer(deed.path, deed.traits->modified);
 }
 
 }  // namespace vantory

@@ -368,6 +368,10 @@ TEST_F(UndoTest, OverlappingItemsAreWholeAndComeBackWhole) {
     EXPECT_EQ(in(prefs("")), "12folder");
     EXPECT_TRUE(undo().isWhole());
     EXPECT_EQ(in(prefs("")), "34file");
+    task("restore", [&](TaskReport& restore) { backup->restore(restore); });
+    writeFile(prefs("sets/deep/b"), "x");  // of the same size
+    EXPECT_TRUE(undo().hasFailed(FileAction::Trash, prefs("sets"))) << "what a person changed stays";
+    EXPECT_EQ(readFile(prefs("sets/deep/b")), "x");
     fs::remove_all(*receiptFolder());
   }
 }
