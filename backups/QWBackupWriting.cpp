@@ -92,6 +92,8 @@ class ItemCopier {
   std::size_t copyItem(const QWPrefItem& item);
   // To be called when all items are.
   void trashReplaced() { replaced_.moveToTrash(report_); }
+  // Of an update: whether what the backup holds has to be noted anew.
+  bool tookNote() const { return tookNote_.value_or(false); }
 
  private:
   struct Target {
@@ -131,6 +133,7 @@ class ItemCopier {
   std::unordered_set<std::string> copies_;             // made in this run
   std::vector<std::string> copiedFolders_;             // of those, the folders
   std::unordered_map<std::string, std::string> kept_;  // of an update: where what a copy replaced is kept
+  std::optional<bool> tookNote_;                       // the same: none until anything is to be replaced
 };
 
 // A source that has vanished since it was found is none that the backup lacks.
@@ -244,6 +247,8 @@ Status ItemCopier::update(const std::string& source, const std::string& copy, Ma
   const auto kept = kept_.find(changed);
   const std::string place = kept == kept_.end() ? "" : kept->second;
   if (changed == copy) report_.planned(FileAction::Replace, {{.path = copy, .source = source, .place = place}}, item_);
+  // Only now: where it ends halfway, the receipt tells whose note is missing.
+  if (!tookNote_) tookNote_ = takeNoteOfHeldFiles(place_.path());
   if (Status keeping = keeps ? ReplacedCopies::keep(copy, place) : Status(); !keeping) return keeping;
   Status done = write(source, copy, manner, nullptr);
   if (done)
@@ -430,7 +435,6 @@ WriteResult QWBackup::write(TaskReport& report, bool filesOnly) {
     return refuse(hold.error());
   }
 
-  const bool notesHeld = !filesOnly || takeNoteOfHeldFiles(path_);
   ItemCopier copier(path_, filesOnly, report);
   PropertyListDictionary settings = copyApps(children_, copier);
   copier.trashReplaced();
@@ -453,7 +457,7 @@ WriteResult QWBackup::write(TaskReport& report, bool filesOnly) {
     if (const Status written = writeSettings(paths::join(path_, kBackupSettingsFile), settings); !written)
       return refuse(written.error());
   }
-  if (notesHeld) noteHeldFiles(path_);
+  if (!filesOnly || copier.tookNote()) noteHeldFiles(path_);
   if (const Status kept = isDefault_ ? setDefault() : Status(); !kept)
     report.remark(formatted("It could not be made the default backup. %@", kept.error().text));
   // Waiting for the disk leaves time. Deferred where no thread is to be had. A new backup may be on its way to the

@@ -286,13 +286,17 @@ void UndoRun::findReplacedCopies(const Deeds& deeds) {
   }
 }
 
-// What a run that was killed has kept of them.
+// What a run that was killed has kept of them. It has taken the backup's note also where it replaced nothing.
 void UndoRun::tidyReplacedCopies() {
   std::set<std::string> backups;
   for (const ReceiptStep& step : receipt_.steps)
     if (step.action == FileAction::Replace && isAllowed(step.path)) backups.insert(backupOf(step.path));
-  for (const std::string& backup : backups)
-    if (const auto held = holdBackupFolder(backup)) ReplacedCopies::tidy(backup);
+  for (const std::string& backup : backups) {
+    const auto held = holdBackupFolder(backup);
+    if (!held) continue;
+    ReplacedCopies::tidy(backup);
+    if (!receipt_.ended && !replaced_.contains(backup) && takeNoteOfHeldFiles(backup)) noted_.push_back(backup);
+  }
 }
 
 // What a run that was killed was putting together. Whoever does so holds it.

@@ -146,6 +146,15 @@ TEST_F(UndoTest, OfAKilledUpdateTheReplacedCopiesAreFound) {
   EXPECT_TRUE(undo().isWhole());
   EXPECT_EQ(readFile(copies + "b.plist"), "old");
 
+  // Killed before it replaced anything.
+  files_.heal();
+  files_.crashBefore(Operation::Commit);
+  EXPECT_THROW(task("update", [&](TaskReport& report) { backup->writeData(report, true); }), SimulatedCrash);
+  files_.heal();
+  cutNewestAt("{ ended");
+  EXPECT_TRUE(undo().isWhole());
+  EXPECT_TRUE(*fakes_.checksums.held(inLibrary("Set.vnt/Settings.plist"))) << "the note of what it holds";
+
   std::filesystem::remove_all(home_ / ".local/share/Trash");
   update("newest");
   std::filesystem::rename(inTrash("Set (replaced copies)"), inLibrary("Set (replaced copies)"));
