@@ -113,7 +113,8 @@ Carried carriedDefinitions(const PropertyListDictionary& settings, const Pattern
   // What a user's backup says must not guide the superuser's hand.
   if (Runtime::current().platform().users.isSuperuser()) {
     for (const PropertyList& entry : *list)
-      refuse(carried, entry, "for the superuser a definition in a backup does not count");
+      refuse(carried, entry,
+             "for the superuser a definition in a backup does not count, but with --home DIR before the task it does");
     return carried;
   }
   TakenNames taken;

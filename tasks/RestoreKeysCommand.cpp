@@ -6,6 +6,7 @@
 #include "base/Format.h"
 #include "services/TaskReport.h"
 #include "tasks/AppController.h"
+#include "tasks/KeyList.h"
 #include "tasks/NamedBackup.h"
 #include "tasks/TaskCommand.h"
 
@@ -15,6 +16,13 @@ namespace {
 
 int refuse(const CommandContext& context, const std::string& reason) {
   return context.refuse({.text = "Vantory: " + reason, .title = "Vantory", .description = reason, .console = reason});
+}
+
+// Why the backup is not known to hold it.
+std::string unknownItem(const std::string& key, const QWBackup& backup) {
+  TaskReport unknown;
+  noteUnknownKeys({key}, backup, unknown);
+  return unknown.unusedOperands().empty() ? "An empty word names no item." : unknown.unusedOperands().front().reason;
 }
 
 // The item that is meant by its key, or by the path of one of its files, to which the comparison is reduced then.
@@ -60,7 +68,7 @@ int restoreKeysCommand(const CommandContext& context) {
   const auto backup = backupToRead(*context.operand(1));
   if (!backup) return refuse(context, backup.error().text);
   if (!isPath && !library.prefItemForKey(operand) && !prefItemForKey((*backup)->children(), operand))
-    return refuse(context, formatted("Unknown item \"%@\". \"vantory --list-items\" lists the keys.", operand));
+    return refuse(context, unknownItem(operand, **backup));
   ComparisonRequest request{.after = *backup};
   if (!isPath) request.items = {operand};
   const auto item = itemMeant(compareBackups(request), isPath ? context.pathOperand(2) : operand);

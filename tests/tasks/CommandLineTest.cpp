@@ -705,6 +705,11 @@ TEST_F(CommandLineTest, CatalogFilesAreCheckedBesideOthers) {
   EXPECT_EQ(run("--check-catalog"), 1);
   EXPECT_EQ(run("--list-items"), 0);
   EXPECT_THAT(output_.str(), testing::AllOf(HasSubstr("\nedPrefs "), testing::EndsWith("editor.plist\n")));
+  EXPECT_EQ(run("-backup Carried edPrefs"), 0);
+  fakes_.users.superuser = true;
+  EXPECT_EQ(run("--restore-keys Carried edPrefs a"), 1);
+  EXPECT_THAT(fakes_.systemLog.messages().back(), HasSubstr("\"edPrefs\" of \"Editor\" stays in the backup: for the superuser"));
+  fakes_.users.superuser = false;
   for (const Alias& alias : aliasTable()) {
     AppDefinition definition;
     definition.items.emplace_back().key = alias.name;
