@@ -139,6 +139,9 @@ Error ItemRestoring::withCure(Error cause, const std::string& source) const {
 
 // What was restored before may hold links that lead on.
 Status ItemRestoring::checkPlace(const std::string& source, const std::string& destination) const {
+  if (QWFileManager::isLeftToOthers(destination))
+    return Error{std::errc::operation_not_permitted, destination + " belongs to another user"};
+  if (!rule_) return {};
   if (const std::string fault = rule_(destination); !fault.empty()) return notAllowed(destination, fault);
   const auto home = QWLocalPaths::userDirectory(), shared = QWLocalPaths::sharedUsersDirectory();
   const std::string root = home && paths::isWithin(destination, *home) ? *home : shared.value_or("/");
@@ -224,7 +227,7 @@ void ItemRestoring::restore(const Restorable& file) {
     return note(source, nowhere);
   }
   const std::string& destination = *file.place;
-  if (const Status allowed = rule_ ? checkPlace(source, destination) : Status(); !allowed) {
+  if (const Status allowed = checkPlace(source, destination); !allowed) {
     QWLog::appendLog("Copying file %@ to %@", source, destination);
     return note(destination, allowed);
   }

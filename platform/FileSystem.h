@@ -37,7 +37,8 @@ struct FileInfo {
   std::uint64_t size = 0;  // bytes of the item itself, never of a folder's contents
   Timestamp modified;
   FileIdentity identity;
-  bool locked = false;  // the immutable flag
+  bool locked = false;                      // the immutable flag
+  std::optional<std::uint32_t> owner = {};  // the user's id; none for what is only recorded
 };
 
 struct DirectoryEntry {

@@ -14,6 +14,7 @@ std::atomic<Runtime*> newest = nullptr;
 Runtime::Runtime(Platform& platform) : platform_(platform), previous_(newest.exchange(this)) {
   if (!previous_) return;
   isHomeNamed = previous_->isHomeNamed;
+  leavesOthersAlone = previous_->leavesOthersAlone;
   manyHomesRun = previous_->manyHomesRun;
 }
 

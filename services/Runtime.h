@@ -46,6 +46,9 @@ class Runtime {
   // Whether whoever started the program named the home: then backups have no part of its path, whatever its depth.
   // A runtime made within another has its answer.
   bool isHomeNamed = false;
+  // Whether the superuser named it, and so what others have in the folders that all users share is left alone.
+  // Likewise.
+  bool leavesOthersAlone = false;
   // The name of the run over many homes that this is part of; empty for none. Likewise.
   std::string manyHomesRun;
 

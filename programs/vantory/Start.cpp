@@ -40,7 +40,13 @@ Status workIn(const std::string& home) {
   return owner ? becomeOwner(*owner) : owner.error();
 }
 
-int runOnTerminal(Platform& platform, ProgressLine* line, bool isHomeNamed) {
+// Which home is meant was said by whoever started the program.
+void nameHome(Runtime& runtime, bool bySuperuser) {
+  runtime.isHomeNamed = true;
+  runtime.leavesOthersAlone = bySuperuser;
+}
+
+int runOnTerminal(Platform& platform, ProgressLine* line, bool isHomeNamed, bool bySuperuser) {
   std::optional<BeforeOutput> beforeOutput, beforeErrors;
   // What is printed does not share a row with the line of progress.
   if (line) {
@@ -48,7 +54,7 @@ int runOnTerminal(Platform& platform, ProgressLine* line, bool isHomeNamed) {
     beforeErrors.emplace(std::cerr, [line] { line->clear(); });
   }
   Runtime runtime(platform);
-  runtime.isHomeNamed = isHomeNamed;
+  if (isHomeNamed) nameHome(runtime, bySuperuser);
   runtime.shared<MainThread>();
   return runProgram(std::cout, std::cerr, replaceProgram);
 }
@@ -67,10 +73,11 @@ int runInMany(const HomeOptions& options, const LendPlatform& lendPlatform) {
   // A preview tells which homes the task would pass over.
   const bool onlyAsks = beginsWithQuestion(options.arguments) && !beginsWithPreview(options.arguments);
   const std::string name = nameOfRun();
+  const bool bySuperuser = getuid() == 0;
   const auto onPlatform = [&](const auto& work) {
     lendPlatform(arguments, false, [&](Platform& platform, ProgressLine*) {
       Runtime runtime(platform);
-      runtime.isHomeNamed = true;
+      nameHome(runtime, bySuperuser);
       runtime.manyHomesRun = name;
       runtime.shared<MainThread>();
       work();
@@ -98,13 +105,14 @@ int runInMany(const HomeOptions& options, const LendPlatform& lendPlatform) {
 }  // namespace
 
 int start(HomeOptions options, const LendPlatform& lendPlatform) {
+  const bool bySuperuser = getuid() == 0;  // before it becomes the owner
   if (options.home && !options.fault)
     if (const Status status = workIn(*options.home); !status.ok()) options.fault = status.error().text;
   if (options.fault) return refuseLine(*options.fault, options.arguments, std::cout, std::cerr);
   if (options.isForMany()) return runInMany(options, lendPlatform);
   int code = 0;
   lendPlatform(options.arguments, true, [&](Platform& platform, ProgressLine* line) {
-    code = runOnTerminal(platform, line, options.home.has_value());
+    code = runOnTerminal(platform, line, options.home.has_value(), bySuperuser);
   });
   return code;
 }

@@ -54,6 +54,9 @@ class QWFileManager {
   static bool itemExistsAtPath(const std::string& path);
   // Whether two paths lead to one item, by links or ".." too; false where either leads nowhere.
   static bool isSameItem(const std::string& path, const std::string& otherPath);
+  // Whether it lies in a folder that all users share and is another user's, which is left alone in a home that the
+  // superuser named; else false.
+  static bool isLeftToOthers(const std::string& path);
   // Whether it is certain that nothing bears this name; false where that cannot be told.
   static bool isMissingAtPath(const std::string& path);
   // The path itself, or with " 2", " 3" ... before its extension: the first that does not exist.

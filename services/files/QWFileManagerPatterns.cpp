@@ -96,6 +96,11 @@ Paths expand(const std::string& pattern, const std::string& start, TaskReport* r
   return found;
 }
 
+Paths withoutOthers(Paths found) {
+  std::erase_if(found, QWFileManager::isLeftToOthers);
+  return found;
+}
+
 }  // namespace
 
 bool QWFileManager::isWildcardPath(std::string_view path) {
@@ -103,8 +108,7 @@ bool QWFileManager::isWildcardPath(std::string_view path) {
 }
 
 Paths QWFileManager::filesMatchingWildcardPath(const std::string& pattern) {
-  if (!isWildcardPath(pattern)) return {pattern};
-  return expand(pattern, "/");
+  return withoutOthers(isWildcardPath(pattern) ? expand(pattern, "/") : Paths{pattern});
 }
 
 Paths QWFileManager::filesMatchingWildcardPath(const std::string& pattern, const std::string& fromBasePath) {
@@ -113,8 +117,7 @@ Paths QWFileManager::filesMatchingWildcardPath(const std::string& pattern, const
 }
 
 Paths QWFileManager::filesMatchingWildcardPath(const std::string& pattern, TaskReport& report) {
-  if (!isWildcardPath(pattern)) return {pattern};
-  return expand(pattern, "/", &report);
+  return withoutOthers(isWildcardPath(pattern) ? expand(pattern, "/", &report) : Paths{pattern});
 }
 
 Paths QWFileManager::filesMatchingWildcardPath(const std::string& pattern, const std::string& fromBasePath,

@@ -7,6 +7,8 @@
 #include "base/Text.h"
 #include "platform/Clock.h"
 #include "platform/FileMetadata.h"
+#include "platform/Users.h"
+#include "services/QWLocalPaths.h"
 #include "services/Runtime.h"
 #include "services/files/FolderWalk.h"
 #include "services/files/Items.h"
@@ -75,6 +77,15 @@ bool QWFileManager::isSameItem(const std::string& path, const std::string& other
   const auto one = files().info(path, Links::Follow);
   const auto other = files().info(otherPath, Links::Follow);
   return one && other && one->identity == other->identity;
+}
+
+bool QWFileManager::isLeftToOthers(const std::string& path) {
+  if (!Runtime::current().leavesOthersAlone) return false;
+  const auto shared = QWLocalPaths::sharedUsersDirectory();
+  if (!shared || !paths::isWithin(path, *shared)) return false;
+  const auto user = Runtime::current().platform().users.processUser();
+  const auto info = files().info(path, Links::DoNotFollow);
+  return user && info && info->owner && *info->owner != user->id;
 }
 
 bool QWFileManager::isMissingAtPath(const std::string& path) {

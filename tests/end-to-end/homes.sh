@@ -80,6 +80,18 @@ as_root setpriv --reuid=vanna --regid=64201 --clear-groups "$program" --homes $v
 check "for an ordinary user; what is remarked upon a success is told" eval 'ended 0 && row $vanna "vanna +1 +0 +0 +.*ab"'
 as_root "$program" --homes "$all/v*" $all/lost+found --busy -backup Two
 check "--busy" eval 'ended 0 && kept $vanna Two && kept $vgreeter Two && own $vgreeter'
+# Of what all users share each has their own.
+avid="/Users/Shared/AvidMediaComposer/Avid Users"
+for user in vanna vgreeter; do put "$avid/$user/$user.ave"; chown -R $user "$avid/$user"; done
+chmod -R a+rwX /Users/Shared
+as_root "$program" --homes $vanna $vgreeter --busy -backup Shared avidPrefs
+check "nobody's home gets what is another's in a shared folder" eval 'ended 0 && [ -e "$(library_of $vanna)/Shared.vnt$avid/vanna/vanna.ave" ] && [ ! -e "$(library_of $vanna)/Shared.vnt$avid/vgreeter/vgreeter.ave" ]'
+as_root "$program" --homes $vanna --busy --preview trash avidPrefs
+check "nor is it touched there" eval 'grep -q "vanna/vanna.ave" "$work/out" && not grep -q "vgreeter.ave" "$work/out"'
+chown vgreeter "$avid/vanna/vanna.ave"
+as_root "$program" --home $vanna -restore "$(library_of $vanna)/Shared.vnt"
+check "nor replaced" eval 'grep -q "vanna.ave belongs to another user" "$work/err" && [ -z "$(find $vanna -name vanna.ave -path "*Trash*")" ]'
+rm -r /Users/Shared/*
 as_root "$program" --homes $vanna $vgreeter --busy --json -trash
 check "--json: an object a line" eval 'ended 0 && [ "$(jq -sc "map([.home, .owner, .done, .report.task]) | sort" "$work/out")" = "[[\"$vanna\",\"vanna\",1,\"trash\"],[\"$vgreeter\",\"vgreeter\",1,\"trash\"]]" ]'
 put $vanna/Library/Preferences/com.apple.color.plist own; chown vanna $vanna/Library/Preferences/*
@@ -91,7 +103,7 @@ as_root "$program" --homes $vanna $vgreeter --verify Two
 check "a question to each, busy or not" eval 'ended 0 && [ "$(grep -c "sound" "$work/out")" = 2 ]'
 put "$(library_of $vanna)/Two.vnt/Users/user/Library/Preferences/$motion" spoilt
 as_root "$program" --homes $vanna --verify
-check "whose backups are damaged" eval 'ended 3 && row $vanna "1 of 3 backups is damaged: Two[.]$"'
+check "whose backups are damaged" eval 'ended 3 && row $vanna "1 of 4 backups is damaged: Two[.]$"'
 rm $vanna/Library/Preferences/$motion
 as_root "$program" --homes $vanna $vgreeter --busy -backup Three motionPrefs
 check "nothing there in one of them is no fault" eval 'ended 0 && row $vanna "There was nothing"'

@@ -28,6 +28,7 @@ FileInfo infoOf(const struct statx& status) {
   info.modified = {status.stx_mtime.tv_sec, static_cast<std::int32_t>(status.stx_mtime.tv_nsec)};
   info.identity = {makedev(status.stx_dev_major, status.stx_dev_minor), status.stx_ino};
   info.locked = (status.stx_attributes & STATX_ATTR_IMMUTABLE) != 0;
+  info.owner = status.stx_uid;
   return info;
 }
 

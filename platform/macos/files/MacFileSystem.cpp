@@ -90,6 +90,7 @@ Result<FileInfo> MacFileSystem::info(const std::string& path, Links links) const
   info.modified = {status.modified.tv_sec, static_cast<std::int32_t>(status.modified.tv_nsec)};
   info.identity = {status.device, status.number};
   info.locked = (status.flags & (darwin::kImmutable | darwin::kSystemImmutable)) != 0;
+  info.owner = status.owner;
   return info;
 }
 
