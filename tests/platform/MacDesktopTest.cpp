@@ -134,9 +134,13 @@ TEST_F(MacDesktopTest, PreferencesThatAreReplacedAreReadAnew) {
   EXPECT_EQ(tools_.calls(), calls + calls) << "what it was handed at the end of an application is written first";
   ASSERT_TRUE(workspace_.launchApplication("com.example.App"));
   EXPECT_EQ(tools_.calls(), calls + calls + calls + "open -b com.example.App\n");
+  ASSERT_TRUE(files_.write(other, "", {}));
+  daemon_->forgetChanged();
+  const std::string sofar = calls + calls + calls + "open -b com.example.App\n" + calls;
+  EXPECT_EQ(tools_.calls(), sofar) << "the program's own settings, too";
   ASSERT_TRUE(files_.move(scratch_ / "saved", file));
   daemon_.reset();
-  EXPECT_EQ(tools_.calls(), calls + calls + calls + "open -b com.example.App\n" + calls) << "at the end at the latest";
+  EXPECT_EQ(tools_.calls(), sofar + calls) << "at the end at the latest";
 }
 
 }  // namespace

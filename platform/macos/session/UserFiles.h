@@ -6,13 +6,17 @@
 
 namespace vantory {
 
-// Copies and changes items when the daemon has been told. The program's own files it writes and reads as they are: the
-// daemon has nothing of them.
+// Copies and changes items when the daemon has been told. The program's own settings it reads as they are, and writes
+// as any others: a person may have asked the daemon for them.
 class UserFiles : public MacFileSystem {
  public:
   // The daemon outlives it.
   explicit UserFiles(PreferencesDaemon& daemon) : daemon_(daemon) {}
 
+  Status write(const std::string& path, std::string_view bytes, WriteOptions options) override {
+    daemon_.beforeChange(path);
+    return MacFileSystem::write(path, bytes, options);
+  }
   Result<std::unique_ptr<StagedCopy>> stageCopy(const CopyRequest& request) override {
     daemon_.beforeReading(request.source);
     daemon_.beforeChange(request.destination);
