@@ -66,6 +66,8 @@ class ItemTrashing {
   void plan(const std::vector<std::string>& paths) { report_.planned(FileAction::Trash, paths, item_); }
   // The file, and its companion. A path that is not known to exist is looked for first.
   void trash(const std::string& path, bool exists, Companions& companions) {
+    // A pattern may match a file and its companion.
+    if (companions_.contains(path)) return;
     // What cannot even be looked at is tried too, so that its failure is told.
     if (exists || !QWFileManager::isMissingAtPath(path)) {
       if (!exists) plan({path});
@@ -75,21 +77,24 @@ class ItemTrashing {
     if (const auto companion = companions.of(path)) {
       plan({*companion});
       move(*companion);
+      companions_.insert(*companion);
     }
   }
   int count() const { return count_; }
 
  private:
-  // Only what has arrived in the Trash is counted.
+  // Only what has arrived in the Trash is counted. With no place there another task was sooner.
   void move(const std::string& path) {
     const auto place = QWFileManager::trashFile(path, kTimeout, report_);
     if (!place) return report_.failed(FileAction::Trash, path, place.error(), item_);
+    if (place->empty()) return;
     report_.done(FileAction::Trash, path, item_, *place);
     ++count_;
   }
 
   const std::string& item_;  // its key
   TaskReport& report_;
+  std::set<std::string> companions_;  // those that have had their turn
   int count_ = 0;
 };
 

@@ -30,6 +30,13 @@ TEST_F(ItemOperationsTest, TrashTakesCompanionsAndLinksToNothing) {
   }
 }
 
+TEST_F(ItemOperationsTest, TrashCountsACompanionOnceThatThePatternMatchesToo) {
+  for (const char* name : {"Cut", "Cut.lockfile"}) writeFile(home_ / (std::string("Macros/") + name), name);
+  EXPECT_EQ(itemWith({home_ / "Macros/*"})->trash(report_), 2);
+  EXPECT_EQ(report_.files().size(), 2U);
+  EXPECT_THAT(logged(), ElementsAre("Trashing file " + (home_ / "Macros/Cut")));
+}
+
 TEST_F(ItemOperationsTest, TrashGoesOnAfterAFailureAndTakesTickedUsersOnly) {
   for (const char* name : {"own", "on", "mixed"}) writeFile(home_ / name, name);
   const auto item = itemWith({home_ / "own"});
