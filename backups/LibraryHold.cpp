@@ -2,6 +2,7 @@
 #include "backups/LibraryHold.h"
 
 #include "services/Runtime.h"
+#include "services/TaskReport.h"
 #include "services/files/QWFileManager.h"
 #include "services/log/QWLog.h"
 
@@ -25,6 +26,20 @@ Result<std::string> clearBackupPath(const std::string& path) {
   if (place || QWFileManager::isMissingAtPath(path)) return place ? place : std::string();
   QWLog::appendLog("%@ could not be moved to the Trash and is left as it was", path);
   return place.error();
+}
+
+bool returnedFromTrash(const std::string& place, const std::string& path, TaskReport& report) {
+  if (place.empty() || !QWFileManager::isMissingAtPath(path)) return false;
+  QWLog::appendLog("Putting %@ back to %@", place, path);
+  const Status moved = QWFileManager::putBackFile(place, path, 10s, report);
+  if (!moved) QWLog::appendLog("%@", moved.error().text);
+  return moved.ok();
+}
+
+void noteCleared(const std::string& path, const std::string& place, TaskReport& report) {
+  if (place.empty()) return;
+  QWLog::appendLog("What was %@ is in the Trash now: %@", path, place);
+  report.done(FileAction::Trash, path, {}, place);
 }
 
 }  // namespace vantory

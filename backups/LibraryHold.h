@@ -8,6 +8,8 @@
 
 namespace vantory {
 
+class TaskReport;
+
 // Takes hold of a backup's folder or of the library's, waiting at most two seconds for another process that works there
 // (timed_out).
 Result<std::unique_ptr<FolderHold>> holdBackupFolder(const std::string& folder);
@@ -16,5 +18,12 @@ Result<std::unique_ptr<FolderHold>> holdBackupFolder(const std::string& folder);
 // where it lies there, nothing where nothing was in the way; a failure is in the log. To be called with the folder
 // above held.
 Result<std::string> clearBackupPath(const std::string& path);
+
+// Puts what was moved to the Trash back to its path, where nothing new has come to be. False where it stays in the
+// Trash, or where the place there is empty because nothing was moved.
+bool returnedFromTrash(const std::string& place, const std::string& path, TaskReport& report);
+
+// Notes what was moved to the Trash for good; nothing where the place is empty.
+void noteCleared(const std::string& path, const std::string& place, TaskReport& report);
 
 }  // namespace vantory

@@ -321,9 +321,7 @@ Status clearPath(const std::string& path, TaskReport& report) {
   if (!QWFileManager::isMissingAtPath(path)) report.planned(FileAction::Trash, std::vector{path});
   const auto place = clearBackupPath(path);
   if (!place) return place.error();
-  if (place->empty()) return {};
-  QWLog::appendLog("What was %@ is in the Trash now: %@", path, *place);
-  report.done(FileAction::Trash, path, {}, *place);
+  noteCleared(path, *place, report);
   return {};
 }
 

@@ -18,11 +18,14 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// An automatic backup takes no name that is in use among the manual ones either.
-std::string freeNameIn(const std::string& folder, const std::string& wanted) {
-  const auto isTaken = [&folder](const std::string& name) {
-    return QWDataController::uniqueBackupName(name) != name ||
-           QWFileManager::itemExistsAtPath(paths::join(folder, backupFileName(name)));
+// An automatic backup takes no name that is in use among the manual ones either. On a disk that takes no heed of case
+// the backup itself bears its own name in other letters.
+std::string freeNameFor(const QWBackup& backup, const std::string& wanted) {
+  const std::string folder = paths::parent(backup.path());
+  const auto isTaken = [&](const std::string& name) {
+    const std::string path = paths::join(folder, backupFileName(name));
+    if (QWFileManager::isSameItem(backup.path(), path)) return false;
+    return QWDataController::uniqueBackupName(name) != name || QWFileManager::itemExistsAtPath(path);
   };
   std::string name = wanted;
   for (int number = 2; isTaken(name); ++number) name = formatted("%@-%i", wanted, number);
@@ -75,8 +78,7 @@ Result<std::string> QWDataController::removeBackup(const std::shared_ptr<QWBacku
 Result<std::string> QWDataController::renameBackup(const QWBackup& backup, const std::string& name,
                                                    TaskReport& report) {
   const auto holds = holdBackup(backup.path());
-  const std::string folder = paths::parent(backup.path());
-  std::string path = paths::join(folder, backupFileName(freeNameIn(folder, name)));
+  std::string path = paths::join(paths::parent(backup.path()), backupFileName(freeNameFor(backup, name)));
   const bool inheritsDefault = wouldInheritDefault(path);
   if (holds) report.planned(FileAction::Move, {{.path = backup.path(), .place = path}});
   const Status moved = holds ? QWFileManager::moveFile(backup.path(), path, 20s) : holds.status();

@@ -41,15 +41,13 @@ Status copyToLibrary(const std::string& source, const std::string& target, TaskR
   if (!QWFileManager::isMissingAtPath(target)) report.planned(FileAction::Trash, std::vector{target});
   const auto cleared = clearBackupPath(target);
   if (!cleared) return cleared.error();
-  if (!cleared->empty()) {
-    QWLog::appendLog("What was %@ is in the Trash now: %@", target, *cleared);
-    report.done(FileAction::Trash, target, {}, *cleared);
-  }
   report.planned(FileAction::Create, std::vector{target});
   Status named = copy ? (*copy)->commit(StagedCopy::Existing::Keep) : Status(copy.error());
   if (!named && !copy) named = QWFileManager::copyFile(source, target, 10s);
-  if (named) report.noted(FileAction::Create, target);
-  return named ? files().sync(target) : named;
+  if (named || !returnedFromTrash(*cleared, target, report)) noteCleared(target, *cleared, report);
+  if (!named) return named;
+  report.noted(FileAction::Create, target);
+  return files().sync(target);
 }
 
 // Whether a backup of the name, which is that of a folder, may be there.

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "backups/BackupNaming.h"
+#include "backups/LibraryHold.h"
 #include "backups/QWDataController.h"
 #include "backups/ui/BackupDialogView.h"
 #include "backups/ui/BackupNames.h"
@@ -61,12 +62,17 @@ bool askToReplace(const std::string& name, const std::string& target) {
        .defaultButton = "Replace",
        .alternateButton = "Cancel",
        .informativeText =
-           formatted("%@. A file with the same name already exists at %@. Replacing it will send the "
-                     "old file to the Trash and put the new one in its place.",
-                     nameAndDate(*QWBackup::backupWithName(name, target)), withTilde(paths::parent(target))),
+           formatted("A file with the same name already exists at %@. Replacing it will send the old file to the "
+                     "Trash and put the new one in its place.\n%@.",
+                     withTilde(paths::parent(target)), nameAndDate(*QWBackup::backupWithName(name, target))),
        .parentWindow = AlertParent::BackupDialog});
   QWLog::appendLog(answer == QWAlert::Default ? "User chose to replace" : "User cancelled backup");
   return answer == QWAlert::Default;
+}
+
+// Whether something else bears the name. On a disk that takes no heed of case it may be the edited backup itself.
+bool isAnotherBackup(const std::string& target, const std::string& edited) {
+  return QWFileManager::itemExistsAtPath(target) && !QWFileManager::isSameItem(edited, target);
 }
 
 // Nothing to do for a new backup, and for one that keeps its name. What bears the new name goes to the Trash. A backup
@@ -74,15 +80,17 @@ bool askToReplace(const std::string& name, const std::string& target) {
 void rename(QWBackup& backup, const std::string& name, const std::string& target, TaskReport& report) {
   if (backup.name() == name) return;
   QWLog::appendLog("Backup is being renamed from %@ to %@", backup.name(), name);
-  if (QWFileManager::itemExistsAtPath(target)) {
+  std::string earlier;
+  if (isAnotherBackup(target, backup.path())) {
     report.planned(FileAction::Trash, std::vector{target});
     const auto place = QWFileManager::trashFile(target, 10s, report);
-    report.add(FileAction::Trash, target, place.status(), {}, place ? *place : "");
+    if (!place) report.failed(FileAction::Trash, target, place.error());
     if (!place) return reportFailure("Unable to rename the backup", place.error().text);
-    QWLog::appendLog("What was %@ is in the Trash now: %@", target, *place);
+    earlier = *place;
   }
   report.planned(FileAction::Move, {{.path = backup.path(), .place = target}});
   const Status moved = QWFileManager::moveFile(backup.path(), target, 10s, report);
+  if (moved || !returnedFromTrash(earlier, target, report)) noteCleared(target, earlier, report);
   report.add(FileAction::Move, backup.path(), moved, {}, target);
   if (!moved) return reportFailure("Unable to rename the backup", moved.error().text);
   MainThread::shared().runAndWait([&] {
@@ -119,7 +127,7 @@ void QWBackupEditController::backup() {
     return reportFailure("There is no folder for backups", "Please choose one in the settings.",
                          AlertParent::BackupDialog);
   const std::string target = paths::join(*location, backupFileName(name));
-  const bool replaces = !isEditedName(name) && QWFileManager::itemExistsAtPath(target);
+  const bool replaces = !isEditedName(name) && isAnotherBackup(target, editedBackup_ ? editedBackup_->path() : "");
   if (replaces && !askToReplace(name, target)) return;
 
   // From here on the dialog is free for another backup.

@@ -171,8 +171,12 @@ TEST_F(LibraryTest, AFailedImportChangesNothing) {
   makeBackup(inLibrary("A.vnt"), "mine");
   makeBackup(inLibrary("B.vnt"), "mine");
   makeBackup(machine_ / "A.vnt", "foreign");
-  files_.fail(Operation::StageCopy, std::errc::no_space_on_device);
-  EXPECT_FALSE(controller().addBackupFromFile(machine_ / "A.vnt", report_));
+  for (const auto cause : {std::errc::no_space_on_device, std::errc::permission_denied}) {
+    files_.fail(Operation::StageCopy, cause, FaultyFileSystem::kEveryCall);
+    EXPECT_FALSE(controller().addBackupFromFile(machine_ / "A.vnt", report_));
+    files_.heal();
+    EXPECT_FALSE(exists(inTrash("A.vnt"))) << "also where only rights were missing, and were not given";
+  }
   EXPECT_THAT(logged(), testing::Contains("Unable to copy file " + (machine_ / "A.vnt") + " to " + inLibrary("A.vnt")));
   makeBackup(machine_ / "B.vnt2", "foreign");
   makeFolders(machine_ / "Photos");

@@ -130,7 +130,7 @@ TEST_F(BackupDialogTest, ReplacingAsksAndKeepsTheOldOneInTheTrash) {
     EXPECT_EQ(dialog_.isShown, !replaces);
     EXPECT_EQ(exists(inTrash("Clean.vnt/Settings.plist")), replaces);
   }
-  EXPECT_THAT(informative_, testing::StartsWith("\"Clean\" of " + date + ". "));
+  EXPECT_THAT(informative_, testing::EndsWith("\n\"Clean\" of " + date + "."));
   EXPECT_THAT(informative_, HasSubstr("already exists at ~/Library/Application Support/Quarrywell/Vantory/Backups. "));
   EXPECT_TRUE(exists(inLibrary("Clean.vnt/Settings.plist")));
 }
@@ -148,6 +148,16 @@ TEST_F(BackupDialogTest, EditingRenamesAndWritesAnew) {
   confirm("Cleaner");
   EXPECT_THAT(alerts_, IsEmpty()) << "its own name is no reason to ask";
   EXPECT_EQ(edit_.editedBackup(), nullptr);
+}
+
+TEST_F(BackupDialogTest, ARenameThatFailsKeepsBothBackups) {
+  for (const char* name : {"Clean", "Other"}) confirm(name);
+  edit_.editBackup(listed("Clean"));
+  files_.fail(Operation::Move, std::errc::io_error, 1);
+  confirm("Other");
+  for (const char* name : {"Clean.vnt/Settings.plist", "Other.vnt/Settings.plist"})
+    EXPECT_TRUE(exists(inLibrary(name))) << name;
+  EXPECT_THAT(alerts_, testing::Contains("Unable to rename the backup"));
 }
 
 TEST_F(BackupDialogTest, ListsProjectsOnce) {
