@@ -95,6 +95,8 @@ class QWBackup : public BackupNode {
   std::string flaw() const;
   // The same as the beginning of a sentence, with the backup's name and the cause: "\"Torn\" is incomplete".
   std::string flawInWords() const;
+  // What a person is told where an update found none of the files.
+  static constexpr const char* kNothingToUpdate = "None of its files is there now: the backup is as it was.";
 
   // Writes the backup and returns when it is on disk. With filesOnly the files of an existing backup are replaced one
   // by one, what they were goes to the Trash, and its settings stay. A folder that bears the path already goes to the

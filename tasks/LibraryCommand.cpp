@@ -145,7 +145,7 @@ int updateCommand(const CommandContext& context) {
     const WriteResult result = backup->writeData(context.report, true);
     const std::size_t copied = context.report.count(FileReport::Outcome::Done, FileAction::Copy);
     if (result == WriteResult::Success && copied == 0 && context.report.isWhole())
-      context.report.notice("None of its files is there now: the backup is as it was.");
+      context.report.notice(QWBackup::kNothingToUpdate);
     const char* earlier = context.report.hasDone(FileAction::Trash) ? " The earlier copies are in the Trash." : "";
     context.report.summarize(formatted("Put %@ into \"%@\".%@", counted(copied, "file"), backup->name(), earlier));
     return 0;

@@ -22,6 +22,8 @@ namespace vantory {
 
 namespace {
 
+constexpr const char* kNotUpdated = "Unable to update files";
+
 // Lists the library anew too, so that the pane no longer offers it.
 void reportVanished(const QWBackup& backup) {
   QWDataController::sharedController().populateBackups();
@@ -152,7 +154,9 @@ void QWRestoreOutlineController::unlinkProjects() {
     const auto write = [&] {
       TaskReport report;
       const TaskReceipt receipt(report, {.name = "backup", .operands = {backup->name()}});
-      return backup->writeData(report) == WriteResult::Success || !reportFailedWriting(*backup, report);
+      if (backup->writeData(report) != WriteResult::Success) return !reportFailedWriting(*backup, report);
+      tellNotices(report);
+      return report.isWhole() || !reportWriting("Not everything could be backed up", "", report);
     };
     while (!write()) {
     }
@@ -161,7 +165,10 @@ void QWRestoreOutlineController::unlinkProjects() {
 
 void QWRestoreOutlineController::updateFiles() {
   const auto backup = selectedBackup();
-  if (backup && askToUpdate(*backup)) startTask([this, backup] { updateBackupFilesOnThread(backup); });
+  if (!backup) return;
+  if (!backup->isComplete())
+    return reportFailure(kNotUpdated, backup->flawInWords() + ". Only a backup that is whole can be updated.");
+  if (askToUpdate(*backup)) startTask([this, backup] { updateBackupFilesOnThread(backup); });
 }
 
 void QWRestoreOutlineController::updateBackupFilesOnThread(const std::shared_ptr<QWBackup>& backup) {
@@ -180,7 +187,11 @@ bool QWRestoreOutlineController::updateOnce(QWBackup& backup) {
   receipt.end();
   mainThread.runAndWait([this] { parts_.spinner.stopAnimation(); });
   if (written != WriteResult::Success || !report.isWhole())
-    return reportWriting("Unable to update files", "An error occurred when updating files for this backup.", report);
+    return reportWriting(kNotUpdated, "An error occurred when updating files for this backup.", report);
+  if (report.count(FileReport::Outcome::Done, FileAction::Copy) == 0) {
+    reportFailure(kNotUpdated, QWBackup::kNothingToUpdate);
+    return false;
+  }
   QWAlert::alertSheetWithMessageText("Files successfully updated",
                                      "This backup is now using the latest preferences on your system.");
   return false;
@@ -219,11 +230,11 @@ bool QWRestoreOutlineController::keyUp(OutlineKey key) {
   const auto backup = rowAs<QWBackup>(parts_.outline.selectedItem());
   if (key != OutlineKey::Delete || !backup) return false;
   QWLog::appendLog("User tried to delete backup %@. Asking for confirmation.", backup->name());
-  if (QWAlert::alertSheetWithMessageText(
-          {.messageText = "Are you sure you wish to remove this backup?",
-           .defaultButton = "Remove",
-           .alternateButton = "Cancel",
-           .informativeText = nameAndDate(*backup) + ". The backup will be placed in the Trash."}) != QWAlert::Default)
+  if (QWAlert::alertSheetWithMessageText({.messageText = "Are you sure you wish to remove this backup?",
+                                          .defaultButton = "Remove",
+                                          .alternateButton = "Cancel",
+                                          .informativeText = "The backup will be placed in the Trash.\n" +
+                                                             nameAndDate(*backup) + "."}) != QWAlert::Default)
     return true;
   QWLog::appendLog("User chose to remove backup");
   runOnThread([this, backup] {

@@ -227,6 +227,23 @@ TEST_F(RestorePaneTest, UpdatingAsksFirstAndClaimsNoMoreThanWasDone) {
                                    question, "Some files were left out"));
 }
 
+TEST_F(RestorePaneTest, UpdatingClaimsNothingWhereNothingWasUpdated) {
+  written("Torn");
+  std::filesystem::remove(inLibrary("Torn.vnt/Settings.plist"));
+  controller().populateBackups();
+  select(listed("Torn"));
+  finishAfter(&QWRestoreOutlineController::updateFiles);
+  EXPECT_THAT(alerts_, ElementsAre("Unable to update files"));
+  EXPECT_THAT(informative_, HasSubstr("\"Torn\" is incomplete"));
+
+  written("Clean");
+  for (const char* name : {"editor.plist", "editor.layout"}) ASSERT_TRUE(disk_.remove(prefs(name)));
+  for (const char* user : {"anna", "ben"}) ASSERT_TRUE(disk_.remove(avidFile(user)));
+  finishAfter(&QWRestoreOutlineController::updateFiles);
+  EXPECT_EQ(alerts_.back(), "Unable to update files");
+  EXPECT_EQ(informative_, QWBackup::kNothingToUpdate);
+}
+
 TEST_F(RestorePaneTest, TheDeleteKeyRemovesBackupsOnly) {
   select(written("Clean")->children()[0]);
   EXPECT_FALSE(pane_.keyUp(OutlineKey::Delete)) << "an application is no backup";
@@ -239,7 +256,7 @@ TEST_F(RestorePaneTest, TheDeleteKeyRemovesBackupsOnly) {
   EXPECT_TRUE(pane_.keyUp(OutlineKey::Delete));
   finishWork();
   EXPECT_TRUE(exists(inLibrary("Clean.vnt"))) << "the person thought better of it";
-  EXPECT_THAT(informative_, testing::StartsWith("\"Clean\" of " + localTimeText(*listed("Clean")->date(), "%Y")));
+  EXPECT_THAT(informative_, HasSubstr("\n\"Clean\" of " + localTimeText(*listed("Clean")->date(), "%Y")));
 
   answer_ = QWAlert::Default;
   files_.fail(Operation::Trash, std::errc::read_only_file_system, FaultyFileSystem::kEveryCall);
@@ -265,6 +282,14 @@ TEST_F(RestorePaneTest, HandsFilesToOtherPrograms) {
   outline_.selected = pane_.child(0, nullptr);
   finishAfter(&QWRestoreOutlineController::revealFinder);
   EXPECT_THAT(fakes_.documents.opened, ElementsAre(inLibrary("Autosaves")));
+}
+
+TEST_F(RestorePaneTest, UnlinkingTellsOfAFileThatTheBackupNowLacks) {
+  written("Linked", {"/tmp/a.fcp"});
+  std::filesystem::remove(prefs("editor.plist"));
+  std::filesystem::create_symlink(home_ / "elsewhere", prefs("editor.plist"));
+  finishAfter(&QWRestoreOutlineController::unlinkProjects);
+  EXPECT_THAT(alerts_, ElementsAre("Some files were left out"));
 }
 
 TEST_F(RestorePaneTest, UnlinkingMakesNoHalfBackup) {
