@@ -31,8 +31,8 @@ bool isUnknown(const std::shared_ptr<QWBackup>& backup) {
 }
 
 // Of those sorted by date the complete ones beyond the newest `maximum`, and the incomplete ones that a complete one
-// has followed: neither a run that failed nor a backup that was damaged since pushes a good one out. One whose removal
-// was cut off has a new date, but still the name of its time.
+// has followed. The default backup stays: somebody chose it. Neither a run that failed nor a backup that was damaged
+// since pushes a good one out. One whose removal was cut off has a new date, but still the name of its time.
 BackupList surplus(const BackupList& backups, std::size_t maximum) {
   // Where the settings of none can be understood, that tells nothing of any.
   const bool tellsApart = std::ranges::any_of(backups, [](const auto& backup) { return backup->isComplete(); });
@@ -42,7 +42,7 @@ BackupList surplus(const BackupList& backups, std::size_t maximum) {
   BackupList found;
   for (auto backup = backups.rbegin(); backup != backups.rend(); ++backup) {
     const bool complete = isComplete(*backup);
-    if (!complete && isUnknown(*backup)) continue;
+    if ((!complete && isUnknown(*backup)) || (*backup)->isDefault()) continue;
     const bool isFollowed = newerComplete > 0 || (newest != backups.rend() && (*backup)->name() < (*newest)->name());
     if (complete ? newerComplete >= maximum : isFollowed) found.push_back(*backup);
     newerComplete += complete;

@@ -1,13 +1,27 @@
 // How preferences are trashed, for whoever asked for it.
 #include "tasks/TrashRun.h"
 
+#include "backups/BackupNaming.h"
 #include "backups/QWDataController.h"
+#include "base/Format.h"
 #include "services/TaskReport.h"
 #include "services/log/QWLog.h"
 #include "services/settings/QWUserDefaults.h"
 #include "services/settings/SettingsKeys.h"
 
 namespace vantory {
+
+namespace {
+
+// Where no library has been listed, as on the command line, nothing is known of it.
+void remarkOnMissingDefault(TaskReport& report) {
+  const auto name = QWBackup::defaultBackupName();
+  if (name && !QWDataController::sharedController().backupArray().empty())
+    report.remark(
+        formatted("The default backup, \"%@\", is not in the library: nothing was restored.", backupName(*name)));
+}
+
+}  // namespace
 
 bool TrashRun::run(const std::vector<TrashStep>& steps) {
   for (const TrashStep& step : steps)
@@ -42,7 +56,7 @@ void TrashRun::restoreDefault() {
   QWLog::appendLog("Finding default backup to restore...");
   // The library is searched as it stands: whoever wants it listed has done so.
   const auto backup = QWDataController::sharedController().defaultBackup();
-  if (!backup) return;
+  if (!backup) return remarkOnMissingDefault(report_);
   observer_.restoringDefault();
   backup->restore(report_);
 }

@@ -134,9 +134,11 @@ bool AppWindowController::finishTrash(const TrashRun& run, const TaskReport& rep
             report));
     return false;
   }
-  if (run.trashedAll())
-    return reportResult("The default backup could not be restored as a whole",
-                        report.isCancelled() ? "The restore was cancelled." : "", report, Retry::None);
+  if (run.trashedAll()) {
+    std::string reason = any ? formatted("%@ went to the Trash.", counted(run.count(), "file")) : "";
+    if (report.isCancelled()) reason.append(any ? " " : "").append("The restore was cancelled.");
+    return reportResult("The default backup could not be restored as a whole", reason, report, Retry::None);
+  }
   return reportResult(any ? "Not everything was trashed" : "Nothing was trashed", "", report);
 }
 

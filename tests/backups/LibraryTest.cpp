@@ -50,10 +50,11 @@ TEST_F(LibraryTest, TheOldestAutomaticBackupsGoFirst) {
   for (int i = 1; i <= 5; ++i)
     makeBackup(inLibrary("Autosaves/Auto Backup " + std::to_string(i) + ".vnt"), "", 100 * ((i * 2) % 5));
   EXPECT_TRUE(settings().setObject("maxAutoBackups", 2));
+  EXPECT_TRUE(settings().setObject("defaultBackup", "Auto Backup 3.vnt"));
   EXPECT_TRUE(controller().manageAutoBackups().isWhole());
   std::vector<std::string> kept;
   for (const auto& backup : controller().autoBackupArray()) kept.push_back(backup->name());
-  EXPECT_THAT(kept, ElementsAre("Auto Backup 4", "Auto Backup 2"));
+  EXPECT_THAT(kept, ElementsAre("Auto Backup 3", "Auto Backup 4", "Auto Backup 2")) << "the default backup stays";
   EXPECT_FALSE(exists(inLibrary("Autosaves/Auto Backup 1.vnt")));
   EXPECT_FALSE(exists(inTrash("Auto Backup 1.vnt")));
 }

@@ -143,7 +143,14 @@ TEST_F(TrashWorkflowTest, BacksUpTrashesPreferencesOnlyAndRestoresTheDefaultBack
   ASSERT_EQ(mkfifo(copy.c_str(), 0600), 0);
   alerts_.clear();
   runAndReadLog();
-  EXPECT_THAT(alerts_, ElementsAre("The default backup could not be restored as a whole")) << "all was trashed";
+  EXPECT_THAT(alerts_, ElementsAre("The default backup could not be restored as a whole"));
+  EXPECT_THAT(informative_, testing::StartsWith("3 files went to the Trash."));
+
+  ASSERT_TRUE(disk_.remove(inLibrary("Good.vnt")));
+  writeFile(prefs("editor.plist"), "broken again");
+  runAndReadLog();
+  EXPECT_EQ(alerts_.back(), "Preferences successfully trashed");
+  EXPECT_THAT(informative_, HasSubstr("The default backup, \"Good\", is not in the library: nothing was restored."));
 }
 
 TEST_F(TrashWorkflowTest, AsksForRightsOnceATask) {
