@@ -26,6 +26,8 @@ struct AlertTexts {
   std::string otherButton = {};
   std::string informativeText = {};
   AlertParent parentWindow = AlertParent::MainWindow;
+  // The answer where nobody gave one, because the program ends.
+  int unanswered = -1;
   // After so long it answers itself with the default button; never when zero.
   std::chrono::seconds interval{0};
   // Whether closing the alert, as Escape does, stands for the default button and not for the second one.
@@ -40,8 +42,8 @@ class QWAlert {
 
   static QWAlert& sharedController();
 
-  // Shows the alert, blocks until it is answered, and answers the button's code; Other at once without a window. Any
-  // thread.
+  // Shows the alert, blocks until it is answered, and answers the button's code; Other at once without a window, and
+  // where nobody answers, unless the texts say otherwise. Any thread.
   static int alertSheetWithMessageText(const AlertTexts& texts);
   // Shows a message with the default button only and blocks until it is answered. Nothing without a window. Any thread.
   static void alertSheetWithMessageText(const std::string& messageText, const std::string& informativeText,

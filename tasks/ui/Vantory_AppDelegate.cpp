@@ -150,7 +150,8 @@ void Vantory_AppDelegate::askToImport(const std::string& path) {
                       .alternateButton = "Cancel",
                       .informativeText = nameAndDate(*QWBackup::backupWithName(backupName(path), path)) +
                                          ". This will overwrite any existing preferences." +
-                                         warningOf(*QWBackup::backupWithFile(path))};
+                                         warningOf(*QWBackup::backupWithFile(path)),
+                      .unanswered = QWAlert::Alternate};
   if (replaces) question.informativeText += "\n\nThe backup of that name in your library goes to the Trash.";
   if (canBeAdded) {
     question.otherButton = "Only Add";

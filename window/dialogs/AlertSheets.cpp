@@ -57,9 +57,10 @@ struct AlertSheets::Answer {
     loop = &nested;
     if (!value) nested.exec();
     loop = nullptr;
-    return value.value_or(QWAlert::Other);
+    return value.value_or(unanswered);
   }
 
+  const int unanswered;
   std::mutex mutex;
   std::condition_variable changed;
   std::optional<int> value;
@@ -68,15 +69,15 @@ struct AlertSheets::Answer {
 
 // Shown by the main thread, which then goes on; only the one who asked waits.
 int AlertSheets::ask(const AlertTexts& texts) {
-  const auto answer = std::make_shared<Answer>();
+  const auto answer = std::make_shared<Answer>(texts.unanswered);
   MainThread& mainThread = MainThread::shared();
-  if (!mainThread.runAndWait([&] { show(texts, answer); })) return QWAlert::Other;
+  if (!mainThread.runAndWait([&] { show(texts, answer); })) return texts.unanswered;
   return mainThread.isCurrent() ? answer->waitInEventLoop() : answer->wait();
 }
 
 // On the main thread. Once alerts are refused the answer is there at once.
 void AlertSheets::show(const AlertTexts& texts, const std::shared_ptr<Answer>& answer) {
-  if (refusing_) return answer->give(QWAlert::Other);
+  if (refusing_) return answer->give(texts.unanswered);
   const auto buttons = buttonsOf(texts);
   AlertDialog::Texts shown{texts.messageText, texts.informativeText, {}, texts.rows, texts.isDismissedByDefault};
   for (const auto& [title, code] : buttons) shown.buttons.push_back(title);
@@ -88,7 +89,7 @@ void AlertSheets::show(const AlertTexts& texts, const std::shared_ptr<Answer>& a
       [this, dialog, buttons, answer](int button) {
         std::erase(shown_, dialog);
         dialog->deleteLater();
-        answer->give(refusing_ ? QWAlert::Other : buttons[static_cast<std::size_t>(button)].second);
+        answer->give(refusing_ ? answer->unanswered : buttons[static_cast<std::size_t>(button)].second);
       },
       texts.interval);
 }
