@@ -1,7 +1,10 @@
 // Compares the dates of backups with the clock, and with what the schedule has left.
 #include "backups/BackupAge.h"
 
+#include <algorithm>
+
 #include "backups/AutosaveSchedule.h"
+#include "backups/QWDataController.h"
 #include "base/Format.h"
 #include "platform/Clock.h"
 #include "services/QWCmdUtils.h"
@@ -44,15 +47,16 @@ std::string reason(std::int64_t now, std::int64_t interval) {
   return "";
 }
 
-// With no automatic backup yet, two intervals from when the schedule began; before that there is nothing to miss.
+// Two intervals from the newest, or from when the schedule last ran or began; before that there is nothing to miss.
 std::optional<std::string> overdueIn(const BackupList& backups, std::int64_t now) {
   const auto interval = AutosaveSchedule::interval();
   if (!interval) return std::nullopt;
   const auto newest = newestGood(backups, true);
-  const auto since = newest ? newest->date() : AutosaveSchedule::runs().last;
+  const auto begun = AutosaveSchedule::runs().last;
+  const auto since = newest ? std::max(newest->date(), begun) : begun;
   if (!since || (now - since->seconds) / 2 <= *interval) return std::nullopt;
   std::string text = newest ? formatted("Scheduled backups do not happen: the last good one is %@ old.",
-                                        ageInWords(now - since->seconds))
+                                        ageInWords(now - newest->date()->seconds))
                             : "Scheduled backups do not happen: there is no good one.";
   if (const std::string why = reason(now, *interval); !why.empty()) text.append(" ").append(why);
   return text;
@@ -61,6 +65,9 @@ std::optional<std::string> overdueIn(const BackupList& backups, std::int64_t now
 }  // namespace
 
 BackupAge ageOf(const BackupList& backups) {
+  // Backups that cannot be read are not none.
+  if (QWDataController::sharedController().libraryError())
+    return {.lastGood = nullptr, .text = "How old the last good backup is cannot be told.", .overdue = {}};
   const std::int64_t now = Runtime::current().platform().clock.now().seconds;
   BackupAge age{.lastGood = newestGood(backups, false), .text = {}, .overdue = overdueIn(backups, now)};
   age.text = age.lastGood ? formatted("The last good backup, \"%@\", is %@ old.", age.lastGood->name(),

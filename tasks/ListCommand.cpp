@@ -4,9 +4,11 @@
 #include <ostream>
 #include <stdexcept>
 
+#include "backups/LibraryFolder.h"
 #include "backups/QWDataController.h"
 #include "base/LocaleDate.h"
 #include "base/PropertyListBytes.h"
+#include "services/TaskReport.h"
 #include "tasks/TaskCommand.h"
 
 namespace vantory {
@@ -39,6 +41,8 @@ int listCommand(const CommandContext& context) {
   QWDataController& data = QWDataController::sharedController();
   data.populateApps();
   data.populateBackups();
+  if (const auto error = data.libraryError())
+    context.report.failed(FileAction::List, libraryFolder().value_or(""), *error);
   std::map<std::string, PropertyListDictionary> entries;
   for (const auto& node : data.backupArray())
     if (const auto backup = std::dynamic_pointer_cast<QWBackup>(node)) entries[backup->path()] = entryFor(*backup);

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "backups/BackupNaming.h"
+#include "backups/LibraryFolder.h"
 #include "backups/QWBackup.h"
 #include "backups/QWDataController.h"
 #include "base/Format.h"
@@ -36,6 +37,10 @@ void deselectAllBut(const KeyList& keys, const QWBackup& backup) {
 void remarkOnNamedDefault(const QWDataController& data, TaskReport& report) {
   const auto name = QWBackup::defaultBackupName();
   if (!name) return;
+  if (const auto error = data.libraryError()) return report.remark(error->text);
+  const auto library = libraryFolder();
+  if (library && QWFileManager::isMissingAtPath(*library))
+    return report.remark(formatted("The library of backups, %@, is not there.", *library));
   bool isThere = false;
   for (const auto& backup : data.allBackups()) {
     if (name != paths::lastComponent(backup->path())) continue;

@@ -52,7 +52,7 @@ bool hasFailed(const FileReport& file) {
 
 // What failed as a whole, such as the writing of a backup; preference files are counted.
 bool isWholeTask(const FileReport& file) {
-  return file.action == FileAction::Write || file.action == FileAction::Sync;
+  return file.action == FileAction::Write || file.action == FileAction::Sync || file.action == FileAction::List;
 }
 
 // Each cure once, behind the causes: many files may fail for one reason.

@@ -40,6 +40,8 @@ TEST_F(BackupAgeTest, TellsThatScheduledBackupsDoNotHappenAndWhy) {
   fakes_.jobs.tries = daysAgo(1);
   EXPECT_THAT(*ageOf(longAgo).overdue, HasSubstr("The last try failed"));
   EXPECT_THAT(*ageOf({}).overdue, HasSubstr("there is no good one. The last try failed"));
+  fakes_.jobs.stamp = daysAgo(1);
+  EXPECT_EQ(ageOf(longAgo).overdue, std::nullopt) << "the schedule has just been switched on";
   fakes_.jobs.stamp.reset();
   EXPECT_THAT(*ageOf(longAgo).overdue, HasSubstr("The schedule was not loaded"));
   EXPECT_EQ(ageOf({}).overdue, std::nullopt) << "it begins just now";

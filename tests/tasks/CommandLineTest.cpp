@@ -503,7 +503,18 @@ TEST_F(CommandLineTest, TheDefaultBackupIsRestoredOnRequestOnly) {
   EXPECT_THAT(sentErrors(), IsEmpty());
   set("defaultBackup", "Gone.vnt");
   EXPECT_EQ(run("-restoredefault"), 1);
+  EXPECT_THAT(fakes_.systemLog.messages().back(),
+              StartsWith("The library of backups, " + library() + ", is not there"));
+  makeFolders(library());
+  EXPECT_EQ(run("-restoredefault"), 1);
   EXPECT_THAT(fakes_.systemLog.messages().back(), StartsWith("The default backup, \"Gone\", is not in the library"));
+  fs::remove(library());
+  fs::create_symlink(library(), library());
+  EXPECT_EQ(run("-restoredefault"), 1);
+  EXPECT_THAT(fakes_.systemLog.messages().back(), HasSubstr("Too many levels of symbolic links"));
+  EXPECT_NE(run("--strict -list"), 0);
+  EXPECT_EQ(run("-list"), 0);
+  fs::remove(library());
 
   ASSERT_EQ(run("-backup Good"), 0);
   set("defaultBackup", "Good.vnt");
