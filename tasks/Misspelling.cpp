@@ -51,6 +51,8 @@ std::optional<std::string> nearestOption(const std::string& word) {
 // However many dashes were typed, and whatever it is to be set to.
 bool isToolkitOption(const std::string& word) {
   const std::string name = withoutDashes(word);
+  // A process serial number, by which a Mac's launcher names the program it has started.
+  if (word.starts_with("-psn_")) return true;
   return word.starts_with('-') && std::ranges::count(kToolkitOptions, name.substr(0, name.find('='))) > 0;
 }
 

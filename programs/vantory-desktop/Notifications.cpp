@@ -85,6 +85,8 @@ class Notifications {
     GVariantBuilder hints;
     g_variant_builder_init(&hints, G_VARIANT_TYPE("a{sv}"));
     g_variant_builder_add(&hints, "{sv}", "urgency", g_variant_new_byte(kNormalUrgency));
+    // By which a desktop can tell the program's messages from others'.
+    g_variant_builder_add(&hints, "{sv}", "x-quarrywell-name", g_variant_new_string("QWInfoNotification"));
     BusCall notify = call("Notify");
     notify.arguments = owned(g_variant_new("(susssasa{sv}i)", kApplication, std::uint32_t{0}, "", busText(title).get(),
                                            body.get(), &actions, &hints, kServersOwnTime));

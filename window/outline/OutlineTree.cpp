@@ -28,11 +28,21 @@ OutlineTree::OutlineTree(QWidget* parent) : QTreeView(parent) {
   setFrameShape(QFrame::NoFrame);
 }
 
+namespace {
+
+// With Ctrl a letter's text is a control character: Ctrl+M is no Return.
+QString textOf(const QKeyEvent& event) {
+  const bool isLetter = event.key() >= Qt::Key_Space && event.key() <= Qt::Key_ydiaeresis;
+  return event.modifiers() & Qt::ControlModifier && isLetter ? QString(QChar(event.key())) : event.text();
+}
+
+}  // namespace
+
 // Keys bound to a command go first, then the space bar, then what a tree does with keys.
 void OutlineTree::keyPressEvent(QKeyEvent* event) {
   if (state() == EditingState) return QTreeView::keyPressEvent(event);
   if (!event->isAutoRepeat()) pressedKey_ = event->key();
-  const QString text = event->text();
+  const QString text = textOf(*event);
   if (!text.isEmpty() && onKeyDown && onKeyDown(text.front())) return;
   if (event->key() == Qt::Key_Space && toggleCheckBox()) return;
   QTreeView::keyPressEvent(event);
