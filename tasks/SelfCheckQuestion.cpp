@@ -11,9 +11,12 @@
 #include "base/Text.h"
 #include "base/TextTable.h"
 #include "platform/SystemInfo.h"
+#include "platform/Users.h"
 #include "selfcheck/SelfCheck.h"
+#include "services/QWLocalPaths.h"
 #include "services/Runtime.h"
 #include "services/files/QWFileManager.h"
+#include "tasks/HomeCheck.h"
 #include "tasks/Question.h"
 #include "tasks/Refusal.h"
 
@@ -97,6 +100,9 @@ int checkSelf(const QuestionContext& context) {
   const auto refuse = [&](const std::string& reason) {
     return refuseLine(reason, platform.system.arguments(), context.output, context.errors);
   };
+  // The superuser has no files of its own to work on.
+  const auto home = QWLocalPaths::userDirectory();
+  if (!home && platform.users.isSuperuser()) return refuse(*reasonToRefuse(home, false));
   if (context.operands.size() > 1) return refuse("--self-check works in one folder.");
   const bool isNamed = !context.operands.empty();
   if (isNamed && (context.operands.front().empty() || !QWFileManager::isDirectoryAtPath(folderFor(context.operands))))

@@ -68,6 +68,8 @@ nobody_there() {
     as_root HOME=/tmp/vanna SUDO_UID=$uid PKEXEC_UID=$uid "$program" $task
     check "$1: $task does nothing and says why" eval 'ended 1 && printed "" && said "Vantory: Nobody is logged in at the console - nothing was done." && logged "Nobody is logged in at the console - nothing was done." && untouched_home && not test -e /tmp/vgreeter/Library/Logs'
   done
+  as_root HOME=/tmp/vanna "$program" --self-check
+  check "$1: nothing is found wrong either" eval 'ended 1 && printed "" && said "Vantory: Nobody is logged in at the console - nothing was done."'
 }
 seat greeter $greeter; nobody_there "a greeter"
 printf 'IS_SEAT0=1\n' >/run/systemd/seats/seat0; nobody_there "an empty seat"
