@@ -167,7 +167,9 @@ void QWPrefItem::lockFiles(State state, TaskReport& report, bool refreshParent) 
       } else if (outcomes[i].changed || !outcomes[i].status) {
         report.add(action, matches[i], outcomes[i].status, key());
       }
-      if (outcomes[i].wasSo) report.skipped(action, matches[i], {{}, matches[i] + " is not locked"}, key());
+      if (outcomes[i].wasSo)
+        report.skipped(action, matches[i], {{}, matches[i] + (state == On ? " is locked already" : " is not locked")},
+                       key());
     }
   }
   for (const auto& user : users_) user->lockFiles(state, report, false);

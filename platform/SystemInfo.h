@@ -25,6 +25,8 @@ class SystemInfo {
   virtual std::string workingDirectory() const = 0;
   // Whether a person reads standard error.
   virtual bool hasTerminal() const = 0;
+  // False where standard output is a pipe that nobody reads any more.
+  virtual bool hasReader() const = 0;
   // A string that no other call, process or machine is given.
   virtual std::string uniqueString() const = 0;
 };

@@ -64,13 +64,14 @@ class TaskEnding {
       : command_(command), options_(options), output_(output), errors_(errors) {}
 
   // Tells of the report, and answers the exit code.
-  int tell(int exitCode, const TaskReport& report, const TaskReceipt* receipt = nullptr) const {
-    tellWhatWasNotDone(report, true);
-    QWLog::finishWriting();
+  int tell(int exitCode, TaskReport& report, const TaskReceipt* receipt = nullptr) const {
     if (options_.strict) {
       exitCode = strictExitCode(exitCode, report, command_.deed);
-      if (exitCode == kNothingMatched && command_.deed) tellNothingFound(*command_.deed, report);
+      if (exitCode == kNothingMatched && command_.deed)
+        if (const auto nothing = sentenceOnNothing(*command_.deed, report); !nothing.empty()) report.notice(nothing);
     }
+    tellWhatWasNotDone(report, true);
+    QWLog::finishWriting();
     if (options_.json) output_ << json(exitCode, report);
     // A remark says already why there was nothing to do.
     if (command_.deed && exitCode == 0 && report.isWhole() && report.remarks().empty() &&
@@ -230,7 +231,7 @@ int runProgram(std::ostream& output, std::ostream& errors, const ProgramReplacem
   try {
     const int exitCode = runMode(output, errors, become, heard);
     if (output.flush()) return exitCode;
-    errors << "Vantory: The output could not be written.\n";
+    if (platform().system.hasReader()) errors << "Vantory: The output could not be written.\n";
   } catch (const std::exception& exception) {
     QWException::logException(exception, "runProgram");
   }

@@ -11,6 +11,7 @@
 #include "services/QWLocalPaths.h"
 #include "services/Runtime.h"
 #include "services/TaskReport.h"
+#include "services/files/QWFileManager.h"
 #include "services/log/QWLog.h"
 #include "tasks/AppController.h"
 #include "tasks/TaskCommand.h"
@@ -158,25 +159,36 @@ void tellWhatWasNotDone(const TaskReport& report, bool keepsLog) {
   if (log && (!report.isWhole() || !report.remarks().empty()) && !report.refusal()) tell("The log: " + *log);
 }
 
-void tellNothingFound(FileAction deed, const TaskReport& report) {
-  if (!report.remarks().empty() || !report.unusedOperands().empty() || report.summary() || report.refusal()) return;
+std::string sentenceOnNothing(FileAction deed, const TaskReport& report) {
+  if (!report.remarks().empty() || !report.unusedOperands().empty() || report.summary() || report.refusal()) return "";
   std::string sentence = sentenceOn(deed, report);
   sentence.pop_back();
-  tell(formatted("%@ in %@ and the folders that all users share.", sentence,
-                 QWLocalPaths::userDirectory().value_or("no home")));
+  return formatted("%@ in %@ and the folders that all users share.", sentence,
+                   QWLocalPaths::userDirectory().value_or("no home"));
+}
+
+// A folder counts as one, whatever it holds.
+std::string filesAndFolders(const std::set<std::string>& places) {
+  const auto folders = static_cast<std::size_t>(std::ranges::count_if(places, [](const std::string& place) {
+    return QWFileManager::isDirectoryAtPath(place) && !QWFileManager::isSymbolicLinkAtPath(place);
+  }));
+  const std::size_t files = places.size() - folders;
+  if (folders == 0) return counted(files, "file");
+  return (files > 0 ? counted(files, "file") + " and " : "") + counted(folders, "folder");
 }
 
 // The one sentence that a person at a terminal gets where all went well.
 std::string sentenceOn(FileAction deed, const TaskReport& report) {
   if (report.summary()) return *report.summary();
   std::set<std::string> items;
-  std::size_t files = 0;
+  std::set<std::string> places;  // one file may belong to two items
   for (const FileReport& file : report.files()) {
     if (file.action != deed || file.outcome != Outcome::Done) continue;
     items.insert(file.item);
-    ++files;
+    places.insert(file.place.empty() ? file.path : file.place);
   }
-  const std::string what = counted(files, "file") + " of " + counted(items.size(), "item");
+  const std::size_t files = places.size();
+  const std::string what = filesAndFolders(places) + " of " + counted(items.size(), "item");
   switch (deed) {
     case FileAction::Trash:
       return formatted(files > 0 ? "Moved %@ to the Trash." : "There was nothing to trash.", what);

@@ -23,9 +23,8 @@ void noteKeptName(const std::string& wanted, const std::string& kept, TaskReport
 // nothing where everything was. Says where the log lies, unless the task keeps none.
 void tellWhatWasNotDone(const TaskReport& report, bool keepsLog);
 
-// Says on standard error that nothing was found to do this to, and where it was looked for, unless the report tells
-// why.
-void tellNothingFound(FileAction deed, const TaskReport& report);
+// That nothing was found to do this to, and where it was looked for; empty where the report tells why.
+std::string sentenceOnNothing(FileAction deed, const TaskReport& report);
 
 // One line for a person: what the report has as its summary, else how many files of how many items.
 std::string sentenceOn(FileAction deed, const TaskReport& report);

@@ -127,6 +127,7 @@ class OtherArguments : public SystemInfo {
   const std::vector<std::string>& arguments() const override { return arguments_; }
   std::string workingDirectory() const override { return system_.workingDirectory(); }
   bool hasTerminal() const override { return system_.hasTerminal(); }
+  bool hasReader() const override { return system_.hasReader(); }
   std::string uniqueString() const override { return system_.uniqueString(); }
 
  private:

@@ -148,8 +148,8 @@ class QWFileManager {
   // Answers how each went, in the same order.
   struct LockOutcome {
     Status status;
-    bool changed = false;  // false also for a missing path, and for an unlocked one that was to be unlocked
-    bool wasSo = false;    // it is unlocked, and was so before
+    bool changed = false;  // false also for a missing path, and for what was as wanted
+    bool wasSo = false;    // it is as wanted, and was so before
   };
   using Announcement = std::function<void(const std::string& path)>;
   static std::vector<LockOutcome> lockFiles(const std::vector<std::string>& paths, const Announcement& announce);

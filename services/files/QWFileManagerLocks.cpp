@@ -36,11 +36,11 @@ struct Item {
   Status changed = {};
 };
 
-// Looks before it unlocks: nearly everything is unlocked, and a file that is need not even be ours to open.
+// Looks first: a file that is as wanted need not even be ours to open, and is not counted.
 Item itemAt(const std::string& path, bool locked) {
-  if (locked) return {path};
   const auto info = Runtime::current().platform().files.info(path, Links::DoNotFollow);
-  return info ? Item{path, info->locked} : Item{path, false, info.error()};
+  if (info) return {path, info->locked != locked};
+  return locked ? Item{path} : Item{path, false, info.error()};
 }
 
 // All in one call, because another program may do the work; what is as wanted already is left out.

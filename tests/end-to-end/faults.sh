@@ -97,6 +97,8 @@ for closed in ">&-" "<&- >&- 2>&-"; do
 done
 as_user bash -c '"$@" >/dev/full' _ "$program" -list 2>"$work/err"; code=$?
 check "-list to a full device ends with 1 and says so" eval 'ended 1 && grep -q "could not be written" "$work/err"'
+as_user bash -c 'exec > >(:); wait $!; "$@"' _ "$program" -list 2>"$work/err"; code=$?
+check "... and to a reader that has gone says nothing" eval 'ended 1 && [ ! -s "$work/err" ]'
 rm -rf "$preferences/com.quarrywell.Vantory.plist" "$home/Library/Logs" "$trash"
 as_user bash -c 'umask 000; exec "$@"' _ "$program" -backup Masked
 as_user bash -c 'umask 000; exec "$@"' _ "$program" -trash motionPrefs

@@ -96,6 +96,7 @@ class FakeSystemInfo : public SystemInfo {
   const std::vector<std::string>& arguments() const override { return argumentList; }
   std::string workingDirectory() const override { return directory; }
   bool hasTerminal() const override { return isInTerminal; }
+  bool hasReader() const override { return true; }
   std::string uniqueString() const override { return "unique-" + std::to_string(++count_); }
 
   std::vector<std::string> argumentList = {"vantory"};

@@ -375,6 +375,8 @@ TEST_F(CommandLineTest, TheStrictExitCodeTellsMore) {
   EXPECT_EQ(run("--strict -trash fcpPrefs"), 4);
   EXPECT_EQ(fakes_.systemLog.messages().back(),
             "There was nothing to trash in " + home_.path() + " and the folders that all users share.");
+  EXPECT_EQ(run("--strict --json -trash fcpPrefs"), 4);
+  EXPECT_THAT(output_.str(), HasSubstr("\"There was nothing to trash in "));
 
   // A link is told: what it leads to is not in the backup.
   const std::string path = home_ / kFiles[1].second;
@@ -387,6 +389,19 @@ TEST_F(CommandLineTest, TheStrictExitCodeTellsMore) {
   metadata_.lockAnswer = Error{std::errc::too_many_symbolic_link_levels, path + ": as the system says it"};
   EXPECT_EQ(run("--strict -lock fcpPrefs"), 3);
   EXPECT_THAT(log(), HasSubstr(left));
+}
+
+TEST_F(CommandLineTest, ThePersonIsToldTrueNumbers) {
+  fakes_.system.isInTerminal = true;
+  EXPECT_EQ(run("-lock fcpPrefs,motionPrefs"), 0);
+  EXPECT_THAT(errors_.str(), HasSubstr("Locked 2 files of 2 items."));
+  EXPECT_EQ(run("-lock fcpPrefs,motionPrefs"), 0);
+  EXPECT_THAT(errors_.str(), HasSubstr("There was nothing to lock."));
+  EXPECT_EQ(run("-unlock fcpPrefs,motionPrefs"), 0);
+  fs::remove(home_ / kFiles[3].second);
+  for (const char* name : {"one", "two"}) writeFile(home_ / kFiles[3].second + "/" + name, "x");
+  EXPECT_EQ(run("-trash fcpPrefs,fcpPlugins"), 0);
+  EXPECT_THAT(errors_.str(), HasSubstr("Moved 1 file and 1 folder of 2 items to the Trash."));
 }
 
 TEST_F(CommandLineTest, TheLibraryIsManagedByCommand) {

@@ -1,6 +1,7 @@
 // Asks the system for names, sizes and paths.
 #include "platform/posix/system/PosixSystemInfo.h"
 
+#include <poll.h>
 #include <sys/utsname.h>
 #include <unistd.h>
 
@@ -64,6 +65,11 @@ std::string PosixSystemInfo::workingDirectory() const {
 
 bool PosixSystemInfo::hasTerminal() const {
   return isatty(STDERR_FILENO) == 1;
+}
+
+bool PosixSystemInfo::hasReader() const {
+  pollfd output{.fd = STDOUT_FILENO, .events = POLLOUT, .revents = 0};
+  return poll(&output, 1, 0) != 1 || (output.revents & (POLLERR | POLLHUP)) == 0;
 }
 
 // A random UUID in capitals.

@@ -25,6 +25,7 @@ class PosixSystemInfo : public SystemInfo {
   // Empty when that folder is gone.
   std::string workingDirectory() const override;
   bool hasTerminal() const override;
+  bool hasReader() const override;
   // A random UUID in capitals.
   std::string uniqueString() const override;
 
