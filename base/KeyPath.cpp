@@ -118,7 +118,8 @@ std::string keyPathText(const KeyPath& path) {
 std::string keyPathInWords(const KeyPath& path) {
   if (path.empty()) return "The whole property list";
   const std::string text = keyPathText(path);
-  return text.empty() ? "\"\"" : text;
+  const bool needsQuotes = text.empty() || text.front() == ' ' || text.back() == ' ';
+  return needsQuotes ? "\"" + text + "\"" : text;
 }
 
 std::optional<KeyPath> parseKeyPath(std::string_view text) {

@@ -19,7 +19,7 @@ using KeyPath = std::vector<std::variant<std::string, std::size_t>>;
 // "Timeline.Tracks[2].Name". In a key a "." or "[" has a backslash before it, as a backslash itself has; control
 // characters, and bytes that are no UTF-8, are written as "\n" or "\xff". Nothing for the whole property list.
 std::string keyPathText(const KeyPath& path);
-// The same for a person: the whole has words, and the key without letters its quotes.
+// The same for a person: the whole has words; one that is empty, or has blanks at its ends, has quotes.
 std::string keyPathInWords(const KeyPath& path);
 // The reverse of keyPathText(); none where the text is no such path. An empty text is the key without letters.
 std::optional<KeyPath> parseKeyPath(std::string_view text);

@@ -40,6 +40,7 @@ TEST(KeyPathTest, EveryKeyIsReadBackAsItIsWritten) {
   for (const KeyPath& path : paths) EXPECT_EQ(parseKeyPath(keyPathText(path)), path) << keyPathText(path);
   EXPECT_EQ(keyPathText({"a.b", "c[1]", std::size_t{2}}), "a\\.b.c\\[1][2]");
   EXPECT_EQ(keyPathInWords({""}), "\"\"");
+  EXPECT_EQ(keyPathInWords({"a ", " b "}), "\"a . b \"");
   for (const char* wrong : {"a[", "a[]", "a[-1]", "a[1", "a[1]b", "a\\", "a\\xg0", "a\\x4", "[99999999999999999999]"})
     EXPECT_FALSE(parseKeyPath(wrong)) << wrong;
 }
