@@ -20,8 +20,8 @@ enum class Unreadable { PassOver, End };
 bool walkFolder(const std::string& folder, Detail detail, Links links, const FileVisitor& visit,
                 Unreadable unreadable = Unreadable::PassOver);
 
-// The bytes of all files below the folder. With Links::Follow a folder counts each time that a link leads to it, but for
-// links to one that holds them; otherwise a link counts as what it is itself.
+// The bytes of all files below the folder. With Links::Follow a folder counts each time that a link leads to it, but
+// for links to one that holds them; otherwise a link counts as what it is itself.
 std::uint64_t folderSize(const std::string& folder, Links links);
 
 // A visitor that goes on past the files that a desktop leaves behind, and ends the walk at any other.
