@@ -106,6 +106,8 @@ class ItemRestoring {
   Result<std::string> trashLiveFile(const std::string& path);
   bool putBack(const std::string& place, const std::string& path);
   void note(const std::string& path, const Status& copied);
+  void replaceAndNote(const Staged& staged, const std::string& source, const std::string& destination);
+  void lockAgain(const std::string& path);
   Error withCure(Error cause, const std::string& source) const;
   Status checkPlace(const std::string& source, const std::string& destination) const;
   Status checkHeldFolder(const std::string& source, const std::string& destination) const;
@@ -199,6 +201,24 @@ Status ItemRestoring::replace(const Staged& staged, const std::string& source, c
   return copied;
 }
 
+// A lock is the user's wish about the path, whichever file lies there.
+void ItemRestoring::replaceAndNote(const Staged& staged, const std::string& source, const std::string& destination) {
+  const bool wasLocked = QWFileManager::isFileLocked(destination);
+  note(destination, replace(staged, source, destination));
+  if (wasLocked) lockAgain(destination);
+}
+
+void ItemRestoring::lockAgain(const std::string& path) {
+  if (QWFileManager::isMissingAtPath(path) || QWFileManager::isFileLocked(path)) return;
+  report_.planned(FileAction::Lock, std::vector{path}, item_);
+  QWLog::appendLog("Locking file %@", path);
+  const Status locked = QWFileManager::lockFile(path);
+  if (locked) return report_.noted(FileAction::Lock, path, item_);
+  const Error& error = locked.error();
+  report_.remark(formatted("%@ was locked, and is not any more: %@.%@", path, error.text,
+                           error.cure.empty() ? "" : " " + error.cure));
+}
+
 void ItemRestoring::restoreAll(std::vector<std::string> sources) {
   std::vector<Restorable> files;
   files.reserve(sources.size());
@@ -251,7 +271,7 @@ void ItemRestoring::restore(const Restorable& file) {
   const bool needsRights = !staged && !rule_ && areRightsMissingIn(folder, staged.error());
   Status sound = needsRights ? backup_->checkCopy(source) : staged.status();
   if (sound) sound = checkKind(*backup_, source, destination);
-  if (sound) return note(destination, replace(staged, source, destination));
+  if (sound) return replaceAndNote(staged, source, destination);
   QWLog::appendLog("Copying file %@ to %@", source, destination);
   logCause(sound.error().text);
   note(destination, withCure(sound.error(), source));
@@ -269,7 +289,7 @@ void ItemRestoring::replaceContent(const std::string& path, std::string bytes, c
   if (!now || now->identity != known.identity || now->size != known.size || now->modified != known.modified)
     return note(path, Error{std::errc::device_or_resource_busy, path + ": another program has changed it meanwhile"});
   report_.planned(FileAction::Restore, std::vector{path}, item_);
-  note(path, replace(staged, path, path));
+  replaceAndNote(staged, path, path);
 }
 
 }  // namespace

@@ -40,8 +40,10 @@ check "the user cannot change them now" not as_user sh -c 'echo changed >"$1"' _
 run -backup Locked
 check "a copy of a locked file is not locked" eval 'ran && holds "$library/Locked.vnt/Users/user/Library/Preferences/$motion" motion && not locked_below "$library"'
 run -restore "$library/Locked.vnt"
-check "locked files and folders can be restored" eval 'ran && holds "$preferences/$motion" motion && [ -e "$trash/files/$motion" ] && [ -e "$trash/files/Button Bars/a" ] && not locked_below "$home"'
-run -lock motionPrefs; run -trash motionPrefs
+check "locked files and folders can be restored, and stay locked" eval 'ran && holds "$preferences/$motion" motion && [ -e "$trash/files/$motion" ] && [ -e "$trash/files/Button Bars/a" ] && not locked_below "$trash" && [ "$(locked_below "$home/Library" | wc -l)" = 254 ]'
+run --undo
+check "and so they do when that is taken back" eval 'ran && [ "$(count "$trash/files" -name "*motion*")" = 1 ] && [ "$(locked_below "$home/Library" | wc -l)" = 254 ]'
+run -unlock; run -lock motionPrefs; run -trash motionPrefs
 check "and trashed" eval 'ran && [ ! -e "$preferences/$motion" ] && [ "$(count "$trash/files" -name "*motion*")" = 2 ] && not locked_below "$home"'
 chattr +d "$fcp"; run -lock; run -unlock
 check "-unlock unlocks, and other flags stay" eval 'ran && not locked_below "$home" && lsattr "$fcp" | cut -d" " -f1 | grep -q d'

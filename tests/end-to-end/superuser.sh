@@ -95,7 +95,7 @@ if chattr +i "$work/mark" 2>/dev/null && chattr -i "$work/mark"; then
   run_as_sudo -lock
   check "-lock locks" eval 'ended 0 && said "" && locked "$preferences/$motion" && locked "$user_data/Final Cut Pro 7 Prefs.fcset" && locked "$user_data/Button Bars" && not locked "$user_data"'
   run_as_sudo -backup Locked; run_as_sudo -restore "$library/Locked.vnt"
-  check "locked files can be backed up and restored" eval 'ended 0 && said "" && backed_up Locked && [ -e "$trashed/$motion" ] && not locked_below "$home"'
+  check "locked files can be backed up and restored, and stay locked" eval 'ended 0 && said "" && backed_up Locked && [ -e "$trashed/$motion" ] && locked "$preferences/$motion" && not locked_below "$library" && not locked_below "$trashed"'
   run_as_sudo -lock fcpPrefs; run_as_sudo -unlock
   check "-unlock unlocks" eval 'ended 0 && said "" && not locked_below "$home"'
   put /tmp/foreign/secret secret; ln /tmp/foreign/secret "$user_data/Final Cut Pro 8 Prefs.fcset"
