@@ -52,7 +52,7 @@ Status checkFolder(int folder, const std::string& path) {
   struct stat status;
   if (fstat(folder, &status) != 0) return systemError(path);
   const bool groupIsOthers = status.st_uid != getuid();
-  if ((status.st_mode & (groupIsOthers ? S_IWGRP | S_IWOTH : S_IWOTH)) != 0) return systemError(path, EPERM);
+  if ((status.st_mode & (groupIsOthers ? S_IWGRP | S_IWOTH : S_IWOTH)) != 0) return systemError(path, kIsAmongOthers);
   return {};
 }
 
@@ -61,7 +61,8 @@ Status checkOwn(int item, const std::string& path) {
   struct stat status;
   if (fstat(item, &status) != 0) return systemError(path);
   if (!canBeImmutable(status)) return systemError(path, EINVAL);
-  if (status.st_uid != getuid() || (S_ISREG(status.st_mode) && status.st_nlink != 1)) return systemError(path, EPERM);
+  if (status.st_uid != getuid()) return systemError(path, EPERM);
+  if (S_ISREG(status.st_mode) && status.st_nlink != 1) return systemError(path, kHasOtherName);
   return {};
 }
 
@@ -89,7 +90,7 @@ class FolderOfPaths {
 Result<Descriptor> openOwn(const std::string& text, FolderOfPaths& folders) {
   const std::string path = plainPath(text).value_or("");
   if (path.empty()) return systemError(text, EINVAL);
-  if (!isServed(path)) return systemError(path, EPERM);
+  if (!isServed(path)) return systemError(path, kIsOutside);
   const Descriptor& folder = folders.of(path);
   if (!folder.valid()) return systemError(path);
   if (const Status allowed = checkFolder(folder.get(), path); !allowed) return allowed.error();

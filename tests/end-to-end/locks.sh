@@ -55,8 +55,10 @@ check "the way may lead over the user's own links" eval 'ran && locked "$fcp" &&
 fill_home
 put "$home/Library/mine" mine; give; rm "$preferences/$motion"; ln -s "$home/Library/mine" "$preferences/$motion"
 for i in 30 180; do chown 0 "$sets/$i.commandset"; done
+ln "$fcp" "$home/other"; run -lock fcpPrefs
+check "by two names, with why and what helps" eval 'ended 0 && told "Vantory: $fcp: it has another name elsewhere (a hard link)" && told "Vantory: Remove that, which find -samefile finds. An administrator can do it with chattr." && not locked "$fcp"'
 run -lock motionPrefs,motionKeyLayout
-check "a link as the file itself, and somebody else's files: left, and said" eval 'ended 0 && told "Vantory: $preferences/$motion is a symbolic link to $home/Library/mine and was left out." && told "Vantory: 2 files could not be processed - see the log for details." && not locked "$home/Library/mine" && not locked "$sets/30.commandset" && not locked "$sets/180.commandset" && [ "$(locked_below "$sets" | wc -l)" = 248 ]'
+check "a link as the file itself, and somebody else's files: left, and said" eval 'ended 0 && told "Vantory: $preferences/$motion is a symbolic link to $home/Library/mine and was left out." && told "Vantory: 2 files could not be processed - see the log for details." && told "Vantory: $sets/30.commandset: it belongs to root" && not locked "$home/Library/mine" && not locked "$sets/30.commandset" && not locked "$sets/180.commandset" && [ "$(locked_below "$sets" | wc -l)" = 248 ]'
 check "each failure stands below its file in the log" eval '[ "$(counted "Unable to lock")" = 3 ] && for file in "$preferences/$motion" "$sets/30.commandset" "$sets/180.commandset"; do grep -F -A1 "Locking file $file" "$log" | grep -qF "Unable to lock $file: " || exit 1; done'
 check "and every file once" [ "$(grep -o "Locking file .*" "$log" | sort -u | wc -l) $(counted "Locking file")" = "252 252" ]
 
@@ -77,8 +79,8 @@ mkdir -m 1777 "$home/drop"; put "$home/drop/mine"; put "$home/single"; put "$hom
 chown "$nobody" "$home/roots/mine" "$home/drop/mine" "$home/single" "$home/second" /Users/Shared/mine /Users/Shared/own{,/mine}
 chattr +i "$home/roots/mine"
 check "locks below the home and the shared folders" answers "0 0 " lock "$home/single" /Users/Shared/own/mine
-check "an administrator's flag elsewhere stays" eval 'answers "1 " unlock "$work/disk2/roots/mine" && locked "$home/roots/mine"'
-check "nothing in folders that others write to, nor by one of two names" eval 'answers "1 1 1 " lock "$home/drop/mine" /Users/Shared/mine "$home/third" && not locked "$home/drop/mine" && not locked /Users/Shared/mine && not locked "$home/second"'
+check "an administrator's flag elsewhere stays" eval 'answers "18 " unlock "$work/disk2/roots/mine" && locked "$home/roots/mine"'
+check "nothing in folders that others write to, nor by one of two names" eval 'answers "87 87 31 " lock "$home/drop/mine" /Users/Shared/mine "$home/third" && not locked "$home/drop/mine" && not locked /Users/Shared/mine && not locked "$home/second"'
 umount /Users/Shared "$work/disk2"; chattr -R -f -i "$home"; rm -rf "$home/roots" "$home/drop"
 
 # --- Without ---------------------------------------------------------------------------------------------------------

@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -13,7 +14,9 @@
 #include "base/Paths.h"
 #include "base/Text.h"
 #include "platform/linux/locks/ImmutableFlag.h"
+#include "platform/linux/locks/LockProtocol.h"
 #include "platform/posix/files/Errors.h"
+#include "platform/posix/processes/PasswordDatabase.h"
 
 namespace vantory {
 namespace {
@@ -33,6 +36,13 @@ constexpr std::array<std::string_view, 13> kPackageExtensions = {
 bool mayBeChanged(const struct stat& status, const FileRights& rights) {
   if (status.st_uid == rights.fileOwner()) return true;
   return rights.isAdministrator() && (S_ISDIR(status.st_mode) || status.st_nlink == 1);
+}
+
+constexpr const char* kAdministratorCan = "An administrator can do it with chattr.";
+
+std::string homeOfUser() {
+  const auto user = databaseUser(getuid());
+  return user && !user->home.empty() ? user->home : "which is none";
 }
 
 // The path of an open item as it is once every link on its way has been followed.
@@ -61,7 +71,7 @@ Result<Descriptor> LinuxFileMetadata::openItem(const std::string& path) const {
 Status LinuxFileMetadata::setLockedByItself(const std::string& path, bool locked,
                                             std::optional<std::string>& wayForHelper) const {
   Result<Descriptor> item = openItem(path);
-  if (!item) return item.error();
+  if (!item) return withOwner(item.error(), path);
   struct stat status;
   if (fstat(item->get(), &status) != 0) return systemError(path);
   if (!canBeImmutable(status))
@@ -72,13 +82,41 @@ Status LinuxFileMetadata::setLockedByItself(const std::string& path, bool locked
   const bool helps = !rights_.isSuperuser() && status.st_uid == rights_.fileOwner();
   if (!changed && changed.error().code == std::errc::operation_not_permitted && helps)
     wayForHelper = wayWithoutLinks(item->get(), path);
-  return changed;
+  return changed ? changed : withOwner(changed.error(), path);
 }
 
-// Where rights are missing, the error says what would help.
+// The kernel's words for what is somebody else's are the same as for much else.
+Error LinuxFileMetadata::withOwner(Error error, const std::string& path) const {
+  struct stat status;
+  if (rights_.isSuperuser() || !rightsCouldHelp(error) || lstat(path.c_str(), &status) != 0 ||
+      status.st_uid == rights_.fileOwner())
+    return error;
+  const std::string owner = databaseName(status.st_uid).value_or("user " + std::to_string(status.st_uid));
+  error.text = path + ": it belongs to " + owner;
+  error.cure = kAdministratorCan;
+  return error;
+}
+
+// Where rights are missing, or the helper must not do it, the error says what would help.
 Error LinuxFileMetadata::lockError(const std::string& path, int number) {
   Error error = systemError(path, number);
-  if (number == EPERM) error.cure = lockHelper_.cure();
+  const auto refused = [&](const std::string& reason, const std::string& cure) {
+    return Error{std::errc::operation_not_permitted, path + ": " + reason, cure + " " + kAdministratorCan};
+  };
+  switch (number) {
+    case EPERM:
+      error.cure = lockHelper_.cure();
+      break;
+    case kHasOtherName:
+      return refused("it has another name elsewhere (a hard link)", "Remove that, which find -samefile finds.");
+    case kIsOutside:
+      return refused("it lies outside of your home as this machine knows it, " + homeOfUser(),
+                     "Files in that home can be locked.");
+    case kIsAmongOthers:
+      return refused("others may write to its folder", "Take that right from them with chmod.");
+    default:
+      break;
+  }
   return error;
 }
 

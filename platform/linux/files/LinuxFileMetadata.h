@@ -28,7 +28,7 @@ class LinuxFileMetadata : public FileMetadata {
  private:
   Result<Descriptor> openItem(const std::string& path) const;
   Status setLockedByItself(const std::string& path, bool locked, std::optional<std::string>& wayForHelper) const;
-
+  Error withOwner(Error error, const std::string& path) const;
   Error lockError(const std::string& path, int number);
 
   FileRights rights_;

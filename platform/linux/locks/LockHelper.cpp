@@ -2,6 +2,7 @@
 #include "platform/linux/locks/LockHelper.h"
 
 #include <sys/xattr.h>
+#include <unistd.h>
 
 #include <charconv>
 #include <chrono>
@@ -86,6 +87,8 @@ bool LockHelper::isRunning() {
 std::string LockHelper::cure() {
   const std::lock_guard lock(mutex_);
   if (program_.path.empty()) return "Locking needs the lock helper, which is not installed.";
+  if (access(program_.path.c_str(), X_OK) != 0)
+    return "Locking needs the right to run the lock helper, " + program_.path + ", which an administrator can give.";
   if (hasCapability()) return "";
   return "Locking needs the lock helper: sudo setcap cap_linux_immutable=ep " + program_.path;
 }
