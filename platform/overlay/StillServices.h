@@ -107,6 +107,7 @@ class StreamLog : public SystemLog {
  public:
   explicit StreamLog(std::ostream& stream) : stream_(stream) {}
   void write(std::string_view message) override { stream_ << "Vantory: " << message << '\n'; }
+  void record(std::string_view) override {}
 
  private:
   std::ostream& stream_;

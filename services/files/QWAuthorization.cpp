@@ -123,9 +123,12 @@ bool QWAuthorization::authorizeForTask() {
   return isAuthorized() || (!refused_ && ask());
 }
 
-// Under the mutex.
+// Under the mutex. Whoever reads what a task could not do is told the cause and cure of that.
 bool QWAuthorization::ask() {
-  if (!hasGUI_) return refuse("Unable to authorize");
+  if (!hasGUI_) {
+    platform_.systemLog.record("Unable to authorize");
+    return false;
+  }
   refused_ = !platform_.privileged.authorize();
   return !refused_;
 }

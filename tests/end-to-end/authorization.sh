@@ -155,7 +155,7 @@ check "a rule says no: nothing is done" eval 'drive remove "$theirs/a" -- remove
 rule ask
 check "no agent: the same" eval 'drive remove "$theirs/a" -- remove "$theirs/b" && answered 00 && holds "$theirs/a" a'
 rule yes
-check "without a window nobody is asked" eval 'drive window 0 -- remove "$theirs/a" -- authorized && answered 100 && grep -qx "Vantory: Unable to authorize" "$work/err" && no_helper_runs'
+check "without a window nobody is asked" eval 'drive window 0 -- remove "$theirs/a" -- authorized && answered 100 && not grep -q "Unable to authorize" "$work/err" && no_helper_runs'
 chmod 775 "$helper"; drive remove "$theirs/a"; check "a helper that others may write is never started" answered 0
 chmod 755 "$helper"; chown "$uid" "$(dirname "$helper")"; drive remove "$theirs/a"; check "nor one in a user's folder" answered 0
 chown 0 "$(dirname "$helper")"; mv "$helper" "$helper-gone"

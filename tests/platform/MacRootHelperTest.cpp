@@ -90,6 +90,7 @@ const AuthorizationCalls* calls() {
 class KeptLog : public SystemLog {
  public:
   void write(std::string_view message) override { text.append(message); }
+  void record(std::string_view message) override { write(message); }
   std::string text;
 };
 

@@ -74,6 +74,7 @@ class RecordingSystemLog : public SystemLog {
     const std::lock_guard lock(mutex_);
     messages_.emplace_back(message);
   }
+  void record(std::string_view message) override { write(message); }
   std::vector<std::string> messages() const {
     const std::lock_guard lock(mutex_);
     return messages_;

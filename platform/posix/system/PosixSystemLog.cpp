@@ -49,6 +49,14 @@ void writeToStandardError(std::string_view line) {
   }
 }
 
+// So that a line break in a file's name begins no entry of its own.
+std::string onOneLine(std::string_view message) {
+  std::string line(message);
+  std::replace_if(
+      line.begin(), line.end(), [](char c) { return c == '\n' || c == '\r' || c == '\0'; }, ' ');
+  return line;
+}
+
 }  // namespace
 
 // Looked at once: what is opened later may get the number of a stream that is missing.
@@ -56,15 +64,16 @@ PosixSystemLog::PosixSystemLog() : hasStandardError_(fcntl(STDERR_FILENO, F_GETF
   openlog("Vantory", LOG_ODELAY, LOG_USER);
 }
 
-// In one line, so that a line break in a file's name begins no entry of its own.
 void PosixSystemLog::write(std::string_view message) {
-  std::string line(message);
-  std::replace_if(
-      line.begin(), line.end(), [](char c) { return c == '\n' || c == '\r' || c == '\0'; }, ' ');
+  const std::string line = onOneLine(message);
   syslog(LOG_NOTICE, "%s", line.c_str());
   if (!hasStandardError_) return;
   beforeLine_();
   writeToStandardError("Vantory: " + line + "\n");
+}
+
+void PosixSystemLog::record(std::string_view message) {
+  syslog(LOG_NOTICE, "%s", onOneLine(message).c_str());
 }
 
 }  // namespace vantory

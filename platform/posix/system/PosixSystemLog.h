@@ -15,6 +15,7 @@ class PosixSystemLog : public SystemLog {
  public:
   PosixSystemLog();
   void write(std::string_view message) override;
+  void record(std::string_view message) override;
   // Called before each line on standard error; set before anything is written.
   void setBeforeLine(std::function<void()> action) { beforeLine_ = std::move(action); }
 
