@@ -25,6 +25,9 @@ class Users {
   virtual std::optional<User> processUser() const = 0;
   // The user at the console; none when nobody is.
   virtual std::optional<User> consoleUser() const = 0;
+  // What HOME names in the superuser's environment where the work is done in another home, which it does not say; none
+  // elsewhere.
+  virtual std::optional<std::string> disregardedHome() const = 0;
   // The user's name, or the id in digits where the machine knows none. May ask over the network.
   virtual std::string nameOf(const User& user) const = 0;
 };

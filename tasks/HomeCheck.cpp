@@ -34,4 +34,14 @@ std::string remarkOnHome(const std::string& home) {
       printable(home));
 }
 
+// Left to themselves, scripts would take the silence for work in the home that they name.
+std::string remarkOnOtherHome(const std::string& home) {
+  const auto named = Runtime::current().platform().users.disregardedHome();
+  if (!named) return {};
+  return formatted(
+      "This works in %@, although HOME is %@: the superuser's HOME counts only where it is root's own. To "
+      "work in that home put --home \"%@\" before the task.",
+      home, *named, *named);
+}
+
 }  // namespace vantory

@@ -130,6 +130,7 @@ int runCommand(const ChosenCommand& chosen, TaskOptions options, std::ostream& o
   }
   const std::string remark = command.usesBackups ? remarkOnHome(*home) : "";
   if (!remark.empty()) errors << "Vantory: " << remark << '\n';
+  if (const std::string other = remarkOnOtherHome(*home); !other.empty()) report.notice(other);
 
   Runtime& runtime = Runtime::current();
   runtime.guard = &runtime.shared<QWVantoryUtilities>();

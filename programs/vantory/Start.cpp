@@ -23,6 +23,7 @@
 #include "tasks/Program.h"
 #include "tasks/Question.h"
 #include "tasks/Refusal.h"
+#include "tasks/TaskCommand.h"
 #include "tasks/homes/HomeTask.h"
 #include "tasks/homes/HomesRun.h"
 
@@ -32,10 +33,18 @@ namespace {
 
 constexpr std::chrono::seconds kBusy(60);
 
+bool changesFiles(const std::vector<std::string>& arguments) {
+  const auto chosen = beginsWithQuestion(arguments) ? std::nullopt : chooseCommand(arguments);
+  return chosen && chosen->command->deed;
+}
+
 // Before anything else asks whose files are meant.
-Status workIn(const std::string& home) {
+Status workIn(const std::string& home, const std::vector<std::string>& arguments) {
   const std::string path = paths::absolute(home, PosixSystemInfo({}).workingDirectory());
-  if (getuid() != 0) return adoptHome(path);
+  if (getuid() != 0) {
+    const Status isOurs = changesFiles(arguments) ? checkIsNotOthers(path) : Status();
+    return isOurs ? adoptHome(path) : isOurs;
+  }
   const auto owner = ownerOfHome(path);
   return owner ? becomeOwner(*owner) : owner.error();
 }
@@ -107,7 +116,8 @@ int runInMany(const HomeOptions& options, const LendPlatform& lendPlatform) {
 int start(HomeOptions options, const LendPlatform& lendPlatform) {
   const bool bySuperuser = getuid() == 0;  // before it becomes the owner
   if (options.home && !options.fault)
-    if (const Status status = workIn(*options.home); !status.ok()) options.fault = status.error().text;
+    if (const Status status = workIn(*options.home, options.arguments); !status.ok())
+      options.fault = status.error().text;
   if (options.fault) return refuseLine(*options.fault, options.arguments, std::cout, std::cerr);
   if (options.isForMany()) return runInMany(options, lendPlatform);
   int code = 0;

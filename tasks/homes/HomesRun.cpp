@@ -103,7 +103,8 @@ class HomesRun {
   void take(const HomeResult& result) {
     hasDoneAnything_ |= result.counts && result.counts->done > 0;
     ++ended_;
-    exitCodes_.insert(result.exitCode);
+    // A folder in which nobody can work, such as "lost+found", says nothing about the others.
+    if (result.exitCode != kNothingMatched || !result.owner.empty()) exitCodes_.insert(result.exitCode);
     if (inJson_) {
       streams_.output << jsonLine(result, identity_.canBeTakenBack ? identity_.name : "") << '\n' << std::flush;
       return;
@@ -143,6 +144,7 @@ class HomesRun {
   // What was nothing to one home, while there was something to do in others, is no fault.
   int exitCode() const {
     const auto all = [&](int code) { return exitCodes_.size() == 1 && exitCodes_.contains(code); };
+    if (exitCodes_.empty()) return kNothingMatched;
     if (all(kNotBegun) || all(kNothingMatched)) return *exitCodes_.begin();
     const bool isWhole = std::ranges::all_of(exitCodes_, [](int code) { return code == 0 || code == kNothingMatched; });
     return isWhole ? 0 : kDoneInPart;

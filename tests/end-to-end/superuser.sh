@@ -57,7 +57,7 @@ seat() { # CLASS UID
 }
 if [ "$system" = linux ]; then
 fresh vanna; as_root HOME=/tmp/vanna "$program" -backup Mine
-check "HOME of somebody else's is not taken" [ ! -e "$library" ]
+check "HOME of somebody else's is not taken, and that is said" eval '[ ! -e "$library" ] && grep -q "^Vantory: This works in /root, .*--home \"/tmp/vanna\" before the task" "$work/err"'
 fresh vanna
 seat user $uid
 as_root HOME=/root SUDO_UID=$nobody "$program" -backup Console

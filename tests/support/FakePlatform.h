@@ -60,11 +60,13 @@ class FakeUsers : public Users {
   void becomeSuperuser() override {}
   std::optional<User> processUser() const override { return process; }
   std::optional<User> consoleUser() const override { return console; }
+  std::optional<std::string> disregardedHome() const override { return disregarded; }
   std::string nameOf(const User&) const override { return "anna"; }
 
   bool superuser = false;
   std::optional<User> process;
   std::optional<User> console;
+  std::optional<std::string> disregarded;
 };
 
 // Any thread.

@@ -114,6 +114,10 @@ std::optional<User> LinuxUsers::activeUser() const {
   return withHome(user);
 }
 
+std::optional<std::string> LinuxUsers::disregardedHome() const {
+  return isSuperuser() ? homeBesides(consoleUser()) : std::nullopt;
+}
+
 std::string LinuxUsers::nameOf(const User& user) const {
   return databaseName(user.id).value_or(std::to_string(user.id));
 }

@@ -50,6 +50,10 @@ std::optional<User> MacUsers::consoleUser() const {
   return consoleUser_;
 }
 
+std::optional<std::string> MacUsers::disregardedHome() const {
+  return isSuperuser() ? homeBesides(consoleUser()) : std::nullopt;
+}
+
 std::string MacUsers::nameOf(const User& user) const {
   return databaseName(user.id).value_or(std::to_string(user.id));
 }

@@ -21,6 +21,7 @@ class MacUsers : public Users {
   void becomeSuperuser() override;
   std::optional<User> processUser() const override;
   std::optional<User> consoleUser() const override;
+  std::optional<std::string> disregardedHome() const override;
   std::string nameOf(const User& user) const override;
 
  private:

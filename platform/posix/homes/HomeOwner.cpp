@@ -126,6 +126,21 @@ Status becomeOwner(const HomeOwner& owner) {
   return {};
 }
 
+// What is the superuser's, or may be written to by others, can be somebody's home all the same.
+Status checkIsNotOthers(const std::string& home) {
+  const auto status = folderStatus(home, stat);
+  if (!status) return status.error();
+  if (status->st_uid == geteuid() || status->st_uid == 0 || access(home.c_str(), W_OK) == 0) return {};
+  const std::string owner = databaseName(status->st_uid).value_or("user " + std::to_string(status->st_uid));
+  return refusal(std::string(home)
+                     .append(" belongs to ")
+                     .append(owner)
+                     .append(": run this as ")
+                     .append(owner)
+                     .append(", or as root."),
+                 std::errc::permission_denied);
+}
+
 Status adoptHome(const std::string& home) {
   if (const auto status = folderStatus(home, stat); !status) return status.error();
   if (environmentFolder("HOME") == home) return {};

@@ -25,4 +25,8 @@ Status becomeOwner(const HomeOwner& owner);
 // For any other process: from now on this is its home. One of another user's is none of an error.
 Status adoptHome(const std::string& home);
 
+// For any other process, before it changes files there: fails with permission_denied and a sentence with the cure where
+// the home is another user's and is not shared with it.
+Status checkIsNotOthers(const std::string& home);
+
 }  // namespace vantory

@@ -183,7 +183,8 @@ void PosixHomeWorkers::workIn(const std::string& home, Descriptor answer) const 
       const bool isNobodys = entered.error().code == std::errc::operation_not_supported;
       result = passedOver(isNobodys ? kNothingMatched : kNotBegun, sentence(entered.error()));
     } else if (busyFile) {
-      result = passedOver(kDoneInPart, "Somebody works there: " + *busyFile + " was changed within the last minute.");
+      result = passedOver(kNotBegun, "Somebody works there: " + *busyFile +
+                                         " was changed within the last minute. With --busy it is done all the same.");
     } else {
       result = work_.run();
     }

@@ -2,6 +2,8 @@
 #include "platform/posix/processes/PasswordDatabase.h"
 
 #include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <charconv>
@@ -36,6 +38,15 @@ class Entry {
 std::optional<std::string> usableHome(std::optional<std::string> folder) {
   if (folder && *folder == "/") return std::nullopt;
   return folder;
+}
+
+std::optional<std::string> homeBesides(const std::optional<User>& user) {
+  auto home = usableHome(environmentFolder("HOME"));
+  struct stat status {};
+  if (!home || (user && user->home == *home) || stat(home->c_str(), &status) != 0 || !S_ISDIR(status.st_mode))
+    return std::nullopt;
+  const auto own = databaseUser(getuid());
+  return own && own->home == *home ? std::nullopt : home;
 }
 
 std::optional<User> databaseUser(uid_t id) {

@@ -22,4 +22,7 @@ std::optional<User> userWithId(std::string_view digits);
 // folder.
 std::optional<std::string> usableHome(std::optional<std::string> folder);
 
+// The folder that HOME names, unless it is the home of this user, or that of the process's own in the database.
+std::optional<std::string> homeBesides(const std::optional<User>& user);
+
 }  // namespace vantory
