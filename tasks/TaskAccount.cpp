@@ -2,6 +2,7 @@
 #include "tasks/TaskAccount.h"
 
 #include <algorithm>
+#include <map>
 #include <set>
 
 #include "base/ExitCodes.h"
@@ -56,9 +57,15 @@ bool isWholeTask(const FileReport& file) {
   return file.action == FileAction::Write || file.action == FileAction::Sync || file.action == FileAction::List;
 }
 
-// Each cure once, behind the causes: many files may fail for one reason.
+// Each cause once, and each cure behind them: many files may fail for one reason.
 void tellCauses(const std::vector<FileReport>& files) {
-  tellFirst(files, [](const FileReport& file) { return file.cause->text; });
+  std::map<std::string, std::size_t> counts;
+  std::vector<std::string> causes;
+  for (const FileReport& file : files)
+    if (++counts[file.cause->text] == 1) causes.push_back(file.cause->text);
+  tellFirst(causes, [&](const std::string& cause) {
+    return counts[cause] == 1 ? cause : formatted("%@ (%i times)", cause, counts[cause]);
+  });
   std::set<std::string> cures;
   for (const FileReport& file : files)
     if (!file.cause->cure.empty()) cures.insert(file.cause->cure);

@@ -45,7 +45,7 @@ if is_root; then
   check "no space in the middle of a restore: that file stays in place" eval 'ended 0 && told && unharmed && grep -q "No space left on device" "$log"'
 
   fill_home anna
-  mkdir -p /Volumes/readonly; mount -t tmpfs -o "mode=777" tmpfs /Volumes/readonly; as_user mkdir /Volumes/readonly/library
+  mkdir -p /Volumes/readonly; mount -t tmpfs -o "mode=777,size=4m" tmpfs /Volumes/readonly; as_user mkdir /Volumes/readonly/library
   as_user /usr/bin/python3 "$here/plist.py" write "$settings" xml backupPath=/Volumes/readonly/library
   run -backup Kept motionPrefs; first=$(stat -c %i /Volumes/readonly/library/Kept.vnt)
   run -backup Kept motionPrefs
@@ -54,7 +54,12 @@ if is_root; then
   [ "$system" = linux ] || mv "$disk_trash/Kept.vnt" "$disk_trash/of another name"
   run --undo
   check "... and is put back from there" eval 'ran && [ "$(stat -c %i /Volumes/readonly/library/Kept.vnt)" = "$first" ] && [ "$(count "$disk_trash" -mindepth 1 -maxdepth 1 -name "Kept*")" = 1 ]'
-  mount -o remount,ro /Volumes/readonly
+  run -backup All; as_user sh -c 'cat /dev/zero >/Volumes/readonly/filler' 2>/dev/null
+  run -backup Full
+  check "a full library is what is named as full" eval 'grep -q "^Vantory: /Volumes/readonly/library/.*: No space left" "$work/err" && not grep -q "^Vantory: $home.*: No space" "$work/err"'
+  rm /Volumes/readonly/filler; mount -o remount,ro /Volumes/readonly
+  run --update All
+  check "one cause is told once" eval 'grep -q "Read-only file system" "$work/err" && [ "$(sort "$work/err" | uniq -d)" = "" ]'
   run -backup Kept
   check "a read-only library: the old backup stays" eval 'ended 0 && grep -qx "Vantory: Error writing backup file" "$work/err" && [ -e /Volumes/readonly/library/Kept.vnt/Settings.plist ] && unharmed'
   run -restore /Volumes/readonly/library/Kept.vnt; check "and restored from" eval 'ended 0 && said "" && unharmed'

@@ -257,6 +257,11 @@ class CopiedChecksum {
   std::optional<Checksum> checksum_;
 };
 
+// Of the two disks the one that is full is the copy's.
+Error copyError(const std::string& path, const std::string& destination) {
+  return systemError(errno == ENOSPC || errno == EDQUOT ? destination : path);
+}
+
 // The mode or the times: a file system without owners or dates of its own refuses them, and the content matters more.
 bool cannotHold() {
   return errno == EPERM || errno == EOPNOTSUPP || errno == ENOSYS;
@@ -288,15 +293,15 @@ Descriptor openSource(int folder, const char* name, int followFlag) {
 Status copyFileContent(int source, struct stat status, int copy, const std::string& path,
                        const std::string& destination, const CopyManner& manner, CopyReport& report) {
   constexpr int kAttempts = 3;
-  if (!hasRoom(source, status, copy, report)) return systemError(path, ENOSPC);
+  if (!hasRoom(source, status, copy, report)) return systemError(destination, ENOSPC);
   FileProgress progress(report);
   CopiedChecksum checksum(source, manner.checksum);
   for (int attempt = 0; attempt < kAttempts; ++attempt) {
     if (attempt > 0 && (ftruncate(copy, 0) != 0 || lseek(copy, 0, SEEK_SET) < 0 || lseek(source, 0, SEEK_SET) < 0 ||
                         !progress.startAgain()))
-      return systemError(path);
+      return copyError(path, destination);
     const bool comparable = baseline(source, status);
-    if (!copyContentOnce(source, status, copy, progress, checksum.get(), report)) return systemError(path);
+    if (!copyContentOnce(source, status, copy, progress, checksum.get(), report)) return copyError(path, destination);
     struct stat after;
     if (fstat(source, &after) != 0) return systemError(path);
     if (comparable && isUnchanged(lookOf(status), lookOf(after))) {

@@ -292,12 +292,12 @@ void TreeCopier::copyOne(const Folder& folder, const std::string& name) {
     return openat(folder.copy.get(), name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
                   S_IRUSR | S_IWUSR);
   }));
-  if (!copy.valid()) return fail(systemError(path));
-  if (const Status copied =
-          copyFileContent(source.get(), status, copy.get(), path, folder.destination + "/" + name, manner_, report_);
+  const std::string destination = folder.destination + "/" + name;
+  if (!copy.valid()) return fail(systemError(destination));
+  if (const Status copied = copyFileContent(source.get(), status, copy.get(), path, destination, manner_, report_);
       !copied)
     return fail(copied.error());
-  if (!copy.closeWritten()) fail(systemError(path));
+  if (!copy.closeWritten()) fail(systemError(destination));
 }
 
 void TreeCopier::copyLink(const Folder& folder, const std::string& name) {
