@@ -61,7 +61,7 @@ ClosedApplications::Answer ClosedApplications::makeWay(const std::string& name, 
       return Answer::Cancel;
     case GuardDecision::Skip:
       say(words_.skipped);
-      report_.passedOver(name, formatted("%@ is running and was skipped.", name));
+      report_.passedOver(name, formatted("%@ is running and was skipped. Quit it, then try again.", name));
       return Answer::PassOver;
     case GuardDecision::CloseAndRelaunch:
       return close(name, identifier);
@@ -81,7 +81,8 @@ ClosedApplications::Answer ClosedApplications::close(const std::string& name, co
   }
   if (!isClosed) {
     say(words_.notClosed);
-    report_.passedOver(name, formatted("%@ could not be closed and was skipped.", name));
+    report_.passedOver(name,
+                       formatted("%@ could not be closed and was skipped. Quit it yourself, then try again.", name));
     return Answer::PassOver;
   }
   closed_.push_back({name, identifier});

@@ -20,4 +20,9 @@ void restoreFile(const std::string& source, const BackupPlace& backup, const QWP
 void replaceContent(const std::string& path, std::string bytes, const FileInfo& known, const std::string& item,
                     TaskReport& report);
 
+// With what the person can do where they are about a copy in the backup that is damaged; `task` and `operands` would
+// restore the same from an older backup. Other causes stay as they are.
+Error withCureForDamage(Error cause, const BackupPlace& backup, const std::string& source, const std::string& task,
+                        const std::string& operands);
+
 }  // namespace vantory

@@ -124,19 +124,8 @@ void ItemRestoring::note(const std::string& path, const Status& copied) {
   report_.add(FileAction::Restore, path, copied, item_, path);
 }
 
-// For what is damaged here: what the person can do where they are.
 Error ItemRestoring::withCure(Error cause, const std::string& source) const {
-  if (cause.code != std::errc::bad_message || !backup_) return cause;
-  const auto older = backup_->olderWithSoundCopy(source);
-  if (!older)
-    cause.cure = "No older backup of the library has it undamaged.";
-  else if (QWCmdUtils::sharedController().hasGUI())
-    cause.cure =
-        formatted("The older backup \"%@\" has it undamaged: compare that in the Restore pane, and tick this file.",
-                  paths::withoutExtension(paths::lastComponent(*older)));
-  else
-    cause.cure = formatted("An older backup has it undamaged: vantory -restore \"%@\" %@", *older, item_);
-  return cause;
+  return backup_ ? withCureForDamage(std::move(cause), *backup_, source, "-restore", item_) : cause;
 }
 
 // What was restored before may hold links that lead on.
@@ -293,6 +282,21 @@ void ItemRestoring::replaceContent(const std::string& path, std::string bytes, c
 }
 
 }  // namespace
+
+Error withCureForDamage(Error cause, const BackupPlace& backup, const std::string& source, const std::string& task,
+                        const std::string& operands) {
+  if (cause.code != std::errc::bad_message) return cause;
+  const auto older = backup.olderWithSoundCopy(source);
+  if (!older)
+    cause.cure = "No older backup of the library has it undamaged.";
+  else if (QWCmdUtils::sharedController().hasGUI())
+    cause.cure =
+        formatted("The older backup \"%@\" has it undamaged: compare that in the Restore pane, and tick this file.",
+                  paths::withoutExtension(paths::lastComponent(*older)));
+  else
+    cause.cure = formatted("An older backup has it undamaged: vantory %@ \"%@\" %@", task, *older, operands);
+  return cause;
+}
 
 void restoreFile(const std::string& source, const BackupPlace& backup, const QWPrefItem& item, TaskReport& report) {
   ItemRestoring(&backup, item.key(), report, item.placeRule()).restoreAll({source});

@@ -55,14 +55,18 @@ void remarkOnNamedDefault(const QWDataController& data, TaskReport& report) {
 }
 
 // A path is wanted, but a name that the library knows is what people type.
-void remarkOnName(const std::string& operand, TaskReport& report) {
-  if (operand.find('/') != std::string::npos) return;
+void remarkOnMissing(const std::string& operand, const std::string& path, TaskReport& report) {
   QWDataController& data = QWDataController::sharedController();
   data.populateApps();
   data.populateBackups();
-  for (const auto& backup : backupsMeant(operand, operand))
+  const bool isName = operand.find('/') == std::string::npos;
+  const BackupList meant = isName ? backupsMeant(operand, operand) : BackupList();
+  for (const auto& backup : meant)
     report.remark(
         formatted("\"%@\" is in the library. To restore it: vantory -restore \"%@\"", operand, backup->path()));
+  if (meant.empty())
+    report.remark(isName ? faultOfName(operand, {})
+                         : path + " is not there. \"vantory --list-backups\" lists what the library has.");
 }
 
 }  // namespace
@@ -73,7 +77,7 @@ int restoreCommand(const CommandContext& context) {
   if (context.operandCount() == 0) return context.refuseWithoutOperand();
   const std::string path = context.pathOperand(1);
   if (!QWFileManager::fileExistsAtPath(path)) {
-    remarkOnName(*context.operand(1), context.report);
+    remarkOnMissing(*context.operand(1), path, context.report);
     return context.refuse({.text = "Vantory: Unable to restore backup - backup does not exist.",
                            .log = "Unable to restore backup - backup does not exist",
                            .title = "Restore failed",

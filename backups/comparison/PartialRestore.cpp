@@ -4,13 +4,13 @@
 #include <algorithm>
 
 #include "backups/BackupFolder.h"
-#include "backups/OlderCopy.h"
 #include "backups/QWBackup.h"
 #include "backups/RestoreRun.h"
 #include "base/Format.h"
 #include "base/PropertyListBytes.h"
 #include "base/PropertyListEditing.h"
 #include "base/Spelling.h"
+#include "base/Text.h"
 #include "catalog/FileRestoring.h"
 #include "platform/FileSystem.h"
 #include "services/Runtime.h"
@@ -94,7 +94,18 @@ Error absenceOf(const KeyPath& key, const ItemComparison& item, const std::vecto
                          : where + ". \"vantory --compare\" lists the keys.");
 }
 
-void restoreKeys(const FileChoice& choice, const std::string& backup, const std::string& item, TaskReport& report) {
+// As they are to be typed behind an item.
+std::string operandsFor(const std::vector<KeyPath>& keys) {
+  std::string operands;
+  for (const KeyPath& key : keys) {
+    const std::string text = keyPathText(key);
+    if (!standsInQuotes(text)) return " KEYPATH...";
+    operands += " \"" + text + "\"";
+  }
+  return operands;
+}
+
+void restoreKeys(const FileChoice& choice, const BackupFolder& backup, const std::string& item, TaskReport& report) {
   const std::string& path = choice.file.path;
   const auto fail = [&](Error error) {
     QWLog::appendLog("The keys were not put back: %@", error.text);
@@ -104,7 +115,9 @@ void restoreKeys(const FileChoice& choice, const std::string& backup, const std:
   if (!known) return fail(known.error());
   const auto bytes = files().read(path);
   if (!bytes) return fail(bytes.error());
-  if (const Status sound = checkCopy(backup, choice.file.after); !sound) return fail(sound.error());
+  if (const Status sound = backup.checkCopy(choice.file.after); !sound)
+    return fail(
+        withCureForDamage(sound.error(), backup, choice.file.after, "--restore-keys", item + operandsFor(choice.keys)));
   const auto held = propertyListAt(choice.file.after);
   if (!held) return fail({std::errc::invalid_argument, choice.file.after + ": it is no property list any more"});
   std::vector<KeyEdit> edits;
@@ -132,7 +145,7 @@ void restoreItem(QWPrefItem& item, const ItemChoice& choice, const BackupFolder&
     if (file.keys.empty())
       restoreFile(file.file.after, place, item, report);
     else
-      restoreKeys(file, place.path(), item.key(), report);
+      restoreKeys(file, place, item.key(), report);
   }
 }
 

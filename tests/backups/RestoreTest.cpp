@@ -1,6 +1,7 @@
 // Putting backups back in place.
 #include <sys/stat.h>
 
+#include "backups/comparison/PartialRestore.h"
 #include "services/QWCmdUtils.h"
 #include "services/RunningApplicationGuard.h"
 #include "tests/backups/BackupsTest.h"
@@ -99,6 +100,11 @@ TEST_F(RestoreTest, ADamagedCopyTakesNoLiveFilesPlace) {
   report_ = {};
   backup->restore(report_);
   EXPECT_THAT(report_.causes(), HasSubstr("vantory -restore \"" + inLibrary("Sound.vnt") + "\" keyflipped"));
+
+  const FileComparison damaged{.path = prefs("flipped"), .before = prefs("flipped"), .after = backup->path() + kept};
+  report_ = {};
+  restorePartly(backup, {{"keyflipped", {{damaged, {*parseKeyPath("Look")}}}}}, report_);
+  EXPECT_THAT(report_.causes(), HasSubstr("--restore-keys \"" + inLibrary("Sound.vnt") + "\" keyflipped \"Look\""));
 
   // Where only administrator rights could copy it, which they do once the live file has gone.
   metadata_.unwritable = {home_ / "Library/Preferences"};

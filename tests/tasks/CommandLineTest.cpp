@@ -322,6 +322,8 @@ TEST_F(CommandLineTest, EachFailureIsToldWhereItBelongs) {
   for (const char* line : {"-restore None", "-restore "}) EXPECT_EQ(run(line), 1);
   EXPECT_EQ(sentErrors().back(), "Vantory: Unable to restore backup - backup does not exist.");
   EXPECT_THAT(log(), HasSubstr(" - Unable to restore backup - backup does not exist\n"));
+  EXPECT_THAT(fakes_.systemLog.messages(),
+              Contains("There is no backup \"None\". \"vantory --list-backups\" lists them."));
 
   writeFile(library("/Torn.vnt/Settings.plist"), "<plist><dict>");
   EXPECT_EQ(run("--list-backups"), 0);
@@ -484,6 +486,9 @@ TEST_F(CommandLineTest, AReportInJsonTellsOfEachFile) {
   EXPECT_THAT(output_.str(),
               AllOf(HasSubstr("Motion is running and was skipped."), HasSubstr("\"operand\": \"none\"")));
   EXPECT_EQ(run("--json -list"), 1);
+  fakes_.users.disregarded = "/Users/bert";
+  EXPECT_EQ(run("--json -unlock fcp"), 0);
+  EXPECT_THAT(output_.str(), HasSubstr("--home \\\"/Users/bert\\\" before the task."));
 }
 
 TEST_F(CommandLineTest, ATaskThatIsMistypedIsNamed) {
@@ -707,6 +712,8 @@ TEST_F(CommandLineTest, ComparesABackupWithTheFilesAndWithAnother) {
     EXPECT_THAT(output_.str(), AllOf(HasSubstr("\"exitCode\": 1"), HasSubstr("did you mean \\\"First\\\"?")));
   }
   EXPECT_EQ(snapshot(), before);
+  EXPECT_EQ(run("--restore-keys First fcpPref Timeline.Snapping"), 1);
+  EXPECT_THAT(log(), HasSubstr("did you mean \"fcpPrefs\"?"));
   EXPECT_EQ(run("--restore-keys First fcpPrefs Timeline.Snaping"), 1);
   EXPECT_THAT(errors_.str() + log(), HasSubstr("did you mean \"Timeline.Snapping\"?"));
   EXPECT_EQ(readFile(home_ / kFiles[1].second), "{ Timeline = { Snapping = 1; }; }");
@@ -734,7 +741,8 @@ TEST_F(CommandLineTest, CatalogFilesAreCheckedBesideOthers) {
   EXPECT_EQ(run("-backup Carried edPrefs"), 0);
   fakes_.users.superuser = true;
   EXPECT_EQ(run("--restore-keys Carried edPrefs a"), 1);
-  EXPECT_THAT(fakes_.systemLog.messages().back(), HasSubstr("\"edPrefs\" of \"Editor\" stays in the backup: for the superuser"));
+  EXPECT_THAT(fakes_.systemLog.messages().back(),
+              HasSubstr("\"edPrefs\" of \"Editor\" stays in the backup: for the superuser"));
   fakes_.users.superuser = false;
   for (const Alias& alias : aliasTable()) {
     AppDefinition definition;
