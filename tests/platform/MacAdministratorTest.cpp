@@ -171,19 +171,31 @@ TEST_F(MacAdministratorTest, CopiesForNobodyWhoIsGone) {
   EXPECT_FALSE(exists(home + "/copy"));
 }
 
-// A folder that cannot be told from a protected one stays where it is.
+// A disk on which what is there cannot be looked at.
+template <class Disk>
+struct BlindDisk : Disk {
+  using Disk::Disk;
+  FileSystem& machineFiles() override {
+    blind.fail(Operation::Info, std::errc::io_error, FaultyFileSystem::kEveryCall);
+    return blind;
+  }
+  FaultyFileSystem blind{Disk::machineFiles()};
+};
+
+// A folder that cannot be told from a protected one stays where it is, and so does what may be a job.
 TEST_F(MacAdministratorTest, MovesNothingThatItCannotLookAt) {
-  struct BlindDisk : MacAdministratorDisk {
-    using MacAdministratorDisk::MacAdministratorDisk;
-    FileSystem& machineFiles() override { return blind; }
-    FaultyFileSystem blind{MacAdministratorDisk::machineFiles()};
-  };
-  auto disk = std::make_unique<BlindDisk>(user, std::vector{shared});
-  disk->blind.fail(Operation::Info, std::errc::io_error, FaultyFileSystem::kEveryCall);
-  AdministratorTools blind{user, standard, std::move(disk)};
+  AdministratorTools blind{user, standard,
+                           std::make_unique<BlindDisk<MacAdministratorDisk>>(user, std::vector{shared})};
   EXPECT_FALSE(blind.perform("/bin/mv", {"-f", home + "/Library/Preferences", home + "/got"}).ok());
   EXPECT_FALSE(blind.perform("/bin/rm", {"-Rdf", home + "/own"}).ok());
   EXPECT_TRUE(exists(home + "/Library/Preferences") && exists(home + "/own"));
+  AdministratorTools linux{user, standard,
+                           std::make_unique<BlindDisk<LinuxAdministratorDisk>>(user, std::vector{shared})};
+  const std::string job = machine / "Library/LaunchDaemons/com.quarrywell.x.plist";
+  writeFile(job, "job");
+  chmod(machine.path().c_str(), 0755);
+  EXPECT_FALSE(linux.perform("/bin/mv", {"-f", home + "/own", job}).ok());
+  EXPECT_EQ(readFile(job), "job");
 }
 
 // While the superuser works, the user exchanges a folder on the way for a link, and a file for another's, again and

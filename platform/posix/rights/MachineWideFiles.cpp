@@ -65,7 +65,8 @@ Status MachineWideFiles::install(const std::string& source, const std::string& j
   FileSystem& usersFiles = disk_.usersFiles();
   const Result<std::string> bytes = usersFiles.read(source);
   if (!bytes) return bytes.error();
-  if (files_.info(job, Links::DoNotFollow)) return systemError(job, EEXIST);
+  const Result<FileInfo> there = files_.info(job, Links::DoNotFollow);
+  if (there || !meansMissing(there.error())) return there ? systemError(job, EEXIST) : there.error();
   if (Status written = files_.write(job, *bytes, {.durable = true}); !written) return written;
   const Status removed = usersFiles.remove(source);
   if (removed || removed.error().code == std::errc::no_such_file_or_directory) return {};
