@@ -260,8 +260,9 @@ TEST_F(RestorePaneTest, TheDeleteKeyRemovesBackupsOnly) {
 
   answer_ = QWAlert::Default;
   files_.fail(Operation::Trash, std::errc::read_only_file_system, FaultyFileSystem::kEveryCall);
+  writeAutomaticBackup();
   for (const std::size_t left : {1, 0}) {
-    writeAutomaticBackup();
+    select(controller().autoBackupArray().front());
     EXPECT_TRUE(pane_.keyUp(OutlineKey::Delete));
     finishWork();
     EXPECT_EQ(pane_.numberOfChildrenOfItem(pane_.child(0, nullptr)), left);
