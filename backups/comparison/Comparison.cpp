@@ -193,9 +193,10 @@ void ItemComparing::compare(const std::string& path, Found before, Found after, 
   if (!after.info) return add(std::move(file), onlyBefore);
   if (is(after, FileType::SymbolicLink)) file.remark = remarkOnLink(after.path, depth);
   if (!before.info) return add(std::move(file), Difference::Added);
-  if (before.info->type != after.info->type)
-    return add(std::move(file), Difference::Different,
-               file.remark.empty() ? "It is of another kind, such as a folder instead of a file." : file.remark);
+  if (before.info->type != after.info->type) {
+    if (file.remark.empty()) file.remark = "It is of another kind, such as a folder instead of a file.";
+    return add(std::move(file), Difference::Different);
+  }
   if (is(before, FileType::SymbolicLink)) return compareLinks(std::move(file));
   compareFiles(std::move(file), before, after);
 }
@@ -208,7 +209,8 @@ void ItemComparing::compareFiles(FileComparison file, const Found& before, const
   if (file.difference == Difference::Different && after_.isDamaged(file.after)) file.remark = kDamaged;
   const bool isOnlyLink = before.isLink && file.difference == Difference::Same;
   const Difference difference = isOnlyLink ? Difference::Different : file.difference;
-  add(std::move(file), difference, before.isLink && file.remark != kDamaged ? kReplacedLink : "");
+  const bool isToldAsLink = before.isLink && file.remark != kDamaged;
+  add(std::move(file), difference, isToldAsLink ? kReplacedLink : "");
 }
 
 void ItemComparing::compareLinks(FileComparison file) {
