@@ -28,7 +28,7 @@ struct UndoTask {
 };
 
 // The code of the error where there is nothing at all to take back.
-inline constexpr std::errc kNothingToUndo = std::errc::no_message_available;
+inline constexpr std::errc kNothingToUndo = std::errc::no_message;
 
 // The task of the named receipt, or the newest. The name of a run over many homes stands for what that did here. In
 // such a run the newest is what one of them did, nobody else. Fails with a sentence where there is none that can be
