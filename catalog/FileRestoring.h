@@ -3,13 +3,18 @@
 
 #include <string>
 
+#include "catalog/QWPrefItem.h"
 #include "platform/FileSystem.h"
 
 namespace vantory {
 
 class BackupPlace;
-class QWPrefItem;
 class TaskReport;
+
+// What keeps a file or folder of a backup from being put at its place, whatever is there now: a link in the backup, or
+// the rule of its item, which may be empty.
+Status checkRestoring(const std::string& source, const std::string& destination, const std::string& backupPath,
+                      const QWPrefItem::PlaceRule& rule);
 
 // Puts a file or folder of an item of the backup in its place; what was there goes to the Trash. A failure leaves the
 // file as it was, is logged, and stands in the report.

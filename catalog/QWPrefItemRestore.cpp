@@ -75,7 +75,47 @@ Status checkKind(const BackupPlace& backup, const std::string& source, const std
 // For what the backup alone decides.
 Error notAllowed(const std::string& path, const std::string& fault) {
   return {std::errc::operation_not_permitted, formatted("%@ %@", path, fault),
-          "Where a catalog file here names it, it can be restored."};
+          "It stays in the backup, from where you can copy it yourself."};
+}
+
+// A link in the backup may lead anywhere.
+Status checkNoLink(const std::string& source, std::string_view backupPath) {
+  const auto link = QWFileManager::linkOnTheWay(source, std::string(backupPath));
+  if (!link) return {};
+  const auto target = Runtime::current().platform().metadata.linkTarget(*link);
+  return Error{std::errc::too_many_symbolic_link_levels,
+               formatted("%@ is a symbolic link to %@, which a restore does not follow", *link,
+                         target ? *target : "an unknown place"),
+               "Another backup may have the file itself, or copy by hand what the link leads to."};
+}
+
+// A folder comes back whole or not at all.
+Status checkHeldFolder(const std::string& source, const std::string& destination, const QWPrefItem::PlaceRule& rule) {
+  Status allowed;
+  const auto check = [&](const std::string& path, const DirectoryEntry& entry) {
+    const std::string place = destination + path.substr(source.size());
+    const std::string fault =
+        entry.type == FileType::SymbolicLink ? "is a symbolic link, which is not restored" : rule(place);
+    if (!fault.empty()) allowed = notAllowed(place, fault);
+    return fault.empty();
+  };
+  const bool isThrough = walkFolder(source, Detail::Names, Links::DoNotFollow, check, Unreadable::End);
+  if (!isThrough && allowed) return Error{std::errc::permission_denied, source + ": a folder in it cannot be read"};
+  return allowed;
+}
+
+// What was restored before may hold links that lead on.
+Status checkPlace(const std::string& source, const std::string& destination, const QWPrefItem::PlaceRule& rule) {
+  if (QWFileManager::isLeftToOthers(destination))
+    return Error{std::errc::operation_not_permitted, destination + " belongs to another user"};
+  if (!rule) return {};
+  if (const std::string fault = rule(destination); !fault.empty()) return notAllowed(destination, fault);
+  const auto home = QWLocalPaths::userDirectory(), shared = QWLocalPaths::sharedUsersDirectory();
+  const std::string root = home && paths::isWithin(destination, *home) ? *home : shared.value_or("/");
+  const auto link = QWFileManager::linkOnTheWay(paths::parent(destination), root);
+  if (link) return notAllowed(*link, "is a symbolic link, through which nothing is restored");
+  const auto held = Runtime::current().platform().files.info(source, Links::DoNotFollow);
+  return held && held->type == FileType::Folder ? checkHeldFolder(source, destination, rule) : Status();
 }
 
 // A file in the backup, and where it belongs; none for what has no place on this system.
@@ -109,8 +149,7 @@ class ItemRestoring {
   void replaceAndNote(const Staged& staged, const std::string& source, const std::string& destination);
   void lockAgain(const std::string& path);
   Error withCure(Error cause, const std::string& source) const;
-  Status checkPlace(const std::string& source, const std::string& destination) const;
-  Status checkHeldFolder(const std::string& source, const std::string& destination) const;
+  Status withReason(Status staged, const std::string& source) const;
 
   const BackupPlace* const backup_;
   const QWPrefItem::PlaceRule rule_;
@@ -128,33 +167,11 @@ Error ItemRestoring::withCure(Error cause, const std::string& source) const {
   return backup_ ? withCureForDamage(std::move(cause), *backup_, source, "-restore", item_) : cause;
 }
 
-// What was restored before may hold links that lead on.
-Status ItemRestoring::checkPlace(const std::string& source, const std::string& destination) const {
-  if (QWFileManager::isLeftToOthers(destination))
-    return Error{std::errc::operation_not_permitted, destination + " belongs to another user"};
-  if (!rule_) return {};
-  if (const std::string fault = rule_(destination); !fault.empty()) return notAllowed(destination, fault);
-  const auto home = QWLocalPaths::userDirectory(), shared = QWLocalPaths::sharedUsersDirectory();
-  const std::string root = home && paths::isWithin(destination, *home) ? *home : shared.value_or("/");
-  const auto link = QWFileManager::linkOnTheWay(paths::parent(destination), root);
-  if (link) return notAllowed(*link, "is a symbolic link, through which nothing is restored");
-  const auto held = Runtime::current().platform().files.info(source, Links::DoNotFollow);
-  return held && held->type == FileType::Folder ? checkHeldFolder(source, destination) : Status();
-}
-
-// A folder comes back whole or not at all.
-Status ItemRestoring::checkHeldFolder(const std::string& source, const std::string& destination) const {
-  Status allowed;
-  const auto check = [&](const std::string& path, const DirectoryEntry& entry) {
-    const std::string place = destination + path.substr(source.size());
-    const std::string fault =
-        entry.type == FileType::SymbolicLink ? "is a symbolic link, which is not restored" : rule_(place);
-    if (!fault.empty()) allowed = notAllowed(place, fault);
-    return fault.empty();
-  };
-  const bool isThrough = walkFolder(source, Detail::Names, Links::DoNotFollow, check, Unreadable::End);
-  if (!isThrough && allowed) return Error{std::errc::permission_denied, source + ": a folder in it cannot be read"};
-  return allowed;
+// The system's own word for it tells nobody which link it is.
+Status ItemRestoring::withReason(Status staged, const std::string& source) const {
+  if (staged || staged.error().code != std::errc::too_many_symbolic_link_levels) return staged;
+  Status link = checkNoLink(source, backupPath_);
+  return link ? staged : link;
 }
 
 // Answers where it lies now; nothing where nothing was in the way.
@@ -236,7 +253,9 @@ void ItemRestoring::restore(const Restorable& file) {
     return note(source, nowhere);
   }
   const std::string& destination = *file.place;
-  if (const Status allowed = checkPlace(source, destination); !allowed) {
+  const Status allowed =
+      rule_ ? checkRestoring(source, destination, backupPath_, rule_) : checkPlace(source, destination, rule_);
+  if (!allowed) {
     QWLog::appendLog("Copying file %@ to %@", source, destination);
     return note(destination, allowed);
   }
@@ -258,7 +277,7 @@ void ItemRestoring::restore(const Restorable& file) {
   // With administrator rights it is made only after the live file has gone, so that whatever is wrong with it must show
   // before.
   const bool needsRights = !staged && !rule_ && areRightsMissingIn(folder, staged.error());
-  Status sound = needsRights ? backup_->checkCopy(source) : staged.status();
+  Status sound = needsRights ? backup_->checkCopy(source) : withReason(staged.status(), source);
   if (sound) sound = checkKind(*backup_, source, destination);
   if (sound) return replaceAndNote(staged, source, destination);
   QWLog::appendLog("Copying file %@ to %@", source, destination);
@@ -296,6 +315,12 @@ Error withCureForDamage(Error cause, const BackupPlace& backup, const std::strin
   else
     cause.cure = formatted("An older backup has it undamaged: vantory %@ \"%@\" %@", task, *older, operands);
   return cause;
+}
+
+Status checkRestoring(const std::string& source, const std::string& destination, const std::string& backupPath,
+                      const QWPrefItem::PlaceRule& rule) {
+  if (Status direct = checkNoLink(source, backupPath); !direct) return direct;
+  return checkPlace(source, destination, rule);
 }
 
 void restoreFile(const std::string& source, const BackupPlace& backup, const QWPrefItem& item, TaskReport& report) {

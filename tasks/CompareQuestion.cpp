@@ -110,6 +110,7 @@ std::string countsInWords(const Comparison& comparison) {
                                                            {Difference::Added, "added"},
                                                            {Difference::Removed, "removed"},
                                                            {Difference::Kept, "not in the backup and kept"},
+                                                           {Difference::Refused, "refused by a restore"},
                                                            {Difference::Unreadable, "not to be compared"}};
   std::vector<std::string> counts;
   for (const auto& [difference, words] : kWords)
@@ -185,7 +186,7 @@ std::string json(const ComparisonRequest& request, const Comparison& comparison,
                  const std::vector<UnknownPart>& unknown, const DryRun& run) {
   PropertyListDictionary counts;
   for (const Difference difference : {Difference::Same, Difference::Different, Difference::Added, Difference::Removed,
-                                      Difference::Kept, Difference::Unreadable})
+                                      Difference::Kept, Difference::Refused, Difference::Unreadable})
     counts.append(nameOf(difference), static_cast<std::int64_t>(comparison.count(difference)));
   PropertyListArray items;
   for (const ItemComparison& item : comparison.items) items.push_back(entryFor(item));

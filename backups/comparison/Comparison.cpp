@@ -12,6 +12,7 @@
 #include "backups/comparison/FileContent.h"
 #include "base/Format.h"
 #include "base/Paths.h"
+#include "catalog/FileRestoring.h"
 #include "platform/FileMetadata.h"
 #include "platform/FileSystem.h"
 #include "services/Runtime.h"
@@ -43,6 +44,8 @@ class Side {
     const Status sound = place_ ? checkCopy(place_->path(), path) : Status();
     return !sound && sound.error().code == std::errc::bad_message;
   }
+  // Of a backup.
+  std::string path() const { return place_->path(); }
 
   // Where that lies here which belongs at this path of the live system.
   std::string placeOf(const std::string& path) const {
@@ -86,14 +89,17 @@ struct Found {
 
 class ItemComparing {
  public:
-  ItemComparing(Side& before, Side& after, ItemComparison& item, const std::function<bool()>& goOn)
-      : before_(before), after_(after), item_(item), goOn_(goOn) {}
+  // `held` is the item in the backup that comes after; null where it has none.
+  ItemComparing(Side& before, Side& after, ItemComparison& item, const QWPrefItem* held,
+                const std::function<bool()>& goOn)
+      : before_(before), after_(after), item_(item), held_(held), goOn_(goOn) {}
 
   // False when it was ended.
   bool compare(const std::set<std::string>& patterns);
 
  private:
   void compare(const std::string& path);
+  Status checkRestoring(const std::string& path, const Found& after) const;
   void compare(const std::string& path, Found before, Found after, Difference onlyBefore, int depth);
   void compareFolders(const std::string& path, const Found& before, const Found& after, Difference onlyBefore,
                       int depth);
@@ -106,6 +112,7 @@ class ItemComparing {
   Side& before_;
   Side& after_;
   ItemComparison& item_;
+  const QWPrefItem* const held_;
   const std::function<bool()>& goOn_;
   bool ended_ = false;
 };
@@ -124,13 +131,9 @@ void ItemComparing::addUnreadable(const std::string& path, const std::string& wh
   add({.path = path, .before = {}, .after = {}}, Difference::Unreadable, why);
 }
 
-// What a restore takes by a pattern is never a link; inside of a folder one comes back as it is.
-std::string remarkOnLink(const std::string& path, int depth) {
+std::string remarkOnLink(const std::string& path) {
   const auto target = Runtime::current().platform().metadata.linkTarget(path);
-  const std::string place = target ? *target : "an unknown place";
-  return formatted(depth == 0 ? "The copy is a symbolic link to %@, which a restore does not follow."
-                              : "In the backup it is a symbolic link to %@.",
-                   place);
+  return formatted("In the backup it is a symbolic link to %@.", target ? *target : "an unknown place");
 }
 
 bool ItemComparing::compare(const std::set<std::string>& patterns) {
@@ -167,11 +170,19 @@ bool ItemComparing::find(const std::string& path, Found& found, Side& side) {
   return info || meansMissing(info.error());
 }
 
+// Between two backups nothing is restored.
+Status ItemComparing::checkRestoring(const std::string& path, const Found& after) const {
+  if (!before_.isPresent() || !after.info || !held_) return {};
+  return vantory::checkRestoring(after.path, path, after_.path(), held_->placeRule());
+}
+
 // What the item's own pattern stands for, be it a file or a folder.
 void ItemComparing::compare(const std::string& path) {
   Found before{before_.placeOf(path)};
   Found after{after_.placeOf(path)};
   if (!find(path, before, before_) || !find(path, after, after_)) return;
+  if (const Status restored = checkRestoring(path, after); !restored)
+    return add({path, before.path, after.path}, Difference::Refused, restored.error().text + '.');
   const Difference onlyBefore = before_.isPresent() ? Difference::Kept : Difference::Removed;
   if (before.isLink && after.info && before.info->type == FileType::Folder)
     add({path, before.path, after.path}, Difference::Different, kReplacedLink);
@@ -191,7 +202,7 @@ void ItemComparing::compare(const std::string& path, Found before, Found after, 
   if (is(after, FileType::Other))
     return add(std::move(file), Difference::Unreadable, after.path + ": no file, folder or link");
   if (!after.info) return add(std::move(file), onlyBefore);
-  if (is(after, FileType::SymbolicLink)) file.remark = remarkOnLink(after.path, depth);
+  if (is(after, FileType::SymbolicLink)) file.remark = remarkOnLink(after.path);
   if (!before.info) return add(std::move(file), Difference::Added);
   if (before.info->type != after.info->type) {
     if (file.remark.empty()) file.remark = "It is of another kind, such as a folder instead of a file.";
@@ -288,6 +299,8 @@ const char* nameOf(Difference difference) {
       return "kept";
     case Difference::Removed:
       return "removed";
+    case Difference::Refused:
+      return "refused";
     case Difference::Unreadable:
       break;
   }
@@ -322,7 +335,7 @@ Comparison compareBackups(const ComparisonRequest& request) {
       addPatterns(patterns, held.get());
       addPatterns(patterns, request.before ? earlier.get() : item.get());
       comparison.items.push_back({.application = app->name(), .name = item->name(), .key = item->key(), .files = {}});
-      comparison.isWhole = ItemComparing(before, after, comparison.items.back(), goOn).compare(patterns);
+      comparison.isWhole = ItemComparing(before, after, comparison.items.back(), held.get(), goOn).compare(patterns);
       if (!comparison.isWhole) return comparison;
     }
   return comparison;

@@ -22,6 +22,7 @@ enum class Difference {
   Added,    // there is none yet: a restore adds it
   Kept,     // only among the present files: a restore leaves it
   Removed,  // lies in a folder that is replaced as a whole, and not in the backup; or only in the first of two backups
+  Refused,  // a restore does not put it in its place
   Unreadable  // could not be compared
 };
 

@@ -59,7 +59,7 @@ bool holdsKey(const std::string& path, const KeyPath& key) {
 
 // One whose keys could not be compared, for the reason that it carries.
 bool mayHoldKeys(const FileComparison& file) {
-  const bool differs = file.difference == Difference::Different || file.difference == Difference::Unreadable;
+  const bool differs = file.difference != Difference::Same && file.difference != Difference::Kept;
   return differs && file.keys.empty() && !file.remark.empty();
 }
 

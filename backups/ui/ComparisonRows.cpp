@@ -83,6 +83,9 @@ void describe(ComparisonRow& row) {
       row.inBackup = kNothing;
       row.remark = row.file->difference == Difference::Kept ? "stays" : "goes with its folder";
       break;
+    case Difference::Refused:
+      row.inBackup = "is not restored";
+      break;
     case Difference::Unreadable:
       row.now = "cannot be compared";
       break;

@@ -68,6 +68,12 @@ TEST_F(CarriedDefinitionsTest, WhatOnlyABackupDefinesIsNoProgramAndReachesNone) 
     writeFile(held + name, "mine");
     std::filesystem::permissions(held + name, std::filesystem::perms::all);
   }
+  std::vector<std::string> refused;
+  const auto compared = compareBackups({.after = QWBackup::backupWithFile(inLibrary("B.vnt"))});
+  for (const ItemComparison& item : compared.items)
+    for (const FileComparison& file : item.files)
+      if (file.difference == Difference::Refused) refused.push_back(file.path.substr(file.path.rfind('/') + 1));
+  EXPECT_THAT(refused, ElementsAre("bin", "looks", "startup.py", "ways", "x.desktop"));
   restore();
   EXPECT_EQ(std::filesystem::status(settings_).permissions(), static_cast<std::filesystem::perms>(0666));
   EXPECT_EQ(std::filesystem::status(home_ / ".config/obs-studio/basic/tool").permissions(),
@@ -79,6 +85,19 @@ TEST_F(CarriedDefinitionsTest, WhatOnlyABackupDefinesIsNoProgramAndReachesNone) 
   report_ = TaskReport();
   QWBackup::backupWithFile(inLibrary("B.vnt"))->restore(report_);
   EXPECT_EQ(std::filesystem::status(settings_).permissions(), std::filesystem::perms::all);
+}
+
+// Nor is a folder left for it.
+TEST_F(CarriedDefinitionsTest, ALinkInABackupIsNamedAndNotRestored) {
+  makeBackup();
+  std::filesystem::remove_all(home_ / ".config/obs-studio");
+  const std::string held = inLibrary("B.vnt/Users/user/.config/obs-studio");
+  std::filesystem::rename(held, held + ".elsewhere");
+  std::filesystem::create_symlink(held + ".elsewhere", held);
+  restore();
+  EXPECT_FALSE(exists(home_ / ".config/obs-studio"));
+  EXPECT_THAT(report_.causes(),
+              HasSubstr(held + " is a symbolic link to " + held + ".elsewhere, which a restore does"));
 }
 
 // An earlier restore may have put it there.

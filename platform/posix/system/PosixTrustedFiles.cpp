@@ -16,18 +16,22 @@
 namespace vantory {
 namespace {
 
-Error distrust(const std::string& path, std::string_view reason) {
-  return errorWithText(std::errc::operation_not_permitted, path, reason);
+constexpr const char* kIsLink = "is a symbolic link, which is not followed: put what it leads to in its place";
+
+Error distrust(const std::string& path, const std::string& reason) {
+  return {std::errc::operation_not_permitted, path + " " + reason};
 }
 
 Status checkOwner(int item, const std::string& path, TrustedOwners owners) {
   struct stat status;
   if (fstat(item, &status) != 0) return systemError(path);
   const bool onlySuperuser = owners == TrustedOwners::Superuser;
-  if (status.st_uid != 0 && onlySuperuser) return distrust(path, "does not belong to root");
-  if (status.st_uid != 0 && status.st_uid != geteuid()) return distrust(path, "belongs to another user");
+  if (status.st_uid != 0 && onlySuperuser)
+    return distrust(path, "does not belong to root: make it root's (chown root)");
+  if (status.st_uid != 0 && status.st_uid != geteuid())
+    return distrust(path, "belongs to another user: make it yours (chown)");
   if ((status.st_mode & (onlySuperuser ? S_IWGRP | S_IWOTH : S_IWOTH)) != 0)
-    return distrust(path, "may be changed by other users");
+    return distrust(path, "may be changed by other users: take that right from them (chmod go-w)");
   return {};
 }
 
@@ -46,7 +50,7 @@ Result<Descriptor> openBelowTrusted(const std::string& path) {
       const std::string name(component);
       walked.append("/").append(name);
       Descriptor next(openat(folder.get(), name.c_str(), kFlags));
-      if (!next.valid() && isLink(folder.get(), name)) return distrust(walked, "is a symbolic link");
+      if (!next.valid() && isLink(folder.get(), name)) return distrust(walked, kIsLink);
       folder = std::move(next);
     }
     if (!folder.valid()) return systemError(walked);
@@ -82,7 +86,7 @@ Result<std::string> readFile(int folder, const std::string& name, const std::str
                              TrustedOwners owners) {
   const Descriptor file(uninterrupted(
       [&] { return openat(folder, name.c_str(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_NOCTTY | O_CLOEXEC); }));
-  if (!file.valid() && errno == ELOOP) return distrust(path, "is a symbolic link");
+  if (!file.valid() && errno == ELOOP) return distrust(path, kIsLink);
   struct stat status;
   if (!file.valid() || fstat(file.get(), &status) != 0) return systemError(path);
   if (!S_ISREG(status.st_mode)) return distrust(path, "is no file");
@@ -110,7 +114,7 @@ Result<std::vector<TrustedFile>> PosixTrustedFiles::read(const std::string& path
   auto names = namesIn(folder->get(), path);
   if (!names) return names.error();
   std::erase_if(*names, [&](const std::string& name) { return name.starts_with('.') || !name.ends_with(ending); });
-  if (names->size() > limits.files) return distrust(path, "holds too many files");
+  if (names->size() > limits.files) return distrust(path, "holds more than " + std::to_string(limits.files) + " files");
   std::sort(names->begin(), names->end());
   std::vector<TrustedFile> files;
   for (const std::string& name : *names) {
