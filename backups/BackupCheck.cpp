@@ -140,8 +140,7 @@ bool addCopies(std::set<std::string>& copies, const QWPrefItem& item, const Back
   TaskReport ignored;  // what cannot be read is a fault already
   bool isThere = false;
   for (const std::string& pattern : item.files())
-    for (std::string& path :
-         QWFileManager::filesMatchingWildcardPath(place.safeUserPath(pattern), place.path(), ignored)) {
+    for (std::string& path : item.matches(pattern, &ignored, &place)) {
       if (QWFileManager::isMissingAtPath(path)) continue;
       copies.insert(std::move(path));
       isThere = true;

@@ -151,7 +151,7 @@ std::size_t ItemCopier::copyItem(const QWPrefItem& item) {
   item_ = item.key();
   std::vector<std::string> sources;
   for (const std::string& pattern : item.files()) {
-    auto matching = QWFileManager::filesMatchingWildcardPath(pattern, report_);
+    auto matching = item.matches(pattern, &report_);
     sources.insert(sources.end(), std::make_move_iterator(matching.begin()), std::make_move_iterator(matching.end()));
   }
   std::size_t count = copyFiles(sources);

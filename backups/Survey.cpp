@@ -14,7 +14,6 @@
 #include "services/QWLocalPaths.h"
 #include "services/Runtime.h"
 #include "services/files/FolderWalk.h"
-#include "services/files/QWFileManager.h"
 
 namespace vantory {
 
@@ -90,23 +89,23 @@ std::vector<Found> liveFiles(const QWPrefItem& item, const BackupFolder& anyBack
                              const std::function<bool()>& isStale) {
   Finder finder(isStale);
   for (const std::string& pattern : item.files())
-    finder.add(QWFileManager::filesMatchingWildcardPath(pattern),
+    finder.add(item.matches(pattern),
                [&](const std::string& path, FileType type) { return anyBackup.placeOf(path, type); });
   return finder.take();
 }
 
-std::vector<Found> copiesIn(const std::string& backup, const QWPrefItem& item, const BackupFolder& anyBackup,
-                            const std::function<bool()>& isStale) {
+std::vector<Found> copiesIn(const std::string& backup, const QWPrefItem& item, const std::function<bool()>& isStale) {
   Finder finder(isStale);
+  const BackupFolder place(backup);
   for (const std::string& pattern : item.files())
-    finder.add(QWFileManager::filesMatchingWildcardPath(anyBackup.safeUserPath(pattern), backup),
+    finder.add(item.matches(pattern, nullptr, &place),
                [&](const std::string& path, FileType) { return path.substr(std::min(backup.size(), path.size())); });
   return finder.take();
 }
 
 // `files` are the item's own, without those of its users. `backup` is empty for none.
 Standing standingOf(std::vector<Found> files, const QWPrefItem& item, const std::string& backup,
-                    const BackupFolder& anyBackup, const std::function<bool()>& isStale) {
+                    const std::function<bool()>& isStale) {
   Standing standing;
   standing.files = files.size();
   for (const Found& file : files) {
@@ -118,7 +117,7 @@ Standing standingOf(std::vector<Found> files, const QWPrefItem& item, const std:
     standing.kept = files.empty() ? Kept::Nothing : Kept::NotAtAll;
     return standing;
   }
-  const std::vector<Found> copies = copiesIn(backup, item, anyBackup, isStale);
+  const std::vector<Found> copies = copiesIn(backup, item, isStale);
   if (files.empty() && copies.empty()) return standing;
   standing.kept = std::ranges::equal(files, copies, isSameFile) ? Kept::AsItIs : Kept::Otherwise;
   return standing;
@@ -203,7 +202,7 @@ std::shared_ptr<const Survey> SurveyRequest::carryOut(const std::function<bool()
     const auto backup = backups_.find(item.key());
     const std::vector<Found> files = liveFiles(item, anyBackup, isStale);
     Survey::Part& part = survey->parts_[item.key()];
-    part.standing = standingOf(files, item, backup == backups_.end() ? "" : backup->second, anyBackup, isStale);
+    part.standing = standingOf(files, item, backup == backups_.end() ? "" : backup->second, isStale);
     for (const Found& file : files) {
       const auto [owner, isFirst] = owners.try_emplace(file.place, &part);
       if (isFirst) continue;

@@ -25,6 +25,9 @@ class QWPrefItem : public CatalogParent, public std::enable_shared_from_this<QWP
  public:
   using Users = std::vector<std::shared_ptr<QWPrefItem>>;
 
+  // Why the item may not have what lies, or would lie, at a path; empty where it may.
+  using PlaceRule = std::function<std::string(const std::string& path)>;
+
   // What never changes; shared by all copies of an item.
   struct Definition {
     std::string name;
@@ -32,6 +35,7 @@ class QWPrefItem : public CatalogParent, public std::enable_shared_from_this<QWP
     bool lockable = true;
     std::vector<std::string> files;
     bool hasAvidUsers = false;
+    PlaceRule matchRule = {};  // for what a wildcard finds; may be empty
   };
 
   QWPrefItem(std::string name, std::string key, bool lockable, std::vector<std::string> files,
@@ -45,6 +49,14 @@ class QWPrefItem : public CatalogParent, public std::enable_shared_from_this<QWP
   bool lockable() const { return definition_->lockable; }
   // Absolute path patterns.
   const std::vector<std::string>& files() const { return definition_->files; }
+  // What is there of one of the patterns, on the live system or in a backup; a path that is no pattern is there in any
+  // case. Folders that cannot be listed, and what the item may not have, are told in the report, if any.
+  std::vector<std::string> matches(const std::string& pattern, TaskReport* report = nullptr,
+                                   const BackupPlace* backup = nullptr) const;
+  // Why what a wildcard finds is none of the item's; empty where it is.
+  std::string faultOfMatch(const std::string& path) const {
+    return definition_->matchRule ? definition_->matchRule(path) : "";
+  }
   // Whether the Avid users' folders are looked for, to become its users.
   bool hasAvidUsers() const { return definition_->hasAvidUsers; }
   // True for an item that holds an application's preferences proper.
@@ -60,8 +72,6 @@ class QWPrefItem : public CatalogParent, public std::enable_shared_from_this<QWP
   State lockedWhenLastKnown() const { return locked_.lastKnown(); }
   void setLocked(State state) { locked_ = state; }
 
-  // Why nothing may be put at a path; empty where it may.
-  using PlaceRule = std::function<std::string(const std::string& path)>;
   // Of an item of a backup that nothing but this backup defines: whoever made it decides where its files go. They are
   // restored by this rule, cannot be executed, and are never put anywhere with administrator rights. Empty for others.
   const PlaceRule& placeRule() const { return placeRule_; }

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <set>
 
+#include "base/Format.h"
 #include "base/Paths.h"
 #include "catalog/BackupPlace.h"
 #include "catalog/QWPrefItem.h"
@@ -114,10 +115,10 @@ State stateOf(const LockCount& count) {
 }
 
 // A pattern without a match counts as one file that is not locked.
-LockCount countLocks(const std::vector<std::string>& patterns) {
+LockCount countLocks(const QWPrefItem& item) {
   LockCount count;
-  for (const std::string& pattern : patterns) {
-    const std::vector<std::string> matches = QWFileManager::filesMatchingWildcardPath(pattern);
+  for (const std::string& pattern : item.files()) {
+    const std::vector<std::string> matches = item.matches(pattern);
     if (matches.empty()) count.add(false);
     for (const std::string& path : matches) count.add(QWFileManager::isFileLocked(path));
   }
@@ -134,11 +135,40 @@ std::optional<FileInfo> attributesOf(const std::string& path) {
 
 }  // namespace
 
+std::vector<std::string> QWPrefItem::matches(const std::string& pattern, TaskReport* report,
+                                             const BackupPlace* backup) const {
+  const std::string root(backup ? paths::withoutTrailingSlashes(backup->path()) : "");
+  std::vector<std::string> found;
+  if (backup) {
+    const std::string written = backup->safeUserPath(pattern);
+    found = report ? QWFileManager::filesMatchingWildcardPath(written, root, *report)
+                   : QWFileManager::filesMatchingWildcardPath(written, root);
+  } else {
+    found = report ? QWFileManager::filesMatchingWildcardPath(pattern, *report)
+                   : QWFileManager::filesMatchingWildcardPath(pattern);
+  }
+  // By its own rule a restore tells more.
+  if (!definition_->matchRule || !QWFileManager::isWildcardPath(pattern) || (backup && placeRule_)) return found;
+  std::erase_if(found, [&](const std::string& path) {
+    const auto live = backup ? livePathOf(path, root) : path;
+    const std::string fault = live ? faultOfMatch(*live) : "";
+    if (!fault.empty() && report) {
+      QWLog::appendLog("%@ %@ and was left out.", path, fault);
+      report->skipped(FileAction::List, path,
+                      {std::errc::operation_not_permitted, formatted("%@ %@ and was left out.", path, fault),
+                       "Where a preference is called so, give it another name."},
+                      key());
+    }
+    return !fault.empty();
+  });
+  return found;
+}
+
 int QWPrefItem::trash(TaskReport& report) {
   ItemTrashing trashing(key(), report);
   for (const std::string& pattern : files()) {
     Companions companions(QWFileManager::isWildcardPath(paths::lastComponent(pattern)));
-    const std::vector<std::string> paths = QWFileManager::filesMatchingWildcardPath(pattern, report);
+    const std::vector<std::string> paths = matches(pattern, &report);
     const bool exist = QWFileManager::isWildcardPath(pattern);
     if (exist) trashing.plan(paths);
     for (const std::string& path : paths) trashing.trash(path, exist, companions);
@@ -154,21 +184,21 @@ void QWPrefItem::lockFiles(State state, TaskReport& report, bool refreshParent) 
   if (!lockable()) return;
   const FileAction action = state == On ? FileAction::Lock : FileAction::Unlock;
   for (const std::string& pattern : files()) {
-    const std::vector<std::string> matches = QWFileManager::filesMatchingWildcardPath(pattern, report);
-    report.planned(action, matches, key());
-    const auto outcomes = state == On ? QWFileManager::lockFiles(matches, tellLocking)
-                                      : QWFileManager::unlockFiles(matches, tellUnlocking);
+    const std::vector<std::string> found = matches(pattern, &report);
+    report.planned(action, found, key());
+    const auto outcomes =
+        state == On ? QWFileManager::lockFiles(found, tellLocking) : QWFileManager::unlockFiles(found, tellUnlocking);
     // A file that is missing is no part of the report.
-    for (std::size_t i = 0; i < matches.size(); ++i) {
-      if (!outcomes[i].status && QWFileManager::isSymbolicLinkAtPath(matches[i])) {
-        Error cause = QWFileManager::linkLeftOut(matches[i]);
+    for (std::size_t i = 0; i < found.size(); ++i) {
+      if (!outcomes[i].status && QWFileManager::isSymbolicLinkAtPath(found[i])) {
+        Error cause = QWFileManager::linkLeftOut(found[i]);
         QWLog::appendLog("%@", cause.text);
-        report.skipped(action, matches[i], std::move(cause), key());
+        report.skipped(action, found[i], std::move(cause), key());
       } else if (outcomes[i].changed || !outcomes[i].status) {
-        report.add(action, matches[i], outcomes[i].status, key());
+        report.add(action, found[i], outcomes[i].status, key());
       }
       if (outcomes[i].wasSo)
-        report.skipped(action, matches[i], {{}, matches[i] + (state == On ? " is locked already" : " is not locked")},
+        report.skipped(action, found[i], {{}, found[i] + (state == On ? " is locked already" : " is not locked")},
                        key());
     }
   }
@@ -188,7 +218,7 @@ LockCount QWPrefItem::locksOfExistingFiles() const {
   LockCount count;
   if (!lockable()) return count;
   for (const std::string& pattern : files())
-    for (const std::string& path : QWFileManager::filesMatchingWildcardPath(pattern))
+    for (const std::string& path : matches(pattern))
       if (!QWFileManager::isMissingAtPath(path)) count.add(QWFileManager::isFileLocked(path));
   for (const auto& user : users_) count.add(user->locksOfExistingFiles());
   return count;
@@ -196,7 +226,7 @@ LockCount QWPrefItem::locksOfExistingFiles() const {
 
 State QWPrefItem::lockStateOfFiles() const {
   if (!lockable()) return Off;
-  LockCount count = countLocks(files());
+  LockCount count = countLocks(*this);
   // Users count only where the item has no files of its own.
   if (files().empty())
     for (const auto& user : users_) count.add(user->locked() != Off);
@@ -207,9 +237,8 @@ void QWPrefItem::populateFileDatesAndSizes(const BackupPlace& backup) {
   measuredWhenAsked_ = nullptr;
   std::optional<Timestamp> newest;
   std::uint64_t total = 0;
-  const std::string root = backup.path();
   for (const std::string& pattern : files())
-    for (const std::string& path : QWFileManager::filesMatchingWildcardPath(backup.safeUserPath(pattern), root)) {
+    for (const std::string& path : matches(pattern, nullptr, &backup)) {
       const std::optional<FileInfo> info = attributesOf(path);
       if (!info) continue;
       newest = std::max(newest, std::optional(info->modified));

@@ -333,11 +333,10 @@ void replaceContent(const std::string& path, std::string bytes, const FileInfo& 
 }
 
 bool QWPrefItem::restoreCopies(const BackupPlace& backup, TaskReport& report) const {
-  const std::string root(paths::withoutTrailingSlashes(backup.path()));
   ItemRestoring restoring(&backup, key(), report, placeRule_);
   bool isAnyThere = false;
   for (const std::string& pattern : files()) {
-    auto sources = QWFileManager::filesMatchingWildcardPath(backup.safeUserPath(pattern), root, report);
+    auto sources = matches(pattern, &report, &backup);
     std::erase_if(sources, [](const std::string& source) { return !mayBeHeld(source); });
     isAnyThere |= !sources.empty();
     restoring.restoreAll(std::move(sources));

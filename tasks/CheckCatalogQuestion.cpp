@@ -13,6 +13,7 @@
 #include "platform/SystemInfo.h"
 #include "platform/TrustedFiles.h"
 #include "services/Runtime.h"
+#include "services/TaskReport.h"
 #include "tasks/DryRun.h"
 #include "tasks/ItemListing.h"
 #include "tasks/Question.h"
@@ -44,6 +45,14 @@ void remarkOnFile(CheckedFile& file) {
       file.remarks.push_back(each.bytes.error().text + ". A start leaves it out.");
 }
 
+// What its wildcards find and its items do not have.
+void remarkOnMatches(CheckedFile& file) {
+  TaskReport report;
+  for (const auto& item : file.app->children())
+    for (const std::string& pattern : item->files()) (void)item->matches(pattern, &report);
+  for (const FileReport& found : report.files()) file.remarks.push_back(found.cause->text);
+}
+
 // Checks each file beside the installed ones, and those that were named before it.
 class CatalogCheck {
  public:
@@ -66,6 +75,7 @@ class CatalogCheck {
     }
     earlier_.take(definition);
     checked.app = definedApp(definition, rules_);
+    remarkOnMatches(checked);
     remarkOnTwin(definition, checked);
     remarkOnFile(checked);
     return checked;

@@ -12,7 +12,7 @@ namespace {
 std::vector<std::string> filesOf(const QWPrefItem& item) {
   std::vector<std::string> files;
   for (const std::string& pattern : item.files())
-    for (std::string& path : QWFileManager::filesMatchingWildcardPath(pattern))
+    for (std::string& path : item.matches(pattern))
       if (QWFileManager::itemExistsAtPath(path)) files.push_back(std::move(path));
   return files;
 }

@@ -191,11 +191,20 @@ std::shared_ptr<QWApp> definedApp(const AppDefinition& definition, const Pattern
   const auto app = std::make_shared<QWApp>(std::make_shared<const QWApp::Definition>(
       QWApp::Definition{definition.name, definition.icon, definition.identifiers.front(),
                         std::make_shared<const AppDefinition>(definition)}));
+  const auto shared = std::make_shared<const PatternRules>(rules);
+  const QWPrefItem::PlaceRule matchRule = [shared, identifiers = definition.identifiers](const std::string& path) {
+    return shared->faultOfMatch(path, identifiers);
+  };
   for (const AppDefinition::Item& item : definition.items) {
     std::vector<std::string> patterns;
     for (const std::string& pattern : item.files)
       if (auto resolved = rules.resolve(pattern)) patterns.push_back(std::move(*resolved));
-    app->addItemWithName(item.name, item.key, item.lockable, std::move(patterns));
+    app->addItem(std::make_shared<QWPrefItem>(
+        std::make_shared<const QWPrefItem::Definition>(QWPrefItem::Definition{.name = item.name,
+                                                                              .key = item.key,
+                                                                              .lockable = item.lockable,
+                                                                              .files = std::move(patterns),
+                                                                              .matchRule = matchRule})));
   }
   app->updateLockStatus();
   return app;

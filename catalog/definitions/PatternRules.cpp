@@ -29,6 +29,7 @@ constexpr std::string_view kDocuments = "~/documents";
 constexpr const char* kNoPreferences = "reaches a place where no application keeps its preferences";
 constexpr const char* kNoFolder = "names what lies in no folder of an application";
 constexpr const char* kPrograms = "reaches what starts programs";
+constexpr const char* kSecrets = "is called after keys or passwords";
 
 // Characters that are not seen, turn the text round, or belong to the letter before them.
 constexpr std::pair<char32_t, char32_t> kDeceiving[] = {
@@ -145,17 +146,27 @@ std::string PatternRules::faultOf(const std::string& pattern, const std::vector<
   if (!pattern.starts_with("~/") && !isShared) return "does not begin with \"~/\" or \"/Users/Shared/\"";
   const Components components = foldedComponents(pattern);
   if (std::string fault = faultOfComponents(components); !fault.empty()) return fault;
-  return faultOfPlace(components, isShared, identifiers);
+  if (std::string fault = faultOfPlace(components, isShared, identifiers); !fault.empty()) return fault;
+  return std::ranges::any_of(components, holdsSecrets) ? kSecrets : "";
 }
 
 std::string PatternRules::faultOfPath(const std::string& path, const std::vector<std::string>& identifiers) const {
+  if (std::string fault = faultOfMatch(path, identifiers); !fault.empty()) return fault;
+  const Components components = foldedComponents(written(path));
+  if (isScript(components.back())) return kPrograms;
+  return std::ranges::any_of(components, holdsSecrets) ? kSecrets : "";
+}
+
+// Folders may bear names that a person gave to projects and profiles.
+std::string PatternRules::faultOfMatch(const std::string& path, const std::vector<std::string>& identifiers) const {
   const bool isShared = shared_ && path.starts_with(*shared_ + "/");
   // A star in a name stands for nothing here.
   std::string name = written(path);
   std::ranges::replace(name, '*', '_');
   if (!name.starts_with("~/") && !isShared) return kNoPreferences;
   const Components components = foldedComponents(name);
-  return isScript(components.back()) ? kPrograms : faultOfPlace(components, isShared, identifiers);
+  if (std::string fault = faultOfPlace(components, isShared, identifiers); !fault.empty()) return fault;
+  return holdsSecrets(components.back()) ? kSecrets : "";
 }
 
 std::string PatternRules::faultOfPlace(Components pattern, bool isShared,
@@ -227,7 +238,6 @@ std::string PatternRules::faultOfNames(const Components& pattern, std::size_t fi
     for (const auto folder :
          {folderOfPrograms(pattern[i]), i == first + 1 ? folderOfAdditions(pattern[i]) : std::string_view()})
       if (!folder.empty()) return faultLike(pattern[i], folder, kPrograms);
-    if (holdsSecrets(pattern[i])) return "is called after keys or passwords";
   }
   return isProgram(pattern.back()) ? kPrograms : "";
 }

@@ -194,6 +194,38 @@ TEST_F(CarriedDefinitionsTest, ForItsOwnBackupItsDefinitionGoesFirst) {
   EXPECT_EQ(readFile(settings_), "mine");
 }
 
+// A folder may have any name.
+TEST_F(CarriedDefinitionsTest, WhatAWildcardFindsIsJudgedWhenItIsUsed) {
+  std::string wide = example();
+  wide.replace(wide.find("profiles/*/basic.ini"), 20, "profiles/*/*");
+  writeFile(userFile_, wide);
+  const std::string profiles = home_ / ".config/obs-studio/basic/profiles/";
+  for (const char* name : {"My Secret/basic.ini", "One/passwords.ini", "One/x.desktop", "bin/basic.ini", "One/a.py"})
+    writeFile(profiles + name, "mine");
+  controller().populateApps();
+  EXPECT_EQ(backupOfAll("B")->writeData(report_), WriteResult::Success);
+  const std::string held = inLibrary("B.vnt/Users/user/.config/obs-studio/basic/profiles/");
+  for (const auto& [name, isHeld] : std::map<std::string, bool>{{"My Secret/basic.ini", true},
+                                                                {"One/a.py", true},
+                                                                {"One/passwords.ini", false},
+                                                                {"One/x.desktop", false},
+                                                                {"bin", false}})
+    EXPECT_EQ(exists(held + name), isHeld) << name;
+  EXPECT_EQ(report_.count(FileReport::Outcome::Skipped, FileAction::List), 3U);
+  EXPECT_FALSE(report_.isWhole());
+  writeFile(held + "One/x.desktop", "theirs");
+  std::filesystem::remove(profiles + "One/x.desktop");
+  report_ = TaskReport();
+  const auto backup = QWBackup::backupWithFile(inLibrary("B.vnt"));
+  EXPECT_EQ(compareBackups({.after = backup}).count(Difference::Refused), 1U);
+  backup->restore(report_);
+  EXPECT_FALSE(exists(profiles + "One/x.desktop"));
+  EXPECT_EQ(report_.count(FileReport::Outcome::Skipped, FileAction::List), 1U);
+  controller().prefItemForKey("obsProfiles")->trash(report_);
+  EXPECT_TRUE(exists(profiles + "One/passwords.ini"));
+  EXPECT_FALSE(exists(profiles + "One/a.py"));
+}
+
 TEST_F(CarriedDefinitionsTest, TheFirstBackupTellsOfSecrets) {
   makeBackup();
   EXPECT_THAT(report_.notices(), ElementsAre(HasSubstr("\"Preferences\" of OBS Studio may hold passwords: ")));
