@@ -35,7 +35,7 @@ class QWPrefItem : public CatalogParent, public std::enable_shared_from_this<QWP
     bool lockable = true;
     std::vector<std::string> files;
     bool hasAvidUsers = false;
-    PlaceRule matchRule = {};  // for what a wildcard finds; may be empty
+    PlaceRule matchRule = {};  // for what the patterns find; may be empty
   };
 
   QWPrefItem(std::string name, std::string key, bool lockable, std::vector<std::string> files,
@@ -53,7 +53,7 @@ class QWPrefItem : public CatalogParent, public std::enable_shared_from_this<QWP
   // case. Folders that cannot be listed, and what the item may not have, are told in the report, if any.
   std::vector<std::string> matches(const std::string& pattern, TaskReport* report = nullptr,
                                    const BackupPlace* backup = nullptr) const;
-  // Why what a wildcard finds is none of the item's; empty where it is.
+  // Why what a pattern finds is none of the item's; empty where it is.
   std::string faultOfMatch(const std::string& path) const {
     return definition_->matchRule ? definition_->matchRule(path) : "";
   }

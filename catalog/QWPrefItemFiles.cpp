@@ -148,7 +148,7 @@ std::vector<std::string> QWPrefItem::matches(const std::string& pattern, TaskRep
                    : QWFileManager::filesMatchingWildcardPath(pattern);
   }
   // By its own rule a restore tells more.
-  if (!definition_->matchRule || !QWFileManager::isWildcardPath(pattern) || (backup && placeRule_)) return found;
+  if (!definition_->matchRule || (backup && placeRule_)) return found;
   std::erase_if(found, [&](const std::string& path) {
     const auto live = backup ? livePathOf(path, root) : path;
     const std::string fault = live ? faultOfMatch(*live) : "";

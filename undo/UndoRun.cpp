@@ -71,9 +71,10 @@ void UndoRun::run() {
   if (!makeWay(deeds)) return;
   std::unique_ptr<FolderHold> hold;
   const auto library = QWDataController::vantoryBackupLocation();
-  touchesLibrary_ = library && std::ranges::any_of(deeds, [&](const ReceiptStep& deed) {
-                      return paths::isWithin(deed.path, *library) || paths::isWithin(deed.place, *library);
-                    });
+  touchesLibrary_ =
+      library && std::ranges::any_of(deeds, [&](const ReceiptStep& deed) {
+        return QWFileManager::isWithin(deed.path, *library) || QWFileManager::isWithin(deed.place, *library);
+      });
   if (touchesLibrary_ && QWFileManager::isDirectoryAtPath(*library)) {
     auto held = holdBackupFolder(*library);
     if (!held && held.error().code == std::errc::timed_out)
@@ -150,8 +151,8 @@ void UndoRun::plan(const Deeds& deeds) {
 }
 
 bool UndoRun::isAllowed(const std::string& path) const {
-  return std::ranges::any_of(roots_,
-                             [&](const std::string& root) { return path != root && paths::isWithin(path, root); });
+  return std::ranges::any_of(
+      roots_, [&](const std::string& root) { return path != root && QWFileManager::isWithin(path, root); });
 }
 
 // Told in the log, and to the person.

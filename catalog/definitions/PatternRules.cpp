@@ -129,15 +129,20 @@ PatternRules::PatternRules(const std::vector<std::string>& keptOut)
     : home_(QWLocalPaths::userDirectory()), shared_(QWLocalPaths::sharedUsersDirectory()) {
   // A "*" in a home's own path would be taken for a pattern.
   if (home_ && QWFileManager::isWildcardPath(*home_)) home_.reset();
-  for (const std::string& folder : keptOut) keptOut_.push_back(foldedComponents(written(folder)));
-  if (const auto trash = QWLocalPaths::trashDirectory())
-    keptOut_.push_back(foldedComponents(written(paths::parent(*trash))));
+  if (home_) realHome_ = QWFileManager::realPath(*home_);
+  const auto keepOut = [this](const std::string& folder) {
+    for (const std::string& way : {folder, QWFileManager::realPath(folder)})
+      keptOut_.push_back(foldedComponents(written(way)));
+  };
+  for (const std::string& folder : keptOut) keepOut(folder);
+  if (const auto trash = QWLocalPaths::trashDirectory()) keepOut(paths::parent(*trash));
 }
 
 // A path in the home as a pattern would say it.
 std::string PatternRules::written(const std::string& path) const {
-  if (!home_ || !paths::isWithin(path, *home_)) return path;
-  return "~" + path.substr(home_->size());
+  for (const auto& home : {home_, realHome_})
+    if (home && paths::isWithin(path, *home)) return "~" + path.substr(home->size());
+  return path;
 }
 
 std::string PatternRules::faultOf(const std::string& pattern, const std::vector<std::string>& identifiers) const {
@@ -166,6 +171,7 @@ std::string PatternRules::faultOfMatch(const std::string& path, const std::vecto
   if (!name.starts_with("~/") && !isShared) return kNoPreferences;
   const Components components = foldedComponents(name);
   if (std::string fault = faultOfPlace(components, isShared, identifiers); !fault.empty()) return fault;
+  if (isKeptOut(foldedComponents(written(QWFileManager::realPath(path))))) return kNoPreferences;
   return holdsSecrets(components.back()) ? kSecrets : "";
 }
 

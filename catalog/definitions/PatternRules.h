@@ -21,8 +21,8 @@ class PatternRules {
   // Why the pattern is refused to an application of these identifiers, as the end of a sentence; empty where it may
   // stand.
   std::string faultOf(const std::string& pattern, const std::vector<std::string>& identifiers) const;
-  // The same of the path of what a pattern has found, whatever characters its name has: of a catalog file's, and of one
-  // that nothing but a backup names.
+  // The same of the path of what a pattern has found, whatever characters its name has and wherever links lead: of a
+  // catalog file's, and of one that nothing but a backup names.
   std::string faultOfMatch(const std::string& path, const std::vector<std::string>& identifiers) const;
   std::string faultOfPath(const std::string& path, const std::vector<std::string>& identifiers) const;
   // The pattern as an absolute one; none where the user has no folder for it. It must be without fault.
@@ -40,6 +40,7 @@ class PatternRules {
   std::string written(const std::string& path) const;
 
   std::optional<std::string> home_;
+  std::optional<std::string> realHome_;
   std::optional<std::string> shared_;  // the folder that all users share
   std::vector<Components> keptOut_;
 };

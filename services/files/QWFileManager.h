@@ -57,6 +57,10 @@ class QWFileManager {
   // Whether it lies in a folder that all users share and is another user's, which is left alone in a home that the
   // superuser named; else false.
   static bool isLeftToOthers(const std::string& path);
+  // Whether the path is the folder or lies in it, by its text or by where links lead; neither has to be there.
+  static bool isWithin(const std::string& path, const std::string& folder);
+  // The path without links, as far as that can be told.
+  static std::string realPath(const std::string& path);
   // Whether it is certain that nothing bears this name; false where that cannot be told.
   static bool isMissingAtPath(const std::string& path);
   // The path itself, or with " 2", " 3" ... before its extension: the first that does not exist.

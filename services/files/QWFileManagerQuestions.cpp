@@ -1,5 +1,6 @@
 // Questions about files, names for them, and their labels.
 #include <algorithm>
+#include <filesystem>
 #include <optional>
 
 #include "base/Format.h"
@@ -86,6 +87,16 @@ bool QWFileManager::isLeftToOthers(const std::string& path) {
   const auto user = Runtime::current().platform().users.processUser();
   const auto info = files().info(path, Links::DoNotFollow);
   return user && info && info->owner && *info->owner != user->id;
+}
+
+bool QWFileManager::isWithin(const std::string& path, const std::string& folder) {
+  return paths::isWithin(path, folder) || paths::isWithin(realPath(path), realPath(folder));
+}
+
+std::string QWFileManager::realPath(const std::string& path) {
+  std::error_code failure;
+  const auto real = std::filesystem::weakly_canonical(path, failure);
+  return failure ? path : real.string();
 }
 
 bool QWFileManager::isMissingAtPath(const std::string& path) {

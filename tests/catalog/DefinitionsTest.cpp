@@ -215,6 +215,17 @@ TEST_F(DefinitionsTest, NamedFilesAndOwnWildcardsMayStand) {
     EXPECT_EQ(PatternRules({}).faultOf(pattern, {}), "") << pattern;
 }
 
+TEST_F(DefinitionsTest, TheLibraryIsOutOfReachByLinksToo) {
+  makeFolders(home_ / ".config/sets");
+  makeFolders(home_ / ".config/editor");
+  for (const char* link : {"Sets", ".config/editor/ours"})
+    std::filesystem::create_directory_symlink(home_ / ".config/sets", home_ / link);
+  const PatternRules rules({home_ / "Sets"});
+  EXPECT_THAT(rules.faultOf("~/.config/sets/*", {}), HasSubstr("where no application keeps"));
+  EXPECT_THAT(rules.faultOfMatch(home_ / ".config/editor/ours/B.vnt", {}), HasSubstr("where no application keeps"));
+  EXPECT_EQ(rules.faultOfMatch(home_ / ".config/editor/rc", {}), "");
+}
+
 TEST_F(DefinitionsTest, LaterFoldersHideEarlierOnes) {
   const auto files = [](const char* name) { return item("\"~/.config/" + std::string(name) + "/rc\"", name); };
   writeFile(inMachineFolder(0, "a.plist"), appWith(files("installed"), "Editor", "org.example.editor"));
