@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <map>
+#include <ranges>
 
 #include "backups/BackupFolder.h"
 #include "backups/BackupLibrary.h"
@@ -112,13 +113,15 @@ Carried carriedDefinitions(const PropertyListDictionary& settings, const Pattern
   if (!list) return carried;
   // What a user's backup says must not guide the superuser's hand.
   if (Runtime::current().platform().users.isSuperuser()) {
-    for (const PropertyList& entry : *list)
+    for (const PropertyList& entry : *list | std::views::take(kMostDefinitions))
       refuse(carried, entry,
              "for the superuser a definition in a backup does not count, but with --home DIR before the task it does");
     return carried;
   }
   TakenNames taken;
-  for (const PropertyList& entry : *list) {
+  if (list->size() > kMostDefinitions)
+    QWLog::appendLog("The backup carries more than 100 definitions: the rest is passed over");
+  for (const PropertyList& entry : *list | std::views::take(kMostDefinitions)) {
     const auto read = readDefinition(entry, rules);
     const auto* sound = std::get_if<ReadDefinition>(&read);
     DefinitionFault fault = sound ? taken.faultOf(sound->definition) : std::get<DefinitionFault>(read);

@@ -14,6 +14,7 @@
 namespace vantory {
 
 inline constexpr std::size_t kLargestDefinition = 64 * 1024;  // bytes of a file
+inline constexpr std::size_t kMostDefinitions = 100;          // of a catalog, or that a backup carries
 
 struct DefinitionFault {
   std::string reason;   // a sentence

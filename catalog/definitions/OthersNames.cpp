@@ -49,7 +49,7 @@ constexpr std::string_view kOthers[] = {
     "vnc", "rdp", "remmina", "freerdp", "filezilla", "netrc", "authinfo*", "electrum*", "bitcoin*", "ethereum*", "monero*",
     "litecoin*", "dogecoin*", "exodus*", "ledger*", "trezor*", "atomic", "solana", "kwallet*", "seahorse", "gnome2",
     "openvpn*", "wireguard", "mullvad*", "protonvpn*", "nm-*", "vault*", "age", "sops", "step", "pam_environment", "pulse-cookie",
-    "iced*", "heroku", "fly", "netlify", "doctl", "oci", "minikube", "helm", "boto*", "s3cfg", "restic", "borg", "duplicity",
+    "iced*", "goa-*", "heroku", "fly", "netlify", "doctl", "oci", "minikube", "helm", "boto*", "s3cfg", "restic", "borg", "duplicity",
     "mysql*", "psql*", "pgpass", "mongo*", "redis*", "xauthority", "iceauthority", "quarrywell*", "com.quarrywell*",
     "org.mozilla*", "org.chromium*", "com.google*", "com.brave*", "com.microsoft*", "com.apple.notes*",
     "com.apple.mobilesms*",
@@ -100,8 +100,21 @@ bool endsInOneOf(const std::string_view (&endings)[kCount], std::string_view nam
 
 }  // namespace
 
+// Also behind a maker's name, as in "com.apple.loginwindow.plist".
 std::string_view nameOfAnotherProgram(std::string_view component) {
-  return firstOf(kOthers, component);
+  const std::string_view name = firstOf(kOthers, component);
+  const std::string_view own = withoutDomain(component);
+  return name.empty() && own != component ? firstOf(kOthers, own) : name;
+}
+
+std::string_view withoutDomain(std::string_view name) {
+  constexpr std::size_t kLongestDomain = 6;
+  const auto isLetter = [](char character) { return character >= 'a' && character <= 'z'; };
+  const std::size_t domain = name.find('.');
+  if (domain == std::string_view::npos || domain > kLongestDomain) return name;
+  if (!std::ranges::all_of(name.substr(0, domain), isLetter)) return name;
+  const std::size_t maker = name.find('.', domain + 1);
+  return maker == std::string_view::npos ? std::string_view() : name.substr(maker + 1);
 }
 
 bool isOfMaker(std::string_view component) {

@@ -11,6 +11,9 @@ namespace vantory {
 // Folders and files of other programs in "~/.config", "~/.local/share" and "~/Library/Application Support", and with a
 // dot before them in the home.
 std::string_view nameOfAnotherProgram(std::string_view component);
+// What follows the maker's part of a name such as "com.apple.motion.plist", which many applications have in common;
+// empty where nothing does, the name itself where it has no such part.
+std::string_view withoutDomain(std::string_view name);
 // Makers of several applications, whose folders are shared by these.
 bool isOfMaker(std::string_view component);
 // Folders out of which programs are started, wherever they lie.

@@ -42,21 +42,11 @@ bool startsWith(const std::vector<std::string>& pattern, const std::vector<std::
   return pattern.size() > folder.size() && std::equal(folder.begin(), folder.end(), pattern.begin());
 }
 
-bool isLetter(char character) {
-  return character >= 'a' && character <= 'z';
-}
-
-// What a component with a wildcard begins with, but for the dot of a hidden name and for the maker's part of a name
-// such as "com.apple.motion.plist", which many applications have in common.
+// What a component with a wildcard begins with, but for the dot of a hidden name and for the maker's part.
 std::string_view fixedBeginning(std::string_view component) {
-  constexpr std::size_t kLongestDomain = 6;
   std::string_view fixed = component.substr(0, component.find('*'));
   if (fixed.starts_with('.')) fixed.remove_prefix(1);
-  const std::size_t domain = fixed.find('.');
-  if (domain == std::string_view::npos || domain > kLongestDomain) return fixed;
-  if (!std::ranges::all_of(fixed.substr(0, domain), isLetter)) return fixed;
-  const std::size_t maker = fixed.find('.', domain + 1);
-  return maker == std::string_view::npos ? std::string_view() : fixed.substr(maker + 1);
+  return withoutDomain(fixed);
 }
 
 // Whether enough of it is fixed to be one application's.

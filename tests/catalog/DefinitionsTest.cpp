@@ -92,6 +92,7 @@ TEST_F(DefinitionsTest, HostilePatternsAreRefused) {
       {"~/Library/Preferences/COM.apple.*", "own must stand"},
       {"~/Library/Preferences/info.*", "own must stand"},
       {"~/Library/Preferences/Adobe/*", "of the same maker"},
+      {"~/Library/Preferences/com.apple.loginwindow.plist", "where no application keeps"},
       {"~/Library/Preferences/ByHost/*", "where no application keeps"},
       {"~/*/kdenliverc", "where no application keeps"},
       {"~/Schreibtisch/*", "where no application keeps"},
