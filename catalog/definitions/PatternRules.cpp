@@ -213,8 +213,8 @@ std::string PatternRules::faultInDocuments(const Components& pattern) {
   if (pattern.size() < kFewest || QWFileManager::isWildcardPath(pattern[2]) ||
       QWFileManager::isWildcardPath(pattern[3]) ||
       fixedBeginning(name).size() + name.size() - std::min(name.size(), name.rfind('.')) < kFixedCharacters)
-    return "could match what is the person's own: in ~/Documents only files with their ending may be named, below the "
-           "folders of a maker and an application";
+    return "could match what is the person's own: in ~/Documents the folders of a maker and an application must be "
+           "named, and four characters of a name and its ending in them";
   return faultOfNames(pattern, 2);
 }
 
