@@ -73,7 +73,9 @@ ClosedApplications::Answer ClosedApplications::makeWay(const std::string& name, 
 
 ClosedApplications::Answer ClosedApplications::close(const std::string& name, const std::string& identifier) {
   say(words_.toClose);
+  if (waitingFor_) waitingFor_(name);
   const bool isClosed = Runtime::current().guard->closeAppWithName(name, identifier, isCancelled_);
+  if (waitingFor_) waitingFor_("");
   if (isClosed) say(words_.closed);
   if (isCancelled_ && isCancelled_()) {
     report_.cancelled();

@@ -23,9 +23,11 @@ class ClosedApplications {
   };
   enum class Answer { Proceed, PassOver, Cancel };
 
-  // The report outlives it. `isCancelled`, which may be empty, is asked while an application takes its time to quit.
-  ClosedApplications(const Words& words, TaskReport& report, std::function<bool()> isCancelled = {})
-      : words_(words), report_(report), isCancelled_(std::move(isCancelled)) {}
+  // The report outlives it. `isCancelled` is asked while an application takes its time to quit; `waitingFor` hears its
+  // name before that, and an empty one afterwards. Either may be empty.
+  ClosedApplications(const Words& words, TaskReport& report, std::function<bool()> isCancelled = {},
+                     std::function<void(const std::string& name)> waitingFor = {})
+      : words_(words), report_(report), isCancelled_(std::move(isCancelled)), waitingFor_(std::move(waitingFor)) {}
 
   // Asks the guard about the application, and closes it where that is the answer. One that is to be passed over, and a
   // cancel, are in the report then. May block for a person's answer.
@@ -47,6 +49,7 @@ class ClosedApplications {
   const Words words_;
   TaskReport& report_;
   const std::function<bool()> isCancelled_;
+  const std::function<void(const std::string& name)> waitingFor_;
   std::vector<Closed> closed_;
 };
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "backups/ClosedApplications.h"
@@ -18,6 +19,8 @@ class TrashObserver {
 
   // Asked before each step and after the last; true ends the run.
   virtual bool isCancelled() const { return false; }
+  // An application was asked to quit, which may have a question of its own; empty when that is over.
+  virtual void waitingFor(const std::string& /*name*/) {}
   // A step was not passed over.
   virtual void stepDone() {}
   // All steps are through, and so many files in the Trash.
@@ -62,7 +65,8 @@ class TrashRun {
                                     .notClosed = "Unable to close application",
                                     .notRunning = nullptr},
                                    report_,
-                                   [this] { return observer_.isCancelled(); }};
+                                   [this] { return observer_.isCancelled(); },
+                                   [this](const std::string& name) { observer_.waitingFor(name); }};
   int count_ = 0;
   bool trashedAll_ = false;
 };

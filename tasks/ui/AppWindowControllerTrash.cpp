@@ -6,6 +6,7 @@
 #include "backups/QWDataController.h"
 #include "backups/ui/Controls.h"
 #include "backups/ui/Surveyor.h"
+#include "base/Format.h"
 #include "services/TaskReport.h"
 #include "services/files/QWAuthorization.h"
 #include "services/log/QWLog.h"
@@ -20,6 +21,8 @@
 namespace vantory {
 
 namespace {
+
+constexpr const char* kTrashing = "Trashing preferences...";
 
 void onMainThread(const std::function<void()>& work) {
   MainThread::shared().runAndWait(work);
@@ -47,6 +50,11 @@ class AppWindowController::TrashProgress : public TrashObserver {
   explicit TrashProgress(QWProgressController& sheet) : sheet_(sheet) {}
 
   bool isCancelled() const override { return sheet_.isCancelled(); }
+  void waitingFor(const std::string& name) override {
+    std::string label = kTrashing;
+    if (!name.empty()) label += formatted("\nWaiting for %@ to quit. It may be asking you something.", name);
+    onMainThread([&] { sheet_.updateLabel(label); });
+  }
   void stepDone() override {
     onMainThread([this] { sheet_.incrementProgress(); });
   }
@@ -106,7 +114,7 @@ bool AppWindowController::trashPreferences(bool& isBackedUp) {
   onMainThread([&] {
     progressController_.setMaxProgress(static_cast<double>(apps.size()));
     progressController_.setProgress(0);
-    progressController_.updateLabel("Trashing preferences...");
+    progressController_.updateLabel(kTrashing);
   });
   TaskReceipt receipt(report, {.name = "trash"});
   TrashProgress progress(progressController_);
