@@ -75,6 +75,12 @@ Status hold(std::string_view content, const Descriptor& source, const ItemStatus
   return {};
 }
 
+// Of the two volumes the one that is full is the copy's.
+Error ofFullDisk(Error error, const std::string& destination) {
+  const int number = static_cast<int>(error.code);
+  return number == ENOSPC || number == EDQUOT ? systemError(destination, number) : error;
+}
+
 class StagedItem : public StagedCopy {
  public:
   StagedItem(HiddenItem item, Notes notes) : item_(std::move(item)), notes_(std::move(notes)) {}
@@ -189,10 +195,10 @@ Result<std::unique_ptr<StagedCopy>> stage(const Descriptor& source, const ItemSt
     copied = copyTree(source.get(), hidden->get(), request.source, report);
   } else {
     const Result<bool> isClone = hidden->becomeCloneOf(source.get(), status, request.source, report);
-    if (!isClone) return isClone.error();
+    if (!isClone) return ofFullDisk(isClone.error(), request.destination);
     if (!*isClone) copied = copyFile(source.get(), status, hidden->get(), request.source, report);
   }
-  if (!copied) return copied.error();
+  if (!copied) return ofFullDisk(copied.error(), request.destination);
   return std::unique_ptr<StagedCopy>(std::make_unique<StagedItem>(std::move(*hidden), report.takeNotes()));
 }
 
