@@ -42,10 +42,10 @@ TEST_F(AuthorizationTest, AsksOnceATaskAndNeverByPassword) {
   authorization.setHasGUI(false);
   for (int i = 0; i < 2; ++i) EXPECT_FALSE(authorization.authRemoveFile(file_)) << "each operation tells it";
   EXPECT_EQ(fakes_.privileged.requests, 2);
-  EXPECT_THAT(fakes_.systemLog.messages(),
-              ElementsAre("Unable to execute task: path /no/such/tool doesn't exist",
-                          "Error in authMoveFile: new path is null", "Unable to create authRef - error 95",
-                          "Unable to authorize", "Unable to authorize"));
+  EXPECT_THAT(
+      fakes_.systemLog.messages(),
+      ElementsAre("Unable to execute task: path /no/such/tool doesn't exist", "Error in authMoveFile: new path is null",
+                  "Unable to create authRef - error 95", "Unable to authorize", "Unable to authorize"));
 }
 
 TEST_F(AuthorizationTest, FoldersOfTheSystemAreProtected) {
