@@ -52,7 +52,7 @@ class AppWindowController::TrashProgress : public TrashObserver {
   bool isCancelled() const override { return sheet_.isCancelled(); }
   void waitingFor(const std::string& name) override {
     std::string label = kTrashing;
-    if (!name.empty()) label += formatted("\nWaiting for %@ to quit. It may be asking you something.", name);
+    if (!name.empty()) label += formatted(" Waiting for %@ to quit. It may be asking you something.", name);
     onMainThread([&] { sheet_.updateLabel(label); });
   }
   void stepDone() override {

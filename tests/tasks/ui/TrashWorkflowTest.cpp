@@ -57,7 +57,7 @@ TEST_F(TrashWorkflowTest, ARunningApplicationIsClosedAndRelaunchedOrSkipped) {
                       {"com.example.Avid", GuardDecision::CloseAndRelaunch}};
   EXPECT_THAT(runAndReadLog(), testing::IsSupersetOf({"User chose to skip app", "User chose to close and relaunch app",
                                                       "Application closed successfully", "Total trashed files: 2"}));
-  EXPECT_THAT(sheet_.labels, testing::IsSupersetOf({testing::StartsWith("Trashing preferences...\nWaiting for "),
+  EXPECT_THAT(sheet_.labels, testing::IsSupersetOf({testing::StartsWith("Trashing preferences... Waiting for "),
                                                     testing::StartsWith("Relaunching")}));
   EXPECT_EQ(std::ranges::count(sheet_.labels, "Trashing preferences..."), 2) << "before and after the waiting";
   EXPECT_TRUE(exists(prefs("editor.plist")));
