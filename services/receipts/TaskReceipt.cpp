@@ -82,7 +82,7 @@ void TaskReceipt::planned(FileAction action, const std::vector<FilePlan>& plans,
   const bool trashesUnnoted = (action == FileAction::Trash || putsSomething) && !hasTrashWithNotes();
   for (const FilePlan& plan : plans) {
     if (isLock && isLocked(plan.path) == (action == FileAction::Lock)) {
-      wereSo_.insert(plan.path);
+      wereSo_.emplace(action, plan.path);
       continue;
     }
     files += "{ ";
@@ -105,7 +105,10 @@ void TaskReceipt::planned(FileAction action, const std::vector<FilePlan>& plans,
 
 // What is told of later is not lost: where it lies can be found out from the plan.
 void TaskReceipt::done(FileAction action, const std::string& path, const std::string& item, const std::string& place) {
-  if ((action == FileAction::Lock || action == FileAction::Unlock) && wereSo_.contains(path)) return;
+  if (wereSo_.contains({action, path})) return;
+  // What was so when that was planned is not any more.
+  if (action == FileAction::Lock) wereSo_.erase({FileAction::Unlock, path});
+  if (action == FileAction::Unlock) wereSo_.erase({FileAction::Lock, path});
   if (action == FileAction::Write) return;  // settings, of which what matters is noted
   begin();
   pending_ += "{ ";

@@ -6,6 +6,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "services/TaskReport.h"
@@ -68,8 +69,8 @@ class TaskReceipt : public TaskRecord {
   std::string pending_;
   std::size_t size_ = 0;  // of the file, in bytes
   std::optional<Error> failure_;
-  std::set<std::string> wereSo_;  // locked, or not, before the task
-  std::string made_;              // a backup; empty for none, and where it was removed again
+  std::set<std::pair<FileAction, std::string>> wereSo_;  // what was locked, or not, when that was planned
+  std::string made_;                                     // a backup; empty for none, and where it was removed again
   bool changedAnything_ = false;
   bool removedAnything_ = false;
 };

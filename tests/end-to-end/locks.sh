@@ -43,6 +43,11 @@ run -restore "$library/Locked.vnt"
 check "locked files and folders can be restored, and stay locked" eval 'ran && holds "$preferences/$motion" motion && [ -e "$trash/files/$motion" ] && [ -e "$trash/files/Button Bars/a" ] && not locked_below "$trash" && [ "$(locked_below "$home/Library" | wc -l)" = 254 ]'
 run --undo
 check "and so they do when that is taken back" eval 'ran && [ "$(count "$trash/files" -name "*motion*")" = 1 ] && [ "$(locked_below "$home/Library" | wc -l)" = 254 ]'
+for again in 1 2; do
+  run --receipts
+  run --undo "$(sed -n '2s/ .*//p' "$work/out")"
+  check "nor is a lock lost by taking that back, $again" eval 'ran && [ "$(locked_below "$home/Library" | wc -l)" = 254 ]'
+done
 run -unlock; run -lock motionPrefs; run -trash motionPrefs
 check "and trashed" eval 'ran && [ ! -e "$preferences/$motion" ] && [ "$(count "$trash/files" -name "*motion*")" = 2 ] && not locked_below "$home"'
 chattr +d "$fcp"; run -lock; run -unlock
