@@ -59,12 +59,15 @@ std::optional<Error> leftOut(const std::string& source, FileType type) {
   return std::nullopt;
 }
 
-// Whether there is anything of an item that could be backed up. Notes what is left out.
+// Whether there is anything of an item that could be backed up. Notes what is left out, and what cannot be looked at.
 bool hasFiles(const QWPrefItem& item, TaskReport& report) {
   for (const std::string& pattern : item.files())
-    for (const std::string& source : QWFileManager::filesMatchingWildcardPath(pattern, report)) {
+    for (const std::string& source : item.matches(pattern, &report)) {
       const auto info = files().info(source, Links::DoNotFollow);
-      if (!info) continue;
+      if (!info) {
+        if (!meansMissing(info.error())) report.failed(FileAction::Copy, source, info.error(), item.key());
+        continue;
+      }
       std::optional<Error> cause = leftOut(source, info->type);
       if (!cause) return true;
       report.skipped(FileAction::Copy, source, std::move(*cause), item.key());
@@ -422,8 +425,10 @@ WriteResult QWBackup::write(TaskReport& report, bool filesOnly) {
   if ((!filesOnly && children_.empty()) || (!isFirst && !haveFiles(children_, report))) {
     QWLog::appendLog("Unable to create backup - no files to backup");
     if (!isFirst)
-      report.remark(formatted("%@: the earlier backup stays as it is.",
-                              children_.empty() ? "No item was chosen" : "There are no files to back up"));
+      report.remark(formatted("%@: the earlier backup stays as it is.", children_.empty() ? "No item was chosen"
+                                                                        : report.hasFailures()
+                                                                            ? "Nothing could be backed up"
+                                                                            : "There are no files to back up"));
     return WriteResult::NoFiles;
   }
   const bool inheritsDefault = !filesOnly && !isDefault_ && wouldInheritDefault(path_);
