@@ -4,6 +4,7 @@
 #include "backups/BackupNaming.h"
 #include "backups/LibraryFolder.h"
 #include "backups/QWBackup.h"
+#include "backups/QWDataController.h"
 #include "base/Format.h"
 #include "base/Paths.h"
 #include "base/PropertyList.h"
@@ -29,6 +30,27 @@ std::string placeOfDefault() {
 bool wouldInheritDefault(const std::string& place) {
   return QWBackup::defaultBackupName() == paths::lastComponent(place) &&
          QWFileManager::isMissingAtPath(placeOfDefault());
+}
+
+void remarkOnNamedDefault(TaskReport& report) {
+  const auto name = QWBackup::defaultBackupName();
+  if (!name) return;
+  const QWDataController& data = QWDataController::sharedController();
+  if (const auto error = data.libraryError()) return report.remark(error->text);
+  const auto library = libraryFolder();
+  if (library && QWFileManager::isMissingAtPath(*library))
+    return report.remark(formatted("The library of backups, %@, is not there.", *library));
+  bool isThere = false;
+  for (const auto& backup : data.allBackups()) {
+    if (name != paths::lastComponent(backup->path())) continue;
+    isThere = true;
+    if (!backup->isComplete()) report.remark(formatted("The default backup %@.", backup->flawInWords()));
+  }
+  const char* cure =
+      QWCmdUtils::sharedController().hasGUI() ? "choose Set as Default Backup" : "vantory --default NAME";
+  if (!isThere)
+    report.remark(formatted("The default backup, \"%@\", is not in the library any more. To choose another: %@",
+                            backupName(*name), cure));
 }
 
 void noteInheritedDefault(const std::string& place, TaskReport& report) {

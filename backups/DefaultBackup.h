@@ -15,6 +15,9 @@ std::string placeOfDefault();
 bool wouldInheritDefault(const std::string& place);
 // Tells of one that did.
 void noteInheritedDefault(const std::string& place, TaskReport& report);
+// Tells why the backup that is named as the default cannot be restored: it is incomplete, cannot be read or has gone.
+// Nothing where none is named. The library has been listed before.
+void remarkOnNamedDefault(TaskReport& report);
 // Makes the backup at the path the default, or none by the library's folder. A report's record gets both places.
 Status setPlaceOfDefault(const std::string& place, TaskReport& report);
 

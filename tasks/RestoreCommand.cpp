@@ -2,8 +2,7 @@
 
 #include <algorithm>
 
-#include "backups/BackupNaming.h"
-#include "backups/LibraryFolder.h"
+#include "backups/DefaultBackup.h"
 #include "backups/QWBackup.h"
 #include "backups/QWDataController.h"
 #include "base/Format.h"
@@ -31,27 +30,6 @@ void deselectAllBut(const KeyList& keys, const QWBackup& backup) {
     }
     app->updateSelectionStatus();
   }
-}
-
-// A backup that is named as the default and is none, because it is incomplete, cannot be read or has gone.
-void remarkOnNamedDefault(const QWDataController& data, TaskReport& report) {
-  const auto name = QWBackup::defaultBackupName();
-  if (!name) return;
-  if (const auto error = data.libraryError()) return report.remark(error->text);
-  const auto library = libraryFolder();
-  if (library && QWFileManager::isMissingAtPath(*library))
-    return report.remark(formatted("The library of backups, %@, is not there.", *library));
-  bool isThere = false;
-  for (const auto& backup : data.allBackups()) {
-    if (name != paths::lastComponent(backup->path())) continue;
-    isThere = true;
-    if (!backup->isComplete()) report.remark(formatted("The default backup %@.", backup->flawInWords()));
-  }
-  if (!isThere)
-    report.remark(
-        formatted("The default backup, \"%@\", is not in the library any more. To choose another: vantory "
-                  "--default NAME",
-                  backupName(*name)));
 }
 
 // A path is wanted, but a name that the library knows is what people type.
@@ -114,7 +92,7 @@ int restoreDefaultCommand(const CommandContext& context) {
     QWLog::appendLogAndPrint("Unable to restore backup - no default backup set.");
     controller.postGrowlNotification("Unable to restore backup", "No default backup set.");
     context.report.refuse("No default backup set.");
-    remarkOnNamedDefault(data, context.report);
+    remarkOnNamedDefault(context.report);
     return 1;
   }
   backup->restore(context.report);

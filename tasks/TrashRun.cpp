@@ -1,27 +1,15 @@
 // How preferences are trashed, for whoever asked for it.
 #include "tasks/TrashRun.h"
 
-#include "backups/BackupNaming.h"
+#include "backups/DefaultBackup.h"
 #include "backups/QWDataController.h"
-#include "base/Format.h"
+#include "services/QWCmdUtils.h"
 #include "services/TaskReport.h"
 #include "services/log/QWLog.h"
 #include "services/settings/QWUserDefaults.h"
 #include "services/settings/SettingsKeys.h"
 
 namespace vantory {
-
-namespace {
-
-// Where no library has been listed, as on the command line, nothing is known of it.
-void remarkOnMissingDefault(TaskReport& report) {
-  const auto name = QWBackup::defaultBackupName();
-  if (name && !QWDataController::sharedController().backupArray().empty())
-    report.remark(
-        formatted("The default backup, \"%@\", is not in the library: nothing was restored.", backupName(*name)));
-}
-
-}  // namespace
 
 bool TrashRun::run(const std::vector<TrashStep>& steps) {
   for (const TrashStep& step : steps)
@@ -56,7 +44,10 @@ void TrashRun::restoreDefault() {
   QWLog::appendLog("Finding default backup to restore...");
   // The library is searched as it stands: whoever wants it listed has done so.
   const auto backup = QWDataController::sharedController().defaultBackup();
-  if (!backup) return remarkOnMissingDefault(report_);
+  if (!backup) {
+    if (QWCmdUtils::sharedController().hasGUI()) remarkOnNamedDefault(report_);
+    return;
+  }
   observer_.restoringDefault();
   backup->restore(report_);
 }

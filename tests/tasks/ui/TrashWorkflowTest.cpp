@@ -153,7 +153,7 @@ TEST_F(TrashWorkflowTest, BacksUpTrashesPreferencesOnlyAndRestoresTheDefaultBack
   writeFile(prefs("editor.plist"), "broken again");
   runAndReadLog();
   EXPECT_EQ(alerts_.back(), "Preferences successfully trashed");
-  EXPECT_THAT(informative_, HasSubstr("The default backup, \"Good\", is not in the library: nothing was restored."));
+  EXPECT_THAT(informative_, HasSubstr("The default backup, \"Good\", is not in the library any more."));
 }
 
 TEST_F(TrashWorkflowTest, AsksForRightsOnceATask) {
