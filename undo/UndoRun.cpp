@@ -71,10 +71,16 @@ void UndoRun::run() {
   if (!makeWay(deeds)) return;
   std::unique_ptr<FolderHold> hold;
   const auto library = QWDataController::vantoryBackupLocation();
-  touchesLibrary_ =
-      library && std::ranges::any_of(deeds, [&](const ReceiptStep& deed) {
-        return QWFileManager::isWithin(deed.path, *library) || QWFileManager::isWithin(deed.place, *library);
-      });
+  // Many deeds lie in a few folders.
+  std::map<std::string, bool> folders;
+  const auto isInLibrary = [&](const std::string& path) {
+    const auto [folder, isNew] = folders.try_emplace(paths::parent(path));
+    if (isNew) folder->second = QWFileManager::isWithin(folder->first, *library);
+    return folder->second;
+  };
+  touchesLibrary_ = library && std::ranges::any_of(deeds, [&](const ReceiptStep& deed) {
+                      return isInLibrary(deed.path) || isInLibrary(deed.place);
+                    });
   if (touchesLibrary_ && QWFileManager::isDirectoryAtPath(*library)) {
     auto held = holdBackupFolder(*library);
     if (!held && held.error().code == std::errc::timed_out)
@@ -151,8 +157,9 @@ void UndoRun::plan(const Deeds& deeds) {
 }
 
 bool UndoRun::isAllowed(const std::string& path) const {
-  return std::ranges::any_of(
-      roots_, [&](const std::string& root) { return path != root && QWFileManager::isWithin(path, root); });
+  return std::ranges::any_of(roots_, [&](const std::string& root) {
+    return path != root && QWFileManager::isWithin(path, root) && !QWFileManager::isSameItem(path, root);
+  });
 }
 
 // Told in the log, and to the person.
