@@ -63,7 +63,8 @@ void LogFile::create(const std::string& name) {
   if (machineWide && !makeFolder(platform_.machineFiles, current)) return;
   const std::string path = generationPath(*current, name, 1);
   // Of two processes each moves what the other has left. One that hangs keeps nobody from a log.
-  const auto hold = currentFiles().holdFolder(*current, kLongestWait);
+  const auto hold = generations ? platform_.files.holdFolder(*generations, kLongestWait)
+                                : platform_.machineFiles.holdFolder(*current, kLongestWait);
   // On the disk before the generations move on: one that is full loses none of them.
   const std::string draft = paths::join(*current, formatted(".%@.new", name));
   Status made = currentFiles().write(draft, header(), {});
