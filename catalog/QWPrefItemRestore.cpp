@@ -221,8 +221,8 @@ void ItemRestoring::lockAgain(const std::string& path) {
   const Status locked = QWFileManager::lockFile(path);
   if (locked) return report_.noted(FileAction::Lock, path, item_);
   const Error& error = locked.error();
-  report_.remark(formatted("%@ was locked, and is not any more: %@.%@", path, error.text,
-                           error.cure.empty() ? "" : " " + error.cure));
+  report_.remark(
+      formatted("The lock could not be set again: %@.%@", error.text, error.cure.empty() ? "" : " " + error.cure));
 }
 
 void ItemRestoring::restoreAll(std::vector<std::string> sources) {

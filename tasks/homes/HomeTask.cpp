@@ -63,7 +63,7 @@ std::vector<std::string> filesOfCatalog() {
     for (const auto& item : app->children())
       for (const std::string& pattern : item->files()) {
         if (!paths::isWithin(pattern, home)) continue;
-        const auto matching = QWFileManager::filesMatchingWildcardPath(pattern);
+        const auto matching = item->matches(pattern);
         files.insert(files.end(), matching.begin(), matching.end());
       }
   return files;
