@@ -3,7 +3,7 @@
 
 #include <algorithm>
 #include <map>
-#include <ranges>
+#include <span>
 
 #include "backups/BackupFolder.h"
 #include "backups/BackupLibrary.h"
@@ -94,15 +94,18 @@ std::string withoutPeriod(std::string sentence) {
   return sentence;
 }
 
-// What the definition names that another application has, which the catalog defines. The same application may have
-// others here, and other keys.
+// Whether the definition takes another application's place, which the catalog defines, or names what that has. The same
+// application, known by its name, may have other files here, and other keys.
 DefinitionFault faultBesideInstalled(const AppDefinition& definition, const AppList& catalog,
                                      const TakenNames& installed) {
-  std::vector<std::string> same;
   for (const auto& app : catalog)
-    if (app->defined() && (app->name() == definition.name || shareIdentifier(*app->defined(), definition)))
-      same.push_back(app->name());
-  return installed.faultOfPatterns(definition, same);
+    if (app->defined() && app->name() != definition.name && shareIdentifier(*app->defined(), definition))
+      return {formatted("It has an identifier of \"%@\".", app->name()), {}};
+  return installed.faultOfPatterns(definition, {definition.name});
+}
+
+std::span<const PropertyList> firstOf(const PropertyListArray& definitions) {
+  return std::span(definitions).first(std::min(definitions.size(), kMostDefinitions));
 }
 
 // What is wrong with one makes it unknown, as a missing one.
@@ -113,7 +116,7 @@ Carried carriedDefinitions(const PropertyListDictionary& settings, const Pattern
   if (!list) return carried;
   // What a user's backup says must not guide the superuser's hand.
   if (Runtime::current().platform().users.isSuperuser()) {
-    for (const PropertyList& entry : *list | std::views::take(kMostDefinitions))
+    for (const PropertyList& entry : firstOf(*list))
       refuse(carried, entry,
              "for the superuser a definition in a backup does not count, but with --home DIR before the task it does");
     return carried;
@@ -121,7 +124,7 @@ Carried carriedDefinitions(const PropertyListDictionary& settings, const Pattern
   TakenNames taken;
   if (list->size() > kMostDefinitions)
     QWLog::appendLog("The backup carries more than 100 definitions: the rest is passed over");
-  for (const PropertyList& entry : *list | std::views::take(kMostDefinitions)) {
+  for (const PropertyList& entry : firstOf(*list)) {
     const auto read = readDefinition(entry, rules);
     const auto* sound = std::get_if<ReadDefinition>(&read);
     DefinitionFault fault = sound ? taken.faultOf(sound->definition) : std::get<DefinitionFault>(read);

@@ -16,7 +16,8 @@ constexpr std::string_view kOthers[] = {
     "bash*", "zsh*", "zim", "zinit*", "fish", "oh-my-*", "nushell", "tcsh*", "ksh*", "xonsh", "starship*", "atuin", "direnv",
     "vim", "vimrc*", "vim-*", "nvim*", "neovim", "lvim", "emacs*", "doom*", "spacemacs*", "nano", "micro", "helix", "kakoune", "kak", "vscode*",
     "code", "code - *", "vscodium", "cursor*", "zed", "kate*", "sublime*", "atom", "jetbrains", "tmux*", "screenrc", "byobu", "kitty",
-    "alacritty", "wezterm", "ghostty", "foot", "terminator", "konsole*", "xfce4-terminal", "iterm*",
+    "alacritty", "wezterm", "ghostty", "foot", "terminator", "konsole*", "xfce4-terminal", "iterm*", "yakuake*", "guake",
+    "tilix", "rio", "warp-terminal", "zellij", "screen", "org.gnome.terminal", "zprezto*", "zfunc*", "fzf*", "profile.d", "shell",
     // desktops, and what runs with them
     "gnome*", "gtk-*", "kde", "kde4", "kdedefaults", "kdeglobals", "kded*", "kwin*", "kglobal*", "kservices*", "ksmserver*",
     "kscreenlocker*", "plasma*", "xfce*", "lxqt", "lxsession", "lxpanel", "cinnamon*", "mate", "mate-*", "budgie*", "enlightenment",
@@ -30,6 +31,9 @@ constexpr std::string_view kOthers[] = {
     "com.apple.loginitems*", "com.apple.launch*", "com.apple.tcc", "byhost", "addressbook", "mobilesync", "clouddocs",
     "touchegg", "leftwm", "icewm*", "fvwm*", "kanshi", "mako", "mpv", "yt-dlp*", "com.apple.terminal*",
     "com.apple.symbolichotkeys*", "recently-used*", "user-places*", "qtproject*", "khotkeys*", "kdeconnect*", "android",
+    "uwsm", "thumbnailers", "krunner*", "cosmic*", "spectrwm", "miracle-wm*", "xbindkeys*", "tigervnc", "ranger", "lf", "yazi",
+    "mc", "feh", "zathura", "sxiv", "nsxiv", "udiskie", "topgrade*", "sunshine", "rustdesk*", "anydesk*", "com.apple.dock*",
+    "com.apple.finder*", "com.apple.systemuiserver*", "com.apple.spaces*", "com.apple.security*", "pbs.plist",
     // tools that run what they find
     "cargo", "rustup", "go", "npm*", "nvm", "node", "node_*", "deno", "bun", "yarn", "pnpm", "volta", "pyenv", "conda", "mamba",
     "pip", "pipx", "ipython", "jupyter", "matplotlib", "rbenv", "rvm", "gem", "bundle", "asdf", "mise", "sdkman", "jenv",
@@ -37,6 +41,7 @@ constexpr std::string_view kOthers[] = {
     "homebrew", "git", "gitconfig*", "hg", "subversion", "make", "gdb*", "lldb*", "ccache", "julia", "octave", "wine*",
     "steam*", "lutris", "playonlinux", "dosbox", "docker", "podman", "containers", "vagrant*", "ansible", "terraform*",
     "minecraft", "crossover", "lazygit", "uv", "claude*", "msmtp*", "aerc",
+    "jj", "home-manager", "pacman", "pypoetry", "ghc", "lein", "clojure", "sbt", "irb*", "pry*", "w3m", "elinks", "lynx", "isync",
     // browsers and mail
     "mozilla*", "firefox*", "librewolf", "waterfox", "floorp", "zen", "thunderbird", "google*", "chromium*", "chrome*",
     "brave*", "microsoft*", "edge", "opera*", "vivaldi*", "falkon", "epiphany", "qutebrowser", "midori", "tor", "torbrowser*", "tor-browser*", "yandex*",
@@ -63,7 +68,7 @@ constexpr std::string_view kPrograms[] = {
     "bin", "sbin", "libexec", "autostart", "autostart-scripts", "startup", "startup items", "startupitems", "login items",
     "applications", "systemd", "dbus-1", "exports", "launchagents", "launchdaemons", "application scripts", "services",
     "workflows", "preferencepanes", "input methods", "internet plug-ins", "quicklook", "colorpickers", "screen savers",
-    "hooks", ".git", "init.d", "rc.d", "conf.d", "profile.d", "environment.d", "node_modules", "site-packages",
+    "exec", "hooks", ".git", "init.d", "rc.d", "conf.d", "profile.d", "environment.d", "node_modules", "site-packages",
     "dist-packages"};
 
 constexpr std::string_view kAdditions[] = {"scripts", "plugins", "plugin", "plug-ins", "extensions", "addons", "add-ons",

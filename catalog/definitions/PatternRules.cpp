@@ -159,6 +159,10 @@ std::string PatternRules::faultOfMatch(const std::string& path, const std::vecto
   std::string name = written(path);
   std::ranges::replace(name, '*', '_');
   if (!name.starts_with("~/") && !isShared) return kNoPreferences;
+  if (printable(path) != path) return "has a name with control characters";
+  // What a backup holds of a folder there would come back one level deeper.
+  if (isShared && QWFileManager::isDirectoryAtPath(path) && !QWFileManager::isPackageAtPath(path))
+    return "is a folder, of which none is looked after there";
   const Components components = foldedComponents(name);
   if (std::string fault = faultOfPlace(components, isShared, identifiers); !fault.empty()) return fault;
   if (isKeptOut(foldedComponents(written(QWFileManager::realPath(path))))) return kNoPreferences;

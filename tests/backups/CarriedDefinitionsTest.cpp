@@ -152,14 +152,19 @@ TEST_F(CarriedDefinitionsTest, WhatABackupCarriesIsNotTrusted) {
 TEST_F(CarriedDefinitionsTest, WhatAnotherInstalledApplicationHasIsOutOfReach) {
   makeBackup();
   std::string other = example();
-  for (const char* own : {"com.obsproject.Studio", "com.obsproject.obs-studio", "OBS Studio\""})
+  const auto rename = [&](const char* own, const char* reason) {
     other.replace(other.find(own), 3, "Any");
-  writeFile(userFile_, other);
-  controller().populateApps();
-  restore();
-  EXPECT_FALSE(exists(settings_));
-  ASSERT_EQ(report_.passedOver().size(), 1U);
-  EXPECT_THAT(report_.passedOver()[0].reason, HasSubstr("could match what belongs to Any Studio"));
+    writeFile(userFile_, other);
+    controller().populateApps();
+    report_ = {};
+    restore();
+    EXPECT_FALSE(exists(settings_));
+    ASSERT_EQ(report_.passedOver().size(), 1U);
+    EXPECT_THAT(report_.passedOver()[0].reason, HasSubstr(reason));
+  };
+  rename("OBS Studio\"", "It has an identifier of \"Any Studio\"");
+  rename("com.obsproject.Studio", "It has an identifier of \"Any Studio\"");
+  rename("com.obsproject.obs-studio", "could match what belongs to Any Studio");
 }
 
 TEST_F(CarriedDefinitionsTest, ItemsThatNothingDefinesStayInTheBackup) {

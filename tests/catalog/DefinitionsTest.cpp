@@ -214,6 +214,11 @@ TEST_F(DefinitionsTest, NamedFilesAndOwnWildcardsMayStand) {
         std::string("~/Library/Preferences/com.Adobe.Premiere Pro.*.plist"),
         shared + "/AvidMediaComposer/Avid Users/*/*.ave"})
     EXPECT_EQ(PatternRules({}).faultOf(pattern, {}), "") << pattern;
+  writeFile(shared + "/Editor/a.look", "");
+  makeFolders(shared + "/Editor/b.look");
+  EXPECT_EQ(PatternRules({}).faultOfMatch(shared + "/Editor/a.look", {}), "");
+  EXPECT_THAT(PatternRules({}).faultOfMatch(shared + "/Editor/b.look", {}), HasSubstr("is a folder"));
+  EXPECT_THAT(PatternRules({}).faultOfMatch(home_ / ".config/editor/a\nb", {}), HasSubstr("control characters"));
 }
 
 TEST_F(DefinitionsTest, TheLibraryIsOutOfReachByLinksToo) {
