@@ -76,7 +76,7 @@ Status hold(std::string_view content, const Descriptor& source, const ItemStatus
 }
 
 // Of the two volumes the one that is full is the copy's.
-Error ofFullDisk(Error error, const std::string& destination) {
+Error ofFullDisk(const Error& error, const std::string& destination) {
   const int number = static_cast<int>(error.code);
   return number == ENOSPC || number == EDQUOT ? systemError(destination, number) : error;
 }
