@@ -102,7 +102,7 @@ int runInMany(const HomeOptions& options, const LendPlatform& lendPlatform) {
     if (!found) onPlatform([&] { found = recentlyChangedFile(filesOfCatalog(), kBusy); });
     return found;
   };
-  HomeWork work{.run = run};
+  HomeWork work{.run = run, .changesFiles = changesFiles(options.arguments)};
   if (!options.busy && !onlyAsks) work.busyFile = busyFile;
   PosixHomeWorkers workers(std::move(work));
   const PosixSystemInfo system({});

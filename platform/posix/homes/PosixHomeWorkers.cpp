@@ -114,11 +114,12 @@ void detach(Descriptor& answer) {
 }
 
 // As its owner, whose name is filled in; an ordinary user's process stays that user's.
-Status enter(const std::string& home, std::string& name) {
+Status enter(const std::string& home, bool changesFiles, std::string& name) {
   if (getuid() != 0) {
     struct stat status {};
     if (stat(home.c_str(), &status) == 0) name = databaseName(status.st_uid).value_or("");
-    return adoptHome(home);
+    const Status isOurs = changesFiles ? checkIsNotOthers(home) : Status();
+    return isOurs ? adoptHome(home) : isOurs;
   }
   const auto owner = ownerOfHome(home);
   if (!owner) return owner.error();
@@ -174,7 +175,7 @@ void PosixHomeWorkers::workIn(const std::string& home, Descriptor answer) const 
       writeAll(answer.get(), said);
     };
     std::string owner;
-    const Status entered = enter(home, owner);
+    const Status entered = enter(home, work_.changesFiles, owner);
     say(owner);
     const auto busyFile = entered && work_.busyFile ? work_.busyFile(home) : std::nullopt;
     say("");

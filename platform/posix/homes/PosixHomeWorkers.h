@@ -21,6 +21,8 @@ struct HomeWork {
   std::function<HomeResult()> run;
   // Asked first, by the same process: a file there that shows that somebody works in the home. Null to pass over none.
   std::function<std::optional<std::string>(const std::string& home)> busyFile = {};
+  // Whether it changes files: then an ordinary user begins nothing in the home of another that they may not write to.
+  bool changesFiles = false;
   // How long a home may take to be found, because its file system may be dead, and how long the work there may stand
   // still.
   std::chrono::milliseconds patience = std::chrono::seconds(30);
