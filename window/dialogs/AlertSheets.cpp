@@ -34,6 +34,8 @@ void bringToFront(QWidget* window) {
 
 // What a thread waits for: the main thread by serving events, any other asleep.
 struct AlertSheets::Answer {
+  explicit Answer(int withoutOne) : unanswered(withoutOne) {}
+
   void give(int code) {
     {
       const std::lock_guard lock(mutex);
