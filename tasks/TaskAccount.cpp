@@ -54,7 +54,7 @@ bool hasFailed(const FileReport& file) {
 
 // What failed as a whole, such as the writing of a backup; preference files are counted.
 bool isWholeTask(const FileReport& file) {
-  return file.action == FileAction::Write || file.action == FileAction::Sync || file.action == FileAction::List;
+  return file.action == FileAction::Write || file.action == FileAction::Sync;
 }
 
 // Each cause once, and each cure behind them: many files may fail for one reason.
