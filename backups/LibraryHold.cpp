@@ -28,14 +28,6 @@ Result<std::string> clearBackupPath(const std::string& path) {
   return place.error();
 }
 
-bool returnedFromTrash(const std::string& place, const std::string& path, TaskReport& report) {
-  if (place.empty() || !QWFileManager::isMissingAtPath(path)) return false;
-  QWLog::appendLog("Putting %@ back to %@", place, path);
-  const Status moved = QWFileManager::putBackFile(place, path, 10s, report);
-  if (!moved) QWLog::appendLog("%@", moved.error().text);
-  return moved.ok();
-}
-
 void noteCleared(const std::string& path, const std::string& place, TaskReport& report) {
   if (place.empty()) return;
   QWLog::appendLog("What was %@ is in the Trash now: %@", path, place);

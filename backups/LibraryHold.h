@@ -19,10 +19,6 @@ Result<std::unique_ptr<FolderHold>> holdBackupFolder(const std::string& folder);
 // above held.
 Result<std::string> clearBackupPath(const std::string& path);
 
-// Puts what was moved to the Trash back to its path, where nothing new has come to be. False where it stays in the
-// Trash, or where the place there is empty because nothing was moved.
-bool returnedFromTrash(const std::string& place, const std::string& path, TaskReport& report);
-
 // Notes what was moved to the Trash for good; nothing where the place is empty.
 void noteCleared(const std::string& path, const std::string& place, TaskReport& report);
 

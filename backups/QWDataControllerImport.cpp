@@ -44,7 +44,7 @@ Status copyToLibrary(const std::string& source, const std::string& target, TaskR
   report.planned(FileAction::Create, std::vector{target});
   Status named = copy ? (*copy)->commit(StagedCopy::Existing::Keep) : Status(copy.error());
   if (!named && !copy) named = QWFileManager::copyFile(source, target, 10s);
-  if (named || !returnedFromTrash(*cleared, target, report)) noteCleared(target, *cleared, report);
+  if (named || !QWFileManager::returnFile(*cleared, target, 10s, report)) noteCleared(target, *cleared, report);
   if (!named) return named;
   report.noted(FileAction::Create, target);
   return files().sync(target);

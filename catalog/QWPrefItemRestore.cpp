@@ -144,7 +144,6 @@ class ItemRestoring {
   void restore(const Restorable& file);
   Status replace(const Staged& staged, const std::string& source, const std::string& destination);
   Result<std::string> trashLiveFile(const std::string& path);
-  bool putBack(const std::string& place, const std::string& path);
   void note(const std::string& path, const Status& copied);
   void replaceAndNote(const Staged& staged, const std::string& source, const std::string& destination);
   void lockAgain(const std::string& path);
@@ -183,15 +182,6 @@ Result<std::string> ItemRestoring::trashLiveFile(const std::string& path) {
   return place;
 }
 
-// Not over what has come there meanwhile, such as a copy that administrator rights made late.
-bool ItemRestoring::putBack(const std::string& place, const std::string& path) {
-  if (!QWFileManager::isMissingAtPath(path)) return false;
-  QWLog::appendLog("Putting %@ back to %@", place, path);
-  const Status moved = QWFileManager::putBackFile(place, path, kTimeout, report_);
-  if (!moved) QWLog::appendLog("%@", moved.error().text);
-  return moved.ok();
-}
-
 // The old file goes first, because a copy never takes an existing item's name, and returns where the copy then fails.
 Status ItemRestoring::replace(const Staged& staged, const std::string& source, const std::string& destination) {
   const auto link = Runtime::current().platform().metadata.linkTarget(destination);
@@ -200,7 +190,9 @@ Status ItemRestoring::replace(const Staged& staged, const std::string& source, c
   Status copied = putInPlace(staged, source, destination);
   // What is in the way is there because it could not be trashed.
   if (!trashed) return copied ? copied : trashed.status();
-  if (trashed->empty() || (!copied && putBack(*trashed, destination))) return copied;
+  // Not over what has come there meanwhile, such as a copy that administrator rights made late.
+  if (trashed->empty() || (!copied && QWFileManager::returnFile(*trashed, destination, kTimeout, report_)))
+    return copied;
   report_.done(FileAction::Trash, destination, item_, *trashed);
   if (link && copied)
     report_.notice(formatted("%@ is a symbolic link to %@: a file of its own takes its place.", destination, *link));

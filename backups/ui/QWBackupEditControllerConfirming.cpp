@@ -90,7 +90,7 @@ void rename(QWBackup& backup, const std::string& name, const std::string& target
   }
   report.planned(FileAction::Move, {{.path = backup.path(), .place = target}});
   const Status moved = QWFileManager::moveFile(backup.path(), target, 10s, report);
-  if (moved || !returnedFromTrash(earlier, target, report)) noteCleared(target, earlier, report);
+  if (moved || !QWFileManager::returnFile(earlier, target, 10s, report)) noteCleared(target, earlier, report);
   report.add(FileAction::Move, backup.path(), moved, {}, target);
   if (!moved) return reportFailure("Unable to rename the backup", moved.error().text);
   MainThread::shared().runAndWait([&] {

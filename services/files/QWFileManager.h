@@ -108,6 +108,10 @@ class QWFileManager {
   // Moves what lies at the place of a Trash to the path, which is free, and takes its note away.
   static Status putBackFile(const std::string& place, const std::string& path, std::chrono::seconds timeout,
                             TaskReport& report);
+  // The same, said in the log, where nothing has come to the path meanwhile. False where it stays in the Trash, and
+  // where the place there is empty because nothing was moved.
+  static bool returnFile(const std::string& place, const std::string& path, std::chrono::seconds timeout,
+                         TaskReport& report);
   static Status createDirectory(const std::string& path, bool shouldAuth = true);
   static Status createDirectory(const std::string& path, std::chrono::seconds timeout);
   // The first step of a copy that replaces something: a finished copy without its name. Its notes are logged; a failure

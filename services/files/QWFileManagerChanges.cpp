@@ -293,6 +293,15 @@ Status QWFileManager::putBackFile(const std::string& place, const std::string& p
   return moved;
 }
 
+bool QWFileManager::returnFile(const std::string& place, const std::string& path, std::chrono::seconds timeout,
+                               TaskReport& report) {
+  if (place.empty() || !isMissingAtPath(path)) return false;
+  QWLog::appendLog("Putting %@ back to %@", place, path);
+  const Status moved = putBackFile(place, path, timeout, report);
+  if (!moved) QWLog::appendLog("%@", moved.error().text);
+  return moved.ok();
+}
+
 Status QWFileManager::createDirectory(const std::string& path, bool shouldAuth) {
   return makeFolder(path, shouldAuth).status;
 }
