@@ -16,6 +16,7 @@
 #include "services/QWLocalPaths.h"
 #include "services/Runtime.h"
 #include "services/files/Items.h"
+#include "services/files/QWFileManager.h"
 
 namespace vantory {
 
@@ -212,9 +213,12 @@ std::optional<std::string> QWAuthorization::freePlaceFor(const std::string& path
   return freePlaceInTrash(*trashFolder, paths::lastComponent(path), platform_.clock.now()).item;
 }
 
+// Administrator rights pass no link of the user's: where one leads to the Trash, nothing is begun there.
 std::optional<std::string> QWAuthorization::trashedPlace(const std::string& path) {
   const auto item = freePlaceFor(path);
-  if (!item) return std::nullopt;
+  const auto home = QWLocalPaths::userDirectory();
+  if (!item || (home && paths::isWithin(*item, *home) && QWFileManager::linkOnTheWay(paths::parent(*item), *home)))
+    return std::nullopt;
   const TrashPlace place = placeInTrash(paths::parent(*item), paths::lastComponent(*item));
   for (const std::string& item : {place.item, place.note})
     if (!item.empty() && !makeFolder(paths::parent(item))) return std::nullopt;

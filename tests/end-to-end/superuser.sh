@@ -146,6 +146,11 @@ for mode in 700 755; do
   check "$mode: a link inside a backup gives nothing away" eval 'holds "$preferences/$motion" motion && foreign_is_as_it_was && not grep -rqs secret "$home/Library/Preferences" "$trash"'
 done
 
+fresh vanna; mkdir -m 777 /tmp/foreign; as_anna mkdir -p "$(dirname "$trash")"; as_anna ln -s /tmp/foreign "$trash"
+run_as_sudo -trash
+check "nothing is begun in a Trash of another's that a link leads to" eval '[ "$(count /tmp/foreign -mindepth 1)" = 0 ] && [ -e "$preferences/$motion" ]'
+rm -rf /tmp/foreign
+
 fresh vanna
 # Were it read, the file would be the user's desktop, which is never trashed.
 put /tmp/foreign/dirs "XDG_DESKTOP_DIR=\"\$HOME/Library/Preferences/$motion\""
