@@ -214,11 +214,12 @@ std::string PatternRules::faultInHome(const Components& pattern) {
 std::string PatternRules::faultInDocuments(const Components& pattern) {
   constexpr std::size_t kFewest = 5;  // "~", "Documents", maker, application, file
   const std::string& name = pattern.back();
+  const std::size_t ending = name.size() - std::min(name.size(), name.rfind('.'));
+  const bool isNamed = !QWFileManager::isWildcardPath(name) || fixedBeginning(name).size() + ending >= kFixedCharacters;
   if (pattern.size() < kFewest || QWFileManager::isWildcardPath(pattern[2]) ||
-      QWFileManager::isWildcardPath(pattern[3]) ||
-      fixedBeginning(name).size() + name.size() - std::min(name.size(), name.rfind('.')) < kFixedCharacters)
+      QWFileManager::isWildcardPath(pattern[3]) || !isNamed)
     return "could match what is the person's own: in ~/Documents the folders of a maker and an application must be "
-           "named, and four characters of a name and its ending in them";
+           "named, and four characters of a name with * and its ending";
   return faultOfNames(pattern, 2);
 }
 

@@ -212,12 +212,13 @@ TEST_F(DefinitionsTest, NamedFilesAndOwnWildcardsMayStand) {
        {std::string("~/.config/kdenliverc"), std::string("~/.config/kden*"), std::string("~/.editor/rc"),
         std::string("~/.config/flowblade"), std::string("~/.config/blender/*/scripts/presets/*/*.py"),
         std::string("~/Library/Preferences/com.Adobe.Premiere Pro.*.plist"),
-        shared + "/AvidMediaComposer/Avid Users/*/*.ave"})
+        std::string("~/Documents/Maker/Editor/sets*"), shared + "/AvidMediaComposer/Avid Users/*/*.ave"})
     EXPECT_EQ(PatternRules({}).faultOf(pattern, {}), "") << pattern;
   writeFile(shared + "/Editor/a.look", "");
   makeFolders(shared + "/Editor/b.look");
   EXPECT_EQ(PatternRules({}).faultOfMatch(shared + "/Editor/a.look", {}), "");
   EXPECT_THAT(PatternRules({}).faultOfMatch(shared + "/Editor/b.look", {}), HasSubstr("is a folder"));
+  EXPECT_EQ(PatternRules({}).faultOfMatch(home_ / "Documents/Maker/Editor/sets.db", {}), "");
   EXPECT_THAT(PatternRules({}).faultOfMatch(home_ / ".config/editor/a\nb", {}), HasSubstr("control characters"));
 }
 
