@@ -110,7 +110,7 @@ struct CopyRequest {
   // What the copy of a file is to hold instead of its content; its time of change is then now.
   std::optional<std::string> content = {};
   CopyChecksum checksum = CopyChecksum::Keep;
-  bool mayBeProgram = true;  // otherwise nobody may execute a file of the copy
+  bool mayBeProgram = true;  // otherwise nobody may execute a file of it, or do more with it than with a new one
 };
 
 struct WriteOptions {

@@ -63,11 +63,12 @@ TEST_F(CarriedDefinitionsTest, WhatOnlyABackupDefinesIsNoProgramAndReachesNone) 
   makeFolders(held + "basic/looks");
   makeFolders(held + "basic/ways");
   std::filesystem::create_symlink("../../..", held + "basic/ways/up");
-  for (const char* name :
-       {"global.ini", "basic/tool", "basic/bin/ls", "basic/x.desktop", "basic/looks/x.desktop", "basic/startup.py"}) {
+  makeFolders(held + "basic/kept");
+  for (const char* name : {"global.ini", "basic/tool", "basic/bin/ls", "basic/x.desktop", "basic/looks/x.desktop",
+                           "basic/startup.py", "basic/kept/look"})
     writeFile(held + name, "mine");
-    std::filesystem::permissions(held + name, std::filesystem::perms::all);
-  }
+  for (const char* name : {"global.ini", "basic/tool", "basic/kept/look", "basic/kept"})
+    std::filesystem::permissions(held + name, std::filesystem::perms::mask);
   std::vector<std::string> refused;
   const auto compared = compareBackups({.after = QWBackup::backupWithFile(inLibrary("B.vnt"))});
   for (const ItemComparison& item : compared.items)
@@ -75,16 +76,22 @@ TEST_F(CarriedDefinitionsTest, WhatOnlyABackupDefinesIsNoProgramAndReachesNone) 
       if (file.difference == Difference::Refused) refused.push_back(file.path.substr(file.path.rfind('/') + 1));
   EXPECT_THAT(refused, ElementsAre("bin", "looks", "startup.py", "ways", "x.desktop"));
   restore();
-  EXPECT_EQ(std::filesystem::status(settings_).permissions(), static_cast<std::filesystem::perms>(0666));
-  EXPECT_EQ(std::filesystem::status(home_ / ".config/obs-studio/basic/tool").permissions(),
-            static_cast<std::filesystem::perms>(0666));
+  const std::string own = home_ / ".config/obs-studio/";
+  const auto modeOf = [](const std::string& path) {
+    return static_cast<unsigned>(std::filesystem::status(path).permissions());
+  };
+  writeFile(own + "basic/new", "");
+  makeFolders(own + "basic/newFolder");
+  for (const char* name : {"global.ini", "basic/tool", "basic/kept/look"})
+    EXPECT_EQ(modeOf(own + name), modeOf(own + "basic/new")) << name;
+  EXPECT_EQ(modeOf(own + "basic/kept"), modeOf(own + "basic/newFolder"));
   for (const char* name : {"basic/bin/ls", "basic/x.desktop", "basic/looks", "basic/ways", "basic/startup.py"})
-    EXPECT_FALSE(exists((home_ / ".config/obs-studio/") + name));
+    EXPECT_FALSE(exists(own + name));
   writeFile(userFile_, example());
   controller().populateApps();
   report_ = TaskReport();
   QWBackup::backupWithFile(inLibrary("B.vnt"))->restore(report_);
-  EXPECT_EQ(std::filesystem::status(settings_).permissions(), std::filesystem::perms::all);
+  EXPECT_EQ(modeOf(settings_) & 0777U, 0777U);
 }
 
 // Nor is a folder left for it.

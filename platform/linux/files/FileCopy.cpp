@@ -20,6 +20,7 @@
 #include "platform/linux/files/FileRights.h"
 #include "platform/posix/files/Errors.h"
 #include "platform/posix/files/FileContent.h"
+#include "platform/posix/files/UntrustedMode.h"
 
 namespace vantory {
 namespace {
@@ -347,13 +348,12 @@ Status copyAttributes(int source, const struct stat& status, int copy, const std
   const std::string names = listed.value_or("");
   copyNamedAttributes(source, copy, names, manner.checksum == CopyChecksum::Keep ? Which::All : Which::Foreign, path,
                       report);
-  const bool isPlain = S_ISREG(status.st_mode) && !manner.mayBeProgram;
-  const mode_t mode = isPlain ? status.st_mode & 0666U : status.st_mode;
+  const mode_t mode = manner.mayBeProgram ? status.st_mode : untrustedMode(status.st_mode);
   if (uninterrupted([&] { return fchmod(copy, rights.permittedMode(mode)); }) != 0) {
     if (!cannotHold()) return systemError(path);
     report.noteOnce("mode", "The mode could not be kept for " + systemError(path).text);
   }
-  if (!isPlain) copyNamedAttributes(source, copy, names, Which::AccessLists, path, report);
+  if (manner.mayBeProgram) copyNamedAttributes(source, copy, names, Which::AccessLists, path, report);
   const timespec times[2] = {status.st_atim, status.st_mtim};
   if (uninterrupted([&] { return futimens(copy, times); }) != 0) {
     if (!cannotHold()) return systemError(path);

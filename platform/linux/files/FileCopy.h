@@ -19,7 +19,7 @@ class FileRights;
 struct CopyManner {
   const FileRights& rights;
   CopyChecksum checksum = CopyChecksum::Keep;
-  bool mayBeProgram = true;  // otherwise no file gets a permission to be executed, or an access list
+  bool mayBeProgram = true;  // otherwise untrustedMode() decides, and nothing gets an access list
 };
 
 // What is compared of an item that was looked at by its descriptor; says nothing of locks.

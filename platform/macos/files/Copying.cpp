@@ -19,6 +19,7 @@
 #include "platform/posix/files/Errors.h"
 #include "platform/posix/files/FileContent.h"
 #include "platform/posix/files/FileTypes.h"
+#include "platform/posix/files/UntrustedMode.h"
 
 namespace vantory::macos {
 
@@ -423,9 +424,9 @@ Status copyLink(int folder, const std::string& name, const Place& copy, const st
 Status copyAttributes(int source, const ItemStatus& status, int copy, const std::string& path, CopyReport& report) {
   if (report.rights().giveAway(copy, report.isInHome(), status.owner, status.group) != 0) return systemError(path);
   copyNamedAttributes(source, copy, path, report);
-  const bool isPlain = S_ISREG(status.mode) && !report.mayBeProgram();
-  if (!isPlain) noteUnless(darwin::copyAccessList(source, copy), "The access list", path, report);
-  noteUnless(fchmod(copy, status.mode & (isPlain ? 0666U : 0777U)), "The mode", path, report);
+  if (report.mayBeProgram()) noteUnless(darwin::copyAccessList(source, copy), "The access list", path, report);
+  const mode_t mode = report.mayBeProgram() ? status.mode & 0777U : untrustedMode(status.mode);
+  noteUnless(fchmod(copy, mode), "The mode", path, report);
   (void)darwin::setCreated(copy, status.created);
   const timespec times[2] = {status.accessed, status.modified};
   noteUnless(futimens(copy, times), "The dates", path, report);

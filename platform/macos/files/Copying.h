@@ -27,7 +27,7 @@ class CopyReport : public vantory::CopyReport {
 
   // What comes of the checksums that files carry.
   CopyChecksum checksum() const { return checksum_; }
-  // Whether files keep their permissions to be executed, and their access lists.
+  // Whether all keep their permissions and access lists; otherwise untrustedMode() decides.
   bool mayBeProgram() const { return mayBeProgram_; }
   // With whose rights the copy is made, and whether in the home of the user whom the superuser works for.
   const Rights& rights() const { return rights_; }
