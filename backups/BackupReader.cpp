@@ -11,6 +11,7 @@
 #include "backups/LibraryFolder.h"
 #include "base/Paths.h"
 #include "base/PropertyListBytes.h"
+#include "base/Text.h"
 #include "catalog/definitions/DefinitionFiles.h"
 #include "platform/FileSystem.h"
 #include "platform/Users.h"
@@ -94,13 +95,24 @@ std::string withoutPeriod(std::string sentence) {
   return sentence;
 }
 
-// Whether the definition takes another application's place, which the catalog defines, or names what that has. The same
-// application, known by its name, may have other files here, and other keys.
+bool hasKey(const AppDefinition& definition, const std::string& key) {
+  return std::ranges::any_of(definition.items,
+                             [&](const auto& item) { return compareIgnoringCase(item.key, key) == 0; });
+}
+
+// Whether the definition takes another application's place, which the catalog defines, or names what that has: a key
+// would restore other files than whoever gives it means. The same application, known by its name, may have other files
+// here, and other keys.
 DefinitionFault faultBesideInstalled(const AppDefinition& definition, const AppList& catalog,
                                      const TakenNames& installed) {
-  for (const auto& app : catalog)
-    if (app->defined() && app->name() != definition.name && shareIdentifier(*app->defined(), definition))
+  for (const auto& app : catalog) {
+    if (!app->defined() || app->name() == definition.name) continue;
+    if (shareIdentifier(*app->defined(), definition))
       return {formatted("It has an identifier of \"%@\".", app->name()), {}};
+    for (const auto& item : app->children())
+      if (hasKey(definition, item->key()))
+        return {formatted("Its key \"%@\" is one of \"%@\".", item->key(), app->name()), {}};
+  }
   return installed.faultOfPatterns(definition, {definition.name});
 }
 
@@ -140,20 +152,12 @@ Carried carriedDefinitions(const PropertyListDictionary& settings, const Pattern
   return carried;
 }
 
-// Whether one of the others has the application's name, or the key of one of its items.
-bool isHiddenBy(const AppList& others, const QWApp& app) {
-  return std::ranges::any_of(others, [&](const auto& other) {
-    if (other->name() == app.name()) return true;
-    return std::ranges::any_of(app.children(),
-                               [&](const auto& item) { return prefItemForKey({other}, item->key()) != nullptr; });
-  });
-}
-
 // The applications that a backup is compared with: what it says of itself counts for what it holds.
 AppList catalogFor(const AppList& catalog, const AppList& carried) {
   AppList apps;
   for (const auto& app : catalog)
-    if (!app->defined() || !isHiddenBy(carried, *app)) apps.push_back(app);
+    if (std::ranges::none_of(carried, [&](const auto& other) { return other->name() == app->name(); }))
+      apps.push_back(app);
   apps.insert(apps.end(), carried.begin(), carried.end());
   return apps;
 }

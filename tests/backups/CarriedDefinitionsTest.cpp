@@ -171,7 +171,9 @@ TEST_F(CarriedDefinitionsTest, WhatAnotherInstalledApplicationHasIsOutOfReach) {
   };
   rename("OBS Studio\"", "It has an identifier of \"Any Studio\"");
   rename("com.obsproject.Studio", "It has an identifier of \"Any Studio\"");
-  rename("com.obsproject.obs-studio", "could match what belongs to Any Studio");
+  rename("com.obsproject.obs-studio", "Its key \"obsPrefs\" is one of \"Any Studio\"");
+  rename("obsPrefs", "Its key \"obsProfiles\" is one of");
+  rename("obsProfiles", "could match what belongs to Any Studio");
 }
 
 TEST_F(CarriedDefinitionsTest, ItemsThatNothingDefinesStayInTheBackup) {
