@@ -76,21 +76,26 @@ class CatalogCheck {
     earlier_.take(definition);
     checked.app = definedApp(definition, rules_);
     remarkOnMatches(checked);
-    remarkOnTwin(definition, checked);
+    remarkOnTwins(definition, checked);
     remarkOnFile(checked);
     return checked;
   }
 
  private:
-  void remarkOnTwin(const AppDefinition& definition, CheckedFile& file) const {
-    for (const auto& app : installed_)
-      if (const std::string& other = app->defined()->source; shareIdentifier(*app->defined(), definition) &&
-                                                             other != file.path &&
-                                                             paths::parent(other) == paths::parent(file.path))
+  void remarkOnTwins(const AppDefinition& definition, CheckedFile& file) const {
+    std::vector<std::string> hidden;  // where it is put in a later folder
+    for (const auto& app : installed_) {
+      const std::string& other = app->defined()->source;
+      if (!shareIdentifier(*app->defined(), definition) || other == file.path) continue;
+      if (paths::parent(other) != paths::parent(file.path))
+        hidden.push_back(other);
+      else
         file.remarks.push_back(
             formatted("%@ defines the same application: of two in one folder a start leaves the "
                       "second by name out.",
                       other));
+    }
+    if (hidden.size() > 1) file.remarks.push_back(remarkOnTakenPlaces(hidden));
   }
 
   // An installed file of the same application is one that this file would hide, or this file itself.

@@ -107,6 +107,7 @@ class Joining {
       for (const std::size_t i : hidden) taken_.take(definitions_[i]);
       return leaveOut(complaintAbout(path, bytes, fault));
     }
+    if (hidden.size() > 1) complain(complaint(path, {}, remarkOnHidden(hidden)));
     for (auto i = hidden.rbegin(); i != hidden.rend(); ++i)
       definitions_.erase(definitions_.begin() + static_cast<std::ptrdiff_t>(*i));
     earlier_ -= hidden.size();
@@ -126,6 +127,13 @@ class Joining {
   }
 
  private:
+  // Whoever lists an identifier too many would miss an application and not know why.
+  std::string remarkOnHidden(const std::vector<std::size_t>& hidden) const {
+    std::vector<std::string> sources;
+    for (const std::size_t i : hidden) sources.push_back(definitions_[i].source);
+    return remarkOnTakenPlaces(sources);
+  }
+
   const PatternRules rules_;
   TakenNames taken_;
   std::vector<AppDefinition> definitions_;
@@ -178,6 +186,10 @@ std::variant<AppDefinition, std::string> readDefinitionFile(const std::string& p
 
 std::string complaintAbout(const std::string& path, std::string_view bytes, const DefinitionFault& fault) {
   return complaint(path, lineOf(fault.at, bytes), fault.reason);
+}
+
+std::string remarkOnTakenPlaces(const std::vector<std::string>& files) {
+  return formatted("It takes the place of %@: it has identifiers of all of them.", joined(files, " and "));
 }
 
 bool shareIdentifier(const AppDefinition& one, const AppDefinition& other) {

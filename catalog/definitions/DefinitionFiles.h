@@ -13,7 +13,7 @@ namespace vantory {
 
 struct DefinedCatalog {
   AppList apps;                         // by name
-  std::vector<std::string> complaints;  // sentences, with file and line: what was left out, or means nothing
+  std::vector<std::string> complaints;  // sentences, with file and line: what is left out, hides two, means nothing
 };
 
 // Whose catalog files count in this process.
@@ -29,6 +29,8 @@ std::variant<AppDefinition, std::string> readDefinitionFile(const std::string& p
                                                             std::vector<std::string>& remarks);
 // "FILE:LINE: reason", with the line where the text that the fault is about stands in one.
 std::string complaintAbout(const std::string& path, std::string_view bytes, const DefinitionFault& fault);
+// What is told of a file that takes the place of several.
+std::string remarkOnTakenPlaces(const std::vector<std::string>& files);
 // Whether two definitions are of the same application.
 bool shareIdentifier(const AppDefinition& one, const AppDefinition& other);
 

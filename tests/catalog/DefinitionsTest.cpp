@@ -250,6 +250,20 @@ TEST_F(DefinitionsTest, LaterFoldersHideEarlierOnes) {
               ElementsAre(HasSubstr("taken.plist:4: The key \"other\""), HasSubstr("twice.plist: ")));
 }
 
+TEST_F(DefinitionsTest, AFileThatHidesSeveralSaysSo) {
+  for (const std::string name : {"one", "two"})
+    writeFile(inMachineFolder(0, name + ".plist"),
+              appWith(item("\"~/.config/editor/" + name + "\"", name), name, "org.example." + name));
+  std::string mine = appWith(item("\"~/.config/editor/one\"", "one"), "Mine", "org.example.one");
+  mine.replace(mine.find("\"org.example.one\""), 17, "(\"org.example.one\", \"org.example.two\")");
+  writeFile(inUserFolder("mine.plist"), mine);
+  const DefinedCatalog catalog = readDefinedCatalog({});
+  EXPECT_THAT(namesIn(catalog), ElementsAre("Mine"));
+  EXPECT_THAT(catalog.complaints,
+              ElementsAre(inUserFolder("mine.plist: It takes the place of ") + inMachineFolder(0, "one.plist and ") +
+                          inMachineFolder(0, "two.plist") + ": it has identifiers of all of them."));
+}
+
 TEST_F(DefinitionsTest, FilesOfOthersAreNotTrusted) {
   namespace fs = std::filesystem;
   const std::string text = appFor("~/.config/editor/rc");
