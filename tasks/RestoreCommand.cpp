@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "backups/DefaultBackup.h"
+#include "backups/LibraryFolder.h"
 #include "backups/QWBackup.h"
 #include "backups/QWDataController.h"
 #include "base/Format.h"
@@ -47,13 +48,26 @@ void remarkOnMissing(const std::string& operand, const std::string& path, TaskRe
                          : path + " is not there. \"vantory --list-backups\" lists what the library has.");
 }
 
+// Whoever names homes knows no path in each one's library: there a backup may be called by its name, or by its path
+// from the library on.
+std::string pathMeant(const CommandContext& context) {
+  const std::string path = context.pathOperand(1);
+  if (!Runtime::current().isHomeNamed || QWFileManager::fileExistsAtPath(path)) return path;
+  QWDataController& data = QWDataController::sharedController();
+  data.populateApps();
+  data.populateBackups();
+  const std::string operand = *context.operand(1);
+  const BackupList meant = backupsMeant(operand, paths::absolute(operand, libraryFolder().value_or("/")));
+  return meant.size() == 1 ? meant.front()->path() : path;
+}
+
 }  // namespace
 
 int restoreCommand(const CommandContext& context) {
   const AppController& controller = context.controller;
   controller.postGrowlNotification("Vantory", "Restoring preferences...");
   if (context.operandCount() == 0) return context.refuseWithoutOperand();
-  const std::string path = context.pathOperand(1);
+  const std::string path = pathMeant(context);
   if (!QWFileManager::fileExistsAtPath(path)) {
     remarkOnMissing(*context.operand(1), path, context.report);
     return context.refuse({.text = "Vantory: Unable to restore backup - backup does not exist.",

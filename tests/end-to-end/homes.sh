@@ -82,6 +82,11 @@ as_root setpriv --reuid=vanna --regid=64201 --clear-groups "$program" --homes $v
 check "for an ordinary user; what is remarked upon a success is told" eval 'ended 0 && row $vanna "vanna +1 +0 +0 +.*ab"'
 as_root "$program" --homes "$all/v*" $all/lost+found --busy -backup Two
 check "--busy" eval 'ended 0 && kept $vanna Two && kept $vgreeter Two && own $vgreeter'
+for name in Two Two.vnt; do
+  for user in vanna vgreeter; do put $all/$user/Library/Preferences/$motion newer; chown $user $all/$user/Library/Preferences/$motion; done
+  as_root "$program" --homes $vanna $vgreeter --busy -restore $name
+  check "$name is the backup of each one's own library" eval 'ended 0 && holds $vanna/Library/Preferences/$motion "vanna'\''s" && holds $vgreeter/Library/Preferences/$motion "vgreeter'\''s"'
+done
 # Of what all users share each has their own.
 avid="/Users/Shared/AvidMediaComposer/Avid Users"
 for user in vanna vgreeter; do put "$avid/$user/$user.ave"; chown -R $user "$avid/$user"; done
