@@ -118,13 +118,19 @@ class HomesRun {
     return result.counts ? std::to_string(*result.counts.*count) : "-";
   }
 
+  // One endless text would push all others off the screen.
+  static std::string cell(const std::string& text) {
+    constexpr std::size_t kWidest = 300;  // bytes
+    return text.size() <= kWidest ? text : std::string(shortened(text, kWidest)) + "...";
+  }
+
   static TextTable::Row row(const HomeResult& result) {
-    return {result.home,
+    return {cell(result.home),
             result.owner.empty() ? "-" : result.owner,
             number(result, &HomeResult::Counts::done),
             number(result, &HomeResult::Counts::skipped),
             number(result, &HomeResult::Counts::failed),
-            result.why};
+            cell(result.why)};
   }
 
   std::string table() {
@@ -135,10 +141,10 @@ class HomesRun {
   }
 
   std::string progressLine(const HomeResult& result) const {
-    std::string line = std::to_string(ended_) + "/" + std::to_string(all_) + " " + result.home + ": ";
-    if (result.exitCode != 0) return printable(line + result.why);
+    std::string line = std::to_string(ended_) + "/" + std::to_string(all_) + " " + cell(result.home) + ": ";
+    if (result.exitCode != 0) return printable(line + cell(result.why));
     line += result.counts ? number(result, &HomeResult::Counts::done) + " done" : "done";
-    return printable(result.why.empty() ? line : line + ". " + result.why);
+    return printable(result.why.empty() ? line : line + ". " + cell(result.why));
   }
 
   // What was nothing to one home, while there was something to do in others, is no fault.
