@@ -166,21 +166,23 @@ bool hasHelpAsOperand(const std::vector<std::string>& arguments, std::size_t tas
 }
 
 // Why an option keeps the task from being begun; none where nothing does.
-std::optional<std::string> faultIn(const std::vector<std::string>& arguments, const ChosenCommand& chosen,
-                                   TaskOptions options) {
+std::optional<std::string> faultIn(const std::vector<std::string>& arguments, const ChosenCommand& chosen) {
   if (const auto option = unknownOptionBefore(arguments, chosen.position))
     return formatted("There is no option \"%@\" to go before a task - nothing was done. See \"vantory --help\".",
                      *option);
   // "-list" has a form of its own.
-  if (options.json && !chosen.command->deed)
+  if (optionsBefore(arguments, chosen.position).json && !chosen.command->deed)
     return formatted("%@ answers with a property list. \"vantory --list-backups --json\" answers in JSON.",
                      chosen.command->option);
-  // Of a task with one dash it is told as an operand that was not used.
-  if (chosen.command->option.starts_with("--"))
-    for (std::size_t i = chosen.position + 1; i < arguments.size(); ++i)
-      if (isTaskOption(arguments[i]))
-        return formatted("%@ goes before the task: \"vantory %@ %@\" - nothing was done.", arguments[i], arguments[i],
-                         chosen.command->option);
+  // Of a task with one dash it is told as an operand that was not used, unless it would be used.
+  const std::size_t first = chosen.position + 1;
+  const std::size_t end = chosen.command->option.starts_with("--") ? arguments.size()
+                          : chosen.command->mostOperands > 0       ? first + 1
+                                                                   : first;
+  for (std::size_t i = first; i < std::min(end, arguments.size()); ++i)
+    if (isTaskOption(arguments[i]))
+      return formatted("%@ goes before the task: \"vantory %@ %@\" - nothing was done.", arguments[i], arguments[i],
+                       chosen.command->option);
   return std::nullopt;
 }
 
@@ -198,11 +200,9 @@ std::optional<ChosenCommand> taskIn(const std::vector<std::string>& arguments) {
 int runMode(std::ostream& output, std::ostream& errors, const ProgramReplacement& become,
             const ProgramListener& heard) {
   const std::vector<std::string>& arguments = platform().system.arguments();
-  if (const auto chosen = taskIn(arguments)) {
-    const TaskOptions options = optionsBefore(arguments, chosen->position);
-    if (const auto fault = faultIn(arguments, *chosen, options)) return refuseLine(*fault, arguments, output, errors);
-    return runCommand(*chosen, options, output, errors, heard);
-  }
+  if (const auto fault = faultInOptions(arguments)) return refuseLine(*fault, arguments, output, errors);
+  if (const auto chosen = taskIn(arguments))
+    return runCommand(*chosen, optionsBefore(arguments, chosen->position), output, errors, heard);
   if (has(arguments, "--help") || has(arguments, "-h")) {
     printHelp(output);
   } else if (has(arguments, "--version")) {
@@ -225,6 +225,11 @@ int runMode(std::ostream& output, std::ostream& errors, const ProgramReplacement
 bool asksAboutProgram(const std::vector<std::string>& arguments) {
   const bool isAsked = has(arguments, "--help") || has(arguments, "-h") || has(arguments, "--version");
   return isAsked && !taskIn(arguments);
+}
+
+std::optional<std::string> faultInOptions(const std::vector<std::string>& arguments) {
+  const auto chosen = taskIn(arguments);
+  return chosen ? faultIn(arguments, *chosen) : std::nullopt;
 }
 
 int runProgram(std::ostream& output, std::ostream& errors, const ProgramReplacement& become,

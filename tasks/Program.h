@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <iosfwd>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -23,6 +24,10 @@ struct ProgramListener {
 
 // Whether the line asks for help or the version, which are nobody's in particular.
 bool asksAboutProgram(const std::vector<std::string>& arguments);
+
+// Why the task that the line asks for must not be begun, whosever home it is for: a sentence about its options. None
+// where nothing keeps it, or there is no task.
+std::optional<std::string> faultInOptions(const std::vector<std::string>& arguments);
 
 // Runs what the process's arguments ask for and answers the exit code. Called once, on the main thread.
 int runProgram(std::ostream& output, std::ostream& errors, const ProgramReplacement& become,

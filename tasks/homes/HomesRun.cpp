@@ -17,6 +17,7 @@
 #include "base/TextTable.h"
 #include "platform/HomeWorkers.h"
 #include "services/TaskReport.h"
+#include "tasks/Program.h"
 #include "tasks/Question.h"
 #include "tasks/Refusal.h"
 #include "tasks/TaskCommand.h"
@@ -228,10 +229,11 @@ int runHomes(const HomeOptions& options, const std::string& name, const std::str
     if (inJson) streams.output << onOneLine(output.str()) << '\n';
     return code;
   };
-  if (!chooseCommand(options.arguments) && !beginsWithQuestion(options.arguments))
-    return refuse("Behind the homes a task or a question is missing. See \"vantory --help\".");
   if (std::ranges::count(options.arguments, kPrint0) > 0)
     return refuse("--print0 does not go with --homes: whose names would they be? \"--json\" tells.");
+  if (!chooseCommand(options.arguments) && !beginsWithQuestion(options.arguments))
+    return refuse("Behind the homes a task or a question is missing. See \"vantory --help\".");
+  if (const auto fault = faultInOptions(options.arguments)) return refuse(*fault);
   HomeList list(workers, folder);
   for (const std::string& pattern : options.patterns) {
     if (pattern == "-")

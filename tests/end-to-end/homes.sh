@@ -116,11 +116,13 @@ as_root "$program" --homes $vanna $vgreeter --busy -backup Three motionPrefs
 check "nothing there in one of them is no fault" eval 'ended 0 && row $vanna "There was nothing"'
 as_root "$program" --homes $vanna $vgreeter --busy -backup Two motionPref
 check "nothing anywhere is; a key that is mistyped leaves the earlier backup alone" eval 'ended 4 && kept $vgreeter Two && row $vgreeter "motionPref"'
-for line in "--homes -backup X" "--homes $vanna" "--homes $vanna x" "--homes $all/*/sub -list" "--homes $all/none* -list" "--homes $vanna --home $vanna -list" "--jobs 2 -list" "--homes $vanna --jobs 0 -list" "--homes $vanna --list-items --print0"; do
+for line in "--homes -backup X" "--homes $vanna" "--homes $vanna x" "--homes $all/*/sub -list" "--homes $all/none* -list" "--homes $vanna --home $vanna -list" "--jobs 2 -list" "--homes $vanna --jobs 0 -list" "--homes $vanna --list-items --print0" "--homes $vanna --print0 --list-items"; do
   set -f; as_root "$program" $line; set +f
   check "$line" eval 'ended 1 && [ -s "$work/err" ] && printed ""'
 done
 
+as_root "$program" --homes "$all/*" --busy -backup --json
+check "what is wrong with the line is said once" eval 'ended 1 && [ "$(wc -l <"$work/err")" = 1 ] && grep -q "[-]-json goes before the task" "$work/err" && [ ! -e "$(library_of $vanna)/--json.vnt" ]'
 as_root "$program" --homes $vanna --json --version
 [ "$system" = macos ] || check "what is the same everywhere is asked of none" eval 'ended 0 && grep -q "^Vantory [0-9]" "$work/out"'
 

@@ -572,7 +572,8 @@ TEST_F(CommandLineTest, DoesNoTaskForWhoeverMeantSomethingElse) {
   for (const char* line : {"--help -trash", "-h -trash", "--version -trash", "-trash --help", "x -trash -h"})
     EXPECT_EQ(run(line), 0) << line;
   EXPECT_THAT(output_.str(), StartsWith("Usage: "));
-  for (const char* line : {"--home /home/other -trash", "x --dry-run -backup Set", "-- -autobackup"}) {
+  for (const char* line :
+       {"--home /home/other -trash", "x --dry-run -backup Set", "-- -autobackup", "-backup --json"}) {
     EXPECT_EQ(run(line), 1) << line;
     EXPECT_THAT(errors_.str(), HasSubstr("nothing was done"));
   }
