@@ -120,18 +120,19 @@ class HomesRun {
   }
 
   // One endless text would push all others off the screen.
-  static std::string cell(const std::string& text) {
-    constexpr std::size_t kWidest = 300;  // bytes
-    return text.size() <= kWidest ? text : std::string(shortened(text, kWidest)) + "...";
+  static std::string cut(const std::string& text, std::size_t longest) {
+    return text.size() <= longest ? text : std::string(shortened(text, longest)) + "...";
   }
+  static std::string shownHome(const HomeResult& result) { return cut(result.home, 120); }
+  static std::string shownReason(const HomeResult& result) { return cut(result.why, 300); }
 
   static TextTable::Row row(const HomeResult& result) {
-    return {cell(result.home),
+    return {shownHome(result),
             result.owner.empty() ? "-" : result.owner,
             number(result, &HomeResult::Counts::done),
             number(result, &HomeResult::Counts::skipped),
             number(result, &HomeResult::Counts::failed),
-            cell(result.why)};
+            shownReason(result)};
   }
 
   std::string table() {
@@ -142,10 +143,10 @@ class HomesRun {
   }
 
   std::string progressLine(const HomeResult& result) const {
-    std::string line = std::to_string(ended_) + "/" + std::to_string(all_) + " " + cell(result.home) + ": ";
-    if (result.exitCode != 0) return printable(line + cell(result.why));
+    std::string line = std::to_string(ended_) + "/" + std::to_string(all_) + " " + shownHome(result) + ": ";
+    if (result.exitCode != 0) return printable(line + shownReason(result));
     line += result.counts ? number(result, &HomeResult::Counts::done) + " done" : "done";
-    return printable(result.why.empty() ? line : line + ". " + cell(result.why));
+    return printable(result.why.empty() ? line : line + ". " + shownReason(result));
   }
 
   // What was nothing to one home, while there was something to do in others, is no fault.
