@@ -18,6 +18,9 @@ constexpr std::string_view kOthers[] = {
     "code", "code - *", "vscodium", "cursor*", "zed", "kate*", "sublime*", "atom", "jetbrains", "tmux*", "screenrc", "byobu", "kitty",
     "alacritty", "wezterm", "ghostty", "foot", "terminator", "konsole*", "xfce4-terminal", "iterm*", "yakuake*", "guake",
     "tilix", "rio", "warp-terminal", "zellij", "screen", "org.gnome.terminal", "zprezto*", "zfunc*", "fzf*", "profile.d", "shell",
+    "elvish", "powershell", "murex", "antigen", "antidote", "zplug", "zgen*", "sheldon", "liquidprompt*", "powerline", "gedit",
+    "geany", "pluma", "xed", "mousepad", "kdevelop*", "eclipse", "joe", "jed", "lapce", "lite-xl", "bluefish", "code-server",
+    "tilda", "sakura", "roxterm*", "termite", "terminology", "hyper", "contour", "xterm",
     // desktops, and what runs with them
     "gnome*", "gtk-*", "kde", "kde4", "kdedefaults", "kdeglobals", "kded*", "kwin*", "kglobal*", "kservices*", "ksmserver*",
     "kscreenlocker*", "plasma*", "xfce*", "lxqt", "lxsession", "lxpanel", "cinnamon*", "mate", "mate-*", "budgie*", "enlightenment",
@@ -34,6 +37,11 @@ constexpr std::string_view kOthers[] = {
     "uwsm", "thumbnailers", "krunner*", "cosmic*", "spectrwm", "miracle-wm*", "xbindkeys*", "tigervnc", "ranger", "lf", "yazi",
     "mc", "feh", "zathura", "sxiv", "nsxiv", "udiskie", "topgrade*", "sunshine", "rustdesk*", "anydesk*", "com.apple.dock*",
     "com.apple.finder*", "com.apple.systemuiserver*", "com.apple.spaces*", "com.apple.security*", "pbs.plist",
+    "startkderc", "startupconfig", "powerdevil*", "powermanagement*", "kcminput*", "kxkb*", "ksplash*", "kservicemenu*",
+    "servicemenu*", "menus", "wayland-sessions", "xresources*", "autorandr", "screenlayout", "redshift*", "gammastep*",
+    "xsettingsd", "xscreensaver", "tint2", "plank", "weston*", "pekwm", "jwm*", "ratpoison", "stumpwm*", "wmii", "eww", "ags",
+    "easystroke", "libinput-gestures*", "fusuma", "input-remapper*", "keyd", "solaar", "copyq*", "kupfer", "synapse", "sddm",
+    "trolltech*", "qt5ct", "qt6ct", "kvantum", "picom*",
     // tools that run what they find
     "cargo", "rustup", "go", "npm*", "nvm", "node", "node_*", "deno", "bun", "yarn", "pnpm", "volta", "pyenv", "conda", "mamba",
     "pip", "pipx", "ipython", "jupyter", "matplotlib", "rbenv", "rvm", "gem", "bundle", "asdf", "mise", "sdkman", "jenv",
@@ -41,13 +49,16 @@ constexpr std::string_view kOthers[] = {
     "homebrew", "git", "gitconfig*", "hg", "subversion", "make", "gdb*", "lldb*", "ccache", "julia", "octave", "wine*",
     "steam*", "lutris", "playonlinux", "dosbox", "docker", "podman", "containers", "vagrant*", "ansible", "terraform*",
     "minecraft", "crossover", "lazygit", "uv", "claude*", "msmtp*", "aerc",
-    "jj", "home-manager", "pacman", "pypoetry", "ghc", "lein", "clojure", "sbt", "irb*", "pry*", "w3m", "elinks", "lynx", "isync",
+    "virtualenvs", "composer", "perlbrew", "racket", "java", "matlab", "rstudio", "libreoffice*", "backintime", "borgmatic",
+    "snapper", "chezmoi", "unison", "vifm*", "mpd", "ncmpcpp", "moc", "cmus", "youtube-dl*", "streamlink", "newsboat",
+    "newsbeuter", "task", "jj", "home-manager", "pacman", "pypoetry", "ghc", "lein", "clojure", "sbt", "irb*", "pry*", "w3m", "elinks", "lynx", "isync",
     // browsers and mail
     "mozilla*", "firefox*", "librewolf", "waterfox", "floorp", "zen", "thunderbird", "google*", "chromium*", "chrome*",
     "brave*", "microsoft*", "edge", "opera*", "vivaldi*", "falkon", "epiphany", "qutebrowser", "midori", "tor", "torbrowser*", "tor-browser*", "yandex*",
     "arc", "safari", "com.apple.safari*", "evolution*", "akonadi*", "kmail*", "geary", "claws-mail", "mutt", "neomutt",
     "com.apple.mail*", "com.apple.messages*", "signal*", "telegram*", "discord*", "slack*", "element", "skype*", "zoom*",
-    "whatsapp", "purple", "hexchat", "irssi", "weechat", "nextcloud*", "owncloud*", "dropbox*", "syncthing", "onedrive",
+    "offlineimap", "mbsync", "isyncrc", "vdirsyncer", "himalaya", "notmuch", "surf", "nyxt", "dillo", "links", "links2",
+    "networkmanager*", "whatsapp", "purple", "hexchat", "irssi", "weechat", "nextcloud*", "owncloud*", "dropbox*", "syncthing", "onedrive",
     // keys
     "ssh*", "gnupg*", "pki", "pgp", "aws", "azure", "kube*", "gcloud", "gsutil", "gh", "glab", "hub", "rclone", "op",
     "1password*", "bitwarden*", "keepass*", "password*", "pass", "lastpass*", "dashlane*", "enpass*", "authy*", "putty",
@@ -82,7 +93,8 @@ constexpr std::string_view kEndings[] = {
     ".cmd", ".ps1", ".jar", ".pyc", ".pth", ".qlgenerator", ".saver", ".xpi", ".crx", ".osax", ".rules"};
 
 // Texts that other programs run, where nothing but a backup says that they are an application's preferences.
-constexpr std::string_view kScriptEndings[] = {".py", ".pyw", ".js", ".mjs"};
+constexpr std::string_view kScriptEndings[] = {".py", ".pyw", ".js", ".mjs", ".cjs", ".node", ".tcl", ".php",
+                                               ".scm", ".nu", ".class", ".xba", ".appimage"};
 
 // Of hidden files.
 constexpr std::string_view kShellEndings[] = {"rc", "profile", "login", "logout", "env", "aliases", "inputrc"};

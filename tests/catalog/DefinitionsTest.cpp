@@ -129,6 +129,8 @@ TEST_F(DefinitionsTest, HostilePatternsAreRefused) {
       {"~/.ssh/id_ed25519", "where no application keeps"},
       {"~/.config/autos*/editor.desktop", "where no application keeps"},
       {"~/.config/systemd/user/x.service", "where no application keeps"},
+      {"~/.config/autorandr/postswitch", "where no application keeps"},
+      {"~/.local/share/menus/x.menu", "where no application keeps"},
       {"~/bin/ls", "where no application keeps"},
       {"~/library/preferences/com.Quarrywell.vantory*", "where no application keeps"},
       {"~/Library/Application Support/Quarrywell/Vantory/Backups/Set.vnt/Settings.plist", "where no application keeps"},
