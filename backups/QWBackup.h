@@ -128,6 +128,8 @@ class QWBackup : public BackupNode {
   WriteResult write(TaskReport& report, bool filesOnly);
   // Makes the folder, and takes hold of it.
   Result<std::unique_ptr<FolderHold>> makeFolder(TaskReport& report);
+  // Of a backup that came to nothing: what had made way for it lies in its place again, its own folder is gone.
+  void returnEarlier(TaskReport& report);
   // Waits until that begins, and takes its name.
   void takeNextSecond();
 
@@ -143,6 +145,7 @@ class QWBackup : public BackupNode {
   bool isComplete_ = true;
   std::optional<Error> readError_;
   std::optional<FileIdentity> createdFolder_;
+  std::string earlier_;  // where what made way for it lies in the Trash; empty for nothing
   mutable std::mutex sizeMutex_;  // held while it is measured, by its path
   mutable std::uint64_t size_ = 0;
   mutable std::atomic<bool> isMeasured_ = false;

@@ -320,12 +320,11 @@ Status ItemCopier::checkReach(const std::string& folder) const {
 }
 
 // Moves what bears the path of a new backup to the Trash, and says where it is.
-Status clearPath(const std::string& path, TaskReport& report) {
+Result<std::string> clearPath(const std::string& path, TaskReport& report) {
   if (!QWFileManager::isMissingAtPath(path)) report.planned(FileAction::Trash, std::vector{path});
-  const auto place = clearBackupPath(path);
-  if (!place) return place.error();
-  noteCleared(path, *place, report);
-  return {};
+  auto place = clearBackupPath(path);
+  if (place) noteCleared(path, *place, report);
+  return place;
 }
 
 // Checked before anything is made: a star would have the path taken for a pattern.
@@ -393,7 +392,9 @@ Result<std::unique_ptr<FolderHold>> QWBackup::makeFolder(TaskReport& report) {
     libraryHold = holdBackupFolder(library);
   }
   if (!libraryHold) return libraryHold.error();
-  if (const Status cleared = clearPath(path_, report); !cleared) return cleared.error();
+  auto earlier = clearPath(path_, report);
+  if (!earlier) return earlier.error();
+  earlier_ = std::move(*earlier);
   report.planned(FileAction::Create, std::vector{path_});
   if (const Status made = QWFileManager::createDirectory(path_); !made) return made.error();
   if (const auto info = files().info(path_, Links::DoNotFollow)) createdFolder_ = info->identity;
@@ -412,6 +413,7 @@ WriteResult QWBackup::writeData(TaskReport& report, bool filesOnly) {
 WriteResult QWBackup::write(TaskReport& report, bool filesOnly) {
   QWLog::appendLog("Writing backup data to disk for %@", path_);
   createdFolder_.reset();
+  earlier_.clear();
   const auto refuse = [&](const Error& cause) {
     report.failed(FileAction::Write, path_, cause);
     return WriteResult::SettingsNotWritten;
@@ -435,6 +437,7 @@ WriteResult QWBackup::write(TaskReport& report, bool filesOnly) {
   auto hold = filesOnly ? holdBackupFolder(path_) : makeFolder(report);
   if (!hold) {
     QWLog::appendLog("Nothing was written: %@", hold.error().text);
+    returnEarlier(report);
     return refuse(hold.error());
   }
 
@@ -447,6 +450,8 @@ WriteResult QWBackup::write(TaskReport& report, bool filesOnly) {
   if (!filesOnly) {
     if (settings.empty()) {
       QWLog::appendLog("Unable to create backup - no files to backup");
+      hold->reset();
+      returnEarlier(report);
       return WriteResult::NoFiles;
     }
     if (!projects_.empty()) {
@@ -481,6 +486,15 @@ WriteResult QWBackup::write(TaskReport& report, bool filesOnly) {
   }
   if (inheritsDefault) noteInheritedDefault(path_, report);
   return WriteResult::Success;
+}
+
+void QWBackup::returnEarlier(TaskReport& report) {
+  if (earlier_.empty()) return;
+  removeCreatedFolder(report);
+  const auto libraryHold = holdBackupFolder(paths::parent(path_));
+  if (!libraryHold || !QWFileManager::returnFile(earlier_, path_, 10s, report)) return;
+  report.returned(path_, earlier_);
+  report.remark("Nothing could be backed up: the earlier backup stays as it is.");
 }
 
 void QWBackup::removeCreatedFolder(TaskReport& report) {

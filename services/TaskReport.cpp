@@ -100,6 +100,13 @@ void TaskReport::noted(FileAction action, const std::string& path, const std::st
   if (record_) record_->done(action, path, item, place);
 }
 
+void TaskReport::returned(const std::string& path, const std::string& place) {
+  std::erase_if(files_, [&](const FileReport& file) {
+    return file.action == FileAction::Trash && file.path == path && file.place == place;
+  });
+  if (record_) record_->returned(path, place);
+}
+
 void TaskReport::take(TaskReport other) {
   for (const FileReport& file : other.files_)
     if (file.outcome == Outcome::Done) noted(file.action, file.path, file.item, file.place);

@@ -66,6 +66,8 @@ class TaskRecord {
   virtual void planned(FileAction action, const std::vector<FilePlan>& files, const std::string& item) = 0;
   // Called right after.
   virtual void done(FileAction action, const std::string& path, const std::string& item, const std::string& place) = 0;
+  // Called right after what went to that place of the Trash has come back to its path.
+  virtual void returned(const std::string& path, const std::string& place) = 0;
 };
 
 // Filled by whatever a task calls, read by whoever tells of the task. Belongs to one task, and to one thread at a time.
@@ -104,6 +106,8 @@ class TaskReport {
   void planned(FileAction action, const std::vector<std::string>& paths, const std::string& item = {});
   // What was done on the way and is nothing to tell a person, for the record alone.
   void noted(FileAction action, const std::string& path, const std::string& item = {}, const std::string& place = {});
+  // What the task moved to that place of the Trash lies at its path again: nothing was done to it.
+  void returned(const std::string& path, const std::string& place);
   // Hears of everything from now on; outlives the report. Null for nobody.
   void setRecord(TaskRecord* record) { record_ = record; }
 

@@ -118,14 +118,20 @@ void readEntry(const PropertyListDictionary& entry, Receipt& receipt) {
 
 // Of what was planned only that remains which nothing says was done, and nothing at all of a task that has ended. One
 // file may be restored twice; a folder that was made is noted again when it is full, a copy when it is made anew. One
-// that was made and removed again, as a backup that found no files, is as if it had never been.
+// that was made and removed again, as a backup that found no files, is as if it had never been, and so is what made way
+// for it and came back: of that alone the way back has a place, the one in the Trash.
 void dropOvertaken(Receipt& receipt) {
   std::set<std::pair<FileAction, std::string>> done;
+  std::set<std::pair<std::string, std::string>> returned;  // a path, and where in the Trash it had been
   std::vector<ReceiptStep> kept;
   for (auto step = receipt.steps.rbegin(); step != receipt.steps.rend(); ++step) {
     const bool isKnown = !done.emplace(step->action, step->path).second;
     const bool isOnce = step->action == FileAction::Create || step->action == FileAction::Replace;
-    const bool isOvertaken = isKnown && (!step->isDone || isOnce);
+    const bool isWayBack = step->isDone && step->action == FileAction::PutBack && !step->place.empty();
+    if (isWayBack) returned.emplace(step->path, step->place);
+    const bool hasReturned =
+        isWayBack || (step->action == FileAction::Trash && returned.contains({step->path, step->place}));
+    const bool isOvertaken = hasReturned || (isKnown && (!step->isDone || isOnce));
     if (!isOvertaken && (step->isDone || !receipt.ended)) kept.push_back(std::move(*step));
   }
   std::erase_if(kept, [&](const ReceiptStep& step) {

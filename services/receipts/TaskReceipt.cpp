@@ -124,6 +124,15 @@ void TaskReceipt::done(FileAction action, const std::string& path, const std::st
   if (action == FileAction::Create || pending_.size() > kMostPending) flush();
 }
 
+void TaskReceipt::returned(const std::string& path, const std::string& place) {
+  pending_ += "{ ";
+  receipt::append(pending_, receipt::kDone, nameOf(FileAction::PutBack));
+  receipt::append(pending_, receipt::kPath, path);
+  receipt::append(pending_, receipt::kPlace, place);
+  pending_ += "},\n";
+  --changes_;
+}
+
 // A backup that was made and removed again is as if it had never been; a copy is part of one.
 void TaskReceipt::note(FileAction action, const std::string& path) {
   if (action == FileAction::Create)
@@ -133,7 +142,7 @@ void TaskReceipt::note(FileAction action, const std::string& path) {
   else if (action == FileAction::Remove)
     removedAnything_ = true;
   else if (action != FileAction::Copy)
-    changedAnything_ = true;
+    ++changes_;
 }
 
 void TaskReceipt::end() {

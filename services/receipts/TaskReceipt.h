@@ -1,6 +1,7 @@
 // The receipt of a running task: what it is about to do and what it did, so that it can be taken back.
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <set>
@@ -44,6 +45,7 @@ class TaskReceipt : public TaskRecord {
   void takesBack(const std::string& receipt);
   void planned(FileAction action, const std::vector<FilePlan>& files, const std::string& item) override;
   void done(FileAction action, const std::string& path, const std::string& item, const std::string& place) override;
+  void returned(const std::string& path, const std::string& place) override;
   // The task is over. A receipt that could not be written is remarked in the report.
   void end();
   // Whether there is a file, and something in it that can be taken back.
@@ -55,7 +57,7 @@ class TaskReceipt : public TaskRecord {
   void begin();
   Status open();
   void note(FileAction action, const std::string& path);
-  bool canBeTakenBack() const { return changedAnything_ || !made_.empty(); }
+  bool canBeTakenBack() const { return changes_ > 0 || !made_.empty(); }
   void flush();
 
   TaskReport& report_;
@@ -71,7 +73,7 @@ class TaskReceipt : public TaskRecord {
   std::optional<Error> failure_;
   std::set<std::pair<FileAction, std::string>> wereSo_;  // what was locked, or not, when that was planned
   std::string made_;                                     // a backup; empty for none, and where it was removed again
-  bool changedAnything_ = false;
+  std::size_t changes_ = 0;
   bool removedAnything_ = false;
 };
 

@@ -342,6 +342,29 @@ TEST_F(UndoTest, ABackupThatWasNotFinishedIsTakenBackAndOneThatWasNotBegunIsNoLo
   EXPECT_THAT(trash().remarks(), IsEmpty());
 }
 
+// The disk is full from the first copy on, or from the backup's own folder on.
+TEST_F(UndoTest, ABackupOfWhichNothingCameLeavesTheEarlierOneInItsPlace) {
+  task("backup", [&](TaskReport& report) { backupOfAll("Set")->writeData(report); });
+  const std::string settings = readFile(inLibrary("Set.vnt/Settings.plist"));
+  // The library and the receipts have their folders.
+  const std::pair<Operation, int> faults[] = {{Operation::StageCopy, FaultyFileSystem::kEveryCall},
+                                              {Operation::MakeFolder, 3}};
+  for (const auto& [operation, call] : faults) {
+    files_.heal();
+    files_.fail(operation, std::errc::no_space_on_device, call);
+    const TaskReport report = task(
+        "backup", [&](TaskReport& backup) { EXPECT_NE(backupOfAll("Set")->writeData(backup), WriteResult::Success); });
+    files_.heal();
+    EXPECT_EQ(readFile(inLibrary("Set.vnt/Settings.plist")), settings);
+    EXPECT_FALSE(exists(inTrash("Set.vnt")));
+    EXPECT_THAT(report.remarks(), ElementsAre("Nothing could be backed up: the earlier backup stays as it is."));
+    EXPECT_TRUE(report.hasFailures());
+    EXPECT_EQ(report.count(FileReport::Outcome::Done), 0u);
+  }
+  EXPECT_TRUE(undo().isWhole()) << "the first of these tasks, as the others did nothing";
+  EXPECT_TRUE(exists(inTrash("Set.vnt/Settings.plist")));
+}
+
 // An item that lies in the folder of another, which comes before or after it; and a folder that becomes a file.
 TEST_F(UndoTest, OverlappingItemsAreWholeAndComeBackWhole) {
   const std::string all[] = {prefs("sets"), prefs("sets/a"), prefs("kind")};
