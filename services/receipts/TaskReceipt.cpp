@@ -17,6 +17,7 @@
 #include "services/receipts/FileTraits.h"
 #include "services/receipts/ReceiptFolder.h"
 #include "services/receipts/ReceiptText.h"
+#include "services/receipts/Unfinished.h"
 
 namespace vantory {
 
@@ -198,6 +199,7 @@ Status TaskReceipt::open() {
 void TaskReceipt::begin() {
   if (isBegun_) return;
   isBegun_ = true;
+  removeUnfinishedOfNewest();
   if (const Status opened = open(); !opened) failure_ = opened.error();
   pending_ = "(\n{ ";
   receipt::append(pending_, receipt::kTask, task_.name);
