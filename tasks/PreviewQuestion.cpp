@@ -77,13 +77,6 @@ std::string json(const TaskCommand& command, int exitCode, const TaskReport& rep
   return writeJson(std::move(preview)) + "\n";
 }
 
-// The command whose option, without its dash, is the word; null when there is none.
-const TaskCommand* commandNamed(std::string_view word) {
-  for (const TaskCommand& command : commandTable())
-    if (command.name() == word) return &command;
-  return nullptr;
-}
-
 // Names all tasks that there are.
 int refuse(const QuestionContext& context) {
   std::string reason = "--preview needs the name of a task:";

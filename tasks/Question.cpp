@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "tasks/Refusal.h"
+#include "tasks/TaskCommand.h"
 #include "tasks/TaskOptions.h"
 
 namespace vantory {
@@ -73,6 +74,12 @@ bool beginsWithQuestion(const std::vector<std::string>& arguments) {
 
 bool beginsWithPreview(const std::vector<std::string>& arguments) {
   return firstBehindOptions(arguments) == kPreview;
+}
+
+const TaskCommand* previewedCommand(const std::vector<std::string>& arguments) {
+  if (!beginsWithPreview(arguments)) return nullptr;
+  const auto word = std::find_if_not(std::ranges::find(arguments, kPreview) + 1, arguments.end(), isForm);
+  return word == arguments.end() ? nullptr : commandNamed(*word);
 }
 
 std::optional<int> answerQuestion(const std::vector<std::string>& arguments, std::ostream& output, std::ostream& errors,

@@ -11,6 +11,8 @@
 
 namespace vantory {
 
+struct TaskCommand;
+
 inline constexpr std::string_view kPrint0 = "--print0";
 
 enum class AnswerForm { Table, Json, Names };
@@ -40,6 +42,8 @@ std::span<const Question> questionTable();
 bool beginsWithQuestion(const std::vector<std::string>& arguments);
 // Whether it asks what a task would do.
 bool beginsWithPreview(const std::vector<std::string>& arguments);
+// Which task it asks that about; null where it does not, or names none.
+const TaskCommand* previewedCommand(const std::vector<std::string>& arguments);
 
 // Answers the first question of the table that is among the arguments; the exit code is 1, with a line on `errors`,
 // when it is asked wrongly. None when they ask nothing. On the main thread.

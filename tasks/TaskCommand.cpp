@@ -52,6 +52,12 @@ std::span<const TaskCommand> commandTable() {
   return kCommands;
 }
 
+const TaskCommand* commandNamed(std::string_view word) {
+  for (const TaskCommand& command : kCommands)
+    if (command.name() == word) return &command;
+  return nullptr;
+}
+
 // The table's order counts, not that of the arguments.
 std::optional<ChosenCommand> chooseCommand(const std::vector<std::string>& arguments) {
   for (const TaskCommand& command : kCommands) {

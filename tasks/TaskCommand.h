@@ -58,6 +58,9 @@ struct TaskCommand {
 // In the order they are looked for: the first whose option is given anywhere wins.
 std::span<const TaskCommand> commandTable();
 
+// The command whose option, without its dash, is the word; null when there is none.
+const TaskCommand* commandNamed(std::string_view word);
+
 // The command that the arguments ask for, and where its option stands.
 struct ChosenCommand {
   const TaskCommand* command;

@@ -33,7 +33,9 @@ namespace {
 
 constexpr std::chrono::seconds kBusy(60);
 
+// A preview is as good as what it tells of.
 bool changesFiles(const std::vector<std::string>& arguments) {
+  if (const TaskCommand* previewed = previewedCommand(arguments)) return previewed->deed.has_value();
   const auto chosen = beginsWithQuestion(arguments) ? std::nullopt : chooseCommand(arguments);
   return chosen && chosen->command->deed;
 }

@@ -55,6 +55,8 @@ for home in link lost+found file none open/vanna vanna/inner/other stranger; do
 done
 as_root setpriv --reuid=vanna --regid=64201 --clear-groups "$program" --home $vgreeter -backup Four
 check "--home of another user's, for an ordinary user" eval 'ended 1 && said "Vantory: $vgreeter belongs to vgreeter: run this as vgreeter, or as root." && [ "$(find $all -name "*.vnt")" = "" ]'
+as_root setpriv --reuid=vanna --regid=64201 --clear-groups "$program" --home $vgreeter --preview --json trash
+check "nor what that would do" eval 'ended 1 && said "Vantory: $vgreeter belongs to vgreeter: run this as vgreeter, or as root."'
 as_root setpriv --reuid=vanna --regid=64201 --clear-groups "$program" --homes $vgreeter --busy -backup Four
 check "nor by --homes" eval 'ended 1 && grep -q "belongs to vgreeter" "$work/out" "$work/err" && [ "$(find $all -name "*.vnt")" = "" ]'
 for line in "--home" "--home $vanna" "--home $vanna $vanna/x.fcp" "--home -backup X" "-backup X --home $vanna" "--home $vanna --home $vanna -list"; do
