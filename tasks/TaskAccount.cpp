@@ -196,6 +196,8 @@ std::string sentenceOn(FileAction deed, const TaskReport& report) {
   }
   const std::size_t files = places.size();
   const std::string what = filesAndFolders(places) + " of " + counted(items.size(), "item");
+  // Of files that are as wanted already nothing else is told.
+  const bool wereSo = report.count(Outcome::Skipped, deed) > 0;
   switch (deed) {
     case FileAction::Trash:
       return formatted(files > 0 ? "Moved %@ to the Trash." : "There was nothing to trash.", what);
@@ -204,9 +206,15 @@ std::string sentenceOn(FileAction deed, const TaskReport& report) {
     case FileAction::Restore:
       return formatted(files > 0 ? "Restored %@." : "There was nothing to restore.", what);
     case FileAction::Lock:
-      return formatted(files > 0 ? "Locked %@." : "There was nothing to lock.", what);
+      return formatted(files > 0 ? "Locked %@."
+                       : wereSo  ? "All that is there is locked already."
+                                 : "There was nothing to lock.",
+                       what);
     case FileAction::Unlock:
-      return formatted(files > 0 ? "Unlocked %@." : "There was nothing to unlock.", what);
+      return formatted(files > 0 ? "Unlocked %@."
+                       : wereSo  ? "Nothing that is there is locked."
+                                 : "There was nothing to unlock.",
+                       what);
     default:
       return "";
   }
