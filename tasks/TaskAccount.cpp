@@ -57,6 +57,11 @@ bool isWholeTask(const FileReport& file) {
   return file.action == FileAction::Write || file.action == FileAction::Sync;
 }
 
+std::string filesAndFolders(std::size_t files, std::size_t folders) {
+  if (folders == 0) return counted(files, "file");
+  return (files > 0 ? counted(files, "file") + " and " : "") + counted(folders, "folder");
+}
+
 // Each cause once, and each cure behind them: many files may fail for one reason.
 void tellCauses(const std::vector<FileReport>& files) {
   std::map<std::string, std::size_t> counts;
@@ -75,12 +80,18 @@ void tellCauses(const std::vector<FileReport>& files) {
 void tellFailures(const TaskReport& report, bool keepsLog) {
   const std::vector<FileReport> failures = filesIn(report, hasFailed);
   tellCauses(failures);
-  const auto files = failures.size() - static_cast<std::size_t>(std::ranges::count_if(failures, isWholeTask));
-  if (files == 0) return;
+  const auto counting = [&](auto predicate) {
+    return static_cast<std::size_t>(std::ranges::count_if(failures, predicate));
+  };
+  // Only folders are listed.
+  const std::size_t folders = counting([](const FileReport& file) { return file.action == FileAction::List; });
+  const std::size_t files = failures.size() - folders - counting(isWholeTask);
+  if (files + folders == 0) return;
+  const std::string what = filesAndFolders(files, folders);
   if (keepsLog)
-    QWLog::appendLogAndPrint("%@ could not be processed - see the log for details.", counted(files, "file"));
+    QWLog::appendLogAndPrint("%@ could not be processed - see the log for details.", what);
   else
-    tell(counted(files, "file") + " could not be processed.");
+    tell(what + " could not be processed.");
 }
 
 const char* nameOf(Outcome outcome) {
@@ -179,9 +190,7 @@ std::string filesAndFolders(const std::set<std::string>& places) {
   const auto folders = static_cast<std::size_t>(std::ranges::count_if(places, [](const std::string& place) {
     return QWFileManager::isDirectoryAtPath(place) && !QWFileManager::isSymbolicLinkAtPath(place);
   }));
-  const std::size_t files = places.size() - folders;
-  if (folders == 0) return counted(files, "file");
-  return (files > 0 ? counted(files, "file") + " and " : "") + counted(folders, "folder");
+  return filesAndFolders(places.size() - folders, folders);
 }
 
 // The one sentence that a person at a terminal gets where all went well.

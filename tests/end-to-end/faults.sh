@@ -85,7 +85,7 @@ chmod 000 "$user_data/$cache"
 run -backup Unreadable; check "an unreadable file is named, the others are copied" eval 'ended 0 && grep -qx "Vantory: 1 file could not be processed - see the log for details." "$work/err" && [ -e "$library/Unreadable.vnt/Users/user/Library/Preferences/$motion" ] && grep -q "Permission denied" "$log"'
 chmod 600 "$user_data/$cache"
 chmod 000 "$library"
-run -list; check "a library that cannot be read is told of" eval 'ended 0 && grep -qF "The backups in $library cannot be read: " "$work/err" && grep -qF "cannot be read: " "$log"'
+run -list; check "a library that cannot be read is told of" eval 'ended 0 && grep -qF "The backups in $library cannot be read: " "$work/err" && told "Vantory: 1 folder could not be processed - see the log for details." && grep -qF "cannot be read: " "$log"'
 run --list-backups --json; check "... and is no empty list" ended 1
 chmod 700 "$library"; chmod 000 "$settings"
 run -list; check "and so are settings" grep -qF "Unable to read the settings: " "$work/err"
