@@ -159,6 +159,9 @@ void noteUnusedArguments(const CommandContext& context, std::size_t mostOperands
     if ((i > mostOperands || isBetween) && !isForNotifications && !argument.empty() && argument != "-")
       note(argument, isTaskOption(argument) ? ": it goes before the task."
                                             : ". Names with blanks need quotes; keys are separated by commas.");
+    else if (isTaskOption(argument))
+      context.report.notice(
+          formatted("\"%@\" was taken for an operand: as an option it goes before the task.", argument));
   }
 }
 
