@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <map>
 #include <set>
 #include <utility>
 
@@ -169,6 +170,11 @@ bool isToUndo(const Receipt& receipt, const std::vector<Receipt>& receipts) {
   return canBeTakenBack(receipt) && origin.task->undoes.empty() && !origin.isUndo;
 }
 
+Undone extentOf(const Receipt& undo) {
+  if (undo.outcome == receipt::kWhole) return Undone::Whole;
+  return undo.steps.empty() ? Undone::Nothing : Undone::InPart;
+}
+
 // Of what took something back it is known only once the task itself was read.
 bool holdNewestToUndo(const std::vector<Receipt>& receipts) {
   return newestToUndo(receipts) && std::ranges::none_of(receipts, [&](const Receipt& receipt) {
@@ -180,7 +186,7 @@ bool holdNewestToUndo(const std::vector<Receipt>& receipts) {
 // is known first.
 Result<std::vector<Receipt>> receiptsUntil(bool (*areEnough)(const std::vector<Receipt>&)) {
   std::vector<Receipt> receipts;
-  std::set<std::string> undone;
+  std::map<std::string, Undone> undone;
   std::set<std::string> undoneWithAttempts;  // of what took these back no earlier attempt counts either
   const auto names = receiptNames();
   if (!names) {
@@ -193,10 +199,16 @@ Result<std::vector<Receipt>> receiptsUntil(bool (*areEnough)(const std::vector<R
       QWLog::appendLog("%@", receipt.error().text);
       continue;
     }
-    receipt->isUndone = undone.contains(name) || undoneWithAttempts.contains(receipt->undoes);
+    if (undoneWithAttempts.contains(receipt->undoes)) undone.emplace(name, Undone::Whole);
+    const auto known = undone.find(name);
+    receipt->isUndone = known != undone.end();
+    if (receipt->isUndone) receipt->undone = known->second;
     if (receipt->isUndone && !receipt->undoes.empty()) undoneWithAttempts.insert(receipt->undoes);
     const bool isThrough = receipt->outcome == receipt::kWhole || receipt->outcome == receipt::kInPart;
-    if (isThrough && !receipt->isUndone) undone.insert(receipt->undoes);
+    if (isThrough && !receipt->isUndone) {
+      Undone& extent = undone[receipt->undoes];
+      extent = std::max(extent, extentOf(*receipt));
+    }
     receipts.push_back(std::move(*receipt));
     if (areEnough(receipts)) break;
   }

@@ -107,6 +107,25 @@ TEST_F(UndoTest, OfAKilledRestoreOnlyWhatItReachedIsTakenBack) {
   EXPECT_EQ(contents(), "old old changed ");
 }
 
+// What the person emptied from the Trash before.
+TEST_F(UndoTest, HowMuchOfATaskCameBackIsKnown) {
+  const auto extent = [] { return allReceipts()->back().undone; };
+  trash();
+  const std::string trashed = inTrash("");
+  for (const char* name : {"a.plist", "b.plist", "c.plist"}) fs::rename(trashed + name, home_ / name);
+  EXPECT_FALSE(undo().isWhole());
+  EXPECT_EQ(extent(), Undone::Nothing);
+  EXPECT_TRUE(allReceipts()->back().isUndone) << "the next undo goes on to the task before";
+  for (const char* name : {"a.plist", "b.plist"}) {
+    fs::rename(home_ / name, trashed + name);
+    EXPECT_FALSE(undo(allReceipts()->back()).isWhole());
+    EXPECT_EQ(extent(), Undone::InPart);
+  }
+  fs::rename(home_ / "c.plist", trashed + "c.plist");
+  EXPECT_TRUE(undo(allReceipts()->back()).isWhole());
+  EXPECT_EQ(extent(), Undone::Whole);
+}
+
 // The Trash was emptied, and the name in it is another's now.
 TEST_F(UndoTest, OfAKilledTrashAnEarlierOneClaimsNothing) {
   fakes_.clock.advance(-std::chrono::hours(1));
