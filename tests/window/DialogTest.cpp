@@ -101,8 +101,10 @@ TEST_F(AlertTest, AListHasItsFilesAndTheLogShownAndStaysOpen) {
                      .defaultButton = "OK",
                      .alternateButton = "Try Again",
                      .isDismissedByDefault = true,
-                     .rows = {{"/a/\xff", "not restored", "No room."}, {"Motion", "passed over", "It runs."}}});
+                     .rows = {{"/a/\xff", "not restored", "No <room>."}, {"Motion", "passed over", "It runs."}}});
   AlertDialog* alert = waitForAlert();
+  const auto* first = alert->findChild<QTreeWidget*>()->topLevelItem(0);
+  EXPECT_EQ(first->toolTip(2), "<p>No &lt;room&gt;.</p>") << "where the column cuts it";
   button(*alert, "Reveal")->click();
   button(*alert, "View Log")->click();
   EXPECT_EQ(shown, (std::vector<std::string>{"/a/\xff", "log"}));

@@ -2,6 +2,7 @@
 #include "window/dialogs/ResultList.h"
 
 #include <QHeaderView>
+#include <QStyledItemDelegate>
 #include <utility>
 
 #include "window/appearance/DisplayText.h"
@@ -14,6 +15,24 @@ constexpr QSize kSize(680, 220);
 constexpr int kFileWidth = 280;
 constexpr int kEventWidth = 110;
 constexpr int kRowMargin = 8;
+constexpr int kCause = 2;
+
+// A sentence is read from its beginning; of a path both ends count.
+class SentenceDelegate : public QStyledItemDelegate {
+ public:
+  using QStyledItemDelegate::QStyledItemDelegate;
+
+ protected:
+  void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override {
+    QStyledItemDelegate::initStyleOption(option, index);
+    option->textElideMode = Qt::ElideRight;
+  }
+};
+
+// Over as many lines as it needs, whatever is in the text.
+QString toolTipOf(const QString& text) {
+  return QStringLiteral("<p>%1</p>").arg(text.toHtmlEscaped());
+}
 
 }  // namespace
 
@@ -24,11 +43,13 @@ ResultList::ResultList(std::vector<AlertRow> rows, QWidget* parent) : QTreeWidge
   setAllColumnsShowFocus(true);
   setAlternatingRowColors(true);
   setTextElideMode(Qt::ElideMiddle);
+  setItemDelegateForColumn(kCause, new SentenceDelegate(this));
   setUniformRowHeights(true);
   setTabKeyNavigation(false);
   for (const AlertRow& row : rows_) {
     auto* item = new QTreeWidgetItem(this, {displayText(row.file), displayText(row.event), displayText(row.cause)});
     item->setSizeHint(0, {0, fontMetrics().height() + kRowMargin});
+    for (const int column : {0, kCause}) item->setToolTip(column, toolTipOf(item->text(column)));
   }
   header()->resizeSection(0, kFileWidth);
   header()->resizeSection(1, kEventWidth);
@@ -45,7 +66,7 @@ std::string ResultList::selectedPath() const {
 
 QString ResultList::selectedInWords() const {
   const QTreeWidgetItem* item = currentItem();
-  return item ? QStringLiteral("%1\n%2").arg(item->text(0), item->text(2)) : QString();
+  return item ? QStringLiteral("%1\n%2").arg(item->text(0), item->text(kCause)) : QString();
 }
 
 QSize ResultList::sizeHint() const {
