@@ -55,9 +55,9 @@ std::optional<std::string> overdueIn(const BackupList& backups, std::int64_t now
   const auto begun = AutosaveSchedule::runs().last;
   const auto since = newest ? std::max(newest->date(), begun) : begun;
   if (!since || (now - since->seconds) / 2 <= *interval) return std::nullopt;
-  std::string text = newest ? formatted("Scheduled backups do not happen: the last good one is %@ old.",
+  std::string text = newest ? formatted("Scheduled backups do not happen: the last complete one is %@ old.",
                                         ageInWords(now - newest->date()->seconds))
-                            : "Scheduled backups do not happen: there is no good one.";
+                            : "Scheduled backups do not happen: there is no complete one.";
   if (const std::string why = reason(now, *interval); !why.empty()) text.append(" ").append(why);
   return text;
 }
@@ -67,12 +67,12 @@ std::optional<std::string> overdueIn(const BackupList& backups, std::int64_t now
 BackupAge ageOf(const BackupList& backups) {
   // Backups that cannot be read are not none.
   if (QWDataController::sharedController().libraryError())
-    return {.lastGood = nullptr, .text = "How old the last good backup is cannot be told.", .overdue = {}};
+    return {.lastGood = nullptr, .text = "How old the last complete backup is cannot be told.", .overdue = {}};
   const std::int64_t now = Runtime::current().platform().clock.now().seconds;
   BackupAge age{.lastGood = newestGood(backups, false), .text = {}, .overdue = overdueIn(backups, now)};
-  age.text = age.lastGood ? formatted("The last good backup, \"%@\", is %@ old.", age.lastGood->name(),
+  age.text = age.lastGood ? formatted("The last complete backup, \"%@\", is %@ old.", age.lastGood->name(),
                                       ageInWords(now - age.lastGood->date()->seconds))
-                          : "There is no good backup.";
+                          : "There is no complete backup.";
   return age;
 }
 

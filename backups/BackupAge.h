@@ -1,4 +1,4 @@
-// How old the last good backup is, and whether the scheduled ones happen.
+// How old the last complete backup is, and whether the scheduled ones happen.
 #pragma once
 
 #include <memory>

@@ -1,4 +1,4 @@
-// How old the last good backup is, and whether those that are scheduled happen.
+// How old the last complete backup is, and whether those that are scheduled happen.
 #include "backups/BackupAge.h"
 
 #include "services/settings/QWUserDefaults.h"
@@ -20,10 +20,10 @@ class BackupAgeTest : public BackupsTest {
 };
 
 TEST_F(BackupAgeTest, CountsWhatIsGood) {
-  EXPECT_EQ(ageOf({}).text, "There is no good backup.");
+  EXPECT_EQ(ageOf({}).text, "There is no complete backup.");
   EXPECT_EQ(ageOf({backup("old", 9, false), backup("auto", 3, true), backup("torn", 0, false, false)}).text,
-            "The last good backup, \"auto\", is 3 days old.");
-  EXPECT_EQ(ageOf({backup("new", 0, false)}).text, "The last good backup, \"new\", is less than an hour old.");
+            "The last complete backup, \"auto\", is 3 days old.");
+  EXPECT_EQ(ageOf({backup("new", 0, false)}).text, "The last complete backup, \"new\", is less than an hour old.");
 }
 
 TEST_F(BackupAgeTest, TellsThatScheduledBackupsDoNotHappenAndWhy) {
@@ -36,10 +36,10 @@ TEST_F(BackupAgeTest, TellsThatScheduledBackupsDoNotHappenAndWhy) {
   EXPECT_EQ(ageOf(lately).overdue, std::nullopt);
   EXPECT_EQ(ageOf({}).overdue, std::nullopt) << "the first is not due yet";
   fakes_.jobs.stamp = daysAgo(7);
-  EXPECT_THAT(*ageOf(longAgo).overdue, HasSubstr("the last good one is 7 days old. The schedule has not run since"));
+  EXPECT_THAT(*ageOf(longAgo).overdue, HasSubstr("the last complete one is 7 days old. The schedule has not run since"));
   fakes_.jobs.tries = daysAgo(1);
   EXPECT_THAT(*ageOf(longAgo).overdue, HasSubstr("The last try failed"));
-  EXPECT_THAT(*ageOf({}).overdue, HasSubstr("there is no good one. The last try failed"));
+  EXPECT_THAT(*ageOf({}).overdue, HasSubstr("there is no complete one. The last try failed"));
   fakes_.jobs.stamp = daysAgo(1);
   EXPECT_EQ(ageOf(longAgo).overdue, std::nullopt) << "the schedule has just been switched on";
   fakes_.jobs.stamp.reset();
