@@ -28,7 +28,8 @@ Status DryRun::begin(bool usesBackups) {
     overlay_.platform().systemLog.write(printable(*reason));
     return Error{std::errc::no_such_file_or_directory, *reason};
   }
-  for (const std::string& remark : {remarkOnOtherHome(*home), usesBackups ? remarkOnHome(*home) : ""})
+  for (const std::string& remark :
+       {remarkOnMissingHome(*home), remarkOnOtherHome(*home), usesBackups ? remarkOnHome(*home) : ""})
     if (!remark.empty()) errors_ << "Vantory: " << printable(remark) << '\n';
   return {};
 }

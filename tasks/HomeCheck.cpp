@@ -34,6 +34,12 @@ std::string remarkOnHome(const std::string& home) {
       printable(home));
 }
 
+// Otherwise what is not found would be taken for what is not there.
+std::string remarkOnMissingHome(const std::string& home) {
+  return QWFileManager::isDirectoryAtPath(home) ? ""
+                                                : formatted("There is no folder %@, which is to be the home.", home);
+}
+
 // Left to themselves, scripts would take the silence for work in the home that they name.
 std::string remarkOnOtherHome(const std::string& home) {
   const auto named = Runtime::current().platform().users.disregardedHome();

@@ -12,6 +12,9 @@ std::optional<std::string> reasonToRefuse(const std::optional<std::string>& home
 // What to tell the user of a home whose depth makes backups hard to move; empty for an ordinary one.
 std::string remarkOnHome(const std::string& home);
 
+// That there is no such folder; empty where there is.
+std::string remarkOnMissingHome(const std::string& home);
+
 // That the task works in another home than the superuser's HOME names, and how it would in that one; empty where it
 // does not.
 std::string remarkOnOtherHome(const std::string& home);

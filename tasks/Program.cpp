@@ -130,7 +130,8 @@ int runCommand(const ChosenCommand& chosen, TaskOptions options, std::ostream& o
   }
   const std::string remark = command.usesBackups ? remarkOnHome(*home) : "";
   if (!remark.empty()) errors << "Vantory: " << remark << '\n';
-  if (const std::string other = remarkOnOtherHome(*home); !other.empty()) report.notice(other);
+  for (const std::string& each : {remarkOnMissingHome(*home), remarkOnOtherHome(*home)})
+    if (!each.empty()) report.notice(each);
 
   Runtime& runtime = Runtime::current();
   runtime.guard = &runtime.shared<QWVantoryUtilities>();

@@ -589,6 +589,9 @@ TEST_F(CommandLineTest, TouchesNothingWithoutAUsableHome) {
   EXPECT_EQ(run("-autobackup"), 1);
   EXPECT_THAT(fakes_.systemLog.messages().back(), StartsWith("The home folder "));
   EXPECT_TRUE(fs::is_empty(home_.path()));
+  fakes_.users.process->home = home_ / "none";
+  EXPECT_EQ(run("--verify"), 0);
+  EXPECT_THAT(errors_.str(), HasSubstr("There is no folder " + home_ / "none"));
 }
 
 TEST_F(CommandLineTest, QuestionsTouchNothing) {
