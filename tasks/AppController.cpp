@@ -3,6 +3,7 @@
 
 #include <vector>
 
+#include "base/Text.h"
 #include "platform/SystemInfo.h"
 #include "platform/SystemLog.h"
 #include "services/QWCmdUtils.h"
@@ -44,7 +45,7 @@ void AppController::reportFailure(const TaskFailure& failure) const {
   QWTaskNotification::postTaskErrorString(failure.text);
   QWLog::appendLog("%@", failure.log.value_or(failure.text));
   postGrowlNotification(failure.title, failure.description);
-  if (failure.console) Runtime::current().platform().systemLog.write(*failure.console);
+  if (failure.console) Runtime::current().platform().systemLog.write(printable(*failure.console));
 }
 
 }  // namespace vantory

@@ -8,6 +8,7 @@
 #include "backups/QWDataController.h"
 #include "base/Format.h"
 #include "base/Paths.h"
+#include "base/Text.h"
 #include "services/Runtime.h"
 #include "services/TaskReport.h"
 #include "services/files/QWFileManager.h"
@@ -42,7 +43,10 @@ void remarkOnMissing(const std::string& operand, const std::string& path, TaskRe
   const BackupList meant = isName ? backupsMeant(operand, operand) : BackupList();
   for (const auto& backup : meant)
     report.remark(
-        formatted("\"%@\" is in the library. To restore it: vantory -restore \"%@\"", operand, backup->path()));
+        standsInQuotes(backup->path())
+            ? formatted("\"%@\" is in the library. To restore it: vantory -restore \"%@\"", operand, backup->path())
+            : formatted("\"%@\" is in the library. To restore it the path of its folder is needed: %@", operand,
+                        backup->path()));
   if (meant.empty())
     report.remark(isName ? faultOfName(operand, {})
                          : path + " is not there. \"vantory --list-backups\" lists what the library has.");

@@ -3,6 +3,7 @@
 #include <ostream>
 
 #include "backups/BackupCheck.h"
+#include "backups/BackupNaming.h"
 #include "base/Format.h"
 #include "base/Json.h"
 #include "base/Paths.h"
@@ -96,6 +97,12 @@ std::string sentenceOn(const std::vector<Verified>& backups) {
                    names);
 }
 
+// Any other folder might be the whole disk.
+bool isFolderOfBackup(const std::string& path) {
+  return QWFileManager::isDirectoryAtPath(path) &&
+         (isBackupName(path) || QWFileManager::itemExistsAtPath(paths::join(path, kBackupSettingsFile)));
+}
+
 // Those of the library that bear a name, or the folder at a path; with no names all of the library.
 Result<BackupList> backupsToVerify(const std::vector<std::string>& names) {
   if (names.empty()) return sortedBackups();
@@ -103,8 +110,7 @@ Result<BackupList> backupsToVerify(const std::vector<std::string>& names) {
   for (const std::string& name : names) {
     const std::string path = paths::absolute(name, Runtime::current().platform().system.workingDirectory());
     BackupList meant = backupsMeant(name, path);
-    if (meant.empty() && !name.empty() && QWFileManager::isDirectoryAtPath(path))
-      meant.push_back(QWBackup::backupWithFile(path));
+    if (meant.empty() && !name.empty() && isFolderOfBackup(path)) meant.push_back(QWBackup::backupWithFile(path));
     if (meant.empty()) return Error{std::errc::no_such_file_or_directory, faultOfName(name, {})};
     backups.insert(backups.end(), meant.begin(), meant.end());
   }

@@ -342,6 +342,10 @@ TEST_F(CommandLineTest, EachFailureIsToldWhereItBelongs) {
   fs::create_directory(library("/Torn.vnt/Settings.plist"));  // as unreadable as for want of rights
   EXPECT_EQ(run("--default Torn"), 1);
   EXPECT_THAT(fakes_.systemLog.messages().back(), StartsWith("\"Torn\" cannot be read: " + library("/Torn.vnt")));
+  EXPECT_EQ(run("--undo", "\x1b[31m"), 1);
+  EXPECT_THAT(fakes_.systemLog.messages().back(), HasSubstr("\"\\x1b[31m\""));
+  EXPECT_EQ(run("--verify", library()), 1);
+  EXPECT_THAT(errors_.str(), HasSubstr("There is no backup")) << "it holds some, and might be the whole disk";
 }
 
 TEST_F(CommandLineTest, NamesWhatItDidNotUnderstand) {
