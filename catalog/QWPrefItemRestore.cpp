@@ -194,7 +194,9 @@ Status ItemRestoring::replace(const Staged& staged, const std::string& source, c
   if (trashed->empty() || (!copied && QWFileManager::returnFile(*trashed, destination, kTimeout, report_)))
     return copied;
   report_.done(FileAction::Trash, destination, item_, *trashed);
-  if (link && copied)
+  if (!copied)
+    report_.remark(formatted("The previous \"%@\" lies in the Trash: %@", destination, *trashed));
+  else if (link)
     report_.notice(formatted("%@ is a symbolic link to %@: a file of its own takes its place.", destination, *link));
   return copied;
 }

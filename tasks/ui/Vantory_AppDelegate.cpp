@@ -52,11 +52,21 @@ bool isAutomaticBackup(const std::string& path) {
   return std::ranges::any_of(QWDataController::sharedController().autoBackupArray(), isThat);
 }
 
+// A preference file whose copy failed may have found no way back out of the Trash.
+bool areAsTheyWere(const TaskReport& report) {
+  return std::ranges::none_of(report.files(), [](const FileReport& file) {
+    return file.action == FileAction::Trash && file.outcome == FileReport::Outcome::Done && !file.item.empty();
+  });
+}
+
+std::string reassurance(const std::string& path, const TaskReport& report) {
+  if (isAutomaticBackup(path)) return "It is an automatic backup. You can restore it from among the autosaves.";
+  return areAsTheyWere(report) ? "Your preferences are as they were." : "";
+}
+
 void tellOfImport(const std::string& path, bool restored, const TaskReport& report) {
   if (!restored) {
-    reportResult(formatted("The backup \"%@\" could not be restored", backupName(path)),
-                 isAutomaticBackup(path) ? "It is an automatic backup. You can restore it from among the autosaves."
-                                         : "Your preferences are as they were.",
+    reportResult(formatted("The backup \"%@\" could not be restored", backupName(path)), reassurance(path, report),
                  report, Retry::None);
     tellNotices(report);
   } else if (!reportIncompleteRestore(report)) {

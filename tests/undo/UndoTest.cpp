@@ -151,6 +151,23 @@ TEST_F(UndoTest, OfAKilledRestoreOfKeysTheEarlierFileReturns) {
   EXPECT_EQ(contents(), "old old old ");
 }
 
+// The copy fails, and so does the way back out of the Trash.
+TEST_F(UndoTest, OfAFailedRestoreWhatStayedInTheTrashReturns) {
+  const auto backup = backupOfAll("Set");
+  ASSERT_EQ(backup->writeData(report_), WriteResult::Success);
+  fill("live");
+  files_.heal();
+  files_.fail(Operation::Commit, std::errc::no_space_on_device);
+  files_.fail(Operation::Move, std::errc::io_error, FaultyFileSystem::kEveryCall);
+  const TaskReport report = task("restore", [&](TaskReport& report) { backup->restore(report); });
+  files_.heal();
+  EXPECT_EQ(contents(), "- old old ");
+  EXPECT_THAT(report.remarks(), ElementsAre(formatted("The previous \"%@\" lies in the Trash: %@", prefs("a.plist"),
+                                                      inTrash("a.plist"))));
+  EXPECT_TRUE(undo().isWhole());
+  EXPECT_EQ(contents(), "live live live ");
+}
+
 // Killed when its replaced copies were in the Trash; then when they lay beside the backup, and the undo as well.
 TEST_F(UndoTest, OfAKilledUpdateTheReplacedCopiesAreFound) {
   const auto backup = backupOfAll("Set");

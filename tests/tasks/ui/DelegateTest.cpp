@@ -138,8 +138,15 @@ TEST_F(DelegateTest, TheAlertsTellWhatAnImportLeftUndone) {
     EXPECT_EQ(alerts_.back(),
               opened == kProject ? "Nothing was restored" : "The backup \"Clean\" could not be restored");
     EXPECT_THAT(informative_, HasSubstr("editor.plist: Input/output error"));
+    EXPECT_EQ(informative_.find("Your preferences are as they were.") == std::string::npos, opened == kProject);
     files_.heal();
   }
+  for (const auto operation : {test::Operation::Commit, test::Operation::Move})
+    files_.fail(operation, std::errc::io_error, FaultyFileSystem::kEveryCall);
+  open(backup->path());
+  files_.heal();
+  EXPECT_THAT(informative_, HasSubstr("lies in the Trash: " + inTrash("editor.plist")));
+  EXPECT_THAT(informative_, Not(HasSubstr("Your preferences are as they were.")));
 }
 
 TEST_F(DelegateTest, DocumentsAndTheEndWaitForRunningWork) {
