@@ -228,8 +228,8 @@ void BackupReader::guardAgainst(QWApp& held) const {
   };
   for (const auto& item : held.children())
     if (!std::ranges::all_of(item->files(), isKnown))
-      item->setPlaceRule([rules = rules_, identifiers = held.identifiers()](const std::string& path) {
-        return rules.faultOfPath(path, identifiers);
+      item->setPlaceRule([rules = rules_, identifiers = held.identifiers()](const auto& path, const auto& found) {
+        return rules.faultOfPath(path, found, identifiers);
       });
 }
 

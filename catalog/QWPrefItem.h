@@ -25,8 +25,8 @@ class QWPrefItem : public CatalogParent, public std::enable_shared_from_this<QWP
  public:
   using Users = std::vector<std::shared_ptr<QWPrefItem>>;
 
-  // Why the item may not have what lies, or would lie, at a path; empty where it may.
-  using PlaceRule = std::function<std::string(const std::string& path)>;
+  // Why the item may not have at a path what was found, there or in a backup; empty where it may.
+  using PlaceRule = std::function<std::string(const std::string& path, const std::string& found)>;
 
   // What never changes; shared by all copies of an item.
   struct Definition {
@@ -53,9 +53,9 @@ class QWPrefItem : public CatalogParent, public std::enable_shared_from_this<QWP
   // case. Folders that cannot be listed, and what the item may not have, are told in the report, if any.
   std::vector<std::string> matches(const std::string& pattern, TaskReport* report = nullptr,
                                    const BackupPlace* backup = nullptr) const;
-  // Why what a pattern finds is none of the item's; empty where it is.
-  std::string faultOfMatch(const std::string& path) const {
-    return definition_->matchRule ? definition_->matchRule(path) : "";
+  // Why what a pattern finds for the path is none of the item's; empty where it is.
+  std::string faultOfMatch(const std::string& path, const std::string& found) const {
+    return definition_->matchRule ? definition_->matchRule(path, found) : "";
   }
   // Whether the Avid users' folders are looked for, to become its users.
   bool hasAvidUsers() const { return definition_->hasAvidUsers; }

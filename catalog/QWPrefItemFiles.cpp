@@ -151,8 +151,8 @@ std::vector<std::string> QWPrefItem::matches(const std::string& pattern, TaskRep
   if (!definition_->matchRule || (backup && placeRule_)) return found;
   std::erase_if(found, [&](const std::string& path) {
     const auto live = backup ? livePathOf(path, root) : path;
-    const std::string fault = live ? faultOfMatch(*live) : "";
-    if (!fault.empty() && report) {
+    const std::string fault = live ? faultOfMatch(*live, path) : "";
+    if (!fault.empty() && report && !QWFileManager::isMissingAtPath(path)) {
       QWLog::appendLog("%@ %@ and was left out.", path, fault);
       report->skipped(FileAction::List, path,
                       {std::errc::operation_not_permitted, formatted("%@ %@ and was left out.", path, fault),

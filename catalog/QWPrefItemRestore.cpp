@@ -95,7 +95,7 @@ Status checkHeldFolder(const std::string& source, const std::string& destination
   const auto check = [&](const std::string& path, const DirectoryEntry& entry) {
     const std::string place = destination + path.substr(source.size());
     const std::string fault =
-        entry.type == FileType::SymbolicLink ? "is a symbolic link, which is not restored" : rule(place);
+        entry.type == FileType::SymbolicLink ? "is a symbolic link, which is not restored" : rule(place, place);
     if (!fault.empty()) allowed = notAllowed(place, fault);
     return fault.empty();
   };
@@ -109,7 +109,7 @@ Status checkPlace(const std::string& source, const std::string& destination, con
   if (QWFileManager::isLeftToOthers(destination))
     return Error{std::errc::operation_not_permitted, destination + " belongs to another user"};
   if (!rule) return {};
-  if (const std::string fault = rule(destination); !fault.empty()) return notAllowed(destination, fault);
+  if (const std::string fault = rule(destination, source); !fault.empty()) return notAllowed(destination, fault);
   const auto home = QWLocalPaths::userDirectory(), shared = QWLocalPaths::sharedUsersDirectory();
   const std::string root = home && paths::isWithin(destination, *home) ? *home : shared.value_or("/");
   const auto link = QWFileManager::linkOnTheWay(paths::parent(destination), root);

@@ -173,7 +173,7 @@ bool ItemComparing::find(const std::string& path, Found& found, Side& side) {
 // Between two backups nothing is restored.
 Status ItemComparing::checkRestoring(const std::string& path, const Found& after) const {
   if (!before_.isPresent() || !after.info || !held_) return {};
-  if (const std::string fault = held_->placeRule() ? "" : held_->faultOfMatch(path); !fault.empty())
+  if (const std::string fault = held_->placeRule() ? "" : held_->faultOfMatch(path, after.path); !fault.empty())
     return Error{std::errc::operation_not_permitted, path + " " + fault};
   return vantory::checkRestoring(after.path, path, after_.path(), held_->placeRule());
 }

@@ -97,6 +97,10 @@ std::string faultLike(const std::string& component, std::string_view name, const
                    name);
 }
 
+bool isPlainFolder(const std::string& path) {
+  return QWFileManager::isDirectoryAtPath(path) && !QWFileManager::isPackageAtPath(path);
+}
+
 bool isHidden(const std::string& component) {
   return component.starts_with('.');
 }
@@ -145,15 +149,17 @@ std::string PatternRules::faultOf(const std::string& pattern, const std::vector<
   return std::ranges::any_of(components, holdsSecrets) ? kSecrets : "";
 }
 
-std::string PatternRules::faultOfPath(const std::string& path, const std::vector<std::string>& identifiers) const {
-  if (std::string fault = faultOfMatch(path, identifiers); !fault.empty()) return fault;
+std::string PatternRules::faultOfPath(const std::string& path, const std::string& found,
+                                      const std::vector<std::string>& identifiers) const {
+  if (std::string fault = faultOfMatch(path, found, identifiers); !fault.empty()) return fault;
   const Components components = foldedComponents(written(path));
   if (isScript(components.back())) return kPrograms;
   return std::ranges::any_of(components, holdsSecrets) ? kSecrets : "";
 }
 
 // Folders may bear names that a person gave to projects and profiles.
-std::string PatternRules::faultOfMatch(const std::string& path, const std::vector<std::string>& identifiers) const {
+std::string PatternRules::faultOfMatch(const std::string& path, const std::string& found,
+                                       const std::vector<std::string>& identifiers) const {
   const bool isShared = shared_ && path.starts_with(*shared_ + "/");
   // A star in a name stands for nothing here.
   std::string name = written(path);
@@ -161,7 +167,7 @@ std::string PatternRules::faultOfMatch(const std::string& path, const std::vecto
   if (!name.starts_with("~/") && !isShared) return kNoPreferences;
   if (printable(path) != path) return "has a name with control characters";
   // What a backup holds of a folder there would come back one level deeper.
-  if (isShared && QWFileManager::isDirectoryAtPath(path) && !QWFileManager::isPackageAtPath(path))
+  if (isShared && (isPlainFolder(path) || isPlainFolder(found)))
     return "is a folder, of which none is looked after there";
   const Components components = foldedComponents(name);
   if (std::string fault = faultOfPlace(components, isShared, identifiers); !fault.empty()) return fault;

@@ -21,10 +21,12 @@ class PatternRules {
   // Why the pattern is refused to an application of these identifiers, as the end of a sentence; empty where it may
   // stand.
   std::string faultOf(const std::string& pattern, const std::vector<std::string>& identifiers) const;
-  // The same of the path of what a pattern has found, whatever characters its name has and wherever links lead: of a
-  // catalog file's, and of one that nothing but a backup names.
-  std::string faultOfMatch(const std::string& path, const std::vector<std::string>& identifiers) const;
-  std::string faultOfPath(const std::string& path, const std::vector<std::string>& identifiers) const;
+  // The same of the path of what a pattern has found, there or in a backup, whatever characters its name has and
+  // wherever links lead: of a catalog file's, and of one that nothing but a backup names.
+  std::string faultOfMatch(const std::string& path, const std::string& found,
+                           const std::vector<std::string>& identifiers) const;
+  std::string faultOfPath(const std::string& path, const std::string& found,
+                          const std::vector<std::string>& identifiers) const;
   // The pattern as an absolute one; none where the user has no folder for it. It must be without fault.
   std::optional<std::string> resolve(const std::string& pattern) const;
 

@@ -240,6 +240,29 @@ TEST_F(CarriedDefinitionsTest, WhatAWildcardFindsIsJudgedWhenItIsUsed) {
   EXPECT_FALSE(exists(profiles + "One/a.py"));
 }
 
+// An older version has backed it up. It would come back one level deeper.
+TEST_F(CarriedDefinitionsTest, AFolderThatAllUsersShareStaysInTheBackup) {
+  makeBackup();
+  const std::string pattern = "~/.config/obs-studio/basic/profiles/*/basic.ini";
+  const std::string folder = machine_ / "Users/Shared/Editor";
+  changeSettings(pattern, folder + "/*.look");
+  writeFile(inLibrary("B.vnt") + folder + "/a.look/a.look/inside", "x");
+  const std::string told = folder + "/a.look is a folder, of which none is looked after there";
+  restore();
+  EXPECT_FALSE(exists(folder));
+  EXPECT_THAT(report_.causes(), HasSubstr(told));
+
+  std::string installed = example();
+  writeFile(userFile_, installed.replace(installed.find(pattern), pattern.size(), folder + "/*.look"));
+  controller().populateApps();
+  report_ = {};
+  restore();
+  EXPECT_FALSE(exists(folder));
+  EXPECT_EQ(report_.count(FileReport::Outcome::Skipped, FileAction::List), 1U);
+  const auto backup = QWBackup::backupWithFile(inLibrary("B.vnt"));
+  EXPECT_EQ(compareBackups({.after = backup}).count(Difference::Refused), 1U);
+}
+
 TEST_F(CarriedDefinitionsTest, TheFirstBackupTellsOfSecrets) {
   makeBackup();
   EXPECT_THAT(report_.notices(), ElementsAre(HasSubstr("\"Preferences\" of OBS Studio may hold passwords: ")));
