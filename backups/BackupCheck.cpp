@@ -135,17 +135,17 @@ void FileChecks::checkContent(const HeldFile& file) {
   if (!checksum->carried) ++result_.withoutChecksum;
 }
 
-// Adds what a restore would take for the item; false where there is nothing.
+// Adds what a restore would take for the item; false where the backup holds nothing of it.
 bool addCopies(std::set<std::string>& copies, const QWPrefItem& item, const BackupFolder& place) {
-  TaskReport ignored;  // what cannot be read is a fault already
+  TaskReport leftOut;  // by a rule; what cannot be read is a fault already
   bool isThere = false;
   for (const std::string& pattern : item.files())
-    for (std::string& path : item.matches(pattern, &ignored, &place)) {
+    for (std::string& path : item.matches(pattern, &leftOut, &place)) {
       if (QWFileManager::isMissingAtPath(path)) continue;
       copies.insert(std::move(path));
       isThere = true;
     }
-  return isThere;
+  return isThere || !leftOut.files().empty();
 }
 
 // An item is named by the settings because one file at least was copied for it. Answers all that a restore would take.

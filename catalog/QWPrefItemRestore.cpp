@@ -338,14 +338,14 @@ bool QWPrefItem::restoreCopies(const BackupPlace& backup, TaskReport& report) co
   return isAnyThere;
 }
 
-// The settings name an item because something was copied for it or one of its users. What cannot be listed is told by
-// itself.
+// The settings name an item because something was copied for it or one of its users. What cannot be listed, and
+// what a rule left out, is told by itself.
 void QWPrefItem::restoreFilesFromBackup(const BackupPlace& backup, TaskReport& report) {
-  const std::size_t failures = report.count(FileReport::Outcome::Failed);
+  const std::size_t told = report.files().size();
   bool isAnyThere = restoreCopies(backup, report);
   // Those that are left out may be the ones.
   for (const auto& user : users_) isAnyThere |= user->selected() != On || user->restoreCopies(backup, report);
-  if (isAnyThere || report.count(FileReport::Outcome::Failed) > failures) return;
+  if (isAnyThere || report.files().size() > told) return;
   const std::string root(paths::withoutTrailingSlashes(backup.path()));
   Error cause{std::errc::no_such_file_or_directory,
               formatted("%@ holds no file of \"%@\" (%@), which its settings name.", root, name(), key())};

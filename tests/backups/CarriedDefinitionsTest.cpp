@@ -1,4 +1,5 @@
 // Applications that catalog files define, in backups.
+#include "backups/BackupCheck.h"
 #include "backups/comparison/Comparison.h"
 #include "base/PropertyListBytes.h"
 #include "services/RunningApplicationGuard.h"
@@ -258,9 +259,11 @@ TEST_F(CarriedDefinitionsTest, AFolderThatAllUsersShareStaysInTheBackup) {
   report_ = {};
   restore();
   EXPECT_FALSE(exists(folder));
+  EXPECT_FALSE(report_.hasFailures()) << report_.causes();
   EXPECT_EQ(report_.count(FileReport::Outcome::Skipped, FileAction::List), 1U);
   const auto backup = QWBackup::backupWithFile(inLibrary("B.vnt"));
   EXPECT_EQ(compareBackups({.after = backup}).count(Difference::Refused), 1U);
+  for (const BackupFault& fault : checkBackup(*backup).faults) EXPECT_NE(fault.kind, BackupFault::Kind::Missing);
 }
 
 TEST_F(CarriedDefinitionsTest, TheFirstBackupTellsOfSecrets) {
