@@ -251,6 +251,7 @@ void ItemRestoring::restore(const Restorable& file) {
       rule_ ? checkRestoring(source, destination, backupPath_, rule_) : checkPlace(source, destination, rule_);
   if (!allowed) {
     QWLog::appendLog("Copying file %@ to %@", source, destination);
+    logCause(allowed.error().text);
     return note(destination, allowed);
   }
   const std::string folder = paths::parent(destination);

@@ -252,6 +252,7 @@ TEST_F(CarriedDefinitionsTest, AFolderThatAllUsersShareStaysInTheBackup) {
   restore();
   EXPECT_FALSE(exists(folder));
   EXPECT_THAT(report_.causes(), HasSubstr(told));
+  EXPECT_THAT(logged(), testing::Contains("Error copying file: " + told + ". Authorizing..."));
 
   std::string installed = example();
   writeFile(userFile_, installed.replace(installed.find(pattern), pattern.size(), folder + "/*.look"));
