@@ -1,5 +1,6 @@
 // How a backup is restored: application by application, then made durable.
 #include <algorithm>
+#include <utility>
 
 #include "backups/BackupFolder.h"
 #include "backups/QWBackup.h"
@@ -9,6 +10,23 @@
 #include "services/log/QWLog.h"
 
 namespace vantory {
+
+namespace {
+
+bool isWhollySelected(const std::shared_ptr<QWApp>& app) {
+  return app->selected() == On &&
+         std::ranges::all_of(app->children(), [](const auto& item) { return item->selected() == On; });
+}
+
+void passOverUnknown(const QWBackup& backup, TaskReport& report) {
+  for (const UnknownPart& part : backup.unknown()) {
+    std::string reason = formatted("Files of \"%@\" stay in the backup: %@.", part.name, part.reason);
+    QWLog::appendLog("%@", reason);
+    report.passedOver(part.name, std::move(reason));
+  }
+}
+
+}  // namespace
 
 // A mixed item is restored too: which of its users are meant, it knows itself.
 void QWBackup::restore(TaskReport& report, bool closeAutomatically) {
@@ -23,10 +41,8 @@ void QWBackup::restore(TaskReport& report, bool closeAutomatically) {
     QWLog::appendLog("%@", reason);
     report.remark(reason);
   }
-  // Whoever chose some of the applications has not asked for the others.
-  if (std::ranges::none_of(children_, [](const auto& app) { return app->selected() == Off; }))
-    for (const UnknownPart& part : unknown_)
-      report.passedOver(part.name, formatted("Files of \"%@\" stay in the backup: %@.", part.name, part.reason));
+  // Whoever chose some of it has not asked for the rest.
+  if (std::ranges::all_of(children_, isWhollySelected)) passOverUnknown(*this, report);
   const BackupFolder place(path_);
   if (place.holdsOtherFiles()) {
     QWLog::appendLog("%@ holds other files than were backed up", path_);

@@ -184,6 +184,13 @@ TEST_F(CarriedDefinitionsTest, ItemsThatNothingDefinesStayInTheBackup) {
   EXPECT_EQ(readFile(settings_), "mine");
   ASSERT_EQ(report_.passedOver().size(), 1U);
   EXPECT_EQ(report_.passedOver()[0].application, "OBS Studio: Looks");
+  // Whoever ticked single items has not asked for it.
+  const auto backup = QWBackup::backupWithFile(inLibrary("B.vnt"));
+  backup->children().front()->children().back()->setSelected(Off);
+  backup->children().front()->updateSelectionStatus();
+  report_ = {};
+  backup->restore(report_);
+  EXPECT_TRUE(report_.isWhole());
   TaskReport update;
   QWBackup::backupWithFile(inLibrary("B.vnt"))->writeData(update, true);
   EXPECT_EQ(update.passedOver().size(), 1U);
