@@ -106,7 +106,8 @@ void QWRestoreOutlineController::restoreOnThread(const std::shared_ptr<QWBackup>
 }
 
 // The automatic backup comes first. One that an earlier try has made is enough: another would hold what that has half
-// done, and push it out. Where it fails the restore goes on, and the person is told of it at the end.
+// done, and push it out. What an application that was passed over has saved since goes to the Trash, as all that a
+// restore replaces. Where the backup fails the restore goes on, and the person is told of it at the end.
 bool QWRestoreOutlineController::restoreOnce(QWBackup& backup, bool& isBackedUp) {
   QWAuthorization::sharedController().beginTask();
   MainThread& mainThread = MainThread::shared();
