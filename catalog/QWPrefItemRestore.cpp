@@ -2,6 +2,7 @@
 // Trash.
 #include <chrono>
 #include <optional>
+#include <set>
 
 #include "base/Format.h"
 #include "base/Paths.h"
@@ -141,11 +142,15 @@ class ItemRestoring {
 
  private:
   void plan(const std::vector<Restorable>& files);
+  void planUnlocking(const std::vector<FilePlan>& files);
   void restore(const Restorable& file);
+  void restoreTo(const std::string& destination, const std::string& source);
   Status replace(const Staged& staged, const std::string& source, const std::string& destination);
   Result<std::string> trashLiveFile(const std::string& path);
   void note(const std::string& path, const Status& copied);
   void replaceAndNote(const Staged& staged, const std::string& source, const std::string& destination);
+  void putContent(const std::string& path, std::string bytes, const FileInfo& known);
+  bool unlock(const std::string& folder);
   void lockAgain(const std::string& path);
   Error withCure(Error cause, const std::string& source) const;
   Status withReason(Status staged, const std::string& source) const;
@@ -208,6 +213,15 @@ void ItemRestoring::replaceAndNote(const Staged& staged, const std::string& sour
   if (wasLocked) lockAgain(destination);
 }
 
+// Whether it was locked. One that stays so keeps the copy from being made, which is told.
+bool ItemRestoring::unlock(const std::string& folder) {
+  if (!QWFileManager::isFileLocked(folder)) return false;
+  QWLog::appendLog("Unlocking file %@", folder);
+  if (!QWFileManager::unlockFile(folder)) return false;
+  report_.noted(FileAction::Unlock, folder, item_);
+  return true;
+}
+
 void ItemRestoring::lockAgain(const std::string& path) {
   if (QWFileManager::isMissingAtPath(path) || QWFileManager::isFileLocked(path)) return;
   report_.planned(FileAction::Lock, std::vector{path}, item_);
@@ -235,7 +249,17 @@ void ItemRestoring::plan(const std::vector<Restorable>& files) {
   plans.reserve(files.size());
   for (const Restorable& file : files)
     if (file.place) plans.push_back({.path = *file.place, .source = file.source});
+  planUnlocking(plans);
   report_.planned(FileAction::Restore, plans, item_);
+}
+
+// Comes before all else, so that a task that was killed is taken back before its locks are set again.
+void ItemRestoring::planUnlocking(const std::vector<FilePlan>& files) {
+  std::set<std::string> locked;
+  for (const FilePlan& file : files)
+    for (const std::string& path : {paths::parent(file.path), file.path})
+      if (QWFileManager::isFileLocked(path)) locked.insert(path);
+  report_.planned(FileAction::Unlock, std::vector(locked.begin(), locked.end()), item_);
 }
 
 void ItemRestoring::restore(const Restorable& file) {
@@ -255,13 +279,17 @@ void ItemRestoring::restore(const Restorable& file) {
     return note(destination, allowed);
   }
   const std::string folder = paths::parent(destination);
-  // A folder that cannot be made or unlocked keeps the copy from being made, which is told.
+  // A folder that cannot be made keeps the copy from being made, which is told.
   if (!QWFileManager::fileExistsAtPath(folder)) {
     QWLog::appendLog("Creating destination folder %@", folder);
     (void)(rule_ ? QWFileManager::createDirectory(folder, false) : QWFileManager::createDirectory(folder, kTimeout));
   }
-  (void)QWFileManager::unlockFile(folder);
+  const bool wasLocked = unlock(folder);
+  restoreTo(destination, source);
+  if (wasLocked) lockAgain(folder);
+}
 
+void ItemRestoring::restoreTo(const std::string& destination, const std::string& source) {
   // The copy is finished, but for its name, before the live file is touched: a bad backup or a full disk costs nothing.
   Staged staged = QWFileManager::stageCopy({.source = source,
                                             .destination = destination,
@@ -271,7 +299,7 @@ void ItemRestoring::restore(const Restorable& file) {
                                             .mayBeProgram = !rule_});
   // With administrator rights it is made only after the live file has gone, so that whatever is wrong with it must show
   // before.
-  const bool needsRights = !staged && !rule_ && areRightsMissingIn(folder, staged.error());
+  const bool needsRights = !staged && !rule_ && areRightsMissingIn(paths::parent(destination), staged.error());
   Status sound = needsRights ? backup_->checkCopy(source) : withReason(staged.status(), source);
   if (sound) sound = checkKind(*backup_, source, destination);
   if (sound) return replaceAndNote(staged, source, destination);
@@ -280,9 +308,16 @@ void ItemRestoring::restore(const Restorable& file) {
   note(destination, withCure(sound.error(), source));
 }
 
-// Finished first, like any copy that replaces something. What has changed since its content was read stays.
 void ItemRestoring::replaceContent(const std::string& path, std::string bytes, const FileInfo& known) {
-  (void)QWFileManager::unlockFile(paths::parent(path));
+  planUnlocking({{.path = path}});
+  const std::string folder = paths::parent(path);
+  const bool wasLocked = unlock(folder);
+  putContent(path, std::move(bytes), known);
+  if (wasLocked) lockAgain(folder);
+}
+
+// Finished first, like any copy that replaces something. What has changed since its content was read stays.
+void ItemRestoring::putContent(const std::string& path, std::string bytes, const FileInfo& known) {
   const Staged staged = QWFileManager::stageCopy({.source = path, .destination = path, .content = std::move(bytes)});
   if (!staged) {
     logCause(staged.error().text);

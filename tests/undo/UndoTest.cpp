@@ -168,6 +168,28 @@ TEST_F(UndoTest, OfAFailedRestoreWhatStayedInTheTrashReturns) {
   EXPECT_EQ(contents(), "live live live ");
 }
 
+TEST_F(UndoTest, LocksOfFilesAndTheirFoldersOutlastARestore) {
+  const auto backup = backupOfAll("Set");
+  ASSERT_EQ(backup->writeData(report_), WriteResult::Success);
+  fill("live");
+  const std::set<std::string> locks = {home_ / "Library/Preferences", prefs("a.plist")};
+  for (const bool isKilled : {false, true}) {
+    metadata_.locked = locks;
+    files_.heal();
+    if (isKilled) files_.crashBefore(Operation::Commit);
+    try {
+      task("restore", [&](TaskReport& report) { backup->restore(report); });
+    } catch (const SimulatedCrash&) {
+      cutNewestAt("{ ended");
+    }
+    files_.heal();
+    EXPECT_EQ(metadata_.locked == locks, !isKilled);
+    EXPECT_TRUE(undo().isWhole());
+    EXPECT_EQ(metadata_.locked, locks);
+    EXPECT_EQ(contents(), "live live live ");
+  }
+}
+
 // Killed when its replaced copies were in the Trash; then when they lay beside the backup, and the undo as well.
 TEST_F(UndoTest, OfAKilledUpdateTheReplacedCopiesAreFound) {
   const auto backup = backupOfAll("Set");
