@@ -144,6 +144,7 @@ class ItemRestoring {
   void plan(const std::vector<Restorable>& files);
   void planUnlocking(const std::vector<FilePlan>& files);
   void restore(const Restorable& file);
+  Status makeFolder(const std::string& folder) const;
   void restoreTo(const std::string& destination, const std::string& source);
   Status replace(const Staged& staged, const std::string& source, const std::string& destination);
   Result<std::string> trashLiveFile(const std::string& path);
@@ -279,14 +280,24 @@ void ItemRestoring::restore(const Restorable& file) {
     return note(destination, allowed);
   }
   const std::string folder = paths::parent(destination);
-  // A folder that cannot be made keeps the copy from being made, which is told.
-  if (!QWFileManager::fileExistsAtPath(folder)) {
-    QWLog::appendLog("Creating destination folder %@", folder);
-    (void)(rule_ ? QWFileManager::createDirectory(folder, false) : QWFileManager::createDirectory(folder, kTimeout));
+  if (const Status made = makeFolder(folder); !made) {
+    QWLog::appendLog("Copying file %@ to %@", source, destination);
+    return note(destination, made);
   }
   const bool wasLocked = unlock(folder);
   restoreTo(destination, source);
   if (wasLocked) lockAgain(folder);
+}
+
+// The system's own word does not tell that it is a link that leads nowhere.
+Status ItemRestoring::makeFolder(const std::string& folder) const {
+  if (QWFileManager::fileExistsAtPath(folder)) return {};
+  QWLog::appendLog("Creating destination folder %@", folder);
+  Status made =
+      rule_ ? QWFileManager::createDirectory(folder, false) : QWFileManager::createDirectory(folder, kTimeout);
+  const auto target = Runtime::current().platform().metadata.linkTarget(folder);
+  if (made || !target) return made;
+  return Error{made.error().code, formatted("%@ is a symbolic link to %@, which is not there", folder, *target)};
 }
 
 void ItemRestoring::restoreTo(const std::string& destination, const std::string& source) {

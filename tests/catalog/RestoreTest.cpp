@@ -105,6 +105,19 @@ TEST_F(RestoreTest, AnotherKindOfItemTakesNoLiveOnesPlaceInAChangedBackup) {
     }
 }
 
+TEST_F(RestoreTest, WhyAFolderCouldNotBeMadeIsTold) {
+  const std::string missing = folder_ + "/Sets";
+  const auto item = itemWith({missing + "/a.plist"});
+  writeFile(backedUp("Library/Sets/a.plist"), "new");
+  files_.fail(Operation::MakeFolder, std::errc::read_only_file_system);
+  EXPECT_EQ(failuresOf([&] { item->restoreFilesFromBackup(backup_, report_); }), 1u);
+  EXPECT_THAT(report_.causes(), testing::StartsWith(missing + ": Read-only file system"));
+  files_.heal();
+  std::filesystem::create_symlink("/gone", missing);
+  EXPECT_EQ(failuresOf([&] { item->restoreFilesFromBackup(backup_, report_); }), 1u);
+  EXPECT_EQ(report_.causes(), missing + " is a symbolic link to /gone, which is not there");
+}
+
 TEST_F(RestoreTest, AdministratorRightsCopyOnlyOnceTheLiveFileIsInTheTrash) {
   writeFile(backedUp("Library/a.plist"), "new");
   writeFile(live_, "old");
