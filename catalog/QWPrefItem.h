@@ -17,6 +17,7 @@
 namespace vantory {
 
 class BackupPlace;
+class RealPaths;
 class TaskReport;
 
 // An item of the live catalog, or the copy of one that a backup holds. An Avid item also has one sub-item for each Avid
@@ -27,6 +28,8 @@ class QWPrefItem : public CatalogParent, public std::enable_shared_from_this<QWP
 
   // Why the item may not have at a path what was found, there or in a backup; empty where it may.
   using PlaceRule = std::function<std::string(const std::string& path, const std::string& found)>;
+  // The same where many are looked at.
+  using MatchRule = std::function<std::string(const std::string& path, const std::string& found, RealPaths& realPaths)>;
 
   // What never changes; shared by all copies of an item.
   struct Definition {
@@ -35,7 +38,7 @@ class QWPrefItem : public CatalogParent, public std::enable_shared_from_this<QWP
     bool lockable = true;
     std::vector<std::string> files;
     bool hasAvidUsers = false;
-    PlaceRule matchRule = {};  // for what the patterns find; may be empty
+    MatchRule matchRule = {};  // for what the patterns find; may be empty
   };
 
   QWPrefItem(std::string name, std::string key, bool lockable, std::vector<std::string> files,
@@ -54,8 +57,8 @@ class QWPrefItem : public CatalogParent, public std::enable_shared_from_this<QWP
   std::vector<std::string> matches(const std::string& pattern, TaskReport* report = nullptr,
                                    const BackupPlace* backup = nullptr) const;
   // Why what a pattern finds for the path is none of the item's; empty where it is.
-  std::string faultOfMatch(const std::string& path, const std::string& found) const {
-    return definition_->matchRule ? definition_->matchRule(path, found) : "";
+  std::string faultOfMatch(const std::string& path, const std::string& found, RealPaths& realPaths) const {
+    return definition_->matchRule ? definition_->matchRule(path, found, realPaths) : "";
   }
   // Whether the Avid users' folders are looked for, to become its users.
   bool hasAvidUsers() const { return definition_->hasAvidUsers; }

@@ -11,6 +11,7 @@
 #include "services/Runtime.h"
 #include "services/TaskReport.h"
 #include "services/files/QWFileManager.h"
+#include "services/files/RealPaths.h"
 #include "services/log/QWLog.h"
 
 namespace vantory {
@@ -149,9 +150,10 @@ std::vector<std::string> QWPrefItem::matches(const std::string& pattern, TaskRep
   }
   // By its own rule a restore tells more.
   if (!definition_->matchRule || (backup && placeRule_)) return found;
+  RealPaths realPaths;
   std::erase_if(found, [&](const std::string& path) {
     const auto live = backup ? livePathOf(path, root) : path;
-    const std::string fault = live ? faultOfMatch(*live, path) : "";
+    const std::string fault = live ? faultOfMatch(*live, path, realPaths) : "";
     if (!fault.empty() && report && !QWFileManager::isMissingAtPath(path)) {
       QWLog::appendLog("%@ %@ and was left out.", path, fault);
       report->skipped(FileAction::List, path,

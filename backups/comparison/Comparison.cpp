@@ -18,6 +18,7 @@
 #include "services/Runtime.h"
 #include "services/TaskReport.h"
 #include "services/files/QWFileManager.h"
+#include "services/files/RealPaths.h"
 
 namespace vantory {
 
@@ -99,7 +100,7 @@ class ItemComparing {
 
  private:
   void compare(const std::string& path);
-  Status checkRestoring(const std::string& path, const Found& after) const;
+  Status checkRestoring(const std::string& path, const Found& after);
   void compare(const std::string& path, Found before, Found after, Difference onlyBefore, int depth);
   void compareFolders(const std::string& path, const Found& before, const Found& after, Difference onlyBefore,
                       int depth);
@@ -114,6 +115,7 @@ class ItemComparing {
   ItemComparison& item_;
   const QWPrefItem* const held_;
   const std::function<bool()>& goOn_;
+  RealPaths realPaths_;
   bool ended_ = false;
 };
 
@@ -171,9 +173,10 @@ bool ItemComparing::find(const std::string& path, Found& found, Side& side) {
 }
 
 // Between two backups nothing is restored.
-Status ItemComparing::checkRestoring(const std::string& path, const Found& after) const {
+Status ItemComparing::checkRestoring(const std::string& path, const Found& after) {
   if (!before_.isPresent() || !after.info || !held_) return {};
-  if (const std::string fault = held_->placeRule() ? "" : held_->faultOfMatch(path, after.path); !fault.empty())
+  if (const std::string fault = held_->placeRule() ? "" : held_->faultOfMatch(path, after.path, realPaths_);
+      !fault.empty())
     return Error{std::errc::operation_not_permitted, path + " " + fault};
   return vantory::checkRestoring(after.path, path, after_.path(), held_->placeRule());
 }

@@ -12,6 +12,7 @@
 #include "catalog/definitions/Wildcards.h"
 #include "services/QWLocalPaths.h"
 #include "services/files/QWFileManager.h"
+#include "services/files/RealPaths.h"
 
 namespace vantory {
 
@@ -151,7 +152,8 @@ std::string PatternRules::faultOf(const std::string& pattern, const std::vector<
 
 std::string PatternRules::faultOfPath(const std::string& path, const std::string& found,
                                       const std::vector<std::string>& identifiers) const {
-  if (std::string fault = faultOfMatch(path, found, identifiers); !fault.empty()) return fault;
+  RealPaths realPaths;
+  if (std::string fault = faultOfMatch(path, found, identifiers, realPaths); !fault.empty()) return fault;
   const Components components = foldedComponents(written(path));
   if (isScript(components.back())) return kPrograms;
   return std::ranges::any_of(components, holdsSecrets) ? kSecrets : "";
@@ -159,7 +161,7 @@ std::string PatternRules::faultOfPath(const std::string& path, const std::string
 
 // Folders may bear names that a person gave to projects and profiles.
 std::string PatternRules::faultOfMatch(const std::string& path, const std::string& found,
-                                       const std::vector<std::string>& identifiers) const {
+                                       const std::vector<std::string>& identifiers, RealPaths& realPaths) const {
   const bool isShared = shared_ && path.starts_with(*shared_ + "/");
   // A star in a name stands for nothing here.
   std::string name = written(path);
@@ -171,7 +173,7 @@ std::string PatternRules::faultOfMatch(const std::string& path, const std::strin
     return "is a folder, of which none is looked after there";
   const Components components = foldedComponents(name);
   if (std::string fault = faultOfPlace(components, isShared, identifiers); !fault.empty()) return fault;
-  if (isKeptOut(foldedComponents(written(QWFileManager::realPath(path))))) return kNoPreferences;
+  if (isKeptOut(foldedComponents(written(realPaths.of(path))))) return kNoPreferences;
   return holdsSecrets(components.back()) ? kSecrets : "";
 }
 

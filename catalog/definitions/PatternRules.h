@@ -8,6 +8,8 @@
 
 namespace vantory {
 
+class RealPaths;
+
 // Characters that a reader does not see or takes for others: blanks other than the space, marks that turn the text
 // round or join the letter before them, private ones.
 bool holdsDeceivingCharacters(std::string_view text);
@@ -24,7 +26,7 @@ class PatternRules {
   // The same of the path of what a pattern has found, there or in a backup, whatever characters its name has and
   // wherever links lead: of a catalog file's, and of one that nothing but a backup names.
   std::string faultOfMatch(const std::string& path, const std::string& found,
-                           const std::vector<std::string>& identifiers) const;
+                           const std::vector<std::string>& identifiers, RealPaths& realPaths) const;
   std::string faultOfPath(const std::string& path, const std::string& found,
                           const std::vector<std::string>& identifiers) const;
   // The pattern as an absolute one; none where the user has no folder for it. It must be without fault.
