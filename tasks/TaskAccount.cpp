@@ -201,15 +201,19 @@ std::string sentenceOn(FileAction deed, const TaskReport& report) {
   if (report.summary()) return *report.summary();
   std::set<std::string> items;
   std::set<std::string> places;  // one file may belong to two items
+  // What is locked already, or was not, is told of where that is all.
+  const bool isLock = deed == FileAction::Lock || deed == FileAction::Unlock;
+  const bool wereSo = isLock && !report.hasDone(deed) && report.count(Outcome::Skipped, deed) > 0;
   for (const FileReport& file : report.files()) {
-    if (file.action != deed || file.outcome != Outcome::Done) continue;
+    if (file.action != deed || file.outcome != (wereSo ? Outcome::Skipped : Outcome::Done)) continue;
     items.insert(file.item);
     places.insert(file.place.empty() ? file.path : file.place);
   }
   const std::size_t files = places.size();
   const std::string what = filesAndFolders(places) + " of " + counted(items.size(), "item");
-  // Of files that are as wanted already nothing else is told.
-  const bool wereSo = report.count(Outcome::Skipped, deed) > 0;
+  if (wereSo)
+    return formatted(deed == FileAction::Lock ? "%@ %@ locked already." : "%@ %@ not locked.", what,
+                     files == 1 ? "is" : "are");
   switch (deed) {
     case FileAction::Trash:
       return formatted(files > 0 ? "Moved %@ to the Trash." : "There was nothing to trash.", what);
@@ -218,15 +222,9 @@ std::string sentenceOn(FileAction deed, const TaskReport& report) {
     case FileAction::Restore:
       return formatted(files > 0 ? "Restored %@." : "There was nothing to restore.", what);
     case FileAction::Lock:
-      return formatted(files > 0 ? "Locked %@."
-                       : wereSo  ? "All that is there is locked already."
-                                 : "There was nothing to lock.",
-                       what);
+      return formatted(files > 0 ? "Locked %@." : "There was nothing to lock.", what);
     case FileAction::Unlock:
-      return formatted(files > 0 ? "Unlocked %@."
-                       : wereSo  ? "Nothing that is there is locked."
-                                 : "There was nothing to unlock.",
-                       what);
+      return formatted(files > 0 ? "Unlocked %@." : "There was nothing to unlock.", what);
     default:
       return "";
   }

@@ -403,7 +403,7 @@ TEST_F(CommandLineTest, ThePersonIsToldTrueNumbers) {
   EXPECT_EQ(run("-lock fcpPrefs,motionPrefs"), 0);
   EXPECT_THAT(errors_.str(), HasSubstr("Locked 2 files of 2 items."));
   EXPECT_EQ(run("-lock fcpPrefs,motionPrefs"), 0);
-  EXPECT_THAT(errors_.str(), HasSubstr("All that is there is locked already."));
+  EXPECT_THAT(errors_.str(), HasSubstr("2 files of 2 items are locked already."));
   EXPECT_EQ(run("-unlock fcpPrefs,motionPrefs"), 0);
   fs::remove(home_ / kFiles[3].second);
   for (const char* name : {"one", "two"}) writeFile(home_ / kFiles[3].second + "/" + name, "x");
