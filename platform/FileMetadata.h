@@ -24,8 +24,9 @@ class FileMetadata {
   // item, any other time only its owner.
   virtual Status setModified(const std::string& path, std::optional<Timestamp> time) = 0;
 
-  // True when the process may write to the item.
-  virtual bool isWritable(const std::string& path) const = 0;
+  // Whether the process may write to the item, as far as the system tells beforehand.
+  virtual Status checkWritable(const std::string& path) const = 0;
+  bool isWritable(const std::string& path) const { return checkWritable(path).ok(); }
 
   // True when the item is a regular file that the process may execute.
   virtual bool isExecutable(const std::string& path) const = 0;

@@ -132,8 +132,9 @@ std::optional<std::errc> OverlayFileSystem::obstacleTo(const std::string& path) 
   if (found->locked) return std::errc::operation_not_permitted;
   const OverlayNode there = node(folder);
   // The disk does not know of a flag that was cleared here.
-  const bool isOpen = unlimited_ || there.isMade() || there.locked || metadata_.isWritable(there.origin);
-  return isOpen ? std::nullopt : std::optional(std::errc::permission_denied);
+  if (unlimited_ || there.isMade() || there.locked) return std::nullopt;
+  const Status writable = metadata_.checkWritable(there.origin);
+  return writable ? std::nullopt : std::optional(writable.error().code);
 }
 
 std::optional<std::errc> OverlayFileSystem::obstacleToTaking(const std::string& path) const {

@@ -53,12 +53,13 @@ std::string OverlayMetadata::placeOnDisk(const std::string& path) const {
 }
 
 // The disk tells only of what was not made, locked or unlocked here.
-bool OverlayMetadata::isWritable(const std::string& path) const {
+Status OverlayMetadata::checkWritable(const std::string& path) const {
   const Lock lock(tree_.mutex);
   const auto info = files_.info(path, Links::Follow);
-  if (!info || info->locked) return false;
+  if (!info) return info.error();
+  if (info->locked) return Error{std::errc::operation_not_permitted, path + " is locked"};
   const OverlayNode node = tree_.at(paths::normalized(path));
-  return node.isMade() || node.locked || disk_.isWritable(node.origin);
+  return node.isMade() || node.locked ? Status() : disk_.checkWritable(node.origin);
 }
 
 bool OverlayMetadata::isExecutable(const std::string& path) const {

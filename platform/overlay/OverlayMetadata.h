@@ -19,7 +19,7 @@ class OverlayMetadata : public FileMetadata {
   std::vector<Status> setAllLocked(const std::vector<std::string>& paths, bool locked) override;
   // Told of nowhere: tasks set the time of what they have just made.
   Status setModified(const std::string& path, std::optional<Timestamp> time) override;
-  bool isWritable(const std::string& path) const override;
+  Status checkWritable(const std::string& path) const override;
   bool isExecutable(const std::string& path) const override;
   bool isPackage(const std::string& path) const override;
   Result<std::string> linkTarget(const std::string& path) const override;

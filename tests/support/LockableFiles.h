@@ -23,10 +23,13 @@ class FakeLocks : public LinuxFileMetadata {
     }
     return results;
   }
-  bool isWritable(const std::string& path) const override { return !unwritable.contains(path); }
+  Status checkWritable(const std::string& path) const override {
+    return unwritable.contains(path) ? Error{whyUnwritable, path} : Status();
+  }
 
   std::set<std::string> locked;
   std::set<std::string> unwritable;
+  std::errc whyUnwritable = std::errc::permission_denied;
   Status lockAnswer;
 };
 

@@ -658,6 +658,10 @@ TEST_F(CommandLineTest, PreviewsForeseeRefusals) {
   fakes_.users.superuser = true;  // whose rights reach there
   EXPECT_EQ(run("--preview trash motionPrefs"), 0);
   EXPECT_THAT(output_.str(), HasSubstr("\nmove         " + folder + "/com.apple.motion.plist\n  to  "));
+  metadata_.whyUnwritable = std::errc::read_only_file_system;  // where nobody's do
+  EXPECT_EQ(run("--preview trash motionPrefs"), 0);
+  EXPECT_THAT(output_.str(), HasSubstr("\ncannot trash  " + folder + "/com.apple.motion.plist (Read-only"));
+  metadata_.whyUnwritable = std::errc::permission_denied;
 
   fakes_.users.superuser = false;
   ASSERT_EQ(run("-backup Set"), 0);

@@ -164,9 +164,9 @@ Status LinuxFileMetadata::setModified(const std::string& path, std::optional<Tim
   return {};
 }
 
-bool LinuxFileMetadata::isWritable(const std::string& path) const {
+Status LinuxFileMetadata::checkWritable(const std::string& path) const {
   const FileRights::Scope scope(rights_);
-  return faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) == 0;
+  return faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) == 0 ? Status() : systemError(path);
 }
 
 bool LinuxFileMetadata::isExecutable(const std::string& path) const {

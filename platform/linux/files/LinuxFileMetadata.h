@@ -18,7 +18,7 @@ class LinuxFileMetadata : public FileMetadata {
   // Works on the user's own files only, and needs a process that may set the immutable flag or the lock helper.
   std::vector<Status> setAllLocked(const std::vector<std::string>& paths, bool locked) override;
   Status setModified(const std::string& path, std::optional<Timestamp> time) override;
-  bool isWritable(const std::string& path) const override;
+  Status checkWritable(const std::string& path) const override;
   bool isExecutable(const std::string& path) const override;
   bool isPackage(const std::string& path) const override;
   Result<std::string> linkTarget(const std::string& path) const override;

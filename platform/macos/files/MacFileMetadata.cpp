@@ -114,8 +114,8 @@ Status MacFileMetadata::setModified(const std::string& path, std::optional<Times
   return futimens(item->get(), times) == 0 ? Status() : systemError(path);
 }
 
-bool MacFileMetadata::isWritable(const std::string& path) const {
-  return faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) == 0;
+Status MacFileMetadata::checkWritable(const std::string& path) const {
+  return faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) == 0 ? Status() : systemError(path);
 }
 
 bool MacFileMetadata::isExecutable(const std::string& path) const {

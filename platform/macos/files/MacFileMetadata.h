@@ -16,7 +16,7 @@ class MacFileMetadata : public FileMetadata {
 
   std::vector<Status> setAllLocked(const std::vector<std::string>& paths, bool locked) override;
   Status setModified(const std::string& path, std::optional<Timestamp> time) override;
-  bool isWritable(const std::string& path) const override;
+  Status checkWritable(const std::string& path) const override;
   bool isExecutable(const std::string& path) const override;
   // By its extension or by what the Finder notes of it.
   bool isPackage(const std::string& path) const override;

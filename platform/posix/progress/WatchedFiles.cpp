@@ -112,8 +112,8 @@ Status WatchedFileMetadata::setModified(const std::string& path, std::optional<T
   return disk_.setModified(path, time);
 }
 
-bool WatchedFileMetadata::isWritable(const std::string& path) const {
-  return disk_.isWritable(path);
+Status WatchedFileMetadata::checkWritable(const std::string& path) const {
+  return disk_.checkWritable(path);
 }
 
 bool WatchedFileMetadata::isExecutable(const std::string& path) const {

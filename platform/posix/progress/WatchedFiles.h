@@ -40,7 +40,7 @@ class WatchedFileMetadata : public FileMetadata {
 
   std::vector<Status> setAllLocked(const std::vector<std::string>& paths, bool locked) override;
   Status setModified(const std::string& path, std::optional<Timestamp> time) override;
-  bool isWritable(const std::string& path) const override;
+  Status checkWritable(const std::string& path) const override;
   bool isExecutable(const std::string& path) const override;
   bool isPackage(const std::string& path) const override;
   Result<std::string> linkTarget(const std::string& path) const override;
