@@ -117,6 +117,16 @@ void readEntry(const PropertyListDictionary& entry, Receipt& receipt) {
   }
 }
 
+// Whether there is nothing but locks that were taken away and set again, as around a restore that failed.
+bool areAllLockedAgain(const std::vector<ReceiptStep>& steps) {
+  std::map<std::string, int> taken;  // locks, and not set again
+  for (const ReceiptStep& step : steps) {
+    if (step.action != FileAction::Lock && step.action != FileAction::Unlock) return false;
+    taken[step.path] += step.action == FileAction::Unlock ? 1 : -1;
+  }
+  return std::ranges::all_of(taken, [](const auto& path) { return path.second == 0; });
+}
+
 // Of what was planned only that remains which nothing says was done, and nothing at all of a task that has ended. One
 // file may be restored twice; a folder that was made is noted again when it is full, a copy when it is made anew. One
 // that was made and removed again, as a backup that found no files, is as if it had never been, and so is what made way
@@ -140,6 +150,7 @@ void dropOvertaken(Receipt& receipt) {
     const bool isPassing = step.action == FileAction::Create || step.action == FileAction::Remove;
     return isPassing && step.isDone && has(FileAction::Create) && has(FileAction::Remove);
   });
+  if (receipt.ended && areAllLockedAgain(kept)) kept.clear();
   std::ranges::reverse(kept);
   receipt.steps = std::move(kept);
 }

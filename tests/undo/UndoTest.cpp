@@ -190,6 +190,20 @@ TEST_F(UndoTest, LocksOfFilesAndTheirFoldersOutlastARestore) {
   }
 }
 
+TEST_F(UndoTest, ATaskThatOnlySetALockAgainIsPassedOver) {
+  const auto backup = backupOfAll("Set");
+  ASSERT_EQ(backup->writeData(report_), WriteResult::Success);
+  fill("live");
+  metadata_.locked = {home_ / "Library/Preferences"};
+  const auto restore = [&] { task("restore", [&](TaskReport& report) { backup->restore(report); }); };
+  restore();
+  files_.fail(Operation::StageCopy, std::errc::io_error, FaultyFileSystem::kEveryCall);
+  restore();
+  files_.heal();
+  EXPECT_TRUE(undo().isWhole());
+  EXPECT_EQ(contents(), "live live live ");
+}
+
 // Killed when its replaced copies were in the Trash; then when they lay beside the backup, and the undo as well.
 TEST_F(UndoTest, OfAKilledUpdateTheReplacedCopiesAreFound) {
   const auto backup = backupOfAll("Set");
