@@ -47,22 +47,27 @@ void remarkOnMissing(const std::string& operand, const std::string& path, TaskRe
             ? formatted("\"%@\" is in the library. To restore it: vantory -restore \"%@\"", operand, backup->path())
             : formatted("\"%@\" is in the library. To restore it the path of its folder is needed: %@", operand,
                         backup->path()));
+  if (isName && Runtime::current().isHomeNamed)
+    report.remark(
+        "Where a home is named, a name without \"/\" is looked for in its library only: \"./NAME\" is a path.");
   if (meant.empty())
     report.remark(isName ? faultOfName(operand, {})
                          : path + " is not there. \"vantory --list-backups\" lists what the library has.");
 }
 
-// Whoever names homes knows no path in each one's library: there a backup may be called by its name, or by its path
-// from the library on.
+// Whoever names homes knows no path in each one's library: there a backup may be called by its name, which nothing in
+// the working directory takes, or by its path from the library on. Empty for a name that is no single backup's.
 std::string pathMeant(const CommandContext& context) {
   const std::string path = context.pathOperand(1);
-  if (!Runtime::current().isHomeNamed || QWFileManager::fileExistsAtPath(path)) return path;
+  const std::string operand = *context.operand(1);
+  const bool isName = operand.find('/') == std::string::npos;
+  if (!Runtime::current().isHomeNamed || (!isName && QWFileManager::fileExistsAtPath(path))) return path;
   QWDataController& data = QWDataController::sharedController();
   data.populateApps();
   data.populateBackups();
-  const std::string operand = *context.operand(1);
   const BackupList meant = backupsMeant(operand, paths::absolute(operand, libraryFolder().value_or("/")));
-  return meant.size() == 1 ? meant.front()->path() : path;
+  if (meant.size() == 1) return meant.front()->path();
+  return isName ? "" : path;
 }
 
 }  // namespace

@@ -522,6 +522,20 @@ TEST_F(CommandLineTest, RestoreTakesAPathAndTheListedItems) {
   EXPECT_THAT(intact(), ElementsAre("fcp", "plugins"));
 }
 
+TEST_F(CommandLineTest, InANamedHomeNothingTakesTheNameOfABackup) {
+  ASSERT_EQ(run("-backup Set"), 0);
+  fill("new");
+  fakes_.system.directory = home_ / "planted";
+  writeFile(home_ / "planted/Set.vnt/Settings.plist", "<plist><dict/></plist>");
+  writeFile(home_ / "planted/Other.vnt/Settings.plist", "<plist><dict/></plist>");
+  isHomeNamed_ = true;
+  EXPECT_EQ(run("-restore Set.vnt"), 0);
+  EXPECT_EQ(intact(), kAll);
+  EXPECT_EQ(run("-restore Other.vnt"), 1);
+  EXPECT_THAT(fakes_.systemLog.messages(), Contains(HasSubstr("\"./NAME\" is a path")));
+  EXPECT_EQ(run("-restore ./Other.vnt"), 0);
+}
+
 TEST_F(CommandLineTest, TheDefaultBackupIsRestoredOnRequestOnly) {
   EXPECT_EQ(run("-restoredefault"), 1);
   EXPECT_THAT(fakes_.systemLog.messages(), ElementsAre("Unable to restore backup - no default backup set."));
