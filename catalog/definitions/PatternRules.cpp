@@ -223,11 +223,12 @@ std::string PatternRules::faultInDocuments(const Components& pattern) {
   constexpr std::size_t kFewest = 5;  // "~", "Documents", maker, application, file
   const std::string& name = pattern.back();
   const std::size_t ending = name.size() - std::min(name.size(), name.rfind('.'));
-  const bool isNamed = !QWFileManager::isWildcardPath(name) || fixedBeginning(name).size() + ending >= kFixedCharacters;
+  const std::size_t fixed = fixedBeginning(name).size() + (QWFileManager::isWildcardPath(name) ? ending : 0);
+  const bool isNamed = std::ranges::none_of(pattern, QWFileManager::isWildcardPath) || fixed >= kFixedCharacters;
   if (pattern.size() < kFewest || QWFileManager::isWildcardPath(pattern[2]) ||
       QWFileManager::isWildcardPath(pattern[3]) || !isNamed)
     return "could match what is the person's own: in ~/Documents the folders of a maker and an application must be "
-           "named, and four characters of a name with * and its ending";
+           "named, and where there is a * four characters of the last name, its ending counted";
   return faultOfNames(pattern, 2);
 }
 

@@ -106,6 +106,7 @@ TEST_F(DefinitionsTest, HostilePatternsAreRefused) {
       {"~/Library/Mobile Documents/*", "where no application keeps"},
       {"~/Documents/Work", "is the person's own"},
       {"~/Documents/Work/Films/*", "is the person's own"},
+      {"~/Documents/Work/Films/*/src", "is the person's own"},
       {"~/.kde/share/config/editorrc", "where no application keeps"},
       {"~/.var/app/org.mozilla.firefox/config/x", "where no application keeps"},
       {"~/Library/Containers/com.apple.mail/Data/x", "where no application keeps"},
