@@ -44,6 +44,8 @@ std::string remarkOnMissingHome(const std::string& home) {
 std::string remarkOnOtherHome(const std::string& home) {
   const auto named = Runtime::current().platform().users.disregardedHome();
   if (!named) return {};
+  if (!QWFileManager::isDirectoryAtPath(*named))
+    return formatted("This works in %@, although HOME is %@, where there is no folder.", home, *named);
   return formatted(
       "This works in %@, although HOME is %@: the superuser's HOME counts only where it is root's own. To "
       "work in that home put --home \"%@\" before the task.",

@@ -58,6 +58,8 @@ seat() { # CLASS UID
 if [ "$system" = linux ]; then
 fresh vanna; as_root HOME=/tmp/vanna "$program" -backup Mine
 check "HOME of somebody else's is not taken, and that is said" eval '[ ! -e "$library" ] && grep -q "^Vantory: This works in /root, .*--home \"/tmp/vanna\" before the task" "$work/err"'
+as_root HOME=/tmp/gone "$program" -list
+check "HOME of nobody's is told too" grep -q "^Vantory: This works in /root, although HOME is /tmp/gone, where there is no folder" "$work/err"
 fresh vanna
 seat user $uid
 as_root HOME=/root SUDO_UID=$nobody "$program" -backup Console

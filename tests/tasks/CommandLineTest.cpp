@@ -491,9 +491,13 @@ TEST_F(CommandLineTest, AReportInJsonTellsOfEachFile) {
   EXPECT_THAT(output_.str(),
               AllOf(HasSubstr("Motion is running and was skipped."), HasSubstr("\"operand\": \"none\"")));
   EXPECT_EQ(run("--json -list"), 1);
-  fakes_.users.disregarded = "/Users/bert";
-  EXPECT_EQ(run("--json -unlock fcp"), 0);
-  EXPECT_THAT(output_.str(), HasSubstr("--home \\\"/Users/bert\\\" before the task."));
+  makeFolders(home_ / "bert");
+  for (const auto& [home, told] : {std::pair("bert", "--home \\\"" + home_ / "bert" + "\\\" before the task."),
+                                   {"gone", "where there is no folder."}}) {
+    fakes_.users.disregarded = home_ / home;
+    EXPECT_EQ(run("--json -unlock fcp"), 0);
+    EXPECT_THAT(output_.str(), AllOf(HasSubstr("although HOME is " + home_ / home), HasSubstr(told)));
+  }
 }
 
 TEST_F(CommandLineTest, ATaskThatIsMistypedIsNamed) {

@@ -2,7 +2,6 @@
 #include "platform/posix/processes/PasswordDatabase.h"
 
 #include <pwd.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -42,9 +41,7 @@ std::optional<std::string> usableHome(std::optional<std::string> folder) {
 
 std::optional<std::string> homeBesides(const std::optional<User>& user) {
   auto home = usableHome(environmentFolder("HOME"));
-  struct stat status {};
-  if (!home || (user && user->home == *home) || stat(home->c_str(), &status) != 0 || !S_ISDIR(status.st_mode))
-    return std::nullopt;
+  if (!home || (user && user->home == *home)) return std::nullopt;
   const auto own = databaseUser(getuid());
   return own && own->home == *home ? std::nullopt : home;
 }
