@@ -37,9 +37,7 @@ void remarkOnNamedDefault(TaskReport& report) {
   if (!name) return;
   const QWDataController& data = QWDataController::sharedController();
   if (const auto error = data.libraryError()) return report.remark(error->text);
-  const auto library = libraryFolder();
-  if (library && QWFileManager::isMissingAtPath(*library))
-    return report.remark(formatted("The library of backups, %@, is not there.", *library));
+  if (const auto missing = missingLibraryInWords()) return report.remark(*missing);
   bool isThere = false;
   for (const auto& backup : data.allBackups()) {
     if (name != paths::lastComponent(backup->path())) continue;

@@ -2,10 +2,12 @@
 #include "backups/LibraryFolder.h"
 
 #include "backups/BackupNaming.h"
+#include "base/Format.h"
 #include "base/Paths.h"
 #include "platform/FileSystem.h"
 #include "services/QWLocalPaths.h"
 #include "services/Runtime.h"
+#include "services/files/QWFileManager.h"
 #include "services/settings/QWUserDefaults.h"
 #include "services/settings/SettingsKeys.h"
 
@@ -41,6 +43,12 @@ std::vector<std::string> foldersOfBackups() {
   for (auto folder : {libraryFolder(), usualLibraryFolder()})
     if (folder) folders.push_back(std::move(*folder));
   return folders;
+}
+
+std::optional<std::string> missingLibraryInWords() {
+  const auto library = libraryFolder();
+  if (!library || !QWFileManager::isMissingAtPath(*library)) return std::nullopt;
+  return formatted("The library of backups, %@, is not there.", *library);
 }
 
 std::optional<std::string> autosavesFolder() {

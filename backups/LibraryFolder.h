@@ -19,6 +19,8 @@ std::optional<std::string> folderNamed(const std::string& path);
 std::optional<std::string> unusableLibraryFolder();
 // The folders that hold backups, which are nobody's preferences.
 std::vector<std::string> foldersOfBackups();
+// That the library's folder is not there, in a sentence; none where it may be.
+std::optional<std::string> missingLibraryInWords();
 // The folder of the automatic backups, inside the library's.
 std::optional<std::string> autosavesFolder();
 // What is called like a backup in a folder; nothing in one that is missing.

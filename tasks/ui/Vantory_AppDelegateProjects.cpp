@@ -4,6 +4,7 @@
 #include <chrono>
 #include <exception>
 
+#include "backups/LibraryFolder.h"
 #include "backups/QWDataController.h"
 #include "backups/ui/FailureReport.h"
 #include "base/Paths.h"
@@ -55,6 +56,16 @@ std::shared_ptr<QWBackup> backupLinkedTo(const std::string& project) {
   return nullptr;
 }
 
+// Tells where a backup that the project is linked to may be out of reach. The usual library is made with its first
+// backup only.
+void reportUnreachableLibrary() {
+  const char* failure = "The backups could not be looked through for this project";
+  if (const auto error = QWDataController::sharedController().libraryError())
+    return reportFailure(failure, error->text);
+  const auto missing = missingLibraryInWords();
+  if (missing && libraryFolder() != usualLibraryFolder()) reportFailure(failure, *missing);
+}
+
 bool wantsSystemSettings(const std::string& bundleID) {
   return QWUserDefaults::standardUserDefaults().integerForKey(setting::kShowSystemSettings) == 1 &&
          lowerCased(bundleID) == lowerCased(kFinalCutPro);
@@ -86,7 +97,10 @@ void Vantory_AppDelegate::openProject(const std::string& path, const std::string
 bool Vantory_AppDelegate::restoreBackupLinkedTo(const std::string& project) {
   QWDataController::sharedController().populateBackups();
   const auto backup = backupLinkedTo(project);
-  if (!backup) return false;
+  if (!backup) {
+    reportUnreachableLibrary();
+    return false;
+  }
   QWLog::appendLog("Restoring backup %@, which the project is linked to", backup->name());
   QWAuthorization::sharedController().beginTask();
   QWGrowl::postGrowlNotification("Restoring preferences...", "");

@@ -77,6 +77,22 @@ TEST_F(DelegateTest, AProjectBringsTheBackupItIsLinkedToOrElseFinalCutProsSettin
   EXPECT_THAT(alerts_, ElementsAre("Vantory cannot open \"notes.txt\""));
 }
 
+TEST_F(DelegateTest, ALibraryOutOfReachIsToldBeforeAProjectOpensWithoutItsBackup) {
+  const std::string failure = "The backups could not be looked through for this project";
+  open(kProject);
+  EXPECT_THAT(alerts_, ElementsAre()) << "the usual library is made with its first backup";
+  EXPECT_TRUE(QWUserDefaults::standardUserDefaults().setObject("backupPath", machine_ / "volume/Backups"));
+  open(kProject);
+  EXPECT_THAT(alerts_, ElementsAre(failure));
+  EXPECT_THAT(informative_, HasSubstr("volume/Backups, is not there"));
+  files_.fail(test::Operation::List, std::errc::io_error, FaultyFileSystem::kEveryCall);
+  open(kProject);
+  files_.heal();
+  EXPECT_THAT(alerts_, ElementsAre(failure, failure));
+  EXPECT_THAT(informative_, HasSubstr("Input/output error"));
+  EXPECT_EQ(fakes_.workspace.opened.size(), 3U) << "as it would without one";
+}
+
 TEST_F(DelegateTest, ABackupIsImportedAfterAQuestion) {
   const std::string elsewhere = home_ / "Films/Clean setup.vnt";
   std::filesystem::create_directories(home_ / "Films");
