@@ -139,7 +139,7 @@ bool Vantory_AppDelegate::openFile(const std::string& path) {
   }
   wasOpenedByProjectFile_ = true;
   if (const auto known = applicationsOfProject(path, QWDataController::sharedController().appArray()); !known.empty()) {
-    if (!BackgroundThreads::shared().start([=, this] { openProject(path, installedAmong(known)); })) terminate();
+    if (!startTask([=, this] { openProject(path, installedAmong(known)); })) terminate();
     return true;
   }
   QWLog::appendLogAndPrint("Error - unknown file: %@", path);

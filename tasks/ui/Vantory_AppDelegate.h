@@ -2,7 +2,6 @@
 #pragma once
 
 #include <functional>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -56,7 +55,7 @@ class Vantory_AppDelegate : public PreferenceDelegate {
   void importBackup();
 
   // Restores the backup that the project is linked to, opens the project, and ends the program when all work has ended.
-  // Worker thread.
+  // Worker thread, in its turn of the tasks.
   void openProject(const std::string& path, const std::string& withApplication);
   // Runs a script, of which nobody hears how it went. False where there is no such thing.
   bool executeApplescript(const std::string& script);
@@ -93,7 +92,6 @@ class Vantory_AppDelegate : public PreferenceDelegate {
 
   const Parts parts_;
   bool wasOpenedByProjectFile_ = false;
-  std::mutex projectTurn_;  // two projects must not restore at once
 };
 
 }  // namespace vantory

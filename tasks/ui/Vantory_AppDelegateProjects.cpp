@@ -76,7 +76,6 @@ bool wantsSystemSettings(const std::string& bundleID) {
 // The preferences come first: the application reads them when it starts.
 void Vantory_AppDelegate::openProject(const std::string& path, const std::string& withApplication) {
   try {
-    const std::lock_guard turn(projectTurn_);
     const bool restored = restoreBackupLinkedTo(path);
     if (const auto application = workspace().applicationPath(withApplication)) {
       const Result<bool> running = workspace().isRunning(kFinalCutPro);

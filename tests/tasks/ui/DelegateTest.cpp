@@ -1,8 +1,10 @@
 #include "tasks/ui/Vantory_AppDelegate.h"
 
+#include <algorithm>
 #include <atomic>
 #include <thread>
 
+#include "services/log/QWLog.h"
 #include "services/receipts/ReceiptFolder.h"
 #include "services/settings/QWUserDefaults.h"
 #include "tasks/ui/DocumentPaths.h"
@@ -191,6 +193,19 @@ TEST_F(DelegateTest, DocumentsAndTheEndWaitForRunningWork) {
 }
 
 TEST_F(DelegateTest, StartsOnlyWithAnAdministratorWhereOneIsRequired) {
+TEST_F(DelegateTest, AProjectTakesItsTurnWithTheTasks) {
+  SerialWork::tasks().add([this] {
+    MainThread::shared().runAndWait([this] { delegate_.openFile(kProject); });
+    for (int i = 0; i < 100; ++i) MainThread::shared().runAndWait([] {});
+    QWLog::appendLog("The task before has ended");
+  });
+  finishWork();
+  const auto lines = logged();
+  EXPECT_LT(std::ranges::find(lines, "The task before has ended"), std::ranges::find(lines, "Populating backups..."));
+  EXPECT_EQ(fakes_.workspace.opened.size(), 1U);
+  EXPECT_EQ(quits_, 1);
+}
+
   EXPECT_TRUE(delegate_.awakeFromNib());
   EXPECT_TRUE(QWUserDefaults::standardUserDefaults().setObject("requireAdminPassword", PropertyList(1)));
   fakes_.privileged.grants = false;
