@@ -77,11 +77,10 @@ bool wantsSystemSettings(const std::string& bundleID) {
 void Vantory_AppDelegate::openProject(const std::string& path, const std::string& withApplication) {
   try {
     const bool restored = restoreBackupLinkedTo(path);
-    if (const auto application = workspace().applicationPath(withApplication)) {
+    if (workspace().applicationPath(withApplication)) {
       const Result<bool> running = workspace().isRunning(kFinalCutPro);
       openInApplication(path, withApplication);
-      MainThread::shared().runAndWait(
-          [&] { activateApplicationWithName(paths::withoutExtension(paths::lastComponent(*application))); });
+      MainThread::shared().runAndWait([&] { activateApplicationWithName(withApplication); });
       if (!restored && wantsSystemSettings(withApplication)) showSystemSettings(running && *running);
     } else {
       QWLog::appendLogAndPrint("Unable to open %@ - the application %@ is not installed", path, withApplication);
@@ -126,8 +125,8 @@ void Vantory_AppDelegate::showSystemSettings(bool wasRunning) {
   MainThread::shared().runAndWait([this] { executeApplescript(kShowSystemSettings); });
 }
 
-// The name is that of the file that declares the application, which here is its identifier. One that has just been
-// started comes to the front by itself, and others may not be brought there by a stranger.
+// The name that every desktop knows an application by is its identifier. One that has just been started comes to the
+// front by itself, and on some desktops others may not be brought there by a stranger.
 void Vantory_AppDelegate::activateApplicationWithName(const std::string& name) {
   (void)workspace().activateApplication(name);
 }

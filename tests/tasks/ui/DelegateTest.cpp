@@ -61,8 +61,9 @@ TEST_F(DelegateTest, AProjectBringsTheBackupItIsLinkedToOrElseFinalCutProsSettin
   fakes_.workspace.running = {"com.apple.FinalCutPro"};
   EXPECT_EQ(secondsFor([&] { open(kProject); }), 2);
   EXPECT_EQ(fakes_.workspace.scripts.size(), 2u);
-  fakes_.workspace.paths["com.apple.motion"] = "/share/com.apple.motion.desktop";
+  fakes_.workspace.paths["com.apple.motion"] = "/Applications/Motion.app";
   EXPECT_THAT(open("/films/title.motn"), Not(Contains(kKeystroke)));
+  EXPECT_EQ(fakes_.workspace.activated.back(), "com.apple.motion") << "whatever its file is called";
 
   writeBackup("For another", {"/films/cut.fcp"});
   writeBackup("For the film", {"/films/other.fcp", kProject});
@@ -192,7 +193,6 @@ TEST_F(DelegateTest, DocumentsAndTheEndWaitForRunningWork) {
   EXPECT_EQ(quits_, 1);
 }
 
-TEST_F(DelegateTest, StartsOnlyWithAnAdministratorWhereOneIsRequired) {
 TEST_F(DelegateTest, AProjectTakesItsTurnWithTheTasks) {
   SerialWork::tasks().add([this] {
     MainThread::shared().runAndWait([this] { delegate_.openFile(kProject); });
@@ -206,6 +206,7 @@ TEST_F(DelegateTest, AProjectTakesItsTurnWithTheTasks) {
   EXPECT_EQ(quits_, 1);
 }
 
+TEST_F(DelegateTest, StartsOnlyWithAnAdministratorWhereOneIsRequired) {
   EXPECT_TRUE(delegate_.awakeFromNib());
   EXPECT_TRUE(QWUserDefaults::standardUserDefaults().setObject("requireAdminPassword", PropertyList(1)));
   fakes_.privileged.grants = false;
