@@ -33,6 +33,7 @@
 #include "tasks/TaskAccount.h"
 #include "tasks/TaskCommand.h"
 #include "tasks/TaskOptions.h"
+#include "tasks/TypedCommand.h"
 
 namespace vantory {
 
@@ -84,16 +85,9 @@ class TaskEnding {
   }
 
  private:
-  // As it is to be typed; none where the home's name is one that a shell would read otherwise.
   static std::string undoHint(const TaskReceipt& receipt) {
-    std::string command = receipt.undoCommand();
-    if (Runtime::current().isHomeNamed) {
-      const std::string home = QWLocalPaths::userDirectory().value_or("");
-      if (!standsInQuotes(home)) return "";
-      const std::string_view program = "vantory";
-      command.insert(program.size(), " --home \"" + home + "\"");
-    }
-    return " Undo: " + command;
+    const auto command = commandInThisHome(receipt.undoCommand());
+    return command ? " Undo: " + *command : "";
   }
 
   std::string json(int exitCode, const TaskReport& report) const {

@@ -17,6 +17,7 @@
 #include "tasks/KeyList.h"
 #include "tasks/NamedBackup.h"
 #include "tasks/TaskCommand.h"
+#include "tasks/TypedCommand.h"
 
 namespace vantory {
 
@@ -41,12 +42,12 @@ void remarkOnMissing(const std::string& operand, const std::string& path, TaskRe
   data.populateBackups();
   const bool isName = operand.find('/') == std::string::npos;
   const BackupList meant = isName ? backupsMeant(operand, operand) : BackupList();
-  for (const auto& backup : meant)
-    report.remark(
-        standsInQuotes(backup->path())
-            ? formatted("\"%@\" is in the library. To restore it: vantory -restore \"%@\"", operand, backup->path())
-            : formatted("\"%@\" is in the library. To restore it the path of its folder is needed: %@", operand,
-                        backup->path()));
+  for (const auto& backup : meant) {
+    const std::string& found = backup->path();
+    const auto command = standsInQuotes(found) ? commandInThisHome("vantory -restore \"" + found + "\"") : std::nullopt;
+    report.remark(formatted("\"%@\" is in the library. To restore it", operand) +
+                  (command ? ": " + *command : " the path of its folder is needed: " + found));
+  }
   if (isName && Runtime::current().isHomeNamed)
     report.remark(
         "Where a home is named, a name without \"/\" is looked for in its library only: \"./NAME\" is a path.");

@@ -538,6 +538,11 @@ TEST_F(CommandLineTest, InANamedHomeNothingTakesTheNameOfABackup) {
   EXPECT_EQ(run("-restore Other.vnt"), 1);
   EXPECT_THAT(fakes_.systemLog.messages(), Contains(HasSubstr("\"./NAME\" is a path")));
   EXPECT_EQ(run("-restore ./Other.vnt"), 0);
+  makeFolders(library("/Autosaves"));
+  fs::copy(library("/Set.vnt"), library("/Autosaves/Set.vnt"), fs::copy_options::recursive);
+  EXPECT_EQ(run("-restore Set"), 1);
+  EXPECT_THAT(fakes_.systemLog.messages(),
+              Contains(EndsWith("vantory --home \"" + home_.path() + "\" -restore \"" + library("/Set.vnt") + "\"")));
 }
 
 TEST_F(CommandLineTest, TheDefaultBackupIsRestoredOnRequestOnly) {
