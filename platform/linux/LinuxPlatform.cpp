@@ -18,6 +18,7 @@
 #include "platform/linux/system/LinuxStandardFolders.h"
 #include "platform/linux/system/LinuxSystemTools.h"
 #include "platform/linux/system/LinuxUsers.h"
+#include "platform/posix/files/UntrustedMode.h"
 #include "platform/posix/processes/PosixClock.h"
 #include "platform/posix/processes/PosixProcesses.h"
 #include "platform/posix/processes/ProcessCalls.h"
@@ -98,6 +99,7 @@ LinuxPlatform::LinuxPlatform(std::vector<std::string> arguments, std::string sta
   const bool wasHandedDown = dropBorrowedIdentity();
   fillStandardStreams();
   ignoreFailedWrites();
+  learnProcessMask();
   parts_ = std::make_unique<Parts>(std::move(arguments), std::move(startedProgram));
   Parts& p = *parts_;
   if (progress == Progress::Shown) p.showProgress();

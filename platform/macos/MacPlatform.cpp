@@ -12,6 +12,7 @@
 #include "platform/macos/system/MacStandardFolders.h"
 #include "platform/macos/system/MacSystemTools.h"
 #include "platform/macos/system/MacUsers.h"
+#include "platform/posix/files/UntrustedMode.h"
 #include "platform/posix/processes/PosixClock.h"
 #include "platform/posix/processes/PosixProcesses.h"
 #include "platform/posix/processes/ProcessCalls.h"
@@ -66,6 +67,7 @@ MacPlatform::MacPlatform(std::vector<std::string> arguments, Progress progress, 
                          std::string startedProgram) {
   fillStandardStreams();
   ignoreFailedWrites();
+  learnProcessMask();
   parts_ = std::make_unique<Parts>(std::move(arguments), std::move(identity), std::move(startedProgram));
   Parts& p = *parts_;
   if (progress == Progress::Shown) p.disk.show();
