@@ -95,23 +95,20 @@ std::string withoutPeriod(std::string sentence) {
   return sentence;
 }
 
-bool hasKey(const AppDefinition& definition, const std::string& key) {
-  return std::ranges::any_of(definition.items,
-                             [&](const auto& item) { return compareIgnoringCase(item.key, key) == 0; });
-}
-
 // Whether the definition takes another application's place, which the catalog defines, or names what that has: a key
 // would restore other files than whoever gives it means. The same application, known by its name, may have other files
 // here, and other keys.
 DefinitionFault faultBesideInstalled(const AppDefinition& definition, const AppList& catalog,
                                      const TakenNames& installed) {
-  for (const auto& app : catalog) {
-    if (!app->defined() || app->name() == definition.name) continue;
-    if (shareIdentifier(*app->defined(), definition))
-      return {formatted("It has an identifier of \"%@\".", app->name()), {}};
-    for (const auto& item : app->children())
-      if (hasKey(definition, item->key()))
-        return {formatted("Its key \"%@\" is one of \"%@\".", item->key(), app->name()), {}};
+  for (const auto& app : catalog)
+    if (app->defined() && app->name() != definition.name && shareIdentifier(*app->defined(), definition))
+      return {formatted("It has an identifier of \"%@\": if that is the same application, give it this name in its "
+                        "catalog file here.",
+                        app->name()),
+              {}};
+  if (DefinitionFault fault = installed.faultOfKeys(definition, {definition.name}); !fault.reason.empty()) {
+    fault.reason += " Change the key there, or, if it is the same application, its name to this one.";
+    return fault;
   }
   return installed.faultOfPatterns(definition, {definition.name});
 }

@@ -281,7 +281,8 @@ std::string_view folderOf(Base base) {
 
 // Once: the table never changes.
 struct BuiltInNames {
-  std::map<std::string, std::string> names, keys;
+  std::map<std::string, std::string> names;
+  std::map<std::string, TakenKey> keys;
   std::vector<TakenPattern> patterns;
 
   BuiltInNames() {
@@ -346,19 +347,25 @@ DefinitionFault TakenNames::faultOf(const AppDefinition& definition) const {
                                             : "Another application is called \"%@\": %@ defines it.",
                       definition.name, taken->second),
             definition.name};
-  for (const AppDefinition::Item& item : definition.items) {
-    const auto taken = keys_.find(lowerCased(item.key));
-    if (taken != keys_.end() && !taken->second.empty())
-      return {formatted("The key \"%@\" is taken: %@ has it.", item.key, taken->second), item.key};
-    if (taken != keys_.end() || lowerCased(item.key).starts_with(kUserKey))
-      return {formatted("The key \"%@\" is taken or reserved.", item.key), item.key};
-  }
+  if (DefinitionFault fault = faultOfKeys(definition); !fault.reason.empty()) return fault;
   for (const std::string& extension : definition.projects)
     if (const auto taken = projects_.find(extension); taken != projects_.end())
       return {formatted("Files that end in \".%@\" are the projects of another application: %@ says so.", extension,
                         taken->second),
               extension};
   return faultOfPatterns(definition);
+}
+
+DefinitionFault TakenNames::faultOfKeys(const AppDefinition& definition, const std::vector<std::string>& except) const {
+  for (const AppDefinition::Item& item : definition.items) {
+    const auto taken = keys_.find(lowerCased(item.key));
+    const bool isTaken = taken != keys_.end() && std::ranges::count(except, taken->second.application) == 0;
+    if (isTaken && !taken->second.source.empty())
+      return {formatted("The key \"%@\" is taken: %@ has it.", item.key, taken->second.source), item.key};
+    if (isTaken || lowerCased(item.key).starts_with(kUserKey))
+      return {formatted("The key \"%@\" is taken or reserved.", item.key), item.key};
+  }
+  return {};
 }
 
 // What is looked after twice would be trashed with the wrong application.
@@ -379,7 +386,7 @@ void TakenNames::take(const AppDefinition& definition) {
   const std::string source = definition.source.empty() ? "another definition" : definition.source;
   names_[lowerCased(definition.name)] = source;
   for (const AppDefinition::Item& item : definition.items) {
-    keys_[lowerCased(item.key)] = source;
+    keys_[lowerCased(item.key)] = {definition.name, source};
     for (const std::string& pattern : item.files) patterns_.push_back({foldedComponents(pattern), definition.name});
   }
   for (const std::string& extension : definition.projects) projects_[extension] = source;

@@ -32,6 +32,11 @@ std::variant<ReadDefinition, DefinitionFault> readDefinition(const PropertyList&
 // The reverse; without the source.
 PropertyList propertyListOf(const AppDefinition& definition);
 
+struct TakenKey {
+  std::string application;  // its name
+  std::string source;       // the file that has it
+};
+
 struct TakenPattern {
   std::vector<std::string> components;  // folded
   std::string application;              // its name
@@ -44,7 +49,8 @@ class TakenNames {
   TakenNames();
   // Why the definition cannot stand beside the others; an empty reason where it can.
   DefinitionFault faultOf(const AppDefinition& definition) const;
-  // The same of its patterns alone; those of the other applications of these names are no fault.
+  // The same of its keys or patterns alone; those of the other applications of these names are no fault.
+  DefinitionFault faultOfKeys(const AppDefinition& definition, const std::vector<std::string>& except = {}) const;
   DefinitionFault faultOfPatterns(const AppDefinition& definition, const std::vector<std::string>& except = {}) const;
   void take(const AppDefinition& definition);
   void release(const AppDefinition& definition);
@@ -52,7 +58,7 @@ class TakenNames {
  private:
   // With the file that has each; empty for what is built in or reserved.
   std::map<std::string, std::string> names_;
-  std::map<std::string, std::string> keys_;
+  std::map<std::string, TakenKey> keys_;
   std::map<std::string, std::string> projects_;
   std::vector<TakenPattern> patterns_;  // but for the built-in ones
   std::size_t count_ = 0;

@@ -172,8 +172,8 @@ TEST_F(CarriedDefinitionsTest, WhatAnotherInstalledApplicationHasIsOutOfReach) {
   };
   rename("OBS Studio\"", "It has an identifier of \"Any Studio\"");
   rename("com.obsproject.Studio", "It has an identifier of \"Any Studio\"");
-  rename("com.obsproject.obs-studio", "Its key \"obsPrefs\" is one of \"Any Studio\"");
-  rename("obsPrefs", "Its key \"obsProfiles\" is one of");
+  rename("com.obsproject.obs-studio", "The key \"obsPrefs\" is taken: ");
+  rename("obsPrefs", ".plist has it. Change the key there");
   rename("obsProfiles", "could match what belongs to Any Studio");
 }
 
