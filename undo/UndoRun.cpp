@@ -13,13 +13,13 @@
 #include "base/Format.h"
 #include "base/Paths.h"
 #include "platform/FileSystem.h"
+#include "platform/StagingName.h"
 #include "platform/TrashLayout.h"
 #include "services/QWLocalPaths.h"
 #include "services/Runtime.h"
 #include "services/files/QWFileManager.h"
 #include "services/log/QWLog.h"
 #include "services/receipts/TaskReceipt.h"
-#include "services/receipts/Unfinished.h"
 #include "services/settings/QWUserDefaults.h"
 #include "undo/Deeds.h"
 #include "undo/TrashContents.h"
@@ -97,7 +97,7 @@ void UndoRun::run() {
   }
   for (auto& [backup, copies] : replaced_) copies.moveToTrash(report_);
   tidyReplacedCopies();
-  removeUnfinished(receipt_, roots_);
+  removeUnfinished();
   for (const std::string& backup : noted_) noteHeldFiles(backup);
   hold.reset();
   makeDurable();
@@ -304,6 +304,20 @@ void UndoRun::tidyReplacedCopies() {
     if (!held) continue;
     ReplacedCopies::tidy(backup);
     if (!receipt_.ended && !replaced_.contains(backup) && takeNoteOfHeldFiles(backup)) noted_.push_back(backup);
+  }
+}
+
+// What a run that was killed was putting together. Whoever does so holds it.
+void UndoRun::removeUnfinished() {
+  for (const ReceiptStep& step : receipt_.steps) {
+    const bool puts =
+        step.action == FileAction::Replace || step.action == FileAction::Restore || step.action == FileAction::PutBack;
+    if (!puts || !isAllowed(step.path)) continue;
+    const std::string left = paths::join(paths::parent(step.path), stagingName(paths::lastComponent(step.path)));
+    const auto held = files().holdFolder(left, 0ms);
+    if (!held) continue;
+    QWLog::appendLog("Removing %@, which a task that was killed has left", left);
+    (void)QWFileManager::removeFile(left, false);
   }
 }
 

@@ -43,6 +43,7 @@ class UndoRun {
   std::size_t takeBackLocks(const Deeds& deeds, std::size_t last);
   void findReplacedCopies(const Deeds& deeds);
   void tidyReplacedCopies();
+  void removeUnfinished();
   bool mustStay(const ReceiptStep& deed);
   void replaceBack(const ReceiptStep& deed);
   void makeDurable();

@@ -155,11 +155,9 @@ void dropOvertaken(Receipt& receipt) {
   receipt.steps = std::move(kept);
 }
 
-constexpr std::string_view kClosing = "\n)\n";
-
 // Each entry is a line. What a killed process left of its last one is cut away.
 std::string closed(std::string bytes) {
-  if (bytes.ends_with(kClosing)) return bytes;
+  if (bytes.ends_with("\n)\n")) return bytes;
   bytes.erase(bytes.rfind('\n') + 1);
   return bytes + ")\n";
 }
@@ -244,18 +242,6 @@ Result<Receipt> readReceipt(const std::string& name) {
         std::errc::invalid_argument, "The receipt " + path + " is damaged.",
         "Its task cannot be taken back by a command; what it moved is in the Trash. The receipt may be deleted."};
   }
-}
-
-// As a rule the last bytes tell that it was not.
-std::optional<Receipt> newestIfKilled() {
-  const auto folder = receiptFolder();
-  const auto names = receiptNames();
-  if (!folder || !names || names->empty()) return std::nullopt;
-  const auto bytes = Runtime::current().platform().files.read(receiptPath(*folder, names->front()));
-  if (!bytes || bytes->ends_with(kClosing)) return std::nullopt;
-  auto receipt = readReceipt(names->front());
-  if (!receipt || receipt->ended || receipt->isRunning) return std::nullopt;
-  return std::move(*receipt);
 }
 
 std::vector<UnreadableReceipt> unreadableReceipts(const std::vector<Receipt>& receipts) {

@@ -60,9 +60,6 @@ Result<std::vector<Receipt>> allReceipts();
 // Of those the first ones, as many as tell which is newestToUndo(), and what task it is about.
 Result<std::vector<Receipt>> receiptsDownToNewestToUndo();
 
-// The newest of all, where its task was killed; none where it was not, whatever happened before.
-std::optional<Receipt> newestIfKilled();
-
 // A receipt that was left out.
 struct UnreadableReceipt {
   std::string name;

@@ -17,7 +17,6 @@
 #include "services/receipts/FileTraits.h"
 #include "services/receipts/ReceiptFolder.h"
 #include "services/receipts/ReceiptText.h"
-#include "services/receipts/Unfinished.h"
 
 namespace vantory {
 
@@ -199,7 +198,6 @@ Status TaskReceipt::open() {
 void TaskReceipt::begin() {
   if (isBegun_) return;
   isBegun_ = true;
-  removeUnfinishedOfNewest();
   if (const Status opened = open(); !opened) failure_ = opened.error();
   pending_ = "(\n{ ";
   receipt::append(pending_, receipt::kTask, task_.name);

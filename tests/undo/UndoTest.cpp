@@ -275,23 +275,6 @@ TEST_F(UndoTest, OfAKilledUndoOfAKilledRestoreTheRestIsTakenBack) {
   EXPECT_TRUE(exists(prefs(stagingName("b.plist")))) << "somebody is at work there";
 }
 
-TEST_F(UndoTest, WhatAKilledTaskWasPuttingTogetherTheNextOneClears) {
-  const auto backup = backupOfAll("Set");
-  ASSERT_EQ(backup->writeData(report_), WriteResult::Success);
-  task("restore", [&](TaskReport& report) { backup->restore(report); });
-  const auto lock = [&] { task("lock", [&](TaskReport& report) { item()->lockFiles(On, report); }); };
-  for (const char* name : {"a.plist", "b.plist"}) writeFile(prefs(stagingName(name)) + "/half", "half");
-  lock();
-  EXPECT_TRUE(exists(prefs(stagingName("a.plist")))) << "the task was through";
-  std::filesystem::remove(newest());
-  cutNewestAt("{ done");
-  metadata_.locked.clear();
-  const auto held = files_.holdFolder(prefs(stagingName("b.plist")), std::chrono::milliseconds(0));
-  lock();
-  EXPECT_FALSE(exists(prefs(stagingName("a.plist"))));
-  EXPECT_TRUE(exists(prefs(stagingName("b.plist")))) << "somebody is at work there";
-}
-
 // What the killed undo did already belongs to the one that ended it, noted or not.
 TEST_F(UndoTest, DoneAgainIsAllThatSeveralAttemptsTookBack) {
   const auto backup = backupOfAll("Set");
