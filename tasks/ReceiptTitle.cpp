@@ -70,12 +70,15 @@ std::string ownTitleOf(const Receipt& receipt) {
 }  // namespace
 
 std::size_t filesIn(const Receipt& receipt) {
-  std::set<std::string> paths;
-  for (const ReceiptStep& step : receipt.steps)
+  // Locks that a task took away and set again, to get at its files, are no files of its own.
+  std::set<std::string> paths, locks;
+  for (const ReceiptStep& step : receipt.steps) {
+    const bool isLock = step.action == FileAction::Lock || step.action == FileAction::Unlock;
     if (step.isDone && step.action != FileAction::Create && step.action != FileAction::Replace &&
         step.action != FileAction::Default)
-      paths.insert(step.path);
-  return paths.size();
+      (isLock ? locks : paths).insert(step.path);
+  }
+  return paths.empty() ? locks.size() : paths.size();
 }
 
 const char* stateOf(const Receipt& receipt) {
