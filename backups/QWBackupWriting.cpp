@@ -462,8 +462,11 @@ WriteResult QWBackup::write(TaskReport& report, bool filesOnly) {
       settings.set(kDefinitionsKey, std::move(definitions));
     noticeSecrets(children_, settings, path_, report);
     // Written last: it marks the backup as complete.
-    if (const Status written = writeSettings(paths::join(path_, kBackupSettingsFile), settings); !written)
+    if (const Status written = writeSettings(paths::join(path_, kBackupSettingsFile), settings); !written) {
+      hold->reset();
+      returnEarlier(report);
       return refuse(written.error());
+    }
   }
   if (!filesOnly || copier.tookNote()) noteHeldFiles(path_);
   if (const Status kept = isDefault_ ? setDefault() : Status(); !kept)
@@ -482,6 +485,7 @@ WriteResult QWBackup::write(TaskReport& report, bool filesOnly) {
   if (const Status synced = sync.get(); !synced) {
     QWLog::appendLog("The backup may not be on disk: %@", synced.error().text);
     report.failed(FileAction::Sync, path_, synced.error());
+    returnEarlier(report);
     return WriteResult::SettingsNotWritten;
   }
   if (inheritsDefault) noteInheritedDefault(path_, report);

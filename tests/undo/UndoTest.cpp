@@ -437,6 +437,23 @@ TEST_F(UndoTest, ABackupOfWhichNothingCameLeavesTheEarlierOneInItsPlace) {
   EXPECT_TRUE(exists(inTrash("Set.vnt/Settings.plist")));
 }
 
+// Its settings do not fit on the disk any more, or nobody knows whether it is on it.
+TEST_F(UndoTest, ABackupThatWasNotFinishedLeavesTheEarlierOneInItsPlace) {
+  task("backup", [&](TaskReport& report) { backupOfAll("Set")->writeData(report); });
+  const std::string settings = readFile(inLibrary("Set.vnt/Settings.plist"));
+  for (const Operation operation : {Operation::Write, Operation::Sync}) {
+    files_.fail(operation, std::errc::no_space_on_device, FaultyFileSystem::kEveryCall);
+    const TaskReport report = task("backup", [&](TaskReport& backup) {
+      EXPECT_EQ(backupOfAll("Set")->writeData(backup), WriteResult::SettingsNotWritten);
+    });
+    files_.heal();
+    EXPECT_EQ(readFile(inLibrary("Set.vnt/Settings.plist")), settings);
+    EXPECT_FALSE(exists(inTrash("Set.vnt")));
+    EXPECT_THAT(report.remarks(), ElementsAre("Nothing could be backed up: the earlier backup stays as it is."));
+    EXPECT_TRUE(report.hasFailures());
+  }
+}
+
 // An item that lies in the folder of another, which comes before or after it; and a folder that becomes a file.
 TEST_F(UndoTest, OverlappingItemsAreWholeAndComeBackWhole) {
   const std::string all[] = {prefs("sets"), prefs("sets/a"), prefs("kind")};
