@@ -51,12 +51,6 @@ Status putInPlace(const Staged& staged, const std::string& source, const std::st
   return QWFileManager::copyFile(source, destination, kTimeout, nullptr, CopyChecksum::Check);
 }
 
-// False for what the backup does not hold; a file that cannot be looked at is tried, so that its failure is told.
-bool mayBeHeld(const std::string& path) {
-  const Result<FileInfo> info = Runtime::current().platform().files.info(path, Links::Follow);
-  return info || !meansMissing(info.error());
-}
-
 // A file that is a folder in the backup, or the reverse. One of them may have become so since; where that is the
 // backup's, it is not what was backed up.
 Status checkKind(const BackupPlace& backup, const std::string& source, const std::string& destination) {
@@ -378,7 +372,7 @@ bool QWPrefItem::restoreCopies(const BackupPlace& backup, TaskReport& report) co
   bool isAnyThere = false;
   for (const std::string& pattern : files()) {
     auto sources = matches(pattern, &report, &backup);
-    std::erase_if(sources, [](const std::string& source) { return !mayBeHeld(source); });
+    std::erase_if(sources, [](const std::string& source) { return !QWFileManager::mayExistAtPath(source); });
     isAnyThere |= !sources.empty();
     restoring.restoreAll(std::move(sources));
   }

@@ -27,7 +27,7 @@ struct FileOperationContext;
 class QWFileManager {
  public:
   // Paths by pattern (QWFileManagerPatterns.cpp). In a pattern, every component that contains "*" stands for all
-  // matching entries of one folder.
+  // matching entries of one folder. What cannot be looked at is a match, so that who takes it tells why it fails.
   static std::vector<std::string> filesMatchingWildcardPath(const std::string& pattern);
   // Whether the path is a pattern, all of whose matches exist; any other path matches itself, whether or not it does.
   // The path of a folder with a "*" in its own name looks like one too, and is of no use as a place for files.
@@ -43,6 +43,7 @@ class QWFileManager {
 
   // Questions and names (QWFileManagerQuestions.cpp).
   static bool fileExistsAtPath(const std::string& path);   // links followed
+  static bool mayExistAtPath(const std::string& path);     // the same, and true where it cannot be told
   static bool isDirectoryAtPath(const std::string& path);  // links followed
   static bool isSymbolicLinkAtPath(const std::string& path);
   // A symbolic link among the folder and those above it, up to the root, which may be one; none where there is none.

@@ -68,7 +68,7 @@ Paths matchingEntries(const Paths& folders, std::string_view pattern, TaskReport
       if (!matches(entry.name, pattern)) continue;
       std::string path = paths::join(folder, entry.name);
       const bool surelyExists = entry.type == FileType::File || entry.type == FileType::Folder;
-      if (surelyExists || QWFileManager::fileExistsAtPath(path)) found.push_back(std::move(path));
+      if (surelyExists || QWFileManager::mayExistAtPath(path)) found.push_back(std::move(path));
     }
   }
   return found;
@@ -92,7 +92,7 @@ Paths expand(const std::string& pattern, const std::string& start, TaskReport* r
       untested = true;
     }
   }
-  if (untested) std::erase_if(found, [](const std::string& path) { return !QWFileManager::fileExistsAtPath(path); });
+  if (untested) std::erase_if(found, [](const std::string& path) { return !QWFileManager::mayExistAtPath(path); });
   return found;
 }
 

@@ -44,6 +44,11 @@ bool QWFileManager::fileExistsAtPath(const std::string& path) {
   return files().info(path, Links::Follow).ok();
 }
 
+bool QWFileManager::mayExistAtPath(const std::string& path) {
+  const auto info = files().info(path, Links::Follow);
+  return info || !meansMissing(info.error());
+}
+
 bool QWFileManager::isDirectoryAtPath(const std::string& path) {
   const auto info = files().info(path, Links::Follow);
   return info && info->type == FileType::Folder;

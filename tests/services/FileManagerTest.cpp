@@ -250,6 +250,10 @@ TEST_F(WildcardPathsTest, GoesThroughFolders) {
     EXPECT_THAT(Manager::filesMatchingWildcardPath(pattern, folder_, report_), IsEmpty());
   EXPECT_EQ(report_.count(FileReport::Outcome::Failed), 1U) << "one folder, asked twice";
   EXPECT_THAT(logged(), ElementsAre(testing::StartsWith("The files in " + folder_ + " cannot be listed: ")));
+  files_.heal();
+  files_.fail(Operation::Info, std::errc::permission_denied, FaultyFileSystem::kEveryCall);
+  EXPECT_THAT(find("5.0/*/u"), ElementsAre("5.0/Settings/u"));
+  EXPECT_THAT(find("5.*/None"), UnorderedElementsAre("5.0/None", "5.5/None")) << "nobody knows";
 }
 
 // Archives are made by a tool of the system: a test skips where it is missing.
