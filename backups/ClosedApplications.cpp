@@ -46,7 +46,7 @@ ClosedApplications::Answer ClosedApplications::makeWay(const QWApp& app, bool cl
     if (answer != Answer::Proceed) return answer;
     closed |= closed_.size() > before;
   }
-  if (!closed) say(words_.notRunning);
+  if (!closed && !unknown_.contains(app.name())) say(words_.notRunning);
   return Answer::Proceed;
 }
 
@@ -65,6 +65,13 @@ ClosedApplications::Answer ClosedApplications::makeWay(const std::string& name, 
       return Answer::PassOver;
     case GuardDecision::CloseAndRelaunch:
       return close(name, identifier);
+    case GuardDecision::NotKnown:
+      if (unknown_.insert(name).second)
+        report_.remark(formatted(
+            "It could not be told whether %@ is running. If it is, quit it and try again: when it quits, it may write "
+            "its own settings over these.",
+            name));
+      break;
     case GuardDecision::NotRunning:
       break;
   }

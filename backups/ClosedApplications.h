@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -51,6 +52,7 @@ class ClosedApplications {
   const std::function<bool()> isCancelled_;
   const std::function<void(const std::string& name)> waitingFor_;
   std::vector<Closed> closed_;
+  std::set<std::string> unknown_;  // names of those that may be running
 };
 
 }  // namespace vantory

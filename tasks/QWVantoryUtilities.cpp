@@ -2,6 +2,7 @@
 #include "tasks/QWVantoryUtilities.h"
 
 #include <chrono>
+#include <optional>
 
 #include "base/Format.h"
 #include "platform/Clock.h"
@@ -25,12 +26,12 @@ Platform& platform() {
   return Runtime::current().platform();
 }
 
-// Where it cannot be told, the answer is what does least harm: a task that begins goes on, one that waits does not.
-bool isRunning(const std::string& name, const std::string& bundleID, bool otherwise) {
+// None where it cannot be told.
+std::optional<bool> isRunning(const std::string& name, const std::string& bundleID) {
   const Result<bool> running = platform().workspace.isRunning(bundleID);
   if (running) return *running;
   QWLog::appendLog("Unable to tell whether %@ is running: %@", name, running.error().text);
-  return otherwise;
+  return std::nullopt;
 }
 
 // False as soon as the task is cancelled.
@@ -80,7 +81,9 @@ GuardDecision askUser(const std::string& name, const std::string& bundleID, cons
 
 GuardDecision QWVantoryUtilities::checkRunningAppsForName(const std::string& name, const std::string& bundleID,
                                                           bool closeAutomatically) {
-  if (!isRunning(name, bundleID, false)) return GuardDecision::NotRunning;
+  const std::optional<bool> runs = isRunning(name, bundleID);
+  if (!runs) return GuardDecision::NotKnown;
+  if (!*runs) return GuardDecision::NotRunning;
   const QWAlert& alert = QWAlert::sharedController();
   if (QWCmdUtils::sharedController().hasGUI() && alert.ask) return askUser(name, bundleID, alert);
   if (!closeAutomatically) {
@@ -98,7 +101,7 @@ bool QWVantoryUtilities::closeAppWithName(const std::string& name, const std::st
   QWLog::appendLog("Waiting for %@ to close...", name);
   for (int attempt = 0; attempt < kAttempts; ++attempt) {
     if (!waitOneInterval(isCancelled)) return false;
-    if (!isRunning(name, bundleID, true)) return true;
+    if (!isRunning(name, bundleID).value_or(true)) return true;
   }
   return false;
 }

@@ -63,6 +63,16 @@ TEST_F(RestoreTest, EachRunningApplicationIsDealtWithAsDecided) {
   EXPECT_EQ(fakes_.clock.now().seconds, before.seconds + 1);
 }
 
+TEST_F(RestoreTest, ThatAnApplicationMayBeRunningIsToldAndNotThatItDoesNot) {
+  const auto backup = backupOf({"unknown"});
+  runtime_.guard = &guard_;
+  guard_.decisions = {{"unknown", GuardDecision::NotKnown}};
+  backup->restore(report_);
+  EXPECT_TRUE(isRestored("unknown"));
+  EXPECT_THAT(report_.remarks(), Contains(HasSubstr("whether App unknown is running")));
+  EXPECT_THAT(logged(), Not(Contains(HasSubstr("not running"))));
+}
+
 TEST_F(RestoreTest, CancellingKeepsWhatIsRestoredAndRelaunchesNothing) {
   const auto backup = backupOf({"one", "two", "three"});
   runtime_.guard = &guard_;

@@ -84,9 +84,9 @@ TEST_F(GuardTest, ClosingWaitsForTheLastCopyWithinItsLimit) {
   EXPECT_EQ(fakes_.clock.now().seconds - start.seconds, 35) << "a cancel ends the wait";
 }
 
-TEST_F(GuardTest, WhereNobodyCanTellATaskGoesOnButAWaitDoesNotEnd) {
+TEST_F(GuardTest, WhereNobodyCanTellThatIsSaidAndAWaitDoesNotEnd) {
   fakes_.workspace.runningFailure = Error{std::errc::timed_out, "no answer"};
-  EXPECT_EQ(decide(true), GuardDecision::NotRunning);
+  EXPECT_EQ(decide(true), GuardDecision::NotKnown);
   EXPECT_THAT(logged(), Contains("Unable to tell whether App is running: no answer"));
   EXPECT_FALSE(guard_.closeAppWithName("App", "app"));
 }
