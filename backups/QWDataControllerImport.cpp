@@ -97,7 +97,8 @@ bool QWDataController::addBackupFromFile(const std::string& path, TaskReport& re
     return refuse("Unable to locate backup", {std::errc::invalid_argument, backup + " is no backup."});
 
   if (!paths::isWithin(backup, library)) {
-    const std::string target = paths::join(library, paths::lastComponent(backup));
+    // As the listing would name one that ends in ".VNT2".
+    const std::string target = paths::join(library, backupFileName(backupName(backup)));
     // It may lie in the library and be reached by another way.
     if (!QWFileManager::isSameItem(backup, target) && !isCopied(backup, target, report)) return false;
     backup = target;

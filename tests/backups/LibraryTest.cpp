@@ -161,6 +161,11 @@ TEST_F(LibraryTest, ImportingCopiesAndRestores) {
   EXPECT_EQ(readFile(prefs("editor.plist")), "foreign");
   EXPECT_EQ(readFile(inTrash("A.vnt/Users/user/Library/Preferences/editor.plist")), "mine");
 
+  makeBackup(machine_ / "B.VNT2", "capitals");
+  EXPECT_TRUE(controller().addBackupFromFile(machine_ / "B.VNT2", report_));
+  EXPECT_EQ(readFile(prefs("editor.plist")), "capitals");
+  EXPECT_TRUE(exists(inLibrary("B.vnt")));
+
   makeBackup(inLibrary("A.vnt"), "here");
   EXPECT_TRUE(controller().addBackupFromFile(library() + "/../Backups/A.vnt", report_))
       << "it is in the library already";
