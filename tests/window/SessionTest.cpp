@@ -126,6 +126,24 @@ TEST_F(SessionTest, OpenSettingsFollowTheBackupDialogOnTheMainThread) {
   EXPECT_TRUE(isOnMainThread);
 }
 
+TEST_F(SessionTest, WhatIsBeingTypedCountsWhereAProjectEndsTheProgram) {
+  MainWindow& window = open();
+  window.menus().preferences->trigger();
+  const auto fields = visibleWindow<SettingsWindow>()->findChildren<QLineEdit*>();
+  const std::string folder = home_ / "Other backups";
+  QLineEdit* const field = *std::ranges::find(fields, QStringLiteral("Backup folder"), &QWidget::accessibleName);
+  field->setText(QString::fromStdString(folder));
+  field->setModified(true);
+  QTimer person;
+  person.callOnTimeout([] {
+    if (visibleWindow<AlertDialog>()) answer("Don't Move");
+  });
+  person.start(20);
+  session_->receive({.files = {home_ / "cut.fcp"}});
+  QApplication::exec();
+  EXPECT_EQ(QWUserDefaults::standardUserDefaults().stringForKey("backupPath"), folder);
+}
+
 TEST_F(SessionTest, OpensWhatWasHandedOverJustBeforeTheEnd) {
   open();
   MainThread::shared().post([session = session_.get()] { session->receive({.files = {"/a.vnt"}}); });

@@ -61,7 +61,12 @@ WindowSession::WindowSession(const std::string& home)
                return isHandler;
              }}),
       comparison_(comparisonWindow_),
-      delegate_({window_, app_, importChooser_, *window_.menus().preferences, [] { QCoreApplication::exit(); },
+      delegate_({window_, app_, importChooser_, *window_.menus().preferences,
+                 [this] {
+                   // What is being typed there counts; a question about it needs the events that end here.
+                   settings_.close();
+                   QCoreApplication::exit();
+                 },
                  [this] { settings_.show(); },
                  [this](std::function<void()> work) { restore_.runOnThread(std::move(work)); },
                  [this](const std::string& path) { selectBackup(path); }}),
