@@ -39,13 +39,11 @@ class LockState {
     return *this;
   }
 
-  // The state, by `workOut` when it is due.
+  // The state, by `workOut` when it is due. Another thread that asks meanwhile gets the one that was last known.
   template <class WorkOut>
   State value(WorkOut workOut) const {
-    if (due_) {
-      value_ = workOut();
-      due_ = false;
-    }
+    // What becomes due during the look is looked at once more.
+    if (due_.exchange(false)) value_ = workOut();
     return value_;
   }
   // The state that was last set or worked out, without looking at any file.

@@ -13,6 +13,14 @@ using testing::ElementsAre;
 
 using ItemOperationsTest = test::CatalogTest;
 
+TEST(LockStateTest, ThatBecomesDueDuringTheLookIsLookedAtOnceMore) {
+  LockState state;
+  state.becomeDue();
+  EXPECT_EQ(state.value([&] { return state.becomeDue(), Off; }), Off);
+  EXPECT_EQ(state.value([] { return On; }), On);
+  EXPECT_EQ(state.value([] { return Mixed; }), On) << "due no more";
+}
+
 TEST_F(ItemOperationsTest, TrashTakesCompanionsAndLinksToNothing) {
   writeFile(home_ / "a.plist", "a");
   writeFile(home_ / "a.plist.lockfile", "");
