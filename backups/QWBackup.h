@@ -145,7 +145,7 @@ class QWBackup : public BackupNode {
   bool isComplete_ = true;
   std::optional<Error> readError_;
   std::optional<FileIdentity> createdFolder_;
-  std::string earlier_;  // where what made way for it lies in the Trash; empty for nothing
+  std::string earlier_;           // where what made way for it lies in the Trash; empty for nothing
   mutable std::mutex sizeMutex_;  // held while it is measured, by its path
   mutable std::uint64_t size_ = 0;
   mutable std::atomic<bool> isMeasured_ = false;

@@ -130,6 +130,7 @@ class Joining {
   // Whoever lists an identifier too many would miss an application and not know why.
   std::string remarkOnHidden(const std::vector<std::size_t>& hidden) const {
     std::vector<std::string> sources;
+    sources.reserve(hidden.size());
     for (const std::size_t i : hidden) sources.push_back(definitions_[i].source);
     return remarkOnTakenPlaces(sources);
   }

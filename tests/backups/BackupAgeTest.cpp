@@ -36,7 +36,8 @@ TEST_F(BackupAgeTest, TellsThatScheduledBackupsDoNotHappenAndWhy) {
   EXPECT_EQ(ageOf(lately).overdue, std::nullopt);
   EXPECT_EQ(ageOf({}).overdue, std::nullopt) << "the first is not due yet";
   fakes_.jobs.stamp = daysAgo(7);
-  EXPECT_THAT(*ageOf(longAgo).overdue, HasSubstr("the last complete one is 7 days old. The schedule has not run since"));
+  EXPECT_THAT(*ageOf(longAgo).overdue,
+              HasSubstr("the last complete one is 7 days old. The schedule has not run since"));
   fakes_.jobs.tries = daysAgo(1);
   EXPECT_THAT(*ageOf(longAgo).overdue, HasSubstr("The last try failed"));
   EXPECT_THAT(*ageOf({}).overdue, HasSubstr("there is no complete one. The last try failed"));

@@ -201,7 +201,8 @@ TEST_F(TrashWorkflowTest, WarnsAboveThePanesWhileScheduledBackupsDoNotHappen) {
     EXPECT_TRUE(QWUserDefaults::standardUserDefaults().setObject(key, PropertyList(1)));
   fakes_.jobs.stamp = Timestamp{fakes_.clock.now().seconds - 864000};
   controller().populateBackups();
-  EXPECT_EQ(window_.warning.rfind("Scheduled backups do not happen: there is no complete one.", 0), 0U) << window_.warning;
+  EXPECT_EQ(window_.warning.rfind("Scheduled backups do not happen: there is no complete one.", 0), 0U)
+      << window_.warning;
   TaskReport report;
   EXPECT_EQ(controller_.autoBackup(report), WriteResult::Success);
   EXPECT_EQ(window_.warning, "");
