@@ -35,6 +35,11 @@ void deselectAllBut(const KeyList& keys, const QWBackup& backup) {
   }
 }
 
+// Whether it says that it is a path from here or from the root, and nothing of a library.
+bool isPlainlyAPath(const std::string& operand) {
+  return operand.starts_with('/') || operand.starts_with("./") || operand.starts_with("../");
+}
+
 // A path is wanted, but a name that the library knows is what people type.
 void remarkOnMissing(const std::string& operand, const std::string& path, TaskReport& report) {
   QWDataController& data = QWDataController::sharedController();
@@ -48,27 +53,27 @@ void remarkOnMissing(const std::string& operand, const std::string& path, TaskRe
     report.remark(formatted("\"%@\" is in the library. To restore it", operand) +
                   (command ? ": " + *command : " the path of its folder is needed: " + found));
   }
-  if (isName && Runtime::current().isHomeNamed)
-    report.remark(
-        "Where a home is named, a name without \"/\" is looked for in its library only: \"./NAME\" is a path.");
+  if (!isPlainlyAPath(operand) && Runtime::current().isHomeNamed)
+    report.remark("Where a home is named, a backup is looked for in its library only: \"./NAME\" is a path.");
   if (meant.empty())
     report.remark(isName ? faultOfName(operand, {})
-                         : path + " is not there. \"vantory --list-backups\" lists what the library has.");
+                         : (path.empty() ? operand : path) +
+                               " is not there. \"vantory --list-backups\" lists what the library has.");
 }
 
-// Whoever names homes knows no path in each one's library: there a backup may be called by its name, which nothing in
-// the working directory takes, or by its path from the library on. Empty for a name that is no single backup's.
+// Whoever names homes knows no path in each one's library: there a backup may be called by its name, or by its path
+// from the library on, which nothing in the working directory takes. Empty for what is no single backup's.
 std::string pathMeant(const CommandContext& context) {
   const std::string path = context.pathOperand(1);
   const std::string operand = *context.operand(1);
-  const bool isName = operand.find('/') == std::string::npos;
-  if (!Runtime::current().isHomeNamed || (!isName && QWFileManager::fileExistsAtPath(path))) return path;
+  const bool isPath = isPlainlyAPath(operand);
+  if (!Runtime::current().isHomeNamed || (isPath && QWFileManager::fileExistsAtPath(path))) return path;
   QWDataController& data = QWDataController::sharedController();
   data.populateApps();
   data.populateBackups();
   const BackupList meant = backupsMeant(operand, paths::absolute(operand, libraryFolder().value_or("/")));
   if (meant.size() == 1) return meant.front()->path();
-  return isName ? "" : path;
+  return isPath ? path : "";
 }
 
 }  // namespace

@@ -532,9 +532,11 @@ TEST_F(CommandLineTest, InANamedHomeNothingTakesTheNameOfABackup) {
   fakes_.system.directory = home_ / "planted";
   writeFile(home_ / "planted/Set.vnt/Settings.plist", "<plist><dict/></plist>");
   writeFile(home_ / "planted/Other.vnt/Settings.plist", "<plist><dict/></plist>");
+  writeFile(home_ / "planted/Autosaves/Other.vnt/Settings.plist", "<plist><dict/></plist>");
   isHomeNamed_ = true;
   EXPECT_EQ(run("-restore Set.vnt"), 0);
   EXPECT_EQ(intact(), kAll);
+  EXPECT_EQ(run("-restore Autosaves/Other.vnt"), 1);
   EXPECT_EQ(run("-restore Other.vnt"), 1);
   EXPECT_THAT(fakes_.systemLog.messages(), Contains(HasSubstr("\"./NAME\" is a path")));
   EXPECT_EQ(run("-restore ./Other.vnt"), 0);
