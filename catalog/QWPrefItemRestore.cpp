@@ -251,9 +251,8 @@ void ItemRestoring::plan(const std::vector<Restorable>& files) {
 // Comes before all else, so that a task that was killed is taken back before its locks are set again.
 void ItemRestoring::planUnlocking(const std::vector<FilePlan>& files) {
   std::set<std::string> locked;
-  for (const FilePlan& file : files)
-    for (const std::string& path : {paths::parent(file.path), file.path})
-      if (QWFileManager::isFileLocked(path)) locked.insert(path);
+  for (const FilePlan& file : files) locked.insert({paths::parent(file.path), file.path});
+  std::erase_if(locked, [](const std::string& path) { return !QWFileManager::isFileLocked(path); });
   report_.planned(FileAction::Unlock, std::vector(locked.begin(), locked.end()), item_);
 }
 
