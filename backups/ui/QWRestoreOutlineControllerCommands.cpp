@@ -47,7 +47,7 @@ void reportFailedRemoval(const Error& cause) {
                 formatted("It could not be moved to the Trash, and stays in the library.\n\n%@", cause.text));
 }
 
-// The old backup is in the Trash by now, and half of a new one is worth nothing.
+// Half of a new backup is worth nothing.
 bool reportFailedWriting(QWBackup& backup, TaskReport& report) {
   backup.dropUnwritten(report);
   return reportResult("Unable to unlink the projects",
