@@ -35,6 +35,10 @@ const char* nameOf(FileAction action);
 // The reverse; none for any other word.
 std::optional<FileAction> actionNamed(std::string_view name);
 
+constexpr bool isOfLocks(FileAction action) {
+  return action == FileAction::Lock || action == FileAction::Unlock;
+}
+
 // One file, or folder, of a task.
 struct FileReport {
   enum class Outcome { Done, Skipped, Failed };

@@ -72,12 +72,10 @@ std::string ownTitleOf(const Receipt& receipt) {
 std::size_t filesIn(const Receipt& receipt) {
   // Locks that a task took away and set again, to get at its files, are no files of its own.
   std::set<std::string> paths, locks;
-  for (const ReceiptStep& step : receipt.steps) {
-    const bool isLock = step.action == FileAction::Lock || step.action == FileAction::Unlock;
+  for (const ReceiptStep& step : receipt.steps)
     if (step.isDone && step.action != FileAction::Create && step.action != FileAction::Replace &&
         step.action != FileAction::Default)
-      (isLock ? locks : paths).insert(step.path);
-  }
+      (isOfLocks(step.action) ? locks : paths).insert(step.path);
   return paths.empty() ? locks.size() : paths.size();
 }
 

@@ -138,6 +138,11 @@ PropertyListDictionary countsOf(const TaskReport& report) {
   return counts;
 }
 
+// Whether all that was to be locked, or unlocked, was so already. What was not copied is not as it was to be.
+bool wereLocksSo(FileAction deed, const TaskReport& report) {
+  return isOfLocks(deed) && !report.hasDone(deed) && report.count(Outcome::Skipped, deed) > 0;
+}
+
 }  // namespace
 
 // What stands before the task and behind what it understands.
@@ -201,9 +206,7 @@ std::string sentenceOn(FileAction deed, const TaskReport& report) {
   if (report.summary()) return *report.summary();
   std::set<std::string> items;
   std::set<std::string> places;  // one file may belong to two items
-  // What is locked already, or was not, is told of where that is all.
-  const bool isLock = deed == FileAction::Lock || deed == FileAction::Unlock;
-  const bool wereSo = isLock && !report.hasDone(deed) && report.count(Outcome::Skipped, deed) > 0;
+  const bool wereSo = wereLocksSo(deed, report);
   for (const FileReport& file : report.files()) {
     if (file.action != deed || file.outcome != (wereSo ? Outcome::Skipped : Outcome::Done)) continue;
     items.insert(file.item);
@@ -261,9 +264,8 @@ void appendFields(PropertyListDictionary& fields, const TaskReport& report) {
 int strictExitCode(int exitCode, const TaskReport& report, std::optional<FileAction> deed) {
   if (exitCode != 0) return report.isNothingToDo() ? kNothingMatched : exitCode;
   if (!report.isWhole()) return kDoneInPart;
-  // A file that is locked already is as it was to be; one that was not copied is not.
-  const bool wasSo = (deed == FileAction::Lock || deed == FileAction::Unlock) && report.count(Outcome::Skipped) > 0;
-  const bool didNothing = deed && report.summary().value_or("").empty() && !report.hasDone(*deed) && !wasSo;
+  const bool didNothing =
+      deed && report.summary().value_or("").empty() && !report.hasDone(*deed) && !wereLocksSo(*deed, report);
   return didNothing || !report.unusedOperands().empty() ? kNothingMatched : 0;
 }
 

@@ -52,10 +52,6 @@ bool isSamePlace(const std::string& path, const std::string& other) {
                            QWFileManager::isSameItem(paths::parent(path), paths::parent(other)));
 }
 
-bool isLock(FileAction action) {
-  return action == FileAction::Lock || action == FileAction::Unlock;
-}
-
 }  // namespace
 
 UndoRun::UndoRun(const Receipt& receipt, const std::vector<Receipt>& all, TaskReport& report)
@@ -90,7 +86,7 @@ void UndoRun::run() {
   findReplacedCopies(deeds);
   plan(deeds);
   for (std::size_t left = deeds.size(); left > 0;) {
-    if (isLock(deeds[left - 1].action))
+    if (isOfLocks(deeds[left - 1].action))
       left = takeBackLocks(deeds, left - 1);
     else
       takeBack(deeds[--left]);

@@ -121,7 +121,7 @@ void readEntry(const PropertyListDictionary& entry, Receipt& receipt) {
 bool areAllLockedAgain(const std::vector<ReceiptStep>& steps) {
   std::map<std::string, int> taken;  // locks, and not set again
   for (const ReceiptStep& step : steps) {
-    if (step.action != FileAction::Lock && step.action != FileAction::Unlock) return false;
+    if (!isOfLocks(step.action)) return false;
     taken[step.path] += step.action == FileAction::Unlock ? 1 : -1;
   }
   return std::ranges::all_of(taken, [](const auto& path) { return path.second == 0; });

@@ -77,11 +77,10 @@ void TaskReceipt::takesBack(const std::string& receipt) {
 
 void TaskReceipt::planned(FileAction action, const std::vector<FilePlan>& plans, const std::string& item) {
   std::string files;
-  const bool isLock = action == FileAction::Lock || action == FileAction::Unlock;
   const bool putsSomething = action == FileAction::Restore || action == FileAction::PutBack;
   const bool trashesUnnoted = (action == FileAction::Trash || putsSomething) && !hasTrashWithNotes();
   for (const FilePlan& plan : plans) {
-    if (isLock && isLocked(plan.path) == (action == FileAction::Lock)) {
+    if (isOfLocks(action) && isLocked(plan.path) == (action == FileAction::Lock)) {
       wereSo_.emplace(action, plan.path);
       continue;
     }
