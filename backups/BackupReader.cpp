@@ -11,7 +11,6 @@
 #include "backups/LibraryFolder.h"
 #include "base/Paths.h"
 #include "base/PropertyListBytes.h"
-#include "base/Text.h"
 #include "catalog/definitions/DefinitionFiles.h"
 #include "platform/FileSystem.h"
 #include "platform/Users.h"
@@ -225,9 +224,10 @@ void BackupReader::guardAgainst(QWApp& held) const {
   };
   for (const auto& item : held.children())
     if (!std::ranges::all_of(item->files(), isKnown))
-      item->setPlaceRule([rules = rules_, identifiers = held.identifiers()](const auto& path, const auto& found) {
-        return rules.faultOfPath(path, found, identifiers);
-      });
+      item->setPlaceRule(
+          [rules = rules_, identifiers = held.identifiers()](const auto& path, const auto& found, auto& realPaths) {
+            return rules.faultOfPath(path, found, identifiers, realPaths);
+          });
 }
 
 // In the catalog's order, whatever that of the settings is.

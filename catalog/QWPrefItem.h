@@ -27,9 +27,7 @@ class QWPrefItem : public CatalogParent, public std::enable_shared_from_this<QWP
   using Users = std::vector<std::shared_ptr<QWPrefItem>>;
 
   // Why the item may not have at a path what was found, there or in a backup; empty where it may.
-  using PlaceRule = std::function<std::string(const std::string& path, const std::string& found)>;
-  // The same where many are looked at.
-  using MatchRule = std::function<std::string(const std::string& path, const std::string& found, RealPaths& realPaths)>;
+  using PlaceRule = std::function<std::string(const std::string& path, const std::string& found, RealPaths& realPaths)>;
 
   // What never changes; shared by all copies of an item.
   struct Definition {
@@ -38,7 +36,7 @@ class QWPrefItem : public CatalogParent, public std::enable_shared_from_this<QWP
     bool lockable = true;
     std::vector<std::string> files;
     bool hasAvidUsers = false;
-    MatchRule matchRule = {};  // for what the patterns find; may be empty
+    PlaceRule matchRule = {};  // for what the patterns find; may be empty
   };
 
   QWPrefItem(std::string name, std::string key, bool lockable, std::vector<std::string> files,

@@ -18,6 +18,7 @@
 #include "services/TaskReport.h"
 #include "services/files/FolderWalk.h"
 #include "services/files/QWFileManager.h"
+#include "services/files/RealPaths.h"
 #include "services/log/QWLog.h"
 
 namespace vantory {
@@ -85,12 +86,13 @@ Status checkNoLink(const std::string& source, std::string_view backupPath) {
 }
 
 // A folder comes back whole or not at all.
-Status checkHeldFolder(const std::string& source, const std::string& destination, const QWPrefItem::PlaceRule& rule) {
+Status checkHeldFolder(const std::string& source, const std::string& destination, const QWPrefItem::PlaceRule& rule,
+                       RealPaths& realPaths) {
   Status allowed;
   const auto check = [&](const std::string& path, const DirectoryEntry& entry) {
     const std::string place = destination + path.substr(source.size());
-    const std::string fault =
-        entry.type == FileType::SymbolicLink ? "is a symbolic link, which is not restored" : rule(place, place);
+    const std::string fault = entry.type == FileType::SymbolicLink ? "is a symbolic link, which is not restored"
+                                                                   : rule(place, place, realPaths);
     if (!fault.empty()) allowed = notAllowed(place, fault);
     return fault.empty();
   };
@@ -104,13 +106,15 @@ Status checkPlace(const std::string& source, const std::string& destination, con
   if (QWFileManager::isLeftToOthers(destination))
     return Error{std::errc::operation_not_permitted, destination + " belongs to another user"};
   if (!rule) return {};
-  if (const std::string fault = rule(destination, source); !fault.empty()) return notAllowed(destination, fault);
+  RealPaths realPaths;
+  if (const std::string fault = rule(destination, source, realPaths); !fault.empty())
+    return notAllowed(destination, fault);
   const auto home = QWLocalPaths::userDirectory(), shared = QWLocalPaths::sharedUsersDirectory();
   const std::string root = home && paths::isWithin(destination, *home) ? *home : shared.value_or("/");
   const auto link = QWFileManager::linkOnTheWay(paths::parent(destination), root);
   if (link) return notAllowed(*link, "is a symbolic link, through which nothing is restored");
   const auto held = Runtime::current().platform().files.info(source, Links::DoNotFollow);
-  return held && held->type == FileType::Folder ? checkHeldFolder(source, destination, rule) : Status();
+  return held && held->type == FileType::Folder ? checkHeldFolder(source, destination, rule, realPaths) : Status();
 }
 
 // A file in the backup, and where it belongs; none for what has no place on this system.

@@ -205,7 +205,7 @@ std::shared_ptr<QWApp> definedApp(const AppDefinition& definition, const Pattern
       QWApp::Definition{definition.name, definition.icon, definition.identifiers.front(),
                         std::make_shared<const AppDefinition>(definition)}));
   const auto shared = std::make_shared<const PatternRules>(rules);
-  const QWPrefItem::MatchRule matchRule = [shared, identifiers = definition.identifiers](
+  const QWPrefItem::PlaceRule matchRule = [shared, identifiers = definition.identifiers](
                                               const std::string& path, const std::string& found, RealPaths& realPaths) {
     return shared->faultOfMatch(path, found, identifiers, realPaths);
   };

@@ -151,8 +151,7 @@ std::string PatternRules::faultOf(const std::string& pattern, const std::vector<
 }
 
 std::string PatternRules::faultOfPath(const std::string& path, const std::string& found,
-                                      const std::vector<std::string>& identifiers) const {
-  RealPaths realPaths;
+                                      const std::vector<std::string>& identifiers, RealPaths& realPaths) const {
   if (std::string fault = faultOfMatch(path, found, identifiers, realPaths); !fault.empty()) return fault;
   const Components components = foldedComponents(written(path));
   if (isScript(components.back())) return kPrograms;
@@ -169,7 +168,7 @@ std::string PatternRules::faultOfMatch(const std::string& path, const std::strin
   if (!name.starts_with("~/") && !isShared) return kNoPreferences;
   if (printable(path) != path) return "has a name with control characters";
   // What a backup holds of a folder there would come back one level deeper.
-  if (isShared && (isPlainFolder(path) || isPlainFolder(found)))
+  if (isShared && (isPlainFolder(path) || (found != path && isPlainFolder(found))))
     return "is a folder, of which none is looked after there";
   const Components components = foldedComponents(name);
   if (std::string fault = faultOfPlace(components, isShared, identifiers); !fault.empty()) return fault;

@@ -28,7 +28,7 @@ class PatternRules {
   std::string faultOfMatch(const std::string& path, const std::string& found,
                            const std::vector<std::string>& identifiers, RealPaths& realPaths) const;
   std::string faultOfPath(const std::string& path, const std::string& found,
-                          const std::vector<std::string>& identifiers) const;
+                          const std::vector<std::string>& identifiers, RealPaths& realPaths) const;
   // The pattern as an absolute one; none where the user has no folder for it. It must be without fault.
   std::optional<std::string> resolve(const std::string& pattern) const;
 
