@@ -81,8 +81,8 @@ std::size_t filesIn(const Receipt& receipt) {
 
 const char* stateOf(const Receipt& receipt) {
   if (receipt.isRunning) return "running";
-  if (receipt.isUndone && receipt.undone == Undone::Nothing) return "not undone";
-  if (receipt.isUndone) return receipt.undone == Undone::Whole ? "undone" : "undone in part";
+  if (receipt.undone == Undone::Nothing) return "not undone";
+  if (receipt.undone) return receipt.undone == Undone::Whole ? "undone" : "undone in part";
   if (!receipt.ended) return "killed";
   return receipt.outcome == receipt::kWhole ? "done" : "in part";
 }

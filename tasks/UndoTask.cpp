@@ -39,8 +39,8 @@ Error faultOf(const std::string& name, const std::vector<Receipt>& receipts) {
 
 // What stayed where the task was taken back in part may be possible now.
 bool isUndoneWhole(const Receipt& receipt, const std::vector<Receipt>& receipts) {
-  return receipt.isUndone && std::ranges::any_of(receipts, [&](const Receipt& other) {
-           return other.undoes == receipt.name && !other.isUndone && other.outcome == receipt::kWhole;
+  return receipt.undone && std::ranges::any_of(receipts, [&](const Receipt& other) {
+           return other.undoes == receipt.name && !other.undone && other.outcome == receipt::kWhole;
          });
 }
 

@@ -206,7 +206,7 @@ Receipt withEarlierAttempts(const Receipt& receipt, const std::vector<Receipt>& 
   if (receipt.undoes.empty()) return whole;
   whole.steps = deedsOf(receipt, all);
   for (const Receipt& other : all) {
-    if (other.undoes != receipt.undoes || other.isUndone || other.isRunning || other.name >= receipt.name) continue;
+    if (other.undoes != receipt.undoes || other.undone || other.isRunning || other.name >= receipt.name) continue;
     const std::vector<ReceiptStep> deeds = deedsOf(other, all);
     whole.steps.insert(whole.steps.begin(), deeds.begin(), deeds.end());
     whole.begun = other.begun;
@@ -218,7 +218,7 @@ Receipt withEarlierAttempts(const Receipt& receipt, const std::vector<Receipt>& 
 std::vector<ReceiptStep> deedsLeftOf(const Receipt& receipt, const std::vector<Receipt>& all) {
   std::multiset<std::pair<FileAction, std::string>> takenBack;
   for (const Receipt& other : all)
-    if (other.undoes == receipt.name && !other.isUndone)
+    if (other.undoes == receipt.name && !other.undone)
       for (const ReceiptStep& deed : deedsOf(other, all)) takenBack.emplace(deed.action, deed.path);
   std::vector<ReceiptStep> deeds = deedsOf(receipt, all);
   std::vector<ReceiptStep> left;

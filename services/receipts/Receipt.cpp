@@ -209,12 +209,10 @@ Result<std::vector<Receipt>> receiptsUntil(bool (*areEnough)(const std::vector<R
       continue;
     }
     if (undoneWithAttempts.contains(receipt->undoes)) undone.emplace(name, Undone::Whole);
-    const auto known = undone.find(name);
-    receipt->isUndone = known != undone.end();
-    if (receipt->isUndone) receipt->undone = known->second;
-    if (receipt->isUndone && !receipt->undoes.empty()) undoneWithAttempts.insert(receipt->undoes);
+    if (const auto known = undone.find(name); known != undone.end()) receipt->undone = known->second;
+    if (receipt->undone && !receipt->undoes.empty()) undoneWithAttempts.insert(receipt->undoes);
     const bool isThrough = receipt->outcome == receipt::kWhole || receipt->outcome == receipt::kInPart;
-    if (isThrough && !receipt->isUndone) {
+    if (isThrough && !receipt->undone) {
       Undone& extent = undone[receipt->undoes];
       extent = std::max(extent, extentOf(*receipt));
     }
@@ -268,7 +266,7 @@ bool removedForGood(const Receipt& receipt) {
 }
 
 bool canBeTakenBack(const Receipt& receipt) {
-  return !receipt.isUndone && !receipt.isRunning && !didNothing(receipt) && !removedForGood(receipt);
+  return !receipt.undone && !receipt.isRunning && !didNothing(receipt) && !removedForGood(receipt);
 }
 
 Result<std::vector<Receipt>> allReceipts() {
@@ -298,7 +296,7 @@ Origin originOf(const Receipt& receipt, const std::vector<Receipt>& receipts) {
 // Names grow, whatever spoilt receipts say of each other.
 const Receipt& lastDoingOf(const Receipt& receipt, const std::vector<Receipt>& receipts) {
   for (const Receipt& undo : receipts) {
-    if (undo.undoes != receipt.name || undo.name <= receipt.name || !undo.isUndone) continue;
+    if (undo.undoes != receipt.name || undo.name <= receipt.name || !undo.undone) continue;
     for (const Receipt& again : receipts)
       if (again.undoes == undo.name && again.name > undo.name && canBeTakenBack(again))
         return lastDoingOf(again, receipts);

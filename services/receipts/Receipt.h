@@ -30,7 +30,7 @@ struct ReceiptStep {
   std::optional<FileTraits> traits;
 };
 
-// How much of a task was taken back. One that was to be counts as undone, whatever came of it.
+// How much of a task was taken back by an undo.
 enum class Undone { Nothing, InPart, Whole };
 
 struct Receipt {
@@ -43,9 +43,8 @@ struct Receipt {
   std::optional<Timestamp> ended;  // none for a task that runs or was killed
   std::string outcome;             // one of receipt::kWhole and its like; empty where it has not ended
   bool isRunning = false;
-  bool isUndone = false;            // known only in a list of all
-  Undone undone = Undone::Nothing;  // of what is undone
-  std::vector<ReceiptStep> steps;   // in the order of the task; of planned ones those that may have been done
+  std::optional<Undone> undone;    // none where no undo counts, or is known: it is in a list of all
+  std::vector<ReceiptStep> steps;  // in the order of the task; of planned ones those that may have been done
 };
 
 // What the name of a run over many homes begins with, and that of a receipt never.

@@ -115,7 +115,7 @@ TEST_F(UndoTest, HowMuchOfATaskCameBackIsKnown) {
   for (const char* name : {"a.plist", "b.plist", "c.plist"}) fs::rename(trashed + name, home_ / name);
   EXPECT_FALSE(undo().isWhole());
   EXPECT_EQ(extent(), Undone::Nothing);
-  EXPECT_TRUE(allReceipts()->back().isUndone) << "the next undo goes on to the task before";
+  EXPECT_TRUE(allReceipts()->back().undone.has_value()) << "the next undo goes on to the task before";
   for (const char* name : {"a.plist", "b.plist"}) {
     fs::rename(home_ / name, trashed + name);
     EXPECT_FALSE(undo(allReceipts()->back()).isWhole());
